@@ -1,0 +1,26 @@
+# The language level, the warnings and the arithmetic that every target of the project shares.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM)
+  set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()
+
+option(QUOR_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+
+add_library(quor_options INTERFACE)
+target_compile_options(quor_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+  # Results are laid down to the last bit, so a product and a sum never become one rounding.
+  -ffp-contract=off)
+if(QUOR_SANITIZE)
+  target_compile_options(quor_options INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(quor_options INTERFACE -fsanitize=address,undefined)
+endif()

@@ -1,0 +1,269 @@
+#include "compiler/call_hoisting.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "compiler/expressions.h"
+#include "compiler/tokenizer.h"
+#include "core/status.h"
+#include "drawing/colour_text.h"
+#include "functions/registry.h"
+#include "tables/function_sets.h"
+#include "tables/style_table.h"
+#include "text/numbers.h"
+#include "text/strings.h"
+
+namespace quor {
+namespace {
+
+constexpr std::string_view piece_separators[] = {":", "@"};
+
+bool is_capital(char c) { return c >= 'A' && c <= 'Z'; }
+
+/// The name that the statement declares: what stands in front of ":" or ":=". It is no call, even
+/// if it is a function word, and is refused later.
+std::string_view declared_name(std::string_view text) {
+  const size_t first = text.find_first_of(":=");
+  if (first == std::string_view::npos) return {};
+  const size_t behind = std::min(text.find_first_not_of(":=", first), text.size());
+  const std::string_view run = text.substr(first, behind - first);
+  return run == ":" || run == ":=" ? text.substr(0, first) : std::string_view();
+}
+
+bool names_reserved_field(const DataPoolCenter& pool, std::string_view piece) {
+  // TIME is a field and a function; in a script it is always the function.
+  return piece != "TIME" &&
+         std::ranges::find(pool.reserved_list, piece, &Variable::text) != pool.reserved_list.end();
+}
+
+/// Hoists the calls of one text; arguments are texts of their own, one level deeper.
+class Hoisting {
+ public:
+  Hoisting(CompileContext& context, int32_t line, std::string& error, int& output_count)
+      : context_(context), line_(line), error_(error), output_count_(output_count) {}
+
+  int run(std::string& text, uint32_t parent_column_id) {
+    if (depth_ >= max_call_nesting) refuse_nesting();
+    std::vector<const BaseFunc*> calls;
+    const int status = collect(text, calls);
+    if (status != status_ok) return status;
+    for (const BaseFunc* function : calls) {
+      if (OutputFunctionSet.contains(function->name())) ++output_count_;
+    }
+    if (output_count_ >= 2) return fail(status_second_output, text);
+    for (const BaseFunc* function : calls) {
+      const int call_status = hoist(text, *function, parent_column_id);
+      if (call_status != status_ok) return call_status;
+    }
+    return status_ok;
+  }
+
+ private:
+  int fail(int status, std::string_view message) {
+    append_error(error_, message, line_);
+    return status;
+  }
+
+  /// The calls at the top level of the text, in order.
+  int collect(const std::string& text, std::vector<const BaseFunc*>& calls) {
+    const std::string_view name = depth_ == 0 ? declared_name(text) : std::string_view();
+    size_t greatest_end = 0;
+    for (const Token& token : tokenize(text)) {
+      if (token.text == end_token) break;
+      for (const std::string_view piece : split_in_order(token.text, piece_separators)) {
+        if (!name.empty() && piece.data() == text.data() && piece == name) continue;
+        if (names_reserved_field(context_.pool, piece)) continue;
+        const BaseFunc* function = find_function(piece);
+        if (function == nullptr) continue;
+        size_t start = 0;
+        size_t end = 0;
+        if (!find_call(text, piece, token.position, start, end)) {
+          return fail(status_parentheses_missing, piece);
+        }
+        if (end <= greatest_end) continue;
+        greatest_end = end;
+        calls.push_back(function);
+      }
+    }
+    return status_ok;
+  }
+
+  /// Where the search for a pattern starts: a name that holds a function word doesn't capture the
+  /// call behind the ":".
+  static size_t search_start(const std::string& text, std::string_view pattern) {
+    const auto pieces = split(text, ":");
+    if (pieces.size() != 2 || !contains(pieces[0], pattern) || !contains(pieces[1], pattern)) {
+      return 0;
+    }
+    return static_cast<size_t>(pieces[1].data() - text.data());
+  }
+
+  int hoist(std::string& text, const BaseFunc& function, uint32_t parent_column_id) {
+    const bool parentheses = function.takes_parentheses();
+    const std::string pattern = function.name() + (parentheses ? "(" : "");
+    if (!contains(text, pattern)) return status_ok;
+    size_t start = 0;
+    size_t end = 0;
+    if (!find_call(text, pattern, search_start(text, pattern), start, end) || end == 0) {
+      return status_ok;
+    }
+    Variable& call = make_call(function);
+    int status = build_own_elements(call, parent_column_id);
+    if (status != status_ok) return status;
+    if (parentheses) {
+      const size_t first = start + pattern.size();
+      status = compile_arguments(call, text.substr(first, end - first));
+      if (status != status_ok) return status;
+      ++end;
+    }
+    text.replace(start, end - start, call.name);
+    return status_ok;
+  }
+
+  Variable& make_call(const BaseFunc& function) {
+    DataPoolCenter& pool = context_.pool;
+    Variable& call = pool.make_variable();
+    call.kind = VariableKind::call;
+    call.text = call.source_text = call.function_word = function.name();
+    call.function_id = function.id();
+    call.function = &function;
+    call.line = line_;
+    call.name = pool.next_hidden_name();
+    if (function.uses_result_column()) {
+      call.column_id = pool.table().take_auxiliary_id();
+      call.column_index = pool.table().add_column(call.column_id);
+    }
+    pool.variable_list.push_back(&call);
+    return call;
+  }
+
+  /// The word itself as an expression: what it looks up decides the flags and fields of the call.
+  int build_own_elements(Variable& call, uint32_t parent_column_id) {
+    std::vector<MathElement> elements;
+    bool whole_series = false;
+    const int status =
+        build_elements(context_, {call.text, VariableKind::call, line_, parent_column_id},
+                       whole_series, elements, error_);
+    if (status != status_ok) return status;
+    call.set_elements(std::move(elements));
+    call.whole_series = whole_series;
+    return status_ok;
+  }
+
+  int compile_arguments(Variable& call, std::string text) {
+    ++depth_;
+    const int status = run(text, call.column_id);
+    --depth_;
+    if (status != status_ok) return status;
+    const auto pieces = split(text, "@");
+    call.arguments.resize(pieces.size(), nullptr);
+    for (size_t i = 0; i < pieces.size(); ++i) {
+      const int argument_status = compile_argument(call, i, pieces[i]);
+      if (argument_status != status_ok) return argument_status;
+    }
+    return status_ok;
+  }
+
+  int compile_argument(Variable& call, size_t position, std::string_view piece) {
+    std::string text;
+    int status = normalize_expression(context_, piece, false, line_, text, error_);
+    if (status != status_ok) return status;
+    Variable* shared = find_variable(context_.pool, [piece](const Variable& variable) {
+      return variable.text == piece && variable.column_id != no_column;
+    });
+    if (shared != nullptr) shared->source_text = piece;
+    Variable& argument = shared != nullptr ? *shared : make_argument(text);
+    call.arguments[position] = &argument;
+
+    std::vector<MathElement> elements;
+    bool whole_series = false;
+    status = build_elements(context_, {text, argument.kind, line_, call.column_id}, whole_series,
+                            elements, error_);
+    if (status != status_ok) return status;
+    // A plain word or a quoted text finds itself; it has no expression.
+    const bool itself = elements.size() == 2 && elements[0].variable == &argument;
+    argument.set_elements(itself ? std::vector<MathElement>() : std::move(elements));
+    argument.whole_series = whole_series;
+    if (whole_series) {
+      call.whole_series = true;
+      spread_whole_series(context_.pool, argument, argument.kind);
+    }
+    if (is_style_argument(text)) return status_ok;
+    double value = null_value;
+    return context_.calculator.evaluate(argument, 0, true, error_, value);
+  }
+
+  Variable& make_argument(const std::string& text) {
+    DataPoolCenter& pool = context_.pool;
+    Variable& argument = pool.make_variable();
+    argument.line = line_;
+    argument.text = text;
+    argument.name = pool.next_hidden_name();
+    const auto number = to_number(text);
+    argument.kind = number ? VariableKind::number : VariableKind::expression;
+    argument.value = number.value_or(0.0);
+    pool.variable_list.push_back(&argument);
+    if (number) return argument;
+    const auto [entry, added] = context_.argument_variables.try_emplace(text, &argument);
+    argument.column_id =
+        added ? ~static_cast<uint32_t>(pool.hidden_name_count()) : entry->second->column_id;
+    return argument;
+  }
+
+  CompileContext& context_;
+  int32_t line_;
+  std::string& error_;
+  int& output_count_;
+  int depth_ = 0;
+};
+
+}  // namespace
+
+bool find_call(std::string_view text, std::string_view word, size_t from, size_t& start,
+               size_t& end) {
+  size_t found = text.find(word, from);
+  if (BareFunctionSet.contains(word)) {
+    if (found == std::string_view::npos) return false;
+    start = found;
+    end = found + word.size();
+    return true;
+  }
+  while (found != std::string_view::npos && found > 1 && is_capital(text[found - 1])) {
+    found = text.find(word, found + 1);
+  }
+  if (found == std::string_view::npos) return false;
+  int open = 0;
+  for (size_t at = found; at < text.size(); ++at) {
+    if (text[at] == '(') {
+      ++open;
+    } else if (text[at] == ')' && --open == 0) {
+      start = found;
+      end = at;
+      return true;
+    }
+  }
+  return false;
+}
+
+int hoist_calls(CompileContext& context, std::string& text, int32_t line, uint32_t parent_column_id,
+                std::string& error, int& output_count) {
+  return Hoisting(context, line, error, output_count).run(text, parent_column_id);
+}
+
+bool is_style_argument(std::string_view text) {
+  if (dash_style(text) || StyleWordSet.contains(text)) return true;
+  if (text.starts_with("COLOR") && fixed_colour_text(text)) return true;
+  const auto behind = [text](std::string_view word) {
+    return text.substr(text.find(word) + word.size());
+  };
+  if (contains(text, "LINETHICK")) {
+    const std::string_view rest = behind("LINETHICK");
+    const double thick = leading_number(rest);
+    if (rest == "0" || (thick != 0.0 && thick >= 0.0 && thick <= 9.0)) return true;
+  }
+  if (!contains(text, "PRECIS")) return false;
+  const int32_t digits = leading_integer(behind("PRECIS"));
+  return digits >= 0 && digits <= 6;
+}
+
+}  // namespace quor

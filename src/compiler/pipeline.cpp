@@ -1,0 +1,105 @@
+#include "compiler/pipeline.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "compiler/report.h"
+#include "compiler/rewriters.h"
+#include "compiler/scanner.h"
+#include "compiler/settings.h"
+#include "compiler/statements.h"
+#include "core/status.h"
+#include "tables/field_table.h"
+#include "text/numbers.h"
+#include "text/strings.h"
+
+namespace quor {
+namespace {
+
+/// A slot with the line that its errors report.
+struct Slot {
+  std::string text;
+  int32_t line;
+};
+
+/// Stores the constant of a slot `CONST name:number`; false for a slot of any other form.
+bool take_constant(CompileContext& context, std::string_view slot) {
+  constexpr std::string_view opening = "CONST ";
+  if (!slot.starts_with(opening)) return false;
+  const auto pieces = split(slot.substr(opening.size()), ":");
+  if (pieces.size() != 2) return false;
+  std::string number(pieces[1]);
+  std::ranges::replace(number, '?', '-');
+  std::ranges::replace(number, '^', '-');
+  context.constants.insert_or_assign(std::string(pieces[0]), leading_number(number));
+  return true;
+}
+
+std::string report_of_failure(int code, std::string_view error) {
+  const ErrorParts parts = split_error(error);
+  return failure_report(code, parts.message, leading_integer(parts.line));
+}
+
+}  // namespace
+
+void reset_compile_state(CompileContext& context) {
+  context.pool.reset();
+  context.constants.clear();
+  context.argument_variables.clear();
+  std::erase_if(context.declared_names,
+                [](const auto& entry) { return !reserved_field_id(entry.first); });
+  context.calculator.shapes().clear();
+}
+
+Variable& add_reserved_variable(CompileContext& context, std::string_view word, uint32_t column_id,
+                                bool add_column) {
+  DataPoolCenter& pool = context.pool;
+  Variable& variable = pool.make_reserved_variable(word, column_id);
+  if (add_column && pool.table().column_index_of(column_id) == -1) {
+    variable.column_index = pool.table().add_column(column_id);
+  }
+  context.declared_names.try_emplace(std::string(word), column_id);
+  return variable;
+}
+
+int compile_script(CompileContext& context, std::string& script, std::string_view parameters,
+                   std::string_view lines, std::string& error) {
+  if (script.empty()) return status_ok;
+  reset_compile_state(context);
+  std::vector<std::string> slots;
+  int status = split_statements(script, slots, error);
+  if (status != status_ok) return status;
+  status = rewrite_statements(context, slots, error);
+  if (status != status_ok) return status;
+  load_settings(context, parameters, lines);
+
+  // Every constant takes effect for the whole script, whatever its place.
+  std::vector<Slot> statements;
+  for (size_t i = 0; i < slots.size(); ++i) {
+    if (!take_constant(context, slots[i])) {
+      statements.push_back({std::move(slots[i]), static_cast<int32_t>(i)});
+    }
+  }
+  for (const Slot& statement : statements) {
+    status = compile_statement(context, statement.text, statement.line, error);
+    if (status != status_ok) return status;
+  }
+  return status_ok;
+}
+
+std::string pre_parse(CompileContext& context, std::string script, std::string parameters,
+                      std::string_view lines) {
+  try {
+    std::string error;
+    int status = compile_script(context, script, upper_case(parameters), lines, error);
+    if (status == status_ok) status = context.calculator.calculate(0, true, error);
+    if (status != status_ok) return report_of_failure(status, error);
+    return success_report(context.pool, error);
+  } catch (const std::exception& fault) {
+    return failure_report(status_exception, fault.what(), 0);
+  } catch (...) {
+    return failure_report(status_exception, {}, 0);
+  }
+}
+
+}  // namespace quor

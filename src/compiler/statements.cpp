@@ -1,0 +1,239 @@
+#include "compiler/statements.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "compiler/call_hoisting.h"
+#include "compiler/expressions.h"
+#include "compiler/tokenizer.h"
+#include "core/status.h"
+#include "functions/registry.h"
+#include "text/numbers.h"
+#include "text/strings.h"
+
+namespace quor {
+namespace {
+
+/// A statement taken apart behind the hoisting of its calls.
+struct Parts {
+  std::string name;  ///< empty if the statement declares nothing
+  std::string expression;
+  std::string style;                    ///< of an output line; empty for everything else
+  std::vector<std::string_view> items;  ///< of a lone call; views of the text taken apart
+};
+
+/// The first unbroken run of ":" and "=".
+std::string_view operator_run(std::string_view text) {
+  const size_t first = text.find_first_of(":=");
+  if (first == std::string_view::npos) return {};
+  const size_t behind = std::min(text.find_first_not_of(":=", first), text.size());
+  return text.substr(first, behind - first);
+}
+
+std::string_view before(std::string_view text, std::string_view mark) {
+  return text.substr(0, text.find(mark));
+}
+
+std::string_view behind(std::string_view text, std::string_view mark) {
+  const size_t found = text.find(mark);
+  return found == std::string_view::npos ? std::string_view() : text.substr(found + mark.size());
+}
+
+Parts take_apart(std::string_view work) {
+  Parts parts;
+  const std::string_view run = operator_run(work);
+  if (run == ":=") {
+    parts.name = before(work, ":=");
+    parts.expression = before(behind(work, ":="), "@");
+  } else if (run == ":") {
+    const std::string_view rest = behind(work, ":");
+    parts.name = before(work, ":");
+    parts.expression = before(rest, "@");
+    parts.style = behind(rest, "@");
+    if (parts.style.empty()) parts.style = "COLORAUTO";
+  } else {
+    const auto pieces = split(work, "@");
+    parts.expression = pieces.size() < 2 ? work : pieces[0];
+    if (pieces.size() >= 2) parts.items.assign(pieces.begin() + 1, pieces.end());
+  }
+  return parts;
+}
+
+/// The variable that a hidden name such as "~17" names by its index; null for any other text.
+Variable* variable_of_hidden_name(const DataPoolCenter& pool, std::string_view text) {
+  if (text.size() < 2 || text[0] != '~') return nullptr;
+  text.remove_prefix(1);
+  if (text.find_first_not_of("0123456789") != std::string_view::npos) return nullptr;
+  const auto index = static_cast<size_t>(leading_integer(text));
+  const size_t reserved = pool.reserved_list.size();
+  if (index < reserved) return pool.reserved_list[index];
+  return index < pool.hidden_name_count() ? pool.variable_list[index - reserved] : nullptr;
+}
+
+/// Style items behind a lone call become further arguments of it.
+void append_items(DataPoolCenter& pool, const Parts& parts, int32_t line) {
+  Variable* call = variable_of_hidden_name(pool, parts.expression);
+  if (call == nullptr || call->reserved) return;
+  for (const std::string_view item : parts.items) {
+    Variable& argument = pool.make_variable();
+    argument.kind = VariableKind::expression;
+    argument.text = item;
+    argument.line = line;
+    call->arguments.push_back(&argument);
+  }
+}
+
+struct DrawingForm {
+  std::string_view style;
+  std::string_view front;  ///< of the drawing statement, up to the line's name
+  std::string_view back;
+  bool ends_in_name = false;
+};
+
+constexpr DrawingForm drawing_forms[] = {
+    {"COLORSTICK", "STICKLINE1(1@", "@0@1@2)@TITLEVISIBLE@ISCOLORSTICK"},
+    {"CIRCLEDOT", "DRAWTEXT(1@", "@CIRCLEDOT)@PARAM_", true},
+    {"CROSSDOT", "DRAWTEXT(1@", "@CROSSDOT)@PARAM_", true},
+    {"VOLSTICK", "STICKLINE1(C>O||(C=O&&C>REF(C@1))@", "@0@-1@1)@TITLEVISIBLE@ISVOLSTICK"},
+    {"VOLUMESTICK", "STICKLINE1(C>O||(C=O&&C>REF(C@1))@", "@0@-1@1)@TITLEVISIBLE@ISVOLSTICK"},
+};
+constexpr DrawingForm polyline_form = {"", "POLYLINE(1@",
+                                       "@COLORAUTO)@TITLEVISIBLE@PARTLINESUFFIX"};
+
+/// The statement that draws a line; the first style item chooses its form.
+std::string drawing_statement(const std::string& name, std::string_view style) {
+  const auto items = split(style, "@");
+  const auto* form = items.empty()
+                         ? std::end(drawing_forms)
+                         : std::ranges::find(drawing_forms, items[0], &DrawingForm::style);
+  if (form == std::end(drawing_forms)) form = &polyline_form;
+  std::string statement(form->front);
+  statement += name;
+  statement += form->back;
+  if (form->ends_in_name) statement += name;
+  for (const std::string_view item : items) {
+    statement += '@';
+    statement += item;
+  }
+  return statement;
+}
+
+class StatementCompiler {
+ public:
+  StatementCompiler(CompileContext& context, int32_t line, std::string& error)
+      : context_(context), pool_(context.pool), line_(line), error_(error) {}
+
+  int run(std::string_view slot) {
+    if (slot.empty()) return status_ok;
+    Variable& statement = pool_.make_variable();
+    statement.line = line_;
+    std::string work(slot);
+    int output_count = 0;
+    int status = hoist_calls(context_, work, line_, no_column, error_, output_count);
+    if (status != status_ok) return status;
+
+    const Parts parts = take_apart(work);
+    append_items(pool_, parts, line_);
+    // A statement that uses its own name can't be tried before the name exists.
+    const bool check = work == slot && !uses_word(parts.expression, parts.name);
+    status = normalize_expression(context_, parts.expression, check, line_, statement.text, error_);
+    if (status == status_ok && declares(work)) status = declare(statement, parts.name);
+    if (status != status_ok) return status;
+    pool_.variable_list.push_back(&statement);
+    pool_.statement_list.push_back(&statement);
+    if (!parts.style.empty()) {
+      status = StatementCompiler(context_, line_, error_)
+                   .run(drawing_statement(parts.name, parts.style));
+      if (status != status_ok) return status;
+    }
+    return statement.kind == VariableKind::undeclared ? finish(statement) : status_ok;
+  }
+
+ private:
+  static bool declares(std::string_view work) {
+    const std::string_view run = operator_run(work);
+    return run == ":=" || run == ":";
+  }
+
+  static bool uses_word(std::string_view expression, std::string_view word) {
+    const auto tokens = tokenize(expression);
+    return !word.empty() && std::ranges::find(tokens, word, &Token::text) != tokens.end();
+  }
+
+  int fail(int status, std::string_view message) {
+    append_error(error_, message, line_);
+    return status;
+  }
+
+  int declare(Variable& statement, const std::string& name) {
+    if (find_function(name) != nullptr) return fail(status_name_is_function, name);
+    if (contains(name, "~")) return fail(status_name_is_hidden, name);
+    statement.column_id = column_of_text(statement);
+    if (statement.column_id == no_column) {
+      statement.column_id = pool_.table().take_auxiliary_id();
+      pool_.table().add_column(statement.column_id);
+    }
+    statement.column_index = pool_.table().column_index_of(statement.column_id);
+
+    Variable& named = pool_.make_variable();
+    named.kind = VariableKind::field;
+    named.name = pool_.next_hidden_name();
+    named.text = name;
+    named.line = line_;
+    named.column_id = statement.column_id;
+    named.column_index = statement.column_index;
+    pool_.variable_list.push_back(&named);
+    const bool added = context_.declared_names.try_emplace(name, named.column_id).second;
+    return added ? static_cast<int>(status_ok) : fail(status_name_taken, name);
+  }
+
+  /// A statement that only names something shares its column. A plain number makes the statement a
+  /// constant.
+  uint32_t column_of_text(Variable& statement) {
+    if (statement.text.starts_with('~')) {
+      const Variable* named = find_variable(pool_, [&statement](const Variable& variable) {
+        return variable.name == statement.text && variable.column_id != no_column;
+      });
+      return named != nullptr ? named->column_id : no_column;
+    }
+    if (const auto number = to_number(statement.text)) {
+      statement.kind = VariableKind::number;
+      statement.value = *number;
+    }
+    return no_column;
+  }
+
+  int finish(Variable& statement) {
+    std::vector<MathElement> elements;
+    bool whole_series = false;
+    const int status = build_elements(
+        context_,
+        {statement.text, VariableKind::undeclared, line_, statement.column_id, &statement},
+        whole_series, elements, error_);
+    if (status != status_ok) return status;
+    if (whole_series) {
+      statement.whole_series = true;
+      const auto first =
+          std::ranges::find(pool_.variable_list, statement.column_id, &Variable::column_id);
+      if (first != pool_.variable_list.end()) (*first)->whole_series = true;
+    }
+    statement.set_elements(std::move(elements));
+    statement.kind = VariableKind::expression;
+    return status_ok;
+  }
+
+  CompileContext& context_;
+  DataPoolCenter& pool_;
+  int32_t line_;
+  std::string& error_;
+};
+
+}  // namespace
+
+int compile_statement(CompileContext& context, std::string_view slot, int32_t line,
+                      std::string& error) {
+  return StatementCompiler(context, line, error).run(slot);
+}
+
+}  // namespace quor

@@ -1,0 +1,85 @@
+// The driver: which statement is calculated at which row, in which order.
+#include "core/calculate_center.h"
+
+#include <algorithm>
+
+#include "core/status.h"
+
+namespace quor {
+
+int CalculateCenter::calculate(int32_t first_row, bool scan, std::string& error) {
+  start_row_ = first_row;
+  if (pool_.statement_list.empty()) return status_ok;
+  refresh_column_indexes();
+  return scan ? scan_statements(error) : run_statements(first_row, error);
+}
+
+/// Columns may have come since the compile; this is the only place that brings indexes up to date.
+void CalculateCenter::refresh_column_indexes() {
+  const DataTable& table = pool_.table();
+  for (Variable* variable : pool_.variable_list) {
+    // An argument id is negative and names no data column.
+    if (static_cast<int32_t>(variable->column_id) >= 0) {
+      variable->column_index = table.column_index_of(variable->column_id);
+    }
+    for (size_t i = 0; i < variable->aux_column_ids.size(); ++i) {
+      variable->aux_column_indexes[i] = table.column_index_of(variable->aux_column_ids[i]);
+    }
+  }
+}
+
+int CalculateCenter::scan_statements(std::string& error) {
+  for (Variable* statement : pool_.statement_list) {
+    if (statement->kind == VariableKind::number) continue;
+    double result = 0.0;
+    const int status =
+        evaluate_elements(statement->program, 0, true, statement->line, error, result);
+    if (status != status_ok) return status;
+  }
+  return status_ok;
+}
+
+int CalculateCenter::run_statements(int32_t first_row, std::string& error) {
+  const int32_t rows = pool_.table().row_count();
+  // A negative first row selects no rows.
+  const int32_t first = first_row < 0 ? rows : first_row;
+  const auto& statements = pool_.statement_list;
+  const bool whole_series = std::ranges::any_of(
+      statements, [](const Variable* statement) { return statement->whole_series; });
+  if (whole_series) {
+    for (Variable* statement : statements) {
+      for (int32_t row = statement->whole_series ? 0 : first; row < rows; ++row) {
+        const int status = calculate_cell(*statement, row, error);
+        if (status != status_ok) return status;
+      }
+    }
+    return status_ok;
+  }
+  for (int32_t row = first; row < rows; ++row) {
+    for (Variable* statement : statements) {
+      const int status = calculate_cell(*statement, row, error);
+      if (status != status_ok) return status;
+    }
+  }
+  return status_ok;
+}
+
+int CalculateCenter::calculate_cell(Variable& statement, int32_t row, std::string& error) {
+  DataTable& table = pool_.table();
+  if (statement.kind == VariableKind::number) {
+    if (statement.column_id != no_column) {
+      table.set_cell(row, statement.column_index, statement.value);
+    }
+    return status_ok;
+  }
+  double result = 0.0;
+  const int status =
+      evaluate_elements(statement.program, row, false, statement.line, error, result);
+  if (status != status_ok) return status;
+  if (statement.kind == VariableKind::expression && statement.column_id != no_column) {
+    table.set_cell(row, statement.column_index, result);
+  }
+  return status_ok;
+}
+
+}  // namespace quor

@@ -1,0 +1,79 @@
+// Runs a compiled script: the value of a variable at a row, and the walk over rows and statements.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "core/data_pool_center.h"
+#include "core/word_scratch.h"
+#include "drawing/shape_management.h"
+
+namespace quor {
+
+/// How deep variables may nest. A call and its argument are two levels. A level takes at most half
+/// a kilobyte of stack in an optimised build, so that the deepest script fits into a quarter of the
+/// one megabyte that a thread of a Windows host has.
+inline constexpr int max_nesting = 512;
+
+/// Throws std::runtime_error with "expression nested too deeply".
+[[noreturn]] void refuse_nesting();
+
+class CalculateCenter {
+ public:
+  explicit CalculateCenter(DataPoolCenter& pool) : pool_(pool) {}
+  CalculateCenter(const CalculateCenter&) = delete;
+  CalculateCenter& operator=(const CalculateCenter&) = delete;
+
+  /// Runs all statements: in scan mode once at row 0, else over the rows from `first_row` on. The
+  /// first status other than 0 ends the run; what was written stays.
+  int calculate(int32_t first_row, bool scan, std::string& error);
+
+  /// The value of a variable at any row. A status other than 0 comes with a text in `error`.
+  /// `result` keeps the caller's start value where nothing is written.
+  int evaluate(Variable& variable, int32_t row, bool scan, std::string& error, double& result) {
+    switch (variable.kind) {
+      case VariableKind::field:
+        result = pool_.table().cell(row, variable.column_index);
+        return 0;
+      case VariableKind::number:
+        result = variable.value;
+        return 0;
+      default:
+        return evaluate_nested(variable, row, scan, error, result);
+    }
+  }
+
+  /// The value of a lowered expression at a row; `line` is that of its statement.
+  int evaluate_elements(Program& program, int32_t row, bool scan, int32_t line, std::string& error,
+                        double& result);
+
+  ShapeManagement& shapes() { return shapes_; }
+  const ShapeManagement& shapes() const { return shapes_; }
+  WordScratch& scratch() { return scratch_; }
+  /// The first row of the current run.
+  int32_t start_row() const { return start_row_; }
+
+ private:
+  int evaluate_nested(Variable& variable, int32_t row, bool scan, std::string& error,
+                      double& result);
+  int evaluate_call(Variable& variable, int32_t row, bool scan, std::string& error, double& result);
+  int evaluate_expression(Variable& variable, int32_t row, bool scan, std::string& error,
+                          double& result);
+  int operand_value(const Program& program, const Operand& operand, int32_t row, bool scan,
+                    std::string& error, double& value);
+  int end_program(Program& program, int32_t row, bool scan, int32_t line, std::string& error,
+                  double& result);
+
+  void refresh_column_indexes();
+  int scan_statements(std::string& error);
+  int run_statements(int32_t first_row, std::string& error);
+  int calculate_cell(Variable& statement, int32_t row, std::string& error);
+
+  DataPoolCenter& pool_;
+  ShapeManagement shapes_;
+  WordScratch scratch_;
+  int32_t start_row_ = 0;
+  int nesting_ = 0;
+};
+
+}  // namespace quor

@@ -1,0 +1,86 @@
+#include "core/data_pool_center.h"
+
+#include "platform/clock.h"
+#include "text/numbers.h"
+
+namespace quor {
+
+int32_t parse_timezone(std::string_view text) {
+  if (text.size() != 9) return 28800;
+  const int32_t hours = leading_integer(text.substr(4, 2));
+  const int32_t minutes = leading_integer(text.substr(7, 2));
+  return (text[3] == '+' ? 1 : -1) * (hours * 60 + minutes) * 60;
+}
+
+Variable& DataPoolCenter::make_variable() {
+  return *compiled_.emplace_back(std::make_unique<Variable>(*this));
+}
+
+Variable& DataPoolCenter::make_reserved_variable(std::string_view word, uint32_t column_id) {
+  Variable& variable = *reserved_.emplace_back(std::make_unique<Variable>(*this));
+  variable.kind = VariableKind::field;
+  variable.reserved = true;
+  variable.name = "~" + std::to_string(reserved_list.size());
+  variable.text = word;
+  variable.column_id = variable.declared_column_id = column_id;
+  variable.set_elements({MathElement{}});
+  reserved_list.push_back(&variable);
+  return variable;
+}
+
+std::string DataPoolCenter::next_hidden_name() const {
+  return "~" + std::to_string(hidden_name_count());
+}
+
+void DataPoolCenter::set_extra_info(int32_t period_code, std::string_view new_security,
+                                    std::string_view new_market, std::string_view time_zone) {
+  market = new_market;
+  decode_period(period_code, period);
+  if (!new_security.empty() && new_security != security) extra_data_stale = true;
+  security = new_security;
+  timezone_offset = parse_timezone(time_zone);
+}
+
+bool DataPoolCenter::in_trading_time() const {
+  if (trade_time_callback == nullptr) return false;
+  return trade_time_callback(unix_time(), market.c_str(), security.c_str()) != 0;
+}
+
+std::string DataPoolCenter::auto_line_name() {
+  return "EMPTY_LINE_NAME_RESERVED" + std::to_string(++empty_line_counter);
+}
+
+void DataPoolCenter::reset() {
+  statement_list.clear();
+  variable_list.clear();
+  compiled_.clear();
+  // A reference belongs to the script that held it: another script may use its word anew.
+  std::erase_if(reserved_list, [](const Variable* variable) { return variable->reference; });
+  std::erase_if(reserved_, [](const auto& variable) { return variable->reference; });
+  line_models.clear();
+  extra_field_set.clear();
+  cross_security_map.clear();
+  cross_period_map.clear();
+  realtime_map.clear();
+  invoked_functions.clear();
+  table_.reset();
+  for (Variable* variable : reserved_list) {
+    // A word may have given a field without a column one of the old script's.
+    variable->column_id = variable->declared_column_id;
+    variable->aux_column_ids.clear();
+    variable->aux_column_indexes.clear();
+    variable->set_elements({MathElement{}});
+    variable->whole_series = false;
+    variable->column_index = table_.column_index_of(variable->column_id);
+  }
+  max_period_count = 0;
+  auto_color_counter = 0;
+  empty_line_counter = 0;
+  needs_extra_data = false;
+  needs_trade_day = false;
+  contains_notice = false;
+  looks_ahead = false;
+  timezone_offset = 28800;
+}
+
+}  // namespace quor

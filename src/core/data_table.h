@@ -1,0 +1,118 @@
+// The bars of one instance: rows keyed by date-time, columns keyed by id, every cell a double.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <unordered_map>
+#include <vector>
+
+#include "core/value.h"
+
+namespace quor {
+
+/// The values of consecutive rows of a column, oldest first, read in place. Rows outside the table
+/// and rows of an unknown column read as null. Valid until the table changes its shape, so a word
+/// takes it after all evaluations of the bar.
+class Window {
+ public:
+  Window() = default;
+  Window(const double* values, size_t stored, size_t size)
+      : values_(values), stored_(stored), size_(size) {}
+
+  size_t size() const { return size_; }
+  bool empty() const { return size_ == 0; }
+  double operator[](size_t i) const { return i < stored_ ? values_[i] : null_value; }
+  double back() const { return (*this)[size_ - 1]; }
+
+ private:
+  const double* values_ = nullptr;
+  size_t stored_ = 0;
+  size_t size_ = 0;
+};
+
+/// New values for some columns of some rows, row by row.
+struct RowBatch {
+  std::vector<int32_t> column_indexes;  ///< where each value of a row goes; -1 for nowhere
+  std::vector<int64_t> keys;            ///< any order; of equal keys the last row wins whole
+  std::vector<double> values;           ///< keys.size() x column_indexes.size()
+};
+
+/// Owned by the pool and touched only under the instance's lock. A row is a 0-based index into the
+/// ascending keys; row indexes move when a row is inserted before them.
+class DataTable {
+ public:
+  int32_t row_count() const { return static_cast<int32_t>(keys_.size()); }
+  uint32_t column_count() const { return static_cast<uint32_t>(columns_.size()); }
+  uint32_t column_id(uint32_t index) const { return column_ids_[index]; }
+  int64_t key(int32_t row) const { return keys_[static_cast<size_t>(row)]; }
+
+  bool has_row(int64_t key) const { return row_index_of(key) != no_row; }
+  /// The position of the key, or all-ones.
+  uint32_t row_index_of(int64_t key) const;
+  /// The position of the column, or -1.
+  int32_t column_index_of(uint32_t id) const;
+
+  /// Adds a column of nulls unless the id exists; gives its index. The id all-ones gives -1.
+  int32_t add_column(uint32_t id);
+  /// The next free auxiliary column id, from 20000 up.
+  uint32_t take_auxiliary_id() { return next_auxiliary_id_++; }
+  /// Counts the columns ever added and the resets, so that a reader knows when indexes moved.
+  uint64_t layout() const { return layout_; }
+
+  /// Sets a cell of an existing row, adding the column if it is missing; a key without a row makes
+  /// a row that holds the key in column 1 and nulls elsewhere. Keys below 1 add nothing.
+  void put_value(int64_t key, uint32_t id, double value);
+  /// Takes a batch in one merge. Cells of existing rows that the batch doesn't name keep their
+  /// values, those of new rows are null; column 1 holds the key.
+  void merge_rows(const RowBatch& batch);
+
+  double value_at(int32_t row, uint32_t id) const { return cell(row, column_index_of(id)); }
+
+  double cell(int32_t row, int32_t column) const {
+    return is_cell(row, column)
+               ? columns_[static_cast<uint32_t>(column)][static_cast<uint32_t>(row)]
+               : null_value;
+  }
+  void set_cell(int32_t row, int32_t column, double value) {
+    if (is_cell(row, column)) {
+      columns_[static_cast<uint32_t>(column)][static_cast<uint32_t>(row)] = value;
+    }
+  }
+
+  /// The last `count` rows up to and including `last_row`, fewer where the table begins. A negative
+  /// last row and a count of 0 or -1 give an empty window, the count -2147483648 the whole column
+  /// up to the row; any other count throws std::length_error with "vector too long".
+  Window window(int32_t column_index, int32_t last_row, int32_t count) const;
+  Window column_window(uint32_t id, int32_t last_row, int32_t count) const {
+    return window(column_index_of(id), last_row, count);
+  }
+
+  /// Drops every column but 1, and all rows.
+  void reset();
+  /// Drops all rows; the columns stay.
+  void clear_rows();
+
+ private:
+  static constexpr uint32_t no_row = 0xFFFFFFFF;
+  static constexpr uint32_t first_auxiliary_id = 20000;
+
+  bool is_cell(int32_t row, int32_t column) const {
+    return static_cast<uint32_t>(row) < keys_.size() &&
+           static_cast<uint32_t>(column) < columns_.size();
+  }
+  void insert_row(int64_t key);
+  void store_key(size_t row);
+  void append_batch(const RowBatch& batch);
+  bool overwrite_batch(const RowBatch& batch);
+  void interleave_batch(const RowBatch& batch);
+
+  std::vector<int64_t> keys_;  ///< ascending, no key twice
+  std::vector<uint32_t> column_ids_;
+  std::vector<std::vector<double>>
+      columns_;  ///< parallel to `column_ids_`, each as long as `keys_`
+  std::unordered_map<uint32_t, int32_t> index_of_id_;
+  uint32_t next_auxiliary_id_ = first_auxiliary_id;
+  uint64_t layout_ = 0;
+};
+
+}  // namespace quor

@@ -1,0 +1,176 @@
+// The evaluation of variables and expressions.
+#include <stdexcept>
+
+#include "core/calculate_center.h"
+#include "core/status.h"
+#include "functions/base_func.h"
+#include "text/numbers.h"
+
+namespace quor {
+namespace {
+
+double truth(bool value) { return value ? 1.0 : 0.0; }
+
+/// Nulls are tested nowhere: what they give falls out of NaN arithmetic and of the comparisons, so
+/// that the logical operators take a null for true.
+double reduce(OpCode op, double left, double right) {
+  switch (op) {
+    case op_or:
+      return truth(left != 0.0 || right != 0.0);
+    case op_and:
+      return truth(left != 0.0 && right != 0.0);
+    case op_equal:
+      return truth(nearly_equal(left, right));
+    case op_not_equal:
+      return truth(!nearly_equal(left, right));
+    case op_less_equal:
+      return truth(left <= right);
+    case op_less:
+      return truth(!nearly_equal(left, right) && left < right);
+    case op_greater_equal:
+      return truth(left >= right);
+    case op_greater:
+      return truth(!nearly_equal(left, right) && left > right);
+    case op_minus:
+    case op_unary_minus:
+      return left - right;
+    case op_plus:
+      return left + right;
+    case op_remainder:
+      return nearly_equal(right, 0.0) ? 0.0 : remainder_of(to_int(left), to_int(right));
+    case op_times:
+      return left * right;
+    case op_divide:
+      return nearly_equal(right, 0.0) ? 0.0 : left / right;
+    default:
+      return 0.0;  // a "(" that was never closed
+  }
+}
+
+/// Counts a level of nesting for as long as it lives.
+class Level {
+ public:
+  explicit Level(int& nesting) : nesting_(nesting) {
+    if (nesting_ >= max_nesting) refuse_nesting();
+    ++nesting_;
+  }
+  ~Level() { --nesting_; }
+  Level(const Level&) = delete;
+  Level& operator=(const Level&) = delete;
+
+ private:
+  int& nesting_;
+};
+
+double literal_value(std::string_view text) {
+  if (text.size() < 2) return 0.0;
+  return leading_number_after_blanks(text.substr(1, text.size() - 2));
+}
+
+}  // namespace
+
+void refuse_nesting() { throw std::runtime_error("expression nested too deeply"); }
+
+int CalculateCenter::evaluate_nested(Variable& variable, int32_t row, bool scan, std::string& error,
+                                     double& result) {
+  switch (variable.kind) {
+    case VariableKind::call:
+      return evaluate_call(variable, row, scan, error, result);
+    case VariableKind::expression:
+      return evaluate_expression(variable, row, scan, error, result);
+    case VariableKind::missing:
+      result = null_value;
+      return status_variable_gone;
+    default:
+      result = 0.0;
+      return status_ok;
+  }
+}
+
+int CalculateCenter::evaluate_call(Variable& variable, int32_t row, bool scan, std::string& error,
+                                   double& result) {
+  if (variable.function == nullptr) {
+    result = null_value;
+    return status_ok;
+  }
+  if (scan) pool_.invoked_functions.insert(variable.function_word);
+  const Level level(nesting_);
+  return variable.function->execute({pool_, *this, variable, row, scan, error, result});
+}
+
+int CalculateCenter::evaluate_expression(Variable& variable, int32_t row, bool scan,
+                                         std::string& error, double& result) {
+  if (variable.text.starts_with('\'')) {
+    result = literal_value(variable.text);
+    return status_ok;
+  }
+  if (variable.elements.empty()) {
+    if (variable.text == "DRAWNULL") {
+      result = null_value;
+      return status_ok;
+    }
+    append_error(error, variable.text, variable.line);
+    return status_undefined_argument;
+  }
+  const Level level(nesting_);
+  return evaluate_elements(variable.program, row, scan, variable.line, error, result);
+}
+
+int CalculateCenter::operand_value(const Program& program, const Operand& operand, int32_t row,
+                                   bool scan, std::string& error, double& value) {
+  switch (operand.source) {
+    case Operand::Source::number:
+      value = operand.number;
+      return status_ok;
+    case Operand::Source::slot:
+      value = program.slots[operand.slot];
+      return status_ok;
+    case Operand::Source::reference:
+      break;
+  }
+  value = 0.0;
+  return evaluate(*operand.variable, row, scan, error, value);
+}
+
+int CalculateCenter::evaluate_elements(Program& program, int32_t row, bool scan, int32_t line,
+                                       std::string& error, double& result) {
+  for (const Step& step : program.steps) {
+    double right;
+    int status = operand_value(program, step.right, row, scan, error, right);
+    if (status != status_ok) return status;
+    if (step.kind == Step::Kind::reduce) {
+      double left;
+      status = operand_value(program, step.left, row, scan, error, left);
+      if (status != status_ok) return status;
+      program.slots[step.slot] = reduce(step.op, left, right);
+    } else if (step.kind == Step::Kind::negate) {
+      program.slots[step.slot] = -right;
+    }
+  }
+  return end_program(program, row, scan, line, error, result);
+}
+
+int CalculateCenter::end_program(Program& program, int32_t row, bool scan, int32_t line,
+                                 std::string& error, double& result) {
+  const Operand& last = program.result;
+  switch (program.ending) {
+    case Ending::untouched:
+      return status_ok;
+    case Ending::value:
+      if (last.source == Operand::Source::reference) {
+        return evaluate(*last.variable, row, scan, error, result);
+      }
+      return operand_value(program, last, row, scan, error, result);
+    case Ending::missing_operand:
+      append_error(error, {}, line);
+      return status_operand_missing;
+    case Ending::missing_variable:
+      return status_variable_gone;
+    case Ending::bare_reference:
+      append_error(error, {}, last.variable->line);
+      return status_bare_reference;
+  }
+  return status_ok;
+}
+
+}  // namespace quor

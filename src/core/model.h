@@ -1,0 +1,90 @@
+// The compiled script: elements of an expression, variables, and the settings of output lines.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/program.h"
+
+namespace quor {
+
+class BaseFunc;
+class BaseShape;
+class DataPoolCenter;
+struct Variable;
+
+/// A column id that names no column.
+inline constexpr uint32_t no_column = 0xFFFFFFFF;
+
+enum class ElementKind : uint8_t { operation = 0, number = 1, reference = 2, end = 3 };
+
+/// One token of an expression, in infix order. Every list closes with an end element.
+struct MathElement {
+  ElementKind kind = ElementKind::end;
+  double value = 0;              ///< the op code or the number
+  Variable* variable = nullptr;  ///< what a reference names
+};
+
+enum class VariableKind : uint8_t {
+  call = 0,        ///< a call of a built-in function
+  expression = 1,  ///< the value of its elements, a text literal, or an undefined name
+  field = 2,       ///< a cell of the table
+  number = 3,      ///< `value` at every row
+  undeclared = 4,  ///< not compiled yet; reads as 0
+  missing = 5,     ///< stands for an argument that isn't there; reads as null with status 2000
+};
+
+/// One statement, one function call, one argument of a call or one data field.
+///
+/// The pool owns every variable, at a stable address; all pointers between variables are plain.
+/// Reserved variables outlive a compile and so hold no pointer into one.
+struct Variable {
+  explicit Variable(DataPoolCenter& owner) : pool(&owner) {}
+
+  /// Replaces the auxiliary columns of this variable by `count` new ones, all cells null.
+  void reserve_aux_columns(int count);
+
+  /// Whether the variable's own column holds its series: an argument id is no data column.
+  bool has_column() const { return static_cast<int32_t>(column_id) >= 0 && column_index != -1; }
+
+  /// Stores the finished list of the right-hand side and lowers it.
+  void set_elements(std::vector<MathElement> list);
+
+  DataPoolCenter* pool;
+  VariableKind kind = VariableKind::undeclared;
+  bool whole_series = false;  ///< calculated from row 0 on every run
+  bool reserved = false;      ///< a data field that scripts read; lives as long as the instance
+  uint32_t declared_column_id = no_column;  ///< of a reserved variable, which each compile restores
+  bool reference = false;          ///< made for a reference to another security, period or quote
+  int32_t line = -1;               ///< slot index of the statement; goes into error texts
+  uint32_t column_id = no_column;  ///< the data column, or a negative argument id
+  int32_t column_index = -1;       ///< position of `column_id` in the table
+  uint32_t owner_column_id = no_column;
+  int32_t owner_column_index = -1;  ///< column of the statement that holds this call
+  int32_t function_id = -1;
+  const BaseFunc* function = nullptr;  ///< what a call runs; null for a word nobody serves
+  /// The number of a constant; working storage of FILTER, SET and the trade signals.
+  double value = 0;
+  std::vector<int32_t> aux_column_indexes;  ///< parallel to `aux_column_ids`
+  std::vector<uint32_t> aux_column_ids;     ///< columns that this call reserved for itself
+  std::vector<Variable*> arguments;         ///< in source order; null where a compile broke off
+  std::vector<MathElement> elements;        ///< the source of truth of `program`
+  Program program;
+  std::string name;                  ///< the hidden name: "~" and a decimal number
+  std::string text;                  ///< expression, field word, function word or declared name
+  std::string source_text;           ///< a call or argument as the script wrote it
+  std::string function_word;         ///< empty for everything but a call
+  std::shared_ptr<BaseShape> shape;  ///< the record of an output function, made on its first pass
+};
+
+/// The host's settings of one output line.
+struct LineModel {
+  std::string line_name;
+  std::string color_key;
+  double line_thick = 0;
+  int64_t is_selected = 0;
+};
+
+}  // namespace quor

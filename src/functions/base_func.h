@@ -1,0 +1,80 @@
+// What answers a function word of the language. This header depends on nothing above the tables.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace quor {
+
+class CalculateCenter;
+class DataPoolCenter;
+class DataTable;
+struct Variable;
+
+/// One evaluation of one call: what `execute` receives.
+///
+/// With `scan` set the evaluation runs at row 0, before any row is calculated: a word then counts
+/// its arguments, declares what it needs and makes its record, and computes nothing else.
+struct Call {
+  DataPoolCenter& pool;
+  CalculateCenter& calculator;
+  Variable& variable;  ///< the call; all state from bar to bar lies here and in the table
+  const int32_t row;   ///< the bar; 0 is the oldest
+  const bool scan;
+  std::string& error;  ///< text that goes with a status other than 0
+  double& result;      ///< holds the caller's start value; it stands if nothing is written
+
+  size_t argument_count() const;
+  /// The argument at a position. One that isn't there reads as null with status 2000.
+  Variable& argument(size_t position) const;
+
+  /// Evaluates an argument at this row, with `scan` clear.
+  int evaluate(size_t position, double& value) const;
+  /// Evaluates an argument at this row in the mode of this call, so that nested calls are scanned.
+  int evaluate_passing_scan(size_t position, double& value) const;
+  /// Evaluates an argument at any row, with `scan` clear.
+  int evaluate_at(size_t position, int32_t at_row, double& value) const;
+
+  /// The text of an argument: a quoted text without its quotes, the sign of a dot word, else the
+  /// number at this row with six decimals, whatever its status.
+  std::string argument_text(size_t position) const;
+
+  DataTable& table() const;
+
+  /// Appends the word (and a suffix) with the statement's line to `error`; gives the status back.
+  int fail(int32_t status, std::string_view suffix = {}) const;
+  /// The answer to a wrong number of arguments: status 7.
+  int wrong_count() const;
+};
+
+/// One object per function word, shared by all calls of all instances and constant.
+class BaseFunc {
+ public:
+  explicit BaseFunc(std::string_view word);
+  virtual ~BaseFunc() = default;
+  BaseFunc(const BaseFunc&) = delete;
+  BaseFunc& operator=(const BaseFunc&) = delete;
+
+  /// The value of the call at its row goes into `call.result`. Gives a status; 0 is success.
+  virtual int execute(const Call& call) const = 0;
+
+  const std::string& name() const { return name_; }
+  int32_t id() const { return id_; }
+  /// False for a word that is written bare, without an argument list.
+  bool takes_parentheses() const { return takes_parentheses_; }
+  /// Whether the compiler gives every call a column of its own.
+  bool uses_result_column() const { return uses_result_column_; }
+  /// Bar fields that a call reads without naming them.
+  std::span<const std::string_view> required_fields() const { return required_fields_; }
+
+ private:
+  std::string name_;
+  int32_t id_;
+  bool takes_parentheses_;
+  bool uses_result_column_;
+  std::span<const std::string_view> required_fields_;
+};
+
+}  // namespace quor

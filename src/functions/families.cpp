@@ -1,0 +1,14 @@
+#include "functions/families.h"
+
+namespace quor {
+namespace {
+
+constexpr Family families[] = {
+    moving_average_words,
+};
+
+}  // namespace
+
+std::span<const Family> function_families() { return families; }
+
+}  // namespace quor

@@ -1,0 +1,273 @@
+#include "tables/function_table.h"
+
+#include <algorithm>
+#include <array>
+
+#include "tables/word_set.h"
+
+namespace quor {
+namespace {
+
+constexpr FunctionRow rows[] = {
+    {"CURRBARSCOUNT", 0},
+    {"BARSCOUNT", 1},
+    {"DRAWKLINE", 2},
+    {"STICKLINE", 3},
+    {"VALUEWHEN", 4},
+    {"BARSLAST", 5},
+    {"DOWNNDAY", 6},
+    {"DRAWICON", 7},
+    {"DRAWNULL", 8},
+    {"DRAWTEXT", 9},
+    {"POLYLINE", 10},
+    {"BETWEEN", 11},
+    {"CEILING", 12},
+    {"EXPMEMA", 13},
+    {"HHVBARS", 14},
+    {"INTPART", 15},
+    {"LLVBARS", 16},
+    {"REVERSE", 17},
+    {"AVEDEV", 18},
+    {"MINUTE", 19},
+    {"SQUARE", 20},
+    {"UPNDAY", 21},
+    {"COUNT", 22},
+    {"CROSS", 23},
+    {"EVERY", 25},
+    {"EXIST", 26},
+    {"EXPMA", 27},
+    {"FLOOR", 28},
+    {"MONTH", 29},
+    {"ROUND", 30},
+    {"TIME0", 31},
+    {"ACOS", 32},
+    {"ASIN", 33},
+    {"ATAN", 34},
+    {"DATE", 35},
+    {"HOUR", 36},
+    {"LAST", 37},
+    {"MEMA", 38},
+    {"NDAY", 39},
+    {"RAND", 40},
+    {"SIGN", 41},
+    {"SQRT", 42},
+    {"TIME", 43},
+    {"YEAR", 44},
+    {"ABS", 45},
+    {"AMA", 46},
+    {"COS", 47},
+    {"DAY", 48},
+    {"DMA", 49},
+    {"EXP", 50},
+    {"HHV", 51},
+    {"IFF", 52},
+    {"IFN", 53},
+    {"LLV", 54},
+    {"LOG", 55},
+    {"MAX", 56},
+    {"MIN", 57},
+    {"MOD", 58},
+    {"NOT", 59},
+    {"POW", 60},
+    {"SIN", 61},
+    {"SMA", 62},
+    {"STD", 63},
+    {"SUM", 64},
+    {"TAN", 65},
+    {"REF", 66},
+    {"SAR", 67},
+    {"GET", 68},
+    {"SET", 69},
+    {"TMA", 70},
+    {"WMA", 71},
+    {"ZIG", 72},
+    {"MA", 73},
+    {"FILLRGN", 74},
+    {"SLOPE", 75},
+    {"FILTER", 76},
+    {"IFELSE", 77},
+    {"RGB", 78},
+    {"WEEKDAY", 79},
+    {"SOUND", 80},
+    {"PLAYSOUND", 81},
+    {"MIN1", 82},
+    {"MAX1", 83},
+    {"LOG10", 84},
+    {"LN", 85},
+    {"CUBE", 86},
+    {"FRACPART", 87},
+    {"RANGE", 88},
+    {"REFX", 89},
+    {"COVAR", 90},
+    {"CORRELATION", 91},
+    {"COEFFICIENTR", 92},
+    {"ADMA", 93},
+    {"KURTOSIS", 94},
+    {"DEVSQ", 95},
+    {"FORCAST", 96},
+    {"STDP", 97},
+    {"VAR", 98},
+    {"VARP", 99},
+    {"NUMPOW", 100},
+    {"NORMPDF", 101},
+    {"BARSTATUS", 102},
+    {"CROSSDOWN", 103},
+    {"CROSSUP", 104},
+    {"ISDOWN", 105},
+    {"ISUP", 106},
+    {"ISEQUAL", 107},
+    {"ISNULL", 108},
+    {"NULL", 109},
+    {"ISLASTBAR", 110},
+    {"DIVERGENCE", 111},
+    {"BARPOS", 112},
+    {"CURRENTDATE", 113},
+    {"CURRENTTIME", 114},
+    {"TOTALBARSCOUNT", 115},
+    {"DATE1", 116},
+    {"PERIOD", 117},
+    {"QUARTER", 118},
+    {"TIMETOT0", 119},
+    {"T0TOTIME", 120},
+    {"CODELIKE", 121},
+    {"STICKLINE1", 122},
+    {"DRAWLASTBARICON", 123},
+    {"DRAWLASTBARNUMBER", 124},
+    {"DRAWLASTBARTEXT", 125},
+    {"DRAWNUMBER", 126},
+    {"DRAWNUMBER1", 127},
+    {"DRAWSHIFTNUMBER", 128},
+    {"KTEXT", 129},
+    {"FILLRGN1", 130},
+    {"DRAWKLINE1", 131},
+    {"POLYLINE1", 132},
+    {"DRAWBARLINE", 133},
+    {"DRAWCOLORKLINE", 134},
+    {"DRAWLINE", 135},
+    {"DRAWLINE1", 136},
+    {"DRAWLINE3", 137},
+    {"DRAWLASTBARLINE", 138},
+    {"VERTLINE", 139},
+    {"VERTLINE1", 140},
+    {"PARTLINE", 141},
+    {"PARTLINE1", 142},
+    {"DRAWCOLORLINE", 143},
+    {"DRAWGBK", 144},
+    {"DRAWGBK1", 145},
+    {"DRAWCOLUMNCHART", 146},
+    {"DRAWSL", 147},
+    {"DRAWSL1", 148},
+    {"ANGLELINE", 149},
+    {"DRAWANGLELINE", 150},
+    {"HORIZONTALLINE", 151},
+    {"DRAWHORIZONTALLINE", 152},
+    {"TRENDLINES", 153},
+    {"DRAWTRENDLINE", 154},
+    {"GOLDENLINE", 155},
+    {"DRAWGOLDENLINE", 156},
+    {"WAVERULER", 157},
+    {"DRAWWAVERULER", 158},
+    {"BACKGROUNDSTYLE", 159},
+    {"DRAWBMP", 160},
+    {"DRAWBKBMP", 161},
+    {"WAVEPEAK", 162},
+    {"WAVEPEAK1", 163},
+    {"WAVEVALLEY", 164},
+    {"WAVEVALLEY1", 165},
+    {"BACKSET", 166},
+    {"REFX1", 167},
+    {"PEAK", 167},
+    {"PEAKBARS", 168},
+    {"TROUGH", 169},
+    {"TROUGHBARS", 170},
+    {"ZIGZAG", 171},
+    {"BARSLASTCOUNT", 172},
+    {"BARSSINCE", 173},
+    {"BARSSINCEN", 174},
+    {"CONDBARS", 175},
+    {"COST", 176},
+    {"EMA2", 177},
+    {"EMAWH", 178},
+    {"HARMEAN", 179},
+    {"HV", 180},
+    {"LV", 181},
+    {"MV", 182},
+    {"NEWHBARS", 183},
+    {"NEWHBARS1", 184},
+    {"NEWLBARS", 185},
+    {"NEWLBARS1", 186},
+    {"PERCENTILE", 187},
+    {"SAR1", 188},
+    {"SMMA", 189},
+    {"SORT", 190},
+    {"SORTPOS", 191},
+    {"SUMBARS", 192},
+    {"TRMA", 193},
+    {"TSMA", 194},
+    {"WINNER", 195},
+    {"EMA", 196},
+    {"IF", 197},
+    {"BARINTERVAL", 198},
+    {"BARTYPE", 199},
+    {"UNIT", 200},
+    {"MINPRICE", 201},
+    {"SHARECOUNTPERUNIT", 202},
+    {"SARSHOWTYPE", 203},
+    {"SAR1SHOWTYPE", 204},
+    {"DATACOUNT", 205},
+    {"NOTICE", 206},
+    {"BK", 207},
+    {"BP", 208},
+    {"SK", 209},
+    {"SP", 210},
+    {"SPK", 211},
+    {"BPK", 212},
+    {"CLOSEOUT", 213},
+};
+
+constexpr std::string_view result_column_words[] = {
+    "EXPMEMA", "EXPMA", "MEMA", "AMA",     "DMA",    "EMA",  "SMA",  "SUM",         "SAR",
+    "TMA",     "WMA",   "MA",   "BACKSET", "ZIGZAG", "EMA2", "SAR1", "SARSHOWTYPE", "SAR1SHOWTYPE"};
+constexpr WordSet ResultColumnSet(result_column_words);
+
+constexpr std::string_view bar_fields[] = {"HIGH", "LOW", "CLOSE", "OPEN"};
+constexpr std::string_view body_fields[] = {"CLOSE", "OPEN"};
+constexpr std::string_view chip_fields[] = {"HIGH", "LOW", "VOL", "AMOUNT"};
+constexpr std::string_view close_field[] = {"CLOSE"};
+constexpr std::string_view high_field[] = {"HIGH"};
+constexpr std::string_view low_field[] = {"LOW"};
+constexpr std::string_view volume_field[] = {"VOL"};
+constexpr std::string_view notice_field[] = {"NOTICE_REALTIME_TIMESTAMP"};
+
+struct RequiredFields {
+  std::string_view word;
+  std::span<const std::string_view> fields;
+};
+
+constexpr RequiredFields RequiredFieldLists[] = {
+    {"SAR", bar_fields},          {"SAR1", bar_fields},           {"SARSHOWTYPE", bar_fields},
+    {"SAR1SHOWTYPE", bar_fields}, {"DRAWCOLORKLINE", bar_fields}, {"ISUP", body_fields},
+    {"ISDOWN", body_fields},      {"ISEQUAL", body_fields},       {"COST", chip_fields},
+    {"WINNER", chip_fields},      {"ADMA", close_field},          {"WAVEPEAK", high_field},
+    {"WAVEVALLEY", low_field},    {"SUMBARS", volume_field},      {"NOTICE", notice_field},
+};
+
+}  // namespace
+
+std::span<const FunctionRow> FunctionIdTable() { return rows; }
+
+std::optional<int32_t> function_id(std::string_view word) {
+  const auto row = std::ranges::find(rows, word, &FunctionRow::word);
+  if (row == std::end(rows)) return std::nullopt;
+  return row->id;
+}
+
+bool uses_result_column(std::string_view word) { return ResultColumnSet.contains(word); }
+
+std::span<const std::string_view> required_fields(std::string_view word) {
+  const auto row = std::ranges::find(RequiredFieldLists, word, &RequiredFields::word);
+  if (row == std::end(RequiredFieldLists)) return {};
+  return row->fields;
+}
+
+}  // namespace quor
