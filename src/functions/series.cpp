@@ -1,0 +1,33 @@
+#include "functions/series.h"
+
+namespace quor {
+namespace {
+
+int32_t store_in_aux(const Call& call, const Variable& argument, Variable& holder, double value) {
+  if (argument.has_column()) return argument.column_index;
+  if (holder.aux_column_ids.empty()) holder.reserve_aux_columns(1);
+  call.table().set_cell(call.row, holder.aux_column_indexes[0], value);
+  return holder.aux_column_indexes[0];
+}
+
+}  // namespace
+
+int32_t store_in_own_column(const Call& call, Variable& argument, double value) {
+  if (!argument.has_column()) {
+    call.variable.reserve_aux_columns(1);
+    argument.column_id = call.variable.aux_column_ids[0];
+    argument.column_index = call.variable.aux_column_indexes[0];
+  }
+  call.table().set_cell(call.row, argument.column_index, value);
+  return argument.column_index;
+}
+
+int32_t store_in_aux_of_argument(const Call& call, Variable& argument, double value) {
+  return store_in_aux(call, argument, argument, value);
+}
+
+int32_t store_in_aux_of_call(const Call& call, Variable& argument, double value) {
+  return store_in_aux(call, argument, call.variable, value);
+}
+
+}  // namespace quor

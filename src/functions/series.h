@@ -1,0 +1,22 @@
+// Where a window word finds the past values of its argument.
+#pragma once
+
+#include "core/data_table.h"
+#include "core/model.h"
+#include "functions/base_func.h"
+
+namespace quor {
+
+/// Form A: the argument's own column, or one that the call reserves and hands to the argument, so
+/// that later bars find it. Stores the argument's value of this bar there in both cases. Gives the
+/// column's index.
+int32_t store_in_own_column(const Call& call, Variable& argument, double value);
+
+/// Form B: the argument's own column, where nothing is stored, or an auxiliary column of the
+/// argument, where its value of this bar is stored. The argument's column stays as it is.
+int32_t store_in_aux_of_argument(const Call& call, Variable& argument, double value);
+
+/// Form C: as form B, with the auxiliary column on the call.
+int32_t store_in_aux_of_call(const Call& call, Variable& argument, double value);
+
+}  // namespace quor
