@@ -1,0 +1,235 @@
+// Statements, expressions, calls, constants and settings, as the report and the results show them.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/test_host.h"
+
+namespace quor_test {
+namespace {
+
+TEST(Compile, AScriptOnItsWayThrough) {
+  TestHost host;
+  const Report report = host.compile("MA5:MA(C,5),COLORRED;");
+  EXPECT_EQ(report.text,
+            R"({"MaxPeriodCount":5,"CrossSecurityList":[],"CrossPeriodList":[],)"
+            R"("ExtraKLineFieldList":[11],"RealtimeFieldList":[],"ErrCode":0,)"
+            R"("IsNeedRequestExtraData":"false","IsContainsNoticeFunction":"false","ExtraMsg":"",)"
+            R"("IsNeedRequestTradeDay":"false","ErrLine":0})");
+  // MA's own column is the first auxiliary one, its count column the second.
+  EXPECT_EQ(host.id_of("MA5"), 20000);
+  EXPECT_EQ(host.shapes(),
+            R"([{"TitleVisible":1,"Digit":-1,"ShapeName":"PolylineShape","Field1Id":20000,)"
+            R"("Field1Text":"MA5","Field1VisibleId":20001,"ZIndex":2,)"
+            R"("LineColor":"TempBrushKey.#CC3030","ConditionColor":"Brush.Gray9",)"
+            R"("Style":"Polyline","LineWidth":1.000000,"LineShapeStyle":"SOLIDLINE",)"
+            R"("Field2Id":-1,"Field2VisibleId":-1,"Ratio":1.000000,"IsContinuousLine":0,)"
+            R"("Field3Id":-1,"Field3VisibleId":-1}])");
+  host.feed({{"C", series("1 2 3 4 5 6")}});
+  EXPECT_EQ(host.run(), success);
+  EXPECT_EQ(to_text(host.line("MA5")), "null null null null 3 4");
+  EXPECT_EQ(to_text(host.column(20001)), "1 1 1 1 1 1");
+  EXPECT_EQ(host.functions(), R"(["MA","POLYLINE"])");
+  EXPECT_EQ(host.variable_fields(), "[11,20000]");
+}
+
+TEST(Compile, ReportsOfTheSmallestScripts) {
+  TestHost host;
+  const std::string empty_report =
+      R"({"MaxPeriodCount":0,"CrossSecurityList":[],"CrossPeriodList":[],)"
+      R"("ExtraKLineFieldList":[1],"RealtimeFieldList":[],"ErrCode":0,)"
+      R"("IsNeedRequestExtraData":"false","IsContainsNoticeFunction":"false","ExtraMsg":"",)"
+      R"("IsNeedRequestTradeDay":"false","ErrLine":0})";
+  for (const char* script : {"A:1;", " {note}\n\n", "CONST N:5;", "\t"}) {
+    EXPECT_EQ(host.compile(script).text, empty_report) << script;
+  }
+  EXPECT_EQ(host.compile("A:1;\n\n\nB:C+D;").text,
+            R"({"MaxPeriodCount":0,"CrossSecurityList":[],"CrossPeriodList":[],)"
+            R"("ExtraKLineFieldList":[],"RealtimeFieldList":[],"ErrCode":2,)"
+            R"("IsNeedRequestExtraData":"","IsContainsNoticeFunction":"","ExtraMsg":"D",)"
+            R"("IsNeedRequestTradeDay":"","ErrLine":3})");
+}
+
+TEST(Compile, Refusals) {
+  const struct {
+    const char* script;
+    int64_t code;
+    const char* message;
+    int64_t line;
+  } cases[] = {
+      {"A:B;", 2, "B", 0},
+      {"A:1;\nB:=A+X;", 2, "X", 1},
+      {"A:1E-5;", 2, "1E", 0},
+      {"'ABC';", 2, "'ABC'", 0},
+      {"A:~99;", 2, "~99", 0},
+      {"COLORRED;", 2, "COLORRED", 0},
+      {"XMA(C,5);", 2, "XMA", 0},
+      {"A:MA(X,5);", 1, "X", 0},
+      {"A:REF(A,1);", 1, "A", 0},
+      {"A:MA(C,LINETHICK10);", 1, "LINETHICK10", 0},
+      {"A:MA;", 6, "MA", 0},
+      {"A:MA(C,5;", 6, "MA", 0},
+      {"A:MA(C);", 7, "MA", 0},
+      {"A:1;\nB:MA(C,5,6);", 7, "MA", 1},
+      {"MA:1;", 12, "MA", 0},
+      {"MA:=1;", 12, "MA", 0},
+      {"DATE1:DATE;", 12, "DATE1", 0},
+      {"A~:1;", 13, "A~", 0},
+      {"A:=1;A:=2;", 2004, "A", 1},
+      {"CLOSE:1;", 2004, "CLOSE", 0},
+      {"a:=1;\nA:2;", 2004, "A", 1},
+      {"DRAWTEXT(1,C,'X')+DRAWTEXT(1,C,'Y');", 2014, "DRAWTEXT(1@C@'X')+DRAWTEXT(1@C@'Y')", 0},
+      {"A:=1+;", 4, "", 0},
+      {"A:=(1+;", 4, "", 0},
+      {"A:=1);", 4, "", 0},
+      {"A:=1+2);", 4, "", 0},
+      {"A:=1;B:=(A);", 0, "", 0},
+      {"A:=(MA(C,5)+1)*-;", 2000, "", 0},
+      {"MYDATE:=1;B:=MYDATE+DATE;", 2, "MY~34", 1},
+      {"A:1:2;", 2, "1:2", 0},
+      {"CONST A:1:2;", 2, "1:2", 0},
+      {"A:1", 14, "", 0},
+      {"A:'1;", 5, "", 0},
+  };
+  for (const auto& [script, code, message, line] : cases) {
+    TestHost host;
+    const Report report = host.compile(script);
+    EXPECT_EQ(report.code, code) << script;
+    EXPECT_EQ(report.message, message) << script;
+    EXPECT_EQ(report.line, line) << script;
+  }
+}
+
+TEST(Compile, ConstantsAndParameters) {
+  TestHost host;
+  // Every CONST takes effect for the whole script and beats a parameter of its name.
+  const Report report = host.compile(
+      "A:=N;\nB:=X;\nD:=Z;\nE:=P;\nF:=Y;\nconst N:20;CONST X:-1.5;CONST Z:ABC;CONST Y:1E-5;",
+      R"([{"param_name":"n","default":10},{"PARAM_NAME":"P","DEFAULT":2.5},
+          {"PARAM_NAME":"Q"},{"PARAM_NAME":"R","DEFAULT":"1"},7])");
+  ASSERT_EQ(report.code, 0) << report.text;
+  host.feed({{"1", series("1")}});
+  EXPECT_EQ(host.run(), success);
+  EXPECT_EQ(to_text(host.line("A")), "20");
+  EXPECT_EQ(to_text(host.line("B")), "-1.5");
+  EXPECT_EQ(to_text(host.line("D")), "0");
+  EXPECT_EQ(to_text(host.line("E")), "2.5");
+  EXPECT_EQ(to_text(host.line("F")), "1e-05") << "a constant is inlined with six decimals";
+  for (const char* name : {"Q", "R"}) {
+    EXPECT_EQ(
+        host.compile(std::string("A:=") + name + ";", R"([{"PARAM_NAME":"R","DEFAULT":"1"}])").code,
+        2);
+  }
+  EXPECT_EQ(host.compile("A:=P;", R"({"PARAM_NAME":"P","DEFAULT":5})").code, 2);
+  EXPECT_EQ(host.compile("A:=P;", R"([{"PARAM_NAME":"P","DEFAULT":5)").code, 2);
+}
+
+TEST(Compile, NamesShareTheColumnOfWhatTheyName) {
+  TestHost host;
+  ASSERT_EQ(host.compile("A:=C;B:=MA(C,2);D:=B;E:=-5;F:=5;G:=均线;").code, 2);
+  ASSERT_EQ(host.compile("A:=C;B:=MA(C,2);D:=B;E:=-5;F:=5;均线:=A;").code, 0);
+  EXPECT_EQ(host.id_of("A"), 11);
+  EXPECT_EQ(host.id_of("B"), 20000);
+  EXPECT_EQ(host.id_of("D"), 20000);
+  EXPECT_EQ(host.id_of("E"), 20002) << "20001 is MA's count column, taken in the scan of D";
+  EXPECT_EQ(host.id_of("均线"), 11);
+  EXPECT_EQ(host.id_of("a"), -1);
+}
+
+TEST(Compile, AnEmptyScriptKeepsTheLastOne) {
+  TestHost host;
+  ASSERT_EQ(host.compile("A:=MA(C,7);").look_back, 7);
+  host.feed({{"C", series("1 2")}});
+  EXPECT_EQ(host.compile("").look_back, 7);
+  EXPECT_EQ(get_row_num(host.handle()), 2U);
+  ASSERT_EQ(host.compile("A:=O;").code, 0);
+  EXPECT_EQ(get_row_num(host.handle()), 0U);
+  EXPECT_EQ(host.variable_fields(), "[7,7]");
+}
+
+TEST(Compile, FieldsThatTheHostDeclares) {
+  TestHost host;
+  TestHost earlier;
+  create_reserved_field(host.handle(), "MOOD", 555, 4);
+  create_reserved_field(host.handle(), "CLOSE", 556, 5);
+  EXPECT_EQ(host.compile("MOOD:1;").code, 2004);
+  ASSERT_EQ(host.compile("A:=MOOD+1;B:=CLOSE;").fields, (std::vector<int64_t>{11, 555}));
+  host.feed({{"555", series("1 2")}, {"C", series("3 4")}});
+  EXPECT_EQ(host.run(), success);
+  EXPECT_EQ(to_text(host.line("A")), "2 3");
+  EXPECT_EQ(to_text(host.line("B")), "3 4");
+  EXPECT_EQ(earlier.compile("A:=MOOD;").code, 2) << "made before the word";
+  TestHost later;
+  EXPECT_EQ(later.compile("A:=MOOD;").code, 0) << "the word belongs to the process";
+  EXPECT_EQ(earlier.compile("MOOD:1;").code, 0);
+  EXPECT_EQ(earlier.compile("A:=1;").code, 0);
+}
+
+TEST(Compile, FieldWordsFollowPeriodAndMarket) {
+  const struct {
+    uint32_t period;
+    const char* market;
+    const char* word;
+    int64_t field;
+  } cases[] = {
+      {0x4000, "SHFE", "AVPRICE", 72},      {0x4000, "USHA", "AVPRICE", 2656718},
+      {0x3005, "SHFE", "AVPRICE", 2656718}, {0x3005, "SHFE", "SETTLE", 2656718},
+      {0x5000, "SHFE", "SETTLE", 72},       {0x4000, "USHA", "OPI", 19},
+      {0x4000, "SHFE", "OPI", 65},
+  };
+  for (const auto& [period, market, word, field] : cases) {
+    TestHost host;
+    host.set_info(period, "X", market);
+    const Report report = host.compile(std::string("A:=") + word + "+0;");
+    EXPECT_EQ(report.fields, std::vector<int64_t>{field}) << market << ' ' << word;
+  }
+}
+
+TEST(Compile, ArgumentsWithoutAColumnAreReadById) {
+  TestHost host;
+  ASSERT_EQ(host.compile("A:=MA(C+1,2);B:=EMA(C+1,3);").code, 0);
+  host.feed({{"C", series("1 2 3")}});
+  EXPECT_EQ(host.run(), success);
+  // C+1 is the variable behind the 31 reserved ones and MA's call: its id is the complement of 33.
+  EXPECT_EQ(get_field_val_by_index(host.handle(), ~33, 2), 4.0);
+  EXPECT_EQ(get_field_val_by_index(host.handle(), 11, 2), 3.0);
+  EXPECT_TRUE(get_field_val_by_index(host.handle(), ~34, 2) != 4.0);
+}
+
+TEST(Compile, DeepNestingIsRefused) {
+  const auto nested = [](int depth) {
+    std::string script = "A:=";
+    for (int i = 0; i < depth; ++i) script += "ABS(";
+    script += 'C';
+    for (int i = 0; i < depth; ++i) script += ')';
+    return script + ";";
+  };
+  TestHost host;
+  ASSERT_EQ(host.compile(nested(200)).code, 0);
+  host.feed({{"C", series("-3")}});
+  EXPECT_EQ(host.run(), success);
+  EXPECT_EQ(to_text(host.line("A")), "3");
+  for (const int depth : {300, 5000}) {
+    const Report report = host.compile(nested(depth));
+    EXPECT_EQ(report.code, 4000);
+    EXPECT_EQ(report.message, "expression nested too deeply");
+  }
+  const std::string open(20000, '(');
+  const std::string close(20000, ')');
+  ASSERT_EQ(host.compile("A:=" + open + "C" + close + "+0;").code, 0)
+      << "parentheses don't nest calls";
+}
+
+TEST(Compile, HiddenNamesTypedByAScriptFormNoEndlessRing) {
+  for (const char* script : {"A:=ABS(~32+1);", "A:=ABS(~33+1);A:=ABS(~32+1);", "~32+1;", "~31;~31;",
+                             "A:=IF(1,~33+1,2);", "B:=MA(~31,~31);"}) {
+    TestHost host;
+    host.compile(script);
+    host.feed({{"C", series("1 2")}});
+    host.run();
+    for (int id = 20; id < 60; ++id) get_field_val_by_index(host.handle(), ~id, 1);
+  }
+}
+
+}  // namespace
+}  // namespace quor_test

@@ -1,0 +1,82 @@
+// Random bytes and random words in every text: a defined answer, never a crash.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+#include "support/test_host.h"
+#include "tables/function_table.h"
+
+namespace quor_test {
+namespace {
+
+class Noise {
+ public:
+  explicit Noise(unsigned seed) : random_(seed) {}
+
+  std::string bytes(size_t most) {
+    std::string text(random_() % most, '\0');
+    for (char& c : text) c = static_cast<char>(random_() % 256);
+    return text;
+  }
+
+  /// Words, signs and numbers of the language in no order.
+  std::string words(size_t most) {
+    static const std::string signs[] = {
+        "(",  ")", ",",  ";",   ":",        ":=",    "+",  "-",      "*",     "/",
+        "%",  "=", "<>", "&&",  "|",        "'",     "\"", "{",      "}",     "//",
+        "\n", "#", "@",  "~31", "~",        "0",     "-1", "1E99",   "0.5",   "NULL",
+        "C",  "H", "A",  "'X'", "COLORRED", "STICK", "$",  "CONST ", " AND ", "!"};
+    const auto rows = quor::FunctionIdTable();
+    std::string text;
+    for (auto count = random_() % most; count > 0; --count) {
+      text += random_() % 3 == 0 ? std::string(rows[random_() % rows.size()].word) + "("
+                                 : signs[random_() % std::size(signs)];
+    }
+    return text;
+  }
+
+  size_t below(size_t limit) { return random_() % limit; }
+
+ private:
+  std::mt19937 random_;
+};
+
+void play(TestHost& host, const std::string& script, const std::string& parameters,
+          const std::string& lines, const std::string& rows) {
+  // The report of a message with a quote is no JSON, so the text isn't taken apart here.
+  uint32_t length = 0;
+  char* report = get_pre_parse_res(host.handle(), script.data(), parameters.data(), lines.data(),
+                                   static_cast<uint32_t>(script.size()),
+                                   static_cast<uint32_t>(parameters.size()),
+                                   static_cast<uint32_t>(lines.size()), &length);
+  ASSERT_NE(report, nullptr);
+  ASSERT_EQ(report[length], '\0');
+  release_ptr_val(report);
+  host.feed({{"C", series("1 null 3 4")}, {"H", series("2 5 1 7")}});
+  host.feed_json(rows);
+  EXPECT_TRUE(host.run().starts_with("{\"ErrCode\":"));
+  EXPECT_TRUE(host.run(2, true).starts_with("{\"ErrCode\":"));
+  for (int id = 30; id < 40; ++id) get_field_val_by_index(host.handle(), ~id, 2);
+  EXPECT_TRUE(host.shapes().starts_with('['));
+}
+
+TEST(Hostile, RandomBytes) {
+  Noise noise(1);
+  for (int i = 0; i < 300; ++i) {
+    TestHost host;
+    play(host, noise.bytes(200), noise.bytes(60), noise.bytes(60), noise.bytes(60));
+  }
+}
+
+TEST(Hostile, RandomWords) {
+  Noise noise(2);
+  TestHost host;
+  for (int i = 0; i < 1500; ++i) {
+    play(host, "A:" + noise.words(14) + ";" + noise.words(10) + ";", "", "",
+         "[{\"1\":" + noise.words(3) + "}]");
+  }
+}
+
+}  // namespace
+}  // namespace quor_test
