@@ -1,0 +1,62 @@
+// The steps that averages share. Each is the arithmetic of one bar, apart from where its inputs
+// lie.
+#pragma once
+
+#include <cstdint>
+
+#include "core/data_table.h"
+#include "core/value.h"
+#include "functions/base_func.h"
+
+namespace quor {
+
+/// ((n-1) * prev + 2x) / (n+1), with n of -1 a division by zero.
+inline double exponential_step(int64_t n, double x, double prev) {
+  return (static_cast<double>(n - 1) * prev + (x + x)) / static_cast<double>(n + 1);
+}
+
+/// ((n-m) * prev + m*x) / n; where one of x and prev is null, the other.
+double smoothing_step(double x, double prev, int64_t n, int64_t m);
+
+/// What the bars before this one give to an average of `count` bars.
+struct WindowSeed {
+  double sum = 0.0;      ///< the previous result, or the sum of the window if recomputed
+  double leaving = 0.0;  ///< the value that leaves the window at this bar
+  int64_t count = 0;     ///< how many bars the window stands for
+  bool recomputed = false;
+};
+
+/// The seed of the window that ends at `previous_row`: the result that stands there, or, with
+/// `force` or where it is null, the sum of the window's values. Each null that a recomputation
+/// meets lowers the count by 1, one at the oldest place by 2; without any value the sum is null.
+/// Row 0 has no window: sum and leaving value are 0 then, and nothing is recomputed.
+WindowSeed window_seed(const DataTable& table, int32_t x_column, int32_t result_column,
+                       int32_t previous_row, int64_t count, bool force);
+
+struct AverageStep {
+  double value;
+  int64_t count;  ///< of the values behind the average, which the next bar needs
+};
+
+/// One step of a sliding mean: the previous mean times its count, without the value that leaves and
+/// with x, over the new count. Nulls that enter lower the count, nulls that leave raise it.
+AverageStep average_step(int64_t count, double x, const WindowSeed& seed);
+
+/// A cell at a row that may lie anywhere; null outside the table.
+inline double cell_at(const DataTable& table, int64_t row, int32_t column) {
+  return row >= 0 && row < table.row_count() ? table.cell(static_cast<int32_t>(row), column)
+                                             : null_value;
+}
+
+/// Makes an auxiliary column of `holder` the own column of `variable`.
+void adopt_aux_column(Variable& variable, const Variable& holder, size_t position);
+
+/// The column in which the call's results stand; reserved at first use for a word whose calls have
+/// none from the compiler.
+int32_t result_column(const Call& call);
+
+/// The value of MA(X, N) at a bar, as a step of the call it is given: the state lies in columns of
+/// that call and of X.
+double moving_average(const Call& call);
+
+}  // namespace quor
