@@ -5,6 +5,7 @@ namespace {
 
 constexpr Family families[] = {
     moving_average_words,
+    reference_words,
 };
 
 }  // namespace

@@ -10,6 +10,7 @@ namespace quor {
 using Family = std::span<const WordRow> (*)();
 
 std::span<const WordRow> moving_average_words();
+std::span<const WordRow> reference_words();
 
 /// All families of the language.
 std::span<const Family> function_families();

@@ -1,0 +1,129 @@
+// Values of other bars, and what a script stores for itself.
+#include "core/calculate_center.h"
+#include "core/data_pool_center.h"
+#include "core/status.h"
+#include "functions/families.h"
+
+namespace quor {
+namespace {
+
+constexpr size_t series_argument = 0;
+constexpr size_t period_argument = 1;
+
+int raise_period_of(const Call& call) {
+  double period = null_value;
+  const int status = call.evaluate(period_argument, period);
+  if (status == status_ok) call.pool.raise_period(to_int(period));
+  return status;
+}
+
+/// X as many bars before (`sign` -1) or behind (`sign` 1) this one as N says; null outside the
+/// table.
+int value_at_distance(const Call& call, int sign) {
+  if (call.scan) return call.argument_count() == 2 ? raise_period_of(call) : call.wrong_count();
+  double period = null_value;
+  const int status = call.evaluate(period_argument, period);
+  if (status != status_ok) return status;
+  call.result = null_value;
+  const int64_t row = call.row + int64_t{sign} * to_int(period);
+  if (row < 0 || row >= call.table().row_count()) return status_ok;
+  return call.evaluate_at(series_argument, static_cast<int32_t>(row), call.result);
+}
+
+class REF final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override { return value_at_distance(call, -1); }
+};
+
+class REFX final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override { return value_at_distance(call, 1); }
+};
+
+/// As REFX, but a row outside the table on either side is the last bar.
+class REFX1 final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return call.argument_count() == 2 ? status_ok : call.wrong_count();
+    double period = null_value;
+    const int status = call.evaluate(period_argument, period);
+    if (status != status_ok) return status;
+    call.result = null_value;
+    if (is_null(period)) return status_ok;
+    const int32_t rows = call.table().row_count();
+    const uint64_t row =
+        static_cast<uint64_t>(int64_t{call.row}) + static_cast<uint64_t>(to_int64(period));
+    const bool inside = row < static_cast<uint64_t>(rows);
+    return call.evaluate_at(series_argument, inside ? static_cast<int32_t>(row) : rows - 1,
+                            call.result);
+  }
+};
+
+/// X at the newest bar at which C holds.
+class VALUEWHEN final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return call.argument_count() == 2 ? status_ok : call.wrong_count();
+    call.result = null_value;
+    for (int32_t row = call.row; row >= 0; --row) {
+      double condition = null_value;
+      call.evaluate_at(0, row, condition);
+      if (to_int(condition) != 1) continue;
+      call.evaluate_at(1, row, call.result);
+      break;
+    }
+    return status_ok;
+  }
+};
+
+class GET final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return call.argument_count() == 1 ? status_ok : call.wrong_count();
+    call.result = null_value;
+    return call.evaluate(0, call.result);
+  }
+};
+
+/// Takes its arguments in pairs of a target and an expression, in order; a target without a partner
+/// is left alone.
+class SET final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return status_ok;
+    for (size_t i = 0; i + 1 < call.argument_count(); i += 2) {
+      double value = null_value;
+      call.evaluate(i + 1, value);
+      store(call, call.argument(i), value);
+    }
+    call.result = 0.0;
+    return status_ok;
+  }
+
+ private:
+  static void store(const Call& call, Variable& target, double value) {
+    if (target.kind == VariableKind::field) {
+      call.table().set_cell(call.row, target.column_index, value);
+    } else {
+      target.value = value;
+    }
+  }
+};
+
+constexpr WordRow words[] = {
+    word_row<REF>("REF"),     word_row<REFX>("REFX"),
+    word_row<REFX1>("REFX1"), word_row<VALUEWHEN>("VALUEWHEN"),
+    word_row<GET>("GET"),     word_row<SET>("SET"),
+};
+
+}  // namespace
+
+std::span<const WordRow> reference_words() { return words; }
+
+}  // namespace quor
