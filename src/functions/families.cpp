@@ -6,6 +6,7 @@ namespace {
 constexpr Family families[] = {
     moving_average_words,
     reference_words,
+    polyline_words,
 };
 
 }  // namespace

@@ -1,0 +1,293 @@
+#include "drawing/drawing_frame.h"
+
+#include "core/calculate_center.h"
+#include "core/data_pool_center.h"
+#include "core/status.h"
+#include "drawing/colour_text.h"
+#include "text/numbers.h"
+
+namespace quor {
+
+int DrawingFunc::execute(const Call& call) const {
+  if (call.scan) {
+    const size_t count = call.argument_count();
+    if (count < row_.count.least || count > row_.count.most) return call.wrong_count();
+  }
+  if (call.variable.shape == nullptr) {
+    Making making{.call = call, .record = row_.record(), .colour_word = {}};
+    if (row_.adds_record) call.calculator.shapes().add(making.record);
+    const int status = make_record(making);
+    if (status != status_ok) return status;
+    call.variable.shape = std::move(making.record);
+  }
+  return call.scan ? static_cast<int>(status_ok) : write_bar(call, *call.variable.shape);
+}
+
+int DrawingFunc::own_rules(Making&) const { return status_ok; }
+
+int DrawingFunc::make_record(Making& making) const {
+  making.record->TitleVisible = row_.title_visible;
+  for (const MakingStep step : row_.order) {
+    const int status = make_step(step, making);
+    if (status != status_ok) return status;
+  }
+  return status_ok;
+}
+
+int DrawingFunc::make_step(MakingStep step, Making& making) const {
+  switch (step) {
+    case MakingStep::title:
+      set_title(making, row_.title);
+      return status_ok;
+    case MakingStep::own:
+      return own_rules(making);
+    case MakingStep::constants:
+      return read_constants(making);
+    case MakingStep::colours:
+      return resolve_colours(making);
+    case MakingStep::columns:
+      return reserve_columns(making);
+    case MakingStep::items:
+      return read_items(making, row_.items_from);
+    case MakingStep::values:
+      return bind_values(making);
+  }
+  return status_ok;
+}
+
+int DrawingFunc::read_constants(Making& making) const {
+  for (const Constant& constant : row_.constants) {
+    double value;
+    const int status = evaluate(making.call, constant.argument, value);
+    if (status != status_ok) return status;
+    if (constant.accepts != nullptr && !constant.accepts(value)) {
+      return making.call.fail(status_bad_constant, constant.suffix);
+    }
+    constant.store(making, value);
+  }
+  return status_ok;
+}
+
+int DrawingFunc::resolve_colours(Making& making) const {
+  for (const Colour& colour : row_.colours) {
+    std::string_view word = making.colour_word;
+    const bool no_item = word.empty();
+    if (colour.from == ColourFrom::argument ||
+        (colour.from == ColourFrom::item_or_argument && no_item)) {
+      word = making.call.argument(colour.argument).text;
+    } else if (no_item) {
+      if (colour.from != ColourFrom::item_or_auto) continue;
+      word = "COLORAUTO";
+    } else if (colour.from == ColourFrom::item_not_auto && word == "COLORAUTO") {
+      continue;
+    }
+    const int status = read_colour(making, word, colour.field(*making.record));
+    if (status != status_ok) return status;
+  }
+  return status_ok;
+}
+
+int DrawingFunc::reserve_columns(Making& making) const {
+  if (row_.columns.empty()) return status_ok;
+  Variable& call = making.call.variable;
+  call.reserve_aux_columns(static_cast<int>(row_.columns.size()));
+  size_t position = 0;
+  for (const Column& column : row_.columns) {
+    const uint32_t id = call.aux_column_ids[position++];
+    if (column.field != nullptr) column.field(*making.record) = static_cast<int32_t>(id);
+  }
+  return status_ok;
+}
+
+int DrawingFunc::read_items(Making& making, size_t from) const {
+  if (row_.items.empty()) return status_ok;
+  for (size_t i = from; i < making.call.argument_count(); ++i) {
+    const std::string_view text = making.call.argument(i).text;
+    for (const Item item : row_.items) {
+      const std::optional<int> status = item(making, text);
+      if (!status) continue;
+      if (*status != status_ok) return *status;
+      break;
+    }
+  }
+  return status_ok;
+}
+
+int DrawingFunc::bind_values(Making& making) const {
+  for (const Value& value : row_.values) {
+    Variable& argument = making.call.argument(value.argument);
+    if (value.title != nullptr) value.title(*making.record) = argument.source_text;
+    bind_value_field(argument, value.field(*making.record));
+  }
+  return status_ok;
+}
+
+int DrawingFunc::evaluate(const Call& call, size_t position, double& value) const {
+  value = null_value;
+  const int status = call.evaluate(position, value);
+  if (status == status_ok || !row_.ignores_status) return status;
+  value = null_value;
+  return status_ok;
+}
+
+int DrawingFunc::write_bar(const Call& call, BaseShape& record) const {
+  if (row_.last_row_only && !is_last_row(call)) return status_ok;
+  const int status = store_values(call);
+  return status != status_ok ? status : write_columns(call, record);
+}
+
+int DrawingFunc::store_values(const Call& call) const {
+  for (const Value& bound : row_.values) {
+    const Variable& argument = call.argument(bound.argument);
+    if (argument.aux_column_indexes.empty()) continue;
+    double value;
+    const int status = evaluate(call, bound.argument, value);
+    if (status != status_ok) return status;
+    if (argument.aux_column_indexes.empty()) continue;
+    call.table().set_cell(call.row, argument.aux_column_indexes[0], value);
+  }
+  return status_ok;
+}
+
+/// Numbers first, then marks.
+int DrawingFunc::write_columns(const Call& call, BaseShape& record) const {
+  const auto is_number = [](Fill fill) { return fill == Fill::number || fill == Fill::negated; };
+  for (const bool numbers : {true, false}) {
+    for (size_t i = 0; i < row_.columns.size(); ++i) {
+      if (is_number(row_.columns.begin()[i].fill) != numbers) continue;
+      const int status = write_column(call, record, i);
+      if (status != status_ok) return status;
+    }
+  }
+  return status_ok;
+}
+
+int DrawingFunc::write_column(const Call& call, BaseShape& record, size_t position) const {
+  const Column& column = row_.columns.begin()[position];
+  if (column.fill == Fill::own) return status_ok;
+  if (column.fill == Fill::last_row) {
+    set_call_column(call, position, mark_of(is_last_row(call)));
+    return status_ok;
+  }
+  if (column.fill != Fill::negated && call.argument(column.argument).text.empty()) return status_ok;
+  double value;
+  const int status = evaluate(call, column.argument, value);
+  if (status != status_ok) return status;
+  if (column.fill == Fill::negated) {
+    value = -value;
+  } else if (column.fill != Fill::number) {
+    const bool holds = column.fill == Fill::zero_mark ? value != 0.0 : to_int(value) != 0;
+    value = mark_of(holds && (row_.is_drawn == nullptr || row_.is_drawn(record)));
+  }
+  set_call_column(call, position, value);
+  return status_ok;
+}
+
+void set_title(Making& making, Title title) {
+  if (title == Title::serial) {
+    making.record->Field1Text = making.call.calculator.shapes().title_of(*making.record);
+  } else if (title == Title::automatic) {
+    making.record->Field1Text = making.call.pool.auto_line_name();
+  }
+}
+
+void bind_value_field(Variable& argument, int32_t& field) {
+  if (argument.text.empty()) return;
+  // A negative id is that of an argument, not of a column.
+  if (static_cast<int32_t>(argument.column_id) < 0) {
+    argument.reserve_aux_columns(1);
+    field = static_cast<int32_t>(argument.aux_column_ids[0]);
+  } else {
+    field = static_cast<int32_t>(argument.column_id);
+  }
+}
+
+void reserve_visibility_column(Making& making) {
+  Variable& call = making.call.variable;
+  call.reserve_aux_columns(1);
+  making.record->Field1VisibleId = static_cast<int32_t>(call.aux_column_ids[0]);
+}
+
+int read_colour(Making& making, std::string_view word, std::string& text) {
+  return colour_text(making.call.pool, word, making.call.error, text);
+}
+
+double mark_of(bool shown) { return shown ? shown_mark : hidden_mark; }
+
+bool is_last_row(const Call& call) { return call.row == call.table().row_count() - 1; }
+
+void set_call_column(const Call& call, size_t position, double value) {
+  const auto& columns = call.variable.aux_column_indexes;
+  if (position < columns.size()) call.table().set_cell(call.row, columns[position], value);
+}
+
+int32_t standard_integer(std::string_view text) {
+  const size_t start = text.find_first_not_of(" \t\n\v\f\r");
+  if (start == std::string_view::npos) return 0;
+  text.remove_prefix(start);
+  return leading_integer(text.substr(0, text.find_first_of("xX")));
+}
+
+namespace {
+
+std::string_view behind(std::string_view word, std::string_view prefix) {
+  return word.substr(std::min(prefix.size(), word.size()));
+}
+
+int32_t bounded_integer(std::string_view text, int32_t least, int32_t most) {
+  if (text.empty()) return -1;
+  const int32_t number = standard_integer(text);
+  return number < least || number > most ? -1 : number;
+}
+
+}  // namespace
+
+float line_width_of(std::string_view word) {
+  const auto width = static_cast<float>(leading_number_after_blanks(behind(word, "LINETHICK")));
+  return width >= 1.0F && width <= 9.0F ? width : 1.0F;
+}
+
+int32_t digits_of(std::string_view word) { return bounded_integer(behind(word, "PRECIS"), 0, 6); }
+
+int32_t font_size_of(std::string_view word) {
+  return bounded_integer(behind(word, "FONTSIZE"), 8, 72);
+}
+
+int align_of(const Call& call, std::string_view word, std::string_view prefix, int32_t& align) {
+  const std::string_view sign = behind(word, prefix);
+  if (sign.size() == 1) {
+    const int32_t number = parse_integer(sign);
+    if (number <= 2) {
+      align = number;
+      return status_ok;
+    }
+  }
+  append_error(call.error, "get_num_val." + std::string(prefix), call.variable.line);
+  return status_bad_constant;
+}
+
+std::optional<int> no_text(Making& making, std::string_view text) {
+  if (text != "NOTEXT") return std::nullopt;
+  making.record->TitleVisible = 0;
+  return status_ok;
+}
+
+std::optional<int> title_visible(Making& making, std::string_view text) {
+  if (text != "TITLEVISIBLE") return std::nullopt;
+  making.record->TitleVisible = 1;
+  return status_ok;
+}
+
+std::optional<int> precis(Making& making, std::string_view text) {
+  if (!text.starts_with("PRECIS")) return std::nullopt;
+  making.record->Digit = digits_of(text);
+  return status_ok;
+}
+
+std::optional<int> kept_colour(Making& making, std::string_view text) {
+  if (!text.starts_with("COLOR")) return std::nullopt;
+  making.colour_word = text;
+  return status_ok;
+}
+
+}  // namespace quor

@@ -1,0 +1,290 @@
+// The frame of the drawing words. A word is described by a row: how many arguments it takes, which
+// of them are prices, conditions, constants and colours, which style items it reads, and where all
+// of it goes. The frame makes the record on the first pass and writes the columns at each bar; a
+// class adds code only where its word has a rule of its own.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "core/value.h"
+#include "drawing/shapes.h"
+#include "functions/base_func.h"
+
+namespace quor {
+
+/// A short list inside a constant.
+template <typename T, size_t capacity>
+class Few {
+ public:
+  constexpr Few() = default;
+  constexpr Few(std::initializer_list<T> list) : size_(list.size()) {
+    std::copy(list.begin(), list.end(), entries_.begin());
+  }
+  constexpr const T* begin() const { return entries_.data(); }
+  constexpr const T* end() const { return entries_.data() + size_; }
+  constexpr size_t size() const { return size_; }
+  constexpr bool empty() const { return size_ == 0; }
+
+ private:
+  std::array<T, capacity> entries_{};
+  size_t size_ = 0;
+};
+
+/// A field of a record, reached through the base.
+template <typename T>
+using FieldOf = T& (*)(BaseShape& record);
+
+template <typename Member>
+struct MemberTypes;
+template <typename Record, typename T>
+struct MemberTypes<T Record::*> {
+  using record = Record;
+  using type = T;
+};
+
+template <auto member>
+typename MemberTypes<decltype(member)>::type& field(BaseShape& record) {
+  return static_cast<typename MemberTypes<decltype(member)>::record&>(record).*member;
+}
+
+/// A record of a class whose `Style` is not the default one.
+template <typename Record, auto style>
+std::shared_ptr<BaseShape> styled() {
+  auto record = std::make_shared<Record>();
+  record->Style = style;
+  return record;
+}
+
+template <typename Record>
+std::shared_ptr<BaseShape> plain() {
+  return std::make_shared<Record>();
+}
+
+/// A record while its call makes it.
+struct Making {
+  const Call& call;
+  std::shared_ptr<BaseShape> record;
+  std::string colour_word;  ///< kept by an item until the colours are resolved
+  double number = 0;        ///< a constant kept for the next one
+};
+
+struct Count {
+  size_t least;
+  size_t most;
+};
+constexpr Count at_least(size_t count) { return {count, SIZE_MAX}; }
+constexpr Count exactly(size_t count) { return {count, count}; }
+
+enum class Title : uint8_t {
+  serial,     ///< the record's name and its number among the records of that name
+  automatic,  ///< a name that hosts don't show
+  own,        ///< given by the word
+};
+
+/// A price: the record's field takes the argument's column, or a new one that is written per bar.
+struct Value {
+  size_t argument;
+  FieldOf<int32_t> field;
+  FieldOf<std::string> title = nullptr;  ///< takes the argument as the script wrote it
+};
+
+/// What the column of a call gets per bar.
+enum class Fill : uint8_t {
+  zero_mark,  ///< shown unless the condition is 0.0; a null is not 0.0
+  int_mark,   ///< shown unless the condition truncates to 0
+  last_row,   ///< shown at the last row only
+  number,     ///< the argument as it is, if it has a text
+  negated,    ///< the argument with its sign turned
+  own,        ///< written by the word
+};
+
+struct Column {
+  FieldOf<int32_t> field;  ///< null for a column that no field of the record names
+  Fill fill;
+  size_t argument = 0;
+};
+
+/// An argument that is evaluated once, at the first pass.
+struct Constant {
+  size_t argument;
+  void (*store)(Making& making, double value);
+  bool (*accepts)(double value) = nullptr;  ///< null accepts everything
+  std::string_view suffix = {};             ///< of the refusal
+};
+
+/// A style item: gives no status for a text that is not its word, else the effect's status.
+using Item = std::optional<int> (*)(Making& making, std::string_view text);
+
+enum class ColourFrom : uint8_t {
+  argument,          ///< the text at a position
+  item_or_argument,  ///< the item if any, else the text at a position
+  item_or_auto,      ///< the item if any, else COLORAUTO
+  item,              ///< the item if any
+  item_not_auto,     ///< the item if any, COLORAUTO counting as none
+};
+
+struct Colour {
+  FieldOf<std::string> field;
+  ColourFrom from;
+  size_t argument = 0;
+};
+
+/// The order in which a record is made shows in the ids of the columns, in the palette and in which
+/// of two faults is reported.
+enum class MakingStep : uint8_t { title, own, constants, colours, columns, items, values };
+using Order = Few<MakingStep, 7>;
+
+inline constexpr Order usual_order = {
+    MakingStep::title,   MakingStep::own,   MakingStep::constants, MakingStep::colours,
+    MakingStep::columns, MakingStep::items, MakingStep::values};
+/// For words that keep a colour item until all items are read.
+inline constexpr Order late_colour_order = {
+    MakingStep::title, MakingStep::own,     MakingStep::constants, MakingStep::columns,
+    MakingStep::items, MakingStep::colours, MakingStep::values};
+/// For lines through bars and figures.
+inline constexpr Order items_first_order = {
+    MakingStep::title,   MakingStep::items, MakingStep::colours, MakingStep::constants,
+    MakingStep::columns, MakingStep::own,   MakingStep::values};
+
+struct DrawingRow {
+  Count count;
+  std::shared_ptr<BaseShape> (*record)();
+  Title title = Title::serial;
+  int32_t title_visible = 0;
+  Few<Value, 4> values = {};
+  Few<Column, 4> columns = {};
+  Few<Constant, 2> constants = {};
+  Few<Colour, 2> colours = {};
+  size_t items_from = 0;
+  Few<Item, 9> items = {};
+  Order order = usual_order;
+  FieldOf<bool> is_drawn = nullptr;  ///< while it is false every mark hides the record
+  bool last_row_only = false;        ///< nothing is written at any other row
+  bool ignores_status = false;       ///< an argument that fails reads as null
+  bool adds_record = true;           ///< before its title is taken; else the word does it
+};
+
+class DrawingFunc : public BaseFunc {
+ public:
+  DrawingFunc(std::string_view word, const DrawingRow& row) : BaseFunc(word), row_(row) {}
+
+  int execute(const Call& call) const override;
+
+ protected:
+  /// The step `own` of the order.
+  virtual int own_rules(Making& making) const;
+  virtual int write_bar(const Call& call, BaseShape& record) const;
+  /// A word whose forms differ in more than a row makes its record itself.
+  virtual int make_record(Making& making) const;
+
+  int evaluate(const Call& call, size_t position, double& value) const;
+  int store_values(const Call& call) const;
+  int write_columns(const Call& call, BaseShape& record) const;
+
+  int bind_values(Making& making) const;
+  int read_items(Making& making, size_t from) const;
+
+ private:
+  int make_step(MakingStep step, Making& making) const;
+  int read_constants(Making& making) const;
+  int resolve_colours(Making& making) const;
+  int reserve_columns(Making& making) const;
+  int write_column(const Call& call, BaseShape& record, size_t position) const;
+
+  const DrawingRow& row_;
+};
+
+/// The base of the class of a word: a row given once and for all.
+template <const DrawingRow& row>
+class DrawingWord : public DrawingFunc {
+ public:
+  explicit DrawingWord(std::string_view word) : DrawingFunc(word, row) {}
+};
+
+// Operations of the frame that words with rules of their own use too.
+
+void set_title(Making& making, Title title);
+/// A field that is still -1 takes the argument's column: its own one, or a new one that
+/// `store_value` fills. An argument without a text leaves it.
+void bind_value_field(Variable& argument, int32_t& field);
+/// Reserves the call's only column and gives its id to the record.
+void reserve_visibility_column(Making& making);
+/// Colour text of a word, as `colour_text` gives it.
+int read_colour(Making& making, std::string_view word, std::string& text);
+double mark_of(bool shown);
+bool is_last_row(const Call& call);
+/// Writes the call's own column at a position; one that is gone takes nothing.
+void set_call_column(const Call& call, size_t position, double value);
+/// The integer at the start of a decimal text, blanks in front passed over; 0 if there is none.
+int32_t standard_integer(std::string_view text);
+
+// Style items and the numbers in their words.
+
+float line_width_of(std::string_view word);
+int32_t digits_of(std::string_view word);
+int32_t font_size_of(std::string_view word);
+/// The one digit behind the prefix, 0 to 2; else status 2012. A sign that is no digit throws.
+int align_of(const Call& call, std::string_view word, std::string_view prefix, int32_t& align);
+
+std::optional<int> no_text(Making& making, std::string_view text);
+std::optional<int> title_visible(Making& making, std::string_view text);
+std::optional<int> precis(Making& making, std::string_view text);
+/// Keeps the last colour word for the step of the colours.
+std::optional<int> kept_colour(Making& making, std::string_view text);
+
+/// A colour word that counts at once.
+template <auto member>
+std::optional<int> colour_item(Making& making, std::string_view text) {
+  if (!text.starts_with("COLOR")) return std::nullopt;
+  return read_colour(making, text, field<member>(*making.record));
+}
+
+template <auto member>
+std::optional<int> line_thick(Making& making, std::string_view text) {
+  if (!text.starts_with("LINETHICK")) return std::nullopt;
+  field<member>(*making.record) = line_width_of(text);
+  return 0;
+}
+
+template <auto member>
+std::optional<int> dash(Making& making, std::string_view text) {
+  const auto style = dash_style(text);
+  if (!style) return std::nullopt;
+  field<member>(*making.record) = *style;
+  return 0;
+}
+
+template <auto member>
+std::optional<int> no_draw(Making& making, std::string_view text) {
+  if (text != "NODRAW") return std::nullopt;
+  field<member>(*making.record) = false;
+  return 0;
+}
+
+// What a constant does with its number, and what it refuses.
+
+template <auto member>
+void as_int(Making& making, double value) {
+  field<member>(*making.record) = to_int(value);
+}
+
+template <auto member>
+void as_number(Making& making, double value) {
+  field<member>(*making.record) = value;
+}
+
+template <auto member>
+void as_flag(Making& making, double value) {
+  field<member>(*making.record) = value != 0.0 ? 1 : 0;
+}
+
+inline bool not_null(double value) { return !is_null(value); }
+
+}  // namespace quor
