@@ -16,7 +16,7 @@ TEST(Compile, AScriptOnItsWayThrough) {
             R"("ExtraKLineFieldList":[11],"RealtimeFieldList":[],"ErrCode":0,)"
             R"("IsNeedRequestExtraData":"false","IsContainsNoticeFunction":"false","ExtraMsg":"",)"
             R"("IsNeedRequestTradeDay":"false","ErrLine":0})");
-  // MA's own column is the first auxiliary one, its count column the second.
+  // MA's own column, then the line's visibility column; MA's count column comes with the first bar.
   EXPECT_EQ(host.id_of("MA5"), 20000);
   EXPECT_EQ(host.shapes(),
             R"([{"TitleVisible":1,"Digit":-1,"ShapeName":"PolylineShape","Field1Id":20000,)"
@@ -131,7 +131,7 @@ TEST(Compile, NamesShareTheColumnOfWhatTheyName) {
   EXPECT_EQ(host.id_of("A"), 11);
   EXPECT_EQ(host.id_of("B"), 20000);
   EXPECT_EQ(host.id_of("D"), 20000);
-  EXPECT_EQ(host.id_of("E"), 20002) << "20001 is MA's count column, taken in the scan of D";
+  EXPECT_EQ(host.id_of("E"), 20001);
   EXPECT_EQ(host.id_of("均线"), 11);
   EXPECT_EQ(host.id_of("a"), -1);
 }
