@@ -48,7 +48,7 @@ int DrawingFunc::make_step(MakingStep step, Making& making) const {
     case MakingStep::columns:
       return reserve_columns(making);
     case MakingStep::items:
-      return read_items(making, row_.items_from);
+      return read_items(making, row_.items, row_.items_from);
     case MakingStep::values:
       return bind_values(making);
   }
@@ -95,20 +95,6 @@ int DrawingFunc::reserve_columns(Making& making) const {
   for (const Column& column : row_.columns) {
     const uint32_t id = call.aux_column_ids[position++];
     if (column.field != nullptr) column.field(*making.record) = static_cast<int32_t>(id);
-  }
-  return status_ok;
-}
-
-int DrawingFunc::read_items(Making& making, size_t from) const {
-  if (row_.items.empty()) return status_ok;
-  for (size_t i = from; i < making.call.argument_count(); ++i) {
-    const std::string_view text = making.call.argument(i).text;
-    for (const Item item : row_.items) {
-      const std::optional<int> status = item(making, text);
-      if (!status) continue;
-      if (*status != status_ok) return *status;
-      break;
-    }
   }
   return status_ok;
 }
@@ -191,6 +177,19 @@ void set_title(Making& making, Title title) {
   }
 }
 
+int read_items(Making& making, const Items& items, size_t from) {
+  for (size_t i = from; i < making.call.argument_count(); ++i) {
+    const std::string_view text = making.call.argument(i).text;
+    for (const Item item : items) {
+      const std::optional<int> status = item(making, text);
+      if (!status) continue;
+      if (*status != status_ok) return *status;
+      break;
+    }
+  }
+  return status_ok;
+}
+
 void bind_value_field(Variable& argument, int32_t& field) {
   if (argument.text.empty()) return;
   // A negative id is that of an argument, not of a column.
@@ -240,19 +239,13 @@ int32_t bounded_integer(std::string_view text, int32_t least, int32_t most) {
   return number < least || number > most ? -1 : number;
 }
 
-}  // namespace
-
-float line_width_of(std::string_view word) {
-  const auto width = static_cast<float>(leading_number_after_blanks(behind(word, "LINETHICK")));
-  return width >= 1.0F && width <= 9.0F ? width : 1.0F;
-}
-
 int32_t digits_of(std::string_view word) { return bounded_integer(behind(word, "PRECIS"), 0, 6); }
 
 int32_t font_size_of(std::string_view word) {
   return bounded_integer(behind(word, "FONTSIZE"), 8, 72);
 }
 
+/// The one digit behind the prefix, 0 to 2; else status 2012. A sign that is no digit throws.
 int align_of(const Call& call, std::string_view word, std::string_view prefix, int32_t& align) {
   const std::string_view sign = behind(word, prefix);
   if (sign.size() == 1) {
@@ -264,6 +257,13 @@ int align_of(const Call& call, std::string_view word, std::string_view prefix, i
   }
   append_error(call.error, "get_num_val." + std::string(prefix), call.variable.line);
   return status_bad_constant;
+}
+
+}  // namespace
+
+float line_width_of(std::string_view word) {
+  const auto width = static_cast<float>(leading_number_after_blanks(behind(word, "LINETHICK")));
+  return width >= 1.0F && width <= 9.0F ? width : 1.0F;
 }
 
 std::optional<int> no_text(Making& making, std::string_view text) {
@@ -287,6 +287,22 @@ std::optional<int> precis(Making& making, std::string_view text) {
 std::optional<int> kept_colour(Making& making, std::string_view text) {
   if (!text.starts_with("COLOR")) return std::nullopt;
   making.colour_word = text;
+  return status_ok;
+}
+
+std::optional<int> align(Making& making, std::string_view text) {
+  if (!text.starts_with("ALIGN")) return std::nullopt;
+  return align_of(making.call, text, "ALIGN", field<&TextShape::HorizontalAlign>(*making.record));
+}
+
+std::optional<int> valign(Making& making, std::string_view text) {
+  if (!text.starts_with("VALIGN")) return std::nullopt;
+  return align_of(making.call, text, "VALIGN", field<&TextShape::VerticalAlign>(*making.record));
+}
+
+std::optional<int> font_size(Making& making, std::string_view text) {
+  if (!text.starts_with("FONTSIZE")) return std::nullopt;
+  field<&TextShape::FontSize>(*making.record) = font_size_of(text);
   return status_ok;
 }
 

@@ -153,6 +153,8 @@ inline constexpr Order items_first_order = {
     MakingStep::title,   MakingStep::items, MakingStep::colours, MakingStep::constants,
     MakingStep::columns, MakingStep::own,   MakingStep::values};
 
+using Items = Few<Item, 9>;
+
 struct DrawingRow {
   Count count;
   std::shared_ptr<BaseShape> (*record)();
@@ -160,10 +162,10 @@ struct DrawingRow {
   int32_t title_visible = 0;
   Few<Value, 4> values = {};
   Few<Column, 4> columns = {};
-  Few<Constant, 2> constants = {};
+  Few<Constant, 3> constants = {};
   Few<Colour, 2> colours = {};
   size_t items_from = 0;
-  Few<Item, 9> items = {};
+  Items items = {};
   Order order = usual_order;
   FieldOf<bool> is_drawn = nullptr;  ///< while it is false every mark hides the record
   bool last_row_only = false;        ///< nothing is written at any other row
@@ -189,7 +191,6 @@ class DrawingFunc : public BaseFunc {
   int write_columns(const Call& call, BaseShape& record) const;
 
   int bind_values(Making& making) const;
-  int read_items(Making& making, size_t from) const;
 
  private:
   int make_step(MakingStep step, Making& making) const;
@@ -211,6 +212,8 @@ class DrawingWord : public DrawingFunc {
 // Operations of the frame that words with rules of their own use too.
 
 void set_title(Making& making, Title title);
+/// Reads the arguments from a position on as style items; what no item takes is passed over.
+int read_items(Making& making, const Items& items, size_t from);
 /// A field that is still -1 takes the argument's column: its own one, or a new one that
 /// `store_value` fills. An argument without a text leaves it.
 void bind_value_field(Variable& argument, int32_t& field);
@@ -227,17 +230,19 @@ int32_t standard_integer(std::string_view text);
 
 // Style items and the numbers in their words.
 
+/// The number behind LINETHICK, from 1 to 9; else 1.
 float line_width_of(std::string_view word);
-int32_t digits_of(std::string_view word);
-int32_t font_size_of(std::string_view word);
-/// The one digit behind the prefix, 0 to 2; else status 2012. A sign that is no digit throws.
-int align_of(const Call& call, std::string_view word, std::string_view prefix, int32_t& align);
 
 std::optional<int> no_text(Making& making, std::string_view text);
 std::optional<int> title_visible(Making& making, std::string_view text);
 std::optional<int> precis(Making& making, std::string_view text);
 /// Keeps the last colour word for the step of the colours.
 std::optional<int> kept_colour(Making& making, std::string_view text);
+
+// Items of a TextShape.
+std::optional<int> align(Making& making, std::string_view text);
+std::optional<int> valign(Making& making, std::string_view text);
+std::optional<int> font_size(Making& making, std::string_view text);
 
 /// A colour word that counts at once.
 template <auto member>

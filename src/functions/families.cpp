@@ -3,11 +3,21 @@
 namespace quor {
 namespace {
 
+// clang-format off
 constexpr Family families[] = {
     moving_average_words,
     reference_words,
+    straight_line_words,
     polyline_words,
+    text_words,
+    number_words,
+    icon_words,
+    stick_words,
+    candle_words,
+    area_words,
+    analytical_words,
 };
+// clang-format on
 
 }  // namespace
 

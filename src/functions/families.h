@@ -11,7 +11,15 @@ using Family = std::span<const WordRow> (*)();
 
 std::span<const WordRow> moving_average_words();
 std::span<const WordRow> reference_words();
+std::span<const WordRow> straight_line_words();
 std::span<const WordRow> polyline_words();
+std::span<const WordRow> text_words();
+std::span<const WordRow> number_words();
+std::span<const WordRow> icon_words();
+std::span<const WordRow> stick_words();
+std::span<const WordRow> candle_words();
+std::span<const WordRow> area_words();
+std::span<const WordRow> analytical_words();
 
 /// All families of the language.
 std::span<const Family> function_families();

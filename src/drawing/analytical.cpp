@@ -1,0 +1,137 @@
+// Angle line, horizontal line, trend line, golden line and wave ruler. Each figure has a curve form
+// (the word alone) and a straight form (the word behind DRAW, with a colour at a position). The
+// library hands on the anchors; geometry is the host's.
+#include "drawing/drawing_frame.h"
+#include "functions/families.h"
+
+namespace quor {
+namespace {
+
+using P = PolylineShape;
+constexpr Item thick = line_thick<&P::LineWidth>;
+constexpr Item dashes = dash<&P::LineShapeStyle>;
+
+using Values = Few<Value, 4>;
+constexpr Values one_price = {{1, field<&P::Field1Id>}};
+constexpr Values two_prices = {{1, field<&P::Field1Id>}, {3, field<&P::Field2Id>}};
+constexpr Values three_prices = {
+    {1, field<&P::Field1Id>}, {3, field<&P::Field2Id>}, {5, field<&P::Field3Id>}};
+
+using Columns = Few<Column, 4>;
+constexpr Columns one_mark = {{field<&P::Field1VisibleId>, Fill::zero_mark, 0}};
+constexpr Columns two_marks = {{field<&P::Field1VisibleId>, Fill::zero_mark, 0},
+                               {field<&P::Field2VisibleId>, Fill::zero_mark, 2}};
+constexpr Columns three_marks = {{field<&P::Field1VisibleId>, Fill::zero_mark, 0},
+                                 {field<&P::Field2VisibleId>, Fill::zero_mark, 2},
+                                 {field<&P::Field3VisibleId>, Fill::zero_mark, 4}};
+
+using Constants = Few<Constant, 3>;
+constexpr Constants no_ratio = {};
+constexpr Constants ratio_at(size_t argument, std::string_view suffix) {
+  return {{argument, as_number<&P::Ratio>, not_null, suffix}};
+}
+
+template <LineFormStyle style>
+constexpr DrawingRow curve_form(size_t count, Values values, Columns columns, Constants constants) {
+  return {
+      .count = at_least(count),
+      .record = styled<P, style>,
+      .title = Title::automatic,
+      .title_visible = 1,
+      .values = values,
+      .columns = columns,
+      .constants = constants,
+      .colours = {{field<&P::LineColor>, ColourFrom::item_or_auto}},
+      .items_from = count,
+      .items = {kept_colour, thick, dashes, no_text, precis},
+      .order = items_first_order,
+  };
+}
+
+/// The colour is the last of the counted arguments.
+template <LineFormStyle style>
+constexpr DrawingRow straight_form(size_t count, Values values, Columns columns,
+                                   Constants constants) {
+  return {
+      .count = at_least(count),
+      .record = styled<P, style>,
+      .values = values,
+      .columns = columns,
+      .constants = constants,
+      .colours = {{field<&P::LineColor>, ColourFrom::argument, count - 1}},
+      .items_from = count,
+      .items = {thick, dashes, precis},
+      .order = items_first_order,
+  };
+}
+
+using Form = LineFormStyle;
+// clang-format off
+constexpr auto angleline =
+    curve_form<Form::angle_line_curve>(5, two_prices, two_marks, ratio_at(4, ".RATIO"));
+constexpr auto drawangleline =
+    straight_form<Form::angle_line_straight_line>(6, two_prices, two_marks, ratio_at(4, ".RATIO"));
+constexpr auto horizontalline =
+    curve_form<Form::horizontal_curve>(2, one_price, one_mark, no_ratio);
+constexpr auto drawhorizontalline =
+    straight_form<Form::horizontal_straight_line>(3, one_price, one_mark, no_ratio);
+constexpr auto trendlines =
+    curve_form<Form::trend_line_curve>(4, two_prices, two_marks, no_ratio);
+constexpr auto drawtrendline =
+    straight_form<Form::trend_line_straight_line>(5, two_prices, two_marks, no_ratio);
+// This word alone names itself twice in the refusal.
+constexpr auto goldenline =
+    curve_form<Form::golden_line_curve>(5, two_prices, two_marks, ratio_at(4, "GOLDENLINE"));
+constexpr auto drawgoldenline =
+    straight_form<Form::golden_straight_line>(6, two_prices, two_marks, ratio_at(4, ".RATIO"));
+constexpr auto waveruler =
+    curve_form<Form::wave_ruler_curve>(7, three_prices, three_marks, ratio_at(6, ".RATIO"));
+constexpr auto drawwaveruler =
+    straight_form<Form::wave_ruler_straight_line>(8, three_prices, three_marks,
+                                                  ratio_at(6, ".RATIO"));
+// clang-format on
+
+class ANGLELINE final : public DrawingWord<angleline> {
+  using DrawingWord::DrawingWord;
+};
+class DRAWANGLELINE final : public DrawingWord<drawangleline> {
+  using DrawingWord::DrawingWord;
+};
+class HORIZONTALLINE final : public DrawingWord<horizontalline> {
+  using DrawingWord::DrawingWord;
+};
+class DRAWHORIZONTALLINE final : public DrawingWord<drawhorizontalline> {
+  using DrawingWord::DrawingWord;
+};
+class TRENDLINES final : public DrawingWord<trendlines> {
+  using DrawingWord::DrawingWord;
+};
+class DRAWTRENDLINE final : public DrawingWord<drawtrendline> {
+  using DrawingWord::DrawingWord;
+};
+class GOLDENLINE final : public DrawingWord<goldenline> {
+  using DrawingWord::DrawingWord;
+};
+class DRAWGOLDENLINE final : public DrawingWord<drawgoldenline> {
+  using DrawingWord::DrawingWord;
+};
+class WAVERULER final : public DrawingWord<waveruler> {
+  using DrawingWord::DrawingWord;
+};
+class DRAWWAVERULER final : public DrawingWord<drawwaveruler> {
+  using DrawingWord::DrawingWord;
+};
+
+constexpr WordRow words[] = {
+    word_row<ANGLELINE>("ANGLELINE"),           word_row<DRAWANGLELINE>("DRAWANGLELINE"),
+    word_row<HORIZONTALLINE>("HORIZONTALLINE"), word_row<DRAWHORIZONTALLINE>("DRAWHORIZONTALLINE"),
+    word_row<TRENDLINES>("TRENDLINES"),         word_row<DRAWTRENDLINE>("DRAWTRENDLINE"),
+    word_row<GOLDENLINE>("GOLDENLINE"),         word_row<DRAWGOLDENLINE>("DRAWGOLDENLINE"),
+    word_row<WAVERULER>("WAVERULER"),           word_row<DRAWWAVERULER>("DRAWWAVERULER"),
+};
+
+}  // namespace
+
+std::span<const WordRow> analytical_words() { return words; }
+
+}  // namespace quor

@@ -1,0 +1,141 @@
+// Background rectangles, the area between two series, the range of the value axis, and the number
+// of a colour.
+#include "core/status.h"
+#include "drawing/drawing_frame.h"
+#include "functions/families.h"
+#include "text/numbers.h"
+
+namespace quor {
+namespace {
+
+using R = RectShape;
+using G = PolygonShape;
+using Y = YRangeShape;
+
+std::shared_ptr<BaseShape> rectangle_of_last_bar() {
+  auto record = std::make_shared<R>();
+  record->IsLastCandle = 1;
+  return record;
+}
+
+bool zero_or_one(double value) { return value == 0.0 || value == 1.0; }
+
+/// Of several colour items the first one counts.
+std::optional<int> first_colour(Making& making, std::string_view text) {
+  if (!text.starts_with("COLOR")) return std::nullopt;
+  if (making.colour_word.empty()) making.colour_word = text;
+  return status_ok;
+}
+
+void as_title(Making& making, double value) { making.record->Field1Text = fixed_text(value); }
+
+// COND, colour, second colour, DIRECTION
+constexpr DrawingRow drawgbk = {
+    .count = at_least(4),
+    .record = rectangle_of_last_bar,
+    .title = Title::automatic,
+    .columns = {{field<&R::Field1VisibleId>, Fill::zero_mark, 0}},
+    .constants = {{3, as_int<&R::GradientDirection>, zero_or_one, ".D"}},
+    .colours = {{field<&R::FilledColor>, ColourFrom::argument, 1},
+                {field<&R::GradientColor>, ColourFrom::argument, 2}},
+    .order = {MakingStep::title, MakingStep::colours, MakingStep::constants, MakingStep::columns},
+};
+
+// COND, colour
+constexpr DrawingRow drawgbk1 = {
+    .count = at_least(2),
+    .record = plain<R>,
+    .title = Title::automatic,
+    .columns = {{field<&R::Field1VisibleId>, Fill::zero_mark, 0}},
+    .colours = {{field<&R::FilledColor>, ColourFrom::argument, 1}},
+};
+
+// COND, PRICE1, PRICE2, colour
+constexpr DrawingRow fillrgn = {
+    .count = at_least(4),
+    .record = plain<G>,
+    .values = {{1, field<&G::Field1Id>}, {2, field<&G::Field2Id>}},
+    .columns = {{field<&G::Field1VisibleId>, Fill::zero_mark, 0}},
+    .colours = {{field<&G::FilledColor>, ColourFrom::argument, 3}},
+};
+
+// COND, PRICE1, PRICE2
+constexpr DrawingRow fillrgn1 = {
+    .count = at_least(3),
+    .record = plain<G>,
+    .values = {{1, field<&G::Field1Id>}, {2, field<&G::Field2Id>}},
+    .columns = {{field<&G::Field1VisibleId>, Fill::zero_mark, 0}},
+    .colours = {{field<&G::FilledColor>, ColourFrom::item}},
+    .items_from = 3,
+    .items = {first_colour},
+    .order = late_colour_order,
+};
+
+// X
+constexpr DrawingRow backgroundstyle = {
+    .count = at_least(1),
+    .record = plain<Y>,
+    .title = Title::own,
+    .constants = {{0, as_title, not_null, ".i"}},
+};
+
+int set_second_title(Making& making) {
+  field<&G::Field2Text>(*making.record) = making.record->Field1Text;
+  return status_ok;
+}
+
+class DRAWGBK final : public DrawingWord<drawgbk> {
+  using DrawingWord::DrawingWord;
+};
+class DRAWGBK1 final : public DrawingWord<drawgbk1> {
+  using DrawingWord::DrawingWord;
+};
+class FILLRGN final : public DrawingWord<fillrgn> {
+  using DrawingWord::DrawingWord;
+  int own_rules(Making& making) const override { return set_second_title(making); }
+};
+class FILLRGN1 final : public DrawingWord<fillrgn1> {
+  using DrawingWord::DrawingWord;
+  int own_rules(Making& making) const override { return set_second_title(making); }
+};
+class BACKGROUNDSTYLE final : public DrawingWord<backgroundstyle> {
+  using DrawingWord::DrawingWord;
+};
+
+/// Draws nothing: the number of a colour from its parts.
+class RGB final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  int execute(const Call& call) const override {
+    constexpr std::string_view suffixes[] = {".Red", ".Green", ".Blue"};
+    if (call.scan) return call.argument_count() == 3 ? status_ok : call.wrong_count();
+    int32_t parts[3];
+    for (size_t i = 0; i < 3; ++i) {
+      double value = null_value;
+      const int status = call.evaluate(i, value);
+      if (status != status_ok) return status;
+      parts[i] = to_int(value);
+    }
+    for (size_t i = 0; i < 3; ++i) {
+      if (parts[i] < 0 || parts[i] > 255) return call.fail(status_bad_constant, suffixes[i]);
+    }
+    call.result = parts[0] * 65536 + parts[1] * 256 + parts[2];
+    return status_ok;
+  }
+};
+
+constexpr WordRow words[] = {
+    word_row<DRAWGBK>("DRAWGBK"),
+    word_row<DRAWGBK1>("DRAWGBK1"),
+    word_row<FILLRGN>("FILLRGN"),
+    word_row<FILLRGN1>("FILLRGN1"),
+    word_row<BACKGROUNDSTYLE>("BACKGROUNDSTYLE"),
+    word_row<RGB>("RGB"),
+};
+
+}  // namespace
+
+std::span<const WordRow> area_words() { return words; }
+
+}  // namespace quor

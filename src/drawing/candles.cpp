@@ -1,0 +1,86 @@
+// Candles from four prices, and the colouring of the chart's own candles.
+#include "core/status.h"
+#include "drawing/drawing_frame.h"
+#include "functions/families.h"
+#include "tables/field_table.h"
+
+namespace quor {
+namespace {
+
+using C = CandleShape;
+
+constexpr Few<Value, 4> four_prices = {
+    {0, field<&C::HighField>, field<&C::HighFieldText>},
+    {1, field<&C::OpenField>, field<&C::OpenFieldText>},
+    {2, field<&C::LowField>, field<&C::LowFieldText>},
+    {3, field<&C::CloseField>, field<&C::CloseFieldText>},
+};
+
+/// Candles over the bars' own columns, which the record names by the ids of the bar fields.
+std::shared_ptr<BaseShape> candles_of_bars() {
+  auto record = std::make_shared<C>();
+  record->HighField = static_cast<int32_t>(high_column_id);
+  record->OpenField = static_cast<int32_t>(open_column_id);
+  record->LowField = static_cast<int32_t>(low_column_id);
+  record->CloseField = static_cast<int32_t>(close_column_id);
+  record->IsColorKLine = 1;
+  return record;
+}
+
+// HIGH, OPEN, LOW, CLOSE
+constexpr DrawingRow drawbarline = {
+    .count = exactly(4),
+    .record = styled<C, CandleStyle::american>,
+    .values = four_prices,
+};
+
+// HIGH, OPEN, LOW, CLOSE
+constexpr DrawingRow drawkline = {
+    .count = exactly(4),
+    .record = styled<C, CandleStyle::rect>,
+    .values = four_prices,
+    .ignores_status = true,
+};
+
+// COND, colour, EMPTY
+constexpr DrawingRow drawcolorkline = {
+    .count = exactly(3),
+    .record = candles_of_bars,
+    .columns = {{field<&C::Field1VisibleId>, Fill::zero_mark, 0}},
+    .constants = {{2, as_flag<&C::IsFilled>}},
+    .colours = {{field<&C::FilledColor>, ColourFrom::argument, 1}},
+};
+
+class DRAWBARLINE final : public DrawingWord<drawbarline> {
+  using DrawingWord::DrawingWord;
+};
+
+class DRAWKLINE : public DrawingWord<drawkline> {
+ public:
+  using DrawingWord::DrawingWord;
+  int execute(const Call& call) const override {
+    call.result = call.scan ? null_value : 0.0;
+    return DrawingWord::execute(call);
+  }
+};
+
+class DRAWKLINE1 final : public DRAWKLINE {
+  using DRAWKLINE::DRAWKLINE;
+};
+
+class DRAWCOLORKLINE final : public DrawingWord<drawcolorkline> {
+  using DrawingWord::DrawingWord;
+};
+
+constexpr WordRow words[] = {
+    word_row<DRAWBARLINE>("DRAWBARLINE"),
+    word_row<DRAWKLINE>("DRAWKLINE"),
+    word_row<DRAWKLINE1>("DRAWKLINE1"),
+    word_row<DRAWCOLORKLINE>("DRAWCOLORKLINE"),
+};
+
+}  // namespace
+
+std::span<const WordRow> candle_words() { return words; }
+
+}  // namespace quor

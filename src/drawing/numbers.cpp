@@ -1,0 +1,177 @@
+// Numbers at a bar. NUMBER always lies in a column, which the host prints from.
+#include "core/data_table.h"
+#include "core/model.h"
+#include "core/status.h"
+#include "drawing/drawing_frame.h"
+#include "functions/families.h"
+
+namespace quor {
+namespace {
+
+using T = TextShape;
+
+void digits_from_zero(Making& making, double value) {
+  making.record->Digit = value >= 0.0 ? to_int(value) : 0;
+}
+
+void keep_number(Making& making, double value) { making.number = value; }
+
+/// DIRECTION, which was kept, turns the shift to the left or to the right.
+void shift(Making& making, double value) {
+  const double x = to_int(value);
+  auto& offset = field<&T::HorizontalOffset>(*making.record);
+  if (to_int(making.number) == 0) offset = 0.0 - x;
+  if (to_int(making.number) == 1) offset = x;
+}
+
+// COND, PRICE, NUMBER, PRECISION, colour
+constexpr DrawingRow drawnumber = {
+    .count = at_least(5),
+    .record = plain<T>,
+    .values = {{1, field<&T::Field1Id>}},
+    .columns = {{field<&T::Field1VisibleId>, Fill::zero_mark, 0}},
+    .constants = {{3, digits_from_zero}},
+    .colours = {{field<&T::TextColor>, ColourFrom::argument, 4}},
+    .items_from = 5,
+    .items = {align, valign, font_size},
+};
+
+// COND, PRICE, NUMBER, PRECISION
+constexpr DrawingRow drawnumber1 = {
+    .count = at_least(4),
+    .record = plain<T>,
+    .values = {{1, field<&T::Field1Id>}},
+    .columns = {{field<&T::Field1VisibleId>, Fill::zero_mark, 0}},
+    .constants = {{3, digits_from_zero}},
+    .colours = {{field<&T::TextColor>, ColourFrom::item_not_auto}},
+    .items_from = 4,
+    .items = {kept_colour, align, valign, font_size},
+    .order = late_colour_order,
+};
+
+// COND, PRICE, NUMBER, PRECISION, colour, DIRECTION, X
+constexpr DrawingRow drawshiftnumber = {
+    .count = at_least(7),
+    .record = plain<T>,
+    .values = {{1, field<&T::Field1Id>}},
+    .columns = {{field<&T::Field1VisibleId>, Fill::zero_mark, 0}},
+    .constants = {{3, digits_from_zero},
+                  {5, keep_number, not_null, ".DIRECTION"},
+                  {6, shift, not_null, ".X"}},
+    .colours = {{field<&T::TextColor>, ColourFrom::argument, 4}},
+    .items_from = 7,
+    .items = {align, valign, font_size},
+};
+
+// PRICE, NUMBER, PRECISION, colour
+constexpr DrawingRow drawlastbarnumber = {
+    .count = at_least(4),
+    .record = plain<T>,
+    .values = {{0, field<&T::Field1Id>}},
+    .columns = {{field<&T::Field1VisibleId>, Fill::last_row}, {nullptr, Fill::own}},
+    .constants = {{2, as_int<&T::Digit>, not_null, ".PRECISION"}},
+    .colours = {{field<&T::TextColor>, ColourFrom::argument, 3}},
+    .items_from = 4,
+    .items = {align, valign, font_size},
+    .order = {MakingStep::title, MakingStep::constants, MakingStep::colours, MakingStep::columns,
+              MakingStep::own, MakingStep::items, MakingStep::values},
+};
+
+bool needs_column(const Variable& number) {
+  return number.column_index == -1 && number.kind != VariableKind::missing;
+}
+
+/// NUMBER takes a column that the holder has reserved as its own.
+void take_column(Variable& number, const Variable& holder, size_t position) {
+  number.column_id = holder.aux_column_ids[position];
+  number.column_index = holder.aux_column_indexes[position];
+}
+
+template <const DrawingRow& row, size_t number_position>
+class NumberWord : public DrawingWord<row> {
+ public:
+  using DrawingWord<row>::DrawingWord;
+
+ protected:
+  static Variable& number_of(const Call& call) { return call.argument(number_position); }
+
+  static void name_number_column(Making& making) {
+    field<&T::NumberFieldId>(*making.record) =
+        static_cast<int32_t>(number_of(making.call).column_id);
+  }
+
+  /// Reserves NUMBER's column, if it needs one, among those of the holder.
+  static int bind_number(Making& making, Variable& holder) {
+    Variable& number = number_of(making.call);
+    if (needs_column(number)) {
+      holder.reserve_aux_columns(1);
+      take_column(number, holder, 0);
+    }
+    name_number_column(making);
+    return status_ok;
+  }
+
+  int store_number(const Call& call) const {
+    double value;
+    const int status = this->evaluate(call, number_position, value);
+    if (status != status_ok) return status;
+    call.table().set_cell(call.row, number_of(call).column_index, value);
+    return status_ok;
+  }
+
+  int write_bar(const Call& call, BaseShape& record) const override {
+    const int status = store_number(call);
+    return status != status_ok ? status : DrawingFunc::write_bar(call, record);
+  }
+};
+
+class DRAWNUMBER final : public NumberWord<drawnumber, 2> {
+  using NumberWord::NumberWord;
+  int own_rules(Making& making) const override {
+    return bind_number(making, number_of(making.call));
+  }
+};
+
+class DRAWNUMBER1 final : public NumberWord<drawnumber1, 2> {
+  using NumberWord::NumberWord;
+  int own_rules(Making& making) const override {
+    return bind_number(making, number_of(making.call));
+  }
+};
+
+class DRAWSHIFTNUMBER final : public NumberWord<drawshiftnumber, 2> {
+  using NumberWord::NumberWord;
+  /// The column of the marks, which the call reserves later, takes the place of this one among the
+  /// call's columns; NUMBER keeps it.
+  int own_rules(Making& making) const override { return bind_number(making, making.call.variable); }
+};
+
+class DRAWLASTBARNUMBER final : public NumberWord<drawlastbarnumber, 1> {
+  using NumberWord::NumberWord;
+
+  int own_rules(Making& making) const override {
+    Variable& number = number_of(making.call);
+    if (needs_column(number)) take_column(number, making.call.variable, 1);
+    name_number_column(making);
+    return status_ok;
+  }
+
+  int write_bar(const Call& call, BaseShape& record) const override {
+    int status = store_values(call);
+    if (status == status_ok && is_last_row(call)) status = store_number(call);
+    return status != status_ok ? status : write_columns(call, record);
+  }
+};
+
+constexpr WordRow words[] = {
+    word_row<DRAWNUMBER>("DRAWNUMBER"),
+    word_row<DRAWNUMBER1>("DRAWNUMBER1"),
+    word_row<DRAWSHIFTNUMBER>("DRAWSHIFTNUMBER"),
+    word_row<DRAWLASTBARNUMBER>("DRAWLASTBARNUMBER"),
+};
+
+}  // namespace
+
+std::span<const WordRow> number_words() { return words; }
+
+}  // namespace quor

@@ -1,0 +1,172 @@
+// Sticks between two prices, and columns.
+#include <string>
+
+#include "core/model.h"
+#include "core/status.h"
+#include "drawing/drawing_frame.h"
+#include "functions/families.h"
+#include "text/strings.h"
+
+namespace quor {
+namespace {
+
+using B = BarShape;
+
+// COND, PRICE1, PRICE2, then WIDTH or a colour, EMPTY
+constexpr DrawingRow stickline = {
+    .count = at_least(5),
+    .record = styled<B, BarStyle::line>,
+    .values = {{1, field<&B::Field1Id>}, {2, field<&B::Field2Id>}},
+    .columns = {{field<&B::Field1VisibleId>, Fill::int_mark, 0}},
+    .ignores_status = true,
+};
+
+std::shared_ptr<BaseShape> hollow_columns() {
+  auto record = std::make_shared<B>();
+  record->Style = BarStyle::double_rect;
+  record->IsFilled = 0;
+  return record;
+}
+
+// X, COND1, COND2
+constexpr DrawingRow drawcolumnchart = {
+    .count = at_least(3),
+    .record = hollow_columns,
+    .title = Title::automatic,
+    .title_visible = 1,
+    .values = {{0, field<&B::Field1Id>}},
+    .columns = {{field<&B::Field1VisibleId>, Fill::zero_mark, 1},
+                {field<&B::Field2VisibleId>, Fill::zero_mark, 2}},
+};
+
+/// What SOLID sets is no typo: the flag is 1 for a hollow stick.
+std::optional<int> solid_or_hollow(Making& making, std::string_view text) {
+  const bool solid = text.starts_with("SOLID");
+  if (!solid && !text.starts_with("HOLLOW")) return std::nullopt;
+  field<&B::IsFilled>(*making.record) = solid ? 0 : 1;
+  return status_ok;
+}
+
+std::optional<int> color_stick(Making& making, std::string_view text) {
+  if (text != "ISCOLORSTICK") return std::nullopt;
+  field<&B::IsColorStick>(*making.record) = 1;
+  return status_ok;
+}
+
+std::optional<int> vol_stick(Making& making, std::string_view text) {
+  if (text != "ISVOLSTICK") return std::nullopt;
+  field<&B::IsVolStick>(*making.record) = 1;
+  return status_ok;
+}
+
+constexpr size_t items_from = 5;
+constexpr Items width_form_items = {kept_colour, solid_or_hollow, title_visible, color_stick,
+                                    vol_stick};
+constexpr Items colour_form_items = {kept_colour, title_visible};
+
+bool has_item(const Call& call, std::string_view word) {
+  for (size_t i = items_from; i < call.argument_count(); ++i) {
+    if (call.argument(i).text == word) return true;
+  }
+  return false;
+}
+
+/// Both shadows take the one colour, so that COLORAUTO takes one step of the palette.
+int read_shadow_colour(Making& making, std::string_view word) {
+  auto& stick = static_cast<B&>(*making.record);
+  const int status = read_colour(making, word, stick.UpperShadowColor);
+  stick.LowerShadowColor = stick.UpperShadowColor;
+  return status;
+}
+
+/// A stick that is coloured by its direction doesn't even parse a colour word.
+int set_stick_colours(Making& making) {
+  auto& stick = static_cast<B&>(*making.record);
+  if (stick.IsColorStick != 0 || stick.IsVolStick != 0) {
+    stick.UpperShadowColor = "Brush.Red6";
+    stick.LowerShadowColor = "Brush.Green6";
+    return status_ok;
+  }
+  const std::string& word = making.colour_word;
+  return word.empty() ? static_cast<int>(status_ok) : read_shadow_colour(making, word);
+}
+
+/// A stick that was written as a statement has the line's name as its title.
+void set_stick_title(Making& making) {
+  auto& stick = static_cast<B&>(*making.record);
+  const std::string& name = making.call.argument(1).source_text;
+  const bool named = !name.empty() && name != "VOL" && name != "V";
+  if (named && (stick.IsVolStick != 0 || stick.IsColorStick != 0) &&
+      !has_item(making.call, "EMPTY_LINE_NAME_RESERVED")) {
+    stick.Field1Text = name;
+  } else {
+    set_title(making, Title::automatic);
+  }
+}
+
+float stick_width(double width) {
+  const bool usable = width > 0.0 || width == -1.0;
+  return usable ? static_cast<float>(width) : 1.0F;
+}
+
+class STICKLINE : public DrawingWord<stickline> {
+  using DrawingWord::DrawingWord;
+
+  int make_record(Making& making) const override {
+    making.record->TitleVisible = 0;
+    const bool colour_form = contains(making.call.argument(3).text, "COLOR");
+    const int status = colour_form ? make_colour_form(making) : make_width_form(making);
+    if (status != status_ok) return status;
+    return bind_values(making);
+  }
+
+  int make_width_form(Making& making) const {
+    read_fill(making);
+    int status = read_items(making, width_form_items, items_from);
+    if (status == status_ok) status = set_stick_colours(making);
+    if (status != status_ok) return status;
+    set_stick_title(making);
+    reserve_visibility_column(making);
+    double width;
+    status = evaluate(making.call, 3, width);
+    field<&B::LineWidth>(*making.record) = stick_width(width);
+    return status;
+  }
+
+  int make_colour_form(Making& making) const {
+    making.colour_word = making.call.argument(3).text;
+    int status = read_items(making, colour_form_items, items_from);
+    if (status == status_ok) status = read_shadow_colour(making, making.colour_word);
+    if (status != status_ok) return status;
+    set_title(making, Title::serial);
+    read_fill(making);
+    reserve_visibility_column(making);
+    return status_ok;
+  }
+
+  void read_fill(Making& making) const {
+    double empty;
+    evaluate(making.call, 4, empty);
+    field<&B::IsFilled>(*making.record) = to_int(empty) != 0 ? 1 : 0;
+  }
+};
+
+class STICKLINE1 final : public STICKLINE {
+  using STICKLINE::STICKLINE;
+};
+
+class DRAWCOLUMN final : public DrawingWord<drawcolumnchart> {
+  using DrawingWord::DrawingWord;
+};
+
+constexpr WordRow words[] = {
+    word_row<STICKLINE>("STICKLINE"),
+    word_row<STICKLINE1>("STICKLINE1"),
+    word_row<DRAWCOLUMN>("DRAWCOLUMNCHART"),
+};
+
+}  // namespace
+
+std::span<const WordRow> stick_words() { return words; }
+
+}  // namespace quor

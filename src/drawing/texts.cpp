@@ -1,0 +1,101 @@
+// Texts at a bar.
+#include "core/status.h"
+#include "drawing/drawing_frame.h"
+#include "functions/families.h"
+#include "text/numbers.h"
+
+namespace quor {
+namespace {
+
+using T = TextShape;
+constexpr Item colour = colour_item<&T::TextColor>;
+constexpr Item hide = no_draw<&T::is_drawn>;
+
+/// PARAM_ and a name: the record gets the name as its title.
+std::optional<int> named_title(Making& making, std::string_view text) {
+  constexpr std::string_view prefix = "PARAM_";
+  if (!text.starts_with(prefix)) return std::nullopt;
+  if (text.size() > prefix.size()) making.record->Field1Text = text.substr(prefix.size());
+  making.record->TitleVisible = 1;
+  return status_ok;
+}
+
+/// A number whose decimal text is one digit; the default stands for any other.
+void one_digit_align(Making& making, double value) {
+  const int32_t number = to_int(value);
+  if (number >= 0 && number <= 9) field<&T::HorizontalAlign>(*making.record) = number;
+}
+
+// COND, PRICE, text
+constexpr DrawingRow drawtext = {
+    .count = at_least(3),
+    .record = plain<T>,
+    .values = {{1, field<&T::Field1Id>}},
+    .columns = {{field<&T::Field1VisibleId>, Fill::int_mark, 0}},
+    .items_from = 3,
+    .items = {colour, align, valign, font_size, named_title, no_text, precis, hide},
+    .is_drawn = field<&T::is_drawn>,
+};
+
+// PRICE, text
+constexpr DrawingRow drawlastbartext = {
+    .count = at_least(2),
+    .record = plain<T>,
+    .values = {{0, field<&T::Field1Id>}},
+    .columns = {{field<&T::Field1VisibleId>, Fill::last_row}},
+    .colours = {{field<&T::TextColor>, ColourFrom::item_not_auto}},
+    .items_from = 2,
+    .items = {kept_colour, align, valign, font_size},
+    .order = late_colour_order,
+};
+
+// COND, X, PRICE, align number, colour, text
+constexpr DrawingRow ktext = {
+    .count = at_least(6),
+    .record = plain<T>,
+    .values = {{2, field<&T::Field1Id>}},
+    .columns = {{field<&T::Field1VisibleId>, Fill::zero_mark, 0}},
+    .constants = {{1, as_number<&T::HorizontalOffset>}, {3, one_digit_align}},
+    .colours = {{field<&T::TextColor>, ColourFrom::argument, 4}},
+    .items_from = 6,
+    .items = {font_size},
+};
+
+template <size_t argument>
+int read_text(Making& making) {
+  field<&T::Text>(*making.record) = making.call.argument_text(argument);
+  return status_ok;
+}
+
+class DRAWTEXT final : public DrawingWord<drawtext> {
+  using DrawingWord::DrawingWord;
+  int own_rules(Making& making) const override { return read_text<2>(making); }
+};
+
+class DRAWLASTBARTEXT final : public DrawingWord<drawlastbartext> {
+  using DrawingWord::DrawingWord;
+
+  int own_rules(Making& making) const override {
+    const std::string text = making.call.argument_text(1);
+    if (text == fixed_text(null_value)) return making.call.fail(status_bad_constant, ".TEXT");
+    field<&T::Text>(*making.record) = text;
+    return status_ok;
+  }
+};
+
+class KTEXT final : public DrawingWord<ktext> {
+  using DrawingWord::DrawingWord;
+  int own_rules(Making& making) const override { return read_text<5>(making); }
+};
+
+constexpr WordRow words[] = {
+    word_row<DRAWTEXT>("DRAWTEXT"),
+    word_row<DRAWLASTBARTEXT>("DRAWLASTBARTEXT"),
+    word_row<KTEXT>("KTEXT"),
+};
+
+}  // namespace
+
+std::span<const WordRow> text_words() { return words; }
+
+}  // namespace quor
