@@ -129,7 +129,6 @@ int DrawingFunc::store_values(const Call& call) const {
     double value;
     const int status = evaluate(call, bound.argument, value);
     if (status != status_ok) return status;
-    if (argument.aux_column_indexes.empty()) continue;
     call.table().set_cell(call.row, argument.aux_column_indexes[0], value);
   }
   return status_ok;
