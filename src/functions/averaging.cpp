@@ -8,7 +8,7 @@
 namespace quor {
 namespace {
 
-WindowSeed recompute_seed(const DataTable& table, int32_t x_column, int32_t previous_row,
+WindowSeed recompute_seed(const DataTable& table, int32_t x_column, int64_t previous_row,
                           int64_t count) {
   WindowSeed seed{.count = count, .recomputed = true};
   const int64_t start = std::max<int64_t>(previous_row - count + 1, 0);
@@ -63,9 +63,9 @@ double smoothing_step(double x, double prev, int64_t n, int64_t m) {
 }
 
 WindowSeed window_seed(const DataTable& table, int32_t x_column, int32_t result_column,
-                       int32_t previous_row, int64_t count, bool force) {
+                       int64_t previous_row, int64_t count, bool force) {
   if (previous_row < 0) return {.count = count};
-  const double previous = table.cell(previous_row, result_column);
+  const double previous = cell_at(table, previous_row, result_column);
   if (force || is_null(previous)) return recompute_seed(table, x_column, previous_row, count);
   WindowSeed seed{.sum = previous, .count = count};
   if (previous_row >= count - 1) seed.leaving = cell_at(table, previous_row - count + 1, x_column);
@@ -89,6 +89,45 @@ AverageStep average_step(int64_t count, double x, const WindowSeed& seed) {
   return {new_count > 0 ? sum / static_cast<double>(new_count) : null_value, new_count};
 }
 
+AverageStep sliding_average(DataTable& table, const AverageColumns& columns, int32_t row, double x,
+                            int64_t count, int64_t n) {
+  const int64_t previous_row = static_cast<int64_t>(row) - 1;
+  const WindowSeed seed =
+      window_seed(table, columns.series, columns.result, previous_row, count, false);
+  int64_t known = row == 0 ? count : to_int(cell_at(table, previous_row, columns.count));
+  if (seed.count != n) known = seed.count;
+  const AverageStep step = average_step(known, x, seed);
+  table.set_cell(row, columns.result, step.value);
+  table.set_cell(row, columns.count, static_cast<double>(step.count));
+  return step;
+}
+
+double moving_average(const Call& call) {
+  double period = null_value;
+  double x = null_value;
+  call.evaluate(1, period);
+  call.evaluate(0, x);
+
+  const int32_t series = column_on_argument(call.argument(0));
+  reserve_average_columns(call.variable);
+  const AverageColumns columns{series, call.variable.column_index, aux_column(call.variable, 0)};
+  DataTable& table = call.table();
+  const int64_t n = to_int(period);
+  double result = null_value;
+  if (n >= 1 && call.row >= n - 1) {
+    result = sliding_average(table, columns, call.row, x, n, n).value;
+  } else {
+    table.set_cell(call.row, columns.result, null_value);
+    table.set_cell(call.row, columns.count, period);
+  }
+  table.set_cell(call.row, columns.series, x);
+  return result;
+}
+
+int32_t aux_column(const Variable& variable, size_t position) {
+  return position < variable.aux_column_indexes.size() ? variable.aux_column_indexes[position] : -1;
+}
+
 void adopt_aux_column(Variable& variable, const Variable& holder, size_t position) {
   if (position >= holder.aux_column_ids.size()) return;
   variable.column_id = holder.aux_column_ids[position];
@@ -104,34 +143,9 @@ int32_t result_column(const Call& call) {
   return variable.column_index;
 }
 
-double moving_average(const Call& call) {
-  double period = null_value;
-  double x = null_value;
-  call.evaluate(1, period);
-  call.evaluate(0, x);
-
-  const int32_t x_column = column_on_argument(call.argument(0));
-  Variable& variable = call.variable;
-  reserve_average_columns(variable);
-  const int32_t count_column =
-      variable.aux_column_indexes.empty() ? -1 : variable.aux_column_indexes[0];
-  DataTable& table = call.table();
-  const int64_t n = to_int(period);
-  double result = null_value;
-  double new_count = period;
-  if (n >= 1 && call.row >= n - 1) {
-    const WindowSeed seed =
-        window_seed(table, x_column, variable.column_index, call.row - 1, n, false);
-    int64_t count = call.row == 0 ? n : to_int(table.cell(call.row - 1, count_column));
-    if (seed.count != n) count = seed.count;
-    const AverageStep step = average_step(count, x, seed);
-    result = step.value;
-    new_count = static_cast<double>(step.count);
-  }
-  table.set_cell(call.row, variable.column_index, result);
-  table.set_cell(call.row, count_column, new_count);
-  table.set_cell(call.row, x_column, x);
-  return result;
+double keep(const Call& call, int32_t column, double value) {
+  call.table().set_cell(call.row, column, value);
+  return value;
 }
 
 }  // namespace quor

@@ -1,5 +1,4 @@
-// The steps that averages share. Each is the arithmetic of one bar, apart from where its inputs
-// lie.
+// The steps that averages share: the arithmetic of one bar, apart from where its inputs lie.
 #pragma once
 
 #include <cstdint>
@@ -9,6 +8,9 @@
 #include "functions/base_func.h"
 
 namespace quor {
+
+/// Spelled out, because a library's power function may round a square otherwise.
+constexpr double square(double value) { return value * value; }
 
 /// ((n-1) * prev + 2x) / (n+1), with n of -1 a division by zero.
 inline double exponential_step(int64_t n, double x, double prev) {
@@ -31,7 +33,7 @@ struct WindowSeed {
 /// meets lowers the count by 1, one at the oldest place by 2; without any value the sum is null.
 /// Row 0 has no window: sum and leaving value are 0 then, and nothing is recomputed.
 WindowSeed window_seed(const DataTable& table, int32_t x_column, int32_t result_column,
-                       int32_t previous_row, int64_t count, bool force);
+                       int64_t previous_row, int64_t count, bool force);
 
 struct AverageStep {
   double value;
@@ -42,21 +44,38 @@ struct AverageStep {
 /// with x, over the new count. Nulls that enter lower the count, nulls that leave raise it.
 AverageStep average_step(int64_t count, double x, const WindowSeed& seed);
 
+/// Where a sliding mean finds its series and keeps its results and their counts.
+struct AverageColumns {
+  int32_t series;
+  int32_t result;
+  int32_t count;
+};
+
+/// A bar of a sliding mean of n values, from the state of the bar before; writes the new state.
+/// `count` is the width of the seed's window, and how many values row 0 starts with.
+AverageStep sliding_average(DataTable& table, const AverageColumns& columns, int32_t row, double x,
+                            int64_t count, int64_t n);
+
+/// A bar of MA(X, N) for a call that keeps the state of it.
+double moving_average(const Call& call);
+
 /// A cell at a row that may lie anywhere; null outside the table.
 inline double cell_at(const DataTable& table, int64_t row, int32_t column) {
   return row >= 0 && row < table.row_count() ? table.cell(static_cast<int32_t>(row), column)
                                              : null_value;
 }
 
+/// The position of an auxiliary column, -1 for one that was never reserved.
+int32_t aux_column(const Variable& variable, size_t position);
+
 /// Makes an auxiliary column of `holder` the own column of `variable`.
 void adopt_aux_column(Variable& variable, const Variable& holder, size_t position);
 
-/// The column in which the call's results stand; reserved at first use for a word whose calls have
+/// The column in which the call's results stand; reserved at first use for a word whose calls get
 /// none from the compiler.
 int32_t result_column(const Call& call);
 
-/// The value of MA(X, N) at a bar, as a step of the call it is given: the state lies in columns of
-/// that call and of X.
-double moving_average(const Call& call);
+/// Writes the bar's state or result into a column and gives it back.
+double keep(const Call& call, int32_t column, double value);
 
 }  // namespace quor

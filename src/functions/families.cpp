@@ -16,6 +16,8 @@ constexpr Family families[] = {
     candle_words,
     area_words,
     analytical_words,
+    moving_average_words,   reference_words,        polyline_words,         moving_average_words,
+    windowed_average_words, window_statistic_words, sample_statistic_words, extreme_words,
 };
 // clang-format on
 

@@ -20,6 +20,10 @@ std::span<const WordRow> stick_words();
 std::span<const WordRow> candle_words();
 std::span<const WordRow> area_words();
 std::span<const WordRow> analytical_words();
+std::span<const WordRow> windowed_average_words();
+std::span<const WordRow> window_statistic_words();
+std::span<const WordRow> sample_statistic_words();
+std::span<const WordRow> extreme_words();
 
 /// All families of the language.
 std::span<const Family> function_families();

@@ -1,0 +1,230 @@
+// Words that evaluate their values bar by bar or argument by argument: sums, counts, means, ranks.
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+#include "core/data_pool_center.h"
+#include "functions/averaging.h"
+#include "functions/families.h"
+#include "functions/scratch_frame.h"
+#include "functions/series.h"
+#include "functions/word_steps.h"
+
+namespace quor {
+namespace {
+
+/// The bar joins the sum of the window before it, and the oldest bar of that leaves once the window
+/// is full. A null makes 0 of the whole sum.
+double sum_step(double x, const WindowSeed& seed, int32_t row, int64_t n) {
+  double sum = x + seed.sum;
+  if (row > n - 1 && !is_null(seed.leaving)) sum -= seed.leaving;
+  return is_null(sum) ? 0.0 : sum;
+}
+
+/// Adds up the window anew at every bar. N of 0 takes all bars so far.
+class SUM final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan && call.argument_count() != 2) return call.wrong_count();
+    double period = null_value;
+    if (const int status = call.evaluate(1, period); status != 0) return status;
+    int64_t n = to_int(period);
+    if (n == 0) n = static_cast<int64_t>(call.row) + 1;
+    if (call.scan) {
+      call.pool.raise_period(static_cast<int32_t>(n));
+      return 0;
+    }
+    double x = null_value;
+    if (const int status = call.evaluate(0, x); status != 0) return status;
+    const int32_t column = store_in_own_column(call, call.argument(0), x);
+    const WindowSeed seed = window_seed(call.table(), column, call.variable.column_index,
+                                        static_cast<int64_t>(call.row) - 1, n, true);
+    const double sum = sum_step(x, seed, call.row, n);
+    return answer(call, keep(call, call.variable.column_index, sum));
+  }
+};
+
+/// How many of the last N bars have an X above 0. N of 0 takes as many as the table has; a fraction
+/// of a bar counts as a bar.
+class COUNT final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_any_period(call, 2, 1);
+    double bars = null_value;
+    call.evaluate(1, bars);
+    if (bars == 0.0) bars = call.table().row_count();
+    bars = std::min(bars, call.row + 1.0);
+    double count = 0.0;
+    for (int32_t back = 0; bars > back; ++back) {
+      double x = null_value;
+      if (const int status = call.evaluate_at(0, call.row - back, x); status != 0) return status;
+      if (x > 0.0) ++count;
+    }
+    return answer(call, count);
+  }
+};
+
+/// The harmonic mean of the last N bars; null if one of them is null or 0.
+class HARMEAN final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_period(call, 2, 1);
+    double period = null_value;
+    if (const int status = call.evaluate(1, period); status != 0) return status;
+    if (!(period > 0.0) || period - 1.0 > call.row) return answer(call, null_value);
+    const int32_t count = to_int(std::ceil(period));
+    double sum = 0.0;
+    for (int32_t back = 0; back < count; ++back) {
+      double x = null_value;
+      if (const int status = call.evaluate_at(0, call.row - back, x); status != 0) return status;
+      if (is_null(x) || x == 0.0) return answer(call, null_value);
+      sum += 1.0 / x;
+    }
+    return answer(call, sum == 0.0 ? null_value : 1.0 / (sum / count));
+  }
+};
+
+/// The mean of its arguments.
+class MV final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    const size_t count = call.argument_count();
+    if (call.scan) return count >= 2 && count <= 16 ? 0 : call.wrong_count();
+    double sum = 0.0;
+    for (size_t i = 0; i < count; ++i) {
+      double value = null_value;
+      if (const int status = call.evaluate(i, value); status != 0) return status;
+      sum += value;
+    }
+    return answer(call, sum / static_cast<double>(count));
+  }
+};
+
+/// Nulls stand behind all numbers.
+bool is_before(double a, double b) { return is_null(b) ? !is_null(a) : a < b; }
+
+/// The P-th percentile of the last N bars: one of their values, none is blended from two.
+class PERCENTILE final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_count(call, 3);
+    double period = null_value;
+    if (const int status = call.evaluate(1, period); status != 0) return status;
+    double percent = null_value;
+    if (const int status = call.evaluate(2, percent); status != 0) return status;
+    const int32_t n = to_int(period);
+    const bool in_range = percent >= 0.0 && percent <= 100.0;
+    if (n < 1 || call.row < n - 1 || !in_range) return answer(call, null_value);
+
+    ScratchFrame sample(call.calculator);
+    for (int32_t row = call.row - (n - 1); row <= call.row; ++row) {
+      double x = null_value;
+      if (const int status = call.evaluate_at(0, row, x); status != 0) return status;
+      sample.push(x);
+    }
+    const std::span<double> values = sample.values();
+    const auto place = values.begin() + to_int(std::ceil((n - 1) * (percent / 100.0)));
+    std::nth_element(values.begin(), place, values.end(), is_before);
+    return answer(call, *place);
+  }
+};
+
+/// How many values stand in front of the value at a position; equal ones in their own order.
+size_t rank_of(std::span<const double> values, size_t position, bool descending) {
+  size_t rank = 0;
+  for (size_t i = 0; i < values.size(); ++i) {
+    const double a = descending ? values[position] : values[i];
+    const double b = descending ? values[i] : values[position];
+    if (is_before(a, b) || (i < position && !is_before(b, a))) ++rank;
+  }
+  return rank;
+}
+
+/// The position of the value with the rank, both counted from 0.
+size_t position_of_rank(std::span<const double> values, size_t rank, bool descending) {
+  size_t position = 0;
+  while (position + 1 < values.size() && rank_of(values, position, descending) != rank) ++position;
+  return position;
+}
+
+/// T, K and up to 30 values: what `Pick` makes of the K-th of them, in ascending order for a T of
+/// 0, in descending order for 1.
+template <double (*pick)(std::span<const double> values, size_t position)>
+class SortedChoice : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const final {
+    const size_t count = call.argument_count();
+    if (call.scan) return count >= 3 && count <= 32 ? 0 : call.wrong_count();
+    double order = null_value;
+    double choice = null_value;
+    if (const int status = call.evaluate(0, order); status != 0) return status;
+    if (const int status = call.evaluate(1, choice); status != 0) return status;
+    const int32_t t = to_int(order);
+    const int64_t k = to_int(choice);
+    const bool in_range = k >= 1 && k <= static_cast<int64_t>(count) - 2 && (t == 0 || t == 1);
+    if (!in_range) return answer(call, null_value);
+
+    ScratchFrame sample(call.calculator);
+    for (size_t i = 2; i < count; ++i) {
+      double value = null_value;
+      if (const int status = call.evaluate(i, value); status != 0) return status;
+      sample.push(value);
+    }
+    const std::span<const double> values = sample.values();
+    const size_t position = position_of_rank(values, static_cast<size_t>(k - 1), t == 1);
+    return answer(call, pick(values, position));
+  }
+};
+
+double value_at(std::span<const double> values, size_t position) { return values[position]; }
+
+double place_of(std::span<const double>, size_t position) {
+  return static_cast<double>(position + 1);
+}
+
+// clang-format off
+class SORT final : public SortedChoice<value_at> { using SortedChoice::SortedChoice; };
+class SORTPOS final : public SortedChoice<place_of> { using SortedChoice::SortedChoice; };
+// clang-format on
+
+/// The density of the normal distribution.
+double normal_density(double x, double mean, double deviation) {
+  constexpr double root_of_two_pi = 2.5066282746310007;
+  const double z = (x - mean) / deviation;
+  return std::exp(z * -0.5 * z) / (deviation * root_of_two_pi);
+}
+
+class NORMPDF final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_count(call, 3);
+    double inputs[3];
+    for (size_t i = 0; i < 3; ++i) {
+      inputs[i] = null_value;
+      if (const int status = call.evaluate(i, inputs[i]); status != 0) return status;
+    }
+    if (inputs[2] < 0.0) {
+      throw std::domain_error("Invalid parametrization for the distribution.");
+    }
+    return answer(call, normal_density(inputs[0], inputs[1], inputs[2]));
+  }
+};
+
+constexpr WordRow words[] = {
+    word_row<SUM>("SUM"),         word_row<COUNT>("COUNT"),           word_row<HARMEAN>("HARMEAN"),
+    word_row<MV>("MV"),           word_row<PERCENTILE>("PERCENTILE"), word_row<SORT>("SORT"),
+    word_row<SORTPOS>("SORTPOS"), word_row<NORMPDF>("NORMPDF"),
+};
+
+}  // namespace
+
+std::span<const WordRow> sample_statistic_words() { return words; }
+
+}  // namespace quor

@@ -1,0 +1,332 @@
+// Words that reduce the last N values of one or two series to a number. The series are read in
+// place from columns, oldest value first.
+#include <cmath>
+
+#include "core/data_pool_center.h"
+#include "functions/averaging.h"
+#include "functions/families.h"
+#include "functions/running_statistics.h"
+#include "functions/series.h"
+#include "functions/word_steps.h"
+
+namespace quor {
+namespace {
+
+double size_of(const Window& window) { return static_cast<double>(window.size()); }
+
+/// The mean, corrected value by value.
+double running_mean(const Window& window) {
+  if (window.empty()) return null_value;
+  double mean = 0.0;
+  for (size_t i = 0; i < window.size(); ++i) {
+    mean += (window[i] - mean) / static_cast<double>(i + 1);
+  }
+  return mean;
+}
+
+/// The sum of the squared distances from the mean, in one pass: value j adds
+/// ((j+1) * w[j] - T)^2 / ((j+1) * j) with T the sum of the values so far.
+double squared_distances(const Window& window) {
+  if (window.empty()) return 0.0;
+  double total = window[0];
+  double sum = 0.0;
+  for (size_t j = 1; j < window.size(); ++j) {
+    const auto before = static_cast<double>(j);
+    const double count = before + 1.0;
+    total += window[j];
+    sum += square(count * window[j] - total) / (count * before);
+  }
+  return sum;
+}
+
+double sample_variance(const Window& window) {
+  return window.size() < 2 ? null_value : squared_distances(window) / (size_of(window) - 1.0);
+}
+
+double population_variance(const Window& window) {
+  return squared_distances(window) / size_of(window);
+}
+
+double sample_deviation(const Window& window) { return std::sqrt(sample_variance(window)); }
+
+double population_deviation(const Window& window) { return std::sqrt(population_variance(window)); }
+
+double squares_about_mean(const Window& window) {
+  const double mean = running_mean(window);
+  double sum = 0.0;
+  for (size_t i = 0; i < window.size(); ++i) sum += square(window[i] - mean);
+  return sum;
+}
+
+/// Nulls are left out of the mean, whose divisor counts them all the same, but not of the result.
+double mean_absolute_deviation(const Window& window) {
+  const double size = size_of(window);
+  double mean = 0.0;
+  for (size_t i = 0; i < window.size(); ++i) {
+    if (!is_null(window[i])) mean += window[i] / size;
+  }
+  double sum = 0.0;
+  for (size_t i = 0; i < window.size(); ++i) sum += std::fabs(window[i] - mean) / size;
+  return sum;
+}
+
+double excess_kurtosis(const Window& window) {
+  RunningStatistics moments;
+  for (size_t i = 0; i < window.size(); ++i) moments.take(window[i]);
+  if (moments.count < 4) return null_value;
+  const auto c = static_cast<double>(moments.count);
+  const double g = c * moments.m4 / (moments.m2 * moments.m2) - 3.0 + 6.0 / (c + 1.0);
+  return g * ((c * c - 1.0) / ((c - 3.0) * (c - 2.0)));
+}
+
+using Gate = bool (*)(int32_t row, int32_t n);
+bool behind_window(int32_t row, int32_t n) { return n != 0 && row >= n; }
+bool behind_window_of_four(int32_t row, int32_t n) { return n >= 4 && row >= n; }
+bool at_full_window(int32_t row, int32_t n) { return row >= static_cast<int64_t>(n) - 1; }
+
+using Store = int32_t (*)(const Call& call, Variable& argument, double value);
+using Reduce = double (*)(const Window& window);
+
+/// Nothing is evaluated or stored before the gate opens.
+template <Gate gate, Store store, Reduce reduce>
+int reduce_window(const Call& call, int32_t n) {
+  if (!gate(call.row, n)) return answer(call, null_value);
+  double x = null_value;
+  if (const int status = call.evaluate(0, x); status != 0) return status;
+  const int32_t column = store(call, call.argument(0), x);
+  return answer(call, reduce(call.table().window(column, call.row, n)));
+}
+
+/// A word of X and N.
+template <Gate gate, Store store, Reduce reduce>
+class WindowStatistic : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const final {
+    if (call.scan) return scan_period(call, 2, 1);
+    double period = null_value;
+    if (const int status = call.evaluate(1, period); status != 0) return status;
+    return reduce_window<gate, store, reduce>(call, to_int(period));
+  }
+};
+
+template <Reduce reduce>
+using LateStatistic = WindowStatistic<behind_window, store_in_own_column, reduce>;
+
+// clang-format off
+class STD final : public WindowStatistic<behind_window, store_in_aux_of_call, sample_deviation> { using WindowStatistic::WindowStatistic; };
+class STDP final : public LateStatistic<population_deviation> { using WindowStatistic::WindowStatistic; };
+class VAR final : public LateStatistic<sample_variance> { using WindowStatistic::WindowStatistic; };
+class VARP final : public LateStatistic<population_variance> { using WindowStatistic::WindowStatistic; };
+class DEVSQ final : public LateStatistic<squares_about_mean> { using WindowStatistic::WindowStatistic; };
+class KURTOSIS final : public WindowStatistic<behind_window_of_four, store_in_own_column, excess_kurtosis> { using WindowStatistic::WindowStatistic; };
+// clang-format on
+
+/// A period that fails is a null one.
+class AVEDEV final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_any_period(call, 2, 1);
+    double period = null_value;
+    call.evaluate(1, period);
+    return reduce_window<at_full_window, store_in_own_column, mean_absolute_deviation>(
+        call, to_int(period));
+  }
+};
+
+/// 1 + 2 + ... + n; 0 for a negative n.
+double sum_up_to(int64_t n) { return n > 0 ? static_cast<double>(n * (n + 1) / 2) : 0.0; }
+
+/// The slope of the regression line per bar. The places of the values count from 1 in the numerator
+/// and from 0 in their mean.
+double regression_slope(const Window& window, int32_t n) {
+  if (static_cast<int64_t>(window.size()) < n) return null_value;
+  const double count = n;
+  double sum = 0.0;
+  for (size_t i = window.size(); i-- > 0;) sum += window[i];
+  if (is_null(sum)) return null_value;
+  const double mean_x = sum / count;
+  const double mean_t = sum_up_to(static_cast<int64_t>(n) - 1) / count;
+  double numerator = 0.0;
+  double denominator = 0.0;
+  for (int32_t k = 0; k < n; ++k) {
+    const double t = count - k;
+    numerator += (window[window.size() - 1 - static_cast<size_t>(k)] - mean_x) * (t - mean_t);
+    denominator += square(k - mean_t);
+  }
+  return numerator / denominator;
+}
+
+class SLOPE final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_period(call, 2, 1);
+    double period = null_value;
+    if (const int status = call.evaluate(1, period); status != 0) return status;
+    double x = null_value;
+    if (const int status = call.evaluate(0, x); status != 0) return status;
+    const int32_t column = store_in_own_column(call, call.argument(0), x);
+    const int32_t n = to_int(period);
+    return answer(call, regression_slope(call.table().window(column, call.row, n), n));
+  }
+};
+
+/// The regression line's value at its last bar, given the mean of the values.
+double regression_end(const Window& window, double mean, int32_t n) {
+  const double count = n;
+  const double st = sum_up_to(n);
+  double sx = 0.0;
+  double sxx = 0.0;
+  for (size_t i = 0; i < window.size(); ++i) {
+    const auto place = static_cast<double>(i + 1);
+    sx += place * window[i];
+    sxx += square(place);
+  }
+  sx -= st * mean;
+  sxx -= square(st / count) * count;
+  const double slope = sx / sxx;
+  const double intercept = mean - slope * st / count;
+  return count * slope + intercept;
+}
+
+/// Takes its mean from a bar of MA, which it runs from the first bar on.
+class FORCAST final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_period(call, 2, 1);
+    const double mean = moving_average(call);
+    double period = null_value;
+    if (const int status = call.evaluate(1, period); status != 0) return status;
+    const int32_t n = to_int(period);
+    if (!behind_window(call.row, n)) return answer(call, null_value);
+    double x = null_value;
+    if (const int status = call.evaluate(0, x); status != 0) return status;
+    const int32_t column = store_in_own_column(call, call.argument(0), x);
+    return answer(call, regression_end(call.table().window(column, call.row, n), mean, n));
+  }
+};
+
+/// The windows of X and Y; both have the same size.
+struct WindowPair {
+  Window x;
+  Window y;
+};
+
+/// Evaluates N, X and Y, stores X and Y of this bar and takes their windows. With `tolerant` an
+/// argument that fails is a null.
+int take_windows(const Call& call, bool tolerant, WindowPair& windows) {
+  double period = null_value;
+  double x = null_value;
+  double y = null_value;
+  const auto evaluate = [&](size_t position, double& value) {
+    const int status = call.evaluate(position, value);
+    return tolerant ? 0 : status;
+  };
+  if (const int status = evaluate(2, period); status != 0) return status;
+  if (const int status = evaluate(0, x); status != 0) return status;
+  if (const int status = evaluate(1, y); status != 0) return status;
+  const int32_t x_column = store_in_own_column(call, call.argument(0), x);
+  const int32_t y_column = store_in_own_column(call, call.argument(1), y);
+  const int32_t n = to_int(period);
+  windows = {call.table().window(x_column, call.row, n),
+             call.table().window(y_column, call.row, n)};
+  return 0;
+}
+
+double population_covariance(const WindowPair& windows) {
+  const auto& [x, y] = windows;
+  if (x.empty()) return null_value;
+  const double mean_x = running_mean(x);
+  const double mean_y = running_mean(y);
+  double sum = 0.0;
+  for (size_t i = 0; i < x.size(); ++i) sum += (x[i] - mean_x) * (y[i] - mean_y);
+  return sum / size_of(x);
+}
+
+double covariance_at(const Call& call) {
+  WindowPair windows;
+  take_windows(call, true, windows);
+  return population_covariance(windows);
+}
+
+class COVAR final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (!call.scan) return answer(call, covariance_at(call));
+    const int status = scan_any_period(call, 3, 2);
+    return status != 0 ? status : answer(call, null_value);
+  }
+};
+
+/// The covariance of the population over the deviations of the samples, which makes (m-1)/m of the
+/// usual coefficient.
+class CORRELATION final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_period(call, 3, 2);
+    const double covariance = covariance_at(call);
+    WindowPair windows;
+    if (const int status = take_windows(call, false, windows); status != 0) return status;
+    return answer(call, covariance / (sample_deviation(windows.y) * sample_deviation(windows.x)));
+  }
+};
+
+/// In one pass, by means that are corrected value by value.
+double pearson_coefficient(const WindowPair& windows) {
+  double mean_x = 0.0;
+  double mean_y = 0.0;
+  double sxx = 0.0;
+  double syy = 0.0;
+  double sxy = 0.0;
+  for (size_t i = 0; i < windows.x.size(); ++i) {
+    const auto before = static_cast<double>(i);
+    const double k = before + 1.0;
+    const double dx = windows.x[i] - mean_x;
+    const double dy = windows.y[i] - mean_y;
+    const double ax = dx / k;
+    const double ay = dy / k;
+    mean_x += ax;
+    mean_y += ay;
+    sxx += ax * dx * before;
+    syy += ay * dy * before;
+    sxy += dx * dy * before / k;
+  }
+  return sxy / std::sqrt(sxx * syy);
+}
+
+class COEFFICIENTR final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_period(call, 3, 2);
+    WindowPair windows;
+    if (const int status = take_windows(call, false, windows); status != 0) return status;
+    return answer(call, pearson_coefficient(windows));
+  }
+};
+
+constexpr WordRow words[] = {
+    word_row<STD>("STD"),
+    word_row<STDP>("STDP"),
+    word_row<VAR>("VAR"),
+    word_row<VARP>("VARP"),
+    word_row<DEVSQ>("DEVSQ"),
+    word_row<AVEDEV>("AVEDEV"),
+    word_row<KURTOSIS>("KURTOSIS"),
+    word_row<SLOPE>("SLOPE"),
+    word_row<FORCAST>("FORCAST"),
+    word_row<COVAR>("COVAR"),
+    word_row<CORRELATION>("CORRELATION"),
+    word_row<COEFFICIENTR>("COEFFICIENTR"),
+};
+
+}  // namespace
+
+std::span<const WordRow> window_statistic_words() { return words; }
+
+}  // namespace quor

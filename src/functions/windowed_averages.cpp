@@ -1,0 +1,201 @@
+// The averages that go over their window again at every bar.
+#include <cmath>
+
+#include "core/data_pool_center.h"
+#include "functions/averaging.h"
+#include "functions/families.h"
+#include "functions/series.h"
+#include "functions/word_steps.h"
+#include "tables/field_table.h"
+
+namespace quor {
+namespace {
+
+/// The values weighted by 1, 2, 3 ... from the oldest, over the sum of the weights that a full
+/// window has.
+double weighted_mean(const Window& window, int64_t n) {
+  double sum = 0.0;
+  for (size_t i = 0; i < window.size(); ++i) sum += static_cast<double>(i + 1) * window[i];
+  return is_null(sum) ? null_value : sum / (static_cast<double>((n + 1) * n) * 0.5);
+}
+
+int weighted_average(const Call& call) {
+  double period = null_value;
+  double x = null_value;
+  call.evaluate(1, period);
+  call.evaluate(0, x);
+  const int32_t column = store_in_own_column(call, call.argument(0), x);
+  const int32_t n = to_int(period);
+  if (call.row < static_cast<int64_t>(n) - 1) return answer(call, null_value);
+  const double y = weighted_mean(call.table().window(column, call.row, n), n);
+  return answer(call, keep(call, call.variable.column_index, y));
+}
+
+class WMA final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (!call.scan) return weighted_average(call);
+    const int status = scan_any_period(call, 2, 1);
+    return status != 0 ? status : answer(call, null_value);
+  }
+};
+
+/// As WMA, without a look-back.
+class EMA2 final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    return call.scan ? scan_count(call, 2) : weighted_average(call);
+  }
+};
+
+/// The mean of the window with its last value counted on: (sum - sum/p + x) / p.
+class SMMA final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_count(call, 2);
+    double x = null_value;
+    if (const int status = call.evaluate(0, x); status != 0) return status;
+    double period = null_value;
+    if (const int status = call.evaluate(1, period); status != 0) return status;
+    if (is_null(period) || std::round(period) <= 0.0 || period - 1.0 > call.row) {
+      return answer(call, null_value);
+    }
+    const int32_t p = to_int(std::ceil(period));
+    double sum = 0.0;
+    if (const int status = add_up(call, p, sum); status != 0) return status;
+    return answer(call, (sum - sum / p + x) / p);
+  }
+
+ private:
+  /// The order of the sum depends on where the values lie: a column is summed from the oldest, an
+  /// expression from the newest.
+  static int add_up(const Call& call, int32_t count, double& sum) {
+    const Variable& argument = call.argument(0);
+    if (argument.has_column()) {
+      const Window window = call.table().window(argument.column_index, call.row, count);
+      for (size_t i = 0; i < window.size(); ++i) sum += window[i];
+      return 0;
+    }
+    for (int32_t back = 0; back < count; ++back) {
+      double value = null_value;
+      if (const int status = call.evaluate_at(0, call.row - back, value); status != 0) {
+        return status;
+      }
+      sum += value;
+    }
+    return 0;
+  }
+};
+
+/// The regression line through the window, one bar ahead.
+class TSMA final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan && call.argument_count() != 2) return call.wrong_count();
+    double period = null_value;
+    if (const int status = call.evaluate(1, period); status != 0) return status;
+    const int64_t n = to_int(std::floor(period));
+    // The trial run at row 0 never gets further.
+    if (n < 2 || call.row < n - 1) return answer(call, null_value);
+    Sums sums;
+    for (int64_t row = call.row; row > call.row - n; --row) {
+      double x = null_value;
+      const int32_t i = static_cast<int32_t>(row);
+      if (const int status = call.evaluate_at(0, i, x); status != 0) return status;
+      sums.add(i, x);
+    }
+    return answer(call, next_value(sums, static_cast<double>(n), call.row));
+  }
+
+ private:
+  struct Sums {
+    double x = 0.0;
+    double t = 0.0;
+    double tt = 0.0;
+    double tx = 0.0;
+
+    /// Squares of rows wrap at 32 bits.
+    void add(int32_t row, double value) {
+      x += value;
+      t += row;
+      tt += wrapping_multiply(row, row);
+      tx += row * value;
+    }
+  };
+
+  static double next_value(const Sums& sums, double n, int32_t row) {
+    const double mean = sums.x / n;
+    const double slope = (sums.tx - mean * sums.t) / (sums.tt - sums.t / n * sums.t);
+    return mean - slope * sums.t / n + row * slope + slope;
+  }
+};
+
+/// An average whose weight grows with how straight the close went over N bars. From bar to bar it
+/// carries a plain exponential average, not what it answers with.
+class ADMA final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan && call.argument_count() != 4) return call.wrong_count();
+    double x = null_value;
+    double period = null_value;
+    if (const int status = call.evaluate(0, x); status != 0) return status;
+    if (const int status = call.evaluate(1, period); status != 0) return status;
+    const int32_t n = to_int(period);
+    if (call.scan) {
+      call.pool.raise_period(n);
+      return 0;
+    }
+    if (n == 0) return answer(call, null_value);
+    double fast = null_value;
+    double slow = null_value;
+    if (const int status = call.evaluate(2, fast); status != 0) return status;
+    if (const int status = call.evaluate(3, slow); status != 0) return status;
+
+    const int32_t column = result_column(call);
+    const DataTable& table = call.table();
+    const double prev =
+        call.row == 0 ? x : cell_at(table, static_cast<int64_t>(call.row) - 1, column);
+    keep(call, column, exponential_step(n, x, prev));
+    if (call.row < n) return answer(call, null_value);
+    const double rate = adaptive_weight(efficiency(table, call.row, n), fast, slow);
+    return answer(call, (x - prev) * rate + prev);
+  }
+
+ private:
+  /// The way that the close made in n bars, over the length of the path that it took.
+  static double efficiency(const DataTable& table, int32_t row, int32_t n) {
+    const int32_t close = table.column_index_of(close_column_id);
+    const double start = cell_at(table, static_cast<int64_t>(row) - n, close);
+    const double change = std::fabs(table.cell(row, close) - start);
+    const Window window = table.window(close, row, n);
+    double noise = 0.0;
+    double before = start;
+    for (size_t i = 0; i < window.size(); ++i) {
+      noise += std::fabs(window[i] - before);
+      before = window[i];
+    }
+    return noise != 0.0 ? change / noise : 0.0;
+  }
+
+  static double adaptive_weight(double efficiency, double fast, double slow) {
+    const double f = 2.0 / (fast + 1.0);
+    const double s = 2.0 / (slow + 1.0);
+    return square((f - s) * efficiency + s);
+  }
+};
+
+constexpr WordRow words[] = {
+    word_row<WMA>("WMA"),   word_row<EMA2>("EMA2"), word_row<SMMA>("SMMA"),
+    word_row<TSMA>("TSMA"), word_row<ADMA>("ADMA"),
+};
+
+}  // namespace
+
+std::span<const WordRow> windowed_average_words() { return words; }
+
+}  // namespace quor
