@@ -57,9 +57,10 @@ class COUNT final : public BaseFunc {
     if (bars == 0.0) bars = call.table().row_count();
     bars = std::min(bars, call.row + 1.0);
     double count = 0.0;
-    for (int32_t back = 0; bars > back; ++back) {
+    for (int64_t row = call.row; bars > static_cast<double>(call.row - row); --row) {
       double x = null_value;
-      if (const int status = call.evaluate_at(0, call.row - back, x); status != 0) return status;
+      const int status = call.evaluate_at(0, static_cast<int32_t>(row), x);
+      if (status != 0) return status;
       if (x > 0.0) ++count;
     }
     return answer(call, count);
@@ -122,9 +123,9 @@ class PERCENTILE final : public BaseFunc {
     if (n < 1 || call.row < n - 1 || !in_range) return answer(call, null_value);
 
     ScratchFrame sample(call.calculator);
-    for (int32_t row = call.row - (n - 1); row <= call.row; ++row) {
+    for (int32_t back = n; back-- > 0;) {
       double x = null_value;
-      if (const int status = call.evaluate_at(0, row, x); status != 0) return status;
+      if (const int status = call.evaluate_at(0, call.row - back, x); status != 0) return status;
       sample.push(x);
     }
     const std::span<double> values = sample.values();
