@@ -3,7 +3,9 @@
 
 #include <algorithm>
 
+#include "calendar/trade_day_help.h"
 #include "core/status.h"
+#include "platform/clock.h"
 
 namespace quor {
 
@@ -40,6 +42,7 @@ int CalculateCenter::scan_statements(std::string& error) {
 }
 
 int CalculateCenter::run_statements(int32_t first_row, std::string& error) {
+  if (pool_.needs_trade_day) load_calendar();
   const int32_t rows = pool_.table().row_count();
   // A negative first row selects no rows.
   const int32_t first = first_row < 0 ? rows : first_row;
@@ -62,6 +65,20 @@ int CalculateCenter::run_statements(int32_t first_row, std::string& error) {
     }
   }
   return status_ok;
+}
+
+/// Asks once after a compile for about 1000 days back and 30 days ahead.
+void CalculateCenter::load_calendar() {
+  constexpr int64_t seconds_back = 86'400'000;
+  constexpr int64_t seconds_ahead = 2'592'000;
+  const int64_t now = unix_time();
+  const std::string start = date_text(local_moment(now - seconds_back));
+  const std::string end = date_text(local_moment(now + seconds_ahead));
+  if (start.size() == 8 && end.size() == 8) {
+    trade_day_help::init_security_trade_day_model(pool_.security, pool_.market, start, end,
+                                                  pool_.uuid);
+  }
+  pool_.needs_trade_day = false;
 }
 
 int CalculateCenter::calculate_cell(Variable& statement, int32_t row, std::string& error) {

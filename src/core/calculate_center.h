@@ -67,6 +67,7 @@ class CalculateCenter {
   void refresh_column_indexes();
   int scan_statements(std::string& error);
   int run_statements(int32_t first_row, std::string& error);
+  void load_calendar();
   int calculate_cell(Variable& statement, int32_t row, std::string& error);
 
   DataPoolCenter& pool_;

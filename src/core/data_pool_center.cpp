@@ -1,16 +1,8 @@
 #include "core/data_pool_center.h"
 
 #include "platform/clock.h"
-#include "text/numbers.h"
 
 namespace quor {
-
-int32_t parse_timezone(std::string_view text) {
-  if (text.size() != 9) return 28800;
-  const int32_t hours = leading_integer(text.substr(4, 2));
-  const int32_t minutes = leading_integer(text.substr(7, 2));
-  return (text[3] == '+' ? 1 : -1) * (hours * 60 + minutes) * 60;
-}
 
 Variable& DataPoolCenter::make_variable() {
   return *compiled_.emplace_back(std::make_unique<Variable>(*this));

@@ -43,6 +43,10 @@ class DataPoolCenter {
 
   bool is_long_period() const { return quor::is_long_period(period.period_class); }
   bool is_stock_market() const { return quor::is_stock_market(market); }
+  /// The moment of a row, on an intraday period with the date of its trading day.
+  BarTime bar_time(int32_t row) const {
+    return table_.bar_time(row, security, market, is_long_period(), uuid);
+  }
   /// Asks the host whether the security trades now; false without a callback.
   bool in_trading_time() const;
 
@@ -96,8 +100,5 @@ class DataPoolCenter {
   std::vector<std::unique_ptr<Variable>> reserved_;
   Variable missing_argument_;
 };
-
-/// The offset of a text such as "UTC+08:00" in seconds; 28800 unless it has nine characters.
-int32_t parse_timezone(std::string_view text);
 
 }  // namespace quor

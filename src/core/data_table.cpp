@@ -4,6 +4,7 @@
 #include <numeric>
 #include <stdexcept>
 
+#include "calendar/trade_day_help.h"
 #include "core/model.h"
 #include "tables/field_table.h"
 
@@ -184,6 +185,17 @@ Window DataTable::window(int32_t column_index, int32_t last_row, int32_t count) 
   const double* values =
       stored > 0 ? columns_[static_cast<uint32_t>(column_index)].data() + first : nullptr;
   return {values, static_cast<size_t>(stored), static_cast<size_t>(size)};
+}
+
+BarTime DataTable::bar_time(int32_t row, const std::string& security, const std::string& market,
+                            bool long_period, uint64_t uuid) const {
+  if (row < 0 || row >= row_count()) return {};
+  std::optional<BarTime> time = decode_row_key(key(row));
+  if (!time) return {};
+  if (!long_period) {
+    trade_day_help::try_get_trade_day_time_tm(key(row), *time, security, market, uuid);
+  }
+  return *time;
 }
 
 void DataTable::reset() {

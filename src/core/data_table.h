@@ -3,9 +3,11 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
+#include "calendar/civil_time.h"
 #include "core/value.h"
 
 namespace quor {
@@ -86,6 +88,11 @@ class DataTable {
   Window column_window(uint32_t id, int32_t last_row, int32_t count) const {
     return window(column_index_of(id), last_row, count);
   }
+
+  /// The moment that a row's key spells, with the date of its trading day unless the period is a
+  /// day or longer. Blank for a row that isn't there and for a key that spells no moment.
+  BarTime bar_time(int32_t row, const std::string& security, const std::string& market,
+                   bool long_period, uint64_t uuid) const;
 
   /// Drops every column but 1, and all rows.
   void reset();

@@ -18,6 +18,8 @@ constexpr Family families[] = {
     analytical_words,
     moving_average_words,   reference_words,        polyline_words,         moving_average_words,
     windowed_average_words, window_statistic_words, sample_statistic_words, extreme_words,
+    date_words,
+    clock_words,
 };
 // clang-format on
 

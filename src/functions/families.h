@@ -24,6 +24,8 @@ std::span<const WordRow> windowed_average_words();
 std::span<const WordRow> window_statistic_words();
 std::span<const WordRow> sample_statistic_words();
 std::span<const WordRow> extreme_words();
+std::span<const WordRow> date_words();
+std::span<const WordRow> clock_words();
 
 /// All families of the language.
 std::span<const Family> function_families();

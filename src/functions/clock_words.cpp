@@ -1,0 +1,115 @@
+// Words that tell the wall clock and the period of the instance, and conversions of times.
+#include "core/data_pool_center.h"
+#include "core/status.h"
+#include "core/value.h"
+#include "functions/families.h"
+#include "platform/clock.h"
+
+namespace quor {
+namespace {
+
+/// The wall clock where the machine stands.
+template <double (*value_of)(const LocalTime&)>
+class WallClockWord : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  int execute(const Call& call) const final {
+    if (!call.scan) call.result = value_of(local_time());
+    return status_ok;
+  }
+};
+
+/// Two digits of the year behind a 1, also before 2000.
+double clock_date(const LocalTime& now) {
+  if (now.year < 1000 || now.year > 9999) return null_value;
+  return ((now.year % 100 + 100) * 100 + now.month) * 100 + now.day;
+}
+
+double clock_time(const LocalTime& now) {
+  if (now.year == 0) return null_value;
+  return (now.hour * 100 + now.minute) * 100 + now.second;
+}
+
+class CURRENTDATE final : public WallClockWord<clock_date> {
+  using WallClockWord::WallClockWord;
+};
+class CURRENTTIME final : public WallClockWord<clock_time> {
+  using WallClockWord::WallClockWord;
+};
+
+class PERIOD final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  int execute(const Call& call) const override {
+    if (!call.scan) call.result = call.pool.period.value;
+    return status_ok;
+  }
+};
+
+/// A number of the period that the host has set, null in a scan.
+template <int32_t Period::*number>
+class PeriodNumber : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  int execute(const Call& call) const final {
+    call.result = call.scan ? null_value : call.pool.period.*number;
+    return status_ok;
+  }
+};
+
+class BARINTERVAL final : public PeriodNumber<&Period::multiple> {
+  using PeriodNumber::PeriodNumber;
+};
+class BARTYPE final : public PeriodNumber<&Period::period_class> {
+  using PeriodNumber::PeriodNumber;
+};
+
+/// A time in another notation.
+template <double (*convert)(int32_t)>
+class Conversion : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  int execute(const Call& call) const final {
+    if (call.scan) return call.argument_count() == 1 ? status_ok : call.wrong_count();
+    double time = null_value;
+    const int status = call.evaluate(0, time);
+    if (status == status_ok) call.result = convert(to_int(time));
+    return status;
+  }
+};
+
+/// HHMMSS to seconds since midnight. What has more than six digits, or a sign, gives 0.
+double to_seconds(int32_t time) {
+  if (time < 0 || time > 999999) return 0.0;
+  return (time / 10000 * 60 + time / 100 % 100) * 60 + time % 100;
+}
+
+/// Seconds since midnight to HHMMSS, with as many hours as it takes.
+double to_clock_digits(int32_t seconds) {
+  const int64_t hours = seconds / 3600;
+  return static_cast<double>((hours * 100 + seconds / 60 % 60) * 100 + seconds % 60);
+}
+
+class TIMETOT0 final : public Conversion<to_seconds> {
+  using Conversion::Conversion;
+};
+class T0TOTIME final : public Conversion<to_clock_digits> {
+  using Conversion::Conversion;
+};
+
+constexpr WordRow words[] = {
+    word_row<CURRENTDATE>("CURRENTDATE"), word_row<CURRENTTIME>("CURRENTTIME"),
+    word_row<PERIOD>("PERIOD"),           word_row<BARINTERVAL>("BARINTERVAL"),
+    word_row<BARTYPE>("BARTYPE"),         word_row<TIMETOT0>("TIMETOT0"),
+    word_row<T0TOTIME>("T0TOTIME"),
+};
+
+}  // namespace
+
+std::span<const WordRow> clock_words() { return words; }
+
+}  // namespace quor
