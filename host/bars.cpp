@@ -1,0 +1,172 @@
+#include "bars.h"
+
+#include <algorithm>
+#include <limits>
+#include <unordered_map>
+#include <utility>
+
+#include "csv.h"
+#include "errors.h"
+#include "fields.h"
+#include "text.h"
+
+namespace quor_host {
+namespace {
+
+constexpr std::string_view key_patterns[] = {
+    "####-##-##",          "####/##/##",          "########",         "####-##-## ##:##:##",
+    "####/##/## ##:##:##", "######## ##:##:##",   "####-##-## ##:##", "####/##/## ##:##",
+    "######## ##:##",      "####-##-##T##:##:##", "####-##-##T##:##", "######## ######",
+    "##############",      "############",        "######## ####"};
+
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+bool matches(std::string_view text, std::string_view pattern) {
+  return std::ranges::equal(
+      text, pattern, [](char c, char place) { return place == '#' ? is_digit(c) : c == place; });
+}
+
+bool is_date_and_time(int64_t key) {
+  const auto part = [key](int64_t unit) { return key / unit % 100; };
+  return key >= 10000000000 && part(100000000) >= 1 && part(100000000) <= 12 &&
+         part(1000000) >= 1 && part(1000000) <= 31 && part(10000) < 24 && part(100) < 60 &&
+         part(1) < 60;
+}
+
+/// What the columns of a file are. The date may stand beside a column with the time of day.
+struct Layout {
+  std::optional<size_t> date;
+  std::optional<size_t> time;
+  std::vector<std::pair<size_t, uint32_t>> fields;  ///< position and field id
+  size_t width = 0;
+};
+
+[[noreturn]] void fail(const std::string& name, size_t line, const std::string& text) {
+  throw HostError(name + ":" + std::to_string(line) + ": " + text);
+}
+
+void set_once(std::optional<size_t>& place, size_t position, const std::string& name,
+              const CsvRow& header) {
+  if (place) fail(name, header.line, "column '" + header.cells[position] + "' stands twice");
+  place = position;
+}
+
+void add_field(Layout& layout, size_t position, uint32_t id, const std::string& name,
+               const CsvRow& header) {
+  const auto is_id = [id](const auto& field) { return field.second == id; };
+  if (std::ranges::any_of(layout.fields, is_id)) {
+    fail(name, header.line, "two columns are the field " + field_text(id));
+  }
+  layout.fields.emplace_back(position, id);
+}
+
+Layout read_header(const CsvRow& header, const std::string& name) {
+  Layout layout;
+  layout.width = header.cells.size();
+  for (size_t position = 0; position < layout.width; ++position) {
+    const std::string& cell = header.cells[position];
+    const auto id = field_id(cell);
+    if (to_upper(cell) == "TIME") {
+      set_once(layout.time, position, name, header);
+    } else if (id == field_time) {
+      set_once(layout.date, position, name, header);
+    } else if (id) {
+      add_field(layout, position, *id, name, header);
+    }
+  }
+  if (!layout.date) layout.date = std::exchange(layout.time, std::nullopt);
+  if (!layout.date) fail(name, header.line, "the header names no 'date' column");
+  const auto is_close = [](const auto& field) { return field.second == field_close; };
+  if (std::ranges::none_of(layout.fields, is_close)) {
+    fail(name, header.line, "the header names no 'close' column");
+  }
+  return layout;
+}
+
+int64_t read_key(const CsvRow& row, const Layout& layout, const std::string& name) {
+  std::string text = row.cells[*layout.date];
+  if (layout.time) text += ' ' + row.cells[*layout.time];
+  const auto key = parse_key(text);
+  if (!key) fail(name, row.line, "'" + text + "' is no date");
+  return *key;
+}
+
+double read_value(const CsvRow& row, size_t position, const std::string& name) {
+  const std::string& text = row.cells[position];
+  if (text.empty()) return std::numeric_limits<double>::quiet_NaN();
+  const auto value = to_number(text);
+  if (!value) fail(name, row.line, "'" + text + "' is no number");
+  return *value;
+}
+
+}  // namespace
+
+std::optional<int64_t> parse_key(std::string_view text) {
+  const auto fits = [text](std::string_view pattern) { return matches(text, pattern); };
+  if (std::ranges::none_of(key_patterns, fits)) return std::nullopt;
+  int64_t key = 0;
+  int digits = 0;
+  for (const char c : text) {
+    if (!is_digit(c)) continue;
+    key = key * 10 + (c - '0');
+    ++digits;
+  }
+  for (; digits < 14; ++digits) key *= 10;
+  if (!is_date_and_time(key)) return std::nullopt;
+  return key;
+}
+
+std::string key_text(int64_t key, bool with_time) {
+  const std::string digits = std::to_string(key);
+  if (digits.size() != 14) return digits;
+  const auto part = [&digits](size_t at) { return digits.substr(at, 2); };
+  std::string text = digits.substr(0, 4) + '-' + part(4) + '-' + part(6);
+  if (with_time) text += ' ' + part(8) + ':' + part(10) + ':' + part(12);
+  return text;
+}
+
+Bars read_bars(const std::string& path) { return parse_bars(read_file(path), path); }
+
+Bars parse_bars(std::string_view text, const std::string& name) {
+  const std::vector<CsvRow> rows = read_csv(text, name);
+  if (rows.empty()) throw HostError(name + ": no line with the names of the columns");
+  const Layout layout = read_header(rows.front(), name);
+  Bars bars;
+  std::unordered_map<int64_t, size_t> lines;
+  for (size_t i = 1; i < rows.size(); ++i) {
+    const CsvRow& row = rows[i];
+    if (row.cells.size() != layout.width) {
+      fail(name, row.line,
+           std::to_string(row.cells.size()) + " cells instead of " + std::to_string(layout.width));
+    }
+    const int64_t key = read_key(row, layout, name);
+    const auto [other, is_new] = lines.emplace(key, row.line);
+    if (!is_new) fail(name, row.line, "same date as in line " + std::to_string(other->second));
+    bars.keys.push_back(key);
+    for (const auto& [position, id] : layout.fields) {
+      bars.columns[id].push_back(read_value(row, position, name));
+    }
+  }
+  if (bars.keys.empty()) throw HostError(name + ": no bars");
+  return bars;
+}
+
+std::string rows_json(const Bars& bars, const std::vector<uint32_t>& fields) {
+  std::vector<std::pair<std::string, const std::vector<double>*>> columns;
+  for (const uint32_t id : fields) {
+    const auto column = bars.columns.find(id);
+    if (column == bars.columns.end()) continue;
+    columns.emplace_back(",\"" + std::to_string(id) + "\":", &column->second);
+  }
+  std::string json = "[";
+  for (size_t row = 0; row < bars.keys.size(); ++row) {
+    if (row > 0) json += ',';
+    json += "{\"1\":" + std::to_string(bars.keys[row]);
+    for (const auto& [key, values] : columns) json += key + json_number((*values)[row]);
+    json += '}';
+  }
+  json += ']';
+  return json;
+}
+
+}  // namespace quor_host

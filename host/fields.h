@@ -1,0 +1,20 @@
+// The bar fields by word and by the id under which the library asks for them.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quor_host {
+
+inline constexpr uint32_t field_time = 1;
+inline constexpr uint32_t field_close = 11;
+
+/// The id that a column header names: a field word in any case, or an id in decimal.
+std::optional<uint32_t> field_id(std::string_view header);
+
+/// "CLOSE (11)", or the number alone for a field without a word here.
+std::string field_text(uint32_t id);
+
+}  // namespace quor_host

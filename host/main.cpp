@@ -1,0 +1,112 @@
+// quor: compiles and runs scripts from the command line.
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <iostream>
+
+#include "commands.h"
+
+namespace {
+
+using quor_host::Options;
+
+constexpr int exit_failure = 1;
+constexpr int exit_usage = 2;
+
+constexpr auto footer = R"(
+Example: two averages over daily bars, and where the quick one is above the slow one.
+
+  quor run --bars samples/index-daily.csv --last 5 \
+    -e 'QUICK:MA(C,5); SLOW:MA(C,20); ABOVE:QUICK>SLOW;'
+
+A script is a list of statements, each closed by ';'. 'NAME:expression;' is a line that is drawn,
+'NAME:=expression;' one that is only calculated. Bars are a file of comma-separated values with the
+names of the columns in its first line: date and close must be there, and time, open, high, low,
+volume, amount, or the id of any other field as a number if the script asks for them. A date reads
+2000-01-03, 2000-01-03 09:35, or 20000103093500.
+
+Exit status: 0 for success, 1 for an error in the script or in a file, 2 for a wrong command.)";
+
+void add_script_options(CLI::App& command, Options& options) {
+  auto* const path = command.add_option("SCRIPT", options.script_path, "File with the script");
+  auto* const text = command.add_option("-e", options.script_text, "The script itself");
+  path->type_name("");
+  text->type_name("TEXT")->excludes(path);
+  command
+      .add_option("--params", options.parameters_path,
+                  "JSON: [{\"PARAM_NAME\":\"N\",\"DEFAULT\":5}, ...]")
+      ->type_name("FILE");
+  command
+      .add_option("--lines", options.lines_path,
+                  "JSON: [{\"LINE_NAME\":\"MA5\",\"COLOR_KEY\":\"...\",\"LINE_THICK\":1}, ...]")
+      ->type_name("FILE");
+  command
+      .add_option("--period", options.subject.period,
+                  "Period code of the bars: 0x4000 one day, 0x3005 five minutes")
+      ->type_name("CODE")
+      ->default_str("0x4000");
+  command.add_option("--code", options.subject.security, "Code of the security")
+      ->type_name("SECURITY");
+  command.add_option("--market", options.subject.market, "Its market")->type_name("WORD");
+  command.add_option("--timezone", options.subject.time_zone, "Its time zone")
+      ->type_name("TEXT")
+      ->capture_default_str();
+  command
+      .add_option("--extra", options.market_constants,
+                  "A market constant: MINPRICE, UNIT or SHARECOUNTPERUNIT; may be repeated")
+      ->type_name("KEY=NUMBER")
+      ->expected(1)
+      ->take_all();
+  command.add_flag("--trading", options.is_trading, "The market is open now");
+}
+
+void add_check(CLI::App& app, Options& options) {
+  CLI::App& check = *app.add_subcommand("check", "Compile a script and say what it needs");
+  add_script_options(check, options);
+  check.add_flag("--json", options.as_json, "Print the report as the library gives it");
+}
+
+void add_run(CLI::App& app, Options& options) {
+  CLI::App& run = *app.add_subcommand("run", "Run a script over bars and print its lines");
+  add_script_options(run, options);
+  run.add_option("--bars", options.bars_path, "Bars, comma-separated, with a header")
+      ->type_name("FILE.csv")
+      ->required();
+  run.add_option("--last", options.last, "How many bars to print")
+      ->type_name("N")
+      ->capture_default_str();
+  run.add_flag("--json", options.as_json, "Print all bars, the report and the drawings as JSON");
+  run.add_option("--from", options.first_row, "First row to calculate, 0 the oldest bar")
+      ->type_name("ROW")
+      ->capture_default_str();
+}
+
+int run_command(const CLI::App& app, const Options& options) {
+  const CLI::App& command = *app.get_subcommands().front();
+  if (command.count("SCRIPT") + command.count("-e") == 0) {
+    std::cerr << "quor: no script: give a file or -e 'TEXT'\n";
+    return exit_usage;
+  }
+  return command.get_name() == "check" ? check_script(options) : run_script(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    CLI::App app("Compiles indicator scripts and runs them over bars of a security.", "quor");
+    Options options;
+    app.require_subcommand(1);
+    app.footer(footer);
+    add_check(app, options);
+    add_run(app, options);
+    try {
+      app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+      return app.exit(error) == 0 ? 0 : exit_usage;
+    }
+    return run_command(app, options);
+  } catch (const std::exception& error) {
+    std::cerr << "quor: " << error.what() << '\n';
+    return exit_failure;
+  }
+}

@@ -1,0 +1,194 @@
+#include "output.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <map>
+#include <ostream>
+#include <utility>
+
+#include "bars.h"
+#include "fields.h"
+#include "text.h"
+
+namespace quor_host {
+namespace {
+
+using Cells = std::vector<std::string>;
+
+/// Places on the screen: one for each character, two for the wide ones of East Asia.
+size_t width_of(std::string_view text) {
+  size_t width = 0;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte >= 0xE3 && byte <= 0xF4) {
+      width += 2;
+    } else if (byte < 0x80 || byte >= 0xC0) {
+      width += 1;
+    }
+  }
+  return width;
+}
+
+std::string with_width(const std::string& text, size_t width, bool to_the_right) {
+  const std::string blanks(width - std::min(width, width_of(text)), ' ');
+  return to_the_right ? blanks + text : text + blanks;
+}
+
+/// Enough decimals for the size of the numbers; whole numbers need none.
+int decimals_of(const std::vector<double>& values, size_t first) {
+  double largest = 0.0;
+  bool whole = true;
+  for (size_t row = first; row < values.size(); ++row) {
+    if (!std::isfinite(values[row])) continue;
+    largest = std::max(largest, std::abs(values[row]));
+    whole = whole && values[row] == std::trunc(values[row]);
+  }
+  if (whole) return 0;
+  return largest < 10.0 ? 6 : 3;
+}
+
+std::string number_text(double value, int decimals) {
+  if (std::isnan(value)) return "null";
+  std::array<char, 400> digits{};
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value,
+                                 std::chars_format::fixed, decimals);
+  return {digits.data(), end.ptr};
+}
+
+Cells number_cells(const Line& line, size_t first) {
+  Cells cells{line.name};
+  const int decimals = decimals_of(line.values, first);
+  for (size_t row = first; row < line.values.size(); ++row) {
+    cells.push_back(number_text(line.values[row], decimals));
+  }
+  return cells;
+}
+
+Cells key_cells(const std::vector<int64_t>& keys, size_t first) {
+  constexpr int64_t day = 1000000;
+  const auto has_time = [](int64_t key) { return key % day != 0; };
+  const bool with_time =
+      std::ranges::any_of(keys.begin() + static_cast<ptrdiff_t>(first), keys.end(), has_time);
+  Cells cells{"date"};
+  for (size_t row = first; row < keys.size(); ++row) {
+    cells.push_back(key_text(keys[row], with_time));
+  }
+  return cells;
+}
+
+std::string join(const std::vector<std::string>& texts) {
+  if (texts.empty()) return "none";
+  std::string joined;
+  for (const std::string& text : texts) joined += (joined.empty() ? "" : ", ") + text;
+  return joined;
+}
+
+std::string reference_texts(const std::vector<Reference>& references) {
+  std::vector<std::string> texts;
+  for (const Reference& reference : references) {
+    texts.push_back(reference.source + ' ' + field_text(reference.field) + " into column " +
+                    std::to_string(reference.column));
+  }
+  return join(texts);
+}
+
+/// "POLYLINE x 3" for words that come more than once.
+std::string counted(const std::vector<std::string>& words) {
+  std::map<std::string, size_t> counts;
+  for (const std::string& word : words) ++counts[word];
+  std::vector<std::string> texts;
+  for (const auto& [word, count] : counts) {
+    texts.push_back(count == 1 ? word : word + " x " + std::to_string(count));
+  }
+  return join(texts);
+}
+
+void print_item(std::ostream& out, const std::string& title, const std::string& text) {
+  out << "  " << with_width(title, 18, false) << text << '\n';
+}
+
+template <typename List, typename Write>
+void print_array(std::ostream& out, const List& list, const Write& write) {
+  out << '[';
+  bool first = true;
+  for (const auto& entry : list) {
+    if (!std::exchange(first, false)) out << ',';
+    out << write(entry);
+  }
+  out << ']';
+}
+
+/// Texts of the library are not escaped; one that is no JSON for that reason goes out as a string.
+std::string as_json(const std::string& text) { return is_json(text) ? text : json_string(text); }
+
+}  // namespace
+
+void print_failure(std::ostream& out, const Failure& failure,
+                   const std::vector<Statement>& statements) {
+  out << "error " << failure.code << ": " << code_words(failure.code);
+  if (!failure.message.empty()) out << ": " << failure.message;
+  out << '\n';
+  if (!failure.statement) return;
+  out << "  in statement " << *failure.statement << " (the first is 0)";
+  if (*failure.statement < statements.size()) {
+    const Statement& statement = statements[*failure.statement];
+    out << ", line " << statement.line << ": " << statement.text;
+  }
+  out << '\n';
+}
+
+void print_report(std::ostream& out, const Report& report, const std::vector<Line>& lines,
+                  const std::vector<std::string>& functions,
+                  const std::vector<std::string>& drawings) {
+  std::vector<std::string> fields;
+  for (const uint32_t id : report.fields) fields.push_back(field_text(id));
+  std::vector<std::string> columns;
+  for (const Line& line : lines)
+    columns.push_back(line.name + " (" + std::to_string(line.column) + ')');
+  out << "The script is sound.\n";
+  print_item(out, "lines", join(columns));
+  print_item(out, "functions", join(functions));
+  print_item(out, "drawings", counted(drawings));
+  print_item(out, "look-back", std::to_string(report.look_back) + " bars");
+  print_item(out, "fields", join(fields));
+  print_item(out, "other securities", reference_texts(report.securities));
+  print_item(out, "other periods", reference_texts(report.periods));
+  print_item(out, "quotes", reference_texts(report.quotes));
+  print_item(out, "market constants", report.needs_market_constants ? "needed" : "none");
+  print_item(out, "calendar", report.needs_calendar ? "needed" : "none");
+  print_item(out, "notices", report.has_notices ? "raised" : "none");
+}
+
+void print_table(std::ostream& out, const Results& results, size_t count) {
+  const size_t rows = results.keys.size();
+  const size_t first = rows - std::min(rows, count);
+  std::vector<Cells> columns{key_cells(results.keys, first)};
+  for (const Line& line : results.lines) columns.push_back(number_cells(line, first));
+  std::vector<size_t> widths;
+  for (const Cells& cells : columns) {
+    widths.push_back(width_of(*std::ranges::max_element(cells, {}, width_of)));
+  }
+  for (size_t row = 0; row < columns.front().size(); ++row) {
+    std::string text = with_width(columns[0][row], widths[0], false);
+    for (size_t column = 1; column < columns.size(); ++column) {
+      text += "  " + with_width(columns[column][row], widths[column], true);
+    }
+    out << text << '\n';
+  }
+}
+
+void print_json(std::ostream& out, const Results& results) {
+  out << "{\"report\":" << as_json(results.report) << ",\n\"keys\":";
+  print_array(out, results.keys, [](int64_t key) { return std::to_string(key); });
+  out << ",\n\"lines\":{";
+  bool first = true;
+  for (const Line& line : results.lines) {
+    out << (std::exchange(first, false) ? "\n" : ",\n") << json_string(line.name) << ':';
+    print_array(out, line.values, json_number);
+  }
+  out << "},\n\"shapes\":" << as_json(results.shapes) << "}\n";
+}
+
+}  // namespace quor_host

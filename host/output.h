@@ -1,0 +1,44 @@
+// What the user sees.
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "report.h"
+#include "script.h"
+
+namespace quor_host {
+
+/// A named line of a script with its values.
+struct Line {
+  std::string name;
+  uint32_t column = 0;
+  std::vector<double> values;  ///< oldest bar first
+};
+
+/// Everything that a run gave.
+struct Results {
+  std::vector<int64_t> keys;
+  std::vector<Line> lines;
+  std::string report;  ///< the library's own JSON texts
+  std::string shapes;
+};
+
+/// The failure in words, with the statement it points to.
+void print_failure(std::ostream& out, const Failure& failure,
+                   const std::vector<Statement>& statements);
+
+/// What a sound script needs and gives.
+void print_report(std::ostream& out, const Report& report, const std::vector<Line>& lines,
+                  const std::vector<std::string>& functions,
+                  const std::vector<std::string>& drawings);
+
+/// The last `count` bars of every line, one bar in a row.
+void print_table(std::ostream& out, const Results& results, size_t count);
+
+/// All bars of every line with the report and the drawing records, as one JSON object.
+void print_json(std::ostream& out, const Results& results);
+
+}  // namespace quor_host
