@@ -1,0 +1,18 @@
+# Fails unless the library shows exactly the functions of its interface.
+#   cmake -DNM=... -DLIBRARY=... -P exports.cmake
+set(expected
+  clear_data create_instance create_reserved_field delete_instance exec_parser_cal get_column_num
+  get_current_row_index get_data_arr get_data_by_col_row get_field_id_by_param_name
+  get_field_val_by_index get_invoke_functions get_parser_variable_fields get_pre_parse_res
+  get_row_num get_shapes release_ptr_val set_column_data set_get_extra_data_callback
+  set_get_trade_dates_callback set_get_trade_time_callback set_indicator_extra_info
+  set_logger_handler set_parser_instance_uuid set_parser_notice_callback_handler set_row_data
+  set_trade_callback)
+
+execute_process(COMMAND ${NM} --dynamic --defined-only --format=just-symbols ${LIBRARY}
+  OUTPUT_VARIABLE found OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+string(REPLACE "\n" ";" found "${found}")
+list(SORT found)
+if(NOT found STREQUAL expected)
+  message(FATAL_ERROR "The library exports\n  ${found}\ninstead of\n  ${expected}")
+endif()

@@ -1,0 +1,104 @@
+#!/bin/sh
+# Runs the command-line host and compares its exit status and what it prints.
+#   quor_test.sh QUOR SAMPLES
+set -u
+quor=$1
+samples=$2
+folder=$(mktemp -d) || exit 1
+trap 'rm -rf "$folder"' EXIT
+cd "$folder" || exit 1
+failures=0
+
+# expect STATUS TEXT ARGUMENTS...: runs quor; the whole of what it prints on both channels must be TEXT.
+expect() {
+  status=$1
+  text=$2
+  shift 2
+  printed=$("$quor" "$@" 2>&1)
+  got=$?
+  [ "$got" -eq "$status" ] && [ "$printed" = "$text" ] && return
+  printf 'quor %s\n' "$*"
+  printf 'expected status %s and\n%s\ngot status %s and\n%s\n\n' "$status" "$text" "$got" "$printed"
+  failures=$((failures + 1))
+}
+
+# bad_bars TEXT ROWS: a file of bars that is refused with the text.
+bad_bars() {
+  printf '%b' "$2" >bad.csv
+  expect 1 "quor: bad.csv$1" run -e 'A:=C;' --bars bad.csv
+}
+
+# Windows line ends, a blank line, a quoted cell, an unknown column, an empty cell, bars out of order.
+printf 'Date,open,HIGH,low,Close,note,volume\r\n\r\n' >bars.csv
+printf '2024-01-03,1,12,6,"10.5",x,1.001e3\r\n2024-01-02,1,11,4,9.5,,\r\n' >>bars.csv
+printf 'date,time,close\n2024-01-02,09:35,1\n2024-01-02,09:40:00,2\n' >minutes.csv
+
+expect 0 'date             MID     VOL2  三
+2024-01-02  7.500000     null  15
+2024-01-03  9.000000  500.500  18' \
+  run --bars bars.csv -e 'MID:=(H+L)/2; VOL2:=V/2; 三:=MID*2; MID>8;'
+
+# Only the last bar, of an average over as many bars as a parameter says: (9.5 + 10.5) / 2.
+echo '[{"param_name":"n","default":2}]' >params.json
+echo 'avg:ma(c,n),colorred; // drawn
+' >script.quor
+expect 0 'date        AVG
+2024-01-03   10' run script.quor --params params.json --bars bars.csv --last 1
+expect 0 'date           X
+2024-01-02  null
+2024-01-03    21' run -e 'X:=C*2;' --bars bars.csv --from 1
+
+expect 0 'date                 TICK
+2024-01-02 09:35:00  0.02
+2024-01-02 09:40:00  0.02' run --bars minutes.csv -e 'TICK:=MINPRICE*2;' --extra minprice=0.01
+
+# What the file lacks is null, with a warning.
+expect 0 'quor: warning: bars.csv has no column for OPI (65), which reads as null
+quor: warning: no data for 600000 CLOSE (11), which reads as null
+date           A     B
+2024-01-03  null  null' run --bars bars.csv --last 1 -e 'A:=OPI+1;B:="600000$CLOSE"*2;'
+
+expect 0 'The script is sound.
+  lines             AVG (20000)
+  functions         MA, POLYLINE
+  drawings          PolylineShape
+  look-back         2 bars
+  fields            CLOSE (11)
+  other securities  none
+  other periods     none
+  quotes            none
+  market constants  none
+  calendar          none
+  notices           none' check script.quor --params params.json
+
+# Statements are counted as the library counts them: blank lines and comments are statements of
+# their own, line ends inside one are not.
+printf '{ it has\n two lines }\n\nA:=1;// done\nB:=A+\n  2;C1:=3;\n/* x */ D:= C1+nothing;' >bad.quor
+expect 1 'error 2: a word that nothing defines: NOTHING
+  in statement 6 (the first is 0), line 7: D:= C1+nothing' check bad.quor
+expect 1 "error 5: a quote is left open
+  in statement 1 (the first is 0), line 1: B:='x" check -e "A:=1;B:='x"
+expect 1 'error 2: a word that nothing defines: A"B"
+  in statement 0 (the first is 0), line 1: D:=A"B"' run --bars bars.csv -e 'D:=A"B";'
+
+bad_bars ': no line with the names of the columns' ''
+bad_bars ': no bars' 'date,close\n'
+bad_bars ":1: the header names no 'date' column" 'close\n1\n'
+bad_bars ":1: the header names no 'close' column" 'date,open\n'
+bad_bars ':1: two columns are the field VOL (13)' 'date,close,vol,volume\n'
+bad_bars ':4: 1 cells instead of 2' 'date,close\n2024-01-02,1\n\n2024-01-03\n'
+bad_bars ":3: '1O' is no number" 'date,close\n2024-01-02,1\n2024-01-03,1O\n'
+bad_bars ":2: '2024-13-02' is no date" 'date,close\n2024-13-02,1\n'
+bad_bars ':3: same date as in line 2' 'date,close\n2024-01-02,1\n20240102,2\n'
+bad_bars ':2: a quote is out of place' 'date,close\n2024-01-02,"1"2\n'
+
+expect 1 'quor: none.csv: can'\''t be opened' run -e 'A:=C;' --bars none.csv
+expect 1 'quor: --extra UNIT=x: not of the form KEY=NUMBER' check -e 'A:=1;' --extra UNIT=x
+expect 2 "quor: no script: give a file or -e 'TEXT'" check
+expect 2 'A subcommand is required
+Run with --help for more information.'
+
+for script in "$samples"/*.quor; do
+  "$quor" run "$script" --bars "$samples/index-daily.csv" --last 1 >/dev/null || failures=1
+done
+[ $failures -eq 0 ] || exit 1

@@ -1,0 +1,9 @@
+#!/bin/sh
+# Installs what is missing, builds, and measures. Arguments go to the benchmark program, such as
+#   tools/bench.sh --benchmark_filter=intake
+set -u
+. "$(dirname "$0")/lib.sh"
+
+need_packages $build_packages $host_packages $test_packages $bench_packages
+build release -DQUOR_BUILD_BENCH=ON
+exec build/release/bench/quor_bench "$@"

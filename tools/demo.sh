@@ -1,0 +1,18 @@
+#!/bin/sh
+# Installs what is missing, builds, and runs a script over real daily bars.
+set -u
+. "$(dirname "$0")/lib.sh"
+
+need_packages $build_packages $host_packages
+build release -DQUOR_BUILD_TESTS=OFF
+quor=build/release/host/quor
+
+show() {
+  echo
+  echo "\$ quor $*"
+  "$quor" "$@"
+}
+
+cat samples/averages.quor
+show check samples/averages.quor &&
+  show run samples/averages.quor --bars samples/index-daily.csv --last 15

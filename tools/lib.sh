@@ -1,0 +1,81 @@
+# What the commands in this folder share. To be sourced.
+
+root=$(cd "$(dirname "$0")/.." && pwd)
+cd "$root" || exit 1
+
+build_packages="g++ cmake ninja-build ccache libsimdjson-dev"
+host_packages="libcli11-dev libcsv-dev"
+test_packages="libgtest-dev binutils"
+bench_packages="libbenchmark-dev"
+format_packages="clang-format-14"
+tidy_packages="clang-tidy-14"
+
+say() { echo "$*" >&2; }
+
+die() {
+  say "$(basename "$0"): $*"
+  exit 1
+}
+
+is_installed() {
+  [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+# The given Debian packages, installed if need be.
+need_packages() {
+  if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
+    need_tools "$@"
+    return
+  fi
+  missing=
+  for package in "$@"; do
+    is_installed "$package" || missing="$missing $package"
+  done
+  [ -n "$missing" ] || return 0
+  install_packages $missing
+}
+
+install_packages() {
+  if [ "$(id -u)" -eq 0 ]; then
+    as_root=
+  elif command -v sudo >/dev/null && [ -t 0 ]; then
+    as_root=sudo
+  elif command -v sudo >/dev/null; then
+    as_root="sudo -n"
+  else
+    die "these packages are missing, and without root or sudo they can't be installed here: $*"
+  fi
+  say "Installing $*"
+  $as_root apt-get update -qq </dev/null &&
+    $as_root env DEBIAN_FRONTEND=noninteractive \
+      apt-get install -y -qq --no-install-recommends "$@" </dev/null >/dev/null ||
+    die "apt-get could not install: $*"
+}
+
+# Without Debian's package tools the least is to name what isn't there.
+need_tools() {
+  for tool in c++ cmake ninja; do
+    command -v "$tool" >/dev/null ||
+      die "'$tool' is missing and this machine has no apt-get; needed, by their Debian names: $*"
+  done
+}
+
+# Builds a preset; further arguments go to the configuration.
+build() {
+  preset=$1
+  shift
+  cmake --preset "$preset" "$@" >/dev/null || die "the configuration of '$preset' failed"
+  cmake --build "build/$preset" -- --quiet || die "the build of '$preset' failed"
+}
+
+# The C and C++ files of the given folders that git knows or could take.
+sources() {
+  for folder in "$@"; do
+    git ls-files --cached --others --exclude-standard -- \
+      "$folder/*.c" "$folder/*.cpp" "$folder/*.h"
+  done | while read -r file; do
+    [ -f "$file" ] && echo "$file"
+  done
+}
+
+folders="include src host tests bench fuzz"
