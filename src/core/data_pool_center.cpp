@@ -56,7 +56,10 @@ void DataPoolCenter::reset() {
   realtime_map.clear();
   invoked_functions.clear();
   table_.reset();
-  for (Variable* variable : reserved_list) {
+  for (size_t i = 0; i < reserved_list.size(); ++i) {
+    Variable* variable = reserved_list[i];
+    // A hidden name is a place in the lists; a field declared behind a reference has moved up.
+    variable->name = "~" + std::to_string(i);
     // A word may have given a field without a column one of the old script's.
     variable->column_id = variable->declared_column_id;
     variable->aux_column_ids.clear();
