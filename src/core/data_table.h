@@ -43,6 +43,9 @@ struct RowBatch {
 /// ascending keys; row indexes move when a row is inserted before them.
 class DataTable {
  public:
+  /// Ids from here up belong to lines and calls, ids below to the host's fields.
+  static constexpr uint32_t first_auxiliary_id = 20000;
+
   int32_t row_count() const { return static_cast<int32_t>(keys_.size()); }
   uint32_t column_count() const { return static_cast<uint32_t>(columns_.size()); }
   uint32_t column_id(uint32_t index) const { return column_ids_[index]; }
@@ -101,7 +104,6 @@ class DataTable {
 
  private:
   static constexpr uint32_t no_row = 0xFFFFFFFF;
-  static constexpr uint32_t first_auxiliary_id = 20000;
 
   bool is_cell(int32_t row, int32_t column) const {
     return static_cast<uint32_t>(row) < keys_.size() &&

@@ -1,0 +1,110 @@
+// The words that send a trade signal to the host: COND, NAME and an optional QUANTITY.
+#include "core/calculate_center.h"
+#include "core/data_pool_center.h"
+#include "core/status.h"
+#include "drawing/shapes.h"
+#include "functions/families.h"
+#include "interface/host_callbacks.h"
+#include "platform/clock.h"
+#include "tables/field_table.h"
+
+namespace quor {
+namespace {
+
+constexpr double no_quantity = -1.0;
+
+/// The record, on the first pass. The quantity is fixed from then on, in the call's `value`.
+void make_record(const Call& call) {
+  auto record = std::make_shared<FuturesTradeShape>();
+  Variable& signal = call.variable;
+  record->Field1Text = call.argument_text(1);
+  signal.value = no_quantity;
+  if (call.argument_count() == 3) {
+    double quantity = null_value;
+    call.evaluate(2, quantity);
+    record->trade_count = to_int(quantity);
+    signal.value = quantity;
+  }
+  signal.reserve_aux_columns(1);
+  record->Field1Id = static_cast<int32_t>(signal.aux_column_ids[0]);
+  record->TitleVisible = 0;
+  record->NoticeLineNumber = signal.line;
+  call.calculator.shapes().add(record);
+  signal.shape = std::move(record);
+}
+
+void fire(const Call& call, uint32_t action) {
+  const TradeHandler handler = trade_handler();
+  if (handler == nullptr) return;
+  handler(unix_time(), to_int64(call.table().value_at(call.row, time_column_id)),
+          static_cast<uint32_t>(call.row), call.pool.uuid, call.variable.aux_column_ids[0], action,
+          to_int(call.variable.value));
+}
+
+/// A signal leaves at every evaluation of a bar whose condition holds, also when a bar is
+/// calculated again: the host is expected to filter.
+int execute_signal(const Call& call, uint32_t action) {
+  const size_t count = call.argument_count();
+  if (count != 2 && count != 3) return call.wrong_count();
+  // A bar that may still change its past can't trade.
+  if (call.pool.looks_ahead) return call.fail(status_signal_looks_ahead);
+  if (call.variable.shape == nullptr) make_record(call);
+  if (call.scan) return status_ok;
+
+  double condition = 0.0;
+  if (!call.argument(0).text.empty()) {
+    condition = null_value;
+    const int status = call.evaluate(0, condition);
+    if (status != status_ok) return status;
+  }
+  const bool holds = to_int(condition) != 0;
+  if (holds && call.pool.fire_signals) fire(call, action);
+  call.table().set_cell(call.row, call.variable.aux_column_indexes[0], holds ? 1.0 : 0.0);
+  return status_ok;
+}
+
+/// All seven words; the host tells them apart by the action code.
+template <uint32_t action>
+class TradeSignal : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override { return execute_signal(call, action); }
+};
+
+class BK final : public TradeSignal<0> {
+  using TradeSignal::TradeSignal;
+};
+class BP final : public TradeSignal<1> {
+  using TradeSignal::TradeSignal;
+};
+class SK final : public TradeSignal<2> {
+  using TradeSignal::TradeSignal;
+};
+class SP final : public TradeSignal<3> {
+  using TradeSignal::TradeSignal;
+};
+class BPK final : public TradeSignal<4> {
+  using TradeSignal::TradeSignal;
+};
+class SPK final : public TradeSignal<5> {
+  using TradeSignal::TradeSignal;
+};
+class CLOSEOUT final : public TradeSignal<6> {
+  using TradeSignal::TradeSignal;
+};
+
+constexpr WordRow words[] = {
+    word_row<BK>("BK"),
+    word_row<BP>("BP"),
+    word_row<SK>("SK"),
+    word_row<SP>("SP"),
+    word_row<BPK>("BPK"),
+    word_row<SPK>("SPK"),
+    word_row<CLOSEOUT>("CLOSEOUT"),
+};
+
+}  // namespace
+
+std::span<const WordRow> trade_signal_words() { return words; }
+
+}  // namespace quor
