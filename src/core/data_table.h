@@ -43,7 +43,7 @@ struct RowBatch {
 /// ascending keys; row indexes move when a row is inserted before them.
 class DataTable {
  public:
-  /// Ids from here up belong to lines and calls, ids below to the host's fields.
+  /// The first id that lines and calls get. The common fields of a host lie below.
   static constexpr uint32_t first_auxiliary_id = 20000;
 
   int32_t row_count() const { return static_cast<int32_t>(keys_.size()); }
