@@ -1,4 +1,6 @@
 // References to other securities, other periods and realtime quotes.
+#include "compiler/data_references.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -163,6 +165,16 @@ constexpr RefusedCase refused[] = {
     {"RGB(1,2,3)+RGB(1,2,4)+GETPRICE", 4000, "invalid string position"},
 };
 INSTANTIATE_TEST_SUITE_P(Statements, RefusedReference, testing::ValuesIn(refused));
+
+TEST(DataReferences, ASingleDoubleQuoteIsOpen) {
+  quor::DataPoolCenter pool;
+  quor::CalculateCenter calculator(pool);
+  quor::CompileContext context(pool, calculator);
+  std::string slot = "A:\"600000$CLOSE";
+  std::string error;
+  EXPECT_EQ(quor::resolve_quoted_reference(context, slot, {4, error}), 5);
+  EXPECT_EQ(error, "ErrLine.4");
+}
 
 TEST(DataReferences, AChangedScriptDoesNotReadTheColumnOfTheOneBefore) {
   TestHost host;

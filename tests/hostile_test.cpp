@@ -36,6 +36,22 @@ class Noise {
     return text;
   }
 
+  /// Pieces of the older forms, whose passes cut and join the text of a statement.
+  std::string short_forms(size_t most) {
+    static const std::string forms[] = {
+        "RGB(1,2,3)", "RGB(",   "SOUND(",        "ICON(1,",  "ICON(",      "WORD(1,",
+        "CJLVOL(0)",  "STICK",  "CROSSDOT",      "NOTICE('", "NOTICE",     "BK",
+        "HHV(C,2)",   "IF(",    "CLOSEOUT(2)",   "NEW",      "GETPRICE('", "GETSTOCKPRICE(",
+        "DAY$1$C",    "MIN$5$", "SETSTYLECOLOR("};
+    static const std::string signs[] = {"C>O", ",", ":", "=", "'", "'x'", "\"", "$", ")", "-"};
+    std::string text;
+    for (auto count = random_() % most; count > 0; --count) {
+      text += random_() % 2 == 0 ? forms[random_() % std::size(forms)]
+                                 : signs[random_() % std::size(signs)];
+    }
+    return text;
+  }
+
   size_t below(size_t limit) { return random_() % limit; }
 
  private:
@@ -66,6 +82,14 @@ TEST(Hostile, RandomBytes) {
   for (int i = 0; i < 300; ++i) {
     TestHost host;
     play(host, noise.bytes(200), noise.bytes(60), noise.bytes(60), noise.bytes(60));
+  }
+}
+
+TEST(Hostile, RandomShortForms) {
+  Noise noise(3);
+  TestHost host;
+  for (int i = 0; i < 3000; ++i) {
+    play(host, noise.short_forms(8) + ";A:" + noise.short_forms(10) + ";", "", "", "");
   }
 }
 
