@@ -38,6 +38,18 @@ bool DataPoolCenter::in_trading_time() const {
   return trade_time_callback(unix_time(), market.c_str(), security.c_str()) != 0;
 }
 
+void DataPoolCenter::refresh_extra_data() {
+  if (!extra_data_stale) return;
+  const auto ask = [this](const char* key) {
+    if (extra_data_callback == nullptr) return null_value;
+    return extra_data_callback(key, market.c_str(), security.c_str());
+  };
+  min_price = ask("MINPRICE");
+  unit = ask("UNIT");
+  share_count_per_unit = ask("SHARECOUNTPERUNIT");
+  extra_data_stale = is_null(min_price);
+}
+
 std::string DataPoolCenter::auto_line_name() {
   return "EMPTY_LINE_NAME_RESERVED" + std::to_string(++empty_line_counter);
 }

@@ -50,6 +50,10 @@ class DataPoolCenter {
   /// Asks the host whether the security trades now; false without a callback.
   bool in_trading_time() const;
 
+  /// Asks the host for the three market constants if they are stale. They stay stale while the host
+  /// has no `min_price`, so that the next bar asks again.
+  void refresh_extra_data();
+
   /// Raises the look-back that the report tells; a negative count changes nothing.
   void raise_period(int32_t count) { max_period_count = std::max(max_period_count, count); }
 

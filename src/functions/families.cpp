@@ -5,12 +5,16 @@ namespace {
 
 // clang-format off
 constexpr Family families[] = {
+    arithmetic_words,
+    comparison_words,
+    branching_words,
     moving_average_words,
     reference_words,
     straight_line_words,
     trade_signal_words,
     notice_words,
     sound_words,
+    market_data_words,
     polyline_words,
     text_words,
     number_words,

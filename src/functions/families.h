@@ -9,12 +9,16 @@ namespace quor {
 
 using Family = std::span<const WordRow> (*)();
 
+std::span<const WordRow> arithmetic_words();
+std::span<const WordRow> comparison_words();
+std::span<const WordRow> branching_words();
 std::span<const WordRow> moving_average_words();
 std::span<const WordRow> reference_words();
 std::span<const WordRow> straight_line_words();
 std::span<const WordRow> trade_signal_words();
 std::span<const WordRow> notice_words();
 std::span<const WordRow> sound_words();
+std::span<const WordRow> market_data_words();
 std::span<const WordRow> polyline_words();
 std::span<const WordRow> text_words();
 std::span<const WordRow> number_words();

@@ -1,0 +1,183 @@
+// Arithmetic on the values of one bar, a weighted sum over some, and random numbers. A fault such
+// as the root of a negative number gives NaN, which is null from there on.
+#include <cmath>
+#include <cstdint>
+#include <optional>
+
+#include "core/data_pool_center.h"
+#include "functions/families.h"
+#include "functions/one_bar.h"
+#include "functions/series.h"
+#include "platform/random.h"
+
+namespace quor {
+namespace {
+
+using ABS = OneArgument<[](double x) { return std::fabs(x); }>;
+using ACOS = OneArgument<[](double x) { return std::acos(x); }>;
+using ASIN = OneArgument<[](double x) { return std::asin(x); }>;
+using ATAN = OneArgument<[](double x) { return std::atan(x); }>;
+using COS = OneArgument<[](double x) { return std::cos(x); }>;
+using SIN = OneArgument<[](double x) { return std::sin(x); }>;
+using TAN = OneArgument<[](double x) { return std::tan(x); }>;
+using EXP = OneArgument<[](double x) { return std::exp(x); }>;
+using LN = OneArgument<[](double x) { return std::log(x); }>;
+using LOG10 = OneArgument<[](double x) { return std::log10(x); }>;
+using SQRT = OneArgument<[](double x) { return std::sqrt(x); }>;
+using CEILING = OneArgument<[](double x) { return std::ceil(x); }>;
+using FLOOR = OneArgument<[](double x) { return std::floor(x); }>;
+/// Bound to 32 bits: a null gives -2147483648.
+using INTPART = OneArgument<[](double x) { return static_cast<double>(to_int(x)); }>;
+using FRACPART = OneArgument<[](double x) { return x - std::trunc(x); }>;
+using REVERSE = OneArgument<[](double x) { return -x; }>;
+using SQUARE = OneArgument<[](double x) { return x * x; }>;
+using CUBE = OneArgument<[](double x) { return std::pow(x, 3.0); }>;
+
+/// 0 and null leave the caller's start value.
+std::optional<double> sign_of(double x) {
+  if (x > 0) return 1.0;
+  if (x < 0) return -1.0;
+  return std::nullopt;
+}
+using SIGN = OneArgument<sign_of>;
+
+using POW = TwoArguments<[](double base, double exponent) { return std::pow(base, exponent); }>;
+
+/// A divisor of exactly 0 writes nothing, one that truncates to 0 gives 0.
+using MOD = TwoArguments<[](double dividend, double divisor) -> std::optional<double> {
+  if (divisor == 0.0) return std::nullopt;
+  return remainder_of(to_int(dividend), to_int(divisor));
+}>;
+
+/// Without a base the decimal logarithm, as a quotient. Unlike `LN` and `LOG10` it gives null for
+/// 0. A base of 0 is let through.
+class LOG final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  int execute(const Call& call) const override {
+    if (call.scan) return check_count(call, 1, 2);
+    double x = null_value;
+    int status = call.evaluate(0, x);
+    if (status != status_ok) return status;
+    call.result = null_value;
+    if (!(x > 0)) return status_ok;
+    double base = 10.0;
+    if (call.argument_count() > 1) {
+      base = null_value;
+      status = call.evaluate(1, base);
+      if (status != status_ok) return status;
+      if (base == 1.0 || !(base >= 0)) return status_ok;
+    }
+    call.result = std::log(x) / std::log(base);
+    return status_ok;
+  }
+};
+
+/// Halves round away from zero.
+class ROUND final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  int execute(const Call& call) const override {
+    if (call.scan) return check_count(call, 1, 2);
+    double x = null_value;
+    int status = call.evaluate(0, x);
+    if (status != status_ok) return status;
+    if (call.argument_count() < 2) {
+      call.result = std::round(x);
+      return status_ok;
+    }
+    double digits = null_value;
+    status = call.evaluate(1, digits);
+    if (status != status_ok) return status;
+    call.result = to_digits(x, digits);
+    return status_ok;
+  }
+
+ private:
+  /// The digits are not truncated. Null digits give null.
+  static double to_digits(double x, double digits) {
+    if (digits >= 0) {
+      const double scale = std::pow(10.0, digits);
+      return std::round(scale * x) / scale;
+    }
+    const double unit = std::pow(10.0, -digits);
+    return std::round(x / unit) * unit;
+  }
+};
+
+/// 1^M * oldest + 2^M * next + ... + N^M * newest over N bars.
+class NUMPOW final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  int execute(const Call& call) const override {
+    if (call.scan && call.argument_count() != 3) return call.wrong_count();
+    double period = null_value;
+    int status = call.evaluate(1, period);
+    if (status != status_ok) return status;
+    const int32_t count = to_int(period);
+    if (call.scan) {
+      call.pool.raise_period(count);
+      return status_ok;
+    }
+    if (call.row < count) {
+      call.result = null_value;
+      return status_ok;
+    }
+    double exponent = null_value;
+    status = call.evaluate(2, exponent);
+    if (status != status_ok) return status;
+    double x = null_value;
+    status = call.evaluate(0, x);
+    if (status != status_ok) return status;
+    const int32_t column = store_in_own_column(call, call.argument(0), x);
+    call.result = weighted_sum(call.table().window(column, call.row, count), exponent);
+    return status_ok;
+  }
+
+ private:
+  static double weighted_sum(const Window& window, double exponent) {
+    double sum = 0.0;
+    for (size_t i = 0; i < window.size(); ++i) {
+      sum += std::pow(static_cast<double>(i + 1), exponent) * window[i];
+    }
+    return sum;
+  }
+};
+
+/// Uniform from 0 to `most`, both included. A negative bound counts as the unsigned number with its
+/// bits.
+int32_t random_up_to(int32_t most) {
+  const uint32_t span = static_cast<uint32_t>(most) + 1;
+  if (span == 0) return static_cast<int32_t>(random_word());
+  // Words below 2^32 mod `span` would favour small remainders. At least half of all words pass.
+  const uint32_t surplus = (0 - span) % span;
+  uint32_t word = random_word();
+  while (word < surplus) word = random_word();
+  return static_cast<int32_t>(word % span);
+}
+
+/// Draws from 0 to N + 1, anew at every evaluation.
+using RAND = OneArgument<[](double n) {
+  return static_cast<double>(random_up_to(wrapping_add(to_int(n), 1)));
+}>;
+
+constexpr WordRow words[] = {
+    word_row<ABS>("ABS"),         word_row<ACOS>("ACOS"),       word_row<ASIN>("ASIN"),
+    word_row<ATAN>("ATAN"),       word_row<COS>("COS"),         word_row<SIN>("SIN"),
+    word_row<TAN>("TAN"),         word_row<EXP>("EXP"),         word_row<LN>("LN"),
+    word_row<LOG10>("LOG10"),     word_row<SQRT>("SQRT"),       word_row<CEILING>("CEILING"),
+    word_row<FLOOR>("FLOOR"),     word_row<INTPART>("INTPART"), word_row<FRACPART>("FRACPART"),
+    word_row<REVERSE>("REVERSE"), word_row<SQUARE>("SQUARE"),   word_row<CUBE>("CUBE"),
+    word_row<SIGN>("SIGN"),       word_row<POW>("POW"),         word_row<MOD>("MOD"),
+    word_row<LOG>("LOG"),         word_row<ROUND>("ROUND"),     word_row<NUMPOW>("NUMPOW"),
+    word_row<RAND>("RAND"),
+};
+
+}  // namespace
+
+std::span<const WordRow> arithmetic_words() { return words; }
+
+}  // namespace quor

@@ -1,0 +1,94 @@
+// Words that compare: extremes of the arguments, truths about them and about the bar's candle, and
+// the null itself. A comparison with a null is false.
+#include <limits>
+
+#include "core/data_pool_center.h"
+#include "functions/families.h"
+#include "functions/one_bar.h"
+#include "tables/field_table.h"
+
+namespace quor {
+namespace {
+
+constexpr auto above = [](double a, double b) { return a > b; };
+constexpr auto below = [](double a, double b) { return a < b; };
+constexpr auto equal = [](double a, double b) { return a == b; };
+
+/// A null as the second argument is passed over, as the first it stays.
+using MAX = TwoArguments<[](double a, double b) { return a < b ? b : a; }>;
+using MIN = TwoArguments<[](double a, double b) { return b < a ? b : a; }>;
+
+using NOT = OneArgument<[](double x) { return x == 0.0; }>;
+using ISNULL = OneArgument<[](double x) { return is_null(x); }>;
+using BETWEEN = ThreeArguments<[](double x, double a, double b) { return a <= x && x <= b; }>;
+using RANGE = ThreeArguments<[](double x, double a, double b) { return a < x && x < b; }>;
+
+/// The argument that is ahead of all others. Nulls are passed over; with nothing left the answer is
+/// the finite number that is behind every other.
+template <auto is_ahead>
+class ExtremeOfArguments final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  int execute(const Call& call) const override {
+    if (call.scan) return status_ok;
+    double extreme = is_ahead(1.0, 0.0) ? -greatest : greatest;
+    for (size_t i = 0; i < call.argument_count(); ++i) {
+      double x = null_value;
+      const int status = call.evaluate(i, x);
+      if (status != status_ok) return status;
+      if (is_ahead(x, extreme)) extreme = x;
+    }
+    call.result = extreme;
+    return status_ok;
+  }
+
+ private:
+  static constexpr double greatest = std::numeric_limits<double>::max();
+};
+using MAX1 = ExtremeOfArguments<above>;
+using MIN1 = ExtremeOfArguments<below>;
+
+/// How the bar's close stands to its open.
+template <auto compare>
+class CloseAgainstOpen final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  int execute(const Call& call) const override {
+    if (call.scan) return status_ok;
+    const DataTable& table = call.table();
+    call.result = compare(table.value_at(call.row, close_column_id),
+                          table.value_at(call.row, open_column_id));
+    return status_ok;
+  }
+};
+using ISUP = CloseAgainstOpen<above>;
+using ISDOWN = CloseAgainstOpen<below>;
+using ISEQUAL = CloseAgainstOpen<equal>;
+
+/// `NULL` is a macro.
+class NULL_FUNC final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  int execute(const Call& call) const override {
+    call.result = null_value;
+    return status_ok;
+  }
+};
+using DRAWNULL = NULL_FUNC;
+
+constexpr WordRow words[] = {
+    word_row<MAX>("MAX"),           word_row<MIN>("MIN"),         word_row<NOT>("NOT"),
+    word_row<ISNULL>("ISNULL"),     word_row<BETWEEN>("BETWEEN"), word_row<RANGE>("RANGE"),
+    word_row<MAX1>("MAX1"),         word_row<MIN1>("MIN1"),       word_row<ISUP>("ISUP"),
+    word_row<ISDOWN>("ISDOWN"),     word_row<ISEQUAL>("ISEQUAL"), word_row<NULL_FUNC>("NULL"),
+    word_row<DRAWNULL>("DRAWNULL"),
+};
+
+}  // namespace
+
+std::span<const WordRow> comparison_words() { return words; }
+
+}  // namespace quor

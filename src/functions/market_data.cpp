@@ -1,0 +1,117 @@
+// Words about the security: where its chips lie, its code, and what the host knows of its market.
+#include <algorithm>
+#include <string_view>
+
+#include "core/calculate_center.h"
+#include "core/data_pool_center.h"
+#include "functions/chip_distribution.h"
+#include "functions/families.h"
+#include "functions/one_bar.h"
+#include "tables/field_table.h"
+
+namespace quor {
+namespace {
+
+/// Markets of indices, whose points are counted whole.
+constexpr std::string_view whole_tick_markets[] = {"USHI", "USZI", "UZZI"};
+
+/// The distribution at the bar of a call, from an empty one, so that a bar's answer doesn't depend
+/// on how often it was asked. To be made after the call's arguments are evaluated.
+ChipDistribution chips_at(const Call& call) {
+  const auto column = [&call](uint32_t id) {
+    return call.table().column_window(id, call.row, ChipBars::most);
+  };
+  const bool whole = std::ranges::count(whole_tick_markets, call.pool.market) != 0;
+  return {whole ? Tick::whole : Tick::hundredth,
+          {column(high_column_id), column(low_column_id), column(volume_column_id),
+           column(amount_column_id)},
+          call.calculator.scratch().cloud};
+}
+
+/// The price below which P percent of the chips lie.
+class COST final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  int execute(const Call& call) const override {
+    if (call.scan) return check_count(call, 1, 1);
+    double percent = null_value;
+    const int status = call.evaluate(0, percent);
+    if (status != status_ok) return status;
+    call.result = price_at(call, percent);
+    return status_ok;
+  }
+
+ private:
+  static double price_at(const Call& call, double percent) {
+    if (is_null(percent)) return 0.0;
+    if (percent >= 100.0 || percent <= 0.0) return null_value;
+    const ChipDistribution chips = chips_at(call);
+    return chips.empty() ? 0.0 : chips.price_of_share(percent);
+  }
+};
+
+/// The share of the chips that lie at or below price P.
+class WINNER final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  int execute(const Call& call) const override {
+    if (call.scan && call.argument_count() != 1) return call.wrong_count();
+    if (call.table().row_count() == 0) {
+      call.result = null_value;
+      return status_ok;
+    }
+    if (call.scan) return status_ok;
+    double price = null_value;
+    const int status = call.evaluate(0, price);
+    if (status != status_ok) return status;
+    const ChipDistribution chips = chips_at(call);
+    call.result = chips.empty() ? 0.0 : chips.share_up_to(price);
+    return status_ok;
+  }
+};
+
+class CODELIKE final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  int execute(const Call& call) const override {
+    if (call.scan) return check_count(call, 1, 1);
+    call.result = call.pool.security.starts_with(call.argument_text(0));
+    return status_ok;
+  }
+};
+
+/// A number that only the host knows.
+template <double DataPoolCenter::*constant>
+class MarketConstant final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  int execute(const Call& call) const override {
+    if (call.scan) {
+      call.pool.needs_extra_data = true;
+      call.result = null_value;
+      return status_ok;
+    }
+    call.pool.refresh_extra_data();
+    call.result = call.pool.*constant;
+    return status_ok;
+  }
+};
+using MINPRICE = MarketConstant<&DataPoolCenter::min_price>;
+using UNIT = MarketConstant<&DataPoolCenter::unit>;
+using SHARECOUNTPERUNIT = MarketConstant<&DataPoolCenter::share_count_per_unit>;
+
+constexpr WordRow words[] = {
+    word_row<COST>("COST"),         word_row<WINNER>("WINNER"),
+    word_row<CODELIKE>("CODELIKE"), word_row<MINPRICE>("MINPRICE"),
+    word_row<UNIT>("UNIT"),         word_row<SHARECOUNTPERUNIT>("SHARECOUNTPERUNIT"),
+};
+
+}  // namespace
+
+std::span<const WordRow> market_data_words() { return words; }
+
+}  // namespace quor

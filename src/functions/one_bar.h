@@ -1,0 +1,54 @@
+// The shape of a word that combines the values of its arguments at one bar and keeps no state.
+#pragma once
+
+#include <array>
+#include <concepts>
+#include <cstddef>
+#include <optional>
+#include <tuple>
+
+#include "core/status.h"
+#include "core/value.h"
+#include "functions/base_func.h"
+
+namespace quor {
+
+/// The scan of a word that needs nothing: status 7 for a count outside the range.
+inline int check_count(const Call& call, size_t least, size_t most) {
+  const size_t count = call.argument_count();
+  return count >= least && count <= most ? status_ok : call.wrong_count();
+}
+
+/// Evaluates `count` arguments in order and writes what `function` makes of them, a number or a
+/// truth. A function that gives an empty optional leaves the caller's start value.
+template <size_t count, auto function>
+class OneBar final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  int execute(const Call& call) const override {
+    if (call.scan) return check_count(call, count, count);
+    std::array<double, count> values;
+    values.fill(null_value);
+    for (size_t i = 0; i < count; ++i) {
+      const int status = call.evaluate(i, values[i]);
+      if (status != status_ok) return status;
+    }
+    const auto value = std::apply(function, values);
+    if constexpr (std::same_as<decltype(value), const std::optional<double>>) {
+      call.result = value.value_or(call.result);
+    } else {
+      call.result = value;
+    }
+    return status_ok;
+  }
+};
+
+template <auto function>
+using OneArgument = OneBar<1, function>;
+template <auto function>
+using TwoArguments = OneBar<2, function>;
+template <auto function>
+using ThreeArguments = OneBar<3, function>;
+
+}  // namespace quor
