@@ -4,6 +4,7 @@ namespace quor {
 namespace {
 
 // clang-format off
+// clang-format off: one a line
 constexpr Family families[] = {
     arithmetic_words,
     comparison_words,
@@ -15,6 +16,14 @@ constexpr Family families[] = {
     notice_words,
     sound_words,
     market_data_words,
+    bar_position_words,
+    event_distance_words,
+    stretch_words,
+    signal_mark_words,
+    zigzag_words,
+    wave_words,
+    sar_words,
+    divergence_words,
     polyline_words,
     text_words,
     number_words,

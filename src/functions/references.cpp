@@ -1,8 +1,6 @@
 // Values of other bars, and what a script stores for itself.
-#include "core/calculate_center.h"
-#include "core/data_pool_center.h"
-#include "core/status.h"
 #include "functions/families.h"
+#include "functions/row_words.h"
 
 namespace quor {
 namespace {
@@ -10,17 +8,10 @@ namespace {
 constexpr size_t series_argument = 0;
 constexpr size_t period_argument = 1;
 
-int raise_period_of(const Call& call) {
-  double period = null_value;
-  const int status = call.evaluate(period_argument, period);
-  if (status == status_ok) call.pool.raise_period(to_int(period));
-  return status;
-}
-
 /// X as many bars before (`sign` -1) or behind (`sign` 1) this one as N says; null outside the
 /// table.
 int value_at_distance(const Call& call, int sign) {
-  if (call.scan) return call.argument_count() == 2 ? raise_period_of(call) : call.wrong_count();
+  if (call.scan) return scan_period(call, 2, period_argument);
   double period = null_value;
   const int status = call.evaluate(period_argument, period);
   if (status != status_ok) return status;
@@ -47,7 +38,7 @@ class REFX1 final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
   int execute(const Call& call) const override {
-    if (call.scan) return call.argument_count() == 2 ? status_ok : call.wrong_count();
+    if (call.scan) return scan_count(call, 2);
     double period = null_value;
     const int status = call.evaluate(period_argument, period);
     if (status != status_ok) return status;
@@ -67,15 +58,10 @@ class VALUEWHEN final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
   int execute(const Call& call) const override {
-    if (call.scan) return call.argument_count() == 2 ? status_ok : call.wrong_count();
+    if (call.scan) return scan_count(call, 2);
     call.result = null_value;
-    for (int32_t row = call.row; row >= 0; --row) {
-      double condition = null_value;
-      call.evaluate_at(0, row, condition);
-      if (to_int(condition) != 1) continue;
-      call.evaluate_at(1, row, call.result);
-      break;
-    }
+    const int32_t row = newest_hit(call, 0);
+    if (row >= 0) call.evaluate_at(1, row, call.result);
     return status_ok;
   }
 };
@@ -84,7 +70,7 @@ class GET final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
   int execute(const Call& call) const override {
-    if (call.scan) return call.argument_count() == 1 ? status_ok : call.wrong_count();
+    if (call.scan) return scan_count(call, 1);
     call.result = null_value;
     return call.evaluate(0, call.result);
   }

@@ -12,6 +12,14 @@ int32_t store_in_aux(const Call& call, const Variable& argument, Variable& holde
 
 }  // namespace
 
+void ensure_result_column(const Call& call) {
+  Variable& variable = call.variable;
+  if (variable.has_column()) return;
+  variable.reserve_aux_columns(1);
+  variable.column_id = variable.aux_column_ids[0];
+  variable.column_index = variable.aux_column_indexes[0];
+}
+
 int32_t store_in_own_column(const Call& call, Variable& argument, double value) {
   if (!argument.has_column()) {
     call.variable.reserve_aux_columns(1);

@@ -7,6 +7,9 @@
 
 namespace quor {
 
+/// Gives the call a column of its own unless it has one: its only auxiliary column.
+void ensure_result_column(const Call& call);
+
 /// Form A: the argument's own column, or one that the call reserves and hands to the argument, so
 /// that later bars find it. Stores the argument's value of this bar there in both cases. Gives the
 /// column's index.

@@ -1,0 +1,208 @@
+// How many bars lie between this bar and an event.
+#include <cmath>
+#include <cstdlib>
+
+#include "functions/families.h"
+#include "functions/row_words.h"
+#include "functions/window_extremes.h"
+#include "tables/field_table.h"
+
+namespace quor {
+namespace {
+
+/// Bars since X last held. Without a hit the caller's start value stands.
+class BARSLAST final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_count(call, 1);
+    const int32_t row = newest_hit(call, 0);
+    if (row >= 0) call.result = call.row - row;
+    return status_ok;
+  }
+};
+
+/// For how many bars X has held without a break.
+class BARSLASTCOUNT final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_count(call, 1);
+    int32_t row = call.row;
+    for (; row >= 0; --row) {
+      double value = null_value;
+      const int status = call.evaluate_at(0, row, value);
+      if (status != status_ok) return status;
+      if (value != 1.0) break;
+    }
+    call.result = call.row - row;
+    return status_ok;
+  }
+};
+
+/// Bars since X first held. Counts on the statement that holds the call: its column has the
+/// previous result.
+class BARSSINCE final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_count(call, 1);
+    const double before = call.table().cell(call.row - 1, call.variable.owner_column_index);
+    if (!is_null(before)) {
+      call.result = before + 1.0;
+      return status_ok;
+    }
+    double value = null_value;
+    const int status = call.evaluate(0, value);
+    if (status == status_ok) call.result = value == 1.0 ? 0.0 : null_value;
+    return status;
+  }
+};
+
+/// Bars since X first held within the last N bars.
+class BARSSINCEN final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_count(call, 2);
+    double period = null_value;
+    int status = call.evaluate(1, period);
+    if (status != status_ok) return status;
+    call.result = null_value;
+    if (!(period > 0.0)) return status_ok;
+    for (int32_t row = first_row(call.row, period); row <= call.row; ++row) {
+      double value = null_value;
+      status = call.evaluate_at(0, row, value);
+      if (status != status_ok) return status;
+      if (value != 1.0) continue;
+      call.result = call.row - row;
+      return status_ok;
+    }
+    return status_ok;
+  }
+
+ private:
+  static int32_t first_row(int32_t row, double period) {
+    return row - period + 1.0 >= 0.0 ? row - to_int(period) + 1 : 0;
+  }
+};
+
+/// The distance between the last bar at which A held and the last at which B held.
+class CONDBARS final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_count(call, 2);
+    int32_t hits[] = {no_hit, no_hit};
+    for (int32_t row = call.row; row >= 0; --row) {
+      for (size_t position = 0; position < 2; ++position) {
+        const int status = note_hit(call, position, row, hits[position]);
+        if (status != status_ok) return status;
+      }
+      if (hits[0] == no_hit || hits[1] == no_hit) continue;
+      call.result = std::abs(hits[0] - hits[1]);
+      return status_ok;
+    }
+    call.result = 0.0;
+    return status_ok;
+  }
+
+ private:
+  static constexpr int32_t no_hit = -1;
+
+  static int note_hit(const Call& call, size_t position, int32_t row, int32_t& hit) {
+    if (hit != no_hit) return status_ok;
+    double value = null_value;
+    const int status = call.evaluate_at(position, row, value);
+    if (value == 1.0) hit = row;
+    return status;
+  }
+};
+
+/// How many of the last bars it takes for X to sum up to A. Volumes are summed in lots of a
+/// hundred.
+class SUMBARS final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_count(call, 2);
+    double goal = null_value;
+    int status = call.evaluate(1, goal);
+    if (status != status_ok) return status;
+    call.result = null_value;
+    if (!(goal > 0.0)) return status_ok;
+    const bool in_lots = call.argument(0).column_id == volume_column_id;
+    double sum = 0.0;
+    for (int32_t row = call.row; row >= 0; --row) {
+      double value = null_value;
+      status = call.evaluate_at(0, row, value);
+      if (status != status_ok) return status;
+      sum += value;
+      if (!((in_lots ? sum / 100.0 : sum) >= goal)) continue;
+      call.result = call.row - row + 1;
+      return status_ok;
+    }
+    return status_ok;
+  }
+};
+
+/// The distance to the N-th earlier bar of a series that stands beyond the first argument's value
+/// of this bar.
+template <Extreme extreme, size_t series_argument>
+class DistanceToBeyond : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const final {
+    constexpr size_t period_argument = series_argument + 1;
+    if (call.scan) return scan_count(call, period_argument + 1);
+    call.result = null_value;
+    if (call.row == 0) return status_ok;
+    double threshold = null_value;
+    int status = call.evaluate(0, threshold);
+    if (status != status_ok) return status;
+    double period = null_value;
+    status = call.evaluate(period_argument, period);
+    if (status != status_ok) return status;
+    const int32_t wanted = to_int(std::floor(period));
+    if (wanted >= 1) find(call, threshold, wanted);
+    return status_ok;
+  }
+
+ private:
+  static void find(const Call& call, double threshold, int32_t wanted) {
+    for (int32_t row = call.row - 1; row >= 0; --row) {
+      double value = null_value;
+      call.evaluate_at(series_argument, row, value);
+      if (!beats<extreme>(value, threshold) || --wanted > 0) continue;
+      call.result = call.row - row;
+      return;
+    }
+  }
+};
+
+class NEWHBARS final : public DistanceToBeyond<Extreme::greatest, 0> {
+  using DistanceToBeyond::DistanceToBeyond;
+};
+class NEWLBARS final : public DistanceToBeyond<Extreme::smallest, 0> {
+  using DistanceToBeyond::DistanceToBeyond;
+};
+class NEWHBARS1 final : public DistanceToBeyond<Extreme::greatest, 1> {
+  using DistanceToBeyond::DistanceToBeyond;
+};
+class NEWLBARS1 final : public DistanceToBeyond<Extreme::smallest, 1> {
+  using DistanceToBeyond::DistanceToBeyond;
+};
+
+constexpr WordRow words[] = {
+    word_row<BARSLAST>("BARSLAST"),   word_row<BARSLASTCOUNT>("BARSLASTCOUNT"),
+    word_row<BARSSINCE>("BARSSINCE"), word_row<BARSSINCEN>("BARSSINCEN"),
+    word_row<CONDBARS>("CONDBARS"),   word_row<SUMBARS>("SUMBARS"),
+    word_row<NEWHBARS>("NEWHBARS"),   word_row<NEWLBARS>("NEWLBARS"),
+    word_row<NEWHBARS1>("NEWHBARS1"), word_row<NEWLBARS1>("NEWLBARS1"),
+};
+
+}  // namespace
+
+std::span<const WordRow> event_distance_words() { return words; }
+
+}  // namespace quor

@@ -1,0 +1,171 @@
+// Signals held back after a signal, and bars marked before one.
+#include <algorithm>
+
+#include "functions/families.h"
+#include "functions/row_words.h"
+
+namespace quor {
+namespace {
+
+/// Lets a signal through and holds back those of the next N bars. The call's `value` is the row up
+/// to which signals are held back. A bar calculated again finds its own row there and repeats its
+/// answer. Row 0 starts over and never signals; a null counts as a signal.
+class FILTER final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_period(call, 2, 1);
+    if (call.row == 0) {
+      call.variable.value = 0.0;
+      call.result = 0.0;
+      return status_ok;
+    }
+    double period = null_value;
+    int status = call.evaluate(1, period);
+    if (status != status_ok) return status;
+    double signal = null_value;
+    status = call.evaluate(0, signal);
+    if (status == status_ok) call.result = pass(call, signal, to_int(period));
+    return status;
+  }
+
+ private:
+  static double pass(const Call& call, double signal, int32_t bars) {
+    if (bars < 0) bars = call.table().row_count();
+    const int32_t own_end = wrapping_add(call.row, bars);
+    const int32_t held_to = to_int(call.variable.value);
+    if (signal == 0.0) {
+      if (own_end == held_to) call.variable.value = 0.0;
+      return 0.0;
+    }
+    if (call.row <= held_to && own_end != held_to) return 0.0;
+    call.variable.value = own_end;
+    return 1.0;
+  }
+};
+
+/// The pass of BACKSET over all rows. A step is a row counted from where the walk starts: at the
+/// last row and downward, or at the first and upward.
+///
+/// A mark that a walk would set over and over is set once, so that the pass takes as many writes as
+/// there are rows whatever N says: `ahead_` and the runs remember what is marked already. The runs
+/// behind the walk lie on the scratch stack as pairs of a first and a last step, the nearest on
+/// top.
+class MarkingPass {
+ public:
+  MarkingPass(const Call& call, bool upward)
+      : call_(call),
+        table_(call.table()),
+        column_(call.variable.column_index),
+        last_(int64_t{call.table().row_count()} - 1),
+        upward_(upward),
+        runs_(call.calculator.scratch().values),
+        runs_begin_(runs_.size()) {}
+
+  int run() {
+    int status = status_ok;
+    for (int64_t step = 0; step <= last_ && status == status_ok; ++step) status = take(step);
+    runs_.resize(runs_begin_);
+    return status;
+  }
+
+ private:
+  int32_t row_of(int64_t step) const { return static_cast<int32_t>(upward_ ? step : last_ - step); }
+  void mark(int64_t step) { table_.set_cell(row_of(step), column_, 1.0); }
+
+  int take(int64_t step) {
+    const int32_t row = row_of(step);
+    double signal = 0.0;
+    int status = call_.evaluate_at(0, row, signal);
+    if (status != status_ok) return status;
+    double period = 0.0;
+    status = call_.evaluate_at(1, row, period);
+    if (status != status_ok) return status;
+    if (period == 0.0 || is_null(period)) {
+      table_.set_cell(row, column_, null_value);
+    } else if (signal != 0.0) {
+      mark_from(step, to_int(period));
+    } else if (table_.cell(row, column_) != 1.0) {
+      // A mark that a later bar has set survives.
+      table_.set_cell(row, column_, 0.0);
+    }
+    return status_ok;
+  }
+
+  /// Marks the bars that end at a row for positive counts, those that begin there for negative
+  /// ones.
+  void mark_from(int64_t step, int32_t bars) {
+    if (bars == 0) return;
+    const int64_t length = bars > 0 ? int64_t{bars} : -int64_t{bars};
+    if ((bars > 0) != upward_) {
+      mark_ahead(step, std::min(step + length - 1, last_));
+    } else {
+      mark_behind(std::max(step - length + 1, int64_t{0}), step);
+    }
+  }
+
+  void mark_ahead(int64_t step, int64_t last) {
+    mark(step);
+    for (int64_t at = std::max(step, ahead_) + 1; at <= last; ++at) mark(at);
+    ahead_ = std::max(ahead_, last);
+  }
+
+  void mark_behind(int64_t first, int64_t step) {
+    int64_t at = step;
+    while (at >= first) {
+      const bool has_run = runs_.size() > runs_begin_;
+      const int64_t run_last = has_run ? static_cast<int64_t>(runs_.back()) : -1;
+      for (; at >= first && at > run_last; --at) mark(at);
+      if (at < first) break;
+      at = static_cast<int64_t>(runs_[runs_.size() - 2]) - 1;
+      runs_.resize(runs_.size() - 2);
+    }
+    runs_.push_back(static_cast<double>(at + 1));
+    runs_.push_back(static_cast<double>(step));
+  }
+
+  const Call& call_;
+  DataTable& table_;
+  int32_t column_;
+  int64_t last_;
+  bool upward_;
+  int64_t ahead_ = -1;  ///< all steps behind the current one up to this one are marked
+  std::vector<double>& runs_;
+  size_t runs_begin_;
+};
+
+/// Marks the N bars that end at a bar where X holds. The column holds the marks, which one pass at
+/// row 0 sets; marks of an earlier run count as marks.
+class BACKSET final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan(call);
+    if (call.row == 0) {
+      double period = 0.0;
+      int status = call.evaluate(1, period);
+      if (status == status_ok) status = MarkingPass(call, period < 0.0).run();
+      if (status != status_ok) return status;
+    }
+    call.result = call.table().cell(call.row, call.variable.column_index);
+    return status_ok;
+  }
+
+ private:
+  static int scan(const Call& call) {
+    int status = scan_count(call, 2);
+    if (status != status_ok) return status;
+    double period = null_value;
+    status = call.evaluate_passing_scan(1, period);
+    if (status == status_ok) call.pool.raise_period(to_int(period));
+    return status;
+  }
+};
+
+constexpr WordRow words[] = {word_row<FILTER>("FILTER"), word_row<BACKSET>("BACKSET")};
+
+}  // namespace
+
+std::span<const WordRow> signal_mark_words() { return words; }
+
+}  // namespace quor

@@ -1,0 +1,112 @@
+// Bars that stand out from the N bars on each side of them.
+#include <algorithm>
+
+#include "functions/families.h"
+#include "functions/row_words.h"
+#include "functions/series.h"
+#include "functions/window_extremes.h"
+#include "tables/field_table.h"
+
+namespace quor {
+namespace {
+
+/// The outermost value from the bar next to `row` to the one at `offset`; nulls are passed over.
+/// Null if nothing was seen or if the side reaches out of the table.
+template <Extreme extreme, typename Source>
+double side_range(const Call& call, int64_t offset, const Source& source) {
+  const int64_t end = call.row + offset;
+  if (end < 0 || end >= call.table().row_count()) return null_value;
+  const int32_t step = offset > 0 ? 1 : -1;
+  double outermost = null_value;
+  for (int32_t row = call.row; row != end;) {
+    row += step;
+    const double value = source(row);
+    if (is_null(outermost) || beats<extreme>(value, outermost)) outermost = value;
+  }
+  return outermost;
+}
+
+template <Extreme extreme, typename Source>
+double stands_out(const Call& call, int32_t bars, double value, const Source& source) {
+  const bool left = beats<extreme>(value, side_range<extreme>(call, -int64_t{bars}, source));
+  const bool both = left && beats<extreme>(value, side_range<extreme>(call, bars, source));
+  return both ? 1.0 : 0.0;
+}
+
+/// The number of bars on each side; 0 gives null. In scan mode it is the look-back.
+int take_span(const Call& call, size_t position, int32_t& bars) {
+  double span = null_value;
+  const int status = call.evaluate_passing_scan(position, span);
+  if (status != status_ok) return status;
+  bars = is_null(span) ? 0 : to_int(span);
+  if (bars == 0) call.result = null_value;
+  if (call.scan && bars != 0) call.pool.raise_period(bars);
+  return status_ok;
+}
+
+template <Extreme extreme, uint32_t field_id>
+class FieldWave : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const final {
+    if (call.scan && scan_count(call, 1) != status_ok) return status_argument_count;
+    int32_t bars = 0;
+    const int status = take_span(call, 0, bars);
+    if (status != status_ok || call.scan || bars == 0) return status;
+    const DataTable& table = call.table();
+    const int32_t column = table.column_index_of(field_id);
+    const auto field = [&table, column](int32_t row) { return table.cell(row, column); };
+    call.result = stands_out<extreme>(call, bars, field(call.row), field);
+    return status_ok;
+  }
+};
+
+/// Takes a column for the call, already in scan mode, that it never fills.
+template <Extreme extreme>
+class SeriesWave : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const final {
+    if (call.scan && scan_count(call, 2) != status_ok) return status_argument_count;
+    ensure_result_column(call);
+    int32_t bars = 0;
+    int status = take_span(call, 1, bars);
+    if (status != status_ok || call.scan || bars == 0) return status;
+    double value = null_value;
+    status = call.evaluate(0, value);
+    if (status != status_ok) return status;
+    const auto series = [&call](int32_t row) {
+      double other = null_value;
+      call.evaluate_at(0, row, other);
+      return other;
+    };
+    call.result = stands_out<extreme>(call, bars, value, series);
+    return status_ok;
+  }
+};
+
+class WAVEPEAK final : public FieldWave<Extreme::greatest, high_column_id> {
+  using FieldWave::FieldWave;
+};
+class WAVEVALLEY final : public FieldWave<Extreme::smallest, low_column_id> {
+  using FieldWave::FieldWave;
+};
+class WAVEPEAK1 final : public SeriesWave<Extreme::greatest> {
+  using SeriesWave::SeriesWave;
+};
+class WAVEVALLEY1 final : public SeriesWave<Extreme::smallest> {
+  using SeriesWave::SeriesWave;
+};
+
+constexpr WordRow words[] = {
+    word_row<WAVEPEAK>("WAVEPEAK"),
+    word_row<WAVEPEAK1>("WAVEPEAK1"),
+    word_row<WAVEVALLEY>("WAVEVALLEY"),
+    word_row<WAVEVALLEY1>("WAVEVALLEY1"),
+};
+
+}  // namespace
+
+std::span<const WordRow> wave_words() { return words; }
+
+}  // namespace quor

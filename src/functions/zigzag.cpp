@@ -1,0 +1,267 @@
+// The zigzag line and its peaks and troughs.
+//
+// One pass at row 0 looks at all rows and leaves in columns of the call, per row: the row of the
+// running extreme, slope and intercept of the leg through a turn, a flag and the value at a turn.
+// Later rows only read. Nothing clears the columns before a pass: what an earlier run left at a row
+// that this one doesn't write stays.
+#include <cmath>
+
+#include "functions/families.h"
+#include "functions/row_words.h"
+
+namespace quor {
+namespace {
+
+enum AuxColumn : size_t {
+  turn_row_column,
+  slope_column,
+  intercept_column,
+  turn_flag_column,
+  turn_value_column,  ///< of the peak and trough words; ZIGZAG has it as its result column
+};
+
+enum class Direction { unknown, rising, falling };
+
+enum class StepResult { nothing, new_turn, moved_turn };
+
+/// A straight line by its slope and its value at row 0.
+struct Leg {
+  double slope = 0.0;
+  double intercept = 0.0;
+};
+
+/// Finds the turns of a series, bar by bar.
+class ZigzagTracker {
+ public:
+  /// A swing from the running extreme counts from `swing` on, in percent of it or as a distance.
+  ZigzagTracker(double swing, bool percent) : swing_(swing), percent_(percent) {}
+
+  double extreme_row() const { return extreme_row_; }
+
+  StepResult zig_step(int32_t row, double value, Leg& leg) {
+    if (row == 0) {
+      extreme_ = pivot_ = value;
+      direction_ = Direction::unknown;
+      leg.slope = null_value;
+      return StepResult::new_turn;
+    }
+    if (reaches_swing(value)) {
+      leg = leg_from(extreme_row_, extreme_, row, value);
+      const Direction direction = leg.slope >= 0.0 ? Direction::rising : Direction::falling;
+      if (direction_ != direction) {
+        direction_ = direction;
+        pivot_row_ = extreme_row_;
+        pivot_ = extreme_;
+        extreme_row_ = row;
+        extreme_ = value;
+        return StepResult::new_turn;
+      }
+    }
+    if ((direction_ == Direction::rising && value > extreme_) ||
+        (direction_ == Direction::falling && extreme_ > value)) {
+      extreme_ = value;
+      extreme_row_ = row;
+      leg = leg_from(pivot_row_, pivot_, row, value);
+      return StepResult::moved_turn;
+    }
+    leg = leg_from(extreme_row_, extreme_, row, value);
+    return StepResult::nothing;
+  }
+
+ private:
+  bool reaches_swing(double value) const {
+    const double distance = extreme_ - value;
+    return std::fabs(percent_ ? distance / extreme_ * 100.0 : distance) >= swing_;
+  }
+
+  static Leg leg_from(double from_row, double from, double row, double value) {
+    const double slope = (value - from) / (row - from_row);
+    return {slope, value - row * slope};
+  }
+
+  double swing_;
+  bool percent_;
+  // A null at row 0 passes the start over; then a rising leg from these zeros is taken as running.
+  Direction direction_ = Direction::rising;
+  double extreme_ = 0.0;
+  double extreme_row_ = 0.0;
+  double pivot_ = 0.0;
+  double pivot_row_ = 0.0;
+};
+
+/// The columns of one call: its auxiliary ones and the one for the values at the turns.
+class ZigzagColumns {
+ public:
+  ZigzagColumns(const Call& call, int32_t turn_value)
+      : table_(call.table()), aux_(call.variable.aux_column_indexes), turn_value_(turn_value) {}
+
+  double aux(int32_t row, AuxColumn column) const { return table_.cell(row, aux_[column]); }
+  double turn_value(int32_t row) const { return table_.cell(row, turn_value_); }
+
+  void set_extreme_row(int32_t row, double extreme_row) { set(row, turn_row_column, extreme_row); }
+  void set_value(int32_t row, double value) { table_.set_cell(row, turn_value_, value); }
+  void set_flag(int32_t row) { set(row, turn_flag_column, 1.0); }
+  void set_point(int32_t row, const Leg& leg, double value) {
+    set(row, slope_column, leg.slope);
+    set(row, intercept_column, leg.intercept);
+    set_value(row, value);
+  }
+  void clear_turn(int32_t row) {
+    set_point(row, {null_value, null_value}, null_value);
+    set(row, turn_flag_column, null_value);
+  }
+
+ private:
+  void set(int32_t row, AuxColumn column, double value) {
+    table_.set_cell(row, aux_[column], value);
+  }
+
+  DataTable& table_;
+  const std::vector<int32_t>& aux_;
+  int32_t turn_value_;
+};
+
+/// Takes one bar of the pass. The last row always holds a point of the line, with a flag only if it
+/// is a turn.
+void take_bar(ZigzagTracker& tracker, ZigzagColumns& columns, int32_t row, double value,
+              bool is_last) {
+  Leg leg;
+  const StepResult step = tracker.zig_step(row, value, leg);
+  columns.set_extreme_row(row, tracker.extreme_row());
+  if (step == StepResult::nothing && !is_last) {
+    columns.set_value(row, null_value);
+    return;
+  }
+  if (step == StepResult::moved_turn) {
+    columns.clear_turn(to_int(columns.aux(row - 1, turn_row_column)));
+  }
+  columns.set_point(row, leg, value);
+  if (step != StepResult::nothing) columns.set_flag(row);
+}
+
+/// Fills the columns at all rows. Gives false, and writes nothing, if the swing or its type is
+/// null.
+bool zigzag_pass(const Call& call, size_t type_argument, ZigzagColumns columns) {
+  double swing = null_value;
+  call.evaluate_at(1, 0, swing);
+  if (is_null(swing)) return false;
+  double type = null_value;
+  call.evaluate_at(type_argument, 0, type);
+  if (is_null(type)) return false;
+  ZigzagTracker tracker(std::fabs(swing), type == 1.0);
+  const int32_t rows = call.table().row_count();
+  for (int32_t row = 0; row < rows; ++row) {
+    double value = null_value;
+    call.evaluate_at(0, row, value);
+    if (!is_null(value)) take_bar(tracker, columns, row, value, row == rows - 1);
+  }
+  return true;
+}
+
+/// One more column where X has none of its own; nobody reads it, but hosts count column ids.
+void reserve_columns(const Call& call, int count) {
+  if (!call.variable.aux_column_ids.empty()) return;
+  call.variable.reserve_aux_columns(call.argument(0).has_column() ? count : count + 1);
+}
+
+/// ZIG has no working form; ZIGZAG is the word to use.
+class ZIG final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override { return call.fail(status_zig); }
+};
+
+/// The values at the turns and straight lines between them.
+class ZIGZAG final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const override {
+    if (call.scan) return scan_count(call, 3);
+    reserve_columns(call, 4);
+    ZigzagColumns columns(call, call.variable.column_index);
+    if (call.row == 0) {
+      if (!zigzag_pass(call, 2, columns)) {
+        call.result = null_value;
+        return status_ok;
+      }
+      draw_legs(columns, call.table().row_count());
+    }
+    call.result = columns.turn_value(call.row);
+    return status_ok;
+  }
+
+ private:
+  static void draw_legs(ZigzagColumns& columns, int32_t rows) {
+    int32_t last = 0;
+    for (int32_t row = 1; row < rows; ++row) {
+      if (is_null(columns.turn_value(row))) continue;
+      const double slope = columns.aux(row, slope_column);
+      const double intercept = columns.aux(row, intercept_column);
+      for (int32_t j = last + 1; j < row; ++j) columns.set_value(j, j * slope + intercept);
+      last = row;
+    }
+  }
+};
+
+enum class Turn { peak, trough };
+enum class Output { value, distance };
+
+/// The M-th last turn of one kind up to this bar. A peak ends a rising leg, a trough a falling one.
+template <Turn turn, Output output>
+class TurnWord : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+  int execute(const Call& call) const final {
+    if (call.scan) return scan_count(call, 4);
+    reserve_columns(call, 5);
+    const ZigzagColumns columns(call, call.variable.aux_column_indexes[turn_value_column]);
+    call.result = null_value;
+    if (call.row == 0 && !zigzag_pass(call, 3, columns)) return status_ok;
+    double wanted = null_value;
+    call.evaluate(2, wanted);
+    wanted = std::fabs(wanted);
+    find(call, columns, wanted == 0.0 ? 1.0 : wanted);
+    return status_ok;
+  }
+
+ private:
+  /// A fraction is never reached.
+  static void find(const Call& call, const ZigzagColumns& columns, double wanted) {
+    double hits = 0.0;
+    for (int32_t row = call.row; row >= 0; --row) {
+      if (!is_turn(columns, row) || ++hits != wanted) continue;
+      call.result = output == Output::value ? columns.turn_value(row) : call.row - row;
+      return;
+    }
+  }
+
+  static bool is_turn(const ZigzagColumns& columns, int32_t row) {
+    if (columns.aux(row, turn_flag_column) != 1.0) return false;
+    const double slope = columns.aux(row, slope_column);
+    return turn == Turn::peak ? slope > 0.0 : slope < 0.0;
+  }
+};
+
+class PEAK final : public TurnWord<Turn::peak, Output::value> {
+  using TurnWord::TurnWord;
+};
+class PEAKBARS final : public TurnWord<Turn::peak, Output::distance> {
+  using TurnWord::TurnWord;
+};
+class TROUGH final : public TurnWord<Turn::trough, Output::value> {
+  using TurnWord::TurnWord;
+};
+class TROUGHBARS final : public TurnWord<Turn::trough, Output::distance> {
+  using TurnWord::TurnWord;
+};
+
+constexpr WordRow words[] = {
+    word_row<ZIG>("ZIG"),           word_row<ZIGZAG>("ZIGZAG"), word_row<PEAK>("PEAK"),
+    word_row<PEAKBARS>("PEAKBARS"), word_row<TROUGH>("TROUGH"), word_row<TROUGHBARS>("TROUGHBARS"),
+};
+
+}  // namespace
+
+std::span<const WordRow> zigzag_words() { return words; }
+
+}  // namespace quor
