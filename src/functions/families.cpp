@@ -4,18 +4,16 @@ namespace quor {
 namespace {
 
 // clang-format off
-// clang-format off: one a line
 constexpr Family families[] = {
     arithmetic_words,
     comparison_words,
     branching_words,
     moving_average_words,
+    windowed_average_words,
+    window_statistic_words,
+    sample_statistic_words,
+    extreme_words,
     reference_words,
-    straight_line_words,
-    trade_signal_words,
-    notice_words,
-    sound_words,
-    market_data_words,
     bar_position_words,
     event_distance_words,
     stretch_words,
@@ -24,6 +22,13 @@ constexpr Family families[] = {
     wave_words,
     sar_words,
     divergence_words,
+    market_data_words,
+    date_words,
+    clock_words,
+    trade_signal_words,
+    notice_words,
+    sound_words,
+    straight_line_words,
     polyline_words,
     text_words,
     number_words,
@@ -32,10 +37,6 @@ constexpr Family families[] = {
     candle_words,
     area_words,
     analytical_words,
-    moving_average_words,   reference_words,        polyline_words,         moving_average_words,
-    windowed_average_words, window_statistic_words, sample_statistic_words, extreme_words,
-    date_words,
-    clock_words,
 };
 // clang-format on
 
