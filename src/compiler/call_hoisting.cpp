@@ -1,6 +1,8 @@
 #include "compiler/call_hoisting.h"
 
 #include <algorithm>
+#include <optional>
+#include <unordered_map>
 #include <vector>
 
 #include "compiler/expressions.h"
@@ -36,6 +38,58 @@ bool names_reserved_field(const DataPoolCenter& pool, std::string_view piece) {
          std::ranges::find(pool.reserved_list, piece, &Variable::text) != pool.reserved_list.end();
 }
 
+/// Where parentheses close, found without walking the text anew for every word.
+class Parentheses {
+ public:
+  explicit Parentheses(std::string_view text) : depth_before_(text.size() + 1) {
+    int depth = 0;
+    for (size_t at = 0; at < text.size(); ++at) {
+      depth_before_[at] = depth;
+      if (text[at] == '(') ++depth;
+      if (text[at] == ')') closings_[--depth].push_back(at);
+    }
+    depth_before_[text.size()] = depth;
+  }
+
+  /// The ")" that brings a count that starts with 0 at `from` back from 1 to 0.
+  std::optional<size_t> closing_behind(size_t from) const {
+    const auto level = closings_.find(depth_before_[from]);
+    if (level == closings_.end()) return std::nullopt;
+    const auto closing = std::ranges::lower_bound(level->second, from);
+    if (closing == level->second.end()) return std::nullopt;
+    return *closing;
+  }
+
+ private:
+  std::vector<int> depth_before_;                          ///< by position
+  std::unordered_map<int, std::vector<size_t>> closings_;  ///< by the depth behind them, ascending
+};
+
+/// Where a call of `word` starts: its first occurrence at or behind `from` that isn't the tail of a
+/// longer word. A bare word is found wherever it stands.
+size_t find_call_start(std::string_view text, std::string_view word, size_t from) {
+  size_t found = text.find(word, from);
+  if (BareFunctionSet.contains(word)) return found;
+  while (found != std::string_view::npos && found > 1 && is_capital(text[found - 1])) {
+    found = text.find(word, found + 1);
+  }
+  return found;
+}
+
+/// The extent of a call, as `find_call` tells it.
+bool locate_call(std::string_view text, const Parentheses& parentheses, std::string_view word,
+                 size_t from, size_t& start, size_t& end) {
+  const size_t found = find_call_start(text, word, from);
+  if (found == std::string_view::npos) return false;
+  const bool bare = BareFunctionSet.contains(word);
+  const auto closing =
+      bare ? std::optional(found + word.size()) : parentheses.closing_behind(found);
+  if (!closing) return false;
+  start = found;
+  end = *closing;
+  return true;
+}
+
 /// Hoists the calls of one text; arguments are texts of their own, one level deeper.
 class Hoisting {
  public:
@@ -67,6 +121,7 @@ class Hoisting {
   /// The calls at the top level of the text, in order.
   int collect(const std::string& text, std::vector<const BaseFunc*>& calls) {
     const std::string_view name = depth_ == 0 ? declared_name(text) : std::string_view();
+    const Parentheses parentheses(text);
     size_t greatest_end = 0;
     for (const Token& token : tokenize(text)) {
       if (token.text == end_token) break;
@@ -77,7 +132,7 @@ class Hoisting {
         if (function == nullptr) continue;
         size_t start = 0;
         size_t end = 0;
-        if (!find_call(text, piece, token.position, start, end)) {
+        if (!locate_call(text, parentheses, piece, token.position, start, end)) {
           return fail(status_parentheses_missing, piece);
         }
         if (end <= greatest_end) continue;
@@ -221,28 +276,7 @@ class Hoisting {
 
 bool find_call(std::string_view text, std::string_view word, size_t from, size_t& start,
                size_t& end) {
-  size_t found = text.find(word, from);
-  if (BareFunctionSet.contains(word)) {
-    if (found == std::string_view::npos) return false;
-    start = found;
-    end = found + word.size();
-    return true;
-  }
-  while (found != std::string_view::npos && found > 1 && is_capital(text[found - 1])) {
-    found = text.find(word, found + 1);
-  }
-  if (found == std::string_view::npos) return false;
-  int open = 0;
-  for (size_t at = found; at < text.size(); ++at) {
-    if (text[at] == '(') {
-      ++open;
-    } else if (text[at] == ')' && --open == 0) {
-      start = found;
-      end = at;
-      return true;
-    }
-  }
-  return false;
+  return locate_call(text, Parentheses(text), word, from, start, end);
 }
 
 int hoist_calls(CompileContext& context, std::string& text, int32_t line, uint32_t parent_column_id,

@@ -1,8 +1,18 @@
 #include "core/data_pool_center.h"
 
 #include "platform/clock.h"
+#include "text/numbers.h"
 
 namespace quor {
+namespace {
+
+std::string hidden_name(size_t index) {
+  std::string name = "~";
+  append_integer(name, static_cast<int64_t>(index));
+  return name;
+}
+
+}  // namespace
 
 Variable& DataPoolCenter::make_variable() {
   return *compiled_.emplace_back(std::make_unique<Variable>(*this));
@@ -12,7 +22,7 @@ Variable& DataPoolCenter::make_reserved_variable(std::string_view word, uint32_t
   Variable& variable = *reserved_.emplace_back(std::make_unique<Variable>(*this));
   variable.kind = VariableKind::field;
   variable.reserved = true;
-  variable.name = "~" + std::to_string(reserved_list.size());
+  variable.name = hidden_name(reserved_list.size());
   variable.text = word;
   variable.column_id = variable.declared_column_id = column_id;
   variable.set_elements({MathElement{}});
@@ -20,9 +30,7 @@ Variable& DataPoolCenter::make_reserved_variable(std::string_view word, uint32_t
   return variable;
 }
 
-std::string DataPoolCenter::next_hidden_name() const {
-  return "~" + std::to_string(hidden_name_count());
-}
+std::string DataPoolCenter::next_hidden_name() const { return hidden_name(hidden_name_count()); }
 
 void DataPoolCenter::set_extra_info(int32_t period_code, std::string_view new_security,
                                     std::string_view new_market, std::string_view time_zone) {
