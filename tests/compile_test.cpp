@@ -194,7 +194,7 @@ TEST(Compile, FieldWordsFollowPeriodAndMarket) {
 
 TEST(Compile, ArgumentsWithoutAColumnAreReadById) {
   TestHost host;
-  ASSERT_EQ(host.compile("A:=MA(C+1,2);B:=EMA(C+1,3);").code, 0);
+  ASSERT_EQ(host.compile("A:=ABS(C+1);B:=SQUARE(C+1);").code, 0);
   host.feed({{"C", series("1 2 3")}});
   EXPECT_EQ(host.run(), success);
   // C+1 is the second variable behind the reserved ones, and its id the complement of their count.

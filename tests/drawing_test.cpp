@@ -198,7 +198,7 @@ TEST(Drawing, LinesThroughBars) {
 TEST(Drawing, Texts) {
   expect_records({
       {"DRAWTEXT(C>O,H,'aB'),COLORRED,ALIGN0,VALIGN2,FONTSIZE72,PRECIS7,NODRAW;", "TextShape",
-       R"(TitleVisible=0 Field1Id=8 Field1Text="TextShape1" Field1VisibleId=20000 Text="a""B")"
+       R"(TitleVisible=0 Field1Id=8 Field1Text="TextShape1" Field1VisibleId=20000 Text="aB")"
        R"( TextColor="TempBrushKey.#CC3030" HorizontalAlign=0 VerticalAlign=2 FontSize=72)"},
       {"DRAWTEXT(1,C,1+1),PARAM_,NOTEXT,FONTSIZE7;", "TextShape",
        R"(TitleVisible=0 Field1Id=11 Field1Text="TextShape1" Field1VisibleId=20000)"

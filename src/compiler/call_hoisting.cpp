@@ -90,6 +90,27 @@ bool locate_call(std::string_view text, const Parentheses& parentheses, std::str
   return true;
 }
 
+/// How deep calls nest in the text; parentheses of other sorts don't count.
+int call_nesting(std::string_view text) {
+  std::vector<int> open;
+  int depth = 0;
+  int greatest = 0;
+  bool behind_word = false;
+  for (const Token& token : tokenize(text)) {
+    if (token.text == "(") {
+      open.push_back(behind_word ? 1 : 0);
+      depth += open.back();
+      greatest = std::max(greatest, depth);
+    } else if (token.text == ")" && !open.empty()) {
+      depth -= open.back();
+      open.pop_back();
+    }
+    const auto pieces = split_in_order(token.text, piece_separators);
+    behind_word = !pieces.empty() && find_function(pieces.back()) != nullptr;
+  }
+  return greatest;
+}
+
 /// Hoists the calls of one text; arguments are texts of their own, one level deeper.
 class Hoisting {
  public:
@@ -97,7 +118,10 @@ class Hoisting {
       : context_(context), line_(line), error_(error), output_count_(output_count) {}
 
   int run(std::string& text, uint32_t parent_column_id) {
-    if (depth_ >= max_call_nesting) refuse_nesting();
+    // Each level reads its text anew, so a nesting beyond the limit is better refused at once.
+    const bool too_deep =
+        depth_ == 0 ? call_nesting(text) >= max_call_nesting : depth_ >= max_call_nesting;
+    if (too_deep) refuse_nesting();
     std::vector<const BaseFunc*> calls;
     const int status = collect(text, calls);
     if (status != status_ok) return status;
@@ -127,9 +151,8 @@ class Hoisting {
       if (token.text == end_token) break;
       for (const std::string_view piece : split_in_order(token.text, piece_separators)) {
         if (!name.empty() && piece.data() == text.data() && piece == name) continue;
-        if (names_reserved_field(context_.pool, piece)) continue;
         const BaseFunc* function = find_function(piece);
-        if (function == nullptr) continue;
+        if (function == nullptr || names_reserved_field(context_.pool, piece)) continue;
         size_t start = 0;
         size_t end = 0;
         if (!locate_call(text, parentheses, piece, token.position, start, end)) {
