@@ -60,12 +60,19 @@ need_tools() {
   done
 }
 
-# Builds a preset; further arguments go to the configuration.
-build() {
+# Configures a preset with all of the usual parts; further arguments may leave some out.
+configure() {
   preset=$1
   shift
-  cmake --preset "$preset" "$@" >/dev/null || die "the configuration of '$preset' failed"
-  cmake --build "build/$preset" -- --quiet || die "the build of '$preset' failed"
+  cmake --preset "$preset" -DQUOR_BUILD_HOST=ON -DQUOR_BUILD_TESTS=ON "$@" >/dev/null ||
+    die "the configuration of '$preset' failed"
+}
+
+build() {
+  configure "$@"
+  quiet=--quiet
+  [ ! -t 1 ] || quiet=
+  cmake --build "build/$1" -- $quiet || die "the build of '$1' failed"
 }
 
 # The C and C++ files of the given folders that git knows or could take.

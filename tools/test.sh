@@ -7,4 +7,4 @@ set -u
 preset=${1:-release}
 need_packages $build_packages $host_packages $test_packages
 build "$preset"
-ctest --preset "$preset" --progress -j "$(nproc)"
+ctest --preset "$preset" -j "$(nproc)"

@@ -26,7 +26,7 @@ changed_sources() {
 }
 
 need_packages $build_packages $host_packages $test_packages $bench_packages $tidy_packages
-cmake --preset release -DQUOR_BUILD_BENCH=ON >/dev/null || die "the configuration failed"
+configure release -DQUOR_BUILD_BENCH=ON
 case ${1:-} in
   '') files=$(sources $tidy_folders | grep -v '\.h$') ;;
   --changed) files=$(changed_sources "${2:-$(base_commit)}") ;;
