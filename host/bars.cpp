@@ -117,7 +117,7 @@ std::optional<int64_t> parse_key(std::string_view text) {
 }
 
 std::string key_text(int64_t key, bool with_time) {
-  const std::string digits = std::to_string(key);
+  std::string digits = std::to_string(key);
   if (digits.size() != 14) return digits;
   const auto part = [&digits](size_t at) { return digits.substr(at, 2); };
   std::string text = digits.substr(0, 4) + '-' + part(4) + '-' + part(6);

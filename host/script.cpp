@@ -44,34 +44,38 @@ class Splitter {
       last_ = c;
     } else if (c == '\n') {
       end_line();
-    } else if (!take_comment(c)) {
+    } else if (!close_comment(c) && (in_comment_ || !open_comment(c))) {
       if (c == '\t') last_ = c;  // also inside a comment
       if (!in_comment_) take_code(c);
     }
   }
 
-  /// Takes what opens or closes a comment.
-  bool take_comment(char c) {
+  /// Both marks vanish outside a comment, too.
+  bool close_comment(char c) {
     if (c == '}') {
       in_comment_ = in_comment_ && in_line_comment_;
-    } else if (at("*/")) {
-      in_comment_ = false;
-      ++at_;
-    } else if (in_comment_) {
-      return false;
-    } else if (c == '{') {
-      in_comment_ = true;
-    } else if (at("//")) {
-      stopped_ = !text_.empty() && last_ != ';';
-      in_comment_ = in_line_comment_ = true;
-      ++at_;
-    } else if (at("/*")) {
-      in_comment_ = true;
-      last_ = '/';
-      ++at_;
-    } else {
-      return false;
+      return true;
     }
+    if (!at("*/")) return false;
+    in_comment_ = false;
+    ++at_;
+    return true;
+  }
+
+  bool open_comment(char c) {
+    if (c == '{') {
+      in_comment_ = true;
+      return true;
+    }
+    if (!at("//") && !at("/*")) return false;
+    if (at("//")) {
+      stopped_ = !text_.empty() && last_ != ';';
+      in_line_comment_ = true;
+    } else {
+      last_ = '/';
+    }
+    in_comment_ = true;
+    ++at_;
     return true;
   }
 
