@@ -26,30 +26,34 @@ std::optional<StyledExpression> find_style_word(std::string_view slot, std::stri
   return found;
 }
 
-std::string plain_stick(std::string_view expression, std::span<const std::string_view> items) {
-  std::string colour;
-  char hollow = '1';
+/// The items of a stick form that count: the last colour, and whether the stick is hollow.
+struct StickStyle {
+  std::string colour;  ///< with its comma, or empty
+  std::string hollow = "1";
+};
+
+StickStyle stick_style(std::span<const std::string_view> items) {
+  StickStyle style;
   for (const std::string_view item : items) {
-    if (item.starts_with("COLOR")) colour = "@" + std::string(item);
-    if (item.starts_with("SOLID")) hollow = '0';
-    if (item.starts_with("HOLLOW")) hollow = '1';
+    if (item.starts_with("COLOR")) style.colour = "@" + std::string(item);
+    if (item.starts_with("SOLID")) style.hollow = "0";
+    if (item.starts_with("HOLLOW")) style.hollow = "1";
   }
-  return "STICKLINE1(1@0@" + std::string(expression) + "@1@" + hollow + ")" + colour +
-         "@TITLEVISIBLE";
+  return style;
 }
 
 std::string stick_call(std::string_view word, const StyledExpression& stick) {
   // Tells the stick call to take the generated title; no number belongs to it.
   constexpr std::string_view auto_title = "@EMPTY_LINE_NAME_RESERVED@TITLEVISIBLE";
-  std::string call;
-  if (word == "STICK") return plain_stick(stick.expression, std::span(stick.items).subspan(1));
-  if (word == "COLORSTICK") {
-    call.append("STICKLINE1(1@0@").append(stick.expression).append("@1@1)@ISCOLORSTICK");
-  } else {
-    call.append("STICKLINE1(C>O||(C=O&&C>REF(C@1))@0@");
-    call.append(stick.expression).append("@-1@1)@ISVOLSTICK");
+  const std::string expression(stick.expression);
+  const StickStyle style = stick_style(std::span(stick.items).subspan(1));
+  if (word != "STICK" && word != "COLORSTICK") {
+    return "STICKLINE1(C>O||(C=O&&C>REF(C@1))@0@" + expression + "@-1@1)@ISVOLSTICK" +
+           std::string(auto_title);
   }
-  return call.append(auto_title);
+  const std::string call = "STICKLINE1(1@0@" + expression + "@1@" + style.hollow + ")";
+  if (word == "STICK") return call + style.colour + "@TITLEVISIBLE";
+  return call + "@ISCOLORSTICK" + std::string(auto_title);
 }
 
 void put_generated_name(DataPoolCenter& pool, std::string& slot) {

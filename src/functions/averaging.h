@@ -9,7 +9,6 @@
 
 namespace quor {
 
-/// Spelled out, because a library's power function may round a square otherwise.
 constexpr double square(double value) { return value * value; }
 
 /// ((n-1) * prev + 2x) / (n+1), with n of -1 a division by zero.

@@ -43,9 +43,7 @@ std::string Call::argument_text(size_t position) const {
   if (text == "POINTDOT") return "\u00B7";
   if (text == "CROSSDOT") return "O";
   double value = null_value;
-  const size_t error_size = error.size();
   evaluate(position, value);
-  error.resize(error_size);
   return fixed_text(value);
 }
 

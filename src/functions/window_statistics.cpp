@@ -5,6 +5,7 @@
 #include "core/data_pool_center.h"
 #include "functions/averaging.h"
 #include "functions/families.h"
+#include "functions/power.h"
 #include "functions/running_statistics.h"
 #include "functions/series.h"
 #include "functions/word_steps.h"
@@ -54,7 +55,7 @@ double population_deviation(const Window& window) { return std::sqrt(population_
 double squares_about_mean(const Window& window) {
   const double mean = running_mean(window);
   double sum = 0.0;
-  for (size_t i = 0; i < window.size(); ++i) sum += square(window[i] - mean);
+  for (size_t i = 0; i < window.size(); ++i) sum += power(window[i] - mean, 2.0);
   return sum;
 }
 
@@ -182,10 +183,10 @@ double regression_end(const Window& window, double mean, int32_t n) {
   for (size_t i = 0; i < window.size(); ++i) {
     const auto place = static_cast<double>(i + 1);
     sx += place * window[i];
-    sxx += square(place);
+    sxx += power(place, 2.0);
   }
   sx -= st * mean;
-  sxx -= square(st / count) * count;
+  sxx -= power(st / count, 2.0) * count;
   const double slope = sx / sxx;
   const double intercept = mean - slope * st / count;
   return count * slope + intercept;

@@ -4,6 +4,7 @@
 #include "core/data_pool_center.h"
 #include "functions/averaging.h"
 #include "functions/families.h"
+#include "functions/power.h"
 #include "functions/series.h"
 #include "functions/word_steps.h"
 #include "tables/field_table.h"
@@ -185,7 +186,7 @@ class ADMA final : public BaseFunc {
   static double adaptive_weight(double efficiency, double fast, double slow) {
     const double f = 2.0 / (fast + 1.0);
     const double s = 2.0 / (slow + 1.0);
-    return square((f - s) * efficiency + s);
+    return power((f - s) * efficiency + s, 2.0);
   }
 };
 
