@@ -50,7 +50,9 @@ bool ChipDistribution::lay_grid(const ChipBars& bars, size_t count) {
 
   const int64_t range = top - bottom;
   if (range + 1 > fine_levels) {
-    step_ticks_ = ticks(static_cast<double>(range / fine_levels) / ticks_per_unit_);
+    const int64_t whole_step = range / fine_levels;
+    // On the way over a price the step may lose a tick: 29 ticks become 28.
+    step_ticks_ = ticks(static_cast<double>(whole_step) / ticks_per_unit_);
     step_price_ = static_cast<double>(step_ticks_) / ticks_per_unit_;
   }
   lowest_tick_ = aligned(bottom);
