@@ -1,28 +1,14 @@
 // A warm run allocates nothing per bar, whatever words a script uses.
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cstdlib>
-#include <new>
 #include <set>
 #include <string>
 
 #include "functions/registry.h"
+#include "support/counting_new.h"
 #include "support/test_host.h"
 #include "tables/function_sets.h"
 #include "tables/function_table.h"
-
-namespace {
-std::atomic<long> allocations{0};
-}
-
-void* operator new(std::size_t size) {
-  ++allocations;
-  if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
-  throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace quor_test {
 namespace {
@@ -66,10 +52,10 @@ std::string statement_with(TestHost& host, std::string_view word) {
 }
 
 long allocations_of_run(TestHost& host, uint32_t first_row) {
-  const long before = allocations;
+  const long before = allocation_count();
   uint32_t length = 0;
   release_ptr_val(exec_parser_cal(host.handle(), first_row, 0, &length));
-  return allocations - before;
+  return allocation_count() - before;
 }
 
 TEST(Allocation, NoBarOfAWarmRunAllocates) {
