@@ -23,8 +23,9 @@ const std::map<std::string_view, std::string_view> arguments_of = {
     {"MAX MIN POW MOD MAX1 MIN1 CROSS CROSSUP CROSSDOWN MV", "C,O"},
     {"MA EMA EXPMA EMAWH EMA2 WMA MEMA EXPMEMA SMMA TRMA TSMA STD STDP VAR VARP DEVSQ AVEDEV SLOPE "
      "FORCAST HHV LLV HHVBARS LLVBARS HV LV SUM COUNT HARMEAN REF REFX REFX1 EXIST EVERY UPNDAY "
-     "DOWNNDAY NEWHBARS NEWLBARS BARSSINCEN FILTER BACKSET WAVEPEAK1 WAVEVALLEY1",
+     "DOWNNDAY NEWHBARS NEWLBARS FILTER BACKSET WAVEPEAK1 WAVEVALLEY1",
      "C,3"},
+    {"BARSSINCEN", "C>O,3"},
     {"KURTOSIS", "C,5"},
     {"AMA DMA", "C,0.5"},
     {"TMA", "C,0.5,0.5"},
@@ -46,7 +47,6 @@ const std::map<std::string_view, std::string_view> arguments_of = {
     {"DIVERGENCE", "C,O,2,5,1"},
     {"CODELIKE", "'60'"},
     {"RGB", "255,MAX(1,2),0"},
-    {"NOTICE BK BP SK SP SPK BPK CLOSEOUT", "C>O,'signal'"},
     {"SOUND", "'A'"},
     {"PLAYSOUND", "C>O,'A'"},
     {"DRAWLINE", "C>O,H,C<O,L,COLORRED"},
@@ -88,6 +88,8 @@ const std::map<std::string_view, std::string_view> arguments_of = {
 /// The call of a word; empty if the table above has forgotten it.
 std::string call_of(std::string_view word) {
   if (quor::BareFunctionSet.contains(word)) return std::string(word);
+  if (quor::TradeSignalSet.contains(word)) return "C>O," + std::string(word);
+  if (word == "NOTICE") return "C>O,NOTICE('name')";
   for (const auto& [words, arguments] : arguments_of) {
     const std::string padded = " " + std::string(words) + " ";
     if (padded.find(" " + std::string(word) + " ") == std::string::npos) continue;
