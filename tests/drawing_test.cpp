@@ -110,6 +110,12 @@ TEST(Shapes, Defaults) {
   EXPECT_EQ(quor::YRangeShape().ToJsonText(), defaults.at("YRangeShape"));
 }
 
+TEST(Shapes, NothingIsEscaped) {
+  quor::YRangeShape range;
+  range.Field1Text = R"(a"b\c)";
+  EXPECT_EQ(range.ToJsonText(), record("YRangeShape", R"(Field1Text="a"b\c")"));
+}
+
 struct RecordCase {
   std::string_view script;
   std::string_view shape;
@@ -197,8 +203,8 @@ TEST(Drawing, LinesThroughBars) {
 
 TEST(Drawing, Texts) {
   expect_records({
-      {"DRAWTEXT(C>O,H,'aB'),COLORRED,ALIGN0,VALIGN2,FONTSIZE72,PRECIS7,NODRAW;", "TextShape",
-       R"(TitleVisible=0 Field1Id=8 Field1Text="TextShape1" Field1VisibleId=20000 Text="aB")"
+      {"DRAWTEXT(C>O,H,'a\\B'),COLORRED,ALIGN0,VALIGN2,FONTSIZE72,PRECIS7,NODRAW;", "TextShape",
+       R"(TitleVisible=0 Field1Id=8 Field1Text="TextShape1" Field1VisibleId=20000 Text="a\B")"
        R"( TextColor="TempBrushKey.#CC3030" HorizontalAlign=0 VerticalAlign=2 FontSize=72)"},
       {"DRAWTEXT(1,C,1+1),PARAM_,NOTEXT,FONTSIZE7;", "TextShape",
        R"(TitleVisible=0 Field1Id=11 Field1Text="TextShape1" Field1VisibleId=20000)"
