@@ -57,18 +57,18 @@ int without_condition(const FoundWord& found, std::string_view written,
 /// The name between the quotes of `NOTICE('name')`; empty for a text of another form.
 std::string_view notice_name(std::string_view written) {
   constexpr std::string_view opening = "NOTICE('";
-  if (!equal_ignoring_case(written.substr(0, opening.size()), opening)) return {};
+  const size_t first = written.find('\'');
+  if (first != opening.size() - 1) return {};
   const size_t last = written.rfind('\'');
   return written.substr(opening.size(), std::max(last, opening.size()) - opening.size());
 }
 
 /// The text in the parentheses of `BK(n)`; nothing for a text of another form.
 std::optional<std::string_view> quantity_text(std::string_view written, const std::string& word) {
-  const std::string opening = word + "(";
-  if (!equal_ignoring_case(written.substr(0, opening.size()), opening)) return std::nullopt;
   const size_t last = written.rfind(')');
-  if (last == std::string_view::npos) return std::nullopt;
-  return written.substr(opening.size(), last - opening.size());
+  if (written.find('(') != word.size() || last == std::string_view::npos) return std::nullopt;
+  const size_t first = word.size() + 1;
+  return written.substr(first, std::max(last, first) - first);
 }
 
 /// The call of the signal; `last_argument` comes with its comma or is empty.

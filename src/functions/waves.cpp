@@ -28,9 +28,9 @@ double side_range(const Call& call, int64_t offset, const Source& source) {
 
 template <Extreme extreme, typename Source>
 double stands_out(const Call& call, int32_t bars, double value, const Source& source) {
-  const bool left = beats<extreme>(value, side_range<extreme>(call, -int64_t{bars}, source));
-  const bool both = left && beats<extreme>(value, side_range<extreme>(call, bars, source));
-  return both ? 1.0 : 0.0;
+  const double left = side_range<extreme>(call, -int64_t{bars}, source);
+  const double right = side_range<extreme>(call, bars, source);
+  return beats<extreme>(value, left) && beats<extreme>(value, right) ? 1.0 : 0.0;
 }
 
 /// The number of bars on each side; 0 gives null. In scan mode it is the look-back.
