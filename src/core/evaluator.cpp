@@ -116,14 +116,18 @@ int CalculateCenter::evaluate_expression(Variable& variable, int32_t row, bool s
   return evaluate_elements(variable.program, row, scan, variable.line, error, result);
 }
 
-int CalculateCenter::operand_value(const Program& program, const Operand& operand, int32_t row,
-                                   bool scan, std::string& error, double& value) {
+inline int CalculateCenter::operand_value(const Program& program, const Operand& operand,
+                                          int32_t row, bool scan, std::string& error,
+                                          double& value) {
   switch (operand.source) {
     case Operand::Source::number:
       value = operand.number;
       return status_ok;
     case Operand::Source::slot:
       value = program.slots[operand.slot];
+      return status_ok;
+    case Operand::Source::field:
+      value = pool_.table().cell(row, operand.variable->column_index);
       return status_ok;
     case Operand::Source::reference:
       break;

@@ -33,7 +33,8 @@ class Lowering {
 
   static Operand operand_of(const MathElement& element) {
     if (element.kind != ElementKind::reference) return number(element.value);
-    return {Operand::Source::reference, 0, 0.0, element.variable};
+    const bool field = element.variable->kind == VariableKind::field;
+    return {field ? Operand::Source::field : Operand::Source::reference, 0, 0.0, element.variable};
   }
 
   Program& end(Ending ending, Operand result) {

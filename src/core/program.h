@@ -13,7 +13,12 @@ struct Variable;
 
 /// Where an operand comes from when a step needs it. References stay unevaluated until then.
 struct Operand {
-  enum class Source : uint8_t { number, reference, slot };
+  enum class Source : uint8_t {
+    number,
+    slot,       ///< the result of an earlier step
+    field,      ///< a cell of the variable's column
+    reference,  ///< any other variable
+  };
 
   Source source = Source::number;
   uint32_t slot = 0;
