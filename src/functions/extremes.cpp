@@ -1,39 +1,18 @@
-// The greatest and the smallest value of a window, and how long ago it was. Values are compared
-// from the oldest on, strictly, so that a null in the oldest place stays and a later one is passed.
-#include <functional>
-
+// The greatest and the smallest value of the last bars, and how long ago it was.
 #include "functions/families.h"
 #include "functions/series.h"
+#include "functions/window_extremes.h"
 #include "functions/word_steps.h"
 
 namespace quor {
 namespace {
 
-/// Where the value stands that no other one beats; the oldest of equal ones. 0 for no values.
-template <typename Beats>
-size_t extreme_place(const Window& window) {
-  if (window.empty()) return 0;
-  size_t place = 0;
-  double best = window[0];
-  for (size_t i = 1; i < window.size(); ++i) {
-    if (Beats()(window[i], best)) {
-      best = window[i];
-      place = i;
-    }
-  }
-  return place;
-}
-
-/// 0 for no values.
-template <typename Beats>
-double extreme_value(const Window& window) {
-  return window.empty() ? 0.0 : window[extreme_place<Beats>(window)];
-}
-
-template <typename Beats>
+/// How many bars ago the extreme was; 0 for no bars.
+template <Extreme extreme>
 double bars_since_extreme(const Window& window) {
-  return window.empty() ? 0.0
-                        : static_cast<double>(window.size() - 1 - extreme_place<Beats>(window));
+  if (window.empty()) return 0.0;
+  const size_t place = place_of_extreme<extreme>(window, window.size());
+  return static_cast<double>(window.size() - 1 - place);
 }
 
 /// Evaluates X at the call's row, stores it where it has no column, and takes its window.
@@ -46,7 +25,7 @@ int take_window(const Call& call, int32_t n, Window& window) {
 }
 
 /// A window of no bars answers with 0, a negative one with null.
-template <typename Beats>
+template <Extreme extreme>
 int extreme_at(const Call& call) {
   double period = null_value;
   if (const int status = call.evaluate(1, period); status != 0) return status;
@@ -54,19 +33,19 @@ int extreme_at(const Call& call) {
   if (n < 0) return answer(call, null_value);
   Window window;
   if (const int status = take_window(call, n, window); status != 0) return status;
-  return answer(call, extreme_value<Beats>(window));
+  return answer(call, extreme_of<extreme>(window, window.size()));
 }
 
-template <typename Beats>
-class Extreme : public BaseFunc {
+template <Extreme extreme>
+class WindowExtreme : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
   int execute(const Call& call) const final {
-    return call.scan ? scan_period(call, 2, 1) : extreme_at<Beats>(call);
+    return call.scan ? scan_period(call, 2, 1) : extreme_at<extreme>(call);
   }
 };
 
-template <typename Beats>
+template <Extreme extreme>
 class BarsSinceExtreme : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
@@ -76,12 +55,12 @@ class BarsSinceExtreme : public BaseFunc {
     if (const int status = call.evaluate(1, period); status != 0) return status;
     Window window;
     if (const int status = take_window(call, to_int(period), window); status != 0) return status;
-    return answer(call, bars_since_extreme<Beats>(window));
+    return answer(call, bars_since_extreme<extreme>(window));
   }
 };
 
 /// The extreme of the bars before this one, with the period of the bar before.
-template <typename Beats>
+template <Extreme extreme>
 class EarlierExtreme : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
@@ -90,22 +69,29 @@ class EarlierExtreme : public BaseFunc {
     double period = null_value;
     if (const int status = call.evaluate(1, period); status != 0) return status;
     if (call.row < 1 || is_null(period)) return answer(call, null_value);
-    return extreme_at<Beats>(
+    return extreme_at<extreme>(
         {call.pool, call.calculator, call.variable, call.row - 1, false, call.error, call.result});
   }
 };
 
-using Greater = std::greater<>;
-using Less = std::less<>;
-
-// clang-format off
-class HHV final : public Extreme<Greater> { using Extreme::Extreme; };
-class LLV final : public Extreme<Less> { using Extreme::Extreme; };
-class HHVBARS final : public BarsSinceExtreme<Greater> { using BarsSinceExtreme::BarsSinceExtreme; };
-class LLVBARS final : public BarsSinceExtreme<Less> { using BarsSinceExtreme::BarsSinceExtreme; };
-class HV final : public EarlierExtreme<Greater> { using EarlierExtreme::EarlierExtreme; };
-class LV final : public EarlierExtreme<Less> { using EarlierExtreme::EarlierExtreme; };
-// clang-format on
+class HHV final : public WindowExtreme<Extreme::greatest> {
+  using WindowExtreme::WindowExtreme;
+};
+class LLV final : public WindowExtreme<Extreme::smallest> {
+  using WindowExtreme::WindowExtreme;
+};
+class HHVBARS final : public BarsSinceExtreme<Extreme::greatest> {
+  using BarsSinceExtreme::BarsSinceExtreme;
+};
+class LLVBARS final : public BarsSinceExtreme<Extreme::smallest> {
+  using BarsSinceExtreme::BarsSinceExtreme;
+};
+class HV final : public EarlierExtreme<Extreme::greatest> {
+  using EarlierExtreme::EarlierExtreme;
+};
+class LV final : public EarlierExtreme<Extreme::smallest> {
+  using EarlierExtreme::EarlierExtreme;
+};
 
 constexpr WordRow words[] = {
     word_row<HHV>("HHV"),         word_row<LLV>("LLV"), word_row<HHVBARS>("HHVBARS"),

@@ -189,10 +189,12 @@ double place_of(std::span<const double>, size_t position) {
   return static_cast<double>(position + 1);
 }
 
-// clang-format off
-class SORT final : public SortedChoice<value_at> { using SortedChoice::SortedChoice; };
-class SORTPOS final : public SortedChoice<place_of> { using SortedChoice::SortedChoice; };
-// clang-format on
+class SORT final : public SortedChoice<value_at> {
+  using SortedChoice::SortedChoice;
+};
+class SORTPOS final : public SortedChoice<place_of> {
+  using SortedChoice::SortedChoice;
+};
 
 /// The density of the normal distribution.
 double normal_density(double x, double mean, double deviation) {

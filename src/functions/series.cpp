@@ -22,6 +22,8 @@ void ensure_result_column(const Call& call) {
 
 int32_t store_in_own_column(const Call& call, Variable& argument, double value) {
   if (!argument.has_column()) {
+    // One variable stands for all arguments that aren't there, so it takes no column.
+    if (argument.kind == VariableKind::missing) return -1;
     call.variable.reserve_aux_columns(1);
     argument.column_id = call.variable.aux_column_ids[0];
     argument.column_index = call.variable.aux_column_indexes[0];

@@ -15,16 +15,25 @@ constexpr bool beats(double a, double b) {
   return extreme == Extreme::greatest ? a > b : a < b;
 }
 
-/// Folds the first `count` values, oldest first. A null is passed over, except at the oldest place,
-/// where it stays. Nothing to fold gives 0.0.
+/// Where the outermost of the first `count` values stands, the oldest of equal ones. A null is
+/// passed over, except at the oldest place, where it stays. 0 for nothing to search.
 template <Extreme extreme>
-double extreme_of(const Window& window, size_t count) {
-  if (count == 0) return 0.0;
+size_t place_of_extreme(const Window& window, size_t count) {
+  size_t place = 0;
+  if (count == 0) return place;
   double outermost = window[0];
   for (size_t i = 1; i < count; ++i) {
-    if (beats<extreme>(window[i], outermost)) outermost = window[i];
+    if (!beats<extreme>(window[i], outermost)) continue;
+    outermost = window[i];
+    place = i;
   }
-  return outermost;
+  return place;
+}
+
+/// The value at that place; 0.0 for nothing to search.
+template <Extreme extreme>
+double extreme_of(const Window& window, size_t count) {
+  return count == 0 ? 0.0 : window[place_of_extreme<extreme>(window, count)];
 }
 
 }  // namespace quor

@@ -114,14 +114,25 @@ class WindowStatistic : public BaseFunc {
 template <Reduce reduce>
 using LateStatistic = WindowStatistic<behind_window, store_in_own_column, reduce>;
 
-// clang-format off
-class STD final : public WindowStatistic<behind_window, store_in_aux_of_call, sample_deviation> { using WindowStatistic::WindowStatistic; };
-class STDP final : public LateStatistic<population_deviation> { using WindowStatistic::WindowStatistic; };
-class VAR final : public LateStatistic<sample_variance> { using WindowStatistic::WindowStatistic; };
-class VARP final : public LateStatistic<population_variance> { using WindowStatistic::WindowStatistic; };
-class DEVSQ final : public LateStatistic<squares_about_mean> { using WindowStatistic::WindowStatistic; };
-class KURTOSIS final : public WindowStatistic<behind_window_of_four, store_in_own_column, excess_kurtosis> { using WindowStatistic::WindowStatistic; };
-// clang-format on
+class STD final : public WindowStatistic<behind_window, store_in_aux_of_call, sample_deviation> {
+  using WindowStatistic::WindowStatistic;
+};
+class STDP final : public LateStatistic<population_deviation> {
+  using WindowStatistic::WindowStatistic;
+};
+class VAR final : public LateStatistic<sample_variance> {
+  using WindowStatistic::WindowStatistic;
+};
+class VARP final : public LateStatistic<population_variance> {
+  using WindowStatistic::WindowStatistic;
+};
+class DEVSQ final : public LateStatistic<squares_about_mean> {
+  using WindowStatistic::WindowStatistic;
+};
+class KURTOSIS final
+    : public WindowStatistic<behind_window_of_four, store_in_own_column, excess_kurtosis> {
+  using WindowStatistic::WindowStatistic;
+};
 
 /// A period that fails is a null one.
 class AVEDEV final : public BaseFunc {
