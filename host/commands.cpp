@@ -6,8 +6,10 @@
 
 #include "bars.h"
 #include "errors.h"
+#include "events.h"
 #include "fields.h"
 #include "output.h"
+#include "references.h"
 #include "report.h"
 #include "script.h"
 #include "text.h"
@@ -25,6 +27,7 @@ std::string read_optional(const std::string& path) {
 Answers answers_of(const Options& options) {
   Answers answers;
   answers.is_trading = options.is_trading;
+  answers.calendar = read_optional(options.calendar_path);
   for (const std::string& constant : options.market_constants) {
     const size_t mark = constant.find('=');
     const auto value =
@@ -114,18 +117,26 @@ int check_script(const Options& options) {
 }
 
 int run_script(const Options& options) {
-  const Compiled compiled(options);
+  Compiled compiled(options);
   if (compiled.report.failure.code != 0) {
     return print_script_failure(compiled.report.failure, compiled);
   }
   const Bars bars = read_bars(options.bars_path);
+  const auto columns = read_references(options.references, compiled.report, bars.keys);
   warn_of_missing_data(compiled.report, bars, options.bars_path);
   compiled.session.feed(rows_json(bars, compiled.report.fields));
   if (compiled.session.row_count() != bars.keys.size()) {
     throw HostError("the library took only " + std::to_string(compiled.session.row_count()) +
                     " of " + std::to_string(bars.keys.size()) + " bars");
   }
-  const Failure failure = parse_answer(compiled.session.calculate(options.first_row));
+  for (const FilledColumn& column : columns) {
+    for (size_t row = 0; row < bars.keys.size(); ++row) {
+      compiled.session.set_cell(bars.keys[row], column.column, column.values[row]);
+    }
+  }
+  if (options.fire_signals) print_events(std::cout, compiled.session.shapes());
+  const Failure failure =
+      parse_answer(compiled.session.calculate(options.first_row, options.fire_signals));
   if (failure.code != 0) return print_script_failure(failure, compiled);
   const Results results = results_of(compiled, bars.keys);
   if (options.as_json) {

@@ -19,6 +19,9 @@ struct Options {
   std::vector<std::string> market_constants;  ///< "KEY=VALUE"
   bool is_trading = false;
   bool as_json = false;
+  bool fire_signals = false;
+  std::string calendar_path;
+  std::vector<std::string> references;  ///< "SOURCE|FIELD=FILE.csv"
   std::string bars_path;
   size_t last = 10;
   uint32_t first_row = 0;

@@ -52,7 +52,8 @@ void add_script_options(CLI::App& command, Options& options) {
       ->capture_default_str();
   command
       .add_option("--extra", options.market_constants,
-                  "A market constant: MINPRICE, UNIT or SHARECOUNTPERUNIT; may be repeated")
+                  "A market constant of the security that --code names: MINPRICE, UNIT or "
+                  "SHARECOUNTPERUNIT; may be repeated")
       ->type_name("KEY=NUMBER")
       ->expected(1)
       ->take_all();
@@ -78,6 +79,15 @@ void add_run(CLI::App& app, Options& options) {
   run.add_option("--from", options.first_row, "First row to calculate, 0 the oldest bar")
       ->type_name("ROW")
       ->capture_default_str();
+  run.add_flag("--fire", options.fire_signals, "Raise notices and trade signals, and print them");
+  run.add_option("--calendar", options.calendar_path, "The security's trading calendar, JSON")
+      ->type_name("FILE");
+  run.add_option("--reference", options.references,
+                 "Data of another security or period that the script reads, such as "
+                 "'600000|11=other.csv'; may be repeated")
+      ->type_name("SOURCE|FIELD=FILE")
+      ->expected(1)
+      ->take_all();
 }
 
 int run_command(const CLI::App& app, const Options& options) {

@@ -29,6 +29,11 @@ int32_t answer_trading(int64_t /*time*/, const char* /*market*/, const char* /*s
   return current_answers().is_trading ? 1 : 0;
 }
 
+const char* answer_trade_dates(const char* /*market*/, const char* /*security*/,
+                               const char* /*start*/, const char* /*end*/, int32_t* /*length*/) {
+  return current_answers().calendar.c_str();
+}
+
 uint32_t size_of(std::string_view text) {
   if (text.size() > std::numeric_limits<uint32_t>::max()) {
     throw HostError("a text is longer than 4 GiB");
@@ -56,6 +61,7 @@ Session::Session(const Subject& subject, Answers answers) : handle_(create_insta
   set_logger_handler(show_log_line, errors_and_calendar);
   set_get_extra_data_callback(handle_, answer_market_constant);
   set_get_trade_time_callback(handle_, answer_trading);
+  set_get_trade_dates_callback(answer_trade_dates);
   set_indicator_extra_info(handle_, subject.period, subject.security.c_str(),
                            subject.market.c_str(), "", subject.time_zone.c_str(),
                            size_of(subject.security), size_of(subject.market), 0,
@@ -73,9 +79,9 @@ std::string Session::compile(std::string_view script, std::string_view parameter
   return take_text(report, length);
 }
 
-std::string Session::calculate(uint32_t first_row) const {
+std::string Session::calculate(uint32_t first_row, bool fire_signals) const {
   uint32_t length = 0;
-  char* const answer = exec_parser_cal(handle_, first_row, 0, &length);
+  char* const answer = exec_parser_cal(handle_, first_row, fire_signals ? 1 : 0, &length);
   return take_text(answer, length);
 }
 
@@ -93,6 +99,10 @@ std::string Session::shapes() const {
 
 void Session::feed(std::string_view rows_json) const {
   set_row_data(handle_, data_of(rows_json), size_of(rows_json));
+}
+
+void Session::set_cell(int64_t row_key, uint32_t column, double value) const {
+  set_column_data(handle_, static_cast<uint64_t>(row_key), column, value);
 }
 
 uint32_t Session::row_count() const { return get_row_num(handle_); }

@@ -21,6 +21,7 @@ struct Subject {
 struct Answers {
   std::map<std::string, double> market_constants;  ///< by key, "MINPRICE" and the like
   bool is_trading = false;
+  std::string calendar;  ///< the trading calendar's JSON; empty for none
 };
 
 class Session {
@@ -33,11 +34,12 @@ class Session {
   /// Each gives the text that the library answers.
   std::string compile(std::string_view script, std::string_view parameters,
                       std::string_view lines) const;
-  std::string calculate(uint32_t first_row) const;
+  std::string calculate(uint32_t first_row, bool fire_signals) const;
   std::string functions() const;
   std::string shapes() const;
 
   void feed(std::string_view rows_json) const;
+  void set_cell(int64_t row_key, uint32_t column, double value) const;
   uint32_t row_count() const;
   /// The column of a line, by its name in capitals.
   std::optional<uint32_t> column_of(std::string_view name) const;

@@ -48,9 +48,9 @@ expect 0 'date           X
 2024-01-02  null
 2024-01-03    21' run -e 'X:=C*2;' --bars bars.csv --from 1
 
-expect 0 'date                 TICK
-2024-01-02 09:35:00  0.02
-2024-01-02 09:40:00  0.02' run --bars minutes.csv -e 'TICK:=MINPRICE*2;' --extra minprice=0.01
+expect 0 'date                     TICK
+2024-01-02 09:35:00  0.020000
+2024-01-02 09:40:00  0.020000' run --bars minutes.csv -e 'TICK:=MINPRICE*2;' --code IF2401 --extra minprice=0.01
 
 # What the file lacks is null, with a warning.
 expect 0 'quor: warning: bars.csv has no column for OPI (65), which reads as null
@@ -78,7 +78,7 @@ expect 1 'error 2: a word that nothing defines: NOTHING
   in statement 6 (the first is 0), line 7: D:= C1+nothing' check bad.quor
 expect 1 "error 5: a quote is left open
   in statement 1 (the first is 0), line 1: B:='x" check -e "A:=1;B:='x"
-expect 1 'error 2: a word that nothing defines: A"B"
+expect 1 'error 9: a reference in double quotes must stand right behind '\'':'\'' or '\''='\''
   in statement 0 (the first is 0), line 1: D:=A"B"' run --bars bars.csv -e 'D:=A"B";'
 
 bad_bars ': no line with the names of the columns' ''
@@ -97,6 +97,30 @@ expect 1 'quor: --extra UNIT=x: not of the form KEY=NUMBER' check -e 'A:=1;' --e
 expect 2 "quor: no script: give a file or -e 'TEXT'" check
 expect 2 'A subcommand is required
 Run with --help for more information.'
+
+# Data of another security by the same key, of a longer period up to its next bar.
+printf 'date,close\n2024-01-03,7\n' >other.csv
+printf 'date,close\n2024-01-01,3\n' >weeks.csv
+expect 0 'date           A  B
+2024-01-02  null  3
+2024-01-03     7  3' run --bars bars.csv -e 'A:="600000$CLOSE"; B:="WEEK$1$CLOSE";' \
+  --reference '600000|11=other.csv' --reference 'WEEK1|11=weeks.csv'
+expect 1 'quor: --reference 600000|11: the script asks for no such data' \
+  run --bars bars.csv -e 'A:=C;' --reference '600000|11=other.csv'
+
+# A night session: its bars belong to the next trading day; notices and signals in their order.
+night() {
+  "$quor" run --bars "$samples/night.csv" --period 0x3005 --code TEST --market NIGHT \
+    --calendar "$samples/night-calendar.json" "$@" 2>/dev/null
+}
+[ "$(night -e 'D:=DATE;' --last 144 | awk 'NR > 1 { print $1, $3 }' | uniq -c | tr -s ' ' '|')" = \
+  '|24|2024-01-05|20240108
+|48|2024-01-08|20240108
+|24|2024-01-08|20240109
+|48|2024-01-09|20240109' ] || failures=1
+[ "$(night -e 'C>3810,NOTICE('\''high'\'');C>3810,BK(3);' --fire --last 0 | head -n 2 | cut -c1-49)" = \
+  'notice  2024-01-05 21:15:00  high  {"1":202401052
+signal  2024-01-05 21:15:00  row 2  BK 3' ] || failures=1
 
 for script in "$samples"/*.quor; do
   "$quor" run "$script" --bars "$samples/index-daily.csv" --last 1 >/dev/null || failures=1
