@@ -5,6 +5,9 @@
 #include <utility>
 
 #include "bars.h"
+#ifdef QUOR_CHART
+#include "chart/chart.h"
+#endif
 #include "errors.h"
 #include "events.h"
 #include "fields.h"
@@ -102,6 +105,24 @@ Results results_of(const Compiled& compiled, std::vector<int64_t> keys) {
   return results;
 }
 
+/// Feeds bars and references and runs the script.
+Failure calculate(const Options& options, Compiled& compiled, const Bars& bars) {
+  const auto columns = read_references(options.references, compiled.report, bars.keys);
+  warn_of_missing_data(compiled.report, bars, options.bars_path);
+  compiled.session.feed(rows_json(bars, compiled.report.fields));
+  if (compiled.session.row_count() != bars.keys.size()) {
+    throw HostError("the library took only " + std::to_string(compiled.session.row_count()) +
+                    " of " + std::to_string(bars.keys.size()) + " bars");
+  }
+  for (const FilledColumn& column : columns) {
+    for (size_t row = 0; row < bars.keys.size(); ++row) {
+      compiled.session.set_cell(bars.keys[row], column.column, column.values[row]);
+    }
+  }
+  if (options.fire_signals) print_events(std::cout, compiled.session.shapes());
+  return parse_answer(compiled.session.calculate(options.first_row, options.fire_signals));
+}
+
 }  // namespace
 
 int check_script(const Options& options) {
@@ -122,21 +143,7 @@ int run_script(const Options& options) {
     return print_script_failure(compiled.report.failure, compiled);
   }
   const Bars bars = read_bars(options.bars_path);
-  const auto columns = read_references(options.references, compiled.report, bars.keys);
-  warn_of_missing_data(compiled.report, bars, options.bars_path);
-  compiled.session.feed(rows_json(bars, compiled.report.fields));
-  if (compiled.session.row_count() != bars.keys.size()) {
-    throw HostError("the library took only " + std::to_string(compiled.session.row_count()) +
-                    " of " + std::to_string(bars.keys.size()) + " bars");
-  }
-  for (const FilledColumn& column : columns) {
-    for (size_t row = 0; row < bars.keys.size(); ++row) {
-      compiled.session.set_cell(bars.keys[row], column.column, column.values[row]);
-    }
-  }
-  if (options.fire_signals) print_events(std::cout, compiled.session.shapes());
-  const Failure failure =
-      parse_answer(compiled.session.calculate(options.first_row, options.fire_signals));
+  const Failure failure = calculate(options, compiled, bars);
   if (failure.code != 0) return print_script_failure(failure, compiled);
   const Results results = results_of(compiled, bars.keys);
   if (options.as_json) {
@@ -146,5 +153,28 @@ int run_script(const Options& options) {
   }
   return exit_sound;
 }
+
+#ifdef QUOR_CHART
+
+int draw_script(const Options& options) {
+  const ChartSize size = parse_size(options.picture_size);
+  Compiled compiled(options);
+  if (compiled.report.failure.code != 0) {
+    return print_script_failure(compiled.report.failure, compiled);
+  }
+  const Bars bars = read_bars(options.bars_path);
+  const Failure failure = calculate(options, compiled, bars);
+  if (failure.code != 0) return print_script_failure(failure, compiled);
+  draw_chart(compiled.session, bars, options.last, size, options.picture_path);
+  return exit_sound;
+}
+
+#else
+
+int draw_script(const Options& /*options*/) {
+  throw HostError("built without Cairo and Pango, which 'chart' needs");
+}
+
+#endif
 
 }  // namespace quor_host

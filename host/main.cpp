@@ -66,12 +66,26 @@ void add_check(CLI::App& app, Options& options) {
   check.add_flag("--json", options.as_json, "Print the report as the library gives it");
 }
 
-void add_run(CLI::App& app, Options& options) {
-  CLI::App& run = *app.add_subcommand("run", "Run a script over bars and print its lines");
-  add_script_options(run, options);
-  run.add_option("--bars", options.bars_path, "Bars, comma-separated, with a header")
+/// What a command that calculates takes.
+void add_bar_options(CLI::App& command, Options& options) {
+  add_script_options(command, options);
+  command.add_option("--bars", options.bars_path, "Bars, comma-separated, with a header")
       ->type_name("FILE.csv")
       ->required();
+  command.add_option("--calendar", options.calendar_path, "The security's trading calendar, JSON")
+      ->type_name("FILE");
+  command
+      .add_option("--reference", options.references,
+                  "Data of another security or period that the script reads, such as "
+                  "'600000|11=other.csv'; may be repeated")
+      ->type_name("SOURCE|FIELD=FILE")
+      ->expected(1)
+      ->take_all();
+}
+
+void add_run(CLI::App& app, Options& options) {
+  CLI::App& run = *app.add_subcommand("run", "Run a script over bars and print its lines");
+  add_bar_options(run, options);
   run.add_option("--last", options.last, "How many bars to print")
       ->type_name("N")
       ->capture_default_str();
@@ -80,14 +94,19 @@ void add_run(CLI::App& app, Options& options) {
       ->type_name("ROW")
       ->capture_default_str();
   run.add_flag("--fire", options.fire_signals, "Raise notices and trade signals, and print them");
-  run.add_option("--calendar", options.calendar_path, "The security's trading calendar, JSON")
-      ->type_name("FILE");
-  run.add_option("--reference", options.references,
-                 "Data of another security or period that the script reads, such as "
-                 "'600000|11=other.csv'; may be repeated")
-      ->type_name("SOURCE|FIELD=FILE")
-      ->expected(1)
-      ->take_all();
+}
+
+void add_chart(CLI::App& app, Options& options) {
+  CLI::App& chart = *app.add_subcommand("chart", "Draw the bars and what a script draws");
+  add_bar_options(chart, options);
+  chart.add_option("--out", options.picture_path, "The picture")
+      ->type_name("FILE.svg|FILE.png")
+      ->required();
+  chart.add_option("--last", options.last, "How many bars to draw, 2000 at most; 120 by default")
+      ->type_name("N");
+  chart.add_option("--size", options.picture_size, "Width and height in pixels")
+      ->type_name("WxH")
+      ->capture_default_str();
 }
 
 int run_command(const CLI::App& app, const Options& options) {
@@ -96,7 +115,11 @@ int run_command(const CLI::App& app, const Options& options) {
     std::cerr << "quor: no script: give a file or -e 'TEXT'\n";
     return exit_usage;
   }
-  return command.get_name() == "check" ? check_script(options) : run_script(options);
+  if (command.get_name() == "check") return check_script(options);
+  if (command.get_name() == "run") return run_script(options);
+  Options picture = options;
+  if (command.count("--last") == 0) picture.last = 120;
+  return draw_script(picture);
 }
 
 }  // namespace
@@ -109,6 +132,7 @@ int main(int argc, char** argv) {
     app.footer(footer);
     add_check(app, options);
     add_run(app, options);
+    add_chart(app, options);
     try {
       app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -3,7 +3,7 @@
 set -u
 . "$(dirname "$0")/lib.sh"
 
-need_packages $build_packages $host_packages
+need_packages $build_packages $host_packages $font_packages
 build release -DQUOR_BUILD_TESTS=OFF
 quor=build/release/host/quor
 
@@ -15,4 +15,7 @@ show() {
 
 cat samples/averages.quor
 show check samples/averages.quor &&
-  show run samples/averages.quor --bars samples/index-daily.csv --last 15
+  show run samples/averages.quor --bars samples/index-daily.csv --last 15 &&
+  show chart samples/showcase.quor --bars samples/index-daily.csv --last 170 --out demo.svg &&
+  show chart samples/showcase.quor --bars samples/index-daily.csv --last 170 --out demo.png &&
+  echo && echo "Wrote demo.svg and demo.png: the bars and all that samples/showcase.quor draws"

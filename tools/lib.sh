@@ -4,7 +4,8 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root" || exit 1
 
 build_packages="g++ cmake ninja-build ccache libsimdjson-dev"
-host_packages="libcli11-dev libcsv-dev"
+host_packages="libcli11-dev libcsv-dev pkg-config libcairo2-dev libpango1.0-dev"
+font_packages="fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji"
 test_packages="libgtest-dev binutils"
 bench_packages="libbenchmark-dev"
 format_packages="clang-format-14"

@@ -122,6 +122,17 @@ night() {
   'notice  2024-01-05 21:15:00  high  {"1":202401052
 signal  2024-01-05 21:15:00  row 2  BK 3' ] || failures=1
 
+# A picture; a program built without the means to draw says so instead.
+if "$quor" chart "$samples/showcase.quor" --bars "$samples/index-daily.csv" --out chart.svg 2>chart.err; then
+  grep -q '<svg' chart.svg && [ "$(wc -c <chart.svg)" -gt 50000 ] || failures=1
+  expect 1 'quor: --size 10x: not of the form 1200x800, from 200 to 8000 pixels' \
+    chart -e 'A:=1;' --bars bars.csv --out chart.svg --size 10x
+  expect 1 'quor: --out chart.gif: neither .svg nor .png' \
+    chart -e 'A:=1;' --bars bars.csv --out chart.gif
+else
+  grep -q 'built without Cairo and Pango' chart.err || failures=1
+fi
+
 for script in "$samples"/*.quor; do
   "$quor" run "$script" --bars "$samples/index-daily.csv" --last 1 >/dev/null || failures=1
 done

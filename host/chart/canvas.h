@@ -1,0 +1,62 @@
+// A sheet to draw on: lines, areas and texts in pixels from the upper left corner.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace quor_host {
+
+struct Color {
+  double red = 0.0;
+  double green = 0.0;
+  double blue = 0.0;
+  double alpha = 1.0;
+
+  Color with_alpha(double value) const { return {red, green, blue, value}; }
+};
+
+/// The colour of a brush key or of "#RRGGBB"; grey for a key this host doesn't know.
+Color resolve_brush(const std::string& key);
+
+struct Point {
+  double x = 0.0;
+  double y = 0.0;
+};
+
+/// Where the given point lies in a text, 0 at its left or upper edge, 1 at the right or lower one.
+struct Anchor {
+  double x = 0.0;
+  double y = 0.5;
+};
+
+class Canvas {
+ public:
+  /// A sheet that becomes a PNG or, by the ending of the path, an SVG. Throws HostError for another
+  /// ending and for a file that can't be written.
+  Canvas(const std::string& path, int width, int height);
+  ~Canvas();
+  Canvas(const Canvas&) = delete;
+  Canvas& operator=(const Canvas&) = delete;
+
+  void fill(Color color);
+  void line(const std::vector<Point>& points, Color color, double width,
+            const std::vector<double>& dashes = {});
+  void area(const std::vector<Point>& corners, Color color);
+  void rectangle(Point first, Point second, Color color, bool filled);
+  void text(Point at, const std::string& text, Color color, double size, Anchor anchor = {});
+  double text_width(const std::string& text, double size);
+
+  /// Limits drawing to a rectangle until `unclip`.
+  void clip(Point first, Point second);
+  void unclip();
+
+  void finish();
+
+ private:
+  struct Sheet;
+  std::unique_ptr<Sheet> sheet_;
+};
+
+}  // namespace quor_host
