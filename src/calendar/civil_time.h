@@ -1,11 +1,11 @@
 // Dates and times of day by arithmetic alone: a host in UTC+8, wherever the machine stands.
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 namespace quor {
 
@@ -19,9 +19,12 @@ struct BarTime {
   int32_t minute = 0;
   int32_t second = 0;
 
-  /// Compares the fields in the order in which they stand.
-  friend auto operator<=>(const BarTime&, const BarTime&) = default;
+  /// The fields in the order in which moments are compared.
+  auto fields() const { return std::tie(year1900, month0, day, hour, minute, second); }
 };
+
+inline bool operator<(const BarTime& a, const BarTime& b) { return a.fields() < b.fields(); }
+inline bool operator==(const BarTime& a, const BarTime& b) { return a.fields() == b.fields(); }
 
 /// Strictly between the two.
 inline bool is_inside(const BarTime& moment, const BarTime& start, const BarTime& end) {
