@@ -52,8 +52,8 @@ BarTime date_of(int64_t days) {
 
 /// Seconds on the clock, as if it were in UTC.
 int64_t clock_seconds(const BarTime& moment) {
-  return days_of(moment) * seconds_per_day + (moment.hour * 60 + moment.minute) * 60 +
-         moment.second;
+  const int64_t minutes = int64_t{moment.hour} * 60 + moment.minute;
+  return days_of(moment) * seconds_per_day + minutes * 60 + moment.second;
 }
 
 BarTime clock_moment(int64_t seconds) {

@@ -33,9 +33,9 @@ ModelPointer find_model(const std::string& key) {
   return found == _trade_day_map.end() ? nullptr : found->second;
 }
 
-void store_model(const std::string& key, ModelPointer model) {
+void store_model(const std::string& key, const ModelPointer& model) {
   const std::unique_lock guard(map_lock);
-  _trade_day_map.try_emplace(key, std::move(model));
+  _trade_day_map.try_emplace(key, model);
 }
 
 void drop_model(const std::string& key) noexcept {

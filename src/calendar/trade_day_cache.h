@@ -17,7 +17,7 @@ std::string cache_key(std::string_view security, std::string_view market);
 /// Null if there is none.
 ModelPointer find_model(const std::string& key);
 /// Keeps a model that is there already, also one without trade dates.
-void store_model(const std::string& key, ModelPointer model);
+void store_model(const std::string& key, const ModelPointer& model);
 void drop_model(const std::string& key) noexcept;
 
 /// To be called while an exception is being handled: logs its kind and its text behind the
