@@ -123,6 +123,22 @@ Failure calculate(const Options& options, Compiled& compiled, const Bars& bars) 
   return parse_answer(compiled.session.calculate(options.first_row, options.fire_signals));
 }
 
+/// Compiles and calculates; with success `use` gets the script and its bars.
+template <typename Use>
+int calculate_and(const Options& options, const Use& use) {
+  Compiled compiled(options);
+  Failure failure = compiled.report.failure;
+  if (failure.code == 0) {
+    const Bars bars = read_bars(options.bars_path);
+    failure = calculate(options, compiled, bars);
+    if (failure.code == 0) {
+      use(compiled, bars);
+      return exit_sound;
+    }
+  }
+  return print_script_failure(failure, compiled);
+}
+
 }  // namespace
 
 int check_script(const Options& options) {
@@ -138,35 +154,23 @@ int check_script(const Options& options) {
 }
 
 int run_script(const Options& options) {
-  Compiled compiled(options);
-  if (compiled.report.failure.code != 0) {
-    return print_script_failure(compiled.report.failure, compiled);
-  }
-  const Bars bars = read_bars(options.bars_path);
-  const Failure failure = calculate(options, compiled, bars);
-  if (failure.code != 0) return print_script_failure(failure, compiled);
-  const Results results = results_of(compiled, bars.keys);
-  if (options.as_json) {
-    print_json(std::cout, results);
-  } else {
-    print_table(std::cout, results, options.last);
-  }
-  return exit_sound;
+  return calculate_and(options, [&options](const Compiled& compiled, const Bars& bars) {
+    const Results results = results_of(compiled, bars.keys);
+    if (options.as_json) {
+      print_json(std::cout, results);
+    } else {
+      print_table(std::cout, results, options.last);
+    }
+  });
 }
 
 #ifdef QUOR_CHART
 
 int draw_script(const Options& options) {
   const ChartSize size = parse_size(options.picture_size);
-  Compiled compiled(options);
-  if (compiled.report.failure.code != 0) {
-    return print_script_failure(compiled.report.failure, compiled);
-  }
-  const Bars bars = read_bars(options.bars_path);
-  const Failure failure = calculate(options, compiled, bars);
-  if (failure.code != 0) return print_script_failure(failure, compiled);
-  draw_chart(compiled.session, bars, options.last, size, options.picture_path);
-  return exit_sound;
+  return calculate_and(options, [&options, size](const Compiled& compiled, const Bars& bars) {
+    draw_chart(compiled.session, bars, options.last, size, options.picture_path);
+  });
 }
 
 #else
