@@ -87,7 +87,7 @@ int compile_script(CompileContext& context, std::string& script, std::string_vie
   return status_ok;
 }
 
-std::string pre_parse(CompileContext& context, std::string script, std::string parameters,
+std::string pre_parse(CompileContext& context, std::string script, std::string_view parameters,
                       std::string_view lines) {
   try {
     std::string error;

@@ -22,7 +22,7 @@ int compile_script(CompileContext& context, std::string& script, std::string_vie
 
 /// Compiles, makes the trial run and gives the report as JSON. No exception comes out, unless there
 /// is no memory for the report of a failure.
-std::string pre_parse(CompileContext& context, std::string script, std::string parameters,
+std::string pre_parse(CompileContext& context, std::string script, std::string_view parameters,
                       std::string_view lines);
 
 }  // namespace quor

@@ -36,7 +36,7 @@ ScriptParser::ScriptParser() : calculator_(pool_), context_(pool_, calculator_) 
 
 std::string ScriptParser::pre_parse(std::string_view script, std::string_view parameters,
                                     std::string_view lines) {
-  return quor::pre_parse(context_, std::string(script), std::string(parameters), lines);
+  return quor::pre_parse(context_, std::string(script), parameters, lines);
 }
 
 std::string ScriptParser::exec(int32_t first_row, bool fire_signals) {
