@@ -51,7 +51,7 @@ double measure(const Entry& entry, const std::string& rows, size_t count) {
     // The processor's own time: what else the machine does must not look like growth.
     const std::clock_t start = std::clock();
     host.calculate(0);
-    const double ticks = static_cast<double>(std::clock() - start);
+    const auto ticks = static_cast<double>(std::clock() - start);
     best = std::min(best, ticks / CLOCKS_PER_SEC * 1e9);
     if (best > longest_run_ns / 10) break;
   }

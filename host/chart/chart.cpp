@@ -136,7 +136,8 @@ void draw_chart(const Session& session, const Bars& bars, size_t last, ChartSize
     draw_value_axis(canvas, panel, axis);
     canvas.clip({axis.left, panel.top}, {axis.right, panel.bottom});
     const auto is_background = [](const Record* record) { return record->number("ZIndex") <= 0.0; };
-    const auto front = std::ranges::stable_partition(panel.records, is_background).begin();
+    const auto front =
+        std::stable_partition(panel.records.begin(), panel.records.end(), is_background);
     for (auto record = panel.records.begin(); record != front; ++record) {
       painter.draw(panel, **record);
     }
