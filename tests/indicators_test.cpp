@@ -3,9 +3,9 @@
 // averages start with the first value, Wilder's smoothing (x + (n-1) * prev) / n with the first
 // known change, extremes take the bars there are, sums and means only full windows. Two words
 // differ from the textbook, and the program follows them: the band's deviation begins one bar late,
-// and the parabolic stop is negative while it stands above the bars and takes its extreme point
-// from the fifth bar on. The zigzag turns where the close has moved five percent from its last
-// extreme.
+// and the parabolic stop, negative while it stands above the bars, moves toward the far end of the
+// bar before, quickens at every bar that keeps its direction, and takes an extreme point from the
+// fifth bar on. The zigzag turns where the close has moved five percent from its last extreme.
 #include <gtest/gtest.h>
 
 #include <cmath>
