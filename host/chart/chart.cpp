@@ -59,8 +59,12 @@ std::string tick_text(double value, double step) {
 
 void draw_value_axis(Canvas& canvas, const Panel& panel, const TimeAxis& axis) {
   const double step = nice_step(panel.range.span(), std::max(2.0, (panel.bottom - panel.top) / 55));
-  for (double value = std::ceil(panel.range.low / step) * step; value <= panel.range.high;
-       value += step) {
+  // Counted, since adding a step to a huge value may change nothing.
+  constexpr int most_ticks = 100;
+  const double first = std::ceil(panel.range.low / step) * step;
+  for (int tick = 0; tick < most_ticks; ++tick) {
+    const double value = first + tick * step;
+    if (!(value <= panel.range.high)) break;
     const double y = panel.y(value);
     canvas.line({{axis.left, y}, {axis.right, y}}, grid, 1.0);
     canvas.text({axis.right + 6, y}, tick_text(value, step), label, text_size);

@@ -125,6 +125,8 @@ signal  2024-01-05 21:15:00  row 2  BK 3' ] || failures=1
 # A picture; a program built without the means to draw says so instead.
 if "$quor" chart "$samples/showcase.quor" --bars "$samples/index-daily.csv" --out chart.svg 2>chart.err; then
   grep -q '<svg' chart.svg && [ "$(wc -c <chart.svg)" -gt 50000 ] || failures=1
+  # Values so large that a step of the axis is lost on them once kept it from ending.
+  expect 0 '' chart -e 'A:10000000000000000+2*(C>9);' --bars bars.csv --out huge.svg
   expect 1 'quor: --size 10x: not of the form 1200x800, from 200 to 8000 pixels' \
     chart -e 'A:=1;' --bars bars.csv --out chart.svg --size 10x
   expect 1 'quor: --out chart.gif: neither .svg nor .png' \
