@@ -1,9 +1,12 @@
 // quor: compiles and runs scripts from the command line.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
 #include <iostream>
+#include <utility>
 
 #include "commands.h"
+#include "console.h"
 
 namespace {
 
@@ -126,6 +129,9 @@ int run_command(const CLI::App& app, const Options& options) {
 
 int main(int argc, char** argv) {
   try {
+    quor_host::prepare_output();
+    std::vector<std::string> arguments = quor_host::utf8_arguments(argc, argv);
+    std::ranges::reverse(arguments);  // the order that the parser wants them in
     CLI::App app("Compiles indicator scripts and runs them over bars of a security.", "quor");
     Options options;
     app.require_subcommand(1);
@@ -134,7 +140,7 @@ int main(int argc, char** argv) {
     add_run(app, options);
     add_chart(app, options);
     try {
-      app.parse(argc, argv);
+      app.parse(std::move(arguments));
     } catch (const CLI::ParseError& error) {
       return app.exit(error) == 0 ? 0 : exit_usage;
     }

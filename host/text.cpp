@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -10,7 +11,8 @@
 namespace quor_host {
 
 std::string read_file(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
+  const std::filesystem::path name(std::u8string(path.begin(), path.end()));
+  std::ifstream file(name, std::ios::binary);
   if (!file) throw HostError(path + ": can't be opened");
   std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   if (file.bad()) throw HostError(path + ": can't be read");

@@ -28,6 +28,8 @@ static double answer_extra(const char* key, const char* market, const char* secu
   return strcmp(key, "MINPRICE") == 0 && is_known ? 0.01 : NAN;
 }
 
+static int is_null(double value) { return value != value; }
+
 static void compile(int64_t handle) {
   const char* script = "GAP:=HIGH-N*LOW;TOTAL:=GAP+CLOSE;";
   const char* parameters = "[{\"PARAM_NAME\":\"N\",\"DEFAULT\":2}]";
@@ -80,7 +82,7 @@ static void play_session(void) {
   delete_instance(handle);
   delete_instance(handle);
   check(get_row_num(handle) == 0, "deleted handle has no bars");
-  check(isnan(get_data_by_col_row(handle, 0, (uint32_t)total)), "deleted handle gives null");
+  check(is_null(get_data_by_col_row(handle, 0, (uint32_t)total)), "deleted handle gives null");
   release_ptr_val(NULL);
 }
 

@@ -1,5 +1,5 @@
 # Fails unless the library shows exactly the functions of its interface.
-#   cmake -DNM=... -DLIBRARY=... -P exports.cmake
+#   cmake -DNM=... -DOBJDUMP=... -DLIBRARY=... -P exports.cmake
 set(expected
   clear_data create_instance create_reserved_field delete_instance exec_parser_cal get_column_num
   get_current_row_index get_data_arr get_data_by_col_row get_field_id_by_param_name
@@ -9,9 +9,17 @@ set(expected
   set_logger_handler set_parser_instance_uuid set_parser_notice_callback_handler set_row_data
   set_trade_callback)
 
-execute_process(COMMAND ${NM} --dynamic --defined-only --format=just-symbols ${LIBRARY}
-  OUTPUT_VARIABLE found OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-string(REPLACE "\n" ";" found "${found}")
+if(LIBRARY MATCHES "[.]dll$")
+  execute_process(COMMAND ${OBJDUMP} --private-headers ${LIBRARY}
+    OUTPUT_VARIABLE headers COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX REPLACE ".*\n.Ordinal/Name Pointer. Table" "" table "${headers}")
+  string(REGEX MATCHALL "\\[ *[0-9]+\\] [^\n]+" found "${table}")
+  list(TRANSFORM found REPLACE "^.*\\] " "")
+else()
+  execute_process(COMMAND ${NM} --dynamic --defined-only --format=just-symbols ${LIBRARY}
+    OUTPUT_VARIABLE found OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+  string(REPLACE "\n" ";" found "${found}")
+endif()
 list(SORT found)
 if(NOT found STREQUAL expected)
   message(FATAL_ERROR "The library exports\n  ${found}\ninstead of\n  ${expected}")

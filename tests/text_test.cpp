@@ -75,7 +75,6 @@ TEST(Numbers, FixedTextsAreThoseOfPrintf) {
                            -1e22,
                            5e-324,
                            1.7976931348623157e308,
-                           null_value,
                            std::numeric_limits<double>::infinity(),
                            -std::numeric_limits<double>::infinity()};
   for (const double value : values) {

@@ -8,21 +8,22 @@
 #include "functions/families.h"
 #include "functions/one_bar.h"
 #include "functions/series.h"
+#include "platform/math.h"
 #include "platform/random.h"
 
 namespace quor {
 namespace {
 
 using ABS = OneArgument<[](double x) { return std::fabs(x); }>;
-using ACOS = OneArgument<[](double x) { return std::acos(x); }>;
-using ASIN = OneArgument<[](double x) { return std::asin(x); }>;
-using ATAN = OneArgument<[](double x) { return std::atan(x); }>;
-using COS = OneArgument<[](double x) { return std::cos(x); }>;
-using SIN = OneArgument<[](double x) { return std::sin(x); }>;
-using TAN = OneArgument<[](double x) { return std::tan(x); }>;
-using EXP = OneArgument<[](double x) { return std::exp(x); }>;
-using LN = OneArgument<[](double x) { return std::log(x); }>;
-using LOG10 = OneArgument<[](double x) { return std::log10(x); }>;
+using ACOS = OneArgument<[](double x) { return platform::acos(x); }>;
+using ASIN = OneArgument<[](double x) { return platform::asin(x); }>;
+using ATAN = OneArgument<[](double x) { return platform::atan(x); }>;
+using COS = OneArgument<[](double x) { return platform::cos(x); }>;
+using SIN = OneArgument<[](double x) { return platform::sin(x); }>;
+using TAN = OneArgument<[](double x) { return platform::tan(x); }>;
+using EXP = OneArgument<[](double x) { return platform::exp(x); }>;
+using LN = OneArgument<[](double x) { return platform::log(x); }>;
+using LOG10 = OneArgument<[](double x) { return platform::log10(x); }>;
 using SQRT = OneArgument<[](double x) { return std::sqrt(x); }>;
 using CEILING = OneArgument<[](double x) { return std::ceil(x); }>;
 using FLOOR = OneArgument<[](double x) { return std::floor(x); }>;
@@ -31,7 +32,7 @@ using INTPART = OneArgument<[](double x) { return static_cast<double>(to_int(x))
 using FRACPART = OneArgument<[](double x) { return x - std::trunc(x); }>;
 using REVERSE = OneArgument<[](double x) { return -x; }>;
 using SQUARE = OneArgument<[](double x) { return x * x; }>;
-using CUBE = OneArgument<[](double x) { return std::pow(x, 3.0); }>;
+using CUBE = OneArgument<[](double x) { return platform::pow(x, 3.0); }>;
 
 /// 0 and null leave the caller's start value.
 std::optional<double> sign_of(double x) {
@@ -41,7 +42,7 @@ std::optional<double> sign_of(double x) {
 }
 using SIGN = OneArgument<sign_of>;
 
-using POW = TwoArguments<[](double base, double exponent) { return std::pow(base, exponent); }>;
+using POW = TwoArguments<[](double base, double exponent) { return platform::pow(base, exponent); }>;
 
 /// A divisor of exactly 0 writes nothing, one that truncates to 0 gives 0.
 using MOD = TwoArguments<[](double dividend, double divisor) -> std::optional<double> {
@@ -69,7 +70,7 @@ class LOG final : public BaseFunc {
       if (status != status_ok) return status;
       if (base == 1.0 || !(base >= 0)) return status_ok;
     }
-    call.result = std::log(x) / std::log(base);
+    call.result = platform::log(x) / platform::log(base);
     return status_ok;
   }
 };
@@ -99,10 +100,10 @@ class ROUND final : public BaseFunc {
   /// The digits are not truncated. Null digits give null.
   static double to_digits(double x, double digits) {
     if (digits >= 0) {
-      const double scale = std::pow(10.0, digits);
+      const double scale = platform::pow(10.0, digits);
       return std::round(scale * x) / scale;
     }
-    const double unit = std::pow(10.0, -digits);
+    const double unit = platform::pow(10.0, -digits);
     return std::round(x / unit) * unit;
   }
 };
@@ -141,7 +142,7 @@ class NUMPOW final : public BaseFunc {
   static double weighted_sum(const Window& window, double exponent) {
     double sum = 0.0;
     for (size_t i = 0; i < window.size(); ++i) {
-      sum += std::pow(static_cast<double>(i + 1), exponent) * window[i];
+      sum += platform::pow(static_cast<double>(i + 1), exponent) * window[i];
     }
     return sum;
   }

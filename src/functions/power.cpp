@@ -1,9 +1,9 @@
 #include "functions/power.h"
 
-#include <cmath>
+#include "platform/math.h"
 
 namespace quor {
 
-double power(double base, double exponent) { return std::pow(base, exponent); }
+double power(double base, double exponent) { return platform::pow(base, exponent); }
 
 }  // namespace quor

@@ -9,6 +9,7 @@
 #include "functions/scratch_frame.h"
 #include "functions/series.h"
 #include "functions/word_steps.h"
+#include "platform/math.h"
 
 namespace quor {
 namespace {
@@ -200,7 +201,7 @@ class SORTPOS final : public SortedChoice<place_of> {
 double normal_density(double x, double mean, double deviation) {
   constexpr double root_of_two_pi = 2.5066282746310007;
   const double z = (x - mean) / deviation;
-  return std::exp(z * -0.5 * z) / (deviation * root_of_two_pi);
+  return platform::exp(z * -0.5 * z) / (deviation * root_of_two_pi);
 }
 
 class NORMPDF final : public BaseFunc {

@@ -1,7 +1,12 @@
 #include "platform/clock.h"
 
 #include <chrono>
+#ifdef _WIN32
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+#else
 #include <ctime>
+#endif
 
 namespace quor {
 
@@ -10,16 +15,21 @@ int64_t unix_time() {
   return std::chrono::duration_cast<std::chrono::seconds>(since_epoch).count();
 }
 
+#ifdef _WIN32
+// Not the C library's local time, which goes by an environment variable and by rules of its own.
+LocalTime local_time() {
+  SYSTEMTIME now;
+  GetLocalTime(&now);
+  return {now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond};
+}
+#else
 LocalTime local_time() {
   const std::time_t now = std::time(nullptr);
   std::tm parts{};
-#ifdef _WIN32
-  if (localtime_s(&parts, &now) != 0) return {};
-#else
   if (localtime_r(&now, &parts) == nullptr) return {};
-#endif
   return {parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday,
           parts.tm_hour,        parts.tm_min,     parts.tm_sec};
 }
+#endif
 
 }  // namespace quor

@@ -1,20 +1,23 @@
 #!/bin/sh
 # Runs the command-line host and compares its exit status and what it prints.
-#   quor_test.sh QUOR SAMPLES
+#   quor_test.sh QUOR SAMPLES [EMULATOR]
 set -u
-quor=$1
+program=$1
 samples=$2
+emulator=${3:-}
 folder=$(mktemp -d) || exit 1
 trap 'rm -rf "$folder"' EXIT
 cd "$folder" || exit 1
 failures=0
+
+quor() { ${emulator:+"$emulator"} "$program" "$@"; }
 
 # expect STATUS TEXT ARGUMENTS...: runs quor; the whole of what it prints on both channels must be TEXT.
 expect() {
   status=$1
   text=$2
   shift 2
-  printed=$("$quor" "$@" 2>&1)
+  printed=$(quor "$@" 2>&1)
   got=$?
   [ "$got" -eq "$status" ] && [ "$printed" = "$text" ] && return
   printf 'quor %s\n' "$*"
@@ -110,7 +113,7 @@ expect 1 'quor: --reference 600000|11: the script asks for no such data' \
 
 # A night session: its bars belong to the next trading day; notices and signals in their order.
 night() {
-  "$quor" run --bars "$samples/night.csv" --period 0x3005 --code TEST --market NIGHT \
+  quor run --bars "$samples/night.csv" --period 0x3005 --code TEST --market NIGHT \
     --calendar "$samples/night-calendar.json" "$@" 2>/dev/null
 }
 [ "$(night -e 'D:=DATE;' --last 144 | awk 'NR > 1 { print $1, $3 }' | uniq -c | tr -s ' ' '|')" = \
@@ -123,7 +126,7 @@ night() {
 signal  2024-01-05 21:15:00  row 2  BK 3' ] || failures=1
 
 # A picture; a program built without the means to draw says so instead.
-if "$quor" chart "$samples/showcase.quor" --bars "$samples/index-daily.csv" --out chart.svg 2>chart.err; then
+if quor chart "$samples/showcase.quor" --bars "$samples/index-daily.csv" --out chart.svg 2>chart.err; then
   grep -q '<svg' chart.svg && [ "$(wc -c <chart.svg)" -gt 50000 ] || failures=1
   # Values so large that a step of the axis is lost on them once kept it from ending.
   expect 0 '' chart -e 'A:10000000000000000+2*(C>9);' --bars bars.csv --out huge.svg
@@ -136,6 +139,6 @@ else
 fi
 
 for script in "$samples"/*.quor; do
-  "$quor" run "$script" --bars "$samples/index-daily.csv" --last 1 >/dev/null || failures=1
+  quor run "$script" --bars "$samples/index-daily.csv" --last 1 >/dev/null || failures=1
 done
 [ $failures -eq 0 ] || exit 1

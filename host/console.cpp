@@ -1,0 +1,60 @@
+#include "console.h"
+
+#ifdef _WIN32
+#define WIN32_LEAN_AND_MEAN
+#include <fcntl.h>
+#include <io.h>
+#include <stdio.h>
+#include <windows.h>
+// Behind the header that it builds on.
+#include <shellapi.h>
+
+#include <memory>
+
+#include "errors.h"
+
+namespace quor_host {
+namespace {
+
+std::string to_utf8(const wchar_t* wide) {
+  const int size = WideCharToMultiByte(CP_UTF8, 0, wide, -1, nullptr, 0, nullptr, nullptr);
+  if (size <= 0) throw HostError("an argument is no text");
+  std::string text(static_cast<size_t>(size), '\0');
+  WideCharToMultiByte(CP_UTF8, 0, wide, -1, text.data(), size, nullptr, nullptr);
+  text.pop_back();  // the terminating zero
+  return text;
+}
+
+}  // namespace
+
+std::vector<std::string> utf8_arguments(int /*argc*/, char** /*argv*/) {
+  int count = 0;
+  const std::unique_ptr<wchar_t*, decltype(&LocalFree)> wide(
+      CommandLineToArgvW(GetCommandLineW(), &count), LocalFree);
+  if (wide == nullptr) throw HostError("the command line can't be read");
+  std::vector<std::string> arguments;
+  for (int i = 1; i < count; ++i) arguments.push_back(to_utf8(wide.get()[i]));
+  return arguments;
+}
+
+void prepare_output() {
+  SetConsoleOutputCP(CP_UTF8);
+  _setmode(_fileno(stdout), _O_BINARY);
+  _setmode(_fileno(stderr), _O_BINARY);
+}
+
+}  // namespace quor_host
+
+#else
+
+namespace quor_host {
+
+std::vector<std::string> utf8_arguments(int argc, char** argv) {
+  return argc > 0 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
+}
+
+void prepare_output() {}
+
+}  // namespace quor_host
+
+#endif

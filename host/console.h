@@ -1,0 +1,15 @@
+// What the program gets from the command line and prints to, the same bytes on every system.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace quor_host {
+
+/// The arguments behind the program's name, in UTF-8 whatever the system's own code page is.
+std::vector<std::string> utf8_arguments(int argc, char** argv);
+
+/// Makes both outputs take UTF-8 and leave line ends as they are.
+void prepare_output();
+
+}  // namespace quor_host
