@@ -135,6 +135,7 @@ int main(int argc, char** argv) {
     CLI::App app("Compiles indicator scripts and runs them over bars of a security.", "quor");
     Options options;
     app.require_subcommand(1);
+    app.allow_windows_style_options(false);  // a path may begin with a slash on any system
     app.footer(footer);
     add_check(app, options);
     add_run(app, options);

@@ -1,6 +1,7 @@
 // A warm run allocates nothing per bar, whatever words a script uses.
 #include <gtest/gtest.h>
 
+#include <map>
 #include <set>
 #include <string>
 
@@ -14,11 +15,12 @@ namespace quor_test {
 namespace {
 
 /// Notices and signals build texts and call out; the calendar and its log lines may allocate; RGB
-/// with three arguments becomes a colour before it is compiled.
+/// and SOUND become other words before they are compiled.
 bool is_exempt(std::string_view word) {
-  static const std::set<std::string_view> words = {"NOTICE", "ZIG",     "YEAR",  "MONTH", "DAY",
-                                                   "HOUR",   "MINUTE",  "DATE",  "TIME",  "QUARTER",
-                                                   "DATE1",  "WEEKDAY", "TIME0", "RGB"};
+  static const std::set<std::string_view> words = {
+      "NOTICE",  "BK",    "BP",    "SK",    "SP",      "BPK",  "SPK",    "CLOSEOUT",
+      "ZIG",     "YEAR",  "MONTH", "DAY",   "HOUR",    "DATE", "MINUTE", "TIME",
+      "QUARTER", "DATE1", "RGB",   "SOUND", "WEEKDAY", "TIME0"};
   return words.contains(word);
 }
 
@@ -38,6 +40,14 @@ std::string call_of(std::string_view word, int count, int colour_at) {
 
 /// A statement that compiles with the word; empty if none does.
 std::string statement_with(TestHost& host, std::string_view word) {
+  static const std::map<std::string_view, std::string> particular = {
+      {"DRAWCOLORLINE", "DRAWCOLORLINE(C>O,C,COLORRED,COLORGREEN);"},
+      {"DRAWGBK", "DRAWGBK(C>O,COLORRED,COLORBLUE,0);"},
+      {"DRAWLASTBARICON", "DRAWLASTBARICON(H,'ICO5');"},
+      {"DRAWLASTBARTEXT", "DRAWLASTBARTEXT(H,'x');"}};
+  if (const auto row = particular.find(word); row != particular.end()) {
+    return host.compile(row->second).code == 0 ? row->second : std::string();
+  }
   for (int colour_at = -1; colour_at < 8; ++colour_at) {
     for (int count = 0; count <= 8; ++count) {
       if (colour_at >= count && colour_at >= 0) continue;
@@ -76,7 +86,10 @@ TEST(Allocation, NoBarOfAWarmRunAllocates) {
     if (is_exempt(row.word) || quor::find_function(row.word) == nullptr) continue;
     TestHost host;
     const std::string statement = statement_with(host, row.word);
-    ASSERT_FALSE(statement.empty()) << row.word;
+    if (statement.empty()) {
+      ADD_FAILURE() << "no statement compiles with " << row.word;
+      continue;
+    }
     host.feed(bars);
     host.run();
     const long one_bar = allocations_of_run(host, rows - 1);

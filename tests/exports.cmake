@@ -12,7 +12,7 @@ set(expected
 if(LIBRARY MATCHES "[.]dll$")
   execute_process(COMMAND ${OBJDUMP} --private-headers ${LIBRARY}
     OUTPUT_VARIABLE headers COMMAND_ERROR_IS_FATAL ANY)
-  string(REGEX REPLACE ".*\n.Ordinal/Name Pointer. Table" "" table "${headers}")
+  string(REGEX MATCH "\n.Ordinal/Name Pointer. Table\n(\t[^\n]*\n)*" table "${headers}")
   string(REGEX MATCHALL "\\[ *[0-9]+\\] [^\n]+" found "${table}")
   list(TRANSFORM found REPLACE "^.*\\] " "")
 else()

@@ -1,5 +1,6 @@
 # Fails if a Windows file needs a DLL that is neither the system's nor the library itself.
 #   cmake -DOBJDUMP=... -DFILE=... -P imports.cmake
+cmake_policy(VERSION 3.25)
 set(allowed kernel32.dll msvcrt.dll advapi32.dll shell32.dll lib_quor_parser.dll)
 
 execute_process(COMMAND ${OBJDUMP} --private-headers ${FILE}

@@ -1,7 +1,18 @@
 #!/bin/sh
 # Runs a program of the Windows build, without a screen and in a Wine of its own under build/.
 #   tools/wine.sh PROGRAM ARGUMENTS...
+#   tools/wine.sh --start    prepares this Wine and keeps it running until
+#   tools/wine.sh --stop
 build=$(cd "$(dirname "$0")/.." && pwd)/build
-export WINEPREFIX="$build/wine" WINEDEBUG=-all WINEDLLOVERRIDES='mscoree=;mshtml=;winemenubuilder.exe='
-unset DISPLAY WAYLAND_DISPLAY
-exec wine "$@"
+export WINEPREFIX="$build/wine" WINEDEBUG=-all WINEARCH=win64
+export WINEDLLOVERRIDES='mscoree=;mshtml=;winemenubuilder.exe='
+unset DISPLAY WAYLAND_DISPLAY TZ
+
+case $1 in
+  --start)
+    mkdir -p "$WINEPREFIX"
+    wineserver --persistent && timeout 300 wine wineboot --init >/dev/null 2>&1
+    ;;
+  --stop) timeout 60 wineserver --kill --wait ;;
+  *) exec wine "$@" ;;
+esac

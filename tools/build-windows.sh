@@ -1,0 +1,9 @@
+#!/bin/sh
+# Installs what is missing and cross-builds the library, `quor` and the tests for 64-bit Windows, into
+# build/windows/bin.
+set -u
+. "$(dirname "$0")/lib.sh"
+
+need_packages $windows_packages
+tools/windows-libraries.sh || exit
+build windows
