@@ -6,13 +6,18 @@
 build=$(cd "$(dirname "$0")/.." && pwd)/build
 export WINEPREFIX="$build/wine" WINEDEBUG=-all WINEARCH=win64
 export WINEDLLOVERRIDES='mscoree=;mshtml=;winemenubuilder.exe='
+# TZ is read by rules of its own there.
 unset DISPLAY WAYLAND_DISPLAY TZ
+
+# Fails if none is running, too.
+stop() { timeout 60 wineserver --kill; }
 
 case $1 in
   --start)
     mkdir -p "$WINEPREFIX"
+    stop
     wineserver --persistent && timeout 300 wine wineboot --init >/dev/null 2>&1
     ;;
-  --stop) timeout 60 wineserver --kill --wait ;;
+  --stop) stop ;;
   *) exec wine "$@" ;;
 esac
