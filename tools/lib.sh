@@ -6,7 +6,7 @@ cd "$root" || exit 1
 build_packages="g++ cmake ninja-build ccache libsimdjson-dev"
 host_packages="libcli11-dev libcsv-dev pkg-config libcairo2-dev libpango1.0-dev"
 font_packages="fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji"
-test_packages="libgtest-dev binutils"
+test_packages="libgtest-dev binutils python3"
 bench_packages="libbenchmark-dev"
 format_packages="clang-format-14"
 tidy_packages="clang-tidy-14"
@@ -86,4 +86,4 @@ sources() {
   done
 }
 
-folders="include src host tests bench fuzz"
+folders="include src host examples tests bench fuzz"
