@@ -130,6 +130,7 @@ int main(int argc, char** argv) {
     Options options;
     app.require_subcommand(1);
     app.footer(footer);
+    app.set_version_flag("--version", "quor " QUOR_VERSION);
     add_check(app, options);
     add_run(app, options);
     add_chart(app, options);
