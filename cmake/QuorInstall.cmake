@@ -23,6 +23,7 @@ install(EXPORT quor_parser NAMESPACE quor:: FILE quor_parser-config.cmake
 
 # quor_parser.pc for everything else, with paths that start from where the file lies.
 file(RELATIVE_PATH pc_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" pc_prefix ${pc_prefix})
 file(RELATIVE_PATH pc_libdir ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
 file(RELATIVE_PATH pc_includedir ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
 configure_file(cmake/quor_parser.pc.in quor_parser.pc @ONLY)

@@ -11,4 +11,5 @@ cpack --config build/release/CPackConfig.cmake -B dist >"$log" 2>&1 || {
   cat "$log" >&2
   die "the packages could not be made"
 }
+rm -rf dist/_CPack_Packages
 sed -n 's/^CPack: - package: \(.*\) generated\.$/\1/p' "$log"
