@@ -7,10 +7,10 @@ build_packages="g++ cmake ninja-build ccache libsimdjson-dev"
 host_packages="libcli11-dev libcsv-dev pkg-config libcairo2-dev libpango1.0-dev"
 font_packages="fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji"
 test_packages="libgtest-dev binutils python3"
-package_packages="dpkg-dev file"
 bench_packages="libbenchmark-dev"
 format_packages="clang-format-14"
 tidy_packages="clang-tidy-14"
+package_packages="dpkg-dev file"
 
 say() { echo "$*" >&2; }
 
