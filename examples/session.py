@@ -1,6 +1,7 @@
 """The session of session.c from Python, with the same printout.
 
-    python3 session.py [LIBRARY]    by default lib_quor_parser.so where the loader finds it
+    python3 session.py [LIBRARY]    by default lib_quor_parser.so where the loader finds it;
+                                    on Windows the path of lib_quor_parser.dll is needed
 """
 
 import ctypes
