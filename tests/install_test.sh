@@ -40,6 +40,14 @@ same "$(pkg-config --modversion quor_parser)" "$version" pkg-config
 "$cc" $warnings "$examples/session.c" $(pkg-config --cflags --libs quor_parser) -o session
 same "$(LD_LIBRARY_PATH=$libraries ./session)" "$expected" "the client built through pkg-config"
 
+# Every link of the documentation leads to a file that is there.
+find "$prefix/share" -name '*.md' | while read -r page; do
+  grep -o '](\([^)#:]*\)[)#]' "$page" | sed 's/^](//; s/[)#]$//' | while read -r link; do
+    [ -e "$(dirname "$page")/$link" ] || echo "$page: $link"
+  done
+done >broken
+same "$(cat broken)" "" "links of the documentation"
+
 # The program finds its library without help.
 if [ -e "$prefix/bin/quor" ]; then
   same "$("$prefix/bin/quor" --version)" "quor $version" "quor --version"
