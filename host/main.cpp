@@ -137,6 +137,7 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     app.allow_windows_style_options(false);  // a path may begin with a slash on any system
     app.footer(footer);
+    app.set_version_flag("--version", "quor " QUOR_VERSION);
     add_check(app, options);
     add_run(app, options);
     add_chart(app, options);

@@ -6,12 +6,13 @@ cd "$root" || exit 1
 build_packages="g++ cmake ninja-build ccache libsimdjson-dev"
 host_packages="libcli11-dev libcsv-dev pkg-config libcairo2-dev libpango1.0-dev"
 font_packages="fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji"
-test_packages="libgtest-dev binutils"
+test_packages="libgtest-dev binutils python3"
 windows_packages="g++-mingw-w64-x86-64-posix cmake ninja-build ccache dpkg-dev googletest libcli11-dev"
 wine_packages="wine wine64"
 bench_packages="libbenchmark-dev"
 format_packages="clang-format-14"
 tidy_packages="clang-tidy-14"
+package_packages="dpkg-dev file"
 
 say() { echo "$*" >&2; }
 
@@ -88,4 +89,4 @@ sources() {
   done
 }
 
-folders="include src host tests bench fuzz"
+folders="include src host examples tests bench fuzz"

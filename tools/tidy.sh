@@ -8,7 +8,7 @@
 set -u
 . "$(dirname "$0")/lib.sh"
 
-tidy_folders="src host tests bench"
+tidy_folders="src host examples tests bench"
 
 base_commit() {
   base=$(git merge-base origin/main HEAD 2>/dev/null)

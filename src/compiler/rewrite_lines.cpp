@@ -19,7 +19,9 @@ struct StyledExpression {
 
 /// Looks at the first item that begins with the word; it counts if it is the whole item.
 std::optional<StyledExpression> find_style_word(std::string_view slot, std::string_view word) {
-  const size_t at = slot.find("@" + std::string(word));
+  std::string mark = "@";
+  mark += word;
+  const size_t at = slot.find(mark);
   if (at == std::string_view::npos) return std::nullopt;
   StyledExpression found{slot.substr(0, at), split(slot.substr(at), "@")};
   if (found.items[0] != word) return std::nullopt;
@@ -28,16 +30,16 @@ std::optional<StyledExpression> find_style_word(std::string_view slot, std::stri
 
 /// The items of a stick form that count: the last colour, and whether the stick is hollow.
 struct StickStyle {
-  std::string colour;  ///< with its comma, or empty
-  std::string hollow = "1";
+  std::string_view colour;  ///< empty if there is none
+  bool is_hollow = true;
 };
 
 StickStyle stick_style(std::span<const std::string_view> items) {
   StickStyle style;
   for (const std::string_view item : items) {
-    if (item.starts_with("COLOR")) style.colour = "@" + std::string(item);
-    if (item.starts_with("SOLID")) style.hollow = "0";
-    if (item.starts_with("HOLLOW")) style.hollow = "1";
+    if (item.starts_with("COLOR")) style.colour = item;
+    if (item.starts_with("SOLID")) style.is_hollow = false;
+    if (item.starts_with("HOLLOW")) style.is_hollow = true;
   }
   return style;
 }
@@ -45,15 +47,17 @@ StickStyle stick_style(std::span<const std::string_view> items) {
 std::string stick_call(std::string_view word, const StyledExpression& stick) {
   // Tells the stick call to take the generated title; no number belongs to it.
   constexpr std::string_view auto_title = "@EMPTY_LINE_NAME_RESERVED@TITLEVISIBLE";
-  const std::string expression(stick.expression);
-  const StickStyle style = stick_style(std::span(stick.items).subspan(1));
+  std::string call;
   if (word != "STICK" && word != "COLORSTICK") {
-    return "STICKLINE1(C>O||(C=O&&C>REF(C@1))@0@" + expression + "@-1@1)@ISVOLSTICK" +
-           std::string(auto_title);
+    call.append("STICKLINE1(C>O||(C=O&&C>REF(C@1))@0@").append(stick.expression);
+    return call.append("@-1@1)@ISVOLSTICK").append(auto_title);
   }
-  const std::string call = "STICKLINE1(1@0@" + expression + "@1@" + style.hollow + ")";
-  if (word == "STICK") return call + style.colour + "@TITLEVISIBLE";
-  return call + "@ISCOLORSTICK" + std::string(auto_title);
+  const StickStyle style = stick_style(std::span(stick.items).subspan(1));
+  call.append("STICKLINE1(1@0@").append(stick.expression);
+  call.append(style.is_hollow ? "@1@1)" : "@1@0)");
+  if (word == "COLORSTICK") return call.append("@ISCOLORSTICK").append(auto_title);
+  if (!style.colour.empty()) call.append("@").append(style.colour);
+  return call.append("@TITLEVISIBLE");
 }
 
 void put_generated_name(DataPoolCenter& pool, std::string& slot) {

@@ -1,0 +1,54 @@
+#!/bin/sh
+# Installs a build, moves it, and builds and runs the client in C against it, through CMake and
+# through pkg-config.
+#   install_test.sh CMAKE GENERATOR BUILD CC VERSION
+set -eu
+cmake=$1
+generator=$2
+build=$3
+cc=$4
+version=$5
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+cd "$folder"
+warnings="-Wall -Wextra -Wpedantic -Werror"
+
+# same TEXT EXPECTED WHAT
+same() {
+  [ "$1" = "$2" ] && return
+  printf '%s gave\n%s\ninstead of\n%s\n' "$3" "$1" "$2"
+  exit 1
+}
+
+"$cmake" --install "$build" --prefix "$folder/first" >install.log
+mv first moved
+prefix=$folder/moved
+examples=$prefix/share/doc/quor-parser/examples
+libraries=$(dirname "$(find "$prefix" -name lib_quor_parser.so)")
+expected=$(cat "$examples/session.txt")
+
+"$cmake" -G "$generator" -S "$examples" -B by-cmake -DCMAKE_PREFIX_PATH="$prefix" \
+  -DCMAKE_C_COMPILER="$cc" -DCMAKE_C_FLAGS="$warnings" >cmake.log
+"$cmake" --build by-cmake >>cmake.log || {
+  cat cmake.log
+  exit 1
+}
+same "$(by-cmake/session)" "$expected" "the client built by CMake"
+
+export PKG_CONFIG_PATH="$libraries/pkgconfig"
+same "$(pkg-config --modversion quor_parser)" "$version" pkg-config
+"$cc" $warnings "$examples/session.c" $(pkg-config --cflags --libs quor_parser) -o session
+same "$(LD_LIBRARY_PATH=$libraries ./session)" "$expected" "the client built through pkg-config"
+
+# Every link of the documentation leads to a file that is there.
+find "$prefix/share" -name '*.md' | while read -r page; do
+  grep -o '](\([^)#:]*\)[)#]' "$page" | sed 's/^](//; s/[)#]$//' | while read -r link; do
+    [ -e "$(dirname "$page")/$link" ] || echo "$page: $link"
+  done
+done >broken
+same "$(cat broken)" "" "links of the documentation"
+
+# The program finds its library without help.
+if [ -e "$prefix/bin/quor" ]; then
+  same "$("$prefix/bin/quor" --version)" "quor $version" "quor --version"
+fi
