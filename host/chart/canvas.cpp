@@ -4,6 +4,8 @@
 #include <pango/pangocairo.h>
 
 #include <algorithm>
+#include <cmath>
+#include <fstream>
 #include <map>
 #include <string_view>
 
@@ -29,10 +31,13 @@ const std::map<std::string, std::string, std::less<>> brushes = {
     {"Brush.Purple7", "7A3FB8"},
 };
 
-struct LayoutDeleter {
-  void operator()(PangoLayout* layout) const { g_object_unref(layout); }
+/// Frees what a C library has made.
+template <auto release>
+struct Releaser {
+  void operator()(auto* object) const { release(object); }
 };
-using Layout = std::unique_ptr<PangoLayout, LayoutDeleter>;
+using Layout = std::unique_ptr<PangoLayout, Releaser<g_object_unref>>;
+using Escaped = std::unique_ptr<char, Releaser<g_free>>;
 
 Layout make_layout(cairo_t* context, const std::string& text, double size) {
   Layout layout(pango_cairo_create_layout(context));
@@ -42,6 +47,26 @@ Layout make_layout(cairo_t* context, const std::string& text, double size) {
   pango_font_description_free(font);
   pango_layout_set_text(layout.get(), text.c_str(), static_cast<int>(text.size()));
   return layout;
+}
+
+Point extent_of(const Layout& layout) {
+  int width = 0;
+  int height = 0;
+  pango_layout_get_pixel_size(layout.get(), &width, &height);
+  return {static_cast<double>(width), static_cast<double>(height)};
+}
+
+bool is_drawable(Point point) { return std::isfinite(point.x) && std::isfinite(point.y); }
+
+/// Cairo reckons in whole numbers of 24 bits, and dashes every pixel of a line, seen or not.
+Point bring_near(Point point) {
+  constexpr double farthest = 10000.0;
+  return {std::clamp(point.x, -farthest, farthest), std::clamp(point.y, -farthest, farthest)};
+}
+
+cairo_status_t append(void* file, const unsigned char* bytes, unsigned int count) {
+  static_cast<std::string*>(file)->append(reinterpret_cast<const char*>(bytes), count);
+  return CAIRO_STATUS_SUCCESS;
 }
 
 }  // namespace
@@ -60,17 +85,36 @@ Color resolve_brush(const std::string& key) {
 
 struct Canvas::Sheet {
   std::string path;
+  std::string file;   ///< its bytes, as far as they have been made
+  std::string texts;  ///< what has been written on the sheet, a text on a line
   bool is_image = false;
-  cairo_surface_t* surface = nullptr;
-  cairo_t* context = nullptr;
+  std::unique_ptr<cairo_surface_t, Releaser<cairo_surface_destroy>> surface;
+  std::unique_ptr<cairo_t, Releaser<cairo_destroy>> context;
 
   void set(Color color) const {
-    cairo_set_source_rgba(context, color.red, color.green, color.blue, color.alpha);
+    cairo_set_source_rgba(context.get(), color.red, color.green, color.blue, color.alpha);
   }
 
-  void trace(const std::vector<Point>& points) const {
-    cairo_new_path(context);
-    for (const Point& point : points) cairo_line_to(context, point.x, point.y);
+  bool trace(const std::vector<Point>& points) const {
+    if (points.empty() || !std::ranges::all_of(points, is_drawable)) return false;
+    cairo_new_path(context.get());
+    for (const Point& point : points) {
+      const auto [x, y] = bring_near(point);
+      cairo_line_to(context.get(), x, y);
+    }
+    return true;
+  }
+
+  /// Puts the texts behind the opening tag.
+  void describe() {
+    for (char& letter : texts) {
+      if (static_cast<unsigned char>(letter) < ' ' && letter != '\n') letter = ' ';
+    }
+    const size_t tag = file.find("<svg");
+    const size_t end = file.find('>', std::min(tag, file.size()));
+    if (end == std::string::npos) return;
+    const Escaped escaped(g_markup_escape_text(texts.c_str(), static_cast<gssize>(texts.size())));
+    file.insert(end + 1, std::string("\n<desc>\n") + escaped.get() + "</desc>");
   }
 };
 
@@ -80,52 +124,53 @@ Canvas::Canvas(const std::string& path, int width, int height) : sheet_(new Shee
   if (!sheet_->is_image && !path.ends_with(".svg")) {
     throw HostError("--out " + path + ": neither .svg nor .png");
   }
-  sheet_->surface = sheet_->is_image
-                        ? cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height)
-                        : cairo_svg_surface_create(path.c_str(), width, height);
-  sheet_->context = cairo_create(sheet_->surface);
-  if (cairo_surface_status(sheet_->surface) != CAIRO_STATUS_SUCCESS) {
-    throw HostError(path + ": can't be written");
-  }
+  sheet_->surface.reset(
+      sheet_->is_image ? cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height)
+                       : cairo_svg_surface_create_for_stream(append, &sheet_->file, width, height));
+  sheet_->context.reset(cairo_create(sheet_->surface.get()));
 }
 
-Canvas::~Canvas() {
-  cairo_destroy(sheet_->context);
-  cairo_surface_destroy(sheet_->surface);
-}
+Canvas::~Canvas() = default;
 
 void Canvas::finish() {
-  const cairo_status_t written =
-      sheet_->is_image ? cairo_surface_write_to_png(sheet_->surface, sheet_->path.c_str())
-                       : CAIRO_STATUS_SUCCESS;
-  cairo_surface_finish(sheet_->surface);
-  if (written != CAIRO_STATUS_SUCCESS ||
-      cairo_surface_status(sheet_->surface) != CAIRO_STATUS_SUCCESS) {
-    throw HostError(sheet_->path + ": can't be written");
+  Sheet& sheet = *sheet_;
+  if (sheet.is_image) cairo_surface_write_to_png_stream(sheet.surface.get(), append, &sheet.file);
+  cairo_surface_finish(sheet.surface.get());
+  for (const auto status :
+       {cairo_status(sheet.context.get()), cairo_surface_status(sheet.surface.get())}) {
+    if (status == CAIRO_STATUS_SUCCESS) continue;
+    throw HostError(sheet.path + ": can't be drawn: " + cairo_status_to_string(status));
   }
+  if (!sheet.is_image) sheet.describe();
+  std::ofstream out(sheet.path, std::ios::binary);
+  out << sheet.file;
+  out.close();
+  if (!out) throw HostError(sheet.path + ": can't be written");
 }
 
 void Canvas::fill(Color color) {
   sheet_->set(color);
-  cairo_paint(sheet_->context);
+  cairo_paint(sheet_->context.get());
 }
 
-void Canvas::line(const std::vector<Point>& points, Color color, double width,
-                  const std::vector<double>& dashes) {
-  if (points.size() < 2) return;
-  sheet_->set(color);
-  cairo_set_line_width(sheet_->context, width);
-  cairo_set_line_join(sheet_->context, CAIRO_LINE_JOIN_ROUND);
-  cairo_set_dash(sheet_->context, dashes.data(), static_cast<int>(dashes.size()), 0.0);
-  sheet_->trace(points);
-  cairo_stroke(sheet_->context);
+void Canvas::line(const std::vector<Point>& points, const Stroke& stroke) {
+  if (!sheet_->trace(points)) return;
+  cairo_t* context = sheet_->context.get();
+  const bool dot = points.size() < 3 && points.front() == points.back();
+  if (dot) cairo_close_path(context);
+  sheet_->set(stroke.color);
+  cairo_set_line_width(context, dot ? stroke.width + 1.5 : stroke.width);
+  cairo_set_line_cap(context, dot ? CAIRO_LINE_CAP_ROUND : CAIRO_LINE_CAP_BUTT);
+  cairo_set_line_join(context, CAIRO_LINE_JOIN_ROUND);
+  cairo_set_dash(context, stroke.dashes.data(), dot ? 0 : static_cast<int>(stroke.dashes.size()),
+                 0.0);
+  cairo_stroke(context);
 }
 
 void Canvas::area(const std::vector<Point>& corners, Color color) {
+  if (!sheet_->trace(corners)) return;
   sheet_->set(color);
-  sheet_->trace(corners);
-  cairo_close_path(sheet_->context);
-  cairo_fill(sheet_->context);
+  cairo_fill(sheet_->context.get());
 }
 
 void Canvas::rectangle(Point first, Point second, Color color, bool filled) {
@@ -134,33 +179,43 @@ void Canvas::rectangle(Point first, Point second, Color color, bool filled) {
   if (filled) {
     area(corners, color);
   } else {
-    line(corners, color, 1.0);
+    line(corners, {color});
   }
 }
 
-void Canvas::text(Point at, const std::string& text, Color color, double size, Anchor anchor) {
-  const Layout layout = make_layout(sheet_->context, text, size);
-  int width = 0;
-  int height = 0;
-  pango_layout_get_pixel_size(layout.get(), &width, &height);
-  sheet_->set(color);
-  cairo_move_to(sheet_->context, at.x - anchor.x * width, at.y - anchor.y * height);
-  pango_cairo_show_layout(sheet_->context, layout.get());
+void Canvas::gradient(Point first, Point second, Color from, Color to, bool to_the_right) {
+  const std::unique_ptr<cairo_pattern_t, Releaser<cairo_pattern_destroy>> pattern(
+      cairo_pattern_create_linear(first.x, first.y, to_the_right ? second.x : first.x,
+                                  to_the_right ? first.y : second.y));
+  cairo_pattern_add_color_stop_rgba(pattern.get(), 0, from.red, from.green, from.blue, from.alpha);
+  cairo_pattern_add_color_stop_rgba(pattern.get(), 1, to.red, to.green, to.blue, to.alpha);
+  cairo_set_source(sheet_->context.get(), pattern.get());
+  cairo_rectangle(sheet_->context.get(), first.x, first.y, second.x - first.x, second.y - first.y);
+  cairo_fill(sheet_->context.get());
 }
 
-double Canvas::text_width(const std::string& text, double size) {
-  const Layout layout = make_layout(sheet_->context, text, size);
-  int width = 0;
-  pango_layout_get_pixel_size(layout.get(), &width, nullptr);
-  return width;
+void Canvas::text(Point at, const std::string& text, Color color, double size, Anchor anchor) {
+  if (!is_drawable(at)) return;
+  cairo_t* context = sheet_->context.get();
+  const Layout layout = make_layout(context, text, size);
+  const auto [width, height] = extent_of(layout);
+  const auto [x, y] = bring_near({at.x - anchor.x * width, at.y - anchor.y * height});
+  sheet_->set(color);
+  cairo_move_to(context, x, y);
+  pango_cairo_show_layout(context, layout.get());
+  sheet_->texts += text + "\n";
+}
+
+Point Canvas::extent(const std::string& text, double size) {
+  return extent_of(make_layout(sheet_->context.get(), text, size));
 }
 
 void Canvas::clip(Point first, Point second) {
-  cairo_save(sheet_->context);
-  cairo_rectangle(sheet_->context, first.x, first.y, second.x - first.x, second.y - first.y);
-  cairo_clip(sheet_->context);
+  cairo_save(sheet_->context.get());
+  cairo_rectangle(sheet_->context.get(), first.x, first.y, second.x - first.x, second.y - first.y);
+  cairo_clip(sheet_->context.get());
 }
 
-void Canvas::unclip() { cairo_restore(sheet_->context); }
+void Canvas::unclip() { cairo_restore(sheet_->context.get()); }
 
 }  // namespace quor_host

@@ -3,7 +3,6 @@
 
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace quor_host {
@@ -23,6 +22,14 @@ Color resolve_brush(const std::string& key);
 struct Point {
   double x = 0.0;
   double y = 0.0;
+
+  bool operator==(const Point&) const = default;
+};
+
+struct Stroke {
+  Color color;
+  double width = 1.0;
+  std::vector<double> dashes = {};
 };
 
 /// Where the given point lies in a text, 0 at its left or upper edge, 1 at the right or lower one.
@@ -31,27 +38,34 @@ struct Anchor {
   double y = 0.5;
 };
 
+/// Coordinates may be any numbers: what lies far off the sheet is brought near it, and what has a
+/// coordinate that is no number isn't drawn.
 class Canvas {
  public:
   /// A sheet that becomes a PNG or, by the ending of the path, an SVG. Throws HostError for another
-  /// ending and for a file that can't be written.
+  /// ending.
   Canvas(const std::string& path, int width, int height);
   ~Canvas();
   Canvas(const Canvas&) = delete;
   Canvas& operator=(const Canvas&) = delete;
 
   void fill(Color color);
-  void line(const std::vector<Point>& points, Color color, double width,
-            const std::vector<double>& dashes = {});
+  /// A line of no length is a dot.
+  void line(const std::vector<Point>& points, const Stroke& stroke);
   void area(const std::vector<Point>& corners, Color color);
   void rectangle(Point first, Point second, Color color, bool filled);
+  /// A rectangle whose colour turns into another one, downwards or to the right.
+  void gradient(Point first, Point second, Color from, Color to, bool to_the_right);
   void text(Point at, const std::string& text, Color color, double size, Anchor anchor = {});
-  double text_width(const std::string& text, double size);
+  /// How far a text reaches to the right and down.
+  Point extent(const std::string& text, double size);
 
   /// Limits drawing to a rectangle until `unclip`.
   void clip(Point first, Point second);
   void unclip();
 
+  /// Writes the file. Letters become outlines, so an SVG has its texts in a description, too.
+  /// Throws HostError if the file can't be written.
   void finish();
 
  private:

@@ -48,12 +48,15 @@ double nice_step(double span, double count) {
 }
 
 std::string tick_text(double value, double step) {
-  const double unit = step >= 1e5 ? 1e6 : 1.0;
-  const double rounded = std::abs(value) < step / 2 ? 0.0 : value;
-  const int digits = std::clamp(static_cast<int>(-std::floor(std::log10(step / unit))), 0, 6);
+  if (std::abs(value) < step / 2) return "0";
   char text[400];
-  const auto end =
-      std::to_chars(text, text + sizeof text, rounded / unit, std::chars_format::fixed, digits).ptr;
+  char* end = text + sizeof text;
+  if (std::abs(value) >= 1e15) {
+    return {text, std::to_chars(text, end, value, std::chars_format::general, 6).ptr};
+  }
+  const double unit = step >= 1e5 ? 1e6 : 1.0;
+  const int digits = std::clamp(static_cast<int>(-std::floor(std::log10(step / unit))), 0, 6);
+  end = std::to_chars(text, end, value / unit, std::chars_format::fixed, digits).ptr;
   return std::string(text, end) + (unit > 1.0 ? "M" : "");
 }
 
@@ -66,19 +69,19 @@ void draw_value_axis(Canvas& canvas, const Panel& panel, const TimeAxis& axis) {
     const double value = first + tick * step;
     if (!(value <= panel.range.high)) break;
     const double y = panel.y(value);
-    canvas.line({{axis.left, y}, {axis.right, y}}, grid, 1.0);
+    canvas.line({{axis.left, y}, {axis.right, y}}, {grid});
     canvas.text({axis.right + 6, y}, tick_text(value, step), label, text_size);
   }
-  canvas.line({{axis.left, panel.bottom}, {axis.right, panel.bottom}}, label, 1.0);
+  canvas.line({{axis.left, panel.bottom}, {axis.right, panel.bottom}}, {label});
 }
 
 void draw_time_axis(Canvas& canvas, const View& view, const TimeAxis& axis, double bottom) {
   const bool intraday = view.key(view.first_row()) % 1000000 != 0;
-  const double room = canvas.text_width("0000-00-00 00:00", text_size) * (intraday ? 1.2 : 0.9);
+  const double room = canvas.extent("0000-00-00 00:00", text_size).x * (intraday ? 1.2 : 0.9);
   const auto step = std::max<size_t>(1, static_cast<size_t>(std::ceil(room / axis.step())));
   for (size_t row = view.first_row() + step / 2; row < view.row_count(); row += step) {
     const double x = axis.x(static_cast<double>(row));
-    canvas.line({{x, bottom}, {x, bottom + 4}}, label, 1.0);
+    canvas.line({{x, bottom}, {x, bottom + 4}}, {label});
     const std::string text = key_text(view.key(row), intraday);
     canvas.text({x, bottom + 6}, text.substr(0, 16), label, text_size, {0.5, 0.0});
   }
@@ -97,14 +100,31 @@ void draw_legend(Canvas& canvas, const View& view, const Panel& panel, const Tim
   for (const Record* record : panel.records) {
     const std::string& title = record->text("Field1Text");
     if (!record->flag("TitleVisible") || title.starts_with("EMPTY_LINE_NAME_RESERVED")) continue;
-    const double last = view.value(record->column("Field1Id"), view.row_count() - 1);
+    const double last = view.value(record->column("Field1Id"), view.last_row());
     const double step = std::max(panel.range.span() / 1000, 1e-6);
     const std::string text = title + (std::isfinite(last) ? " " + tick_text(last, step) : "");
-    const double width = canvas.text_width(text, text_size + 1);
+    const double width = canvas.extent(text, text_size + 1).x;
     if (x + width > axis.right) break;
     canvas.text({x, panel.top - gap / 2}, text, resolve_brush(colour_key(*record)), text_size + 1);
     x += width + 16;
   }
+}
+
+/// The records from the lowest layer up. The bars lie over what is meant as a background; candles
+/// of the script's own take their place.
+void draw_layers(Painter& painter, const Panel& panel, bool with_bars) {
+  std::vector<const Record*> layers = panel.records;
+  const auto layer = [](const Record* record) { return record->number("ZIndex"); };
+  std::ranges::stable_sort(layers, {}, layer);
+  const auto front = std::ranges::find_if(
+      layers, [](double z) { return z > 0.0; }, layer);
+  const bool replaced = std::ranges::any_of(layers, [](const Record* record) {
+    return record->is("CandleShape") && !record->flag("IsColorKLine");
+  });
+  const auto draw = [&](const Record* record) { painter.draw(panel, *record); };
+  std::for_each(layers.begin(), front, draw);
+  if (with_bars && !replaced) painter.draw_bars(panel);
+  std::for_each(front, layers.end(), draw);
 }
 
 }  // namespace
@@ -125,30 +145,19 @@ ChartSize parse_size(const std::string& text) {
 
 void draw_chart(const Session& session, const Bars& bars, size_t last, ChartSize size,
                 const std::string& path) {
-  std::vector<Record> records = parse_records(session.shapes());
+  const std::vector<Record> records = parse_records(session.shapes());
   const View view(session, bars, std::clamp<size_t>(last, 1, most_bars));
-  std::vector<Panel> panels = arrange(view, records);
+  std::vector<Panel> panels = arrange(view, records, 2 + static_cast<size_t>(size.height) / 200);
   place_panels(panels, size);
   const TimeAxis axis{margin, size.width - value_axis_width, view.first_row(),
                       view.row_count() - view.first_row()};
   Canvas canvas(path, size.width, size.height);
   canvas.fill(paper);
   Painter painter(canvas, view, axis);
-  for (Panel& panel : panels) {
-    std::ranges::stable_sort(panel.records, {},
-                             [](const Record* record) { return record->number("ZIndex"); });
+  for (const Panel& panel : panels) {
     draw_value_axis(canvas, panel, axis);
     canvas.clip({axis.left, panel.top}, {axis.right, panel.bottom});
-    const auto is_background = [](const Record* record) { return record->number("ZIndex") <= 0.0; };
-    const auto front =
-        std::stable_partition(panel.records.begin(), panel.records.end(), is_background);
-    for (auto record = panel.records.begin(); record != front; ++record) {
-      painter.draw(panel, **record);
-    }
-    if (&panel == &panels.front()) painter.draw_bars(panel);
-    for (auto record = front; record != panel.records.end(); ++record) {
-      painter.draw(panel, **record);
-    }
+    draw_layers(painter, panel, &panel == &panels.front());
     canvas.unclip();
     draw_legend(canvas, view, panel, axis);
   }

@@ -3,49 +3,33 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <map>
 
 namespace quor_host {
 namespace {
 
-constexpr uint32_t field_open = 7;
-constexpr uint32_t field_high = 8;
-constexpr uint32_t field_low = 9;
-constexpr uint32_t field_close = 11;
-
 const Color rising{0.80, 0.19, 0.19};
 const Color falling{0.05, 0.60, 0.25};
 const Color ink{0.20, 0.22, 0.26};
-
-std::vector<double> dashes_of(const Record& record) {
-  static const std::map<std::string, std::vector<double>> dashes = {
-      {"DASHLINE", {8, 4}},
-      {"DASH", {5, 4}},
-      {"DOTLINE", {2, 3}},
-      {"DOT", {1, 3}},
-      {"DASHDOT", {6, 3, 1, 3}},
-      {"POINTDOT", {1, 2}},
-      {"DASHDOTDOT", {6, 3, 1, 3, 1, 3}}};
-  const auto row = dashes.find(record.text("LineShapeStyle"));
-  return row == dashes.end() ? std::vector<double>() : row->second;
-}
-
-double width_of(const Record& record) { return record.number("LineWidth", 1.0) + 0.4; }
+const Color white{1.0, 1.0, 1.0};
 
 std::string number_text(double value, int digits) {
   if (std::isnan(value)) return {};
   char text[400];
-  const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed,
-                                 std::clamp(digits, 0, 6))
-                       .ptr;
+  const auto end =
+      std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, digits).ptr;
   return {text, end};
+}
+
+bool is_single_letter(const std::string& text) {
+  const auto begins_letter = [](char byte) { return (byte & 0xC0) != 0x80; };
+  return std::ranges::count_if(text, begins_letter) < 2;
 }
 
 }  // namespace
 
 const Painter::Row Painter::shapes[] = {
     {"PolylineShape", &Painter::draw_polyline}, {"StraightLineShape", &Painter::draw_straight_line},
-    {"BarShape", &Painter::draw_stick},         {"CandleShape", &Painter::draw_candles},
+    {"BarShape", &Painter::draw_bar},           {"CandleShape", &Painter::draw_candles},
     {"TextShape", &Painter::draw_text},         {"ImageShape", &Painter::draw_picture},
     {"RectShape", &Painter::draw_background},   {"PolygonShape", &Painter::draw_region},
     {"NoticeShape", &Painter::draw_signal},     {"FuturesTradeShape", &Painter::draw_signal},
@@ -57,20 +41,24 @@ void Painter::draw(const Panel& panel, const Record& record) {
   }
 }
 
+double Painter::half_bar() const { return std::max(0.5, axis_.step() * 0.36); }
+
 void Painter::candle(const Panel& panel, size_t row, const double (&prices)[4], Color color,
-                     bool filled) {
+                     Form form) {
   const auto [open, high, low, close] = prices;
-  const double x = axis_.x(static_cast<double>(row));
-  const double half = std::max(0.5, axis_.step() * 0.36);
-  if (std::isfinite(high) && std::isfinite(low)) {
-    canvas_.line({{x, panel.y(high)}, {x, panel.y(low)}}, color, 1.0);
+  const double middle = x(row);
+  const double left = middle - half_bar();
+  const double right = middle + half_bar();
+  canvas_.line({{middle, panel.y(high)}, {middle, panel.y(low)}}, {color});
+  if (form == Form::american) {
+    canvas_.line({{left, panel.y(open)}, {middle, panel.y(open)}}, {color});
+    canvas_.line({{middle, panel.y(close)}, {right, panel.y(close)}}, {color});
+    return;
   }
-  if (!std::isfinite(open) || !std::isfinite(close)) return;
   const double top = panel.y(std::max(open, close));
   const double bottom = std::max(panel.y(std::min(open, close)), top + 1.0);
-  canvas_.rectangle({x - half, top}, {x + half, bottom}, filled ? color : Color{1.0, 1.0, 1.0},
-                    true);
-  canvas_.rectangle({x - half, top}, {x + half, bottom}, color, false);
+  canvas_.rectangle({left, top}, {right, bottom}, form == Form::filled ? color : white, true);
+  canvas_.rectangle({left, top}, {right, bottom}, color, false);
 }
 
 void Painter::draw_bars(const Panel& panel) {
@@ -78,220 +66,156 @@ void Painter::draw_bars(const Panel& panel) {
   for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
     const double prices[4] = {view_.bar(field_open, row), view_.bar(field_high, row),
                               view_.bar(field_low, row), view_.bar(field_close, row)};
-    if (std::isnan(prices[0])) {
-      if (std::isfinite(prices[3])) {
-        closes.push_back(at(panel, static_cast<double>(row), prices[3]));
-      }
-      continue;
-    }
-    const bool up = prices[3] >= prices[0];
-    candle(panel, row, prices, up ? rising : falling, !up);
-  }
-  canvas_.line(closes, ink, 1.2);
-}
-
-void Painter::draw_polyline(const Panel& panel, const Record& record) {
-  if (record.text("Style").find("Curve") != std::string::npos ||
-      record.text("Style").find("StraightLine") != std::string::npos) {
-    draw_figure(panel, record);
-    return;
-  }
-  const bool both_colours = record.text("Style") == "ColorPolyline";
-  const Color shown = resolve_brush(record.text("LineColor"));
-  const Color other = resolve_brush(record.text("ConditionColor"));
-  std::vector<Point> run;
-  Color colour = shown;
-  const auto finish_run = [&] {
-    canvas_.line(run, colour, width_of(record), dashes_of(record));
-    run.clear();
-  };
-  for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    const double value = view_.value(record.column("Field1Id"), row);
-    const bool visible = view_.shows(record.column("Field1VisibleId"), row);
-    if (!std::isfinite(value) || (!visible && !both_colours)) {
-      if (!record.flag("IsContinuousLine")) finish_run();
-      continue;
-    }
-    const Point point = at(panel, static_cast<double>(row), value);
-    run.push_back(point);
-    if (both_colours) {
-      colour = visible ? shown : other;
-      finish_run();
-      run.push_back(point);
+    if (std::ranges::none_of(prices, [](double price) { return std::isnan(price); })) {
+      const bool up = prices[3] >= prices[0];
+      candle(panel, row, prices, up ? rising : falling, up ? Form::hollow : Form::filled);
+    } else if (!std::isnan(prices[3])) {
+      closes.push_back(at(panel, row, prices[3]));
     }
   }
-  finish_run();
+  canvas_.line(closes, {ink, 1.2});
 }
 
-size_t Painter::newest_mark(const Record& record, const char* visible_key) const {
-  for (size_t row = view_.row_count(); row-- > view_.first_row();) {
-    if (view_.shows(record.column(visible_key), row)) return row;
-  }
-  return view_.row_count();
-}
-
-/// Analytical figures in a plain form: the line through the newest anchors, levels between them, or
-/// the swing of the first two set off from the third.
-void Painter::draw_figure(const Panel& panel, const Record& record) {
-  const Color color = resolve_brush(record.text("LineColor"));
-  const std::string& style = record.text("Style");
-  const size_t first = newest_mark(record, "Field1VisibleId");
-  if (first == view_.row_count()) return;
-  const double start = view_.value(record.column("Field1Id"), first);
-  const auto level = [&](double value) {
-    canvas_.line({at(panel, static_cast<double>(first), value), {axis_.right, panel.y(value)}},
-                 color, width_of(record), dashes_of(record));
-  };
-  if (style.starts_with("Horizontal")) {
-    level(start);
-    return;
-  }
-  const size_t second = newest_mark(record, "Field2VisibleId");
-  if (second == view_.row_count()) return;
-  const double end = view_.value(record.column("Field2Id"), second);
-  if (style.starts_with("Golden")) {
-    for (const double share : {0.0, 0.382, 0.5, 0.618, 1.0}) level(start + (end - start) * share);
-    return;
-  }
-  std::vector<Point> points = {at(panel, static_cast<double>(first), start),
-                               at(panel, static_cast<double>(second), end)};
-  if (style.starts_with("WaveRuler")) {
-    const size_t third = newest_mark(record, "Field3VisibleId");
-    if (third == view_.row_count()) return;
-    const double base = view_.value(record.column("Field3Id"), third);
-    points.push_back(at(panel, static_cast<double>(third), base));
-    points.push_back({axis_.right, panel.y(base + (end - start) * record.number("Ratio", 1.0))});
-  }
-  canvas_.line(points, color, width_of(record), dashes_of(record));
-}
-
-void Painter::draw_slope(const Panel& panel, const Record& record) {
-  for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    if (!view_.shows(record.column("Field1VisibleId"), row)) continue;
-    const double price = view_.value(record.column("Field1Id"), row);
-    const double length = view_.value(record.column("HorizontalOffset1FieldId"), row);
-    if (!std::isfinite(price) || !std::isfinite(length)) continue;
-    const auto start = static_cast<double>(row);
-    const double end_price = price + record.number("Slope") * length;
-    canvas_.line({at(panel, start, price), at(panel, start + length, end_price)},
-                 resolve_brush(record.text("LineColor")), width_of(record), dashes_of(record));
+void Painter::draw_candles(const Panel& panel, const Record& record) {
+  const bool coloured = record.flag("IsColorKLine");
+  for (const size_t row : view_.rows(record)) {
+    const double prices[4] = {
+        view_.value(record.column("OpenField"), row), view_.value(record.column("HighField"), row),
+        view_.value(record.column("LowField"), row), view_.value(record.column("CloseField"), row)};
+    const bool hollow = coloured ? record.flag("IsFilled") : prices[3] > prices[0];
+    const char* key = coloured                 ? "FilledColor"
+                      : prices[3] > prices[0]  ? "UpperShadowColor"
+                      : prices[3] == prices[0] ? "EqualShadowColor"
+                                               : "LowerShadowColor";
+    candle(panel, row, prices, resolve_brush(record.text(key)),
+           record.text("Style") == "American" ? Form::american
+           : hollow                           ? Form::hollow
+                                              : Form::filled);
   }
 }
 
-void Painter::draw_straight_line(const Panel& panel, const Record& record) {
-  const Color color = resolve_brush(record.text("LineColor"));
-  const std::string& style = record.text("Style");
-  if (style.starts_with("Slope")) {
-    draw_slope(panel, record);
-    return;
-  }
-  std::optional<Point> open;
-  for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    const bool first = view_.shows(record.column("Field1VisibleId"), row);
-    const auto place = static_cast<double>(row);
-    if (style == "VertLine") {
-      const double x = axis_.x(place);
-      if (first) {
-        canvas_.line({{x, panel.top}, {x, panel.bottom}}, color, width_of(record),
-                     dashes_of(record));
-      }
-      continue;
-    }
-    // A second mark closes the line that a first one has opened.
-    const auto second_mark = record.column("Field2VisibleId");
-    const bool second = second_mark ? view_.shows(second_mark, row) : first;
-    const auto offset = [&](const char* key) {
-      const double bars = view_.value(record.column(key), row);
-      return std::isfinite(bars) ? bars : 0.0;
-    };
-    const double start = view_.value(record.column("Field1Id"), row);
-    const double end = view_.value(record.column("Field2Id"), row);
-    if (first && std::isfinite(start)) {
-      open = at(panel, place + offset("HorizontalOffset1FieldId"), start);
-    }
-    if (open && second && std::isfinite(end)) {
-      canvas_.line({*open, at(panel, place + offset("HorizontalOffset2FieldId"), end)}, color,
-                   width_of(record), dashes_of(record));
-      open.reset();
-    }
+void Painter::draw_bar(const Panel& panel, const Record& record) {
+  if (record.text("Style") == "DoubleRect") {
+    draw_columns(panel, record);
+  } else {
+    draw_sticks(panel, record);
   }
 }
 
-void Painter::draw_stick(const Panel& panel, const Record& record) {
+/// `IsFilled` asks for the outline only, except from sticks of two colours, which always have it.
+void Painter::draw_sticks(const Panel& panel, const Record& record) {
   const Color upper = resolve_brush(record.text("UpperShadowColor"));
   const Color lower = resolve_brush(record.text("LowerShadowColor"));
   const bool by_mark = record.flag("IsVolStick");
   const bool by_sign = record.flag("IsColorStick");
   const double width = record.number("LineWidth", -1.0);
-  const double half = width > 0.0 ? width / 2 + 0.2 : std::max(0.5, axis_.step() * 0.36);
-  const bool hollow = record.flag("IsFilled") && !by_mark && !by_sign && width < 0.0;
+  const double half = width > 0.0 ? width / 2 + 0.2 : half_bar();
+  const bool hollow = record.flag("IsFilled") && !by_mark && !by_sign && half > 1.0;
   for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
     const bool mark = view_.shows(record.column("Field1VisibleId"), row);
     if (!mark && !by_mark) continue;
     const double from = view_.value(record.column("Field1Id"), row);
-    const double to = record.column("Field2Id") ? view_.value(record.column("Field2Id"), row) : 0.0;
-    if (!std::isfinite(from) || !std::isfinite(to)) continue;
+    const double to = view_.value(record.column("Field2Id"), row);
     const bool up = by_mark ? mark : std::max(from, to) > 0.0;
-    const double x = axis_.x(static_cast<double>(row));
-    canvas_.rectangle({x - half, panel.y(from)}, {x + half, panel.y(to)}, up ? upper : lower,
-                      !hollow);
+    const double top = panel.y(std::max(from, to));
+    const double bottom = std::max(panel.y(std::min(from, to)), top + 1.0);
+    canvas_.rectangle({x(row) - half, top}, {x(row) + half, bottom}, up ? upper : lower, !hollow);
   }
 }
 
-void Painter::draw_candles(const Panel& panel, const Record& record) {
-  const bool coloured = record.flag("IsColorKLine");
+/// Columns from 0: full ones for the first mark, outlines for the second, side by side for both.
+void Painter::draw_columns(const Panel& panel, const Record& record) {
+  const Color color = resolve_brush(record.text("UpperShadowColor"));
   for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    if (coloured && !view_.shows(record.column("Field1VisibleId"), row)) continue;
-    const double prices[4] = {
-        view_.value(record.column("OpenField"), row), view_.value(record.column("HighField"), row),
-        view_.value(record.column("LowField"), row), view_.value(record.column("CloseField"), row)};
-    const bool up = prices[3] >= prices[0];
-    const Color color = resolve_brush(record.text(coloured ? "FilledColor"
-                                                  : up     ? "UpperShadowColor"
-                                                           : "LowerShadowColor"));
-    candle(panel, row, prices, color, coloured || !up);
+    const bool first = view_.shows(record.column("Field1VisibleId"), row);
+    const bool second = view_.shows(record.column("Field2VisibleId"), row);
+    const double end = panel.y(view_.value(record.column("Field1Id"), row));
+    const double left = x(row) - half_bar();
+    const double right = x(row) + half_bar();
+    const double base = panel.y(0.0);
+    if (first) canvas_.rectangle({left, end}, {second ? x(row) : right, base}, color, true);
+    if (second) canvas_.rectangle({first ? x(row) : left, end}, {right, base}, color, false);
+  }
+}
+
+bool Painter::is_free(const Box& box) const {
+  const auto overlaps = [&box](const Box& other) {
+    return box.corner.x < other.corner.x + other.extent.x &&
+           other.corner.x < box.corner.x + box.extent.x &&
+           box.corner.y < other.corner.y + other.extent.y &&
+           other.corner.y < box.corner.y + box.extent.y;
+  };
+  return std::ranges::none_of(labels_, overlaps);
+}
+
+void Painter::label(const Panel& panel, Point at, const std::string& text, Color color, double size,
+                    Anchor anchor) {
+  const Point extent = canvas_.extent(text, size);
+  const auto fit = [](double place, double low, double high) {
+    return std::max(low, std::min(place, high));
+  };
+  Box box{{fit(at.x - anchor.x * extent.x, axis_.left, axis_.right - extent.x),
+           fit(at.y - anchor.y * extent.y, panel.top, panel.bottom - extent.y)},
+          extent};
+  // Texts that hang below their point make way downwards. A sign may touch its neighbours, as the
+  // dots of a line do.
+  const double way = anchor.y < 0.5 ? extent.y : -extent.y;
+  for (int tries = 0; tries < 4; ++tries, box.corner.y += way) {
+    if (!is_single_letter(text) && !is_free(box)) continue;
+    canvas_.text(box.corner, text, color, size, {0.0, 0.0});
+    labels_.push_back(box);
+    return;
   }
 }
 
 void Painter::draw_text(const Panel& panel, const Record& record) {
   const Color color = resolve_brush(record.text("TextColor"));
   const auto number = record.column("NumberFieldId");
+  const auto digits = static_cast<int>(std::clamp(record.number("Digit"), 0.0, 6.0));
   const double size = std::clamp(record.number("FontSize", 14.0), 8.0, 30.0);
-  for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    const double price = view_.value(record.column("Field1Id"), row);
-    if (!view_.shows(record.column("Field1VisibleId"), row) || !std::isfinite(price)) continue;
-    const std::string text =
-        number ? number_text(view_.value(number, row), static_cast<int>(record.number("Digit")))
-               : record.text("Text");
-    Point place = at(panel, static_cast<double>(row), price);
+  const auto share = [&record](const char* key) {
+    return std::clamp(record.number(key, 1.0) / 2, 0.0, 1.0);
+  };
+  for (const size_t row : view_.rows(record)) {
+    Point place = at(panel, row, view_.value(record.column("Field1Id"), row));
+    if (!std::isfinite(place.y)) continue;
     place.x += record.number("HorizontalOffset");
-    canvas_.text(place, text, color, size,
-                 {record.number("HorizontalAlign") / 2, record.number("VerticalAlign") / 2});
+    place.y -= record.number("VerticalOffset");
+    const std::string text =
+        number ? number_text(view_.value(number, row), digits) : record.text("Text");
+    label(panel, place, text, color, size, {share("HorizontalAlign"), share("VerticalAlign")});
   }
 }
 
-/// A picture's name in a frame; the pictures themselves are the client's.
+/// A picture's name in a frame, since the pictures are the client's; one without a price lies
+/// behind all of the panel.
 void Painter::draw_picture(const Panel& panel, const Record& record) {
-  for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    if (!view_.shows(record.column("Field1VisibleId"), row)) continue;
-    const double price = view_.value(record.column("Field1Id"), row);
-    const bool last_only = record.flag("IsLastCandle");
-    if (!std::isfinite(price) && !(last_only && row + 1 == view_.row_count())) continue;
-    const Point place = std::isfinite(price)
-                            ? at(panel, static_cast<double>(row), price)
-                            : Point{(axis_.left + axis_.right) / 2, (panel.top + panel.bottom) / 2};
-    canvas_.rectangle({place.x - 9, place.y - 7}, {place.x + 9, place.y + 7}, ink, false);
-    canvas_.text(place, record.text("Field1Text"), ink, 7.0, {0.5, 0.5});
+  const std::string& name = record.text("Field1Text");
+  for (const size_t row : view_.rows(record)) {
+    const bool behind = record.flag("IsLastCandle");
+    const double size = behind ? 40.0 : 9.0;
+    const Color color = ink.with_alpha(behind ? 0.15 : 1.0);
+    const Point extent = canvas_.extent(name, size);
+    const Point place = behind ? Point{(axis_.left + axis_.right) / 2, panel.bottom - extent.y}
+                               : at(panel, row, view_.value(record.column("Field1Id"), row));
+    const Point half{extent.x / 2 + 4, extent.y / 2 + 1};
+    canvas_.rectangle({place.x - half.x, place.y - half.y}, {place.x + half.x, place.y + half.y},
+                      color, false);
+    canvas_.text(place, name, color, size, {0.5, 0.5});
   }
 }
 
+/// Behind marked bars; from edge to edge for a record that looks at the last bar only.
 void Painter::draw_background(const Panel& panel, const Record& record) {
   const Color color = resolve_brush(record.text("FilledColor")).with_alpha(0.13);
+  const std::string& second = record.text("GradientColor");
+  const Color end = second.empty() ? color : resolve_brush(second).with_alpha(0.13);
+  const bool wide = record.flag("IsLastCandle");
   const double half = axis_.step() / 2;
-  for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    if (!view_.shows(record.column("Field1VisibleId"), row)) continue;
-    const double x = axis_.x(static_cast<double>(row));
-    canvas_.rectangle({x - half, panel.top}, {x + half, panel.bottom}, color, true);
+  for (const size_t row : view_.rows(record)) {
+    canvas_.gradient({wide ? axis_.left : x(row) - half, panel.top},
+                     {wide ? axis_.right : x(row) + half, panel.bottom}, color, end,
+                     record.flag("GradientDirection"));
   }
 }
 
@@ -301,20 +225,19 @@ void Painter::draw_region(const Panel& panel, const Record& record) {
   std::vector<Point> lower;
   const auto finish_run = [&] {
     upper.insert(upper.end(), lower.rbegin(), lower.rend());
-    if (upper.size() > 2) canvas_.area(upper, color);
+    canvas_.area(upper, color);
     upper.clear();
     lower.clear();
   };
   for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
     const double first = view_.value(record.column("Field1Id"), row);
     const double second = view_.value(record.column("Field2Id"), row);
-    if (!view_.shows(record.column("Field1VisibleId"), row) || !std::isfinite(first) ||
-        !std::isfinite(second)) {
+    if (!view_.shows(record.column("Field1VisibleId"), row) || std::isnan(first + second)) {
       finish_run();
       continue;
     }
-    upper.push_back(at(panel, static_cast<double>(row), first));
-    lower.push_back(at(panel, static_cast<double>(row), second));
+    upper.push_back(at(panel, row, first));
+    lower.push_back(at(panel, row, second));
   }
   finish_run();
 }
@@ -326,8 +249,7 @@ void Painter::draw_signal(const Panel& panel, const Record& record) {
     if (view_.value(record.column("Field1Id"), row) != 1.0) continue;
     const double low = view_.bar(field_low, row);
     const double y = std::isfinite(low) ? panel.y(low) + 6 : panel.bottom - 10;
-    const double x = axis_.x(static_cast<double>(row));
-    canvas_.area({{x, y}, {x - 4, y + 8}, {x + 4, y + 8}}, color);
+    canvas_.area({{x(row), y}, {x(row) - 4, y + 8}, {x(row) + 4, y + 8}}, color);
   }
 }
 

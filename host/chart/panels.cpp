@@ -5,29 +5,47 @@
 #include <limits>
 #include <numeric>
 
+#include "../text.h"
+
 namespace quor_host {
 namespace {
 
-constexpr uint32_t field_high = 8;
-constexpr uint32_t field_low = 9;
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
-/// The values that the record shows in sight; sticks stand on their second value.
+/// The value if sums and ratios of its like stay finite.
+double drawable(double value) { return std::abs(value) < 1e100 ? value : nan; }
+
+/// The values of a record, and the marks of the bars where they show.
+constexpr const char* places[][2] = {
+    {"Field1Id", "Field1VisibleId"}, {"Field2Id", "Field2VisibleId"},
+    {"Field3Id", "Field3VisibleId"}, {"HighField", "Field1VisibleId"},
+    {"LowField", "Field1VisibleId"},
+};
+
+/// Some records show at every bar, and their marks choose a colour.
+bool shows_always(const Record& record) {
+  return record.text("Style") == "ColorPolyline" || record.flag("IsVolStick");
+}
+
+/// What the record shows in sight. Sticks without a second value stand on 0.
 Range range_of(const View& view, const Record& record) {
   Range range;
-  for (const char* key : {"Field1Id", "Field2Id", "Field3Id", "HighField", "LowField"}) {
-    const auto column = record.column(key);
+  if (record.is("BarShape") && !record.column("Field2Id")) range.take(0.0);
+  for (const auto& [value_key, mark_key] : places) {
+    const auto column = record.column(value_key);
     if (!column) continue;
-    for (size_t row = view.first_row(); row < view.row_count(); ++row) {
-      range.take(view.value(column, row));
+    const auto own_mark = record.column(mark_key);
+    const auto mark = own_mark ? own_mark : record.column("Field1VisibleId");
+    for (size_t row = view.first_row(record); row < view.row_count(); ++row) {
+      if (shows_always(record) || view.shows(mark, row)) range.take(view.value(column, row));
     }
   }
   return range;
 }
 
+/// Their only column says when, not at which value.
 bool has_values(const Record& record) {
-  return !record.is("NoticeShape") && !record.is("FuturesTradeShape") && !record.is("SoundShape") &&
-         !record.is("YAxisRange") && !record.is("RectShape");
+  return !record.is("NoticeShape") && !record.is("FuturesTradeShape") && !record.is("SoundShape");
 }
 
 /// Whether a range lies near another one, so that both can share its axis.
@@ -48,9 +66,22 @@ void join(Panel& panel, const Record& record, const Range& range) {
   panel.range.take(range.high);
 }
 
+/// A record of the axis has its number as its title: the panel that the number lies near to reaches
+/// so far.
+void reach(std::vector<Panel>& panels, const Record& record) {
+  const auto number = record.is("YAxisRange") ? to_number(record.text("Field1Text")) : std::nullopt;
+  if (!number) return;
+  for (Panel& panel : panels) {
+    if (!lies_near({*number, *number, false}, panel.range)) continue;
+    panel.range.take(*number);
+    return;
+  }
+}
+
 void widen(Range& range) {
   if (range.empty) range = {0.0, 1.0, false};
-  const double margin = range.span() > 0.0 ? 0.06 * range.span() : std::max(1.0, range.high) * 0.1;
+  const double margin =
+      range.span() > 0.0 ? 0.06 * range.span() : std::max(1.0, std::abs(range.high)) * 0.1;
   range.low -= margin;
   range.high += margin;
 }
@@ -70,15 +101,28 @@ View::View(const Session& session, const Bars& bars, size_t last) : session_(ses
 
 double View::bar(uint32_t field, size_t row) const {
   const auto column = bars_.find(field);
-  return column == bars_.end() ? nan : column->second[row];
+  return column == bars_.end() ? nan : drawable(column->second[row]);
 }
 
 double View::value(std::optional<uint32_t> column, size_t row) const {
-  return column ? session_.cell(static_cast<uint32_t>(row), *column) : nan;
+  return column ? drawable(session_.cell(static_cast<uint32_t>(row), *column)) : nan;
 }
 
 bool View::shows(std::optional<uint32_t> column, size_t row) const {
   return !column || value(column, row) == 1.0;
+}
+
+size_t View::first_row(const Record& record) const {
+  return record.flag("IsLastCandle") ? last_row() : first_;
+}
+
+std::vector<size_t> View::rows(const Record& record) const {
+  const auto mark = record.column("Field1VisibleId");
+  std::vector<size_t> rows;
+  for (size_t row = first_row(record); row < row_count(); ++row) {
+    if (shows(mark, row)) rows.push_back(row);
+  }
+  return rows;
 }
 
 void Range::take(double value) {
@@ -88,12 +132,12 @@ void Range::take(double value) {
   empty = false;
 }
 
-std::vector<Panel> arrange(const View& view, const std::vector<Record>& records) {
+std::vector<Panel> arrange(const View& view, const std::vector<Record>& records, size_t most) {
   std::vector<Panel> panels(1);
   for (size_t row = view.first_row(); row < view.row_count(); ++row) {
-    panels[0].range.take(view.bar(field_low, row));
-    panels[0].range.take(view.bar(field_high, row));
-    panels[0].range.take(view.bar(11, row));
+    for (const uint32_t field : {field_low, field_high, field_close}) {
+      panels[0].range.take(view.bar(field, row));
+    }
   }
   const Range price = panels[0].range;
   for (const Record& record : records) {
@@ -102,11 +146,16 @@ std::vector<Panel> arrange(const View& view, const std::vector<Record>& records)
       join(panels[0], record, range);
       continue;
     }
-    const auto panel = std::find_if(panels.begin() + 1, panels.end(), [&range](const Panel& other) {
+    auto panel = std::find_if(panels.begin() + 1, panels.end(), [&range](const Panel& other) {
       return shares_scale(range, other.range);
     });
-    join(panel == panels.end() ? panels.emplace_back() : *panel, record, range);
+    if (panel == panels.end()) {
+      if (panels.size() < most) panels.emplace_back();
+      panel = panels.end() - 1;
+    }
+    join(*panel, record, range);
   }
+  for (const Record& record : records) reach(panels, record);
   for (Panel& panel : panels) widen(panel.range);
   return panels;
 }

@@ -7,10 +7,14 @@
 
 #include "../bars.h"
 #include "../session.h"
-#include "canvas.h"
 #include "records.h"
 
 namespace quor_host {
+
+constexpr uint32_t field_open = 7;
+constexpr uint32_t field_high = 8;
+constexpr uint32_t field_low = 9;
+constexpr uint32_t field_close = 11;
 
 /// The bars in sight and the columns of the run, rows in ascending order of their keys.
 class View {
@@ -19,13 +23,20 @@ class View {
 
   size_t first_row() const { return first_; }
   size_t row_count() const { return keys_.size(); }
+  size_t last_row() const { return keys_.size() - 1; }
   int64_t key(size_t row) const { return keys_[row]; }
-  /// The bar's own values; NaN where the file has none. Ids as the library uses them.
+  /// The bar's own values, by the library's ids. Like all values NaN where there is none, and for one
+  /// that is too large for any axis.
   double bar(uint32_t field, size_t row) const;
 
   double value(std::optional<uint32_t> column, size_t row) const;
   /// Whether the record shows at the bar; a record without such a column shows everywhere.
   bool shows(std::optional<uint32_t> column, size_t row) const;
+
+  /// The first row that the record is about: some look at the last bar only.
+  size_t first_row(const Record& record) const;
+  /// The rows from there where it shows.
+  std::vector<size_t> rows(const Record& record) const;
 
  private:
   const Session& session_;
@@ -55,7 +66,8 @@ struct Panel {
   }
 };
 
-/// The panels from the top: the bars with what lies near them, then records far from the price.
-std::vector<Panel> arrange(const View& view, const std::vector<Record>& records);
+/// The panels from the top: the bars with what lies near them, then records far from the price. The
+/// last one takes what would need more panels than there may be.
+std::vector<Panel> arrange(const View& view, const std::vector<Record>& records, size_t most);
 
 }  // namespace quor_host
