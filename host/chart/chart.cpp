@@ -27,7 +27,7 @@ constexpr size_t most_bars = 2000;
 void place_panels(std::vector<Panel>& panels, ChartSize size) {
   const double height = size.height - 2 * margin - time_axis_height;
   const auto below = static_cast<double>(panels.size() - 1);
-  const double share = below == 0.0 ? 0.0 : std::min(0.2, 0.55 / below);
+  const double share = below == 0.0 ? 0.0 : std::min(0.2, 0.5 / below);
   double top = margin;
   for (Panel& panel : panels) {
     const double part = &panel == &panels.front() ? 1.0 - share * below : share;
@@ -61,7 +61,7 @@ std::string tick_text(double value, double step) {
 }
 
 void draw_value_axis(Canvas& canvas, const Panel& panel, const TimeAxis& axis) {
-  const double step = nice_step(panel.range.span(), std::max(2.0, (panel.bottom - panel.top) / 55));
+  const double step = nice_step(panel.range.span(), std::max(2.0, (panel.bottom - panel.top) / 40));
   // Counted, since adding a step to a huge value may change nothing.
   constexpr int most_ticks = 100;
   const double first = std::ceil(panel.range.low / step) * step;

@@ -157,13 +157,15 @@ void Painter::label(const Panel& panel, Point at, const std::string& text, Color
   Box box{{fit(at.x - anchor.x * extent.x, axis_.left, axis_.right - extent.x),
            fit(at.y - anchor.y * extent.y, panel.top, panel.bottom - extent.y)},
           extent};
-  // Texts that hang below their point make way downwards. A sign may touch its neighbours, as the
-  // dots of a line do.
+  // Texts that hang below their point make way downwards. A sign may touch other signs, and one in
+  // the middle of its point stays there, as the dots of a line do.
   const double way = anchor.y < 0.5 ? extent.y : -extent.y;
+  const bool is_sign = is_single_letter(text);
+  const bool is_fixed = is_sign && anchor.y == 0.5;
   for (int tries = 0; tries < 4; ++tries, box.corner.y += way) {
-    if (!is_single_letter(text) && !is_free(box)) continue;
+    if (!is_fixed && !is_free(box)) continue;
     canvas_.text(box.corner, text, color, size, {0.0, 0.0});
-    labels_.push_back(box);
+    if (!is_sign) labels_.push_back(box);
     return;
   }
 }
@@ -199,8 +201,9 @@ void Painter::draw_picture(const Panel& panel, const Record& record) {
     const Point place = behind ? Point{(axis_.left + axis_.right) / 2, panel.bottom - extent.y}
                                : at(panel, row, view_.value(record.column("Field1Id"), row));
     const Point half{extent.x / 2 + 4, extent.y / 2 + 1};
-    canvas_.rectangle({place.x - half.x, place.y - half.y}, {place.x + half.x, place.y + half.y},
-                      color, false);
+    const Point corner{place.x - half.x, place.y - half.y};
+    canvas_.rectangle(corner, {place.x + half.x, place.y + half.y}, color, false);
+    if (!behind) labels_.push_back({corner, {2 * half.x, 2 * half.y}});
     canvas_.text(place, name, color, size, {0.5, 0.5});
   }
 }

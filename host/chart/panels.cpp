@@ -22,14 +22,21 @@ constexpr const char* places[][2] = {
     {"LowField", "Field1VisibleId"},
 };
 
-/// Some records show at every bar, and their marks choose a colour.
+/// Some records show at every bar, and their marks choose how.
 bool shows_always(const Record& record) {
-  return record.text("Style") == "ColorPolyline" || record.flag("IsVolStick");
+  const std::string& style = record.text("Style");
+  return style == "ColorPolyline" || style == "DoubleRect" || record.flag("IsVolStick");
+}
+
+/// Their only column says when, not at which value.
+bool has_values(const Record& record) {
+  return !record.is("NoticeShape") && !record.is("FuturesTradeShape") && !record.is("SoundShape");
 }
 
 /// What the record shows in sight. Sticks without a second value stand on 0.
 Range range_of(const View& view, const Record& record) {
   Range range;
+  if (!has_values(record)) return range;
   if (record.is("BarShape") && !record.column("Field2Id")) range.take(0.0);
   for (const auto& [value_key, mark_key] : places) {
     const auto column = record.column(value_key);
@@ -43,11 +50,6 @@ Range range_of(const View& view, const Record& record) {
   return range;
 }
 
-/// Their only column says when, not at which value.
-bool has_values(const Record& record) {
-  return !record.is("NoticeShape") && !record.is("FuturesTradeShape") && !record.is("SoundShape");
-}
-
 /// Whether a range lies near another one, so that both can share its axis.
 bool lies_near(const Range& range, const Range& other) {
   const double span = std::max(other.span(), 1e-9);
@@ -56,26 +58,26 @@ bool lies_near(const Range& range, const Range& other) {
 
 /// The same for values that are no prices: neither may be lost on the scale of the other.
 bool shares_scale(const Range& range, const Range& other) {
-  return lies_near(range, other) && range.span() > 0.05 * other.span();
+  return lies_near(range, other) && range.span() > 0.1 * other.span();
 }
 
-void join(Panel& panel, const Record& record, const Range& range) {
-  panel.records.push_back(&record);
-  if (range.empty) return;
-  panel.range.take(range.low);
-  panel.range.take(range.high);
+bool is_axis(const Record& record) { return record.is("YAxisRange"); }
+
+/// A record of the axis has as its title a number up to which the axis of the record before it
+/// goes.
+void reach(Range& range, const Record& record) {
+  const auto number = is_axis(record) ? to_number(record.text("Field1Text")) : std::nullopt;
+  if (number && lies_near({*number, *number, false}, range)) range.take(*number);
 }
 
-/// A record of the axis has its number as its title: the panel that the number lies near to reaches
-/// so far.
-void reach(std::vector<Panel>& panels, const Record& record) {
-  const auto number = record.is("YAxisRange") ? to_number(record.text("Field1Text")) : std::nullopt;
-  if (!number) return;
-  for (Panel& panel : panels) {
-    if (!lies_near({*number, *number, false}, panel.range)) continue;
-    panel.range.take(*number);
-    return;
+/// The panel for a range, a new one if need be. The last one takes what would need too many.
+size_t find_panel(std::vector<Panel>& panels, const Range& range, const Range& price, size_t most) {
+  if (lies_near(range, price)) return 0;
+  for (size_t i = 1; i < panels.size(); ++i) {
+    if (shares_scale(range, panels[i].range)) return i;
   }
+  if (panels.size() < most) panels.emplace_back();
+  return panels.size() - 1;
 }
 
 void widen(Range& range) {
@@ -132,6 +134,12 @@ void Range::take(double value) {
   empty = false;
 }
 
+void Range::take(const Range& other) {
+  if (other.empty) return;
+  take(other.low);
+  take(other.high);
+}
+
 std::vector<Panel> arrange(const View& view, const std::vector<Record>& records, size_t most) {
   std::vector<Panel> panels(1);
   for (size_t row = view.first_row(); row < view.row_count(); ++row) {
@@ -140,22 +148,15 @@ std::vector<Panel> arrange(const View& view, const std::vector<Record>& records,
     }
   }
   const Range price = panels[0].range;
+  size_t latest = 0;
   for (const Record& record : records) {
-    const Range range = has_values(record) ? range_of(view, record) : Range();
-    if (range.empty || lies_near(range, price)) {
-      join(panels[0], record, range);
-      continue;
-    }
-    auto panel = std::find_if(panels.begin() + 1, panels.end(), [&range](const Panel& other) {
-      return shares_scale(range, other.range);
-    });
-    if (panel == panels.end()) {
-      if (panels.size() < most) panels.emplace_back();
-      panel = panels.end() - 1;
-    }
-    join(*panel, record, range);
+    const Range range = range_of(view, record);
+    if (!range.empty) latest = find_panel(panels, range, price, most);
+    Panel& panel = panels[range.empty && !is_axis(record) ? 0 : latest];
+    panel.records.push_back(&record);
+    panel.range.take(range);
+    reach(panel.range, record);
   }
-  for (const Record& record : records) reach(panels, record);
   for (Panel& panel : panels) widen(panel.range);
   return panels;
 }

@@ -25,8 +25,8 @@ class View {
   size_t row_count() const { return keys_.size(); }
   size_t last_row() const { return keys_.size() - 1; }
   int64_t key(size_t row) const { return keys_[row]; }
-  /// The bar's own values, by the library's ids. Like all values NaN where there is none, and for one
-  /// that is too large for any axis.
+  /// The bar's own values, by the library's ids. Like all values NaN where there is none, and for
+  /// one that is too large for any axis.
   double bar(uint32_t field, size_t row) const;
 
   double value(std::optional<uint32_t> column, size_t row) const;
@@ -51,6 +51,7 @@ struct Range {
   bool empty = true;
 
   void take(double value);
+  void take(const Range& other);
   double span() const { return high - low; }
 };
 
