@@ -167,7 +167,7 @@ int run_script(const Options& options) {
 #ifdef QUOR_CHART
 
 int draw_script(const Options& options) {
-  const ChartSize size = parse_size(options.picture_size);
+  const Size size{options.picture_size.at(0), options.picture_size.at(1)};
   return calculate_and(options, [&options, size](const Compiled& compiled, const Bars& bars) {
     draw_chart(compiled.session, bars, options.last, size, options.picture_path);
   });

@@ -4,31 +4,23 @@
 #include <pango/pangocairo.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <fstream>
 #include <map>
-#include <string_view>
 
 #include "../errors.h"
 
 namespace quor_host {
 namespace {
 
-double component(const std::string& digits, size_t at) {
-  return std::stoi(digits.substr(at, 2), nullptr, 16) / 255.0;
-}
-
-bool is_hexadecimal(std::string_view text) {
-  return text.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
-}
-
 /// The hexadecimal colours of the keys that name a hue and a shade.
-const std::map<std::string, std::string, std::less<>> brushes = {
-    {"Brush.Red6", "D9363E"},    {"Brush.Red10", "8C1D18"},   {"Brush.Green4", "73C17C"},
-    {"Brush.Green6", "2E9E52"},  {"Brush.Green7", "1E7F3F"},  {"Brush.Gray9", "6B7280"},
-    {"Brush.Cyan7", "0E9AA7"},   {"Brush.Orange7", "E07B1A"}, {"Brush.Pink7", "D6408A"},
-    {"Brush.Blue7", "2563C9"},   {"Brush.Yellow8", "B58A00"}, {"Brush.Gold6", "C99A2E"},
-    {"Brush.Purple7", "7A3FB8"},
+const std::map<std::string, unsigned> brushes = {
+    {"Brush.Red6", 0xD9363E},    {"Brush.Red10", 0x8C1D18},   {"Brush.Green4", 0x73C17C},
+    {"Brush.Green6", 0x2E9E52},  {"Brush.Green7", 0x1E7F3F},  {"Brush.Gray9", 0x6B7280},
+    {"Brush.Cyan7", 0x0E9AA7},   {"Brush.Orange7", 0xE07B1A}, {"Brush.Pink7", 0xD6408A},
+    {"Brush.Blue7", 0x2563C9},   {"Brush.Yellow8", 0xB58A00}, {"Brush.Gold6", 0xC99A2E},
+    {"Brush.Purple7", 0x7A3FB8},
 };
 
 /// Frees what a C library has made.
@@ -72,15 +64,14 @@ cairo_status_t append(void* file, const unsigned char* bytes, unsigned int count
 }  // namespace
 
 Color resolve_brush(const std::string& key) {
-  const auto brush = brushes.find(key);
+  unsigned color = 0x6B7280;
   const size_t mark = key.find('#');
-  const std::string digits = brush != brushes.end()      ? brush->second
-                             : mark == std::string::npos ? std::string()
-                                                         : key.substr(mark + 1);
-  if (digits.size() < 6 || !is_hexadecimal(std::string_view(digits).substr(0, 6))) {
-    return {0.42, 0.45, 0.5};
+  if (const auto brush = brushes.find(key); brush != brushes.end()) {
+    color = brush->second;
+  } else if (mark != std::string::npos && key.size() > mark + 6) {
+    std::from_chars(key.data() + mark + 1, key.data() + mark + 7, color, 16);
   }
-  return {component(digits, 0), component(digits, 2), component(digits, 4)};
+  return {(color >> 16) / 255.0, (color >> 8 & 0xFF) / 255.0, (color & 0xFF) / 255.0};
 }
 
 struct Canvas::Sheet {

@@ -1,10 +1,8 @@
 #include "chart.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
-#include "../errors.h"
 #include "canvas.h"
 #include "painter.h"
 #include "panels.h"
@@ -24,7 +22,7 @@ constexpr double text_size = 11.0;
 constexpr size_t most_bars = 2000;
 
 /// The upper panel takes what the lower ones leave; each of them gets a fifth, at most half in all.
-void place_panels(std::vector<Panel>& panels, ChartSize size) {
+void place_panels(std::vector<Panel>& panels, Size size) {
   const double height = size.height - 2 * margin - time_axis_height;
   const auto below = static_cast<double>(panels.size() - 1);
   const double share = below == 0.0 ? 0.0 : std::min(0.2, 0.5 / below);
@@ -48,16 +46,15 @@ double nice_step(double span, double count) {
 }
 
 std::string tick_text(double value, double step) {
-  if (std::abs(value) < step / 2) return "0";
-  char text[400];
-  char* end = text + sizeof text;
-  if (std::abs(value) >= 1e15) {
-    return {text, std::to_chars(text, end, value, std::chars_format::general, 6).ptr};
+  const double size = std::abs(value);
+  if (size < step / 2) return "0";
+  if (size >= 1e15) {
+    const double power = std::floor(std::log10(size));
+    return number_text(value / std::pow(10.0, power), 2) + "e" + number_text(power, 0);
   }
   const double unit = step >= 1e5 ? 1e6 : 1.0;
   const int digits = std::clamp(static_cast<int>(-std::floor(std::log10(step / unit))), 0, 6);
-  end = std::to_chars(text, end, value / unit, std::chars_format::fixed, digits).ptr;
-  return std::string(text, end) + (unit > 1.0 ? "M" : "");
+  return number_text(value / unit, digits) + (unit > 1.0 ? "M" : "");
 }
 
 void draw_value_axis(Canvas& canvas, const Panel& panel, const TimeAxis& axis) {
@@ -110,42 +107,24 @@ void draw_legend(Canvas& canvas, const View& view, const Panel& panel, const Tim
   }
 }
 
-/// The records from the lowest layer up. The bars lie over what is meant as a background; candles
-/// of the script's own take their place.
-void draw_layers(Painter& painter, const Panel& panel, bool with_bars) {
-  std::vector<const Record*> layers = panel.records;
-  const auto layer = [](const Record* record) { return record->number("ZIndex"); };
-  std::ranges::stable_sort(layers, {}, layer);
-  const auto front = std::ranges::find_if(
-      layers, [](double z) { return z > 0.0; }, layer);
-  const bool replaced = std::ranges::any_of(layers, [](const Record* record) {
-    return record->is("CandleShape") && !record->flag("IsColorKLine");
+/// The records from the lowest layer up. Candles of the script's own take the place of the bars.
+void draw_layers(Painter painter, std::vector<const Record*> layers, const Record& bars) {
+  const bool is_replaced = std::ranges::any_of(layers, [&bars](const Record* record) {
+    return record != &bars && record->is("CandleShape") && !record->flag("IsColorKLine");
   });
-  const auto draw = [&](const Record* record) { painter.draw(panel, *record); };
-  std::for_each(layers.begin(), front, draw);
-  if (with_bars && !replaced) painter.draw_bars(panel);
-  std::for_each(front, layers.end(), draw);
+  std::ranges::stable_sort(layers, {},
+                           [](const Record* record) { return record->number("ZIndex"); });
+  for (const Record* record : layers) {
+    if (record != &bars || !is_replaced) painter.draw(*record);
+  }
 }
 
 }  // namespace
 
-ChartSize parse_size(const std::string& text) {
-  ChartSize size;
-  const char* end = text.data() + text.size();
-  const auto width = std::from_chars(text.data(), end, size.width);
-  const bool split = width.ec == std::errc() && width.ptr != end && *width.ptr == 'x';
-  const auto height = split ? std::from_chars(width.ptr + 1, end, size.height) : width;
-  const auto fits = [](int pixels) { return pixels >= 200 && pixels <= 8000; };
-  if (!split || height.ec != std::errc() || height.ptr != end || !fits(size.width) ||
-      !fits(size.height)) {
-    throw HostError("--size " + text + ": not of the form 1200x800, from 200 to 8000 pixels");
-  }
-  return size;
-}
-
-void draw_chart(const Session& session, const Bars& bars, size_t last, ChartSize size,
+void draw_chart(const Session& session, const Bars& bars, size_t last, Size size,
                 const std::string& path) {
-  const std::vector<Record> records = parse_records(session.shapes());
+  std::vector<Record> records = parse_records(session.shapes());
+  records.insert(records.begin(), bars_record(bars));
   const View view(session, bars, std::clamp<size_t>(last, 1, most_bars));
   std::vector<Panel> panels = arrange(view, records, 2 + static_cast<size_t>(size.height) / 200);
   place_panels(panels, size);
@@ -153,11 +132,10 @@ void draw_chart(const Session& session, const Bars& bars, size_t last, ChartSize
                       view.row_count() - view.first_row()};
   Canvas canvas(path, size.width, size.height);
   canvas.fill(paper);
-  Painter painter(canvas, view, axis);
   for (const Panel& panel : panels) {
     draw_value_axis(canvas, panel, axis);
     canvas.clip({axis.left, panel.top}, {axis.right, panel.bottom});
-    draw_layers(painter, panel, &panel == &panels.front());
+    draw_layers({canvas, view, axis, panel}, panel.records, records.front());
     canvas.unclip();
     draw_legend(canvas, view, panel, axis);
   }

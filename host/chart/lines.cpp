@@ -22,31 +22,22 @@ Stroke stroke_of(const Record& record) {
           row == dashes.end() ? std::vector<double>() : row->second};
 }
 
-bool is_figure(const Record& record) {
-  const std::string& style = record.text("Style");
-  return style.ends_with("Curve") || style.ends_with("StraightLine");
-}
-
 int expansion(const Record& record) {
   return static_cast<int>(std::clamp(record.number("IsExpand"), 0.0, 3.0));
 }
 
 }  // namespace
 
-void Painter::draw_polyline(const Panel& panel, const Record& record) {
-  if (is_figure(record)) {
-    draw_figure(panel, record);
-    return;
-  }
+void Painter::draw_polyline(const Record& record) {
   const bool both_colours = record.text("Style") == "ColorPolyline";
   const Color other = resolve_brush(record.text("ConditionColor"));
   const Stroke shown = stroke_of(record);
   Stroke stroke = shown;
   std::vector<Point> run;
   for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    const double value = view_.value(record.column("Field1Id"), row);
+    const Point point = at(row, record, "Field1Id");
     const bool visible = view_.shows(record.column("Field1VisibleId"), row);
-    const bool breaks = std::isnan(value) || (!visible && !both_colours);
+    const bool breaks = std::isnan(point.y) || (!visible && !both_colours);
     const bool recolours = !breaks && both_colours && !run.empty();
     if (recolours || (breaks && !record.flag("IsContinuousLine"))) {
       if (run.size() > 1 || breaks) canvas_.line(run, stroke);
@@ -54,58 +45,56 @@ void Painter::draw_polyline(const Panel& panel, const Record& record) {
     }
     if (breaks) continue;
     stroke.color = visible ? shown.color : other;
-    run.push_back(at(panel, row, value));
+    run.push_back(point);
   }
   canvas_.line(run, stroke);
 }
 
-void Painter::segment(Point from, Point to, int expand, const Stroke& stroke) {
+void Painter::segment(Point from, Point to, int expansion, const Stroke& stroke) {
   if (from.x > to.x) std::swap(from, to);
-  if (from.x == to.x) {
+  const double slope = (to.y - from.y) / (to.x - from.x);
+  if (!std::isfinite(slope)) {
     canvas_.line({from, to}, stroke);
     return;
   }
-  const double left = expand & 2 ? axis_.left : std::max(from.x, axis_.left);
-  const double right = expand & 1 ? axis_.right : std::min(to.x, axis_.right);
-  const auto on_line = [&](double x) -> Point {
-    return {x, from.y + (to.y - from.y) / (to.x - from.x) * (x - from.x)};
-  };
-  if (left < right) canvas_.line({on_line(left), on_line(right)}, stroke);
+  const auto y = [&](double x) { return from.y + slope * (x - from.x); };
+  double left = std::max(expansion & 2 ? axis_.left : from.x, axis_.left);
+  double right = std::min(expansion & 1 ? axis_.right : to.x, axis_.right);
+  if (slope != 0.0) {
+    const auto [first, last] = std::minmax(
+        {from.x + (panel_.top - from.y) / slope, from.x + (panel_.bottom - from.y) / slope});
+    left = std::max(left, first);
+    right = std::min(right, last);
+  }
+  if (left < right) canvas_.line({{left, y(left)}, {right, y(right)}}, stroke);
 }
 
-void Painter::draw_straight_line(const Panel& panel, const Record& record) {
-  const std::string& style = record.text("Style");
-  if (style.starts_with("Slope")) {
-    draw_slopes(panel, record);
-  } else if (style == "VertLine") {
-    const Stroke stroke = stroke_of(record);
-    for (const size_t row : view_.rows(record)) {
-      canvas_.line({{x(row), panel.top}, {x(row), panel.bottom}}, stroke);
-    }
-  } else {
-    draw_pairs(panel, record);
+void Painter::draw_upright_lines(const Record& record) {
+  for (const size_t row : view_.rows(record)) {
+    canvas_.line({{x(row), panel_.top}, {x(row), panel_.bottom}}, stroke_of(record));
   }
 }
 
-void Painter::draw_slopes(const Panel& panel, const Record& record) {
+void Painter::draw_slopes(const Record& record) {
+  const Stroke stroke = stroke_of(record);
   for (const size_t row : view_.rows(record)) {
     const double price = view_.value(record.column("Field1Id"), row);
     const double length = view_.value(record.column("HorizontalOffset1FieldId"), row);
     const Point end = {axis_.x(static_cast<double>(row) + length),
-                       panel.y(price + record.number("Slope") * length)};
-    segment(at(panel, row, price), end, expansion(record), stroke_of(record));
+                       panel_.y(price + record.number("Slope") * length)};
+    segment(at(row, price), end, expansion(record), stroke);
   }
 }
 
 /// From bars with the first mark to the next one with the second. A record with a single mark has
 /// both ends at the bar, and so has one whose offsets set the ends of a bar with both marks apart;
 /// without offsets such a bar ends one line and begins the next.
-void Painter::draw_pairs(const Panel& panel, const Record& record) {
+void Painter::draw_pairs(const Record& record) {
   const auto second_mark = record.column("Field2VisibleId");
   const auto end_point = [&](const char* value, const char* offset, size_t row) -> Point {
     const double bars = view_.value(record.column(offset), row);
     return {x(row) + (std::isnan(bars) ? 0.0 : bars * axis_.step()),
-            panel.y(view_.value(record.column(value), row))};
+            panel_.y(view_.value(record.column(value), row))};
   };
   std::optional<Point> open;
   for (size_t row = view_.first_row(record); row < view_.row_count(); ++row) {
@@ -123,12 +112,11 @@ void Painter::draw_pairs(const Panel& panel, const Record& record) {
   }
 }
 
-std::optional<Point> Painter::anchor(const Panel& panel, const Record& record,
-                                     const std::string& field) {
+std::optional<Point> Painter::anchor(const Record& record, const std::string& field) {
   const auto value = record.column(field + "Id");
   const auto mark = record.column(field + "VisibleId");
   for (size_t row = view_.row_count(); value && row-- > 0;) {
-    const Point point = at(panel, row, view_.value(value, row));
+    const Point point = at(row, view_.value(value, row));
     if (view_.shows(mark, row) && std::isfinite(point.y)) return point;
   }
   return std::nullopt;
@@ -137,16 +125,16 @@ std::optional<Point> Painter::anchor(const Panel& panel, const Record& record,
 /// A plain form over the newest anchors. The ratio stretches the swing from the first anchor to the
 /// second: the height of an angle line at the second anchor, of the levels, of the wave that is set
 /// off from the third.
-void Painter::draw_figure(const Panel& panel, const Record& record) {
+void Painter::draw_figure(const Record& record) {
   const std::string& style = record.text("Style");
   const Stroke stroke = stroke_of(record);
-  const auto first = anchor(panel, record, "Field1");
+  const auto first = anchor(record, "Field1");
   const auto level = [&](double left, double y, const std::string& name) {
     canvas_.line({{left, y}, {axis_.right, y}}, stroke);
     canvas_.text({axis_.right - 3, y}, name, stroke.color, 9.0, {1.0, 1.0});
   };
   if (first && style.starts_with("Horizontal")) level(first->x, first->y, "");
-  const auto second = anchor(panel, record, "Field2");
+  const auto second = anchor(record, "Field2");
   if (!first || !second) return;
   const double swing = (second->y - first->y) * record.number("Ratio", 1.0);
   if (style.starts_with("Golden")) {
@@ -155,7 +143,7 @@ void Painter::draw_figure(const Panel& panel, const Record& record) {
       level(std::min(first->x, second->x), first->y + swing * share, name);
     }
   } else if (style.starts_with("Wave")) {
-    const auto third = anchor(panel, record, "Field3");
+    const auto third = anchor(record, "Field3");
     if (!third) return;
     const double length = std::abs(second->x - first->x);
     canvas_.line({*first, *second, *third, {third->x + length, third->y + swing}}, stroke);

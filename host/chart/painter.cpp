@@ -7,18 +7,8 @@
 namespace quor_host {
 namespace {
 
-const Color rising{0.80, 0.19, 0.19};
-const Color falling{0.05, 0.60, 0.25};
 const Color ink{0.20, 0.22, 0.26};
 const Color white{1.0, 1.0, 1.0};
-
-std::string number_text(double value, int digits) {
-  if (std::isnan(value)) return {};
-  char text[400];
-  const auto end =
-      std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, digits).ptr;
-  return {text, end};
-}
 
 bool is_single_letter(const std::string& text) {
   const auto begins_letter = [](char byte) { return (byte & 0xC0) != 0x80; };
@@ -27,83 +17,64 @@ bool is_single_letter(const std::string& text) {
 
 }  // namespace
 
-const Painter::Row Painter::shapes[] = {
-    {"PolylineShape", &Painter::draw_polyline}, {"StraightLineShape", &Painter::draw_straight_line},
-    {"BarShape", &Painter::draw_bar},           {"CandleShape", &Painter::draw_candles},
-    {"TextShape", &Painter::draw_text},         {"ImageShape", &Painter::draw_picture},
-    {"RectShape", &Painter::draw_background},   {"PolygonShape", &Painter::draw_region},
-    {"NoticeShape", &Painter::draw_signal},     {"FuturesTradeShape", &Painter::draw_signal},
+const Painter::Row Painter::rows[] = {
+    {"PolylineShape", "Curve", &Painter::draw_figure},
+    {"PolylineShape", "StraightLine", &Painter::draw_figure},
+    {"PolylineShape", "", &Painter::draw_polyline},
+    {"StraightLineShape", "Vert", &Painter::draw_upright_lines},
+    {"StraightLineShape", "Slope", &Painter::draw_slopes},
+    {"StraightLineShape", "", &Painter::draw_pairs},
+    {"BarShape", "DoubleRect", &Painter::draw_columns},
+    {"BarShape", "", &Painter::draw_sticks},
+    {"CandleShape", "", &Painter::draw_candles},
+    {"TextShape", "", &Painter::draw_text},
+    {"ImageShape", "", &Painter::draw_picture},
+    {"RectShape", "", &Painter::draw_background},
+    {"PolygonShape", "", &Painter::draw_region},
+    {"NoticeShape", "", &Painter::draw_signal},
+    {"FuturesTradeShape", "", &Painter::draw_signal},
 };
 
-void Painter::draw(const Panel& panel, const Record& record) {
-  for (const Row& row : shapes) {
-    if (record.is(row.shape_name)) (this->*row.draw)(panel, record);
-  }
-}
-
-double Painter::half_bar() const { return std::max(0.5, axis_.step() * 0.36); }
-
-void Painter::candle(const Panel& panel, size_t row, const double (&prices)[4], Color color,
-                     Form form) {
-  const auto [open, high, low, close] = prices;
-  const double middle = x(row);
-  const double left = middle - half_bar();
-  const double right = middle + half_bar();
-  canvas_.line({{middle, panel.y(high)}, {middle, panel.y(low)}}, {color});
-  if (form == Form::american) {
-    canvas_.line({{left, panel.y(open)}, {middle, panel.y(open)}}, {color});
-    canvas_.line({{middle, panel.y(close)}, {right, panel.y(close)}}, {color});
-    return;
-  }
-  const double top = panel.y(std::max(open, close));
-  const double bottom = std::max(panel.y(std::min(open, close)), top + 1.0);
-  canvas_.rectangle({left, top}, {right, bottom}, form == Form::filled ? color : white, true);
-  canvas_.rectangle({left, top}, {right, bottom}, color, false);
-}
-
-void Painter::draw_bars(const Panel& panel) {
-  std::vector<Point> closes;
-  for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    const double prices[4] = {view_.bar(field_open, row), view_.bar(field_high, row),
-                              view_.bar(field_low, row), view_.bar(field_close, row)};
-    if (std::ranges::none_of(prices, [](double price) { return std::isnan(price); })) {
-      const bool up = prices[3] >= prices[0];
-      candle(panel, row, prices, up ? rising : falling, up ? Form::hollow : Form::filled);
-    } else if (!std::isnan(prices[3])) {
-      closes.push_back(at(panel, row, prices[3]));
+void Painter::draw(const Record& record) {
+  for (const auto& [shape_name, style, draw] : rows) {
+    if (record.is(shape_name) && record.text("Style").find(style) != std::string::npos) {
+      return (this->*draw)(record);
     }
   }
-  canvas_.line(closes, {ink, 1.2});
 }
 
-void Painter::draw_candles(const Panel& panel, const Record& record) {
+void Painter::block(size_t row, double half, double from, double to, Color color, bool filled) {
+  if (std::isnan(from + to)) return;
+  const double top = std::min(from, to);
+  const double bottom = std::max(std::max(from, to), top + 1.0);
+  canvas_.rectangle({x(row) - half, top}, {x(row) + half, bottom}, color, filled);
+}
+
+void Painter::draw_candles(const Record& record) {
   const bool coloured = record.flag("IsColorKLine");
+  const bool american = record.text("Style") == "American";
   for (const size_t row : view_.rows(record)) {
-    const double prices[4] = {
-        view_.value(record.column("OpenField"), row), view_.value(record.column("HighField"), row),
-        view_.value(record.column("LowField"), row), view_.value(record.column("CloseField"), row)};
-    const bool hollow = coloured ? record.flag("IsFilled") : prices[3] > prices[0];
-    const char* key = coloured                 ? "FilledColor"
-                      : prices[3] > prices[0]  ? "UpperShadowColor"
-                      : prices[3] == prices[0] ? "EqualShadowColor"
-                                               : "LowerShadowColor";
-    candle(panel, row, prices, resolve_brush(record.text(key)),
-           record.text("Style") == "American" ? Form::american
-           : hollow                           ? Form::hollow
-                                              : Form::filled);
-  }
-}
-
-void Painter::draw_bar(const Panel& panel, const Record& record) {
-  if (record.text("Style") == "DoubleRect") {
-    draw_columns(panel, record);
-  } else {
-    draw_sticks(panel, record);
+    const Point open = at(row, record, "OpenField");
+    const Point close = at(row, record, "CloseField");
+    const bool rises = close.y < open.y;
+    const Color color = resolve_brush(record.text(coloured            ? "FilledColor"
+                                                  : rises             ? "UpperShadowColor"
+                                                  : close.y == open.y ? "EqualShadowColor"
+                                                                      : "LowerShadowColor"));
+    canvas_.line({at(row, record, "HighField"), at(row, record, "LowField")}, {color});
+    if (american) {
+      canvas_.line({{open.x - half_bar(), open.y}, open}, {color});
+      canvas_.line({close, {close.x + half_bar(), close.y}}, {color});
+      continue;
+    }
+    const bool hollow = coloured ? record.flag("IsFilled") : rises;
+    block(row, half_bar(), open.y, close.y, hollow ? white : color, true);
+    block(row, half_bar(), open.y, close.y, color, false);
   }
 }
 
 /// `IsFilled` asks for the outline only, except from sticks of two colours, which always have it.
-void Painter::draw_sticks(const Panel& panel, const Record& record) {
+void Painter::draw_sticks(const Record& record) {
   const Color upper = resolve_brush(record.text("UpperShadowColor"));
   const Color lower = resolve_brush(record.text("LowerShadowColor"));
   const bool by_mark = record.flag("IsVolStick");
@@ -114,63 +85,52 @@ void Painter::draw_sticks(const Panel& panel, const Record& record) {
   for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
     const bool mark = view_.shows(record.column("Field1VisibleId"), row);
     if (!mark && !by_mark) continue;
-    const double from = view_.value(record.column("Field1Id"), row);
-    const double to = view_.value(record.column("Field2Id"), row);
-    const bool up = by_mark ? mark : std::max(from, to) > 0.0;
-    const double top = panel.y(std::max(from, to));
-    const double bottom = std::max(panel.y(std::min(from, to)), top + 1.0);
-    canvas_.rectangle({x(row) - half, top}, {x(row) + half, bottom}, up ? upper : lower, !hollow);
+    const double from = at(row, record, "Field1Id").y;
+    const double to = at(row, record, "Field2Id").y;
+    const bool up = by_mark ? mark : std::min(from, to) < panel_.y(0.0);
+    block(row, half, from, to, up ? upper : lower, !hollow);
   }
 }
 
-/// Columns from 0: full ones for the first mark, outlines for the second, side by side for both.
-void Painter::draw_columns(const Panel& panel, const Record& record) {
+/// Columns from 0, full ones for the first mark and outlines for the second.
+void Painter::draw_columns(const Record& record) {
   const Color color = resolve_brush(record.text("UpperShadowColor"));
   for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    const bool first = view_.shows(record.column("Field1VisibleId"), row);
-    const bool second = view_.shows(record.column("Field2VisibleId"), row);
-    const double end = panel.y(view_.value(record.column("Field1Id"), row));
-    const double left = x(row) - half_bar();
-    const double right = x(row) + half_bar();
-    const double base = panel.y(0.0);
-    if (first) canvas_.rectangle({left, end}, {second ? x(row) : right, base}, color, true);
-    if (second) canvas_.rectangle({first ? x(row) : left, end}, {right, base}, color, false);
+    const double end = at(row, record, "Field1Id").y;
+    const auto column = [&](const char* mark, double half, bool filled) {
+      if (!view_.shows(record.column(mark), row)) return;
+      block(row, half, end, panel_.y(0.0), color, filled);
+    };
+    column("Field1VisibleId", half_bar() / 2, true);
+    column("Field2VisibleId", half_bar(), false);
   }
 }
 
-bool Painter::is_free(const Box& box) const {
-  const auto overlaps = [&box](const Box& other) {
-    return box.corner.x < other.corner.x + other.extent.x &&
-           other.corner.x < box.corner.x + box.extent.x &&
-           box.corner.y < other.corner.y + other.extent.y &&
-           other.corner.y < box.corner.y + box.extent.y;
-  };
-  return std::ranges::none_of(labels_, overlaps);
-}
-
-void Painter::label(const Panel& panel, Point at, const std::string& text, Color color, double size,
-                    Anchor anchor) {
+void Painter::label(Point at, const std::string& text, Color color, double size, Anchor anchor) {
   const Point extent = canvas_.extent(text, size);
   const auto fit = [](double place, double low, double high) {
     return std::max(low, std::min(place, high));
   };
-  Box box{{fit(at.x - anchor.x * extent.x, axis_.left, axis_.right - extent.x),
-           fit(at.y - anchor.y * extent.y, panel.top, panel.bottom - extent.y)},
-          extent};
+  Point corner{fit(at.x - anchor.x * extent.x, axis_.left, axis_.right - extent.x),
+               fit(at.y - anchor.y * extent.y, panel_.top, panel_.bottom - extent.y)};
+  const auto overlaps = [&](const Box& other) {
+    return corner.x < other.corner.x + other.extent.x && other.corner.x < corner.x + extent.x &&
+           corner.y < other.corner.y + other.extent.y && other.corner.y < corner.y + extent.y;
+  };
   // Texts that hang below their point make way downwards. A sign may touch other signs, and one in
   // the middle of its point stays there, as the dots of a line do.
   const double way = anchor.y < 0.5 ? extent.y : -extent.y;
   const bool is_sign = is_single_letter(text);
   const bool is_fixed = is_sign && anchor.y == 0.5;
-  for (int tries = 0; tries < 4; ++tries, box.corner.y += way) {
-    if (!is_fixed && !is_free(box)) continue;
-    canvas_.text(box.corner, text, color, size, {0.0, 0.0});
-    if (!is_sign) labels_.push_back(box);
+  for (int tries = 0; tries < 4; ++tries, corner.y += way) {
+    if (!is_fixed && std::ranges::any_of(labels_, overlaps)) continue;
+    canvas_.text(corner, text, color, size, {0.0, 0.0});
+    if (!is_sign) labels_.push_back({corner, extent});
     return;
   }
 }
 
-void Painter::draw_text(const Panel& panel, const Record& record) {
+void Painter::draw_text(const Record& record) {
   const Color color = resolve_brush(record.text("TextColor"));
   const auto number = record.column("NumberFieldId");
   const auto digits = static_cast<int>(std::clamp(record.number("Digit"), 0.0, 6.0));
@@ -179,27 +139,28 @@ void Painter::draw_text(const Panel& panel, const Record& record) {
     return std::clamp(record.number(key, 1.0) / 2, 0.0, 1.0);
   };
   for (const size_t row : view_.rows(record)) {
-    Point place = at(panel, row, view_.value(record.column("Field1Id"), row));
+    Point place = at(row, record, "Field1Id");
     if (!std::isfinite(place.y)) continue;
     place.x += record.number("HorizontalOffset");
     place.y -= record.number("VerticalOffset");
-    const std::string text =
-        number ? number_text(view_.value(number, row), digits) : record.text("Text");
-    label(panel, place, text, color, size, {share("HorizontalAlign"), share("VerticalAlign")});
+    const double value = number ? view_.value(number, row) : 0.0;
+    if (std::isnan(value)) continue;
+    const std::string text = number ? number_text(value, digits) : record.text("Text");
+    label(place, text, color, size, {share("HorizontalAlign"), share("VerticalAlign")});
   }
 }
 
 /// A picture's name in a frame, since the pictures are the client's; one without a price lies
-/// behind all of the panel.
-void Painter::draw_picture(const Panel& panel, const Record& record) {
+/// behind all of the panel_.
+void Painter::draw_picture(const Record& record) {
   const std::string& name = record.text("Field1Text");
   for (const size_t row : view_.rows(record)) {
     const bool behind = record.flag("IsLastCandle");
     const double size = behind ? 40.0 : 9.0;
     const Color color = ink.with_alpha(behind ? 0.15 : 1.0);
     const Point extent = canvas_.extent(name, size);
-    const Point place = behind ? Point{(axis_.left + axis_.right) / 2, panel.bottom - extent.y}
-                               : at(panel, row, view_.value(record.column("Field1Id"), row));
+    const Point place = behind ? Point{(axis_.left + axis_.right) / 2, panel_.bottom - extent.y}
+                               : at(row, record, "Field1Id");
     const Point half{extent.x / 2 + 4, extent.y / 2 + 1};
     const Point corner{place.x - half.x, place.y - half.y};
     canvas_.rectangle(corner, {place.x + half.x, place.y + half.y}, color, false);
@@ -209,20 +170,20 @@ void Painter::draw_picture(const Panel& panel, const Record& record) {
 }
 
 /// Behind marked bars; from edge to edge for a record that looks at the last bar only.
-void Painter::draw_background(const Panel& panel, const Record& record) {
+void Painter::draw_background(const Record& record) {
   const Color color = resolve_brush(record.text("FilledColor")).with_alpha(0.13);
   const std::string& second = record.text("GradientColor");
   const Color end = second.empty() ? color : resolve_brush(second).with_alpha(0.13);
   const bool wide = record.flag("IsLastCandle");
   const double half = axis_.step() / 2;
   for (const size_t row : view_.rows(record)) {
-    canvas_.gradient({wide ? axis_.left : x(row) - half, panel.top},
-                     {wide ? axis_.right : x(row) + half, panel.bottom}, color, end,
+    canvas_.gradient({wide ? axis_.left : x(row) - half, panel_.top},
+                     {wide ? axis_.right : x(row) + half, panel_.bottom}, color, end,
                      record.flag("GradientDirection"));
   }
 }
 
-void Painter::draw_region(const Panel& panel, const Record& record) {
+void Painter::draw_region(const Record& record) {
   const Color color = resolve_brush(record.text("FilledColor")).with_alpha(0.30);
   std::vector<Point> upper;
   std::vector<Point> lower;
@@ -233,25 +194,25 @@ void Painter::draw_region(const Panel& panel, const Record& record) {
     lower.clear();
   };
   for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    const double first = view_.value(record.column("Field1Id"), row);
-    const double second = view_.value(record.column("Field2Id"), row);
-    if (!view_.shows(record.column("Field1VisibleId"), row) || std::isnan(first + second)) {
+    const Point first = at(row, record, "Field1Id");
+    const Point second = at(row, record, "Field2Id");
+    if (!view_.shows(record.column("Field1VisibleId"), row) || std::isnan(first.y + second.y)) {
       finish_run();
       continue;
     }
-    upper.push_back(at(panel, row, first));
-    lower.push_back(at(panel, row, second));
+    upper.push_back(first);
+    lower.push_back(second);
   }
   finish_run();
 }
 
 /// A small triangle under the bars where a notice or trade signal holds.
-void Painter::draw_signal(const Panel& panel, const Record& record) {
+void Painter::draw_signal(const Record& record) {
   const Color color = record.is("NoticeShape") ? Color{0.90, 0.60, 0.05} : Color{0.25, 0.30, 0.85};
   for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
     if (view_.value(record.column("Field1Id"), row) != 1.0) continue;
-    const double low = view_.bar(field_low, row);
-    const double y = std::isfinite(low) ? panel.y(low) + 6 : panel.bottom - 10;
+    const double low = panel_.y(view_.value(field_low, row));
+    const double y = std::isfinite(low) ? low + 6 : panel_.bottom - 10;
     canvas_.area({{x(row), y}, {x(row) - 4, y + 8}, {x(row) + 4, y + 8}}, color);
   }
 }

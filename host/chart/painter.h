@@ -1,6 +1,8 @@
 // Draws bars and records into a panel.
 #pragma once
 
+#include <algorithm>
+
 #include "canvas.h"
 #include "panels.h"
 
@@ -20,63 +22,65 @@ struct TimeAxis {
   }
 };
 
+/// Draws into one panel.
 class Painter {
  public:
-  Painter(Canvas& canvas, const View& view, const TimeAxis& axis)
-      : canvas_(canvas), view_(view), axis_(axis) {}
+  Painter(Canvas& canvas, const View& view, const TimeAxis& axis, const Panel& panel)
+      : canvas_(canvas), view_(view), axis_(axis), panel_(panel) {}
 
-  /// The bars of the file as candles, or the close as a line where open, high or low is missing.
-  void draw_bars(const Panel& panel);
-  void draw(const Panel& panel, const Record& record);
+  void draw(const Record& record);
 
  private:
-  using Draw = void (Painter::*)(const Panel&, const Record&);
+  using Draw = void (Painter::*)(const Record&);
   struct Row {
     const char* shape_name;
+    const char* style;  ///< a part of it; the first row that fits counts
     Draw draw;
   };
-  static const Row shapes[];
+  static const Row rows[];
 
-  void draw_polyline(const Panel& panel, const Record& record);
-  void draw_figure(const Panel& panel, const Record& record);
-  void draw_straight_line(const Panel& panel, const Record& record);
-  void draw_pairs(const Panel& panel, const Record& record);
-  void draw_slopes(const Panel& panel, const Record& record);
-  void draw_bar(const Panel& panel, const Record& record);
-  void draw_sticks(const Panel& panel, const Record& record);
-  void draw_columns(const Panel& panel, const Record& record);
-  void draw_candles(const Panel& panel, const Record& record);
-  void draw_text(const Panel& panel, const Record& record);
-  void draw_picture(const Panel& panel, const Record& record);
-  void draw_background(const Panel& panel, const Record& record);
-  void draw_region(const Panel& panel, const Record& record);
-  void draw_signal(const Panel& panel, const Record& record);
+  void draw_polyline(const Record& record);
+  void draw_figure(const Record& record);
+  void draw_upright_lines(const Record& record);
+  void draw_slopes(const Record& record);
+  void draw_pairs(const Record& record);
+  void draw_columns(const Record& record);
+  void draw_sticks(const Record& record);
+  void draw_candles(const Record& record);
+  void draw_text(const Record& record);
+  void draw_picture(const Record& record);
+  void draw_background(const Record& record);
+  void draw_region(const Record& record);
+  void draw_signal(const Record& record);
 
-  enum class Form { hollow, filled, american };
-  void candle(const Panel& panel, size_t row, const double (&prices)[4], Color color, Form form);
+  /// A rectangle around a bar, seen even if both ends are at one place.
+  void block(size_t row, double half, double from, double to, Color color, bool filled);
   /// The line through two points, as far as it is in sight; on beyond the right one with bit 1 of
-  /// `expand`, beyond the left one with bit 2.
-  void segment(Point from, Point to, int expand, const Stroke& stroke);
+  /// the record's expansion, beyond the left one with bit 2.
+  void segment(Point from, Point to, int expansion, const Stroke& stroke);
   /// The newest point that a mark of an anchor shows, in sight or not.
-  std::optional<Point> anchor(const Panel& panel, const Record& record, const std::string& field);
-  /// Writes a text within the panel, and over or under texts that are there already; nowhere if
-  /// there is no room.
-  void label(const Panel& panel, Point at, const std::string& text, Color color, double size,
-             Anchor anchor);
+  std::optional<Point> anchor(const Record& record, const std::string& field);
+  /// Writes a text within the panel, over or under texts that are there already; nowhere if there
+  /// is no room.
+  void label(Point at, const std::string& text, Color color, double size, Anchor anchor);
 
   double x(size_t row) const { return axis_.x(static_cast<double>(row)); }
-  Point at(const Panel& panel, size_t row, double value) const { return {x(row), panel.y(value)}; }
-  double half_bar() const;
+  Point at(size_t row, double value) const { return {x(row), panel_.y(value)}; }
+  /// The value that a key of the record names, at its place.
+  Point at(size_t row, const Record& record, const char* key) const {
+    return at(row, view_.value(record.column(key), row));
+  }
+  double half_bar() const { return std::max(0.5, axis_.step() * 0.36); }
 
   struct Box {
     Point corner;
     Point extent;
   };
-  bool is_free(const Box& box) const;
 
   Canvas& canvas_;
   const View& view_;
   TimeAxis axis_;
+  const Panel& panel_;
   std::vector<Box> labels_;
 };
 

@@ -1,6 +1,7 @@
 #include "panels.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <limits>
 #include <numeric>
@@ -11,9 +12,6 @@ namespace quor_host {
 namespace {
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-
-/// The value if sums and ratios of its like stay finite.
-double drawable(double value) { return std::abs(value) < 1e100 ? value : nan; }
 
 /// The values of a record, and the marks of the bars where they show.
 constexpr const char* places[][2] = {
@@ -90,24 +88,38 @@ void widen(Range& range) {
 
 }  // namespace
 
-View::View(const Session& session, const Bars& bars, size_t last) : session_(session) {
-  std::vector<size_t> order(bars.keys.size());
-  std::iota(order.begin(), order.end(), size_t{0});
-  std::ranges::sort(order, {}, [&bars](size_t i) { return bars.keys[i]; });
-  for (const size_t i : order) keys_.push_back(bars.keys[i]);
-  for (const auto& [field, values] : bars.columns) {
-    for (const size_t i : order) bars_[field].push_back(values[i]);
-  }
-  first_ = keys_.size() - std::min(keys_.size(), last);
+std::string number_text(double value, int digits) {
+  char text[400];
+  char* end = text + sizeof text;
+  return {text, std::to_chars(text, end, value, std::chars_format::fixed, digits).ptr};
 }
 
-double View::bar(uint32_t field, size_t row) const {
-  const auto column = bars_.find(field);
-  return column == bars_.end() ? nan : drawable(column->second[row]);
+Record bars_record(const Bars& bars) {
+  const bool whole =
+      bars.columns.contains(7) && bars.columns.contains(8) && bars.columns.contains(9);
+  return parse_records(whole ? R"([{"ShapeName":"CandleShape","ZIndex":0.5,"OpenField":7,
+      "HighField":8,"LowField":9,"CloseField":11,"UpperShadowColor":"#CC3030",
+      "EqualShadowColor":"#CC3030","LowerShadowColor":"#0C993F"}])"
+                             : R"([{"ShapeName":"PolylineShape","ZIndex":0.5,"Field1Id":11,
+      "LineColor":"#333842"}])")
+      .front();
+}
+
+View::View(const Session& session, const Bars& bars, size_t last)
+    : session_(session), bars_(bars), order_(bars.keys.size()) {
+  std::iota(order_.begin(), order_.end(), size_t{0});
+  std::ranges::sort(order_, {}, [&bars](size_t i) { return bars.keys[i]; });
+  first_ = order_.size() - std::min(order_.size(), last);
 }
 
 double View::value(std::optional<uint32_t> column, size_t row) const {
-  return column ? drawable(session_.cell(static_cast<uint32_t>(row), *column)) : nan;
+  if (!column) return nan;
+  const auto field = bars_.columns.find(*column);
+  const double value = field == bars_.columns.end()
+                           ? session_.cell(static_cast<uint32_t>(row), *column)
+                           : field->second[order_[row]];
+  // Sums and ratios of what lies below stay finite.
+  return std::abs(value) < 1e100 ? value : nan;
 }
 
 bool View::shows(std::optional<uint32_t> column, size_t row) const {
@@ -142,12 +154,7 @@ void Range::take(const Range& other) {
 
 std::vector<Panel> arrange(const View& view, const std::vector<Record>& records, size_t most) {
   std::vector<Panel> panels(1);
-  for (size_t row = view.first_row(); row < view.row_count(); ++row) {
-    for (const uint32_t field : {field_low, field_high, field_close}) {
-      panels[0].range.take(view.bar(field, row));
-    }
-  }
-  const Range price = panels[0].range;
+  const Range price = range_of(view, records.front());
   size_t latest = 0;
   for (const Record& record : records) {
     const Range range = range_of(view, record);

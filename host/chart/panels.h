@@ -11,10 +11,14 @@
 
 namespace quor_host {
 
-constexpr uint32_t field_open = 7;
-constexpr uint32_t field_high = 8;
 constexpr uint32_t field_low = 9;
-constexpr uint32_t field_close = 11;
+
+/// A number of so many decimals.
+std::string number_text(double value, int digits);
+
+/// What a script would write to draw the bars of the file: candles, or a line where the file has
+/// the close only. They lie over what is meant as a background, under all else.
+Record bars_record(const Bars& bars);
 
 /// The bars in sight and the columns of the run, rows in ascending order of their keys.
 class View {
@@ -22,13 +26,11 @@ class View {
   View(const Session& session, const Bars& bars, size_t last);
 
   size_t first_row() const { return first_; }
-  size_t row_count() const { return keys_.size(); }
-  size_t last_row() const { return keys_.size() - 1; }
-  int64_t key(size_t row) const { return keys_[row]; }
-  /// The bar's own values, by the library's ids. Like all values NaN where there is none, and for
-  /// one that is too large for any axis.
-  double bar(uint32_t field, size_t row) const;
-
+  size_t row_count() const { return order_.size(); }
+  size_t last_row() const { return order_.size() - 1; }
+  int64_t key(size_t row) const { return bars_.keys[order_[row]]; }
+  /// A value of a column or of a field of the bars, by the library's ids. NaN where there is none,
+  /// and for one that is too large for any axis.
   double value(std::optional<uint32_t> column, size_t row) const;
   /// Whether the record shows at the bar; a record without such a column shows everywhere.
   bool shows(std::optional<uint32_t> column, size_t row) const;
@@ -40,8 +42,8 @@ class View {
 
  private:
   const Session& session_;
-  std::vector<int64_t> keys_;
-  std::map<uint32_t, std::vector<double>> bars_;
+  const Bars& bars_;
+  std::vector<size_t> order_;  ///< where the bar of a row stands in the file
   size_t first_ = 0;
 };
 
@@ -67,8 +69,8 @@ struct Panel {
   }
 };
 
-/// The panels from the top: the bars with what lies near them, then records far from the price. The
-/// last one takes what would need more panels than there may be.
+/// The panels from the top: the first record with what lies near it, then what is far from it. The
+/// last panel takes what would need more panels than there may be.
 std::vector<Panel> arrange(const View& view, const std::vector<Record>& records, size_t most);
 
 }  // namespace quor_host
