@@ -33,8 +33,8 @@ using Escaped = std::unique_ptr<char, Releaser<g_free>>;
 
 Layout make_layout(cairo_t* context, const std::string& text, double size) {
   Layout layout(pango_cairo_create_layout(context));
-  PangoFontDescription* font = pango_font_description_from_string("Sans");
-  pango_font_description_set_absolute_size(font, size * PANGO_SCALE);
+  const std::string name = "Sans " + std::to_string(size) + "px";
+  PangoFontDescription* font = pango_font_description_from_string(name.c_str());
   pango_layout_set_font_description(layout.get(), font);
   pango_font_description_free(font);
   pango_layout_set_text(layout.get(), text.c_str(), static_cast<int>(text.size()));
@@ -50,11 +50,8 @@ Point extent_of(const Layout& layout) {
 
 bool is_drawable(Point point) { return std::isfinite(point.x) && std::isfinite(point.y); }
 
-/// Cairo reckons in whole numbers of 24 bits, and dashes every pixel of a line, seen or not.
-Point bring_near(Point point) {
-  constexpr double farthest = 10000.0;
-  return {std::clamp(point.x, -farthest, farthest), std::clamp(point.y, -farthest, farthest)};
-}
+/// Cairo reckons in whole numbers of 24 bits.
+double bring_near(double pixels) { return std::clamp(pixels, -10000.0, 10000.0); }
 
 cairo_status_t append(void* file, const unsigned char* bytes, unsigned int count) {
   static_cast<std::string*>(file)->append(reinterpret_cast<const char*>(bytes), count);
@@ -63,7 +60,7 @@ cairo_status_t append(void* file, const unsigned char* bytes, unsigned int count
 
 }  // namespace
 
-Color resolve_brush(const std::string& key) {
+Color resolve_brush(const std::string& key, double alpha) {
   unsigned color = 0x6B7280;
   const size_t mark = key.find('#');
   if (const auto brush = brushes.find(key); brush != brushes.end()) {
@@ -71,7 +68,7 @@ Color resolve_brush(const std::string& key) {
   } else if (mark != std::string::npos && key.size() > mark + 6) {
     std::from_chars(key.data() + mark + 1, key.data() + mark + 7, color, 16);
   }
-  return {(color >> 16) / 255.0, (color >> 8 & 0xFF) / 255.0, (color & 0xFF) / 255.0};
+  return {(color >> 16) / 255.0, (color >> 8 & 0xFF) / 255.0, (color & 0xFF) / 255.0, alpha};
 }
 
 struct Canvas::Sheet {
@@ -89,18 +86,16 @@ struct Canvas::Sheet {
   bool trace(const std::vector<Point>& points) const {
     if (points.empty() || !std::ranges::all_of(points, is_drawable)) return false;
     cairo_new_path(context.get());
-    for (const Point& point : points) {
-      const auto [x, y] = bring_near(point);
-      cairo_line_to(context.get(), x, y);
-    }
+    for (const auto& [x, y] : points) cairo_line_to(context.get(), bring_near(x), bring_near(y));
     return true;
   }
 
   /// Puts the texts behind the opening tag.
   void describe() {
-    for (char& letter : texts) {
-      if (static_cast<unsigned char>(letter) < ' ' && letter != '\n') letter = ' ';
-    }
+    const auto is_control = [](char letter) {
+      return letter > 0 && letter < ' ' && letter != '\n';
+    };
+    std::ranges::replace_if(texts, is_control, ' ');
     const size_t tag = file.find("<svg");
     const size_t end = file.find('>', std::min(tag, file.size()));
     if (end == std::string::npos) return;
@@ -127,9 +122,9 @@ void Canvas::finish() {
   Sheet& sheet = *sheet_;
   if (sheet.is_image) cairo_surface_write_to_png_stream(sheet.surface.get(), append, &sheet.file);
   cairo_surface_finish(sheet.surface.get());
-  for (const auto status :
-       {cairo_status(sheet.context.get()), cairo_surface_status(sheet.surface.get())}) {
-    if (status == CAIRO_STATUS_SUCCESS) continue;
+  cairo_status_t status = cairo_status(sheet.context.get());
+  if (status == CAIRO_STATUS_SUCCESS) status = cairo_surface_status(sheet.surface.get());
+  if (status != CAIRO_STATUS_SUCCESS) {
     throw HostError(sheet.path + ": can't be drawn: " + cairo_status_to_string(status));
   }
   if (!sheet.is_image) sheet.describe();
@@ -137,11 +132,6 @@ void Canvas::finish() {
   out << sheet.file;
   out.close();
   if (!out) throw HostError(sheet.path + ": can't be written");
-}
-
-void Canvas::fill(Color color) {
-  sheet_->set(color);
-  cairo_paint(sheet_->context.get());
 }
 
 void Canvas::line(const std::vector<Point>& points, const Stroke& stroke) {
@@ -167,11 +157,7 @@ void Canvas::area(const std::vector<Point>& corners, Color color) {
 void Canvas::rectangle(Point first, Point second, Color color, bool filled) {
   const std::vector<Point> corners = {
       first, {second.x, first.y}, second, {first.x, second.y}, first};
-  if (filled) {
-    area(corners, color);
-  } else {
-    line(corners, {color});
-  }
+  filled ? area(corners, color) : line(corners, {color});
 }
 
 void Canvas::gradient(Point first, Point second, Color from, Color to, bool to_the_right) {
@@ -185,14 +171,12 @@ void Canvas::gradient(Point first, Point second, Color from, Color to, bool to_t
   cairo_fill(sheet_->context.get());
 }
 
-void Canvas::text(Point at, const std::string& text, Color color, double size, Anchor anchor) {
-  if (!is_drawable(at)) return;
+void Canvas::text(Point at, const std::string& text, Color color, double size, Point anchor) {
   cairo_t* context = sheet_->context.get();
   const Layout layout = make_layout(context, text, size);
   const auto [width, height] = extent_of(layout);
-  const auto [x, y] = bring_near({at.x - anchor.x * width, at.y - anchor.y * height});
   sheet_->set(color);
-  cairo_move_to(context, x, y);
+  cairo_move_to(context, at.x - anchor.x * width, at.y - anchor.y * height);
   pango_cairo_show_layout(context, layout.get());
   sheet_->texts += text + "\n";
 }
@@ -202,11 +186,9 @@ Point Canvas::extent(const std::string& text, double size) {
 }
 
 void Canvas::clip(Point first, Point second) {
-  cairo_save(sheet_->context.get());
+  cairo_reset_clip(sheet_->context.get());
   cairo_rectangle(sheet_->context.get(), first.x, first.y, second.x - first.x, second.y - first.y);
   cairo_clip(sheet_->context.get());
 }
-
-void Canvas::unclip() { cairo_restore(sheet_->context.get()); }
 
 }  // namespace quor_host

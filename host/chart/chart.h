@@ -9,13 +9,8 @@
 
 namespace quor_host {
 
-struct Size {
-  int width = 0;
-  int height = 0;
-};
-
 /// Draws the last bars of a calculated script into an SVG or PNG file.
-void draw_chart(const Session& session, const Bars& bars, size_t last, Size size,
+void draw_chart(const Session& session, const Bars& bars, size_t last, int width, int height,
                 const std::string& path);
 
 }  // namespace quor_host

@@ -1,5 +1,4 @@
 // Lines: through the values of all bars, between marked bars, and the analytical figures.
-#include <algorithm>
 #include <cmath>
 #include <map>
 
@@ -20,10 +19,6 @@ Stroke stroke_of(const Record& record) {
   const auto row = dashes.find(record.text("LineShapeStyle"));
   return {resolve_brush(record.text("LineColor")), record.number("LineWidth", 1.0) + 0.4,
           row == dashes.end() ? std::vector<double>() : row->second};
-}
-
-int expansion(const Record& record) {
-  return static_cast<int>(std::clamp(record.number("IsExpand"), 0.0, 3.0));
 }
 
 }  // namespace
@@ -77,12 +72,12 @@ void Painter::draw_upright_lines(const Record& record) {
 
 void Painter::draw_slopes(const Record& record) {
   const Stroke stroke = stroke_of(record);
+  const auto expansion = static_cast<int>(record.number("IsExpand"));
   for (const size_t row : view_.rows(record)) {
-    const double price = view_.value(record.column("Field1Id"), row);
+    const Point start = at(row, record, "Field1Id");
     const double length = view_.value(record.column("HorizontalOffset1FieldId"), row);
-    const Point end = {axis_.x(static_cast<double>(row) + length),
-                       panel_.y(price + record.number("Slope") * length)};
-    segment(at(row, price), end, expansion(record), stroke);
+    const double rise = panel_.y(length * record.number("Slope")) - panel_.y(0.0);
+    segment(start, {start.x + length * axis_.step(), start.y + rise}, expansion, stroke);
   }
 }
 
@@ -90,6 +85,8 @@ void Painter::draw_slopes(const Record& record) {
 /// both ends at the bar, and so has one whose offsets set the ends of a bar with both marks apart;
 /// without offsets such a bar ends one line and begins the next.
 void Painter::draw_pairs(const Record& record) {
+  const Stroke stroke = stroke_of(record);
+  const auto expansion = static_cast<int>(record.number("IsExpand"));
   const auto second_mark = record.column("Field2VisibleId");
   const auto end_point = [&](const char* value, const char* offset, size_t row) -> Point {
     const double bars = view_.value(record.column(offset), row);
@@ -105,7 +102,7 @@ void Painter::draw_pairs(const Record& record) {
     const bool ends = second_mark ? view_.shows(second_mark, row) && std::isfinite(end.y) : begins;
     const bool is_whole = begins && ends && (!second_mark || start.x != end.x);
     if (is_whole || (ends && open)) {
-      segment(is_whole ? start : *open, end, expansion(record), stroke_of(record));
+      segment(is_whole ? start : *open, end, expansion, stroke);
     }
     if (ends) open.reset();
     if (begins) open = start;
@@ -126,10 +123,11 @@ std::optional<Point> Painter::anchor(const Record& record, const std::string& fi
 /// second: the height of an angle line at the second anchor, of the levels, of the wave that is set
 /// off from the third.
 void Painter::draw_figure(const Record& record) {
-  const std::string& style = record.text("Style");
+  const std::string style = record.text("Style");
   const Stroke stroke = stroke_of(record);
   const auto first = anchor(record, "Field1");
   const auto level = [&](double left, double y, const std::string& name) {
+    if (y < panel_.top || y > panel_.bottom) return;
     canvas_.line({{left, y}, {axis_.right, y}}, stroke);
     canvas_.text({axis_.right - 3, y}, name, stroke.color, 9.0, {1.0, 1.0});
   };

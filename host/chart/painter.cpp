@@ -1,19 +1,11 @@
 #include "painter.h"
 
-#include <algorithm>
-#include <charconv>
 #include <cmath>
 
 namespace quor_host {
 namespace {
 
-const Color ink{0.20, 0.22, 0.26};
 const Color white{1.0, 1.0, 1.0};
-
-bool is_single_letter(const std::string& text) {
-  const auto begins_letter = [](char byte) { return (byte & 0xC0) != 0x80; };
-  return std::ranges::count_if(text, begins_letter) < 2;
-}
 
 }  // namespace
 
@@ -24,7 +16,6 @@ const Painter::Row Painter::rows[] = {
     {"StraightLineShape", "Vert", &Painter::draw_upright_lines},
     {"StraightLineShape", "Slope", &Painter::draw_slopes},
     {"StraightLineShape", "", &Painter::draw_pairs},
-    {"BarShape", "DoubleRect", &Painter::draw_columns},
     {"BarShape", "", &Painter::draw_sticks},
     {"CandleShape", "", &Painter::draw_candles},
     {"TextShape", "", &Painter::draw_text},
@@ -74,58 +65,49 @@ void Painter::draw_candles(const Record& record) {
 }
 
 /// `IsFilled` asks for the outline only, except from sticks of two colours, which always have it.
+/// Columns stand on 0, slim and full ones for the first mark, wide outlines for the second.
 void Painter::draw_sticks(const Record& record) {
   const Color upper = resolve_brush(record.text("UpperShadowColor"));
   const Color lower = resolve_brush(record.text("LowerShadowColor"));
   const bool by_mark = record.flag("IsVolStick");
   const bool by_sign = record.flag("IsColorStick");
+  const bool columns = record.text("Style") == "DoubleRect";
   const double width = record.number("LineWidth", -1.0);
-  const double half = width > 0.0 ? width / 2 + 0.2 : half_bar();
+  const double half = width > 0.0 ? width / 2 + 0.2 : half_bar() * (columns ? 0.5 : 1.0);
   const bool hollow = record.flag("IsFilled") && !by_mark && !by_sign && half > 1.0;
+  const double zero = panel_.y(0.0);
   for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
     const bool mark = view_.shows(record.column("Field1VisibleId"), row);
-    if (!mark && !by_mark) continue;
     const double from = at(row, record, "Field1Id").y;
-    const double to = at(row, record, "Field2Id").y;
-    const bool up = by_mark ? mark : std::min(from, to) < panel_.y(0.0);
-    block(row, half, from, to, up ? upper : lower, !hollow);
+    const double to = columns ? zero : at(row, record, "Field2Id").y;
+    const bool up = by_mark ? mark : std::min(from, to) < zero;
+    if (mark || by_mark) block(row, half, from, to, up ? upper : lower, !hollow);
+    if (columns && view_.shows(record.column("Field2VisibleId"), row)) {
+      block(row, half_bar(), from, to, lower, false);
+    }
   }
 }
 
-/// Columns from 0, full ones for the first mark and outlines for the second.
-void Painter::draw_columns(const Record& record) {
-  const Color color = resolve_brush(record.text("UpperShadowColor"));
-  for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    const double end = at(row, record, "Field1Id").y;
-    const auto column = [&](const char* mark, double half, bool filled) {
-      if (!view_.shows(record.column(mark), row)) return;
-      block(row, half, end, panel_.y(0.0), color, filled);
-    };
-    column("Field1VisibleId", half_bar() / 2, true);
-    column("Field2VisibleId", half_bar(), false);
-  }
-}
-
-void Painter::label(Point at, const std::string& text, Color color, double size, Anchor anchor) {
+void Painter::label(Point at, const std::string& text, Color color, double size, Point anchor) {
   const Point extent = canvas_.extent(text, size);
-  const auto fit = [](double place, double low, double high) {
-    return std::max(low, std::min(place, high));
-  };
-  Point corner{fit(at.x - anchor.x * extent.x, axis_.left, axis_.right - extent.x),
-               fit(at.y - anchor.y * extent.y, panel_.top, panel_.bottom - extent.y)};
-  const auto overlaps = [&](const Box& other) {
-    return corner.x < other.corner.x + other.extent.x && other.corner.x < corner.x + extent.x &&
-           corner.y < other.corner.y + other.extent.y && other.corner.y < corner.y + extent.y;
+  Point corner{std::min(at.x - anchor.x * extent.x, axis_.right - extent.x),
+               std::min(at.y - anchor.y * extent.y, panel_.bottom - extent.y)};
+  corner = {std::max(corner.x, axis_.left), std::max(corner.y, panel_.top)};
+  const auto overlaps = [&](const auto& label) {
+    const auto& [other, reach] = label;
+    return corner.x < other.x + reach.x && other.x < corner.x + extent.x &&
+           corner.y < other.y + reach.y && other.y < corner.y + extent.y;
   };
   // Texts that hang below their point make way downwards. A sign may touch other signs, and one in
   // the middle of its point stays there, as the dots of a line do.
   const double way = anchor.y < 0.5 ? extent.y : -extent.y;
-  const bool is_sign = is_single_letter(text);
+  const auto begins_letter = [](char byte) { return (byte & 0xC0) != 0x80; };
+  const bool is_sign = std::ranges::count_if(text, begins_letter) < 2;
   const bool is_fixed = is_sign && anchor.y == 0.5;
   for (int tries = 0; tries < 4; ++tries, corner.y += way) {
     if (!is_fixed && std::ranges::any_of(labels_, overlaps)) continue;
     canvas_.text(corner, text, color, size, {0.0, 0.0});
-    if (!is_sign) labels_.push_back({corner, extent});
+    if (!is_sign) labels_.emplace_back(corner, extent);
     return;
   }
 }
@@ -140,40 +122,40 @@ void Painter::draw_text(const Record& record) {
   };
   for (const size_t row : view_.rows(record)) {
     Point place = at(row, record, "Field1Id");
-    if (!std::isfinite(place.y)) continue;
+    const double value = number ? view_.value(number, row) : 0.0;
+    if (std::isnan(place.y + value)) continue;
     place.x += record.number("HorizontalOffset");
     place.y -= record.number("VerticalOffset");
-    const double value = number ? view_.value(number, row) : 0.0;
-    if (std::isnan(value)) continue;
     const std::string text = number ? number_text(value, digits) : record.text("Text");
     label(place, text, color, size, {share("HorizontalAlign"), share("VerticalAlign")});
   }
 }
 
-/// A picture's name in a frame, since the pictures are the client's; one without a price lies
-/// behind all of the panel_.
+/// A picture's name in a frame, since the pictures are the client's. One that looks at the last bar
+/// only lies behind all others.
 void Painter::draw_picture(const Record& record) {
-  const std::string& name = record.text("Field1Text");
+  const std::string name = record.text("Field1Text");
   for (const size_t row : view_.rows(record)) {
     const bool behind = record.flag("IsLastCandle");
     const double size = behind ? 40.0 : 9.0;
-    const Color color = ink.with_alpha(behind ? 0.15 : 1.0);
+    const Color color{0.2, 0.2, 0.25, behind ? 0.15 : 1.0};
     const Point extent = canvas_.extent(name, size);
     const Point place = behind ? Point{(axis_.left + axis_.right) / 2, panel_.bottom - extent.y}
                                : at(row, record, "Field1Id");
-    const Point half{extent.x / 2 + 4, extent.y / 2 + 1};
-    const Point corner{place.x - half.x, place.y - half.y};
-    canvas_.rectangle(corner, {place.x + half.x, place.y + half.y}, color, false);
-    if (!behind) labels_.push_back({corner, {2 * half.x, 2 * half.y}});
+    if (std::isnan(place.y)) continue;
+    const Point corner{place.x - extent.x / 2 - 4, place.y - extent.y / 2};
+    const Point frame{extent.x + 8, extent.y};
+    canvas_.rectangle(corner, {corner.x + frame.x, corner.y + frame.y}, color, false);
     canvas_.text(place, name, color, size, {0.5, 0.5});
+    labels_.emplace_back(corner, frame);
   }
 }
 
 /// Behind marked bars; from edge to edge for a record that looks at the last bar only.
 void Painter::draw_background(const Record& record) {
-  const Color color = resolve_brush(record.text("FilledColor")).with_alpha(0.13);
-  const std::string& second = record.text("GradientColor");
-  const Color end = second.empty() ? color : resolve_brush(second).with_alpha(0.13);
+  const Color color = resolve_brush(record.text("FilledColor"), 0.13);
+  const std::string second = record.text("GradientColor");
+  const Color end = second.empty() ? color : resolve_brush(second, 0.13);
   const bool wide = record.flag("IsLastCandle");
   const double half = axis_.step() / 2;
   for (const size_t row : view_.rows(record)) {
@@ -184,7 +166,7 @@ void Painter::draw_background(const Record& record) {
 }
 
 void Painter::draw_region(const Record& record) {
-  const Color color = resolve_brush(record.text("FilledColor")).with_alpha(0.30);
+  const Color color = resolve_brush(record.text("FilledColor"), 0.30);
   std::vector<Point> upper;
   std::vector<Point> lower;
   const auto finish_run = [&] {
@@ -206,14 +188,13 @@ void Painter::draw_region(const Record& record) {
   finish_run();
 }
 
-/// A small triangle under the bars where a notice or trade signal holds.
+/// A small triangle at the foot of the panel where a notice or trade signal holds.
 void Painter::draw_signal(const Record& record) {
   const Color color = record.is("NoticeShape") ? Color{0.90, 0.60, 0.05} : Color{0.25, 0.30, 0.85};
   for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
     if (view_.value(record.column("Field1Id"), row) != 1.0) continue;
-    const double low = panel_.y(view_.value(field_low, row));
-    const double y = std::isfinite(low) ? low + 6 : panel_.bottom - 10;
-    canvas_.area({{x(row), y}, {x(row) - 4, y + 8}, {x(row) + 4, y + 8}}, color);
+    const double y = panel_.bottom - 2;
+    canvas_.area({{x(row), y - 8}, {x(row) - 4, y}, {x(row) + 4, y}}, color);
   }
 }
 

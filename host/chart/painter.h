@@ -17,8 +17,8 @@ struct TimeAxis {
   size_t rows = 1;
 
   double step() const { return (right - left - 45.0) / static_cast<double>(rows); }
-  double x(double row) const {
-    return left + (row - static_cast<double>(first_row) + 0.5) * step();
+  double x(size_t row) const {
+    return left + (static_cast<double>(row) - static_cast<double>(first_row) + 0.5) * step();
   }
 };
 
@@ -44,7 +44,6 @@ class Painter {
   void draw_upright_lines(const Record& record);
   void draw_slopes(const Record& record);
   void draw_pairs(const Record& record);
-  void draw_columns(const Record& record);
   void draw_sticks(const Record& record);
   void draw_candles(const Record& record);
   void draw_text(const Record& record);
@@ -62,9 +61,9 @@ class Painter {
   std::optional<Point> anchor(const Record& record, const std::string& field);
   /// Writes a text within the panel, over or under texts that are there already; nowhere if there
   /// is no room.
-  void label(Point at, const std::string& text, Color color, double size, Anchor anchor);
+  void label(Point at, const std::string& text, Color color, double size, Point anchor);
 
-  double x(size_t row) const { return axis_.x(static_cast<double>(row)); }
+  double x(size_t row) const { return axis_.x(row); }
   Point at(size_t row, double value) const { return {x(row), panel_.y(value)}; }
   /// The value that a key of the record names, at its place.
   Point at(size_t row, const Record& record, const char* key) const {
@@ -72,16 +71,11 @@ class Painter {
   }
   double half_bar() const { return std::max(0.5, axis_.step() * 0.36); }
 
-  struct Box {
-    Point corner;
-    Point extent;
-  };
-
   Canvas& canvas_;
   const View& view_;
   TimeAxis axis_;
   const Panel& panel_;
-  std::vector<Box> labels_;
+  std::vector<std::pair<Point, Point>> labels_;  ///< upper left corners and extents
 };
 
 }  // namespace quor_host

@@ -22,20 +22,18 @@ constexpr const char* places[][2] = {
 
 /// Some records show at every bar, and their marks choose how.
 bool shows_always(const Record& record) {
-  const std::string& style = record.text("Style");
+  const std::string style = record.text("Style");
   return style == "ColorPolyline" || style == "DoubleRect" || record.flag("IsVolStick");
 }
 
-/// Their only column says when, not at which value.
-bool has_values(const Record& record) {
-  return !record.is("NoticeShape") && !record.is("FuturesTradeShape") && !record.is("SoundShape");
-}
-
-/// What the record shows in sight. Sticks without a second value stand on 0.
+/// What the record shows in sight.
 Range range_of(const View& view, const Record& record) {
   Range range;
-  if (!has_values(record)) return range;
-  if (record.is("BarShape") && !record.column("Field2Id")) range.take(0.0);
+  // The only column of signals says when, not at which value.
+  if (record.is("NoticeShape") || record.is("FuturesTradeShape") || record.is("SoundShape")) {
+    return range;
+  }
+  if (record.text("Style") == "DoubleRect") range.take(0.0);  // columns stand on 0
   for (const auto& [value_key, mark_key] : places) {
     const auto column = record.column(value_key);
     if (!column) continue;
@@ -54,25 +52,21 @@ bool lies_near(const Range& range, const Range& other) {
   return range.low > other.low - 1.5 * span && range.high < other.high + 1.5 * span;
 }
 
-/// The same for values that are no prices: neither may be lost on the scale of the other.
-bool shares_scale(const Range& range, const Range& other) {
-  return lies_near(range, other) && range.span() > 0.1 * other.span();
-}
-
-bool is_axis(const Record& record) { return record.is("YAxisRange"); }
-
-/// A record of the axis has as its title a number up to which the axis of the record before it
+/// A record of the axis has a number as its title, up to which the axis of the record before it
 /// goes.
 void reach(Range& range, const Record& record) {
-  const auto number = is_axis(record) ? to_number(record.text("Field1Text")) : std::nullopt;
-  if (number && lies_near({*number, *number, false}, range)) range.take(*number);
+  const auto number = to_number(record.text("Field1Text"));
+  if (record.is("YAxisRange") && number && lies_near({*number, *number, false}, range))
+    range.take(*number);
 }
 
 /// The panel for a range, a new one if need be. The last one takes what would need too many.
 size_t find_panel(std::vector<Panel>& panels, const Range& range, const Range& price, size_t most) {
   if (lies_near(range, price)) return 0;
   for (size_t i = 1; i < panels.size(); ++i) {
-    if (shares_scale(range, panels[i].range)) return i;
+    // What is no price may not be lost on the scale of something else.
+    const Range& other = panels[i].range;
+    if (lies_near(range, other) && range.span() > 0.1 * other.span()) return i;
   }
   if (panels.size() < most) panels.emplace_back();
   return panels.size() - 1;
@@ -146,23 +140,19 @@ void Range::take(double value) {
   empty = false;
 }
 
-void Range::take(const Range& other) {
-  if (other.empty) return;
-  take(other.low);
-  take(other.high);
-}
-
 std::vector<Panel> arrange(const View& view, const std::vector<Record>& records, size_t most) {
   std::vector<Panel> panels(1);
   const Range price = range_of(view, records.front());
   size_t latest = 0;
   for (const Record& record : records) {
     const Range range = range_of(view, record);
-    if (!range.empty) latest = find_panel(panels, range, price, most);
-    Panel& panel = panels[range.empty && !is_axis(record) ? 0 : latest];
-    panel.records.push_back(&record);
-    panel.range.take(range);
-    reach(panel.range, record);
+    if (!range.empty) {
+      latest = find_panel(panels, range, price, most);
+      panels[latest].range.take(range.low);
+      panels[latest].range.take(range.high);
+    }
+    panels[range.empty ? 0 : latest].records.push_back(&record);
+    reach(panels[latest].range, record);
   }
   for (Panel& panel : panels) widen(panel.range);
   return panels;

@@ -11,8 +11,6 @@
 
 namespace quor_host {
 
-constexpr uint32_t field_low = 9;
-
 /// A number of so many decimals.
 std::string number_text(double value, int digits);
 
@@ -53,7 +51,6 @@ struct Range {
   bool empty = true;
 
   void take(double value);
-  void take(const Range& other);
   double span() const { return high - low; }
 };
 

@@ -8,10 +8,9 @@
 
 namespace quor_host {
 
-const std::string& Record::text(const std::string& key) const {
-  static const std::string none;
+std::string Record::text(const std::string& key) const {
   const auto entry = texts.find(key);
-  return entry == texts.end() ? none : entry->second;
+  return entry == texts.end() ? "" : entry->second;
 }
 
 double Record::number(const std::string& key, double absent) const {

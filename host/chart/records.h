@@ -13,7 +13,7 @@ struct Record {
   std::map<std::string, std::string> texts;
   std::map<std::string, double> numbers;
 
-  const std::string& text(const std::string& key) const;
+  std::string text(const std::string& key) const;
   double number(const std::string& key, double absent = 0.0) const;
   bool flag(const std::string& key) const { return number(key) != 0.0; }
   /// The column that a key names; none for -1.
