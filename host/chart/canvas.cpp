@@ -16,11 +16,10 @@ namespace {
 
 /// The hexadecimal colours of the keys that name a hue and a shade.
 const std::map<std::string, unsigned> brushes = {
-    {"Brush.Red6", 0xD9363E},    {"Brush.Red10", 0x8C1D18},   {"Brush.Green4", 0x73C17C},
-    {"Brush.Green6", 0x2E9E52},  {"Brush.Green7", 0x1E7F3F},  {"Brush.Gray9", 0x6B7280},
-    {"Brush.Cyan7", 0x0E9AA7},   {"Brush.Orange7", 0xE07B1A}, {"Brush.Pink7", 0xD6408A},
-    {"Brush.Blue7", 0x2563C9},   {"Brush.Yellow8", 0xB58A00}, {"Brush.Gold6", 0xC99A2E},
-    {"Brush.Purple7", 0x7A3FB8},
+    {"Brush.Red6", 0xD9363E},    {"Brush.Red10", 0x8C1D18},  {"Brush.Green4", 0x73C17C},
+    {"Brush.Green6", 0x2E9E52},  {"Brush.Green7", 0x1E7F3F}, {"Brush.Cyan7", 0x0E9AA7},
+    {"Brush.Orange7", 0xE07B1A}, {"Brush.Pink7", 0xD6408A},  {"Brush.Blue7", 0x2563C9},
+    {"Brush.Yellow8", 0xB58A00}, {"Brush.Gold6", 0xC99A2E},  {"Brush.Purple7", 0x7A3FB8},
 };
 
 /// Frees what a C library has made.
@@ -61,7 +60,7 @@ cairo_status_t append(void* file, const unsigned char* bytes, unsigned int count
 }  // namespace
 
 Color resolve_brush(const std::string& key, double alpha) {
-  unsigned color = 0x6B7280;
+  unsigned color = 0x6B7280;  // grey
   const size_t mark = key.find('#');
   if (const auto brush = brushes.find(key); brush != brushes.end()) {
     color = brush->second;
@@ -96,8 +95,7 @@ struct Canvas::Sheet {
       return letter > 0 && letter < ' ' && letter != '\n';
     };
     std::ranges::replace_if(texts, is_control, ' ');
-    const size_t tag = file.find("<svg");
-    const size_t end = file.find('>', std::min(tag, file.size()));
+    const size_t end = file.find('>', file.find("<svg"));
     if (end == std::string::npos) return;
     const Escaped escaped(g_markup_escape_text(texts.c_str(), static_cast<gssize>(texts.size())));
     file.insert(end + 1, std::string("\n<desc>\n") + escaped.get() + "</desc>");

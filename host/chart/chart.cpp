@@ -8,7 +8,6 @@
 namespace quor_host {
 namespace {
 
-const Color paper{1.0, 1.0, 1.0};
 const Color grid{0.90, 0.91, 0.93};
 const Color label{0.35, 0.38, 0.43};
 constexpr double margin = 12.0;
@@ -80,8 +79,8 @@ void draw_legend(Canvas& canvas, const View& view, const Panel& panel, const Tim
     const std::string title = record->text("Field1Text");
     if (!record->flag("TitleVisible") || title.starts_with("EMPTY_LINE_NAME_RESERVED")) continue;
     const double last = view.value(record->column("Field1Id"), view.last_row());
-    const double step = std::max(panel.range.span() / 1000, 1e-6);
-    const std::string text = title + (std::isfinite(last) ? " " + tick_text(last, step) : "");
+    const std::string text =
+        title + (std::isfinite(last) ? " " + tick_text(last, panel.range.span() / 1000) : "");
     const double width = canvas.extent(text, text_size + 1).x;
     if (x + width > axis.right) break;
     // A record has one of these keys.
@@ -116,7 +115,7 @@ void draw_chart(const Session& session, const Bars& bars, size_t last, int width
   const TimeAxis axis{margin, width - value_axis_width, view.first_row(),
                       view.row_count() - view.first_row()};
   Canvas canvas(path, width, height);
-  canvas.rectangle({}, {axis.right + value_axis_width, 1.0 * height}, paper, true);
+  canvas.rectangle({}, {axis.right + value_axis_width, 1.0 * height}, {1.0, 1.0, 1.0}, true);
   draw_time_axis(canvas, view, axis, panels.back().bottom);
   for (const Panel& panel : panels) {
     draw_value_axis(canvas, panel, axis);

@@ -31,11 +31,10 @@ class Painter {
   void draw(const Record& record);
 
  private:
-  using Draw = void (Painter::*)(const Record&);
   struct Row {
     const char* shape_name;
     const char* style;  ///< a part of it; the first row that fits counts
-    Draw draw;
+    void (Painter::*draw)(const Record&);
   };
   static const Row rows[];
 
