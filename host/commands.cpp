@@ -167,9 +167,9 @@ int run_script(const Options& options) {
 #ifdef QUOR_CHART
 
 int draw_script(const Options& options) {
-  const ChartSize size = parse_size(options.picture_size);
-  return calculate_and(options, [&options, size](const Compiled& compiled, const Bars& bars) {
-    draw_chart(compiled.session, bars, options.last, size, options.picture_path);
+  return calculate_and(options, [&options](const Compiled& compiled, const Bars& bars) {
+    draw_chart(compiled.session, bars, options.last, options.picture_size.at(0),
+               options.picture_size.at(1), options.picture_path);
   });
 }
 

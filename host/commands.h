@@ -26,7 +26,7 @@ struct Options {
   size_t last = 10;
   uint32_t first_row = 0;
   std::string picture_path;
-  std::string picture_size = "1200x800";
+  std::vector<int> picture_size = {1200, 800};
 };
 
 /// Each gives the exit status, 1 if the script has an error, and throws HostError for any other.

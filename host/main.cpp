@@ -107,9 +107,12 @@ void add_chart(CLI::App& app, Options& options) {
       ->required();
   chart.add_option("--last", options.last, "How many bars to draw, 2000 at most; 120 by default")
       ->type_name("N");
-  chart.add_option("--size", options.picture_size, "Width and height in pixels")
+  chart
+      .add_option("--size", options.picture_size, "Width and height in pixels; 1200x800 by default")
       ->type_name("WxH")
-      ->capture_default_str();
+      ->delimiter('x')
+      ->expected(2)
+      ->check(CLI::Range(200, 8000));
 }
 
 int run_command(const CLI::App& app, const Options& options) {

@@ -16,6 +16,8 @@ show() {
 cat samples/averages.quor
 show check samples/averages.quor &&
   show run samples/averages.quor --bars samples/index-daily.csv --last 15 &&
-  show chart samples/showcase.quor --bars samples/index-daily.csv --last 170 --out demo.svg &&
-  show chart samples/showcase.quor --bars samples/index-daily.csv --last 170 --out demo.png &&
-  echo && echo "Wrote demo.svg and demo.png: the bars and all that samples/showcase.quor draws"
+  show chart samples/showcase.quor --bars samples/index-daily.csv --out demo.svg &&
+  show chart samples/showcase.quor --bars samples/index-daily.csv --out demo.png &&
+  show chart samples/showcase-marks.quor --bars samples/index-daily.csv --out demo-marks.png &&
+  show chart samples/showcase-figures.quor --bars samples/index-daily.csv --out demo-figures.png &&
+  echo && echo "Wrote demo.svg and demo.png, demo-marks.png and demo-figures.png: what the showcases draw"

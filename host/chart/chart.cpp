@@ -1,19 +1,13 @@
 #include "chart.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
-#include "../errors.h"
-#include "canvas.h"
 #include "painter.h"
-#include "panels.h"
-#include "records.h"
 
 namespace quor_host {
 namespace {
 
-const Color paper{1.0, 1.0, 1.0};
 const Color grid{0.90, 0.91, 0.93};
 const Color label{0.35, 0.38, 0.43};
 constexpr double margin = 12.0;
@@ -24,10 +18,10 @@ constexpr double text_size = 11.0;
 constexpr size_t most_bars = 2000;
 
 /// The upper panel takes what the lower ones leave; each of them gets a fifth, at most half in all.
-void place_panels(std::vector<Panel>& panels, ChartSize size) {
-  const double height = size.height - 2 * margin - time_axis_height;
+void place_panels(std::vector<Panel>& panels, int picture_height) {
+  const double height = picture_height - 2 * margin - time_axis_height;
   const auto below = static_cast<double>(panels.size() - 1);
-  const double share = below == 0.0 ? 0.0 : std::min(0.2, 0.55 / below);
+  const double share = below == 0.0 ? 0.0 : std::min(0.2, 0.5 / below);
   double top = margin;
   for (Panel& panel : panels) {
     const double part = &panel == &panels.front() ? 1.0 - share * below : share;
@@ -41,118 +35,96 @@ void place_panels(std::vector<Panel>& panels, ChartSize size) {
 double nice_step(double span, double count) {
   const double raw = span / count;
   const double power = std::pow(10.0, std::floor(std::log10(raw)));
-  for (const double factor : {1.0, 2.0, 5.0}) {
-    if (factor * power >= raw) return factor * power;
-  }
-  return 10.0 * power;
+  const double factor = raw / power;
+  return power * (factor <= 1.0 ? 1.0 : factor <= 2.0 ? 2.0 : factor <= 5.0 ? 5.0 : 10.0);
 }
 
 std::string tick_text(double value, double step) {
+  if (std::abs(value) < step / 2) return "0";
   const double unit = step >= 1e5 ? 1e6 : 1.0;
-  const double rounded = std::abs(value) < step / 2 ? 0.0 : value;
   const int digits = std::clamp(static_cast<int>(-std::floor(std::log10(step / unit))), 0, 6);
-  char text[400];
-  const auto end =
-      std::to_chars(text, text + sizeof text, rounded / unit, std::chars_format::fixed, digits).ptr;
-  return std::string(text, end) + (unit > 1.0 ? "M" : "");
+  return number_text(value / unit, digits) + (unit > 1.0 ? "M" : "");
 }
 
 void draw_value_axis(Canvas& canvas, const Panel& panel, const TimeAxis& axis) {
-  const double step = nice_step(panel.range.span(), std::max(2.0, (panel.bottom - panel.top) / 55));
+  const double step = nice_step(panel.range.span(), std::max(2.0, (panel.bottom - panel.top) / 40));
   // Counted, since adding a step to a huge value may change nothing.
-  constexpr int most_ticks = 100;
   const double first = std::ceil(panel.range.low / step) * step;
-  for (int tick = 0; tick < most_ticks; ++tick) {
+  for (int tick = 0; tick < 100; ++tick) {
     const double value = first + tick * step;
     if (!(value <= panel.range.high)) break;
     const double y = panel.y(value);
-    canvas.line({{axis.left, y}, {axis.right, y}}, grid, 1.0);
+    canvas.line({{axis.left, y}, {axis.right, y}}, {grid});
     canvas.text({axis.right + 6, y}, tick_text(value, step), label, text_size);
   }
-  canvas.line({{axis.left, panel.bottom}, {axis.right, panel.bottom}}, label, 1.0);
+  canvas.line({{axis.left, panel.bottom}, {axis.right, panel.bottom}}, {label});
 }
 
 void draw_time_axis(Canvas& canvas, const View& view, const TimeAxis& axis, double bottom) {
   const bool intraday = view.key(view.first_row()) % 1000000 != 0;
-  const double room = canvas.text_width("0000-00-00 00:00", text_size) * (intraday ? 1.2 : 0.9);
+  const double room = canvas.extent("0000-00-00 00:00", text_size).x * (intraday ? 1.2 : 0.9);
   const auto step = std::max<size_t>(1, static_cast<size_t>(std::ceil(room / axis.step())));
   for (size_t row = view.first_row() + step / 2; row < view.row_count(); row += step) {
-    const double x = axis.x(static_cast<double>(row));
-    canvas.line({{x, bottom}, {x, bottom + 4}}, label, 1.0);
+    const double x = axis.x(row);
+    canvas.line({{x, bottom}, {x, bottom + 4}}, {label});
     const std::string text = key_text(view.key(row), intraday);
     canvas.text({x, bottom + 6}, text.substr(0, 16), label, text_size, {0.5, 0.0});
   }
-}
-
-const std::string& colour_key(const Record& record) {
-  for (const char* key : {"LineColor", "TextColor", "UpperShadowColor", "FilledColor"}) {
-    if (!record.text(key).empty()) return record.text(key);
-  }
-  return record.text("LineColor");
 }
 
 /// Titles that the script shows, each with its value at the last bar.
 void draw_legend(Canvas& canvas, const View& view, const Panel& panel, const TimeAxis& axis) {
   double x = axis.left + 4;
   for (const Record* record : panel.records) {
-    const std::string& title = record->text("Field1Text");
+    const std::string title = record->text("Field1Text");
     if (!record->flag("TitleVisible") || title.starts_with("EMPTY_LINE_NAME_RESERVED")) continue;
-    const double last = view.value(record->column("Field1Id"), view.row_count() - 1);
-    const double step = std::max(panel.range.span() / 1000, 1e-6);
-    const std::string text = title + (std::isfinite(last) ? " " + tick_text(last, step) : "");
-    const double width = canvas.text_width(text, text_size + 1);
+    const double last = view.value(record->column("Field1Id"), view.last_row());
+    const std::string text =
+        title + (std::isfinite(last) ? " " + tick_text(last, panel.range.span() / 1000) : "");
+    const double width = canvas.extent(text, text_size + 1).x;
     if (x + width > axis.right) break;
-    canvas.text({x, panel.top - gap / 2}, text, resolve_brush(colour_key(*record)), text_size + 1);
+    // A record has one of these keys.
+    const std::string brush =
+        record->text("LineColor") + record->text("TextColor") + record->text("UpperShadowColor");
+    canvas.text({x, panel.top - gap / 2}, text, resolve_brush(brush), text_size + 1);
     x += width + 16;
+  }
+}
+
+/// The records from the lowest layer up. Candles of the script's own take the place of the bars.
+void draw_layers(Painter painter, std::vector<const Record*> layers, const Record& bars) {
+  const bool is_replaced = std::ranges::any_of(layers, [&bars](const Record* record) {
+    return record != &bars && record->is("CandleShape") && !record->flag("IsColorKLine");
+  });
+  std::ranges::stable_sort(layers, {},
+                           [](const Record* record) { return record->number("ZIndex"); });
+  for (const Record* record : layers) {
+    if (record != &bars || !is_replaced) painter.draw(*record);
   }
 }
 
 }  // namespace
 
-ChartSize parse_size(const std::string& text) {
-  ChartSize size;
-  const char* end = text.data() + text.size();
-  const auto width = std::from_chars(text.data(), end, size.width);
-  const bool split = width.ec == std::errc() && width.ptr != end && *width.ptr == 'x';
-  const auto height = split ? std::from_chars(width.ptr + 1, end, size.height) : width;
-  const auto fits = [](int pixels) { return pixels >= 200 && pixels <= 8000; };
-  if (!split || height.ec != std::errc() || height.ptr != end || !fits(size.width) ||
-      !fits(size.height)) {
-    throw HostError("--size " + text + ": not of the form 1200x800, from 200 to 8000 pixels");
-  }
-  return size;
-}
-
-void draw_chart(const Session& session, const Bars& bars, size_t last, ChartSize size,
+void draw_chart(const Session& session, const Bars& bars, size_t last, int width, int height,
                 const std::string& path) {
   std::vector<Record> records = parse_records(session.shapes());
+  records.insert(records.begin(), bars_record(bars));
   const View view(session, bars, std::clamp<size_t>(last, 1, most_bars));
-  std::vector<Panel> panels = arrange(view, records);
-  place_panels(panels, size);
-  const TimeAxis axis{margin, size.width - value_axis_width, view.first_row(),
+  std::vector<Panel> panels = arrange(view, records, 2 + static_cast<size_t>(height) / 200);
+  place_panels(panels, height);
+  const TimeAxis axis{margin, width - value_axis_width, view.first_row(),
                       view.row_count() - view.first_row()};
-  Canvas canvas(path, size.width, size.height);
-  canvas.fill(paper);
-  Painter painter(canvas, view, axis);
-  for (Panel& panel : panels) {
-    std::ranges::stable_sort(panel.records, {},
-                             [](const Record* record) { return record->number("ZIndex"); });
+  Canvas canvas(path, width, height);
+  canvas.rectangle({}, {axis.right + value_axis_width, 1.0 * height}, {1.0, 1.0, 1.0}, true);
+  draw_time_axis(canvas, view, axis, panels.back().bottom);
+  for (const Panel& panel : panels) {
     draw_value_axis(canvas, panel, axis);
-    canvas.clip({axis.left, panel.top}, {axis.right, panel.bottom});
-    const auto is_background = [](const Record* record) { return record->number("ZIndex") <= 0.0; };
-    const auto front =
-        std::stable_partition(panel.records.begin(), panel.records.end(), is_background);
-    for (auto record = panel.records.begin(); record != front; ++record) {
-      painter.draw(panel, **record);
-    }
-    if (&panel == &panels.front()) painter.draw_bars(panel);
-    for (auto record = front; record != panel.records.end(); ++record) {
-      painter.draw(panel, **record);
-    }
-    canvas.unclip();
     draw_legend(canvas, view, panel, axis);
   }
-  draw_time_axis(canvas, view, axis, panels.back().bottom);
+  for (const Panel& panel : panels) {
+    canvas.clip({axis.left, panel.top}, {axis.right, panel.bottom});
+    draw_layers({canvas, view, axis, panel}, panel.records, records.front());
+  }
   canvas.finish();
 }
 

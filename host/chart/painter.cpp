@@ -1,333 +1,200 @@
 #include "painter.h"
 
-#include <algorithm>
-#include <charconv>
 #include <cmath>
-#include <map>
 
 namespace quor_host {
 namespace {
 
-constexpr uint32_t field_open = 7;
-constexpr uint32_t field_high = 8;
-constexpr uint32_t field_low = 9;
-constexpr uint32_t field_close = 11;
-
-const Color rising{0.80, 0.19, 0.19};
-const Color falling{0.05, 0.60, 0.25};
-const Color ink{0.20, 0.22, 0.26};
-
-std::vector<double> dashes_of(const Record& record) {
-  static const std::map<std::string, std::vector<double>> dashes = {
-      {"DASHLINE", {8, 4}},
-      {"DASH", {5, 4}},
-      {"DOTLINE", {2, 3}},
-      {"DOT", {1, 3}},
-      {"DASHDOT", {6, 3, 1, 3}},
-      {"POINTDOT", {1, 2}},
-      {"DASHDOTDOT", {6, 3, 1, 3, 1, 3}}};
-  const auto row = dashes.find(record.text("LineShapeStyle"));
-  return row == dashes.end() ? std::vector<double>() : row->second;
-}
-
-double width_of(const Record& record) { return record.number("LineWidth", 1.0) + 0.4; }
-
-std::string number_text(double value, int digits) {
-  if (std::isnan(value)) return {};
-  char text[400];
-  const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed,
-                                 std::clamp(digits, 0, 6))
-                       .ptr;
-  return {text, end};
-}
+const Color white{1.0, 1.0, 1.0};
 
 }  // namespace
 
-const Painter::Row Painter::shapes[] = {
-    {"PolylineShape", &Painter::draw_polyline}, {"StraightLineShape", &Painter::draw_straight_line},
-    {"BarShape", &Painter::draw_stick},         {"CandleShape", &Painter::draw_candles},
-    {"TextShape", &Painter::draw_text},         {"ImageShape", &Painter::draw_picture},
-    {"RectShape", &Painter::draw_background},   {"PolygonShape", &Painter::draw_region},
-    {"NoticeShape", &Painter::draw_signal},     {"FuturesTradeShape", &Painter::draw_signal},
+const Painter::Row Painter::rows[] = {
+    {"PolylineShape", "Curve", &Painter::draw_figure},
+    {"PolylineShape", "StraightLine", &Painter::draw_figure},
+    {"PolylineShape", "", &Painter::draw_polyline},
+    {"StraightLineShape", "Vert", &Painter::draw_upright_lines},
+    {"StraightLineShape", "Slope", &Painter::draw_slopes},
+    {"StraightLineShape", "", &Painter::draw_pairs},
+    {"BarShape", "", &Painter::draw_sticks},
+    {"CandleShape", "", &Painter::draw_candles},
+    {"TextShape", "", &Painter::draw_text},
+    {"ImageShape", "", &Painter::draw_picture},
+    {"RectShape", "", &Painter::draw_background},
+    {"PolygonShape", "", &Painter::draw_region},
+    {"NoticeShape", "", &Painter::draw_signal},
+    {"FuturesTradeShape", "", &Painter::draw_signal},
 };
 
-void Painter::draw(const Panel& panel, const Record& record) {
-  for (const Row& row : shapes) {
-    if (record.is(row.shape_name)) (this->*row.draw)(panel, record);
+void Painter::draw(const Record& record) {
+  for (const auto& [shape_name, style, draw] : rows) {
+    if (record.is(shape_name) && record.text("Style").find(style) != std::string::npos) {
+      return (this->*draw)(record);
+    }
   }
 }
 
-void Painter::candle(const Panel& panel, size_t row, const double (&prices)[4], Color color,
-                     bool filled) {
-  const auto [open, high, low, close] = prices;
-  const double x = axis_.x(static_cast<double>(row));
-  const double half = std::max(0.5, axis_.step() * 0.36);
-  if (std::isfinite(high) && std::isfinite(low)) {
-    canvas_.line({{x, panel.y(high)}, {x, panel.y(low)}}, color, 1.0);
-  }
-  if (!std::isfinite(open) || !std::isfinite(close)) return;
-  const double top = panel.y(std::max(open, close));
-  const double bottom = std::max(panel.y(std::min(open, close)), top + 1.0);
-  canvas_.rectangle({x - half, top}, {x + half, bottom}, filled ? color : Color{1.0, 1.0, 1.0},
-                    true);
-  canvas_.rectangle({x - half, top}, {x + half, bottom}, color, false);
+void Painter::block(size_t row, double half, double from, double to, Color color, bool filled) {
+  if (std::isnan(from + to)) return;
+  const double top = std::min(from, to);
+  const double bottom = std::max(std::max(from, to), top + 1.0);
+  canvas_.rectangle({x(row) - half, top}, {x(row) + half, bottom}, color, filled);
 }
 
-void Painter::draw_bars(const Panel& panel) {
-  std::vector<Point> closes;
-  for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    const double prices[4] = {view_.bar(field_open, row), view_.bar(field_high, row),
-                              view_.bar(field_low, row), view_.bar(field_close, row)};
-    if (std::isnan(prices[0])) {
-      if (std::isfinite(prices[3])) {
-        closes.push_back(at(panel, static_cast<double>(row), prices[3]));
-      }
+void Painter::draw_candles(const Record& record) {
+  const bool coloured = record.flag("IsColorKLine");
+  const bool american = record.text("Style") == "American";
+  for (const size_t row : view_.rows(record)) {
+    const Point open = at(row, record, "OpenField");
+    const Point close = at(row, record, "CloseField");
+    const bool rises = close.y < open.y;
+    const Color color = resolve_brush(record.text(coloured            ? "FilledColor"
+                                                  : rises             ? "UpperShadowColor"
+                                                  : close.y == open.y ? "EqualShadowColor"
+                                                                      : "LowerShadowColor"));
+    canvas_.line({at(row, record, "HighField"), at(row, record, "LowField")}, {color});
+    if (american) {
+      canvas_.line({{open.x - half_bar(), open.y}, open}, {color});
+      canvas_.line({close, {close.x + half_bar(), close.y}}, {color});
       continue;
     }
-    const bool up = prices[3] >= prices[0];
-    candle(panel, row, prices, up ? rising : falling, !up);
-  }
-  canvas_.line(closes, ink, 1.2);
-}
-
-void Painter::draw_polyline(const Panel& panel, const Record& record) {
-  if (record.text("Style").find("Curve") != std::string::npos ||
-      record.text("Style").find("StraightLine") != std::string::npos) {
-    draw_figure(panel, record);
-    return;
-  }
-  const bool both_colours = record.text("Style") == "ColorPolyline";
-  const Color shown = resolve_brush(record.text("LineColor"));
-  const Color other = resolve_brush(record.text("ConditionColor"));
-  std::vector<Point> run;
-  Color colour = shown;
-  const auto finish_run = [&] {
-    canvas_.line(run, colour, width_of(record), dashes_of(record));
-    run.clear();
-  };
-  for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    const double value = view_.value(record.column("Field1Id"), row);
-    const bool visible = view_.shows(record.column("Field1VisibleId"), row);
-    if (!std::isfinite(value) || (!visible && !both_colours)) {
-      if (!record.flag("IsContinuousLine")) finish_run();
-      continue;
-    }
-    const Point point = at(panel, static_cast<double>(row), value);
-    run.push_back(point);
-    if (both_colours) {
-      colour = visible ? shown : other;
-      finish_run();
-      run.push_back(point);
-    }
-  }
-  finish_run();
-}
-
-size_t Painter::newest_mark(const Record& record, const char* visible_key) const {
-  for (size_t row = view_.row_count(); row-- > view_.first_row();) {
-    if (view_.shows(record.column(visible_key), row)) return row;
-  }
-  return view_.row_count();
-}
-
-/// Analytical figures in a plain form: the line through the newest anchors, levels between them, or
-/// the swing of the first two set off from the third.
-void Painter::draw_figure(const Panel& panel, const Record& record) {
-  const Color color = resolve_brush(record.text("LineColor"));
-  const std::string& style = record.text("Style");
-  const size_t first = newest_mark(record, "Field1VisibleId");
-  if (first == view_.row_count()) return;
-  const double start = view_.value(record.column("Field1Id"), first);
-  const auto level = [&](double value) {
-    canvas_.line({at(panel, static_cast<double>(first), value), {axis_.right, panel.y(value)}},
-                 color, width_of(record), dashes_of(record));
-  };
-  if (style.starts_with("Horizontal")) {
-    level(start);
-    return;
-  }
-  const size_t second = newest_mark(record, "Field2VisibleId");
-  if (second == view_.row_count()) return;
-  const double end = view_.value(record.column("Field2Id"), second);
-  if (style.starts_with("Golden")) {
-    for (const double share : {0.0, 0.382, 0.5, 0.618, 1.0}) level(start + (end - start) * share);
-    return;
-  }
-  std::vector<Point> points = {at(panel, static_cast<double>(first), start),
-                               at(panel, static_cast<double>(second), end)};
-  if (style.starts_with("WaveRuler")) {
-    const size_t third = newest_mark(record, "Field3VisibleId");
-    if (third == view_.row_count()) return;
-    const double base = view_.value(record.column("Field3Id"), third);
-    points.push_back(at(panel, static_cast<double>(third), base));
-    points.push_back({axis_.right, panel.y(base + (end - start) * record.number("Ratio", 1.0))});
-  }
-  canvas_.line(points, color, width_of(record), dashes_of(record));
-}
-
-void Painter::draw_slope(const Panel& panel, const Record& record) {
-  for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    if (!view_.shows(record.column("Field1VisibleId"), row)) continue;
-    const double price = view_.value(record.column("Field1Id"), row);
-    const double length = view_.value(record.column("HorizontalOffset1FieldId"), row);
-    if (!std::isfinite(price) || !std::isfinite(length)) continue;
-    const auto start = static_cast<double>(row);
-    const double end_price = price + record.number("Slope") * length;
-    canvas_.line({at(panel, start, price), at(panel, start + length, end_price)},
-                 resolve_brush(record.text("LineColor")), width_of(record), dashes_of(record));
+    const bool hollow = coloured ? record.flag("IsFilled") : rises;
+    block(row, half_bar(), open.y, close.y, hollow ? white : color, true);
+    block(row, half_bar(), open.y, close.y, color, false);
   }
 }
 
-void Painter::draw_straight_line(const Panel& panel, const Record& record) {
-  const Color color = resolve_brush(record.text("LineColor"));
-  const std::string& style = record.text("Style");
-  if (style.starts_with("Slope")) {
-    draw_slope(panel, record);
-    return;
-  }
-  std::optional<Point> open;
-  for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    const bool first = view_.shows(record.column("Field1VisibleId"), row);
-    const auto place = static_cast<double>(row);
-    if (style == "VertLine") {
-      const double x = axis_.x(place);
-      if (first) {
-        canvas_.line({{x, panel.top}, {x, panel.bottom}}, color, width_of(record),
-                     dashes_of(record));
-      }
-      continue;
-    }
-    // A second mark closes the line that a first one has opened.
-    const auto second_mark = record.column("Field2VisibleId");
-    const bool second = second_mark ? view_.shows(second_mark, row) : first;
-    const auto offset = [&](const char* key) {
-      const double bars = view_.value(record.column(key), row);
-      return std::isfinite(bars) ? bars : 0.0;
-    };
-    const double start = view_.value(record.column("Field1Id"), row);
-    const double end = view_.value(record.column("Field2Id"), row);
-    if (first && std::isfinite(start)) {
-      open = at(panel, place + offset("HorizontalOffset1FieldId"), start);
-    }
-    if (open && second && std::isfinite(end)) {
-      canvas_.line({*open, at(panel, place + offset("HorizontalOffset2FieldId"), end)}, color,
-                   width_of(record), dashes_of(record));
-      open.reset();
-    }
-  }
-}
-
-void Painter::draw_stick(const Panel& panel, const Record& record) {
+/// `IsFilled` asks for the outline only, except from sticks of two colours, which always have it.
+/// Columns stand on 0, slim and full ones for the first mark, wide outlines for the second.
+void Painter::draw_sticks(const Record& record) {
   const Color upper = resolve_brush(record.text("UpperShadowColor"));
   const Color lower = resolve_brush(record.text("LowerShadowColor"));
   const bool by_mark = record.flag("IsVolStick");
   const bool by_sign = record.flag("IsColorStick");
+  const bool columns = record.text("Style") == "DoubleRect";
   const double width = record.number("LineWidth", -1.0);
-  const double half = width > 0.0 ? width / 2 + 0.2 : std::max(0.5, axis_.step() * 0.36);
-  const bool hollow = record.flag("IsFilled") && !by_mark && !by_sign && width < 0.0;
+  const double half = width > 0.0 ? width / 2 + 0.2 : half_bar() * (columns ? 0.5 : 1.0);
+  const bool hollow = record.flag("IsFilled") && !by_mark && !by_sign && half > 1.0;
+  const double zero = panel_.y(0.0);
   for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
     const bool mark = view_.shows(record.column("Field1VisibleId"), row);
-    if (!mark && !by_mark) continue;
-    const double from = view_.value(record.column("Field1Id"), row);
-    const double to = record.column("Field2Id") ? view_.value(record.column("Field2Id"), row) : 0.0;
-    if (!std::isfinite(from) || !std::isfinite(to)) continue;
-    const bool up = by_mark ? mark : std::max(from, to) > 0.0;
-    const double x = axis_.x(static_cast<double>(row));
-    canvas_.rectangle({x - half, panel.y(from)}, {x + half, panel.y(to)}, up ? upper : lower,
-                      !hollow);
+    const double from = at(row, record, "Field1Id").y;
+    const double to = columns ? zero : at(row, record, "Field2Id").y;
+    const bool up = by_mark ? mark : std::min(from, to) < zero;
+    if (mark || by_mark) block(row, half, from, to, up ? upper : lower, !hollow);
+    if (columns && view_.shows(record.column("Field2VisibleId"), row)) {
+      block(row, half_bar(), from, to, lower, false);
+    }
   }
 }
 
-void Painter::draw_candles(const Panel& panel, const Record& record) {
-  const bool coloured = record.flag("IsColorKLine");
-  for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    if (coloured && !view_.shows(record.column("Field1VisibleId"), row)) continue;
-    const double prices[4] = {
-        view_.value(record.column("OpenField"), row), view_.value(record.column("HighField"), row),
-        view_.value(record.column("LowField"), row), view_.value(record.column("CloseField"), row)};
-    const bool up = prices[3] >= prices[0];
-    const Color color = resolve_brush(record.text(coloured ? "FilledColor"
-                                                  : up     ? "UpperShadowColor"
-                                                           : "LowerShadowColor"));
-    candle(panel, row, prices, color, coloured || !up);
+void Painter::label(Point at, const std::string& text, Color color, double size, Point anchor) {
+  const Point extent = canvas_.extent(text, size);
+  Point corner{std::min(at.x - anchor.x * extent.x, axis_.right - extent.x),
+               std::min(at.y - anchor.y * extent.y, panel_.bottom - extent.y)};
+  corner = {std::max(corner.x, axis_.left), std::max(corner.y, panel_.top)};
+  const auto overlaps = [&](const auto& label) {
+    const auto& [other, reach] = label;
+    return corner.x < other.x + reach.x && other.x < corner.x + extent.x &&
+           corner.y < other.y + reach.y && other.y < corner.y + extent.y;
+  };
+  // Texts that hang below their point make way downwards. A sign may touch other signs, and one in
+  // the middle of its point stays there, as the dots of a line do.
+  const double way = anchor.y < 0.5 ? extent.y : -extent.y;
+  const auto begins_letter = [](char byte) { return (byte & 0xC0) != 0x80; };
+  const bool is_sign = std::ranges::count_if(text, begins_letter) < 2;
+  const bool is_fixed = is_sign && anchor.y == 0.5;
+  for (int tries = 0; tries < 4; ++tries, corner.y += way) {
+    if (!is_fixed && std::ranges::any_of(labels_, overlaps)) continue;
+    canvas_.text(corner, text, color, size, {0.0, 0.0});
+    if (!is_sign) labels_.emplace_back(corner, extent);
+    return;
   }
 }
 
-void Painter::draw_text(const Panel& panel, const Record& record) {
+void Painter::draw_text(const Record& record) {
   const Color color = resolve_brush(record.text("TextColor"));
   const auto number = record.column("NumberFieldId");
+  const auto digits = static_cast<int>(std::clamp(record.number("Digit"), 0.0, 6.0));
   const double size = std::clamp(record.number("FontSize", 14.0), 8.0, 30.0);
-  for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    const double price = view_.value(record.column("Field1Id"), row);
-    if (!view_.shows(record.column("Field1VisibleId"), row) || !std::isfinite(price)) continue;
-    const std::string text =
-        number ? number_text(view_.value(number, row), static_cast<int>(record.number("Digit")))
-               : record.text("Text");
-    Point place = at(panel, static_cast<double>(row), price);
+  const auto share = [&record](const char* key) {
+    return std::clamp(record.number(key, 1.0) / 2, 0.0, 1.0);
+  };
+  for (const size_t row : view_.rows(record)) {
+    Point place = at(row, record, "Field1Id");
+    const double value = number ? view_.value(number, row) : 0.0;
+    if (std::isnan(place.y + value)) continue;
     place.x += record.number("HorizontalOffset");
-    canvas_.text(place, text, color, size,
-                 {record.number("HorizontalAlign") / 2, record.number("VerticalAlign") / 2});
+    place.y -= record.number("VerticalOffset");
+    const std::string text = number ? number_text(value, digits) : record.text("Text");
+    label(place, text, color, size, {share("HorizontalAlign"), share("VerticalAlign")});
   }
 }
 
-/// A picture's name in a frame; the pictures themselves are the client's.
-void Painter::draw_picture(const Panel& panel, const Record& record) {
-  for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    if (!view_.shows(record.column("Field1VisibleId"), row)) continue;
-    const double price = view_.value(record.column("Field1Id"), row);
-    const bool last_only = record.flag("IsLastCandle");
-    if (!std::isfinite(price) && !(last_only && row + 1 == view_.row_count())) continue;
-    const Point place = std::isfinite(price)
-                            ? at(panel, static_cast<double>(row), price)
-                            : Point{(axis_.left + axis_.right) / 2, (panel.top + panel.bottom) / 2};
-    canvas_.rectangle({place.x - 9, place.y - 7}, {place.x + 9, place.y + 7}, ink, false);
-    canvas_.text(place, record.text("Field1Text"), ink, 7.0, {0.5, 0.5});
+/// A picture's name in a frame, since the pictures are the client's. One that looks at the last bar
+/// only lies behind all others.
+void Painter::draw_picture(const Record& record) {
+  const std::string name = record.text("Field1Text");
+  for (const size_t row : view_.rows(record)) {
+    const bool behind = record.flag("IsLastCandle");
+    const double size = behind ? 40.0 : 9.0;
+    const Color color{0.2, 0.2, 0.25, behind ? 0.15 : 1.0};
+    const Point extent = canvas_.extent(name, size);
+    const Point place = behind ? Point{(axis_.left + axis_.right) / 2, panel_.bottom - extent.y}
+                               : at(row, record, "Field1Id");
+    if (std::isnan(place.y)) continue;
+    const Point corner{place.x - extent.x / 2 - 4, place.y - extent.y / 2};
+    const Point frame{extent.x + 8, extent.y};
+    canvas_.rectangle(corner, {corner.x + frame.x, corner.y + frame.y}, color, false);
+    canvas_.text(place, name, color, size, {0.5, 0.5});
+    labels_.emplace_back(corner, frame);
   }
 }
 
-void Painter::draw_background(const Panel& panel, const Record& record) {
-  const Color color = resolve_brush(record.text("FilledColor")).with_alpha(0.13);
+/// Behind marked bars; from edge to edge for a record that looks at the last bar only.
+void Painter::draw_background(const Record& record) {
+  const Color color = resolve_brush(record.text("FilledColor"), 0.13);
+  const std::string second = record.text("GradientColor");
+  const Color end = second.empty() ? color : resolve_brush(second, 0.13);
+  const bool wide = record.flag("IsLastCandle");
   const double half = axis_.step() / 2;
-  for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    if (!view_.shows(record.column("Field1VisibleId"), row)) continue;
-    const double x = axis_.x(static_cast<double>(row));
-    canvas_.rectangle({x - half, panel.top}, {x + half, panel.bottom}, color, true);
+  for (const size_t row : view_.rows(record)) {
+    canvas_.gradient({wide ? axis_.left : x(row) - half, panel_.top},
+                     {wide ? axis_.right : x(row) + half, panel_.bottom}, color, end,
+                     record.flag("GradientDirection"));
   }
 }
 
-void Painter::draw_region(const Panel& panel, const Record& record) {
-  const Color color = resolve_brush(record.text("FilledColor")).with_alpha(0.30);
+void Painter::draw_region(const Record& record) {
+  const Color color = resolve_brush(record.text("FilledColor"), 0.30);
   std::vector<Point> upper;
   std::vector<Point> lower;
   const auto finish_run = [&] {
     upper.insert(upper.end(), lower.rbegin(), lower.rend());
-    if (upper.size() > 2) canvas_.area(upper, color);
+    canvas_.area(upper, color);
     upper.clear();
     lower.clear();
   };
   for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    const double first = view_.value(record.column("Field1Id"), row);
-    const double second = view_.value(record.column("Field2Id"), row);
-    if (!view_.shows(record.column("Field1VisibleId"), row) || !std::isfinite(first) ||
-        !std::isfinite(second)) {
+    const Point first = at(row, record, "Field1Id");
+    const Point second = at(row, record, "Field2Id");
+    if (!view_.shows(record.column("Field1VisibleId"), row) || std::isnan(first.y + second.y)) {
       finish_run();
       continue;
     }
-    upper.push_back(at(panel, static_cast<double>(row), first));
-    lower.push_back(at(panel, static_cast<double>(row), second));
+    upper.push_back(first);
+    lower.push_back(second);
   }
   finish_run();
 }
 
-/// A small triangle under the bars where a notice or trade signal holds.
-void Painter::draw_signal(const Panel& panel, const Record& record) {
+/// A small triangle at the foot of the panel where a notice or trade signal holds.
+void Painter::draw_signal(const Record& record) {
   const Color color = record.is("NoticeShape") ? Color{0.90, 0.60, 0.05} : Color{0.25, 0.30, 0.85};
   for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
     if (view_.value(record.column("Field1Id"), row) != 1.0) continue;
-    const double low = view_.bar(field_low, row);
-    const double y = std::isfinite(low) ? panel.y(low) + 6 : panel.bottom - 10;
-    const double x = axis_.x(static_cast<double>(row));
-    canvas_.area({{x, y}, {x - 4, y + 8}, {x + 4, y + 8}}, color);
+    const double y = panel_.bottom - 2;
+    canvas_.area({{x(row), y - 8}, {x(row) - 4, y}, {x(row) + 4, y}}, color);
   }
 }
 

@@ -1,33 +1,49 @@
 #include "panels.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <limits>
 #include <numeric>
 
+#include "../text.h"
+
 namespace quor_host {
 namespace {
 
-constexpr uint32_t field_high = 8;
-constexpr uint32_t field_low = 9;
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
-/// The values that the record shows in sight; sticks stand on their second value.
+/// The values of a record, and the marks of the bars where they show.
+constexpr const char* places[][2] = {
+    {"Field1Id", "Field1VisibleId"}, {"Field2Id", "Field2VisibleId"},
+    {"Field3Id", "Field3VisibleId"}, {"HighField", "Field1VisibleId"},
+    {"LowField", "Field1VisibleId"},
+};
+
+/// Some records show at every bar, and their marks choose how.
+bool shows_always(const Record& record) {
+  const std::string style = record.text("Style");
+  return style == "ColorPolyline" || style == "DoubleRect" || record.flag("IsVolStick");
+}
+
+/// What the record shows in sight.
 Range range_of(const View& view, const Record& record) {
   Range range;
-  for (const char* key : {"Field1Id", "Field2Id", "Field3Id", "HighField", "LowField"}) {
-    const auto column = record.column(key);
+  // The only column of signals says when, not at which value.
+  if (record.is("NoticeShape") || record.is("FuturesTradeShape") || record.is("SoundShape")) {
+    return range;
+  }
+  if (record.text("Style") == "DoubleRect") range.take(0.0);  // columns stand on 0
+  for (const auto& [value_key, mark_key] : places) {
+    const auto column = record.column(value_key);
     if (!column) continue;
-    for (size_t row = view.first_row(); row < view.row_count(); ++row) {
-      range.take(view.value(column, row));
+    const auto own_mark = record.column(mark_key);
+    const auto mark = own_mark ? own_mark : record.column("Field1VisibleId");
+    for (size_t row = view.first_row(record); row < view.row_count(); ++row) {
+      if (shows_always(record) || view.shows(mark, row)) range.take(view.value(column, row));
     }
   }
   return range;
-}
-
-bool has_values(const Record& record) {
-  return !record.is("NoticeShape") && !record.is("FuturesTradeShape") && !record.is("SoundShape") &&
-         !record.is("YAxisRange") && !record.is("RectShape");
 }
 
 /// Whether a range lies near another one, so that both can share its axis.
@@ -36,49 +52,85 @@ bool lies_near(const Range& range, const Range& other) {
   return range.low > other.low - 1.5 * span && range.high < other.high + 1.5 * span;
 }
 
-/// The same for values that are no prices: neither may be lost on the scale of the other.
-bool shares_scale(const Range& range, const Range& other) {
-  return lies_near(range, other) && range.span() > 0.05 * other.span();
+/// A record of the axis has a number as its title, up to which the axis of the record before it
+/// goes.
+void reach(Range& range, const Record& record) {
+  const auto number = to_number(record.text("Field1Text"));
+  if (record.is("YAxisRange") && number && lies_near({*number, *number, false}, range))
+    range.take(*number);
 }
 
-void join(Panel& panel, const Record& record, const Range& range) {
-  panel.records.push_back(&record);
-  if (range.empty) return;
-  panel.range.take(range.low);
-  panel.range.take(range.high);
+/// The panel for a range, a new one if need be. The last one takes what would need too many.
+size_t find_panel(std::vector<Panel>& panels, const Range& range, const Range& price, size_t most) {
+  if (lies_near(range, price)) return 0;
+  for (size_t i = 1; i < panels.size(); ++i) {
+    // What is no price may not be lost on the scale of something else.
+    const Range& other = panels[i].range;
+    if (lies_near(range, other) && range.span() > 0.1 * other.span()) return i;
+  }
+  if (panels.size() < most) panels.emplace_back();
+  return panels.size() - 1;
 }
 
 void widen(Range& range) {
   if (range.empty) range = {0.0, 1.0, false};
-  const double margin = range.span() > 0.0 ? 0.06 * range.span() : std::max(1.0, range.high) * 0.1;
+  const double margin =
+      range.span() > 0.0 ? 0.06 * range.span() : std::max(1.0, std::abs(range.high)) * 0.1;
   range.low -= margin;
   range.high += margin;
 }
 
 }  // namespace
 
-View::View(const Session& session, const Bars& bars, size_t last) : session_(session) {
-  std::vector<size_t> order(bars.keys.size());
-  std::iota(order.begin(), order.end(), size_t{0});
-  std::ranges::sort(order, {}, [&bars](size_t i) { return bars.keys[i]; });
-  for (const size_t i : order) keys_.push_back(bars.keys[i]);
-  for (const auto& [field, values] : bars.columns) {
-    for (const size_t i : order) bars_[field].push_back(values[i]);
-  }
-  first_ = keys_.size() - std::min(keys_.size(), last);
+std::string number_text(double value, int digits) {
+  char text[400];
+  char* end = text + sizeof text;
+  return {text, std::to_chars(text, end, value, std::chars_format::fixed, digits).ptr};
 }
 
-double View::bar(uint32_t field, size_t row) const {
-  const auto column = bars_.find(field);
-  return column == bars_.end() ? nan : column->second[row];
+Record bars_record(const Bars& bars) {
+  const bool whole =
+      bars.columns.contains(7) && bars.columns.contains(8) && bars.columns.contains(9);
+  return parse_records(whole ? R"([{"ShapeName":"CandleShape","ZIndex":0.5,"OpenField":7,
+      "HighField":8,"LowField":9,"CloseField":11,"UpperShadowColor":"#CC3030",
+      "EqualShadowColor":"#CC3030","LowerShadowColor":"#0C993F"}])"
+                             : R"([{"ShapeName":"PolylineShape","ZIndex":0.5,"Field1Id":11,
+      "LineColor":"#333842"}])")
+      .front();
+}
+
+View::View(const Session& session, const Bars& bars, size_t last)
+    : session_(session), bars_(bars), order_(bars.keys.size()) {
+  std::iota(order_.begin(), order_.end(), size_t{0});
+  std::ranges::sort(order_, {}, [&bars](size_t i) { return bars.keys[i]; });
+  first_ = order_.size() - std::min(order_.size(), last);
 }
 
 double View::value(std::optional<uint32_t> column, size_t row) const {
-  return column ? session_.cell(static_cast<uint32_t>(row), *column) : nan;
+  if (!column) return nan;
+  const auto field = bars_.columns.find(*column);
+  const double value = field == bars_.columns.end()
+                           ? session_.cell(static_cast<uint32_t>(row), *column)
+                           : field->second[order_[row]];
+  // Sums and ratios of what lies below stay finite.
+  return std::abs(value) < 1e100 ? value : nan;
 }
 
 bool View::shows(std::optional<uint32_t> column, size_t row) const {
   return !column || value(column, row) == 1.0;
+}
+
+size_t View::first_row(const Record& record) const {
+  return record.flag("IsLastCandle") ? last_row() : first_;
+}
+
+std::vector<size_t> View::rows(const Record& record) const {
+  const auto mark = record.column("Field1VisibleId");
+  std::vector<size_t> rows;
+  for (size_t row = first_row(record); row < row_count(); ++row) {
+    if (shows(mark, row)) rows.push_back(row);
+  }
+  return rows;
 }
 
 void Range::take(double value) {
@@ -88,24 +140,19 @@ void Range::take(double value) {
   empty = false;
 }
 
-std::vector<Panel> arrange(const View& view, const std::vector<Record>& records) {
+std::vector<Panel> arrange(const View& view, const std::vector<Record>& records, size_t most) {
   std::vector<Panel> panels(1);
-  for (size_t row = view.first_row(); row < view.row_count(); ++row) {
-    panels[0].range.take(view.bar(field_low, row));
-    panels[0].range.take(view.bar(field_high, row));
-    panels[0].range.take(view.bar(11, row));
-  }
-  const Range price = panels[0].range;
+  const Range price = range_of(view, records.front());
+  size_t latest = 0;
   for (const Record& record : records) {
-    const Range range = has_values(record) ? range_of(view, record) : Range();
-    if (range.empty || lies_near(range, price)) {
-      join(panels[0], record, range);
-      continue;
+    const Range range = range_of(view, record);
+    if (!range.empty) {
+      latest = find_panel(panels, range, price, most);
+      panels[latest].range.take(range.low);
+      panels[latest].range.take(range.high);
     }
-    const auto panel = std::find_if(panels.begin() + 1, panels.end(), [&range](const Panel& other) {
-      return shares_scale(range, other.range);
-    });
-    join(panel == panels.end() ? panels.emplace_back() : *panel, record, range);
+    panels[range.empty ? 0 : latest].records.push_back(&record);
+    reach(panels[latest].range, record);
   }
   for (Panel& panel : panels) widen(panel.range);
   return panels;

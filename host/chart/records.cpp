@@ -8,10 +8,9 @@
 
 namespace quor_host {
 
-const std::string& Record::text(const std::string& key) const {
-  static const std::string none;
+std::string Record::text(const std::string& key) const {
   const auto entry = texts.find(key);
-  return entry == texts.end() ? none : entry->second;
+  return entry == texts.end() ? "" : entry->second;
 }
 
 double Record::number(const std::string& key, double absent) const {
@@ -28,8 +27,9 @@ std::optional<uint32_t> Record::column(const std::string& key) const {
 std::vector<Record> parse_records(const std::string& json) {
   simdjson::dom::parser parser;
   simdjson::dom::array list;
-  if (parser.parse(json).get(list) != simdjson::SUCCESS) {
-    throw HostError("the drawing records are no JSON; a quote stands in a title or text");
+  if (const auto error = parser.parse(json).get(list); error != simdjson::SUCCESS) {
+    throw HostError(std::string("the drawing records can't be read, texts and numbers stand in ") +
+                    "them as the script gives them: " + simdjson::error_message(error));
   }
   std::vector<Record> records;
   for (const simdjson::dom::object entry : list) {

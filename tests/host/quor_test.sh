@@ -126,12 +126,26 @@ night() {
 signal  2024-01-05 21:15:00  row 2  BK 3' ] || failures=1
 
 # A picture; a program built without the means to draw says so instead.
-if quor chart "$samples/showcase.quor" --bars "$samples/index-daily.csv" --out chart.svg 2>chart.err; then
-  grep -q '<svg' chart.svg && [ "$(wc -c <chart.svg)" -gt 50000 ] || failures=1
+if quor chart --bars bars.csv --out chart.svg 2>chart.err \
+  -e "MID:(H+L)/2; DRAWTEXT(C>10,H,'<up>'); DRAWNUMBER(C<10,L,C*2,1,COLORRED);"; then
+  # The legend with the value of the last bar, and a mark at one bar of the two each.
+  [ "$(sed -n '/MID/,/desc/p' chart.svg)" = 'MID 9.000
+&lt;up&gt;
+19.0
+</desc>' ] || failures=1
   # Values so large that a step of the axis is lost on them once kept it from ending.
   expect 0 '' chart -e 'A:10000000000000000+2*(C>9);' --bars bars.csv --out huge.svg
-  expect 1 'quor: --size 10x: not of the form 1200x800, from 200 to 8000 pixels' \
-    chart -e 'A:=1;' --bars bars.csv --out chart.svg --size 10x
+  # Values, slopes and ratios beyond all bounds.
+  expect 0 '' chart --bars bars.csv --out endless.png -e 'HUGE:C*POW(10,300);ENDLESS:HUGE*HUGE;
+    DRAWSL(1,C,POW(10,300),HUGE,3,COLORRED),DOT;GOLDENLINE(1,C,1,H,POW(10,300));
+    WAVERULER(1,L,1,H,1,C,POW(10,300));DRAWNUMBER(1,ENDLESS,C,2,COLORRED);'
+  printf "DRAWTEXT(1,C,'\\377');" >latin.quor
+  expect 1 "quor: the drawing records can't be read, texts and numbers stand in them as the script gives \
+them: The input is not valid UTF-8" chart latin.quor --bars bars.csv --out chart.svg
+  ln -s /dev/full full.svg
+  expect 1 "quor: full.svg: can't be written" chart -e 'A:=1;' --bars bars.csv --out full.svg
+  expect 2 '--size: Value 10 not in range 200 to 8000
+Run with --help for more information.' chart -e 'A:=1;' --bars bars.csv --out chart.svg --size 10x800
   expect 1 'quor: --out chart.gif: neither .svg nor .png' \
     chart -e 'A:=1;' --bars bars.csv --out chart.gif
 else
