@@ -42,7 +42,8 @@ std::optional<double> sign_of(double x) {
 }
 using SIGN = OneArgument<sign_of>;
 
-using POW = TwoArguments<[](double base, double exponent) { return platform::pow(base, exponent); }>;
+using POW =
+    TwoArguments<[](double base, double exponent) { return platform::pow(base, exponent); }>;
 
 /// A divisor of exactly 0 writes nothing, one that truncates to 0 gives 0.
 using MOD = TwoArguments<[](double dividend, double divisor) -> std::optional<double> {
