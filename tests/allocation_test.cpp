@@ -70,7 +70,7 @@ long allocations_of_run(TestHost& host, uint32_t first_row) {
 }
 
 TEST(Allocation, NoBarOfAWarmRunAllocates) {
-  constexpr size_t rows = 1200;
+  constexpr size_t rows = 300;
   Bars bars;
   for (size_t row = 0; row < rows; ++row) {
     const double wave = static_cast<double>(row * 37 % 101);
@@ -93,7 +93,7 @@ TEST(Allocation, NoBarOfAWarmRunAllocates) {
     host.feed(bars);
     host.run();
     const long one_bar = allocations_of_run(host, rows - 1);
-    EXPECT_EQ(allocations_of_run(host, rows - 1000), one_bar) << statement;
+    EXPECT_EQ(allocations_of_run(host, rows - 200), one_bar) << statement;
   }
 }
 

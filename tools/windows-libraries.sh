@@ -6,7 +6,6 @@ set -u
 out=$root/build/windows-libraries
 work=$root/build/windows-sources
 apt=$work/apt
-toolchain=$root/cmake/windows.cmake
 
 # The machine's own package sources, read for source packages instead. The folder of apt that holds
 # them and all that apt keeps are private, so that the machine stays as it is.
