@@ -1,6 +1,7 @@
 /* A host of Windows that loads the library while it runs, calls it on a thread as small as Windows
  * makes them by default, and lets it go again.
  *   windows_host LIBRARY */
+#include <locale.h>
 #include <math.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -104,6 +105,7 @@ static DWORD WINAPI play(LPVOID unused) {
   check_value(value_of("A:=POW(1.0001,7000000.3);"), 0x1.c9027af37f3dfp+1009, "large power");
   check_value(value_of("A:=SIN(3.14159265358979);"), 0x1.d1a62633145c0p-49, "sine near pi");
 
+  check(value_of("A:=C*0.75;") == 1.5, "decimal point under a decimal comma");
   const double random = value_of("A:=RAND(1000);");
   check(random >= 0.0 && random <= 1001.0, "random number");
   return 0;
@@ -118,6 +120,8 @@ static void play_on_thread(void) {
 }
 
 int main(int argc, char** argv) {
+  /* The library shares the C library's locale with its host. */
+  check(setlocale(LC_ALL, "German_Germany.1252") != NULL && atof("1,5") == 1.5, "decimal comma");
   for (int round = 0; argc == 2 && round < 2; ++round) {
     const HMODULE module = LoadLibraryA(argv[1]);
     if (module == NULL) {
