@@ -214,7 +214,8 @@ void obv(const Bars& bars, Series& y) {
 using B = const Bars&;
 
 constexpr Yardstick table[] = {
-    {Kind::average, "MA 20", "A:=MA(C,20);", [](B b, Series& y) { moving_average(b.close, 20, y); }},
+    {Kind::average, "MA 20", "A:=MA(C,20);",
+     [](B b, Series& y) { moving_average(b.close, 20, y); }},
     {Kind::average, "MA 20, a line", "A:MA(C,20);",
      [](B b, Series& y) { moving_average(b.close, 20, y); }},
     {Kind::average, "EMA 12", "A:=EMA(C,12);",
@@ -249,8 +250,8 @@ constexpr Yardstick table[] = {
      "RSV:=(C-LLV(L,9))/(HHV(H,9)-LLV(L,9))*100;K:SMA(RSV,3,1);D:SMA(K,3,1);A:3*K-2*D;", kdj},
     {Kind::indicator, "RSI", "LC:=REF(C,1);A:SMA(MAX(C-LC,0),14,1)/SMA(ABS(C-LC),14,1)*100;", rsi},
     {Kind::indicator, "BOLL", "MID:MA(C,20);UP:MID+2*STDP(C,20);A:MID-2*STDP(C,20);", boll},
-    {Kind::indicator, "OBV",
-     "LC:=REF(C,1);A:SUM(IF(ISNULL(LC),0,IF(C>LC,V,IF(C<LC,0-V,0))),0);", obv},
+    {Kind::indicator, "OBV", "LC:=REF(C,1);A:SUM(IF(ISNULL(LC),0,IF(C>LC,V,IF(C<LC,0-V,0))),0);",
+     obv},
 };
 
 }  // namespace

@@ -35,15 +35,31 @@ int32_t DataTable::add_column(uint32_t id) {
   columns_.reserve(columns_.size() + 1);
   index_of_id_.emplace(id, index);
   column_ids_.push_back(id);
-  columns_.push_back(std::move(cells));
+  columns_.push_back({std::move(cells)});
   ++layout_;
   return index;
+}
+
+/// A cell that is written with what it holds has not changed. The rows from this one on aren't
+/// watched any more, so that a run from here on counts as one change.
+void DataTable::note_change(Column& column, int32_t row, double value) {
+  const double old = column.cells[static_cast<uint32_t>(row)];
+  if (std::bit_cast<uint64_t>(old) == std::bit_cast<uint64_t>(value)) return;
+  column.watched_rows = row;
+  ++column.changes;
+}
+
+void DataTable::note_changed_rows() {
+  for (Column& column : columns_) {
+    column.watched_rows = 0;
+    ++column.changes;
+  }
 }
 
 void DataTable::store_key(size_t row) {
   const int32_t time_column = column_index_of(time_column_id);
   if (time_column == -1) return;
-  columns_[static_cast<size_t>(time_column)][row] = static_cast<double>(keys_[row]);
+  columns_[static_cast<size_t>(time_column)].cells[row] = static_cast<double>(keys_[row]);
 }
 
 void DataTable::insert_row(int64_t key) {
@@ -54,9 +70,10 @@ void DataTable::insert_row(int64_t key) {
     if (cells.capacity() < rows) cells.reserve(std::max(rows, 2 * cells.capacity()));
   };
   room(keys_);
-  std::ranges::for_each(columns_, room);
+  for (Column& column : columns_) room(column.cells);
+  if (row + 1 < static_cast<ptrdiff_t>(rows)) note_changed_rows();
   keys_.insert(keys_.begin() + row, key);
-  for (auto& cells : columns_) cells.insert(cells.begin() + row, null_value);
+  for (Column& column : columns_) column.cells.insert(column.cells.begin() + row, null_value);
   store_key(static_cast<size_t>(row));
 }
 
@@ -89,14 +106,14 @@ void DataTable::append_batch(const RowBatch& batch) {
     if (cells.capacity() < rows) cells.reserve(std::max(rows, 2 * cells.capacity()));
   };
   room(keys_);
-  std::ranges::for_each(columns_, room);
+  for (Column& column : columns_) room(column.cells);
 
   keys_.insert(keys_.end(), batch.keys.begin(), batch.keys.end());
-  for (auto& cells : columns_) cells.resize(rows, null_value);
+  for (Column& column : columns_) column.cells.resize(rows, null_value);
   const size_t width = batch.column_indexes.size();
   for (size_t c = 0; c < width; ++c) {
     if (batch.column_indexes[c] == -1) continue;
-    double* cells = columns_[static_cast<size_t>(batch.column_indexes[c])].data() + old_rows;
+    double* cells = columns_[static_cast<size_t>(batch.column_indexes[c])].cells.data() + old_rows;
     const double* value = batch.values.data() + c;
     for (size_t row = 0; row < batch.keys.size(); ++row, value += width) cells[row] = *value;
   }
@@ -153,7 +170,7 @@ void DataTable::interleave_batch(const RowBatch& batch) {
   for (size_t c = 0; c < columns.size(); ++c) {
     columns[c].assign(keys.size(), null_value);
     for (size_t row = 0; row < old_place.size(); ++row) {
-      columns[c][old_place[row]] = columns_[c][row];
+      columns[c][old_place[row]] = columns_[c].cells[row];
     }
   }
   const size_t width = batch.column_indexes.size();
@@ -165,7 +182,8 @@ void DataTable::interleave_batch(const RowBatch& batch) {
     }
   }
   keys_.swap(keys);
-  columns_.swap(columns);
+  for (size_t c = 0; c < columns.size(); ++c) columns_[c].cells.swap(columns[c]);
+  note_changed_rows();
   for (const uint32_t row : fresh) store_key(row);
 }
 
@@ -183,7 +201,7 @@ Window DataTable::window(int32_t column_index, int32_t last_row, int32_t count) 
   const bool known = static_cast<uint32_t>(column_index) < columns_.size();
   const int64_t stored = known ? std::clamp<int64_t>(row_count() - first, 0, size) : 0;
   const double* values =
-      stored > 0 ? columns_[static_cast<uint32_t>(column_index)].data() + first : nullptr;
+      stored > 0 ? columns_[static_cast<uint32_t>(column_index)].cells.data() + first : nullptr;
   return {values, static_cast<size_t>(stored), static_cast<size_t>(size)};
 }
 
@@ -211,7 +229,8 @@ void DataTable::reset() {
 
 void DataTable::clear_rows() {
   keys_.clear();
-  for (auto& cells : columns_) cells.clear();
+  for (Column& column : columns_) column.cells.clear();
+  note_changed_rows();
 }
 
 }  // namespace quor

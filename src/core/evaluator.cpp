@@ -182,7 +182,8 @@ int CalculateCenter::end_without_value(const Program& program, int32_t line, std
 }
 
 // Runs at every bar of every statement, so all of its steps are one piece of code.
-[[gnu::flatten]] int CalculateCenter::calculate_cell(Variable& statement, int32_t row, std::string& error) {
+[[gnu::flatten]] int CalculateCenter::calculate_cell(Variable& statement, int32_t row,
+                                                     std::string& error) {
   double result = statement.value;
   if (statement.kind != VariableKind::number) {
     result = 0.0;

@@ -89,8 +89,8 @@ AverageStep average_step(int64_t count, double x, const WindowSeed& seed) {
   return {new_count > 0 ? sum / static_cast<double>(new_count) : null_value, new_count};
 }
 
-[[gnu::flatten]] AverageStep sliding_average(DataTable& table, const AverageColumns& columns, int32_t row, double x,
-                            int64_t count, int64_t n) {
+[[gnu::flatten]] AverageStep sliding_average(DataTable& table, const AverageColumns& columns,
+                                             int32_t row, double x, int64_t count, int64_t n) {
   const int64_t previous_row = static_cast<int64_t>(row) - 1;
   const WindowSeed seed =
       window_seed(table, columns.series, columns.result, previous_row, count, false);
