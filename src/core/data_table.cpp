@@ -1,7 +1,7 @@
 #include "core/data_table.h"
 
 #include <algorithm>
-#include <numeric>
+#include <array>
 #include <stdexcept>
 
 #include "calendar/trade_day_help.h"
@@ -134,16 +134,49 @@ bool DataTable::overwrite_batch(const RowBatch& batch) {
   return true;
 }
 
+namespace {
+
+/// A row of a batch by its key.
+struct KeyedRow {
+  int64_t key;
+  uint32_t place;  ///< in the batch
+};
+
+/// Sorts by one byte of the keys after the other, the last one first, and keeps the order of equal
+/// keys. Keys of bars differ in a few of their eight bytes only.
+void sort_by_key(std::vector<KeyedRow>& rows) {
+  uint64_t differing = 0;
+  for (const KeyedRow& row : rows) differing |= static_cast<uint64_t>(row.key ^ rows.front().key);
+  std::vector<KeyedRow> sorted(rows.size());
+  for (int shift = 0; shift < 64; shift += 8) {
+    if ((differing >> shift & 0xFF) == 0) continue;
+    const auto digit = [shift](const KeyedRow& row) { return row.key >> shift & 0xFF; };
+    std::array<uint32_t, 257> starts{};
+    for (const KeyedRow& row : rows) ++starts[static_cast<size_t>(digit(row)) + 1];
+    for (size_t i = 1; i < starts.size(); ++i) starts[i] += starts[i - 1];
+    for (const KeyedRow& row : rows) sorted[starts[static_cast<size_t>(digit(row))]++] = row;
+    rows.swap(sorted);
+  }
+}
+
+/// The rows of a batch in order of their keys, of equal keys the last only.
+std::vector<KeyedRow> sorted_rows(const std::vector<int64_t>& keys) {
+  std::vector<KeyedRow> rows;
+  rows.reserve(keys.size());
+  for (size_t i = keys.size(); i-- > 0;) {
+    if (keys[i] >= 1) rows.push_back({keys[i], static_cast<uint32_t>(i)});
+  }
+  // Hosts that send the newest bar first are served by the order alone.
+  if (!std::ranges::is_sorted(rows, {}, &KeyedRow::key)) sort_by_key(rows);
+  const auto repeated = std::ranges::unique(rows, {}, &KeyedRow::key);
+  rows.erase(repeated.begin(), repeated.end());
+  return rows;
+}
+
+}  // namespace
+
 void DataTable::interleave_batch(const RowBatch& batch) {
-  // Rows of the batch by key, of equal keys the last only.
-  std::vector<uint32_t> order(batch.keys.size());
-  std::iota(order.begin(), order.end(), 0U);
-  std::ranges::sort(order, [&batch](uint32_t a, uint32_t b) {
-    return batch.keys[a] != batch.keys[b] ? batch.keys[a] < batch.keys[b] : a > b;
-  });
-  const auto same_key = [&batch](uint32_t a, uint32_t b) { return batch.keys[a] == batch.keys[b]; };
-  order.erase(std::unique(order.begin(), order.end(), same_key), order.end());
-  std::erase_if(order, [&batch](uint32_t i) { return batch.keys[i] < 1; });
+  const std::vector<KeyedRow> order = sorted_rows(batch.keys);
 
   // Where each old row and each row of the batch lands.
   std::vector<int64_t> keys;
@@ -154,11 +187,11 @@ void DataTable::interleave_batch(const RowBatch& batch) {
   size_t old_row = 0;
   size_t new_row = 0;
   while (old_row < keys_.size() || new_row < order.size()) {
-    const bool take_new = new_row < order.size() &&
-                          (old_row == keys_.size() || batch.keys[order[new_row]] <= keys_[old_row]);
+    const bool take_new =
+        new_row < order.size() && (old_row == keys_.size() || order[new_row].key <= keys_[old_row]);
     const bool take_old =
-        old_row < keys_.size() && (!take_new || batch.keys[order[new_row]] == keys_[old_row]);
-    const int64_t key = take_new ? batch.keys[order[new_row]] : keys_[old_row];
+        old_row < keys_.size() && (!take_new || order[new_row].key == keys_[old_row]);
+    const int64_t key = take_new ? order[new_row].key : keys_[old_row];
     const auto place = static_cast<uint32_t>(keys.size());
     if (!take_old) fresh.push_back(place);
     if (take_new) new_place[new_row++] = place;
@@ -173,12 +206,13 @@ void DataTable::interleave_batch(const RowBatch& batch) {
       columns[c][old_place[row]] = columns_[c].cells[row];
     }
   }
+  // Row by row, because the values of a row lie together in the batch.
   const size_t width = batch.column_indexes.size();
-  for (size_t c = 0; c < width; ++c) {
-    if (batch.column_indexes[c] == -1) continue;
-    std::vector<double>& cells = columns[static_cast<size_t>(batch.column_indexes[c])];
-    for (size_t i = 0; i < order.size(); ++i) {
-      cells[new_place[i]] = batch.values[order[i] * width + c];
+  for (size_t i = 0; i < order.size(); ++i) {
+    const double* values = batch.values.data() + order[i].place * width;
+    for (size_t c = 0; c < width; ++c) {
+      const int32_t column = batch.column_indexes[c];
+      if (column != -1) columns[static_cast<size_t>(column)][new_place[i]] = values[c];
     }
   }
   keys_.swap(keys);
