@@ -87,35 +87,85 @@ void DataTable::put_value(int64_t key, uint32_t id, double value) {
   set_cell(static_cast<int32_t>(row), add_column(id), value);
 }
 
-void DataTable::merge_rows(const RowBatch& batch) {
-  if (batch.keys.empty()) return;
-  const bool ascending =
-      std::ranges::adjacent_find(batch.keys, std::greater_equal<>()) == batch.keys.end();
-  if (ascending && batch.keys.front() >= 1 &&
-      (keys_.empty() || batch.keys.front() > keys_.back())) {
-    append_batch(batch);
-  } else if (!overwrite_batch(batch)) {
-    interleave_batch(batch);
+namespace {
+
+/// Sorts by one byte of the keys after the other, the last one first, and keeps the order of equal
+/// keys. Keys of bars differ in a few of their eight bytes only.
+void sort_by_key(std::vector<BatchRow>& rows) {
+  uint64_t differing = 0;
+  for (const BatchRow& row : rows) differing |= static_cast<uint64_t>(row.key ^ rows.front().key);
+  std::vector<BatchRow> sorted(rows.size());
+  for (int shift = 0; shift < 64; shift += 8) {
+    if ((differing >> shift & 0xFF) == 0) continue;
+    const auto digit = [shift](const BatchRow& row) { return row.key >> shift & 0xFF; };
+    std::array<uint32_t, 257> starts{};
+    for (const BatchRow& row : rows) ++starts[static_cast<size_t>(digit(row)) + 1];
+    for (size_t i = 1; i < starts.size(); ++i) starts[i] += starts[i - 1];
+    for (const BatchRow& row : rows) sorted[starts[static_cast<size_t>(digit(row))]++] = row;
+    rows.swap(sorted);
   }
 }
 
-void DataTable::append_batch(const RowBatch& batch) {
+/// The rows of a batch in order of their keys, of equal keys the last only.
+std::vector<BatchRow> sorted_rows(const std::vector<int64_t>& keys) {
+  std::vector<BatchRow> rows;
+  rows.reserve(keys.size());
+  for (size_t i = keys.size(); i-- > 0;) {
+    if (keys[i] >= 1) rows.push_back({keys[i], static_cast<uint32_t>(i)});
+  }
+  // Hosts that send the newest bar first are served by the order alone.
+  if (!std::ranges::is_sorted(rows, {}, &BatchRow::key)) sort_by_key(rows);
+  const auto repeated = std::ranges::unique(rows, {}, &BatchRow::key);
+  rows.erase(repeated.begin(), repeated.end());
+  return rows;
+}
+
+}  // namespace
+
+void DataTable::merge_rows(const RowBatch& batch) {
+  if (batch.keys.empty()) return;
+  const auto behind_all = [this](int64_t key) {
+    return key >= 1 && (keys_.empty() || key > keys_.back());
+  };
+  const bool ascending =
+      std::ranges::adjacent_find(batch.keys, std::greater_equal<>()) == batch.keys.end();
+  if (ascending && behind_all(batch.keys.front())) {
+    append_rows(batch, batch.keys.size(), [](size_t i) { return i; });
+    return;
+  }
+  if (overwrite_batch(batch)) return;
+  const std::vector<BatchRow> rows = sorted_rows(batch.keys);
+  if (behind_all(rows.front().key)) {
+    append_rows(batch, rows.size(), [&rows](size_t i) { return size_t{rows[i].place}; });
+  } else {
+    interleave_rows(batch, rows);
+  }
+}
+
+/// Row by row, because the values of a row lie together in the batch.
+template <typename Place>
+void DataTable::append_rows(const RowBatch& batch, size_t count, const Place& place) {
   const size_t old_rows = keys_.size();
-  const size_t rows = old_rows + batch.keys.size();
+  const size_t rows = old_rows + count;
   const auto room = [rows](auto& cells) {
     if (cells.capacity() < rows) cells.reserve(std::max(rows, 2 * cells.capacity()));
   };
   room(keys_);
   for (Column& column : columns_) room(column.cells);
 
-  keys_.insert(keys_.end(), batch.keys.begin(), batch.keys.end());
   for (Column& column : columns_) column.cells.resize(rows, null_value);
   const size_t width = batch.column_indexes.size();
+  std::vector<double*> targets(width, nullptr);
   for (size_t c = 0; c < width; ++c) {
-    if (batch.column_indexes[c] == -1) continue;
-    double* cells = columns_[static_cast<size_t>(batch.column_indexes[c])].cells.data() + old_rows;
-    const double* value = batch.values.data() + c;
-    for (size_t row = 0; row < batch.keys.size(); ++row, value += width) cells[row] = *value;
+    const int32_t column = batch.column_indexes[c];
+    if (column != -1) targets[c] = columns_[static_cast<size_t>(column)].cells.data() + old_rows;
+  }
+  for (size_t i = 0; i < count; ++i) {
+    const double* values = batch.values.data() + place(i) * width;
+    keys_.push_back(batch.keys[place(i)]);
+    for (size_t c = 0; c < width; ++c) {
+      if (targets[c] != nullptr) targets[c][i] = values[c];
+    }
   }
   for (size_t row = old_rows; row < rows; ++row) store_key(row);
 }
@@ -134,50 +184,7 @@ bool DataTable::overwrite_batch(const RowBatch& batch) {
   return true;
 }
 
-namespace {
-
-/// A row of a batch by its key.
-struct KeyedRow {
-  int64_t key;
-  uint32_t place;  ///< in the batch
-};
-
-/// Sorts by one byte of the keys after the other, the last one first, and keeps the order of equal
-/// keys. Keys of bars differ in a few of their eight bytes only.
-void sort_by_key(std::vector<KeyedRow>& rows) {
-  uint64_t differing = 0;
-  for (const KeyedRow& row : rows) differing |= static_cast<uint64_t>(row.key ^ rows.front().key);
-  std::vector<KeyedRow> sorted(rows.size());
-  for (int shift = 0; shift < 64; shift += 8) {
-    if ((differing >> shift & 0xFF) == 0) continue;
-    const auto digit = [shift](const KeyedRow& row) { return row.key >> shift & 0xFF; };
-    std::array<uint32_t, 257> starts{};
-    for (const KeyedRow& row : rows) ++starts[static_cast<size_t>(digit(row)) + 1];
-    for (size_t i = 1; i < starts.size(); ++i) starts[i] += starts[i - 1];
-    for (const KeyedRow& row : rows) sorted[starts[static_cast<size_t>(digit(row))]++] = row;
-    rows.swap(sorted);
-  }
-}
-
-/// The rows of a batch in order of their keys, of equal keys the last only.
-std::vector<KeyedRow> sorted_rows(const std::vector<int64_t>& keys) {
-  std::vector<KeyedRow> rows;
-  rows.reserve(keys.size());
-  for (size_t i = keys.size(); i-- > 0;) {
-    if (keys[i] >= 1) rows.push_back({keys[i], static_cast<uint32_t>(i)});
-  }
-  // Hosts that send the newest bar first are served by the order alone.
-  if (!std::ranges::is_sorted(rows, {}, &KeyedRow::key)) sort_by_key(rows);
-  const auto repeated = std::ranges::unique(rows, {}, &KeyedRow::key);
-  rows.erase(repeated.begin(), repeated.end());
-  return rows;
-}
-
-}  // namespace
-
-void DataTable::interleave_batch(const RowBatch& batch) {
-  const std::vector<KeyedRow> order = sorted_rows(batch.keys);
-
+void DataTable::interleave_rows(const RowBatch& batch, const std::vector<BatchRow>& order) {
   // Where each old row and each row of the batch lands.
   std::vector<int64_t> keys;
   keys.reserve(keys_.size() + order.size());

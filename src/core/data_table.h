@@ -40,6 +40,12 @@ struct RowBatch {
   std::vector<double> values;           ///< keys.size() x column_indexes.size()
 };
 
+/// A row of a batch by its key.
+struct BatchRow {
+  int64_t key;
+  uint32_t place;  ///< in the batch
+};
+
 /// Owned by the pool and touched only under the instance's lock. A row is a 0-based index into the
 /// ascending keys; row indexes move when a row is inserted before them.
 class DataTable {
@@ -131,9 +137,10 @@ class DataTable {
   }
   void insert_row(int64_t key);
   void store_key(size_t row);
-  void append_batch(const RowBatch& batch);
+  template <typename Place>
+  void append_rows(const RowBatch& batch, size_t count, const Place& place);
   bool overwrite_batch(const RowBatch& batch);
-  void interleave_batch(const RowBatch& batch);
+  void interleave_rows(const RowBatch& batch, const std::vector<BatchRow>& order);
 
   std::vector<int64_t> keys_;  ///< ascending, no key twice
   std::vector<uint32_t> column_ids_;
