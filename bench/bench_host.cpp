@@ -75,6 +75,41 @@ void BenchHost::clear() const { clear_data(handle_); }
 
 uint32_t BenchHost::row_count() const { return get_row_num(handle_); }
 
+uint32_t BenchHost::column_count() const { return get_column_num(handle_); }
+
+int32_t BenchHost::column_of(std::string_view line) const {
+  return get_field_id_by_param_name(handle_, line.data(), size_of(line));
+}
+
+double BenchHost::value(uint32_t row, int32_t column) const {
+  return get_data_by_col_row(handle_, static_cast<int32_t>(row), static_cast<uint32_t>(column));
+}
+
+size_t BenchHost::text_size(int32_t column) const {
+  uint32_t length = 0;
+  const uint32_t rows = row_count();
+  char* text = get_data_arr(handle_, static_cast<uint32_t>(column), rows - 1,
+                            static_cast<int32_t>(rows), &length);
+  if (text == nullptr) std::exit(1);
+  release_ptr_val(text);
+  return length;
+}
+
+Bars bars_of(const BenchHost& host) {
+  Bars bars;
+  const auto read = [&host](int32_t column) {
+    Series values(host.row_count());
+    for (uint32_t row = 0; row < host.row_count(); ++row) values[row] = host.value(row, column);
+    return values;
+  };
+  bars.open = read(7);
+  bars.high = read(8);
+  bars.low = read(9);
+  bars.close = read(11);
+  bars.volume = read(13);
+  return bars;
+}
+
 std::string random_walk(size_t first, size_t last, Order order) {
   std::mt19937_64 random(1);
   double close = 100.0;

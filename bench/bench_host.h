@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "plain_loops.h"
+
 namespace quor_bench {
 
 class BenchHost {
@@ -22,6 +24,12 @@ class BenchHost {
   void calculate(uint32_t first_row) const;
   void clear() const;
   uint32_t row_count() const;
+  uint32_t column_count() const;
+  /// The column of a line by its name in capitals.
+  int32_t column_of(std::string_view line) const;
+  double value(uint32_t row, int32_t column) const;
+  /// The text of a column; ends the program if there is none.
+  size_t text_size(int32_t column) const;
 
  private:
   int64_t handle_;
@@ -33,5 +41,8 @@ enum class Order { ascending, descending, shuffled };
 /// Bars `first` up to but excluding `last` of a random walk, the same in every run: minutes of a
 /// trading day of four hours, with open, high, low, close and volume.
 std::string random_walk(size_t first, size_t last, Order order = Order::ascending);
+
+/// The fields of the instance's rows, as the engine has taken them in.
+Bars bars_of(const BenchHost& host);
 
 }  // namespace quor_bench

@@ -1,28 +1,156 @@
-// What a client waits for: a first chart, a new bar, the intake of history, a changed script.
-#include <benchmark/benchmark.h>
+// What a client waits for, as figures: well-known indicators in full and bar by bar, each beside a
+// plain loop of the same formula in the same run; then intake, reading and compiling.
 #include <simdjson.h>
 
+#include <charconv>
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
-#include <iostream>
+#include <fstream>
 #include <string>
 
 #include "bench_host.h"
+#include "plain_loops.h"
+#include "stopwatch.h"
 
+namespace quor_bench {
 namespace {
 
-using quor_bench::BenchHost;
-using quor_bench::Order;
-using quor_bench::random_walk;
+constexpr size_t sizes[] = {10000, 200000};
+
+/// A quick engine with other results would be of no use.
+void check_equal(const Yardstick& yardstick, const BenchHost& host, const Series& expected) {
+  // A few words start one bar later than the plain loop.
+  constexpr uint32_t warm = 300;
+  const int32_t column = host.column_of("A");
+  for (uint32_t row = warm; row < host.row_count(); ++row) {
+    const double value = host.value(row, column);
+    if (std::fabs(value - expected[row]) <= 1e-6 * std::max(1.0, std::fabs(value))) continue;
+    std::fprintf(stderr, "%s: %.17g and not %.17g at row %u\n", yardstick.name.data(), value,
+                 expected[row], row);
+    std::exit(1);
+  }
+}
+
+struct Figures {
+  double engine = 0.0;   ///< nanoseconds per bar in full
+  double plain = 0.0;    ///< the same of the plain loop
+  double new_bar = 0.0;  ///< microseconds of the calculation of one more bar
+};
+
+Figures measure(const Yardstick& yardstick, size_t rows) {
+  BenchHost host;
+  host.compile(std::string("F:=O+H+L+C+V;") + std::string(yardstick.script));
+  host.feed(random_walk(0, rows));
+  const Bars bars = bars_of(host);
+  host.compile(yardstick.script);
+  host.feed(random_walk(0, rows));
+
+  Figures figures;
+  const double per_bar = 1e9 / static_cast<double>(rows);
+  figures.engine = per_bar * quickest([&host] { host.calculate(0); });
+  Series result(rows);
+  figures.plain = per_bar * quickest([&] { yardstick.loop(bars, result); });
+  check_equal(yardstick, host, result);
+  const auto last = static_cast<uint32_t>(rows - 1);
+  figures.new_bar = 1e6 * quickest_of_many(1000, [&] { host.calculate(last); });
+  return figures;
+}
+
+void print_indicators() {
+  std::printf("%-20s", "");
+  for (const size_t size : sizes) std::printf("  | %33zu bars", size);
+  std::printf("\n%-20s", "");
+  for ([[maybe_unused]] const size_t size : sizes) {
+    std::printf("  | %8s %8s %6s %12s", "ns/bar", "loop", "ratio", "new bar, us");
+  }
+  std::printf("\n");
+  for (const Yardstick& yardstick : yardsticks()) {
+    std::printf("%-20s", yardstick.name.data());
+    for (const size_t size : sizes) {
+      const Figures figures = measure(yardstick, size);
+      std::printf("  | %8.1f %8.1f %6.2f %12.2f", figures.engine, figures.plain,
+                  figures.engine / figures.plain, figures.new_bar);
+      std::fflush(stdout);
+    }
+    std::printf("\n");
+  }
+}
 
 constexpr size_t history = 200000;
+constexpr std::string_view seven_fields = "A:=O+H+L+C+V+AMOUNT;";
 
-std::string ten_averages() {
-  std::string script;
-  for (const int bars : {5, 10, 20, 30, 40, 60, 90, 120, 180, 250}) {
-    const std::string count = std::to_string(bars);
-    script += "MA" + count + ":MA(C," + count + ");\n";
+double seconds_of_intake(Order order) {
+  const BenchHost host;
+  host.compile(seven_fields);
+  const std::string rows = random_walk(0, history, order);
+  double best = 1e9;
+  for (int round = 0; round < 5; ++round) {
+    host.clear();
+    const std::clock_t start = std::clock();
+    host.feed(rows);
+    best = std::min(best, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
+    if (host.row_count() != history) std::exit(1);
   }
-  return script;
+  return best;
+}
+
+/// The yardstick of the intake: what the JSON library alone needs for the same text.
+double seconds_of_json(Order order) {
+  const std::string rows = random_walk(0, history, order);
+  simdjson::dom::parser parser;
+  volatile double sink = 0.0;
+  return quickest([&] {
+    double sum = 0.0;
+    for (const auto bar : simdjson::dom::array(parser.parse(rows))) {
+      for (const auto field : simdjson::dom::object(bar)) {
+        sum += field.value.is_double() ? double(field.value)
+                                       : static_cast<double>(int64_t(field.value));
+      }
+    }
+    sink = sum;
+  });
+}
+
+void print_intake() {
+  std::printf("\n%-20s %14s %14s %6s\n", "intake", "rows/s", "JSON alone", "ratio");
+  const struct {
+    const char* name;
+    Order order;
+  } orders[] = {{"ascending keys", Order::ascending},
+                {"descending keys", Order::descending},
+                {"shuffled keys", Order::shuffled}};
+  for (const auto& [name, order] : orders) {
+    const double engine = seconds_of_intake(order);
+    const double json = seconds_of_json(order);
+    std::printf("%-20s %14.0f %14.0f %6.2f\n", name, history / engine, history / json,
+                engine / json);
+  }
+}
+
+void print_reading() {
+  const BenchHost host;
+  host.compile("A:=MA(C,20);");
+  host.feed(random_walk(0, history));
+  host.calculate(0);
+  const int32_t column = host.column_of("A");
+  Series values(history);
+  for (uint32_t row = 0; row < history; ++row) values[row] = host.value(row, column);
+  volatile size_t sink = 0;
+  const double engine = quickest([&] { sink = host.text_size(column); });
+  const double plain = quickest([&] {
+    char digits[352];
+    size_t size = 0;
+    for (const double value : values) {
+      size += static_cast<size_t>(
+          std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, 6).ptr -
+          digits);
+    }
+    sink = size;
+  });
+  std::printf("\n%-20s %14s %14s %6s\n", "reading", "values/s", "to_chars", "ratio");
+  std::printf("%-20s %14.0f %14.0f %6.2f\n", "get_data_arr", history / engine, history / plain,
+              engine / plain);
 }
 
 /// 60 statements of the kinds that scripts are made of, each with a name of its own.
@@ -38,78 +166,41 @@ std::string sixty_statements() {
   return script;
 }
 
-void run_ten_averages(benchmark::State& state) {
-  const BenchHost host;
-  host.compile(ten_averages());
-  host.feed(random_walk(0, history));
-  for ([[maybe_unused]] auto round : state) host.calculate(0);
-  state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * history));
+/// Bytes of the process that are in memory; 0 where the system doesn't tell.
+double resident_bytes() {
+  std::ifstream file("/proc/self/statm");
+  double pages = 0.0;
+  file >> pages >> pages;
+  return pages * 4096.0;
 }
-BENCHMARK(run_ten_averages)->Name("run/ten averages, 200,000 bars")->Unit(benchmark::kMillisecond);
 
-/// The forming bar comes again with every tick: intake of one bar and its calculation.
-void run_new_bar(benchmark::State& state) {
-  constexpr uint32_t bars = 10000;
-  const BenchHost host;
-  host.compile(ten_averages());
-  host.feed(random_walk(0, bars));
-  host.calculate(0);
-  const std::string bar = random_walk(bars, bars + 1);
-  for ([[maybe_unused]] auto round : state) {
-    host.feed(bar);
-    host.calculate(bars);
-  }
-}
-BENCHMARK(run_new_bar)->Name("run/ten averages, one new bar on 10,000");
-
-void take_rows(benchmark::State& state, Order order) {
-  const BenchHost host;
-  host.compile("A:=C+O+H+L+V;");
-  const std::string rows = random_walk(0, history, order);
-  for ([[maybe_unused]] auto round : state) {
-    host.feed(rows);
-    state.PauseTiming();
-    if (host.row_count() != history) std::exit(1);
-    host.clear();
-    state.ResumeTiming();
-  }
-  state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(rows.size()));
-}
-BENCHMARK_CAPTURE(take_rows, "ascending", Order::ascending)
-    ->Name("intake/200,000 bars ascending")
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(take_rows, "descending", Order::descending)
-    ->Name("intake/200,000 bars descending")
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(take_rows, "shuffled", Order::shuffled)
-    ->Name("intake/200,000 bars shuffled")
-    ->Unit(benchmark::kMillisecond);
-
-/// The yardstick of the intake: what the JSON library alone needs for the same text.
-void walk_json(benchmark::State& state) {
-  const std::string rows = random_walk(0, history);
-  simdjson::dom::parser parser;
-  for ([[maybe_unused]] auto round : state) {
-    double sum = 0.0;
-    for (const auto bar : simdjson::dom::array(parser.parse(rows))) {
-      for (const auto field : simdjson::dom::object(bar)) {
-        sum += field.value.is_double() ? double(field.value)
-                                       : static_cast<double>(int64_t(field.value));
-      }
-    }
-    benchmark::DoNotOptimize(sum);
-  }
-  state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(rows.size()));
-}
-BENCHMARK(walk_json)
-    ->Name("intake/200,000 bars, JSON library alone")
-    ->Unit(benchmark::kMillisecond);
-
-void compile_sixty(benchmark::State& state) {
+void print_the_rest() {
   const BenchHost host;
   const std::string script = sixty_statements();
-  for ([[maybe_unused]] auto round : state) host.compile(script);
+  const double compile = quickest([&] { host.compile(script); });
+  std::printf("\ncompile of 60 statements: %.0f us\n", compile * 1e6);
+
+  const BenchHost table;
+  table.compile(seven_fields);
+  const std::string rows = random_walk(0, history);
+  table.feed(rows);
+  table.clear();
+  const double before = resident_bytes();
+  const BenchHost other;
+  other.compile(sixty_statements());
+  const double columns = other.column_count();
+  other.feed(rows);
+  std::printf("memory: %.1f bytes per bar and column\n",
+              (resident_bytes() - before) / (history * columns));
 }
-BENCHMARK(compile_sixty)->Name("compile/60 statements")->Unit(benchmark::kMicrosecond);
 
 }  // namespace
+}  // namespace quor_bench
+
+int main() {
+  quor_bench::print_indicators();
+  quor_bench::print_intake();
+  quor_bench::print_reading();
+  quor_bench::print_the_rest();
+  return 0;
+}

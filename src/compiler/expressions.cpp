@@ -84,6 +84,7 @@ void note_use(CompileContext& context, const ElementRequest& request, Variable& 
   }
   if (used.whole_series || WholeSeriesFunctionSet.contains(used.text)) whole_series = true;
   if (LookAheadFunctionSet.contains(used.text)) pool.looks_ahead = true;
+  if (used.text == "SET") pool.sets_variables = true;
   if (used.function != nullptr) require_fields_of(pool, *used.function);
   const bool reads_field = request.caller_kind != VariableKind::call && used.reserved &&
                            !used.reference && reserved_field_id(used.text).has_value();

@@ -81,22 +81,4 @@ void CalculateCenter::load_calendar() {
   pool_.needs_trade_day = false;
 }
 
-int CalculateCenter::calculate_cell(Variable& statement, int32_t row, std::string& error) {
-  DataTable& table = pool_.table();
-  if (statement.kind == VariableKind::number) {
-    if (statement.column_id != no_column) {
-      table.set_cell(row, statement.column_index, statement.value);
-    }
-    return status_ok;
-  }
-  double result = 0.0;
-  const int status =
-      evaluate_elements(statement.program, row, false, statement.line, error, result);
-  if (status != status_ok) return status;
-  if (statement.kind == VariableKind::expression && statement.column_id != no_column) {
-    table.set_cell(row, statement.column_index, result);
-  }
-  return status_ok;
-}
-
 }  // namespace quor

@@ -38,8 +38,10 @@ class CalculateCenter {
       case VariableKind::number:
         result = variable.value;
         return 0;
+      case VariableKind::call:
+        return evaluate_call(variable, row, scan, error, result);
       default:
-        return evaluate_nested(variable, row, scan, error, result);
+        return evaluate_other(variable, row, scan, error, result);
     }
   }
 
@@ -54,15 +56,15 @@ class CalculateCenter {
   int32_t start_row() const { return start_row_; }
 
  private:
-  int evaluate_nested(Variable& variable, int32_t row, bool scan, std::string& error,
-                      double& result);
   int evaluate_call(Variable& variable, int32_t row, bool scan, std::string& error, double& result);
   int evaluate_expression(Variable& variable, int32_t row, bool scan, std::string& error,
                           double& result);
+  int evaluate_other(Variable& variable, int32_t row, bool scan, std::string& error,
+                     double& result);
   int operand_value(const Program& program, const Operand& operand, int32_t row, bool scan,
                     std::string& error, double& value);
-  int end_program(Program& program, int32_t row, bool scan, int32_t line, std::string& error,
-                  double& result);
+  int run_steps(Program& program, int32_t row, bool scan, std::string& error);
+  static int end_without_value(const Program& program, int32_t line, std::string& error);
 
   void refresh_column_indexes();
   int scan_statements(std::string& error);

@@ -95,6 +95,7 @@ void DataPoolCenter::reset() {
   needs_trade_day = false;
   contains_notice = false;
   looks_ahead = false;
+  sets_variables = false;
   timezone_offset = 28800;
 }
 

@@ -87,6 +87,7 @@ class DataPoolCenter {
   bool needs_trade_day = false;
   bool contains_notice = false;
   bool looks_ahead = false;
+  bool sets_variables = false;  ///< the script changes its constants while it runs
   bool fire_signals = false;
 
   double min_price = null_value;

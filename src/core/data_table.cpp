@@ -1,7 +1,7 @@
 #include "core/data_table.h"
 
 #include <algorithm>
-#include <numeric>
+#include <array>
 #include <stdexcept>
 
 #include "calendar/trade_day_help.h"
@@ -35,15 +35,31 @@ int32_t DataTable::add_column(uint32_t id) {
   columns_.reserve(columns_.size() + 1);
   index_of_id_.emplace(id, index);
   column_ids_.push_back(id);
-  columns_.push_back(std::move(cells));
+  columns_.push_back({std::move(cells)});
   ++layout_;
   return index;
+}
+
+/// A cell that is written with what it holds has not changed. The rows from this one on aren't
+/// watched any more, so that a run from here on counts as one change.
+void DataTable::note_change(Column& column, int32_t row, double value) {
+  const double old = column.cells[static_cast<uint32_t>(row)];
+  if (std::bit_cast<uint64_t>(old) == std::bit_cast<uint64_t>(value)) return;
+  column.watched_rows = row;
+  ++column.changes;
+}
+
+void DataTable::note_changed_rows() {
+  for (Column& column : columns_) {
+    column.watched_rows = 0;
+    ++column.changes;
+  }
 }
 
 void DataTable::store_key(size_t row) {
   const int32_t time_column = column_index_of(time_column_id);
   if (time_column == -1) return;
-  columns_[static_cast<size_t>(time_column)][row] = static_cast<double>(keys_[row]);
+  columns_[static_cast<size_t>(time_column)].cells[row] = static_cast<double>(keys_[row]);
 }
 
 void DataTable::insert_row(int64_t key) {
@@ -54,9 +70,10 @@ void DataTable::insert_row(int64_t key) {
     if (cells.capacity() < rows) cells.reserve(std::max(rows, 2 * cells.capacity()));
   };
   room(keys_);
-  std::ranges::for_each(columns_, room);
+  for (Column& column : columns_) room(column.cells);
+  if (row + 1 < static_cast<ptrdiff_t>(rows)) note_changed_rows();
   keys_.insert(keys_.begin() + row, key);
-  for (auto& cells : columns_) cells.insert(cells.begin() + row, null_value);
+  for (Column& column : columns_) column.cells.insert(column.cells.begin() + row, null_value);
   store_key(static_cast<size_t>(row));
 }
 
@@ -70,35 +87,85 @@ void DataTable::put_value(int64_t key, uint32_t id, double value) {
   set_cell(static_cast<int32_t>(row), add_column(id), value);
 }
 
-void DataTable::merge_rows(const RowBatch& batch) {
-  if (batch.keys.empty()) return;
-  const bool ascending =
-      std::ranges::adjacent_find(batch.keys, std::greater_equal<>()) == batch.keys.end();
-  if (ascending && batch.keys.front() >= 1 &&
-      (keys_.empty() || batch.keys.front() > keys_.back())) {
-    append_batch(batch);
-  } else if (!overwrite_batch(batch)) {
-    interleave_batch(batch);
+namespace {
+
+/// Sorts by one byte of the keys after the other, the last one first, and keeps the order of equal
+/// keys. Keys of bars differ in a few of their eight bytes only.
+void sort_by_key(std::vector<BatchRow>& rows) {
+  uint64_t differing = 0;
+  for (const BatchRow& row : rows) differing |= static_cast<uint64_t>(row.key ^ rows.front().key);
+  std::vector<BatchRow> sorted(rows.size());
+  for (int shift = 0; shift < 64; shift += 8) {
+    if ((differing >> shift & 0xFF) == 0) continue;
+    const auto digit = [shift](const BatchRow& row) { return row.key >> shift & 0xFF; };
+    std::array<uint32_t, 257> starts{};
+    for (const BatchRow& row : rows) ++starts[static_cast<size_t>(digit(row)) + 1];
+    for (size_t i = 1; i < starts.size(); ++i) starts[i] += starts[i - 1];
+    for (const BatchRow& row : rows) sorted[starts[static_cast<size_t>(digit(row))]++] = row;
+    rows.swap(sorted);
   }
 }
 
-void DataTable::append_batch(const RowBatch& batch) {
+/// The rows of a batch in order of their keys, of equal keys the last only.
+std::vector<BatchRow> sorted_rows(const std::vector<int64_t>& keys) {
+  std::vector<BatchRow> rows;
+  rows.reserve(keys.size());
+  for (size_t i = keys.size(); i-- > 0;) {
+    if (keys[i] >= 1) rows.push_back({keys[i], static_cast<uint32_t>(i)});
+  }
+  // Hosts that send the newest bar first are served by the order alone.
+  if (!std::ranges::is_sorted(rows, {}, &BatchRow::key)) sort_by_key(rows);
+  const auto repeated = std::ranges::unique(rows, {}, &BatchRow::key);
+  rows.erase(repeated.begin(), repeated.end());
+  return rows;
+}
+
+}  // namespace
+
+void DataTable::merge_rows(const RowBatch& batch) {
+  if (batch.keys.empty()) return;
+  const auto behind_all = [this](int64_t key) {
+    return key >= 1 && (keys_.empty() || key > keys_.back());
+  };
+  const bool ascending =
+      std::ranges::adjacent_find(batch.keys, std::greater_equal<>()) == batch.keys.end();
+  if (ascending && behind_all(batch.keys.front())) {
+    append_rows(batch, batch.keys.size(), [](size_t i) { return i; });
+    return;
+  }
+  if (overwrite_batch(batch)) return;
+  const std::vector<BatchRow> rows = sorted_rows(batch.keys);
+  if (behind_all(rows.front().key)) {
+    append_rows(batch, rows.size(), [&rows](size_t i) { return size_t{rows[i].place}; });
+  } else {
+    interleave_rows(batch, rows);
+  }
+}
+
+/// Row by row, because the values of a row lie together in the batch.
+template <typename Place>
+void DataTable::append_rows(const RowBatch& batch, size_t count, const Place& place) {
   const size_t old_rows = keys_.size();
-  const size_t rows = old_rows + batch.keys.size();
+  const size_t rows = old_rows + count;
   const auto room = [rows](auto& cells) {
     if (cells.capacity() < rows) cells.reserve(std::max(rows, 2 * cells.capacity()));
   };
   room(keys_);
-  std::ranges::for_each(columns_, room);
+  for (Column& column : columns_) room(column.cells);
 
-  keys_.insert(keys_.end(), batch.keys.begin(), batch.keys.end());
-  for (auto& cells : columns_) cells.resize(rows, null_value);
+  for (Column& column : columns_) column.cells.resize(rows, null_value);
   const size_t width = batch.column_indexes.size();
+  std::vector<double*> targets(width, nullptr);
   for (size_t c = 0; c < width; ++c) {
-    if (batch.column_indexes[c] == -1) continue;
-    double* cells = columns_[static_cast<size_t>(batch.column_indexes[c])].data() + old_rows;
-    const double* value = batch.values.data() + c;
-    for (size_t row = 0; row < batch.keys.size(); ++row, value += width) cells[row] = *value;
+    const int32_t column = batch.column_indexes[c];
+    if (column != -1) targets[c] = columns_[static_cast<size_t>(column)].cells.data() + old_rows;
+  }
+  for (size_t i = 0; i < count; ++i) {
+    const double* values = batch.values.data() + place(i) * width;
+    keys_.push_back(batch.keys[place(i)]);
+    for (size_t c = 0; c < width; ++c) {
+      if (targets[c] != nullptr) targets[c][i] = values[c];
+    }
   }
   for (size_t row = old_rows; row < rows; ++row) store_key(row);
 }
@@ -117,17 +184,7 @@ bool DataTable::overwrite_batch(const RowBatch& batch) {
   return true;
 }
 
-void DataTable::interleave_batch(const RowBatch& batch) {
-  // Rows of the batch by key, of equal keys the last only.
-  std::vector<uint32_t> order(batch.keys.size());
-  std::iota(order.begin(), order.end(), 0U);
-  std::ranges::sort(order, [&batch](uint32_t a, uint32_t b) {
-    return batch.keys[a] != batch.keys[b] ? batch.keys[a] < batch.keys[b] : a > b;
-  });
-  const auto same_key = [&batch](uint32_t a, uint32_t b) { return batch.keys[a] == batch.keys[b]; };
-  order.erase(std::unique(order.begin(), order.end(), same_key), order.end());
-  std::erase_if(order, [&batch](uint32_t i) { return batch.keys[i] < 1; });
-
+void DataTable::interleave_rows(const RowBatch& batch, const std::vector<BatchRow>& order) {
   // Where each old row and each row of the batch lands.
   std::vector<int64_t> keys;
   keys.reserve(keys_.size() + order.size());
@@ -137,11 +194,11 @@ void DataTable::interleave_batch(const RowBatch& batch) {
   size_t old_row = 0;
   size_t new_row = 0;
   while (old_row < keys_.size() || new_row < order.size()) {
-    const bool take_new = new_row < order.size() &&
-                          (old_row == keys_.size() || batch.keys[order[new_row]] <= keys_[old_row]);
+    const bool take_new =
+        new_row < order.size() && (old_row == keys_.size() || order[new_row].key <= keys_[old_row]);
     const bool take_old =
-        old_row < keys_.size() && (!take_new || batch.keys[order[new_row]] == keys_[old_row]);
-    const int64_t key = take_new ? batch.keys[order[new_row]] : keys_[old_row];
+        old_row < keys_.size() && (!take_new || order[new_row].key == keys_[old_row]);
+    const int64_t key = take_new ? order[new_row].key : keys_[old_row];
     const auto place = static_cast<uint32_t>(keys.size());
     if (!take_old) fresh.push_back(place);
     if (take_new) new_place[new_row++] = place;
@@ -153,19 +210,21 @@ void DataTable::interleave_batch(const RowBatch& batch) {
   for (size_t c = 0; c < columns.size(); ++c) {
     columns[c].assign(keys.size(), null_value);
     for (size_t row = 0; row < old_place.size(); ++row) {
-      columns[c][old_place[row]] = columns_[c][row];
+      columns[c][old_place[row]] = columns_[c].cells[row];
     }
   }
+  // Row by row, because the values of a row lie together in the batch.
   const size_t width = batch.column_indexes.size();
-  for (size_t c = 0; c < width; ++c) {
-    if (batch.column_indexes[c] == -1) continue;
-    std::vector<double>& cells = columns[static_cast<size_t>(batch.column_indexes[c])];
-    for (size_t i = 0; i < order.size(); ++i) {
-      cells[new_place[i]] = batch.values[order[i] * width + c];
+  for (size_t i = 0; i < order.size(); ++i) {
+    const double* values = batch.values.data() + order[i].place * width;
+    for (size_t c = 0; c < width; ++c) {
+      const int32_t column = batch.column_indexes[c];
+      if (column != -1) columns[static_cast<size_t>(column)][new_place[i]] = values[c];
     }
   }
   keys_.swap(keys);
-  columns_.swap(columns);
+  for (size_t c = 0; c < columns.size(); ++c) columns_[c].cells.swap(columns[c]);
+  note_changed_rows();
   for (const uint32_t row : fresh) store_key(row);
 }
 
@@ -183,7 +242,7 @@ Window DataTable::window(int32_t column_index, int32_t last_row, int32_t count) 
   const bool known = static_cast<uint32_t>(column_index) < columns_.size();
   const int64_t stored = known ? std::clamp<int64_t>(row_count() - first, 0, size) : 0;
   const double* values =
-      stored > 0 ? columns_[static_cast<uint32_t>(column_index)].data() + first : nullptr;
+      stored > 0 ? columns_[static_cast<uint32_t>(column_index)].cells.data() + first : nullptr;
   return {values, static_cast<size_t>(stored), static_cast<size_t>(size)};
 }
 
@@ -211,7 +270,8 @@ void DataTable::reset() {
 
 void DataTable::clear_rows() {
   keys_.clear();
-  for (auto& cells : columns_) cells.clear();
+  for (Column& column : columns_) column.cells.clear();
+  note_changed_rows();
 }
 
 }  // namespace quor

@@ -1,6 +1,7 @@
 // The bars of one instance: rows keyed by date-time, columns keyed by id, every cell a double.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -39,6 +40,12 @@ struct RowBatch {
   std::vector<double> values;           ///< keys.size() x column_indexes.size()
 };
 
+/// A row of a batch by its key.
+struct BatchRow {
+  int64_t key;
+  uint32_t place;  ///< in the batch
+};
+
 /// Owned by the pool and touched only under the instance's lock. A row is a 0-based index into the
 /// ascending keys; row indexes move when a row is inserted before them.
 class DataTable {
@@ -75,14 +82,24 @@ class DataTable {
 
   double cell(int32_t row, int32_t column) const {
     return is_cell(row, column)
-               ? columns_[static_cast<uint32_t>(column)][static_cast<uint32_t>(row)]
+               ? columns_[static_cast<uint32_t>(column)].cells[static_cast<uint32_t>(row)]
                : null_value;
   }
   void set_cell(int32_t row, int32_t column, double value) {
-    if (is_cell(row, column)) {
-      columns_[static_cast<uint32_t>(column)][static_cast<uint32_t>(row)] = value;
-    }
+    if (!is_cell(row, column)) return;
+    Column& target = columns_[static_cast<uint32_t>(column)];
+    if (row < target.watched_rows) note_change(target, row, value);
+    target.cells[static_cast<uint32_t>(row)] = value;
   }
+
+  /// Asks that changes of a column's cells above `rows` be counted from now on. A word that carries
+  /// on a result from bar to bar asks for the rows behind that result, and forgets it once
+  /// `changes` has another answer than when it came about.
+  void watch(int32_t column, int32_t rows) {
+    int32_t& watched = columns_[static_cast<uint32_t>(column)].watched_rows;
+    watched = std::max(watched, rows);
+  }
+  uint32_t changes(int32_t column) const { return columns_[static_cast<uint32_t>(column)].changes; }
 
   /// The last `count` rows up to and including `last_row`, fewer where the table begins. A negative
   /// last row and a count of 0 or -1 give an empty window, the count -2147483648 the whole column
@@ -105,20 +122,29 @@ class DataTable {
  private:
   static constexpr uint32_t no_row = 0xFFFFFFFF;
 
+  struct Column {
+    std::vector<double> cells;  ///< as long as `keys_`
+    int32_t watched_rows = 0;   ///< a change of a row below counts
+    uint32_t changes = 0;
+  };
+
+  static void note_change(Column& column, int32_t row, double value);
+  void note_changed_rows();
+
   bool is_cell(int32_t row, int32_t column) const {
     return static_cast<uint32_t>(row) < keys_.size() &&
            static_cast<uint32_t>(column) < columns_.size();
   }
   void insert_row(int64_t key);
   void store_key(size_t row);
-  void append_batch(const RowBatch& batch);
+  template <typename Place>
+  void append_rows(const RowBatch& batch, size_t count, const Place& place);
   bool overwrite_batch(const RowBatch& batch);
-  void interleave_batch(const RowBatch& batch);
+  void interleave_rows(const RowBatch& batch, const std::vector<BatchRow>& order);
 
   std::vector<int64_t> keys_;  ///< ascending, no key twice
   std::vector<uint32_t> column_ids_;
-  std::vector<std::vector<double>>
-      columns_;  ///< parallel to `column_ids_`, each as long as `keys_`
+  std::vector<Column> columns_;  ///< parallel to `column_ids_`
   std::unordered_map<uint32_t, int32_t> index_of_id_;
   uint32_t next_auxiliary_id_ = first_auxiliary_id;
   uint64_t layout_ = 0;

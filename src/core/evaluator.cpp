@@ -71,22 +71,6 @@ double literal_value(std::string_view text) {
 
 void refuse_nesting() { throw std::runtime_error("expression nested too deeply"); }
 
-int CalculateCenter::evaluate_nested(Variable& variable, int32_t row, bool scan, std::string& error,
-                                     double& result) {
-  switch (variable.kind) {
-    case VariableKind::call:
-      return evaluate_call(variable, row, scan, error, result);
-    case VariableKind::expression:
-      return evaluate_expression(variable, row, scan, error, result);
-    case VariableKind::missing:
-      result = null_value;
-      return status_variable_gone;
-    default:
-      result = 0.0;
-      return status_ok;
-  }
-}
-
 int CalculateCenter::evaluate_call(Variable& variable, int32_t row, bool scan, std::string& error,
                                    double& result) {
   if (variable.function == nullptr) {
@@ -116,9 +100,26 @@ int CalculateCenter::evaluate_expression(Variable& variable, int32_t row, bool s
   return evaluate_elements(variable.program, row, scan, variable.line, error, result);
 }
 
-inline int CalculateCenter::operand_value(const Program& program, const Operand& operand,
-                                          int32_t row, bool scan, std::string& error,
-                                          double& value) {
+int CalculateCenter::evaluate_other(Variable& variable, int32_t row, bool scan, std::string& error,
+                                    double& result) {
+  switch (variable.kind) {
+    case VariableKind::expression:
+      return evaluate_expression(variable, row, scan, error, result);
+    case VariableKind::missing:
+      result = null_value;
+      return status_variable_gone;
+    default:
+      result = 0.0;
+      return status_ok;
+  }
+}
+
+// Inline, because an operand is mostly a number or a cell.
+[[gnu::always_inline]] inline int CalculateCenter::operand_value(const Program& program,
+                                                                 const Operand& operand,
+                                                                 int32_t row, bool scan,
+                                                                 std::string& error,
+                                                                 double& value) {
   switch (operand.source) {
     case Operand::Source::number:
       value = operand.number;
@@ -132,18 +133,16 @@ inline int CalculateCenter::operand_value(const Program& program, const Operand&
     case Operand::Source::reference:
       break;
   }
-  value = 0.0;
   return evaluate(*operand.variable, row, scan, error, value);
 }
 
-int CalculateCenter::evaluate_elements(Program& program, int32_t row, bool scan, int32_t line,
-                                       std::string& error, double& result) {
+int CalculateCenter::run_steps(Program& program, int32_t row, bool scan, std::string& error) {
   for (const Step& step : program.steps) {
-    double right;
+    double right = 0.0;
     int status = operand_value(program, step.right, row, scan, error, right);
     if (status != status_ok) return status;
     if (step.kind == Step::Kind::reduce) {
-      double left;
+      double left = 0.0;
       status = operand_value(program, step.left, row, scan, error, left);
       if (status != status_ok) return status;
       program.slots[step.slot] = reduce(step.op, left, right);
@@ -151,28 +150,49 @@ int CalculateCenter::evaluate_elements(Program& program, int32_t row, bool scan,
       program.slots[step.slot] = -right;
     }
   }
-  return end_program(program, row, scan, line, error, result);
+  return status_ok;
 }
 
-int CalculateCenter::end_program(Program& program, int32_t row, bool scan, int32_t line,
-                                 std::string& error, double& result) {
-  const Operand& last = program.result;
+int CalculateCenter::evaluate_elements(Program& program, int32_t row, bool scan, int32_t line,
+                                       std::string& error, double& result) {
+  if (!program.steps.empty()) {
+    const int status = run_steps(program, row, scan, error);
+    if (status != status_ok) return status;
+  }
+  // The caller's start value goes to a lone reference.
+  if (program.ending == Ending::value) {
+    return operand_value(program, program.result, row, scan, error, result);
+  }
+  return end_without_value(program, line, error);
+}
+
+int CalculateCenter::end_without_value(const Program& program, int32_t line, std::string& error) {
   switch (program.ending) {
-    case Ending::untouched:
-      return status_ok;
-    case Ending::value:
-      if (last.source == Operand::Source::reference) {
-        return evaluate(*last.variable, row, scan, error, result);
-      }
-      return operand_value(program, last, row, scan, error, result);
     case Ending::missing_operand:
       append_error(error, {}, line);
       return status_operand_missing;
     case Ending::missing_variable:
       return status_variable_gone;
     case Ending::bare_reference:
-      append_error(error, {}, last.variable->line);
+      append_error(error, {}, program.result.variable->line);
       return status_bare_reference;
+    default:
+      return status_ok;
+  }
+}
+
+// Runs at every bar of every statement, so all of its steps are one piece of code.
+[[gnu::flatten]] int CalculateCenter::calculate_cell(Variable& statement, int32_t row,
+                                                     std::string& error) {
+  double result = statement.value;
+  if (statement.kind != VariableKind::number) {
+    result = 0.0;
+    const int status =
+        evaluate_elements(statement.program, row, false, statement.line, error, result);
+    if (status != status_ok || statement.kind != VariableKind::expression) return status;
+  }
+  if (statement.column_id != no_column) {
+    pool_.table().set_cell(row, statement.column_index, result);
   }
   return status_ok;
 }

@@ -36,6 +36,12 @@ enum class VariableKind : uint8_t {
   missing = 5,     ///< stands for an argument that isn't there; reads as null with status 2000
 };
 
+/// What a call keeps beside its columns to get at the next bar's value sooner. It never changes a
+/// value, so a word may drop it at any time.
+struct CallMemory {
+  virtual ~CallMemory() = default;
+};
+
 /// One statement, one function call, one argument of a call or one data field.
 ///
 /// The pool owns every variable, at a stable address; all pointers between variables are plain.
@@ -72,11 +78,12 @@ struct Variable {
   std::vector<Variable*> arguments;         ///< in source order; null where a compile broke off
   std::vector<MathElement> elements;        ///< the source of truth of `program`
   Program program;
-  std::string name;                  ///< the hidden name: "~" and a decimal number
-  std::string text;                  ///< expression, field word, function word or declared name
-  std::string source_text;           ///< a call or argument as the script wrote it
-  std::string function_word;         ///< empty for everything but a call
-  std::shared_ptr<BaseShape> shape;  ///< the record of an output function, made on its first pass
+  std::string name;                    ///< the hidden name: "~" and a decimal number
+  std::string text;                    ///< expression, field word, function word or declared name
+  std::string source_text;             ///< a call or argument as the script wrote it
+  std::string function_word;           ///< empty for everything but a call
+  std::unique_ptr<CallMemory> memory;  ///< of a word that carries on what it worked out
+  std::shared_ptr<BaseShape> shape;    ///< the record of an output function, made on its first pass
 };
 
 /// The host's settings of one output line.

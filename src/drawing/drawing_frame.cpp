@@ -8,6 +8,17 @@
 
 namespace quor {
 
+DrawingFunc::DrawingFunc(std::string_view word, const DrawingRow& row) : BaseFunc(word), row_(row) {
+  // Numbers first, then marks.
+  for (const bool numbers : {true, false}) {
+    for (size_t i = 0; i < row.columns.size(); ++i) {
+      const Fill fill = row.columns.begin()[i].fill;
+      const bool is_number = fill == Fill::number || fill == Fill::negated;
+      if (fill != Fill::own && is_number == numbers) filled_columns_.push_back(i);
+    }
+  }
+}
+
 int DrawingFunc::execute(const Call& call) const {
   if (call.scan) {
     const size_t count = call.argument_count();
@@ -108,15 +119,8 @@ int DrawingFunc::bind_values(Making& making) const {
   return status_ok;
 }
 
-int DrawingFunc::evaluate(const Call& call, size_t position, double& value) const {
-  value = null_value;
-  const int status = call.evaluate(position, value);
-  if (status == status_ok || !row_.ignores_status) return status;
-  value = null_value;
-  return status_ok;
-}
-
-int DrawingFunc::write_bar(const Call& call, BaseShape& record) const {
+// Runs at every bar, so all of its steps are one piece of code.
+[[gnu::flatten]] int DrawingFunc::write_bar(const Call& call, BaseShape& record) const {
   if (row_.last_row_only && !is_last_row(call)) return status_ok;
   const int status = store_values(call);
   return status != status_ok ? status : write_columns(call, record);
@@ -134,22 +138,16 @@ int DrawingFunc::store_values(const Call& call) const {
   return status_ok;
 }
 
-/// Numbers first, then marks.
 int DrawingFunc::write_columns(const Call& call, BaseShape& record) const {
-  const auto is_number = [](Fill fill) { return fill == Fill::number || fill == Fill::negated; };
-  for (const bool numbers : {true, false}) {
-    for (size_t i = 0; i < row_.columns.size(); ++i) {
-      if (is_number(row_.columns.begin()[i].fill) != numbers) continue;
-      const int status = write_column(call, record, i);
-      if (status != status_ok) return status;
-    }
+  for (const size_t position : filled_columns_) {
+    const int status = write_column(call, record, position);
+    if (status != status_ok) return status;
   }
   return status_ok;
 }
 
 int DrawingFunc::write_column(const Call& call, BaseShape& record, size_t position) const {
   const Column& column = row_.columns.begin()[position];
-  if (column.fill == Fill::own) return status_ok;
   if (column.fill == Fill::last_row) {
     set_call_column(call, position, mark_of(is_last_row(call)));
     return status_ok;
@@ -208,15 +206,6 @@ void reserve_visibility_column(Making& making) {
 
 int read_colour(Making& making, std::string_view word, std::string& text) {
   return colour_text(making.call.pool, word, making.call.error, text);
-}
-
-double mark_of(bool shown) { return shown ? shown_mark : hidden_mark; }
-
-bool is_last_row(const Call& call) { return call.row == call.table().row_count() - 1; }
-
-void set_call_column(const Call& call, size_t position, double value) {
-  const auto& columns = call.variable.aux_column_indexes;
-  if (position < columns.size()) call.table().set_cell(call.row, columns[position], value);
 }
 
 int32_t standard_integer(std::string_view text) {

@@ -12,7 +12,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "core/status.h"
 #include "core/value.h"
 #include "drawing/shapes.h"
 #include "functions/base_func.h"
@@ -175,7 +177,7 @@ struct DrawingRow {
 
 class DrawingFunc : public BaseFunc {
  public:
-  DrawingFunc(std::string_view word, const DrawingRow& row) : BaseFunc(word), row_(row) {}
+  DrawingFunc(std::string_view word, const DrawingRow& row);
 
   int execute(const Call& call) const override;
 
@@ -186,7 +188,13 @@ class DrawingFunc : public BaseFunc {
   /// A word whose forms differ in more than a row makes its record itself.
   virtual int make_record(Making& making) const;
 
-  int evaluate(const Call& call, size_t position, double& value) const;
+  int evaluate(const Call& call, size_t position, double& value) const {
+    value = null_value;
+    const int status = call.evaluate(position, value);
+    if (status == status_ok || !row_.ignores_status) return status;
+    value = null_value;
+    return status_ok;
+  }
   int store_values(const Call& call) const;
   int write_columns(const Call& call, BaseShape& record) const;
 
@@ -200,6 +208,7 @@ class DrawingFunc : public BaseFunc {
   int write_column(const Call& call, BaseShape& record, size_t position) const;
 
   const DrawingRow& row_;
+  std::vector<size_t> filled_columns_;  ///< positions in the order in which a bar fills them
 };
 
 /// The base of the class of a word: a row given once and for all.
@@ -221,10 +230,13 @@ void bind_value_field(Variable& argument, int32_t& field);
 void reserve_visibility_column(Making& making);
 /// Colour text of a word, as `colour_text` gives it.
 int read_colour(Making& making, std::string_view word, std::string& text);
-double mark_of(bool shown);
-bool is_last_row(const Call& call);
+inline double mark_of(bool shown) { return shown ? shown_mark : hidden_mark; }
+inline bool is_last_row(const Call& call) { return call.row == call.table().row_count() - 1; }
 /// Writes the call's own column at a position; one that is gone takes nothing.
-void set_call_column(const Call& call, size_t position, double value);
+inline void set_call_column(const Call& call, size_t position, double value) {
+  const auto& columns = call.variable.aux_column_indexes;
+  if (position < columns.size()) call.table().set_cell(call.row, columns[position], value);
+}
 /// The integer at the start of a decimal text, blanks in front passed over; 0 if there is none.
 int32_t standard_integer(std::string_view text);
 

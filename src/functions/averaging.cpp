@@ -14,23 +14,28 @@ WindowSeed recompute_seed(const DataTable& table, int32_t x_column, int64_t prev
   const int64_t start = std::max<int64_t>(previous_row - count + 1, 0);
   // Rows behind the table are nulls that needn't be visited.
   const int64_t stored = std::min<int64_t>(previous_row, table.row_count() - 1);
-  bool seen = false;
   if (start <= previous_row) {
     seed.leaving = cell_at(table, start, x_column);
     if (is_null(seed.leaving)) --seed.count;
     seed.count -= previous_row - std::max(stored, start - 1);
   }
-  for (int64_t row = start; row <= stored; ++row) {
-    const double value = table.cell(static_cast<int32_t>(row), x_column);
-    if (is_null(value)) {
-      --seed.count;
+  if (start > stored) {
+    seed.sum = null_value;
+    seed.count = std::max<int64_t>(seed.count, 0);
+    return seed;
+  }
+  const auto size = static_cast<int32_t>(stored - start + 1);
+  const Window window = table.window(x_column, static_cast<int32_t>(stored), size);
+  int64_t nulls = 0;
+  for (size_t i = 0; i < window.size(); ++i) {
+    if (is_null(window[i])) {
+      ++nulls;
     } else {
-      seed.sum += value;
-      seen = true;
+      seed.sum += window[i];
     }
   }
-  seed.count = std::max<int64_t>(seed.count, 0);
-  if (!seen) seed.sum = null_value;
+  seed.count = std::max<int64_t>(seed.count - nulls, 0);
+  if (nulls == size) seed.sum = null_value;
   return seed;
 }
 
@@ -89,8 +94,8 @@ AverageStep average_step(int64_t count, double x, const WindowSeed& seed) {
   return {new_count > 0 ? sum / static_cast<double>(new_count) : null_value, new_count};
 }
 
-AverageStep sliding_average(DataTable& table, const AverageColumns& columns, int32_t row, double x,
-                            int64_t count, int64_t n) {
+[[gnu::flatten]] AverageStep sliding_average(DataTable& table, const AverageColumns& columns,
+                                             int32_t row, double x, int64_t count, int64_t n) {
   const int64_t previous_row = static_cast<int64_t>(row) - 1;
   const WindowSeed seed =
       window_seed(table, columns.series, columns.result, previous_row, count, false);

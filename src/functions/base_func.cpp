@@ -1,7 +1,5 @@
 #include "functions/base_func.h"
 
-#include "core/calculate_center.h"
-#include "core/data_pool_center.h"
 #include "core/status.h"
 #include "tables/function_sets.h"
 #include "tables/function_table.h"
@@ -16,25 +14,6 @@ BaseFunc::BaseFunc(std::string_view word)
       uses_result_column_(quor::uses_result_column(word)),
       required_fields_(quor::required_fields(word)) {}
 
-size_t Call::argument_count() const { return variable.arguments.size(); }
-
-Variable& Call::argument(size_t position) const {
-  Variable* found = position < variable.arguments.size() ? variable.arguments[position] : nullptr;
-  return found != nullptr ? *found : pool.missing_argument();
-}
-
-int Call::evaluate(size_t position, double& value) const {
-  return calculator.evaluate(argument(position), row, false, error, value);
-}
-
-int Call::evaluate_passing_scan(size_t position, double& value) const {
-  return calculator.evaluate(argument(position), row, scan, error, value);
-}
-
-int Call::evaluate_at(size_t position, int32_t at_row, double& value) const {
-  return calculator.evaluate(argument(position), at_row, false, error, value);
-}
-
 std::string Call::argument_text(size_t position) const {
   const std::string& text = argument(position).text;
   if (text.starts_with('\''))
@@ -46,8 +25,6 @@ std::string Call::argument_text(size_t position) const {
   evaluate(position, value);
   return fixed_text(value);
 }
-
-DataTable& Call::table() const { return pool.table(); }
 
 int Call::fail(int32_t status, std::string_view suffix) const {
   append_error(error, variable.function_word + std::string(suffix), variable.line);

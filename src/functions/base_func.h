@@ -1,4 +1,4 @@
-// What answers a function word of the language. This header depends on nothing above the tables.
+// What answers a function word of the language.
 #pragma once
 
 #include <cstdint>
@@ -6,12 +6,10 @@
 #include <string>
 #include <string_view>
 
-namespace quor {
+#include "core/calculate_center.h"
+#include "core/data_pool_center.h"
 
-class CalculateCenter;
-class DataPoolCenter;
-class DataTable;
-struct Variable;
+namespace quor {
 
 /// One evaluation of one call: what `execute` receives.
 ///
@@ -26,22 +24,29 @@ struct Call {
   std::string& error;  ///< text that goes with a status other than 0
   double& result;      ///< holds the caller's start value; it stands if nothing is written
 
-  size_t argument_count() const;
+  size_t argument_count() const { return variable.arguments.size(); }
   /// The argument at a position. One that isn't there reads as null with status 2000.
-  Variable& argument(size_t position) const;
+  Variable& argument(size_t position) const {
+    Variable* found = position < argument_count() ? variable.arguments[position] : nullptr;
+    return found != nullptr ? *found : pool.missing_argument();
+  }
 
   /// Evaluates an argument at this row, with `scan` clear.
-  int evaluate(size_t position, double& value) const;
+  int evaluate(size_t position, double& value) const { return evaluate_at(position, row, value); }
   /// Evaluates an argument at this row in the mode of this call, so that nested calls are scanned.
-  int evaluate_passing_scan(size_t position, double& value) const;
+  int evaluate_passing_scan(size_t position, double& value) const {
+    return calculator.evaluate(argument(position), row, scan, error, value);
+  }
   /// Evaluates an argument at any row, with `scan` clear.
-  int evaluate_at(size_t position, int32_t at_row, double& value) const;
+  int evaluate_at(size_t position, int32_t at_row, double& value) const {
+    return calculator.evaluate(argument(position), at_row, false, error, value);
+  }
 
   /// The text of an argument: a quoted text without its quotes, the sign of a dot word, else the
   /// number at this row with six decimals, whatever its status.
   std::string argument_text(size_t position) const;
 
-  DataTable& table() const;
+  DataTable& table() const { return pool.table(); }
 
   /// Appends the word (and a suffix) with the statement's line to `error`; gives the status back.
   int fail(int32_t status, std::string_view suffix = {}) const;

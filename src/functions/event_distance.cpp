@@ -1,4 +1,5 @@
 // How many bars lie between this bar and an event.
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -28,14 +29,17 @@ class BARSLASTCOUNT final : public BaseFunc {
   using BaseFunc::BaseFunc;
   int execute(const Call& call) const override {
     if (call.scan) return scan_count(call, 1);
-    int32_t row = call.row;
-    for (; row >= 0; --row) {
+    WalkSession session(call, 1, call.row);
+    const auto fails = [&call](int32_t row, bool& hit) {
       double value = null_value;
       const int status = call.evaluate_at(0, row, value);
-      if (status != status_ok) return status;
-      if (value != 1.0) break;
-    }
-    call.result = call.row - row;
+      hit = value != 1.0;
+      return status;
+    };
+    int32_t last = no_row;
+    const int status = session.newest(call.row, 0, fails, last);
+    if (status != status_ok) return status;
+    call.result = std::max(call.row - (last == no_row ? -1.0 : last), 0.0);
     return status_ok;
   }
 };
@@ -66,24 +70,52 @@ class BARSSINCEN final : public BaseFunc {
   int execute(const Call& call) const override {
     if (call.scan) return scan_count(call, 2);
     double period = null_value;
-    int status = call.evaluate(1, period);
+    const int status = call.evaluate(1, period);
     if (status != status_ok) return status;
     call.result = null_value;
     if (!(period > 0.0)) return status_ok;
-    for (int32_t row = first_row(call.row, period); row <= call.row; ++row) {
-      double value = null_value;
-      status = call.evaluate_at(0, row, value);
-      if (status != status_ok) return status;
-      if (value != 1.0) continue;
-      call.result = call.row - row;
-      return status_ok;
-    }
-    return status_ok;
+    return oldest_hit(call, first_row(call.row, period));
   }
 
  private:
+  /// The oldest hit of the rows from `first` up to but without `end`, or `no_row`.
+  struct OldestHit final : CallMemory {
+    Dependencies dependencies;
+    int32_t first = 0;
+    int32_t end = 0;
+    int32_t hit = no_row;
+
+    bool serves(int32_t row) const { return first <= row && row < end; }
+    int32_t next(int32_t row) const { return hit >= row ? hit : hit == no_row ? end : row; }
+  };
+
   static int32_t first_row(int32_t row, double period) {
     return row - period + 1.0 >= 0.0 ? row - to_int(period) + 1 : 0;
+  }
+
+  static int oldest_hit(const Call& call, int32_t first) {
+    auto& memory = memory_of<OldestHit>(call);
+    const bool remembers = call.row >= 0 && call.row < call.table().row_count() &&
+                           memory.dependencies.can_be_remembered(call, 1);
+    int32_t row = first;
+    if (remembers) {
+      if (memory.dependencies.have_changed(call.table()) || memory.end > call.row) memory.end = 0;
+      memory.dependencies.watch(call.table(), call.row);
+      if (memory.serves(first)) row = memory.next(first);
+    }
+    int32_t hit = no_row;
+    for (; row <= call.row && hit == no_row; ++row) {
+      double value = null_value;
+      const int status = call.evaluate_at(0, row, value);
+      if (status != status_ok) return status;
+      if (value == 1.0) hit = row;
+    }
+    if (hit != no_row) call.result = call.row - hit;
+    if (!remembers) return status_ok;
+    memory.first = first;
+    memory.end = memory.dependencies.have_changed(call.table()) ? 0 : call.row;
+    memory.hit = hit < call.row ? hit : no_row;
+    return status_ok;
   }
 };
 
@@ -93,29 +125,47 @@ class CONDBARS final : public BaseFunc {
   using BaseFunc::BaseFunc;
   int execute(const Call& call) const override {
     if (call.scan) return scan_count(call, 2);
-    int32_t hits[] = {no_hit, no_hit};
-    for (int32_t row = call.row; row >= 0; --row) {
-      for (size_t position = 0; position < 2; ++position) {
-        const int status = note_hit(call, position, row, hits[position]);
-        if (status != status_ok) return status;
-      }
-      if (hits[0] == no_hit || hits[1] == no_hit) continue;
-      call.result = std::abs(hits[0] - hits[1]);
-      return status_ok;
-    }
-    call.result = 0.0;
+    WalkSession session(call, 2, call.row);
+    int32_t hits[] = {no_row, no_row};
+    const int status = session.remembers() ? find(call, session, hits) : walk(call, hits);
+    if (status != status_ok) return status;
+    const bool both = hits[0] != no_row && hits[1] != no_row;
+    call.result = both ? std::abs(hits[0] - hits[1]) : 0.0;
     return status_ok;
   }
 
  private:
-  static constexpr int32_t no_hit = -1;
-
-  static int note_hit(const Call& call, size_t position, int32_t row, int32_t& hit) {
-    if (hit != no_hit) return status_ok;
+  static int test(const Call& call, size_t position, int32_t row, bool& hit) {
     double value = null_value;
     const int status = call.evaluate_at(position, row, value);
-    if (value == 1.0) hit = row;
+    hit = value == 1.0;
     return status;
+  }
+
+  static int find(const Call& call, WalkSession& session, int32_t (&hits)[2]) {
+    for (size_t position = 0; position < 2; ++position) {
+      const auto holds = [&call, position](int32_t row, bool& hit) {
+        return test(call, position, row, hit);
+      };
+      const int status = session.newest(call.row, 0, holds, hits[position], position);
+      if (status != status_ok) return status;
+    }
+    return status_ok;
+  }
+
+  /// Side by side, and no further than both need.
+  static int walk(const Call& call, int32_t (&hits)[2]) {
+    for (int32_t row = call.row; row >= 0; --row) {
+      for (size_t position = 0; position < 2; ++position) {
+        if (hits[position] != no_row) continue;
+        bool hit = false;
+        const int status = test(call, position, row, hit);
+        if (status != status_ok) return status;
+        if (hit) hits[position] = row;
+      }
+      if (hits[0] != no_row && hits[1] != no_row) break;
+    }
+    return status_ok;
   }
 };
 

@@ -1,4 +1,7 @@
 // The greatest and the smallest value of the last bars, and how long ago it was.
+#include <algorithm>
+
+#include "functions/call_memory.h"
 #include "functions/families.h"
 #include "functions/series.h"
 #include "functions/window_extremes.h"
@@ -7,20 +10,40 @@
 namespace quor {
 namespace {
 
-/// How many bars ago the extreme was; 0 for no bars.
+/// Where the extreme of a window is; zeros for a window of no bars.
+struct Found {
+  int64_t bars_ago = 0;
+  double value = 0.0;
+};
+
 template <Extreme extreme>
-double bars_since_extreme(const Window& window) {
-  if (window.empty()) return 0.0;
+struct ExtremeMemory final : CallMemory {
+  ExtremeRows<extreme> rows;
+};
+
+template <Extreme extreme>
+Found search(const Call& call, int32_t column, int32_t n) {
+  const Window window = call.table().window(column, call.row, n);
+  if (window.empty()) return {};
   const size_t place = place_of_extreme<extreme>(window, window.size());
-  return static_cast<double>(window.size() - 1 - place);
+  return {static_cast<int64_t>(window.size() - 1 - place), window[place]};
 }
 
-/// Evaluates X at the call's row, stores it where it has no column, and takes its window.
-int take_window(const Call& call, int32_t n, Window& window) {
+/// Evaluates X at the call's row, stores it where it has no column, and searches its last n values.
+template <Extreme extreme>
+int find_extreme(const Call& call, int32_t n, Found& found) {
   double x = null_value;
   if (const int status = call.evaluate(0, x); status != 0) return status;
   const int32_t column = store_in_aux_of_argument(call, call.argument(0), x);
-  window = call.table().window(column, call.row, n);
+  DataTable& table = call.table();
+  if (n < 1 || column == -1 || call.row < 0 || call.row >= table.row_count()) {
+    found = search<extreme>(call, column, n);
+    return 0;
+  }
+  const int32_t first = std::max(call.row - n + 1, 0);
+  const int32_t row =
+      memory_of<ExtremeMemory<extreme>>(call).rows.find(table, column, first, call.row);
+  found = {call.row - row, table.cell(row, column)};
   return 0;
 }
 
@@ -31,9 +54,9 @@ int extreme_at(const Call& call) {
   if (const int status = call.evaluate(1, period); status != 0) return status;
   const int32_t n = to_int(period);
   if (n < 0) return answer(call, null_value);
-  Window window;
-  if (const int status = take_window(call, n, window); status != 0) return status;
-  return answer(call, extreme_of<extreme>(window, window.size()));
+  Found found;
+  if (const int status = find_extreme<extreme>(call, n, found); status != 0) return status;
+  return answer(call, found.value);
 }
 
 template <Extreme extreme>
@@ -52,10 +75,11 @@ class BarsSinceExtreme : public BaseFunc {
   int execute(const Call& call) const final {
     if (call.scan) return scan_period(call, 2, 1);
     double period = null_value;
-    if (const int status = call.evaluate(1, period); status != 0) return status;
-    Window window;
-    if (const int status = take_window(call, to_int(period), window); status != 0) return status;
-    return answer(call, bars_since_extreme<extreme>(window));
+    int status = call.evaluate(1, period);
+    if (status != 0) return status;
+    Found found;
+    status = find_extreme<extreme>(call, to_int(period), found);
+    return status != 0 ? status : answer(call, static_cast<double>(found.bars_ago));
   }
 };
 

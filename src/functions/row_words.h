@@ -1,20 +1,115 @@
-// What the words along the row axis share: the walk back to an event.
+// What the words along the row axis share: the walk back to an event, and what a call remembers of
+// it.
 #pragma once
 
+#include <algorithm>
+#include <limits>
+
 #include "core/calculate_center.h"
+#include "functions/call_memory.h"
 #include "functions/word_steps.h"
 
 namespace quor {
 
-/// The newest row up to this one at which the argument truncates to 1, whatever its statuses; -1 if
-/// there is none.
+/// Where a walk found nothing; no row has this number.
+inline constexpr int32_t no_row = std::numeric_limits<int32_t>::min();
+
+/// What walks over the rows before a bar have found: which of the rows from `low` up to but without
+/// `end` is the newest hit.
+struct KnownRows {
+  int32_t end = 0;
+  int32_t low = 0;
+  bool hit_at_low = false;  ///< else none of the rows is one
+
+  bool contain(int64_t row) const { return row >= low && row < end; }
+};
+
+/// A call's memory of its walks. They start one bar later each time and mostly over rows that are
+/// known; only the newest two are evaluated then.
+struct WalkMemory final : CallMemory {
+  static constexpr size_t most_walks = 2;
+
+  Dependencies dependencies;
+  KnownRows known[most_walks];
+
+  void forget() { std::ranges::fill(known, KnownRows{}); }
+};
+
+/// One use of a call's memory: what cells have changed in the meantime is forgotten. Rows from the
+/// given one on may change until the next use, as the bar that forms does.
+class WalkSession {
+ public:
+  /// With the first `arguments` arguments of the call.
+  WalkSession(const Call& call, size_t arguments, int32_t row) : call_(call) {
+    const bool inside = row >= 0 && call.row < call.table().row_count();
+    memory_ = &memory_of<WalkMemory>(call);
+    remembers_ = inside && memory_->dependencies.can_be_remembered(call, arguments);
+    if (!remembers_) return;
+    if (memory_->dependencies.have_changed(call.table())) memory_->forget();
+    memory_->dependencies.watch(call.table(), row);
+  }
+  /// A walk that changes what it reads proves nothing.
+  ~WalkSession() {
+    if (remembers_ && memory_->dependencies.have_changed(call_.table())) memory_->forget();
+  }
+  WalkSession(const WalkSession&) = delete;
+  WalkSession& operator=(const WalkSession&) = delete;
+
+  bool remembers() const { return remembers_; }
+
+  /// The newest row from `row` down to `lowest` at which `is_hit` holds, or `no_row`. `is_hit`
+  /// takes a row and a flag to set and gives a status, which ends the walk unless it is 0. `walk`
+  /// tells walks with different tests apart.
+  template <typename IsHit>
+  int newest(int32_t row, int64_t lowest, const IsHit& is_hit, int32_t& found, size_t walk = 0) {
+    KnownRows known = remembers_ ? memory_->known[walk] : KnownRows{};
+    // A run that starts over.
+    if (row < known.low) known = {};
+    KnownRows seen{row, row, false};
+    found = no_row;
+    for (int64_t at = row; at >= lowest; --at) {
+      if (known.contain(at)) {
+        seen.low = known.low;
+        seen.hit_at_low = known.hit_at_low;
+        if (known.hit_at_low) {
+          if (known.low >= lowest) found = known.low;
+          break;
+        }
+        at = known.low;
+        continue;
+      }
+      bool hit = false;
+      const auto here = static_cast<int32_t>(at);
+      if (const int status = is_hit(here, hit); status != status_ok) return status;
+      if (at < row) seen.low = here;
+      if (!hit) continue;
+      seen.hit_at_low = true;
+      found = here;
+      break;
+    }
+    if (remembers_) memory_->known[walk] = seen.end > known.end && seen.low < row ? seen : known;
+    return status_ok;
+  }
+
+ private:
+  const Call& call_;
+  WalkMemory* memory_;
+  bool remembers_;
+};
+
+/// The newest row up to this one at which the argument truncates to 1, whatever its statuses, or
+/// `no_row`.
 inline int32_t newest_hit(const Call& call, size_t position) {
-  for (int32_t row = call.row; row >= 0; --row) {
+  WalkSession session(call, position + 1, call.row);
+  int32_t found = no_row;
+  const auto is_one = [&call, position](int32_t row, bool& hit) {
     double value = null_value;
     call.evaluate_at(position, row, value);
-    if (to_int(value) == 1) return row;
-  }
-  return -1;
+    hit = to_int(value) == 1;
+    return static_cast<int>(status_ok);
+  };
+  session.newest(call.row, 0, is_one, found);
+  return found;
 }
 
 }  // namespace quor

@@ -5,6 +5,7 @@
 
 #include "core/data_pool_center.h"
 #include "functions/averaging.h"
+#include "functions/call_memory.h"
 #include "functions/families.h"
 #include "functions/scratch_frame.h"
 #include "functions/series.h"
@@ -39,10 +40,50 @@ class SUM final : public BaseFunc {
     double x = null_value;
     if (const int status = call.evaluate(0, x); status != 0) return status;
     const int32_t column = store_in_own_column(call, call.argument(0), x);
-    const WindowSeed seed = window_seed(call.table(), column, call.variable.column_index,
-                                        static_cast<int64_t>(call.row) - 1, n, true);
+    const WindowSeed seed = seed_of(call, column, n);
     const double sum = sum_step(x, seed, call.row, n);
     return answer(call, keep(call, call.variable.column_index, sum));
+  }
+
+ private:
+  /// The sum of the rows before `end`.
+  struct SumSoFar final : CallMemory {
+    int32_t column = -1;
+    uint32_t changes = 0;
+    int32_t end = 0;
+    double sum = 0.0;
+    bool seen = false;  ///< a value that isn't null
+  };
+
+  static WindowSeed seed_of(const Call& call, int32_t column, int64_t n) {
+    const DataTable& table = call.table();
+    const bool whole = call.row > 0 && n > call.row && call.row < table.row_count();
+    if (!whole || column == -1) {
+      return window_seed(table, column, call.variable.column_index,
+                         static_cast<int64_t>(call.row) - 1, n, true);
+    }
+    const SumSoFar& so_far = sum_before(call, column);
+    return {.sum = so_far.seen ? so_far.sum : null_value, .count = n};
+  }
+
+  static const SumSoFar& sum_before(const Call& call, int32_t column) {
+    DataTable& table = call.table();
+    auto& so_far = memory_of<SumSoFar>(call);
+    const bool holds = so_far.column == column && so_far.changes == table.changes(column) &&
+                       so_far.end <= call.row;
+    if (!holds) {
+      so_far = {};
+      so_far.column = column;
+      so_far.changes = table.changes(column);
+    }
+    for (; so_far.end < call.row; ++so_far.end) {
+      const double value = table.cell(so_far.end, column);
+      if (is_null(value)) continue;
+      so_far.sum += value;
+      so_far.seen = true;
+    }
+    table.watch(column, call.row);
+    return so_far;
   }
 };
 
@@ -57,14 +98,53 @@ class COUNT final : public BaseFunc {
     call.evaluate(1, bars);
     if (bars == 0.0) bars = call.table().row_count();
     bars = std::min(bars, call.row + 1.0);
+    if (bars == call.row + 1.0) return count_all(call);
     double count = 0.0;
-    for (int64_t row = call.row; bars > static_cast<double>(call.row - row); --row) {
+    const int status = count_back(call, call.row, bars, count);
+    return status != 0 ? status : answer(call, count);
+  }
+
+ private:
+  /// The hits of the rows before `end`.
+  struct CountSoFar final : CallMemory {
+    Dependencies dependencies;
+    int32_t end = 0;
+    double count = 0.0;
+  };
+
+  /// Adds the hits of so many bars from a row back.
+  static int count_back(const Call& call, int32_t newest, double bars, double& count) {
+    for (int64_t row = newest; bars > static_cast<double>(newest - row); --row) {
       double x = null_value;
       const int status = call.evaluate_at(0, static_cast<int32_t>(row), x);
       if (status != 0) return status;
       if (x > 0.0) ++count;
     }
-    return answer(call, count);
+    return 0;
+  }
+
+  static int count_all(const Call& call) {
+    auto& so_far = memory_of<CountSoFar>(call);
+    DataTable& table = call.table();
+    const bool remembers = call.row >= 0 && call.row < table.row_count() &&
+                           so_far.dependencies.can_be_remembered(call, 1);
+    const bool holds =
+        remembers && !so_far.dependencies.have_changed(table) && so_far.end <= call.row;
+    if (!holds) so_far.end = 0;
+    if (!holds) so_far.count = 0.0;
+    if (remembers) so_far.dependencies.watch(table, call.row);
+
+    double here = 0.0;
+    int status = count_back(call, call.row, 1.0, here);
+    if (status != 0) return status;
+    double before = so_far.count;
+    status = count_back(call, call.row - 1, call.row - so_far.end, before);
+    if (status != 0) return status;
+    if (remembers && !so_far.dependencies.have_changed(table)) {
+      so_far.end = call.row;
+      so_far.count = before;
+    }
+    return answer(call, before + here);
   }
 };
 

@@ -1,5 +1,7 @@
 // Conditions over the last N bars, and one line crossing another.
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 #include "functions/families.h"
 #include "functions/row_words.h"
@@ -25,6 +27,30 @@ double stretch_length(const Call& call, double period) {
 /// Looks at one bar of the stretch: whether it decides the result.
 using Decides = int (*)(const Call& call, int32_t row, bool& decides);
 
+/// Whether a bar decides that lies from `least` up to but without `bars` bars ago. The word's first
+/// `arguments` arguments are what `decides_at` looks at.
+template <Decides decides_at>
+int any_bar(const Call& call, size_t arguments, double least, double bars, bool& decided) {
+  const int64_t newest = call.row - to_int64(least);
+  if (!(bars > least) || newest < std::numeric_limits<int32_t>::min()) return status_ok;
+  const int64_t oldest = std::max<int64_t>(call.row - to_int64(std::ceil(bars)) + 1, no_row + 1);
+  const auto decides = [&call](int32_t row, bool& decides_here) {
+    return decides_at(call, row, decides_here);
+  };
+  const auto start = static_cast<int32_t>(newest);
+  WalkSession session(call, arguments, start);
+  int32_t found = no_row;
+  if (!session.remembers() || oldest >= 0) {
+    const int status = session.newest(start, oldest, decides, found);
+    decided = found != no_row;
+    return status;
+  }
+  // What can be remembered is the same at all rows below 0.
+  const int status = session.newest(start, 0, decides, found);
+  decided = found != no_row;
+  return status != status_ok || decided ? status : decides(-1, decided);
+}
+
 /// 0.0 or 1.0: whether no bar of the stretch decides, or with `if_decided` whether one does.
 template <Decides decides_at, Length length, size_t period_argument, bool if_decided>
 class StretchWord : public BaseFunc {
@@ -36,12 +62,9 @@ class StretchWord : public BaseFunc {
     int status = checked(call.evaluate(period_argument, period));
     if (status != status_ok) return status;
     if (length == Length::truncated) period = to_int(period);
-    const double bars = stretch_length(call, period);
     bool decided = false;
-    for (int32_t k = 0; bars > k && !decided; ++k) {
-      status = decides_at(call, call.row - k, decided);
-      if (status != status_ok) return status;
-    }
+    status = any_bar<decides_at>(call, period_argument, 0.0, stretch_length(call, period), decided);
+    if (status != status_ok) return status;
     call.result = decided == if_decided ? 1.0 : 0.0;
     return status_ok;
   }
@@ -135,10 +158,8 @@ class LAST final : public BaseFunc {
       bars[i] = stretch_length(call, to_int(period));
     }
     bool found = false;
-    for (auto k = static_cast<int32_t>(bars[1]); k < bars[0] && !found; ++k) {
-      const int status = is_positive(call, call.row - k, found);
-      if (status != status_ok) return status;
-    }
+    const int status = any_bar<is_positive>(call, 1, bars[1], bars[0], found);
+    if (status != status_ok) return status;
     call.result = found ? 1.0 : 0.0;
     return status_ok;
   }

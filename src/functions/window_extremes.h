@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <vector>
 
 #include "core/data_table.h"
 
@@ -29,6 +31,61 @@ size_t place_of_extreme(const Window& window, size_t count) {
   }
   return place;
 }
+
+/// The rows of a window that can still come to hold its extreme. From bar to bar one row joins and
+/// some leave, so that a bar costs the same whatever the size of the window.
+template <Extreme extreme>
+class ExtremeRows {
+ public:
+  /// The row of the extreme of the rows from `first` to `last`, as `place_of_extreme` has it. Both
+  /// are rows of the table, and the column is there.
+  int32_t find(DataTable& table, int32_t column, int32_t first, int32_t last) {
+    follow(table, column, first, last);
+    const double oldest = table.cell(first, column);
+    if (oldest != oldest || first == last) return first;
+    const int32_t best = rows_[head_];
+    return beats<extreme>(table.cell(last, column), table.cell(best, column)) ? last : best;
+  }
+
+ private:
+  /// Takes in the rows before the last one, whose value may still change.
+  void follow(DataTable& table, int32_t column, int32_t first, int32_t last) {
+    const bool holds = column == column_ && table.changes(column) == changes_ && end_ <= last &&
+                       first_ <= first && first <= end_;
+    if (!holds) {
+      rows_.clear();
+      head_ = 0;
+      end_ = first;
+      column_ = column;
+      changes_ = table.changes(column);
+    }
+    first_ = first;
+    while (head_ < rows_.size() && rows_[head_] < first) ++head_;
+    for (; end_ < last; ++end_) push(table, end_);
+    table.watch(column, last);
+  }
+
+  void push(const DataTable& table, int32_t row) {
+    const double value = table.cell(row, column_);
+    if (value != value) return;
+    while (head_ < rows_.size() && beats<extreme>(value, table.cell(rows_.back(), column_))) {
+      rows_.pop_back();
+    }
+    // Rows that have left make room, so that the memory stays as large as two windows.
+    if (rows_.size() == rows_.capacity() && head_ > rows_.size() / 2) {
+      rows_.erase(rows_.begin(), rows_.begin() + static_cast<ptrdiff_t>(head_));
+      head_ = 0;
+    }
+    rows_.push_back(row);
+  }
+
+  int32_t column_ = -1;
+  uint32_t changes_ = 0;
+  int32_t first_ = 0;
+  int32_t end_ = 0;            ///< the row behind the last one taken in
+  std::vector<int32_t> rows_;  ///< from `head_` on ascending, their values from the extreme inward
+  size_t head_ = 0;
+};
 
 /// The value at that place; 0.0 for nothing to search.
 template <Extreme extreme>

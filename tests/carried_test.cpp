@@ -1,0 +1,129 @@
+// Words that carry their value on from bar to bar give what they give when they work it out anew:
+// at each bar in an instance of its own that has run over nothing before, and after the bars behind
+// a value have changed.
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "support/test_host.h"
+
+namespace quor_test {
+namespace {
+
+// Each call looks at fields only, so that an instance which runs over one bar has all it needs.
+constexpr const char* carried[] = {
+    "HHV(C,5)",
+    "LLV(C,5)",
+    "HHVBARS(C,7)",
+    "LLVBARS(C,O+1)",
+    "HHV(C,O*2)",
+    "HV(C,4)",
+    "SUM(C,0)",
+    "COUNT(C>O,0)",
+    "BARSLAST(C>O)",
+    "BARSLASTCOUNT(C>O)",
+    "VALUEWHEN(C>O,O)",
+    "BARSSINCEN(C>O,6)",
+    "BARSSINCEN(C>3,O)",
+    "CONDBARS(C>O,C=2)",
+    "CONDBARS(C>8,C>O)",
+    "EXIST(C>3,9)",
+    "EXIST(C>3,O*3)",
+    "EVERY(C>0,3.5)",
+    "EVERY(C>O-9,0-1)",
+    "NDAY(C,O,2)",
+    "UPNDAY(C,2)",
+    "DOWNNDAY(C,0-1)",
+    "LAST(C>3,6,2)",
+    "COUNT(BARSLAST(C>O)>1,0)",
+    "BARSLAST(HHV(C,4)=C)",
+    "BARSLAST(REF(C,2)>O)",
+    "EVERY(COUNT(C>O,3)<3,5)",
+};
+
+std::string script_of(const char* call) { return std::string("A:=") + call + ";"; }
+
+class Rows {
+ public:
+  explicit Rows(uint64_t seed) : random_(seed) {}
+
+  double value() {
+    const auto draw = static_cast<double>(random_() % 6);
+    return draw == 5.0 ? null : draw;
+  }
+  size_t below(size_t bound) { return random_() % bound; }
+
+  void append(Bars& bars) {
+    bars["C"].push_back(value());
+    bars["O"].push_back(value());
+  }
+
+ private:
+  std::mt19937_64 random_;
+};
+
+Bars random_bars(Rows& rows, size_t count) {
+  Bars bars;
+  for (size_t i = 0; i < count; ++i) rows.append(bars);
+  return bars;
+}
+
+TEST(Carried, EqualsWhatABarGivesByItself) {
+  Rows rows(1);
+  const Bars bars = random_bars(rows, 60);
+  for (const char* call : carried) {
+    TestHost whole;
+    ASSERT_EQ(whole.compile(script_of(call)).code, 0) << call;
+    whole.feed(bars);
+    ASSERT_EQ(whole.run(0), success);
+    const Series values = whole.line("A");
+    for (size_t row = 0; row < values.size(); ++row) {
+      // The word must not come to a bar with a memory of the ones before.
+      TestHost alone;
+      alone.compile(script_of(call));
+      alone.feed(bars);
+      ASSERT_EQ(alone.run(static_cast<uint32_t>(row)), success);
+      ASSERT_TRUE(same(alone.line("A")[row], values[row])) << call << " at row " << row;
+    }
+  }
+}
+
+/// Rewrites some bars, forms the last one anew, adds bars; after each the script runs from the
+/// first bar that changed.
+size_t change(Rows& rows, Bars& bars, TestHost& host) {
+  const size_t count = bars["C"].size();
+  size_t row = rows.below(4) == 0 ? rows.below(count) : count - 1;
+  if (rows.below(3) == 0) {
+    rows.append(bars);
+    row = count;
+  } else {
+    bars["C"][row] = rows.value();
+  }
+  host.feed(bars, row, row + 1);
+  return row;
+}
+
+TEST(Carried, ForgetsWhatHasChanged) {
+  for (const char* call : carried) {
+    Rows rows(2);
+    Bars bars = random_bars(rows, 20);
+    TestHost host;
+    host.compile(script_of(call));
+    host.feed(bars);
+    ASSERT_EQ(host.run(0), success);
+    for (int round = 0; round < 60; ++round) {
+      const size_t changed = change(rows, bars, host);
+      ASSERT_EQ(host.run(static_cast<uint32_t>(round % 5 == 0 ? 0 : changed)), success);
+    }
+    TestHost fresh;
+    fresh.compile(script_of(call));
+    fresh.feed(bars);
+    fresh.run(0);
+    const Series expected = fresh.line("A");
+    const Series values = host.line("A");
+    ASSERT_TRUE(same(values, expected)) << call << '\n' << to_text(values) << to_text(expected);
+  }
+}
+
+}  // namespace
+}  // namespace quor_test
