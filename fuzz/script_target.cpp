@@ -19,6 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   host.feed_bars(bars);
   host.run(0, true);
   host.run(2);
+  host.run(100);
   host.read_everything();
   return 0;
 }

@@ -76,6 +76,15 @@ void DataPoolCenter::reset() {
   realtime_map.clear();
   invoked_functions.clear();
   table_.reset();
+  max_period_count = 0;
+  auto_color_counter = 0;
+  empty_line_counter = 0;
+  needs_extra_data = false;
+  needs_trade_day = false;
+  contains_notice = false;
+  looks_ahead = false;
+  timezone_offset = 28800;
+  // What needs memory comes last.
   for (size_t i = 0; i < reserved_list.size(); ++i) {
     Variable* variable = reserved_list[i];
     // A hidden name is a place in the lists; a field declared behind a reference has moved up.
@@ -88,14 +97,6 @@ void DataPoolCenter::reset() {
     variable->whole_series = false;
     variable->column_index = table_.column_index_of(variable->column_id);
   }
-  max_period_count = 0;
-  auto_color_counter = 0;
-  empty_line_counter = 0;
-  needs_extra_data = false;
-  needs_trade_day = false;
-  contains_notice = false;
-  looks_ahead = false;
-  timezone_offset = 28800;
 }
 
 }  // namespace quor

@@ -198,15 +198,21 @@ BarTime DataTable::bar_time(int32_t row, const std::string& security, const std:
   return *time;
 }
 
+/// Column 1 stays and moves to the front, so that a reset needs no memory.
 void DataTable::reset() {
-  const bool has_time = column_index_of(time_column_id) != -1;
+  const int32_t time_column = column_index_of(time_column_id);
+  const size_t kept = time_column == -1 ? 0 : 1;
   clear_rows();
-  column_ids_.clear();
-  columns_.clear();
-  index_of_id_.clear();
+  if (kept == 1) {
+    std::swap(column_ids_.front(), column_ids_[static_cast<size_t>(time_column)]);
+    columns_.front().swap(columns_[static_cast<size_t>(time_column)]);
+    index_of_id_[time_column_id] = 0;
+  }
+  column_ids_.resize(kept);
+  columns_.resize(kept);
+  std::erase_if(index_of_id_, [](const auto& entry) { return entry.first != time_column_id; });
   next_auxiliary_id_ = first_auxiliary_id;
   ++layout_;
-  if (has_time) add_column(time_column_id);
 }
 
 void DataTable::clear_rows() {

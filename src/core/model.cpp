@@ -5,14 +5,16 @@
 namespace quor {
 
 void Variable::reserve_aux_columns(int count) {
-  aux_column_ids.clear();
-  aux_column_indexes.clear();
+  std::vector<uint32_t> ids;
+  std::vector<int32_t> indexes;
   DataTable& table = pool->table();
   for (int i = 0; i < count; ++i) {
     const uint32_t id = table.take_auxiliary_id();
-    aux_column_ids.push_back(id);
-    aux_column_indexes.push_back(table.add_column(id));
+    ids.push_back(id);
+    indexes.push_back(table.add_column(id));
   }
+  aux_column_ids.swap(ids);
+  aux_column_indexes.swap(indexes);
 }
 
 void Variable::set_elements(std::vector<MathElement> list) {

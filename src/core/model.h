@@ -43,7 +43,8 @@ enum class VariableKind : uint8_t {
 struct Variable {
   explicit Variable(DataPoolCenter& owner) : pool(&owner) {}
 
-  /// Replaces the auxiliary columns of this variable by `count` new ones, all cells null.
+  /// Replaces the auxiliary columns of this variable by `count` new ones, all cells null. Without
+  /// memory for all of them those before stay.
   void reserve_aux_columns(int count);
 
   /// Whether the variable's own column holds its series: an argument id is no data column.

@@ -140,7 +140,10 @@ void RowIntake::add_row(DataPoolCenter& pool, std::string_view json) {
   }
   try {
     dom::array rows;
-    if (parser_->json.parse(json.data(), json.size()).get(rows) != simdjson::SUCCESS) {
+    const simdjson::error_code fault = parser_->json.parse(json.data(), json.size()).get(rows);
+    // A parser that found no memory takes its missing buffers for real ones the next time.
+    if (fault == simdjson::MEMALLOC) parser_->json = dom::parser();
+    if (fault != simdjson::SUCCESS) {
       log(log_error, "[ScriptParser::add_row] data_arr json parse error.", uuid);
       return;
     }
