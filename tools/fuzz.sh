@@ -63,11 +63,12 @@ wait_for_all() {
   pids=
 }
 
-# Keeps the smallest set of inputs that reaches all that the corpora reach.
+# Keeps a small set of inputs that reaches all code that the corpora reach.
 merge() {
   new=$out/merged/$1
   rm -rf "$new" && mkdir -p "$new" "$out/corpus/$1"
-  "$program$1" -merge=1 "$new" "fuzz/corpus/$1" "$out/corpus/$1" >"$out/merge_$1.log" 2>&1 ||
+  "$program$1" -set_cover_merge=1 -use_counters=0 "$new" "$out/corpus/$1" $(inputs_of "$1") \
+    >"$out/merge_$1.log" 2>&1 ||
     die "the merge of '$1' failed, see $out/merge_$1.log"
   rm -rf "fuzz/corpus/$1" && mkdir -p fuzz/corpus && mv "$new" "fuzz/corpus/$1"
 }
