@@ -32,8 +32,8 @@ std::string text_of(const std::optional<dom::element>& value) {
   return {};
 }
 
-/// Calls `take` with every element of an array; nothing for bad JSON or another root. Good JSON that
-/// finds no memory throws: a script without its settings would be another script.
+/// Calls `take` with every element of an array; nothing for bad JSON or another root. Good JSON
+/// that finds no memory throws: a script without its settings would be another script.
 template <typename Take>
 void for_each_element(std::string_view json, const Take& take) {
   if (json.empty()) return;

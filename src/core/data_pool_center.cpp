@@ -26,8 +26,30 @@ Variable& DataPoolCenter::make_reserved_variable(std::string_view word, uint32_t
   variable.text = word;
   variable.column_id = variable.declared_column_id = column_id;
   variable.set_elements({MathElement{}});
+  reserved_index_.add(variable);
   reserved_list.push_back(&variable);
   return variable;
+}
+
+void DataPoolCenter::list_variable(Variable& variable) {
+  compiled_index_.add(variable);
+  if (variable.kind == VariableKind::field) field_index_.add(variable);
+  variable_list.push_back(&variable);
+}
+
+Variable* DataPoolCenter::find_field(std::string_view text) const {
+  Variable* reserved = find_reserved(text);
+  if (reserved != nullptr) return reserved;
+  return field_index_.find(text, [text](const Variable& field) { return field.text == text; });
+}
+
+Variable* DataPoolCenter::find_reserved(std::string_view text) const {
+  return reserved_index_.find(text, [text](const Variable& field) { return field.text == text; });
+}
+
+void DataPoolCenter::index_reserved() {
+  reserved_index_.clear();
+  for (Variable* variable : reserved_list) reserved_index_.add(*variable);
 }
 
 std::string DataPoolCenter::next_hidden_name() const { return hidden_name(hidden_name_count()); }
@@ -63,10 +85,13 @@ std::string DataPoolCenter::auto_line_name() {
 }
 
 void DataPoolCenter::reset() {
+  compiled_index_.clear();
+  field_index_.clear();
   statement_list.clear();
   variable_list.clear();
   compiled_.clear();
   // A reference belongs to the script that held it: another script may use its word anew.
+  reserved_index_.clear();
   std::erase_if(reserved_list, [](const Variable* variable) { return variable->reference; });
   std::erase_if(reserved_, [](const auto& variable) { return variable->reference; });
   line_models.clear();
@@ -97,6 +122,7 @@ void DataPoolCenter::reset() {
     variable->whole_series = false;
     variable->column_index = table_.column_index_of(variable->column_id);
   }
+  index_reserved();
 }
 
 }  // namespace quor
