@@ -245,9 +245,7 @@ class Hoisting {
     std::string text;
     int status = normalize_expression(context_, piece, false, line_, text, error_);
     if (status != status_ok) return status;
-    Variable* shared = context_.pool.find_variable(piece, [piece](const Variable& variable) {
-      return variable.text == piece && variable.column_id != no_column;
-    });
+    Variable* shared = context_.pool.find_with_column(piece);
     if (shared != nullptr) shared->source_text = piece;
     Variable& argument = shared != nullptr ? *shared : make_argument(text);
     call.arguments[position] = &argument;
@@ -284,6 +282,7 @@ class Hoisting {
     const auto [entry, added] = context_.argument_variables.try_emplace(text, &argument);
     argument.column_id =
         added ? ~static_cast<uint32_t>(pool.hidden_name_count()) : entry->second->column_id;
+    pool.note_column(argument);
     return argument;
   }
 

@@ -34,7 +34,21 @@ Variable& DataPoolCenter::make_reserved_variable(std::string_view word, uint32_t
 void DataPoolCenter::list_variable(Variable& variable) {
   compiled_index_.add(variable);
   if (variable.kind == VariableKind::field) field_index_.add(variable);
+  variable.place = variable_list.size();
   variable_list.push_back(&variable);
+  if (variable.column_id != no_column) note_column(variable);
+}
+
+void DataPoolCenter::note_column(Variable& variable) {
+  if (variable.place != unlisted) column_index_.insert_by_place(variable);
+}
+
+Variable* DataPoolCenter::find_with_column(std::string_view text) const {
+  const auto has_column = [text](const Variable& variable) {
+    return variable.text == text && variable.column_id != no_column;
+  };
+  Variable* reserved = reserved_index_.find(text, has_column);
+  return reserved != nullptr ? reserved : column_index_.find(text, has_column);
 }
 
 Variable* DataPoolCenter::find_field(std::string_view text) const {
@@ -87,6 +101,7 @@ std::string DataPoolCenter::auto_line_name() {
 void DataPoolCenter::reset() {
   compiled_index_.clear();
   field_index_.clear();
+  column_index_.clear();
   statement_list.clear();
   variable_list.clear();
   compiled_.clear();

@@ -44,6 +44,10 @@ class DataPoolCenter {
     Variable* reserved = reserved_index_.find(word, take);
     return reserved != nullptr ? reserved : compiled_index_.find(word, take);
   }
+  /// The first variable of the text that has a column or an argument id.
+  Variable* find_with_column(std::string_view text) const;
+  /// To be told of every listed variable that gets a column or an argument id.
+  void note_column(Variable& variable);
   /// The first variable of the text that stands for a cell of the table.
   Variable* find_field(std::string_view text) const;
   Variable* find_reserved(std::string_view text) const;
@@ -119,7 +123,8 @@ class DataPoolCenter {
   std::vector<std::unique_ptr<Variable>> reserved_;
   NameIndex reserved_index_;
   NameIndex compiled_index_;
-  NameIndex field_index_;  ///< of the compiled variables that are fields
+  NameIndex field_index_;   ///< of the compiled variables that are fields
+  NameIndex column_index_;  ///< of those with a column or an argument id
   Variable missing_argument_;
 };
 

@@ -17,6 +17,12 @@ void Variable::reserve_aux_columns(int count) {
   aux_column_indexes.swap(indexes);
 }
 
+void Variable::take_aux_column(const Variable& holder, size_t position) {
+  column_id = holder.aux_column_ids[position];
+  column_index = holder.aux_column_indexes[position];
+  pool->note_column(*this);
+}
+
 void Variable::set_elements(std::vector<MathElement> list) {
   elements = std::move(list);
   program = lower(elements);

@@ -1,6 +1,7 @@
 // Finds the variables of a list by what they are called.
 #pragma once
 
+#include <algorithm>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -18,6 +19,13 @@ class NameIndex {
     if (!variable.name.empty() && variable.name != variable.text) {
       variables_[variable.name].push_back(&variable);
     }
+  }
+
+  /// As `add` by its text alone, for variables that come in another order than that of the list.
+  void insert_by_place(Variable& variable) {
+    auto& called_so = variables_[variable.text];
+    called_so.insert(std::ranges::upper_bound(called_so, variable.place, {}, &Variable::place),
+                     &variable);
   }
 
   void clear() { variables_.clear(); }
