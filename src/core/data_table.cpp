@@ -31,8 +31,11 @@ int32_t DataTable::add_column(uint32_t id) {
   std::vector<double> cells;
   cells.reserve(keys_.capacity());
   cells.assign(keys_.size(), null_value);
-  column_ids_.reserve(column_ids_.size() + 1);
-  columns_.reserve(columns_.size() + 1);
+  const auto room = [](auto& list) {
+    if (list.size() == list.capacity()) list.reserve(std::max<size_t>(8, 2 * list.size()));
+  };
+  room(column_ids_);
+  room(columns_);
   index_of_id_.emplace(id, index);
   column_ids_.push_back(id);
   columns_.push_back(std::move(cells));
