@@ -17,7 +17,7 @@ if(CCACHE_PROGRAM)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
 endif()
 
-option(QUOR_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+set(QUOR_SANITIZE "" CACHE STRING "Sanitizers to build with, such as address,undefined")
 
 add_library(quor_options INTERFACE)
 target_compile_options(quor_options INTERFACE
@@ -30,6 +30,6 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LES
 endif()
 if(QUOR_SANITIZE)
   target_compile_options(quor_options INTERFACE
-    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  target_link_options(quor_options INTERFACE -fsanitize=address,undefined)
+    -fsanitize=${QUOR_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(quor_options INTERFACE -fsanitize=${QUOR_SANITIZE})
 endif()

@@ -62,6 +62,9 @@ constexpr FormCase colours[] = {
     {"A:C,RGB(1,2,3,4),RGB(1,2,3);", "A:C@RGB(1@2@3@4)@RGB(1@2@3)"},
     {"A:C,RGB(1,2,3;", "A:C@RGB(1@2@3"},
     {"A:XRGB(1,2,3);", "A:XRGB(1@2@3)"},
+    {"A:XRGB(1,2,3)+RGB(1,2,3),RGB(4);", "A:XCOLOR010203+COLOR010203@RGB(4)"},
+    {"A:RGB(1,2,3),RGB(RGB(1,2,3),0,9);", "A:COLOR010203@COLOR000009"},
+    {"A:RGB(1,2,3),RGB(4),RGB(1,2,3),RGB(5,6,7);", "A:COLOR010203@RGB(4)@COLOR010203@RGB(5@6@7)"},
     {"A:C,SETSTYLECOLOR(DASH,COLORRED);", "A:C@DASH@COLORRED"},
     {"A:MA(C,5),SETSTYLECOLOR(DASH,RGB(1,1,1));", "A:MA(C@5@DASH@COLOR010101"},
 };

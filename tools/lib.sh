@@ -13,6 +13,8 @@ bench_packages="libbenchmark-dev"
 format_packages="clang-format-14"
 tidy_packages="clang-tidy-14"
 package_packages="dpkg-dev file"
+fuzz_packages="clang-14 libclang-rt-14-dev"
+coverage_packages="gcovr"
 
 say() { echo "$*" >&2; }
 

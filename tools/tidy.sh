@@ -8,7 +8,7 @@
 set -u
 . "$(dirname "$0")/lib.sh"
 
-tidy_folders="src host examples tests bench"
+tidy_folders="src host examples tests bench fuzz"
 
 base_commit() {
   base=$(git merge-base origin/main HEAD 2>/dev/null)
@@ -26,7 +26,7 @@ changed_sources() {
 }
 
 need_packages $build_packages $host_packages $test_packages $bench_packages $tidy_packages
-configure release -DQUOR_BUILD_BENCH=ON
+configure release -DQUOR_BUILD_BENCH=ON -DQUOR_BUILD_FUZZ=ON
 case ${1:-} in
   '') files=$(sources $tidy_folders | grep -v '\.h$') ;;
   --changed) files=$(changed_sources "${2:-$(base_commit)}") ;;

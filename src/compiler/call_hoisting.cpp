@@ -34,8 +34,7 @@ std::string_view declared_name(std::string_view text) {
 
 bool names_reserved_field(const DataPoolCenter& pool, std::string_view piece) {
   // TIME is a field and a function; in a script it is always the function.
-  return piece != "TIME" &&
-         std::ranges::find(pool.reserved_list, piece, &Variable::text) != pool.reserved_list.end();
+  return piece != "TIME" && pool.find_reserved(piece) != nullptr;
 }
 
 /// Where parentheses close, found without walking the text anew for every word.
@@ -211,7 +210,7 @@ class Hoisting {
       call.column_id = pool.table().take_auxiliary_id();
       call.column_index = pool.table().add_column(call.column_id);
     }
-    pool.variable_list.push_back(&call);
+    pool.list_variable(call);
     return call;
   }
 
@@ -246,9 +245,7 @@ class Hoisting {
     std::string text;
     int status = normalize_expression(context_, piece, false, line_, text, error_);
     if (status != status_ok) return status;
-    Variable* shared = find_variable(context_.pool, [piece](const Variable& variable) {
-      return variable.text == piece && variable.column_id != no_column;
-    });
+    Variable* shared = context_.pool.find_with_column(piece);
     if (shared != nullptr) shared->source_text = piece;
     Variable& argument = shared != nullptr ? *shared : make_argument(text);
     call.arguments[position] = &argument;
@@ -280,11 +277,12 @@ class Hoisting {
     const auto number = to_number(text);
     argument.kind = number ? VariableKind::number : VariableKind::expression;
     argument.value = number.value_or(0.0);
-    pool.variable_list.push_back(&argument);
+    pool.list_variable(argument);
     if (number) return argument;
     const auto [entry, added] = context_.argument_variables.try_emplace(text, &argument);
     argument.column_id =
         added ? ~static_cast<uint32_t>(pool.hidden_name_count()) : entry->second->column_id;
+    pool.note_column(argument);
     return argument;
   }
 

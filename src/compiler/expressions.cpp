@@ -27,9 +27,7 @@ std::string normalized_token(const CompileContext& context, std::string_view tok
   const std::string_view word = adapt_field_word(context.pool, token);
   const auto constant = context.constants.find(word);
   if (constant != context.constants.end()) return fixed_text(constant->second);
-  const Variable* named = find_variable(context.pool, [word](const Variable& variable) {
-    return variable.kind == VariableKind::field && variable.text == word;
-  });
+  const Variable* named = context.pool.find_field(word);
   return named != nullptr ? named->name : std::string(word);
 }
 
@@ -137,10 +135,8 @@ int build_elements(CompileContext& context, const ElementRequest& request, bool&
       elements.push_back({ElementKind::number, *number, nullptr});
       continue;
     }
-    Variable* used = find_variable(context.pool, [&](const Variable& variable) {
-      return &variable != request.owner &&
-             (variable.name == token.text || variable.text == token.text);
-    });
+    Variable* used = context.pool.find_variable(
+        token.text, [&](const Variable& variable) { return &variable != request.owner; });
     if (used == nullptr) {
       append_error(error, token.text, request.line);
       return status_undefined_name;

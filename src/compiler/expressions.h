@@ -9,19 +9,6 @@
 
 namespace quor {
 
-/// Calls `take` with every variable in the order of a name search: the reserved ones first. Stops
-/// at the first for which it gives true, and gives that one; null if none did.
-template <typename Take>
-Variable* find_variable(const DataPoolCenter& pool, const Take& take) {
-  for (Variable* variable : pool.reserved_list) {
-    if (take(*variable)) return variable;
-  }
-  for (Variable* variable : pool.variable_list) {
-    if (take(*variable)) return variable;
-  }
-  return nullptr;
-}
-
 /// Inlines constants and replaces declared names by hidden names, appending to `out`. With `check`
 /// set an expression that nothing has changed is evaluated once, so that unknown words are found.
 int normalize_expression(CompileContext& context, std::string_view text, bool check, int32_t line,

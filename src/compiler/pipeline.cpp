@@ -1,6 +1,7 @@
 #include "compiler/pipeline.h"
 
 #include <algorithm>
+#include <new>
 #include <vector>
 
 #include "compiler/report.h"
@@ -35,6 +36,12 @@ bool take_constant(CompileContext& context, std::string_view slot) {
   return true;
 }
 
+/// Leaves nothing to run or evaluate. Words rely on what their trial run has set up.
+void drop_statements(CompileContext& context) {
+  context.argument_variables.clear();
+  context.pool.statement_list.clear();
+}
+
 std::string report_of_failure(int code, std::string_view error) {
   const ErrorParts parts = split_error(error);
   return failure_report(code, parts.message, leading_integer(parts.line));
@@ -43,12 +50,13 @@ std::string report_of_failure(int code, std::string_view error) {
 }  // namespace
 
 void reset_compile_state(CompileContext& context) {
-  context.pool.reset();
+  // The pool comes last: what points into it must be gone even if memory runs out in there.
   context.constants.clear();
   context.argument_variables.clear();
   std::erase_if(context.declared_names,
                 [](const auto& entry) { return !reserved_field_id(entry.first); });
   context.calculator.shapes().clear();
+  context.pool.reset();
 }
 
 Variable& add_reserved_variable(CompileContext& context, std::string_view word, uint32_t column_id,
@@ -95,6 +103,9 @@ std::string pre_parse(CompileContext& context, std::string script, std::string_v
     if (status == status_ok) status = context.calculator.calculate(0, true, error);
     if (status != status_ok) return report_of_failure(status, error);
     return success_report(context.pool, error);
+  } catch (const std::bad_alloc& fault) {
+    drop_statements(context);
+    return failure_report(status_exception, fault.what(), 0);
   } catch (const std::exception& fault) {
     return failure_report(status_exception, fault.what(), 0);
   } catch (...) {

@@ -1,8 +1,11 @@
 #include "compiler/rewrite_short_forms.h"
 
+#include <algorithm>
 #include <charconv>
+#include <map>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "compiler/call_hoisting.h"
@@ -49,6 +52,74 @@ std::string colour_word(std::span<const std::string_view> components) {
   return "COLOR" + std::string(number.size() < 6 ? 6 - number.size() : 0, '0') + number;
 }
 
+constexpr std::string_view rgb_form = "RGB(";
+
+std::vector<std::string_view> rgb_components(std::string_view call) {
+  return split(call.substr(rgb_form.size(), call.size() - rgb_form.size() - 1), "@");
+}
+
+/// The text up to the ")" of its first "("; empty if that isn't there.
+std::string_view opening_call(std::string_view text) {
+  int depth = 0;
+  for (size_t at = 0; at < text.size(); ++at) {
+    if (text[at] == '(') ++depth;
+    if (text[at] == ')' && --depth == 0) return text.substr(0, at + 1);
+  }
+  return {};
+}
+
+/// The calls of RGB that a slot has shown so far, by their text.
+class ColourCalls {
+ public:
+  /// Copies the text to `out` with the known calls replaced. With `learn` set each further call
+  /// becomes known, up to the first that doesn't close or hasn't three components. False if a call
+  /// may hold a known one, which one walk can't serve.
+  bool walk(std::string_view text, bool learn, std::string& out) {
+    size_t done = 0;
+    size_t at = text.find(rgb_form);
+    while (at != absent) {
+      const bool is_tail = at > 1 && text[at - 1] >= 'A' && text[at - 1] <= 'Z';
+      const bool is_new = learn && !is_tail;
+      const std::string_view call = opening_call(text.substr(at, is_new ? absent : longest_));
+      if (is_new && !colours_.empty() && call.find(rgb_form, 1) != absent) return false;
+      if (is_new) learn = take(call);
+      const auto known = colours_.find(call);
+      if (known != colours_.end()) {
+        out.append(text, done, at - done).append(known->second);
+        done = at + call.size();
+      }
+      at = text.find(rgb_form, std::max(done, at + rgb_form.size()));
+    }
+    out.append(text, done);
+    return true;
+  }
+
+ private:
+  /// False for a call that ends the learning.
+  bool take(std::string_view call) {
+    if (call.empty()) return false;
+    const auto components = rgb_components(call);
+    if (components.size() != 3) return false;
+    colours_.try_emplace(std::string(call), colour_word(components));
+    longest_ = std::max(longest_, call.size());
+    return true;
+  }
+
+  std::map<std::string, std::string, std::less<>> colours_;
+  size_t longest_ = 0;
+};
+
+void rewrite_rgb_one_by_one(std::string& slot) {
+  size_t start = 0;
+  size_t end = 0;
+  while (find_call(slot, rgb_form, 0, start, end)) {
+    const std::string call = slot.substr(start, end + 1 - start);
+    const auto components = rgb_components(call);
+    if (components.size() != 3) return;
+    replace_all(slot, call, colour_word(components));
+  }
+}
+
 }  // namespace
 
 int check_branches(std::string_view slot, const StatementErrors& errors) {
@@ -62,16 +133,15 @@ int check_branches(std::string_view slot, const StatementErrors& errors) {
 }
 
 void rewrite_rgb(std::string& slot) {
-  constexpr std::string_view form = "RGB(";
-  size_t start = 0;
-  size_t end = 0;
-  while (find_call(slot, form, 0, start, end)) {
-    const std::string call = slot.substr(start, end + 1 - start);
-    const std::string_view inner(call.data() + form.size(), call.size() - form.size() - 1);
-    const auto components = split(inner, "@");
-    if (components.size() != 3) return;
-    replace_all(slot, call, colour_word(components));
+  ColourCalls calls;
+  std::string out;
+  if (!calls.walk(slot, true, out)) {
+    rewrite_rgb_one_by_one(slot);
+    return;
   }
+  // A call counts wherever it stands, also in front of the place that made it known.
+  slot.clear();
+  calls.walk(out, false, slot);
 }
 
 int rewrite_sound(std::string& slot, const StatementErrors& errors) {

@@ -2,6 +2,7 @@
 
 #include <simdjson.h>
 
+#include <new>
 #include <optional>
 
 #include "text/strings.h"
@@ -31,13 +32,16 @@ std::string text_of(const std::optional<dom::element>& value) {
   return {};
 }
 
-/// Calls `take` with every element of an array; nothing for bad JSON or another root.
+/// Calls `take` with every element of an array; nothing for bad JSON or another root. Good JSON
+/// that finds no memory throws: a script without its settings would be another script.
 template <typename Take>
 void for_each_element(std::string_view json, const Take& take) {
   if (json.empty()) return;
   dom::parser parser;
   dom::array elements;
-  if (parser.parse(json.data(), json.size()).get(elements) != simdjson::SUCCESS) return;
+  const simdjson::error_code fault = parser.parse(json.data(), json.size()).get(elements);
+  if (fault == simdjson::MEMALLOC) throw std::bad_alloc();
+  if (fault != simdjson::SUCCESS) return;
   for (const dom::element element : elements) take(element);
 }
 

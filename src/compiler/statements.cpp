@@ -140,7 +140,7 @@ class StatementCompiler {
     status = normalize_expression(context_, parts.expression, check, line_, statement.text, error_);
     if (status == status_ok && declares(work)) status = declare(statement, parts.name);
     if (status != status_ok) return status;
-    pool_.variable_list.push_back(&statement);
+    pool_.list_variable(statement);
     pool_.statement_list.push_back(&statement);
     if (!parts.style.empty()) {
       status = StatementCompiler(context_, line_, error_)
@@ -183,7 +183,7 @@ class StatementCompiler {
     named.line = line_;
     named.column_id = statement.column_id;
     named.column_index = statement.column_index;
-    pool_.variable_list.push_back(&named);
+    pool_.list_variable(named);
     const bool added = context_.declared_names.try_emplace(name, named.column_id).second;
     return added ? static_cast<int>(status_ok) : fail(status_name_taken, name);
   }
@@ -192,9 +192,10 @@ class StatementCompiler {
   /// constant.
   uint32_t column_of_text(Variable& statement) {
     if (statement.text.starts_with('~')) {
-      const Variable* named = find_variable(pool_, [&statement](const Variable& variable) {
-        return variable.name == statement.text && variable.column_id != no_column;
-      });
+      const Variable* named =
+          pool_.find_variable(statement.text, [&statement](const Variable& variable) {
+            return variable.name == statement.text && variable.column_id != no_column;
+          });
       return named != nullptr ? named->column_id : no_column;
     }
     if (const auto number = to_number(statement.text)) {

@@ -13,6 +13,7 @@
 
 #include "core/data_table.h"
 #include "core/model.h"
+#include "core/name_index.h"
 #include "interface/host_callbacks.h"
 #include "tables/period_table.h"
 
@@ -27,13 +28,29 @@ class DataPoolCenter {
   DataTable& table() { return table_; }
   const DataTable& table() const { return table_; }
 
-  /// Makes a variable that lives until the next reset; the caller puts it into a list.
+  /// Makes a variable that lives until the next reset; the caller lists it.
   Variable& make_variable();
+  /// Appends a variable with its name and text to `variable_list`.
+  void list_variable(Variable& variable);
   /// Makes a reserved variable and appends it to `reserved_list`; it survives resets.
   Variable& make_reserved_variable(std::string_view word, uint32_t column_id);
   /// The next hidden name: "~" and the count of all listed variables.
   std::string next_hidden_name() const;
   size_t hidden_name_count() const { return reserved_list.size() + variable_list.size(); }
+  /// The first variable whose hidden name or text is the word and that `take` takes, the reserved
+  /// ones before the compiled ones, each in the order of their list; null if there is none.
+  template <typename Take>
+  Variable* find_variable(std::string_view word, const Take& take) const {
+    Variable* reserved = reserved_index_.find(word, take);
+    return reserved != nullptr ? reserved : compiled_index_.find(word, take);
+  }
+  /// The first variable of the text that has a column or an argument id.
+  Variable* find_with_column(std::string_view text) const;
+  /// To be told of every listed variable that gets a column or an argument id.
+  void note_column(Variable& variable);
+  /// The first variable of the text that stands for a cell of the table.
+  Variable* find_field(std::string_view text) const;
+  Variable* find_reserved(std::string_view text) const;
   /// The variable that stands for an argument a broken-off compile has left out.
   Variable& missing_argument() { return missing_argument_; }
 
@@ -100,9 +117,15 @@ class DataPoolCenter {
   ExtraDataCallback extra_data_callback = nullptr;
 
  private:
+  void index_reserved();
+
   DataTable table_;
   std::vector<std::unique_ptr<Variable>> compiled_;
   std::vector<std::unique_ptr<Variable>> reserved_;
+  NameIndex reserved_index_;
+  NameIndex compiled_index_;
+  NameIndex field_index_;   ///< of the compiled variables that are fields
+  NameIndex column_index_;  ///< of those with a column or an argument id
   Variable missing_argument_;
 };
 

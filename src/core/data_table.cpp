@@ -31,8 +31,11 @@ int32_t DataTable::add_column(uint32_t id) {
   std::vector<double> cells;
   cells.reserve(keys_.capacity());
   cells.assign(keys_.size(), null_value);
-  column_ids_.reserve(column_ids_.size() + 1);
-  columns_.reserve(columns_.size() + 1);
+  const auto room = [](auto& list) {
+    if (list.size() == list.capacity()) list.reserve(std::max<size_t>(8, 2 * list.size()));
+  };
+  room(column_ids_);
+  room(columns_);
   index_of_id_.emplace(id, index);
   column_ids_.push_back(id);
   columns_.push_back({std::move(cells)});
@@ -150,12 +153,13 @@ void DataTable::append_rows(const RowBatch& batch, size_t count, const Place& pl
   const auto room = [rows](auto& cells) {
     if (cells.capacity() < rows) cells.reserve(std::max(rows, 2 * cells.capacity()));
   };
+  const size_t width = batch.column_indexes.size();
+  std::vector<double*> targets(width, nullptr);
   room(keys_);
   for (Column& column : columns_) room(column.cells);
 
+  // All memory is there; nothing throws from here on.
   for (Column& column : columns_) column.cells.resize(rows, null_value);
-  const size_t width = batch.column_indexes.size();
-  std::vector<double*> targets(width, nullptr);
   for (size_t c = 0; c < width; ++c) {
     const int32_t column = batch.column_indexes[c];
     if (column != -1) targets[c] = columns_[static_cast<size_t>(column)].cells.data() + old_rows;
@@ -257,15 +261,21 @@ BarTime DataTable::bar_time(int32_t row, const std::string& security, const std:
   return *time;
 }
 
+/// Column 1 stays and moves to the front, so that a reset needs no memory.
 void DataTable::reset() {
-  const bool has_time = column_index_of(time_column_id) != -1;
+  const int32_t time_column = column_index_of(time_column_id);
+  const size_t kept = time_column == -1 ? 0 : 1;
   clear_rows();
-  column_ids_.clear();
-  columns_.clear();
-  index_of_id_.clear();
+  if (kept == 1) {
+    std::swap(column_ids_.front(), column_ids_[static_cast<size_t>(time_column)]);
+    columns_.front().swap(columns_[static_cast<size_t>(time_column)]);
+    index_of_id_[time_column_id] = 0;
+  }
+  column_ids_.resize(kept);
+  columns_.resize(kept);
+  std::erase_if(index_of_id_, [](const auto& entry) { return entry.first != time_column_id; });
   next_auxiliary_id_ = first_auxiliary_id;
   ++layout_;
-  if (has_time) add_column(time_column_id);
 }
 
 void DataTable::clear_rows() {

@@ -5,14 +5,22 @@
 namespace quor {
 
 void Variable::reserve_aux_columns(int count) {
-  aux_column_ids.clear();
-  aux_column_indexes.clear();
+  std::vector<uint32_t> ids;
+  std::vector<int32_t> indexes;
   DataTable& table = pool->table();
   for (int i = 0; i < count; ++i) {
     const uint32_t id = table.take_auxiliary_id();
-    aux_column_ids.push_back(id);
-    aux_column_indexes.push_back(table.add_column(id));
+    ids.push_back(id);
+    indexes.push_back(table.add_column(id));
   }
+  aux_column_ids.swap(ids);
+  aux_column_indexes.swap(indexes);
+}
+
+void Variable::take_aux_column(const Variable& holder, size_t position) {
+  column_id = holder.aux_column_ids[position];
+  column_index = holder.aux_column_indexes[position];
+  pool->note_column(*this);
 }
 
 void Variable::set_elements(std::vector<MathElement> list) {

@@ -18,6 +18,9 @@ struct Variable;
 /// A column id that names no column.
 inline constexpr uint32_t no_column = 0xFFFFFFFF;
 
+/// The place of a variable that stands in no list.
+inline constexpr size_t unlisted = SIZE_MAX;
+
 enum class ElementKind : uint8_t { operation = 0, number = 1, reference = 2, end = 3 };
 
 /// One token of an expression, in infix order. Every list closes with an end element.
@@ -49,11 +52,15 @@ struct CallMemory {
 struct Variable {
   explicit Variable(DataPoolCenter& owner) : pool(&owner) {}
 
-  /// Replaces the auxiliary columns of this variable by `count` new ones, all cells null.
+  /// Replaces the auxiliary columns of this variable by `count` new ones, all cells null. Without
+  /// memory for all of them those before stay.
   void reserve_aux_columns(int count);
 
   /// Whether the variable's own column holds its series: an argument id is no data column.
   bool has_column() const { return static_cast<int32_t>(column_id) >= 0 && column_index != -1; }
+
+  /// Makes an auxiliary column of a call this variable's own.
+  void take_aux_column(const Variable& holder, size_t position);
 
   /// Stores the finished list of the right-hand side and lowers it.
   void set_elements(std::vector<MathElement> list);
@@ -64,6 +71,7 @@ struct Variable {
   bool reserved = false;      ///< a data field that scripts read; lives as long as the instance
   uint32_t declared_column_id = no_column;  ///< of a reserved variable, which each compile restores
   bool reference = false;          ///< made for a reference to another security, period or quote
+  size_t place = unlisted;         ///< in the list of compiled variables
   int32_t line = -1;               ///< slot index of the statement; goes into error texts
   uint32_t column_id = no_column;  ///< the data column, or a negative argument id
   int32_t column_index = -1;       ///< position of `column_id` in the table

@@ -159,7 +159,10 @@ void RowIntake::add_row(DataPoolCenter& pool, std::string_view json) {
   const uint64_t uuid = pool.uuid;
   try {
     dom::array rows;
-    if (parser_->parse(json).get(rows) != simdjson::SUCCESS) {
+    const simdjson::error_code fault = parser_->parse(json).get(rows);
+    // A parser that found no memory takes its missing buffers for real ones the next time.
+    if (fault == simdjson::MEMALLOC) parser_->json = dom::parser();
+    if (fault != simdjson::SUCCESS) {
       const bool text = simdjson::validate_utf8(json.data(), json.size());
       log(log_error,
           text ? "[ScriptParser::add_row] data_arr json parse error."

@@ -135,8 +135,7 @@ int32_t aux_column(const Variable& variable, size_t position) {
 
 void adopt_aux_column(Variable& variable, const Variable& holder, size_t position) {
   if (position >= holder.aux_column_ids.size()) return;
-  variable.column_id = holder.aux_column_ids[position];
-  variable.column_index = holder.aux_column_indexes[position];
+  variable.take_aux_column(holder, position);
 }
 
 int32_t result_column(const Call& call) {

@@ -93,22 +93,21 @@ class Inspection {
 }  // namespace
 
 bool Dependencies::can_be_remembered(const Call& call, size_t count) {
-  if (call.table().layout() == layout_) return steady_;
-  layout_ = call.table().layout();
-  sources_.clear();
-  steady_ = !call.pool.sets_variables;
+  const DataTable& table = call.table();
+  if (table.layout() == layout_) return steady_;
   Inspection inspection;
-  for (size_t i = 0; i < count && steady_; ++i) steady_ = inspection.is_steady(call.argument(i));
-  if (!steady_) return false;
+  bool steady = !call.pool.sets_variables;
+  for (size_t i = 0; i < count && steady; ++i) steady = inspection.is_steady(call.argument(i));
   std::vector<int32_t> columns = inspection.columns();
   std::ranges::sort(columns);
   const auto repeated = std::ranges::unique(columns);
   columns.erase(repeated.begin(), repeated.end());
+  sources_.clear();
   // A new source counts as changed.
-  for (const int32_t column : columns) {
-    sources_.push_back({column, call.table().changes(column) - 1});
-  }
-  return true;
+  for (const int32_t column : columns) sources_.push_back({column, table.changes(column) - 1});
+  steady_ = steady;
+  layout_ = table.layout();
+  return steady_;
 }
 
 bool Dependencies::have_changed(const DataTable& table) const {

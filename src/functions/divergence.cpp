@@ -123,8 +123,7 @@ class DIVERGENCE final : public BaseFunc {
   }
 
   static void take_column(const Call& call, Variable& argument, size_t position) {
-    argument.column_id = call.variable.aux_column_ids[position];
-    argument.column_index = call.variable.aux_column_indexes[position];
+    argument.take_aux_column(call.variable, position);
   }
 
   static int fill(const Call& call, Variable& a) {

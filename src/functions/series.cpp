@@ -16,8 +16,7 @@ void ensure_result_column(const Call& call) {
   Variable& variable = call.variable;
   if (variable.has_column()) return;
   variable.reserve_aux_columns(1);
-  variable.column_id = variable.aux_column_ids[0];
-  variable.column_index = variable.aux_column_indexes[0];
+  variable.take_aux_column(variable, 0);
 }
 
 int32_t store_in_own_column(const Call& call, Variable& argument, double value) {
@@ -25,8 +24,7 @@ int32_t store_in_own_column(const Call& call, Variable& argument, double value) 
     // One variable stands for all arguments that aren't there, so it takes no column.
     if (argument.kind == VariableKind::missing) return -1;
     call.variable.reserve_aux_columns(1);
-    argument.column_id = call.variable.aux_column_ids[0];
-    argument.column_index = call.variable.aux_column_indexes[0];
+    argument.take_aux_column(call.variable, 0);
   }
   call.table().set_cell(call.row, argument.column_index, value);
   return argument.column_index;

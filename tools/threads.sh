@@ -1,0 +1,9 @@
+#!/bin/sh
+# Installs what is missing, and builds and runs the tests of threads under the thread sanitizer.
+set -u
+. "$(dirname "$0")/lib.sh"
+
+need_packages $build_packages $test_packages
+configure tsan -DQUOR_BUILD_HOST=OFF
+cmake --build build/tsan --target thread_tests -- --quiet || die "the build of 'tsan' failed"
+exec build/tsan/tests/thread_tests --gtest_brief=1
