@@ -94,7 +94,8 @@ double Bytes::number() {
 }
 
 std::string_view Bytes::text() {
-  const size_t length = std::min<size_t>(byte(), rest_.size());
+  const size_t wanted = byte();
+  const size_t length = std::min(wanted, rest_.size());
   const std::string_view text = rest_.substr(0, length);
   rest_.remove_prefix(length);
   return text;

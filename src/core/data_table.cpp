@@ -268,7 +268,7 @@ void DataTable::reset() {
   clear_rows();
   if (kept == 1) {
     std::swap(column_ids_.front(), column_ids_[static_cast<size_t>(time_column)]);
-    columns_.front().swap(columns_[static_cast<size_t>(time_column)]);
+    std::swap(columns_.front(), columns_[static_cast<size_t>(time_column)]);
     index_of_id_[time_column_id] = 0;
   }
   column_ids_.resize(kept);
