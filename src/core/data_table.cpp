@@ -118,8 +118,8 @@ std::vector<BatchRow> sorted_rows(const std::vector<int64_t>& keys) {
   }
   // Hosts that send the newest bar first are served by the order alone.
   if (!std::ranges::is_sorted(rows, {}, &BatchRow::key)) sort_by_key(rows);
-  const auto repeated = std::ranges::unique(rows, {}, &BatchRow::key);
-  rows.erase(repeated.begin(), repeated.end());
+  const auto same_key = [](const BatchRow& a, const BatchRow& b) { return a.key == b.key; };
+  rows.erase(std::unique(rows.begin(), rows.end(), same_key), rows.end());
   return rows;
 }
 

@@ -11,7 +11,7 @@ namespace {
 /// it, whatever was evaluated in between. Missing are words that draw lots, read the clock or the
 /// host, follow the number of rows, read a bar's fields without naming them, or keep a state in
 /// their call's `value`.
-constexpr std::string_view steady[] = {
+constexpr std::string_view without_state[] = {
     "ABS",       "ACOS",    "ASIN",     "ATAN",     "COS",
     "SIN",       "TAN",     "EXP",      "LN",       "LOG10",
     "SQRT",      "CEILING", "FLOOR",    "INTPART",  "FRACPART",
@@ -27,7 +27,7 @@ constexpr std::string_view steady[] = {
     "COUNT",     "EVERY",   "EXIST",    "BARSLAST", "BARSLASTCOUNT",
     "VALUEWHEN",
 };
-constexpr WordSet steady_words(steady);
+constexpr WordSet steady_words(without_state);
 
 /// Words that count as steady with a second argument that is a number and not negative.
 constexpr std::string_view with_period[] = {"REF", "EVERY", "EXIST"};
@@ -100,8 +100,7 @@ bool Dependencies::can_be_remembered(const Call& call, size_t count) {
   for (size_t i = 0; i < count && steady; ++i) steady = inspection.is_steady(call.argument(i));
   std::vector<int32_t> columns = inspection.columns();
   std::ranges::sort(columns);
-  const auto repeated = std::ranges::unique(columns);
-  columns.erase(repeated.begin(), repeated.end());
+  columns.erase(std::unique(columns.begin(), columns.end()), columns.end());
   sources_.clear();
   // A new source counts as changed.
   for (const int32_t column : columns) sources_.push_back({column, table.changes(column) - 1});
