@@ -11,8 +11,8 @@ long live_allocations();
 
 enum class Exhaustion { of_one, from_there_on };
 
-/// Lets this thread take `count` more pieces of memory, by new or by the library's own malloc; then
-/// the next one fails, or all further ones do.
+/// Lets the program, which has one thread then, take `count` more pieces of memory, by new or by
+/// the library's own malloc; then the next one fails, or all further ones do.
 void fail_allocations(long count, Exhaustion exhaustion);
 
 /// Memory is there again. Tells whether any was refused.
