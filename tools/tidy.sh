@@ -25,7 +25,7 @@ changed_sources() {
   done | sort -u
 }
 
-need_packages $build_packages $host_packages $test_packages $bench_packages $tidy_packages
+need_packages $build_packages $host_packages $test_packages $tidy_packages
 configure release -DQUOR_BUILD_BENCH=ON -DQUOR_BUILD_FUZZ=ON
 case ${1:-} in
   '') files=$(sources $tidy_folders | grep -v '\.h$') ;;
