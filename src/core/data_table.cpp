@@ -24,7 +24,7 @@ int32_t DataTable::column_index_of(uint32_t id) const {
 
 int32_t DataTable::add_column(uint32_t id) {
   if (id == no_column) return -1;
-  const int32_t index = static_cast<int32_t>(columns_.size());
+  const auto index = static_cast<int32_t>(columns_.size());
   const int32_t existing = column_index_of(id);
   if (existing != -1) return existing;
   // Room first: once the three containers grow, nothing throws between them.

@@ -85,7 +85,8 @@ class Conversion : public BaseFunc {
 /// HHMMSS to seconds since midnight. What has more than six digits, or a sign, gives 0.
 double to_seconds(int32_t time) {
   if (time < 0 || time > 999999) return 0.0;
-  return (time / 10000 * 60 + time / 100 % 100) * 60 + time % 100;
+  const int32_t seconds = (time / 10000 * 60 + time / 100 % 100) * 60 + time % 100;
+  return seconds;
 }
 
 /// Seconds since midnight to HHMMSS, with as many hours as it takes.

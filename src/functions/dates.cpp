@@ -53,10 +53,13 @@ int64_t month(const BarTime& time) { return month_of(time); }
 int64_t day(const BarTime& time) { return time.day; }
 int64_t hour(const BarTime& time) { return time.hour; }
 double minute(const BarTime& time) { return is_blank(time) ? 0.0 : time.minute; }
-double quarter(const BarTime& time) { return is_blank(time) ? 1.0 : time.month0 / 3 + 1; }
+double quarter(const BarTime& time) {
+  const int quarters_before = is_blank(time) ? 0 : time.month0 / 3;
+  return quarters_before + 1;
+}
 
 int64_t full_date(const BarTime& time) {
-  return year_of(time) * 10000 + month_of(time) * 100 + time.day;
+  return year_of(time) * 10000 + int64_t{month_of(time)} * 100 + time.day;
 }
 
 /// Two digits of the year, with a 1 in front from 2000 on; a blank moment is one of 1900.
