@@ -52,7 +52,7 @@ std::string statement_with(TestHost& host, std::string_view word) {
     for (int count = 0; count <= 8; ++count) {
       if (colour_at >= count && colour_at >= 0) continue;
       const std::string call = call_of(word, count, colour_at);
-      const std::string statement =
+      std::string statement =
           quor::OutputFunctionSet.contains(word)
               ? call + ";"
               : "X:=" + call + ";Y:=IF(C>O,ABS(" + call + "),1)+MA(" + call + ",3);";
@@ -73,7 +73,7 @@ TEST(Allocation, NoBarOfAWarmRunAllocates) {
   constexpr size_t rows = 300;
   Bars bars;
   for (size_t row = 0; row < rows; ++row) {
-    const double wave = static_cast<double>(row * 37 % 101);
+    const auto wave = static_cast<double>(row * 37 % 101);
     bars["O"].push_back(100 + wave);
     bars["C"].push_back(100 + static_cast<double>(row * 53 % 97));
     bars["H"].push_back(210 + wave);

@@ -44,7 +44,7 @@ char* read_average(int64_t handle) {
 }
 
 std::string text_of(char* buffer) {
-  const std::string text = buffer == nullptr ? "" : buffer;
+  std::string text = buffer == nullptr ? "" : buffer;
   release_ptr_val(buffer);
   return text;
 }

@@ -19,7 +19,7 @@ struct RunningStatistics {
 
   void take(double x) {
     take_extremes(x);
-    const double c = static_cast<double>(count);
+    const auto c = static_cast<double>(count);
     const double delta = x - m1;
     const double dn = delta / (c + 1.0);
     const double t = delta * dn * c;

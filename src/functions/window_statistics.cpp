@@ -148,7 +148,10 @@ class AVEDEV final : public BaseFunc {
 };
 
 /// 1 + 2 + ... + n; 0 for a negative n.
-double sum_up_to(int64_t n) { return n > 0 ? static_cast<double>(n * (n + 1) / 2) : 0.0; }
+double sum_up_to(int64_t n) {
+  const int64_t sum = n > 0 ? n * (n + 1) / 2 : 0;
+  return static_cast<double>(sum);
+}
 
 /// The slope of the regression line per bar. The places of the values count from 1 in the numerator
 /// and from 0 in their mean.

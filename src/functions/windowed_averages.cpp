@@ -105,7 +105,7 @@ class TSMA final : public BaseFunc {
     Sums sums;
     for (int64_t row = call.row; row > call.row - n; --row) {
       double x = null_value;
-      const int32_t i = static_cast<int32_t>(row);
+      const auto i = static_cast<int32_t>(row);
       if (const int status = call.evaluate_at(0, i, x); status != 0) return status;
       sums.add(i, x);
     }
