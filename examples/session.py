@@ -83,7 +83,7 @@ class Parser:
     """One script over the bars of one security."""
 
     def __init__(self, library, uuid):
-        self.library = library
+        self.api = library
         self.calls = library.calls
         self.handle = self.calls.create_instance()
         if self.handle == 0:
@@ -102,7 +102,7 @@ class Parser:
 
     def compile(self, script, parameters=()):
         texts = [text.encode() for text in (script, json.dumps(parameters), "")]
-        report = self.library.take_text("get_pre_parse_res", self.handle, *texts, *map(len, texts))
+        report = self.api.take_text("get_pre_parse_res", self.handle, *texts, *map(len, texts))
         return self._checked(report)
 
     def feed(self, bars):
@@ -116,7 +116,7 @@ class Parser:
     def calculate(self, first_row, with_notices):
         """Calculates from a row on. Notices are for what happens now: history goes without them."""
         self._checked(
-            self.library.take_text("exec_parser_cal", self.handle, first_row, with_notices))
+            self.api.take_text("exec_parser_cal", self.handle, first_row, with_notices))
 
     def row_count(self):
         return self.calls.get_row_num(self.handle)
@@ -136,10 +136,10 @@ class Parser:
 
     def last_values(self, column, count):
         last_row = self.row_count() - 1
-        return self.library.take_text("get_data_arr", self.handle, column, last_row, count)
+        return self.api.take_text("get_data_arr", self.handle, column, last_row, count)
 
     def draw_list(self):
-        return self.library.take_text("get_shapes", self.handle)
+        return self.api.take_text("get_shapes", self.handle)
 
     @staticmethod
     def _checked(answer):

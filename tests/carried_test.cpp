@@ -101,6 +101,17 @@ void change(Rows& rows, Bars& bars, TestHost& host) {
   host.feed(bars, row, row + 1);
 }
 
+/// COUNT once counted its bar at rows below 0, where the stretch of a negative N goes on.
+TEST(Carried, CountsNothingBelowTheFirstRow) {
+  TestHost host;
+  host.compile("A:=EXIST(COUNT(C=C OR 1,0)=1,0-1);B:=EVERY(COUNT(C=C OR 1,0),0-1);");
+  host.feed({{"C", {1, 2, 3}}});
+  ASSERT_EQ(host.run(0), success);
+  // No bar of row 2's stretch of three bars lies below 0, but bars of the rows before do.
+  EXPECT_TRUE(same(host.line("A"), {1, 1, 1})) << to_text(host.line("A"));
+  EXPECT_TRUE(same(host.line("B"), {0, 0, 1})) << to_text(host.line("B"));
+}
+
 TEST(Carried, ForgetsWhatHasChanged) {
   for (const char* call : carried) {
     Rows rows(2);

@@ -81,12 +81,6 @@ bool needs_column(const Variable& number) {
   return number.column_index == -1 && number.kind != VariableKind::missing;
 }
 
-/// NUMBER takes a column that the holder has reserved as its own.
-void take_column(Variable& number, const Variable& holder, size_t position) {
-  number.column_id = holder.aux_column_ids[position];
-  number.column_index = holder.aux_column_indexes[position];
-}
-
 template <const DrawingRow& row, size_t number_position>
 class NumberWord : public DrawingWord<row> {
  public:
@@ -105,7 +99,7 @@ class NumberWord : public DrawingWord<row> {
     Variable& number = number_of(making.call);
     if (needs_column(number)) {
       holder.reserve_aux_columns(1);
-      take_column(number, holder, 0);
+      number.take_aux_column(holder, 0);
     }
     name_number_column(making);
     return status_ok;
@@ -151,7 +145,7 @@ class DRAWLASTBARNUMBER final : public NumberWord<drawlastbarnumber, 1> {
 
   int own_rules(Making& making) const override {
     Variable& number = number_of(making.call);
-    if (needs_column(number)) take_column(number, making.call.variable, 1);
+    if (needs_column(number)) number.take_aux_column(making.call.variable, 1);
     name_number_column(making);
     return status_ok;
   }

@@ -109,8 +109,8 @@ class DIVERGENCE final : public BaseFunc {
     const bool adds_b = &b != &a && !b.has_column();
     if (fills_a || adds_b) {
       call.variable.reserve_aux_columns(fills_a + adds_b);
-      if (fills_a) take_column(call, a, 0);
-      if (adds_b) take_column(call, b, fills_a);
+      if (fills_a) a.take_aux_column(call.variable, 0);
+      if (adds_b) b.take_aux_column(call.variable, fills_a);
     }
     if (fills_a) {
       const int status = fill(call, a);
@@ -120,10 +120,6 @@ class DIVERGENCE final : public BaseFunc {
     const int status = call.evaluate(1, value);
     if (status == status_ok) call.table().set_cell(call.row, b.column_index, value);
     return status;
-  }
-
-  static void take_column(const Call& call, Variable& argument, size_t position) {
-    argument.take_aux_column(call.variable, position);
   }
 
   static int fill(const Call& call, Variable& a) {

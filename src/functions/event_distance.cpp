@@ -97,7 +97,7 @@ class BARSSINCEN final : public BaseFunc {
     auto& memory = memory_of<OldestHit>(call);
     const bool remembers = call.row >= 0 && call.row < call.table().row_count() &&
                            memory.dependencies.can_be_remembered(call, 1);
-    int32_t row = first;
+    int64_t row = first;
     if (remembers) {
       if (memory.dependencies.have_changed(call.table()) || memory.end > call.row) memory.end = 0;
       memory.dependencies.watch(call.table(), call.row);
@@ -106,9 +106,10 @@ class BARSSINCEN final : public BaseFunc {
     int32_t hit = no_row;
     for (; row <= call.row && hit == no_row; ++row) {
       double value = null_value;
-      const int status = call.evaluate_at(0, row, value);
+      const auto here = static_cast<int32_t>(row);
+      const int status = call.evaluate_at(0, here, value);
       if (status != status_ok) return status;
-      if (value == 1.0) hit = row;
+      if (value == 1.0) hit = here;
     }
     if (hit != no_row) call.result = call.row - hit;
     if (!remembers) return status_ok;

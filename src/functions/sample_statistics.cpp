@@ -98,7 +98,7 @@ class COUNT final : public BaseFunc {
     call.evaluate(1, bars);
     if (bars == 0.0) bars = call.table().row_count();
     bars = std::min(bars, call.row + 1.0);
-    if (bars == call.row + 1.0) return count_all(call);
+    if (call.row >= 0 && bars == call.row + 1.0) return count_all(call);
     double count = 0.0;
     const int status = count_back(call, call.row, bars, count);
     return status != 0 ? status : answer(call, count);

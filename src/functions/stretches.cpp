@@ -45,10 +45,14 @@ int any_bar(const Call& call, size_t arguments, double least, double bars, bool&
     decided = found != no_row;
     return status;
   }
-  // What can be remembered is the same at all rows below 0.
-  const int status = session.newest(start, 0, decides, found);
+  int status = session.newest(start, 0, decides, found);
   decided = found != no_row;
-  return status != status_ok || decided ? status : decides(-1, decided);
+  // Below row 0 what can be remembered differs at most by a gate of a period: both ends tell all.
+  for (const int64_t end : {int64_t{-1}, oldest}) {
+    if (status != status_ok || decided) break;
+    status = decides(static_cast<int32_t>(end), decided);
+  }
+  return status;
 }
 
 /// 0.0 or 1.0: whether no bar of the stretch decides, or with `if_decided` whether one does.
