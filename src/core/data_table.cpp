@@ -39,6 +39,7 @@ int32_t DataTable::add_column(uint32_t id) {
   index_of_id_.emplace(id, index);
   column_ids_.push_back(id);
   columns_.push_back({std::move(cells)});
+  note_size();
   ++layout_;
   return index;
 }
@@ -59,6 +60,11 @@ void DataTable::note_changed_rows() {
   }
 }
 
+void DataTable::note_size() {
+  rows_ = static_cast<uint32_t>(keys_.size());
+  column_count_ = static_cast<uint32_t>(columns_.size());
+}
+
 void DataTable::store_key(size_t row) {
   const int32_t time_column = column_index_of(time_column_id);
   if (time_column == -1) return;
@@ -77,6 +83,7 @@ void DataTable::insert_row(int64_t key) {
   if (row + 1 < static_cast<ptrdiff_t>(rows)) note_changed_rows();
   keys_.insert(keys_.begin() + row, key);
   for (Column& column : columns_) column.cells.insert(column.cells.begin() + row, null_value);
+  note_size();
   store_key(static_cast<size_t>(row));
 }
 
@@ -171,6 +178,7 @@ void DataTable::append_rows(const RowBatch& batch, size_t count, const Place& pl
       if (targets[c] != nullptr) targets[c][i] = values[c];
     }
   }
+  note_size();
   for (size_t row = old_rows; row < rows; ++row) store_key(row);
 }
 
@@ -228,6 +236,7 @@ void DataTable::interleave_rows(const RowBatch& batch, const std::vector<BatchRo
   }
   keys_.swap(keys);
   for (size_t c = 0; c < columns.size(); ++c) columns_[c].cells.swap(columns[c]);
+  note_size();
   note_changed_rows();
   for (const uint32_t row : fresh) store_key(row);
 }
@@ -243,7 +252,7 @@ Window DataTable::window(int32_t column_index, int32_t last_row, int32_t count) 
   }
   if (size <= 0) return {};
   const int64_t first = rows_up_to - size;
-  const bool known = static_cast<uint32_t>(column_index) < columns_.size();
+  const bool known = static_cast<uint32_t>(column_index) < column_count_;
   const int64_t stored = known ? std::clamp<int64_t>(row_count() - first, 0, size) : 0;
   const double* values =
       stored > 0 ? columns_[static_cast<uint32_t>(column_index)].cells.data() + first : nullptr;
@@ -273,6 +282,7 @@ void DataTable::reset() {
   }
   column_ids_.resize(kept);
   columns_.resize(kept);
+  note_size();
   std::erase_if(index_of_id_, [](const auto& entry) { return entry.first != time_column_id; });
   next_auxiliary_id_ = first_auxiliary_id;
   ++layout_;
@@ -281,6 +291,7 @@ void DataTable::reset() {
 void DataTable::clear_rows() {
   keys_.clear();
   for (Column& column : columns_) column.cells.clear();
+  note_size();
   note_changed_rows();
 }
 

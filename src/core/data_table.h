@@ -49,12 +49,18 @@ struct BatchRow {
 /// Owned by the pool and touched only under the instance's lock. A row is a 0-based index into the
 /// ascending keys; row indexes move when a row is inserted before them.
 class DataTable {
+  struct Column {
+    std::vector<double> cells;  ///< as long as `keys_`
+    int32_t watched_rows = 0;   ///< a change of a row below counts
+    uint32_t changes = 0;
+  };
+
  public:
   /// The first id that lines and calls get. The common fields of a host lie below.
   static constexpr uint32_t first_auxiliary_id = 20000;
 
-  int32_t row_count() const { return static_cast<int32_t>(keys_.size()); }
-  uint32_t column_count() const { return static_cast<uint32_t>(columns_.size()); }
+  int32_t row_count() const { return static_cast<int32_t>(rows_); }
+  uint32_t column_count() const { return column_count_; }
   uint32_t column_id(uint32_t index) const { return column_ids_[index]; }
   int64_t key(int32_t row) const { return keys_[static_cast<size_t>(row)]; }
 
@@ -77,6 +83,37 @@ class DataTable {
   /// Takes a batch in one merge. Cells of existing rows that the batch doesn't name keep their
   /// values, those of new rows are null; column 1 holds the key.
   void merge_rows(const RowBatch& batch);
+
+  /// The cells of one row, read in place. A row outside the table reads as nulls. Valid until the
+  /// table changes its shape.
+  class Row {
+   public:
+    double operator[](int32_t column) const {
+      return static_cast<uint32_t>(column) < count_
+                 ? columns_[static_cast<uint32_t>(column)].cells[row_]
+                 : null_value;
+    }
+
+   private:
+    friend class DataTable;
+    Row(const std::vector<Column>& columns, uint32_t count, uint32_t row)
+        : columns_(columns.data()), count_(count), row_(row) {}
+
+    const Column* columns_;
+    uint32_t count_;
+    uint32_t row_;
+  };
+
+  Row row(int32_t row) const {
+    const bool inside = static_cast<uint32_t>(row) < rows_;
+    return {columns_, inside ? column_count_ : 0, static_cast<uint32_t>(row)};
+  }
+
+  /// All cells of a column, oldest first; none of a column that isn't there. Valid as a window is.
+  std::span<const double> cells(int32_t column) const {
+    if (static_cast<uint32_t>(column) >= column_count_) return {};
+    return columns_[static_cast<uint32_t>(column)].cells;
+  }
 
   double value_at(int32_t row, uint32_t id) const { return cell(row, column_index_of(id)); }
 
@@ -122,19 +159,13 @@ class DataTable {
  private:
   static constexpr uint32_t no_row = 0xFFFFFFFF;
 
-  struct Column {
-    std::vector<double> cells;  ///< as long as `keys_`
-    int32_t watched_rows = 0;   ///< a change of a row below counts
-    uint32_t changes = 0;
-  };
-
   static void note_change(Column& column, int32_t row, double value);
   void note_changed_rows();
 
   bool is_cell(int32_t row, int32_t column) const {
-    return static_cast<uint32_t>(row) < keys_.size() &&
-           static_cast<uint32_t>(column) < columns_.size();
+    return static_cast<uint32_t>(row) < rows_ && static_cast<uint32_t>(column) < column_count_;
   }
+  void note_size();
   void insert_row(int64_t key);
   void store_key(size_t row);
   template <typename Place>
@@ -145,6 +176,9 @@ class DataTable {
   std::vector<int64_t> keys_;  ///< ascending, no key twice
   std::vector<uint32_t> column_ids_;
   std::vector<Column> columns_;  ///< parallel to `column_ids_`
+  // The sizes of `keys_` and `columns_`, ready for the check of every access to a cell.
+  uint32_t rows_ = 0;
+  uint32_t column_count_ = 0;
   std::unordered_map<uint32_t, int32_t> index_of_id_;
   uint32_t next_auxiliary_id_ = first_auxiliary_id;
   uint64_t layout_ = 0;
