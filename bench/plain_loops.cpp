@@ -101,6 +101,20 @@ double slope(const double* x, size_t n) {
   return numerator / denominator;
 }
 
+/// The window before the bar without its nulls, then the bar, less the value that leaves.
+void moving_sum(const Series& x, size_t n, Series& y) {
+  for (size_t i = 0; i < x.size(); ++i) {
+    const size_t first = i < n ? 0 : i - n;
+    double sum = 0.0;
+    for (size_t k = first; k < i; ++k) {
+      if (!std::isnan(x[k])) sum += x[k];
+    }
+    sum += x[i];
+    if (i >= n && !std::isnan(x[first])) sum -= x[first];
+    y[i] = std::isnan(sum) ? 0.0 : sum;
+  }
+}
+
 template <typename Further>
 void extreme(const Series& x, size_t n, Series& y, const Further& further) {
   for (size_t i = 0; i < x.size(); ++i) {
@@ -225,7 +239,7 @@ constexpr Yardstick table[] = {
     {Kind::average, "WMA 20", "A:=WMA(C,20);",
      [](B b, Series& y) { over_windows(b.close, 20, y, weighted_mean); }},
     {Kind::statistic, "SUM 20", "A:=SUM(C,20);",
-     [](B b, Series& y) { over_windows(b.close, 20, y, sum_of); }},
+     [](B b, Series& y) { moving_sum(b.close, 20, y); }},
     {Kind::statistic, "STD 20", "A:=STD(C,20);",
      [](B b, Series& y) { over_windows(b.close, 20, y, deviation); }},
     {Kind::statistic, "AVEDEV 20", "A:=AVEDEV(C,20);",

@@ -1,6 +1,7 @@
 #include "functions/averaging.h"
 
 #include <algorithm>
+#include <span>
 
 #include "core/model.h"
 #include "functions/series.h"
@@ -8,35 +9,46 @@
 namespace quor {
 namespace {
 
-WindowSeed recompute_seed(const DataTable& table, int32_t x_column, int64_t previous_row,
-                          int64_t count) {
-  WindowSeed seed{.count = count, .recomputed = true};
-  const int64_t start = std::max<int64_t>(previous_row - count + 1, 0);
-  // Rows behind the table are nulls that needn't be visited.
-  const int64_t stored = std::min<int64_t>(previous_row, table.row_count() - 1);
-  if (start <= previous_row) {
-    seed.leaving = cell_at(table, start, x_column);
-    if (is_null(seed.leaving)) --seed.count;
-    seed.count -= previous_row - std::max(stored, start - 1);
-  }
-  if (start > stored) {
-    seed.sum = null_value;
-    seed.count = std::max<int64_t>(seed.count, 0);
-    return seed;
-  }
-  const auto size = static_cast<int32_t>(stored - start + 1);
-  const Window window = table.window(x_column, static_cast<int32_t>(stored), size);
+/// Adds up the values that are not null, oldest first, and counts the nulls.
+struct CheckedSum {
+  double sum = 0.0;
   int64_t nulls = 0;
-  for (size_t i = 0; i < window.size(); ++i) {
-    if (is_null(window[i])) {
-      ++nulls;
+};
+
+CheckedSum checked_sum(std::span<const double> values) {
+  CheckedSum checked;
+  for (size_t i = 0; i < values.size(); ++i) checked.sum += values[i];
+  // Only a null makes no number of a sum of numbers, save for infinities.
+  if (!is_null(checked.sum)) return checked;
+  checked.sum = 0.0;
+  for (const double value : values) {
+    if (is_null(value)) {
+      ++checked.nulls;
     } else {
-      seed.sum += window[i];
+      checked.sum += value;
     }
   }
-  seed.count = std::max<int64_t>(seed.count - nulls, 0);
-  if (nulls == size) seed.sum = null_value;
-  return seed;
+  return checked;
+}
+
+/// The values of the rows `first` to `last`, as far as there are any.
+std::span<const double> existing(std::span<const double> values, int64_t first, int64_t last) {
+  const int64_t end = std::min<int64_t>(last + 1, std::ssize(values));
+  if (end <= first) return {};
+  return values.subspan(static_cast<size_t>(first), static_cast<size_t>(end - first));
+}
+
+/// Rows that aren't there count as nulls.
+WindowSeed recompute_seed(std::span<const double> x, int64_t previous_row, int64_t count) {
+  const int64_t first = std::max<int64_t>(previous_row - count + 1, 0);
+  const int64_t rows = previous_row - first + 1;
+  if (rows <= 0) return {null_value, 0.0, std::max<int64_t>(count, 0), true};
+  const std::span<const double> values = existing(x, first, previous_row);
+  const CheckedSum checked = checked_sum(values);
+  const int64_t numbers = std::ssize(values) - checked.nulls;
+  const double leaving = values.empty() ? null_value : values.front();
+  const int64_t left = count - (rows - numbers) - (is_null(leaving) ? 1 : 0);
+  return {numbers > 0 ? checked.sum : null_value, leaving, std::max<int64_t>(left, 0), true};
 }
 
 /// X's own column, reserved on X itself.
@@ -70,8 +82,8 @@ double smoothing_step(double x, double prev, int64_t n, int64_t m) {
 WindowSeed window_seed(const DataTable& table, int32_t x_column, int32_t result_column,
                        int64_t previous_row, int64_t count, bool force) {
   if (previous_row < 0) return {.count = count};
-  const double previous = cell_at(table, previous_row, result_column);
-  if (force || is_null(previous)) return recompute_seed(table, x_column, previous_row, count);
+  const double previous = force ? null_value : cell_at(table, previous_row, result_column);
+  if (is_null(previous)) return recompute_seed(table.cells(x_column), previous_row, count);
   WindowSeed seed{.sum = previous, .count = count};
   if (previous_row >= count - 1) seed.leaving = cell_at(table, previous_row - count + 1, x_column);
   return seed;
@@ -136,20 +148,6 @@ int32_t aux_column(const Variable& variable, size_t position) {
 void adopt_aux_column(Variable& variable, const Variable& holder, size_t position) {
   if (position >= holder.aux_column_ids.size()) return;
   variable.take_aux_column(holder, position);
-}
-
-int32_t result_column(const Call& call) {
-  Variable& variable = call.variable;
-  if (!variable.has_column()) {
-    variable.reserve_aux_columns(1);
-    adopt_aux_column(variable, variable, 0);
-  }
-  return variable.column_index;
-}
-
-double keep(const Call& call, int32_t column, double value) {
-  call.table().set_cell(call.row, column, value);
-  return value;
 }
 
 }  // namespace quor

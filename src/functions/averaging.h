@@ -6,6 +6,7 @@
 #include "core/data_table.h"
 #include "core/value.h"
 #include "functions/base_func.h"
+#include "functions/series.h"
 
 namespace quor {
 
@@ -72,9 +73,15 @@ void adopt_aux_column(Variable& variable, const Variable& holder, size_t positio
 
 /// The column in which the call's results stand; reserved at first use for a word whose calls get
 /// none from the compiler.
-int32_t result_column(const Call& call);
+inline int32_t result_column(const Call& call) {
+  ensure_result_column(call);
+  return call.variable.column_index;
+}
 
 /// Writes the bar's state or result into a column and gives it back.
-double keep(const Call& call, int32_t column, double value);
+inline double keep(const Call& call, int32_t column, double value) {
+  call.table().set_cell(call.row, column, value);
+  return value;
+}
 
 }  // namespace quor

@@ -12,22 +12,16 @@ int32_t store_in_aux(const Call& call, const Variable& argument, Variable& holde
 
 }  // namespace
 
-void ensure_result_column(const Call& call) {
-  Variable& variable = call.variable;
-  if (variable.has_column()) return;
-  variable.reserve_aux_columns(1);
-  variable.take_aux_column(variable, 0);
+void give_result_column(const Call& call) {
+  call.variable.reserve_aux_columns(1);
+  call.variable.take_aux_column(call.variable, 0);
 }
 
-int32_t store_in_own_column(const Call& call, Variable& argument, double value) {
-  if (!argument.has_column()) {
-    // One variable stands for all arguments that aren't there, so it takes no column.
-    if (argument.kind == VariableKind::missing) return -1;
-    call.variable.reserve_aux_columns(1);
-    argument.take_aux_column(call.variable, 0);
-  }
-  call.table().set_cell(call.row, argument.column_index, value);
-  return argument.column_index;
+void give_own_column(const Call& call, Variable& argument) {
+  // One variable stands for all arguments that aren't there, so it takes no column.
+  if (argument.kind == VariableKind::missing) return;
+  call.variable.reserve_aux_columns(1);
+  argument.take_aux_column(call.variable, 0);
 }
 
 int32_t store_in_aux_of_argument(const Call& call, Variable& argument, double value) {

@@ -7,13 +7,23 @@
 
 namespace quor {
 
+void give_result_column(const Call& call);
 /// Gives the call a column of its own unless it has one: its only auxiliary column.
-void ensure_result_column(const Call& call);
+inline void ensure_result_column(const Call& call) {
+  if (!call.variable.has_column()) give_result_column(call);
+}
+
+/// Hands a column that the call reserves to an argument without one.
+void give_own_column(const Call& call, Variable& argument);
 
 /// Form A: the argument's own column, or one that the call reserves and hands to the argument, so
 /// that later bars find it. Stores the argument's value of this bar there in both cases. Gives the
 /// column's index.
-int32_t store_in_own_column(const Call& call, Variable& argument, double value);
+inline int32_t store_in_own_column(const Call& call, Variable& argument, double value) {
+  if (!argument.has_column()) give_own_column(call, argument);
+  call.table().set_cell(call.row, argument.column_index, value);
+  return argument.column_index;
+}
 
 /// Form B: the argument's own column, where nothing is stored, or an auxiliary column of the
 /// argument, where its value of this bar is stored. The argument's column stays as it is.
