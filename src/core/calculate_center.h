@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "core/data_pool_center.h"
 #include "core/word_scratch.h"
@@ -56,27 +58,53 @@ class CalculateCenter {
   int32_t start_row() const { return start_row_; }
 
  private:
+  /// What one evaluation of a program works with.
+  struct Frame {
+    DataTable::Row cells;
+    double* slots;
+    const int32_t row;
+    const bool scan;
+    std::string& error;
+  };
+
   int evaluate_call(Variable& variable, int32_t row, bool scan, std::string& error, double& result);
   int evaluate_expression(Variable& variable, int32_t row, bool scan, std::string& error,
                           double& result);
   int evaluate_other(Variable& variable, int32_t row, bool scan, std::string& error,
                      double& result);
-  int operand_value(const Program& program, const Operand& operand, int32_t row, bool scan,
-                    std::string& error, double& value);
-  int run_steps(Program& program, int32_t row, bool scan, std::string& error);
+  int operand_value(const Operand& operand, Frame& frame, double& value);
+  int run_steps(const Program& program, Frame& frame);
   static int end_without_value(const Program& program, int32_t line, std::string& error);
+
+  /// A statement as a run calculates it at each of its rows.
+  struct Task {
+    enum class Kind : uint8_t {
+      number,    ///< the statement's number, which SET may change
+      constant,  ///< `value`, for a call that writes nothing but one cell
+      formula,   ///< the statement's program
+    };
+
+    Kind kind;
+    int32_t column;  ///< where the value goes; -1 for nowhere
+    double value;
+    Variable* statement;
+  };
 
   void refresh_column_indexes();
   int scan_statements(std::string& error);
   int run_statements(int32_t first_row, std::string& error);
   void load_calendar();
-  int calculate_cell(Variable& statement, int32_t row, std::string& error);
+  void plan_tasks();
+  Task task_of(Variable& statement) const;
+  int run_rows(std::span<const Task> tasks, int32_t first, int32_t end, std::string& error);
+  int run_task(const Task& task, int32_t row, std::string& error);
 
   DataPoolCenter& pool_;
   ShapeManagement shapes_;
   WordScratch scratch_;
   int32_t start_row_ = 0;
   int nesting_ = 0;
+  std::vector<Task> tasks_;  ///< of the current run, one for each statement
 };
 
 }  // namespace quor

@@ -115,39 +115,39 @@ int CalculateCenter::evaluate_other(Variable& variable, int32_t row, bool scan, 
 }
 
 // Inline, because an operand is mostly a number or a cell.
-[[gnu::always_inline]] inline int CalculateCenter::operand_value(const Program& program,
-                                                                 const Operand& operand,
-                                                                 int32_t row, bool scan,
-                                                                 std::string& error,
-                                                                 double& value) {
+[[gnu::always_inline]] inline int CalculateCenter::operand_value(const Operand& operand,
+                                                                 Frame& frame, double& value) {
   switch (operand.source) {
     case Operand::Source::number:
       value = operand.number;
       return status_ok;
     case Operand::Source::slot:
-      value = program.slots[operand.slot];
+      value = frame.slots[operand.slot];
       return status_ok;
     case Operand::Source::field:
-      value = pool_.table().cell(row, operand.variable->column_index);
+      value = frame.cells[operand.variable->column_index];
       return status_ok;
     case Operand::Source::reference:
       break;
   }
-  return evaluate(*operand.variable, row, scan, error, value);
+  const int status = evaluate(*operand.variable, frame.row, frame.scan, frame.error, value);
+  // The call may have added columns.
+  frame.cells = pool_.table().row(frame.row);
+  return status;
 }
 
-int CalculateCenter::run_steps(Program& program, int32_t row, bool scan, std::string& error) {
+int CalculateCenter::run_steps(const Program& program, Frame& frame) {
   for (const Step& step : program.steps) {
     double right = 0.0;
-    int status = operand_value(program, step.right, row, scan, error, right);
+    int status = operand_value(step.right, frame, right);
     if (status != status_ok) return status;
     if (step.kind == Step::Kind::reduce) {
       double left = 0.0;
-      status = operand_value(program, step.left, row, scan, error, left);
+      status = operand_value(step.left, frame, left);
       if (status != status_ok) return status;
-      program.slots[step.slot] = reduce(step.op, left, right);
+      frame.slots[step.slot] = reduce(step.op, left, right);
     } else if (step.kind == Step::Kind::negate) {
-      program.slots[step.slot] = -right;
+      frame.slots[step.slot] = -right;
     }
   }
   return status_ok;
@@ -155,14 +155,13 @@ int CalculateCenter::run_steps(Program& program, int32_t row, bool scan, std::st
 
 int CalculateCenter::evaluate_elements(Program& program, int32_t row, bool scan, int32_t line,
                                        std::string& error, double& result) {
+  Frame frame{pool_.table().row(row), program.slots.data(), row, scan, error};
   if (!program.steps.empty()) {
-    const int status = run_steps(program, row, scan, error);
+    const int status = run_steps(program, frame);
     if (status != status_ok) return status;
   }
   // The caller's start value goes to a lone reference.
-  if (program.ending == Ending::value) {
-    return operand_value(program, program.result, row, scan, error, result);
-  }
+  if (program.ending == Ending::value) return operand_value(program.result, frame, result);
   return end_without_value(program, line, error);
 }
 
@@ -181,18 +180,28 @@ int CalculateCenter::end_without_value(const Program& program, int32_t line, std
   }
 }
 
-// Runs at every bar of every statement, so all of its steps are one piece of code.
-[[gnu::flatten]] int CalculateCenter::calculate_cell(Variable& statement, int32_t row,
-                                                     std::string& error) {
-  double result = statement.value;
-  if (statement.kind != VariableKind::number) {
-    result = 0.0;
+inline int CalculateCenter::run_task(const Task& task, int32_t row, std::string& error) {
+  double result = task.value;
+  if (task.kind == Task::Kind::formula) {
+    Variable& statement = *task.statement;
     const int status =
         evaluate_elements(statement.program, row, false, statement.line, error, result);
-    if (status != status_ok || statement.kind != VariableKind::expression) return status;
+    if (status != status_ok) return status;
+  } else if (task.kind == Task::Kind::number) {
+    result = task.statement->value;
   }
-  if (statement.column_id != no_column) {
-    pool_.table().set_cell(row, statement.column_index, result);
+  if (task.column != -1) pool_.table().set_cell(row, task.column, result);
+  return status_ok;
+}
+
+// All of a bar's evaluation that isn't the work of a word is one piece of code.
+[[gnu::flatten]] int CalculateCenter::run_rows(std::span<const Task> tasks, int32_t first,
+                                               int32_t end, std::string& error) {
+  for (int32_t row = first; row < end; ++row) {
+    for (const Task& task : tasks) {
+      const int status = run_task(task, row, error);
+      if (status != status_ok) return status;
+    }
   }
   return status_ok;
 }

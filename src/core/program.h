@@ -57,6 +57,11 @@ struct Program {
   /// Results of the steps of one run. An expression never evaluates itself, so a program needs one
   /// set only, and no run allocates.
   std::vector<double> slots;
+
+  /// What the program evaluates if it is nothing but one reference; else null.
+  Variable* lone_reference() const {
+    return steps.empty() && ending == Ending::value ? result.variable : nullptr;
+  }
 };
 
 /// Records the walk over a finished list. Which steps it makes doesn't depend on any value: the

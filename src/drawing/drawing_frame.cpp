@@ -159,11 +159,39 @@ int DrawingFunc::write_column(const Call& call, BaseShape& record, size_t positi
   if (column.fill == Fill::negated) {
     value = -value;
   } else if (column.fill != Fill::number) {
-    const bool holds = column.fill == Fill::zero_mark ? value != 0.0 : to_int(value) != 0;
-    value = mark_of(holds && (row_.is_drawn == nullptr || row_.is_drawn(record)));
+    value = mark(column.fill, value, record);
   }
   set_call_column(call, position, value);
   return status_ok;
+}
+
+double DrawingFunc::mark(Fill fill, double condition, BaseShape& record) const {
+  const bool holds = fill == Fill::zero_mark ? condition != 0.0 : to_int(condition) != 0;
+  return mark_of(holds && (row_.is_drawn == nullptr || row_.is_drawn(record)));
+}
+
+/// The mark of a number as the condition, where every price stands in a column of its own.
+std::optional<ConstantCell> DrawingFunc::constant_mark(const Variable& call) const {
+  const auto is = [&call](size_t position, VariableKind kind) {
+    return position < call.arguments.size() && call.arguments[position] != nullptr &&
+           call.arguments[position]->kind == kind;
+  };
+  const Column& column = *row_.columns.begin();
+  const bool one_mark = row_.columns.size() == 1 && !row_.last_row_only &&
+                        (column.fill == Fill::zero_mark || column.fill == Fill::int_mark);
+  // SET may change a number.
+  if (!one_mark || call.shape == nullptr || call.aux_column_indexes.empty() ||
+      call.pool->sets_variables || !is(column.argument, VariableKind::number)) {
+    return std::nullopt;
+  }
+  const Variable& condition = *call.arguments[column.argument];
+  const bool no_price_to_store = std::ranges::all_of(row_.values, [&](const Value& value) {
+    return is(value.argument, VariableKind::field) &&
+           call.arguments[value.argument]->has_column() &&
+           call.arguments[value.argument]->aux_column_indexes.empty();
+  });
+  if (!no_price_to_store || condition.text.empty()) return std::nullopt;
+  return ConstantCell{call.aux_column_indexes[0], mark(column.fill, condition.value, *call.shape)};
 }
 
 void set_title(Making& making, Title title) {

@@ -196,6 +196,8 @@ class DrawingFunc : public BaseFunc {
     return status_ok;
   }
   int store_values(const Call& call) const;
+  /// `constant_cell` of a word that writes its bars as the frame does.
+  std::optional<ConstantCell> constant_mark(const Variable& call) const;
   int write_columns(const Call& call, BaseShape& record) const;
 
   int bind_values(Making& making) const;
@@ -206,6 +208,7 @@ class DrawingFunc : public BaseFunc {
   int resolve_colours(Making& making) const;
   int reserve_columns(Making& making) const;
   int write_column(const Call& call, BaseShape& record, size_t position) const;
+  double mark(Fill fill, double condition, BaseShape& record) const;
 
   const DrawingRow& row_;
   std::vector<size_t> filled_columns_;  ///< positions in the order in which a bar fills them

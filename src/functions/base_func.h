@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -54,6 +55,12 @@ struct Call {
   int wrong_count() const;
 };
 
+/// A cell that a call fills with the same number at every bar.
+struct ConstantCell {
+  int32_t column;
+  double value;
+};
+
 /// One object per function word, shared by all calls of all instances and constant.
 class BaseFunc {
  public:
@@ -64,6 +71,9 @@ class BaseFunc {
 
   /// The value of the call at its row goes into `call.result`. Gives a status; 0 is success.
   virtual int execute(const Call& call) const = 0;
+  /// What a call comes to at every bar of a run that is about to start, if it does no more than
+  /// fill one cell: the run then does that in place of `execute`.
+  virtual std::optional<ConstantCell> constant_cell(const Variable& call) const;
 
   const std::string& name() const { return name_; }
   int32_t id() const { return id_; }
