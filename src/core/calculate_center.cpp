@@ -72,11 +72,13 @@ CalculateCenter::Task CalculateCenter::task_of(Variable& statement) const {
   Task task{Task::Kind::formula, stores ? statement.column_index : -1, 0.0, &statement};
   if (statement.kind == VariableKind::number) task.kind = Task::Kind::number;
   const Variable* call = statement.program.lone_reference();
-  if (stores || call == nullptr || call->function == nullptr) return task;
+  if (task.kind != Task::Kind::formula || call == nullptr || call->kind != VariableKind::call) {
+    return task;
+  }
+  task.kind = Task::Kind::call;
+  if (stores || call->function == nullptr) return task;
   if (const auto cell = call->function->constant_cell(*call)) {
-    task.kind = Task::Kind::constant;
-    task.column = cell->column;
-    task.value = cell->value;
+    task = {Task::Kind::constant, cell->column, cell->value, &statement};
   }
   return task;
 }

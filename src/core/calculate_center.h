@@ -42,8 +42,10 @@ class CalculateCenter {
         return 0;
       case VariableKind::call:
         return evaluate_call(variable, row, scan, error, result);
+      case VariableKind::expression:
+        return evaluate_expression(variable, row, scan, error, result);
       default:
-        return evaluate_other(variable, row, scan, error, result);
+        return evaluate_other(variable, result);
     }
   }
 
@@ -70,8 +72,12 @@ class CalculateCenter {
   int evaluate_call(Variable& variable, int32_t row, bool scan, std::string& error, double& result);
   int evaluate_expression(Variable& variable, int32_t row, bool scan, std::string& error,
                           double& result);
-  int evaluate_other(Variable& variable, int32_t row, bool scan, std::string& error,
-                     double& result);
+  static int evaluate_other(const Variable& variable, double& result);
+  int evaluate_reference(Variable& variable, int32_t row, bool scan, std::string& error,
+                         double& value);
+  int run_call(Variable& variable, int32_t row, bool scan, std::string& error, double& result);
+  int run_program(Program& program, int32_t row, bool scan, int32_t line, std::string& error,
+                  double& result);
   int operand_value(const Operand& operand, Frame& frame, double& value);
   int run_steps(const Program& program, Frame& frame);
   static int end_without_value(const Program& program, int32_t line, std::string& error);
@@ -81,7 +87,8 @@ class CalculateCenter {
     enum class Kind : uint8_t {
       number,    ///< the statement's number, which SET may change
       constant,  ///< `value`, for a call that writes nothing but one cell
-      formula,   ///< the statement's program
+      call,      ///< one call and nothing else
+      formula,   ///< any other program
     };
 
     Kind kind;
@@ -97,7 +104,7 @@ class CalculateCenter {
   void plan_tasks();
   Task task_of(Variable& statement) const;
   int run_rows(std::span<const Task> tasks, int32_t first, int32_t end, std::string& error);
-  int run_task(const Task& task, int32_t row, std::string& error);
+  int task_value(const Task& task, int32_t row, std::string& error, double& result);
 
   DataPoolCenter& pool_;
   ShapeManagement shapes_;

@@ -71,8 +71,9 @@ double literal_value(std::string_view text) {
 
 void refuse_nesting() { throw std::runtime_error("expression nested too deeply"); }
 
-int CalculateCenter::evaluate_call(Variable& variable, int32_t row, bool scan, std::string& error,
-                                   double& result) {
+[[gnu::always_inline]] inline int CalculateCenter::run_call(Variable& variable, int32_t row,
+                                                            bool scan, std::string& error,
+                                                            double& result) {
   if (variable.function == nullptr) {
     result = null_value;
     return status_ok;
@@ -80,6 +81,11 @@ int CalculateCenter::evaluate_call(Variable& variable, int32_t row, bool scan, s
   if (scan) pool_.invoked_functions.insert(variable.function_word);
   const Level level(nesting_);
   return variable.function->execute({pool_, *this, variable, row, scan, error, result});
+}
+
+int CalculateCenter::evaluate_call(Variable& variable, int32_t row, bool scan, std::string& error,
+                                   double& result) {
+  return run_call(variable, row, scan, error, result);
 }
 
 int CalculateCenter::evaluate_expression(Variable& variable, int32_t row, bool scan,
@@ -97,24 +103,21 @@ int CalculateCenter::evaluate_expression(Variable& variable, int32_t row, bool s
     return status_undefined_argument;
   }
   const Level level(nesting_);
-  return evaluate_elements(variable.program, row, scan, variable.line, error, result);
+  return run_program(variable.program, row, scan, variable.line, error, result);
 }
 
-int CalculateCenter::evaluate_other(Variable& variable, int32_t row, bool scan, std::string& error,
-                                    double& result) {
-  switch (variable.kind) {
-    case VariableKind::expression:
-      return evaluate_expression(variable, row, scan, error, result);
-    case VariableKind::missing:
-      result = null_value;
-      return status_variable_gone;
-    default:
-      result = 0.0;
-      return status_ok;
-  }
+int CalculateCenter::evaluate_other(const Variable& variable, double& result) {
+  const bool missing = variable.kind == VariableKind::missing;
+  result = missing ? null_value : 0.0;
+  return missing ? status_variable_gone : status_ok;
 }
 
-// Inline, because an operand is mostly a number or a cell.
+int CalculateCenter::evaluate_reference(Variable& variable, int32_t row, bool scan,
+                                        std::string& error, double& value) {
+  if (variable.kind == VariableKind::call) return run_call(variable, row, scan, error, value);
+  return evaluate(variable, row, scan, error, value);
+}
+
 [[gnu::always_inline]] inline int CalculateCenter::operand_value(const Operand& operand,
                                                                  Frame& frame, double& value) {
   switch (operand.source) {
@@ -130,13 +133,16 @@ int CalculateCenter::evaluate_other(Variable& variable, int32_t row, bool scan, 
     case Operand::Source::reference:
       break;
   }
-  const int status = evaluate(*operand.variable, frame.row, frame.scan, frame.error, value);
-  // The call may have added columns.
+  double written = value;
+  const int status =
+      evaluate_reference(*operand.variable, frame.row, frame.scan, frame.error, written);
+  value = written;
+  // A call may have added columns.
   frame.cells = pool_.table().row(frame.row);
   return status;
 }
 
-int CalculateCenter::run_steps(const Program& program, Frame& frame) {
+[[gnu::always_inline]] inline int CalculateCenter::run_steps(const Program& program, Frame& frame) {
   for (const Step& step : program.steps) {
     double right = 0.0;
     int status = operand_value(step.right, frame, right);
@@ -153,16 +159,20 @@ int CalculateCenter::run_steps(const Program& program, Frame& frame) {
   return status_ok;
 }
 
-int CalculateCenter::evaluate_elements(Program& program, int32_t row, bool scan, int32_t line,
-                                       std::string& error, double& result) {
+[[gnu::always_inline]] inline int CalculateCenter::run_program(Program& program, int32_t row,
+                                                               bool scan, int32_t line,
+                                                               std::string& error, double& result) {
   Frame frame{pool_.table().row(row), program.slots.data(), row, scan, error};
-  if (!program.steps.empty()) {
-    const int status = run_steps(program, frame);
-    if (status != status_ok) return status;
-  }
+  const int status = run_steps(program, frame);
+  if (status != status_ok) return status;
   // The caller's start value goes to a lone reference.
   if (program.ending == Ending::value) return operand_value(program.result, frame, result);
   return end_without_value(program, line, error);
+}
+
+int CalculateCenter::evaluate_elements(Program& program, int32_t row, bool scan, int32_t line,
+                                       std::string& error, double& result) {
+  return run_program(program, row, scan, line, error, result);
 }
 
 int CalculateCenter::end_without_value(const Program& program, int32_t line, std::string& error) {
@@ -180,27 +190,32 @@ int CalculateCenter::end_without_value(const Program& program, int32_t line, std
   }
 }
 
-inline int CalculateCenter::run_task(const Task& task, int32_t row, std::string& error) {
-  double result = task.value;
-  if (task.kind == Task::Kind::formula) {
-    Variable& statement = *task.statement;
-    const int status =
-        evaluate_elements(statement.program, row, false, statement.line, error, result);
-    if (status != status_ok) return status;
-  } else if (task.kind == Task::Kind::number) {
-    result = task.statement->value;
+[[gnu::always_inline]] inline int CalculateCenter::task_value(const Task& task, int32_t row,
+                                                              std::string& error, double& result) {
+  Variable& statement = *task.statement;
+  switch (task.kind) {
+    case Task::Kind::number:
+      result = statement.value;
+      return status_ok;
+    case Task::Kind::constant:
+      result = task.value;
+      return status_ok;
+    case Task::Kind::call:
+      return run_call(*statement.program.result.variable, row, false, error, result);
+    case Task::Kind::formula:
+      break;
   }
-  if (task.column != -1) pool_.table().set_cell(row, task.column, result);
-  return status_ok;
+  return run_program(statement.program, row, false, statement.line, error, result);
 }
 
-// All of a bar's evaluation that isn't the work of a word is one piece of code.
-[[gnu::flatten]] int CalculateCenter::run_rows(std::span<const Task> tasks, int32_t first,
-                                               int32_t end, std::string& error) {
+int CalculateCenter::run_rows(std::span<const Task> tasks, int32_t first, int32_t end,
+                              std::string& error) {
   for (int32_t row = first; row < end; ++row) {
     for (const Task& task : tasks) {
-      const int status = run_task(task, row, error);
+      double result = 0.0;
+      const int status = task_value(task, row, error, result);
       if (status != status_ok) return status;
+      if (task.column != -1) pool_.table().set_cell(row, task.column, result);
     }
   }
   return status_ok;
