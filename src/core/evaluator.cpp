@@ -9,16 +9,17 @@
 namespace quor {
 namespace {
 
-double truth(bool value) { return value ? 1.0 : 0.0; }
+// Neither this nor the comparisons below branch: which way a market goes can't be foretold.
+double truth(bool value) { return static_cast<double>(value); }
 
 /// Nulls are tested nowhere: what they give falls out of NaN arithmetic and of the comparisons, so
 /// that the logical operators take a null for true.
 double reduce(OpCode op, double left, double right) {
   switch (op) {
     case op_or:
-      return truth(left != 0.0 || right != 0.0);
+      return truth((left != 0.0) | (right != 0.0));
     case op_and:
-      return truth(left != 0.0 && right != 0.0);
+      return truth((left != 0.0) & (right != 0.0));
     case op_equal:
       return truth(nearly_equal(left, right));
     case op_not_equal:
@@ -26,11 +27,11 @@ double reduce(OpCode op, double left, double right) {
     case op_less_equal:
       return truth(left <= right);
     case op_less:
-      return truth(!nearly_equal(left, right) && left < right);
+      return truth(!nearly_equal(left, right) & (left < right));
     case op_greater_equal:
       return truth(left >= right);
     case op_greater:
-      return truth(!nearly_equal(left, right) && left > right);
+      return truth(!nearly_equal(left, right) & (left > right));
     case op_minus:
     case op_unary_minus:
       return left - right;
