@@ -5,7 +5,6 @@
 
 #include "calendar/trade_day_help.h"
 #include "core/status.h"
-#include "functions/base_func.h"
 #include "platform/clock.h"
 
 namespace quor {
@@ -47,40 +46,17 @@ int CalculateCenter::run_statements(int32_t first_row, std::string& error) {
   const int32_t rows = pool_.table().row_count();
   // A negative first row selects no rows.
   const int32_t first = first_row < 0 ? rows : first_row;
-  plan_tasks();
   const auto& statements = pool_.statement_list;
+  plan_.make(statements, pool_.table());
   const bool whole_series = std::ranges::any_of(
       statements, [](const Variable* statement) { return statement->whole_series; });
-  if (!whole_series) return run_rows(tasks_, first, rows, error);
-  for (const Task& task : tasks_) {
+  if (!whole_series) return run_rows(plan_.tasks(), first, rows, error);
+  for (const Task& task : plan_.tasks()) {
     const int32_t start = task.statement->whole_series ? 0 : first;
     const int status = run_rows({&task, 1}, start, rows, error);
     if (status != status_ok) return status;
   }
   return status_ok;
-}
-
-void CalculateCenter::plan_tasks() {
-  tasks_.clear();
-  for (Variable* statement : pool_.statement_list) tasks_.push_back(task_of(*statement));
-}
-
-CalculateCenter::Task CalculateCenter::task_of(Variable& statement) const {
-  const bool has_value =
-      statement.kind == VariableKind::number || statement.kind == VariableKind::expression;
-  const bool stores = has_value && statement.column_id != no_column;
-  Task task{Task::Kind::formula, stores ? statement.column_index : -1, 0.0, &statement};
-  if (statement.kind == VariableKind::number) task.kind = Task::Kind::number;
-  const Variable* call = statement.program.lone_reference();
-  if (task.kind != Task::Kind::formula || call == nullptr || call->kind != VariableKind::call) {
-    return task;
-  }
-  task.kind = Task::Kind::call;
-  if (stores || call->function == nullptr) return task;
-  if (const auto cell = call->function->constant_cell(*call)) {
-    task = {Task::Kind::constant, cell->column, cell->value, &statement};
-  }
-  return task;
 }
 
 /// Asks once after a compile for about 1000 days back and 30 days ahead.

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <span>
 #include <string>
-#include <vector>
 
 #include "core/data_pool_center.h"
+#include "core/run_plan.h"
 #include "core/word_scratch.h"
 #include "drawing/shape_management.h"
 
@@ -82,27 +82,10 @@ class CalculateCenter {
   int run_steps(const Program& program, Frame& frame);
   static int end_without_value(const Program& program, int32_t line, std::string& error);
 
-  /// A statement as a run calculates it at each of its rows.
-  struct Task {
-    enum class Kind : uint8_t {
-      number,    ///< the statement's number, which SET may change
-      constant,  ///< `value`, for a call that writes nothing but one cell
-      call,      ///< one call and nothing else
-      formula,   ///< any other program
-    };
-
-    Kind kind;
-    int32_t column;  ///< where the value goes; -1 for nowhere
-    double value;
-    Variable* statement;
-  };
-
   void refresh_column_indexes();
   int scan_statements(std::string& error);
   int run_statements(int32_t first_row, std::string& error);
   void load_calendar();
-  void plan_tasks();
-  Task task_of(Variable& statement) const;
   int run_rows(std::span<const Task> tasks, int32_t first, int32_t end, std::string& error);
   int task_value(const Task& task, int32_t row, std::string& error, double& result);
 
@@ -111,7 +94,7 @@ class CalculateCenter {
   WordScratch scratch_;
   int32_t start_row_ = 0;
   int nesting_ = 0;
-  std::vector<Task> tasks_;  ///< of the current run, one for each statement
+  RunPlan plan_;
 };
 
 }  // namespace quor

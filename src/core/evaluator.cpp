@@ -199,10 +199,16 @@ int CalculateCenter::end_without_value(const Program& program, int32_t line, std
       result = statement.value;
       return status_ok;
     case Task::Kind::constant:
-      result = task.value;
+      result = task.constant;
       return status_ok;
     case Task::Kind::call:
       return run_call(*statement.program.result.variable, row, false, error, result);
+    case Task::Kind::plain:
+      for (const PlainStep& step : task.steps) {
+        *step.result = reduce(step.op, step.left.at(row), step.right.at(row));
+      }
+      result = task.place.at(row);
+      return status_ok;
     case Task::Kind::formula:
       break;
   }
