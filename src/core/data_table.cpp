@@ -97,148 +97,148 @@ void DataTable::put_value(int64_t key, uint32_t id, double value) {
   set_cell(static_cast<int32_t>(row), add_column(id), value);
 }
 
+void DataTable::make_room(size_t rows) {
+  const auto room = [rows](auto& cells) {
+    if (cells.capacity() < rows) cells.reserve(std::max(rows, 2 * cells.capacity()));
+  };
+  room(keys_);
+  for (Column& column : columns_) room(column.cells);
+}
+
 namespace {
 
-/// Sorts by one byte of the keys after the other, the last one first, and keeps the order of equal
-/// keys. Keys of bars differ in a few of their eight bytes only.
-void sort_by_key(std::vector<BatchRow>& rows) {
+/// Sorts by eleven bits of the keys after the other, the last ones first, and keeps the order of
+/// equal keys. Keys of bars differ in few of their bits only.
+void sort_by_key(std::vector<BatchRow>& rows, std::vector<BatchRow>& sorted) {
+  constexpr int width = 11;
+  constexpr size_t digits = 1 << width;
   uint64_t differing = 0;
   for (const BatchRow& row : rows) differing |= static_cast<uint64_t>(row.key ^ rows.front().key);
-  std::vector<BatchRow> sorted(rows.size());
-  for (int shift = 0; shift < 64; shift += 8) {
-    if ((differing >> shift & 0xFF) == 0) continue;
-    const auto digit = [shift](const BatchRow& row) { return row.key >> shift & 0xFF; };
-    std::array<uint32_t, 257> starts{};
-    for (const BatchRow& row : rows) ++starts[static_cast<size_t>(digit(row)) + 1];
+  sorted.resize(rows.size());
+  const int end = 64 - std::countl_zero(differing);
+  for (int shift = std::countr_zero(differing); shift < end; shift += width) {
+    const auto digit = [shift](const BatchRow& row) {
+      return static_cast<size_t>(row.key >> shift) % digits;
+    };
+    std::array<uint32_t, digits + 1> starts{};
+    for (const BatchRow& row : rows) ++starts[digit(row) + 1];
     for (size_t i = 1; i < starts.size(); ++i) starts[i] += starts[i - 1];
-    for (const BatchRow& row : rows) sorted[starts[static_cast<size_t>(digit(row))]++] = row;
+    for (const BatchRow& row : rows) sorted[starts[digit(row)]++] = row;
     rows.swap(sorted);
   }
 }
 
-/// The rows of a batch in order of their keys, of equal keys the last only.
-std::vector<BatchRow> sorted_rows(const std::vector<int64_t>& keys) {
-  std::vector<BatchRow> rows;
-  rows.reserve(keys.size());
-  for (size_t i = keys.size(); i-- > 0;) {
-    if (keys[i] >= 1) rows.push_back({keys[i], static_cast<uint32_t>(i)});
-  }
-  // Hosts that send the newest bar first are served by the order alone.
-  if (!std::ranges::is_sorted(rows, {}, &BatchRow::key)) sort_by_key(rows);
-  const auto same_key = [](const BatchRow& a, const BatchRow& b) { return a.key == b.key; };
-  rows.erase(std::unique(rows.begin(), rows.end(), same_key), rows.end());
-  return rows;
+/// Brings the rows of a batch in order of their keys, of equal keys the last only.
+void sort_rows(RowBatch& batch) {
+  std::vector<BatchRow>& rows = batch.rows;
+  std::erase_if(rows, [](const BatchRow& row) { return row.key < 1; });
+  const auto not_ascending = std::ranges::greater_equal();
+  if (std::ranges::adjacent_find(rows, not_ascending, &BatchRow::key) == rows.end()) return;
+  // Hosts that send the newest bar first are served by this alone.
+  std::ranges::reverse(rows);
+  if (!std::ranges::is_sorted(rows, {}, &BatchRow::key)) sort_by_key(rows, batch.sorted);
+  const auto repeated = std::ranges::unique(rows, {}, &BatchRow::key);
+  rows.erase(repeated.begin(), repeated.end());
 }
 
 }  // namespace
 
-void DataTable::merge_rows(const RowBatch& batch) {
-  if (batch.keys.empty()) return;
-  const auto behind_all = [this](int64_t key) {
-    return key >= 1 && (keys_.empty() || key > keys_.back());
-  };
-  const bool ascending =
-      std::ranges::adjacent_find(batch.keys, std::greater_equal<>()) == batch.keys.end();
-  if (ascending && behind_all(batch.keys.front())) {
-    append_rows(batch, batch.keys.size(), [](size_t i) { return i; });
-    return;
-  }
-  if (overwrite_batch(batch)) return;
-  const std::vector<BatchRow> rows = sorted_rows(batch.keys);
-  if (behind_all(rows.front().key)) {
-    append_rows(batch, rows.size(), [&rows](size_t i) { return size_t{rows[i].place}; });
-  } else {
-    interleave_rows(batch, rows);
-  }
-}
-
-/// Row by row, because the values of a row lie together in the batch.
-template <typename Place>
-void DataTable::append_rows(const RowBatch& batch, size_t count, const Place& place) {
-  const size_t old_rows = keys_.size();
-  const size_t rows = old_rows + count;
-  const auto room = [rows](auto& cells) {
-    if (cells.capacity() < rows) cells.reserve(std::max(rows, 2 * cells.capacity()));
-  };
-  const size_t width = batch.column_indexes.size();
-  std::vector<double*> targets(width, nullptr);
-  room(keys_);
-  for (Column& column : columns_) room(column.cells);
-
+void DataTable::merge_rows(RowBatch& batch) {
+  sort_rows(batch);
+  const size_t rows = find_rows(batch);
+  make_room(rows);
   // All memory is there; nothing throws from here on.
+  if (!batch.gaps.empty()) {
+    note_changed_rows();
+    open_gaps(batch.gaps);
+  }
+  write_rows(batch);
+  note_size();
+}
+
+/// Tells the rows of a batch, which are in order, where they will be in the table, and gives how
+/// many rows it will have.
+size_t DataTable::find_rows(RowBatch& batch) const {
+  batch.gaps.clear();
+  size_t added = 0;
+  auto place = keys_.begin();
+  for (BatchRow& row : batch.rows) {
+    if (keys_.empty() || row.key > keys_.back()) {
+      place = keys_.end();
+    } else if (row.key == keys_.back()) {
+      place = keys_.end() - 1;
+    } else if (*place < row.key) {
+      place = std::lower_bound(place, keys_.end(), row.key);
+    }
+    row.row = static_cast<uint32_t>(place - keys_.begin() + added);
+    if (place == keys_.end()) {
+      ++added;
+    } else if (*place == row.key) {
+      ++place;
+    } else {
+      batch.gaps.push_back(static_cast<uint32_t>(place - keys_.begin()));
+      ++added;
+    }
+  }
+  return keys_.size() + added;
+}
+
+/// Moves rows up so that one is free before each of `gaps`. A free row has the key 0 and nulls.
+void DataTable::open_gaps(const std::vector<uint32_t>& gaps) {
+  const auto open = [&gaps](auto& cells, auto free) {
+    const auto old_rows = static_cast<ptrdiff_t>(cells.size());
+    cells.resize(cells.size() + gaps.size(), free);
+    auto end = cells.begin() + old_rows;
+    for (auto i = static_cast<ptrdiff_t>(gaps.size()); i-- > 0;) {
+      const auto gap = cells.begin() + gaps[static_cast<size_t>(i)];
+      std::move_backward(gap, end, end + i + 1);
+      gap[i] = free;
+      end = gap;
+    }
+  };
+  open(keys_, int64_t{0});
+  for (Column& column : columns_) open(column.cells, null_value);
+}
+
+void DataTable::write_rows(const RowBatch& batch) {
+  // So few that they stay in the processor's cache from column to column.
+  constexpr size_t at_once = 64;
+  const size_t width = batch.column_indexes.size();
+  const std::span<const BatchRow> all = batch.rows;
+  for (size_t first = 0; first < all.size(); first += at_once) {
+    const auto rows = all.subspan(first, std::min(at_once, all.size() - first));
+    grow(rows.back().row + size_t{1});
+    for (size_t i = 0; i < width; ++i) {
+      const double* values = batch.values.data() + i;
+      if (batch.column_indexes[i] == -1) continue;
+      write_column(batch.column_indexes[i], rows, [&](const BatchRow& row) { return values[row.place * width]; });
+    }
+    write_keys(rows);
+  }
+}
+
+void DataTable::grow(size_t rows) {
+  if (rows <= keys_.size()) return;
+  keys_.resize(rows, 0);
   for (Column& column : columns_) column.cells.resize(rows, null_value);
-  for (size_t c = 0; c < width; ++c) {
-    const int32_t column = batch.column_indexes[c];
-    if (column != -1) targets[c] = columns_[static_cast<size_t>(column)].cells.data() + old_rows;
-  }
-  for (size_t i = 0; i < count; ++i) {
-    const double* values = batch.values.data() + place(i) * width;
-    keys_.push_back(batch.keys[place(i)]);
-    for (size_t c = 0; c < width; ++c) {
-      if (targets[c] != nullptr) targets[c][i] = values[c];
-    }
-  }
-  note_size();
-  for (size_t row = old_rows; row < rows; ++row) store_key(row);
 }
 
-/// Serves the bar that forms again and again: a batch whose rows are all in the table.
-bool DataTable::overwrite_batch(const RowBatch& batch) {
-  const auto in_table = [this](int64_t key) { return key < 1 || has_row(key); };
-  if (!std::ranges::all_of(batch.keys, in_table)) return false;
-  const size_t width = batch.column_indexes.size();
-  for (size_t i = 0; i < batch.keys.size(); ++i) {
-    const auto row = static_cast<int32_t>(row_index_of(batch.keys[i]));
-    for (size_t c = 0; c < width; ++c) {
-      set_cell(row, batch.column_indexes[c], batch.values[i * width + c]);
-    }
+template <typename Value>
+void DataTable::write_column(int32_t index, std::span<const BatchRow> rows, const Value& value) {
+  Column& column = columns_[static_cast<size_t>(index)];
+  double* cells = column.cells.data();
+  for (const BatchRow& row : rows) {
+    if (static_cast<int32_t>(row.row) < column.watched_rows) note_change(column, static_cast<int32_t>(row.row), value(row));
+    cells[row.row] = value(row);
   }
-  return true;
 }
 
-void DataTable::interleave_rows(const RowBatch& batch, const std::vector<BatchRow>& order) {
-  // Where each old row and each row of the batch lands.
-  std::vector<int64_t> keys;
-  keys.reserve(keys_.size() + order.size());
-  std::vector<uint32_t> old_place(keys_.size());
-  std::vector<uint32_t> new_place(order.size());
-  std::vector<uint32_t> fresh;
-  size_t old_row = 0;
-  size_t new_row = 0;
-  while (old_row < keys_.size() || new_row < order.size()) {
-    const bool take_new =
-        new_row < order.size() && (old_row == keys_.size() || order[new_row].key <= keys_[old_row]);
-    const bool take_old =
-        old_row < keys_.size() && (!take_new || order[new_row].key == keys_[old_row]);
-    const int64_t key = take_new ? order[new_row].key : keys_[old_row];
-    const auto place = static_cast<uint32_t>(keys.size());
-    if (!take_old) fresh.push_back(place);
-    if (take_new) new_place[new_row++] = place;
-    if (take_old) old_place[old_row++] = place;
-    keys.push_back(key);
+void DataTable::write_keys(std::span<const BatchRow> rows) {
+  for (const BatchRow& row : rows) {
+    if (keys_[row.row] == row.key) continue;
+    keys_[row.row] = row.key;
+    store_key(row.row);
   }
-
-  std::vector<std::vector<double>> columns(columns_.size());
-  for (size_t c = 0; c < columns.size(); ++c) {
-    columns[c].assign(keys.size(), null_value);
-    for (size_t row = 0; row < old_place.size(); ++row) {
-      columns[c][old_place[row]] = columns_[c].cells[row];
-    }
-  }
-  // Row by row, because the values of a row lie together in the batch.
-  const size_t width = batch.column_indexes.size();
-  for (size_t i = 0; i < order.size(); ++i) {
-    const double* values = batch.values.data() + order[i].place * width;
-    for (size_t c = 0; c < width; ++c) {
-      const int32_t column = batch.column_indexes[c];
-      if (column != -1) columns[static_cast<size_t>(column)][new_place[i]] = values[c];
-    }
-  }
-  keys_.swap(keys);
-  for (size_t c = 0; c < columns.size(); ++c) columns_[c].cells.swap(columns[c]);
-  note_size();
-  note_changed_rows();
-  for (const uint32_t row : fresh) store_key(row);
 }
 
 Window DataTable::window(int32_t column_index, int32_t last_row, int32_t count) const {

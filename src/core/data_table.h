@@ -33,17 +33,21 @@ class Window {
   size_t size_ = 0;
 };
 
-/// New values for some columns of some rows, row by row.
-struct RowBatch {
-  std::vector<int32_t> column_indexes;  ///< where each value of a row goes; -1 for nowhere
-  std::vector<int64_t> keys;            ///< any order; of equal keys the last row wins whole
-  std::vector<double> values;           ///< keys.size() x column_indexes.size()
-};
-
-/// A row of a batch by its key.
+/// A row of a batch. Its values stand at its place.
 struct BatchRow {
   int64_t key;
-  uint32_t place;  ///< in the batch
+  uint32_t place;
+  uint32_t row;  ///< of the table; known while the table merges
+};
+
+/// New values for some columns of some rows, row by row. One batch after the other may use the same
+/// memory.
+struct RowBatch {
+  std::vector<int32_t> column_indexes;  ///< where each value of a row goes; -1 for nowhere
+  std::vector<BatchRow> rows;           ///< any order; of equal keys the last row wins whole
+  std::vector<double> values;           ///< column_indexes.size() to a place
+  std::vector<BatchRow> sorted;         ///< for the merge, as is
+  std::vector<uint32_t> gaps;           ///< the rows of the table that new rows go before
 };
 
 /// Owned by the pool and touched only under the instance's lock. A row is a 0-based index into the
@@ -82,7 +86,7 @@ class DataTable {
   void put_value(int64_t key, uint32_t id, double value);
   /// Takes a batch in one merge. Cells of existing rows that the batch doesn't name keep their
   /// values, those of new rows are null; column 1 holds the key.
-  void merge_rows(const RowBatch& batch);
+  void merge_rows(RowBatch& batch);
 
   /// The cells of one row, read in place. A row outside the table reads as nulls. Valid until the
   /// table changes its shape.
@@ -168,10 +172,14 @@ class DataTable {
   void note_size();
   void insert_row(int64_t key);
   void store_key(size_t row);
-  template <typename Place>
-  void append_rows(const RowBatch& batch, size_t count, const Place& place);
-  bool overwrite_batch(const RowBatch& batch);
-  void interleave_rows(const RowBatch& batch, const std::vector<BatchRow>& order);
+  template <typename Value>
+  void write_column(int32_t index, std::span<const BatchRow> rows, const Value& value);
+  void write_keys(std::span<const BatchRow> rows);
+  void grow(size_t rows);
+  void make_room(size_t rows);
+  size_t find_rows(RowBatch& batch) const;
+  void open_gaps(const std::vector<uint32_t>& gaps);
+  void write_rows(const RowBatch& batch);
 
   std::vector<int64_t> keys_;  ///< ascending, no key twice
   std::vector<uint32_t> column_ids_;

@@ -2,9 +2,12 @@
 
 #include <simdjson.h>
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "tables/field_table.h"
 
 namespace quor {
 namespace {
@@ -12,65 +15,21 @@ namespace {
 namespace dom = simdjson::dom;
 
 constexpr size_t no_place = static_cast<size_t>(-1);
+/// The row key is the first of the places, required or not.
+constexpr size_t row_key_place = 0;
 
-/// A short key with its length as a number, for quick comparisons; 0 for a key that is empty or too
-/// long.
-constexpr uint64_t packed(std::string_view key) {
-  if (key.size() >= sizeof(uint64_t)) return 0;
-  uint64_t number = key.size();
-  for (const char c : key) number = number << 8 | static_cast<unsigned char>(c);
-  return number;
+/// Keys are a few digits: a loop is quicker than a call.
+constexpr bool same_text(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (a[i] != b[i]) return false;
+  }
+  return true;
 }
 
-constexpr uint64_t time_key = packed("1");
-
-/// The ids that the script requires, and where the values of a row go.
-class RequiredFields {
- public:
-  RequiredFields(DataPoolCenter& pool) {
-    std::set<int32_t> ids = pool.extra_field_set;
-    for (const auto* references :
-         {&pool.cross_security_map, &pool.cross_period_map, &pool.realtime_map}) {
-      for (const auto& [id, key] : *references) ids.insert(id);
-    }
-    for (const int32_t id : ids) {
-      keys_.push_back(std::to_string(id));
-      column_indexes_.push_back(pool.table().column_index_of(static_cast<uint32_t>(id)));
-    }
-  }
-
-  const std::vector<int32_t>& column_indexes() const { return column_indexes_; }
-
-  /// The place of a key among the required ones. Rows of one text mostly have their keys in one
-  /// order, so the answer of the row before is tried first.
-  size_t place_of(std::string_view key, uint64_t packed_key, size_t position) {
-    if (position >= guesses_.size()) guesses_.resize(position + 1);
-    Guess& guess = guesses_[position];
-    if (packed_key == 0) return find(key);
-    if (guess.packed_key != packed_key) guess = {packed_key, find(key)};
-    return guess.place;
-  }
-
- private:
-  struct Guess {
-    uint64_t packed_key = 0;
-    size_t place = no_place;
-  };
-
-  size_t find(std::string_view key) const {
-    for (size_t place = 0; place < keys_.size(); ++place) {
-      if (keys_[place] == key) return place;
-    }
-    return no_place;
-  }
-
-  std::vector<std::string> keys_;
-  std::vector<int32_t> column_indexes_;
-  std::vector<Guess> guesses_;
-};
-
 /// The host marks a missing value by one of two numbers.
-double without_marks(double value) {
+constexpr double without_marks(double value) {
+  if (value < 2147483648.0) return value;
   return value == 4294967295.0 || value == 2147483648.0 ? null_value : value;
 }
 
@@ -87,52 +46,103 @@ double number_of(dom::element value) {
   }
 }
 
+/// The keys of a text's objects and where their values go in a row of the batch.
+class RowShape {
+ public:
+  RowShape(const DataPoolCenter& pool, std::vector<int32_t>& column_indexes) {
+    std::set<int32_t> ids = pool.extra_field_set;
+    for (const auto* references :
+         {&pool.cross_security_map, &pool.cross_period_map, &pool.realtime_map}) {
+      for (const auto& [id, key] : *references) ids.insert(id);
+    }
+    const auto index_of = [&pool](int32_t id) {
+      return pool.table().column_index_of(static_cast<uint32_t>(id));
+    };
+    const bool key_required = ids.erase(time_column_id) > 0;
+    required_.push_back(std::to_string(time_column_id));
+    column_indexes.assign(1, key_required ? index_of(time_column_id) : -1);
+    for (const int32_t id : ids) {
+      required_.push_back(std::to_string(id));
+      column_indexes.push_back(index_of(id));
+    }
+    first_field_.resize(required_.size());
+  }
+
+  /// The place of a field among the required ones; `no_place` for any other and for a key that the
+  /// object has had. Objects of one text mostly have their keys in one order, so the answer of the
+  /// object before is tried first.
+  size_t place_of(size_t field, std::string_view key) {
+    if (field == fields_.size() || !same_text(key, fields_[field].key)) learn(field, key);
+    return fields_[field].place;
+  }
+
+ private:
+  struct Field {
+    std::string_view key;  ///< in the parsed text
+    size_t place;
+  };
+
+  /// What the objects before had from this field on is of no use.
+  void learn(size_t field, std::string_view key) {
+    fields_.resize(field);
+    size_t place = find(key);
+    if (place != no_place) {
+      const size_t first = first_field_[place];
+      const bool repeated = first < field && fields_[first].place == place;
+      (repeated ? place : first_field_[place]) = repeated ? no_place : field;
+    }
+    fields_.push_back({key, place});
+  }
+
+  size_t find(std::string_view key) const {
+    const auto found = std::ranges::find(required_, key);
+    return found == required_.end() ? no_place : static_cast<size_t>(found - required_.begin());
+  }
+
+  std::vector<std::string> required_;
+  std::vector<size_t> first_field_;  ///< of a place; means something if that field has the place
+  std::vector<Field> fields_;
+};
+
 /// Reads objects into a batch, one row each.
 class BatchReader {
  public:
-  BatchReader(DataPoolCenter& pool, RowBatch& batch) : required_(pool), batch_(batch) {
-    batch_.column_indexes = required_.column_indexes();
-    batch_.keys.clear();
-    batch_.values.clear();
-    seen_.resize(batch_.column_indexes.size());
+  BatchReader(DataPoolCenter& pool, RowBatch& batch)
+      : shape_(pool, batch.column_indexes), width_(batch.column_indexes.size()), batch_(batch) {
+    batch_.rows.clear();
   }
 
-  void reserve(size_t rows) {
-    batch_.keys.reserve(rows);
-    batch_.values.reserve(rows * seen_.size());
+  void make_room(size_t rows) {
+    batch_.rows.reserve(rows);
+    if (batch_.values.size() < rows * width_) batch_.values.resize(rows * width_);
   }
 
   /// False for an element that ends the intake.
   bool read(dom::element element) {
     dom::object object;
     if (element.get(object) != simdjson::SUCCESS) return false;
-    const size_t width = seen_.size();
-    const size_t start = batch_.values.size();
-    batch_.values.resize(start + width, null_value);
-    std::fill(seen_.begin(), seen_.end(), char{0});
+    const size_t row = batch_.rows.size();
+    if ((row + 1) * width_ > batch_.values.size()) make_room(2 * row + 1);
+    double* values = batch_.values.data() + row * width_;
+    std::fill_n(values, width_, null_value);
     std::optional<dom::element> row_key;
-    size_t position = 0;
-    for (const dom::key_value_pair field : object) {
-      const uint64_t packed_key = packed(field.key);
-      if (packed_key == time_key && !row_key) row_key = field.value;
-      const size_t place = required_.place_of(field.key, packed_key, position++);
-      if (place == no_place || seen_[place] != 0) continue;
-      seen_[place] = 1;
-      batch_.values[start + place] = number_of(field.value);
+    size_t field = 0;
+    for (const dom::key_value_pair entry : object) {
+      const size_t place = shape_.place_of(field++, entry.key);
+      if (place == no_place) continue;
+      if (place == row_key_place) row_key = entry.value;
+      values[place] = number_of(entry.value);
     }
     int64_t key = 0;
-    if (!row_key || row_key->get(key) != simdjson::SUCCESS) {
-      batch_.values.resize(start);
-      return false;
-    }
-    batch_.keys.push_back(key);
+    if (!row_key || row_key->get(key) != simdjson::SUCCESS) return false;
+    batch_.rows.push_back({key, static_cast<uint32_t>(row), 0});
     return true;
   }
 
  private:
-  RequiredFields required_;
+  RowShape shape_;
+  size_t width_;
   RowBatch& batch_;
-  std::vector<char> seen_;
 };
 
 }  // namespace
@@ -171,7 +181,7 @@ void RowIntake::add_row(DataPoolCenter& pool, std::string_view json) {
       return;
     }
     BatchReader reader(pool, parser_->batch);
-    reader.reserve(rows.size());
+    reader.make_room(rows.size());
     for (const dom::element row : rows) {
       if (!reader.read(row)) break;
     }
