@@ -172,8 +172,8 @@ class DataTable {
   void note_size();
   void insert_row(int64_t key);
   void store_key(size_t row);
-  template <typename Value>
-  void write_column(int32_t index, std::span<const BatchRow> rows, const Value& value);
+  void write_column(int32_t index, std::span<const BatchRow> rows, const double* values,
+                    size_t width);
   void write_keys(std::span<const BatchRow> rows);
   void grow(size_t rows);
   void make_room(size_t rows);
