@@ -137,8 +137,8 @@ void sort_rows(RowBatch& batch) {
   // Hosts that send the newest bar first are served by this alone.
   std::ranges::reverse(rows);
   if (!std::ranges::is_sorted(rows, {}, &BatchRow::key)) sort_by_key(rows, batch.sorted);
-  const auto repeated = std::ranges::unique(rows, {}, &BatchRow::key);
-  rows.erase(repeated.begin(), repeated.end());
+  const auto same_key = [](const BatchRow& a, const BatchRow& b) { return a.key == b.key; };
+  rows.erase(std::unique(rows.begin(), rows.end(), same_key), rows.end());
 }
 
 }  // namespace

@@ -34,16 +34,8 @@ constexpr double without_marks(double value) {
 }
 
 double number_of(dom::element value) {
-  switch (value.type()) {
-    case dom::element_type::DOUBLE:
-      return without_marks(double(value));
-    case dom::element_type::INT64:
-      return without_marks(static_cast<double>(int64_t(value)));
-    case dom::element_type::UINT64:
-      return without_marks(static_cast<double>(uint64_t(value)));
-    default:
-      return null_value;
-  }
+  double number = null_value;
+  return value.get(number) == simdjson::SUCCESS ? without_marks(number) : null_value;
 }
 
 /// The keys of a text's objects and where their values go in a row of the batch.
@@ -85,13 +77,11 @@ class RowShape {
   /// What the objects before had from this field on is of no use.
   void learn(size_t field, std::string_view key) {
     fields_.resize(field);
-    size_t place = find(key);
-    if (place != no_place) {
-      const size_t first = first_field_[place];
-      const bool repeated = first < field && fields_[first].place == place;
-      (repeated ? place : first_field_[place]) = repeated ? no_place : field;
-    }
-    fields_.push_back({key, place});
+    const size_t place = find(key);
+    const bool repeated = place != no_place && first_field_[place] < field &&
+                          fields_[first_field_[place]].place == place;
+    if (place != no_place && !repeated) first_field_[place] = field;
+    fields_.push_back({key, repeated ? no_place : place});
   }
 
   size_t find(std::string_view key) const {
@@ -153,6 +143,12 @@ struct RowIntake::Parser {
   std::vector<char> padded;
   RowBatch batch;
 
+  /// A history comes once, and then bars follow one by one: they don't need its memory.
+  bool is_oversized_for(std::string_view text) const {
+    constexpr size_t always_kept = 1 << 20;
+    return padded.size() > always_kept && text.size() < padded.size() / 16;
+  }
+
   /// The library reads beyond the end of a text, so it gets a copy with room there.
   simdjson::simdjson_result<dom::element> parse(std::string_view text) {
     const size_t size = text.size() + simdjson::SIMDJSON_PADDING;
@@ -168,6 +164,7 @@ RowIntake::~RowIntake() = default;
 void RowIntake::add_row(DataPoolCenter& pool, std::string_view json) {
   const uint64_t uuid = pool.uuid;
   try {
+    if (parser_->is_oversized_for(json)) parser_ = std::make_unique<Parser>();
     dom::array rows;
     const simdjson::error_code fault = parser_->parse(json).get(rows);
     // A parser that found no memory takes its missing buffers for real ones the next time.
