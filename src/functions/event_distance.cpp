@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "functions/beyond_walk.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 #include "functions/window_extremes.h"
@@ -215,18 +216,32 @@ class DistanceToBeyond : public BaseFunc {
     status = call.evaluate(period_argument, period);
     if (status != status_ok) return status;
     const int32_t wanted = to_int(std::floor(period));
-    if (wanted >= 1) find(call, threshold, wanted);
+    if (wanted >= 1 && call.row > 0) find(call, threshold, wanted);
     return status_ok;
   }
 
  private:
+  /// So many rows are looked at sooner than a memory.
+  static constexpr int32_t short_walk = 16;
+
   static void find(const Call& call, double threshold, int32_t wanted) {
-    for (int32_t row = call.row - 1; row >= 0; --row) {
-      double value = null_value;
+    const auto arrives = [&call, threshold, &wanted](int32_t row, double& value) {
+      value = null_value;
       call.evaluate_at(series_argument, row, value);
-      if (!beats<extreme>(value, threshold) || --wanted > 0) continue;
+      if (!beats<extreme>(value, threshold) || --wanted > 0) return false;
       call.result = call.row - row;
-      return;
+      return true;
+    };
+    double value;
+    int32_t row = call.row - 1;
+    for (const int32_t near = std::max(row - short_walk, -1); row > near; --row) {
+      if (arrives(row, value)) return;
+    }
+    if (row < 0) return;
+    BeyondWalk<extreme> walk(call, series_argument + 1, threshold, row);
+    for (row = walk.next(row); row >= 0; row = walk.next(row - 1)) {
+      if (arrives(row, value)) return;
+      walk.pass(row, value);
     }
   }
 };
