@@ -135,6 +135,71 @@ TEST(Carried, ForgetsWhatHasChanged) {
   }
 }
 
+// Words that a count over all bars may take as known at the bars behind it.
+constexpr const char* counted[] = {
+    "HV(C-O,3)",
+    "LV(C,3)",
+    "DEVSQ(C-O,3)",
+    "KURTOSIS(C,5)",
+    "SLOPE(C+O,3)",
+    "FORCAST(C-O,3)",
+    "COVAR(C,O+1,3)",
+    "1+CORRELATION(C-O,C,3)",
+    "1+COEFFICIENTR(C,O,3)",
+    "MEMA(C,3)",
+    "EXPMEMA(C,3)",
+    "TRMA(C+O,4)",
+    "SMMA(C+O,3)",
+    "TSMA(C+O,3)",
+    "ADMA(C,3,2,5)",
+    "HARMEAN(C,3)",
+    "PERCENTILE(C+O,3,50)",
+    "MV(C,O)",
+    "SORT(0,1,C,O)",
+    "SORTPOS(1,1,C,O)",
+    "NORMPDF(C,O,2)*9",
+    "NUMPOW(C-O,3,1)",
+    "SUMBARS(C,9)",
+    "CONDBARS(C>O,O>C)",
+    "BARSSINCEN(C>O,3)",
+    "BARSCOUNT(C)",
+    "GET(C)",
+    "1+LAST(MA(C,3)>2,4,2)",
+    "1+NDAY(C,O,2)",
+    "1+UPNDAY(C,2)",
+    "1+DOWNNDAY(C,2)",
+    "NEWHBARS(C,1)",
+    "NEWLBARS1(C,MA(O,3),1)",
+    "1+ISUP",
+    "1+ISDOWN",
+    "BARPOS-5",
+    "MA(C,3)-REF(MA(C,3),2)+1",
+    "REF(EMA(REF(SUM(C,2),1),2),1)",
+};
+
+TEST(Carried, CountsWhatALineShowsAtEachBar) {
+  for (const char* call : counted) {
+    Rows rows(5);
+    Bars bars = random_bars(rows, 30);
+    TestHost host;
+    const std::string test = std::string(call) + ">1";
+    ASSERT_EQ(host.compile("A:=" + test + ";B:=COUNT(" + test + ",0);").code, 0) << call;
+    host.feed(bars);
+    for (int round = 0; round < 20; ++round) {
+      ASSERT_EQ(host.run(0), success);
+      const Series holds = host.line("A");
+      const Series count = host.line("B");
+      double sum = 0.0;
+      for (size_t row = 0; row < holds.size(); ++row) {
+        sum += holds[row];
+        ASSERT_EQ(count[row], sum) << call << " at row " << row << ", round " << round;
+      }
+      EXPECT_GT(sum, 0.0) << call;
+      change(rows, bars, host);
+    }
+  }
+}
+
 /// How far back the N-th value lies that beats the bar's own, by a look at each bar.
 double bars_to_beyond(const Series& values, size_t row, int n) {
   for (size_t back = 1; back <= row; ++back) {

@@ -86,11 +86,12 @@ class BeyondWalk {
  public:
   /// Over the last of the first `arguments` arguments of the call, from row `first` down.
   BeyondWalk(const Call& call, size_t arguments, double threshold, int32_t first)
-      : table_(call.table()), threshold_(threshold), end_(first + 1) {
+      : table_(call.table()), threshold_(threshold) {
     auto& blocks = memory_of<Blocks>(call);
     if (call.row >= table_.row_count()) return;
     if (!blocks.dependencies.can_be_remembered(call, arguments)) return;
     if (blocks.dependencies.have_changed(table_)) blocks.forget();
+    end_ = std::min(first + 1, blocks.dependencies.settled_end(call.row - 1));
     blocks.dependencies.watch(table_, end_);
     blocks_ = &blocks;
   }
@@ -122,7 +123,7 @@ class BeyondWalk {
 
   DataTable& table_;
   const double threshold_;
-  const int32_t end_;
+  int32_t end_ = 0;                ///< the rows below are watched
   Blocks* blocks_ = nullptr;       ///< null if nothing can be remembered
   double outermost_ = null_value;  ///< of the rows passed since the end of a block
 };

@@ -98,10 +98,11 @@ class BARSSINCEN final : public BaseFunc {
     auto& memory = memory_of<OldestHit>(call);
     const bool remembers = call.row >= 0 && call.row < call.table().row_count() &&
                            memory.dependencies.can_be_remembered(call, 1);
+    const int32_t end = memory.dependencies.settled_end(call.row);
     int64_t row = first;
     if (remembers) {
-      if (memory.dependencies.have_changed(call.table()) || memory.end > call.row) memory.end = 0;
-      memory.dependencies.watch(call.table(), call.row);
+      if (memory.dependencies.have_changed(call.table()) || memory.end > end) memory.end = 0;
+      memory.dependencies.watch(call.table(), end);
       if (memory.serves(first)) row = memory.next(first);
     }
     int32_t hit = no_row;
@@ -115,8 +116,8 @@ class BARSSINCEN final : public BaseFunc {
     if (hit != no_row) call.result = call.row - hit;
     if (!remembers) return status_ok;
     memory.first = first;
-    memory.end = memory.dependencies.have_changed(call.table()) ? 0 : call.row;
-    memory.hit = hit < call.row ? hit : no_row;
+    memory.end = memory.dependencies.have_changed(call.table()) ? 0 : end;
+    memory.hit = hit < end ? hit : no_row;
     return status_ok;
   }
 };

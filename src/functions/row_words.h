@@ -24,8 +24,8 @@ struct KnownRows {
   bool contain(int64_t row) const { return row >= low && row < end; }
 };
 
-/// A call's memory of its walks. They start one bar later each time and mostly over rows that are
-/// known; only the newest two are evaluated then.
+/// A call's memory of its walks. They start one bar later each time and mostly go over rows that
+/// are known; only the newest ones are evaluated then.
 struct WalkMemory final : CallMemory {
   static constexpr size_t most_walks = 2;
 
@@ -35,18 +35,20 @@ struct WalkMemory final : CallMemory {
   void forget() { std::ranges::fill(known, KnownRows{}); }
 };
 
-/// One use of a call's memory: what cells have changed in the meantime is forgotten. Rows from the
-/// given one on may change until the next use, as the bar that forms does.
+/// One use of a call's memory: if cells have changed in the meantime it is forgotten. The given row
+/// and those that it is the first to reach may change until the next use, as the bar that forms
+/// does.
 class WalkSession {
  public:
   /// With the first `arguments` arguments of the call.
-  WalkSession(const Call& call, size_t arguments, int32_t row) : call_(call) {
+  WalkSession(const Call& call, size_t arguments, int32_t row) : call_(call), end_(row) {
     const bool inside = row >= 0 && call.row < call.table().row_count();
     memory_ = &memory_of<WalkMemory>(call);
     remembers_ = inside && memory_->dependencies.can_be_remembered(call, arguments);
     if (!remembers_) return;
     if (memory_->dependencies.have_changed(call.table())) memory_->forget();
-    memory_->dependencies.watch(call.table(), row);
+    end_ = memory_->dependencies.settled_end(row);
+    memory_->dependencies.watch(call.table(), end_);
   }
   /// A walk that changes what it reads proves nothing.
   ~WalkSession() {
@@ -65,7 +67,7 @@ class WalkSession {
     KnownRows known = remembers_ ? memory_->known[walk] : KnownRows{};
     // A run that starts over.
     if (row < known.low) known = {};
-    KnownRows seen{row, row, false};
+    KnownRows seen{end_, end_, false};
     found = no_row;
     for (int64_t at = row; at >= lowest; --at) {
       if (known.contain(at)) {
@@ -81,13 +83,13 @@ class WalkSession {
       bool hit = false;
       const auto here = static_cast<int32_t>(at);
       if (const int status = is_hit(here, hit); status != status_ok) return status;
-      if (at < row) seen.low = here;
+      if (at < end_) seen.low = here;
       if (!hit) continue;
       seen.hit_at_low = true;
       found = here;
       break;
     }
-    if (remembers_) memory_->known[walk] = seen.end > known.end && seen.low < row ? seen : known;
+    if (remembers_) memory_->known[walk] = seen.end > known.end && seen.low < end_ ? seen : known;
     return status_ok;
   }
 
@@ -95,6 +97,7 @@ class WalkSession {
   const Call& call_;
   WalkMemory* memory_;
   bool remembers_;
+  int32_t end_;  ///< the rows below are watched
 };
 
 /// The newest row up to this one at which the argument truncates to 1, whatever its statuses, or
