@@ -70,7 +70,7 @@ class WalkSession {
     KnownRows seen{end_, end_, false};
     found = no_row;
     for (int64_t at = row; at >= lowest; --at) {
-      if (known.contain(at)) {
+      if (known.contain(at) && !memory_->dependencies.have_changed(call_.table())) {
         seen.low = known.low;
         seen.hit_at_low = known.hit_at_low;
         if (known.hit_at_low) {

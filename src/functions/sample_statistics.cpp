@@ -134,17 +134,19 @@ class COUNT final : public BaseFunc {
     if (!holds) so_far.count = 0.0;
     if (remembers) so_far.dependencies.watch(table, end);
 
-    double here = 0.0;
-    int status = count_back(call, call.row, call.row + 1.0 - end, here);
+    double recent = 0.0;
+    int status = count_back(call, call.row, call.row + 1.0 - end, recent);
     if (status != 0) return status;
-    double before = so_far.count;
+    double before = 0.0;
     status = count_back(call, end - 1, end - so_far.end, before);
     if (status != 0) return status;
     if (remembers && !so_far.dependencies.have_changed(table)) {
       so_far.end = end;
-      so_far.count = before;
+      so_far.count += before;
+      return answer(call, so_far.count + recent);
     }
-    return answer(call, before + here);
+    status = count_back(call, so_far.end - 1, so_far.end, before);
+    return status != 0 ? status : answer(call, before + recent);
   }
 };
 

@@ -261,11 +261,11 @@ class TurnWord : public BaseFunc {
       turns.slope_changes = table.changes(slopes);
     }
     const int32_t last = std::min(call.row, table.row_count() - 1);
+    table.watch(flags, last + 1);
+    table.watch(slopes, last + 1);
     for (; turns.end <= last; ++turns.end) {
       if (is_turn(columns, turns.end)) turns.rows.push_back(turns.end);
     }
-    table.watch(flags, turns.end);
-    table.watch(slopes, turns.end);
     return turns.rows;
   }
 
