@@ -129,9 +129,10 @@ class CONDBARS final : public BaseFunc {
   int execute(const Call& call) const override {
     if (call.scan) return scan_count(call, 2);
     WalkSession session(call, 2, call.row);
-    int32_t hits[] = {no_row, no_row};
-    const int status = session.remembers() ? find(call, session, hits) : walk(call, hits);
+    WalkSession::Walk walks[] = {{session, call.row, 0, 0}, {session, call.row, 0, 1}};
+    const int status = walk_side_by_side(call, walks);
     if (status != status_ok) return status;
+    const int32_t hits[] = {walks[0].found(), walks[1].found()};
     const bool both = hits[0] != no_row && hits[1] != no_row;
     call.result = both ? std::abs(hits[0] - hits[1]) : 0.0;
     return status_ok;
@@ -145,29 +146,20 @@ class CONDBARS final : public BaseFunc {
     return status;
   }
 
-  static int find(const Call& call, WalkSession& session, int32_t (&hits)[2]) {
-    for (size_t position = 0; position < 2; ++position) {
-      const auto holds = [&call, position](int32_t row, bool& hit) {
-        return test(call, position, row, hit);
-      };
-      const int status = session.newest(call.row, 0, holds, hits[position], position);
+  /// Each row with the first walk before the second, for the columns that their words take in turn.
+  static int walk_side_by_side(const Call& call, WalkSession::Walk (&walks)[2]) {
+    while (walks[0].goes_on() || walks[1].goes_on()) {
+      const bool first =
+          walks[0].goes_on() && (!walks[1].goes_on() || walks[0].row() >= walks[1].row());
+      const size_t position = first ? 0 : 1;
+      WalkSession::Walk& walk = walks[position];
+      if (walk.skip()) continue;
+      bool hit = false;
+      const int status = test(call, position, walk.row(), hit);
       if (status != status_ok) return status;
+      walk.take(hit);
     }
-    return status_ok;
-  }
-
-  /// Side by side, and no further than both need.
-  static int walk(const Call& call, int32_t (&hits)[2]) {
-    for (int32_t row = call.row; row >= 0; --row) {
-      for (size_t position = 0; position < 2; ++position) {
-        if (hits[position] != no_row) continue;
-        bool hit = false;
-        const int status = test(call, position, row, hit);
-        if (status != status_ok) return status;
-        if (hit) hits[position] = row;
-      }
-      if (hits[0] != no_row && hits[1] != no_row) break;
-    }
+    for (const WalkSession::Walk& walk : walks) walk.remember();
     return status_ok;
   }
 };
