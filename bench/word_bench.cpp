@@ -24,6 +24,16 @@ struct Entry {
   std::string statement;
 };
 
+/// Walks that lead far back: to a turn long ago, over a series that never gets there, to a hit of
+/// long ago at each bar anew.
+const Entry far_walks[] = {
+    {"PEAK far", "A:=PEAK(C,1,500,0);"},
+    {"TROUGHBARS far", "A:=TROUGHBARS(C,1,500,0);"},
+    {"NEWLBARS far", "X:=0-BARPOS;A:=NEWLBARS(X,3);"},
+    {"NEWHBARS1 far", "X:=0-BARPOS;A:=NEWHBARS1(X+500,X,1);"},
+    {"NEWHBARS many", "A:=NEWHBARS(C,200);"},
+};
+
 std::vector<Entry> entries() {
   std::vector<Entry> list;
   const auto add_all = [&list](std::string_view words, auto&& statement_of) {
@@ -38,6 +48,7 @@ std::vector<Entry> entries() {
   add_all(quor_test::signal_words, [](const std::string& word) { return "C>O," + word + ";"; });
   add_all(quor_test::bare_words, [](const std::string& word) { return "A:=" + word + ";"; });
   std::ranges::sort(list, {}, &Entry::word);
+  list.insert(list.end(), std::begin(far_walks), std::end(far_walks));
   return list;
 }
 

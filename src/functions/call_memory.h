@@ -1,6 +1,7 @@
 // Results that a call carries on from bar to bar, and when they hold.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -25,6 +26,12 @@ class Dependencies {
   /// same whenever it is worked out. Looks at the arguments anew when the table has got columns.
   bool can_be_remembered(const Call& call, size_t count);
 
+  /// The rows below this one are worth watching once the arguments have been evaluated at `row`:
+  /// what lies behind may be evaluated there for the first time, and so change.
+  int32_t settled_end(int32_t row) const {
+    return static_cast<int32_t>(std::max<int64_t>(row - lag_, 0));
+  }
+
   /// Whether a cell has changed since the last call of `watch`.
   bool have_changed(const DataTable& table) const;
   /// Has changes counted in the rows above `rows`.
@@ -38,6 +45,7 @@ class Dependencies {
 
   uint64_t layout_ = UINT64_MAX;
   bool steady_ = false;
+  int64_t lag_ = 0;
   std::vector<Source> sources_;
 };
 

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "functions/beyond_walk.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 #include "functions/window_extremes.h"
@@ -97,10 +98,11 @@ class BARSSINCEN final : public BaseFunc {
     auto& memory = memory_of<OldestHit>(call);
     const bool remembers = call.row >= 0 && call.row < call.table().row_count() &&
                            memory.dependencies.can_be_remembered(call, 1);
+    const int32_t end = memory.dependencies.settled_end(call.row);
     int64_t row = first;
     if (remembers) {
-      if (memory.dependencies.have_changed(call.table()) || memory.end > call.row) memory.end = 0;
-      memory.dependencies.watch(call.table(), call.row);
+      if (memory.dependencies.have_changed(call.table()) || memory.end > end) memory.end = 0;
+      memory.dependencies.watch(call.table(), end);
       if (memory.serves(first)) row = memory.next(first);
     }
     int32_t hit = no_row;
@@ -114,8 +116,8 @@ class BARSSINCEN final : public BaseFunc {
     if (hit != no_row) call.result = call.row - hit;
     if (!remembers) return status_ok;
     memory.first = first;
-    memory.end = memory.dependencies.have_changed(call.table()) ? 0 : call.row;
-    memory.hit = hit < call.row ? hit : no_row;
+    memory.end = memory.dependencies.have_changed(call.table()) ? 0 : end;
+    memory.hit = hit < end ? hit : no_row;
     return status_ok;
   }
 };
@@ -127,9 +129,10 @@ class CONDBARS final : public BaseFunc {
   int execute(const Call& call) const override {
     if (call.scan) return scan_count(call, 2);
     WalkSession session(call, 2, call.row);
-    int32_t hits[] = {no_row, no_row};
-    const int status = session.remembers() ? find(call, session, hits) : walk(call, hits);
+    WalkSession::Walk walks[] = {{session, call.row, 0, 0}, {session, call.row, 0, 1}};
+    const int status = walk_side_by_side(call, walks);
     if (status != status_ok) return status;
+    const int32_t hits[] = {walks[0].found(), walks[1].found()};
     const bool both = hits[0] != no_row && hits[1] != no_row;
     call.result = both ? std::abs(hits[0] - hits[1]) : 0.0;
     return status_ok;
@@ -143,29 +146,20 @@ class CONDBARS final : public BaseFunc {
     return status;
   }
 
-  static int find(const Call& call, WalkSession& session, int32_t (&hits)[2]) {
-    for (size_t position = 0; position < 2; ++position) {
-      const auto holds = [&call, position](int32_t row, bool& hit) {
-        return test(call, position, row, hit);
-      };
-      const int status = session.newest(call.row, 0, holds, hits[position], position);
+  /// Each row with the first walk before the second, for the columns that their words take in turn.
+  static int walk_side_by_side(const Call& call, WalkSession::Walk (&walks)[2]) {
+    while (walks[0].goes_on() || walks[1].goes_on()) {
+      const bool first =
+          walks[0].goes_on() && (!walks[1].goes_on() || walks[0].row() >= walks[1].row());
+      const size_t position = first ? 0 : 1;
+      WalkSession::Walk& walk = walks[position];
+      if (walk.skip()) continue;
+      bool hit = false;
+      const int status = test(call, position, walk.row(), hit);
       if (status != status_ok) return status;
+      walk.take(hit);
     }
-    return status_ok;
-  }
-
-  /// Side by side, and no further than both need.
-  static int walk(const Call& call, int32_t (&hits)[2]) {
-    for (int32_t row = call.row; row >= 0; --row) {
-      for (size_t position = 0; position < 2; ++position) {
-        if (hits[position] != no_row) continue;
-        bool hit = false;
-        const int status = test(call, position, row, hit);
-        if (status != status_ok) return status;
-        if (hit) hits[position] = row;
-      }
-      if (hits[0] != no_row && hits[1] != no_row) break;
-    }
+    for (const WalkSession::Walk& walk : walks) walk.remember();
     return status_ok;
   }
 };
@@ -215,18 +209,32 @@ class DistanceToBeyond : public BaseFunc {
     status = call.evaluate(period_argument, period);
     if (status != status_ok) return status;
     const int32_t wanted = to_int(std::floor(period));
-    if (wanted >= 1) find(call, threshold, wanted);
+    if (wanted >= 1 && call.row > 0) find(call, threshold, wanted);
     return status_ok;
   }
 
  private:
+  /// So many rows are looked at sooner than a memory.
+  static constexpr int32_t short_walk = 16;
+
   static void find(const Call& call, double threshold, int32_t wanted) {
-    for (int32_t row = call.row - 1; row >= 0; --row) {
-      double value = null_value;
+    const auto arrives = [&call, threshold, &wanted](int32_t row, double& value) {
+      value = null_value;
       call.evaluate_at(series_argument, row, value);
-      if (!beats<extreme>(value, threshold) || --wanted > 0) continue;
+      if (!beats<extreme>(value, threshold) || --wanted > 0) return false;
       call.result = call.row - row;
-      return;
+      return true;
+    };
+    double value;
+    int32_t row = call.row - 1;
+    for (const int32_t near = std::max(row - short_walk, -1); row > near; --row) {
+      if (arrives(row, value)) return;
+    }
+    if (row < 0) return;
+    BeyondWalk<extreme> walk(call, series_argument + 1, threshold, row);
+    for (row = walk.next(row); row >= 0; row = walk.next(row - 1)) {
+      if (arrives(row, value)) return;
+      walk.pass(row, value);
     }
   }
 };

@@ -24,8 +24,8 @@ struct KnownRows {
   bool contain(int64_t row) const { return row >= low && row < end; }
 };
 
-/// A call's memory of its walks. They start one bar later each time and mostly over rows that are
-/// known; only the newest two are evaluated then.
+/// A call's memory of its walks. They start one bar later each time and mostly go over rows that
+/// are known; only the newest ones are evaluated then.
 struct WalkMemory final : CallMemory {
   static constexpr size_t most_walks = 2;
 
@@ -35,66 +35,103 @@ struct WalkMemory final : CallMemory {
   void forget() { std::ranges::fill(known, KnownRows{}); }
 };
 
-/// One use of a call's memory: what cells have changed in the meantime is forgotten. Rows from the
-/// given one on may change until the next use, as the bar that forms does.
+/// One use of a call's memory: if cells have changed in the meantime it is forgotten. The given row
+/// and those that it is the first to reach may change until the next use, as the bar that forms
+/// does.
 class WalkSession {
  public:
   /// With the first `arguments` arguments of the call.
-  WalkSession(const Call& call, size_t arguments, int32_t row) : call_(call) {
+  WalkSession(const Call& call, size_t arguments, int32_t row) : call_(call), end_(row) {
     const bool inside = row >= 0 && call.row < call.table().row_count();
     memory_ = &memory_of<WalkMemory>(call);
     remembers_ = inside && memory_->dependencies.can_be_remembered(call, arguments);
     if (!remembers_) return;
     if (memory_->dependencies.have_changed(call.table())) memory_->forget();
-    memory_->dependencies.watch(call.table(), row);
+    end_ = memory_->dependencies.settled_end(row);
+    memory_->dependencies.watch(call.table(), end_);
   }
   /// A walk that changes what it reads proves nothing.
   ~WalkSession() {
-    if (remembers_ && memory_->dependencies.have_changed(call_.table())) memory_->forget();
+    if (remembers_ && have_changed()) memory_->forget();
   }
   WalkSession(const WalkSession&) = delete;
   WalkSession& operator=(const WalkSession&) = delete;
 
   bool remembers() const { return remembers_; }
 
-  /// The newest row from `row` down to `lowest` at which `is_hit` holds, or `no_row`. `is_hit`
-  /// takes a row and a flag to set and gives a status, which ends the walk unless it is 0. `walk`
-  /// tells walks with different tests apart.
-  template <typename IsHit>
-  int newest(int32_t row, int64_t lowest, const IsHit& is_hit, int32_t& found, size_t walk = 0) {
-    KnownRows known = remembers_ ? memory_->known[walk] : KnownRows{};
-    // A run that starts over.
-    if (row < known.low) known = {};
-    KnownRows seen{row, row, false};
-    found = no_row;
-    for (int64_t at = row; at >= lowest; --at) {
-      if (known.contain(at)) {
-        seen.low = known.low;
-        seen.hit_at_low = known.hit_at_low;
-        if (known.hit_at_low) {
-          if (known.low >= lowest) found = known.low;
-          break;
-        }
-        at = known.low;
-        continue;
-      }
-      bool hit = false;
-      const auto here = static_cast<int32_t>(at);
-      if (const int status = is_hit(here, hit); status != status_ok) return status;
-      if (at < row) seen.low = here;
-      if (!hit) continue;
-      seen.hit_at_low = true;
-      found = here;
-      break;
+  /// A walk for the newest hit from `row` down to `lowest`. `place` tells walks with different
+  /// tests apart.
+  class Walk {
+   public:
+    Walk(WalkSession& session, int32_t row, int64_t lowest, size_t place = 0)
+        : session_(session), place_(place), lowest_(lowest), at_(row) {
+      if (session.remembers_) known_ = session.memory_->known[place];
+      // A run that starts over.
+      if (row < known_.low) known_ = {};
+      seen_ = {session.end_, session.end_, false};
     }
-    if (remembers_) memory_->known[walk] = seen.end > known.end && seen.low < row ? seen : known;
+
+    bool goes_on() const { return at_ >= lowest_; }
+    /// The row to look at next.
+    int32_t row() const { return static_cast<int32_t>(at_); }
+    /// The newest hit or `no_row`.
+    int32_t found() const { return found_; }
+
+    /// Passes over the rows that are known at this one; false if there are none.
+    bool skip() {
+      if (!known_.contain(at_) || session_.have_changed()) return false;
+      seen_.low = known_.low;
+      seen_.hit_at_low = known_.hit_at_low;
+      if (known_.hit_at_low && known_.low >= lowest_) found_ = known_.low;
+      at_ = known_.hit_at_low ? lowest_ - 1 : int64_t{known_.low} - 1;
+      return true;
+    }
+
+    void take(bool hit) {
+      if (at_ < session_.end_) seen_.low = row();
+      seen_.hit_at_low = hit;
+      if (hit) found_ = row();
+      at_ = hit ? lowest_ - 1 : at_ - 1;
+    }
+
+    void remember() const {
+      const bool is_news = seen_.end > known_.end && seen_.low < session_.end_;
+      if (session_.remembers_) session_.memory_->known[place_] = is_news ? seen_ : known_;
+    }
+
+   private:
+    WalkSession& session_;
+    const size_t place_;
+    const int64_t lowest_;
+    int64_t at_;
+    int32_t found_ = no_row;
+    KnownRows known_;
+    KnownRows seen_;
+  };
+
+  /// The newest row from `row` down to `lowest` at which `is_hit` holds, or `no_row`. `is_hit`
+  /// takes a row and a flag to set and gives a status, which ends the walk unless it is 0.
+  template <typename IsHit>
+  int newest(int32_t row, int64_t lowest, const IsHit& is_hit, int32_t& found) {
+    Walk walk(*this, row, lowest);
+    while (walk.goes_on()) {
+      if (walk.skip()) continue;
+      bool hit = false;
+      if (const int status = is_hit(walk.row(), hit); status != status_ok) return status;
+      walk.take(hit);
+    }
+    found = walk.found();
+    walk.remember();
     return status_ok;
   }
 
  private:
+  bool have_changed() const { return memory_->dependencies.have_changed(call_.table()); }
+
   const Call& call_;
   WalkMemory* memory_;
   bool remembers_;
+  int32_t end_;  ///< the rows below are watched
 };
 
 /// The newest row up to this one at which the argument truncates to 1, whatever its statuses, or

@@ -128,23 +128,25 @@ class COUNT final : public BaseFunc {
     DataTable& table = call.table();
     const bool remembers = call.row >= 0 && call.row < table.row_count() &&
                            so_far.dependencies.can_be_remembered(call, 1);
-    const bool holds =
-        remembers && !so_far.dependencies.have_changed(table) && so_far.end <= call.row;
+    const int32_t end = remembers ? so_far.dependencies.settled_end(call.row) : 0;
+    const bool holds = remembers && !so_far.dependencies.have_changed(table) && so_far.end <= end;
     if (!holds) so_far.end = 0;
     if (!holds) so_far.count = 0.0;
-    if (remembers) so_far.dependencies.watch(table, call.row);
+    if (remembers) so_far.dependencies.watch(table, end);
 
-    double here = 0.0;
-    int status = count_back(call, call.row, 1.0, here);
+    double recent = 0.0;
+    int status = count_back(call, call.row, call.row + 1.0 - end, recent);
     if (status != 0) return status;
-    double before = so_far.count;
-    status = count_back(call, call.row - 1, call.row - so_far.end, before);
+    double before = 0.0;
+    status = count_back(call, end - 1, end - so_far.end, before);
     if (status != 0) return status;
     if (remembers && !so_far.dependencies.have_changed(table)) {
-      so_far.end = call.row;
-      so_far.count = before;
+      so_far.end = end;
+      so_far.count += before;
+      return answer(call, so_far.count + recent);
     }
-    return answer(call, before + here);
+    status = count_back(call, so_far.end - 1, so_far.end, before);
+    return status != 0 ? status : answer(call, before + recent);
   }
 };
 

@@ -20,8 +20,7 @@ double side_range(const Call& call, int64_t offset, const Source& source) {
   double outermost = null_value;
   for (int32_t row = call.row; row != end;) {
     row += step;
-    const double value = source(row);
-    if (is_null(outermost) || beats<extreme>(value, outermost)) outermost = value;
+    take_outer<extreme>(outermost, source(row));
   }
   return outermost;
 }

@@ -17,6 +17,12 @@ constexpr bool beats(double a, double b) {
   return extreme == Extreme::greatest ? a > b : a < b;
 }
 
+/// Makes `outermost` the outer one of two values; a null counts as none.
+template <Extreme extreme>
+void take_outer(double& outermost, double value) {
+  if (outermost != outermost || beats<extreme>(value, outermost)) outermost = value;
+}
+
 /// Where the outermost of the first `count` values stands, the oldest of equal ones. A null is
 /// passed over, except at the oldest place, where it stays. 0 for nothing to search.
 template <Extreme extreme>

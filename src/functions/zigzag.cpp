@@ -4,7 +4,9 @@
 // running extreme, slope and intercept of the leg through a turn, a flag and the value at a turn.
 // Later rows only read. Nothing clears the columns before a pass: what an earlier run left at a row
 // that this one doesn't write stays.
+#include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "functions/families.h"
 #include "functions/row_words.h"
@@ -95,6 +97,7 @@ class ZigzagColumns {
   ZigzagColumns(const Call& call, int32_t turn_value)
       : table_(call.table()), aux_(call.variable.aux_column_indexes), turn_value_(turn_value) {}
 
+  int32_t index(AuxColumn column) const { return aux_[column]; }
   double aux(int32_t row, AuxColumn column) const { return table_.cell(row, aux_[column]); }
   double turn_value(int32_t row) const { return table_.cell(row, turn_value_); }
 
@@ -225,14 +228,45 @@ class TurnWord : public BaseFunc {
   }
 
  private:
+  /// The rows of the turns in the rows before `end`.
+  struct TurnRows final : CallMemory {
+    uint32_t flag_changes = 0;
+    uint32_t slope_changes = 0;
+    int32_t end = 0;
+    std::vector<int32_t> rows;
+  };
+
   /// A fraction is never reached.
   static void find(const Call& call, const ZigzagColumns& columns, double wanted) {
-    double hits = 0.0;
-    for (int32_t row = call.row; row >= 0; --row) {
-      if (!is_turn(columns, row) || ++hits != wanted) continue;
-      call.result = output == Output::value ? columns.turn_value(row) : call.row - row;
-      return;
+    const std::vector<int32_t>& turns = turns_up_to(call, columns);
+    auto end = turns.end();
+    if (!turns.empty() && turns.back() > call.row) end = std::ranges::upper_bound(turns, call.row);
+    if (!(wanted <= static_cast<double>(end - turns.begin()))) return;
+    if (wanted != std::floor(wanted)) return;
+    const int32_t row = *(end - static_cast<ptrdiff_t>(wanted));
+    call.result = output == Output::value ? columns.turn_value(row) : call.row - row;
+  }
+
+  /// All turns up to the call's row, maybe followed by later ones.
+  static const std::vector<int32_t>& turns_up_to(const Call& call, const ZigzagColumns& columns) {
+    DataTable& table = call.table();
+    const int32_t flags = columns.index(turn_flag_column);
+    const int32_t slopes = columns.index(slope_column);
+    auto& turns = memory_of<TurnRows>(call);
+    if (turns.flag_changes != table.changes(flags) ||
+        turns.slope_changes != table.changes(slopes)) {
+      turns.rows.clear();
+      turns.end = 0;
+      turns.flag_changes = table.changes(flags);
+      turns.slope_changes = table.changes(slopes);
     }
+    const int32_t last = std::min(call.row, table.row_count() - 1);
+    table.watch(flags, last + 1);
+    table.watch(slopes, last + 1);
+    for (; turns.end <= last; ++turns.end) {
+      if (is_turn(columns, turns.end)) turns.rows.push_back(turns.end);
+    }
+    return turns.rows;
   }
 
   static bool is_turn(const ZigzagColumns& columns, int32_t row) {

@@ -1,0 +1,131 @@
+// The walk back over an argument's values that lie beyond a threshold, and what a call remembers of
+// it.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "functions/call_memory.h"
+#include "functions/window_extremes.h"
+
+namespace quor {
+
+/// The outermost values of blocks of rows: of sixteen rows each, of sixteen such blocks, and so on.
+template <Extreme extreme>
+class BlockExtremes final : public CallMemory {
+ public:
+  static constexpr int32_t fan = 16;
+
+  Dependencies dependencies;
+
+  void forget() { ++generation_; }
+
+  /// How many rows up to and including `last` make up the largest block without a value beyond the
+  /// threshold; 0 if none is known.
+  int32_t rows_without(int32_t last, double threshold) const {
+    int32_t rows = 0;
+    int32_t size = fan;
+    for (const std::vector<Block>& blocks : levels_) {
+      if (last % size != size - 1) break;
+      const auto place = static_cast<size_t>(last / size);
+      if (!knows(blocks, place) || beats<extreme>(blocks[place].outermost, threshold)) break;
+      rows = size;
+      size *= fan;
+    }
+    return rows;
+  }
+
+  void learn(int32_t first, double outermost) {
+    store(levels_[0], static_cast<size_t>(first / fan), outermost);
+  }
+
+  /// Learns the larger blocks from `first` up to `end` at most, of whose parts all are known.
+  void join(int32_t first, int32_t end) {
+    int64_t size = fan;
+    for (size_t level = 1; level < levels_.size(); ++level) {
+      size *= fan;
+      if (first % size != 0 || first + size > end) return;
+      join_parts(level, static_cast<size_t>(first / size));
+    }
+  }
+
+ private:
+  struct Block {
+    double outermost = null_value;  ///< null if all values are
+    uint64_t generation = 0;
+  };
+
+  bool knows(const std::vector<Block>& blocks, size_t place) const {
+    return place < blocks.size() && blocks[place].generation == generation_;
+  }
+
+  void store(std::vector<Block>& blocks, size_t place, double outermost) {
+    if (place >= blocks.size()) blocks.resize(place + 1);
+    blocks[place] = {outermost, generation_};
+  }
+
+  void join_parts(size_t level, size_t place) {
+    if (knows(levels_[level], place)) return;
+    double outermost = null_value;
+    for (size_t part = place * fan; part < (place + 1) * fan; ++part) {
+      take_outer<extreme>(outermost, levels_[level - 1][part].outermost);
+    }
+    store(levels_[level], place, outermost);
+  }
+
+  std::array<std::vector<Block>, 4> levels_;
+  uint64_t generation_ = 1;
+};
+
+/// One walk down the rows of an argument. It leaps over blocks that are known to hold nothing
+/// beyond the threshold, and evaluates no row that a plain walk wouldn't come to.
+template <Extreme extreme>
+class BeyondWalk {
+ public:
+  /// Over the last of the first `arguments` arguments of the call, from row `first` down.
+  BeyondWalk(const Call& call, size_t arguments, double threshold, int32_t first)
+      : table_(call.table()), threshold_(threshold) {
+    auto& blocks = memory_of<Blocks>(call);
+    if (call.row >= table_.row_count()) return;
+    if (!blocks.dependencies.can_be_remembered(call, arguments)) return;
+    if (blocks.dependencies.have_changed(table_)) blocks.forget();
+    end_ = std::min(first + 1, blocks.dependencies.settled_end(call.row - 1));
+    blocks.dependencies.watch(table_, end_);
+    blocks_ = &blocks;
+  }
+
+  /// The next row at or below `row` to look at; below 0 if there is none.
+  int32_t next(int32_t row) {
+    if (row % Blocks::fan != Blocks::fan - 1) return row;
+    outermost_ = null_value;
+    if (blocks_ == nullptr || blocks_->dependencies.have_changed(table_)) return row;
+    while (row >= 0) {
+      const int32_t rows = blocks_->rows_without(row, threshold_);
+      if (rows == 0) break;
+      row -= rows;
+      blocks_->join(row + 1, end_);
+    }
+    return row;
+  }
+
+  /// Takes in the value at a row that `next` gave.
+  void pass(int32_t row, double value) {
+    take_outer<extreme>(outermost_, value);
+    if (row % Blocks::fan != 0 || blocks_ == nullptr || row + Blocks::fan > end_) return;
+    blocks_->learn(row, outermost_);
+    blocks_->join(row, end_);
+  }
+
+ private:
+  using Blocks = BlockExtremes<extreme>;
+
+  DataTable& table_;
+  const double threshold_;
+  int32_t end_ = 0;                ///< the rows below are watched
+  Blocks* blocks_ = nullptr;       ///< null if nothing can be remembered
+  double outermost_ = null_value;  ///< of the rows passed since the end of a block
+};
+
+}  // namespace quor
