@@ -65,8 +65,7 @@ void DataTable::note_size() {
   column_count_ = static_cast<uint32_t>(columns_.size());
 }
 
-void DataTable::store_key(size_t row) {
-  const int32_t time_column = column_index_of(time_column_id);
+void DataTable::store_key(size_t row, int32_t time_column) {
   if (time_column == -1) return;
   columns_[static_cast<size_t>(time_column)].cells[row] = static_cast<double>(keys_[row]);
 }
@@ -84,7 +83,7 @@ void DataTable::insert_row(int64_t key) {
   keys_.insert(keys_.begin() + row, key);
   for (Column& column : columns_) column.cells.insert(column.cells.begin() + row, null_value);
   note_size();
-  store_key(static_cast<size_t>(row));
+  store_key(static_cast<size_t>(row), column_index_of(time_column_id));
 }
 
 void DataTable::put_value(int64_t key, uint32_t id, double value) {
@@ -243,10 +242,11 @@ void DataTable::write_column(int32_t index, std::span<const BatchRow> rows, cons
 
 /// A row that has no key yet is a new one.
 void DataTable::write_keys(std::span<const BatchRow> rows) {
+  const int32_t time_column = column_index_of(time_column_id);
   for (const BatchRow& row : rows) {
     if (keys_[row.row] == row.key) continue;
     keys_[row.row] = row.key;
-    store_key(row.row);
+    store_key(row.row, time_column);
   }
 }
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <new>
 #include <span>
 #include <string>
 #include <unordered_map>
@@ -40,14 +41,27 @@ struct BatchRow {
   uint32_t row;  ///< of the table; known while the table merges
 };
 
+/// Allocates from the start of a cache line, for values that are fetched out of order.
+template <typename T>
+struct LineAligned {
+  using value_type = T;
+  LineAligned() = default;
+  template <typename U>
+  explicit LineAligned(const LineAligned<U>&) {}
+  static constexpr std::align_val_t line{64};
+  T* allocate(size_t count) { return static_cast<T*>(::operator new(count * sizeof(T), line)); }
+  void deallocate(T* memory, size_t) { ::operator delete(memory, line); }
+  bool operator==(const LineAligned&) const = default;
+};
+
 /// New values for some columns of some rows, row by row. One batch after the other may use the same
 /// memory.
 struct RowBatch {
   std::vector<int32_t> column_indexes;  ///< where each value of a row goes; -1 for nowhere
   std::vector<BatchRow> rows;           ///< any order; of equal keys the last row wins whole
-  std::vector<double> values;           ///< column_indexes.size() to a place
-  std::vector<BatchRow> sorted;         ///< for the merge, as is
-  std::vector<uint32_t> gaps;           ///< the rows of the table that new rows go before
+  std::vector<double, LineAligned<double>> values;  ///< column_indexes.size() to a place
+  std::vector<BatchRow> sorted;                     ///< for the merge, as is
+  std::vector<uint32_t> gaps;  ///< the rows of the table that new rows go before
 };
 
 /// Owned by the pool and touched only under the instance's lock. A row is a 0-based index into the
@@ -171,7 +185,7 @@ class DataTable {
   }
   void note_size();
   void insert_row(int64_t key);
-  void store_key(size_t row);
+  void store_key(size_t row, int32_t time_column);
   void write_column(int32_t index, std::span<const BatchRow> rows, const double* values,
                     size_t width);
   void write_keys(std::span<const BatchRow> rows);
