@@ -169,7 +169,7 @@ size_t DataTable::find_rows(RowBatch& batch) const {
     } else if (*place < row.key) {
       place = std::lower_bound(place, keys_.end(), row.key);
     }
-    row.row = static_cast<uint32_t>(place - keys_.begin() + added);
+    row.row = static_cast<uint32_t>(static_cast<size_t>(place - keys_.begin()) + added);
     if (place == keys_.end()) {
       ++added;
     } else if (*place == row.key) {
