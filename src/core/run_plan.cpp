@@ -17,15 +17,14 @@ std::optional<Place> place_of(const Operand& operand, const Program& program,
       return Place{&operand.number, 0};
     case Operand::Source::slot:
       return Place{&program.slots[operand.slot], 0};
-    case Operand::Source::field: {
-      const std::span<const double> cells = table.cells(operand.variable->column_index);
-      if (cells.empty()) return std::nullopt;
-      return Place{cells.data(), -1};
-    }
+    case Operand::Source::field:
     case Operand::Source::reference:
       break;
   }
-  return std::nullopt;
+  const Variable* field = operand.variable;
+  if (field == nullptr || field->kind != VariableKind::field) return std::nullopt;
+  const std::span<const double> cells = table.cells(field->column_index);
+  return cells.empty() ? std::nullopt : std::optional(Place{cells.data(), -1});
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "functions/averaging.h"
 
 #include <algorithm>
+#include <numeric>
 #include <span>
 
 #include "core/model.h"
@@ -16,8 +17,7 @@ struct CheckedSum {
 };
 
 CheckedSum checked_sum(std::span<const double> values) {
-  CheckedSum checked;
-  for (size_t i = 0; i < values.size(); ++i) checked.sum += values[i];
+  CheckedSum checked{std::accumulate(values.begin(), values.end(), 0.0)};
   // Only a null makes no number of a sum of numbers, save for infinities.
   if (!is_null(checked.sum)) return checked;
   checked.sum = 0.0;
