@@ -103,7 +103,7 @@ void change(Rows& rows, Bars& bars, TestHost& host) {
   host.feed(bars, row, row + 1);
 }
 
-/// COUNT once counted its bar at rows below 0, where the stretch of a negative N goes on.
+/// The stretch of a negative N goes on to rows below 0, which hold no bar to count.
 TEST(Carried, CountsNothingBelowTheFirstRow) {
   TestHost host;
   host.compile("A:=EXIST(COUNT(C=C OR 1,0)=1,0-1);B:=EVERY(COUNT(C=C OR 1,0),0-1);");

@@ -71,15 +71,9 @@ void DataTable::store_key(size_t row, int32_t time_column) {
 }
 
 void DataTable::insert_row(int64_t key) {
-  const auto place = std::lower_bound(keys_.begin(), keys_.end(), key);
-  const auto row = place - keys_.begin();
-  const size_t rows = keys_.size() + 1;
-  const auto room = [rows](auto& cells) {
-    if (cells.capacity() < rows) cells.reserve(std::max(rows, 2 * cells.capacity()));
-  };
-  room(keys_);
-  for (Column& column : columns_) room(column.cells);
-  if (row + 1 < static_cast<ptrdiff_t>(rows)) note_changed_rows();
+  const auto row = std::lower_bound(keys_.begin(), keys_.end(), key) - keys_.begin();
+  make_room(keys_.size() + 1);
+  if (row < std::ssize(keys_)) note_changed_rows();
   keys_.insert(keys_.begin() + row, key);
   for (Column& column : columns_) column.cells.insert(column.cells.begin() + row, null_value);
   note_size();

@@ -60,7 +60,7 @@ struct RowBatch {
   std::vector<int32_t> column_indexes;  ///< where each value of a row goes; -1 for nowhere
   std::vector<BatchRow> rows;           ///< any order; of equal keys the last row wins whole
   std::vector<double, LineAligned<double>> values;  ///< column_indexes.size() to a place
-  std::vector<BatchRow> sorted;                     ///< for the merge, as is
+  std::vector<BatchRow> sorted;                     ///< working memory of the merge
   std::vector<uint32_t> gaps;  ///< the rows of the table that new rows go before
 };
 

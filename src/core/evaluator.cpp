@@ -72,6 +72,8 @@ double literal_value(std::string_view text) {
 
 void refuse_nesting() { throw std::runtime_error("expression nested too deeply"); }
 
+// What runs at every bar of every statement is inlined whatever its size: an operand is mostly a
+// number or a cell, and costs less than the call to fetch it.
 [[gnu::always_inline]] inline int CalculateCenter::run_call(Variable& variable, int32_t row,
                                                             bool scan, std::string& error,
                                                             double& result) {
@@ -134,6 +136,7 @@ int CalculateCenter::evaluate_reference(Variable& variable, int32_t row, bool sc
     case Operand::Source::reference:
       break;
   }
+  // By a copy, so that a plain value needn't go through memory.
   double written = value;
   const int status =
       evaluate_reference(*operand.variable, frame.row, frame.scan, frame.error, written);

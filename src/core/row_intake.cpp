@@ -96,7 +96,7 @@ class RowShape {
   std::vector<std::string> required_;
   std::vector<size_t> first_field_;  ///< of a place; means something if that field has the place
   std::vector<Field> fields_;
-  size_t known_ = 0;  ///< the size of `fields_`
+  size_t known_ = 0;  ///< the size of `fields_`, asked for at every field
 };
 
 /// Reads objects into a batch, one row each.
