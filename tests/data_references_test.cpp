@@ -172,7 +172,8 @@ TEST(DataReferences, ASingleDoubleQuoteIsOpen) {
   quor::CompileContext context(pool, calculator);
   std::string slot = "A:\"600000$CLOSE";
   std::string error;
-  EXPECT_EQ(quor::resolve_quoted_reference(context, slot, {4, error}), 5);
+  const quor::Status status = quor::resolve_quoted_reference(context, slot, {4, error});
+  EXPECT_EQ(status, quor::Status::quote_open);
   EXPECT_EQ(error, "ErrLine.4");
 }
 

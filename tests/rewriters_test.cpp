@@ -17,7 +17,7 @@ namespace quor_test {
 namespace {
 
 struct Rewritten {
-  int status;
+  int32_t status;
   std::string error;
   std::vector<std::string> slots;
 };
@@ -28,10 +28,11 @@ Rewritten rewritten(std::string script) {
   quor::CalculateCenter calculator(pool);
   quor::CompileContext context(pool, calculator);
   Rewritten result{};
-  result.status = quor::split_statements(script, result.slots, result.error);
-  if (result.status == 0) {
-    result.status = quor::rewrite_statements(context, result.slots, result.error);
+  quor::Status status = quor::split_statements(script, result.slots, result.error);
+  if (!failed(status)) {
+    status = quor::rewrite_statements(context, result.slots, result.error);
   }
+  result.status = error_code(status);
   return result;
 }
 

@@ -10,14 +10,14 @@ namespace quor {
 namespace {
 
 struct Scan {
-  int code;
+  int32_t code;
   std::vector<std::string> slots;
   std::string error;
 };
 
 Scan scan(std::string source) {
   Scan result;
-  result.code = split_statements(source, result.slots, result.error);
+  result.code = error_code(split_statements(source, result.slots, result.error));
   return result;
 }
 
@@ -90,7 +90,7 @@ TEST(Scanner, KeepsOneSlotPerLine) {
 TEST(Scanner, RefusesUnfinishedSources) {
   const struct {
     const char* source;
-    int code;
+    int32_t code;
     const char* error;
   } cases[] = {
       {"A:1", 14, "ErrLine.0"},

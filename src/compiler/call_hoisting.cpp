@@ -116,33 +116,33 @@ class Hoisting {
   Hoisting(CompileContext& context, int32_t line, std::string& error, int& output_count)
       : context_(context), line_(line), error_(error), output_count_(output_count) {}
 
-  int run(std::string& text, uint32_t parent_column_id) {
+  Status run(std::string& text, uint32_t parent_column_id) {
     // Each level reads its text anew, so a nesting beyond the limit is better refused at once.
     const bool too_deep =
         depth_ == 0 ? call_nesting(text) >= max_call_nesting : depth_ >= max_call_nesting;
     if (too_deep) refuse_nesting();
     std::vector<const BaseFunc*> calls;
-    const int status = collect(text, calls);
-    if (status != status_ok) return status;
+    const Status status = collect(text, calls);
+    if (failed(status)) return status;
     for (const BaseFunc* function : calls) {
       if (OutputFunctionSet.contains(function->name())) ++output_count_;
     }
-    if (output_count_ >= 2) return fail(status_second_output, text);
+    if (output_count_ >= 2) return fail(Status::second_output, text);
     for (const BaseFunc* function : calls) {
-      const int call_status = hoist(text, *function, parent_column_id);
-      if (call_status != status_ok) return call_status;
+      const Status call_status = hoist(text, *function, parent_column_id);
+      if (failed(call_status)) return call_status;
     }
-    return status_ok;
+    return Status::ok;
   }
 
  private:
-  int fail(int status, std::string_view message) {
+  Status fail(Status status, std::string_view message) {
     append_error(error_, message, line_);
     return status;
   }
 
   /// The calls at the top level of the text, in order.
-  int collect(const std::string& text, std::vector<const BaseFunc*>& calls) {
+  Status collect(const std::string& text, std::vector<const BaseFunc*>& calls) {
     const std::string_view name = depth_ == 0 ? declared_name(text) : std::string_view();
     const Parentheses parentheses(text);
     size_t greatest_end = 0;
@@ -155,14 +155,14 @@ class Hoisting {
         size_t start = 0;
         size_t end = 0;
         if (!locate_call(text, parentheses, piece, token.position, start, end)) {
-          return fail(status_parentheses_missing, piece);
+          return fail(Status::parentheses_missing, piece);
         }
         if (end <= greatest_end) continue;
         greatest_end = end;
         calls.push_back(function);
       }
     }
-    return status_ok;
+    return Status::ok;
   }
 
   /// Where the search for a pattern starts: a name that holds a function word doesn't capture the
@@ -175,26 +175,26 @@ class Hoisting {
     return static_cast<size_t>(pieces[1].data() - text.data());
   }
 
-  int hoist(std::string& text, const BaseFunc& function, uint32_t parent_column_id) {
+  Status hoist(std::string& text, const BaseFunc& function, uint32_t parent_column_id) {
     const bool parentheses = function.takes_parentheses();
     const std::string pattern = function.name() + (parentheses ? "(" : "");
-    if (!contains(text, pattern)) return status_ok;
+    if (!contains(text, pattern)) return Status::ok;
     size_t start = 0;
     size_t end = 0;
     if (!find_call(text, pattern, search_start(text, pattern), start, end) || end == 0) {
-      return status_ok;
+      return Status::ok;
     }
     Variable& call = make_call(function);
-    int status = build_own_elements(call, parent_column_id);
-    if (status != status_ok) return status;
+    Status status = build_own_elements(call, parent_column_id);
+    if (failed(status)) return status;
     if (parentheses) {
       const size_t first = start + pattern.size();
       status = compile_arguments(call, text.substr(first, end - first));
-      if (status != status_ok) return status;
+      if (failed(status)) return status;
       ++end;
     }
     text.replace(start, end - start, call.name);
-    return status_ok;
+    return Status::ok;
   }
 
   Variable& make_call(const BaseFunc& function) {
@@ -215,36 +215,36 @@ class Hoisting {
   }
 
   /// The word itself as an expression: what it looks up decides the flags and fields of the call.
-  int build_own_elements(Variable& call, uint32_t parent_column_id) {
+  Status build_own_elements(Variable& call, uint32_t parent_column_id) {
     std::vector<MathElement> elements;
     bool whole_series = false;
-    const int status =
+    const Status status =
         build_elements(context_, {call.text, VariableKind::call, line_, parent_column_id},
                        whole_series, elements, error_);
-    if (status != status_ok) return status;
+    if (failed(status)) return status;
     call.set_elements(std::move(elements));
     call.whole_series = whole_series;
-    return status_ok;
+    return Status::ok;
   }
 
-  int compile_arguments(Variable& call, std::string text) {
+  Status compile_arguments(Variable& call, std::string text) {
     ++depth_;
-    const int status = run(text, call.column_id);
+    const Status status = run(text, call.column_id);
     --depth_;
-    if (status != status_ok) return status;
+    if (failed(status)) return status;
     const auto pieces = split(text, "@");
     call.arguments.resize(pieces.size(), nullptr);
     for (size_t i = 0; i < pieces.size(); ++i) {
-      const int argument_status = compile_argument(call, i, pieces[i]);
-      if (argument_status != status_ok) return argument_status;
+      const Status argument_status = compile_argument(call, i, pieces[i]);
+      if (failed(argument_status)) return argument_status;
     }
-    return status_ok;
+    return Status::ok;
   }
 
-  int compile_argument(Variable& call, size_t position, std::string_view piece) {
+  Status compile_argument(Variable& call, size_t position, std::string_view piece) {
     std::string text;
-    int status = normalize_expression(context_, piece, false, line_, text, error_);
-    if (status != status_ok) return status;
+    Status status = normalize_expression(context_, piece, false, line_, text, error_);
+    if (failed(status)) return status;
     Variable* shared = context_.pool.find_with_column(piece);
     if (shared != nullptr) shared->source_text = piece;
     Variable& argument = shared != nullptr ? *shared : make_argument(text);
@@ -254,7 +254,7 @@ class Hoisting {
     bool whole_series = false;
     status = build_elements(context_, {text, argument.kind, line_, call.column_id}, whole_series,
                             elements, error_);
-    if (status != status_ok) return status;
+    if (failed(status)) return status;
     // A plain word or a quoted text finds itself; it has no expression.
     const bool itself = elements.size() == 2 && elements[0].variable == &argument;
     argument.set_elements(itself ? std::vector<MathElement>() : std::move(elements));
@@ -263,7 +263,7 @@ class Hoisting {
       call.whole_series = true;
       spread_whole_series(context_.pool, argument, argument.kind);
     }
-    if (is_style_argument(text)) return status_ok;
+    if (is_style_argument(text)) return Status::ok;
     double value = null_value;
     return context_.calculator.evaluate(argument, 0, true, error_, value);
   }
@@ -300,8 +300,8 @@ bool find_call(std::string_view text, std::string_view word, size_t from, size_t
   return locate_call(text, Parentheses(text), word, from, start, end);
 }
 
-int hoist_calls(CompileContext& context, std::string& text, int32_t line, uint32_t parent_column_id,
-                std::string& error, int& output_count) {
+Status hoist_calls(CompileContext& context, std::string& text, int32_t line,
+                   uint32_t parent_column_id, std::string& error, int& output_count) {
   return Hoisting(context, line, error, output_count).run(text, parent_column_id);
 }
 

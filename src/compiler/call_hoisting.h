@@ -17,8 +17,8 @@ bool find_call(std::string_view text, std::string_view word, size_t from, size_t
 /// Compiles every call of the text into a hidden variable with its arguments and leaves a hidden
 /// name in its place. Calls inside arguments go first, by recursion. `output_count` counts the
 /// words that draw or act over all levels of a statement; a second one is refused.
-int hoist_calls(CompileContext& context, std::string& text, int32_t line, uint32_t parent_column_id,
-                std::string& error, int& output_count);
+Status hoist_calls(CompileContext& context, std::string& text, int32_t line,
+                   uint32_t parent_column_id, std::string& error, int& output_count);
 
 /// Whether an argument is a style word and so needs no scan.
 bool is_style_argument(std::string_view text);

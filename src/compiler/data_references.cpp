@@ -55,16 +55,16 @@ struct QuotedText {
   size_t length() const { return inner.size() + 2; }
 };
 
-int resolve_security(CompileContext& context, std::string& slot, const QuotedText& quoted,
-                     const StatementErrors& errors) {
+Status resolve_security(CompileContext& context, std::string& slot, const QuotedText& quoted,
+                        const StatementErrors& errors) {
   const size_t mark = quoted.inner.find('$');
-  if (mark == 0) return errors.fail(status_reference_without_code, {});
+  if (mark == 0) return errors.fail(Status::reference_without_code, {});
   const auto field = reserved_field_id(upper_case(quoted.inner.substr(mark + 1)));
-  if (!field) return errors.fail(status_field_unknown, {});
+  if (!field) return errors.fail(Status::field_unknown, {});
   const Reference reference{"CROSSSEC", quoted.inner.substr(0, mark), *field, quoted.position,
                             quoted.length()};
   make_sign_binary(slot, put_reference(context, slot, reference, context.pool.cross_security_map));
-  return status_ok;
+  return Status::ok;
 }
 
 /// Whether the period is longer than the instance's own. Between classes an equal rank passes.
@@ -75,68 +75,68 @@ bool is_longer_period(int32_t period_class, std::string_view multiple, const Per
   return period_class_rank(period_class) >= period_class_rank(own.period_class);
 }
 
-int resolve_period(CompileContext& context, std::string& slot, const QuotedText& quoted,
-                   const StatementErrors& errors) {
+Status resolve_period(CompileContext& context, std::string& slot, const QuotedText& quoted,
+                      const StatementErrors& errors) {
   const size_t first = quoted.inner.find('$');
   const size_t last = quoted.inner.rfind('$');
   const std::string unit = upper_case(quoted.inner.substr(0, first));
   const auto period_class = period_unit_class(unit);
-  if (!period_class) return errors.fail(status_period_unit_unknown, {});
+  if (!period_class) return errors.fail(Status::period_unit_unknown, {});
   const std::string multiple = quoted.inner.substr(first + 1, last - first - 1);
-  if (!period_unit_allows(unit, multiple)) return errors.fail(status_period_multiple_refused, {});
+  if (!period_unit_allows(unit, multiple)) return errors.fail(Status::period_multiple_refused, {});
   if (!is_longer_period(*period_class, multiple, context.pool.period)) {
-    return errors.fail(status_period_not_longer, {});
+    return errors.fail(Status::period_not_longer, {});
   }
   const auto field = reserved_field_id(upper_case(quoted.inner.substr(last + 1)));
-  if (!field) return errors.fail(status_field_unknown, {});
+  if (!field) return errors.fail(Status::field_unknown, {});
   const Reference reference{"CROSSPERIOD", unit + multiple, *field, quoted.position,
                             quoted.length()};
   make_sign_binary(slot, put_reference(context, slot, reference, context.pool.cross_period_map));
-  return status_ok;
+  return Status::ok;
 }
 
 }  // namespace
 
-int resolve_quoted_reference(CompileContext& context, std::string& slot,
-                             const StatementErrors& errors) {
+Status resolve_quoted_reference(CompileContext& context, std::string& slot,
+                                const StatementErrors& errors) {
   const size_t first = slot.find('"');
-  if (first == std::string::npos) return status_ok;
+  if (first == std::string::npos) return Status::ok;
   const size_t last = slot.rfind('"');
-  if (first == last) return errors.fail(status_quote_open, {});
+  if (first == last) return errors.fail(Status::quote_open, {});
   if (first == 0 || (slot[first - 1] != ':' && slot[first - 1] != '=')) {
-    return errors.fail(status_reference_place, {});
+    return errors.fail(Status::reference_place, {});
   }
   const QuotedText quoted{first, slot.substr(first + 1, last - first - 1)};
   const size_t mark = quoted.inner.find('$');
-  if (mark == std::string::npos) return errors.fail(status_reference_without_mark, "$");
+  if (mark == std::string::npos) return errors.fail(Status::reference_without_mark, "$");
   return mark == quoted.inner.rfind('$') ? resolve_security(context, slot, quoted, errors)
                                          : resolve_period(context, slot, quoted, errors);
 }
 
-int resolve_realtime_reference(CompileContext& context, std::string& slot, std::string_view word,
-                               std::string_view source, const StatementErrors& errors) {
+Status resolve_realtime_reference(CompileContext& context, std::string& slot, std::string_view word,
+                                  std::string_view source, const StatementErrors& errors) {
   const size_t position = slot.find(word);
-  if (position == std::string::npos) return status_ok;
+  if (position == std::string::npos) return Status::ok;
   const std::string_view written = text_from(source, position + word.size());
   const size_t open = written.find('(');
   const size_t close = written.rfind(')');
   if (open == std::string_view::npos || close == std::string_view::npos || close < open) {
-    return errors.fail(status_parentheses_missing, word);
+    return errors.fail(Status::parentheses_missing, word);
   }
   const auto pieces = split(written.substr(open + 1, close - open - 1), "@");
-  if (pieces.empty() || pieces.size() > 2) return errors.fail(status_argument_count, word);
+  if (pieces.empty() || pieces.size() > 2) return errors.fail(Status::argument_count, word);
   const std::string field(trim(upper_case(pieces.back()), '\''));
   const std::string_view code =
       pieces.size() == 2 ? trim(pieces[0], '\'') : std::string_view(context.pool.security);
   const auto field_id = realtime_field_id(field);
   if (!field_id) {
-    return errors.fail(status_realtime_field_unknown, std::string(word) + "." + field);
+    return errors.fail(Status::realtime_field_unknown, std::string(word) + "." + field);
   }
   const size_t end = slot.find(')', position);
   const size_t length = end == std::string::npos ? slot.size() - position : end + 1 - position;
   put_reference(context, slot, {"REALTIMEFLAG", std::string(code), *field_id, position, length},
                 context.pool.realtime_map);
-  return status_ok;
+  return Status::ok;
 }
 
 }  // namespace quor

@@ -12,13 +12,13 @@ namespace quor {
 
 /// "CODE$FIELD" and "UNIT$MULTIPLE$FIELD" in double quotes, right behind ":" or "=". A slot holds
 /// one reference at most: what stands between its outermost quotes.
-int resolve_quoted_reference(CompileContext& context, std::string& slot,
-                             const StatementErrors& errors);
+Status resolve_quoted_reference(CompileContext& context, std::string& slot,
+                                const StatementErrors& errors);
 
 /// The first `word(CODE,FIELD)` or `word(FIELD)` of the slot. Its arguments are read from the
 /// `source` that the scanner left, at the place that the word has in the slot; throws
 /// std::out_of_range if earlier passes have moved that place beyond the end.
-int resolve_realtime_reference(CompileContext& context, std::string& slot, std::string_view word,
-                               std::string_view source, const StatementErrors& errors);
+Status resolve_realtime_reference(CompileContext& context, std::string& slot, std::string_view word,
+                                  std::string_view source, const StatementErrors& errors);
 
 }  // namespace quor

@@ -32,8 +32,8 @@ std::string normalized_token(const CompileContext& context, std::string_view tok
 }
 
 /// Evaluates the conditions of a text once, each on its own, to find words that mean nothing.
-int check_condition(CompileContext& context, std::string_view text, int32_t line,
-                    std::string& error) {
+Status check_condition(CompileContext& context, std::string_view text, int32_t line,
+                       std::string& error) {
   constexpr std::string_view separators[] = {"||", "&&"};
   for (const std::string_view piece : split_in_order(text, separators)) {
     std::string condition(piece);
@@ -41,15 +41,15 @@ int check_condition(CompileContext& context, std::string_view text, int32_t line
     replace_all(condition, "!", "<>");
     bool whole_series = false;
     std::vector<MathElement> elements;
-    int status = build_elements(context, {condition, VariableKind::number, line}, whole_series,
-                                elements, error);
-    if (status != status_ok) return status;
+    Status status = build_elements(context, {condition, VariableKind::number, line}, whole_series,
+                                   elements, error);
+    if (failed(status)) return status;
     Program program = lower(elements);
     double result = 0.0;
     status = context.calculator.evaluate_elements(program, 0, false, line, error, result);
-    if (status != status_ok) return status;
+    if (failed(status)) return status;
   }
-  return status_ok;
+  return Status::ok;
 }
 
 void require_field(DataPoolCenter& pool, int32_t id) {
@@ -105,8 +105,8 @@ std::string_view adapt_field_word(const DataPoolCenter& pool, std::string_view w
   return (trading && long_period) || pool.period.period_class == 1 ? "AVPRICE" : word;
 }
 
-int normalize_expression(CompileContext& context, std::string_view text, bool check, int32_t line,
-                         std::string& out, std::string& error) {
+Status normalize_expression(CompileContext& context, std::string_view text, bool check,
+                            int32_t line, std::string& out, std::string& error) {
   std::string normalized;
   for (const Token& token : tokenize(text)) {
     if (token.text == end_token) continue;
@@ -119,13 +119,13 @@ int normalize_expression(CompileContext& context, std::string_view text, bool ch
   out += normalized;
   if (!check || text.starts_with('~') || StyleWordSet.contains(text) ||
       to_number(with_minus_signs(text)) || normalized != text) {
-    return status_ok;
+    return Status::ok;
   }
   return check_condition(context, normalized, line, error);
 }
 
-int build_elements(CompileContext& context, const ElementRequest& request, bool& whole_series,
-                   std::vector<MathElement>& elements, std::string& error) {
+Status build_elements(CompileContext& context, const ElementRequest& request, bool& whole_series,
+                      std::vector<MathElement>& elements, std::string& error) {
   for (const Token& token : tokenize_expression(request.text)) {
     if (const auto code = operator_code(token.text)) {
       elements.push_back({ElementKind::operation, static_cast<double>(*code), nullptr});
@@ -139,13 +139,13 @@ int build_elements(CompileContext& context, const ElementRequest& request, bool&
         token.text, [&](const Variable& variable) { return &variable != request.owner; });
     if (used == nullptr) {
       append_error(error, token.text, request.line);
-      return status_undefined_name;
+      return Status::undefined_name;
     }
     note_use(context, request, *used, whole_series);
     elements.push_back({ElementKind::reference, 0.0, used});
   }
   elements.push_back({});
-  return status_ok;
+  return Status::ok;
 }
 
 void spread_whole_series(DataPoolCenter& pool, Variable& variable, VariableKind kind, int depth) {

@@ -11,8 +11,8 @@ namespace quor {
 
 /// Inlines constants and replaces declared names by hidden names, appending to `out`. With `check`
 /// set an expression that nothing has changed is evaluated once, so that unknown words are found.
-int normalize_expression(CompileContext& context, std::string_view text, bool check, int32_t line,
-                         std::string& out, std::string& error);
+Status normalize_expression(CompileContext& context, std::string_view text, bool check,
+                            int32_t line, std::string& out, std::string& error);
 
 /// The word that a field word stands for on this instance's period and market.
 std::string_view adapt_field_word(const DataPoolCenter& pool, std::string_view word);
@@ -27,8 +27,8 @@ struct ElementRequest {
 
 /// Builds the element list of a normalised text. Sets `whole_series` if a word asks for it, notes
 /// the fields that the script reads, and refuses a word that resolves to nothing with status 2.
-int build_elements(CompileContext& context, const ElementRequest& request, bool& whole_series,
-                   std::vector<MathElement>& elements, std::string& error);
+Status build_elements(CompileContext& context, const ElementRequest& request, bool& whole_series,
+                      std::vector<MathElement>& elements, std::string& error);
 
 /// Marks what depends on a whole-series argument. Hidden names typed by a script may form a ring,
 /// so the walk is refused beyond the depth that the evaluator bears.

@@ -42,9 +42,9 @@ void drop_statements(CompileContext& context) {
   context.pool.statement_list.clear();
 }
 
-std::string report_of_failure(int code, std::string_view error) {
+std::string report_of_failure(Status status, std::string_view error) {
   const ErrorParts parts = split_error(error);
-  return failure_report(code, parts.message, leading_integer(parts.line));
+  return failure_report(status, parts.message, leading_integer(parts.line));
 }
 
 }  // namespace
@@ -70,15 +70,15 @@ Variable& add_reserved_variable(CompileContext& context, std::string_view word, 
   return variable;
 }
 
-int compile_script(CompileContext& context, std::string& script, std::string_view parameters,
-                   std::string_view lines, std::string& error) {
-  if (script.empty()) return status_ok;
+Status compile_script(CompileContext& context, std::string& script, std::string_view parameters,
+                      std::string_view lines, std::string& error) {
+  if (script.empty()) return Status::ok;
   reset_compile_state(context);
   std::vector<std::string> slots;
-  int status = split_statements(script, slots, error);
-  if (status != status_ok) return status;
+  Status status = split_statements(script, slots, error);
+  if (failed(status)) return status;
   status = rewrite_statements(context, slots, error);
-  if (status != status_ok) return status;
+  if (failed(status)) return status;
   load_settings(context, parameters, lines);
 
   // Every constant takes effect for the whole script, whatever its place.
@@ -90,26 +90,26 @@ int compile_script(CompileContext& context, std::string& script, std::string_vie
   }
   for (const Slot& statement : statements) {
     status = compile_statement(context, statement.text, statement.line, error);
-    if (status != status_ok) return status;
+    if (failed(status)) return status;
   }
-  return status_ok;
+  return Status::ok;
 }
 
 std::string pre_parse(CompileContext& context, std::string script, std::string_view parameters,
                       std::string_view lines) {
   try {
     std::string error;
-    int status = compile_script(context, script, upper_case(parameters), lines, error);
-    if (status == status_ok) status = context.calculator.calculate(0, true, error);
-    if (status != status_ok) return report_of_failure(status, error);
+    Status status = compile_script(context, script, upper_case(parameters), lines, error);
+    if (!failed(status)) status = context.calculator.calculate(0, true, error);
+    if (failed(status)) return report_of_failure(status, error);
     return success_report(context.pool, error);
   } catch (const std::bad_alloc& fault) {
     drop_statements(context);
-    return failure_report(status_exception, fault.what(), 0);
+    return failure_report(Status::exception, fault.what(), 0);
   } catch (const std::exception& fault) {
-    return failure_report(status_exception, fault.what(), 0);
+    return failure_report(Status::exception, fault.what(), 0);
   } catch (...) {
-    return failure_report(status_exception, {}, 0);
+    return failure_report(Status::exception, {}, 0);
   }
 }
 

@@ -17,8 +17,8 @@ Variable& add_reserved_variable(CompileContext& context, std::string_view word, 
                                 bool add_column);
 
 /// Runs all compile passes. An empty script leaves the last compile in force. `script` is changed.
-int compile_script(CompileContext& context, std::string& script, std::string_view parameters,
-                   std::string_view lines, std::string& error);
+Status compile_script(CompileContext& context, std::string& script, std::string_view parameters,
+                      std::string_view lines, std::string& error);
 
 /// Compiles, makes the trial run and gives the report as JSON. No exception comes out, unless there
 /// is no memory for the report of a failure.

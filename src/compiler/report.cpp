@@ -12,7 +12,7 @@ namespace quor {
 namespace {
 
 struct PreParserResp {
-  int32_t error_code = 0;
+  Status status = Status::ok;
   std::string_view message;
   int32_t error_line = 0;
   std::vector<std::string> cross_security_list;
@@ -48,7 +48,7 @@ std::string write(const PreParserResp& report) {
   append_list(out, "ExtraKLineFieldList", report.extra_field_list,
               [&out](int32_t id) { append_integer(out, id); });
   append_list(out, "RealtimeFieldList", report.realtime_field_list, append_text);
-  append_json_integer(out, "ErrCode", report.error_code, true);
+  append_json_integer(out, "ErrCode", error_code(report.status), true);
   append_json_text(out, "IsNeedRequestExtraData", report.needs_extra_data, true);
   append_json_text(out, "IsContainsNoticeFunction", report.contains_notice, true);
   append_json_text(out, "ExtraMsg", report.message, true);
@@ -85,9 +85,9 @@ std::string success_report(const DataPoolCenter& pool, std::string_view error) {
   return write(report);
 }
 
-std::string failure_report(int code, std::string_view message, int line) {
+std::string failure_report(Status status, std::string_view message, int line) {
   PreParserResp report;
-  report.error_code = code;
+  report.status = status;
   report.message = message;
   report.error_line = line;
   return write(report);

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "core/data_pool_center.h"
+#include "core/status.h"
 
 namespace quor {
 
@@ -12,7 +13,7 @@ namespace quor {
 std::string success_report(const DataPoolCenter& pool, std::string_view error);
 
 /// The report of a failure: no lists and no flags.
-std::string failure_report(int code, std::string_view message, int line);
+std::string failure_report(Status status, std::string_view message, int line);
 
 /// The fields that the host must deliver for the script, and the columns that the script declared,
 /// as a JSON array of ids; [1] if there are none.

@@ -66,28 +66,28 @@ void put_generated_name(DataPoolCenter& pool, std::string& slot) {
 
 }  // namespace
 
-int rewrite_stick_words(std::string& slot, const StatementErrors& errors) {
-  if (contains(slot, ":")) return status_ok;
+Status rewrite_stick_words(std::string& slot, const StatementErrors& errors) {
+  if (contains(slot, ":")) return Status::ok;
   for (const std::string_view word : StickWordSet) {
     const auto stick = find_style_word(slot, word);
     if (!stick) continue;
-    if (stick->expression.empty()) return errors.fail(status_subject_missing, "STICK");
+    if (stick->expression.empty()) return errors.fail(Status::subject_missing, "STICK");
     slot = stick_call(word, *stick);
-    return status_ok;
+    return Status::ok;
   }
-  return status_ok;
+  return Status::ok;
 }
 
-int rewrite_dot_words(DataPoolCenter& pool, std::string& slot, const StatementErrors& errors) {
-  if (contains(slot, ":")) return status_ok;
+Status rewrite_dot_words(DataPoolCenter& pool, std::string& slot, const StatementErrors& errors) {
+  if (contains(slot, ":")) return Status::ok;
   for (const std::string_view word : DotWordSet) {
     const auto dots = find_style_word(slot, word);
     if (!dots) continue;
-    if (dots->expression.empty()) return errors.fail(status_subject_missing, word);
+    if (dots->expression.empty()) return errors.fail(Status::subject_missing, word);
     put_generated_name(pool, slot);
-    return status_ok;
+    return Status::ok;
   }
-  return status_ok;
+  return Status::ok;
 }
 
 void name_series_call(DataPoolCenter& pool, std::string& slot) {

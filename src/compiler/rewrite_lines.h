@@ -11,10 +11,10 @@ namespace quor {
 
 /// `EXPR,STICK` and the other stick words become a call of STICKLINE1. A statement with a name
 /// keeps the word as a style item of its line.
-int rewrite_stick_words(std::string& slot, const StatementErrors& errors);
+Status rewrite_stick_words(std::string& slot, const StatementErrors& errors);
 
 /// `EXPR,CROSSDOT` and `EXPR,CIRCLEDOT` get a generated name, so that they are output lines.
-int rewrite_dot_words(DataPoolCenter& pool, std::string& slot, const StatementErrors& errors);
+Status rewrite_dot_words(DataPoolCenter& pool, std::string& slot, const StatementErrors& errors);
 
 /// A statement that opens with a branch or range call gets a generated name, too.
 void name_series_call(DataPoolCenter& pool, std::string& slot);

@@ -122,14 +122,14 @@ void rewrite_rgb_one_by_one(std::string& slot) {
 
 }  // namespace
 
-int check_branches(std::string_view slot, const StatementErrors& errors) {
-  if (!contains(slot, "@")) return status_ok;
+Status check_branches(std::string_view slot, const StatementErrors& errors) {
+  if (!contains(slot, "@")) return Status::ok;
   for (const std::string_view word : BranchFunctionSet) {
     const size_t at = slot.find(std::string(word) + "(");
     if (at == absent || at == 0 || slot[at - 1] != '@') continue;
-    return errors.fail(status_branch_as_argument, word);
+    return errors.fail(Status::branch_as_argument, word);
   }
-  return status_ok;
+  return Status::ok;
 }
 
 void rewrite_rgb(std::string& slot) {
@@ -144,57 +144,57 @@ void rewrite_rgb(std::string& slot) {
   calls.walk(out, false, slot);
 }
 
-int rewrite_sound(std::string& slot, const StatementErrors& errors) {
+Status rewrite_sound(std::string& slot, const StatementErrors& errors) {
   const size_t at = find_form(slot, "SOUND(");
-  if (at == absent) return status_ok;
-  if (at <= 1) return errors.fail(status_subject_missing, "SOUND");
+  if (at == absent) return Status::ok;
+  if (at <= 1) return errors.fail(Status::subject_missing, "SOUND");
   const std::string_view text = slot;
   const auto file = quoted_part(text.substr(at));
-  if (!file) return errors.fail(status_bad_constant, "SOUND.NAME");
+  if (!file) return errors.fail(Status::bad_constant, "SOUND.NAME");
   slot = "PLAYSOUND(" + std::string(text.substr(0, at)) + std::string(*file) + ")";
-  return status_ok;
+  return Status::ok;
 }
 
-int rewrite_icon(std::string& slot, const StatementErrors& errors) {
+Status rewrite_icon(std::string& slot, const StatementErrors& errors) {
   constexpr std::string_view form = "ICON(";
   const size_t at = find_form(slot, form);
-  if (at == absent) return status_ok;
-  if (at <= 1) return errors.fail(status_subject_missing, "ICON");
+  if (at == absent) return Status::ok;
+  if (at <= 1) return errors.fail(Status::subject_missing, "ICON");
   const std::string_view text = slot;
   const auto pieces = split(text.substr(at), "@");
   const std::string_view type = pieces[0].substr(form.size(), 1);
-  if (type != "1" && type != "0") return errors.fail(status_bad_constant, "ICON.TYPE");
+  if (type != "1" && type != "0") return errors.fail(Status::bad_constant, "ICON.TYPE");
   const auto icon = pieces.size() < 2 ? std::nullopt : quoted_part(pieces[1]);
   if (!icon) refuse_position();
   slot = placed_call("DRAWICON", text.substr(0, at - 1), type == "1", *icon,
                      std::span(pieces).subspan(2));
-  return status_ok;
+  return Status::ok;
 }
 
-int rewrite_word(std::string& slot, const StatementErrors& errors) {
+Status rewrite_word(std::string& slot, const StatementErrors& errors) {
   constexpr std::string_view form = "WORD(";
-  if (!contains(slot, form)) return status_ok;
+  if (!contains(slot, form)) return Status::ok;
   const auto pieces = split(slot, "@");
   if (pieces.size() < 3) {
     const bool opens = !pieces.empty() && pieces[0].starts_with(form);
-    return opens ? errors.fail(status_subject_missing, "WORD") : int{status_ok};
+    return opens ? errors.fail(Status::subject_missing, "WORD") : Status::ok;
   }
-  if (!pieces[1].starts_with(form)) return status_ok;
+  if (!pieces[1].starts_with(form)) return Status::ok;
   const auto word = quoted_part(pieces[2]);
-  if (!word) return errors.fail(status_short_form_text, "WORD");
+  if (!word) return errors.fail(Status::short_form_text, "WORD");
   slot = placed_call("DRAWTEXT", pieces[0], pieces[1].substr(form.size(), 1) == "1", *word,
                      std::span(pieces).subspan(3));
-  return status_ok;
+  return Status::ok;
 }
 
-int rewrite_cjlvol(std::string& slot, const StatementErrors& errors) {
+Status rewrite_cjlvol(std::string& slot, const StatementErrors& errors) {
   constexpr std::string_view form = "CJLVOL(";
-  if (!slot.starts_with(form)) return status_ok;
-  if (slot.size() != form.size() + 2) return errors.fail(status_short_form_text, "CJLVOL");
+  if (!slot.starts_with(form)) return Status::ok;
+  if (slot.size() != form.size() + 2) return errors.fail(Status::short_form_text, "CJLVOL");
   slot = slot[form.size()] == '0'
              ? "STICKLINE1(C>O||(C=O&&C>REF(C@1))@0@V@-1@1)@ISVOLSTICK@TITLEVISIBLE"
              : "STICKLINE1(1@0@V@2@0)@COLORGREY@TITLEVISIBLE";
-  return status_ok;
+  return Status::ok;
 }
 
 void rewrite_set_style_color(std::string& slot) {

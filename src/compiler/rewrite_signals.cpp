@@ -49,9 +49,9 @@ std::string shown(std::string_view source) {
 
 /// What both kinds of signal do where no condition stands in front: the bare word is an error,
 /// anything else is left to the later passes.
-int without_condition(const FoundWord& found, std::string_view written,
-                      const StatementErrors& errors) {
-  return written == found.word ? errors.fail(status_subject_missing, found.word) : int{status_ok};
+Status without_condition(const FoundWord& found, std::string_view written,
+                         const StatementErrors& errors) {
+  return written == found.word ? errors.fail(Status::subject_missing, found.word) : Status::ok;
 }
 
 /// The name between the quotes of `NOTICE('name')`; empty for a text of another form.
@@ -80,45 +80,45 @@ std::string signal_call(std::string_view slot, const FoundWord& found, std::stri
 
 }  // namespace
 
-int rewrite_notice(std::string& slot, std::string_view source, const StatementErrors& errors) {
+Status rewrite_notice(std::string& slot, std::string_view source, const StatementErrors& errors) {
   const auto found = find_word(slot, [](std::string_view piece) { return piece == "NOTICE"; });
-  if (!found) return status_ok;
+  if (!found) return Status::ok;
   if (!found->behind_comma(slot)) {
-    return errors.fail(status_bad_constant, "COND, NOTICE('预警名称'); NOTICE");
+    return errors.fail(Status::bad_constant, "COND, NOTICE('预警名称'); NOTICE");
   }
-  if (slot.find(':') < found->position) return status_signal_with_name;
+  if (slot.find(':') < found->position) return Status::signal_with_name;
   const std::string_view written = text_from(source, found->position);
   if (found->position == 1) return without_condition(*found, written, errors);
   const std::string_view name = notice_name(written);
   if (name.empty() || utf16_length(name) > longest_name) {
-    return errors.fail(status_bad_constant, "NOTICE('预警名称'); NOTICE");
+    return errors.fail(Status::bad_constant, "NOTICE('预警名称'); NOTICE");
   }
   slot = signal_call(slot, *found, source, "@'" + std::string(name) + "'");
-  return status_ok;
+  return Status::ok;
 }
 
-int rewrite_trade_word(std::string& slot, std::string_view source, const StatementErrors& errors) {
+Status rewrite_trade_word(std::string& slot, std::string_view source,
+                          const StatementErrors& errors) {
   const auto found =
       find_word(slot, [](std::string_view piece) { return TradeSignalSet.contains(piece); });
-  if (!found) return status_ok;
+  if (!found) return Status::ok;
   if (!found->behind_comma(slot)) {
     const bool refused = found->position == 0 || found->ends(slot);
-    return refused ? errors.fail(status_bad_constant, "COND, TRADE;" + found->word)
-                   : int{status_ok};
+    return refused ? errors.fail(Status::bad_constant, "COND, TRADE;" + found->word) : Status::ok;
   }
-  if (slot.find(':') < found->position) return status_signal_with_name;
+  if (slot.find(':') < found->position) return Status::signal_with_name;
   const std::string_view written = text_from(source, found->position);
   if (found->position == 1) return without_condition(*found, written, errors);
   if (equal_ignoring_case(written, found->word)) {
     slot = signal_call(slot, *found, source, "");
-    return status_ok;
+    return Status::ok;
   }
   const auto quantity = quantity_text(written, found->word);
   if (!quantity || leading_integer(*quantity) <= 0) {
-    return errors.fail(status_bad_constant, "TRADE(NUMBER);" + found->word);
+    return errors.fail(Status::bad_constant, "TRADE(NUMBER);" + found->word);
   }
   slot = signal_call(slot, *found, source, "@" + std::string(*quantity));
-  return status_ok;
+  return Status::ok;
 }
 
 }  // namespace quor

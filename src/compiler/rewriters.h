@@ -10,7 +10,7 @@ namespace quor {
 
 /// Upper-cases each slot outside quotes and runs the rewriting passes over it in their fixed order,
 /// each on what the one before has left. Works through all slots and stops at the first status.
-int rewrite_statements(CompileContext& context, std::vector<std::string>& slots,
-                       std::string& error);
+Status rewrite_statements(CompileContext& context, std::vector<std::string>& slots,
+                          std::string& error);
 
 }  // namespace quor

@@ -18,18 +18,18 @@ class Scanner {
   Scanner(const std::string& source, std::vector<std::string>& slots)
       : source_(source), slots_(slots) {}
 
-  int run(std::string& error) {
-    int status = status_ok;
-    while (at_ < source_.size() && status == status_ok) status = take(source_[at_]);
-    if (status == status_ok) status = end();
-    if (status != status_ok) append_error(error, {}, static_cast<int32_t>(slots_.size()));
+  Status run(std::string& error) {
+    Status status = Status::ok;
+    while (at_ < source_.size() && !failed(status)) status = take(source_[at_]);
+    if (!failed(status)) status = end();
+    if (failed(status)) append_error(error, {}, static_cast<int32_t>(slots_.size()));
     return status;
   }
 
  private:
   char next() const { return at_ + 1 < source_.size() ? source_[at_ + 1] : '\0'; }
 
-  int take(char c) {
+  Status take(char c) {
     // Quotes count in every state, also inside comments and inside the other kind of quote.
     if (c == '\'') in_single_ = !in_single_;
     if (c == '"') in_double_ = !in_double_;
@@ -37,16 +37,16 @@ class Scanner {
       if (!in_comment_) current_ += c;
       last_ = c;
       ++at_;
-      return status_ok;
+      return Status::ok;
     }
-    if (take_comment_end(c) || take_blank(c)) return status_ok;
+    if (take_comment_end(c) || take_blank(c)) return Status::ok;
     if (in_comment_) {
       ++at_;
-      return status_ok;
+      return Status::ok;
     }
     if (c == '/' && next() == '/') return open_line_comment();
     take_sign(c);
-    return status_ok;
+    return Status::ok;
   }
 
   /// Braces and "*/": they never enter a slot and leave the last significant byte alone.
@@ -89,11 +89,11 @@ class Scanner {
     }
   }
 
-  int open_line_comment() {
-    if (!current_.empty() && last_ != ';') return status_source_unfinished;
+  Status open_line_comment() {
+    if (!current_.empty() && last_ != ';') return Status::source_unfinished;
     in_comment_ = in_line_comment_ = true;
     at_ += 2;
-    return status_ok;
+    return Status::ok;
   }
 
   void take_sign(char c) {
@@ -118,12 +118,12 @@ class Scanner {
     ++at_;
   }
 
-  int end() const {
-    if (in_single_ || in_double_) return status_quote_open;
+  Status end() const {
+    if (in_single_ || in_double_) return Status::quote_open;
     // Blanks, tabs and comments alone are a script of no statements.
     const bool no_statement = !statement_ended_ && current_.empty();
-    if (no_statement || last_ == ';' || last_ == '\n') return status_ok;
-    return status_source_unfinished;
+    if (no_statement || last_ == ';' || last_ == '\n') return Status::ok;
+    return Status::source_unfinished;
   }
 
   const std::string& source_;
@@ -140,8 +140,8 @@ class Scanner {
 
 }  // namespace
 
-int split_statements(std::string& source, std::vector<std::string>& slots, std::string& error) {
-  if (source.empty()) return status_ok;
+Status split_statements(std::string& source, std::vector<std::string>& slots, std::string& error) {
+  if (source.empty()) return Status::ok;
   replace_all(source, "\r\n", "\n");
   replace_all(source, "\r", "\n");
   replace_all_ignoring_case(source, " AND ", "&&");

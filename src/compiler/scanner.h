@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "core/status.h"
+
 namespace quor {
 
 /// Strips comments and white space, encodes the signs that later passes must tell apart, and cuts
@@ -13,8 +15,8 @@ namespace quor {
 /// In a slot "@" is a comma, "?" a binary and "^" a unary minus, a backquote a unary plus, "&&" and
 /// "||" the words AND and OR between blanks, "!" is "!=". Quoted text stays as it is.
 ///
-/// Gives 0, 5 for an open quote or 14 for an unfinished statement, with the error text. `source` is
+/// Refuses an open quote and an unfinished statement, with the error text. `source` is
 /// changed.
-int split_statements(std::string& source, std::vector<std::string>& slots, std::string& error);
+Status split_statements(std::string& source, std::vector<std::string>& slots, std::string& error);
 
 }  // namespace quor

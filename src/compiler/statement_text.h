@@ -16,7 +16,7 @@ struct StatementErrors {
   int32_t line;
   std::string& text;
 
-  int fail(int status, std::string_view message) const {
+  Status fail(Status status, std::string_view message) const {
     append_error(text, message, line);
     return status;
   }

@@ -124,30 +124,30 @@ class StatementCompiler {
   StatementCompiler(CompileContext& context, int32_t line, std::string& error)
       : context_(context), pool_(context.pool), line_(line), error_(error) {}
 
-  int run(std::string_view slot) {
-    if (slot.empty()) return status_ok;
+  Status run(std::string_view slot) {
+    if (slot.empty()) return Status::ok;
     Variable& statement = pool_.make_variable();
     statement.line = line_;
     std::string work(slot);
     int output_count = 0;
-    int status = hoist_calls(context_, work, line_, no_column, error_, output_count);
-    if (status != status_ok) return status;
+    Status status = hoist_calls(context_, work, line_, no_column, error_, output_count);
+    if (failed(status)) return status;
 
     const Parts parts = take_apart(work);
     append_items(pool_, parts, line_);
     // A statement that uses its own name can't be tried before the name exists.
     const bool check = work == slot && !uses_word(parts.expression, parts.name);
     status = normalize_expression(context_, parts.expression, check, line_, statement.text, error_);
-    if (status == status_ok && declares(work)) status = declare(statement, parts.name);
-    if (status != status_ok) return status;
+    if (!failed(status) && declares(work)) status = declare(statement, parts.name);
+    if (failed(status)) return status;
     pool_.list_variable(statement);
     pool_.statement_list.push_back(&statement);
     if (!parts.style.empty()) {
       status = StatementCompiler(context_, line_, error_)
                    .run(drawing_statement(parts.name, parts.style));
-      if (status != status_ok) return status;
+      if (failed(status)) return status;
     }
-    return statement.kind == VariableKind::undeclared ? finish(statement) : status_ok;
+    return statement.kind == VariableKind::undeclared ? finish(statement) : Status::ok;
   }
 
  private:
@@ -161,14 +161,14 @@ class StatementCompiler {
     return !word.empty() && std::ranges::find(tokens, word, &Token::text) != tokens.end();
   }
 
-  int fail(int status, std::string_view message) {
+  Status fail(Status status, std::string_view message) {
     append_error(error_, message, line_);
     return status;
   }
 
-  int declare(Variable& statement, const std::string& name) {
-    if (find_function(name) != nullptr) return fail(status_name_is_function, name);
-    if (contains(name, "~")) return fail(status_name_is_hidden, name);
+  Status declare(Variable& statement, const std::string& name) {
+    if (find_function(name) != nullptr) return fail(Status::name_is_function, name);
+    if (contains(name, "~")) return fail(Status::name_is_hidden, name);
     statement.column_id = column_of_text(statement);
     if (statement.column_id == no_column) {
       statement.column_id = pool_.table().take_auxiliary_id();
@@ -185,7 +185,7 @@ class StatementCompiler {
     named.column_index = statement.column_index;
     pool_.list_variable(named);
     const bool added = context_.declared_names.try_emplace(name, named.column_id).second;
-    return added ? static_cast<int>(status_ok) : fail(status_name_taken, name);
+    return added ? Status::ok : fail(Status::name_taken, name);
   }
 
   /// A statement that only names something shares its column. A plain number makes the statement a
@@ -205,14 +205,14 @@ class StatementCompiler {
     return no_column;
   }
 
-  int finish(Variable& statement) {
+  Status finish(Variable& statement) {
     std::vector<MathElement> elements;
     bool whole_series = false;
-    const int status = build_elements(
+    const Status status = build_elements(
         context_,
         {statement.text, VariableKind::undeclared, line_, statement.column_id, &statement},
         whole_series, elements, error_);
-    if (status != status_ok) return status;
+    if (failed(status)) return status;
     if (whole_series) {
       statement.whole_series = true;
       const auto first =
@@ -221,7 +221,7 @@ class StatementCompiler {
     }
     statement.set_elements(std::move(elements));
     statement.kind = VariableKind::expression;
-    return status_ok;
+    return Status::ok;
   }
 
   CompileContext& context_;
@@ -232,8 +232,8 @@ class StatementCompiler {
 
 }  // namespace
 
-int compile_statement(CompileContext& context, std::string_view slot, int32_t line,
-                      std::string& error) {
+Status compile_statement(CompileContext& context, std::string_view slot, int32_t line,
+                         std::string& error) {
   return StatementCompiler(context, line, error).run(slot);
 }
 

@@ -9,7 +9,7 @@ namespace quor {
 
 /// Compiles a statement: `name:=expression`, `name:expression,styles`, an expression, or a call
 /// with style items behind it. An output line gets a drawing statement of its own behind it.
-int compile_statement(CompileContext& context, std::string_view slot, int32_t line,
-                      std::string& error);
+Status compile_statement(CompileContext& context, std::string_view slot, int32_t line,
+                         std::string& error);
 
 }  // namespace quor

@@ -9,9 +9,9 @@
 
 namespace quor {
 
-int CalculateCenter::calculate(int32_t first_row, bool scan, std::string& error) {
+Status CalculateCenter::calculate(int32_t first_row, bool scan, std::string& error) {
   start_row_ = first_row;
-  if (pool_.statement_list.empty()) return status_ok;
+  if (pool_.statement_list.empty()) return Status::ok;
   refresh_column_indexes();
   return scan ? scan_statements(error) : run_statements(first_row, error);
 }
@@ -30,18 +30,18 @@ void CalculateCenter::refresh_column_indexes() {
   }
 }
 
-int CalculateCenter::scan_statements(std::string& error) {
+Status CalculateCenter::scan_statements(std::string& error) {
   for (Variable* statement : pool_.statement_list) {
     if (statement->kind == VariableKind::number) continue;
     double result = 0.0;
-    const int status =
+    const Status status =
         evaluate_elements(statement->program, 0, true, statement->line, error, result);
-    if (status != status_ok) return status;
+    if (failed(status)) return status;
   }
-  return status_ok;
+  return Status::ok;
 }
 
-int CalculateCenter::run_statements(int32_t first_row, std::string& error) {
+Status CalculateCenter::run_statements(int32_t first_row, std::string& error) {
   if (pool_.needs_trade_day) load_calendar();
   const int32_t rows = pool_.table().row_count();
   // A negative first row selects no rows.
@@ -53,10 +53,10 @@ int CalculateCenter::run_statements(int32_t first_row, std::string& error) {
   if (!whole_series) return run_rows(plan_.tasks(), first, rows, error);
   for (const Task& task : plan_.tasks()) {
     const int32_t start = task.statement->whole_series ? 0 : first;
-    const int status = run_rows({&task, 1}, start, rows, error);
-    if (status != status_ok) return status;
+    const Status status = run_rows({&task, 1}, start, rows, error);
+    if (failed(status)) return status;
   }
-  return status_ok;
+  return Status::ok;
 }
 
 /// Asks once after a compile for about 1000 days back and 30 days ahead.

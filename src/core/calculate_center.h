@@ -7,6 +7,7 @@
 
 #include "core/data_pool_center.h"
 #include "core/run_plan.h"
+#include "core/status.h"
 #include "core/word_scratch.h"
 #include "drawing/shape_management.h"
 
@@ -28,18 +29,18 @@ class CalculateCenter {
 
   /// Runs all statements: in scan mode once at row 0, else over the rows from `first_row` on. The
   /// first status other than 0 ends the run; what was written stays.
-  int calculate(int32_t first_row, bool scan, std::string& error);
+  Status calculate(int32_t first_row, bool scan, std::string& error);
 
   /// The value of a variable at any row. A status other than 0 comes with a text in `error`.
   /// `result` keeps the caller's start value where nothing is written.
-  int evaluate(Variable& variable, int32_t row, bool scan, std::string& error, double& result) {
+  Status evaluate(Variable& variable, int32_t row, bool scan, std::string& error, double& result) {
     switch (variable.kind) {
       case VariableKind::field:
         result = pool_.table().cell(row, variable.column_index);
-        return 0;
+        return Status::ok;
       case VariableKind::number:
         result = variable.value;
-        return 0;
+        return Status::ok;
       case VariableKind::call:
         return evaluate_call(variable, row, scan, error, result);
       case VariableKind::expression:
@@ -50,8 +51,8 @@ class CalculateCenter {
   }
 
   /// The value of a lowered expression at a row; `line` is that of its statement.
-  int evaluate_elements(Program& program, int32_t row, bool scan, int32_t line, std::string& error,
-                        double& result);
+  Status evaluate_elements(Program& program, int32_t row, bool scan, int32_t line,
+                           std::string& error, double& result);
 
   ShapeManagement& shapes() { return shapes_; }
   const ShapeManagement& shapes() const { return shapes_; }
@@ -69,25 +70,26 @@ class CalculateCenter {
     std::string& error;
   };
 
-  int evaluate_call(Variable& variable, int32_t row, bool scan, std::string& error, double& result);
-  int evaluate_expression(Variable& variable, int32_t row, bool scan, std::string& error,
-                          double& result);
-  static int evaluate_other(const Variable& variable, double& result);
-  int evaluate_reference(Variable& variable, int32_t row, bool scan, std::string& error,
-                         double& value);
-  int run_call(Variable& variable, int32_t row, bool scan, std::string& error, double& result);
-  int run_program(Program& program, int32_t row, bool scan, int32_t line, std::string& error,
-                  double& result);
-  int operand_value(const Operand& operand, Frame& frame, double& value);
-  int run_steps(const Program& program, Frame& frame);
-  static int end_without_value(const Program& program, int32_t line, std::string& error);
+  Status evaluate_call(Variable& variable, int32_t row, bool scan, std::string& error,
+                       double& result);
+  Status evaluate_expression(Variable& variable, int32_t row, bool scan, std::string& error,
+                             double& result);
+  static Status evaluate_other(const Variable& variable, double& result);
+  Status evaluate_reference(Variable& variable, int32_t row, bool scan, std::string& error,
+                            double& value);
+  Status run_call(Variable& variable, int32_t row, bool scan, std::string& error, double& result);
+  Status run_program(Program& program, int32_t row, bool scan, int32_t line, std::string& error,
+                     double& result);
+  Status operand_value(const Operand& operand, Frame& frame, double& value);
+  Status run_steps(const Program& program, Frame& frame);
+  static Status end_without_value(const Program& program, int32_t line, std::string& error);
 
   void refresh_column_indexes();
-  int scan_statements(std::string& error);
-  int run_statements(int32_t first_row, std::string& error);
+  Status scan_statements(std::string& error);
+  Status run_statements(int32_t first_row, std::string& error);
   void load_calendar();
-  int run_rows(std::span<const Task> tasks, int32_t first, int32_t end, std::string& error);
-  int task_value(const Task& task, int32_t row, std::string& error, double& result);
+  Status run_rows(std::span<const Task> tasks, int32_t first, int32_t end, std::string& error);
+  Status task_value(const Task& task, int32_t row, std::string& error, double& result);
 
   DataPoolCenter& pool_;
   ShapeManagement shapes_;

@@ -133,11 +133,10 @@ class DataTable {
     return columns_[static_cast<uint32_t>(column)].cells;
   }
 
-  double value_at(int32_t row, uint32_t id) const { return cell(row, column_index_of(id)); }
-
-  double cell(int32_t row, int32_t column) const {
+  /// Null for a row or a column that isn't there.
+  double cell(int64_t row, int32_t column) const {
     return is_cell(row, column)
-               ? columns_[static_cast<uint32_t>(column)].cells[static_cast<uint32_t>(row)]
+               ? columns_[static_cast<uint32_t>(column)].cells[static_cast<uint64_t>(row)]
                : null_value;
   }
   void set_cell(int32_t row, int32_t column, double value) {
@@ -180,8 +179,8 @@ class DataTable {
   static void note_change(Column& column, int32_t row, double value);
   void note_changed_rows();
 
-  bool is_cell(int32_t row, int32_t column) const {
-    return static_cast<uint32_t>(row) < rows_ && static_cast<uint32_t>(column) < column_count_;
+  bool is_cell(int64_t row, int32_t column) const {
+    return static_cast<uint64_t>(row) < rows_ && static_cast<uint32_t>(column) < column_count_;
   }
   void note_size();
   void insert_row(int64_t key);

@@ -74,71 +74,71 @@ void refuse_nesting() { throw std::runtime_error("expression nested too deeply")
 
 // What runs at every bar of every statement is inlined whatever its size: an operand is mostly a
 // number or a cell, and costs less than the call to fetch it.
-[[gnu::always_inline]] inline int CalculateCenter::run_call(Variable& variable, int32_t row,
-                                                            bool scan, std::string& error,
-                                                            double& result) {
+[[gnu::always_inline]] inline Status CalculateCenter::run_call(Variable& variable, int32_t row,
+                                                               bool scan, std::string& error,
+                                                               double& result) {
   if (variable.function == nullptr) {
     result = null_value;
-    return status_ok;
+    return Status::ok;
   }
   if (scan) pool_.invoked_functions.insert(variable.function_word);
   const Level level(nesting_);
   return variable.function->execute({pool_, *this, variable, row, scan, error, result});
 }
 
-int CalculateCenter::evaluate_call(Variable& variable, int32_t row, bool scan, std::string& error,
-                                   double& result) {
+Status CalculateCenter::evaluate_call(Variable& variable, int32_t row, bool scan,
+                                      std::string& error, double& result) {
   return run_call(variable, row, scan, error, result);
 }
 
-int CalculateCenter::evaluate_expression(Variable& variable, int32_t row, bool scan,
-                                         std::string& error, double& result) {
+Status CalculateCenter::evaluate_expression(Variable& variable, int32_t row, bool scan,
+                                            std::string& error, double& result) {
   if (variable.text.starts_with('\'')) {
     result = literal_value(variable.text);
-    return status_ok;
+    return Status::ok;
   }
   if (variable.elements.empty()) {
     if (variable.text == "DRAWNULL") {
       result = null_value;
-      return status_ok;
+      return Status::ok;
     }
     append_error(error, variable.text, variable.line);
-    return status_undefined_argument;
+    return Status::undefined_argument;
   }
   const Level level(nesting_);
   return run_program(variable.program, row, scan, variable.line, error, result);
 }
 
-int CalculateCenter::evaluate_other(const Variable& variable, double& result) {
+Status CalculateCenter::evaluate_other(const Variable& variable, double& result) {
   const bool missing = variable.kind == VariableKind::missing;
   result = missing ? null_value : 0.0;
-  return missing ? status_variable_gone : status_ok;
+  return missing ? Status::variable_gone : Status::ok;
 }
 
-int CalculateCenter::evaluate_reference(Variable& variable, int32_t row, bool scan,
-                                        std::string& error, double& value) {
+Status CalculateCenter::evaluate_reference(Variable& variable, int32_t row, bool scan,
+                                           std::string& error, double& value) {
   if (variable.kind == VariableKind::call) return run_call(variable, row, scan, error, value);
   return evaluate(variable, row, scan, error, value);
 }
 
-[[gnu::always_inline]] inline int CalculateCenter::operand_value(const Operand& operand,
-                                                                 Frame& frame, double& value) {
+[[gnu::always_inline]] inline Status CalculateCenter::operand_value(const Operand& operand,
+                                                                    Frame& frame, double& value) {
   switch (operand.source) {
     case Operand::Source::number:
       value = operand.number;
-      return status_ok;
+      return Status::ok;
     case Operand::Source::slot:
       value = frame.slots[operand.slot];
-      return status_ok;
+      return Status::ok;
     case Operand::Source::field:
       value = frame.cells[operand.variable->column_index];
-      return status_ok;
+      return Status::ok;
     case Operand::Source::reference:
       break;
   }
   // By a copy, so that a plain value needn't go through memory.
   double written = value;
-  const int status =
+  const Status status =
       evaluate_reference(*operand.variable, frame.row, frame.scan, frame.error, written);
   value = written;
   // A call may have added columns.
@@ -146,64 +146,68 @@ int CalculateCenter::evaluate_reference(Variable& variable, int32_t row, bool sc
   return status;
 }
 
-[[gnu::always_inline]] inline int CalculateCenter::run_steps(const Program& program, Frame& frame) {
+[[gnu::always_inline]] inline Status CalculateCenter::run_steps(const Program& program,
+                                                                Frame& frame) {
   for (const Step& step : program.steps) {
     double right = 0.0;
-    int status = operand_value(step.right, frame, right);
-    if (status != status_ok) return status;
+    Status status = operand_value(step.right, frame, right);
+    if (failed(status)) return status;
     if (step.kind == Step::Kind::reduce) {
       double left = 0.0;
       status = operand_value(step.left, frame, left);
-      if (status != status_ok) return status;
+      if (failed(status)) return status;
       frame.slots[step.slot] = reduce(step.op, left, right);
     } else if (step.kind == Step::Kind::negate) {
       frame.slots[step.slot] = -right;
     }
   }
-  return status_ok;
+  return Status::ok;
 }
 
-[[gnu::always_inline]] inline int CalculateCenter::run_program(Program& program, int32_t row,
-                                                               bool scan, int32_t line,
-                                                               std::string& error, double& result) {
+[[gnu::always_inline]] inline Status CalculateCenter::run_program(Program& program, int32_t row,
+                                                                  bool scan, int32_t line,
+                                                                  std::string& error,
+                                                                  double& result) {
   Frame frame{pool_.table().row(row), program.slots.data(), row, scan, error};
-  const int status = run_steps(program, frame);
-  if (status != status_ok) return status;
+  const Status status = run_steps(program, frame);
+  if (failed(status)) return status;
   // The caller's start value goes to a lone reference.
   if (program.ending == Ending::value) return operand_value(program.result, frame, result);
   return end_without_value(program, line, error);
 }
 
-int CalculateCenter::evaluate_elements(Program& program, int32_t row, bool scan, int32_t line,
-                                       std::string& error, double& result) {
+Status CalculateCenter::evaluate_elements(Program& program, int32_t row, bool scan, int32_t line,
+                                          std::string& error, double& result) {
   return run_program(program, row, scan, line, error, result);
 }
 
-int CalculateCenter::end_without_value(const Program& program, int32_t line, std::string& error) {
+Status CalculateCenter::end_without_value(const Program& program, int32_t line,
+                                          std::string& error) {
   switch (program.ending) {
     case Ending::missing_operand:
       append_error(error, {}, line);
-      return status_operand_missing;
+      return Status::operand_missing;
     case Ending::missing_variable:
-      return status_variable_gone;
+      return Status::variable_gone;
     case Ending::bare_reference:
       append_error(error, {}, program.result.variable->line);
-      return status_bare_reference;
+      return Status::bare_reference;
     default:
-      return status_ok;
+      return Status::ok;
   }
 }
 
-[[gnu::always_inline]] inline int CalculateCenter::task_value(const Task& task, int32_t row,
-                                                              std::string& error, double& result) {
+[[gnu::always_inline]] inline Status CalculateCenter::task_value(const Task& task, int32_t row,
+                                                                 std::string& error,
+                                                                 double& result) {
   Variable& statement = *task.statement;
   switch (task.kind) {
     case Task::Kind::number:
       result = statement.value;
-      return status_ok;
+      return Status::ok;
     case Task::Kind::constant:
       result = task.constant;
-      return status_ok;
+      return Status::ok;
     case Task::Kind::call:
       return run_call(*statement.program.result.variable, row, false, error, result);
     case Task::Kind::plain:
@@ -211,24 +215,24 @@ int CalculateCenter::end_without_value(const Program& program, int32_t line, std
         *step.result = reduce(step.op, step.left.at(row), step.right.at(row));
       }
       result = task.place.at(row);
-      return status_ok;
+      return Status::ok;
     case Task::Kind::formula:
       break;
   }
   return run_program(statement.program, row, false, statement.line, error, result);
 }
 
-int CalculateCenter::run_rows(std::span<const Task> tasks, int32_t first, int32_t end,
-                              std::string& error) {
+Status CalculateCenter::run_rows(std::span<const Task> tasks, int32_t first, int32_t end,
+                                 std::string& error) {
   for (int32_t row = first; row < end; ++row) {
     for (const Task& task : tasks) {
       double result = 0.0;
-      const int status = task_value(task, row, error, result);
-      if (status != status_ok) return status;
+      const Status status = task_value(task, row, error, result);
+      if (failed(status)) return status;
       if (task.column != -1) pool_.table().set_cell(row, task.column, result);
     }
   }
-  return status_ok;
+  return Status::ok;
 }
 
 }  // namespace quor

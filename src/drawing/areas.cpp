@@ -21,10 +21,10 @@ std::shared_ptr<BaseShape> rectangle_of_last_bar() {
 bool zero_or_one(double value) { return value == 0.0 || value == 1.0; }
 
 /// Of several colour items the first one counts.
-std::optional<int> first_colour(Making& making, std::string_view text) {
+std::optional<Status> first_colour(Making& making, std::string_view text) {
   if (!text.starts_with("COLOR")) return std::nullopt;
   if (making.colour_word.empty()) making.colour_word = text;
-  return status_ok;
+  return Status::ok;
 }
 
 void as_title(Making& making, double value) { making.record->Field1Text = fixed_text(value); }
@@ -79,9 +79,9 @@ constexpr DrawingRow backgroundstyle = {
     .constants = {{0, as_title, not_null, ".i"}},
 };
 
-int set_second_title(Making& making) {
+Status set_second_title(Making& making) {
   field<&G::Field2Text>(*making.record) = making.record->Field1Text;
-  return status_ok;
+  return Status::ok;
 }
 
 class DRAWGBK final : public DrawingWord<drawgbk> {
@@ -92,11 +92,11 @@ class DRAWGBK1 final : public DrawingWord<drawgbk1> {
 };
 class FILLRGN final : public DrawingWord<fillrgn> {
   using DrawingWord::DrawingWord;
-  int own_rules(Making& making) const override { return set_second_title(making); }
+  Status own_rules(Making& making) const override { return set_second_title(making); }
 };
 class FILLRGN1 final : public DrawingWord<fillrgn1> {
   using DrawingWord::DrawingWord;
-  int own_rules(Making& making) const override { return set_second_title(making); }
+  Status own_rules(Making& making) const override { return set_second_title(making); }
 };
 class BACKGROUNDSTYLE final : public DrawingWord<backgroundstyle> {
   using DrawingWord::DrawingWord;
@@ -107,21 +107,20 @@ class RGB final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     constexpr std::string_view suffixes[] = {".Red", ".Green", ".Blue"};
-    if (call.scan) return call.argument_count() == 3 ? status_ok : call.wrong_count();
+    if (call.scan) return call.check_count(3);
     int32_t parts[3];
     for (size_t i = 0; i < 3; ++i) {
       double value = null_value;
-      const int status = call.evaluate(i, value);
-      if (status != status_ok) return status;
+      const Status status = call.evaluate(i, value);
+      if (failed(status)) return status;
       parts[i] = to_int(value);
     }
     for (size_t i = 0; i < 3; ++i) {
-      if (parts[i] < 0 || parts[i] > 255) return call.fail(status_bad_constant, suffixes[i]);
+      if (parts[i] < 0 || parts[i] > 255) return call.fail(Status::bad_constant, suffixes[i]);
     }
-    call.result = parts[0] * 65536 + parts[1] * 256 + parts[2];
-    return status_ok;
+    return call.answer(parts[0] * 65536 + parts[1] * 256 + parts[2]);
   }
 };
 

@@ -58,7 +58,7 @@ class DRAWBARLINE final : public DrawingWord<drawbarline> {
 class DRAWKLINE : public DrawingWord<drawkline> {
  public:
   using DrawingWord::DrawingWord;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     call.result = call.scan ? null_value : 0.0;
     return DrawingWord::execute(call);
   }

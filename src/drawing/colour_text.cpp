@@ -22,19 +22,19 @@ std::optional<std::string> fixed_colour_text(std::string_view word) {
   return "#" + std::string(word);
 }
 
-int colour_text(DataPoolCenter& pool, std::string_view word, std::string& error,
-                std::string& text) {
+Status colour_text(DataPoolCenter& pool, std::string_view word, std::string& error,
+                   std::string& text) {
   if (word == "COLORAUTO") {
     text = auto_colour(pool.auto_color_counter++);
-    return status_ok;
+    return Status::ok;
   }
   if (auto fixed = fixed_colour_text(word)) {
     text = std::move(*fixed);
-    return status_ok;
+    return Status::ok;
   }
   text.clear();
   append_error(error, word, 0);
-  return status_bad_colour;
+  return Status::bad_colour;
 }
 
 }  // namespace quor

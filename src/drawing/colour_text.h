@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "core/data_pool_center.h"
+#include "core/status.h"
 
 namespace quor {
 
@@ -16,6 +17,7 @@ std::optional<std::string> fixed_colour_text(std::string_view word);
 
 /// As `fixed_colour_text`, but COLORAUTO takes the next entry of the palette. A bad word gives
 /// status 2013 with the word and line 0 in `error`, and an empty text.
-int colour_text(DataPoolCenter& pool, std::string_view word, std::string& error, std::string& text);
+Status colour_text(DataPoolCenter& pool, std::string_view word, std::string& error,
+                   std::string& text);
 
 }  // namespace quor

@@ -19,37 +19,37 @@ DrawingFunc::DrawingFunc(std::string_view word, const DrawingRow& row) : BaseFun
   }
 }
 
-int DrawingFunc::execute(const Call& call) const {
+Status DrawingFunc::execute(const Call& call) const {
   if (call.scan) {
-    const size_t count = call.argument_count();
-    if (count < row_.count.least || count > row_.count.most) return call.wrong_count();
+    const Status status = call.check_count(row_.count.least, row_.count.most);
+    if (failed(status)) return status;
   }
   if (call.variable.shape == nullptr) {
     Making making{.call = call, .record = row_.record(), .colour_word = {}};
     if (row_.adds_record) call.calculator.shapes().add(making.record);
-    const int status = make_record(making);
-    if (status != status_ok) return status;
+    const Status status = make_record(making);
+    if (failed(status)) return status;
     call.variable.shape = std::move(making.record);
   }
-  return call.scan ? static_cast<int>(status_ok) : write_bar(call, *call.variable.shape);
+  return call.scan ? Status::ok : write_bar(call, *call.variable.shape);
 }
 
-int DrawingFunc::own_rules(Making&) const { return status_ok; }
+Status DrawingFunc::own_rules(Making&) const { return Status::ok; }
 
-int DrawingFunc::make_record(Making& making) const {
+Status DrawingFunc::make_record(Making& making) const {
   making.record->TitleVisible = row_.title_visible;
   for (const MakingStep step : row_.order) {
-    const int status = make_step(step, making);
-    if (status != status_ok) return status;
+    const Status status = make_step(step, making);
+    if (failed(status)) return status;
   }
-  return status_ok;
+  return Status::ok;
 }
 
-int DrawingFunc::make_step(MakingStep step, Making& making) const {
+Status DrawingFunc::make_step(MakingStep step, Making& making) const {
   switch (step) {
     case MakingStep::title:
       set_title(making, row_.title);
-      return status_ok;
+      return Status::ok;
     case MakingStep::own:
       return own_rules(making);
     case MakingStep::constants:
@@ -63,23 +63,23 @@ int DrawingFunc::make_step(MakingStep step, Making& making) const {
     case MakingStep::values:
       return bind_values(making);
   }
-  return status_ok;
+  return Status::ok;
 }
 
-int DrawingFunc::read_constants(Making& making) const {
+Status DrawingFunc::read_constants(Making& making) const {
   for (const Constant& constant : row_.constants) {
     double value;
-    const int status = evaluate(making.call, constant.argument, value);
-    if (status != status_ok) return status;
+    const Status status = evaluate(making.call, constant.argument, value);
+    if (failed(status)) return status;
     if (constant.accepts != nullptr && !constant.accepts(value)) {
-      return making.call.fail(status_bad_constant, constant.suffix);
+      return making.call.fail(Status::bad_constant, constant.suffix);
     }
     constant.store(making, value);
   }
-  return status_ok;
+  return Status::ok;
 }
 
-int DrawingFunc::resolve_colours(Making& making) const {
+Status DrawingFunc::resolve_colours(Making& making) const {
   for (const Colour& colour : row_.colours) {
     std::string_view word = making.colour_word;
     const bool no_item = word.empty();
@@ -92,14 +92,14 @@ int DrawingFunc::resolve_colours(Making& making) const {
     } else if (colour.from == ColourFrom::item_not_auto && word == "COLORAUTO") {
       continue;
     }
-    const int status = read_colour(making, word, colour.field(*making.record));
-    if (status != status_ok) return status;
+    const Status status = read_colour(making, word, colour.field(*making.record));
+    if (failed(status)) return status;
   }
-  return status_ok;
+  return Status::ok;
 }
 
-int DrawingFunc::reserve_columns(Making& making) const {
-  if (row_.columns.empty()) return status_ok;
+Status DrawingFunc::reserve_columns(Making& making) const {
+  if (row_.columns.empty()) return Status::ok;
   Variable& call = making.call.variable;
   call.reserve_aux_columns(static_cast<int>(row_.columns.size()));
   size_t position = 0;
@@ -107,62 +107,63 @@ int DrawingFunc::reserve_columns(Making& making) const {
     const uint32_t id = call.aux_column_ids[position++];
     if (column.field != nullptr) column.field(*making.record) = static_cast<int32_t>(id);
   }
-  return status_ok;
+  return Status::ok;
 }
 
-int DrawingFunc::bind_values(Making& making) const {
+Status DrawingFunc::bind_values(Making& making) const {
   for (const Value& value : row_.values) {
     Variable& argument = making.call.argument(value.argument);
     if (value.title != nullptr) value.title(*making.record) = argument.source_text;
     bind_value_field(argument, value.field(*making.record));
   }
-  return status_ok;
+  return Status::ok;
 }
 
 // Runs at every bar, so all of its steps are one piece of code.
-[[gnu::flatten]] int DrawingFunc::write_bar(const Call& call, BaseShape& record) const {
-  if (row_.last_row_only && !is_last_row(call)) return status_ok;
-  const int status = store_values(call);
-  return status != status_ok ? status : write_columns(call, record);
+[[gnu::flatten]] Status DrawingFunc::write_bar(const Call& call, BaseShape& record) const {
+  if (row_.last_row_only && !is_last_row(call)) return Status::ok;
+  const Status status = store_values(call);
+  return failed(status) ? status : write_columns(call, record);
 }
 
-int DrawingFunc::store_values(const Call& call) const {
+Status DrawingFunc::store_values(const Call& call) const {
   for (const Value& bound : row_.values) {
     const Variable& argument = call.argument(bound.argument);
     if (argument.aux_column_indexes.empty()) continue;
     double value;
-    const int status = evaluate(call, bound.argument, value);
-    if (status != status_ok) return status;
+    const Status status = evaluate(call, bound.argument, value);
+    if (failed(status)) return status;
     call.table().set_cell(call.row, argument.aux_column_indexes[0], value);
   }
-  return status_ok;
+  return Status::ok;
 }
 
-int DrawingFunc::write_columns(const Call& call, BaseShape& record) const {
+Status DrawingFunc::write_columns(const Call& call, BaseShape& record) const {
   for (const size_t position : filled_columns_) {
-    const int status = write_column(call, record, position);
-    if (status != status_ok) return status;
+    const Status status = write_column(call, record, position);
+    if (failed(status)) return status;
   }
-  return status_ok;
+  return Status::ok;
 }
 
-int DrawingFunc::write_column(const Call& call, BaseShape& record, size_t position) const {
+Status DrawingFunc::write_column(const Call& call, BaseShape& record, size_t position) const {
   const Column& column = row_.columns.begin()[position];
   if (column.fill == Fill::last_row) {
     set_call_column(call, position, mark_of(is_last_row(call)));
-    return status_ok;
+    return Status::ok;
   }
-  if (column.fill != Fill::negated && call.argument(column.argument).text.empty()) return status_ok;
+  if (column.fill != Fill::negated && call.argument(column.argument).text.empty())
+    return Status::ok;
   double value;
-  const int status = evaluate(call, column.argument, value);
-  if (status != status_ok) return status;
+  const Status status = evaluate(call, column.argument, value);
+  if (failed(status)) return status;
   if (column.fill == Fill::negated) {
     value = -value;
   } else if (column.fill != Fill::number) {
     value = mark(column.fill, value, record);
   }
   set_call_column(call, position, value);
-  return status_ok;
+  return Status::ok;
 }
 
 double DrawingFunc::mark(Fill fill, double condition, BaseShape& record) const {
@@ -202,17 +203,17 @@ void set_title(Making& making, Title title) {
   }
 }
 
-int read_items(Making& making, const Items& items, size_t from) {
+Status read_items(Making& making, const Items& items, size_t from) {
   for (size_t i = from; i < making.call.argument_count(); ++i) {
     const std::string_view text = making.call.argument(i).text;
     for (const Item item : items) {
-      const std::optional<int> status = item(making, text);
+      const std::optional<Status> status = item(making, text);
       if (!status) continue;
-      if (*status != status_ok) return *status;
+      if (failed(*status)) return *status;
       break;
     }
   }
-  return status_ok;
+  return Status::ok;
 }
 
 void bind_value_field(Variable& argument, int32_t& field) {
@@ -232,7 +233,7 @@ void reserve_visibility_column(Making& making) {
   making.record->Field1VisibleId = static_cast<int32_t>(call.aux_column_ids[0]);
 }
 
-int read_colour(Making& making, std::string_view word, std::string& text) {
+Status read_colour(Making& making, std::string_view word, std::string& text) {
   return colour_text(making.call.pool, word, making.call.error, text);
 }
 
@@ -262,17 +263,17 @@ int32_t font_size_of(std::string_view word) {
 }
 
 /// The one digit behind the prefix, 0 to 2; else status 2012. A sign that is no digit throws.
-int align_of(const Call& call, std::string_view word, std::string_view prefix, int32_t& align) {
+Status align_of(const Call& call, std::string_view word, std::string_view prefix, int32_t& align) {
   const std::string_view sign = behind(word, prefix);
   if (sign.size() == 1) {
     const int32_t number = parse_integer(sign);
     if (number <= 2) {
       align = number;
-      return status_ok;
+      return Status::ok;
     }
   }
   append_error(call.error, "get_num_val." + std::string(prefix), call.variable.line);
-  return status_bad_constant;
+  return Status::bad_constant;
 }
 
 }  // namespace
@@ -282,44 +283,44 @@ float line_width_of(std::string_view word) {
   return width >= 1.0F && width <= 9.0F ? width : 1.0F;
 }
 
-std::optional<int> no_text(Making& making, std::string_view text) {
+std::optional<Status> no_text(Making& making, std::string_view text) {
   if (text != "NOTEXT") return std::nullopt;
   making.record->TitleVisible = 0;
-  return status_ok;
+  return Status::ok;
 }
 
-std::optional<int> title_visible(Making& making, std::string_view text) {
+std::optional<Status> title_visible(Making& making, std::string_view text) {
   if (text != "TITLEVISIBLE") return std::nullopt;
   making.record->TitleVisible = 1;
-  return status_ok;
+  return Status::ok;
 }
 
-std::optional<int> precis(Making& making, std::string_view text) {
+std::optional<Status> precis(Making& making, std::string_view text) {
   if (!text.starts_with("PRECIS")) return std::nullopt;
   making.record->Digit = digits_of(text);
-  return status_ok;
+  return Status::ok;
 }
 
-std::optional<int> kept_colour(Making& making, std::string_view text) {
+std::optional<Status> kept_colour(Making& making, std::string_view text) {
   if (!text.starts_with("COLOR")) return std::nullopt;
   making.colour_word = text;
-  return status_ok;
+  return Status::ok;
 }
 
-std::optional<int> align(Making& making, std::string_view text) {
+std::optional<Status> align(Making& making, std::string_view text) {
   if (!text.starts_with("ALIGN")) return std::nullopt;
   return align_of(making.call, text, "ALIGN", field<&TextShape::HorizontalAlign>(*making.record));
 }
 
-std::optional<int> valign(Making& making, std::string_view text) {
+std::optional<Status> valign(Making& making, std::string_view text) {
   if (!text.starts_with("VALIGN")) return std::nullopt;
   return align_of(making.call, text, "VALIGN", field<&TextShape::VerticalAlign>(*making.record));
 }
 
-std::optional<int> font_size(Making& making, std::string_view text) {
+std::optional<Status> font_size(Making& making, std::string_view text) {
   if (!text.starts_with("FONTSIZE")) return std::nullopt;
   field<&TextShape::FontSize>(*making.record) = font_size_of(text);
-  return status_ok;
+  return Status::ok;
 }
 
 }  // namespace quor

@@ -122,7 +122,7 @@ struct Constant {
 };
 
 /// A style item: gives no status for a text that is not its word, else the effect's status.
-using Item = std::optional<int> (*)(Making& making, std::string_view text);
+using Item = std::optional<Status> (*)(Making& making, std::string_view text);
 
 enum class ColourFrom : uint8_t {
   argument,          ///< the text at a position
@@ -179,35 +179,35 @@ class DrawingFunc : public BaseFunc {
  public:
   DrawingFunc(std::string_view word, const DrawingRow& row);
 
-  int execute(const Call& call) const override;
+  Status execute(const Call& call) const override;
 
  protected:
   /// The step `own` of the order.
-  virtual int own_rules(Making& making) const;
-  virtual int write_bar(const Call& call, BaseShape& record) const;
+  virtual Status own_rules(Making& making) const;
+  virtual Status write_bar(const Call& call, BaseShape& record) const;
   /// A word whose forms differ in more than a row makes its record itself.
-  virtual int make_record(Making& making) const;
+  virtual Status make_record(Making& making) const;
 
-  int evaluate(const Call& call, size_t position, double& value) const {
+  Status evaluate(const Call& call, size_t position, double& value) const {
     value = null_value;
-    const int status = call.evaluate(position, value);
-    if (status == status_ok || !row_.ignores_status) return status;
+    const Status status = call.evaluate(position, value);
+    if (!failed(status) || !row_.ignores_status) return status;
     value = null_value;
-    return status_ok;
+    return Status::ok;
   }
-  int store_values(const Call& call) const;
+  Status store_values(const Call& call) const;
   /// `constant_cell` of a word that writes its bars as the frame does.
   std::optional<ConstantCell> constant_mark(const Variable& call) const;
-  int write_columns(const Call& call, BaseShape& record) const;
+  Status write_columns(const Call& call, BaseShape& record) const;
 
-  int bind_values(Making& making) const;
+  Status bind_values(Making& making) const;
 
  private:
-  int make_step(MakingStep step, Making& making) const;
-  int read_constants(Making& making) const;
-  int resolve_colours(Making& making) const;
-  int reserve_columns(Making& making) const;
-  int write_column(const Call& call, BaseShape& record, size_t position) const;
+  Status make_step(MakingStep step, Making& making) const;
+  Status read_constants(Making& making) const;
+  Status resolve_colours(Making& making) const;
+  Status reserve_columns(Making& making) const;
+  Status write_column(const Call& call, BaseShape& record, size_t position) const;
   double mark(Fill fill, double condition, BaseShape& record) const;
 
   const DrawingRow& row_;
@@ -225,14 +225,14 @@ class DrawingWord : public DrawingFunc {
 
 void set_title(Making& making, Title title);
 /// Reads the arguments from a position on as style items; what no item takes is passed over.
-int read_items(Making& making, const Items& items, size_t from);
+Status read_items(Making& making, const Items& items, size_t from);
 /// A field that is still -1 takes the argument's column: its own one, or a new one that
 /// `store_value` fills. An argument without a text leaves it.
 void bind_value_field(Variable& argument, int32_t& field);
 /// Reserves the call's only column and gives its id to the record.
 void reserve_visibility_column(Making& making);
 /// Colour text of a word, as `colour_text` gives it.
-int read_colour(Making& making, std::string_view word, std::string& text);
+Status read_colour(Making& making, std::string_view word, std::string& text);
 inline double mark_of(bool shown) { return shown ? shown_mark : hidden_mark; }
 inline bool is_last_row(const Call& call) { return call.row == call.table().row_count() - 1; }
 /// Writes the call's own column at a position; one that is gone takes nothing.
@@ -248,44 +248,44 @@ int32_t standard_integer(std::string_view text);
 /// The number behind LINETHICK, from 1 to 9; else 1.
 float line_width_of(std::string_view word);
 
-std::optional<int> no_text(Making& making, std::string_view text);
-std::optional<int> title_visible(Making& making, std::string_view text);
-std::optional<int> precis(Making& making, std::string_view text);
+std::optional<Status> no_text(Making& making, std::string_view text);
+std::optional<Status> title_visible(Making& making, std::string_view text);
+std::optional<Status> precis(Making& making, std::string_view text);
 /// Keeps the last colour word for the step of the colours.
-std::optional<int> kept_colour(Making& making, std::string_view text);
+std::optional<Status> kept_colour(Making& making, std::string_view text);
 
 // Items of a TextShape.
-std::optional<int> align(Making& making, std::string_view text);
-std::optional<int> valign(Making& making, std::string_view text);
-std::optional<int> font_size(Making& making, std::string_view text);
+std::optional<Status> align(Making& making, std::string_view text);
+std::optional<Status> valign(Making& making, std::string_view text);
+std::optional<Status> font_size(Making& making, std::string_view text);
 
 /// A colour word that counts at once.
 template <auto member>
-std::optional<int> colour_item(Making& making, std::string_view text) {
+std::optional<Status> colour_item(Making& making, std::string_view text) {
   if (!text.starts_with("COLOR")) return std::nullopt;
   return read_colour(making, text, field<member>(*making.record));
 }
 
 template <auto member>
-std::optional<int> line_thick(Making& making, std::string_view text) {
+std::optional<Status> line_thick(Making& making, std::string_view text) {
   if (!text.starts_with("LINETHICK")) return std::nullopt;
   field<member>(*making.record) = line_width_of(text);
-  return 0;
+  return Status::ok;
 }
 
 template <auto member>
-std::optional<int> dash(Making& making, std::string_view text) {
+std::optional<Status> dash(Making& making, std::string_view text) {
   const auto style = dash_style(text);
   if (!style) return std::nullopt;
   field<member>(*making.record) = *style;
-  return 0;
+  return Status::ok;
 }
 
 template <auto member>
-std::optional<int> no_draw(Making& making, std::string_view text) {
+std::optional<Status> no_draw(Making& making, std::string_view text) {
   if (text != "NODRAW") return std::nullopt;
   field<member>(*making.record) = false;
-  return 0;
+  return Status::ok;
 }
 
 // What a constant does with its number, and what it refuses.

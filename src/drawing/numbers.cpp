@@ -95,40 +95,40 @@ class NumberWord : public DrawingWord<row> {
   }
 
   /// Reserves NUMBER's column, if it needs one, among those of the holder.
-  static int bind_number(Making& making, Variable& holder) {
+  static Status bind_number(Making& making, Variable& holder) {
     Variable& number = number_of(making.call);
     if (needs_column(number)) {
       holder.reserve_aux_columns(1);
       number.take_aux_column(holder, 0);
     }
     name_number_column(making);
-    return status_ok;
+    return Status::ok;
   }
 
-  int store_number(const Call& call) const {
+  Status store_number(const Call& call) const {
     double value;
-    const int status = this->evaluate(call, number_position, value);
-    if (status != status_ok) return status;
+    const Status status = this->evaluate(call, number_position, value);
+    if (failed(status)) return status;
     call.table().set_cell(call.row, number_of(call).column_index, value);
-    return status_ok;
+    return Status::ok;
   }
 
-  int write_bar(const Call& call, BaseShape& record) const override {
-    const int status = store_number(call);
-    return status != status_ok ? status : DrawingFunc::write_bar(call, record);
+  Status write_bar(const Call& call, BaseShape& record) const override {
+    const Status status = store_number(call);
+    return failed(status) ? status : DrawingFunc::write_bar(call, record);
   }
 };
 
 class DRAWNUMBER final : public NumberWord<drawnumber, 2> {
   using NumberWord::NumberWord;
-  int own_rules(Making& making) const override {
+  Status own_rules(Making& making) const override {
     return bind_number(making, number_of(making.call));
   }
 };
 
 class DRAWNUMBER1 final : public NumberWord<drawnumber1, 2> {
   using NumberWord::NumberWord;
-  int own_rules(Making& making) const override {
+  Status own_rules(Making& making) const override {
     return bind_number(making, number_of(making.call));
   }
 };
@@ -137,23 +137,25 @@ class DRAWSHIFTNUMBER final : public NumberWord<drawshiftnumber, 2> {
   using NumberWord::NumberWord;
   /// The column of the marks, which the call reserves later, takes the place of this one among the
   /// call's columns; NUMBER keeps it.
-  int own_rules(Making& making) const override { return bind_number(making, making.call.variable); }
+  Status own_rules(Making& making) const override {
+    return bind_number(making, making.call.variable);
+  }
 };
 
 class DRAWLASTBARNUMBER final : public NumberWord<drawlastbarnumber, 1> {
   using NumberWord::NumberWord;
 
-  int own_rules(Making& making) const override {
+  Status own_rules(Making& making) const override {
     Variable& number = number_of(making.call);
     if (needs_column(number)) number.take_aux_column(making.call.variable, 1);
     name_number_column(making);
-    return status_ok;
+    return Status::ok;
   }
 
-  int write_bar(const Call& call, BaseShape& record) const override {
-    int status = store_values(call);
-    if (status == status_ok && is_last_row(call)) status = store_number(call);
-    return status != status_ok ? status : write_columns(call, record);
+  Status write_bar(const Call& call, BaseShape& record) const override {
+    Status status = store_values(call);
+    if (!failed(status) && is_last_row(call)) status = store_number(call);
+    return failed(status) ? status : write_columns(call, record);
   }
 };
 

@@ -16,10 +16,10 @@ constexpr Item hide = no_draw<&P::is_drawn>;
 
 /// The compiler adds the word to every output line, so that it breaks at hidden bars, while a line
 /// that a script draws by a call of its own is continuous.
-std::optional<int> part_line_suffix(Making& making, std::string_view text) {
+std::optional<Status> part_line_suffix(Making& making, std::string_view text) {
   if (text != "PARTLINESUFFIX") return std::nullopt;
   field<&P::IsContinuousLine>(*making.record) = 0;
-  return status_ok;
+  return Status::ok;
 }
 
 std::shared_ptr<BaseShape> continuous_line() {
@@ -106,7 +106,7 @@ class POLYLINE final : public DrawingWord<polyline> {
 
   /// The host's settings of a line override what the script says. A line that the host has
   /// deselected keeps its columns but is not listed.
-  int own_rules(Making& making) const override {
+  Status own_rules(Making& making) const override {
     auto& line = static_cast<P&>(*making.record);
     const std::string& name = making.call.argument(1).source_text;
     const auto& models = making.call.pool.line_models;
@@ -114,7 +114,7 @@ class POLYLINE final : public DrawingWord<polyline> {
     if (model != models.end()) {
       line.LineColor = model->second.color_key;
       line.LineWidth = static_cast<float>(model->second.line_thick);
-      if (model->second.is_selected != 1) return status_ok;
+      if (model->second.is_selected != 1) return Status::ok;
     }
     making.call.calculator.shapes().add(making.record);
     if (line.TitleVisible == 0 || name.empty()) {
@@ -122,7 +122,7 @@ class POLYLINE final : public DrawingWord<polyline> {
     } else {
       line.Field1Text = name;
     }
-    return status_ok;
+    return Status::ok;
   }
 };
 

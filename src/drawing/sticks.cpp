@@ -40,23 +40,23 @@ constexpr DrawingRow drawcolumnchart = {
 };
 
 /// What SOLID sets is no typo: the flag is 1 for a hollow stick.
-std::optional<int> solid_or_hollow(Making& making, std::string_view text) {
+std::optional<Status> solid_or_hollow(Making& making, std::string_view text) {
   const bool solid = text.starts_with("SOLID");
   if (!solid && !text.starts_with("HOLLOW")) return std::nullopt;
   field<&B::IsFilled>(*making.record) = solid ? 0 : 1;
-  return status_ok;
+  return Status::ok;
 }
 
-std::optional<int> color_stick(Making& making, std::string_view text) {
+std::optional<Status> color_stick(Making& making, std::string_view text) {
   if (text != "ISCOLORSTICK") return std::nullopt;
   field<&B::IsColorStick>(*making.record) = 1;
-  return status_ok;
+  return Status::ok;
 }
 
-std::optional<int> vol_stick(Making& making, std::string_view text) {
+std::optional<Status> vol_stick(Making& making, std::string_view text) {
   if (text != "ISVOLSTICK") return std::nullopt;
   field<&B::IsVolStick>(*making.record) = 1;
-  return status_ok;
+  return Status::ok;
 }
 
 constexpr size_t items_from = 5;
@@ -72,23 +72,23 @@ bool has_item(const Call& call, std::string_view word) {
 }
 
 /// Both shadows take the one colour, so that COLORAUTO takes one step of the palette.
-int read_shadow_colour(Making& making, std::string_view word) {
+Status read_shadow_colour(Making& making, std::string_view word) {
   auto& stick = static_cast<B&>(*making.record);
-  const int status = read_colour(making, word, stick.UpperShadowColor);
+  const Status status = read_colour(making, word, stick.UpperShadowColor);
   stick.LowerShadowColor = stick.UpperShadowColor;
   return status;
 }
 
 /// A stick that is coloured by its direction doesn't even parse a colour word.
-int set_stick_colours(Making& making) {
+Status set_stick_colours(Making& making) {
   auto& stick = static_cast<B&>(*making.record);
   if (stick.IsColorStick != 0 || stick.IsVolStick != 0) {
     stick.UpperShadowColor = "Brush.Red6";
     stick.LowerShadowColor = "Brush.Green6";
-    return status_ok;
+    return Status::ok;
   }
   const std::string& word = making.colour_word;
-  return word.empty() ? static_cast<int>(status_ok) : read_shadow_colour(making, word);
+  return word.empty() ? Status::ok : read_shadow_colour(making, word);
 }
 
 /// A stick that was written as a statement has the line's name as its title.
@@ -112,19 +112,19 @@ float stick_width(double width) {
 class STICKLINE : public DrawingWord<stickline> {
   using DrawingWord::DrawingWord;
 
-  int make_record(Making& making) const override {
+  Status make_record(Making& making) const override {
     making.record->TitleVisible = 0;
     const bool colour_form = contains(making.call.argument(3).text, "COLOR");
-    const int status = colour_form ? make_colour_form(making) : make_width_form(making);
-    if (status != status_ok) return status;
+    const Status status = colour_form ? make_colour_form(making) : make_width_form(making);
+    if (failed(status)) return status;
     return bind_values(making);
   }
 
-  int make_width_form(Making& making) const {
+  Status make_width_form(Making& making) const {
     read_fill(making);
-    int status = read_items(making, width_form_items, items_from);
-    if (status == status_ok) status = set_stick_colours(making);
-    if (status != status_ok) return status;
+    Status status = read_items(making, width_form_items, items_from);
+    if (!failed(status)) status = set_stick_colours(making);
+    if (failed(status)) return status;
     set_stick_title(making);
     reserve_visibility_column(making);
     double width;
@@ -133,20 +133,20 @@ class STICKLINE : public DrawingWord<stickline> {
     return status;
   }
 
-  int make_colour_form(Making& making) const {
+  Status make_colour_form(Making& making) const {
     making.colour_word = making.call.argument(3).text;
-    int status = read_items(making, colour_form_items, items_from);
-    if (status == status_ok) status = read_shadow_colour(making, making.colour_word);
-    if (status != status_ok) return status;
+    Status status = read_items(making, colour_form_items, items_from);
+    if (!failed(status)) status = read_shadow_colour(making, making.colour_word);
+    if (failed(status)) return status;
     set_title(making, Title::serial);
     read_fill(making);
     reserve_visibility_column(making);
-    return status_ok;
+    return Status::ok;
   }
 
   void read_fill(Making& making) const {
     double empty;
-    evaluate(making.call, 4, empty);
+    ignore_status(evaluate(making.call, 4, empty));
     field<&B::IsFilled>(*making.record) = to_int(empty) != 0 ? 1 : 0;
   }
 };

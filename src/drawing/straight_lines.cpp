@@ -127,18 +127,18 @@ class DRAWLINE final : public DrawingWord<drawline> {
   using DrawingWord::DrawingWord;
 
   /// One mark for both ends: the line shows where both conditions hold at the same bar.
-  int write_bar(const Call& call, BaseShape&) const override {
-    int status = store_values(call);
-    if (status != status_ok) return status;
-    if (call.argument(0).text.empty() || call.argument(2).text.empty()) return status_ok;
+  Status write_bar(const Call& call, BaseShape&) const override {
+    Status status = store_values(call);
+    if (failed(status)) return status;
+    if (call.argument(0).text.empty() || call.argument(2).text.empty()) return Status::ok;
     double first;
     status = evaluate(call, 0, first);
-    if (status != status_ok) return status;
+    if (failed(status)) return status;
     double second;
     status = evaluate(call, 2, second);
-    if (status != status_ok) return status;
+    if (failed(status)) return status;
     set_call_column(call, 0, mark_of(first != 0.0 && second != 0.0));
-    return status_ok;
+    return Status::ok;
   }
 };
 

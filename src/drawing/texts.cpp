@@ -12,12 +12,12 @@ constexpr Item colour = colour_item<&T::TextColor>;
 constexpr Item hide = no_draw<&T::is_drawn>;
 
 /// PARAM_ and a name: the record gets the name as its title.
-std::optional<int> named_title(Making& making, std::string_view text) {
+std::optional<Status> named_title(Making& making, std::string_view text) {
   constexpr std::string_view prefix = "PARAM_";
   if (!text.starts_with(prefix)) return std::nullopt;
   if (text.size() > prefix.size()) making.record->Field1Text = text.substr(prefix.size());
   making.record->TitleVisible = 1;
-  return status_ok;
+  return Status::ok;
 }
 
 /// A number whose decimal text is one digit; the default stands for any other.
@@ -62,30 +62,30 @@ constexpr DrawingRow ktext = {
 };
 
 template <size_t argument>
-int read_text(Making& making) {
+Status read_text(Making& making) {
   field<&T::Text>(*making.record) = making.call.argument_text(argument);
-  return status_ok;
+  return Status::ok;
 }
 
 class DRAWTEXT final : public DrawingWord<drawtext> {
   using DrawingWord::DrawingWord;
-  int own_rules(Making& making) const override { return read_text<2>(making); }
+  Status own_rules(Making& making) const override { return read_text<2>(making); }
 };
 
 class DRAWLASTBARTEXT final : public DrawingWord<drawlastbartext> {
   using DrawingWord::DrawingWord;
 
-  int own_rules(Making& making) const override {
+  Status own_rules(Making& making) const override {
     const std::string text = making.call.argument_text(1);
-    if (text == fixed_text(null_value)) return making.call.fail(status_bad_constant, ".TEXT");
+    if (text == fixed_text(null_value)) return making.call.fail(Status::bad_constant, ".TEXT");
     field<&T::Text>(*making.record) = text;
-    return status_ok;
+    return Status::ok;
   }
 };
 
 class KTEXT final : public DrawingWord<ktext> {
   using DrawingWord::DrawingWord;
-  int own_rules(Making& making) const override { return read_text<5>(making); }
+  Status own_rules(Making& making) const override { return read_text<5>(making); }
 };
 
 constexpr WordRow words[] = {

@@ -57,22 +57,21 @@ class LOG final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
-    if (call.scan) return check_count(call, 1, 2);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(1, 2);
     double x = null_value;
-    int status = call.evaluate(0, x);
-    if (status != status_ok) return status;
+    Status status = call.evaluate(0, x);
+    if (failed(status)) return status;
     call.result = null_value;
-    if (!(x > 0)) return status_ok;
+    if (!(x > 0)) return Status::ok;
     double base = 10.0;
     if (call.argument_count() > 1) {
       base = null_value;
       status = call.evaluate(1, base);
-      if (status != status_ok) return status;
-      if (base == 1.0 || !(base >= 0)) return status_ok;
+      if (failed(status)) return status;
+      if (base == 1.0 || !(base >= 0)) return Status::ok;
     }
-    call.result = platform::log(x) / platform::log(base);
-    return status_ok;
+    return call.answer(platform::log(x) / platform::log(base));
   }
 };
 
@@ -81,20 +80,18 @@ class ROUND final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
-    if (call.scan) return check_count(call, 1, 2);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(1, 2);
     double x = null_value;
-    int status = call.evaluate(0, x);
-    if (status != status_ok) return status;
+    Status status = call.evaluate(0, x);
+    if (failed(status)) return status;
     if (call.argument_count() < 2) {
-      call.result = std::round(x);
-      return status_ok;
+      return call.answer(std::round(x));
     }
     double digits = null_value;
     status = call.evaluate(1, digits);
-    if (status != status_ok) return status;
-    call.result = to_digits(x, digits);
-    return status_ok;
+    if (failed(status)) return status;
+    return call.answer(to_digits(x, digits));
   }
 
  private:
@@ -114,29 +111,27 @@ class NUMPOW final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan && call.argument_count() != 3) return call.wrong_count();
     double period = null_value;
-    int status = call.evaluate(1, period);
-    if (status != status_ok) return status;
+    Status status = call.evaluate(1, period);
+    if (failed(status)) return status;
     const int32_t count = to_int(period);
     if (call.scan) {
       call.pool.raise_period(count);
-      return status_ok;
+      return Status::ok;
     }
     if (call.row < count) {
-      call.result = null_value;
-      return status_ok;
+      return call.answer(null_value);
     }
     double exponent = null_value;
     status = call.evaluate(2, exponent);
-    if (status != status_ok) return status;
+    if (failed(status)) return status;
     double x = null_value;
     status = call.evaluate(0, x);
-    if (status != status_ok) return status;
+    if (failed(status)) return status;
     const int32_t column = store_in_own_column(call, call.argument(0), x);
-    call.result = weighted_sum(call.table().window(column, call.row, count), exponent);
-    return status_ok;
+    return call.answer(weighted_sum(call.table().window(column, call.row, count), exponent));
   }
 
  private:

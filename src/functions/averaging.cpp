@@ -82,10 +82,10 @@ double smoothing_step(double x, double prev, int64_t n, int64_t m) {
 WindowSeed window_seed(const DataTable& table, int32_t x_column, int32_t result_column,
                        int64_t previous_row, int64_t count, bool force) {
   if (previous_row < 0) return {.count = count};
-  const double previous = force ? null_value : cell_at(table, previous_row, result_column);
+  const double previous = force ? null_value : table.cell(previous_row, result_column);
   if (is_null(previous)) return recompute_seed(table.cells(x_column), previous_row, count);
   WindowSeed seed{.sum = previous, .count = count};
-  if (previous_row >= count - 1) seed.leaving = cell_at(table, previous_row - count + 1, x_column);
+  if (previous_row >= count - 1) seed.leaving = table.cell(previous_row - count + 1, x_column);
   return seed;
 }
 
@@ -111,7 +111,7 @@ AverageStep average_step(int64_t count, double x, const WindowSeed& seed) {
   const int64_t previous_row = static_cast<int64_t>(row) - 1;
   const WindowSeed seed =
       window_seed(table, columns.series, columns.result, previous_row, count, false);
-  int64_t known = row == 0 ? count : to_int(cell_at(table, previous_row, columns.count));
+  int64_t known = row == 0 ? count : to_int(table.cell(previous_row, columns.count));
   if (seed.count != n) known = seed.count;
   const AverageStep step = average_step(known, x, seed);
   table.set_cell(row, columns.result, step.value);
@@ -122,8 +122,8 @@ AverageStep average_step(int64_t count, double x, const WindowSeed& seed) {
 double moving_average(const Call& call) {
   double period = null_value;
   double x = null_value;
-  call.evaluate(1, period);
-  call.evaluate(0, x);
+  ignore_status(call.evaluate(1, period));
+  ignore_status(call.evaluate(0, x));
 
   const int32_t series = column_on_argument(call.argument(0));
   reserve_average_columns(call.variable);

@@ -59,12 +59,6 @@ AverageStep sliding_average(DataTable& table, const AverageColumns& columns, int
 /// A bar of MA(X, N) for a call that keeps the state of it.
 double moving_average(const Call& call);
 
-/// A cell at a row that may lie anywhere; null outside the table.
-inline double cell_at(const DataTable& table, int64_t row, int32_t column) {
-  return row >= 0 && row < table.row_count() ? table.cell(static_cast<int32_t>(row), column)
-                                             : null_value;
-}
-
 /// The position of an auxiliary column, -1 for one that was never reserved.
 int32_t aux_column(const Variable& variable, size_t position);
 

@@ -13,9 +13,9 @@ template <double (*value_of)(const Call&), InScan in_scan>
 class BarWord : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const final {
+  Status execute(const Call& call) const final {
     if (in_scan == InScan::computes || !call.scan) call.result = value_of(call);
-    return status_ok;
+    return Status::ok;
   }
 };
 
@@ -50,12 +50,12 @@ class BARSTATUS final : public BarWord<first_or_last, InScan::leaves_result> {
 class BARSCOUNT final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return call.argument_count() >= 1 ? status_ok : call.wrong_count();
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(1, SIZE_MAX);
     ensure_result_column(call);
     double value = null_value;
-    const int status = call.evaluate(0, value);
-    if (status == status_ok) count(call, value);
+    const Status status = call.evaluate(0, value);
+    if (!failed(status)) count(call, value);
     return status;
   }
 
@@ -64,7 +64,7 @@ class BARSCOUNT final : public BaseFunc {
   static void count(const Call& call, double value) {
     DataTable& table = call.table();
     const int32_t column = call.variable.column_index;
-    const double before = table.cell(call.row - 1, column);
+    const double before = table.cell(int64_t{call.row} - 1, column);
     if (is_null(value)) {
       table.set_cell(call.row, column, null_value);
     } else if (is_null(before)) {

@@ -24,15 +24,19 @@ std::string Call::argument_text(size_t position) const {
   if (text == "POINTDOT") return "\u00B7";
   if (text == "CROSSDOT") return "O";
   double value = null_value;
-  evaluate(position, value);
+  ignore_status(evaluate(position, value));
   return fixed_text(value);
 }
 
-int Call::fail(int32_t status, std::string_view suffix) const {
+Status Call::fail(Status status, std::string_view suffix) const {
   append_error(error, variable.function_word + std::string(suffix), variable.line);
   return status;
 }
 
-int Call::wrong_count() const { return fail(status_argument_count); }
+Status Call::wrong_count() const { return fail(Status::argument_count); }
+
+Status Call::check_count(size_t least, size_t most) const {
+  return argument_count() >= least && argument_count() <= most ? Status::ok : wrong_count();
+}
 
 }  // namespace quor

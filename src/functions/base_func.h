@@ -9,6 +9,7 @@
 
 #include "core/calculate_center.h"
 #include "core/data_pool_center.h"
+#include "core/status.h"
 
 namespace quor {
 
@@ -33,13 +34,15 @@ struct Call {
   }
 
   /// Evaluates an argument at this row, with `scan` clear.
-  int evaluate(size_t position, double& value) const { return evaluate_at(position, row, value); }
+  Status evaluate(size_t position, double& value) const {
+    return evaluate_at(position, row, value);
+  }
   /// Evaluates an argument at this row in the mode of this call, so that nested calls are scanned.
-  int evaluate_passing_scan(size_t position, double& value) const {
+  Status evaluate_passing_scan(size_t position, double& value) const {
     return calculator.evaluate(argument(position), row, scan, error, value);
   }
   /// Evaluates an argument at any row, with `scan` clear.
-  int evaluate_at(size_t position, int32_t at_row, double& value) const {
+  Status evaluate_at(size_t position, int32_t at_row, double& value) const {
     return calculator.evaluate(argument(position), at_row, false, error, value);
   }
 
@@ -50,9 +53,18 @@ struct Call {
   DataTable& table() const { return pool.table(); }
 
   /// Appends the word (and a suffix) with the statement's line to `error`; gives the status back.
-  int fail(int32_t status, std::string_view suffix = {}) const;
+  Status fail(Status status, std::string_view suffix = {}) const;
   /// The answer to a wrong number of arguments: status 7.
-  int wrong_count() const;
+  Status wrong_count() const;
+  /// The scan of a word that declares nothing: counts the arguments.
+  Status check_count(size_t least, size_t most) const;
+  Status check_count(size_t expected) const { return check_count(expected, expected); }
+
+  /// Leaves the value with the caller; the last step of a word that has one.
+  Status answer(double value) const {
+    result = value;
+    return Status::ok;
+  }
 };
 
 /// A cell that a call fills with the same number at every bar.
@@ -69,8 +81,8 @@ class BaseFunc {
   BaseFunc(const BaseFunc&) = delete;
   BaseFunc& operator=(const BaseFunc&) = delete;
 
-  /// The value of the call at its row goes into `call.result`. Gives a status; 0 is success.
-  virtual int execute(const Call& call) const = 0;
+  /// The value of the call at its row goes into `call.result`. Gives a status.
+  virtual Status execute(const Call& call) const = 0;
   /// What a call comes to at every bar of a run that is about to start, if it does no more than
   /// fill one cell: the run then does that in place of `execute`.
   virtual std::optional<ConstantCell> constant_cell(const Variable& call) const;

@@ -12,7 +12,7 @@ namespace {
 double value_in_silence(const Call& call, size_t position) {
   const size_t text_size = call.error.size();
   double value = null_value;
-  call.evaluate(position, value);
+  ignore_status(call.evaluate(position, value));
   call.error.resize(text_size);
   return value;
 }
@@ -29,13 +29,13 @@ class Choice final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (!call.scan) {
       call.result = choose(call);
     } else if (scan_writes_zero) {
       call.result = 0.0;
     }
-    return status_ok;
+    return Status::ok;
   }
 };
 using IF = Choice<false>;
@@ -51,17 +51,16 @@ class Chain final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
-    if (call.scan) return status_ok;
+  Status execute(const Call& call) const override {
+    if (call.scan) return Status::ok;
     double value = null_value;
     for (size_t position = 0; position < call.argument_count();) {
-      const int status = call.evaluate(position, value);
-      if (status != status_ok && !ignores_failures) return status;
+      const Status status = call.evaluate(position, value);
+      if (failed(status) && !ignores_failures) return status;
       if (position % 2 == 1) break;
       position += (value == 0.0) == holds_at_zero ? 1 : 2;
     }
-    call.result = value;
-    return status_ok;
+    return call.answer(value);
   }
 };
 using IFF = Chain<false, false>;

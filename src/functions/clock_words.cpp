@@ -14,9 +14,9 @@ class WallClockWord : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const final {
+  Status execute(const Call& call) const final {
     if (!call.scan) call.result = value_of(local_time());
-    return status_ok;
+    return Status::ok;
   }
 };
 
@@ -42,9 +42,9 @@ class PERIOD final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (!call.scan) call.result = call.pool.period.value;
-    return status_ok;
+    return Status::ok;
   }
 };
 
@@ -54,9 +54,8 @@ class PeriodNumber : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const final {
-    call.result = call.scan ? null_value : call.pool.period.*number;
-    return status_ok;
+  Status execute(const Call& call) const final {
+    return call.answer(call.scan ? null_value : call.pool.period.*number);
   }
 };
 
@@ -73,11 +72,11 @@ class Conversion : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const final {
-    if (call.scan) return call.argument_count() == 1 ? status_ok : call.wrong_count();
+  Status execute(const Call& call) const final {
+    if (call.scan) return call.check_count(1);
     double time = null_value;
-    const int status = call.evaluate(0, time);
-    if (status == status_ok) call.result = convert(to_int(time));
+    const Status status = call.evaluate(0, time);
+    if (!failed(status)) call.result = convert(to_int(time));
     return status;
   }
 };

@@ -30,17 +30,16 @@ class ExtremeOfArguments final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
-    if (call.scan) return status_ok;
+  Status execute(const Call& call) const override {
+    if (call.scan) return Status::ok;
     double extreme = is_ahead(1.0, 0.0) ? -greatest : greatest;
     for (size_t i = 0; i < call.argument_count(); ++i) {
       double x = null_value;
-      const int status = call.evaluate(i, x);
-      if (status != status_ok) return status;
+      const Status status = call.evaluate(i, x);
+      if (failed(status)) return status;
       if (is_ahead(x, extreme)) extreme = x;
     }
-    call.result = extreme;
-    return status_ok;
+    return call.answer(extreme);
   }
 
  private:
@@ -55,12 +54,11 @@ class CloseAgainstOpen final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
-    if (call.scan) return status_ok;
+  Status execute(const Call& call) const override {
+    if (call.scan) return Status::ok;
     const DataTable& table = call.table();
-    call.result = compare(table.value_at(call.row, close_column_id),
-                          table.value_at(call.row, open_column_id));
-    return status_ok;
+    return call.answer(compare(table.cell(call.row, table.column_index_of(close_column_id)),
+                               table.cell(call.row, table.column_index_of(open_column_id))));
   }
 };
 using ISUP = CloseAgainstOpen<above>;
@@ -72,10 +70,7 @@ class NULL_FUNC final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
-    call.result = null_value;
-    return status_ok;
-  }
+  Status execute(const Call& call) const override { return call.answer(null_value); }
 };
 using DRAWNULL = NULL_FUNC;
 

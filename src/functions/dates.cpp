@@ -17,13 +17,12 @@ class TimeWord : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan) {
       call.pool.needs_trade_day = true;
-      return status_ok;
+      return Status::ok;
     }
-    call.result = value_at(call.pool.bar_time(call.row), call.pool);
-    return status_ok;
+    return call.answer(value_at(call.pool.bar_time(call.row), call.pool));
   }
 
  private:
@@ -132,8 +131,8 @@ class TIME0 final : public MomentWord<unless_blank<seconds_since_midnight>> {
  public:
   using MomentWord::MomentWord;
 
-  int execute(const Call& call) const override {
-    return call.scan ? status_ok : TimeWord::execute(call);
+  Status execute(const Call& call) const override {
+    return call.scan ? Status::ok : TimeWord::execute(call);
   }
 };
 

@@ -74,35 +74,35 @@ double diverges(const SearchedBars& a, const Window& b, int32_t side) {
 class DIVERGENCE final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return scan_count(call, 5);
-    int status = give_columns(call);
-    if (status != status_ok) return status;
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(5);
+    Status status = give_columns(call);
+    if (failed(status)) return status;
     int32_t numbers[2];
     for (size_t i = 0; i < 2; ++i) {
       status = evaluate_integer(call, i + 2, numbers[i]);
-      if (status != status_ok) return status;
+      if (failed(status)) return status;
     }
     const auto [side, width] = numbers;
     call.result = 0.0;
-    if (call.table().row_count() < width || call.row < int64_t{side} + width) return status_ok;
+    if (call.table().row_count() < width || call.row < int64_t{side} + width) return Status::ok;
     int32_t type = 0;
     status = evaluate_integer(call, 4, type);
-    if (status == status_ok) call.result = test(call, side, width, type);
+    if (!failed(status)) call.result = test(call, side, width, type);
     return status;
   }
 
  private:
-  static int evaluate_integer(const Call& call, size_t position, int32_t& integer) {
+  static Status evaluate_integer(const Call& call, size_t position, int32_t& integer) {
     double value = null_value;
-    const int status = call.evaluate(position, value);
+    const Status status = call.evaluate(position, value);
     integer = to_int(value);
     return status;
   }
 
   /// Stores B's value of this bar. A series without a column gets one of the call's: A's is filled
   /// at once, for all rows that there are, and never again.
-  static int give_columns(const Call& call) {
+  static Status give_columns(const Call& call) {
     Variable& a = call.argument(0);
     Variable& b = call.argument(1);
     const bool fills_a = !a.has_column();
@@ -113,24 +113,24 @@ class DIVERGENCE final : public BaseFunc {
       if (adds_b) b.take_aux_column(call.variable, fills_a);
     }
     if (fills_a) {
-      const int status = fill(call, a);
-      if (status != status_ok) return status;
+      const Status status = fill(call, a);
+      if (failed(status)) return status;
     }
     double value = null_value;
-    const int status = call.evaluate(1, value);
-    if (status == status_ok) call.table().set_cell(call.row, b.column_index, value);
+    const Status status = call.evaluate(1, value);
+    if (!failed(status)) call.table().set_cell(call.row, b.column_index, value);
     return status;
   }
 
-  static int fill(const Call& call, Variable& a) {
+  static Status fill(const Call& call, Variable& a) {
     const int32_t rows = call.table().row_count();
     for (int32_t row = 0; row < rows; ++row) {
       double value = null_value;
-      const int status = call.evaluate_at(0, row, value);
-      if (status != status_ok) return status;
+      const Status status = call.evaluate_at(0, row, value);
+      if (failed(status)) return status;
       call.table().set_cell(row, a.column_index, value);
     }
-    return status_ok;
+    return Status::ok;
   }
 
   static double test(const Call& call, int32_t side, int32_t width, int32_t type) {

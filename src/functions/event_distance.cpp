@@ -16,11 +16,11 @@ namespace {
 class BARSLAST final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return scan_count(call, 1);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(1);
     const int32_t row = newest_hit(call, 0);
     if (row >= 0) call.result = call.row - row;
-    return status_ok;
+    return Status::ok;
   }
 };
 
@@ -28,20 +28,19 @@ class BARSLAST final : public BaseFunc {
 class BARSLASTCOUNT final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return scan_count(call, 1);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(1);
     WalkSession session(call, 1, call.row);
     const auto fails = [&call](int32_t row, bool& hit) {
       double value = null_value;
-      const int status = call.evaluate_at(0, row, value);
+      const Status status = call.evaluate_at(0, row, value);
       hit = value != 1.0;
       return status;
     };
     int32_t last = no_row;
-    const int status = session.newest(call.row, 0, fails, last);
-    if (status != status_ok) return status;
-    call.result = std::max(call.row - (last == no_row ? -1.0 : last), 0.0);
-    return status_ok;
+    const Status status = session.newest(call.row, 0, fails, last);
+    if (failed(status)) return status;
+    return call.answer(std::max(call.row - (last == no_row ? -1.0 : last), 0.0));
   }
 };
 
@@ -50,16 +49,16 @@ class BARSLASTCOUNT final : public BaseFunc {
 class BARSSINCE final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return scan_count(call, 1);
-    const double before = call.table().cell(call.row - 1, call.variable.owner_column_index);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(1);
+    const double before =
+        call.table().cell(int64_t{call.row} - 1, call.variable.owner_column_index);
     if (!is_null(before)) {
-      call.result = before + 1.0;
-      return status_ok;
+      return call.answer(before + 1.0);
     }
     double value = null_value;
-    const int status = call.evaluate(0, value);
-    if (status == status_ok) call.result = value == 1.0 ? 0.0 : null_value;
+    const Status status = call.evaluate(0, value);
+    if (!failed(status)) call.result = value == 1.0 ? 0.0 : null_value;
     return status;
   }
 };
@@ -68,13 +67,13 @@ class BARSSINCE final : public BaseFunc {
 class BARSSINCEN final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return scan_count(call, 2);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(2);
     double period = null_value;
-    const int status = call.evaluate(1, period);
-    if (status != status_ok) return status;
+    const Status status = call.evaluate(1, period);
+    if (failed(status)) return status;
     call.result = null_value;
-    if (!(period > 0.0)) return status_ok;
+    if (!(period > 0.0)) return Status::ok;
     return oldest_hit(call, first_row(call.row, period));
   }
 
@@ -94,7 +93,7 @@ class BARSSINCEN final : public BaseFunc {
     return row - period + 1.0 >= 0.0 ? row - to_int(period) + 1 : 0;
   }
 
-  static int oldest_hit(const Call& call, int32_t first) {
+  static Status oldest_hit(const Call& call, int32_t first) {
     auto& memory = memory_of<OldestHit>(call);
     const bool remembers = call.row >= 0 && call.row < call.table().row_count() &&
                            memory.dependencies.can_be_remembered(call, 1);
@@ -109,16 +108,16 @@ class BARSSINCEN final : public BaseFunc {
     for (; row <= call.row && hit == no_row; ++row) {
       double value = null_value;
       const auto here = static_cast<int32_t>(row);
-      const int status = call.evaluate_at(0, here, value);
-      if (status != status_ok) return status;
+      const Status status = call.evaluate_at(0, here, value);
+      if (failed(status)) return status;
       if (value == 1.0) hit = here;
     }
     if (hit != no_row) call.result = call.row - hit;
-    if (!remembers) return status_ok;
+    if (!remembers) return Status::ok;
     memory.first = first;
     memory.end = memory.dependencies.have_changed(call.table()) ? 0 : end;
     memory.hit = hit < end ? hit : no_row;
-    return status_ok;
+    return Status::ok;
   }
 };
 
@@ -126,28 +125,27 @@ class BARSSINCEN final : public BaseFunc {
 class CONDBARS final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return scan_count(call, 2);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(2);
     WalkSession session(call, 2, call.row);
     WalkSession::Walk walks[] = {{session, call.row, 0, 0}, {session, call.row, 0, 1}};
-    const int status = walk_side_by_side(call, walks);
-    if (status != status_ok) return status;
+    const Status status = walk_side_by_side(call, walks);
+    if (failed(status)) return status;
     const int32_t hits[] = {walks[0].found(), walks[1].found()};
     const bool both = hits[0] != no_row && hits[1] != no_row;
-    call.result = both ? std::abs(hits[0] - hits[1]) : 0.0;
-    return status_ok;
+    return call.answer(both ? std::abs(hits[0] - hits[1]) : 0.0);
   }
 
  private:
-  static int test(const Call& call, size_t position, int32_t row, bool& hit) {
+  static Status test(const Call& call, size_t position, int32_t row, bool& hit) {
     double value = null_value;
-    const int status = call.evaluate_at(position, row, value);
+    const Status status = call.evaluate_at(position, row, value);
     hit = value == 1.0;
     return status;
   }
 
   /// Each row with the first walk before the second, for the columns that their words take in turn.
-  static int walk_side_by_side(const Call& call, WalkSession::Walk (&walks)[2]) {
+  static Status walk_side_by_side(const Call& call, WalkSession::Walk (&walks)[2]) {
     while (walks[0].goes_on() || walks[1].goes_on()) {
       const bool first =
           walks[0].goes_on() && (!walks[1].goes_on() || walks[0].row() >= walks[1].row());
@@ -155,12 +153,12 @@ class CONDBARS final : public BaseFunc {
       WalkSession::Walk& walk = walks[position];
       if (walk.skip()) continue;
       bool hit = false;
-      const int status = test(call, position, walk.row(), hit);
-      if (status != status_ok) return status;
+      const Status status = test(call, position, walk.row(), hit);
+      if (failed(status)) return status;
       walk.take(hit);
     }
     for (const WalkSession::Walk& walk : walks) walk.remember();
-    return status_ok;
+    return Status::ok;
   }
 };
 
@@ -169,25 +167,24 @@ class CONDBARS final : public BaseFunc {
 class SUMBARS final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return scan_count(call, 2);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(2);
     double goal = null_value;
-    int status = call.evaluate(1, goal);
-    if (status != status_ok) return status;
+    Status status = call.evaluate(1, goal);
+    if (failed(status)) return status;
     call.result = null_value;
-    if (!(goal > 0.0)) return status_ok;
+    if (!(goal > 0.0)) return Status::ok;
     const bool in_lots = call.argument(0).column_id == volume_column_id;
     double sum = 0.0;
     for (int32_t row = call.row; row >= 0; --row) {
       double value = null_value;
       status = call.evaluate_at(0, row, value);
-      if (status != status_ok) return status;
+      if (failed(status)) return status;
       sum += value;
       if (!((in_lots ? sum / 100.0 : sum) >= goal)) continue;
-      call.result = call.row - row + 1;
-      return status_ok;
+      return call.answer(call.row - row + 1);
     }
-    return status_ok;
+    return Status::ok;
   }
 };
 
@@ -197,20 +194,20 @@ template <Extreme extreme, size_t series_argument>
 class DistanceToBeyond : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const final {
+  Status execute(const Call& call) const final {
     constexpr size_t period_argument = series_argument + 1;
-    if (call.scan) return scan_count(call, period_argument + 1);
+    if (call.scan) return call.check_count(period_argument + 1);
     call.result = null_value;
-    if (call.row == 0) return status_ok;
+    if (call.row == 0) return Status::ok;
     double threshold = null_value;
-    int status = call.evaluate(0, threshold);
-    if (status != status_ok) return status;
+    Status status = call.evaluate(0, threshold);
+    if (failed(status)) return status;
     double period = null_value;
     status = call.evaluate(period_argument, period);
-    if (status != status_ok) return status;
+    if (failed(status)) return status;
     const int32_t wanted = to_int(std::floor(period));
     if (wanted >= 1 && call.row > 0) find(call, threshold, wanted);
-    return status_ok;
+    return Status::ok;
   }
 
  private:
@@ -220,7 +217,7 @@ class DistanceToBeyond : public BaseFunc {
   static void find(const Call& call, double threshold, int32_t wanted) {
     const auto arrives = [&call, threshold, &wanted](int32_t row, double& value) {
       value = null_value;
-      call.evaluate_at(series_argument, row, value);
+      ignore_status(call.evaluate_at(series_argument, row, value));
       if (!beats<extreme>(value, threshold) || --wanted > 0) return false;
       call.result = call.row - row;
       return true;

@@ -31,39 +31,39 @@ Found search(const Call& call, int32_t column, int32_t n) {
 
 /// Evaluates X at the call's row, stores it where it has no column, and searches its last n values.
 template <Extreme extreme>
-int find_extreme(const Call& call, int32_t n, Found& found) {
+Status find_extreme(const Call& call, int32_t n, Found& found) {
   double x = null_value;
-  if (const int status = call.evaluate(0, x); status != 0) return status;
+  if (const Status status = call.evaluate(0, x); failed(status)) return status;
   const int32_t column = store_in_aux_of_argument(call, call.argument(0), x);
   DataTable& table = call.table();
   if (n < 1 || column == -1 || call.row < 0 || call.row >= table.row_count()) {
     found = search<extreme>(call, column, n);
-    return 0;
+    return Status::ok;
   }
   const int32_t first = std::max(call.row - n + 1, 0);
   const int32_t row =
       memory_of<ExtremeMemory<extreme>>(call).rows.find(table, column, first, call.row);
   found = {call.row - row, table.cell(row, column)};
-  return 0;
+  return Status::ok;
 }
 
 /// A window of no bars answers with 0, a negative one with null.
 template <Extreme extreme>
-int extreme_at(const Call& call) {
+Status extreme_at(const Call& call) {
   double period = null_value;
-  if (const int status = call.evaluate(1, period); status != 0) return status;
+  if (const Status status = call.evaluate(1, period); failed(status)) return status;
   const int32_t n = to_int(period);
-  if (n < 0) return answer(call, null_value);
+  if (n < 0) return call.answer(null_value);
   Found found;
-  if (const int status = find_extreme<extreme>(call, n, found); status != 0) return status;
-  return answer(call, found.value);
+  if (const Status status = find_extreme<extreme>(call, n, found); failed(status)) return status;
+  return call.answer(found.value);
 }
 
 template <Extreme extreme>
 class WindowExtreme : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const final {
+  Status execute(const Call& call) const final {
     return call.scan ? scan_period(call, 2, 1) : extreme_at<extreme>(call);
   }
 };
@@ -72,14 +72,14 @@ template <Extreme extreme>
 class BarsSinceExtreme : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const final {
+  Status execute(const Call& call) const final {
     if (call.scan) return scan_period(call, 2, 1);
     double period = null_value;
-    int status = call.evaluate(1, period);
-    if (status != 0) return status;
+    Status status = call.evaluate(1, period);
+    if (failed(status)) return status;
     Found found;
     status = find_extreme<extreme>(call, to_int(period), found);
-    return status != 0 ? status : answer(call, static_cast<double>(found.bars_ago));
+    return failed(status) ? status : call.answer(static_cast<double>(found.bars_ago));
   }
 };
 
@@ -88,11 +88,11 @@ template <Extreme extreme>
 class EarlierExtreme : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const final {
-    if (call.scan) return scan_count(call, 2);
+  Status execute(const Call& call) const final {
+    if (call.scan) return call.check_count(2);
     double period = null_value;
-    if (const int status = call.evaluate(1, period); status != 0) return status;
-    if (call.row < 1 || is_null(period)) return answer(call, null_value);
+    if (const Status status = call.evaluate(1, period); failed(status)) return status;
+    if (call.row < 1 || is_null(period)) return call.answer(null_value);
     return extreme_at<extreme>(
         {call.pool, call.calculator, call.variable, call.row - 1, false, call.error, call.result});
   }

@@ -33,13 +33,12 @@ class COST final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
-    if (call.scan) return check_count(call, 1, 1);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(1);
     double percent = null_value;
-    const int status = call.evaluate(0, percent);
-    if (status != status_ok) return status;
-    call.result = price_at(call, percent);
-    return status_ok;
+    const Status status = call.evaluate(0, percent);
+    if (failed(status)) return status;
+    return call.answer(price_at(call, percent));
   }
 
  private:
@@ -56,19 +55,17 @@ class WINNER final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan && call.argument_count() != 1) return call.wrong_count();
     if (call.table().row_count() == 0) {
-      call.result = null_value;
-      return status_ok;
+      return call.answer(null_value);
     }
-    if (call.scan) return status_ok;
+    if (call.scan) return Status::ok;
     double price = null_value;
-    const int status = call.evaluate(0, price);
-    if (status != status_ok) return status;
+    const Status status = call.evaluate(0, price);
+    if (failed(status)) return status;
     const ChipDistribution chips = chips_at(call);
-    call.result = chips.empty() ? 0.0 : chips.share_up_to(price);
-    return status_ok;
+    return call.answer(chips.empty() ? 0.0 : chips.share_up_to(price));
   }
 };
 
@@ -76,10 +73,9 @@ class CODELIKE final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
-    if (call.scan) return check_count(call, 1, 1);
-    call.result = call.pool.security.starts_with(call.argument_text(0));
-    return status_ok;
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(1);
+    return call.answer(call.pool.security.starts_with(call.argument_text(0)));
   }
 };
 
@@ -89,15 +85,13 @@ class MarketConstant final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan) {
       call.pool.needs_extra_data = true;
-      call.result = null_value;
-      return status_ok;
+      return call.answer(null_value);
     }
     call.pool.refresh_extra_data();
-    call.result = call.pool.*constant;
-    return status_ok;
+    return call.answer(call.pool.*constant);
   }
 };
 using MINPRICE = MarketConstant<&DataPoolCenter::min_price>;

@@ -9,7 +9,7 @@ namespace {
 
 /// What the bar before left in a column.
 double previous(const Call& call, int32_t column) {
-  return cell_at(call.table(), static_cast<int64_t>(call.row) - 1, column);
+  return call.table().cell(int64_t{call.row} - 1, column);
 }
 
 /// As `previous`; where nothing stands the average starts with x.
@@ -22,34 +22,34 @@ double previous_or(const Call& call, int32_t column, double x) {
 class MA final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (!call.scan) return answer(call, moving_average(call));
-    const int status = scan_any_period(call, 2, 1);
-    return status != 0 ? status : answer(call, null_value);
+  Status execute(const Call& call) const override {
+    if (!call.scan) return call.answer(moving_average(call));
+    const Status status = scan_any_period(call, 2, 1);
+    return failed(status) ? status : call.answer(null_value);
   }
 };
 
 /// The bar of an exponential average. A null is written as it is, so that the next value starts
 /// over.
-int exponential_average(const Call& call, int64_t n) {
+Status exponential_average(const Call& call, int64_t n) {
   double x = null_value;
-  call.evaluate(0, x);
+  ignore_status(call.evaluate(0, x));
   const int32_t column = result_column(call);
-  if (is_null(x) || call.row == 0) return answer(call, keep(call, column, x));
+  if (is_null(x) || call.row == 0) return call.answer(keep(call, column, x));
   const double y = exponential_step(n, x, previous_or(call, column, x));
-  return answer(call, keep(call, column, y));
+  return call.answer(keep(call, column, y));
 }
 
 class EMA : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan && call.argument_count() != 2) return call.wrong_count();
     double period = null_value;
-    call.evaluate_passing_scan(1, period);
+    ignore_status(call.evaluate_passing_scan(1, period));
     const int32_t n = to_int(period);
     if (call.scan) call.pool.raise_period(n);
-    if (call.scan || is_null(period) || n == 0) return answer(call, null_value);
+    if (call.scan || is_null(period) || n == 0) return call.answer(null_value);
     return exponential_average(call, n);
   }
 };
@@ -63,12 +63,12 @@ class EXPMA final : public EMA {
 class EMAWH final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return scan_count(call, 2);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(2);
     double period = null_value;
-    call.evaluate(1, period);
+    ignore_status(call.evaluate(1, period));
     const int32_t n = to_int(period);
-    if (n < 1 || n > call.table().row_count()) return answer(call, null_value);
+    if (n < 1 || n > call.table().row_count()) return call.answer(null_value);
     return exponential_average(call, n);
   }
 };
@@ -76,31 +76,31 @@ class EMAWH final : public BaseFunc {
 class SMA final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan && call.argument_count() != 3) return call.wrong_count();
     double period = null_value;
-    if (const int status = call.evaluate_passing_scan(1, period); status != 0) return status;
+    if (const Status status = call.evaluate_passing_scan(1, period); failed(status)) return status;
     const int32_t n = to_int(period);
-    if (n < 1) return answer(call, null_value);
+    if (n < 1) return call.answer(null_value);
     double weight = null_value;
-    if (const int status = call.evaluate(2, weight); status != 0) return status;
+    if (const Status status = call.evaluate(2, weight); failed(status)) return status;
     const int32_t m = to_int(weight);
     return call.scan ? scan(call, n, m) : average(call, n, m);
   }
 
  private:
-  static int scan(const Call& call, int32_t n, int32_t m) {
+  static Status scan(const Call& call, int32_t n, int32_t m) {
     call.pool.raise_period(n);
     call.pool.raise_period(m);
-    return 0;
+    return Status::ok;
   }
 
-  static int average(const Call& call, int32_t n, int32_t m) {
+  static Status average(const Call& call, int32_t n, int32_t m) {
     double x = null_value;
-    if (const int status = call.evaluate(0, x); status != 0) return status;
+    if (const Status status = call.evaluate(0, x); failed(status)) return status;
     const int32_t column = result_column(call);
     const double y = call.row == 0 ? x : smoothing_step(x, previous(call, column), n, m);
-    return answer(call, keep(call, column, y));
+    return call.answer(keep(call, column, y));
   }
 };
 
@@ -108,16 +108,16 @@ class SMA final : public BaseFunc {
 class AMA final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan) return scan_period(call, 2, 1);
     double weight = null_value;
-    if (const int status = call.evaluate(1, weight); status != 0) return status;
-    if (is_null(weight)) return answer(call, null_value);
+    if (const Status status = call.evaluate(1, weight); failed(status)) return status;
+    if (is_null(weight)) return call.answer(null_value);
     double x = null_value;
-    if (const int status = call.evaluate(0, x); status != 0) return status;
+    if (const Status status = call.evaluate(0, x); failed(status)) return status;
     const int32_t column = call.variable.column_index;
     const double prev = call.row == 0 ? x : previous_or(call, column, x);
-    return answer(call, keep(call, column, (x - prev) * weight + prev));
+    return call.answer(keep(call, column, (x - prev) * weight + prev));
   }
 };
 
@@ -125,18 +125,18 @@ class AMA final : public BaseFunc {
 class DMA final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan && call.argument_count() != 2) return call.wrong_count();
     double weight = null_value;
-    if (const int status = call.evaluate(1, weight); status != 0) return status;
-    if (!(weight > 0.0 && weight < 1.0)) return answer(call, null_value);
-    if (call.scan) return 0;
+    if (const Status status = call.evaluate(1, weight); failed(status)) return status;
+    if (!(weight > 0.0 && weight < 1.0)) return call.answer(null_value);
+    if (call.scan) return Status::ok;
     double x = null_value;
-    if (const int status = call.evaluate(0, x); status != 0) return status;
+    if (const Status status = call.evaluate(0, x); failed(status)) return status;
     const int32_t column = result_column(call);
-    if (is_null(x) || call.row == 0) return answer(call, keep(call, column, x));
+    if (is_null(x) || call.row == 0) return call.answer(keep(call, column, x));
     const double y = (1.0 - weight) * previous_or(call, column, x) + x * weight;
-    return answer(call, keep(call, column, y));
+    return call.answer(keep(call, column, y));
   }
 };
 
@@ -144,20 +144,20 @@ class DMA final : public BaseFunc {
 class TMA final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return scan_count(call, 3);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(3);
     double old_weight = null_value;
-    if (const int status = call.evaluate(1, old_weight); status != 0) return status;
-    if (to_int(old_weight) >= 2) return answer(call, null_value);
+    if (const Status status = call.evaluate(1, old_weight); failed(status)) return status;
+    if (to_int(old_weight) >= 2) return call.answer(null_value);
     double new_weight = null_value;
-    if (const int status = call.evaluate(2, new_weight); status != 0) return status;
-    if (to_int(new_weight) >= 2) return answer(call, null_value);
+    if (const Status status = call.evaluate(2, new_weight); failed(status)) return status;
+    if (to_int(new_weight) >= 2) return call.answer(null_value);
     double x = null_value;
-    if (const int status = call.evaluate(0, x); status != 0) return status;
+    if (const Status status = call.evaluate(0, x); failed(status)) return status;
     const int32_t column = call.variable.column_index;
     double y = x * new_weight;
     if (call.row != 0) y += previous(call, column) * old_weight;
-    return answer(call, keep(call, column, y));
+    return call.answer(keep(call, column, y));
   }
 };
 
@@ -172,28 +172,28 @@ WindowSeed seed_of_argument(const Call& call, int64_t n) {
 class MEMA final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan && call.argument_count() != 2) return call.wrong_count();
     double period = null_value;
-    call.evaluate(1, period);
+    ignore_status(call.evaluate(1, period));
     const int64_t n = to_int(period);
-    if (n < 1 || call.row < n - 1) return answer(call, null_value);
+    if (n < 1 || call.row < n - 1) return call.answer(null_value);
     if (call.scan) {
       call.pool.raise_period(to_int(period));
-      return 0;
+      return Status::ok;
     }
     return average(call, n);
   }
 
  private:
-  static int average(const Call& call, int64_t n) {
+  static Status average(const Call& call, int64_t n) {
     double x = null_value;
-    call.evaluate(0, x);
+    ignore_status(call.evaluate(0, x));
     const WindowSeed seed = seed_of_argument(call, n);
-    if (is_null(seed.sum)) return answer(call, null_value);
+    if (is_null(seed.sum)) return call.answer(null_value);
     const double prev = seed.recomputed ? seed.sum / static_cast<double>(seed.count) : seed.sum;
     const double y = smoothing_step(x, prev, seed.count, 1);
-    return answer(call, keep(call, call.variable.column_index, y));
+    return call.answer(keep(call, call.variable.column_index, y));
   }
 };
 
@@ -201,29 +201,29 @@ class MEMA final : public BaseFunc {
 class EXPMEMA final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan && call.argument_count() != 2) return call.wrong_count();
     double period = null_value;
-    if (const int status = call.evaluate_passing_scan(1, period); status != 0) return status;
+    if (const Status status = call.evaluate_passing_scan(1, period); failed(status)) return status;
     const int64_t n = to_int(period);
     if (call.scan) {
       call.pool.raise_period(to_int(period));
-      return 0;
+      return Status::ok;
     }
-    if (is_null(period) || n == 0 || call.row < n - 1) return answer(call, null_value);
+    if (is_null(period) || n == 0 || call.row < n - 1) return call.answer(null_value);
     return average(call, n);
   }
 
  private:
-  static int average(const Call& call, int64_t n) {
+  static Status average(const Call& call, int64_t n) {
     double x = null_value;
-    if (const int status = call.evaluate(0, x); status != 0) return status;
+    if (const Status status = call.evaluate(0, x); failed(status)) return status;
     const WindowSeed seed = seed_of_argument(call, n);
-    if (is_null(seed.sum)) return answer(call, null_value);
+    if (is_null(seed.sum)) return call.answer(null_value);
     const double prev =
         seed.recomputed ? seed.sum * 2.0 / static_cast<double>(seed.count + 1) : seed.sum;
     const double y = is_null(x) ? 0.0 : exponential_step(seed.count, x, prev);
-    return answer(call, keep(call, result_column(call), y));
+    return call.answer(keep(call, result_column(call), y));
   }
 };
 
@@ -231,19 +231,19 @@ class EXPMEMA final : public BaseFunc {
 class TRMA final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan && call.argument_count() != 2) return call.wrong_count();
     double period = null_value;
-    if (const int status = call.evaluate(1, period); status != 0) return status;
+    if (const Status status = call.evaluate(1, period); failed(status)) return status;
     const int32_t n = to_int(period);
-    if (n < 1) return answer(call, null_value);
+    if (n < 1) return call.answer(null_value);
     if (call.scan) {
       call.pool.raise_period(n);
-      return 0;
+      return Status::ok;
     }
     double x = null_value;
-    if (const int status = call.evaluate(0, x); status != 0) return status;
-    return answer(call, average(call, half_of(n), x));
+    if (const Status status = call.evaluate(0, x); failed(status)) return status;
+    return call.answer(average(call, half_of(n), x));
   }
 
  private:

@@ -70,16 +70,16 @@ class NOTICE final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     const size_t count = call.argument_count();
     if (count != 2 && count != 3) return call.wrong_count();
-    if (call.pool.looks_ahead) return call.fail(status_notice_looks_ahead);
+    if (call.pool.looks_ahead) return call.fail(Status::notice_looks_ahead);
     if (call.variable.shape == nullptr) make_record(call);
-    if (call.scan || call.argument(0).text.empty()) return status_ok;
+    if (call.scan || call.argument(0).text.empty()) return Status::ok;
 
     double condition = null_value;
-    const int status = call.evaluate(0, condition);
-    if (status != status_ok) return status;
+    const Status status = call.evaluate(0, condition);
+    if (failed(status)) return status;
     const auto& indexes = call.variable.aux_column_indexes;
     const Columns columns{call.table(), call.row, indexes[0], indexes[1]};
     if (to_int(condition) == 1) {
@@ -89,7 +89,7 @@ class NOTICE final : public BaseFunc {
       columns.set_sent(0.0);
       columns.set_holds(0.0);
     }
-    return status_ok;
+    return Status::ok;
   }
 
  private:

@@ -13,12 +13,6 @@
 
 namespace quor {
 
-/// The scan of a word that needs nothing: status 7 for a count outside the range.
-inline int check_count(const Call& call, size_t least, size_t most) {
-  const size_t count = call.argument_count();
-  return count >= least && count <= most ? status_ok : call.wrong_count();
-}
-
 /// Evaluates `count` arguments in order and writes what `function` makes of them, a number or a
 /// truth. A function that gives an empty optional leaves the caller's start value.
 template <size_t count, auto function>
@@ -26,13 +20,13 @@ class OneBar final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
-    if (call.scan) return check_count(call, count, count);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(count);
     std::array<double, count> values;
     values.fill(null_value);
     for (size_t i = 0; i < count; ++i) {
-      const int status = call.evaluate(i, values[i]);
-      if (status != status_ok) return status;
+      const Status status = call.evaluate(i, values[i]);
+      if (failed(status)) return status;
     }
     const auto value = std::apply(function, values);
     if constexpr (std::same_as<decltype(value), const std::optional<double>>) {
@@ -40,7 +34,7 @@ class OneBar final : public BaseFunc {
     } else {
       call.result = value;
     }
-    return status_ok;
+    return Status::ok;
   }
 };
 

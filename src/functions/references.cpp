@@ -10,40 +10,40 @@ constexpr size_t period_argument = 1;
 
 /// X as many bars before (`sign` -1) or behind (`sign` 1) this one as N says; null outside the
 /// table.
-int value_at_distance(const Call& call, int sign) {
+Status value_at_distance(const Call& call, int sign) {
   if (call.scan) return scan_period(call, 2, period_argument);
   double period = null_value;
-  const int status = call.evaluate(period_argument, period);
-  if (status != status_ok) return status;
+  const Status status = call.evaluate(period_argument, period);
+  if (failed(status)) return status;
   call.result = null_value;
   const int64_t row = call.row + int64_t{sign} * to_int(period);
-  if (row < 0 || row >= call.table().row_count()) return status_ok;
+  if (row < 0 || row >= call.table().row_count()) return Status::ok;
   return call.evaluate_at(series_argument, static_cast<int32_t>(row), call.result);
 }
 
 class REF final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override { return value_at_distance(call, -1); }
+  Status execute(const Call& call) const override { return value_at_distance(call, -1); }
 };
 
 class REFX final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override { return value_at_distance(call, 1); }
+  Status execute(const Call& call) const override { return value_at_distance(call, 1); }
 };
 
 /// As REFX, but a row outside the table on either side is the last bar.
 class REFX1 final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return scan_count(call, 2);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(2);
     double period = null_value;
-    const int status = call.evaluate(period_argument, period);
-    if (status != status_ok) return status;
+    const Status status = call.evaluate(period_argument, period);
+    if (failed(status)) return status;
     call.result = null_value;
-    if (is_null(period)) return status_ok;
+    if (is_null(period)) return Status::ok;
     const int32_t rows = call.table().row_count();
     const uint64_t row =
         static_cast<uint64_t>(int64_t{call.row}) + static_cast<uint64_t>(to_int64(period));
@@ -57,20 +57,20 @@ class REFX1 final : public BaseFunc {
 class VALUEWHEN final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return scan_count(call, 2);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(2);
     call.result = null_value;
     const int32_t row = newest_hit(call, 0);
-    if (row >= 0) call.evaluate_at(1, row, call.result);
-    return status_ok;
+    if (row >= 0) ignore_status(call.evaluate_at(1, row, call.result));
+    return Status::ok;
   }
 };
 
 class GET final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return scan_count(call, 1);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(1);
     call.result = null_value;
     return call.evaluate(0, call.result);
   }
@@ -81,15 +81,14 @@ class GET final : public BaseFunc {
 class SET final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return status_ok;
+  Status execute(const Call& call) const override {
+    if (call.scan) return Status::ok;
     for (size_t i = 0; i + 1 < call.argument_count(); i += 2) {
       double value = null_value;
-      call.evaluate(i + 1, value);
+      ignore_status(call.evaluate(i + 1, value));
       store(call, call.argument(i), value);
     }
-    call.result = 0.0;
-    return status_ok;
+    return call.answer(0.0);
   }
 
  private:

@@ -112,17 +112,17 @@ class WalkSession {
   /// The newest row from `row` down to `lowest` at which `is_hit` holds, or `no_row`. `is_hit`
   /// takes a row and a flag to set and gives a status, which ends the walk unless it is 0.
   template <typename IsHit>
-  int newest(int32_t row, int64_t lowest, const IsHit& is_hit, int32_t& found) {
+  Status newest(int32_t row, int64_t lowest, const IsHit& is_hit, int32_t& found) {
     Walk walk(*this, row, lowest);
     while (walk.goes_on()) {
       if (walk.skip()) continue;
       bool hit = false;
-      if (const int status = is_hit(walk.row(), hit); status != status_ok) return status;
+      if (const Status status = is_hit(walk.row(), hit); failed(status)) return status;
       walk.take(hit);
     }
     found = walk.found();
     walk.remember();
-    return status_ok;
+    return Status::ok;
   }
 
  private:
@@ -141,11 +141,11 @@ inline int32_t newest_hit(const Call& call, size_t position) {
   int32_t found = no_row;
   const auto is_one = [&call, position](int32_t row, bool& hit) {
     double value = null_value;
-    call.evaluate_at(position, row, value);
+    ignore_status(call.evaluate_at(position, row, value));
     hit = to_int(value) == 1;
-    return static_cast<int>(status_ok);
+    return Status::ok;
   };
-  session.newest(call.row, 0, is_one, found);
+  ignore_status(session.newest(call.row, 0, is_one, found));
   return found;
 }
 

@@ -27,22 +27,22 @@ double sum_step(double x, const WindowSeed& seed, int32_t row, int64_t n) {
 class SUM final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan && call.argument_count() != 2) return call.wrong_count();
     double period = null_value;
-    if (const int status = call.evaluate(1, period); status != 0) return status;
+    if (const Status status = call.evaluate(1, period); failed(status)) return status;
     int64_t n = to_int(period);
     if (n == 0) n = static_cast<int64_t>(call.row) + 1;
     if (call.scan) {
       call.pool.raise_period(static_cast<int32_t>(n));
-      return 0;
+      return Status::ok;
     }
     double x = null_value;
-    if (const int status = call.evaluate(0, x); status != 0) return status;
+    if (const Status status = call.evaluate(0, x); failed(status)) return status;
     const int32_t column = store_in_own_column(call, call.argument(0), x);
     const WindowSeed seed = seed_of(call, column, n);
     const double sum = sum_step(x, seed, call.row, n);
-    return answer(call, keep(call, call.variable.column_index, sum));
+    return call.answer(keep(call, call.variable.column_index, sum));
   }
 
  private:
@@ -92,16 +92,16 @@ class SUM final : public BaseFunc {
 class COUNT final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan) return scan_any_period(call, 2, 1);
     double bars = null_value;
-    call.evaluate(1, bars);
+    ignore_status(call.evaluate(1, bars));
     if (bars == 0.0) bars = call.table().row_count();
     bars = std::min(bars, call.row + 1.0);
     if (call.row >= 0 && bars == call.row + 1.0) return count_all(call);
     double count = 0.0;
-    const int status = count_back(call, call.row, bars, count);
-    return status != 0 ? status : answer(call, count);
+    const Status status = count_back(call, call.row, bars, count);
+    return failed(status) ? status : call.answer(count);
   }
 
  private:
@@ -113,17 +113,17 @@ class COUNT final : public BaseFunc {
   };
 
   /// Adds the hits of so many bars from a row back.
-  static int count_back(const Call& call, int32_t newest, double bars, double& count) {
+  static Status count_back(const Call& call, int32_t newest, double bars, double& count) {
     for (int64_t row = newest; bars > static_cast<double>(newest - row); --row) {
       double x = null_value;
-      const int status = call.evaluate_at(0, static_cast<int32_t>(row), x);
-      if (status != 0) return status;
+      const Status status = call.evaluate_at(0, static_cast<int32_t>(row), x);
+      if (failed(status)) return status;
       if (x > 0.0) ++count;
     }
-    return 0;
+    return Status::ok;
   }
 
-  static int count_all(const Call& call) {
+  static Status count_all(const Call& call) {
     auto& so_far = memory_of<CountSoFar>(call);
     DataTable& table = call.table();
     const bool remembers = call.row >= 0 && call.row < table.row_count() &&
@@ -135,18 +135,18 @@ class COUNT final : public BaseFunc {
     if (remembers) so_far.dependencies.watch(table, end);
 
     double recent = 0.0;
-    int status = count_back(call, call.row, call.row + 1.0 - end, recent);
-    if (status != 0) return status;
+    Status status = count_back(call, call.row, call.row + 1.0 - end, recent);
+    if (failed(status)) return status;
     double before = 0.0;
     status = count_back(call, end - 1, end - so_far.end, before);
-    if (status != 0) return status;
+    if (failed(status)) return status;
     if (remembers && !so_far.dependencies.have_changed(table)) {
       so_far.end = end;
       so_far.count += before;
-      return answer(call, so_far.count + recent);
+      return call.answer(so_far.count + recent);
     }
     status = count_back(call, so_far.end - 1, so_far.end, before);
-    return status != 0 ? status : answer(call, before + recent);
+    return failed(status) ? status : call.answer(before + recent);
   }
 };
 
@@ -154,20 +154,21 @@ class COUNT final : public BaseFunc {
 class HARMEAN final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan) return scan_period(call, 2, 1);
     double period = null_value;
-    if (const int status = call.evaluate(1, period); status != 0) return status;
-    if (!(period > 0.0) || period - 1.0 > call.row) return answer(call, null_value);
+    if (const Status status = call.evaluate(1, period); failed(status)) return status;
+    if (!(period > 0.0) || period - 1.0 > call.row) return call.answer(null_value);
     const int32_t count = to_int(std::ceil(period));
     double sum = 0.0;
     for (int32_t back = 0; back < count; ++back) {
       double x = null_value;
-      if (const int status = call.evaluate_at(0, call.row - back, x); status != 0) return status;
-      if (is_null(x) || x == 0.0) return answer(call, null_value);
+      if (const Status status = call.evaluate_at(0, call.row - back, x); failed(status))
+        return status;
+      if (is_null(x) || x == 0.0) return call.answer(null_value);
       sum += 1.0 / x;
     }
-    return answer(call, sum == 0.0 ? null_value : 1.0 / (sum / count));
+    return call.answer(sum == 0.0 ? null_value : 1.0 / (sum / count));
   }
 };
 
@@ -175,16 +176,16 @@ class HARMEAN final : public BaseFunc {
 class MV final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     const size_t count = call.argument_count();
-    if (call.scan) return count >= 2 && count <= 16 ? 0 : call.wrong_count();
+    if (call.scan) return call.check_count(2, 16);
     double sum = 0.0;
     for (size_t i = 0; i < count; ++i) {
       double value = null_value;
-      if (const int status = call.evaluate(i, value); status != 0) return status;
+      if (const Status status = call.evaluate(i, value); failed(status)) return status;
       sum += value;
     }
-    return answer(call, sum / static_cast<double>(count));
+    return call.answer(sum / static_cast<double>(count));
   }
 };
 
@@ -195,26 +196,27 @@ bool is_before(double a, double b) { return is_null(b) ? !is_null(a) : a < b; }
 class PERCENTILE final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return scan_count(call, 3);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(3);
     double period = null_value;
-    if (const int status = call.evaluate(1, period); status != 0) return status;
+    if (const Status status = call.evaluate(1, period); failed(status)) return status;
     double percent = null_value;
-    if (const int status = call.evaluate(2, percent); status != 0) return status;
+    if (const Status status = call.evaluate(2, percent); failed(status)) return status;
     const int32_t n = to_int(period);
     const bool in_range = percent >= 0.0 && percent <= 100.0;
-    if (n < 1 || call.row < n - 1 || !in_range) return answer(call, null_value);
+    if (n < 1 || call.row < n - 1 || !in_range) return call.answer(null_value);
 
     ScratchFrame sample(call.calculator);
     for (int32_t back = n; back-- > 0;) {
       double x = null_value;
-      if (const int status = call.evaluate_at(0, call.row - back, x); status != 0) return status;
+      if (const Status status = call.evaluate_at(0, call.row - back, x); failed(status))
+        return status;
       sample.push(x);
     }
     const std::span<double> values = sample.values();
     const auto place = values.begin() + to_int(std::ceil((n - 1) * (percent / 100.0)));
     std::nth_element(values.begin(), place, values.end(), is_before);
-    return answer(call, *place);
+    return call.answer(*place);
   }
 };
 
@@ -242,27 +244,27 @@ template <double (*pick)(std::span<const double> values, size_t position)>
 class SortedChoice : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const final {
+  Status execute(const Call& call) const final {
     const size_t count = call.argument_count();
-    if (call.scan) return count >= 3 && count <= 32 ? 0 : call.wrong_count();
+    if (call.scan) return call.check_count(3, 32);
     double order = null_value;
     double choice = null_value;
-    if (const int status = call.evaluate(0, order); status != 0) return status;
-    if (const int status = call.evaluate(1, choice); status != 0) return status;
+    if (const Status status = call.evaluate(0, order); failed(status)) return status;
+    if (const Status status = call.evaluate(1, choice); failed(status)) return status;
     const int32_t t = to_int(order);
     const int64_t k = to_int(choice);
     const bool in_range = k >= 1 && k <= static_cast<int64_t>(count) - 2 && (t == 0 || t == 1);
-    if (!in_range) return answer(call, null_value);
+    if (!in_range) return call.answer(null_value);
 
     ScratchFrame sample(call.calculator);
     for (size_t i = 2; i < count; ++i) {
       double value = null_value;
-      if (const int status = call.evaluate(i, value); status != 0) return status;
+      if (const Status status = call.evaluate(i, value); failed(status)) return status;
       sample.push(value);
     }
     const std::span<const double> values = sample.values();
     const size_t position = position_of_rank(values, static_cast<size_t>(k - 1), t == 1);
-    return answer(call, pick(values, position));
+    return call.answer(pick(values, position));
   }
 };
 
@@ -289,17 +291,17 @@ double normal_density(double x, double mean, double deviation) {
 class NORMPDF final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return scan_count(call, 3);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(3);
     double inputs[3];
     for (size_t i = 0; i < 3; ++i) {
       inputs[i] = null_value;
-      if (const int status = call.evaluate(i, inputs[i]); status != 0) return status;
+      if (const Status status = call.evaluate(i, inputs[i]); failed(status)) return status;
     }
     if (inputs[2] < 0.0) {
       throw std::domain_error("Invalid parametrization for the distribution.");
     }
-    return answer(call, normal_density(inputs[0], inputs[1], inputs[2]));
+    return call.answer(normal_density(inputs[0], inputs[1], inputs[2]));
   }
 };
 

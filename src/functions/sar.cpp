@@ -131,11 +131,11 @@ template <bool classic, bool shows_direction>
 class SarWord : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const final {
+  Status execute(const Call& call) const final {
     if (call.argument_count() != 3) return call.wrong_count();
     SarSettings settings;
-    const int status = take_settings(call, settings);
-    if (status != status_ok || call.scan) return status;
+    const Status status = take_settings(call, settings);
+    if (failed(status) || call.scan) return status;
     if (call.variable.aux_column_ids.empty()) call.variable.reserve_aux_columns(3);
 
     SarState state;
@@ -144,38 +144,37 @@ class SarWord : public BaseFunc {
     if (call.row < settings.bars - 1) {
       state.stop = null_value;
       store(call, state);
-      call.result = null_value;
-      return status_ok;
+      return call.answer(null_value);
     }
     advance(call, settings, state);
     store(call, state);
-    call.result = shows_direction ? state.direction : signed_stop(state);
-    return status_ok;
+    return call.answer(shows_direction ? state.direction : signed_stop(state));
   }
 
  private:
-  static int take_settings(const Call& call, SarSettings& settings) {
+  static Status take_settings(const Call& call, SarSettings& settings) {
     double bars = null_value;
-    int status = call.evaluate(0, bars);
-    if (status != status_ok) return status;
+    Status status = call.evaluate(0, bars);
+    if (failed(status)) return status;
     settings.bars = to_int(bars);
     if (call.scan) {
       call.pool.raise_period(settings.bars);
-      return status_ok;
+      return Status::ok;
     }
     status = call.evaluate(1, settings.step);
-    if (status != status_ok) return status;
+    if (failed(status)) return status;
     status = call.evaluate(2, settings.limit);
-    if (status != status_ok) return status;
+    if (failed(status)) return status;
     const bool usable = settings.bars >= 1 && settings.step != 0.0 && settings.limit != 0.0;
-    return usable ? status_ok : status_bad_constant;
+    return usable ? Status::ok : Status::bad_constant;
   }
 
   static void advance(const Call& call, const SarSettings& settings, SarState& state) {
     const DataTable& table = call.table();
     const SarBars bars = {table.column_window(high_column_id, call.row, settings.bars),
                           table.column_window(low_column_id, call.row, settings.bars)};
-    const bool up = table.value_at(call.row, close_column_id) > table.value_at(0, open_column_id);
+    const bool up = table.cell(call.row, table.column_index_of(close_column_id)) >
+                    table.cell(0, table.column_index_of(open_column_id));
     if (state.direction == undecided) {
       state.extreme = null_value;
     } else if (call.row == settings.bars) {

@@ -13,19 +13,18 @@ namespace {
 class FILTER final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan) return scan_period(call, 2, 1);
     if (call.row == 0) {
       call.variable.value = 0.0;
-      call.result = 0.0;
-      return status_ok;
+      return call.answer(0.0);
     }
     double period = null_value;
-    int status = call.evaluate(1, period);
-    if (status != status_ok) return status;
+    Status status = call.evaluate(1, period);
+    if (failed(status)) return status;
     double signal = null_value;
     status = call.evaluate(0, signal);
-    if (status == status_ok) call.result = pass(call, signal, to_int(period));
+    if (!failed(status)) call.result = pass(call, signal, to_int(period));
     return status;
   }
 
@@ -62,9 +61,9 @@ class MarkingPass {
         runs_(call.calculator.scratch().values),
         runs_begin_(runs_.size()) {}
 
-  int run() {
-    int status = status_ok;
-    for (int64_t step = 0; step <= last_ && status == status_ok; ++step) status = take(step);
+  Status run() {
+    Status status = Status::ok;
+    for (int64_t step = 0; step <= last_ && !failed(status); ++step) status = take(step);
     runs_.resize(runs_begin_);
     return status;
   }
@@ -73,14 +72,14 @@ class MarkingPass {
   int32_t row_of(int64_t step) const { return static_cast<int32_t>(upward_ ? step : last_ - step); }
   void mark(int64_t step) { table_.set_cell(row_of(step), column_, 1.0); }
 
-  int take(int64_t step) {
+  Status take(int64_t step) {
     const int32_t row = row_of(step);
     double signal = 0.0;
-    int status = call_.evaluate_at(0, row, signal);
-    if (status != status_ok) return status;
+    Status status = call_.evaluate_at(0, row, signal);
+    if (failed(status)) return status;
     double period = 0.0;
     status = call_.evaluate_at(1, row, period);
-    if (status != status_ok) return status;
+    if (failed(status)) return status;
     if (period == 0.0 || is_null(period)) {
       table_.set_cell(row, column_, null_value);
     } else if (signal != 0.0) {
@@ -89,7 +88,7 @@ class MarkingPass {
       // A mark that a later bar has set survives.
       table_.set_cell(row, column_, 0.0);
     }
-    return status_ok;
+    return Status::ok;
   }
 
   /// Marks the bars that end at a row for positive counts, those that begin there for negative
@@ -139,25 +138,24 @@ class MarkingPass {
 class BACKSET final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan) return scan(call);
     if (call.row == 0) {
       double period = 0.0;
-      int status = call.evaluate(1, period);
-      if (status == status_ok) status = MarkingPass(call, period < 0.0).run();
-      if (status != status_ok) return status;
+      Status status = call.evaluate(1, period);
+      if (!failed(status)) status = MarkingPass(call, period < 0.0).run();
+      if (failed(status)) return status;
     }
-    call.result = call.table().cell(call.row, call.variable.column_index);
-    return status_ok;
+    return call.answer(call.table().cell(call.row, call.variable.column_index));
   }
 
  private:
-  static int scan(const Call& call) {
-    int status = scan_count(call, 2);
-    if (status != status_ok) return status;
+  static Status scan(const Call& call) {
+    Status status = call.check_count(2);
+    if (failed(status)) return status;
     double period = null_value;
     status = call.evaluate_passing_scan(1, period);
-    if (status == status_ok) call.pool.raise_period(to_int(period));
+    if (!failed(status)) call.pool.raise_period(to_int(period));
     return status;
   }
 };

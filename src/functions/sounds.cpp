@@ -33,11 +33,11 @@ class SOUND final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan && call.argument_count() != 1) return call.wrong_count();
     if (call.variable.shape == nullptr) make_record(call, upper_case(call.argument_text(0)));
     if (!call.scan) set_mark(call, shown_mark);
-    return status_ok;
+    return Status::ok;
   }
 };
 
@@ -46,15 +46,15 @@ class PLAYSOUND final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
 
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan && call.argument_count() != 2) return call.wrong_count();
     if (call.variable.shape == nullptr) make_record(call, call.argument_text(1));
-    if (call.scan || call.argument(0).text.empty()) return status_ok;
+    if (call.scan || call.argument(0).text.empty()) return Status::ok;
     double condition = null_value;
-    const int status = call.evaluate(0, condition);
-    if (status != status_ok) return status;
+    const Status status = call.evaluate(0, condition);
+    if (failed(status)) return status;
     set_mark(call, condition == 0.0 ? hidden_mark : shown_mark);
-    return status_ok;
+    return Status::ok;
   }
 };
 

@@ -25,14 +25,14 @@ double stretch_length(const Call& call, double period) {
 }
 
 /// Looks at one bar of the stretch: whether it decides the result.
-using Decides = int (*)(const Call& call, int32_t row, bool& decides);
+using Decides = Status (*)(const Call& call, int32_t row, bool& decides);
 
 /// Whether a bar decides that lies from `least` up to but without `bars` bars ago. The word's first
 /// `arguments` arguments are what `decides_at` looks at.
 template <Decides decides_at>
-int any_bar(const Call& call, size_t arguments, double least, double bars, bool& decided) {
+Status any_bar(const Call& call, size_t arguments, double least, double bars, bool& decided) {
   const int64_t newest = call.row - to_int64(least);
-  if (!(bars > least) || newest < std::numeric_limits<int32_t>::min()) return status_ok;
+  if (!(bars > least) || newest < std::numeric_limits<int32_t>::min()) return Status::ok;
   const int64_t oldest = std::max<int64_t>(call.row - to_int64(std::ceil(bars)) + 1, no_row + 1);
   const auto decides = [&call](int32_t row, bool& decides_here) {
     return decides_at(call, row, decides_here);
@@ -41,15 +41,15 @@ int any_bar(const Call& call, size_t arguments, double least, double bars, bool&
   WalkSession session(call, arguments, start);
   int32_t found = no_row;
   if (!session.remembers() || oldest >= 0) {
-    const int status = session.newest(start, oldest, decides, found);
+    const Status status = session.newest(start, oldest, decides, found);
     decided = found != no_row;
     return status;
   }
-  int status = session.newest(start, 0, decides, found);
+  Status status = session.newest(start, 0, decides, found);
   decided = found != no_row;
   // Below row 0 what can be remembered differs at most by a gate of a period: both ends tell all.
   for (const int64_t end : {int64_t{-1}, oldest}) {
-    if (status != status_ok || decided) break;
+    if (failed(status) || decided) break;
     status = decides(static_cast<int32_t>(end), decided);
   }
   return status;
@@ -60,47 +60,46 @@ template <Decides decides_at, Length length, size_t period_argument, bool if_dec
 class StretchWord : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const final {
+  Status execute(const Call& call) const final {
     if (call.scan) return scan(call);
     double period = null_value;
-    int status = checked(call.evaluate(period_argument, period));
-    if (status != status_ok) return status;
+    Status status = checked(call.evaluate(period_argument, period));
+    if (failed(status)) return status;
     if (length == Length::truncated) period = to_int(period);
     bool decided = false;
     status = any_bar<decides_at>(call, period_argument, 0.0, stretch_length(call, period), decided);
-    if (status != status_ok) return status;
-    call.result = decided == if_decided ? 1.0 : 0.0;
-    return status_ok;
+    if (failed(status)) return status;
+    return call.answer(decided == if_decided ? 1.0 : 0.0);
   }
 
  private:
-  static int checked(int status) { return length == Length::unchecked ? status_ok : status; }
+  static Status checked(Status status) { return length == Length::unchecked ? Status::ok : status; }
 
-  static int scan(const Call& call) {
-    const int status = scan_count(call, period_argument + 1);
-    return status == status_ok ? checked(raise_period_of(call, period_argument)) : status;
+  static Status scan(const Call& call) {
+    const Status status = call.check_count(period_argument + 1);
+    return !failed(status) ? checked(raise_period_of(call, period_argument)) : status;
   }
 };
 
-int is_positive(const Call& call, int32_t row, bool& decides) {
+Status is_positive(const Call& call, int32_t row, bool& decides) {
   double value = null_value;
-  const int status = call.evaluate_at(0, row, value);
+  const Status status = call.evaluate_at(0, row, value);
   decides = value > 0.0;
   return status;
 }
 
-int is_not_positive(const Call& call, int32_t row, bool& decides) {
+Status is_not_positive(const Call& call, int32_t row, bool& decides) {
   double value = null_value;
-  const int status = call.evaluate_at(0, row, value);
+  const Status status = call.evaluate_at(0, row, value);
   decides = value <= 0.0;
   return status;
 }
 
 /// Whether the second argument reaches the first.
-int is_reached(const Call& call, int32_t row, bool& decides) {
+Status is_reached(const Call& call, int32_t row, bool& decides) {
   double a = null_value;
-  int status = call.evaluate_at(0, row, a);
-  if (status != status_ok) return status;
+  Status status = call.evaluate_at(0, row, a);
+  if (failed(status)) return status;
   double b = null_value;
   status = call.evaluate_at(1, row, b);
   decides = b >= a;
@@ -108,27 +107,27 @@ int is_reached(const Call& call, int32_t row, bool& decides) {
 }
 
 /// X at a bar and at the one before, which is 0.0 where there is none.
-int step_at(const Call& call, int32_t row, double& value, double& before) {
+Status step_at(const Call& call, int32_t row, double& value, double& before) {
   value = null_value;
-  const int status = call.evaluate_at(0, row, value);
-  if (status != status_ok) return status;
+  const Status status = call.evaluate_at(0, row, value);
+  if (failed(status)) return status;
   before = row >= 1 ? null_value : 0.0;
-  return row >= 1 ? call.evaluate_at(0, row - 1, before) : status_ok;
+  return row >= 1 ? call.evaluate_at(0, row - 1, before) : Status::ok;
 }
 
-int is_not_rising(const Call& call, int32_t row, bool& decides) {
+Status is_not_rising(const Call& call, int32_t row, bool& decides) {
   double value;
   double before;
-  const int status = step_at(call, row, value, before);
-  if (status == status_ok) decides = before >= value;
+  const Status status = step_at(call, row, value, before);
+  if (!failed(status)) decides = before >= value;
   return status;
 }
 
-int is_not_falling(const Call& call, int32_t row, bool& decides) {
+Status is_not_falling(const Call& call, int32_t row, bool& decides) {
   double value;
   double before;
-  const int status = step_at(call, row, value, before);
-  if (status == status_ok) decides = value >= before;
+  const Status status = step_at(call, row, value, before);
+  if (!failed(status)) decides = value >= before;
   return status;
 }
 
@@ -152,26 +151,25 @@ class DOWNNDAY final : public StretchWord<is_not_falling, Length::truncated, 1, 
 class LAST final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan) return scan(call);
     double bars[2];
     for (size_t i = 0; i < 2; ++i) {
       double period = null_value;
-      const int status = call.evaluate(i + 1, period);
-      if (status != status_ok) return status;
+      const Status status = call.evaluate(i + 1, period);
+      if (failed(status)) return status;
       bars[i] = stretch_length(call, to_int(period));
     }
     bool found = false;
-    const int status = any_bar<is_positive>(call, 1, bars[1], bars[0], found);
-    if (status != status_ok) return status;
-    call.result = found ? 1.0 : 0.0;
-    return status_ok;
+    const Status status = any_bar<is_positive>(call, 1, bars[1], bars[0], found);
+    if (failed(status)) return status;
+    return call.answer(found ? 1.0 : 0.0);
   }
 
  private:
-  static int scan(const Call& call) {
-    const int status = scan_period(call, 3, 1);
-    return status == status_ok ? raise_period_of(call, 2) : status;
+  static Status scan(const Call& call) {
+    const Status status = scan_period(call, 3, 1);
+    return !failed(status) ? raise_period_of(call, 2) : status;
   }
 };
 
@@ -181,22 +179,21 @@ template <size_t from, size_t over>
 class Crossing : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const final {
-    if (call.scan) return scan_count(call, 2);
+  Status execute(const Call& call) const final {
+    if (call.scan) return call.check_count(2);
     double now[] = {null_value, null_value};
-    int status = both_at(call, call.row, now);
-    if (status != status_ok) return status;
+    Status status = both_at(call, call.row, now);
+    if (failed(status)) return status;
     double before[] = {null_value, null_value};
     status = both_at(call, std::max(call.row - 1, 0), before);
-    if (status != status_ok) return status;
-    call.result = now[from] > now[over] && before[over] >= before[from] ? 1.0 : 0.0;
-    return status_ok;
+    if (failed(status)) return status;
+    return call.answer(now[from] > now[over] && before[over] >= before[from] ? 1.0 : 0.0);
   }
 
  private:
-  static int both_at(const Call& call, int32_t row, double (&values)[2]) {
-    const int status = call.evaluate_at(0, row, values[0]);
-    return status == status_ok ? call.evaluate_at(1, row, values[1]) : status;
+  static Status both_at(const Call& call, int32_t row, double (&values)[2]) {
+    const Status status = call.evaluate_at(0, row, values[0]);
+    return !failed(status) ? call.evaluate_at(1, row, values[1]) : status;
   }
 };
 

@@ -21,7 +21,7 @@ void make_record(const Call& call) {
   signal.value = no_quantity;
   if (call.argument_count() == 3) {
     double quantity = null_value;
-    call.evaluate(2, quantity);
+    ignore_status(call.evaluate(2, quantity));
     record->trade_count = to_int(quantity);
     signal.value = quantity;
   }
@@ -36,31 +36,32 @@ void make_record(const Call& call) {
 void fire(const Call& call, uint32_t action) {
   const TradeHandler handler = trade_handler();
   if (handler == nullptr) return;
-  handler(unix_time(), to_int64(call.table().value_at(call.row, time_column_id)),
+  const DataTable& table = call.table();
+  handler(unix_time(), to_int64(table.cell(call.row, table.column_index_of(time_column_id))),
           static_cast<uint32_t>(call.row), call.pool.uuid, call.variable.aux_column_ids[0], action,
           to_int(call.variable.value));
 }
 
 /// A signal leaves at every evaluation of a bar whose condition holds, also when a bar is
 /// calculated again: the host is expected to filter.
-int execute_signal(const Call& call, uint32_t action) {
+Status execute_signal(const Call& call, uint32_t action) {
   const size_t count = call.argument_count();
   if (count != 2 && count != 3) return call.wrong_count();
   // A bar that may still change its past can't trade.
-  if (call.pool.looks_ahead) return call.fail(status_signal_looks_ahead);
+  if (call.pool.looks_ahead) return call.fail(Status::signal_looks_ahead);
   if (call.variable.shape == nullptr) make_record(call);
-  if (call.scan) return status_ok;
+  if (call.scan) return Status::ok;
 
   double condition = 0.0;
   if (!call.argument(0).text.empty()) {
     condition = null_value;
-    const int status = call.evaluate(0, condition);
-    if (status != status_ok) return status;
+    const Status status = call.evaluate(0, condition);
+    if (failed(status)) return status;
   }
   const bool holds = to_int(condition) != 0;
   if (holds && call.pool.fire_signals) fire(call, action);
   call.table().set_cell(call.row, call.variable.aux_column_indexes[0], holds ? 1.0 : 0.0);
-  return status_ok;
+  return Status::ok;
 }
 
 /// All seven words; the host tells them apart by the action code.
@@ -68,7 +69,7 @@ template <uint32_t action>
 class TradeSignal : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override { return execute_signal(call, action); }
+  Status execute(const Call& call) const override { return execute_signal(call, action); }
 };
 
 class BK final : public TradeSignal<0> {

@@ -33,30 +33,29 @@ double stands_out(const Call& call, int32_t bars, double value, const Source& so
 }
 
 /// The number of bars on each side; 0 gives null. In scan mode it is the look-back.
-int take_span(const Call& call, size_t position, int32_t& bars) {
+Status take_span(const Call& call, size_t position, int32_t& bars) {
   double span = null_value;
-  const int status = call.evaluate_passing_scan(position, span);
-  if (status != status_ok) return status;
+  const Status status = call.evaluate_passing_scan(position, span);
+  if (failed(status)) return status;
   bars = is_null(span) ? 0 : to_int(span);
   if (bars == 0) call.result = null_value;
   if (call.scan && bars != 0) call.pool.raise_period(bars);
-  return status_ok;
+  return Status::ok;
 }
 
 template <Extreme extreme, uint32_t field_id>
 class FieldWave : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const final {
-    if (call.scan && scan_count(call, 1) != status_ok) return status_argument_count;
+  Status execute(const Call& call) const final {
+    if (call.scan && call.argument_count() != 1) return call.wrong_count();
     int32_t bars = 0;
-    const int status = take_span(call, 0, bars);
-    if (status != status_ok || call.scan || bars == 0) return status;
+    const Status status = take_span(call, 0, bars);
+    if (failed(status) || call.scan || bars == 0) return status;
     const DataTable& table = call.table();
     const int32_t column = table.column_index_of(field_id);
     const auto field = [&table, column](int32_t row) { return table.cell(row, column); };
-    call.result = stands_out<extreme>(call, bars, field(call.row), field);
-    return status_ok;
+    return call.answer(stands_out<extreme>(call, bars, field(call.row), field));
   }
 };
 
@@ -65,22 +64,21 @@ template <Extreme extreme>
 class SeriesWave : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const final {
-    if (call.scan && scan_count(call, 2) != status_ok) return status_argument_count;
+  Status execute(const Call& call) const final {
+    if (call.scan && call.argument_count() != 2) return call.wrong_count();
     ensure_result_column(call);
     int32_t bars = 0;
-    int status = take_span(call, 1, bars);
-    if (status != status_ok || call.scan || bars == 0) return status;
+    Status status = take_span(call, 1, bars);
+    if (failed(status) || call.scan || bars == 0) return status;
     double value = null_value;
     status = call.evaluate(0, value);
-    if (status != status_ok) return status;
+    if (failed(status)) return status;
     const auto series = [&call](int32_t row) {
       double other = null_value;
-      call.evaluate_at(0, row, other);
+      ignore_status(call.evaluate_at(0, row, other));
       return other;
     };
-    call.result = stands_out<extreme>(call, bars, value, series);
-    return status_ok;
+    return call.answer(stands_out<extreme>(call, bars, value, series));
   }
 };
 

@@ -90,12 +90,12 @@ using Reduce = double (*)(const Window& window);
 
 /// Nothing is evaluated or stored before the gate opens.
 template <Gate gate, Store store, Reduce reduce>
-int reduce_window(const Call& call, int32_t n) {
-  if (!gate(call.row, n)) return answer(call, null_value);
+Status reduce_window(const Call& call, int32_t n) {
+  if (!gate(call.row, n)) return call.answer(null_value);
   double x = null_value;
-  if (const int status = call.evaluate(0, x); status != 0) return status;
+  if (const Status status = call.evaluate(0, x); failed(status)) return status;
   const int32_t column = store(call, call.argument(0), x);
-  return answer(call, reduce(call.table().window(column, call.row, n)));
+  return call.answer(reduce(call.table().window(column, call.row, n)));
 }
 
 /// A word of X and N.
@@ -103,10 +103,10 @@ template <Gate gate, Store store, Reduce reduce>
 class WindowStatistic : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const final {
+  Status execute(const Call& call) const final {
     if (call.scan) return scan_period(call, 2, 1);
     double period = null_value;
-    if (const int status = call.evaluate(1, period); status != 0) return status;
+    if (const Status status = call.evaluate(1, period); failed(status)) return status;
     return reduce_window<gate, store, reduce>(call, to_int(period));
   }
 };
@@ -138,10 +138,10 @@ class KURTOSIS final
 class AVEDEV final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan) return scan_any_period(call, 2, 1);
     double period = null_value;
-    call.evaluate(1, period);
+    ignore_status(call.evaluate(1, period));
     return reduce_window<at_full_window, store_in_own_column, mean_absolute_deviation>(
         call, to_int(period));
   }
@@ -176,15 +176,15 @@ double regression_slope(const Window& window, int32_t n) {
 class SLOPE final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan) return scan_period(call, 2, 1);
     double period = null_value;
-    if (const int status = call.evaluate(1, period); status != 0) return status;
+    if (const Status status = call.evaluate(1, period); failed(status)) return status;
     double x = null_value;
-    if (const int status = call.evaluate(0, x); status != 0) return status;
+    if (const Status status = call.evaluate(0, x); failed(status)) return status;
     const int32_t column = store_in_own_column(call, call.argument(0), x);
     const int32_t n = to_int(period);
-    return answer(call, regression_slope(call.table().window(column, call.row, n), n));
+    return call.answer(regression_slope(call.table().window(column, call.row, n), n));
   }
 };
 
@@ -210,17 +210,17 @@ double regression_end(const Window& window, double mean, int32_t n) {
 class FORCAST final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan) return scan_period(call, 2, 1);
     const double mean = moving_average(call);
     double period = null_value;
-    if (const int status = call.evaluate(1, period); status != 0) return status;
+    if (const Status status = call.evaluate(1, period); failed(status)) return status;
     const int32_t n = to_int(period);
-    if (!behind_window(call.row, n)) return answer(call, null_value);
+    if (!behind_window(call.row, n)) return call.answer(null_value);
     double x = null_value;
-    if (const int status = call.evaluate(0, x); status != 0) return status;
+    if (const Status status = call.evaluate(0, x); failed(status)) return status;
     const int32_t column = store_in_own_column(call, call.argument(0), x);
-    return answer(call, regression_end(call.table().window(column, call.row, n), mean, n));
+    return call.answer(regression_end(call.table().window(column, call.row, n), mean, n));
   }
 };
 
@@ -232,23 +232,23 @@ struct WindowPair {
 
 /// Evaluates N, X and Y, stores X and Y of this bar and takes their windows. With `tolerant` an
 /// argument that fails is a null.
-int take_windows(const Call& call, bool tolerant, WindowPair& windows) {
+Status take_windows(const Call& call, bool tolerant, WindowPair& windows) {
   double period = null_value;
   double x = null_value;
   double y = null_value;
   const auto evaluate = [&](size_t position, double& value) {
-    const int status = call.evaluate(position, value);
-    return tolerant ? 0 : status;
+    const Status status = call.evaluate(position, value);
+    return tolerant ? Status::ok : status;
   };
-  if (const int status = evaluate(2, period); status != 0) return status;
-  if (const int status = evaluate(0, x); status != 0) return status;
-  if (const int status = evaluate(1, y); status != 0) return status;
+  if (const Status status = evaluate(2, period); failed(status)) return status;
+  if (const Status status = evaluate(0, x); failed(status)) return status;
+  if (const Status status = evaluate(1, y); failed(status)) return status;
   const int32_t x_column = store_in_own_column(call, call.argument(0), x);
   const int32_t y_column = store_in_own_column(call, call.argument(1), y);
   const int32_t n = to_int(period);
   windows = {call.table().window(x_column, call.row, n),
              call.table().window(y_column, call.row, n)};
-  return 0;
+  return Status::ok;
 }
 
 double population_covariance(const WindowPair& windows) {
@@ -263,17 +263,17 @@ double population_covariance(const WindowPair& windows) {
 
 double covariance_at(const Call& call) {
   WindowPair windows;
-  take_windows(call, true, windows);
+  ignore_status(take_windows(call, true, windows));
   return population_covariance(windows);
 }
 
 class COVAR final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (!call.scan) return answer(call, covariance_at(call));
-    const int status = scan_any_period(call, 3, 2);
-    return status != 0 ? status : answer(call, null_value);
+  Status execute(const Call& call) const override {
+    if (!call.scan) return call.answer(covariance_at(call));
+    const Status status = scan_any_period(call, 3, 2);
+    return failed(status) ? status : call.answer(null_value);
   }
 };
 
@@ -282,12 +282,12 @@ class COVAR final : public BaseFunc {
 class CORRELATION final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan) return scan_period(call, 3, 2);
     const double covariance = covariance_at(call);
     WindowPair windows;
-    if (const int status = take_windows(call, false, windows); status != 0) return status;
-    return answer(call, covariance / (sample_deviation(windows.y) * sample_deviation(windows.x)));
+    if (const Status status = take_windows(call, false, windows); failed(status)) return status;
+    return call.answer(covariance / (sample_deviation(windows.y) * sample_deviation(windows.x)));
   }
 };
 
@@ -317,11 +317,11 @@ double pearson_coefficient(const WindowPair& windows) {
 class COEFFICIENTR final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan) return scan_period(call, 3, 2);
     WindowPair windows;
-    if (const int status = take_windows(call, false, windows); status != 0) return status;
-    return answer(call, pearson_coefficient(windows));
+    if (const Status status = take_windows(call, false, windows); failed(status)) return status;
+    return call.answer(pearson_coefficient(windows));
   }
 };
 

@@ -20,25 +20,25 @@ double weighted_mean(const Window& window, int64_t n) {
   return is_null(sum) ? null_value : sum / (static_cast<double>((n + 1) * n) * 0.5);
 }
 
-int weighted_average(const Call& call) {
+Status weighted_average(const Call& call) {
   double period = null_value;
   double x = null_value;
-  call.evaluate(1, period);
-  call.evaluate(0, x);
+  ignore_status(call.evaluate(1, period));
+  ignore_status(call.evaluate(0, x));
   const int32_t column = store_in_own_column(call, call.argument(0), x);
   const int32_t n = to_int(period);
-  if (call.row < static_cast<int64_t>(n) - 1) return answer(call, null_value);
+  if (call.row < static_cast<int64_t>(n) - 1) return call.answer(null_value);
   const double y = weighted_mean(call.table().window(column, call.row, n), n);
-  return answer(call, keep(call, call.variable.column_index, y));
+  return call.answer(keep(call, call.variable.column_index, y));
 }
 
 class WMA final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (!call.scan) return weighted_average(call);
-    const int status = scan_any_period(call, 2, 1);
-    return status != 0 ? status : answer(call, null_value);
+    const Status status = scan_any_period(call, 2, 1);
+    return failed(status) ? status : call.answer(null_value);
   }
 };
 
@@ -46,8 +46,8 @@ class WMA final : public BaseFunc {
 class EMA2 final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    return call.scan ? scan_count(call, 2) : weighted_average(call);
+  Status execute(const Call& call) const override {
+    return call.scan ? call.check_count(2) : weighted_average(call);
   }
 };
 
@@ -55,39 +55,38 @@ class EMA2 final : public BaseFunc {
 class SMMA final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return scan_count(call, 2);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(2);
     double x = null_value;
-    if (const int status = call.evaluate(0, x); status != 0) return status;
+    if (const Status status = call.evaluate(0, x); failed(status)) return status;
     double period = null_value;
-    if (const int status = call.evaluate(1, period); status != 0) return status;
+    if (const Status status = call.evaluate(1, period); failed(status)) return status;
     if (is_null(period) || std::round(period) <= 0.0 || period - 1.0 > call.row) {
-      return answer(call, null_value);
+      return call.answer(null_value);
     }
     const int32_t p = to_int(std::ceil(period));
     double sum = 0.0;
-    if (const int status = add_up(call, p, sum); status != 0) return status;
-    return answer(call, (sum - sum / p + x) / p);
+    if (const Status status = add_up(call, p, sum); failed(status)) return status;
+    return call.answer((sum - sum / p + x) / p);
   }
 
  private:
   /// The order of the sum depends on where the values lie: a column is summed from the oldest, an
   /// expression from the newest.
-  static int add_up(const Call& call, int32_t count, double& sum) {
+  static Status add_up(const Call& call, int32_t count, double& sum) {
     const Variable& argument = call.argument(0);
     if (argument.has_column()) {
       const Window window = call.table().window(argument.column_index, call.row, count);
       for (size_t i = 0; i < window.size(); ++i) sum += window[i];
-      return 0;
+      return Status::ok;
     }
     for (int32_t back = 0; back < count; ++back) {
       double value = null_value;
-      if (const int status = call.evaluate_at(0, call.row - back, value); status != 0) {
+      if (const Status status = call.evaluate_at(0, call.row - back, value); failed(status))
         return status;
-      }
       sum += value;
     }
-    return 0;
+    return Status::ok;
   }
 };
 
@@ -95,21 +94,21 @@ class SMMA final : public BaseFunc {
 class TSMA final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan && call.argument_count() != 2) return call.wrong_count();
     double period = null_value;
-    if (const int status = call.evaluate(1, period); status != 0) return status;
+    if (const Status status = call.evaluate(1, period); failed(status)) return status;
     const int64_t n = to_int(std::floor(period));
     // The trial run at row 0 never gets further.
-    if (n < 2 || call.row < n - 1) return answer(call, null_value);
+    if (n < 2 || call.row < n - 1) return call.answer(null_value);
     Sums sums;
     for (int64_t row = call.row; row > call.row - n; --row) {
       double x = null_value;
       const auto i = static_cast<int32_t>(row);
-      if (const int status = call.evaluate_at(0, i, x); status != 0) return status;
+      if (const Status status = call.evaluate_at(0, i, x); failed(status)) return status;
       sums.add(i, x);
     }
-    return answer(call, next_value(sums, static_cast<double>(n), call.row));
+    return call.answer(next_value(sums, static_cast<double>(n), call.row));
   }
 
  private:
@@ -140,38 +139,37 @@ class TSMA final : public BaseFunc {
 class ADMA final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
+  Status execute(const Call& call) const override {
     if (call.scan && call.argument_count() != 4) return call.wrong_count();
     double x = null_value;
     double period = null_value;
-    if (const int status = call.evaluate(0, x); status != 0) return status;
-    if (const int status = call.evaluate(1, period); status != 0) return status;
+    if (const Status status = call.evaluate(0, x); failed(status)) return status;
+    if (const Status status = call.evaluate(1, period); failed(status)) return status;
     const int32_t n = to_int(period);
     if (call.scan) {
       call.pool.raise_period(n);
-      return 0;
+      return Status::ok;
     }
-    if (n == 0) return answer(call, null_value);
+    if (n == 0) return call.answer(null_value);
     double fast = null_value;
     double slow = null_value;
-    if (const int status = call.evaluate(2, fast); status != 0) return status;
-    if (const int status = call.evaluate(3, slow); status != 0) return status;
+    if (const Status status = call.evaluate(2, fast); failed(status)) return status;
+    if (const Status status = call.evaluate(3, slow); failed(status)) return status;
 
     const int32_t column = result_column(call);
     const DataTable& table = call.table();
-    const double prev =
-        call.row == 0 ? x : cell_at(table, static_cast<int64_t>(call.row) - 1, column);
+    const double prev = call.row == 0 ? x : table.cell(int64_t{call.row} - 1, column);
     keep(call, column, exponential_step(n, x, prev));
-    if (call.row < n) return answer(call, null_value);
+    if (call.row < n) return call.answer(null_value);
     const double rate = adaptive_weight(efficiency(table, call.row, n), fast, slow);
-    return answer(call, (x - prev) * rate + prev);
+    return call.answer((x - prev) * rate + prev);
   }
 
  private:
   /// The way that the close made in n bars, over the length of the path that it took.
   static double efficiency(const DataTable& table, int32_t row, int32_t n) {
     const int32_t close = table.column_index_of(close_column_id);
-    const double start = cell_at(table, static_cast<int64_t>(row) - n, close);
+    const double start = table.cell(int64_t{row} - n, close);
     const double change = std::fabs(table.cell(row, close) - start);
     const Window window = table.window(close, row, n);
     double noise = 0.0;

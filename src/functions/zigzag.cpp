@@ -146,16 +146,16 @@ void take_bar(ZigzagTracker& tracker, ZigzagColumns& columns, int32_t row, doubl
 /// null.
 bool zigzag_pass(const Call& call, size_t type_argument, ZigzagColumns columns) {
   double swing = null_value;
-  call.evaluate_at(1, 0, swing);
+  ignore_status(call.evaluate_at(1, 0, swing));
   if (is_null(swing)) return false;
   double type = null_value;
-  call.evaluate_at(type_argument, 0, type);
+  ignore_status(call.evaluate_at(type_argument, 0, type));
   if (is_null(type)) return false;
   ZigzagTracker tracker(std::fabs(swing), type == 1.0);
   const int32_t rows = call.table().row_count();
   for (int32_t row = 0; row < rows; ++row) {
     double value = null_value;
-    call.evaluate_at(0, row, value);
+    ignore_status(call.evaluate_at(0, row, value));
     if (!is_null(value)) take_bar(tracker, columns, row, value, row == rows - 1);
   }
   return true;
@@ -171,26 +171,24 @@ void reserve_columns(const Call& call, int count) {
 class ZIG final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override { return call.fail(status_zig); }
+  Status execute(const Call& call) const override { return call.fail(Status::zig); }
 };
 
 /// The values at the turns and straight lines between them.
 class ZIGZAG final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const override {
-    if (call.scan) return scan_count(call, 3);
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(3);
     reserve_columns(call, 4);
     ZigzagColumns columns(call, call.variable.column_index);
     if (call.row == 0) {
       if (!zigzag_pass(call, 2, columns)) {
-        call.result = null_value;
-        return status_ok;
+        return call.answer(null_value);
       }
       draw_legs(columns, call.table().row_count());
     }
-    call.result = columns.turn_value(call.row);
-    return status_ok;
+    return call.answer(columns.turn_value(call.row));
   }
 
  private:
@@ -214,17 +212,17 @@ template <Turn turn, Output output>
 class TurnWord : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  int execute(const Call& call) const final {
-    if (call.scan) return scan_count(call, 4);
+  Status execute(const Call& call) const final {
+    if (call.scan) return call.check_count(4);
     reserve_columns(call, 5);
     const ZigzagColumns columns(call, call.variable.aux_column_indexes[turn_value_column]);
     call.result = null_value;
-    if (call.row == 0 && !zigzag_pass(call, 3, columns)) return status_ok;
+    if (call.row == 0 && !zigzag_pass(call, 3, columns)) return Status::ok;
     double wanted = null_value;
-    call.evaluate(2, wanted);
+    ignore_status(call.evaluate(2, wanted));
     wanted = std::fabs(wanted);
     find(call, columns, wanted == 0.0 ? 1.0 : wanted);
-    return status_ok;
+    return Status::ok;
   }
 
  private:

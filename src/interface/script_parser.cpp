@@ -12,10 +12,10 @@ namespace {
 
 constexpr int32_t one_day = 0x4000;
 
-std::string answer(int status, std::string_view error) {
+std::string answer(Status status, std::string_view error) {
   const ErrorParts parts = split_error(error);
   std::string text = "{";
-  append_json_integer(text, "ErrCode", status, true);
+  append_json_integer(text, "ErrCode", error_code(status), true);
   append_json_text(text, "ExtraMsg", parts.message, true);
   append_json_text(text, "ErrLine", parts.line, false);
   text += '}';
@@ -42,7 +42,7 @@ std::string ScriptParser::pre_parse(std::string_view script, std::string_view pa
 std::string ScriptParser::exec(int32_t first_row, bool fire_signals) {
   pool_.fire_signals = fire_signals;
   std::string error;
-  int status = status_exception;
+  Status status = Status::exception;
   try {
     status = calculator_.calculate(first_row, false, error);
   } catch (const std::exception& fault) {
@@ -66,13 +66,14 @@ void ScriptParser::set_uuid(uint64_t new_uuid) {
 }
 
 double ScriptParser::field_value(int32_t field_id, int32_t row) {
-  if (field_id >= 0) return pool_.table().value_at(row, static_cast<uint32_t>(field_id));
+  const DataTable& table = pool_.table();
+  if (field_id >= 0) return table.cell(row, table.column_index_of(static_cast<uint32_t>(field_id)));
   for (const auto& [text, argument] : context_.argument_variables) {
     if (static_cast<int32_t>(argument->column_id) != field_id) continue;
     std::string unread;
     double value = null_value;
-    const int status = calculator_.evaluate(*argument, row, false, unread, value);
-    return status == status_ok ? value : null_value;
+    const Status status = calculator_.evaluate(*argument, row, false, unread, value);
+    return !failed(status) ? value : null_value;
   }
   return null_value;
 }
