@@ -2,6 +2,7 @@
 #include "core/calculate_center.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "calendar/trade_day_help.h"
 #include "core/status.h"
@@ -19,6 +20,8 @@ Status CalculateCenter::calculate(int32_t first_row, bool scan, std::string& err
 /// Columns may have come since the compile; this is the only place that brings indexes up to date.
 void CalculateCenter::refresh_column_indexes() {
   const DataTable& table = pool_.table();
+  if (table.layout() == seen_layout_) return;
+  seen_layout_ = table.layout();
   for (Variable* variable : pool_.variable_list) {
     // An argument id is negative and names no data column.
     if (static_cast<int32_t>(variable->column_id) >= 0) {
@@ -47,16 +50,73 @@ Status CalculateCenter::run_statements(int32_t first_row, std::string& error) {
   // A negative first row selects no rows.
   const int32_t first = first_row < 0 ? rows : first_row;
   const auto& statements = pool_.statement_list;
-  plan_.make(statements, pool_.table());
-  const bool whole_series = std::ranges::any_of(
+  statements_.resize(statements.size());
+  std::iota(statements_.begin(), statements_.end(), 0U);
+  each_in_full_ = std::ranges::any_of(
       statements, [](const Variable* statement) { return statement->whole_series; });
-  if (!whole_series) return run_rows(plan_.tasks(), first, rows, error);
-  for (const Task& task : plan_.tasks()) {
-    const int32_t start = task.statement->whole_series ? 0 : first;
-    const Status status = run_rows({&task, 1}, start, rows, error);
+  if (!each_in_full_) return run_range(statements_, first, rows, error);
+  for (const uint32_t position : statements_) {
+    const int32_t start = statements[position]->whole_series ? 0 : first;
+    const Status status = run_range({&position, 1}, start, rows, error);
     if (failed(status)) return status;
   }
   return Status::ok;
+}
+
+Status CalculateCenter::run_range(std::span<const uint32_t> statements, int32_t first, int32_t end,
+                                  std::string& error) {
+  const bool is_long = int64_t{end} - first >= block_rule_.shortest_run;
+  if (!is_long || pool_.sets_variables) return run_rows(statements, {first, end}, error);
+  return run_by_blocks(statements, first, end, error);
+}
+
+Status CalculateCenter::run_by_blocks(std::span<const uint32_t> statements, int32_t first,
+                                      int32_t end, std::string& error) {
+  const int32_t bars_end = first + std::min(block_rule_.bars_first, end - first);
+  const Status status = run_rows(statements, {first, bars_end}, error);
+  if (failed(status)) return status;
+  int32_t size = block_rule_.first_block;
+  for (Block rows{bars_end, bars_end}; rows.first < end; rows.first = rows.end) {
+    rows.end = rows.first + std::min(size, end - rows.first);
+    size = std::min(2 * size, block_rule_.longest_block);
+    const Status block_status = run_block(statements, rows, first, error);
+    if (failed(block_status)) return block_status;
+  }
+  return Status::ok;
+}
+
+/// What can go by columns does, statement after statement; the others follow bar by bar.
+Status CalculateCenter::run_block(std::span<const uint32_t> statements, Block rows,
+                                  int32_t run_from, std::string& error) {
+  const uint64_t layout = pool_.table().layout();
+  if (layout != planned_layout_) {
+    plan_.make(pool_.statement_list, pool_.variable_list, each_in_full_);
+    planned_layout_ = layout;
+  }
+  is_finished_.assign(pool_.statement_list.size(), 0);
+  bar_by_bar_.clear();
+  columns_.begin(rows);
+  for (const uint32_t position : statements) {
+    is_finished_[position] = can_take(position, run_from) &&
+                             columns_.calculate(*pool_.statement_list[position], position);
+    if (is_finished_[position] == 0) bar_by_bar_.push_back(position);
+  }
+  if (bar_by_bar_.empty()) return Status::ok;
+  try {
+    const Status status = run_rows(bar_by_bar_, rows, error);
+    if (failed(status)) columns_.put_back(at_.row, at_.statement);
+    return status;
+  } catch (...) {
+    columns_.put_back(at_.row, at_.statement);
+    throw;
+  }
+}
+
+bool CalculateCenter::can_take(uint32_t statement, int32_t run_from) const {
+  return plan_.by_columns(statement, run_from) &&
+         (each_in_full_ || std::ranges::all_of(plan_.rests_on(statement), [this](uint32_t writer) {
+            return is_finished_[writer] != 0;
+          }));
 }
 
 /// Asks once after a compile for about 1000 days back and 30 days ahead.

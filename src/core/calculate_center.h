@@ -6,7 +6,8 @@
 #include <string>
 
 #include "core/data_pool_center.h"
-#include "core/run_plan.h"
+#include "core/column_plan.h"
+#include "core/columns.h"
 #include "core/status.h"
 #include "core/word_scratch.h"
 #include "drawing/shape_management.h"
@@ -20,6 +21,19 @@ inline constexpr int max_nesting = 512;
 
 /// Throws std::runtime_error with "expression nested too deeply".
 [[noreturn]] void refuse_nesting();
+
+/// What a text literal reads as: the number between its quotes, 0 if none can be read.
+double literal_value(std::string_view text);
+
+/// How a run over many rows is cut: the first rows and shorter runs go bar by bar, so that columns
+/// are taken in the order of bars; then blocks of rows follow, each twice as long as the one before
+/// up to the longest.
+struct BlockRule {
+  int32_t shortest_run = 64;
+  int32_t bars_first = 16;
+  int32_t first_block = 16;
+  int32_t longest_block = 1024;
+};
 
 class CalculateCenter {
  public:
@@ -57,6 +71,8 @@ class CalculateCenter {
   ShapeManagement& shapes() { return shapes_; }
   const ShapeManagement& shapes() const { return shapes_; }
   WordScratch& scratch() { return scratch_; }
+  /// The result doesn't depend on the rule.
+  void set_block_rule(const BlockRule& rule) { block_rule_ = rule; }
   /// The first row of the current run.
   int32_t start_row() const { return start_row_; }
 
@@ -88,15 +104,37 @@ class CalculateCenter {
   Status scan_statements(std::string& error);
   Status run_statements(int32_t first_row, std::string& error);
   void load_calendar();
-  Status run_rows(std::span<const Task> tasks, int32_t first, int32_t end, std::string& error);
-  Status task_value(const Task& task, int32_t row, std::string& error, double& result);
+  Status run_range(std::span<const uint32_t> statements, int32_t first, int32_t end,
+                   std::string& error);
+  Status run_by_blocks(std::span<const uint32_t> statements, int32_t first, int32_t end,
+                       std::string& error);
+  Status run_block(std::span<const uint32_t> statements, Block rows, int32_t run_from,
+                   std::string& error);
+  bool can_take(uint32_t statement, int32_t run_from) const;
+  Status run_rows(std::span<const uint32_t> statements, Block rows, std::string& error);
+  Status run_statement(Variable& statement, int32_t row, std::string& error);
 
   DataPoolCenter& pool_;
   ShapeManagement shapes_;
   WordScratch scratch_;
   int32_t start_row_ = 0;
   int nesting_ = 0;
-  RunPlan plan_;
+
+  /// Where a run is.
+  struct Place {
+    int32_t row = 0;
+    uint32_t statement = 0;
+  };
+  Place at_;
+  BlockRule block_rule_;
+  uint64_t seen_layout_ = UINT64_MAX;
+  Columns columns_{pool_, *this};
+  ColumnPlan plan_;
+  uint64_t planned_layout_ = UINT64_MAX;
+  bool each_in_full_ = false;
+  std::vector<uint32_t> statements_;  ///< the positions of all of them
+  std::vector<uint32_t> bar_by_bar_;  ///< of those that a block leaves
+  std::vector<uint8_t> is_finished_;  ///< for the block, by position
 };
 
 }  // namespace quor

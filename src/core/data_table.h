@@ -133,6 +133,16 @@ class DataTable {
     return columns_[static_cast<uint32_t>(column)].cells;
   }
 
+  /// The cells of a column that is there, from a row on to be written.
+  std::span<double> writable_cells(int32_t column, int32_t row) {
+    Column& target = columns_[static_cast<uint32_t>(column)];
+    if (row < target.watched_rows) {
+      target.watched_rows = row;
+      ++target.changes;
+    }
+    return std::span(target.cells).subspan(static_cast<size_t>(row));
+  }
+
   /// Null for a row or a column that isn't there.
   double cell(int64_t row, int32_t column) const {
     return is_cell(row, column)

@@ -2,6 +2,7 @@
 #include <stdexcept>
 
 #include "core/calculate_center.h"
+#include "core/reduce.h"
 #include "core/status.h"
 #include "functions/base_func.h"
 #include "text/numbers.h"
@@ -9,43 +10,8 @@
 namespace quor {
 namespace {
 
-// Neither this nor the comparisons below branch: which way a market goes can't be foretold.
-double truth(bool value) { return static_cast<double>(value); }
-
-/// Nulls are tested nowhere: what they give falls out of NaN arithmetic and of the comparisons, so
-/// that the logical operators take a null for true.
 double reduce(OpCode op, double left, double right) {
-  switch (op) {
-    case op_or:
-      return truth((left != 0.0) | (right != 0.0));
-    case op_and:
-      return truth((left != 0.0) & (right != 0.0));
-    case op_equal:
-      return truth(nearly_equal(left, right));
-    case op_not_equal:
-      return truth(!nearly_equal(left, right));
-    case op_less_equal:
-      return truth(left <= right);
-    case op_less:
-      return truth(!nearly_equal(left, right) & (left < right));
-    case op_greater_equal:
-      return truth(left >= right);
-    case op_greater:
-      return truth(!nearly_equal(left, right) & (left > right));
-    case op_minus:
-    case op_unary_minus:
-      return left - right;
-    case op_plus:
-      return left + right;
-    case op_remainder:
-      return nearly_equal(right, 0.0) ? 0.0 : remainder_of(to_int(left), to_int(right));
-    case op_times:
-      return left * right;
-    case op_divide:
-      return nearly_equal(right, 0.0) ? 0.0 : left / right;
-    default:
-      return 0.0;  // a "(" that was never closed
-  }
+  return with_operator(op, [=](const auto& apply) { return apply(left, right); });
 }
 
 /// Counts a level of nesting for as long as it lives.
@@ -63,12 +29,12 @@ class Level {
   int& nesting_;
 };
 
+}  // namespace
+
 double literal_value(std::string_view text) {
   if (text.size() < 2) return 0.0;
   return leading_number_after_blanks(text.substr(1, text.size() - 2));
 }
-
-}  // namespace
 
 void refuse_nesting() { throw std::runtime_error("expression nested too deeply"); }
 
@@ -197,39 +163,31 @@ Status CalculateCenter::end_without_value(const Program& program, int32_t line,
   }
 }
 
-[[gnu::always_inline]] inline Status CalculateCenter::task_value(const Task& task, int32_t row,
-                                                                 std::string& error,
-                                                                 double& result) {
-  Variable& statement = *task.statement;
-  switch (task.kind) {
-    case Task::Kind::number:
-      result = statement.value;
-      return Status::ok;
-    case Task::Kind::constant:
-      result = task.constant;
-      return Status::ok;
-    case Task::Kind::call:
-      return run_call(*statement.program.result.variable, row, false, error, result);
-    case Task::Kind::plain:
-      for (const PlainStep& step : task.steps) {
-        *step.result = reduce(step.op, step.left.at(row), step.right.at(row));
-      }
-      result = task.place.at(row);
-      return Status::ok;
-    case Task::Kind::formula:
-      break;
+[[gnu::always_inline]] inline Status CalculateCenter::run_statement(Variable& statement,
+                                                                    int32_t row,
+                                                                    std::string& error) {
+  double result = statement.value;
+  if (statement.kind != VariableKind::number) {
+    result = 0.0;
+    const Status status =
+        run_program(statement.program, row, false, statement.line, error, result);
+    if (failed(status)) return status;
   }
-  return run_program(statement.program, row, false, statement.line, error, result);
+  const bool has_value =
+      statement.kind == VariableKind::number || statement.kind == VariableKind::expression;
+  if (has_value && statement.column_id != no_column) {
+    pool_.table().set_cell(row, statement.column_index, result);
+  }
+  return Status::ok;
 }
 
-Status CalculateCenter::run_rows(std::span<const Task> tasks, int32_t first, int32_t end,
+Status CalculateCenter::run_rows(std::span<const uint32_t> statements, Block rows,
                                  std::string& error) {
-  for (int32_t row = first; row < end; ++row) {
-    for (const Task& task : tasks) {
-      double result = 0.0;
-      const Status status = task_value(task, row, error, result);
+  for (at_.row = rows.first; at_.row < rows.end; ++at_.row) {
+    for (const uint32_t position : statements) {
+      at_.statement = position;
+      const Status status = run_statement(*pool_.statement_list[position], at_.row, error);
       if (failed(status)) return status;
-      if (task.column != -1) pool_.table().set_cell(row, task.column, result);
     }
   }
   return Status::ok;

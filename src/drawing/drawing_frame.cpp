@@ -1,12 +1,21 @@
 #include "drawing/drawing_frame.h"
 
+#include <functional>
+
 #include "core/calculate_center.h"
 #include "core/data_pool_center.h"
 #include "core/status.h"
 #include "drawing/colour_text.h"
+#include "functions/column_call.h"
 #include "text/numbers.h"
 
 namespace quor {
+namespace {
+
+double zero_mark(double condition) { return mark_of(condition != 0.0); }
+double int_mark(double condition) { return mark_of(to_int(condition) != 0); }
+
+}  // namespace
 
 DrawingFunc::DrawingFunc(std::string_view word, const DrawingRow& row) : BaseFunc(word), row_(row) {
   // Numbers first, then marks.
@@ -160,39 +169,65 @@ Status DrawingFunc::write_column(const Call& call, BaseShape& record, size_t pos
   if (column.fill == Fill::negated) {
     value = -value;
   } else if (column.fill != Fill::number) {
-    value = mark(column.fill, value, record);
+    const double mark = column.fill == Fill::zero_mark ? zero_mark(value) : int_mark(value);
+    value = is_drawn(record) ? mark : hidden_mark;
   }
   set_call_column(call, position, value);
   return Status::ok;
 }
 
-double DrawingFunc::mark(Fill fill, double condition, BaseShape& record) const {
-  const bool holds = fill == Fill::zero_mark ? condition != 0.0 : to_int(condition) != 0;
-  return mark_of(holds && (row_.is_drawn == nullptr || row_.is_drawn(record)));
+ColumnTraits DrawingFunc::column_traits() const {
+  return {.by_columns = has_usual_bars() && !row_.last_row_only,
+          .looks_ahead = false,
+          .series = SeriesPlace::column_of_argument,
+          .series_count = SIZE_MAX};
 }
 
-/// The mark of a number as the condition, where every price stands in a column of its own.
-std::optional<ConstantCell> DrawingFunc::constant_mark(const Variable& call) const {
-  const auto is = [&call](size_t position, VariableKind kind) {
-    return position < call.arguments.size() && call.arguments[position] != nullptr &&
-           call.arguments[position]->kind == kind;
-  };
-  const Column& column = *row_.columns.begin();
-  const bool one_mark = row_.columns.size() == 1 && !row_.last_row_only &&
-                        (column.fill == Fill::zero_mark || column.fill == Fill::int_mark);
-  // SET may change a number.
-  if (!one_mark || call.shape == nullptr || call.aux_column_indexes.empty() ||
-      call.pool->sets_variables || !is(column.argument, VariableKind::number)) {
-    return std::nullopt;
+bool DrawingFunc::reads_argument(size_t position) const {
+  const auto is_it = [position](const auto& entry) { return entry.argument == position; };
+  return std::ranges::any_of(row_.values, is_it) ||
+         std::ranges::any_of(row_.columns, [&](const Column& column) {
+           return column.fill != Fill::last_row && column.fill != Fill::own && is_it(column);
+         });
+}
+
+const double* DrawingFunc::column(const ColumnCall& call) const {
+  if (call.variable.shape == nullptr) return nullptr;
+  for (const Value& bound : row_.values) {
+    const Variable* argument = call.argument(bound.argument);
+    if (argument == nullptr) return nullptr;
+    if (argument->aux_column_indexes.empty()) continue;
+    const double* values = call.values(bound.argument);
+    if (values == nullptr) return nullptr;
+    std::copy_n(values, call.size(), call.overwrite(argument->aux_column_indexes[0]));
   }
-  const Variable& condition = *call.arguments[column.argument];
-  const bool no_price_to_store = std::ranges::all_of(row_.values, [&](const Value& value) {
-    return is(value.argument, VariableKind::field) &&
-           call.arguments[value.argument]->has_column() &&
-           call.arguments[value.argument]->aux_column_indexes.empty();
-  });
-  if (!no_price_to_store || condition.text.empty()) return std::nullopt;
-  return ConstantCell{call.aux_column_indexes[0], mark(column.fill, condition.value, *call.shape)};
+  const bool written = std::ranges::all_of(
+      filled_columns_, [&](size_t position) { return write_column(call, position); });
+  return written ? call.everywhere(call.start) : nullptr;
+}
+
+bool DrawingFunc::write_column(const ColumnCall& call, size_t position) const {
+  const Column& column = row_.columns.begin()[position];
+  const Variable* argument = call.argument(column.argument);
+  if (column.fill == Fill::last_row || argument == nullptr) return false;
+  if (column.fill != Fill::negated && argument->text.empty()) return true;
+  const double* values = call.values(column.argument);
+  const auto& own = call.variable.aux_column_indexes;
+  if (values == nullptr || position >= own.size()) return false;
+  double* cells = call.overwrite(own[position]);
+  const size_t size = call.size();
+  if (column.fill == Fill::number) {
+    std::copy_n(values, size, cells);
+  } else if (column.fill == Fill::negated) {
+    std::transform(values, values + size, cells, std::negate());
+  } else if (!is_drawn(*call.variable.shape)) {
+    std::fill_n(cells, size, hidden_mark);
+  } else if (column.fill == Fill::zero_mark) {
+    std::transform(values, values + size, cells, zero_mark);
+  } else {
+    std::transform(values, values + size, cells, int_mark);
+  }
+  return true;
 }
 
 void set_title(Making& making, Title title) {

@@ -180,11 +180,17 @@ class DrawingFunc : public BaseFunc {
   DrawingFunc(std::string_view word, const DrawingRow& row);
 
   Status execute(const Call& call) const override;
+  const double* column(const ColumnCall& call) const override;
+  ColumnTraits column_traits() const override;
+  /// Whether a bar evaluates the argument: the others are constants, colours and style items.
+  bool reads_argument(size_t position) const override;
 
  protected:
   /// The step `own` of the order.
   virtual Status own_rules(Making& making) const;
   virtual Status write_bar(const Call& call, BaseShape& record) const;
+  /// Whether `write_bar` is that of the frame.
+  virtual bool has_usual_bars() const { return true; }
   /// A word whose forms differ in more than a row makes its record itself.
   virtual Status make_record(Making& making) const;
 
@@ -196,8 +202,6 @@ class DrawingFunc : public BaseFunc {
     return Status::ok;
   }
   Status store_values(const Call& call) const;
-  /// `constant_cell` of a word that writes its bars as the frame does.
-  std::optional<ConstantCell> constant_mark(const Variable& call) const;
   Status write_columns(const Call& call, BaseShape& record) const;
 
   Status bind_values(Making& making) const;
@@ -208,7 +212,10 @@ class DrawingFunc : public BaseFunc {
   Status resolve_colours(Making& making) const;
   Status reserve_columns(Making& making) const;
   Status write_column(const Call& call, BaseShape& record, size_t position) const;
-  double mark(Fill fill, double condition, BaseShape& record) const;
+  bool write_column(const ColumnCall& call, size_t position) const;
+  bool is_drawn(BaseShape& record) const {
+    return row_.is_drawn == nullptr || row_.is_drawn(record);
+  }
 
   const DrawingRow& row_;
   std::vector<size_t> filled_columns_;  ///< positions in the order in which a bar fills them

@@ -113,6 +113,8 @@ class NumberWord : public DrawingWord<row> {
     return Status::ok;
   }
 
+  bool has_usual_bars() const final { return false; }
+
   Status write_bar(const Call& call, BaseShape& record) const override {
     const Status status = store_number(call);
     return failed(status) ? status : DrawingFunc::write_bar(call, record);

@@ -100,10 +100,6 @@ constexpr DrawingRow drawcolorline = {
 class POLYLINE final : public DrawingWord<polyline> {
   using DrawingWord::DrawingWord;
 
-  std::optional<ConstantCell> constant_cell(const Variable& call) const override {
-    return constant_mark(call);
-  }
-
   /// The host's settings of a line override what the script says. A line that the host has
   /// deselected keeps its columns but is not listed.
   Status own_rules(Making& making) const override {

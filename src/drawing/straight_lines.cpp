@@ -126,6 +126,8 @@ constexpr DrawingRow vertline1 = {
 class DRAWLINE final : public DrawingWord<drawline> {
   using DrawingWord::DrawingWord;
 
+  bool has_usual_bars() const override { return false; }
+
   /// One mark for both ends: the line shows where both conditions hold at the same bar.
   Status write_bar(const Call& call, BaseShape&) const override {
     Status status = store_values(call);

@@ -157,9 +157,18 @@ int32_t random_up_to(int32_t most) {
 }
 
 /// Draws from 0 to N + 1, anew at every evaluation.
-using RAND = OneArgument<[](double n) {
-  return static_cast<double>(random_up_to(wrapping_add(to_int(n), 1)));
-}>;
+class RAND final : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  Status execute(const Call& call) const override {
+    if (call.scan) return call.check_count(1);
+    double n = null_value;
+    const Status status = call.evaluate(0, n);
+    if (failed(status)) return status;
+    return call.answer(random_up_to(wrapping_add(to_int(n), 1)));
+  }
+};
 
 constexpr WordRow words[] = {
     word_row<ABS>("ABS"),         word_row<ACOS>("ACOS"),       word_row<ASIN>("ASIN"),

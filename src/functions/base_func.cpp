@@ -14,8 +14,6 @@ BaseFunc::BaseFunc(std::string_view word)
       uses_result_column_(quor::uses_result_column(word)),
       required_fields_(quor::required_fields(word)) {}
 
-std::optional<ConstantCell> BaseFunc::constant_cell(const Variable&) const { return std::nullopt; }
-
 std::string Call::argument_text(size_t position) const {
   const std::string& text = argument(position).text;
   if (text.starts_with('\''))

@@ -67,10 +67,27 @@ struct Call {
   }
 };
 
-/// A cell that a call fills with the same number at every bar.
-struct ConstantCell {
-  int32_t column;
-  double value;
+struct ColumnCall;
+
+/// Where a word keeps the values of an argument, its series, from bar to bar.
+enum class SeriesPlace : uint8_t {
+  nowhere,             ///< it evaluates the argument again
+  own_column,          ///< in a column of the argument's own, reserved if there is none
+  column_of_argument,  ///< in the argument's own column if there is one, else in one beside it
+  column_of_call,      ///< the same with one beside the call
+  in_place,            ///< nowhere: it reads the argument's own column as it finds it
+};
+
+/// What a word does when it is worked out column by column.
+struct ColumnTraits {
+  bool by_columns = false;     ///< it can be
+  bool keeps_state = true;     ///< an evaluation leaves something in cells or in the call
+  bool keeps_start = false;    ///< it may leave the caller's start value
+  bool passes_over = false;    ///< it may leave arguments unevaluated at a bar
+  bool revisits = false;       ///< it evaluates arguments at other bars than its own
+  bool looks_ahead = true;     ///< it may read cells of later bars
+  SeriesPlace series = SeriesPlace::nowhere;  ///< of its first arguments
+  size_t series_count = 1;
 };
 
 /// One object per function word, shared by all calls of all instances and constant.
@@ -83,9 +100,12 @@ class BaseFunc {
 
   /// The value of the call at its row goes into `call.result`. Gives a status.
   virtual Status execute(const Call& call) const = 0;
-  /// What a call comes to at every bar of a run that is about to start, if it does no more than
-  /// fill one cell: the run then does that in place of `execute`.
-  virtual std::optional<ConstantCell> constant_cell(const Variable& call) const;
+  /// The values of the call over a block of rows, the same as bar by bar with the same cells
+  /// written, or null where it has to go bar by bar; then nothing need be put back.
+  virtual const double* column(const ColumnCall&) const { return nullptr; }
+  virtual ColumnTraits column_traits() const { return {}; }
+  /// Whether a bar evaluates the argument at a position.
+  virtual bool reads_argument(size_t) const { return true; }
 
   const std::string& name() const { return name_; }
   int32_t id() const { return id_; }

@@ -1,15 +1,19 @@
 // The shape of a word that combines the values of its arguments at one bar and keeps no state.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <concepts>
 #include <cstddef>
 #include <optional>
 #include <tuple>
+#include <type_traits>
+#include <utility>
 
 #include "core/status.h"
 #include "core/value.h"
 #include "functions/base_func.h"
+#include "functions/column_call.h"
 
 namespace quor {
 
@@ -35,6 +39,43 @@ class OneBar final : public BaseFunc {
       call.result = value;
     }
     return Status::ok;
+  }
+
+  const double* column(const ColumnCall& call) const override {
+    return column(call, std::make_index_sequence<count>());
+  }
+
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true,
+            .keeps_state = false,
+            .keeps_start = may_write_nothing,
+            .looks_ahead = false};
+  }
+
+ private:
+  template <size_t>
+  using Number = double;
+  template <size_t... position>
+  static auto answer_type(std::index_sequence<position...>)
+      -> std::invoke_result_t<decltype(function), Number<position>...>;
+  static constexpr bool may_write_nothing =
+      std::same_as<decltype(answer_type(std::make_index_sequence<count>())), std::optional<double>>;
+
+  template <size_t... position>
+  static const double* column(const ColumnCall& call, std::index_sequence<position...>) {
+    const std::array<const double*, count> arguments = {call.values(position)...};
+    if (std::ranges::find(arguments, nullptr) != arguments.end()) return nullptr;
+    double* values = call.scratch();
+    const size_t size = call.size();
+    for (size_t i = 0; i < size; ++i) {
+      const auto value = function(arguments[position][i]...);
+      if constexpr (may_write_nothing) {
+        values[i] = value.value_or(call.start);
+      } else {
+        values[i] = value;
+      }
+    }
+    return values;
   }
 };
 

@@ -1,0 +1,192 @@
+#include "core/column_plan.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include "functions/base_func.h"
+
+namespace quor {
+namespace {
+
+/// Deeper expressions go bar by bar, where the stack is watched.
+constexpr int most_levels = 100;
+
+/// Where the words that take an argument without a column of its own keep its series.
+class SeriesUses {
+ public:
+  explicit SeriesUses(std::span<Variable* const> variables) {
+    for (const Variable* variable : variables) {
+      if (variable->kind == VariableKind::call && variable->function != nullptr) note(*variable);
+    }
+  }
+
+  /// Whether one word hands the argument a column that another one would not have given it.
+  bool in_conflict(const Variable& argument) const {
+    const auto use = uses_.find(&argument);
+    return use != uses_.end() && use->second.gives_own_column && use->second.others;
+  }
+
+ private:
+  struct Use {
+    bool gives_own_column = false;
+    bool others = false;
+  };
+
+  void note(const Variable& call) {
+    const ColumnTraits traits = call.function->column_traits();
+    for (size_t i = 0; i < call.arguments.size(); ++i) {
+      const Variable* argument = call.arguments[i];
+      if (argument == nullptr || argument->kind != VariableKind::expression) continue;
+      Use& use = uses_[argument];
+      if (!traits.by_columns) {
+        use = {true, true};
+      } else if (i < traits.series_count && traits.series == SeriesPlace::own_column) {
+        use.gives_own_column = true;
+      } else if (i < traits.series_count && traits.series != SeriesPlace::nowhere) {
+        use.others = true;
+      }
+    }
+  }
+
+  std::unordered_map<const Variable*, Use> uses_;
+};
+
+}  // namespace
+
+/// Walks over the parts of one statement.
+class ColumnPlan::Inspection {
+ public:
+  Inspection(const SeriesUses& uses, Entry& entry) : uses_(uses), entry_(entry) {}
+
+  void inspect(const Variable& variable, bool passed_over, bool revisited) {
+    if (++level_ > most_levels) {
+      refuse();
+    } else {
+      inspect_kind(variable, passed_over, revisited);
+    }
+    --level_;
+  }
+
+  void inspect_program(const Program& program, bool passed_over, bool revisited) {
+    if (program.ending != Ending::value) refuse();
+    for (const Step& step : program.steps) {
+      if (step.kind == Step::Kind::discard) refuse();
+      inspect_operand(step.right, passed_over, revisited);
+      inspect_operand(step.left, passed_over, revisited);
+    }
+    inspect_operand(program.result, passed_over, revisited);
+  }
+
+ private:
+  void refuse() { entry_.by_columns = false; }
+
+  void inspect_operand(const Operand& operand, bool passed_over, bool revisited) {
+    if (operand.variable != nullptr) inspect(*operand.variable, passed_over, revisited);
+  }
+
+  void inspect_kind(const Variable& variable, bool passed_over, bool revisited) {
+    switch (variable.kind) {
+      case VariableKind::number:
+        return;
+      case VariableKind::field:
+        if (variable.column_index == -1) refuse();
+        entry_.reads.push_back(variable.column_index);
+        return;
+      case VariableKind::expression:
+        inspect_expression(variable, passed_over, revisited);
+        return;
+      case VariableKind::call:
+        inspect_call(variable, passed_over, revisited);
+        return;
+      default:
+        refuse();
+    }
+  }
+
+  void inspect_expression(const Variable& variable, bool passed_over, bool revisited) {
+    if (variable.text.starts_with('\'')) return;
+    if (!variable.elements.empty()) {
+      inspect_program(variable.program, passed_over, revisited);
+    } else if (variable.text != "DRAWNULL") {
+      refuse();
+    }
+  }
+
+  void inspect_call(const Variable& call, bool passed_over, bool revisited) {
+    if (call.function == nullptr) {
+      refuse();
+      return;
+    }
+    const ColumnTraits traits = call.function->column_traits();
+    if (!traits.by_columns || (traits.keeps_state && passed_over)) refuse();
+    entry_.looks_ahead |= traits.looks_ahead;
+    entry_.revisits_state |= traits.keeps_state && revisited;
+    for (size_t i = 0; i < call.arguments.size(); ++i) {
+      if (!call.function->reads_argument(i)) continue;
+      const Variable* argument = call.arguments[i];
+      if (argument == nullptr || uses_.in_conflict(*argument)) refuse();
+      if (argument == nullptr) continue;
+      inspect(*argument, passed_over || traits.passes_over, revisited || traits.revisits);
+    }
+  }
+
+  const SeriesUses& uses_;
+  Entry& entry_;
+  int level_ = 0;
+};
+
+void ColumnPlan::make(std::span<Variable* const> statements, std::span<Variable* const> variables,
+                      bool each_in_full) {
+  const SeriesUses uses(variables);
+  entries_.assign(statements.size(), {});
+  columns_.clear();
+  for (size_t i = 0; i < statements.size(); ++i) {
+    const Variable& statement = *statements[i];
+    int32_t column = statement.column_id == no_column ? -1 : statement.column_index;
+    if (statement.kind == VariableKind::expression) {
+      Inspection(uses, entries_[i]).inspect_program(statement.program, false, false);
+      // A line that only names another one writes what stands there.
+      const Variable* named = statement.program.lone_reference();
+      const bool is_name = named != nullptr && named->kind == VariableKind::field;
+      if (is_name && named->column_index == column) column = -1;
+    } else if (statement.kind != VariableKind::number) {
+      entries_[i].by_columns = false;
+    }
+    columns_.push_back(column);
+  }
+  note_views(each_in_full);
+  if (!each_in_full) refuse_what_rests_on_others();
+}
+
+void ColumnPlan::note_views(bool each_in_full) {
+  std::unordered_map<int32_t, uint32_t> writers;
+  for (uint32_t i = 0; i < columns_.size(); ++i) {
+    if (columns_[i] == -1) continue;
+    const auto [writer, first] = writers.try_emplace(columns_[i], i);
+    if (first) continue;
+    entries_[writer->second].by_columns = false;
+    entries_[i].by_columns = false;
+  }
+  for (uint32_t i = 0; i < entries_.size(); ++i) {
+    Entry& reader = entries_[i];
+    for (const int32_t column : reader.reads) {
+      const auto found = writers.find(column);
+      if (found == writers.end()) continue;
+      const uint32_t writer = found->second;
+      if (writer == i) reader.by_columns = false;
+      if (each_in_full) continue;
+      if (writer > i || reader.looks_ahead) entries_[writer].by_columns = false;
+      if (writer > i) reader.by_columns = false;
+      if (writer < i) reader.rests_on.push_back(writer);
+    }
+  }
+}
+
+void ColumnPlan::refuse_what_rests_on_others() {
+  for (Entry& entry : entries_) {
+    entry.by_columns &= std::ranges::all_of(
+        entry.rests_on, [this](uint32_t writer) { return entries_[writer].by_columns; });
+  }
+}
+
+}  // namespace quor

@@ -1,0 +1,197 @@
+#include "core/columns.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+
+#include "core/calculate_center.h"
+#include "core/data_pool_center.h"
+#include "core/reduce.h"
+#include "functions/column_call.h"
+
+namespace quor {
+namespace {
+
+/// Room that is worth keeping for numbers that stand at every row of a block.
+constexpr size_t most_broadcasts = 64;
+
+/// Deeper expressions go bar by bar, where the stack is watched.
+constexpr int most_levels = 100;
+
+}  // namespace
+
+double* ColumnScratch::take(size_t size) {
+  if (used_ == buffers_.size()) buffers_.emplace_back();
+  Buffer& buffer = buffers_[used_];
+  if (buffer.size < size) {
+    buffer.values = std::make_unique_for_overwrite<double[]>(size);
+    buffer.size = size;
+  }
+  ++used_;
+  return buffer.values.get();
+}
+
+void Columns::begin(Block block) {
+  block_ = block;
+  overwritten_.clear();
+  old_values_.clear();
+}
+
+bool Columns::calculate(Variable& statement, size_t position) {
+  const size_t before = overwritten_.size();
+  position_ = position;
+  nesting_ = 0;
+  scratch_.release();
+  const bool is_number = statement.kind == VariableKind::number;
+  const double* result = is_number ? everywhere(statement.value, block_.size())
+                                   : program_values(statement.program, block_, 0.0);
+  if (result == nullptr) {
+    put_back_since(before);
+    return false;
+  }
+  const bool stores = is_number || statement.kind == VariableKind::expression;
+  if (!stores || statement.column_id == no_column || statement.column_index == -1) return true;
+  const double* own = pool_.table().cells(statement.column_index).data() + block_.first;
+  if (result != own) {
+    std::copy_n(result, block_.size(), overwrite(statement.column_index, block_));
+  }
+  return true;
+}
+
+double* Columns::overwrite(int32_t column, Block rows) {
+  double* cells = pool_.table().writable_cells(column, rows.first).data();
+  overwritten_.push_back({position_, column, rows, old_values_.size()});
+  old_values_.insert(old_values_.end(), cells, cells + rows.size());
+  return cells;
+}
+
+void Columns::put_back(const Overwritten& cells, int32_t first) {
+  if (first >= cells.rows.end) return;
+  const auto skipped = static_cast<size_t>(std::max(first - cells.rows.first, 0));
+  const auto old = old_values_.begin() + static_cast<ptrdiff_t>(cells.values);
+  std::copy(old + static_cast<ptrdiff_t>(skipped), old + static_cast<ptrdiff_t>(cells.rows.size()),
+            pool_.table().writable_cells(cells.column, std::max(first, cells.rows.first)).data());
+}
+
+void Columns::put_back_since(size_t entry) {
+  while (overwritten_.size() > entry) {
+    put_back(overwritten_.back(), overwritten_.back().rows.first);
+    old_values_.resize(overwritten_.back().values);
+    overwritten_.pop_back();
+  }
+}
+
+const double* Columns::everywhere(double value, size_t size) {
+  const auto bits = std::bit_cast<uint64_t>(value);
+  for (const Broadcast& broadcast : broadcasts_) {
+    if (std::bit_cast<uint64_t>(broadcast.value) == bits && broadcast.size >= size) {
+      return broadcast.values.get();
+    }
+  }
+  if (broadcasts_.size() == most_broadcasts) {
+    double* values = scratch(size);
+    std::fill_n(values, size, value);
+    return values;
+  }
+  auto values = std::make_unique_for_overwrite<double[]>(size);
+  std::fill_n(values.get(), size, value);
+  return broadcasts_.emplace_back(Broadcast{value, std::move(values), size}).values.get();
+}
+
+const double* Columns::values(Variable& variable, Block rows, double start) {
+  switch (variable.kind) {
+    case VariableKind::field: {
+      const auto cells = pool_.table().cells(variable.column_index);
+      return cells.empty() ? nullptr : cells.data() + rows.first;
+    }
+    case VariableKind::number:
+      return everywhere(variable.value, rows.size());
+    case VariableKind::expression:
+      return expression_values(variable, rows, start);
+    case VariableKind::call:
+      if (variable.function == nullptr || nesting_ >= most_levels) return nullptr;
+      ++nesting_;
+      {
+        const double* result = variable.function->column({*this, variable, rows, start});
+        --nesting_;
+        return result;
+      }
+    default:
+      return nullptr;
+  }
+}
+
+const double* Columns::expression_values(Variable& variable, Block rows, double start) {
+  if (variable.text.starts_with('\'')) return everywhere(literal_value(variable.text), rows.size());
+  if (variable.elements.empty()) {
+    return variable.text == "DRAWNULL" ? everywhere(null_value, rows.size()) : nullptr;
+  }
+  return program_values(variable.program, rows, start);
+}
+
+const double* Columns::operand_values(const Operand& operand, Block rows, double start,
+                                      const double* const* slots) {
+  if (operand.source == Operand::Source::number) return everywhere(operand.number, rows.size());
+  if (operand.source == Operand::Source::slot) return slots[operand.slot];
+  return values(*operand.variable, rows, start);
+}
+
+namespace {
+
+/// A slot is read once, so its memory can take what is made of it.
+double* place_of_result(const Step& step, const double* const* slots, Columns& columns,
+                        size_t size) {
+  for (const Operand* operand : {&step.right, &step.left}) {
+    if (operand->source == Operand::Source::slot) return const_cast<double*>(slots[operand->slot]);
+  }
+  return columns.scratch(size);
+}
+
+void reduce_columns(OpCode op, const double* left, const double* right, double* result,
+                    size_t size) {
+  with_operator(op, [=](const auto& apply) {
+#pragma GCC ivdep
+    for (size_t i = 0; i < size; ++i) result[i] = apply(left[i], right[i]);
+  });
+}
+
+}  // namespace
+
+const double* Columns::program_values(const Program& program, Block rows, double start) {
+  if (program.ending != Ending::value) return nullptr;
+  std::array<const double*, 32> few;
+  std::vector<const double*> many;
+  const double** slots = few.data();
+  if (program.slots.size() > few.size()) {
+    many.resize(program.slots.size());
+    slots = many.data();
+  }
+  const size_t size = rows.size();
+  for (const Step& step : program.steps) {
+    const double* right = operand_values(step.right, rows, 0.0, slots);
+    if (right == nullptr || step.kind == Step::Kind::discard) return nullptr;
+    if (step.kind == Step::Kind::negate) {
+      double* result = scratch(size);
+      for (size_t i = 0; i < size; ++i) result[i] = -right[i];
+      slots[step.slot] = result;
+      continue;
+    }
+    const double* left = operand_values(step.left, rows, 0.0, slots);
+    if (left == nullptr) return nullptr;
+    double* result = place_of_result(step, slots, *this, size);
+    reduce_columns(step.op, left, right, result, size);
+    slots[step.slot] = result;
+  }
+  return operand_values(program.result, rows, start, slots);
+}
+
+void Columns::put_back(int32_t row, size_t position) {
+  for (size_t i = overwritten_.size(); i-- > 0;) {
+    const Overwritten& cells = overwritten_[i];
+    const int32_t first = cells.position < position ? row + 1 : row;
+    // What looks back writes as many rows earlier.
+    put_back(cells, first + cells.rows.end - block_.end);
+  }
+}
+
+}  // namespace quor

@@ -1,0 +1,104 @@
+// Values of variables over a block of rows, worked out column by column.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "core/program.h"
+
+namespace quor {
+
+class CalculateCenter;
+class DataPoolCenter;
+class DataTable;
+struct Variable;
+
+/// Consecutive rows of the table: `first` up to but without `end`.
+struct Block {
+  int32_t first = 0;
+  int32_t end = 0;
+
+  size_t size() const { return static_cast<size_t>(end - first); }
+  Block shifted(int32_t rows) const { return {first + rows, end + rows}; }
+};
+
+/// One number for every row of a block, in memory that one run uses again for block after block.
+class ColumnScratch {
+ public:
+  /// Room for `size` values, until `release`.
+  double* take(size_t size);
+  void release() { used_ = 0; }
+
+ private:
+  struct Buffer {
+    std::unique_ptr<double[]> values;
+    size_t size = 0;
+  };
+  std::vector<Buffer> buffers_;
+  size_t used_ = 0;
+};
+
+/// Works out statements over a block, one after the other, as bar by bar would: the same values in
+/// the same cells. What can't be done so is declined, and the cells are put back.
+///
+/// A value is a pointer to the first of `Block::size()` numbers, null for "bar by bar, please".
+class Columns {
+ public:
+  Columns(DataPoolCenter& pool, CalculateCenter& calculator)
+      : pool_(pool), calculator_(calculator) {}
+
+  /// Forgets the blocks before; cells written from now on can be put back.
+  void begin(Block block);
+
+  /// Calculates a statement over the block; false if it has to go bar by bar.
+  bool calculate(Variable& statement, size_t position);
+
+  /// Puts back the cells that the block has overwritten and that bar by bar would not have come to:
+  /// those behind `row`, and those of `row` that statements from `position` on have written.
+  void put_back(int32_t row, size_t position);
+
+  /// The values of a variable. `start` is what a word that writes nothing leaves.
+  const double* values(Variable& variable, Block rows, double start);
+  /// One number at every row.
+  const double* everywhere(double value, size_t size);
+  double* scratch(size_t size) { return scratch_.take(size); }
+  /// The cells of a column, all of which the caller writes.
+  double* overwrite(int32_t column, Block rows);
+
+  DataPoolCenter& pool() const { return pool_; }
+  CalculateCenter& calculator() const { return calculator_; }
+
+ private:
+  /// The values that cells had before.
+  struct Overwritten {
+    size_t position;  ///< of the statement that wrote
+    int32_t column;
+    Block rows;
+    size_t values;  ///< where the old ones begin in `old_values_`
+  };
+  struct Broadcast {
+    double value;
+    std::unique_ptr<double[]> values;
+    size_t size;
+  };
+
+  const double* expression_values(Variable& variable, Block rows, double start);
+  const double* program_values(const Program& program, Block rows, double start);
+  const double* operand_values(const Operand& operand, Block rows, double start,
+                               const double* const* slots);
+  void put_back(const Overwritten& cells, int32_t first);
+  void put_back_since(size_t entry);
+
+  DataPoolCenter& pool_;
+  CalculateCenter& calculator_;
+  ColumnScratch scratch_;
+  std::vector<Broadcast> broadcasts_;
+  std::vector<Overwritten> overwritten_;
+  std::vector<double> old_values_;
+  Block block_;
+  size_t position_ = 0;
+  int nesting_ = 0;
+};
+
+}  // namespace quor
