@@ -123,11 +123,16 @@ class DRAWWAVERULER final : public DrawingWord<drawwaveruler> {
 };
 
 constexpr WordRow words[] = {
-    word_row<ANGLELINE>("ANGLELINE"),           word_row<DRAWANGLELINE>("DRAWANGLELINE"),
-    word_row<HORIZONTALLINE>("HORIZONTALLINE"), word_row<DRAWHORIZONTALLINE>("DRAWHORIZONTALLINE"),
-    word_row<TRENDLINES>("TRENDLINES"),         word_row<DRAWTRENDLINE>("DRAWTRENDLINE"),
-    word_row<GOLDENLINE>("GOLDENLINE"),         word_row<DRAWGOLDENLINE>("DRAWGOLDENLINE"),
-    word_row<WAVERULER>("WAVERULER"),           word_row<DRAWWAVERULER>("DRAWWAVERULER"),
+    word_row<ANGLELINE>("ANGLELINE", draws | steady),
+    word_row<DRAWANGLELINE>("DRAWANGLELINE", draws | steady),
+    word_row<HORIZONTALLINE>("HORIZONTALLINE", draws | steady),
+    word_row<DRAWHORIZONTALLINE>("DRAWHORIZONTALLINE", draws | steady),
+    word_row<TRENDLINES>("TRENDLINES", draws | steady),
+    word_row<DRAWTRENDLINE>("DRAWTRENDLINE", draws | steady),
+    word_row<GOLDENLINE>("GOLDENLINE", draws | steady),
+    word_row<DRAWGOLDENLINE>("DRAWGOLDENLINE", draws | steady),
+    word_row<WAVERULER>("WAVERULER", draws | steady),
+    word_row<DRAWWAVERULER>("DRAWWAVERULER", draws | steady),
 };
 
 }  // namespace

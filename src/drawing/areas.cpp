@@ -125,12 +125,12 @@ class RGB final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<DRAWGBK>("DRAWGBK"),
-    word_row<DRAWGBK1>("DRAWGBK1"),
-    word_row<FILLRGN>("FILLRGN"),
-    word_row<FILLRGN1>("FILLRGN1"),
-    word_row<BACKGROUNDSTYLE>("BACKGROUNDSTYLE"),
-    word_row<RGB>("RGB"),
+    word_row<DRAWGBK>("DRAWGBK", draws | steady),
+    word_row<DRAWGBK1>("DRAWGBK1", draws | steady),
+    word_row<FILLRGN>("FILLRGN", draws | steady),
+    word_row<FILLRGN1>("FILLRGN1", draws | steady),
+    word_row<BACKGROUNDSTYLE>("BACKGROUNDSTYLE", draws | steady),
+    word_row<RGB>("RGB", steady | can_fail),
 };
 
 }  // namespace

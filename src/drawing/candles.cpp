@@ -73,10 +73,10 @@ class DRAWCOLORKLINE final : public DrawingWord<drawcolorkline> {
 };
 
 constexpr WordRow words[] = {
-    word_row<DRAWBARLINE>("DRAWBARLINE"),
-    word_row<DRAWKLINE>("DRAWKLINE"),
-    word_row<DRAWKLINE1>("DRAWKLINE1"),
-    word_row<DRAWCOLORKLINE>("DRAWCOLORKLINE"),
+    word_row<DRAWBARLINE>("DRAWBARLINE", draws | steady),
+    word_row<DRAWKLINE>("DRAWKLINE", draws | steady),
+    word_row<DRAWKLINE1>("DRAWKLINE1", draws | steady),
+    word_row<DRAWCOLORKLINE>("DRAWCOLORKLINE", draws | steady),
 };
 
 }  // namespace

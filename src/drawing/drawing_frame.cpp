@@ -17,7 +17,7 @@ double int_mark(double condition) { return mark_of(to_int(condition) != 0); }
 
 }  // namespace
 
-DrawingFunc::DrawingFunc(std::string_view word, const DrawingRow& row) : BaseFunc(word), row_(row) {
+DrawingFunc::DrawingFunc(const WordRow& word, const DrawingRow& row) : BaseFunc(word), row_(row) {
   // Numbers first, then marks.
   for (const bool numbers : {true, false}) {
     for (size_t i = 0; i < row.columns.size(); ++i) {

@@ -177,7 +177,7 @@ struct DrawingRow {
 
 class DrawingFunc : public BaseFunc {
  public:
-  DrawingFunc(std::string_view word, const DrawingRow& row);
+  DrawingFunc(const WordRow& word, const DrawingRow& row);
 
   Status execute(const Call& call) const override;
   const double* column(const ColumnCall& call) const override;
@@ -225,7 +225,7 @@ class DrawingFunc : public BaseFunc {
 template <const DrawingRow& row>
 class DrawingWord : public DrawingFunc {
  public:
-  explicit DrawingWord(std::string_view word) : DrawingFunc(word, row) {}
+  explicit DrawingWord(const WordRow& word) : DrawingFunc(word, row) {}
 };
 
 // Operations of the frame that words with rules of their own use too.

@@ -98,10 +98,10 @@ class DRAWBKBMP final : public DrawingWord<drawbkbmp> {
 };
 
 constexpr WordRow words[] = {
-    word_row<DRAWICON>("DRAWICON"),
-    word_row<DRAWLASTBARICON>("DRAWLASTBARICON"),
-    word_row<DRAWBMP>("DRAWBMP"),
-    word_row<DRAWBKBMP>("DRAWBKBMP"),
+    word_row<DRAWICON>("DRAWICON", draws | steady),
+    word_row<DRAWLASTBARICON>("DRAWLASTBARICON", draws | follows_rows),
+    word_row<DRAWBMP>("DRAWBMP", draws | steady),
+    word_row<DRAWBKBMP>("DRAWBKBMP", draws | steady),
 };
 
 }  // namespace

@@ -162,10 +162,10 @@ class DRAWLASTBARNUMBER final : public NumberWord<drawlastbarnumber, 1> {
 };
 
 constexpr WordRow words[] = {
-    word_row<DRAWNUMBER>("DRAWNUMBER"),
-    word_row<DRAWNUMBER1>("DRAWNUMBER1"),
-    word_row<DRAWSHIFTNUMBER>("DRAWSHIFTNUMBER"),
-    word_row<DRAWLASTBARNUMBER>("DRAWLASTBARNUMBER"),
+    word_row<DRAWNUMBER>("DRAWNUMBER", draws | steady),
+    word_row<DRAWNUMBER1>("DRAWNUMBER1", draws | steady),
+    word_row<DRAWSHIFTNUMBER>("DRAWSHIFTNUMBER", draws | steady),
+    word_row<DRAWLASTBARNUMBER>("DRAWLASTBARNUMBER", draws | follows_rows),
 };
 
 }  // namespace

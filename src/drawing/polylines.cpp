@@ -136,9 +136,11 @@ class DRAWCOLORLINE final : public DrawingWord<drawcolorline> {
 };
 
 constexpr WordRow words[] = {
-    word_row<POLYLINE>("POLYLINE"),           word_row<POLYLINE1>("POLYLINE1"),
-    word_row<PARTLINE>("PARTLINE"),           word_row<PARTLINE1>("PARTLINE1"),
-    word_row<DRAWCOLORLINE>("DRAWCOLORLINE"),
+    word_row<POLYLINE>("POLYLINE", draws | steady),
+    word_row<POLYLINE1>("POLYLINE1", draws | steady),
+    word_row<PARTLINE>("PARTLINE", draws | steady),
+    word_row<PARTLINE1>("PARTLINE1", draws | steady),
+    word_row<DRAWCOLORLINE>("DRAWCOLORLINE", draws | steady),
 };
 
 }  // namespace

@@ -160,9 +160,9 @@ class DRAWCOLUMN final : public DrawingWord<drawcolumnchart> {
 };
 
 constexpr WordRow words[] = {
-    word_row<STICKLINE>("STICKLINE"),
-    word_row<STICKLINE1>("STICKLINE1"),
-    word_row<DRAWCOLUMN>("DRAWCOLUMNCHART"),
+    word_row<STICKLINE>("STICKLINE", draws | steady),
+    word_row<STICKLINE1>("STICKLINE1", draws | steady),
+    word_row<DRAWCOLUMN>("DRAWCOLUMNCHART", draws | steady),
 };
 
 }  // namespace

@@ -167,10 +167,14 @@ class VERTLINE1 final : public DrawingWord<vertline1> {
 };
 
 constexpr WordRow words[] = {
-    word_row<DRAWLINE>("DRAWLINE"),   word_row<DRAWLINE1>("DRAWLINE1"),
-    word_row<DRAWLINE3>("DRAWLINE3"), word_row<DRAWLASTBARLINE>("DRAWLASTBARLINE"),
-    word_row<DRAWSL>("DRAWSL"),       word_row<DRAWSL1>("DRAWSL1"),
-    word_row<VERTLINE>("VERTLINE"),   word_row<VERTLINE1>("VERTLINE1"),
+    word_row<DRAWLINE>("DRAWLINE", draws | steady),
+    word_row<DRAWLINE1>("DRAWLINE1", draws | steady),
+    word_row<DRAWLINE3>("DRAWLINE3", draws | steady),
+    word_row<DRAWLASTBARLINE>("DRAWLASTBARLINE", draws | follows_rows),
+    word_row<DRAWSL>("DRAWSL", draws | steady),
+    word_row<DRAWSL1>("DRAWSL1", draws | steady),
+    word_row<VERTLINE>("VERTLINE", draws | steady),
+    word_row<VERTLINE1>("VERTLINE1", draws | steady),
 };
 
 }  // namespace

@@ -89,9 +89,9 @@ class KTEXT final : public DrawingWord<ktext> {
 };
 
 constexpr WordRow words[] = {
-    word_row<DRAWTEXT>("DRAWTEXT"),
-    word_row<DRAWLASTBARTEXT>("DRAWLASTBARTEXT"),
-    word_row<KTEXT>("KTEXT"),
+    word_row<DRAWTEXT>("DRAWTEXT", draws | steady),
+    word_row<DRAWLASTBARTEXT>("DRAWLASTBARTEXT", draws | follows_rows),
+    word_row<KTEXT>("KTEXT", draws | steady),
 };
 
 }  // namespace

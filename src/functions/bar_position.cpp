@@ -77,13 +77,13 @@ class BARSCOUNT final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<BARPOS>("BARPOS"),
-    word_row<DATACOUNT>("DATACOUNT"),
-    word_row<TOTALBARSCOUNT>("TOTALBARSCOUNT"),
-    word_row<CURRBARSCOUNT>("CURRBARSCOUNT"),
-    word_row<ISLASTBAR>("ISLASTBAR"),
-    word_row<BARSTATUS>("BARSTATUS"),
-    word_row<BARSCOUNT>("BARSCOUNT"),
+    word_row<BARPOS>("BARPOS", steady),
+    word_row<DATACOUNT>("DATACOUNT", follows_rows),
+    word_row<TOTALBARSCOUNT>("TOTALBARSCOUNT", follows_rows),
+    word_row<CURRBARSCOUNT>("CURRBARSCOUNT", follows_rows),
+    word_row<ISLASTBAR>("ISLASTBAR", follows_rows),
+    word_row<BARSTATUS>("BARSTATUS", follows_rows),
+    word_row<BARSCOUNT>("BARSCOUNT", steady),
 };
 
 }  // namespace

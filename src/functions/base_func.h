@@ -10,8 +10,11 @@
 #include "core/calculate_center.h"
 #include "core/data_pool_center.h"
 #include "core/status.h"
+#include "functions/traits.h"
 
 namespace quor {
+
+struct WordRow;
 
 /// One evaluation of one call: what `execute` receives.
 ///
@@ -93,7 +96,7 @@ struct ColumnTraits {
 /// One object per function word, shared by all calls of all instances and constant.
 class BaseFunc {
  public:
-  explicit BaseFunc(std::string_view word);
+  explicit BaseFunc(const WordRow& row);
   virtual ~BaseFunc() = default;
   BaseFunc(const BaseFunc&) = delete;
   BaseFunc& operator=(const BaseFunc&) = delete;
@@ -115,6 +118,8 @@ class BaseFunc {
   bool uses_result_column() const { return uses_result_column_; }
   /// Bar fields that a call reads without naming them.
   std::span<const std::string_view> required_fields() const { return required_fields_; }
+  /// What is known of the word, whatever its arguments; `traits_of` tells it of one call.
+  Traits traits() const { return traits_; }
 
  private:
   std::string name_;
@@ -122,6 +127,13 @@ class BaseFunc {
   bool takes_parentheses_;
   bool uses_result_column_;
   std::span<const std::string_view> required_fields_;
+  Traits traits_;
 };
+
+/// What is known of a call of a word, given its arguments.
+Traits traits_of(const Variable& call);
+
+/// How many bars late the call comes to a bar, mostly 0.
+int64_t lag_of(const Variable& call);
 
 }  // namespace quor

@@ -67,10 +67,10 @@ using IFF = Chain<false, false>;
 using IFN = Chain<true, true>;
 
 constexpr WordRow words[] = {
-    word_row<IF>("IF"),
-    word_row<IFELSE>("IFELSE"),
-    word_row<IFF>("IFF"),
-    word_row<IFN>("IFN"),
+    word_row<IF>("IF", steady),
+    word_row<IFELSE>("IFELSE", steady),
+    word_row<IFF>("IFF", steady),
+    word_row<IFN>("IFN", steady),
 };
 
 }  // namespace

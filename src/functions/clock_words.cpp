@@ -102,10 +102,13 @@ class T0TOTIME final : public Conversion<to_clock_digits> {
 };
 
 constexpr WordRow words[] = {
-    word_row<CURRENTDATE>("CURRENTDATE"), word_row<CURRENTTIME>("CURRENTTIME"),
-    word_row<PERIOD>("PERIOD"),           word_row<BARINTERVAL>("BARINTERVAL"),
-    word_row<BARTYPE>("BARTYPE"),         word_row<TIMETOT0>("TIMETOT0"),
-    word_row<T0TOTIME>("T0TOTIME"),
+    word_row<CURRENTDATE>("CURRENTDATE", acts),
+    word_row<CURRENTTIME>("CURRENTTIME", acts),
+    word_row<PERIOD>("PERIOD", steady | follows_settings),
+    word_row<BARINTERVAL>("BARINTERVAL", steady | follows_settings),
+    word_row<BARTYPE>("BARTYPE", steady | follows_settings),
+    word_row<TIMETOT0>("TIMETOT0", steady),
+    word_row<T0TOTIME>("T0TOTIME", steady),
 };
 
 }  // namespace

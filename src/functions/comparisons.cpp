@@ -75,11 +75,13 @@ class NULL_FUNC final : public BaseFunc {
 using DRAWNULL = NULL_FUNC;
 
 constexpr WordRow words[] = {
-    word_row<MAX>("MAX"),           word_row<MIN>("MIN"),         word_row<NOT>("NOT"),
-    word_row<ISNULL>("ISNULL"),     word_row<BETWEEN>("BETWEEN"), word_row<RANGE>("RANGE"),
-    word_row<MAX1>("MAX1"),         word_row<MIN1>("MIN1"),       word_row<ISUP>("ISUP"),
-    word_row<ISDOWN>("ISDOWN"),     word_row<ISEQUAL>("ISEQUAL"), word_row<NULL_FUNC>("NULL"),
-    word_row<DRAWNULL>("DRAWNULL"),
+    word_row<MAX>("MAX", steady),           word_row<MIN>("MIN", steady),
+    word_row<NOT>("NOT", steady),           word_row<ISNULL>("ISNULL", steady),
+    word_row<BETWEEN>("BETWEEN", steady),   word_row<RANGE>("RANGE", steady),
+    word_row<MAX1>("MAX1", steady),         word_row<MIN1>("MIN1", steady),
+    word_row<ISUP>("ISUP", steady),         word_row<ISDOWN>("ISDOWN", steady),
+    word_row<ISEQUAL>("ISEQUAL", steady),   word_row<NULL_FUNC>("NULL", steady),
+    word_row<DRAWNULL>("DRAWNULL", steady),
 };
 
 }  // namespace

@@ -137,10 +137,17 @@ class TIME0 final : public MomentWord<unless_blank<seconds_since_midnight>> {
 };
 
 constexpr WordRow words[] = {
-    word_row<YEAR>("YEAR"), word_row<MONTH>("MONTH"),   word_row<DAY>("DAY"),
-    word_row<HOUR>("HOUR"), word_row<MINUTE>("MINUTE"), word_row<QUARTER>("QUARTER"),
-    word_row<DATE>("DATE"), word_row<DATE1>("DATE1"),   word_row<WEEKDAY>("WEEKDAY"),
-    word_row<TIME>("TIME"), word_row<TIME0>("TIME0"),
+    word_row<YEAR>("YEAR", acts | follows_settings),
+    word_row<MONTH>("MONTH", acts | follows_settings),
+    word_row<DAY>("DAY", acts | follows_settings),
+    word_row<HOUR>("HOUR", acts | follows_settings),
+    word_row<MINUTE>("MINUTE", acts | follows_settings),
+    word_row<QUARTER>("QUARTER", acts | follows_settings),
+    word_row<DATE>("DATE", acts | follows_settings),
+    word_row<DATE1>("DATE1", acts | follows_settings),
+    word_row<WEEKDAY>("WEEKDAY", acts | follows_settings),
+    word_row<TIME>("TIME", acts | follows_settings),
+    word_row<TIME0>("TIME0", acts | follows_settings),
 };
 
 }  // namespace

@@ -145,7 +145,8 @@ class DIVERGENCE final : public BaseFunc {
   }
 };
 
-constexpr WordRow words[] = {word_row<DIVERGENCE>("DIVERGENCE")};
+constexpr WordRow words[] = {
+    word_row<DIVERGENCE>("DIVERGENCE", reads_forward | keeps_state | periods_from(2, can_fail))};
 
 }  // namespace
 

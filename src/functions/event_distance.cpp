@@ -250,11 +250,16 @@ class NEWLBARS1 final : public DistanceToBeyond<Extreme::smallest, 1> {
 };
 
 constexpr WordRow words[] = {
-    word_row<BARSLAST>("BARSLAST"),   word_row<BARSLASTCOUNT>("BARSLASTCOUNT"),
-    word_row<BARSSINCE>("BARSSINCE"), word_row<BARSSINCEN>("BARSSINCEN"),
-    word_row<CONDBARS>("CONDBARS"),   word_row<SUMBARS>("SUMBARS"),
-    word_row<NEWHBARS>("NEWHBARS"),   word_row<NEWLBARS>("NEWLBARS"),
-    word_row<NEWHBARS1>("NEWHBARS1"), word_row<NEWLBARS1>("NEWLBARS1"),
+    word_row<BARSLAST>("BARSLAST", steady),
+    word_row<BARSLASTCOUNT>("BARSLASTCOUNT", steady),
+    word_row<BARSSINCE>("BARSSINCE", reads_statement),
+    word_row<BARSSINCEN>("BARSSINCEN", steady),
+    word_row<CONDBARS>("CONDBARS", steady),
+    word_row<SUMBARS>("SUMBARS", steady),
+    word_row<NEWHBARS>("NEWHBARS", steady),
+    word_row<NEWLBARS>("NEWLBARS", steady),
+    word_row<NEWHBARS1>("NEWHBARS1", steady | late_by_one),
+    word_row<NEWLBARS1>("NEWLBARS1", steady | late_by_one),
 };
 
 }  // namespace

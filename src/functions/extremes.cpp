@@ -118,8 +118,12 @@ class LV final : public EarlierExtreme<Extreme::smallest> {
 };
 
 constexpr WordRow words[] = {
-    word_row<HHV>("HHV"),         word_row<LLV>("LLV"), word_row<HHVBARS>("HHVBARS"),
-    word_row<LLVBARS>("LLVBARS"), word_row<HV>("HV"),   word_row<LV>("LV"),
+    word_row<HHV>("HHV", steady),
+    word_row<LLV>("LLV", steady),
+    word_row<HHVBARS>("HHVBARS", steady | periods_from(1, can_fail)),
+    word_row<LLVBARS>("LLVBARS", steady | periods_from(1, can_fail)),
+    word_row<HV>("HV", steady | late_by_one),
+    word_row<LV>("LV", steady | late_by_one),
 };
 
 }  // namespace

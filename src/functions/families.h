@@ -3,7 +3,7 @@
 
 #include <span>
 
-#include "functions/registry.h"
+#include "functions/word_row.h"
 
 namespace quor {
 

@@ -99,9 +99,12 @@ using UNIT = MarketConstant<&DataPoolCenter::unit>;
 using SHARECOUNTPERUNIT = MarketConstant<&DataPoolCenter::share_count_per_unit>;
 
 constexpr WordRow words[] = {
-    word_row<COST>("COST"),         word_row<WINNER>("WINNER"),
-    word_row<CODELIKE>("CODELIKE"), word_row<MINPRICE>("MINPRICE"),
-    word_row<UNIT>("UNIT"),         word_row<SHARECOUNTPERUNIT>("SHARECOUNTPERUNIT"),
+    word_row<COST>("COST", steady | follows_settings),
+    word_row<WINNER>("WINNER", steady | follows_settings),
+    word_row<CODELIKE>("CODELIKE", steady | follows_settings),
+    word_row<MINPRICE>("MINPRICE", acts | follows_settings),
+    word_row<UNIT>("UNIT", acts | follows_settings),
+    word_row<SHARECOUNTPERUNIT>("SHARECOUNTPERUNIT", acts | follows_settings),
 };
 
 }  // namespace

@@ -282,10 +282,12 @@ class TRMA final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<MA>("MA"),           word_row<EMA>("EMA"),   word_row<EXPMA>("EXPMA"),
-    word_row<EMAWH>("EMAWH"),     word_row<SMA>("SMA"),   word_row<AMA>("AMA"),
-    word_row<DMA>("DMA"),         word_row<TMA>("TMA"),   word_row<MEMA>("MEMA"),
-    word_row<EXPMEMA>("EXPMEMA"), word_row<TRMA>("TRMA"),
+    word_row<MA>("MA", steady),       word_row<EMA>("EMA", steady),
+    word_row<EXPMA>("EXPMA", steady), word_row<EMAWH>("EMAWH", follows_rows),
+    word_row<SMA>("SMA", steady),     word_row<AMA>("AMA", steady),
+    word_row<DMA>("DMA", steady),     word_row<TMA>("TMA", steady),
+    word_row<MEMA>("MEMA", steady),   word_row<EXPMEMA>("EXPMEMA", steady),
+    word_row<TRMA>("TRMA", steady),
 };
 
 }  // namespace

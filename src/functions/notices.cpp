@@ -106,7 +106,7 @@ class NOTICE final : public BaseFunc {
   }
 };
 
-constexpr WordRow words[] = {word_row<NOTICE>("NOTICE")};
+constexpr WordRow words[] = {word_row<NOTICE>("NOTICE", acts | draws | can_fail)};
 
 }  // namespace
 

@@ -102,9 +102,12 @@ class SET final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<REF>("REF"),     word_row<REFX>("REFX"),
-    word_row<REFX1>("REFX1"), word_row<VALUEWHEN>("VALUEWHEN"),
-    word_row<GET>("GET"),     word_row<SET>("SET"),
+    word_row<REF>("REF", steady | periods_from(1, reads_forward) | late_by(1)),
+    word_row<REFX>("REFX", reads_forward),
+    word_row<REFX1>("REFX1", reads_forward),
+    word_row<VALUEWHEN>("VALUEWHEN", steady),
+    word_row<GET>("GET", steady),
+    word_row<SET>("SET", keeps_state),
 };
 
 }  // namespace

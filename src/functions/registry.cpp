@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 
@@ -16,7 +17,7 @@ std::once_flag built;
 Registry registry;
 
 void add_family(std::span<const WordRow> rows) {
-  for (const WordRow& row : rows) registry.emplace(row.word, row.make(row.word));
+  for (const WordRow& row : rows) registry.emplace(row.word, row.make(row));
 }
 
 }  // namespace

@@ -306,9 +306,14 @@ class NORMPDF final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<SUM>("SUM"),         word_row<COUNT>("COUNT"),           word_row<HARMEAN>("HARMEAN"),
-    word_row<MV>("MV"),           word_row<PERCENTILE>("PERCENTILE"), word_row<SORT>("SORT"),
-    word_row<SORTPOS>("SORTPOS"), word_row<NORMPDF>("NORMPDF"),
+    word_row<SUM>("SUM", steady),
+    word_row<COUNT>("COUNT", steady),
+    word_row<HARMEAN>("HARMEAN", steady),
+    word_row<MV>("MV", steady),
+    word_row<PERCENTILE>("PERCENTILE", steady),
+    word_row<SORT>("SORT", steady),
+    word_row<SORTPOS>("SORTPOS", steady),
+    word_row<NORMPDF>("NORMPDF", steady | can_fail),
 };
 
 }  // namespace

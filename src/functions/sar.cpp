@@ -226,10 +226,10 @@ class SAR1SHOWTYPE final : public SarWord<false, true> {
 };
 
 constexpr WordRow words[] = {
-    word_row<SAR>("SAR"),
-    word_row<SARSHOWTYPE>("SARSHOWTYPE"),
-    word_row<SAR1>("SAR1"),
-    word_row<SAR1SHOWTYPE>("SAR1SHOWTYPE"),
+    word_row<SAR>("SAR", steady | can_fail),
+    word_row<SARSHOWTYPE>("SARSHOWTYPE", steady | can_fail),
+    word_row<SAR1>("SAR1", steady | can_fail),
+    word_row<SAR1SHOWTYPE>("SAR1SHOWTYPE", steady | can_fail),
 };
 
 }  // namespace

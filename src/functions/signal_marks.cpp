@@ -160,7 +160,8 @@ class BACKSET final : public BaseFunc {
   }
 };
 
-constexpr WordRow words[] = {word_row<FILTER>("FILTER"), word_row<BACKSET>("BACKSET")};
+constexpr WordRow words[] = {word_row<FILTER>("FILTER", keeps_state),
+                             word_row<BACKSET>("BACKSET", reads_forward | follows_rows)};
 
 }  // namespace
 

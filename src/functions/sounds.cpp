@@ -58,7 +58,8 @@ class PLAYSOUND final : public BaseFunc {
   }
 };
 
-constexpr WordRow words[] = {word_row<SOUND>("SOUND"), word_row<PLAYSOUND>("PLAYSOUND")};
+constexpr WordRow words[] = {word_row<SOUND>("SOUND", draws | steady),
+                             word_row<PLAYSOUND>("PLAYSOUND", draws | steady)};
 
 }  // namespace
 

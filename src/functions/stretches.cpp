@@ -208,9 +208,15 @@ class CROSSDOWN final : public Crossing<1, 0> {
 };
 
 constexpr WordRow words[] = {
-    word_row<EXIST>("EXIST"),   word_row<EVERY>("EVERY"),       word_row<NDAY>("NDAY"),
-    word_row<UPNDAY>("UPNDAY"), word_row<DOWNNDAY>("DOWNNDAY"), word_row<LAST>("LAST"),
-    word_row<CROSS>("CROSS"),   word_row<CROSSUP>("CROSSUP"),   word_row<CROSSDOWN>("CROSSDOWN"),
+    word_row<EXIST>("EXIST", steady | periods_from(1, follows_rows)),
+    word_row<EVERY>("EVERY", steady | periods_from(1, follows_rows)),
+    word_row<NDAY>("NDAY", steady | periods_from(2, follows_rows)),
+    word_row<UPNDAY>("UPNDAY", steady | periods_from(1, follows_rows)),
+    word_row<DOWNNDAY>("DOWNNDAY", steady | periods_from(1, follows_rows)),
+    word_row<LAST>("LAST", steady | periods_from(1, follows_rows) | late_by(2)),
+    word_row<CROSS>("CROSS", steady),
+    word_row<CROSSUP>("CROSSUP", steady),
+    word_row<CROSSDOWN>("CROSSDOWN", steady),
 };
 
 }  // namespace

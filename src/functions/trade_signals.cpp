@@ -95,13 +95,13 @@ class CLOSEOUT final : public TradeSignal<6> {
 };
 
 constexpr WordRow words[] = {
-    word_row<BK>("BK"),
-    word_row<BP>("BP"),
-    word_row<SK>("SK"),
-    word_row<SP>("SP"),
-    word_row<BPK>("BPK"),
-    word_row<SPK>("SPK"),
-    word_row<CLOSEOUT>("CLOSEOUT"),
+    word_row<BK>("BK", acts | draws | can_fail),
+    word_row<BP>("BP", acts | draws | can_fail),
+    word_row<SK>("SK", acts | draws | can_fail),
+    word_row<SP>("SP", acts | draws | can_fail),
+    word_row<BPK>("BPK", acts | draws | can_fail),
+    word_row<SPK>("SPK", acts | draws | can_fail),
+    word_row<CLOSEOUT>("CLOSEOUT", acts | draws | can_fail),
 };
 
 }  // namespace

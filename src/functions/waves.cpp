@@ -96,10 +96,10 @@ class WAVEVALLEY1 final : public SeriesWave<Extreme::smallest> {
 };
 
 constexpr WordRow words[] = {
-    word_row<WAVEPEAK>("WAVEPEAK"),
-    word_row<WAVEPEAK1>("WAVEPEAK1"),
-    word_row<WAVEVALLEY>("WAVEVALLEY"),
-    word_row<WAVEVALLEY1>("WAVEVALLEY1"),
+    word_row<WAVEPEAK>("WAVEPEAK", reads_forward),
+    word_row<WAVEPEAK1>("WAVEPEAK1", reads_forward),
+    word_row<WAVEVALLEY>("WAVEVALLEY", reads_forward),
+    word_row<WAVEVALLEY1>("WAVEVALLEY1", reads_forward),
 };
 
 }  // namespace

@@ -326,18 +326,18 @@ class COEFFICIENTR final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<STD>("STD"),
-    word_row<STDP>("STDP"),
-    word_row<VAR>("VAR"),
-    word_row<VARP>("VARP"),
-    word_row<DEVSQ>("DEVSQ"),
-    word_row<AVEDEV>("AVEDEV"),
-    word_row<KURTOSIS>("KURTOSIS"),
-    word_row<SLOPE>("SLOPE"),
-    word_row<FORCAST>("FORCAST"),
-    word_row<COVAR>("COVAR"),
-    word_row<CORRELATION>("CORRELATION"),
-    word_row<COEFFICIENTR>("COEFFICIENTR"),
+    word_row<STD>("STD", steady | periods_from(1, can_fail)),
+    word_row<STDP>("STDP", steady | periods_from(1, can_fail)),
+    word_row<VAR>("VAR", steady | periods_from(1, can_fail)),
+    word_row<VARP>("VARP", steady | periods_from(1, can_fail)),
+    word_row<DEVSQ>("DEVSQ", steady | periods_from(1, can_fail)),
+    word_row<AVEDEV>("AVEDEV", steady | periods_from(1, can_fail)),
+    word_row<KURTOSIS>("KURTOSIS", steady),
+    word_row<SLOPE>("SLOPE", steady | periods_from(1, can_fail)),
+    word_row<FORCAST>("FORCAST", steady | periods_from(1, can_fail)),
+    word_row<COVAR>("COVAR", steady | periods_from(2, can_fail)),
+    word_row<CORRELATION>("CORRELATION", steady | periods_from(2, can_fail)),
+    word_row<COEFFICIENTR>("COEFFICIENTR", steady | periods_from(2, can_fail)),
 };
 
 }  // namespace

@@ -189,8 +189,11 @@ class ADMA final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<WMA>("WMA"),   word_row<EMA2>("EMA2"), word_row<SMMA>("SMMA"),
-    word_row<TSMA>("TSMA"), word_row<ADMA>("ADMA"),
+    word_row<WMA>("WMA", steady | periods_from(1, can_fail)),
+    word_row<EMA2>("EMA2", steady | periods_from(1, can_fail)),
+    word_row<SMMA>("SMMA", steady),
+    word_row<TSMA>("TSMA", steady),
+    word_row<ADMA>("ADMA", steady | periods_from(1, can_fail)),
 };
 
 }  // namespace

@@ -288,8 +288,12 @@ class TROUGHBARS final : public TurnWord<Turn::trough, Output::distance> {
 };
 
 constexpr WordRow words[] = {
-    word_row<ZIG>("ZIG"),           word_row<ZIGZAG>("ZIGZAG"), word_row<PEAK>("PEAK"),
-    word_row<PEAKBARS>("PEAKBARS"), word_row<TROUGH>("TROUGH"), word_row<TROUGHBARS>("TROUGHBARS"),
+    word_row<ZIG>("ZIG", can_fail),
+    word_row<ZIGZAG>("ZIGZAG", reads_forward | follows_rows),
+    word_row<PEAK>("PEAK", reads_forward | follows_rows),
+    word_row<PEAKBARS>("PEAKBARS", reads_forward | follows_rows),
+    word_row<TROUGH>("TROUGH", reads_forward | follows_rows),
+    word_row<TROUGHBARS>("TROUGHBARS", reads_forward | follows_rows),
 };
 
 }  // namespace

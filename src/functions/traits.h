@@ -1,0 +1,70 @@
+// What is known of a word by those who run its calls or remember what they gave.
+#pragma once
+
+#include <cstdint>
+
+namespace quor {
+
+/// A set of traits, joined by "|". A trait that a word lacks without need makes its calls slow, one
+/// that it has wrongly gives wrong values.
+struct Traits {
+  static constexpr uint8_t none = UINT8_MAX;
+
+  uint16_t set = 0;
+  /// The first argument of those that are periods: unless they are numbers and not negative, the
+  /// call has the traits of `with_other_periods`, too.
+  uint8_t first_period = none;
+  uint16_t with_other_periods = 0;
+  /// The argument that says how many bars late the call comes to a bar; 0 for one bar.
+  uint8_t lag_argument = none;
+
+  constexpr bool has(Traits wanted) const { return (set & wanted.set) == wanted.set; }
+  constexpr bool has_any(Traits wanted) const { return (set & wanted.set) != 0; }
+};
+
+constexpr Traits operator|(Traits a, Traits b) {
+  const auto either = [](uint8_t one, uint8_t other) { return one == Traits::none ? other : one; };
+  return {static_cast<uint16_t>(a.set | b.set), either(a.first_period, b.first_period),
+          static_cast<uint16_t>(a.with_other_periods | b.with_other_periods),
+          either(a.lag_argument, b.lag_argument)};
+}
+
+/// Evaluated again at a bar, in whatever order, a call gives the same value as long as its
+/// arguments and fields do: what it keeps lies in columns of its own and of its arguments.
+inline constexpr Traits repeatable{1 << 0};
+/// The value at a bar comes from that bar and those before it alone.
+inline constexpr Traits looks_back{1 << 1};
+/// What most words are.
+inline constexpr Traits steady = repeatable | looks_back;
+
+/// Reads bars that come after the one that it is evaluated at.
+inline constexpr Traits reads_forward{1 << 2};
+/// The value follows the number of rows.
+inline constexpr Traits follows_rows{1 << 3};
+/// The value follows the security, the market or the period of the instance: it may be another in
+/// the next run.
+inline constexpr Traits follows_settings{1 << 4};
+/// Asks or tells the host or the machine: callbacks, signals, notices, the calendar, the clock,
+/// lots.
+inline constexpr Traits acts{1 << 5};
+/// Has a record, whose columns it fills; the caller's start value stands.
+inline constexpr Traits draws{1 << 6};
+/// Keeps a state outside of columns, from one evaluation to the next, or changes that of others.
+inline constexpr Traits keeps_state{1 << 7};
+/// Reads the column of the statement that holds the call.
+inline constexpr Traits reads_statement{1 << 8};
+/// Refuses some values of its arguments, by a status or an exception. Words that can't fail still
+/// hand up the failures of their arguments.
+inline constexpr Traits can_fail{1 << 9};
+
+/// The arguments from `first` on are periods; the call has `otherwise` unless they are fixed.
+constexpr Traits periods_from(uint8_t first, Traits otherwise) {
+  return {.first_period = first, .with_other_periods = otherwise.set};
+}
+
+/// The call comes to a bar, and so to the columns of its arguments there, when it is evaluated at a
+/// later one: the next, or as many bars later as an argument says.
+inline constexpr Traits late_by_one{.lag_argument = 0};
+constexpr Traits late_by(uint8_t argument) { return {.lag_argument = argument}; }
+
+}  // namespace quor
