@@ -5,9 +5,9 @@
 #include <span>
 #include <string>
 
-#include "core/data_pool_center.h"
 #include "core/column_plan.h"
 #include "core/columns.h"
+#include "core/data_pool_center.h"
 #include "core/status.h"
 #include "core/word_scratch.h"
 #include "drawing/shape_management.h"

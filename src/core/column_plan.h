@@ -13,8 +13,8 @@ namespace quor {
 /// column form, and the columns that it reads are finished before it.
 ///
 /// Bar by bar, a statement sees the cells of later statements as an earlier run has left them, and
-/// a word that reads ahead of its bar sees later bars so. The statements at both ends of such a view
-/// go bar by bar.
+/// a word that reads ahead of its bar sees later bars so. The statements at both ends of such a
+/// view go bar by bar.
 class ColumnPlan {
  public:
   /// `each_in_full` if the run takes one statement after the other over all rows.

@@ -7,6 +7,7 @@
 #include "core/calculate_center.h"
 #include "core/data_pool_center.h"
 #include "core/reduce.h"
+#include "functions/base_func.h"
 #include "functions/column_call.h"
 
 namespace quor {

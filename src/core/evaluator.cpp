@@ -169,8 +169,7 @@ Status CalculateCenter::end_without_value(const Program& program, int32_t line,
   double result = statement.value;
   if (statement.kind != VariableKind::number) {
     result = 0.0;
-    const Status status =
-        run_program(statement.program, row, false, statement.line, error, result);
+    const Status status = run_program(statement.program, row, false, statement.line, error, result);
     if (failed(status)) return status;
   }
   const bool has_value =

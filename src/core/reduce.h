@@ -38,9 +38,8 @@ template <typename Use>
     case op_plus:
       return use([](D l, D r) { return l + r; });
     case op_remainder:
-      return use([](D l, D r) {
-        return nearly_equal(r, 0.0) ? 0.0 : remainder_of(to_int(l), to_int(r));
-      });
+      return use(
+          [](D l, D r) { return nearly_equal(r, 0.0) ? 0.0 : remainder_of(to_int(l), to_int(r)); });
     case op_times:
       return use([](D l, D r) { return l * r; });
     case op_divide:

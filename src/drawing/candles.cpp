@@ -62,6 +62,9 @@ class DRAWKLINE : public DrawingWord<drawkline> {
     call.result = call.scan ? null_value : 0.0;
     return DrawingWord::execute(call);
   }
+
+ private:
+  bool has_usual_bars() const override { return false; }
 };
 
 class DRAWKLINE1 final : public DRAWKLINE {

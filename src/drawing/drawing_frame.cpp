@@ -178,7 +178,6 @@ Status DrawingFunc::write_column(const Call& call, BaseShape& record, size_t pos
 
 ColumnTraits DrawingFunc::column_traits() const {
   return {.by_columns = has_usual_bars() && !row_.last_row_only,
-          .looks_ahead = false,
           .series = SeriesPlace::column_of_argument,
           .series_count = SIZE_MAX};
 }

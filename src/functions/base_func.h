@@ -83,12 +83,11 @@ enum class SeriesPlace : uint8_t {
 
 /// What a word does when it is worked out column by column.
 struct ColumnTraits {
-  bool by_columns = false;     ///< it can be
-  bool keeps_state = true;     ///< an evaluation leaves something in cells or in the call
-  bool keeps_start = false;    ///< it may leave the caller's start value
-  bool passes_over = false;    ///< it may leave arguments unevaluated at a bar
-  bool revisits = false;       ///< it evaluates arguments at other bars than its own
-  bool looks_ahead = true;     ///< it may read cells of later bars
+  bool by_columns = false;   ///< it can be
+  bool keeps_state = true;   ///< an evaluation leaves something in cells or in the call
+  bool keeps_start = false;  ///< it may leave the caller's start value
+  bool passes_over = false;  ///< it may leave arguments unevaluated at a bar
+  bool revisits = false;     ///< it evaluates arguments at other bars than its own
   SeriesPlace series = SeriesPlace::nowhere;  ///< of its first arguments
   size_t series_count = 1;
 };

@@ -11,7 +11,8 @@
 
 namespace quor {
 
-/// What `column` receives: a call, the rows, and what a bar leaves at which the word writes nothing.
+/// What `column` receives: a call, the rows, and what a bar leaves at which the word writes
+/// nothing.
 struct ColumnCall {
   Columns& columns;
   Variable& variable;

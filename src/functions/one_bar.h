@@ -46,10 +46,7 @@ class OneBar final : public BaseFunc {
   }
 
   ColumnTraits column_traits() const override {
-    return {.by_columns = true,
-            .keeps_state = false,
-            .keeps_start = may_write_nothing,
-            .looks_ahead = false};
+    return {.by_columns = true, .keeps_state = false, .keeps_start = may_write_nothing};
   }
 
  private:
