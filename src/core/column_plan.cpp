@@ -119,9 +119,8 @@ class ColumnPlan::Inspection {
     }
     const ColumnTraits traits = call.function->column_traits();
     const Traits known = traits_of(call);
-    if (!traits.by_columns || !known.has(repeatable)) refuse();
-    if (traits.keeps_state && passed_over) refuse();
-    entry_.looks_ahead |= !known.has(looks_back);
+    if (!traits.by_columns || (traits.keeps_state && passed_over)) refuse();
+    entry_.looks_ahead |= known.has(reads_forward) || !known.has_any(looks_back | follows_rows);
     entry_.revisits_state |= traits.keeps_state && revisited;
     for (size_t i = 0; i < call.arguments.size(); ++i) {
       if (!call.function->reads_argument(i)) continue;

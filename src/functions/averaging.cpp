@@ -38,19 +38,6 @@ std::span<const double> existing(std::span<const double> values, int64_t first, 
   return values.subspan(static_cast<size_t>(first), static_cast<size_t>(end - first));
 }
 
-/// Rows that aren't there count as nulls.
-WindowSeed recompute_seed(std::span<const double> x, int64_t previous_row, int64_t count) {
-  const int64_t first = std::max<int64_t>(previous_row - count + 1, 0);
-  const int64_t rows = previous_row - first + 1;
-  if (rows <= 0) return {null_value, 0.0, std::max<int64_t>(count, 0), true};
-  const std::span<const double> values = existing(x, first, previous_row);
-  const CheckedSum checked = checked_sum(values);
-  const int64_t numbers = std::ssize(values) - checked.nulls;
-  const double leaving = values.empty() ? null_value : values.front();
-  const int64_t left = count - (rows - numbers) - (is_null(leaving) ? 1 : 0);
-  return {numbers > 0 ? checked.sum : null_value, leaving, std::max<int64_t>(left, 0), true};
-}
-
 /// X's own column, reserved on X itself.
 int32_t column_on_argument(Variable& argument) {
   if (!argument.has_column() && argument.kind != VariableKind::missing) {
@@ -73,47 +60,24 @@ void reserve_average_columns(Variable& variable) {
 
 }  // namespace
 
-double smoothing_step(double x, double prev, int64_t n, int64_t m) {
-  if (is_null(x)) return prev;
-  if (is_null(prev)) return x;
-  return (static_cast<double>(n - m) * prev + static_cast<double>(m) * x) / static_cast<double>(n);
+WindowSeed recompute_seed(std::span<const double> x, int64_t previous_row, int64_t count) {
+  const int64_t first = std::max<int64_t>(previous_row - count + 1, 0);
+  const int64_t rows = previous_row - first + 1;
+  if (rows <= 0) return {null_value, 0.0, std::max<int64_t>(count, 0), true};
+  const std::span<const double> values = existing(x, first, previous_row);
+  const CheckedSum checked = checked_sum(values);
+  const int64_t numbers = std::ssize(values) - checked.nulls;
+  const double leaving = values.empty() ? null_value : values.front();
+  const int64_t left = count - (rows - numbers) - (is_null(leaving) ? 1 : 0);
+  return {numbers > 0 ? checked.sum : null_value, leaving, std::max<int64_t>(left, 0), true};
 }
 
-WindowSeed window_seed(const DataTable& table, int32_t x_column, int32_t result_column,
-                       int64_t previous_row, int64_t count, bool force) {
-  if (previous_row < 0) return {.count = count};
-  const double previous = force ? null_value : table.cell(previous_row, result_column);
-  if (is_null(previous)) return recompute_seed(table.cells(x_column), previous_row, count);
-  WindowSeed seed{.sum = previous, .count = count};
-  if (previous_row >= count - 1) seed.leaving = table.cell(previous_row - count + 1, x_column);
-  return seed;
-}
-
-AverageStep average_step(int64_t count, double x, const WindowSeed& seed) {
-  double sum = seed.recomputed ? seed.sum : seed.sum * static_cast<double>(count);
-  int64_t delta = 0;
-  if (is_null(seed.leaving)) {
-    delta = 1;
-  } else if (!seed.recomputed) {
-    sum -= seed.leaving;
-  }
-  if (is_null(x)) {
-    delta = is_null(seed.leaving) ? 0 : -1;
-  } else {
-    sum = (is_null(sum) ? 0.0 : sum) + x;
-  }
-  const int64_t new_count = count + delta;
-  return {new_count > 0 ? sum / static_cast<double>(new_count) : null_value, new_count};
-}
-
-[[gnu::flatten]] AverageStep sliding_average(DataTable& table, const AverageColumns& columns,
-                                             int32_t row, double x, int64_t count, int64_t n) {
-  const int64_t previous_row = static_cast<int64_t>(row) - 1;
-  const WindowSeed seed =
-      window_seed(table, columns.series, columns.result, previous_row, count, false);
-  int64_t known = row == 0 ? count : to_int(table.cell(previous_row, columns.count));
-  if (seed.count != n) known = seed.count;
-  const AverageStep step = average_step(known, x, seed);
+AverageStep sliding_average(DataTable& table, const AverageColumns& columns, int32_t row, double x,
+                            int64_t count, int64_t n) {
+  const int64_t before = int64_t{row} - 1;
+  const AverageState state{table.cell(before, columns.result), table.cell(before, columns.count)};
+  const AverageStep step =
+      sliding_average(table.cells(columns.series), state, row, x, count, n);
   table.set_cell(row, columns.result, step.value);
   table.set_cell(row, columns.count, static_cast<double>(step.count));
   return step;
@@ -139,6 +103,33 @@ double moving_average(const Call& call) {
   }
   table.set_cell(call.row, columns.series, x);
   return result;
+}
+
+const double* moving_average(const ColumnCall& call) {
+  const std::optional<double> period = call.number(1);
+  const Variable* argument = call.argument(0);
+  const Variable& variable = call.variable;
+  const bool has_columns = argument != nullptr && argument->has_column() && variable.has_column() &&
+                           !variable.aux_column_indexes.empty();
+  if (!period || !has_columns) return nullptr;
+  const double* x = call.stored(0, argument->column_index);
+  if (x == nullptr) return nullptr;
+  double* results = call.overwrite(variable.column_index);
+  double* counts = call.overwrite(variable.aux_column_indexes[0]);
+  const std::span<const double> series = call.table().cells(argument->column_index);
+  const int64_t n = to_int(*period);
+  AverageState state{results[-1], counts[-1]};
+  for (int32_t row = call.rows.first; row < call.rows.end; ++row) {
+    if (n >= 1 && row >= n - 1) {
+      const AverageStep step = sliding_average(series, state, row, x[row - call.rows.first], n, n);
+      state = {step.value, static_cast<double>(step.count)};
+    } else {
+      state = {null_value, *period};
+    }
+    *results++ = state.result;
+    *counts++ = state.count;
+  }
+  return results - call.size();
 }
 
 int32_t aux_column(const Variable& variable, size_t position) {

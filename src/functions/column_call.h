@@ -1,6 +1,7 @@
 // A call over a block of rows.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 
@@ -44,6 +45,13 @@ struct ColumnCall {
   double* scratch() const { return columns.scratch(size()); }
   /// The cells of a column at the rows of the call, all of which the caller writes.
   double* overwrite(int32_t column) const { return columns.overwrite(column, rows); }
+  /// The values of an argument, which come to stand in a column, too.
+  const double* stored(size_t position, int32_t column) const {
+    const double* const found = values(position);
+    if (found == nullptr || found == cells(column) + rows.first) return found;
+    std::copy_n(found, size(), overwrite(column));
+    return found;
+  }
   /// All cells of a column, from row 0 on.
   const double* cells(int32_t column) const { return table().cells(column).data(); }
 };

@@ -59,8 +59,7 @@ class SUM final : public BaseFunc {
     const DataTable& table = call.table();
     const bool whole = call.row > 0 && n > call.row && call.row < table.row_count();
     if (!whole || column == -1) {
-      return window_seed(table, column, call.variable.column_index,
-                         static_cast<int64_t>(call.row) - 1, n, true);
+      return window_seed(table.cells(column), null_value, int64_t{call.row} - 1, n);
     }
     const SumSoFar& so_far = sum_before(call, column);
     return {.sum = so_far.seen ? so_far.sum : null_value, .count = n};
