@@ -12,7 +12,10 @@
 
 namespace quor {
 
-constexpr double square(double value) { return value * value; }
+template <typename T>
+constexpr T square(T value) {
+  return value * value;
+}
 
 /// ((n-1) * prev + 2x) / (n+1), with n of -1 a division by zero.
 inline double exponential_step(int64_t n, double x, double prev) {
