@@ -105,6 +105,22 @@ double moving_average(const Call& call) {
   return result;
 }
 
+namespace {
+
+/// Means of windows through which no null goes, so that the count of values stands still: as many
+/// as there are in a row. `leaving` and `x` belong to the first of `size` bars.
+size_t steady_means(double mean, double count, const double* leaving, const double* x, size_t size,
+                    double* means) {
+  for (size_t i = 0; i < size; ++i) {
+    mean = (mean * count - leaving[i] + x[i]) / count;
+    if (is_null(mean)) return i;
+    means[i] = mean;
+  }
+  return size;
+}
+
+}  // namespace
+
 const double* moving_average(const ColumnCall& call) {
   const std::optional<double> period = call.number(1);
   const Variable* argument = call.argument(0);
@@ -119,17 +135,29 @@ const double* moving_average(const ColumnCall& call) {
   const std::span<const double> series = call.table().cells(argument->column_index);
   const int64_t n = to_int(*period);
   AverageState state{results[-1], counts[-1]};
-  for (int32_t row = call.rows.first; row < call.rows.end; ++row) {
-    if (n >= 1 && row >= n - 1) {
-      const AverageStep step = sliding_average(series, state, row, x[row - call.rows.first], n, n);
-      state = {step.value, static_cast<double>(step.count)};
-    } else {
-      state = {null_value, *period};
+  for (size_t i = 0; i < call.size(); ++i) {
+    int32_t row = call.rows.first + static_cast<int32_t>(i);
+    const int32_t known = to_int(state.count);
+    if (n >= 1 && row >= n && known > 0 && !is_null(state.result)) {
+      const size_t passed =
+          steady_means(state.result, known, series.data() + row - n, x + i, call.size() - i,
+                       results + i);
+      std::fill_n(counts + i, passed, known);
+      i += passed;
+      row += static_cast<int32_t>(passed);
+      if (i == call.size()) break;
+      if (passed > 0) state = {results[i - 1], counts[i - 1]};
     }
-    *results++ = state.result;
-    *counts++ = state.count;
+    const AverageState before = state;
+    state = {null_value, *period};
+    if (n >= 1 && row >= n - 1) {
+      const AverageStep step = sliding_average(series, before, row, x[i], n, n);
+      state = {step.value, static_cast<double>(step.count)};
+    }
+    results[i] = state.result;
+    counts[i] = state.count;
   }
-  return results - call.size();
+  return results;
 }
 
 int32_t aux_column(const Variable& variable, size_t position) {

@@ -42,9 +42,9 @@ struct ExponentialStep {
   }
   static double first(double x) { return x; }
   double next(double x, double prev) const {
-    if (is_null(x)) return x;
-    if (is_null(prev)) [[unlikely]] prev = x;
-    return exponential_step(n, x, prev);
+    const double y = exponential_step(n, x, prev);
+    if (!is_null(y)) [[likely]] return y;
+    return is_null(x) ? x : is_null(prev) ? exponential_step(n, x, x) : y;
   }
 };
 
