@@ -7,6 +7,7 @@
 #include "functions/averaging.h"
 #include "functions/call_memory.h"
 #include "functions/families.h"
+#include "functions/over_window.h"
 #include "functions/scratch_frame.h"
 #include "functions/series.h"
 #include "functions/word_steps.h"
@@ -45,7 +46,40 @@ class SUM final : public BaseFunc {
     return call.answer(keep(call, call.variable.column_index, sum));
   }
 
+  const double* column(const ColumnCall& call) const override {
+    const std::optional<double> period = call.number(1);
+    const int32_t n = period ? to_int(*period) : 0;
+    if (n < 1 || call.rows.first < n || !call.variable.has_column()) return nullptr;
+    const double* series = series_over(call, 0, SeriesPlace::own_column);
+    if (series == nullptr) return nullptr;
+    double* sums = call.overwrite(call.variable.column_index);
+    reduce_rows(PlainSum(), series, call.rows.shifted(-1), static_cast<size_t>(n), sums);
+    for (int32_t row = call.rows.first; row < call.rows.end; ++row) {
+      double& sum = sums[row - call.rows.first];
+      WindowSeed seed{.sum = sum, .leaving = series[row - n], .count = n};
+      if (is_null(sum)) [[unlikely]] {
+        seed = recompute_seed(call.table().cells(call.argument(0)->column_index), row - 1, n);
+      }
+      sum = sum_step(series[row], seed, row, n);
+    }
+    return sums;
+  }
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true, .series = SeriesPlace::own_column};
+  }
+
  private:
+  struct PlainSum {
+    static constexpr bool in_pairs = true;
+    template <typename W>
+    Number<W> operator()(const W& window) const {
+      Number<W> sum{};
+      for (size_t i = 0; i < window.size(); ++i) sum += window[i];
+      return sum;
+    }
+    static double finish(double sum) { return sum; }
+  };
+
   /// The sum of the rows before `end`.
   struct SumSoFar final : CallMemory {
     int32_t column = -1;
