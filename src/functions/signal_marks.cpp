@@ -160,8 +160,9 @@ class BACKSET final : public BaseFunc {
   }
 };
 
-constexpr WordRow words[] = {word_row<FILTER>("FILTER", keeps_state),
-                             word_row<BACKSET>("BACKSET", reads_forward | follows_rows)};
+constexpr WordRow words[] = {
+    word_row<FILTER>("FILTER", keeps_state | periods_from(1, follows_rows)),
+    word_row<BACKSET>("BACKSET", reads_forward | follows_rows)};
 
 }  // namespace
 
