@@ -96,7 +96,7 @@ struct Engine {
   }
 
   quor::Variable& call_of(std::string_view word) {
-    for (quor::Variable* variable : pool.variable_list) {
+    for (quor::Variable* variable : pool.script.variable_list) {
       if (variable->function_word == word) return *variable;
     }
     throw std::logic_error("no call of " + std::string(word));
@@ -104,7 +104,7 @@ struct Engine {
 
   /// Calculates one bar of the first statement.
   void calculate_bar(int32_t row) {
-    quor::Variable& statement = *pool.statement_list.front();
+    quor::Variable& statement = *pool.script.statement_list.front();
     std::string error;
     double value = 0.0;
     EXPECT_FALSE(failed(calculator.evaluate(statement, row, false, error, value)));

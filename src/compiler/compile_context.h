@@ -10,19 +10,16 @@
 
 namespace quor {
 
-/// Names and constants of the compiled script. The maps are ordered by bytes.
 struct CompileContext {
   explicit CompileContext(DataPoolCenter& owner, CalculateCenter& evaluator)
-      : pool(owner), calculator(evaluator) {}
+      : pool(owner), script(owner.script), calculator(evaluator) {}
 
   DataPoolCenter& pool;
+  CompiledScript& script;  ///< of the pool
   CalculateCenter& calculator;
-  /// CONST statements and parameter defaults.
-  std::map<std::string, double, std::less<>> constants;
-  /// Reserved words and declared names with their column ids; the check for duplicates.
+  /// Words of data fields and declared names with their column ids, by which a name is refused that
+  /// is taken. A compile drops the names that are no words of fields.
   std::map<std::string, uint32_t, std::less<>> declared_names;
-  /// Variables without a column by their normalised text, for the host to read by argument id.
-  std::map<std::string, Variable*, std::less<>> argument_variables;
 };
 
 /// How deep calls may nest in one statement; the evaluator's limit holds for what comes out.

@@ -11,7 +11,7 @@ namespace quor {
 
 Status CalculateCenter::calculate(int32_t first_row, bool scan, std::string& error) {
   start_row_ = first_row;
-  if (pool_.statement_list.empty()) return Status::ok;
+  if (pool_.script.statement_list.empty()) return Status::ok;
   refresh_column_indexes();
   return scan ? scan_statements(error) : run_statements(first_row, error);
 }
@@ -19,7 +19,7 @@ Status CalculateCenter::calculate(int32_t first_row, bool scan, std::string& err
 /// Columns may have come since the compile; this is the only place that brings indexes up to date.
 void CalculateCenter::refresh_column_indexes() {
   const DataTable& table = pool_.table();
-  for (Variable* variable : pool_.variable_list) {
+  for (Variable* variable : pool_.script.variable_list) {
     // An argument id is negative and names no data column.
     if (static_cast<int32_t>(variable->column_id) >= 0) {
       variable->column_index = table.column_index_of(variable->column_id);
@@ -31,7 +31,7 @@ void CalculateCenter::refresh_column_indexes() {
 }
 
 Status CalculateCenter::scan_statements(std::string& error) {
-  for (Variable* statement : pool_.statement_list) {
+  for (Variable* statement : pool_.script.statement_list) {
     if (statement->kind == VariableKind::number) continue;
     double result = 0.0;
     const Status status =
@@ -42,11 +42,11 @@ Status CalculateCenter::scan_statements(std::string& error) {
 }
 
 Status CalculateCenter::run_statements(int32_t first_row, std::string& error) {
-  if (pool_.needs_trade_day) load_calendar();
+  if (pool_.script.needs_trade_day) load_calendar();
   const int32_t rows = pool_.table().row_count();
   // A negative first row selects no rows.
   const int32_t first = first_row < 0 ? rows : first_row;
-  const auto& statements = pool_.statement_list;
+  const auto& statements = pool_.script.statement_list;
   plan_.make(statements, pool_.table());
   const bool whole_series = std::ranges::any_of(
       statements, [](const Variable* statement) { return statement->whole_series; });
@@ -70,7 +70,7 @@ void CalculateCenter::load_calendar() {
     trade_day_help::init_security_trade_day_model(pool_.security, pool_.market, start, end,
                                                   pool_.uuid);
   }
-  pool_.needs_trade_day = false;
+  pool_.script.needs_trade_day = false;
 }
 
 }  // namespace quor

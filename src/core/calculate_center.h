@@ -9,7 +9,6 @@
 #include "core/run_plan.h"
 #include "core/status.h"
 #include "core/word_scratch.h"
-#include "drawing/shape_management.h"
 
 namespace quor {
 
@@ -54,8 +53,6 @@ class CalculateCenter {
   Status evaluate_elements(Program& program, int32_t row, bool scan, int32_t line,
                            std::string& error, double& result);
 
-  ShapeManagement& shapes() { return shapes_; }
-  const ShapeManagement& shapes() const { return shapes_; }
   WordScratch& scratch() { return scratch_; }
   /// The first row of the current run.
   int32_t start_row() const { return start_row_; }
@@ -92,7 +89,6 @@ class CalculateCenter {
   Status task_value(const Task& task, int32_t row, std::string& error, double& result);
 
   DataPoolCenter& pool_;
-  ShapeManagement shapes_;
   WordScratch scratch_;
   int32_t start_row_ = 0;
   int nesting_ = 0;

@@ -81,7 +81,7 @@ void refuse_nesting() { throw std::runtime_error("expression nested too deeply")
     result = null_value;
     return Status::ok;
   }
-  if (scan) pool_.invoked_functions.insert(variable.function_word);
+  if (scan) pool_.script.invoked_functions.insert(variable.function_word);
   const Level level(nesting_);
   return variable.function->execute({pool_, *this, variable, row, scan, error, result});
 }

@@ -20,7 +20,7 @@ void Variable::reserve_aux_columns(int count) {
 void Variable::take_aux_column(const Variable& holder, size_t position) {
   column_id = holder.aux_column_ids[position];
   column_index = holder.aux_column_indexes[position];
-  pool->note_column(*this);
+  pool->script.note_column(*this);
 }
 
 void Variable::set_elements(std::vector<MathElement> list) {

@@ -47,8 +47,8 @@ struct CallMemory {
 
 /// One statement, one function call, one argument of a call or one data field.
 ///
-/// The pool owns every variable, at a stable address; all pointers between variables are plain.
-/// Reserved variables outlive a compile and so hold no pointer into one.
+/// The compiled script owns every variable, at a stable address; all pointers between variables are
+/// plain.
 struct Variable {
   explicit Variable(DataPoolCenter& owner) : pool(&owner) {}
 
@@ -67,9 +67,8 @@ struct Variable {
 
   DataPoolCenter* pool;
   VariableKind kind = VariableKind::undeclared;
-  bool whole_series = false;  ///< calculated from row 0 on every run
-  bool reserved = false;      ///< a data field that scripts read; lives as long as the instance
-  uint32_t declared_column_id = no_column;  ///< of a reserved variable, which each compile restores
+  bool whole_series = false;       ///< calculated from row 0 on every run
+  bool reserved = false;           ///< a data field or a reference
   bool reference = false;          ///< made for a reference to another security, period or quote
   size_t place = unlisted;         ///< in the list of compiled variables
   int32_t line = -1;               ///< slot index of the statement; goes into error texts

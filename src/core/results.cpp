@@ -67,7 +67,7 @@ std::string window_text(const Window& window) {
 
 std::string invoked_functions_text(const DataPoolCenter& pool) {
   std::string text = "[";
-  for (const std::string& word : pool.invoked_functions) {
+  for (const std::string& word : pool.script.invoked_functions) {
     if (text.size() > 1) text += ',';
     text += '"';
     text += word;
@@ -79,8 +79,8 @@ std::string invoked_functions_text(const DataPoolCenter& pool) {
 
 int32_t field_id_of_name(const DataPoolCenter& pool, std::string_view name) {
   if (name.empty()) return -1;
-  const auto found = std::ranges::find(pool.variable_list, name, &Variable::text);
-  return found == pool.variable_list.end() ? -1 : static_cast<int32_t>((*found)->column_id);
+  const auto found = std::ranges::find(pool.script.variable_list, name, &Variable::text);
+  return found == pool.script.variable_list.end() ? -1 : static_cast<int32_t>((*found)->column_id);
 }
 
 }  // namespace quor

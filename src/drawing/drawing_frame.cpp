@@ -26,7 +26,7 @@ Status DrawingFunc::execute(const Call& call) const {
   }
   if (call.variable.shape == nullptr) {
     Making making{.call = call, .record = row_.record(), .colour_word = {}};
-    if (row_.adds_record) call.calculator.shapes().add(making.record);
+    if (row_.adds_record) call.script().shapes.add(making.record);
     const Status status = make_record(making);
     if (failed(status)) return status;
     call.variable.shape = std::move(making.record);
@@ -182,7 +182,7 @@ std::optional<ConstantCell> DrawingFunc::constant_mark(const Variable& call) con
                         (column.fill == Fill::zero_mark || column.fill == Fill::int_mark);
   // SET may change a number.
   if (!one_mark || call.shape == nullptr || call.aux_column_indexes.empty() ||
-      call.pool->sets_variables || !is(column.argument, VariableKind::number)) {
+      call.pool->script.sets_variables || !is(column.argument, VariableKind::number)) {
     return std::nullopt;
   }
   const Variable& condition = *call.arguments[column.argument];
@@ -197,9 +197,9 @@ std::optional<ConstantCell> DrawingFunc::constant_mark(const Variable& call) con
 
 void set_title(Making& making, Title title) {
   if (title == Title::serial) {
-    making.record->Field1Text = making.call.calculator.shapes().title_of(*making.record);
+    making.record->Field1Text = making.call.script().shapes.title_of(*making.record);
   } else if (title == Title::automatic) {
-    making.record->Field1Text = making.call.pool.auto_line_name();
+    making.record->Field1Text = making.call.script().auto_line_name();
   }
 }
 

@@ -14,7 +14,7 @@ namespace {
 /// SET may change a number.
 bool has_fixed_periods(const Variable& call, size_t first) {
   const auto& arguments = call.arguments;
-  return !call.pool->sets_variables && first < arguments.size() &&
+  return !call.pool->script.sets_variables && first < arguments.size() &&
          std::all_of(arguments.begin() + static_cast<ptrdiff_t>(first), arguments.end(),
                      [](const Variable* argument) {
                        return argument != nullptr && argument->kind == VariableKind::number &&

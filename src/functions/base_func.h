@@ -54,6 +54,7 @@ struct Call {
   std::string argument_text(size_t position) const;
 
   DataTable& table() const { return pool.table(); }
+  CompiledScript& script() const { return pool.script; }
 
   /// Appends the word (and a suffix) with the statement's line to `error`; gives the status back.
   Status fail(Status status, std::string_view suffix = {}) const;

@@ -19,7 +19,7 @@ class TimeWord : public BaseFunc {
 
   Status execute(const Call& call) const override {
     if (call.scan) {
-      call.pool.needs_trade_day = true;
+      call.script().needs_trade_day = true;
       return Status::ok;
     }
     return call.answer(value_at(call.pool.bar_time(call.row), call.pool));

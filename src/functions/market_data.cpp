@@ -87,7 +87,7 @@ class MarketConstant final : public BaseFunc {
 
   Status execute(const Call& call) const override {
     if (call.scan) {
-      call.pool.needs_extra_data = true;
+      call.script().needs_extra_data = true;
       return call.answer(null_value);
     }
     call.pool.refresh_extra_data();

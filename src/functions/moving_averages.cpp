@@ -48,7 +48,7 @@ class EMA : public BaseFunc {
     double period = null_value;
     ignore_status(call.evaluate_passing_scan(1, period));
     const int32_t n = to_int(period);
-    if (call.scan) call.pool.raise_period(n);
+    if (call.scan) call.script().raise_period(n);
     if (call.scan || is_null(period) || n == 0) return call.answer(null_value);
     return exponential_average(call, n);
   }
@@ -90,8 +90,8 @@ class SMA final : public BaseFunc {
 
  private:
   static Status scan(const Call& call, int32_t n, int32_t m) {
-    call.pool.raise_period(n);
-    call.pool.raise_period(m);
+    call.script().raise_period(n);
+    call.script().raise_period(m);
     return Status::ok;
   }
 
@@ -179,7 +179,7 @@ class MEMA final : public BaseFunc {
     const int64_t n = to_int(period);
     if (n < 1 || call.row < n - 1) return call.answer(null_value);
     if (call.scan) {
-      call.pool.raise_period(to_int(period));
+      call.script().raise_period(to_int(period));
       return Status::ok;
     }
     return average(call, n);
@@ -207,7 +207,7 @@ class EXPMEMA final : public BaseFunc {
     if (const Status status = call.evaluate_passing_scan(1, period); failed(status)) return status;
     const int64_t n = to_int(period);
     if (call.scan) {
-      call.pool.raise_period(to_int(period));
+      call.script().raise_period(to_int(period));
       return Status::ok;
     }
     if (is_null(period) || n == 0 || call.row < n - 1) return call.answer(null_value);
@@ -238,7 +238,7 @@ class TRMA final : public BaseFunc {
     const int32_t n = to_int(period);
     if (n < 1) return call.answer(null_value);
     if (call.scan) {
-      call.pool.raise_period(n);
+      call.script().raise_period(n);
       return Status::ok;
     }
     double x = null_value;

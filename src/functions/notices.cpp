@@ -20,8 +20,8 @@ void make_record(const Call& call) {
   record->Field1Id = static_cast<int32_t>(notice.aux_column_ids[0]);
   record->TitleVisible = 0;
   record->NoticeLineNumber = notice.line;
-  call.pool.contains_notice = true;
-  call.calculator.shapes().add(record);
+  call.script().contains_notice = true;
+  call.script().shapes.add(record);
   notice.shape = std::move(record);
 }
 
@@ -73,7 +73,7 @@ class NOTICE final : public BaseFunc {
   Status execute(const Call& call) const override {
     const size_t count = call.argument_count();
     if (count != 2 && count != 3) return call.wrong_count();
-    if (call.pool.looks_ahead) return call.fail(Status::notice_looks_ahead);
+    if (call.script().looks_ahead) return call.fail(Status::notice_looks_ahead);
     if (call.variable.shape == nullptr) make_record(call);
     if (call.scan || call.argument(0).text.empty()) return Status::ok;
 

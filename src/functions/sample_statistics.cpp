@@ -34,7 +34,7 @@ class SUM final : public BaseFunc {
     int64_t n = to_int(period);
     if (n == 0) n = static_cast<int64_t>(call.row) + 1;
     if (call.scan) {
-      call.pool.raise_period(static_cast<int32_t>(n));
+      call.script().raise_period(static_cast<int32_t>(n));
       return Status::ok;
     }
     double x = null_value;

@@ -158,7 +158,7 @@ class SarWord : public BaseFunc {
     if (failed(status)) return status;
     settings.bars = to_int(bars);
     if (call.scan) {
-      call.pool.raise_period(settings.bars);
+      call.script().raise_period(settings.bars);
       return Status::ok;
     }
     status = call.evaluate(1, settings.step);

@@ -155,7 +155,7 @@ class BACKSET final : public BaseFunc {
     if (failed(status)) return status;
     double period = null_value;
     status = call.evaluate_passing_scan(1, period);
-    if (!failed(status)) call.pool.raise_period(to_int(period));
+    if (!failed(status)) call.script().raise_period(to_int(period));
     return status;
   }
 };

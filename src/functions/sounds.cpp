@@ -20,7 +20,7 @@ void make_record(const Call& call, std::string_view sound) {
   call.variable.reserve_aux_columns(1);
   record->Field1VisibleId = static_cast<int32_t>(call.variable.aux_column_ids[0]);
   record->TitleVisible = 0;
-  call.calculator.shapes().add(record);
+  call.script().shapes.add(record);
   call.variable.shape = std::move(record);
 }
 

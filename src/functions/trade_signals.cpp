@@ -29,7 +29,7 @@ void make_record(const Call& call) {
   record->Field1Id = static_cast<int32_t>(signal.aux_column_ids[0]);
   record->TitleVisible = 0;
   record->NoticeLineNumber = signal.line;
-  call.calculator.shapes().add(record);
+  call.script().shapes.add(record);
   signal.shape = std::move(record);
 }
 
@@ -48,7 +48,7 @@ Status execute_signal(const Call& call, uint32_t action) {
   const size_t count = call.argument_count();
   if (count != 2 && count != 3) return call.wrong_count();
   // A bar that may still change its past can't trade.
-  if (call.pool.looks_ahead) return call.fail(Status::signal_looks_ahead);
+  if (call.script().looks_ahead) return call.fail(Status::signal_looks_ahead);
   if (call.variable.shape == nullptr) make_record(call);
   if (call.scan) return Status::ok;
 

@@ -147,7 +147,7 @@ class ADMA final : public BaseFunc {
     if (const Status status = call.evaluate(1, period); failed(status)) return status;
     const int32_t n = to_int(period);
     if (call.scan) {
-      call.pool.raise_period(n);
+      call.script().raise_period(n);
       return Status::ok;
     }
     if (n == 0) return call.answer(null_value);

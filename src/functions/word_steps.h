@@ -13,7 +13,7 @@ namespace quor {
 inline Status raise_period_of(const Call& call, size_t position) {
   double period = null_value;
   const Status status = call.evaluate(position, period);
-  if (!failed(status)) call.pool.raise_period(to_int(period));
+  if (!failed(status)) call.script().raise_period(to_int(period));
   return status;
 }
 

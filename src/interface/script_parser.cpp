@@ -68,7 +68,7 @@ void ScriptParser::set_uuid(uint64_t new_uuid) {
 double ScriptParser::field_value(int32_t field_id, int32_t row) {
   const DataTable& table = pool_.table();
   if (field_id >= 0) return table.cell(row, table.column_index_of(static_cast<uint32_t>(field_id)));
-  for (const auto& [text, argument] : context_.argument_variables) {
+  for (const auto& [text, argument] : pool_.script.argument_variables) {
     if (static_cast<int32_t>(argument->column_id) != field_id) continue;
     std::string unread;
     double value = null_value;
@@ -88,6 +88,6 @@ std::string ScriptParser::variable_fields() const {
   return variable_fields_text(pool_, context_.declared_names);
 }
 
-std::string ScriptParser::shapes() const { return calculator_.shapes().to_json(); }
+std::string ScriptParser::shapes() const { return pool_.script.shapes.to_json(); }
 
 }  // namespace quor
