@@ -58,7 +58,7 @@ struct Engine {
     quor::build_function_registry();
     settle("600000", "USHA", 0x3005);
     for (const quor::Field& field : quor::reserved_fields()) {
-      quor::add_reserved_variable(context, field.word, static_cast<uint32_t>(field.id), false);
+      context.add_reserved_variable(field.word, static_cast<uint32_t>(field.id), false);
     }
     pool.fire_signals = true;
     pool.extra_data_callback = [](const char*, const char*, const char*) {

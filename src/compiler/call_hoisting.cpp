@@ -7,6 +7,7 @@
 
 #include "compiler/expressions.h"
 #include "compiler/tokenizer.h"
+#include "core/lowering.h"
 #include "core/status.h"
 #include "drawing/colour_text.h"
 #include "functions/registry.h"
@@ -222,7 +223,7 @@ class Hoisting {
         build_elements(context_, {call.text, VariableKind::call, line_, parent_column_id},
                        whole_series, elements, error_);
     if (failed(status)) return status;
-    call.set_elements(std::move(elements));
+    set_elements(call, std::move(elements));
     call.whole_series = whole_series;
     return Status::ok;
   }
@@ -257,7 +258,7 @@ class Hoisting {
     if (failed(status)) return status;
     // A plain word or a quoted text finds itself; it has no expression.
     const bool itself = elements.size() == 2 && elements[0].variable == &argument;
-    argument.set_elements(itself ? std::vector<MathElement>() : std::move(elements));
+    set_elements(argument, itself ? std::vector<MathElement>() : std::move(elements));
     argument.whole_series = whole_series;
     if (whole_series) {
       call.whole_series = true;

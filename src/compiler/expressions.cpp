@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "compiler/tokenizer.h"
+#include "core/lowering.h"
 #include "core/status.h"
 #include "functions/base_func.h"
 #include "tables/field_table.h"

@@ -10,7 +10,6 @@
 #include "compiler/settings.h"
 #include "compiler/statements.h"
 #include "core/status.h"
-#include "tables/field_table.h"
 #include "text/numbers.h"
 #include "text/strings.h"
 
@@ -49,29 +48,10 @@ std::string report_of_failure(Status status, std::string_view error) {
 
 }  // namespace
 
-void reset_compile_state(CompileContext& context) {
-  std::erase_if(context.declared_names,
-                [](const auto& entry) { return !reserved_field_id(entry.first); });
-  context.pool.reset();
-}
-
-void add_reserved_variable(CompileContext& context, std::string_view word, uint32_t column_id,
-                           bool add_column) {
-  Variable& variable = context.pool.declare_field(word, column_id);
-  if (add_column) variable.column_index = context.pool.table().add_column(column_id);
-  context.declared_names.try_emplace(std::string(word), column_id);
-}
-
-void add_reference(CompileContext& context, std::string_view word, uint32_t column_id) {
-  Variable& variable = context.pool.make_reference(word, column_id);
-  variable.column_index = context.pool.table().add_column(column_id);
-  context.declared_names.try_emplace(std::string(word), column_id);
-}
-
 Status compile_script(CompileContext& context, std::string& script, std::string_view parameters,
                       std::string_view lines, std::string& error) {
   if (script.empty()) return Status::ok;
-  reset_compile_state(context);
+  context.reset();
   std::vector<std::string> slots;
   Status status = split_statements(script, slots, error);
   if (failed(status)) return status;

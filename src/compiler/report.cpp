@@ -3,9 +3,9 @@
 #include <utility>
 #include <vector>
 
-#include "core/results.h"
 #include "core/status.h"
 #include "tables/field_table.h"
+#include "text/json.h"
 #include "text/numbers.h"
 
 namespace quor {

@@ -7,6 +7,7 @@
 #include "compiler/call_hoisting.h"
 #include "compiler/expressions.h"
 #include "compiler/tokenizer.h"
+#include "core/lowering.h"
 #include "core/status.h"
 #include "functions/registry.h"
 #include "text/numbers.h"
@@ -220,7 +221,7 @@ class StatementCompiler {
           std::ranges::find(pool_.script.variable_list, statement.column_id, &Variable::column_id);
       if (first != pool_.script.variable_list.end()) (*first)->whole_series = true;
     }
-    statement.set_elements(std::move(elements));
+    set_elements(statement, std::move(elements));
     statement.kind = VariableKind::expression;
     return Status::ok;
   }

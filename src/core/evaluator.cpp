@@ -2,6 +2,7 @@
 #include <stdexcept>
 
 #include "core/calculate_center.h"
+#include "core/call.h"
 #include "core/status.h"
 #include "functions/base_func.h"
 #include "text/numbers.h"

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/program.h"
+#include "tables/field_table.h"
 
 namespace quor {
 
@@ -14,9 +15,6 @@ class BaseFunc;
 class BaseShape;
 class DataPoolCenter;
 struct Variable;
-
-/// A column id that names no column.
-inline constexpr uint32_t no_column = 0xFFFFFFFF;
 
 /// The place of a variable that stands in no list.
 inline constexpr size_t unlisted = SIZE_MAX;
@@ -52,18 +50,8 @@ struct CallMemory {
 struct Variable {
   explicit Variable(DataPoolCenter& owner) : pool(&owner) {}
 
-  /// Replaces the auxiliary columns of this variable by `count` new ones, all cells null. Without
-  /// memory for all of them those before stay.
-  void reserve_aux_columns(int count);
-
   /// Whether the variable's own column holds its series: an argument id is no data column.
   bool has_column() const { return static_cast<int32_t>(column_id) >= 0 && column_index != -1; }
-
-  /// Makes an auxiliary column of a call this variable's own.
-  void take_aux_column(const Variable& holder, size_t position);
-
-  /// Stores the finished list of the right-hand side and lowers it.
-  void set_elements(std::vector<MathElement> list);
 
   DataPoolCenter* pool;
   VariableKind kind = VariableKind::undeclared;

@@ -1,8 +1,7 @@
 #include "drawing/drawing_frame.h"
 
-#include "core/calculate_center.h"
-#include "core/data_pool_center.h"
-#include "core/status.h"
+#include "core/call.h"
+#include "core/column_owners.h"
 #include "drawing/colour_text.h"
 #include "text/numbers.h"
 
@@ -57,7 +56,7 @@ Status DrawingFunc::make_step(MakingStep step, Making& making) const {
     case MakingStep::colours:
       return resolve_colours(making);
     case MakingStep::columns:
-      return reserve_columns(making);
+      return make_columns(making);
     case MakingStep::items:
       return read_items(making, row_.items, row_.items_from);
     case MakingStep::values:
@@ -98,10 +97,10 @@ Status DrawingFunc::resolve_colours(Making& making) const {
   return Status::ok;
 }
 
-Status DrawingFunc::reserve_columns(Making& making) const {
+Status DrawingFunc::make_columns(Making& making) const {
   if (row_.columns.empty()) return Status::ok;
   Variable& call = making.call.variable;
-  call.reserve_aux_columns(static_cast<int>(row_.columns.size()));
+  reserve_columns(call, row_.columns.size());
   size_t position = 0;
   for (const Column& column : row_.columns) {
     const uint32_t id = call.aux_column_ids[position++];
@@ -220,7 +219,7 @@ void bind_value_field(Variable& argument, int32_t& field) {
   if (argument.text.empty()) return;
   // A negative id is that of an argument, not of a column.
   if (static_cast<int32_t>(argument.column_id) < 0) {
-    argument.reserve_aux_columns(1);
+    reserve_columns(argument, 1);
     field = static_cast<int32_t>(argument.aux_column_ids[0]);
   } else {
     field = static_cast<int32_t>(argument.column_id);
@@ -229,7 +228,7 @@ void bind_value_field(Variable& argument, int32_t& field) {
 
 void reserve_visibility_column(Making& making) {
   Variable& call = making.call.variable;
-  call.reserve_aux_columns(1);
+  reserve_columns(call, 1);
   making.record->Field1VisibleId = static_cast<int32_t>(call.aux_column_ids[0]);
 }
 

@@ -14,7 +14,7 @@
 #include <string_view>
 #include <vector>
 
-#include "core/status.h"
+#include "core/call.h"
 #include "core/value.h"
 #include "drawing/shapes.h"
 #include "functions/base_func.h"
@@ -206,7 +206,7 @@ class DrawingFunc : public BaseFunc {
   Status make_step(MakingStep step, Making& making) const;
   Status read_constants(Making& making) const;
   Status resolve_colours(Making& making) const;
-  Status reserve_columns(Making& making) const;
+  Status make_columns(Making& making) const;
   Status write_column(const Call& call, BaseShape& record, size_t position) const;
   double mark(Fill fill, double condition, BaseShape& record) const;
 

@@ -1,8 +1,6 @@
 // Lines that run through a value at every bar. POLYLINE is what every output line of a script
 // becomes.
-#include "core/calculate_center.h"
-#include "core/data_pool_center.h"
-#include "core/status.h"
+#include "core/call.h"
 #include "drawing/drawing_frame.h"
 #include "functions/families.h"
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "core/data_pool_center.h"
+#include "core/call.h"
 #include "functions/families.h"
 #include "functions/one_bar.h"
 #include "functions/series.h"

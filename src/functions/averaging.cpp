@@ -4,6 +4,8 @@
 #include <numeric>
 #include <span>
 
+#include "core/call.h"
+#include "core/column_owners.h"
 #include "core/model.h"
 #include "functions/series.h"
 
@@ -54,8 +56,8 @@ WindowSeed recompute_seed(std::span<const double> x, int64_t previous_row, int64
 /// X's own column, reserved on X itself.
 int32_t column_on_argument(Variable& argument) {
   if (!argument.has_column() && argument.kind != VariableKind::missing) {
-    argument.reserve_aux_columns(1);
-    adopt_aux_column(argument, argument, 0);
+    reserve_columns(argument, 1);
+    hand_over_column(argument, 0, argument);
   }
   return argument.column_index;
 }
@@ -64,10 +66,10 @@ int32_t column_on_argument(Variable& argument) {
 /// one for the results.
 void reserve_average_columns(Variable& variable) {
   if (!variable.has_column()) {
-    if (variable.aux_column_ids.empty()) variable.reserve_aux_columns(2);
-    adopt_aux_column(variable, variable, 1);
+    if (variable.aux_column_ids.empty()) reserve_columns(variable, 2);
+    hand_over_column(variable, 1, variable);
   } else if (variable.aux_column_ids.empty()) {
-    variable.reserve_aux_columns(1);
+    reserve_columns(variable, 1);
   }
 }
 
@@ -127,7 +129,7 @@ double moving_average(const Call& call) {
 
   const int32_t series = column_on_argument(call.argument(0));
   reserve_average_columns(call.variable);
-  const AverageColumns columns{series, call.variable.column_index, aux_column(call.variable, 0)};
+  const AverageColumns columns{series, call.variable.column_index, held_column(call.variable, 0)};
   DataTable& table = call.table();
   const int64_t n = to_int(period);
   double result = null_value;
@@ -139,15 +141,6 @@ double moving_average(const Call& call) {
   }
   table.set_cell(call.row, columns.series, x);
   return result;
-}
-
-int32_t aux_column(const Variable& variable, size_t position) {
-  return position < variable.aux_column_indexes.size() ? variable.aux_column_indexes[position] : -1;
-}
-
-void adopt_aux_column(Variable& variable, const Variable& holder, size_t position) {
-  if (position >= holder.aux_column_ids.size()) return;
-  variable.take_aux_column(holder, position);
 }
 
 }  // namespace quor

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "core/call.h"
 #include "core/data_table.h"
 #include "core/value.h"
 #include "functions/base_func.h"
@@ -58,19 +59,6 @@ AverageStep sliding_average(DataTable& table, const AverageColumns& columns, int
 
 /// A bar of MA(X, N) for a call that keeps the state of it.
 double moving_average(const Call& call);
-
-/// The position of an auxiliary column, -1 for one that was never reserved.
-int32_t aux_column(const Variable& variable, size_t position);
-
-/// Makes an auxiliary column of `holder` the own column of `variable`.
-void adopt_aux_column(Variable& variable, const Variable& holder, size_t position);
-
-/// The column in which the call's results stand; reserved at first use for a word whose calls get
-/// none from the compiler.
-inline int32_t result_column(const Call& call) {
-  ensure_result_column(call);
-  return call.variable.column_index;
-}
 
 /// Writes the bar's state or result into a column and gives it back.
 inline double keep(const Call& call, int32_t column, double value) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/call.h"
 #include "tables/field_table.h"
 
 namespace quor {

@@ -1,7 +1,6 @@
 // Words that tell the date and the time of a bar.
 #include "calendar/civil_time.h"
-#include "core/data_pool_center.h"
-#include "core/status.h"
+#include "core/call.h"
 #include "functions/families.h"
 
 namespace quor {

@@ -2,8 +2,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "core/calculate_center.h"
-#include "core/data_pool_center.h"
+#include "core/call.h"
 #include "functions/chip_distribution.h"
 #include "functions/families.h"
 #include "functions/one_bar.h"

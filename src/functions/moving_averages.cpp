@@ -1,5 +1,6 @@
 // The averages that carry their value from bar to bar in a column of the table.
-#include "core/data_pool_center.h"
+#include "core/call.h"
+#include "core/column_owners.h"
 #include "functions/averaging.h"
 #include "functions/families.h"
 #include "functions/word_steps.h"
@@ -255,18 +256,18 @@ class TRMA final : public BaseFunc {
   static void reserve(const Call& call) {
     Variable& variable = call.variable;
     Variable& x = call.argument(0);
-    if (variable.aux_column_ids.empty()) variable.reserve_aux_columns(places);
-    if (!x.has_column()) adopt_aux_column(x, variable, x_place);
-    if (!variable.has_column()) adopt_aux_column(variable, variable, result_place);
+    if (variable.aux_column_ids.empty()) reserve_columns(variable, places);
+    if (!x.has_column()) hand_over_column(variable, x_place, x);
+    if (!variable.has_column()) hand_over_column(variable, result_place, variable);
   }
 
   static double average(const Call& call, int64_t k, double x) {
     reserve(call);
     const Variable& variable = call.variable;
-    const AverageColumns inner{call.argument(0).column_index, aux_column(variable, inner_average),
-                               aux_column(variable, inner_count)};
+    const AverageColumns inner{call.argument(0).column_index, held_column(variable, inner_average),
+                               held_column(variable, inner_count)};
     const AverageColumns outer{inner.result, variable.column_index,
-                               aux_column(variable, outer_count)};
+                               held_column(variable, outer_count)};
     DataTable& table = call.table();
     table.set_cell(call.row, inner.series, x);
     if (call.row >= k - 1) {

@@ -7,7 +7,7 @@
 #include <optional>
 #include <tuple>
 
-#include "core/status.h"
+#include "core/call.h"
 #include "core/value.h"
 #include "functions/base_func.h"
 

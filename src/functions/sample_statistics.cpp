@@ -3,7 +3,7 @@
 #include <cmath>
 #include <stdexcept>
 
-#include "core/data_pool_center.h"
+#include "core/call.h"
 #include "functions/averaging.h"
 #include "functions/call_memory.h"
 #include "functions/families.h"

@@ -1,6 +1,7 @@
 // Signals held back after a signal, and bars marked before one.
 #include <algorithm>
 
+#include "core/call.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 

@@ -1,7 +1,6 @@
 // The words that send a trade signal to the host: COND, NAME and an optional QUANTITY.
-#include "core/calculate_center.h"
-#include "core/data_pool_center.h"
-#include "core/status.h"
+#include "core/call.h"
+#include "core/column_owners.h"
 #include "drawing/shapes.h"
 #include "functions/families.h"
 #include "interface/host_callbacks.h"
@@ -25,7 +24,7 @@ void make_record(const Call& call) {
     record->trade_count = to_int(quantity);
     signal.value = quantity;
   }
-  signal.reserve_aux_columns(1);
+  reserve_columns(signal, 1);
   record->Field1Id = static_cast<int32_t>(signal.aux_column_ids[0]);
   record->TitleVisible = 0;
   record->NoticeLineNumber = signal.line;

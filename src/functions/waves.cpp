@@ -1,6 +1,7 @@
 // Bars that stand out from the N bars on each side of them.
 #include <algorithm>
 
+#include "core/call.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 #include "functions/series.h"

@@ -2,7 +2,7 @@
 // place from columns, oldest value first.
 #include <cmath>
 
-#include "core/data_pool_center.h"
+#include "core/call.h"
 #include "functions/averaging.h"
 #include "functions/families.h"
 #include "functions/power.h"

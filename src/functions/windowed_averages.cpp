@@ -1,7 +1,7 @@
 // The averages that go over their window again at every bar.
 #include <cmath>
 
-#include "core/data_pool_center.h"
+#include "core/call.h"
 #include "functions/averaging.h"
 #include "functions/families.h"
 #include "functions/power.h"

@@ -1,8 +1,7 @@
 // What many words do in scan mode.
 #pragma once
 
-#include "core/data_pool_center.h"
-#include "core/status.h"
+#include "core/call.h"
 #include "core/value.h"
 #include "functions/base_func.h"
 
