@@ -7,6 +7,7 @@
 
 #include "compiler/expressions.h"
 #include "compiler/tokenizer.h"
+#include "core/lowering.h"
 #include "core/status.h"
 #include "drawing/colour_text.h"
 #include "functions/registry.h"
@@ -34,7 +35,7 @@ std::string_view declared_name(std::string_view text) {
 
 bool names_reserved_field(const DataPoolCenter& pool, std::string_view piece) {
   // TIME is a field and a function; in a script it is always the function.
-  return piece != "TIME" && pool.find_reserved(piece) != nullptr;
+  return piece != "TIME" && pool.script.find_reserved(piece) != nullptr;
 }
 
 /// Where parentheses close, found without walking the text anew for every word.
@@ -205,12 +206,12 @@ class Hoisting {
     call.function_id = function.id();
     call.function = &function;
     call.line = line_;
-    call.name = pool.next_hidden_name();
+    call.name = pool.script.next_hidden_name();
     if (function.uses_result_column()) {
       call.column_id = pool.table().take_auxiliary_id();
       call.column_index = pool.table().add_column(call.column_id);
     }
-    pool.list_variable(call);
+    pool.script.list(call);
     return call;
   }
 
@@ -222,7 +223,7 @@ class Hoisting {
         build_elements(context_, {call.text, VariableKind::call, line_, parent_column_id},
                        whole_series, elements, error_);
     if (failed(status)) return status;
-    call.set_elements(std::move(elements));
+    set_elements(call, std::move(elements));
     call.whole_series = whole_series;
     return Status::ok;
   }
@@ -245,7 +246,7 @@ class Hoisting {
     std::string text;
     Status status = normalize_expression(context_, piece, false, line_, text, error_);
     if (failed(status)) return status;
-    Variable* shared = context_.pool.find_with_column(piece);
+    Variable* shared = context_.script.find_with_column(piece);
     if (shared != nullptr) shared->source_text = piece;
     Variable& argument = shared != nullptr ? *shared : make_argument(text);
     call.arguments[position] = &argument;
@@ -257,7 +258,7 @@ class Hoisting {
     if (failed(status)) return status;
     // A plain word or a quoted text finds itself; it has no expression.
     const bool itself = elements.size() == 2 && elements[0].variable == &argument;
-    argument.set_elements(itself ? std::vector<MathElement>() : std::move(elements));
+    set_elements(argument, itself ? std::vector<MathElement>() : std::move(elements));
     argument.whole_series = whole_series;
     if (whole_series) {
       call.whole_series = true;
@@ -273,16 +274,16 @@ class Hoisting {
     Variable& argument = pool.make_variable();
     argument.line = line_;
     argument.text = text;
-    argument.name = pool.next_hidden_name();
+    argument.name = pool.script.next_hidden_name();
     const auto number = to_number(text);
     argument.kind = number ? VariableKind::number : VariableKind::expression;
     argument.value = number.value_or(0.0);
-    pool.list_variable(argument);
+    pool.script.list(argument);
     if (number) return argument;
-    const auto [entry, added] = context_.argument_variables.try_emplace(text, &argument);
+    const auto [entry, added] = context_.script.argument_variables.try_emplace(text, &argument);
     argument.column_id =
-        added ? ~static_cast<uint32_t>(pool.hidden_name_count()) : entry->second->column_id;
-    pool.note_column(argument);
+        added ? ~static_cast<uint32_t>(pool.script.hidden_name_count()) : entry->second->column_id;
+    pool.script.note_column(argument);
     return argument;
   }
 

@@ -5,10 +5,10 @@
 #include <bit>
 
 #include "core/calculate_center.h"
+#include "core/column_call.h"
 #include "core/data_pool_center.h"
 #include "core/reduce.h"
 #include "functions/base_func.h"
-#include "functions/column_call.h"
 
 namespace quor {
 namespace {

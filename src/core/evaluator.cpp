@@ -2,6 +2,7 @@
 #include <stdexcept>
 
 #include "core/calculate_center.h"
+#include "core/call.h"
 #include "core/reduce.h"
 #include "core/status.h"
 #include "functions/base_func.h"
@@ -47,7 +48,7 @@ void refuse_nesting() { throw std::runtime_error("expression nested too deeply")
     result = null_value;
     return Status::ok;
   }
-  if (scan) pool_.invoked_functions.insert(variable.function_word);
+  if (scan) pool_.script.invoked_functions.insert(variable.function_word);
   const Level level(nesting_);
   return variable.function->execute({pool_, *this, variable, row, scan, error, result});
 }
@@ -185,7 +186,7 @@ Status CalculateCenter::run_rows(std::span<const uint32_t> statements, Block row
   for (at_.row = rows.first; at_.row < rows.end; ++at_.row) {
     for (const uint32_t position : statements) {
       at_.statement = position;
-      const Status status = run_statement(*pool_.statement_list[position], at_.row, error);
+      const Status status = run_statement(*pool_.script.statement_list[position], at_.row, error);
       if (failed(status)) return status;
     }
   }

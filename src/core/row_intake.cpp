@@ -43,9 +43,9 @@ double number_of(dom::element value) {
 class RowShape {
  public:
   RowShape(const DataPoolCenter& pool, std::vector<int32_t>& column_indexes) {
-    std::set<int32_t> ids = pool.extra_field_set;
-    for (const auto* references :
-         {&pool.cross_security_map, &pool.cross_period_map, &pool.realtime_map}) {
+    std::set<int32_t> ids = pool.script.extra_field_set;
+    for (const auto* references : {&pool.script.cross_security_map, &pool.script.cross_period_map,
+                                   &pool.script.realtime_map}) {
       for (const auto& [id, key] : *references) ids.insert(id);
     }
     const auto index_of = [&pool](int32_t id) {

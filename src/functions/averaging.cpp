@@ -4,6 +4,8 @@
 #include <numeric>
 #include <span>
 
+#include "core/call.h"
+#include "core/column_owners.h"
 #include "core/model.h"
 #include "functions/series.h"
 
@@ -41,8 +43,8 @@ std::span<const double> existing(std::span<const double> values, int64_t first, 
 /// X's own column, reserved on X itself.
 int32_t column_on_argument(Variable& argument) {
   if (!argument.has_column() && argument.kind != VariableKind::missing) {
-    argument.reserve_aux_columns(1);
-    adopt_aux_column(argument, argument, 0);
+    reserve_columns(argument, 1);
+    hand_over_column(argument, 0, argument);
   }
   return argument.column_index;
 }
@@ -51,10 +53,10 @@ int32_t column_on_argument(Variable& argument) {
 /// one for the results.
 void reserve_average_columns(Variable& variable) {
   if (!variable.has_column()) {
-    if (variable.aux_column_ids.empty()) variable.reserve_aux_columns(2);
-    adopt_aux_column(variable, variable, 1);
+    if (variable.aux_column_ids.empty()) reserve_columns(variable, 2);
+    hand_over_column(variable, 1, variable);
   } else if (variable.aux_column_ids.empty()) {
-    variable.reserve_aux_columns(1);
+    reserve_columns(variable, 1);
   }
 }
 
@@ -76,8 +78,7 @@ AverageStep sliding_average(DataTable& table, const AverageColumns& columns, int
                             int64_t count, int64_t n) {
   const int64_t before = int64_t{row} - 1;
   const AverageState state{table.cell(before, columns.result), table.cell(before, columns.count)};
-  const AverageStep step =
-      sliding_average(table.cells(columns.series), state, row, x, count, n);
+  const AverageStep step = sliding_average(table.cells(columns.series), state, row, x, count, n);
   table.set_cell(row, columns.result, step.value);
   table.set_cell(row, columns.count, static_cast<double>(step.count));
   return step;
@@ -91,7 +92,7 @@ double moving_average(const Call& call) {
 
   const int32_t series = column_on_argument(call.argument(0));
   reserve_average_columns(call.variable);
-  const AverageColumns columns{series, call.variable.column_index, aux_column(call.variable, 0)};
+  const AverageColumns columns{series, call.variable.column_index, held_column(call.variable, 0)};
   DataTable& table = call.table();
   const int64_t n = to_int(period);
   double result = null_value;
@@ -139,9 +140,8 @@ const double* moving_average(const ColumnCall& call) {
     int32_t row = call.rows.first + static_cast<int32_t>(i);
     const int32_t known = to_int(state.count);
     if (n >= 1 && row >= n && known > 0 && !is_null(state.result)) {
-      const size_t passed =
-          steady_means(state.result, known, series.data() + row - n, x + i, call.size() - i,
-                       results + i);
+      const size_t passed = steady_means(state.result, known, series.data() + row - n, x + i,
+                                         call.size() - i, results + i);
       std::fill_n(counts + i, passed, known);
       i += passed;
       row += static_cast<int32_t>(passed);
@@ -158,15 +158,6 @@ const double* moving_average(const ColumnCall& call) {
     counts[i] = state.count;
   }
   return results;
-}
-
-int32_t aux_column(const Variable& variable, size_t position) {
-  return position < variable.aux_column_indexes.size() ? variable.aux_column_indexes[position] : -1;
-}
-
-void adopt_aux_column(Variable& variable, const Variable& holder, size_t position) {
-  if (position >= holder.aux_column_ids.size()) return;
-  variable.take_aux_column(holder, position);
 }
 
 }  // namespace quor

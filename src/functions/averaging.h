@@ -4,10 +4,11 @@
 #include <cstdint>
 #include <span>
 
+#include "core/call.h"
+#include "core/column_call.h"
 #include "core/data_table.h"
 #include "core/value.h"
 #include "functions/base_func.h"
-#include "functions/column_call.h"
 #include "functions/series.h"
 
 namespace quor {
@@ -74,11 +75,13 @@ inline AverageStep average_step(int64_t count, double x, const WindowSeed& seed)
   if (is_null(x)) {
     delta = is_null(seed.leaving) ? 0 : -1;
   } else {
-    if (is_null(sum)) [[unlikely]] sum = 0.0;
+    if (is_null(sum)) [[unlikely]]
+      sum = 0.0;
     sum += x;
   }
   const int64_t new_count = count + delta;
-  if (new_count <= 0) [[unlikely]] return {null_value, new_count};
+  if (new_count <= 0) [[unlikely]]
+    return {null_value, new_count};
   return {sum / static_cast<double>(new_count), new_count};
 }
 
@@ -112,19 +115,6 @@ AverageStep sliding_average(DataTable& table, const AverageColumns& columns, int
 /// A bar of MA(X, N) for a call that keeps the state of it.
 double moving_average(const Call& call);
 const double* moving_average(const ColumnCall& call);
-
-/// The position of an auxiliary column, -1 for one that was never reserved.
-int32_t aux_column(const Variable& variable, size_t position);
-
-/// Makes an auxiliary column of `holder` the own column of `variable`.
-void adopt_aux_column(Variable& variable, const Variable& holder, size_t position);
-
-/// The column in which the call's results stand; reserved at first use for a word whose calls get
-/// none from the compiler.
-inline int32_t result_column(const Call& call) {
-  ensure_result_column(call);
-  return call.variable.column_index;
-}
 
 /// Writes the bar's state or result into a column and gives it back.
 inline double keep(const Call& call, int32_t column, double value) {

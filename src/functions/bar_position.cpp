@@ -1,4 +1,5 @@
 // Where a bar stands among the rows of the table.
+#include "core/call.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 #include "functions/series.h"

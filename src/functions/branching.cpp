@@ -1,6 +1,6 @@
 // Words that choose. A branch that isn't taken isn't evaluated, so what its words keep from bar to
 // bar stands still.
-#include "core/status.h"
+#include "core/call.h"
 #include "core/value.h"
 #include "functions/base_func.h"
 #include "functions/families.h"

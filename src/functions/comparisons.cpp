@@ -2,7 +2,7 @@
 // the null itself. A comparison with a null is false.
 #include <limits>
 
-#include "core/data_pool_center.h"
+#include "core/call.h"
 #include "functions/families.h"
 #include "functions/one_bar.h"
 #include "tables/field_table.h"

@@ -1,6 +1,8 @@
 // Two series that disagree: price makes a new extreme and the other series doesn't.
 #include <algorithm>
 
+#include "core/call.h"
+#include "core/column_owners.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 #include "functions/window_extremes.h"
@@ -108,9 +110,9 @@ class DIVERGENCE final : public BaseFunc {
     const bool fills_a = !a.has_column();
     const bool adds_b = &b != &a && !b.has_column();
     if (fills_a || adds_b) {
-      call.variable.reserve_aux_columns(fills_a + adds_b);
-      if (fills_a) a.take_aux_column(call.variable, 0);
-      if (adds_b) b.take_aux_column(call.variable, fills_a);
+      reserve_columns(call.variable, size_t{fills_a} + size_t{adds_b});
+      if (fills_a) hand_over_column(call.variable, 0, a);
+      if (adds_b) hand_over_column(call.variable, fills_a, b);
     }
     if (fills_a) {
       const Status status = fill(call, a);

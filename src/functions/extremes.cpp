@@ -1,6 +1,7 @@
 // The greatest and the smallest value of the last bars, and how long ago it was.
 #include <algorithm>
 
+#include "core/call.h"
 #include "functions/call_memory.h"
 #include "functions/families.h"
 #include "functions/over_window.h"

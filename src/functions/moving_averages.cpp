@@ -1,5 +1,6 @@
 // The averages that carry their value from bar to bar in a column of the table.
-#include "core/data_pool_center.h"
+#include "core/call.h"
+#include "core/column_owners.h"
 #include "functions/averaging.h"
 #include "functions/families.h"
 #include "functions/recurrence.h"
@@ -33,7 +34,7 @@ struct ExponentialStep {
     if (call.argument_count() != 2) return call.wrong_count();
     double period = null_value;
     ignore_status(call.evaluate_passing_scan(1, period));
-    call.pool.raise_period(to_int(period));
+    call.script().raise_period(to_int(period));
     return call.answer(null_value);
   }
   bool take(size_t, double period, const DataTable&) {
@@ -43,7 +44,8 @@ struct ExponentialStep {
   static double first(double x) { return x; }
   double next(double x, double prev) const {
     const double y = exponential_step(n, x, prev);
-    if (!is_null(y)) [[likely]] return y;
+    if (!is_null(y)) [[likely]]
+      return y;
     return is_null(x) ? x : is_null(prev) ? exponential_step(n, x, x) : y;
   }
 };
@@ -84,8 +86,8 @@ struct SmoothingStep {
     double weight = null_value;
     status = call.evaluate(2, weight);
     if (failed(status)) return status;
-    call.pool.raise_period(to_int(period));
-    call.pool.raise_period(to_int(weight));
+    call.script().raise_period(to_int(period));
+    call.script().raise_period(to_int(weight));
     return Status::ok;
   }
   bool take(size_t position, double value, const DataTable&) {
@@ -190,7 +192,7 @@ class MEMA final : public BaseFunc {
     const int64_t n = to_int(period);
     if (n < 1 || call.row < n - 1) return call.answer(null_value);
     if (call.scan) {
-      call.pool.raise_period(to_int(period));
+      call.script().raise_period(to_int(period));
       return Status::ok;
     }
     return average(call, n);
@@ -218,7 +220,7 @@ class EXPMEMA final : public BaseFunc {
     if (const Status status = call.evaluate_passing_scan(1, period); failed(status)) return status;
     const int64_t n = to_int(period);
     if (call.scan) {
-      call.pool.raise_period(to_int(period));
+      call.script().raise_period(to_int(period));
       return Status::ok;
     }
     if (is_null(period) || n == 0 || call.row < n - 1) return call.answer(null_value);
@@ -249,7 +251,7 @@ class TRMA final : public BaseFunc {
     const int32_t n = to_int(period);
     if (n < 1) return call.answer(null_value);
     if (call.scan) {
-      call.pool.raise_period(n);
+      call.script().raise_period(n);
       return Status::ok;
     }
     double x = null_value;
@@ -266,18 +268,18 @@ class TRMA final : public BaseFunc {
   static void reserve(const Call& call) {
     Variable& variable = call.variable;
     Variable& x = call.argument(0);
-    if (variable.aux_column_ids.empty()) variable.reserve_aux_columns(places);
-    if (!x.has_column()) adopt_aux_column(x, variable, x_place);
-    if (!variable.has_column()) adopt_aux_column(variable, variable, result_place);
+    if (variable.aux_column_ids.empty()) reserve_columns(variable, places);
+    if (!x.has_column()) hand_over_column(variable, x_place, x);
+    if (!variable.has_column()) hand_over_column(variable, result_place, variable);
   }
 
   static double average(const Call& call, int64_t k, double x) {
     reserve(call);
     const Variable& variable = call.variable;
-    const AverageColumns inner{call.argument(0).column_index, aux_column(variable, inner_average),
-                               aux_column(variable, inner_count)};
+    const AverageColumns inner{call.argument(0).column_index, held_column(variable, inner_average),
+                               held_column(variable, inner_count)};
     const AverageColumns outer{inner.result, variable.column_index,
-                               aux_column(variable, outer_count)};
+                               held_column(variable, outer_count)};
     DataTable& table = call.table();
     table.set_cell(call.row, inner.series, x);
     if (call.row >= k - 1) {

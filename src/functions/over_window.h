@@ -5,10 +5,10 @@
 #include <concepts>
 #include <cstdint>
 
+#include "core/column_call.h"
 #include "core/data_table.h"
 #include "functions/averaging.h"
 #include "functions/base_func.h"
-#include "functions/column_call.h"
 #include "functions/series.h"
 #include "functions/word_steps.h"
 
@@ -57,8 +57,8 @@ inline Pair absolute(Pair values) { return Pair{std::fabs(values[0]), std::fabs(
 
 /// From which row on a window word of N bars has a value.
 enum class Gate : uint8_t {
-  full_window,     ///< the first full window
-  behind_window,   ///< one bar later; never for an N of 0
+  full_window,             ///< the first full window
+  behind_window,           ///< one bar later; never for an N of 0
   behind_windows_of_four,  ///< the same; never for an N below 4
 };
 

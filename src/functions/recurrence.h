@@ -3,8 +3,8 @@
 
 #include <optional>
 
+#include "core/column_call.h"
 #include "functions/averaging.h"
-#include "functions/column_call.h"
 #include "functions/word_steps.h"
 
 namespace quor {

@@ -1,4 +1,5 @@
 // Values of other bars, and what a script stores for itself.
+#include "core/call.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <stdexcept>
 
-#include "core/data_pool_center.h"
+#include "core/call.h"
 #include "functions/averaging.h"
 #include "functions/call_memory.h"
 #include "functions/families.h"
@@ -35,7 +35,7 @@ class SUM final : public BaseFunc {
     int64_t n = to_int(period);
     if (n == 0) n = static_cast<int64_t>(call.row) + 1;
     if (call.scan) {
-      call.pool.raise_period(static_cast<int32_t>(n));
+      call.script().raise_period(static_cast<int32_t>(n));
       return Status::ok;
     }
     double x = null_value;

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "core/call.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 

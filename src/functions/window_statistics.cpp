@@ -2,7 +2,7 @@
 // place from columns, oldest value first.
 #include <cmath>
 
-#include "core/data_pool_center.h"
+#include "core/call.h"
 #include "functions/averaging.h"
 #include "functions/families.h"
 #include "functions/over_window.h"
@@ -15,7 +15,9 @@ namespace quor {
 namespace {
 
 template <typename W>
-double size_of(const W& window) { return static_cast<double>(window.size()); }
+double size_of(const W& window) {
+  return static_cast<double>(window.size());
+}
 
 /// The mean, corrected value by value.
 template <typename W>
@@ -185,9 +187,8 @@ class RegressionSlope {
   double squares_ = 0.0;
 };
 
-class SLOPE final
-    : public OverWindow<RegressionSlope,
-                        WindowRule{.gate = Gate::full_window, .stores_before_gate = true}> {
+class SLOPE final : public OverWindow<RegressionSlope, WindowRule{.gate = Gate::full_window,
+                                                                  .stores_before_gate = true}> {
   using OverWindow::OverWindow;
 };
 

@@ -1,7 +1,7 @@
 // The averages that go over their window again at every bar.
 #include <cmath>
 
-#include "core/data_pool_center.h"
+#include "core/call.h"
 #include "functions/averaging.h"
 #include "functions/families.h"
 #include "functions/over_window.h"
@@ -157,7 +157,7 @@ class ADMA final : public BaseFunc {
     if (const Status status = call.evaluate(1, period); failed(status)) return status;
     const int32_t n = to_int(period);
     if (call.scan) {
-      call.pool.raise_period(n);
+      call.script().raise_period(n);
       return Status::ok;
     }
     if (n == 0) return call.answer(null_value);
