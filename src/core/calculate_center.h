@@ -21,9 +21,6 @@ inline constexpr int max_nesting = 512;
 /// Throws std::runtime_error with "expression nested too deeply".
 [[noreturn]] void refuse_nesting();
 
-/// What a text literal reads as: the number between its quotes, 0 if none can be read.
-double literal_value(std::string_view text);
-
 /// How a run over many rows is cut: the first rows and shorter runs go bar by bar, so that columns
 /// are taken in the order of bars; then blocks of rows follow, each twice as long as the one before
 /// up to the longest.

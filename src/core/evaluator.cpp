@@ -32,11 +32,6 @@ class Level {
 
 }  // namespace
 
-double literal_value(std::string_view text) {
-  if (text.size() < 2) return 0.0;
-  return leading_number_after_blanks(text.substr(1, text.size() - 2));
-}
-
 void refuse_nesting() { throw std::runtime_error("expression nested too deeply"); }
 
 // What runs at every bar of every statement is inlined whatever its size: an operand is mostly a

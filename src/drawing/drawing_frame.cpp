@@ -3,7 +3,7 @@
 #include <functional>
 
 #include "core/call.h"
-#include "core/column_call.h"
+#include "core/columns.h"
 #include "core/column_owners.h"
 #include "drawing/colour_text.h"
 #include "text/numbers.h"

@@ -5,7 +5,7 @@
 #include <span>
 
 #include "core/call.h"
-#include "core/column_call.h"
+#include "core/columns.h"
 #include "core/data_table.h"
 #include "core/value.h"
 #include "functions/base_func.h"

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "core/call.h"
-#include "core/column_call.h"
+#include "core/columns.h"
 #include "core/value.h"
 #include "functions/base_func.h"
 

@@ -5,7 +5,7 @@
 #include <concepts>
 #include <cstdint>
 
-#include "core/column_call.h"
+#include "core/columns.h"
 #include "core/data_table.h"
 #include "functions/averaging.h"
 #include "functions/base_func.h"

@@ -3,7 +3,7 @@
 
 #include <optional>
 
-#include "core/column_call.h"
+#include "core/columns.h"
 #include "functions/averaging.h"
 #include "functions/word_steps.h"
 
