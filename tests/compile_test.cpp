@@ -172,6 +172,16 @@ TEST(Compile, FieldsThatTheHostDeclares) {
   EXPECT_EQ(earlier.compile("A:=1;").code, 0);
 }
 
+TEST(Compile, AWordDeclaredAnewTakesTheColumnOfTheOldOneIn) {
+  TestHost host;
+  create_reserved_field(host.handle(), "CLOSE", 301, 5);
+  EXPECT_EQ(get_column_num(host.handle()), 3U) << "1, 11 and 301";
+  EXPECT_EQ(host.variable_fields(), "[11]");
+  // Another new word brings nothing but itself.
+  create_reserved_field(host.handle(), "WORDOFITSOWN", 302, 12);
+  EXPECT_EQ(get_column_num(host.handle()), 4U);
+}
+
 TEST(Compile, FieldWordsFollowPeriodAndMarket) {
   const struct {
     uint32_t period;
