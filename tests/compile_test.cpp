@@ -65,6 +65,7 @@ TEST(Compile, Refusals) {
       {"A:~99;", 2, "~99", 0},
       {"COLORRED;", 2, "COLORRED", 0},
       {"XMA(C,5);", 2, "XMA", 0},
+      {"XMA(:MA(C,5);", 2, "XMA", 0},
       {"A:MA(X,5);", 1, "X", 0},
       {"A:REF(A,1);", 1, "A", 0},
       {"A:MA(C,LINETHICK10);", 1, "LINETHICK10", 0},

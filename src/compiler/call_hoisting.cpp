@@ -181,9 +181,9 @@ class Hoisting {
     if (!contains(text, pattern)) return status_ok;
     size_t start = 0;
     size_t end = 0;
-    if (!find_call(text, pattern, search_start(text, pattern), start, end) || end == 0) {
-      return status_ok;
-    }
+    if (!find_call(text, pattern, 0, start, end) || end == 0) return status_ok;
+    const size_t from = search_start(text, pattern);
+    if (from != 0 && !find_call(text, pattern, from, start, end)) return status_ok;
     Variable& call = make_call(function);
     int status = build_own_elements(call, parent_column_id);
     if (status != status_ok) return status;
