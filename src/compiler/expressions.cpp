@@ -137,6 +137,7 @@ Status build_elements(CompileContext& context, const ElementRequest& request, bo
     }
     Variable* used = context.pool.find_variable(
         token.text, [&](const Variable& variable) { return &variable != request.owner; });
+    if (used == nullptr && request.allow_unknown) continue;
     if (used == nullptr) {
       append_error(error, token.text, request.line);
       return Status::undefined_name;

@@ -4,6 +4,7 @@
 #include <new>
 #include <vector>
 
+#include "compiler/expressions.h"
 #include "compiler/report.h"
 #include "compiler/rewriters.h"
 #include "compiler/scanner.h"
@@ -62,7 +63,15 @@ void reset_compile_state(CompileContext& context) {
 Variable& add_reserved_variable(CompileContext& context, std::string_view word, uint32_t column_id,
                                 bool add_column) {
   DataPoolCenter& pool = context.pool;
+  // A word that is there already brings its own column in. What it names may be gone with the next
+  // compile, so the elements aren't kept.
+  std::vector<MathElement> elements;
+  bool whole_series = false;
+  std::string unread;
+  build_elements(context, {.text = word, .caller_kind = VariableKind::field, .allow_unknown = true},
+                 whole_series, elements, unread);
   Variable& variable = pool.make_reserved_variable(word, column_id);
+  variable.whole_series = whole_series;
   if (add_column && pool.table().column_index_of(column_id) == -1) {
     variable.column_index = pool.table().add_column(column_id);
   }

@@ -12,7 +12,8 @@ namespace quor {
 void reset_compile_state(CompileContext& context);
 
 /// Makes the variable through which scripts read a data field and enters its word into the declared
-/// names. With `add_column` set the field gets its column at once.
+/// names. With `add_column` set the field gets its column at once; of a word that is there already
+/// the table gets the old column, too.
 Variable& add_reserved_variable(CompileContext& context, std::string_view word, uint32_t column_id,
                                 bool add_column);
 

@@ -130,7 +130,7 @@ void DataPoolCenter::reset() {
     Variable* variable = reserved_list[i];
     // A hidden name is a place in the lists; a field declared behind a reference has moved up.
     variable->name = "~" + std::to_string(i);
-    // A word may have given a field without a column one of the old script's.
+    // An id beyond the signed range is no data column, so that a word gives the field one.
     variable->column_id = variable->declared_column_id;
     variable->aux_column_ids.clear();
     variable->aux_column_indexes.clear();
