@@ -68,8 +68,9 @@ Variable& add_reserved_variable(CompileContext& context, std::string_view word, 
   std::vector<MathElement> elements;
   bool whole_series = false;
   std::string unread;
-  build_elements(context, {.text = word, .caller_kind = VariableKind::field, .allow_unknown = true},
-                 whole_series, elements, unread);
+  ignore_status(build_elements(
+      context, {.text = word, .caller_kind = VariableKind::field, .allow_unknown = true},
+      whole_series, elements, unread));
   Variable& variable = pool.make_reserved_variable(word, column_id);
   variable.whole_series = whole_series;
   if (add_column && pool.table().column_index_of(column_id) == -1) {

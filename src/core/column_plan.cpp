@@ -119,16 +119,16 @@ class ColumnPlan::Inspection {
     }
     const ColumnTraits traits = call.function->column_traits();
     const Traits known = traits_of(call);
-    if (!traits.by_columns || !known.has(repeatable)) refuse();
-    if (traits.keeps_state && passed_over) refuse();
-    entry_.looks_ahead |= !known.has(looks_back);
+    if (!traits.by_columns || (traits.keeps_state && passed_over)) refuse();
+    entry_.looks_ahead |= known.has(reads_forward) || !known.has_any(looks_back | follows_rows);
     entry_.revisits_state |= traits.keeps_state && revisited;
     for (size_t i = 0; i < call.arguments.size(); ++i) {
       if (!call.function->reads_argument(i)) continue;
       const Variable* argument = call.arguments[i];
       if (argument == nullptr || uses_.in_conflict(*argument)) refuse();
       if (argument == nullptr) continue;
-      inspect(*argument, passed_over || traits.passes_over, revisited || traits.revisits);
+      const bool may_be_passed_over = traits.passes_over && i >= traits.passed_over_from;
+      inspect(*argument, passed_over || may_be_passed_over, revisited || traits.revisits);
     }
   }
 
