@@ -4,6 +4,7 @@
 #include <new>
 #include <vector>
 
+#include "compiler/expressions.h"
 #include "compiler/report.h"
 #include "compiler/rewriters.h"
 #include "compiler/scanner.h"

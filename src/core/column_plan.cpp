@@ -127,7 +127,8 @@ class ColumnPlan::Inspection {
       const Variable* argument = call.arguments[i];
       if (argument == nullptr || uses_.in_conflict(*argument)) refuse();
       if (argument == nullptr) continue;
-      inspect(*argument, passed_over || traits.passes_over, revisited || traits.revisits);
+      const bool may_be_passed_over = traits.passes_over && i >= traits.passed_over_from;
+      inspect(*argument, passed_over || may_be_passed_over, revisited || traits.revisits);
     }
   }
 

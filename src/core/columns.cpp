@@ -24,8 +24,10 @@ double* ColumnScratch::take(size_t size) {
   if (used_ == buffers_.size()) buffers_.emplace_back();
   Buffer& buffer = buffers_[used_];
   if (buffer.size < size) {
-    buffer.values = std::make_unique_for_overwrite<double[]>(size);
-    buffer.size = size;
+    // In steps, for words that look back over more rows at one block than at another.
+    const size_t room = std::bit_ceil(std::max(size, least_size));
+    buffer.values = std::make_unique_for_overwrite<double[]>(room);
+    buffer.size = room;
   }
   ++used_;
   return buffer.values.get();

@@ -31,6 +31,8 @@ class ColumnScratch {
   void release() { used_ = 0; }
 
  private:
+  static constexpr size_t least_size = 1024;
+
   struct Buffer {
     std::unique_ptr<double[]> values;
     size_t size = 0;

@@ -1,5 +1,7 @@
 // Where a bar stands among the rows of the table.
 #include "core/call.h"
+#include "core/columns.h"
+#include "core/reduce.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 #include "functions/series.h"
@@ -10,23 +12,34 @@ namespace {
 enum class InScan { computes, leaves_result };
 
 /// A bare word whose value follows from the row and the number of rows.
-template <double (*value_of)(const Call&), InScan in_scan>
+template <double (*value_of)(int32_t row, int32_t rows), InScan in_scan>
 class BarWord : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const final {
-    if (in_scan == InScan::computes || !call.scan) call.result = value_of(call);
+    if (in_scan == InScan::computes || !call.scan) {
+      call.result = value_of(call.row, call.table().row_count());
+    }
     return Status::ok;
   }
+  const double* column(const ColumnCall& call) const final {
+    const int32_t rows = call.table().row_count();
+    double* result = call.scratch();
+    for (int32_t row = call.rows.first; row < call.rows.end; ++row) {
+      result[row - call.rows.first] = value_of(row, rows);
+    }
+    return result;
+  }
+  ColumnTraits column_traits() const final { return {.by_columns = true, .keeps_state = false}; }
 };
 
-double last_row(const Call& call) { return call.table().row_count() - 1.0; }
-
-double position_from_first(const Call& call) { return call.row + 1.0; }
-double count_of_all(const Call& call) { return call.table().row_count(); }
-double position_from_last(const Call& call) { return last_row(call) + 1.0 - call.row; }
-double is_last(const Call& call) { return call.row == last_row(call) ? 1.0 : 0.0; }
-double first_or_last(const Call& call) { return call.row == 0 ? 1.0 : 2.0 * is_last(call); }
+double position_from_first(int32_t row, int32_t) { return row + 1.0; }
+double count_of_all(int32_t, int32_t rows) { return rows; }
+double position_from_last(int32_t row, int32_t rows) { return static_cast<double>(rows) - row; }
+double is_last(int32_t row, int32_t rows) { return truth(row == int64_t{rows} - 1); }
+double first_or_last(int32_t row, int32_t rows) {
+  return row == 0 ? 1.0 : 2.0 * is_last(row, rows);
+}
 
 class BARPOS final : public BarWord<position_from_first, InScan::computes> {
   using BarWord::BarWord;
@@ -59,6 +72,22 @@ class BARSCOUNT final : public BaseFunc {
     if (!failed(status)) count(call, value);
     return status;
   }
+  const double* column(const ColumnCall& call) const override {
+    const double* x = call.variable.has_column() ? call.values(0) : nullptr;
+    if (x == nullptr) return nullptr;
+    double* counts = call.overwrite(call.variable.column_index);
+    double* result = call.scratch();
+    double before = counts[-1];
+    for (size_t i = 0; i < call.size(); ++i) {
+      const bool counted = !is_null(x[i]) && !is_null(before);
+      const double count = counted ? before + 1.0 : 0.0;
+      result[i] = counted ? count : call.start;
+      before = counts[i] = is_null(x[i]) ? null_value : count;
+    }
+    return result;
+  }
+  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_start = true}; }
+  bool reads_argument(size_t position) const override { return position == 0; }
 
  private:
   /// The caller's start value stands at a null and at the first bar behind it.

@@ -41,6 +41,28 @@ Traits traits_of(const Variable& call) {
   return traits;
 }
 
+bool has_state(const Variable& argument) {
+  if (argument.kind == VariableKind::expression) {
+    return std::ranges::any_of(argument.elements, [](const MathElement& element) {
+      return element.variable != nullptr && has_state(*element.variable);
+    });
+  }
+  if (argument.kind != VariableKind::call || argument.function == nullptr) return false;
+  return argument.function->column_traits().keeps_state ||
+         std::ranges::any_of(argument.arguments, [](const Variable* inner) {
+           return inner != nullptr && has_state(*inner);
+         });
+}
+
+bool may_keep_start(const Variable& argument) {
+  const Variable* named = &argument;
+  while (named != nullptr && named->kind == VariableKind::expression) {
+    named = named->program.lone_reference();
+  }
+  return named != nullptr && named->kind == VariableKind::call && named->function != nullptr &&
+         named->function->column_traits().keeps_start;
+}
+
 int64_t lag_of(const Variable& call) {
   const size_t argument = call.function->traits().lag_argument;
   if (argument == 0) return 1;

@@ -28,11 +28,12 @@ enum class SeriesPlace : uint8_t {
 
 /// What a word does when it is worked out column by column.
 struct ColumnTraits {
-  bool by_columns = false;   ///< it can be
-  bool keeps_state = true;   ///< an evaluation leaves something in cells or in the call
-  bool keeps_start = false;  ///< it may leave the caller's start value
-  bool passes_over = false;  ///< it may leave arguments unevaluated at a bar
-  bool revisits = false;     ///< it evaluates arguments at other bars than its own
+  bool by_columns = false;      ///< it can be
+  bool keeps_state = true;      ///< an evaluation leaves something in cells or in the call
+  bool keeps_start = false;     ///< it may leave the caller's start value
+  bool passes_over = false;     ///< it may leave arguments unevaluated at a bar
+  size_t passed_over_from = 0;  ///< the first of these
+  bool revisits = false;        ///< it evaluates arguments at other bars than its own
   SeriesPlace series = SeriesPlace::nowhere;  ///< of its first arguments
   size_t series_count = 1;
 };
@@ -76,6 +77,12 @@ class BaseFunc {
 
 /// What is known of a call of a word, given its arguments.
 Traits traits_of(const Variable& call);
+
+/// Whether an evaluation of an argument leaves something in cells or in calls.
+bool has_state(const Variable& argument);
+
+/// Whether an argument may write nothing, so that its caller's start value stands.
+bool may_keep_start(const Variable& argument);
 
 /// How many bars late the call comes to a bar, mostly 0.
 int64_t lag_of(const Variable& call);

@@ -1,6 +1,10 @@
 // Words that choose. A branch that isn't taken isn't evaluated, so what its words keep from bar to
 // bar stands still.
+#include <bit>
+#include <cstdint>
+
 #include "core/call.h"
+#include "core/columns.h"
 #include "core/value.h"
 #include "functions/base_func.h"
 #include "functions/families.h"
@@ -15,6 +19,16 @@ double value_in_silence(const Call& call, size_t position) {
   ignore_status(call.evaluate(position, value));
   call.error.resize(text_size);
   return value;
+}
+
+constexpr ColumnTraits choosing = {
+    .by_columns = true, .keeps_state = false, .passes_over = true, .passed_over_from = 1};
+
+/// One of two numbers without a branch: which way a market goes can't be foretold.
+double either(bool first, double a, double b) {
+  const uint64_t mask = uint64_t{0} - static_cast<uint64_t>(first);
+  return std::bit_cast<double>((std::bit_cast<uint64_t>(a) & mask) |
+                               (std::bit_cast<uint64_t>(b) & ~mask));
 }
 
 /// A null condition is true, because it isn't equal to 0.
@@ -37,6 +51,21 @@ class Choice final : public BaseFunc {
     }
     return Status::ok;
   }
+  const double* column(const ColumnCall& call) const override {
+    if (call.argument_count() < 3) return call.everywhere(null_value);
+    const double* arguments[3];
+    for (size_t i = 0; i < 3; ++i) {
+      arguments[i] = call.values(i);
+      if (arguments[i] == nullptr) return nullptr;
+    }
+    double* result = call.scratch();
+    for (size_t i = 0; i < call.size(); ++i) {
+      result[i] = either(arguments[0][i] != 0.0, arguments[1][i], arguments[2][i]);
+    }
+    return result;
+  }
+  ColumnTraits column_traits() const override { return choosing; }
+  bool reads_argument(size_t position) const override { return position < 3; }
 };
 using IF = Choice<false>;
 using IFELSE = Choice<true>;
@@ -61,6 +90,39 @@ class Chain final : public BaseFunc {
       position += (value == 0.0) == holds_at_zero ? 1 : 2;
     }
     return call.answer(value);
+  }
+  const double* column(const ColumnCall& call) const override {
+    const size_t count = call.argument_count();
+    if (count == 0) return call.everywhere(null_value);
+    for (size_t i = 1; i < count; ++i) {
+      const Variable* argument = call.argument(i);
+      if (argument == nullptr || may_keep_start(*argument)) return nullptr;
+    }
+    // From the last condition, or the value that has none, to the first.
+    size_t position = (count - 1) / 2 * 2;
+    const double* chain = call.values(position);
+    const double* condition = chain;
+    if (count % 2 == 0) chain = chosen(call, condition, position, chain);
+    while (position > 0 && chain != nullptr) {
+      position -= 2;
+      condition = call.values(position);
+      chain = chosen(call, condition, position, chain);
+    }
+    return chain;
+  }
+  ColumnTraits column_traits() const override { return choosing; }
+
+ private:
+  /// The value behind a condition where that holds.
+  static const double* chosen(const ColumnCall& call, const double* condition, size_t position,
+                              const double* otherwise) {
+    const double* value = call.values(position + 1);
+    if (condition == nullptr || value == nullptr) return nullptr;
+    double* result = call.scratch();
+    for (size_t i = 0; i < call.size(); ++i) {
+      result[i] = either((condition[i] == 0.0) == holds_at_zero, value[i], otherwise[i]);
+    }
+    return result;
   }
 };
 using IFF = Chain<false, false>;

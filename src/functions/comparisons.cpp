@@ -1,8 +1,10 @@
 // Words that compare: extremes of the arguments, truths about them and about the bar's candle, and
 // the null itself. A comparison with a null is false.
+#include <algorithm>
 #include <limits>
 
 #include "core/call.h"
+#include "core/reduce.h"
 #include "functions/families.h"
 #include "functions/one_bar.h"
 #include "tables/field_table.h"
@@ -41,6 +43,19 @@ class ExtremeOfArguments final : public BaseFunc {
     }
     return call.answer(extreme);
   }
+  const double* column(const ColumnCall& call) const override {
+    double* extremes = call.scratch();
+    std::fill_n(extremes, call.size(), is_ahead(1.0, 0.0) ? -greatest : greatest);
+    for (size_t argument = 0; argument < call.argument_count(); ++argument) {
+      const double* x = call.values(argument);
+      if (x == nullptr) return nullptr;
+      for (size_t i = 0; i < call.size(); ++i) {
+        extremes[i] = is_ahead(x[i], extremes[i]) ? x[i] : extremes[i];
+      }
+    }
+    return extremes;
+  }
+  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_state = false}; }
 
  private:
   static constexpr double greatest = std::numeric_limits<double>::max();
@@ -60,6 +75,18 @@ class CloseAgainstOpen final : public BaseFunc {
     return call.answer(compare(table.cell(call.row, table.column_index_of(close_column_id)),
                                table.cell(call.row, table.column_index_of(open_column_id))));
   }
+  const double* column(const ColumnCall& call) const override {
+    const DataTable& table = call.table();
+    const int32_t close = table.column_index_of(close_column_id);
+    const int32_t open = table.column_index_of(open_column_id);
+    if (close == -1 || open == -1) return nullptr;
+    const double* closes = call.cells(close) + call.rows.first;
+    const double* opens = call.cells(open) + call.rows.first;
+    double* result = call.scratch();
+    for (size_t i = 0; i < call.size(); ++i) result[i] = truth(compare(closes[i], opens[i]));
+    return result;
+  }
+  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_state = false}; }
 };
 using ISUP = CloseAgainstOpen<above>;
 using ISDOWN = CloseAgainstOpen<below>;
@@ -71,6 +98,10 @@ class NULL_FUNC final : public BaseFunc {
   using BaseFunc::BaseFunc;
 
   Status execute(const Call& call) const override { return call.answer(null_value); }
+  const double* column(const ColumnCall& call) const override {
+    return call.everywhere(null_value);
+  }
+  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_state = false}; }
 };
 using DRAWNULL = NULL_FUNC;
 

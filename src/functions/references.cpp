@@ -1,5 +1,10 @@
 // Values of other bars, and what a script stores for itself.
+#include <algorithm>
+#include <limits>
+#include <optional>
+
 #include "core/call.h"
+#include "core/columns.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 
@@ -26,6 +31,55 @@ class REF final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const override { return value_at_distance(call, -1); }
+  const double* column(const ColumnCall& call) const override {
+    const std::optional<double> period = call.number(period_argument);
+    return period ? moved(call, to_int(*period)) : gathered(call);
+  }
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true, .keeps_state = false, .revisits = true};
+  }
+
+ private:
+  static const double* moved(const ColumnCall& call, int32_t bars) {
+    if (bars < 0 || bars >= call.rows.first) return nullptr;
+    return call.values(series_argument, call.rows.shifted(-bars));
+  }
+
+  /// With a period of its own at each bar, all of them at or before their bar. The bars between
+  /// those that are asked for are evaluated, too, so that they mustn't leave a trace.
+  static const double* gathered(const ColumnCall& call) {
+    const double* periods = call.values(period_argument);
+    const Variable* x = call.argument(series_argument);
+    if (periods == nullptr || x == nullptr || has_state(*x)) return nullptr;
+    Block rows{call.rows.end, 0};
+    for (size_t i = 0; i < call.size(); ++i) {
+      const int64_t row = row_at_distance(call, i, periods[i]);
+      if (row > call.rows.first + static_cast<int64_t>(i)) return nullptr;
+      if (row < 0) continue;
+      rows.first = std::min(rows.first, static_cast<int32_t>(row));
+      rows.end = std::max(rows.end, static_cast<int32_t>(row) + 1);
+    }
+    if (rows.first >= rows.end) return call.everywhere(null_value);
+    const bool far = rows.size() > most_rows_per_bar * call.size();
+    if (far && x->kind != VariableKind::field) return nullptr;
+    const double* values = call.values(series_argument, rows);
+    if (values == nullptr) return nullptr;
+    double* result = call.scratch();
+    for (size_t i = 0; i < call.size(); ++i) {
+      const int64_t row = row_at_distance(call, i, periods[i]);
+      result[i] = row < 0 ? null_value : values[row - rows.first];
+    }
+    return result;
+  }
+
+  static constexpr size_t most_rows_per_bar = 4;
+
+  /// A null leads nowhere.
+  static int64_t row_at_distance(const ColumnCall& call, size_t place, double period) {
+    const int32_t bars = to_int(period);
+    if (bars == std::numeric_limits<int32_t>::min()) return -1;
+    return call.rows.first + static_cast<int64_t>(place) - bars;
+  }
 };
 
 class REFX final : public BaseFunc {
@@ -75,6 +129,8 @@ class GET final : public BaseFunc {
     call.result = null_value;
     return call.evaluate(0, call.result);
   }
+  const double* column(const ColumnCall& call) const override { return call.values(0); }
+  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_state = false}; }
 };
 
 /// Takes its arguments in pairs of a target and an expression, in order; a target without a partner

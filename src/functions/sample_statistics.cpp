@@ -1,9 +1,11 @@
 // Words that evaluate their values bar by bar or argument by argument: sums, counts, means, ranks.
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <stdexcept>
 
 #include "core/call.h"
+#include "core/columns.h"
 #include "functions/averaging.h"
 #include "functions/call_memory.h"
 #include "functions/families.h"
@@ -183,6 +185,10 @@ class COUNT final : public BaseFunc {
   }
 };
 
+/// Words that evaluate a window anew at each bar, beginning with the first full one.
+constexpr ColumnTraits back_from_full_windows = {
+    .by_columns = true, .keeps_state = false, .passes_over = true, .revisits = true};
+
 /// The harmonic mean of the last N bars; null if one of them is null or 0.
 class HARMEAN final : public BaseFunc {
  public:
@@ -203,6 +209,31 @@ class HARMEAN final : public BaseFunc {
     }
     return call.answer(sum == 0.0 ? null_value : 1.0 / (sum / count));
   }
+  const double* column(const ColumnCall& call) const override {
+    const std::optional<double> period = call.number(1);
+    if (!period) return nullptr;
+    if (!(*period > 0.0)) return call.everywhere(null_value);
+    const double bars = std::ceil(*period);
+    if (!(bars <= call.rows.first)) return nullptr;
+    const auto count = static_cast<int32_t>(bars);
+    const double* x = call.values(0, {call.rows.first - count + 1, call.rows.end});
+    if (x == nullptr) return nullptr;
+    double* result = call.scratch();
+    for (size_t i = 0; i < call.size(); ++i) result[i] = harmonic_mean(x + i, count);
+    return result;
+  }
+  ColumnTraits column_traits() const override { return back_from_full_windows; }
+
+ private:
+  /// From the newest to the oldest.
+  static double harmonic_mean(const double* x, int32_t count) {
+    double sum = 0.0;
+    for (int32_t i = count; i-- > 0;) {
+      if (is_null(x[i]) || x[i] == 0.0) return null_value;
+      sum += 1.0 / x[i];
+    }
+    return sum == 0.0 ? null_value : 1.0 / (sum / count);
+  }
 };
 
 /// The mean of its arguments.
@@ -220,6 +251,19 @@ class MV final : public BaseFunc {
     }
     return call.answer(sum / static_cast<double>(count));
   }
+  const double* column(const ColumnCall& call) const override {
+    double* sums = call.scratch();
+    std::fill_n(sums, call.size(), 0.0);
+    const size_t count = call.argument_count();
+    for (size_t argument = 0; argument < count; ++argument) {
+      const double* x = call.values(argument);
+      if (x == nullptr) return nullptr;
+      for (size_t i = 0; i < call.size(); ++i) sums[i] += x[i];
+    }
+    for (size_t i = 0; i < call.size(); ++i) sums[i] /= static_cast<double>(count);
+    return sums;
+  }
+  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_state = false}; }
 };
 
 /// Nulls stand behind all numbers.
@@ -251,6 +295,26 @@ class PERCENTILE final : public BaseFunc {
     std::nth_element(values.begin(), place, values.end(), is_before);
     return call.answer(*place);
   }
+  const double* column(const ColumnCall& call) const override {
+    const std::optional<double> period = call.number(1);
+    const std::optional<double> percent = call.number(2);
+    if (!period || !percent) return nullptr;
+    const int32_t n = to_int(*period);
+    if (n < 1 || !(*percent >= 0.0 && *percent <= 100.0)) return call.everywhere(null_value);
+    if (n > call.rows.first) return nullptr;
+    const double* x = call.values(0, {call.rows.first - n + 1, call.rows.end});
+    if (x == nullptr) return nullptr;
+    double* result = call.scratch();
+    double* sample = call.columns.scratch(static_cast<size_t>(n));
+    double* const place = sample + to_int(std::ceil((n - 1) * (*percent / 100.0)));
+    for (size_t i = 0; i < call.size(); ++i) {
+      std::copy_n(x + i, n, sample);
+      std::nth_element(sample, place, sample + n, is_before);
+      result[i] = *place;
+    }
+    return result;
+  }
+  ColumnTraits column_traits() const override { return back_from_full_windows; }
 };
 
 /// How many values stand in front of the value at a position; equal ones in their own order.

@@ -4,6 +4,8 @@
 #include <limits>
 
 #include "core/call.h"
+#include "core/columns.h"
+#include "core/reduce.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 
@@ -41,18 +43,8 @@ Status any_bar(const Call& call, size_t arguments, double least, double bars, bo
   const auto start = static_cast<int32_t>(newest);
   WalkSession session(call, arguments, start);
   int32_t found = no_row;
-  if (!session.remembers() || oldest >= 0) {
-    const Status status = session.newest(start, oldest, decides, found);
-    decided = found != no_row;
-    return status;
-  }
-  Status status = session.newest(start, 0, decides, found);
+  const Status status = session.newest(start, oldest, decides, found);
   decided = found != no_row;
-  // Below row 0 what can be remembered differs at most by a gate of a period: both ends tell all.
-  for (const int64_t end : {int64_t{-1}, oldest}) {
-    if (failed(status) || decided) break;
-    status = decides(static_cast<int32_t>(end), decided);
-  }
   return status;
 }
 
@@ -188,10 +180,28 @@ class Crossing : public BaseFunc {
     double before[] = {null_value, null_value};
     status = both_at(call, std::max(call.row - 1, 0), before);
     if (failed(status)) return status;
-    return call.answer(now[from] > now[over] && before[over] >= before[from] ? 1.0 : 0.0);
+    return call.answer(crosses(now[from], now[over], before[from], before[over]));
+  }
+  const double* column(const ColumnCall& call) const final {
+    if (call.rows.first < 2) return nullptr;
+    const Block rows{call.rows.first - 1, call.rows.end};
+    const double* lines[] = {call.values(0, rows), call.values(1, rows)};
+    if (lines[0] == nullptr || lines[1] == nullptr) return nullptr;
+    const double* a = lines[from];
+    const double* b = lines[over];
+    double* result = call.scratch();
+    for (size_t i = 0; i < call.size(); ++i) result[i] = crosses(a[i + 1], b[i + 1], a[i], b[i]);
+    return result;
+  }
+  ColumnTraits column_traits() const final {
+    return {.by_columns = true, .keeps_state = false, .revisits = true};
   }
 
  private:
+  static double crosses(double a, double b, double a_before, double b_before) {
+    return truth((a > b) & (b_before >= a_before));
+  }
+
   static Status both_at(const Call& call, int32_t row, double (&values)[2]) {
     const Status status = call.evaluate_at(0, row, values[0]);
     return !failed(status) ? call.evaluate_at(1, row, values[1]) : status;
