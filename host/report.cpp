@@ -133,8 +133,12 @@ Failure parse_answer(const std::string& json) {
   Failure failure;
   failure.code = leading_number<int64_t>(between(json, "\"ErrCode\":", "}")).value_or(-1);
   failure.message = between(json, "\"ExtraMsg\":\"", "\",\"ErrLine\":\"");
-  const size_t line = json.rfind(":\"");
-  if (line != std::string::npos) failure.statement = leading_number<size_t>(json.substr(line + 2));
+  const size_t mark = json.rfind(":\"");
+  if (mark == std::string::npos) return failure;
+  const std::string_view line = between(std::string_view(json).substr(mark), ":\"", "\"");
+  failure.statement = leading_number<size_t>(line);
+  // The text of an exception has no line behind it and stands in its place.
+  if (failure.message.empty() && !leading_number<int64_t>(line)) failure.message = line;
   return failure;
 }
 

@@ -107,8 +107,8 @@ QUOR_API void delete_instance(int64_t handle);
 
 /* Declares `name` (as scripts write it, in capitals) as a bar field that rows carry under
  * `column_id`. The word becomes known to the whole process: later instances have it, too. A word
- * that is known keeps its id there, while this instance gets a variable on the given id. A null
- * name does nothing. */
+ * that is known keeps its id there, while this instance gets a variable and a column on the given
+ * id, beside the word's own. A null name does nothing. */
 QUOR_API void create_reserved_field(int64_t handle, const char* name, uint32_t column_id,
                                     uint32_t name_length);
 

@@ -35,6 +35,8 @@ constexpr const char* carried[] = {
     "UPNDAY(C,2)",
     "DOWNNDAY(C,0-1)",
     "LAST(C>3,6,2)",
+    "LAST(BARPOS+C=0-9,0-1,2)",
+    "EXIST(BARPOS+ISNULL(C)*9=0-9,0-1)",
     "COUNT(BARSLAST(C>O)>1,0)",
     "BARSLAST(HHV(C,4)=C)",
     "BARSLAST(REF(C,2)>O)",

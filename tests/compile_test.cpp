@@ -65,6 +65,7 @@ TEST(Compile, Refusals) {
       {"A:~99;", 2, "~99", 0},
       {"COLORRED;", 2, "COLORRED", 0},
       {"XMA(C,5);", 2, "XMA", 0},
+      {"XMA(:MA(C,5);", 2, "XMA", 0},
       {"A:MA(X,5);", 1, "X", 0},
       {"A:REF(A,1);", 1, "A", 0},
       {"A:MA(C,LINETHICK10);", 1, "LINETHICK10", 0},
@@ -172,6 +173,16 @@ TEST(Compile, FieldsThatTheHostDeclares) {
   EXPECT_EQ(earlier.compile("A:=1;").code, 0);
 }
 
+TEST(Compile, AWordDeclaredAnewTakesTheColumnOfTheOldOneIn) {
+  TestHost host;
+  create_reserved_field(host.handle(), "CLOSE", 301, 5);
+  EXPECT_EQ(get_column_num(host.handle()), 3U) << "1, 11 and 301";
+  EXPECT_EQ(host.variable_fields(), "[11]");
+  // Another new word brings nothing but itself.
+  create_reserved_field(host.handle(), "WORDOFITSOWN", 302, 12);
+  EXPECT_EQ(get_column_num(host.handle()), 4U);
+}
+
 TEST(Compile, FieldWordsFollowPeriodAndMarket) {
   const struct {
     uint32_t period;
@@ -189,7 +200,38 @@ TEST(Compile, FieldWordsFollowPeriodAndMarket) {
     host.set_info(period, "X", market);
     const Report report = host.compile(std::string("A:=") + word + "+0;");
     EXPECT_EQ(report.fields, std::vector<int64_t>{field}) << market << ' ' << word;
+
+    // As an argument it is the same field: it is asked for, read and shared.
+    const Report of_argument = host.compile(std::string("A:=MA(") + word + ",2);");
+    EXPECT_EQ(of_argument.fields, std::vector<int64_t>{field}) << market << ' ' << word;
+    host.feed({{std::to_string(field), series("1 3 5")}});
+    ASSERT_EQ(host.run(), success);
+    EXPECT_EQ(to_text(host.line("A")), "null 2 4") << market << ' ' << word;
   }
+}
+
+TEST(Compile, AFieldKeepsItsIdThoughAWordGivesItAColumn) {
+  TestHost host;
+  create_reserved_field(host.handle(), "IDNOTSIGNED", 0x90000001, 11);
+  ASSERT_EQ(host.compile("A:=DIVERGENCE(IDNOTSIGNED,C,1,3,1);").code, 0);
+  host.feed({{"C", series("1 2 3")}});
+  ASSERT_EQ(host.run(), success);
+  EXPECT_EQ(host.compile("A:=IDNOTSIGNED+0;").fields,
+            std::vector<int64_t>{static_cast<int32_t>(0x90000001)});
+}
+
+TEST(Compile, AnArgumentIsTheParameterOfItsName) {
+  TestHost host;
+  const Report report =
+      host.compile("CONST B:2;B1:=C;A:=MA(L,2);D:=MA(B,2);E:=SUM(B1,1)+LLVBARS(L,4);",
+                   R"([{"PARAM_NAME":"L","DEFAULT":7},{"PARAM_NAME":"B1","DEFAULT":4}])");
+  ASSERT_EQ(report.code, 0) << report.text;
+  EXPECT_EQ(report.fields, std::vector<int64_t>{11});
+  host.feed({{"C", series("1 2")}, {"L", series("5 6")}});
+  ASSERT_EQ(host.run(), success);
+  EXPECT_EQ(to_text(host.line("A")), "null 7");
+  EXPECT_EQ(to_text(host.line("D")), "null 2");
+  EXPECT_EQ(to_text(host.line("E")), "4 5");
 }
 
 TEST(Compile, ArgumentsWithoutAColumnAreReadById) {

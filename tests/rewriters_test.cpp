@@ -203,6 +203,8 @@ constexpr RefusedCase refused[] = {
     {"C>O,NOTICE;", 2012, "NOTICE('预警名称'); NOTICE"},
     {"C>O,NOTICE('');", 2012, "NOTICE('预警名称'); NOTICE"},
     {"C>O,NOTICE(A);", 2012, "NOTICE('预警名称'); NOTICE"},
+    {"C>O,NOTICE-'A';", 2012, "NOTICE('预警名称'); NOTICE"},
+    {"C>O,NOTICE='A';", 2012, "NOTICE('预警名称'); NOTICE"},
     {"C>O,NOTICE(A'B');", 2012, "NOTICE('预警名称'); NOTICE"},
     {"C>O,NOTICE('一二三四五六七八九十1');", 2012, "NOTICE('预警名称'); NOTICE"},
     {"C>O,NOTICE('😀😀😀😀😀1');", 2012, "NOTICE('预警名称'); NOTICE"},

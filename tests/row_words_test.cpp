@@ -154,6 +154,18 @@ TEST(Divergence, AnExpressionIsFilledOnceForTheRowsOfTheFirstBar) {
   EXPECT_EQ(to_text(host.line("A")), "0 0 0 0 0 0");
 }
 
+TEST(Divergence, TheSecondSeriesTakesItsColumnOnceItHasAValue) {
+  TestHost host;
+  ASSERT_EQ(host.compile("A:=DIVERGENCE(C+0,HHV(O+0,2)*10,1,3,1);").code, 0);
+  host.feed({{"C", series("1 2 3")}, {"O", series("4 6 5")}});
+  ASSERT_EQ(host.run(), success);
+  // Behind the columns of the line and of the call.
+  const auto first = static_cast<uint32_t>(host.id_of("A")) + 1;
+  EXPECT_EQ(to_text(host.column(first)), "1 2 3");
+  EXPECT_EQ(to_text(host.column(first + 1)), "4 6 5");
+  EXPECT_EQ(to_text(host.column(first + 2)), "40 60 60");
+}
+
 TEST(Divergence, AWidthBelowEmptyIsRefused) {
   TestHost host;
   ASSERT_EQ(host.compile("A:=DIVERGENCE(C,O,1,-5,1);").code, 0);

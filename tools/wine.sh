@@ -9,6 +9,14 @@ export WINEDLLOVERRIDES='mscoree=;mshtml=;winemenubuilder.exe='
 # TZ is read by rules of its own there.
 unset DISPLAY WAYLAND_DISPLAY TZ
 
+# Installs it if need be. In a shell of its own, for the program stays in the caller's folder.
+need_wine() (
+  . "$(dirname "$0")/lib.sh"
+  need_packages $wine_packages
+  command -v wine >/dev/null || die "Wine is missing; needed, by their Debian names: $wine_packages"
+)
+command -v wine >/dev/null || need_wine || exit
+
 # Fails if none is running, too.
 stop() { timeout 60 wineserver --kill; }
 

@@ -182,9 +182,9 @@ class Hoisting {
     if (!contains(text, pattern)) return Status::ok;
     size_t start = 0;
     size_t end = 0;
-    if (!find_call(text, pattern, search_start(text, pattern), start, end) || end == 0) {
-      return Status::ok;
-    }
+    if (!find_call(text, pattern, 0, start, end) || end == 0) return Status::ok;
+    const size_t from = search_start(text, pattern);
+    if (from != 0 && !find_call(text, pattern, from, start, end)) return Status::ok;
     Variable& call = make_call(function);
     Status status = build_own_elements(call, parent_column_id);
     if (failed(status)) return status;
@@ -246,7 +246,7 @@ class Hoisting {
     std::string text;
     Status status = normalize_expression(context_, piece, false, line_, text, error_);
     if (failed(status)) return status;
-    Variable* shared = context_.script.find_with_column(piece);
+    Variable* shared = find_shared(piece, text);
     if (shared != nullptr) shared->source_text = piece;
     Variable& argument = shared != nullptr ? *shared : make_argument(text);
     call.arguments[position] = &argument;
@@ -267,6 +267,19 @@ class Hoisting {
     if (is_style_argument(text)) return Status::ok;
     double value = null_value;
     return context_.calculator.evaluate(argument, 0, true, error_, value);
+  }
+
+  /// The field, the name or the earlier argument that an argument is, by its text as written and as
+  /// an expression has it; null if it is a variable of its own.
+  Variable* find_shared(std::string_view piece, std::string_view text) const {
+    const CompiledScript& script = context_.script;
+    Variable* found = script.find_with_column(piece);
+    if (found == nullptr || (found->reserved && found->name == text)) return found;
+    // A constant of the name goes before it, and period and market may change a field word.
+    if (!found->reserved) return script.constants.contains(piece) ? nullptr : found;
+    return script.find_variable(text, [text](const Variable& field) {
+      return field.reserved && field.name == text && field.column_id != no_column;
+    });
   }
 
   Variable& make_argument(const std::string& text) {

@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include "compiler/declarations.h"
 #include "tables/field_table.h"
 #include "tables/period_table.h"
 #include "text/numbers.h"
@@ -32,7 +33,7 @@ size_t put_reference(CompileContext& context, std::string& slot, const Reference
   const std::string word = std::string(reference.word_prefix) + std::string(statement_name(slot));
   slot.replace(reference.position, reference.length, word);
   const uint32_t id = context.pool.table().take_auxiliary_id();
-  context.add_reference(word, id);
+  add_reference(context, word, id);
   keys.insert_or_assign(
       static_cast<int32_t>(id),
       reference.source + "|" + std::to_string(reference.field_id) + "|" + std::to_string(id));

@@ -138,6 +138,7 @@ Status build_elements(CompileContext& context, const ElementRequest& request, bo
     }
     Variable* used = context.script.find_variable(
         token.text, [&](const Variable& variable) { return &variable != request.owner; });
+    if (used == nullptr && request.allow_unknown) continue;
     if (used == nullptr) {
       append_error(error, token.text, request.line);
       return Status::undefined_name;

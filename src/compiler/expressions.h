@@ -20,13 +20,15 @@ std::string_view adapt_field_word(const DataPoolCenter& pool, std::string_view w
 struct ElementRequest {
   std::string_view text;
   VariableKind caller_kind;  ///< of the variable that will own the list
-  int32_t line;
+  int32_t line = 0;
   uint32_t column_id = no_column;   ///< of the statement or call that owns the list
   const Variable* owner = nullptr;  ///< a statement, which no word of its own text may name
+  bool allow_unknown = false;       ///< passes over a word that resolves to nothing
 };
 
 /// Builds the element list of a normalised text. Sets `whole_series` if a word asks for it, notes
-/// the fields that the script reads, and refuses a word that resolves to nothing with status 2.
+/// the fields that the script reads, and refuses a word that resolves to nothing with status 2
+/// unless the request allows it.
 Status build_elements(CompileContext& context, const ElementRequest& request, bool& whole_series,
                       std::vector<MathElement>& elements, std::string& error);
 

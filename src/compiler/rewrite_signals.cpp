@@ -57,8 +57,7 @@ Status without_condition(const FoundWord& found, std::string_view written,
 /// The name between the quotes of `NOTICE('name')`; empty for a text of another form.
 std::string_view notice_name(std::string_view written) {
   constexpr std::string_view opening = "NOTICE('";
-  const size_t first = written.find('\'');
-  if (first != opening.size() - 1) return {};
+  if (!equal_ignoring_case(written.substr(0, opening.size()), opening)) return {};
   const size_t last = written.rfind('\'');
   return written.substr(opening.size(), std::max(last, opening.size()) - opening.size());
 }

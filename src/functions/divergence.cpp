@@ -2,9 +2,9 @@
 #include <algorithm>
 
 #include "core/call.h"
-#include "core/column_owners.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
+#include "functions/series.h"
 #include "functions/window_extremes.h"
 
 namespace quor {
@@ -106,21 +106,14 @@ class DIVERGENCE final : public BaseFunc {
   /// at once, for all rows that there are, and never again.
   static Status give_columns(const Call& call) {
     Variable& a = call.argument(0);
-    Variable& b = call.argument(1);
-    const bool fills_a = !a.has_column();
-    const bool adds_b = &b != &a && !b.has_column();
-    if (fills_a || adds_b) {
-      reserve_columns(call.variable, size_t{fills_a} + size_t{adds_b});
-      if (fills_a) hand_over_column(call.variable, 0, a);
-      if (adds_b) hand_over_column(call.variable, fills_a, b);
-    }
-    if (fills_a) {
+    if (!a.has_column()) {
+      give_own_column(call, a);
       const Status status = fill(call, a);
       if (failed(status)) return status;
     }
     double value = null_value;
     const Status status = call.evaluate(1, value);
-    if (!failed(status)) call.table().set_cell(call.row, b.column_index, value);
+    if (!failed(status)) store_in_own_column(call, call.argument(1), value);
     return status;
   }
 

@@ -41,18 +41,8 @@ Status any_bar(const Call& call, size_t arguments, double least, double bars, bo
   const auto start = static_cast<int32_t>(newest);
   WalkSession session(call, arguments, start);
   int32_t found = no_row;
-  if (!session.remembers() || oldest >= 0) {
-    const Status status = session.newest(start, oldest, decides, found);
-    decided = found != no_row;
-    return status;
-  }
-  Status status = session.newest(start, 0, decides, found);
+  const Status status = session.newest(start, oldest, decides, found);
   decided = found != no_row;
-  // Below row 0 what can be remembered differs at most by a gate of a period: both ends tell all.
-  for (const int64_t end : {int64_t{-1}, oldest}) {
-    if (failed(status) || decided) break;
-    status = decides(static_cast<int32_t>(end), decided);
-  }
   return status;
 }
 

@@ -79,6 +79,7 @@ expect 0 'The script is sound.
 printf '{ it has\n two lines }\n\nA:=1;// done\nB:=A+\n  2;C1:=3;\n/* x */ D:= C1+nothing;' >bad.quor
 expect 1 'error 2: a word that nothing defines: NOTHING
   in statement 6 (the first is 0), line 7: D:= C1+nothing' check bad.quor
+expect 1 'error 4000: an exception: vector too long' run -e 'A:STD(C,0-5);' --bars bars.csv
 expect 1 "error 5: a quote is left open
   in statement 1 (the first is 0), line 1: B:='x" check -e "A:=1;B:='x"
 expect 1 'error 9: a reference in double quotes must stand right behind '\'':'\'' or '\''='\''
