@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "compiler/declarations.h"
 #include "compiler/pipeline.h"
-#include "compiler/reserved_variables.h"
 #include "core/row_intake.h"
 #include "functions/families.h"
 #include "functions/registry.h"
@@ -59,7 +59,7 @@ struct Engine {
     quor::build_function_registry();
     settle("600000", "USHA", 0x3005);
     for (const quor::Field& field : quor::reserved_fields()) {
-      add_reserved_variable(context, field.word, static_cast<uint32_t>(field.id), false);
+      quor::add_reserved_variable(context, field.word, static_cast<uint32_t>(field.id), false);
     }
     pool.fire_signals = true;
     pool.extra_data_callback = [](const char*, const char*, const char*) {

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <map>
 #include <string>
-#include <string_view>
 
 #include "core/calculate_center.h"
 #include "core/data_pool_center.h"

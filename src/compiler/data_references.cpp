@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "compiler/reserved_variables.h"
+#include "compiler/declarations.h"
 #include "tables/field_table.h"
 #include "tables/period_table.h"
 #include "text/numbers.h"

@@ -1,8 +1,8 @@
 #include "interface/script_parser.h"
 
+#include "compiler/declarations.h"
 #include "compiler/pipeline.h"
 #include "compiler/report.h"
-#include "compiler/reserved_variables.h"
 #include "core/results.h"
 #include "core/status.h"
 #include "functions/registry.h"

@@ -1,4 +1,4 @@
-// The variables through which scripts read the data of the host.
+// Words that name data which the host delivers.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,8 @@ namespace quor {
 void add_reserved_variable(CompileContext& context, std::string_view word, uint32_t column_id,
                            bool add_column);
 
-/// As `add_reserved_variable` for a reference that the script makes, and that goes with it.
+/// As `add_reserved_variable`, with a column, for a reference that the script makes and that goes
+/// with it.
 void add_reference(CompileContext& context, std::string_view word, uint32_t column_id);
 
 }  // namespace quor
