@@ -6,8 +6,8 @@
 
 namespace quor {
 
-/// Truths don't branch: which way a market goes can't be foretold.
-inline double truth(bool value) { return static_cast<double>(value); }
+/// Compilers make it of several numbers at once and without a branch.
+inline double truth(bool value) { return value ? 1.0 : 0.0; }
 
 /// Calls `use` with what an operator does, a function of the left and the right number. Nulls are
 /// tested nowhere: what they give falls out of NaN arithmetic and of the comparisons, so that the
