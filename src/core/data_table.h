@@ -69,7 +69,7 @@ struct RowBatch {
 class DataTable {
   struct Column {
     std::vector<double> cells;  ///< as long as `keys_`
-    int32_t watched_rows = 0;   ///< a change of a row below counts
+    int32_t watched_rows = 0;   ///< a change of a row before this one counts
     uint32_t changes = 0;
   };
 
@@ -82,7 +82,6 @@ class DataTable {
   uint32_t column_id(uint32_t index) const { return column_ids_[index]; }
   int64_t key(int32_t row) const { return keys_[static_cast<size_t>(row)]; }
 
-  bool has_row(int64_t key) const { return row_index_of(key) != no_row; }
   /// The position of the key, or all-ones.
   uint32_t row_index_of(int64_t key) const;
   /// The position of the column, or -1.
@@ -156,9 +155,9 @@ class DataTable {
     target.cells[static_cast<uint32_t>(row)] = value;
   }
 
-  /// Asks that changes of a column's cells above `rows` be counted from now on. A word that carries
-  /// on a result from bar to bar asks for the rows behind that result, and forgets it once
-  /// `changes` has another answer than when it came about.
+  /// Asks that changes of a column's cells in the rows before `rows` be counted from now on. A word
+  /// that carries on a result from bar to bar asks for the rows behind that result, and forgets it
+  /// once `changes` has another answer than when it came about.
   void watch(int32_t column, int32_t rows) {
     int32_t& watched = columns_[static_cast<uint32_t>(column)].watched_rows;
     watched = std::max(watched, rows);

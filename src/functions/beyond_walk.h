@@ -124,7 +124,7 @@ class BeyondWalk {
 
   DataTable& table_;
   const double threshold_;
-  int32_t end_ = 0;                ///< the rows below are watched
+  int32_t end_ = 0;                ///< the rows before this one are watched
   Blocks* blocks_ = nullptr;       ///< null if nothing can be remembered
   double outermost_ = null_value;  ///< of the rows passed since the end of a block
 };

@@ -22,12 +22,12 @@ Memory& memory_of(const Call& call) {
 /// The cells that the values of some arguments come from.
 class Dependencies {
  public:
-  /// Whether the arguments below `count` can be taken as known once they have been evaluated: they
+  /// Whether the first `count` arguments can be taken as known once they have been evaluated: they
   /// consist of words whose value at a bar comes from that bar and those before it alone and is the
   /// same whenever it is worked out. Looks at the arguments anew when the table has got columns.
   bool can_be_remembered(const Call& call, size_t count);
 
-  /// The rows below this one are worth watching once the arguments have been evaluated at `row`:
+  /// The rows before this one are worth watching once the arguments have been evaluated at `row`:
   /// what lies behind may be evaluated there for the first time, and so change.
   int32_t settled_end(int32_t row) const {
     return static_cast<int32_t>(std::max<int64_t>(row - lag_, 0));
@@ -35,7 +35,7 @@ class Dependencies {
 
   /// Whether a cell has changed since the last call of `watch`.
   bool have_changed(const DataTable& table) const;
-  /// Has changes counted in the rows above `rows`.
+  /// Has changes counted in the rows before `rows`.
   void watch(DataTable& table, int32_t rows);
 
  private:

@@ -131,7 +131,7 @@ class WalkSession {
   const Call& call_;
   WalkMemory* memory_;
   bool remembers_;
-  int32_t end_;  ///< the rows below are watched
+  int32_t end_;  ///< the rows before this one are watched
 };
 
 /// The newest row up to this one at which the argument truncates to 1, whatever its statuses, or
