@@ -162,7 +162,7 @@ void reduce_columns(OpCode op, const double* left, const double* right, double* 
                     size_t size) {
   with_operator(op, [=](const auto& apply) {
 #pragma GCC ivdep
-    for (size_t i = 0; i < size; ++i) result[i] = apply(left[i], right[i]);
+    for (size_t i = 0; i < size; ++i) result[i] = truth(apply(left[i], right[i]));
   });
 }
 

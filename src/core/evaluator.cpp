@@ -12,7 +12,9 @@ namespace quor {
 namespace {
 
 double reduce(OpCode op, double left, double right) {
-  return with_operator(op, [=](const auto& apply) { return apply(left, right); });
+  // Without a branch for a truth: which way a market goes can't be foretold.
+  return with_operator(op,
+                       [=](const auto& apply) { return static_cast<double>(apply(left, right)); });
 }
 
 /// Counts a level of nesting for as long as it lives.
