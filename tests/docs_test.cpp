@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "advice/word_index.h"
 #include "core/status.h"
 #include "support/test_host.h"
 #include "tables/function_table.h"
@@ -94,6 +95,11 @@ TEST(Docs, language_names_every_word) {
   for (const quor::FunctionRow& row : quor::FunctionIdTable()) {
     EXPECT_TRUE(words.contains(std::string(row.word))) << row.word;
   }
+}
+
+TEST(Docs, language_ends_with_the_index_of_words) {
+  EXPECT_TRUE(guide().ends_with("-->\n" + quor_advice::word_index()))
+      << "tools/word-index.sh writes it anew";
 }
 
 TEST(Docs, language_explains_every_code) {
