@@ -98,7 +98,7 @@ void add_script_options(CLI::App& command, Options& options) {
   command.add_option("--code", options.subject.security, "Code of the security")
       ->type_name("SECURITY");
   command.add_option("--market", options.subject.market, "Its market")->type_name("WORD");
-  command.add_option("--timezone", options.subject.time_zone, "Its time zone")
+  command.add_option("--timezone", options.subject.time_zone, "Its time zone; calendars bring their own")
       ->type_name("TEXT")
       ->capture_default_str();
   command

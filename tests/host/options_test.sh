@@ -161,4 +161,8 @@ if command -v bash >/dev/null; then
   same "$completed" --bars 'completion of quor run --ba'
 fi
 
+for script in "$samples"/cookbook/*.quor; do
+  quor check "$script" >/dev/null || same 'a failure' 'success' "$script"
+done
+
 [ $failures -eq 0 ] || exit 1
