@@ -98,7 +98,9 @@ void add_script_options(CLI::App& command, Options& options) {
   command.add_option("--code", options.subject.security, "Code of the security")
       ->type_name("SECURITY");
   command.add_option("--market", options.subject.market, "Its market")->type_name("WORD");
-  command.add_option("--timezone", options.subject.time_zone, "Its time zone; calendars bring their own")
+  command
+      .add_option("--timezone", options.subject.time_zone,
+                  "Its time zone; calendars bring their own")
       ->type_name("TEXT")
       ->capture_default_str();
   command
@@ -205,7 +207,7 @@ bool print_topic(const CLI::App& app, const std::string& topic) {
   }
   if (quor_host::print_word(std::cout, topic)) return true;
   const std::string meant = quor_host::nearest(topic, known);
-  std::cerr << "quor: '" << topic << "' is neither a word of the language nor a command; "
+  std::cerr << "quor: '" << topic << "' is neither a function word nor a command; "
             << (meant.empty() ? "quor help lists them" : "did you mean " + meant + "?") << '\n';
   return false;
 }

@@ -46,9 +46,11 @@ std::string read_file(const std::string& path) {
   if (status.type() == std::filesystem::file_type::directory) {
     throw HostError(path + ": is a directory, not a file");
   }
+  errno = 0;
   std::ifstream file(name, std::ios::binary);
   if (!file) {
-    throw HostError(path + ": can't be opened: " + std::generic_category().message(errno));
+    const std::string reason = errno == 0 ? "" : ": " + std::generic_category().message(errno);
+    throw HostError(path + ": can't be opened" + reason);
   }
   return read_all(file, path);
 }

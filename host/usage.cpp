@@ -91,7 +91,7 @@ std::string explain_command(const CLI::App& app, const std::vector<std::string>&
 std::string unknown_option(const CLI::App& command, const std::vector<std::string>& arguments) {
   const std::vector<std::string> names = option_names(command);
   for (const std::string& argument : arguments) {
-    const std::string name = argument.substr(0, argument.find('='));
+    std::string name = argument.substr(0, argument.find('='));
     if (name.starts_with("--") && std::ranges::find(names, name) == names.end()) return name;
   }
   return {};
@@ -126,7 +126,7 @@ std::string_view fault_of(const CLI::ParseError& error) {
 }
 
 std::string explain_option(const CLI::App& command, const CLI::ParseError& error) {
-  const std::string text = error.what();
+  std::string text = error.what();
   const std::string option = option_in(command, text);
   const std::string_view example = example_of(option);
   if (dynamic_cast<const CLI::ExcludesError*>(&error) != nullptr) {

@@ -95,6 +95,10 @@ expect 1 'quor: wide.csv: the text is UTF-16; save it as UTF-8' run -e 'A:=C;' -
 : >empty.quor
 expect 1 'quor: empty.quor: is empty' check empty.quor
 mkdir folder.csv
+if [ -z "$emulator" ]; then
+  long=$(printf '%0300d' 0)
+  expect 1 "quor: $long: can't be opened: File name too long" check "$long"
+fi
 expect 1 'quor: folder.csv: is a directory, not a file' run -e 'A:=C;' --bars folder.csv
 expect 2 "quor: the script and the bars can't both come from the pipe" run - --bars -
 
@@ -135,8 +139,8 @@ CURRBARSCOUNT
 
 Example
   A:CURRBARSCOUNT;' help ma CURRBARSCOUNT
-expect 1 "quor: 'EMMA' is neither a word of the language nor a command; did you mean EMA?" help EMMA
-expect 1 "quor: 'rnu' is neither a word of the language nor a command; did you mean run?" help rnu
+expect 1 "quor: 'EMMA' is neither a function word nor a command; did you mean EMA?" help EMMA
+expect 1 "quor: 'rnu' is neither a function word nor a command; did you mean run?" help rnu
 same "$(quor help run)" "$(quor run --help)" 'quor help run'
 same "$(quor help --list | wc -l | tr -d ' ')" 214 'quor help --list'
 same "$(quor help | tr ' ' '\n' | grep -c -x -F -e CURRBARSCOUNT -e EMA)" 2 'quor help'
