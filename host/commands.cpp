@@ -43,27 +43,30 @@ Answers answers_of(const Options& options) {
   return answers;
 }
 
-/// The options with their period: the one that the user names, else the one that the bars tell,
-/// which one line says.
-Options with_period(Options options, const Bars* bars) {
+/// The subject with its period: the one that the user names, else the one that the bars tell, which
+/// one line says.
+Subject subject_of(const Options& options, const Bars* bars) {
+  Subject subject = options.subject;
   if (!options.period.empty() || bars == nullptr) {
-    options.subject.period = parse_period(options.period).value_or(period_of_a_day);
-    return options;
+    subject.period = parse_period(options.period).value_or(period_of_a_day);
+    return subject;
   }
   const auto period = infer_period(bars->keys);
-  options.subject.period = period.value_or(period_of_a_day);
-  std::cerr << "quor: period: " << period_text(options.subject.period)
+  subject.period = period.value_or(period_of_a_day);
+  std::cerr << "quor: period: " << period_text(subject.period)
             << (period ? ", by the distances of the bars" : ", as the bars tell none")
             << "; --period sets another\n";
-  return options;
+  return subject;
 }
 
 /// A script in its instance, compiled.
 struct Compiled {
-  explicit Compiled(const Options& options)
+  /// Without bars the period is the user's, or a day.
+  explicit Compiled(const Options& options, const Bars* bars = nullptr)
       : source(options.script_path.empty() ? options.script_text : read_input(options.script_path)),
         statements(split_script(source)),
-        session(options.subject, answers_of(options)),
+        subject(subject_of(options, bars)),
+        session(subject, answers_of(options)),
         report_text(session.compile(source,
                                     parameters_json(options.parameters_path, options.settings),
                                     read_optional(options.lines_path))),
@@ -71,6 +74,7 @@ struct Compiled {
 
   std::string source;
   std::vector<Statement> statements;
+  Subject subject;
   Session session;
   std::string report_text;
   Report report;
@@ -146,7 +150,7 @@ Failure calculate(const Options& options, Compiled& compiled, const Bars& bars) 
 template <typename Use>
 int calculate_and(const Options& options, const Use& use) {
   const Bars bars = read_bars(options.bars_path);
-  Compiled compiled(with_period(options, &bars));
+  Compiled compiled(options, &bars);
   for (const std::string& text : idle_settings(options.settings, compiled.statements)) warn(text);
   Failure failure = compiled.report.failure;
   if (failure.code == 0) {
@@ -162,7 +166,7 @@ int calculate_and(const Options& options, const Use& use) {
 }  // namespace
 
 int check_script(const Options& options) {
-  const Compiled compiled(with_period(options, nullptr));
+  const Compiled compiled(options);
   for (const std::string& text : idle_settings(options.settings, compiled.statements)) warn(text);
   if (options.as_json) std::cout << compiled.report_text << '\n';
   const Failure& failure = compiled.report.failure;

@@ -37,9 +37,8 @@ uint32_t code_of(const Unit& unit, uint32_t count) {
   return count == 1 ? unit.one : unit.base + count * unit.factor;
 }
 
-template <typename Number>
-std::optional<Number> whole_number(std::string_view text, int base) {
-  Number number = 0;
+std::optional<uint32_t> whole_number(std::string_view text, int base) {
+  uint32_t number = 0;
   const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
   if (error != std::errc() || stop != text.data() + text.size()) return std::nullopt;
   return number;
@@ -47,8 +46,7 @@ std::optional<Number> whole_number(std::string_view text, int base) {
 
 std::optional<uint32_t> parse_code(std::string_view text) {
   const bool is_hexadecimal = text.starts_with("0X");
-  const auto code = is_hexadecimal ? whole_number<uint32_t>(text.substr(2), 16)
-                                   : whole_number<uint32_t>(text, 10);
+  const auto code = is_hexadecimal ? whole_number(text.substr(2), 16) : whole_number(text, 10);
   constexpr uint32_t first_code = 0x3000;
   if (!code || *code < first_code) return std::nullopt;
   return code;
@@ -115,7 +113,7 @@ std::optional<uint32_t> parse_period(std::string_view text) {
   };
   const auto* const unit = std::ranges::find_if(units, has_name);
   if (letters.empty() || unit == std::end(units)) return std::nullopt;
-  const auto count = digits.empty() ? std::optional(1U) : whole_number<uint32_t>(digits, 10);
+  const auto count = digits.empty() ? std::optional(1U) : whole_number(digits, 10);
   if (!count || *count < 1 || *count > unit->most) return std::nullopt;
   return code_of(*unit, *count);
 }

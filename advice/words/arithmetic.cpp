@@ -114,7 +114,9 @@ constexpr WordHelp rows[] = {
     {"NUMPOW", "NUMPOW(X,N,M)", 3, 3,
      "Sum over N bars of X times its place to the power M, 1 for the oldest bar to N for this one.",
      "X: the series; N: the period; M: the exponent",
-     "From row N on. A null among the bars gives null.", "A:NUMPOW(C,3,2);"},
+     "From row N on; for an X without a column of its own N-1 bars later. A null among the bars "
+     "gives null.",
+     "A:NUMPOW(C,3,2);"},
 };
 
 }  // namespace

@@ -6,7 +6,7 @@ namespace {
 constexpr std::string_view series_and_period = "X: the series; N: the period";
 constexpr std::string_view two_series_and_period = "X, Y: the series; N: the period";
 constexpr std::string_view one_later =
-    "From row N on, one bar after N bars are there; for an X without a column of its own N bars "
+    "From row N on, one bar after N bars are there; for an X without a column of its own N-1 bars "
     "later. A null among the bars gives null.";
 constexpr std::string_view extreme_nulls =
     "From row 0 on, over the bars there are. N of 0 gives 0; N below 0 or null gives null; a null "
@@ -60,7 +60,7 @@ constexpr WordHelp rows[] = {
      series_and_period, "From row N-1 on. A null among the bars gives null.", "A:SLOPE(C,10);"},
     {"FORCAST", "FORCAST(X,N)", 2, 2,
      "The regression line through N bars at this bar; TSMA is one bar ahead.", series_and_period,
-     one_later, "A:FORCAST(C,10);"},
+     "From row N on. A null among the bars gives null.", "A:FORCAST(C,10);"},
     {"COVAR", "COVAR(X,Y,N)", 3, 3, "Covariance of the population of N bars.",
      two_series_and_period, "From row 0 on. A null among the bars gives null.",
      "A:COVAR(C,VOL,20);"},
