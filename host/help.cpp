@@ -1,10 +1,14 @@
 #include "help.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
+#include <iostream>
 #include <map>
-#include <ostream>
+#include <string_view>
 
 #include "advice/word_help.h"
+#include "advice/word_index.h"
+#include "nearest.h"
 
 namespace quor_host {
 namespace {
@@ -31,8 +35,7 @@ void print_wrapped(std::ostream& out, std::string_view text, size_t margin) {
   out << '\n';
 }
 
-}  // namespace
-
+/// All built-in words, section by section.
 void print_words(std::ostream& out) {
   std::map<std::string_view, std::string> words;
   for (const quor_advice::WordHelp& help : quor_advice::word_help()) {
@@ -45,6 +48,7 @@ void print_words(std::ostream& out) {
   }
 }
 
+/// Form, arguments, null rule and example of a word; false if there is no such word.
 bool print_word(std::ostream& out, std::string_view word) {
   const quor_advice::WordHelp* const help = quor_advice::find_word_help(word);
   if (help == nullptr) return false;
@@ -65,6 +69,48 @@ std::vector<std::string> built_in_words() {
   std::vector<std::string> words;
   for (const quor_advice::WordHelp& help : quor_advice::word_help()) words.emplace_back(help.word);
   return words;
+}
+
+/// False for what is neither a command nor a word; the text then says so.
+bool print_topic(const CLI::App& app, const std::string& topic) {
+  std::vector<std::string> known = built_in_words();
+  for (const CLI::App* command : app.get_subcommands({})) {
+    if (topic == command->get_name()) {
+      std::cout << command->help(app.get_name());
+      return true;
+    }
+    known.push_back(command->get_name());
+  }
+  if (print_word(std::cout, topic)) return true;
+  const std::string meant = nearest(topic, known);
+  std::cerr << "quor: '" << topic << "' is neither a function word nor a command; "
+            << (meant.empty() ? "quor help lists them" : "did you mean " + meant + "?") << '\n';
+  return false;
+}
+
+void print_overview(const CLI::App& app) {
+  // `help` of a parsed program is that of its command.
+  std::cout << app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal)
+            << "\nWords of the language\n\n";
+  print_words(std::cout);
+}
+
+}  // namespace
+
+bool print_help(const CLI::App& app, const HelpOptions& options) {
+  if (options.lists_words) {
+    for (const std::string& word : built_in_words()) std::cout << word << '\n';
+  } else if (options.prints_index) {
+    std::cout << quor_advice::word_index();
+  } else if (options.topics.empty()) {
+    print_overview(app);
+  }
+  bool all_known = true;
+  for (const std::string& topic : options.topics) {
+    if (&topic != &options.topics.front()) std::cout << '\n';
+    all_known = print_topic(app, topic) && all_known;
+  }
+  return all_known;
 }
 
 }  // namespace quor_host

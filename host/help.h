@@ -1,20 +1,23 @@
-// What `quor help` says of words.
+// `quor help`: the words of the language and the commands of the program.
 #pragma once
 
-#include <iosfwd>
 #include <string>
-#include <string_view>
 #include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace quor_host {
 
-/// All built-in words, section by section.
-void print_words(std::ostream& out);
+/// What `quor help` is asked for; without anything it lists all words.
+struct HelpOptions {
+  std::vector<std::string> topics;  ///< words of the language, commands
+  bool lists_words = false;         ///< one in a line
+  bool prints_index = false;        ///< for the language reference
+};
 
-/// Form, arguments, null rule and example of a built-in word; false if there is no such word.
-bool print_word(std::ostream& out, std::string_view word);
-
-/// All built-in words, to look for the nearest one of a mistyped word.
-std::vector<std::string> built_in_words();
+/// Prints it. False if a topic is neither a word nor a command, which is said.
+bool print_help(const CLI::App& app, const HelpOptions& options);
 
 }  // namespace quor_host

@@ -4,11 +4,9 @@
 #include <iostream>
 #include <limits>
 
-#include "advice/word_index.h"
 #include "commands.h"
 #include "console.h"
 #include "help.h"
-#include "nearest.h"
 #include "period.h"
 #include "usage.h"
 
@@ -173,14 +171,7 @@ void add_chart(CLI::App& app, Options& options) {
       ->check(CLI::Range(200, 8000));
 }
 
-/// What `quor help` is asked for.
-struct Help {
-  std::vector<std::string> topics;
-  bool lists_words = false;   ///< one in a line
-  bool prints_index = false;  ///< for the language reference
-};
-
-void add_help(CLI::App& app, Help& options) {
+void add_help(CLI::App& app, quor_host::HelpOptions& options) {
   CLI::App& help = *app.add_subcommand("help", "Explain words of the language and commands");
   help.footer(help_footer);
   help.add_option("TOPIC", options.topics, "Words of the language, or commands")->type_name("");
@@ -193,42 +184,6 @@ void add_help(CLI::App& app, Help& options) {
 size_t count(const CLI::App& command, const std::string& option) {
   const CLI::Option* const found = command.get_option_no_throw(option);
   return found == nullptr ? 0 : found->count();
-}
-
-/// False for what is neither a command nor a word; the text then says so.
-bool print_topic(const CLI::App& app, const std::string& topic) {
-  std::vector<std::string> known = quor_host::built_in_words();
-  for (const CLI::App* command : app.get_subcommands({})) {
-    if (topic == command->get_name()) {
-      std::cout << command->help(app.get_name());
-      return true;
-    }
-    known.push_back(command->get_name());
-  }
-  if (quor_host::print_word(std::cout, topic)) return true;
-  const std::string meant = quor_host::nearest(topic, known);
-  std::cerr << "quor: '" << topic << "' is neither a function word nor a command; "
-            << (meant.empty() ? "quor help lists them" : "did you mean " + meant + "?") << '\n';
-  return false;
-}
-
-int print_help(const CLI::App& app, const Help& help) {
-  if (help.lists_words) {
-    for (const std::string& word : quor_host::built_in_words()) std::cout << word << '\n';
-  } else if (help.prints_index) {
-    std::cout << quor_advice::word_index();
-  } else if (help.topics.empty()) {
-    // `help` of a parsed program is that of its command.
-    std::cout << app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal)
-              << "\nWords of the language\n\n";
-    quor_host::print_words(std::cout);
-  }
-  bool all_known = true;
-  for (const std::string& topic : help.topics) {
-    if (&topic != &help.topics.front()) std::cout << '\n';
-    all_known = print_topic(app, topic) && all_known;
-  }
-  return all_known ? 0 : exit_failure;
 }
 
 int run_command(const CLI::App& command, Options options) {
@@ -258,7 +213,7 @@ int main(int argc, char** argv) {
     const std::vector<std::string> arguments = quor_host::utf8_arguments(argc, argv);
     CLI::App app("Compiles indicator scripts and runs them over bars of a security.", "quor");
     Options options;
-    Help help;
+    quor_host::HelpOptions help;
     app.require_subcommand(1);
     app.allow_windows_style_options(false);  // a path may begin with a slash on any system
     app.footer(footer);
@@ -276,7 +231,7 @@ int main(int argc, char** argv) {
       return exit_usage;
     }
     const CLI::App& command = *app.get_subcommands().front();
-    if (command.get_name() == "help") return print_help(app, help);
+    if (command.get_name() == "help") return print_help(app, help) ? 0 : exit_failure;
     return run_command(command, options);
   } catch (const std::exception& error) {
     std::cerr << "quor: " << error.what() << '\n';
