@@ -12,6 +12,8 @@
 #include "events.h"
 #include "fields.h"
 #include "output.h"
+#include "parameters.h"
+#include "period.h"
 #include "references.h"
 #include "report.h"
 #include "script.h"
@@ -41,18 +43,38 @@ Answers answers_of(const Options& options) {
   return answers;
 }
 
+/// The subject with its period: the one that the user names, else the one that the bars tell, which
+/// one line says.
+Subject subject_of(const Options& options, const Bars* bars) {
+  Subject subject = options.subject;
+  if (!options.period.empty() || bars == nullptr) {
+    subject.period = parse_period(options.period).value_or(period_of_a_day);
+    return subject;
+  }
+  const auto period = infer_period(bars->keys);
+  subject.period = period.value_or(period_of_a_day);
+  std::cerr << "quor: period: " << period_text(subject.period)
+            << (period ? ", by the distances of the bars" : ", as the bars tell none")
+            << "; --period sets another\n";
+  return subject;
+}
+
 /// A script in its instance, compiled.
 struct Compiled {
-  explicit Compiled(const Options& options)
-      : source(options.script_path.empty() ? options.script_text : read_file(options.script_path)),
+  /// Without bars the period is the user's, or a day.
+  explicit Compiled(const Options& options, const Bars* bars = nullptr)
+      : source(options.script_path.empty() ? options.script_text : read_input(options.script_path)),
         statements(split_script(source)),
-        session(options.subject, answers_of(options)),
-        report_text(session.compile(source, read_optional(options.parameters_path),
+        subject(subject_of(options, bars)),
+        session(subject, answers_of(options)),
+        report_text(session.compile(source,
+                                    parameters_json(options.parameters_path, options.settings),
                                     read_optional(options.lines_path))),
         report(parse_report(report_text)) {}
 
   std::string source;
   std::vector<Statement> statements;
+  Subject subject;
   Session session;
   std::string report_text;
   Report report;
@@ -108,7 +130,7 @@ Results results_of(const Compiled& compiled, std::vector<int64_t> keys) {
 /// Feeds bars and references and runs the script.
 Failure calculate(const Options& options, Compiled& compiled, const Bars& bars) {
   const auto columns = read_references(options.references, compiled.report, bars.keys);
-  warn_of_missing_data(compiled.report, bars, options.bars_path);
+  warn_of_missing_data(compiled.report, bars, input_name(options.bars_path));
   compiled.session.feed(rows_json(bars, compiled.report.fields));
   if (compiled.session.row_count() != bars.keys.size()) {
     throw HostError("the library took only " + std::to_string(compiled.session.row_count()) +
@@ -119,17 +141,19 @@ Failure calculate(const Options& options, Compiled& compiled, const Bars& bars) 
       compiled.session.set_cell(bars.keys[row], column.column, column.values[row]);
     }
   }
-  if (options.fire_signals) print_events(std::cout, compiled.session.shapes());
+  std::ostream& events = options.as_csv ? std::cerr : std::cout;
+  if (options.fire_signals) print_events(events, compiled.session.shapes());
   return parse_answer(compiled.session.calculate(options.first_row, options.fire_signals));
 }
 
 /// Compiles and calculates; with success `use` gets the script and its bars.
 template <typename Use>
 int calculate_and(const Options& options, const Use& use) {
-  Compiled compiled(options);
+  const Bars bars = read_bars(options.bars_path);
+  Compiled compiled(options, &bars);
+  for (const std::string& text : idle_settings(options.settings, compiled.statements)) warn(text);
   Failure failure = compiled.report.failure;
   if (failure.code == 0) {
-    const Bars bars = read_bars(options.bars_path);
     failure = calculate(options, compiled, bars);
     if (failure.code == 0) {
       use(compiled, bars);
@@ -143,6 +167,7 @@ int calculate_and(const Options& options, const Use& use) {
 
 int check_script(const Options& options) {
   const Compiled compiled(options);
+  for (const std::string& text : idle_settings(options.settings, compiled.statements)) warn(text);
   if (options.as_json) std::cout << compiled.report_text << '\n';
   const Failure& failure = compiled.report.failure;
   if (failure.code != 0) return print_script_failure(failure, compiled);
@@ -158,6 +183,8 @@ int run_script(const Options& options) {
     const Results results = results_of(compiled, bars.keys);
     if (options.as_json) {
       print_json(std::cout, results);
+    } else if (options.as_csv) {
+      print_csv(std::cout, results, options.last);
     } else {
       print_table(std::cout, results, options.last);
     }

@@ -11,14 +11,17 @@ namespace quor_host {
 
 /// What the user asks for.
 struct Options {
-  std::string script_path;
+  std::string script_path;  ///< "-" for the standard input, as with the bars
   std::string script_text;  ///< stands instead of the file
   std::string parameters_path;
+  std::vector<std::string> settings;  ///< "NAME=NUMBER"
   std::string lines_path;
   Subject subject;
+  std::string period;                         ///< by name or as a code; empty if the bars tell it
   std::vector<std::string> market_constants;  ///< "KEY=VALUE"
   bool is_trading = false;
   bool as_json = false;
+  bool as_csv = false;
   bool fire_signals = false;
   std::string calendar_path;
   std::vector<std::string> references;  ///< "SOURCE|FIELD=FILE.csv"

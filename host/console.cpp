@@ -37,8 +37,9 @@ std::vector<std::string> utf8_arguments(int /*argc*/, char** /*argv*/) {
   return arguments;
 }
 
-void prepare_output() {
+void prepare_streams() {
   SetConsoleOutputCP(CP_UTF8);
+  _setmode(_fileno(stdin), _O_BINARY);
   _setmode(_fileno(stdout), _O_BINARY);
   _setmode(_fileno(stderr), _O_BINARY);
 }
@@ -53,7 +54,7 @@ std::vector<std::string> utf8_arguments(int argc, char** argv) {
   return argc > 0 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
 }
 
-void prepare_output() {}
+void prepare_streams() {}
 
 }  // namespace quor_host
 

@@ -39,8 +39,6 @@ void take_line_end(int byte, void* data) {
 }  // namespace
 
 std::vector<CsvRow> read_csv(std::string_view text, const std::string& name) {
-  constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
-  if (text.starts_with(byte_order_mark)) text.remove_prefix(byte_order_mark.size());
   csv_parser parser;
   if (csv_init(&parser, CSV_STRICT | CSV_STRICT_FINI | CSV_REPALL_NL) != 0) {
     throw HostError(name + ": no memory to read it");

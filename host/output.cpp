@@ -120,6 +120,24 @@ void print_array(std::ostream& out, const List& list, const Write& write) {
   out << ']';
 }
 
+size_t first_of_last(const Results& results, size_t count) {
+  return results.keys.size() - std::min(results.keys.size(), count);
+}
+
+/// A cell as the readers of comma-separated values expect it.
+std::string csv_cell(const std::string& text) {
+  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  std::string quoted = "\"";
+  for (const char c : text) quoted += c == '"' ? "\"\"" : std::string(1, c);
+  return quoted + '"';
+}
+
+std::string csv_number(double value) {
+  if (std::isnan(value)) return {};
+  if (std::isinf(value)) return value > 0 ? "inf" : "-inf";
+  return json_number(value);
+}
+
 /// Texts of the library are not escaped; one that is no JSON for that reason goes out as a string.
 std::string as_json(const std::string& text) { return is_json(text) ? text : json_string(text); }
 
@@ -162,8 +180,7 @@ void print_report(std::ostream& out, const Report& report, const std::vector<Lin
 }
 
 void print_table(std::ostream& out, const Results& results, size_t count) {
-  const size_t rows = results.keys.size();
-  const size_t first = rows - std::min(rows, count);
+  const size_t first = first_of_last(results, count);
   std::vector<Cells> columns{key_cells(results.keys, first)};
   for (const Line& line : results.lines) columns.push_back(number_cells(line, first));
   std::vector<size_t> widths;
@@ -176,6 +193,19 @@ void print_table(std::ostream& out, const Results& results, size_t count) {
       text += "  " + with_width(columns[column][row], widths[column], true);
     }
     out << text << '\n';
+  }
+}
+
+void print_csv(std::ostream& out, const Results& results, size_t count) {
+  const size_t first = first_of_last(results, count);
+  const Cells keys = key_cells(results.keys, first);
+  out << keys[0];
+  for (const Line& line : results.lines) out << ',' << csv_cell(line.name);
+  out << '\n';
+  for (size_t row = first; row < results.keys.size(); ++row) {
+    out << keys[row - first + 1];
+    for (const Line& line : results.lines) out << ',' << csv_number(line.values[row]);
+    out << '\n';
   }
 }
 

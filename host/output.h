@@ -38,6 +38,10 @@ void print_report(std::ostream& out, const Report& report, const std::vector<Lin
 /// The last `count` bars of every line, one bar in a row.
 void print_table(std::ostream& out, const Results& results, size_t count);
 
+/// The last `count` bars of every line as comma-separated values that read back to the same bits;
+/// a null is an empty cell.
+void print_csv(std::ostream& out, const Results& results, size_t count);
+
 /// All bars of every line with the report and the drawing records, as one JSON object.
 void print_json(std::ostream& out, const Results& results);
 

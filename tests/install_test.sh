@@ -51,4 +51,8 @@ same "$(cat broken)" "" "links of the documentation"
 # The program finds its library without help.
 if [ -e "$prefix/bin/quor" ]; then
   same "$("$prefix/bin/quor" --version)" "quor $version" "quor --version"
+  for file in man/man1/quor.1 bash-completion/completions/quor zsh/site-functions/_quor \
+    fish/vendor_completions.d/quor.fish; do
+    same "$(ls "$prefix/share/$file")" "$prefix/share/$file" "the installed $file"
+  done
 fi

@@ -2,28 +2,7 @@
 # Runs the command-line host and compares its exit status and what it prints.
 #   quor_test.sh QUOR SAMPLES [EMULATOR]
 set -u
-program=$1
-samples=$2
-emulator=${3:-}
-folder=$(mktemp -d) || exit 1
-trap 'rm -rf "$folder"' EXIT
-cd "$folder" || exit 1
-failures=0
-
-quor() { ${emulator:+"$emulator"} "$program" "$@"; }
-
-# expect STATUS TEXT ARGUMENTS...: runs quor; the whole of what it prints on both channels must be TEXT.
-expect() {
-  status=$1
-  text=$2
-  shift 2
-  printed=$(quor "$@" 2>&1)
-  got=$?
-  [ "$got" -eq "$status" ] && [ "$printed" = "$text" ] && return
-  printf 'quor %s\n' "$*"
-  printf 'expected status %s and\n%s\ngot status %s and\n%s\n\n' "$status" "$text" "$got" "$printed"
-  failures=$((failures + 1))
-}
+. "$(dirname "$0")/support.sh"
 
 # bad_bars TEXT ROWS: a file of bars that is refused with the text.
 bad_bars() {
@@ -85,7 +64,8 @@ expect 1 "error 5: a quote is left open
 expect 1 'error 9: a reference in double quotes must stand right behind '\'':'\'' or '\''='\''
   in statement 0 (the first is 0), line 1: D:=A"B"' run --bars bars.csv -e 'D:=A"B";'
 
-bad_bars ': no line with the names of the columns' ''
+bad_bars ': is empty' ''
+bad_bars ': no line with the names of the columns' '\n'
 bad_bars ': no bars' 'date,close\n'
 bad_bars ":1: the header names no 'date' column" 'close\n1\n'
 bad_bars ":1: the header names no 'close' column" 'date,open\n'
@@ -96,11 +76,9 @@ bad_bars ":2: '2024-13-02' is no date" 'date,close\n2024-13-02,1\n'
 bad_bars ':3: same date as in line 2' 'date,close\n2024-01-02,1\n20240102,2\n'
 bad_bars ':2: a quote is out of place' 'date,close\n2024-01-02,"1"2\n'
 
-expect 1 'quor: none.csv: can'\''t be opened' run -e 'A:=C;' --bars none.csv
+expect 1 'quor: none.csv: there is no such file' run -e 'A:=C;' --bars none.csv
 expect 1 'quor: --extra UNIT=x: not of the form KEY=NUMBER' check -e 'A:=1;' --extra UNIT=x
 expect 2 "quor: no script: give a file or -e 'TEXT'" check
-expect 2 'A subcommand is required
-Run with --help for more information.'
 
 # Data of another security by the same key, of a longer period up to its next bar.
 printf 'date,close\n2024-01-03,7\n' >other.csv
@@ -145,8 +123,8 @@ if quor chart --bars bars.csv --out chart.svg 2>chart.err \
 them: The input is not valid UTF-8" chart latin.quor --bars bars.csv --out chart.svg
   ln -s /dev/full full.svg
   expect 1 "quor: full.svg: can't be written" chart -e 'A:=1;' --bars bars.csv --out full.svg
-  expect 2 '--size: Value 10 not in range 200 to 8000
-Run with --help for more information.' chart -e 'A:=1;' --bars bars.csv --out chart.svg --size 10x800
+  expect 2 'quor: --size: Value 10 not in range 200 to 8000
+quor chart --help tells more' chart -e 'A:=1;' --bars bars.csv --out chart.svg --size 10x800
   expect 1 'quor: --out chart.gif: neither .svg nor .png' \
     chart -e 'A:=1;' --bars bars.csv --out chart.gif
 else
