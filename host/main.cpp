@@ -99,21 +99,13 @@ void add_run(CLI::App& app, Options& options) {
   run.add_flag("--fire", options.fire_signals, "Raise notices and trade signals, and print them");
 }
 
+#ifdef QUOR_CHART
 void add_chart(CLI::App& app, Options& options) {
   CLI::App& chart = *app.add_subcommand("chart", "Draw the bars and what a script draws");
   add_bar_options(chart, options);
-  chart.add_option("--out", options.picture_path, "The picture")
-      ->type_name("FILE.svg|FILE.png")
-      ->required();
-  chart.add_option("--last", options.last, "How many bars to draw, 2000 at most; 120 by default")
-      ->type_name("N");
-  chart
-      .add_option("--size", options.picture_size, "Width and height in pixels; 1200x800 by default")
-      ->type_name("WxH")
-      ->delimiter('x')
-      ->expected(2)
-      ->check(CLI::Range(200, 8000));
+  quor_host::add_chart_options(chart, options.chart);
 }
+#endif
 
 int run_command(const CLI::App& app, const Options& options) {
   const CLI::App& command = *app.get_subcommands().front();
@@ -122,10 +114,10 @@ int run_command(const CLI::App& app, const Options& options) {
     return exit_usage;
   }
   if (command.get_name() == "check") return check_script(options);
-  if (command.get_name() == "run") return run_script(options);
-  Options picture = options;
-  if (command.count("--last") == 0) picture.last = 120;
-  return draw_script(picture);
+#ifdef QUOR_CHART
+  if (command.get_name() == "chart") return draw_script(options);
+#endif
+  return run_script(options);
 }
 
 }  // namespace
@@ -143,7 +135,9 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", "quor " QUOR_VERSION);
     add_check(app, options);
     add_run(app, options);
+#ifdef QUOR_CHART
     add_chart(app, options);
+#endif
     try {
       app.parse(std::move(arguments));
     } catch (const CLI::ParseError& error) {
