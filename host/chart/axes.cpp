@@ -26,17 +26,15 @@ std::vector<double> multiples(double step, const Range& range) {
 Tag last_price(const Sheet& sheet) {
   const View& view = sheet.view;
   const double close = view.value(field_close, view.last_row());
-  const double before =
-      view.row_count() > 1 ? view.value(field_close, view.last_row() - 1) : close;
+  const double before = view.row_count() > 1 ? view.value(field_close, view.last_row() - 1) : close;
   const int digits = decimals_of(view.series(field_close).values());
   return {close, grouped_text(close, digits), close < before ? sheet.theme.fall : sheet.theme.rise,
           true};
 }
 
 bool meets_tag(const Panel& panel, const std::vector<Tag>& tags, double y, double distance) {
-  return std::ranges::any_of(tags, [&](const Tag& tag) {
-    return std::abs(panel.y(tag.value) - y) < distance;
-  });
+  return std::ranges::any_of(
+      tags, [&](const Tag& tag) { return std::abs(panel.y(tag.value) - y) < distance; });
 }
 
 double tag_y(const Panel& panel, double value) {
@@ -80,8 +78,7 @@ std::vector<Tag> tags_of(const Sheet& sheet, const Panel& panel, bool holds_bars
   if (holds_bars && !std::isfinite(tags.front().value)) tags.clear();
   for (const auto& [record, value] : panel.levels) {
     const int digits = std::round(value) == value ? 0 : panel.digits;
-    tags.push_back(
-        {value, short_text(value, digits), sheet.theme.text(record->text("LineColor"))});
+    tags.push_back({value, short_text(value, digits), sheet.theme.text(record->text("LineColor"))});
   }
   return tags;
 }
@@ -95,8 +92,7 @@ void draw_grid(const Sheet& sheet, const Panel& panel, const TimeAxis& axis,
   }
   for (const TimeMark& mark : marks) {
     const double x = axis.x(mark.row);
-    canvas.line({{x, panel.top}, {x, panel.bottom}},
-                {mark.begins_month ? theme.mark : theme.grid});
+    canvas.line({{x, panel.top}, {x, panel.bottom}}, {mark.begins_month ? theme.mark : theme.grid});
   }
   const double foot = pixel(panel.bottom);
   canvas.line({{axis.left(), foot}, {axis.right(), foot}}, {theme.mark});
@@ -127,9 +123,9 @@ void draw_value_axis(const Sheet& sheet, const Panel& panel, const TimeAxis& axi
     Color pale = tag.color;
     pale.alpha = 0.7;
     canvas.line({{axis.left(), line}, {axis.right(), line}}, {pale, 1.0, {1.0, 3.0}});
-    canvas.tag({axis.right() + 3, y - tag_half_height, axis.right() + 3 + width,
-                y + tag_half_height},
-               tag.color);
+    canvas.tag(
+        {axis.right() + 3, y - tag_half_height, axis.right() + 3 + width, y + tag_half_height},
+        tag.color);
     canvas.text({axis.right() + 8, y}, tag.text, lettering);
   }
 }

@@ -12,11 +12,6 @@ constexpr double background_alpha = 0.13;
 constexpr double region_alpha = 0.26;
 constexpr double volume_alpha = 0.75;
 
-Color with_alpha(Color color, double alpha) {
-  color.alpha = alpha;
-  return color;
-}
-
 struct Candle {
   double open;
   double high;
@@ -145,8 +140,8 @@ void Painter::draw_sticks(const Record& record) {
 }
 
 void Painter::draw_volume(const Record& record) {
-  const Color rise = with_alpha(theme_.line(record.text("UpperShadowColor")), volume_alpha);
-  const Color fall = with_alpha(theme_.line(record.text("LowerShadowColor")), volume_alpha);
+  const Color rise = theme_.area(record.text("UpperShadowColor"), volume_alpha);
+  const Color fall = theme_.area(record.text("LowerShadowColor"), volume_alpha);
   const Series volume = view_.series(record, "Field1Id");
   const Series close = view_.series(field_close);
   const Series open = view_.series(view_.has(field_open) ? field_open : field_close);
@@ -163,10 +158,9 @@ void Painter::draw_volume(const Record& record) {
 
 /// Behind marked bars; from edge to edge for a record that looks at the last bar only.
 void Painter::draw_background(const Record& record) {
-  const Color color = with_alpha(theme_.line(record.text("FilledColor")), background_alpha);
+  const Color color = theme_.area(record.text("FilledColor"), background_alpha);
   const std::string second = record.text("GradientColor");
-  const Color end =
-      second.empty() ? color : with_alpha(theme_.line(second), background_alpha);
+  const Color end = second.empty() ? color : theme_.area(second, background_alpha);
   const auto draw = [&](double left, double right) {
     canvas_.gradient({left, panel_.top, right, panel_.bottom}, color, end,
                      record.flag("GradientDirection"));
@@ -194,7 +188,7 @@ void Painter::draw_background(const Record& record) {
 }
 
 void Painter::draw_region(const Record& record) {
-  const Color color = with_alpha(theme_.line(record.text("FilledColor")), region_alpha);
+  const Color color = theme_.area(record.text("FilledColor"), region_alpha);
   const Marks shown = view_.marks(record);
   const Series first = view_.series(record, "Field1Id");
   const Series second = view_.series(record, "Field2Id");

@@ -228,6 +228,12 @@ Point Canvas::extent(const std::string& text, const Lettering& lettering) {
   return extent_of(sheet_->lay_out(text, lettering));
 }
 
+Box Canvas::ink(const std::string& text, const Lettering& lettering) {
+  PangoRectangle ink{};
+  pango_layout_get_pixel_extents(sheet_->lay_out(text, lettering), &ink, nullptr);
+  return {1.0 * ink.x, 1.0 * ink.y, 1.0 * ink.x + ink.width, 1.0 * ink.y + ink.height};
+}
+
 void Canvas::clip(const Box& box) {
   unclip();
   cairo_rectangle(sheet_->context.get(), box.left, box.top, box.right - box.left,

@@ -58,6 +58,8 @@ class Canvas {
             Point anchor = {0.0, 0.5});
   /// How far a text reaches to the right and down.
   Point extent(const std::string& text, const Lettering& lettering);
+  /// What its letters cover, from its upper left corner on.
+  Box ink(const std::string& text, const Lettering& lettering);
 
   /// Limits drawing to a box, in place of the one before.
   void clip(const Box& box);

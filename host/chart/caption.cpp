@@ -20,9 +20,9 @@ struct NamedPeriod {
   const char* name;
 };
 constexpr NamedPeriod named_periods[] = {
-    {0x303C, "1 hour"},    {0x3078, "2 hours"},   {0x30B4, "3 hours"},   {0x30F0, "4 hours"},
-    {0x4000, "Daily"},     {0x4001, "Daily"},     {0x5000, "Weekly"},    {0x5001, "Weekly"},
-    {0x6000, "Monthly"},   {0x6001, "Monthly"},   {0x6003, "Quarterly"}, {0x7000, "Yearly"},
+    {0x303C, "1 hour"},  {0x3078, "2 hours"}, {0x30B4, "3 hours"},   {0x30F0, "4 hours"},
+    {0x4000, "Daily"},   {0x4001, "Daily"},   {0x5000, "Weekly"},    {0x5001, "Weekly"},
+    {0x6000, "Monthly"}, {0x6001, "Monthly"}, {0x6003, "Quarterly"}, {0x7000, "Yearly"},
     {0x7001, "Yearly"},
 };
 
@@ -61,7 +61,8 @@ std::string legend_text(const View& view, const Record& record, int panel_digits
   const double last = view.value(record.column("Field1Id"), view.last_row());
   if (!std::isfinite(last)) return title;
   const double digits = record.number("Digit", -1.0);
-  if (digits >= 0.0) return title + ' ' + grouped_text(last, static_cast<int>(std::min(digits, 6.0)));
+  if (digits >= 0.0)
+    return title + ' ' + grouped_text(last, static_cast<int>(std::min(digits, 6.0)));
   return title + ' ' + short_text(last, panel_digits);
 }
 

@@ -13,7 +13,8 @@ namespace quor_host {
 /// Name, period and date of the last bar, its close and how far that is from the one before.
 void draw_title(const Sheet& sheet, const BarsOrigin& origin, double top, double right);
 
-/// "Daily", "5 min"; empty for a code of no known period, or one of days where the bars are of times.
+/// "Daily", "5 min"; empty for a code of no known period, or one of days where the bars are of
+/// times.
 std::string period_name(uint32_t code, bool intraday);
 
 struct LegendEntry {

@@ -13,7 +13,8 @@ namespace {
 
 constexpr double title_height = 28.0;
 constexpr double time_axis_height = 26.0;
-constexpr double gap = 8.0;  ///< above a panel that has no legend
+constexpr size_t enough_bars = 250;  ///< to tell which lines share an axis
+constexpr double gap = 8.0;          ///< above a panel that has no legend
 
 bool has_shape(const Panel& panel, const char* shape_name) {
   return std::ranges::any_of(panel.records,
@@ -26,12 +27,13 @@ double weight_of(const Panel& panel) {
   return has_shape(panel, "PolylineShape") ? 0.22 : 0.16;
 }
 
-/// The upper panel takes what the lower ones leave, which is at least four tenths.
+/// The upper panel takes what the lower ones leave, which is at least four tenths. A single one
+/// below gets more than one of several.
 void place_panels(std::vector<Panel>& panels, const std::vector<Legend>& legends, double top,
                   double bottom) {
   double wanted = 0.0;
   for (size_t i = 1; i < panels.size(); ++i) wanted += weight_of(panels[i]);
-  const double scale = wanted > 0.6 ? 0.6 / wanted : 1.0;
+  const double scale = std::min(panels.size() == 2 ? 1.3 : 1.0, 0.6 / std::max(wanted, 1e-9));
   for (size_t i = 0; i < panels.size(); ++i) {
     const double share = i == 0 ? 1.0 - wanted * scale : weight_of(panels[i]) * scale;
     Panel& panel = panels[i];
@@ -43,8 +45,10 @@ void place_panels(std::vector<Panel>& panels, const std::vector<Legend>& legends
   }
 }
 
-/// Signals and pictures at bars lie over lines, and get their places before texts do.
+/// Regions lie behind the bars, which they would dim. Signals and pictures at bars lie over lines,
+/// and get their places before texts do.
 double layer_of(const Record& record) {
+  if (record.is("PolygonShape")) return 0.4;
   if (record.is("FuturesTradeShape") || record.is("NoticeShape")) return 2.5;
   if (record.is("ImageShape") && !record.flag("IsLastCandle")) return 2.6;
   return record.number("ZIndex");
@@ -64,13 +68,13 @@ void draw_layers(Painter painter, std::vector<const Record*> layers, const Recor
 }
 
 /// The panels of the script, and one of the volume if it has none of its own.
-std::vector<Panel> panels_of(const View& view, const std::vector<Record>& records,
+std::vector<Panel> panels_of(const View& view, const View& wide, const std::vector<Record>& records,
                              const Record& volume, const ChartOptions& options) {
   constexpr int least_height = 200;
   const auto height = static_cast<size_t>(options.size.at(1));
-  std::vector<Panel> panels = arrange(view, records, 2 + height / least_height);
+  std::vector<Panel> panels = arrange(view, wide, records, 2 + height / least_height);
   if (panels.size() > 1 || options.no_volume || !view.has(field_volume)) return panels;
-  std::vector<Panel> below = arrange(view, {volume}, 1);
+  std::vector<Panel> below = arrange(view, wide, {volume}, 1);
   below.front().records = {&volume};
   panels.push_back(below.front());
   return panels;
@@ -81,10 +85,11 @@ std::vector<Panel> panels_of(const View& view, const std::vector<Record>& record
 void draw_chart(const Session& session, const Bars& bars, const BarsOrigin& origin,
                 const ChartOptions& options) {
   const View view(session, bars, options.last);
+  const View wide(session, bars, std::max(options.last, enough_bars));
   std::vector<Record> records = parse_records(session.shapes());
   records.insert(records.begin(), bars_record(view));
   const Record volume = volume_record();
-  std::vector<Panel> panels = panels_of(view, records, volume, options);
+  std::vector<Panel> panels = panels_of(view, wide, records, volume, options);
   const double width = options.size.at(0);
   const double height = options.size.at(1);
   Canvas canvas(options.path, options.size.at(0), options.size.at(1));

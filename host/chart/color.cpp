@@ -59,8 +59,7 @@ Color ink_on(Color ground) {
   return contrast(black, ground) > contrast(white, ground) ? black : white;
 }
 
-Color readable(Color color, Color ground, double least) {
-  if (is_neutral(color) && contrast(color, ground) < 1.5) least = std::max(least, 10.0);
+Color set_off(Color color, Color ground, double least) {
   double near = 0.0;
   double far = contrast(color, ground) < least ? 1.0 : 0.0;
   while (far - near > 1e-3) {
@@ -69,6 +68,11 @@ Color readable(Color color, Color ground, double least) {
     (stands_off ? far : near) = middle;
   }
   return blend(color, ink_on(ground), far);
+}
+
+Color readable(Color color, Color ground, double least) {
+  const bool is_lost = is_neutral(color) && contrast(color, ground) < 1.5;
+  return set_off(color, ground, is_lost ? std::max(least, 10.0) : least);
 }
 
 }  // namespace quor_host

@@ -29,8 +29,11 @@ double contrast(Color first, Color second);
 /// The way from one colour to another, 0 at the first. Alpha is that of the first.
 Color blend(Color from, Color to, double share);
 
-/// The colour, as much darker or lighter as it takes to have a contrast to the ground. A black, white
-/// or grey that can't be seen on it was meant to be strong and becomes so.
+/// The colour, as much darker or lighter as it takes to have a contrast to the ground.
+Color set_off(Color color, Color ground, double least);
+
+/// The same for lines and texts. A black, white or grey that can't be seen on the ground was meant
+/// to be strong and becomes so.
 Color readable(Color color, Color ground, double least);
 
 /// Black or white, whichever is easier to read on the ground.

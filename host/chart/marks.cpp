@@ -10,8 +10,8 @@
 namespace quor_host {
 namespace {
 
-constexpr double space = 3.0;       ///< between a bar and a text
-constexpr double far_away = 11.0;   ///< from where on a text needs a line to its point
+constexpr double space = 3.0;      ///< between a bar and a text
+constexpr double far_away = 11.0;  ///< from where on a text needs a line to its point
 
 enum class Side { buy, sell, none };
 
@@ -19,9 +19,9 @@ struct TradeWord {
   const char* word;
   Side side;
 };
-constexpr TradeWord trade_words[] = {{"BK", Side::buy},   {"BP", Side::buy},  {"BPK", Side::buy},
-                                     {"SK", Side::sell},  {"SP", Side::sell}, {"SPK", Side::sell},
-                                     {"CLOSEOUT", Side::none}};
+constexpr TradeWord trade_words[] = {
+    {"BK", Side::buy},  {"BP", Side::buy},   {"BPK", Side::buy},      {"SK", Side::sell},
+    {"SP", Side::sell}, {"SPK", Side::sell}, {"CLOSEOUT", Side::none}};
 
 /// The word of a statement such as "CROSS(C,MA5),BK(2)".
 const TradeWord& trade_word(const std::string& statement) {
@@ -69,9 +69,10 @@ void Painter::lead(Point from, const Box& to, Color color) {
 
 void Painter::label(size_t row, Point at, Point anchor, const std::string& text,
                     const Lettering& lettering, bool framed) {
-  const Point extent = canvas_.extent(text, lettering);
-  const double margin = framed ? 4.0 : 0.0;
-  Box wanted = box_around(at, {extent.x + 2 * margin, extent.y}, anchor);
+  const double margin = framed ? 4.0 : 1.0;
+  const Box ink = canvas_.ink(text, lettering);
+  const Point extent{ink.right - ink.left + 2 * margin, ink.bottom - ink.top + 2 * margin};
+  Box wanted = box_around(at, extent, anchor);
   bool upwards = anchor.y > 0.5;
   if (const auto bar = bar_at(row)) {
     if (anchor.y == 0.5) upwards = at.y <= (bar->top + bar->bottom) / 2;
@@ -85,8 +86,12 @@ void Painter::label(size_t row, Point at, Point anchor, const std::string& text,
   const auto place = placement_.place(wanted, upwards, {48.0, 48.0, true});
   if (!place) return;
   lead(at, *place, lettering.color);
-  if (framed) canvas_.frame(*place, lettering.color);
-  canvas_.text({place->left + margin, place->top}, text, lettering, {0.0, 0.0});
+  const Box box =
+      place->moved(std::round(place->left) - place->left, std::round(place->top) - place->top);
+  if (framed)
+    canvas_.frame({box.left, box.top, box.left + extent.x, box.top + extent.y}, lettering.color);
+  canvas_.text({box.left + margin - ink.left, box.top + margin - ink.top}, text, lettering,
+               {0.0, 0.0});
 }
 
 void Painter::draw_dots(const Record& record, bool filled) {
@@ -109,8 +114,10 @@ void Painter::draw_text(const Record& record) {
     return std::clamp(record.number(key, 1.0) / 2, 0.0, 1.0);
   };
   const Point anchor{share("HorizontalAlign"), share("VerticalAlign")};
+  const auto begins_letter = [](char byte) { return (byte & 0xC0) != 0x80; };
+  const bool is_sign = std::ranges::count_if(sign, begins_letter) == 1;
   const Lettering lettering{theme_.text(record.text("TextColor")),
-                            std::clamp(record.number("FontSize", 14.0), 8.0, 30.0), false,
+                            std::clamp(record.number("FontSize", 14.0), 8.0, 30.0), is_sign,
                             theme_.ground};
   const auto digits = static_cast<int>(std::clamp(record.number("Digit"), 0.0, 6.0));
   const Series prices = view_.series(record, "Field1Id");
@@ -171,9 +178,8 @@ void Painter::draw_sign(const TradeSign& sign, double x, const Box& bar) {
   constexpr double half = 5.0;
   constexpr double height = 9.0;
   const double top = sign.points_up ? bar.bottom + space : bar.top - space - height;
-  const auto place =
-      placement_.place({x - half, top, x + half, top + height}, !sign.points_up,
-                        {axis_.slot_width() < 3.0 ? 18.0 : 40.0});
+  const auto place = placement_.place({x - half, top, x + half, top + height}, !sign.points_up,
+                                      {axis_.slot_width() < 3.0 ? 18.0 : 40.0});
   if (!place) return;
   const double middle = (place->left + place->right) / 2;
   const double foot = sign.points_up ? place->bottom : place->top;

@@ -12,8 +12,8 @@
 
 namespace quor_host {
 
-/// How a trade signal looks: buying points up from below the bar, selling down from above it, closing
-/// all is a square above.
+/// How a trade signal looks: buying points up from below the bar, selling down from above it,
+/// closing all is a square above.
 struct TradeSign {
   std::string text;
   Color color;

@@ -54,8 +54,7 @@ bool lies_near(const Range& range, const Range& other, double spans = 1.5) {
 /// Whether most values of a record lie far from the closes of their bars, though they may be near
 /// the prices of other years.
 bool is_no_price(const View& view, const Record& record) {
-  const Series values =
-      view.series(record, record.is("CandleShape") ? "CloseField" : "Field1Id");
+  const Series values = view.series(record, record.is("CandleShape") ? "CloseField" : "Field1Id");
   const Series closes = view.series(field_close);
   const Marks shown = view.marks(record);
   size_t near = 0;
@@ -83,30 +82,35 @@ void reach_for(Range& range, const Record& record) {
     range.take(*number);
 }
 
-/// Puts records into panels, one after the other.
+/// Puts records into panels, one after the other. What they are is told from more bars than those
+/// in sight, as a few bars would set lines apart that belong together.
 class Arrangement {
  public:
-  Arrangement(const View& view, const Record& bars, size_t most)
-      : view_(view), price_(range_of(view, bars)), most_(most) {}
+  Arrangement(const View& view, const View& wide, const Record& bars, size_t most)
+      : view_(view), wide_(wide), price_(range_of(wide, bars)), most_(most) {}
 
   void add(const Record& record) {
-    const Range range = range_of(view_, record);
-    if (is_level(view_, record, range)) {
+    const Range range = range_of(wide_, record);
+    const Range in_sight = range_of(view_, record);
+    if (is_level(wide_, record, range)) {
       levels_.push_back({{&record, range.low}, latest_});
       return;
     }
-    if (!range.empty) {
-      latest_ = is_no_price(view_, record) ? find_below(range) : find(range);
-      take(panels_[latest_], range);
+    if (!in_sight.empty) {
+      latest_ = is_no_price(wide_, record) ? find_below(range) : find(range);
+      take(groups_[latest_], range);
+      take(panels_[latest_].range, in_sight);
     }
-    panels_[range.empty ? 0 : latest_].records.push_back(&record);
+    panels_[in_sight.empty ? 0 : latest_].records.push_back(&record);
     reach_for(panels_[latest_].range, record);
   }
 
   /// Levels go with the lines that stand near them: written before a level, or behind it.
   std::vector<Panel> finish() {
     for (const auto& [level, behind] : levels_) {
-      Panel& panel = panels_[find_for_level(level.value, behind)];
+      const size_t place = find_for_level(level.value, behind);
+      Panel& panel = panels_[place];
+      groups_[place].take(level.value);
       panel.range.take(level.value);
       panel.records.push_back(level.record);
       panel.levels.push_back(level);
@@ -121,14 +125,12 @@ class Arrangement {
   };
 
   /// The panel for a range, a new one if need be.
-  size_t find(const Range& range) {
-    return lies_near(range, price_) ? 0 : find_below(range);
-  }
+  size_t find(const Range& range) { return lies_near(range, price_) ? 0 : find_below(range); }
 
   size_t find_below(const Range& range) {
     for (size_t i = 1; i < panels_.size(); ++i) {
       // What is no price may not be lost on the scale of something else.
-      const Range& other = panels_[i].range;
+      const Range& other = groups_[i];
       if (lies_near(range, other) && range.span() > 0.1 * other.span()) return i;
     }
     return new_panel();
@@ -138,28 +140,33 @@ class Arrangement {
     const Range range{value, value, false};
     if (lies_near(range, price_, 0.5)) return 0;
     constexpr double far = 4.0;
-    if (behind > 0 && lies_near(range, panels_[behind].range, far)) return behind;
-    if (behind + 1 < panels_.size() && lies_near(range, panels_[behind + 1].range, far)) {
+    if (behind > 0 && lies_near(range, groups_[behind], far)) return behind;
+    if (behind + 1 < panels_.size() && lies_near(range, groups_[behind + 1], far)) {
       return behind + 1;
     }
     return find(range);
   }
 
   size_t new_panel() {
-    if (panels_.size() < most_) panels_.emplace_back();
+    if (panels_.size() < most_) {
+      panels_.emplace_back();
+      groups_.emplace_back();
+    }
     return panels_.size() - 1;
   }
 
-  static void take(Panel& panel, const Range& range) {
-    panel.range.take(range.low);
-    panel.range.take(range.high);
+  static void take(Range& whole, const Range& range) {
+    whole.take(range.low);
+    whole.take(range.high);
   }
 
   const View& view_;
+  const View& wide_;
   Range price_;
   size_t most_;
   size_t latest_ = 0;
   std::vector<Panel> panels_ = std::vector<Panel>(1);
+  std::vector<Range> groups_ = std::vector<Range>(1);  ///< of all bars that are looked at
   std::vector<WaitingLevel> levels_;
 };
 
@@ -219,8 +226,9 @@ void Range::take(double value) {
 
 double Range::reach() const { return std::max(std::abs(low), std::abs(high)); }
 
-std::vector<Panel> arrange(const View& view, const std::vector<Record>& records, size_t most) {
-  Arrangement arrangement(view, records.front(), most);
+std::vector<Panel> arrange(const View& view, const View& wide, const std::vector<Record>& records,
+                           size_t most) {
+  Arrangement arrangement(view, wide, records.front(), most);
   for (const Record& record : records) arrangement.add(record);
   std::vector<Panel> panels = arrangement.finish();
   for (Panel& panel : panels) {

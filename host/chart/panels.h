@@ -48,7 +48,9 @@ Record bars_record(const View& view);
 Record volume_record();
 
 /// The panels from the top: the first record with what lies near it, then what is far from it. The
-/// last panel takes what would need more panels than there may be.
-std::vector<Panel> arrange(const View& view, const std::vector<Record>& records, size_t most);
+/// last panel takes what would need more panels than there may be. `wide` has the bars of the view
+/// and others before them.
+std::vector<Panel> arrange(const View& view, const View& wide, const std::vector<Record>& records,
+                           size_t most);
 
 }  // namespace quor_host

@@ -8,6 +8,7 @@ namespace {
 
 constexpr double strip = 32.0;  ///< width of what a bucket covers
 constexpr double step = 3.0;
+constexpr double first_aside = 9.0;  ///< a text straight above its bar is better than a nearer one
 
 Box brought_into(const Box& box, const Box& bounds) {
   const double x = std::max(bounds.left - box.left, std::min(0.0, bounds.right - box.right));
@@ -48,7 +49,7 @@ std::optional<Box> Placement::search(const Box& wanted, double direction, double
   const double half = (wanted.right - wanted.left) / 2;
   for (double way = 0.0; way <= reach; way += step) {
     for (const double aside : {0.0, -half, half}) {
-      if (aside != 0.0 && (!sideways || way == 0.0)) continue;
+      if (aside != 0.0 && (!sideways || way < first_aside)) continue;
       const Box box = wanted.moved(aside, direction * way);
       if (lies_within(box, bounds_) && is_free(box)) return box;
     }

@@ -39,8 +39,7 @@ class Placement {
   std::optional<Box> place(const Box& wanted, bool upwards, const Leeway& leeway);
 
  private:
-  std::optional<Box> search(const Box& wanted, double direction, double reach,
-                            bool sideways) const;
+  std::optional<Box> search(const Box& wanted, double direction, double reach, bool sideways) const;
   size_t bucket(double x) const;
 
   Box bounds_;

@@ -5,6 +5,7 @@ namespace {
 
 constexpr double line_contrast = 3.0;
 constexpr double text_contrast = 4.5;
+constexpr double area_contrast = 1.5;
 
 constexpr Theme light{.ground = rgb(0xFFFFFF),
                       .grid = rgb(0xECEFF3),
@@ -46,6 +47,12 @@ Color Theme::line(const std::string& key) const {
 
 Color Theme::text(const std::string& key) const {
   return readable(color_of(*this, key), ground, text_contrast);
+}
+
+Color Theme::area(const std::string& key, double alpha) const {
+  Color color = set_off(color_of(*this, key), ground, area_contrast);
+  color.alpha = alpha;
+  return color;
 }
 
 const Theme& theme_named(const std::string& name) { return name == "dark" ? dark : light; }

@@ -7,8 +7,8 @@
 
 namespace quor_host {
 
-/// Lines and areas have a contrast of 3 to the ground, texts one of 4.5: a script's colour that has
-/// less is made darker or lighter.
+/// Lines have a contrast of 3 to the ground, texts one of 4.5, and areas, which lie thinly over it,
+/// one of 1.5: a script's colour that has less is made darker or lighter.
 struct Theme {
   Color ground;
   Color grid;
@@ -26,6 +26,7 @@ struct Theme {
   /// "Theme.Label" are the theme's own.
   Color line(const std::string& key) const;
   Color text(const std::string& key) const;
+  Color area(const std::string& key, double alpha) const;
 };
 
 /// "light" or "dark".

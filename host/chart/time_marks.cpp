@@ -52,11 +52,11 @@ int64_t time_number(const Moment& at) {
 }
 
 constexpr Span spans[] = {
-    {Name::year, year_number<100>}, {Name::year, year_number<10>}, {Name::year, year_number<5>},
+    {Name::year, year_number<100>}, {Name::year, year_number<10>},  {Name::year, year_number<5>},
     {Name::year, year_number<1>},   {Name::month, month_number<6>}, {Name::month, month_number<3>},
-    {Name::month, month_number<1>}, {Name::day, week_number},      {Name::day, day_number},
+    {Name::month, month_number<1>}, {Name::day, week_number},       {Name::day, day_number},
     {Name::time, time_number<360>}, {Name::time, time_number<120>}, {Name::time, time_number<60>},
-    {Name::time, time_number<30>},  {Name::time, time_number<15>}, {Name::time, time_number<5>},
+    {Name::time, time_number<30>},  {Name::time, time_number<15>},  {Name::time, time_number<5>},
     {Name::time, time_number<1>},
 };
 

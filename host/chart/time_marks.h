@@ -15,9 +15,9 @@ struct TimeMark {
   bool begins_year = false;
 };
 
-/// Marks for the bars from `first` on, by their row keys in ascending order. The first bars of years
-/// come first, then those of months, weeks, days and times of day, as long as the marks are at least
-/// `room` bars apart.
+/// Marks for the bars from `first` on, by their row keys in ascending order. The first bars of
+/// years come first, then those of months, weeks, days and times of day, as long as the marks are
+/// at least `room` bars apart.
 std::vector<TimeMark> time_marks(std::span<const int64_t> keys, size_t first, double room);
 
 /// Whether the keys have times of day.

@@ -52,8 +52,8 @@ class View {
   const std::vector<int64_t>& keys() const { return keys_; }
   bool has(uint32_t field) const { return bars_.columns.contains(field); }
 
-  /// A value of a column or of a field of the bars, by the library's ids, in sight or not. NaN where
-  /// there is none, and for one that is too large for any axis.
+  /// A value of a column or of a field of the bars, by the library's ids, in sight or not. NaN
+  /// where there is none, and for one that is too large for any axis.
   double value(std::optional<uint32_t> column, size_t row) const;
   Series series(std::optional<uint32_t> column) const;
   Series series(const Record& record, const char* key) const { return series(record.column(key)); }
