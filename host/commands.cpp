@@ -168,7 +168,7 @@ int run_script(const Options& options) {
 
 int draw_script(const Options& options) {
   return calculate_and(options, [&options](const Compiled& compiled, const Bars& bars) {
-    draw_chart(compiled.session, bars, {options.bars_path, options.subject}, options.chart);
+    draw_chart(compiled.session, bars, options.bars_path, options.chart);
   });
 }
 

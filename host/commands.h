@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "chart/options.h"
+#include "chart_options.h"
 #include "session.h"
 
 namespace quor_host {

@@ -31,6 +31,8 @@ class Session {
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
+  const Subject& subject() const { return subject_; }
+
   /// Each gives the text that the library answers.
   std::string compile(std::string_view script, std::string_view parameters,
                       std::string_view lines) const;
@@ -47,6 +49,7 @@ class Session {
 
  private:
   int64_t handle_;
+  Subject subject_;
 };
 
 }  // namespace quor_host

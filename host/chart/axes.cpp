@@ -51,7 +51,7 @@ Ticks ticks_of(const Panel& panel) {
   double count = std::max(1.0, panel.height() / room);
   Ticks ticks;
   do {
-    ticks.step = nice_step(panel.range.span(), count);
+    ticks.step = std::max(nice_step(panel.range.span(), count), panel.digits == 0 ? 1.0 : 0.0);
     ticks.values = multiples(ticks.step, panel.range);
   } while (ticks.values.size() < enough && (count *= 1.5) < most);
   return ticks;

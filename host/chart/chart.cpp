@@ -21,8 +21,10 @@ bool has_shape(const Panel& panel, const char* shape_name) {
                              [shape_name](const Record* record) { return record->is(shape_name); });
 }
 
-/// How much of the height a lower panel wants: candles more than lines, sticks alone less.
+/// How much of the height a lower panel wants: candles more than lines, sticks alone less, lines
+/// that only say yes or no the least.
 double weight_of(const Panel& panel) {
+  if (panel.digits == 0 && panel.range.span() < 1.5) return 0.10;
   if (has_shape(panel, "CandleShape")) return 0.30;
   return has_shape(panel, "PolylineShape") ? 0.22 : 0.16;
 }
@@ -82,7 +84,7 @@ std::vector<Panel> panels_of(const View& view, const View& wide, const std::vect
 
 }  // namespace
 
-void draw_chart(const Session& session, const Bars& bars, const BarsOrigin& origin,
+void draw_chart(const Session& session, const Bars& bars, const std::string& bars_path,
                 const ChartOptions& options) {
   const View view(session, bars, options.last);
   const View wide(session, bars, std::max(options.last, enough_bars));
@@ -96,7 +98,7 @@ void draw_chart(const Session& session, const Bars& bars, const BarsOrigin& orig
   const Theme& theme = theme_named(options.theme);
   const Sheet sheet{canvas, view, theme};
   canvas.fill({0.0, 0.0, width, height}, theme.ground);
-  draw_title(sheet, origin, sheet_margin, width - sheet_margin);
+  draw_title(sheet, session.subject(), bars_path, sheet_margin, width - sheet_margin);
 
   std::vector<Legend> legends;
   for (const Panel& panel : panels) {

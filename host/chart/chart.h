@@ -4,19 +4,13 @@
 #include <string>
 
 #include "../bars.h"
+#include "../chart_options.h"
 #include "../session.h"
-#include "options.h"
 
 namespace quor_host {
 
-/// What the bars are of.
-struct BarsOrigin {
-  std::string path;
-  Subject subject;
-};
-
-/// Draws the last bars of a calculated script into an SVG or PNG file.
-void draw_chart(const Session& session, const Bars& bars, const BarsOrigin& origin,
+/// Draws the last bars of a calculated script, which came from a file, into an SVG or PNG file.
+void draw_chart(const Session& session, const Bars& bars, const std::string& bars_path,
                 const ChartOptions& options);
 
 }  // namespace quor_host

@@ -1,4 +1,4 @@
-#include "options.h"
+#include "chart_options.h"
 
 #include <CLI/CLI.hpp>
 
