@@ -56,7 +56,7 @@ class Line {
 };
 
 std::string legend_text(const View& view, const Record& record, int panel_digits) {
-  const std::string title = record.text("Field1Text");
+  std::string title = record.text("Field1Text");
   if (!record.flag("TitleVisible") || title.starts_with("EMPTY_LINE_NAME_RESERVED")) return "";
   const double last = view.value(record.column("Field1Id"), view.last_row());
   if (!std::isfinite(last)) return title;

@@ -59,7 +59,9 @@ void Painter::draw_polyline(const Record& record) {
   if (const auto level = std::ranges::find_if(panel_.levels, is_record);
       level != panel_.levels.end()) {
     const double y = std::round(panel_.y(level->value)) + 0.5;
-    canvas_.line({{axis_.left(), y}, {axis_.right(), y}}, {stroke.color, 1.0, {4, 3}});
+    stroke.width -= 0.4;
+    if (stroke.dashes.empty()) stroke.dashes = {4, 3};
+    canvas_.line({{axis_.left(), y}, {axis_.right(), y}}, stroke);
     return;
   }
   const bool both_colours = record.text("Style") == "ColorPolyline";

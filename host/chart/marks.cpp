@@ -16,21 +16,27 @@ constexpr double far_away = 11.0;  ///< from where on a text needs a line to its
 enum class Side { buy, sell, none };
 
 struct TradeWord {
-  const char* word;
+  std::string_view word;
   Side side;
 };
 constexpr TradeWord trade_words[] = {
     {"BK", Side::buy},  {"BP", Side::buy},   {"BPK", Side::buy},      {"SK", Side::sell},
     {"SP", Side::sell}, {"SPK", Side::sell}, {"CLOSEOUT", Side::none}};
 
-/// The word of a statement such as "CROSS(C,MA5),BK(2)".
+/// The word of a statement such as "CROSS(C,MA5),BK(2)": the last piece between commas that is one.
 const TradeWord& trade_word(const std::string& statement) {
-  std::string word = to_upper(statement.substr(statement.rfind(',') + 1));
-  std::erase(word, ' ');
-  word.erase(std::min(word.find('('), word.size()));
-  const auto* const row =
-      std::ranges::find_if(trade_words, [&word](const auto& trade) { return word == trade.word; });
-  return row == std::end(trade_words) ? *std::prev(row) : *row;
+  std::string piece;
+  for (size_t end = statement.size(); end != std::string::npos && end > 0;) {
+    const size_t comma = statement.rfind(',', end - 1);
+    const size_t begin = comma == std::string::npos ? 0 : comma + 1;
+    piece = to_upper(statement.substr(begin, end - begin));
+    std::erase(piece, ' ');
+    piece.erase(std::min(piece.find('('), piece.size()));
+    const auto* const row = std::ranges::find(trade_words, piece, &TradeWord::word);
+    if (row != std::end(trade_words)) return *row;
+    end = comma;
+  }
+  return trade_words[std::size(trade_words) - 1];
 }
 
 /// The rows in sight at which a notice or a signal holds.
@@ -83,14 +89,12 @@ void Painter::label(size_t row, Point at, Point anchor, const std::string& text,
       at.y = upwards ? bar->top : bar->bottom;
     }
   }
+  wanted = wanted.moved(std::round(wanted.left) - wanted.left, std::round(wanted.top) - wanted.top);
   const auto place = placement_.place(wanted, upwards, {48.0, 48.0, true});
   if (!place) return;
   lead(at, *place, lettering.color);
-  const Box box =
-      place->moved(std::round(place->left) - place->left, std::round(place->top) - place->top);
-  if (framed)
-    canvas_.frame({box.left, box.top, box.left + extent.x, box.top + extent.y}, lettering.color);
-  canvas_.text({box.left + margin - ink.left, box.top + margin - ink.top}, text, lettering,
+  if (framed) canvas_.frame(*place, lettering.color);
+  canvas_.text({place->left + margin - ink.left, place->top + margin - ink.top}, text, lettering,
                {0.0, 0.0});
 }
 
@@ -166,7 +170,7 @@ void Painter::draw_trade(const Record& record) {
   TradeSign sign;
   sign.points_up = side == Side::buy;
   sign.is_square = side == Side::none;
-  sign.text = word + (count > 0.0 ? ' ' + number_text(count, 0) : std::string());
+  sign.text = std::string(word) + (count > 0.0 ? ' ' + number_text(count, 0) : std::string());
   sign.color = sign.points_up ? theme_.buy : sign.is_square ? theme_.close_out : theme_.sell;
   for (const size_t row : axis_.one_per_slot(rows_that_hold(view_, record))) {
     if (const auto bar = bar_at(row)) draw_sign(sign, x(row), *bar);

@@ -186,17 +186,18 @@ void widen(Panel& panel) {
 }
 
 /// Prices have the decimals of the file, averages of them at least two; other values as many as
-/// their size asks for, none if all are whole.
+/// their size asks for. None if all values are whole.
 int digits_of(const View& view, const Panel& panel, bool holds_prices) {
-  std::vector<double> values;
+  const int of_prices = holds_prices ? decimals_of(view.series(field_close).values()) : 0;
+  int of_lines = 0;
+  size_t lines = 0;
   for (const Record* record : panel.records) {
     if (!record->flag("TitleVisible")) continue;
-    const auto column = view.series(*record, "Field1Id").values();
-    values.insert(values.end(), column.begin(), column.end());
+    of_lines = std::max(of_lines, decimals_of(view.series(*record, "Field1Id").values()));
+    ++lines;
   }
-  if (decimals_of(values) == 0) return 0;
-  if (holds_prices) return std::max(2, decimals_of(view.series(field_close).values()));
-  return decimals_for(panel.range.reach());
+  if (of_prices + of_lines == 0 && (holds_prices || lines > 0)) return 0;
+  return holds_prices ? std::max(2, of_prices) : decimals_for(panel.range.reach());
 }
 
 }  // namespace
