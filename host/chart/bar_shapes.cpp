@@ -66,12 +66,32 @@ struct Stick {
 }  // namespace
 
 void Painter::keep_clear(const Record& record) {
+  const bool is_line = record.is("PolylineShape");
+  high_ = view_.series(record, is_line ? "Field1Id" : "HighField");
+  low_ = view_.series(record, is_line ? "Field1Id" : "LowField");
+  if (is_line) return keep_clear_of_line();
   const Candles candles(view_, record);
   for (const Slot& slot : axis_.slots()) {
     const auto candle = candles.at(slot);
     if (!candle) continue;
     placement_.occupy(
         bar_box(slot.x, axis_.bar_width(), panel_.y(candle->high), panel_.y(candle->low)));
+  }
+}
+
+void Painter::keep_clear_of_line() {
+  constexpr int parts = 4;  // of a piece between two bars, whose box would take too much
+  std::optional<Point> before;
+  for (const Slot& slot : axis_.slots()) {
+    const Point here = at(slot.end - 1, high_[slot.end - 1]);
+    for (int part = 0; before && part < parts && std::isfinite(here.y); ++part) {
+      const double width = (here.x - before->x) / parts;
+      const double height = (here.y - before->y) / parts;
+      const Point from{before->x + part * width, before->y + part * height};
+      placement_.occupy(bar_box(from.x + width / 2, width, from.y, from.y + height));
+    }
+    before.reset();
+    if (std::isfinite(here.y)) before = here;
   }
 }
 

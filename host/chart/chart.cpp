@@ -64,7 +64,7 @@ void draw_layers(Painter painter, std::vector<const Record*> layers, const Recor
   if (std::ranges::any_of(layers, is_own)) std::erase(layers, &bars);
   std::ranges::stable_sort(layers, {}, [](const Record* record) { return layer_of(*record); });
   for (const Record* record : layers) {
-    if (record->is("CandleShape") && !record->flag("IsColorKLine")) painter.keep_clear(*record);
+    if (record == &bars || is_own(record)) painter.keep_clear(*record);
   }
   for (const Record* record : layers) painter.draw(*record);
 }

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <span>
 
 #include "numbers.h"
 #include "painter.h"
@@ -15,15 +16,14 @@ std::vector<Point> condensed(const std::vector<Point>& points) {
   for (size_t begin = 0; begin < points.size();) {
     size_t end = begin;
     while (end < points.size() && points[end].x == points[begin].x) ++end;
-    if (end - begin < 3) {
-      few.insert(few.end(), points.begin() + static_cast<std::ptrdiff_t>(begin),
-                 points.begin() + static_cast<std::ptrdiff_t>(end));
+    const auto column = std::span(points).subspan(begin, end - begin);
+    const auto [low, high] = std::ranges::minmax_element(column, {}, &Point::y);
+    if (low->y == high->y) {
+      few.push_back(column.front());
+    } else if (column.size() == 2) {
+      few.insert(few.end(), column.begin(), column.end());
     } else {
-      const auto [low, high] = std::minmax_element(
-          points.begin() + static_cast<std::ptrdiff_t>(begin),
-          points.begin() + static_cast<std::ptrdiff_t>(end),
-          [](const Point& first, const Point& second) { return first.y < second.y; });
-      few.insert(few.end(), {points[begin], *low, *high, points[end - 1]});
+      few.insert(few.end(), {column.front(), *low, *high, column.back()});
     }
     begin = end;
   }

@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "../fields.h"
 #include "../text.h"
 #include "numbers.h"
 #include "painter.h"
@@ -58,12 +57,8 @@ Box box_around(Point at, Point extent, Point anchor) {
 }  // namespace
 
 std::optional<Box> Painter::bar_at(size_t row) const {
-  const bool whole = view_.has(field_high) && view_.has(field_low);
-  const double high = view_.value(whole ? field_high : field_close, row);
-  const double low = view_.value(whole ? field_low : field_close, row);
-  const auto is_bar = [](const Record* record) { return record->number("ZIndex") == 0.5; };
-  if (std::ranges::none_of(panel_.records, is_bar) || std::isnan(high + low)) return std::nullopt;
-  return bar_box(x(row), axis_.bar_width(), panel_.y(high), panel_.y(low));
+  if (std::isnan(high_[row] + low_[row])) return std::nullopt;
+  return bar_box(x(row), axis_.bar_width(), panel_.y(high_[row]), panel_.y(low_[row]));
 }
 
 void Painter::lead(Point from, const Box& to, Color color) {
@@ -182,8 +177,10 @@ void Painter::draw_sign(const TradeSign& sign, double x, const Box& bar) {
   constexpr double half = 5.0;
   constexpr double height = 9.0;
   const double top = sign.points_up ? bar.bottom + space : bar.top - space - height;
-  const auto place = placement_.place({x - half, top, x + half, top + height}, !sign.points_up,
-                                      {axis_.slot_width() < 3.0 ? 18.0 : 40.0});
+  const Box wanted{x - half, top, x + half, top + height};
+  const bool is_dense = axis_.slot_width() < 3.0;
+  auto place = placement_.place(wanted, !sign.points_up, {is_dense ? 18.0 : 40.0});
+  if (!place && !is_dense) place = placement_.place(wanted, !sign.points_up, {40.0, 0.0, true});
   if (!place) return;
   const double middle = (place->left + place->right) / 2;
   const double foot = sign.points_up ? place->bottom : place->top;

@@ -27,8 +27,8 @@ class Painter {
   Painter(Canvas& canvas, const View& view, const Theme& theme, const TimeAxis& axis,
           const Panel& panel);
 
-  /// Keeps texts and signs off the candles of a record.
-  void keep_clear(const Record& candles);
+  /// Keeps texts and signs off the bars of a record, beside which they stand from now on.
+  void keep_clear(const Record& bars);
   void draw(const Record& record);
 
  private:
@@ -55,6 +55,7 @@ class Painter {
   void draw_trade(const Record& record);
   void draw_sign(const TradeSign& sign, double x, const Box& bar);
 
+  void keep_clear_of_line();
   /// The box of a bar in whole pixels, at least one high.
   static Box bar_box(double x, double width, double from, double to);
   /// The line through two points, as far as it is in sight; on beyond the right one with bit 1 of
@@ -65,7 +66,7 @@ class Painter {
   /// The newest point that a mark of an anchor shows, in sight or not.
   std::optional<Point> anchor(const Record& record, const std::string& field);
 
-  /// The bar of a row, from its high to its low; nothing outside the panel of the prices.
+  /// The bar of a row, from its high to its low; nothing in a panel without bars.
   std::optional<Box> bar_at(size_t row) const;
   /// The dots of a line: neither moved nor left out.
   void draw_dots(const Record& record, bool filled);
@@ -85,6 +86,8 @@ class Painter {
   const TimeAxis& axis_;
   const Panel& panel_;
   Placement placement_;
+  Series high_;  ///< of the bars to keep clear of
+  Series low_;
 };
 
 }  // namespace quor_host
