@@ -16,7 +16,7 @@ picture() {
     file=$folder/$name-$theme.png
     build/release/host/quor chart "$@" --theme "$theme" --out "$file" &&
       pngquant --force --skip-if-larger --speed 1 --output "$file" "$file" &&
-      optipng -quiet -o4 "$file" || die "$name could not be drawn"
+      optipng -quiet -o2 "$file" || die "$name could not be drawn"
   done
 }
 
@@ -32,4 +32,4 @@ picture donchian samples/cookbook/donchian.quor $daily --last 250
 picture trailing_stop samples/cookbook/trailing_stop.quor $daily --last 250
 picture night samples/night.quor --bars samples/night.csv --period 0x3005 --code TEST \
   --market NIGHT --calendar samples/night-calendar.json
-picture history samples/cookbook/boll.quor $daily --last 5105
+picture history -e 'MA60:MA(C,60);MA250:MA(C,250);' $daily --last 5105

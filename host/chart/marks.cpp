@@ -153,7 +153,7 @@ void Painter::draw_picture(const Record& record) {
 /// A small triangle at the foot of the panel.
 void Painter::draw_notice(const Record& record) {
   const double y = panel_.bottom - 2;
-  const double half = std::clamp(axis_.slot_width() * 0.4, 1.5, 4.5);
+  const double half = std::clamp(axis_.slot_width() * 0.6, 1.5, 4.5);
   for (const size_t row : axis_.one_per_slot(rows_that_hold(view_, record))) {
     canvas_.area({{x(row), y - 2 * half}, {x(row) - half, y}, {x(row) + half, y}}, theme_.notice);
   }

@@ -144,7 +144,8 @@ class Arrangement {
     if (behind + 1 < panels_.size() && lies_near(range, groups_[behind + 1], far)) {
       return behind + 1;
     }
-    return find(range);
+    const bool could_be_a_price = value > 0.5 * price_.low && value < 1.5 * price_.high;
+    return could_be_a_price ? 0 : find(range);
   }
 
   size_t new_panel() {
@@ -179,8 +180,9 @@ bool stands_on_zero(const Panel& panel) {
 void widen(Panel& panel) {
   Range& range = panel.range;
   if (range.empty) range = {0.0, 1.0, false};
-  const double margin =
-      range.span() > 0.0 ? 0.06 * range.span() : std::max(1.0, std::abs(range.high)) * 0.1;
+  const double margin = range.span() > 0.0  ? 0.06 * range.span()
+                        : range.high != 0.0 ? 0.1 * std::abs(range.high)
+                                            : 0.1;
   if (!stands_on_zero(panel)) range.low -= margin;
   range.high += margin;
 }
