@@ -234,8 +234,9 @@ std::vector<Panel> arrange(const View& view, const View& wide, const std::vector
   Arrangement arrangement(view, wide, records.front(), most);
   for (const Record& record : records) arrangement.add(record);
   std::vector<Panel> panels = arrangement.finish();
+  const bool has_prices = !records.front().is("VolumeShape");
   for (Panel& panel : panels) {
-    panel.digits = digits_of(view, panel, &panel == &panels.front());
+    panel.digits = digits_of(view, panel, has_prices && &panel == &panels.front());
     widen(panel);
   }
   return panels;

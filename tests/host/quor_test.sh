@@ -177,7 +177,7 @@ if quor --help | grep -q '^  chart '; then
   daily_chart --out a.svg -e 'C>REF(C,1)*1.03,BK(2);C<REF(C,1)*0.97,SPK;H=HHV(H,60),CLOSEOUT;'
   shows a.svg 'BK 2' SPK CLOSEOUT
   quor chart --bars "$samples/night.csv" --period 0x3005 --out a.svg -e 'A:C;'
-  shows a.svg '5 min' '2024-01-09 15:00' 'Jan 9' 21:05
+  shows a.svg '5 min' '2024-01-09 15:00' 'Jan 9' 21:05 'Volume 541'
 
   # The grounds of both themes, the size.
   daily_chart --out a.svg --theme dark --size 1600x900 -e 'A:C,COLORBLACK;'
