@@ -48,8 +48,8 @@ class Session {
   double cell(uint32_t row, uint32_t column) const;
 
  private:
-  int64_t handle_;
   Subject subject_;
+  int64_t handle_;
 };
 
 }  // namespace quor_host

@@ -19,6 +19,14 @@ const Unit& unit_of(double value) {
   });
 }
 
+constexpr double huge = 1e16;  ///< from where on not even the greatest unit keeps a number short
+
+std::string scientific_text(double value) {
+  char text[32];
+  return {text,
+          std::to_chars(text, text + sizeof text, value, std::chars_format::scientific, 2).ptr};
+}
+
 }  // namespace
 
 std::string number_text(double value, int digits) {
@@ -38,6 +46,7 @@ std::string grouped_text(double value, int digits) {
 
 std::string short_text(double value, int digits) {
   if (!(std::abs(value) >= 1e6)) return grouped_text(value, digits);
+  if (std::abs(value) >= huge) return scientific_text(value);
   const Unit& unit = unit_of(value);
   const double share = value / unit.size;
   const double size = std::abs(share);
@@ -73,6 +82,7 @@ double nice_step(double span, double count) {
 
 std::string tick_text(double value, double step, double largest) {
   if (std::abs(value) < step / 2) return "0";
+  if (largest >= huge) return scientific_text(value);
   const Unit unit = largest >= 1e5 && step >= 1e3 ? unit_of(largest) : Unit{1.0, ""};
   const double places = -std::floor(std::log10(step / unit.size) + 1e-9);
   const int digits = static_cast<int>(std::clamp(places, 0.0, 12.0));

@@ -10,7 +10,7 @@ namespace quor_host {
 std::string number_text(double value, int digits);
 
 /// The same with commas between thousands from 10,000 on, or shortened from a million on: 1.10T,
-/// 57.9B, 579M have three digits that count.
+/// 57.9B, 579M have three digits that count. Numbers of 1e16 and more read 1.00e+16.
 std::string grouped_text(double value, int digits);
 std::string short_text(double value, int digits);
 

@@ -144,6 +144,7 @@ TEST(Numbers, are_grouped_or_shortened) {
   EXPECT_EQ(short_text(1103169000000.0, 0), "1.10T");
   EXPECT_EQ(short_text(-57921400000.0, 0), "-57.9B");
   EXPECT_EQ(short_text(579214000.0, 0), "579M");
+  EXPECT_EQ(short_text(-1e99, 2), "-1.00e+99");
   EXPECT_EQ(grouped_text(1234567.891, 2), "1,234,567.89");
   EXPECT_EQ(grouped_text(-9999.0, 0), "-9999");
 }
@@ -168,6 +169,7 @@ TEST(Numbers, of_ticks_tell_their_steps_apart) {
   EXPECT_EQ(tick_text(1.12e12, 2e10, 1.14e12), "1.12T");
   EXPECT_EQ(tick_text(2e9, 2e9, 9e9), "2B");
   EXPECT_EQ(tick_text(64000.0, 1000.0, 76000.0), "64,000");
+  EXPECT_EQ(tick_text(2e98, 2e98, 1e99), "2.00e+98");
   EXPECT_EQ(tick_text(450000.0, 50000.0, 500000.0), "450K");
 }
 
