@@ -195,15 +195,8 @@ int run_script(const Options& options) {
 
 int draw_script(const Options& options) {
   return calculate_and(options, [&options](const Compiled& compiled, const Bars& bars) {
-    draw_chart(compiled.session, bars, options.last, options.picture_size.at(0),
-               options.picture_size.at(1), options.picture_path);
+    draw_chart(compiled.session, bars, options.bars_path, options.chart);
   });
-}
-
-#else
-
-int draw_script(const Options& /*options*/) {
-  throw HostError("built without Cairo and Pango, which 'chart' needs");
 }
 
 #endif

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "chart_options.h"
 #include "session.h"
 
 namespace quor_host {
@@ -28,14 +29,13 @@ struct Options {
   std::string bars_path;
   size_t last = 10;
   uint32_t first_row = 0;
-  std::string picture_path;
-  std::vector<int> picture_size = {1200, 800};
+  ChartOptions chart;
 };
 
 /// Each gives the exit status, 1 if the script has an error, and throws HostError for any other.
 int check_script(const Options& options);
 int run_script(const Options& options);
-/// Throws HostError where the program was built without the means to draw.
+/// Only where the program was built with the means to draw.
 int draw_script(const Options& options);
 
 }  // namespace quor_host

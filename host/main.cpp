@@ -154,22 +154,14 @@ void add_run(CLI::App& app, Options& options) {
   run.add_flag("--fire", options.fire_signals, "Raise notices and trade signals, and print them");
 }
 
+#ifdef QUOR_CHART
 void add_chart(CLI::App& app, Options& options) {
   CLI::App& chart = *app.add_subcommand("chart", "Draw the bars and what a script draws");
   chart.footer(std::string(chart_examples) + bars_footer);
   add_bar_options(chart, options);
-  chart.add_option("--out", options.picture_path, "The picture")
-      ->type_name("FILE.svg|FILE.png")
-      ->required();
-  chart.add_option("--last", options.last, "How many bars to draw, 2000 at most; 120 by default")
-      ->type_name("N");
-  chart
-      .add_option("--size", options.picture_size, "Width and height in pixels; 1200x800 by default")
-      ->type_name("WxH")
-      ->delimiter('x')
-      ->expected(2)
-      ->check(CLI::Range(200, 8000));
+  quor_host::add_chart_options(chart, options.chart);
 }
+#endif
 
 void add_help(CLI::App& app, quor_host::HelpOptions& options) {
   CLI::App& help = *app.add_subcommand("help", "Explain words of the language and commands");
@@ -196,13 +188,13 @@ int run_command(const CLI::App& command, Options options) {
     return exit_usage;
   }
   if (command.get_name() == "check") return check_script(options);
-  const bool has_last = count(command, "--last") > 0;
-  if (command.get_name() == "run") {
-    if (options.as_csv && !has_last) options.last = std::numeric_limits<size_t>::max();
-    return run_script(options);
+#ifdef QUOR_CHART
+  if (command.get_name() == "chart") return draw_script(options);
+#endif
+  if (options.as_csv && count(command, "--last") == 0) {
+    options.last = std::numeric_limits<size_t>::max();
   }
-  if (!has_last) options.last = 120;
-  return draw_script(options);
+  return run_script(options);
 }
 
 }  // namespace
@@ -220,7 +212,9 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", "quor " QUOR_VERSION);
     add_check(app, options);
     add_run(app, options);
+#ifdef QUOR_CHART
     add_chart(app, options);
+#endif
     add_help(app, help);
     try {
       // The parser takes them from the back.

@@ -54,7 +54,8 @@ std::string take_text(char* buffer, uint32_t length) {
 
 }  // namespace
 
-Session::Session(const Subject& subject, Answers answers) : handle_(create_instance()) {
+Session::Session(const Subject& subject, Answers answers)
+    : subject_(subject), handle_(create_instance()) {
   if (handle_ == 0) throw HostError("the library has no memory for an instance");
   current_answers() = std::move(answers);
   constexpr uint8_t errors_and_calendar = 1;

@@ -58,7 +58,7 @@ TEST(WordHelp, finds_a_word_in_any_case) {
 TEST(WordHelp, examples_compile_and_show_their_word) {
   for (const WordHelp& help : word_help()) {
     const std::string example(help.example);
-    EXPECT_EQ(code_for(example), quor::status_ok) << example;
+    EXPECT_EQ(code_for(example), quor::error_code(quor::Status::ok)) << example;
     EXPECT_NE(help.example.find(help.word == "SOUND" ? "SOUND(" : help.word), std::string::npos)
         << example;
   }
@@ -77,15 +77,15 @@ TEST(WordHelp, numbers_of_arguments_are_those_that_compile) {
     if (help.form == help.word) continue;
     const int end = help.most < 0 ? far_too_many : help.most + 1;
     for (int count = std::max(help.least, 1); count < end; ++count) {
-      EXPECT_NE(code_for(script_with(help, count)), quor::status_argument_count)
+      EXPECT_NE(code_for(script_with(help, count)), quor::error_code(quor::Status::argument_count))
           << help.word << ' ' << count;
     }
     if (help.most >= 0) {
-      EXPECT_EQ(code_for(script_with(help, end)), quor::status_argument_count) << help.word;
+      EXPECT_EQ(code_for(script_with(help, end)), quor::error_code(quor::Status::argument_count)) << help.word;
     }
     // A notice without its name is refused for its form.
     if (help.least > 0 && help.word != "NOTICE") {
-      EXPECT_EQ(code_for(script_with(help, help.least - 1)), quor::status_argument_count)
+      EXPECT_EQ(code_for(script_with(help, help.least - 1)), quor::error_code(quor::Status::argument_count))
           << help.word;
     }
   }

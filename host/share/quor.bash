@@ -19,13 +19,14 @@ _quor() {
       compopt -o nospace
       return
       ;;
+    --theme) COMPREPLY=($(compgen -W 'light dark' -- "$current")); return ;;
     -e | --set | --code | --market | --timezone | --last | --from | --size) return ;;
   esac
   options='-e --set --params --lines --period --code --market --timezone --extra --trading --help'
   case $command in
     check) options="$options --json" ;;
     run) options="$options --bars --calendar --reference --last --json --csv --from --fire" ;;
-    chart) options="$options --bars --calendar --reference --last --out --size" ;;
+    chart) options="$options --bars --calendar --reference --last --out --size --theme --no-volume" ;;
     help)
       COMPREPLY=($(compgen -W "check run chart help $(quor help --list 2>/dev/null)" -- "${current^^}"))
       [ ${#COMPREPLY[@]} -gt 0 ] || COMPREPLY=($(compgen -W 'check run chart help' -- "$current"))

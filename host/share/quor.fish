@@ -31,5 +31,7 @@ complete -c quor -n '__fish_seen_subcommand_from run' -l from -x -d 'First row t
 complete -c quor -n '__fish_seen_subcommand_from run' -l fire -d 'Raise notices and signals'
 complete -c quor -n '__fish_seen_subcommand_from chart' -l out -r -F -d 'The picture'
 complete -c quor -n '__fish_seen_subcommand_from chart' -l size -x -d 'Width and height in pixels'
+complete -c quor -n '__fish_seen_subcommand_from chart' -l theme -x -a 'light dark' -d 'Colours'
+complete -c quor -n '__fish_seen_subcommand_from chart' -l no-volume -d 'Leave out the volume'
 
 complete -c quor -n '__fish_seen_subcommand_from help' -f -a 'check run chart help (quor help --list 2>/dev/null)'
