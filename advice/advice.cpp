@@ -12,6 +12,7 @@ namespace quor_advice {
 namespace {
 
 constexpr int64_t quote_open = 5;
+constexpr int64_t parentheses = 6;
 constexpr int64_t unfinished = 14;
 constexpr size_t most_findings = 100;  ///< nobody reads more of one script
 
@@ -81,6 +82,10 @@ class Adviser {
     const bool is_cut = failure_.code == quote_open || failure_.code == unfinished;
     const size_t end = reading_.scan.slots[statement.number].end;
     if (is_cut && failure_.statement) return statement.number < *failure_.statement;
+    // A ";" for a "," leaves half of a call to the next statement.
+    const bool goes_on = failure_.code == parentheses && failure_.statement &&
+                         statement.number == *failure_.statement + 1;
+    if (goes_on) return false;
     const bool holds_place = statement.tokens.front().begin <= failed_at_ && failed_at_ <= end;
     return !holds_place && failure_.statement != statement.number;
   }

@@ -78,6 +78,38 @@ constexpr ForeignSign foreign_signs[] = {
     {"\xE2\x80\x8B", "invisible blank", ""},
 };
 
+/// The letter or digit of ASCII that a full-width one stands for, 0 for other characters.
+char plain_letter(std::string_view character) {
+  if (character.size() != 3 || character[0] != '\xEF') return 0;
+  const auto second = static_cast<unsigned char>(character[1]);
+  const auto third = static_cast<unsigned char>(character[2]);
+  if (second != 0xBC && second != 0xBD) return 0;
+  const char plain = static_cast<char>(third - 0x60 + (second == 0xBD ? 0x40 : 0));
+  return is_letter(plain) || is_digit(plain) ? plain : '\0';
+}
+
+/// What is to say about a character, without its place.
+std::optional<Problem> explain_foreign(std::string_view character) {
+  if (const char plain = plain_letter(character); plain != 0) {
+    return Problem{{}, "a full-width letter '" + std::string(character) + "' is no letter of a word",
+                   std::string("write '") + plain + "'"};
+  }
+  const auto* const row = std::ranges::find(foreign_signs, character, &ForeignSign::sign);
+  if (row == std::end(foreign_signs)) return std::nullopt;
+  const std::string name(row->name);
+  if (row->meant.empty()) return Problem{{}, "a " + name + " is no sign of the language", "take it away"};
+  const std::string sentence = "a " + name + " '" + std::string(character) + "' is no sign of the language";
+  if (row->meant == "'") return Problem{{}, sentence, "write a straight quote: '"};
+  if (row->meant == " ") return Problem{{}, sentence, "write a plain blank"};
+  return Problem{{}, sentence, "write '" + std::string(row->meant) + "'"};
+}
+
+/// Full-width signs are letters of names, too. Where the library names a word, the sign must be in it.
+bool may_be_foreign(const Failure& failure) {
+  const bool names_word = failure.code == 1 || failure.code == 2 || failure.code == 2013;
+  return !names_word || std::ranges::any_of(failure.message, is_beyond_ascii);
+}
+
 std::string in_script(std::string_view message) {
   std::string text(message);
   for (char& c : text) {
@@ -112,22 +144,13 @@ std::optional<Problem> find_foreign_sign(const Reading& reading, const Statement
   for (const Token& token : statement.tokens) {
     if (token.kind != TokenKind::word) continue;
     const std::string_view word = reading.script.substr(token.begin, token.end - token.begin);
-    const ForeignSign* first = nullptr;
-    size_t place = absent;
-    for (const ForeignSign& sign : foreign_signs) {
-      const size_t found = word.find(sign.sign);
-      if (found >= place) continue;
-      place = found;
-      first = &sign;
+    for (size_t at = 0; at < word.size(); at += front_character(word.substr(at))) {
+      const std::string_view character = word.substr(at, front_character(word.substr(at)));
+      const auto problem = explain_foreign(character);
+      if (!problem) continue;
+      const size_t begin = token.begin + at;
+      return Problem{{begin, begin + character.size()}, problem->sentence, problem->suggestion};
     }
-    if (first == nullptr) continue;
-    const std::string shown = first->meant.empty() ? "" : " '" + std::string(first->sign) + "'";
-    const std::string meant = first->meant.empty() ? "take it away"
-                              : first->meant == " " ? "write a plain blank"
-                                                    : "write '" + std::string(first->meant) + "'";
-    return Problem{{token.begin + place, token.begin + place + first->sign.size()},
-                   "a " + std::string(first->name) + shown + " is no sign of the language",
-                   first->meant == "'" ? "write a straight quote '" : meant};
   }
   return std::nullopt;
 }
@@ -156,7 +179,7 @@ std::optional<Range> find_tokens(const Reading& reading, const Statement& statem
 Problem explain(const Reading& reading, const Failure& failure) {
   const bool known = failure.statement && *failure.statement < reading.statements.size();
   const Case failed{reading, failure, known ? &reading.statements[*failure.statement] : nullptr};
-  if (failed.statement != nullptr) {
+  if (failed.statement != nullptr && may_be_foreign(failure)) {
     if (auto sign = find_foreign_sign(reading, *failed.statement)) return *sign;
   }
   const auto* const row = std::ranges::find(rows, failure.code, &Row::code);

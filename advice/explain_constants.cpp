@@ -167,6 +167,9 @@ std::optional<Problem> explain_colour(const Case& failed) {
     const Token& second = failed.statement->tokens[tokens->begin + 1];
     return Problem{place_of(second), "a ',' is missing in front of " + failed.text(second), {}};
   }
+  if (first.text == "COLORSTICK") {
+    return Problem{place_of(first), "COLORSTICK works only as the first item", "put it right behind the expression"};
+  }
   const auto near = nearest(first.text, Vocabulary::colour);
   return Problem{place_of(first), failed.text(first) + " is no colour",
                  near ? "did you mean " + *near + "?"

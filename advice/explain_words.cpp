@@ -82,9 +82,22 @@ std::optional<Problem> explain_torn_name(const Word& word) {
   return std::nullopt;
 }
 
+/// A;=C for A:=C.
+std::optional<Problem> explain_split_assignment(const Word& word) {
+  const Reading& reading = word.failed.reading;
+  const size_t next = word.statement().number + 1;
+  if (next >= reading.statements.size()) return std::nullopt;
+  const auto& tokens = reading.statements[next].tokens;
+  if (tokens.empty() || !tokens.front().is_sign("=")) return std::nullopt;
+  const size_t end = reading.scan.slots[word.statement().number].end;
+  return Problem{{end, end + 1}, "this ';' ends the statement in front of '='", "write ':='"};
+}
+
 std::optional<Problem> explain_comparison_for_name(const Word& word) {
   const Token* const sign = word.statement().token(word.index + 1);
-  if (word.index != 0 || sign == nullptr || !sign->is_sign("=")) return std::nullopt;
+  if (word.index != 0) return std::nullopt;
+  if (sign == nullptr) return explain_split_assignment(word);
+  if (!sign->is_sign("=")) return std::nullopt;
   const std::string name = word.failed.text(word.token());
   return word.problem("nothing defines " + name + ": '=' compares, it declares no name",
                       "write " + name + ":= or " + name + ":");
@@ -166,6 +179,7 @@ std::optional<Problem> explain_by_likeness(const Word& word) {
                             colour ? std::vector<std::string>() : word.failed.reading.names());
   if (near) return word.undefined("did you mean " + *near + "?");
   const std::string shown = word.failed.text(word.token());
+  if (is_digit(text[0])) return word.problem(shown + " is neither a number nor a name");
   if (takes_text(word)) return word.undefined("a text stands in single quotes: '" + shown + "'");
   const Token* const next = word.statement().token(word.index + 1);
   if (next != nullptr && next->kind == TokenKind::open) {
@@ -197,8 +211,32 @@ std::optional<Problem> explain_named_form(const Case& failed) {
 std::optional<Problem> explain_constant_statement(const Case& failed) {
   const Statement& statement = *failed.statement;
   if (statement.form != Form::constant) return std::nullopt;
+  for (size_t i = 1; i < statement.tokens.size(); ++i) {
+    if (!statement.tokens[i].gap.has_line_end) continue;
+    const Token& before = statement.tokens[i - 1];
+    return Problem{{before.end, before.end + 1}, "a ';' is missing behind " + failed.text(before), {}};
+  }
   return Problem{place_of(statement, {0, statement.tokens.size()}),
                  "a constant is a name, a ':' and a number", "write CONST N:5;"};
+}
+
+/// A drawn line must be able to read its own name.
+std::optional<Problem> explain_signs_in_name(const Case& failed) {
+  const Statement& statement = *failed.statement;
+  if (statement.form != Form::line) return std::nullopt;
+  for (size_t i = 0; i < statement.colon; ++i) {
+    const Token& token = statement.tokens[i];
+    if (token.gap.has_line_end) return std::nullopt;
+    if (token.kind != TokenKind::sign) continue;
+    return Problem{place_of(token), "the name of a line can't hold '" + failed.text(token) + "'",
+                   "take another name"};
+  }
+  return std::nullopt;
+}
+
+std::optional<Problem> explain_text(const Case& failed, const Token& text) {
+  if (text.text.find_first_of("()@") != absent) return explain_parentheses(failed);
+  return Problem{place_of(text), "a text is no value: it can only be a whole argument of a call", {}};
 }
 
 /// The problem of form that lies at the word at fault, or the first one if there is no such word.
@@ -223,11 +261,12 @@ std::optional<Problem> explain_word(const Case& failed) {
   if (failed.statement == nullptr) return std::nullopt;
   if (auto problem = explain_constant_statement(failed)) return problem;
   if (auto problem = explain_named_form(failed)) return problem;
+  if (auto problem = explain_signs_in_name(failed)) return problem;
   const auto tokens = find_tokens(failed.reading, *failed.statement, failed.failure.message);
   if (auto problem = explain_by_form(failed, tokens)) return problem;
   if (!tokens) return std::nullopt;
   const Word word{failed, tokens->begin};
-  if (word.token().kind == TokenKind::text) return explain_parentheses(failed);
+  if (word.token().kind == TokenKind::text) return explain_text(failed, word.token());
   for (const Explain step : word_steps) {
     if (auto problem = step(word)) return problem;
   }

@@ -71,11 +71,9 @@ class Scanner {
     if (c == '{' && !in_comment_) {
       open_comment(1);
     } else if (c == '}' && !in_line_comment_) {
-      in_comment_ = false;
-      ++at_;
+      close_comment(1);
     } else if (at("*/")) {
-      in_comment_ = false;
-      at_ += 2;
+      close_comment(2);
     } else if (in_comment_ && c != '\n') {
       if (c == '\t') last_ = c;
       ++at_;
@@ -93,6 +91,13 @@ class Scanner {
       return false;
     }
     return true;
+  }
+
+  /// Closing marks count without a comment, too.
+  void close_comment(size_t size) {
+    if (in_comment_) script_.comments.push_back({comment_begin_, place()});
+    in_comment_ = false;
+    at_ += size;
   }
 
   void open_comment(size_t size) {

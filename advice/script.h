@@ -28,9 +28,16 @@ struct Quoted {
   bool hides_comment_end = false;  ///< what would have closed the comment stands inside
 };
 
+/// A comment between braces or between /* and */.
+struct Comment {
+  size_t begin = 0;  ///< offset of its opening mark
+  size_t end = 0;    ///< offset of its closing mark
+};
+
 struct ScannedScript {
   std::vector<Slot> slots;             ///< by the number under which the library reports errors
   std::vector<Quoted> quoted;
+  std::vector<Comment> comments;       ///< the closed ones
   std::optional<size_t> open_comment;  ///< where a block comment opens that nothing closes
   std::optional<size_t> half_line_comment;  ///< a "//" behind half a statement, which ends the scan
   bool is_unfinished = false;               ///< the last statement has no ";"

@@ -162,6 +162,11 @@ std::optional<std::string> nearest_numbered_style(std::string_view word) {
 std::vector<std::string_view> words_of(Vocabulary vocabulary) {
   std::vector<std::string_view> words;
   if (vocabulary == Vocabulary::quote) return {std::begin(quote_fields), std::end(quote_fields)};
+  if (vocabulary == Vocabulary::short_form) {
+    words.assign(std::begin(other_short_forms), std::end(other_short_forms));
+    words.insert(words.end(), std::begin(trade_words), std::end(trade_words));
+    return words;
+  }
   if (vocabulary != Vocabulary::expression) {
     words.assign(std::begin(colours), std::end(colours));
     if (vocabulary == Vocabulary::colour) return words;

@@ -118,11 +118,27 @@ bool is_null_word(const Statement& statement) {
   return word == "NULL" || word == "DRAWNULL";
 }
 
+/// A comment that runs over statements into the next comment.
+std::optional<Problem> swallowed_code(const Reading& reading, const Comment& comment) {
+  const std::string_view text = reading.script.substr(comment.begin, comment.end - comment.begin);
+  const std::string_view mark = text.substr(0, text.starts_with('{') ? 1 : 2);
+  const size_t inner = text.find(mark, mark.size());
+  const std::string_view before = text.substr(0, inner);
+  if (inner == absent || before.find(';') == absent || before.find_first_of("\r\n") == absent) {
+    return std::nullopt;
+  }
+  return Problem{{comment.begin, comment.begin + mark.size()},
+                 "this comment runs on over the one that opens in line " +
+                     std::to_string(reading.line_of(comment.begin + inner)),
+                 "comments don't nest; close it"};
+}
+
 using Rule = void (*)(const Reading& reading, const Statement& statement, Problems& out);
 
-constexpr Rule rules[] = {warn_of_form,        warn_of_no_effect,   warn_of_empty_expression,
-                          warn_of_constant,    warn_of_comparisons, warn_of_fatal_argument,
-                          warn_of_items};
+// Of several warnings of one place the first one stays.
+constexpr Rule rules[] = {warn_of_form,     warn_of_items,       warn_of_no_effect,
+                          warn_of_constant, warn_of_comparisons, warn_of_fatal_argument,
+                          warn_of_empty_expression};
 
 }  // namespace
 
@@ -136,6 +152,10 @@ std::vector<Problem> script_warnings(const Reading& reading) {
                reading.script.substr(quoted.begin, *quoted.end - quoted.begin).find_first_of("\r\n") != absent) {
       out.push_back({place, "this text runs over the end of its line", std::string("close it with ") + quoted.mark});
     }
+  }
+  for (const Comment& comment : reading.scan.comments) {
+    if (!out.empty()) break;  // a quote that hides the end of a comment says enough
+    if (auto problem = swallowed_code(reading, comment)) out.push_back(std::move(*problem));
   }
   const bool is_empty = std::ranges::all_of(reading.statements, [](const Statement& s) { return s.form == Form::empty; });
   if (reading.scan.open_comment) {

@@ -41,8 +41,19 @@ class ItemCheck {
     } else if (is_short_form(word.text) && item.size() == 1) {
       check_place(index, word);
     } else {
-      check_style(item);
+      check_style(item, index);
     }
+  }
+
+  /// Behind a condition a signal or a mark can have been meant, else a style.
+  void add_unknown(Place place, size_t index) {
+    const std::string shown = reading_.text(place);
+    const bool is_condition = statement_.form == Form::expression && index == 0 &&
+                              (statement_.calls.empty() || !acts(statement_.tokens[0].text));
+    const auto form = is_condition ? nearest(to_upper(shown), Vocabulary::short_form) : std::nullopt;
+    const auto near = form ? form : nearest(to_upper(shown), Vocabulary::style);
+    add(place, shown + (is_condition ? " is no signal, mark or style" : " is no style item and has no effect"),
+        near ? "did you mean " + *near + "?" : "");
   }
 
   void check_call(size_t index, const Token& word) {
@@ -51,10 +62,10 @@ class ItemCheck {
       check_set_style(statement_.items[index].begin);
     } else if (word.text == "WORD") {
       check_word(word);
+    } else if (acts(word.text) && !is_short_form(word.text)) {
+      add(place_of(word), word.text + " behind a comma does nothing", "give it a statement of its own");
     } else if (!is_short_form(word.text)) {
-      const bool draws = acts(word.text);
-      add(place_of(word), reading_.text(place_of(word)) + " behind a comma " + (draws ? "does nothing" : "is no style item"),
-          draws ? "give it a statement of its own" : "");
+      add_unknown(place_of(word), index);
     } else if (index > 0) {
       add(place_of(word), word.text + " works only behind the first comma");
     }
@@ -64,7 +75,7 @@ class ItemCheck {
     const auto call = std::ranges::find(statement_.calls, word, &Call::word);
     if (call == statement_.calls.end()) return;
     for (const Range argument : call->arguments) {
-      if (!argument.empty()) check_style(argument);
+      if (!argument.empty()) check_style(argument, 1);
     }
   }
 
@@ -88,7 +99,7 @@ class ItemCheck {
     }
   }
 
-  void check_style(Range item) {
+  void check_style(Range item, size_t index) {
     std::string text;
     for (size_t i = item.begin; i < item.end; ++i) text += statement_.tokens[i].text;
     if (is_style(text)) return;
@@ -96,9 +107,7 @@ class ItemCheck {
     const bool parted = item.size() > 1 && std::ranges::all_of(statement_.tokens.begin() + static_cast<ptrdiff_t>(item.begin),
         statement_.tokens.begin() + static_cast<ptrdiff_t>(item.end), [](const Token& token) { return is_style(token.text); });
     if (parted) return;
-    const Place place = place_of(statement_, item);
-    const auto near = nearest(text, Vocabulary::style);
-    add(place, reading_.text(place) + " is no style item and has no effect", near ? "did you mean " + *near + "?" : "");
+    add_unknown(place_of(statement_, item), index);
   }
 
   const Reading& reading_;
