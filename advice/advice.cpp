@@ -12,7 +12,6 @@ namespace quor_advice {
 namespace {
 
 constexpr int64_t quote_open = 5;
-constexpr int64_t parentheses = 6;
 constexpr int64_t unfinished = 14;
 constexpr size_t most_findings = 100;  ///< nobody reads more of one script
 
@@ -52,7 +51,9 @@ class Placer {
 class Adviser {
  public:
   explicit Adviser(const Input& input)
-      : input_(input), reading_(read_script(input.script, input.parameters)), failure_(read_failure(input.report)) {
+      : input_(input),
+        reading_(read_script(input.script, input.parameters)),
+        failure_(read_failure(input.report)) {
     if (failure_.code == 0) failure_ = read_failure(input.answer);
   }
 
@@ -63,11 +64,14 @@ class Adviser {
     }
     note_warnings();
     std::vector<Finding> findings;
-    std::ranges::stable_sort(noted_, {}, [](const Noted& noted) { return noted.problem.place.begin; });
+    std::ranges::stable_sort(noted_, {},
+                             [](const Noted& noted) { return noted.problem.place.begin; });
     const bool contradicts = input_.run && contradicts_period(*input_.run, input_.period);
     if (contradicts) {
-      findings.push_back({Severity::warning, 0, 0, 0, 0, "there are several bars a day, but their period is said to be a day or longer",
-                          "name the period of the bars"});
+      findings.push_back(
+          {Severity::warning, 0, 0, 0, 0,
+           "there are several bars a day, but their period is said to be a day or longer",
+           "name the period of the bars"});
     }
     const Placer placer(reading_);
     for (const Noted& noted : noted_) findings.push_back(placer.finding(noted));
@@ -82,27 +86,42 @@ class Adviser {
     const bool is_cut = failure_.code == quote_open || failure_.code == unfinished;
     const size_t end = reading_.scan.slots[statement.number].end;
     if (is_cut && failure_.statement) return statement.number < *failure_.statement;
-    // A ";" for a "," leaves half of a call to the next statement.
-    const bool goes_on = failure_.code == parentheses && failure_.statement &&
-                         statement.number == *failure_.statement + 1;
-    if (goes_on) return false;
+    // A ";" at fault leaves half of its statement to the next one.
+    const bool goes_on =
+        statement.number > 0 && reading_.scan.slots[statement.number - 1].end == failed_at_;
     const bool holds_place = statement.tokens.front().begin <= failed_at_ && failed_at_ <= end;
-    return !holds_place && failure_.statement != statement.number;
+    return !goes_on && !holds_place && failure_.statement != statement.number;
   }
 
   void note_warnings() {
     const RunFacts* const run = input_.run ? &*input_.run : nullptr;
     for (const Statement& statement : reading_.statements) {
+      if (noted_.size() >= most_findings) return;
       if (is_readable(statement)) note(statement_warnings(reading_, statement, run));
     }
-    if (failure_.code == 0 && run != nullptr) note(run_warnings(reading_, *run));
+    if (failure_.code == 0 && run != nullptr) note_null_lines(*run);
     if (failure_.code != quote_open && failure_.code != unfinished) note(script_warnings(reading_));
+  }
+
+  /// A line whose statement has a warning is null for that reason.
+  void note_null_lines(const RunFacts& run) {
+    auto problems = run_warnings(reading_, run);
+    std::erase_if(problems, [this](const Problem& problem) {
+      const auto next =
+          std::ranges::lower_bound(reading_.scan.slots, problem.place.begin, {}, &Slot::end);
+      return std::ranges::any_of(noted_, [&](const Noted& noted) {
+        const size_t begin = noted.problem.place.begin;
+        return begin >= problem.place.begin && next != reading_.scan.slots.end() &&
+               begin <= next->end;
+      });
+    });
+    note(std::move(problems));
   }
 
   /// Of several problems at one place the first one says enough.
   void note(std::vector<Problem> problems) {
     for (Problem& problem : problems) {
-      if (noted_.size() == most_findings) return;
+      if (noted_.size() >= most_findings) return;
       const bool is_told = std::ranges::any_of(noted_, [&problem](const Noted& noted) {
         return overlaps(noted.problem.place, problem.place);
       });
@@ -126,11 +145,14 @@ ScriptNames names_in(std::string_view script) {
   ScriptNames names;
   std::set<std::string_view> seen;
   for (const Statement& statement : reading.statements) {
-    if (statement.form == Form::constant && !statement.name.empty()) names.constants.push_back(statement.name);
+    if (statement.form == Form::constant && !statement.name.empty())
+      names.constants.push_back(statement.name);
     const bool declares = statement.is_named() && !statement.name.empty();
-    if (declares && reading.lines.find(statement.name)->second == statement.number) names.lines.push_back(statement.name);
+    if (declares && reading.lines.find(statement.name)->second == statement.number)
+      names.lines.push_back(statement.name);
     for (const Token& token : statement.tokens) {
-      if (token.kind == TokenKind::word && seen.insert(token.text).second) names.words.push_back(token.text);
+      if (token.kind == TokenKind::word && seen.insert(token.text).second)
+        names.words.push_back(token.text);
     }
   }
   return names;

@@ -1,7 +1,7 @@
 // Advice for the author of a script: what is wrong, where, and what to write instead.
 //
-// A program compiles a script with the library, runs it if it wants, and hands the texts that it got
-// to `advise`. The answer is a list of findings with places in the author's own text:
+// A program compiles a script with the library, runs it if it wants, and hands the texts that it
+// got to `advise`. The answer is a list of findings with places in the author's own text:
 //
 //   quor_advice::Input input;
 //   input.script = "DIF:EMMA(C,12)-EMA(C,26);";
@@ -27,14 +27,14 @@ enum class Severity {
   warning,  ///< the library takes it, but it can't be what its author meant
 };
 
-/// One thing to say. Places count from 1, in characters of UTF-8, a tab as one; a carriage return, a
-/// line feed and the two together end a line. A byte that is no UTF-8 counts as a character.
+/// One thing to say. Places count from 1, in characters of UTF-8, a tab as one; a carriage return,
+/// a line feed and the two together end a line. A byte that is no UTF-8 counts as a character.
 struct Finding {
   Severity severity = Severity::warning;
-  size_t line = 0;    ///< 0 if the finding belongs to no place in the script
-  size_t column = 0;  ///< 0 with line 0
-  size_t length = 0;  ///< in characters, within the line; at least 1, 0 with line 0
-  int64_t code = 0;   ///< of the library; 0 for warnings
+  size_t line = 0;         ///< 0 if the finding belongs to no place in the script
+  size_t column = 0;       ///< 0 with line 0
+  size_t length = 0;       ///< in characters, within the line; at least 1, 0 with line 0
+  int64_t code = 0;        ///< of the library; 0 for warnings
   std::string sentence;    ///< "nothing defines EMMA"; no capital at its start, no full stop
   std::string suggestion;  ///< "did you mean EMA?"; empty where there is none
 };
@@ -61,8 +61,8 @@ struct Input {
 /// most one is an error: the library stops at the first.
 std::vector<Finding> advise(const Input& input);
 
-/// The names in a script as the library knows them: in capitals and without blanks, each once, in the
-/// order of the script.
+/// The names in a script as the library knows them: in capitals and without blanks, each once, in
+/// the order of the script.
 struct ScriptNames {
   std::vector<std::string> lines;      ///< declared with ':' and ':='
   std::vector<std::string> constants;  ///< declared with CONST

@@ -25,16 +25,21 @@ std::optional<Problem> explain_operand(const Case& failed) {
 }
 
 constexpr Row rows[] = {
-    {1, explain_word},          {2, explain_word},           {3, explain_short_form},
-    {4, explain_operand},       {5, explain_open_quote},     {6, explain_parentheses},
-    {7, explain_count},         {8, explain_named_signal},   {9, explain_reference},
-    {10, explain_reference},    {11, explain_reference},     {12, explain_name},
-    {13, explain_name},         {14, explain_unfinished},    {15, explain_branch},
-    {2001, explain_operand},    {2002, explain_constant},    {2003, explain_constant},
-    {2004, explain_name},       {2006, explain_constant},    {2007, explain_reference},
-    {2008, explain_reference},  {2009, explain_reference},   {2010, explain_reference},
-    {2011, explain_short_form}, {2012, explain_short_form},  {2013, explain_constant},
-    {2014, explain_second_output}, {2015, explain_look_ahead}, {2016, explain_look_ahead},
+    {1, explain_word},          {2, explain_word},
+    {3, explain_short_form},    {4, explain_operand},
+    {5, explain_open_quote},    {6, explain_parentheses},
+    {7, explain_count},         {8, explain_named_signal},
+    {9, explain_reference},     {10, explain_reference},
+    {11, explain_reference},    {12, explain_name},
+    {13, explain_name},         {14, explain_unfinished},
+    {15, explain_branch},       {2001, explain_operand},
+    {2002, explain_constant},   {2003, explain_constant},
+    {2004, explain_name},       {2006, explain_constant},
+    {2007, explain_reference},  {2008, explain_reference},
+    {2009, explain_reference},  {2010, explain_reference},
+    {2011, explain_short_form}, {2012, explain_short_form},
+    {2013, explain_constant},   {2014, explain_second_output},
+    {2015, explain_look_ahead}, {2016, explain_look_ahead},
     {4000, explain_exception},
 };
 
@@ -45,8 +50,9 @@ Problem in_plain_words(const Case& failed) {
   Problem problem{{0, 0}, std::move(sentence), {}};
   if (failed.statement == nullptr || failed.statement->tokens.empty()) return problem;
   const Token* const word = find_word(*failed.statement, failed.failure.message);
-  problem.place = word != nullptr ? place_of(*word)
-                                  : place_of(*failed.statement, {0, failed.statement->tokens.size()});
+  problem.place = word != nullptr
+                      ? place_of(*word)
+                      : place_of(*failed.statement, {0, failed.statement->tokens.size()});
   return problem;
 }
 
@@ -57,24 +63,42 @@ struct ForeignSign {
 };
 
 constexpr ForeignSign foreign_signs[] = {
-    {"，", "full-width comma", ","},      {"（", "full-width parenthesis", "("},
-    {"）", "full-width parenthesis", ")"}, {"：", "full-width colon", ":"},
-    {"；", "full-width semicolon", ";"},  {"‘", "curved quote", "'"},
-    {"’", "curved quote", "'"},           {"“", "curved quote", "'"},
-    {"”", "curved quote", "'"},           {"、", "ideographic comma", ","},
-    {"。", "ideographic full stop", ";"}, {"＝", "full-width sign", "="},
-    {"＞", "full-width sign", ">"},       {"＜", "full-width sign", "<"},
-    {"＋", "full-width sign", "+"},       {"－", "full-width sign", "-"},
-    {"＊", "full-width sign", "*"},       {"／", "full-width sign", "/"},
-    {"％", "full-width sign", "%"},       {"＆", "full-width sign", "&"},
-    {"｜", "full-width sign", "|"},       {"！", "full-width sign", "!"},
-    {"＇", "full-width quote", "'"},      {"＂", "full-width quote", "'"},
-    {"【", "full-width bracket", "("},    {"】", "full-width bracket", ")"},
-    {"≥", "sign", ">="},                  {"≤", "sign", "<="},
-    {"≠", "sign", "<>"},                  {"×", "sign", "*"},
-    {"÷", "sign", "/"},                   {"−", "sign", "-"},
-    {"–", "dash", "-"},                   {"—", "dash", "-"},
-    {"　", "full-width blank", " "},      {"\xEF\xBB\xBF", "byte order mark", ""},
+    {"，", "full-width comma", ","},
+    {"（", "full-width parenthesis", "("},
+    {"）", "full-width parenthesis", ")"},
+    {"：", "full-width colon", ":"},
+    {"；", "full-width semicolon", ";"},
+    {"‘", "curved quote", "'"},
+    {"’", "curved quote", "'"},
+    {"“", "curved quote", "'"},
+    {"”", "curved quote", "'"},
+    {"、", "ideographic comma", ","},
+    {"。", "ideographic full stop", ";"},
+    {"＝", "full-width sign", "="},
+    {"＞", "full-width sign", ">"},
+    {"＜", "full-width sign", "<"},
+    {"＋", "full-width sign", "+"},
+    {"－", "full-width sign", "-"},
+    {"＊", "full-width sign", "*"},
+    {"／", "full-width sign", "/"},
+    {"％", "full-width sign", "%"},
+    {"＆", "full-width sign", "&"},
+    {"｜", "full-width sign", "|"},
+    {"！", "full-width sign", "!"},
+    {"＇", "full-width quote", "'"},
+    {"＂", "full-width quote", "'"},
+    {"【", "full-width bracket", "("},
+    {"】", "full-width bracket", ")"},
+    {"≥", "character", ">="},
+    {"≤", "character", "<="},
+    {"≠", "character", "<>"},
+    {"×", "character", "*"},
+    {"÷", "character", "/"},
+    {"−", "character", "-"},
+    {"–", "dash", "-"},
+    {"—", "dash", "-"},
+    {"　", "full-width blank", " "},
+    {"\xEF\xBB\xBF", "byte order mark", ""},
     {"\xE2\x80\x8B", "invisible blank", ""},
 };
 
@@ -91,20 +115,24 @@ char plain_letter(std::string_view character) {
 /// What is to say about a character, without its place.
 std::optional<Problem> explain_foreign(std::string_view character) {
   if (const char plain = plain_letter(character); plain != 0) {
-    return Problem{{}, "a full-width letter '" + std::string(character) + "' is no letter of a word",
+    return Problem{{},
+                   "a full-width letter '" + std::string(character) + "' is no letter of a word",
                    std::string("write '") + plain + "'"};
   }
   const auto* const row = std::ranges::find(foreign_signs, character, &ForeignSign::sign);
   if (row == std::end(foreign_signs)) return std::nullopt;
   const std::string name(row->name);
-  if (row->meant.empty()) return Problem{{}, "a " + name + " is no sign of the language", "take it away"};
-  const std::string sentence = "a " + name + " '" + std::string(character) + "' is no sign of the language";
+  if (row->meant.empty())
+    return Problem{{}, "a " + name + " is no sign of the language", "take it away"};
+  const std::string sentence =
+      "a " + name + " '" + std::string(character) + "' is no sign of the language";
   if (row->meant == "'") return Problem{{}, sentence, "write a straight quote: '"};
   if (row->meant == " ") return Problem{{}, sentence, "write a plain blank"};
   return Problem{{}, sentence, "write '" + std::string(row->meant) + "'"};
 }
 
-/// Full-width signs are letters of names, too. Where the library names a word, the sign must be in it.
+/// Full-width signs are letters of names, too. Where the library names a word, the sign must be in
+/// it.
 bool may_be_foreign(const Failure& failure) {
   const bool names_word = failure.code == 1 || failure.code == 2 || failure.code == 2013;
   return !names_word || std::ranges::any_of(failure.message, is_beyond_ascii);
@@ -135,6 +163,14 @@ std::string_view literal_piece(std::string_view message) {
 
 }  // namespace
 
+std::string in_two_statements(const Reading& reading, const Statement& statement) {
+  const std::string name = reading.text(statement, statement.name_range);
+  const size_t begin = statement.items.empty() ? statement.tokens.size() : statement.items[0].begin;
+  const std::string rest = reading.text(statement, {begin, statement.tokens.size()});
+  return "write " + name + ":=" + reading.text(statement, statement.expression) + "; " + name +
+         "," + rest + ";";
+}
+
 const Token* find_word(const Statement& statement, std::string_view word) {
   const auto found = std::ranges::find(statement.tokens, word, &Token::text);
   return found == statement.tokens.end() ? nullptr : &*found;
@@ -161,14 +197,15 @@ std::optional<Range> find_tokens(const Reading& reading, const Statement& statem
   if (wanted.empty()) return std::nullopt;
   const std::string text = to_upper(reading.scan.slots[statement.number].text.bytes);
   std::optional<Range> first;
-  for (size_t at = text.find(to_upper(wanted)); at != absent; at = text.find(to_upper(wanted), at + 1)) {
+  for (size_t at = text.find(to_upper(wanted)); at != absent;
+       at = text.find(to_upper(wanted), at + 1)) {
     const auto& tokens = statement.tokens;
     const auto begin = std::ranges::upper_bound(tokens, at, {}, &Token::position) - 1;
     const auto end = std::ranges::lower_bound(tokens, at + wanted.size(), {}, &Token::position);
     const Range range{static_cast<size_t>(begin - tokens.begin()),
                       static_cast<size_t>(end - tokens.begin())};
-    const bool is_whole = begin->position == at && (end == tokens.end()
-                              ? text.size() : end->position) == at + wanted.size();
+    const bool is_whole = begin->position == at &&
+                          (end == tokens.end() ? text.size() : end->position) == at + wanted.size();
     const bool in_name = statement.is_named() && range.begin < statement.colon;
     if (is_whole && !in_name) return range;
     if (!first || is_whole) first = range;

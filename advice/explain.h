@@ -47,7 +47,11 @@ std::optional<Range> find_tokens(const Reading& reading, const Statement& statem
 /// The first token of this text; null if there is none.
 const Token* find_word(const Statement& statement, std::string_view word);
 
-/// Arguments of calls that will stop a calculation: negative periods, bounds of the parabolic words.
+/// Advice to declare the name of a condition first, and to use it in front of the comma.
+std::string in_two_statements(const Reading& reading, const Statement& statement);
+
+/// Arguments of calls that will stop a calculation: negative periods, bounds of the parabolic
+/// words.
 std::optional<Problem> find_fatal_argument(const Reading& reading, const Statement& statement);
 
 }  // namespace quor_advice

@@ -88,7 +88,8 @@ size_t utf16_units(std::string_view text) {
 Problem explain_notice(const Case& failed, const Token& word) {
   const Statement& statement = *failed.statement;
   const Call* const call = call_of(statement, word);
-  const bool behind_comma = &word != statement.tokens.data() && (&word - 1)->kind == TokenKind::comma;
+  const bool behind_comma =
+      &word != statement.tokens.data() && (&word - 1)->kind == TokenKind::comma;
   if (!behind_comma) {
     return {place_of(word), "NOTICE lacks its condition in front of a comma", form_of("NOTICE")};
   }
@@ -99,7 +100,8 @@ Problem explain_notice(const Case& failed, const Token& word) {
   const Token& token = statement.tokens[name.begin];
   if (name.size() != 1 || token.kind != TokenKind::text) return unquoted(failed, word, 0);
   const size_t units = utf16_units(token.text.substr(1, token.text.size() - 2));
-  if (units == 0) return {place_of(token), "the name of a notice is empty", "give it 1 to 10 characters"};
+  if (units == 0)
+    return {place_of(token), "the name of a notice is empty", "give it 1 to 10 characters"};
   if (units > longest_notice) {
     return {place_of(token),
             "the name of a notice has 10 characters at most, this one has " + std::to_string(units),
@@ -110,16 +112,19 @@ Problem explain_notice(const Case& failed, const Token& word) {
 
 Problem explain_trade_word(const Case& failed, const Token& word) {
   const Call* const call = call_of(*failed.statement, word);
-  const bool behind_comma = &word != failed.statement->tokens.data() && (&word - 1)->kind == TokenKind::comma;
+  const bool behind_comma =
+      &word != failed.statement->tokens.data() && (&word - 1)->kind == TokenKind::comma;
   if (!behind_comma) {
-    return {place_of(word), word.text + " lacks its condition in front of a comma", form_of(word.text)};
+    return {place_of(word), word.text + " lacks its condition in front of a comma",
+            form_of(word.text)};
   }
   if (call == nullptr) {
     return {place_of(word), word.text + " takes nothing or a quantity in parentheses",
             "write " + word.text + " or " + word.text + "(2)"};
   }
   return {place_of_argument(*failed.statement, word, 0),
-          "the quantity of " + word.text + " must be a number of 1 and more", "write " + word.text + "(1)"};
+          "the quantity of " + word.text + " must be a number of 1 and more",
+          "write " + word.text + "(1)"};
 }
 
 /// A message such as DRAWTEXT.RATIO names a word and what it was given wrongly.
@@ -153,7 +158,8 @@ std::optional<Problem> explain_quote_field(const Case& failed) {
     if (to_upper(token.text) != field && to_upper(token.text) != "'" + field + "'") continue;
     const auto near = nearest(field, Vocabulary::quote);
     std::string suggestion = near ? "did you mean " + *near + "?" : std::string();
-    if (field == "CLOSE" || field == "LAST" || field == "PRICE") suggestion = "the last price is NEW";
+    if (field == "CLOSE" || field == "LAST" || field == "PRICE")
+      suggestion = "the last price is NEW";
     return Problem{place_of(token), "a quote has no field " + field, std::move(suggestion)};
   }
   return std::nullopt;
@@ -168,7 +174,8 @@ std::optional<Problem> explain_colour(const Case& failed) {
     return Problem{place_of(second), "a ',' is missing in front of " + failed.text(second), {}};
   }
   if (first.text == "COLORSTICK") {
-    return Problem{place_of(first), "COLORSTICK works only as the first item", "put it right behind the expression"};
+    return Problem{place_of(first), "COLORSTICK works only as the first item",
+                   "put it right behind the expression"};
   }
   const auto near = nearest(first.text, Vocabulary::colour);
   return Problem{place_of(first), failed.text(first) + " is no colour",
@@ -223,7 +230,9 @@ std::optional<Problem> check_period(const Reading& reading, const Statement& sta
   if (argument.empty()) return std::nullopt;
   const auto value = reading.constant_value(statement, argument);
   if (!value || *value > -1) return std::nullopt;
-  return Problem{place_of(statement, argument), "the period of " + word + " is negative: " + number_text(*value), {}};
+  return Problem{place_of(statement, argument),
+                 "the period of " + word + " is negative: " + number_text(*value),
+                 {}};
 }
 
 /// The calls that may have been given a negative period while the script ran.

@@ -39,7 +39,8 @@ std::optional<Problem> at_sign_in_quotes(const Statement& statement) {
     const size_t mark = token.kind == TokenKind::text ? token.text.find('@') : absent;
     if (mark == absent) continue;
     return Problem{{token.begin + mark, token.begin + mark + 1},
-                   "an '@' inside quotes cuts the text in two", "take it away"};
+                   "an '@' inside quotes cuts the text in two",
+                   "take it away"};
   }
   return std::nullopt;
 }
@@ -54,7 +55,8 @@ std::string count_words(int least, int most) {
 }
 
 size_t given_arguments(const Call& call) {
-  return static_cast<size_t>(std::ranges::count_if(call.arguments, [](Range r) { return !r.empty(); }));
+  return static_cast<size_t>(
+      std::ranges::count_if(call.arguments, [](Range r) { return !r.empty(); }));
 }
 
 bool fits(const Call& call, int least, int most) {
@@ -62,7 +64,8 @@ bool fits(const Call& call, int least, int most) {
   return given >= least && (most < 0 || given <= most);
 }
 
-const Call* miscounted_call(const Statement& statement, std::string_view word, int least, int most) {
+const Call* miscounted_call(const Statement& statement, std::string_view word, int least,
+                            int most) {
   const Call* any = nullptr;
   for (const Call& call : statement.calls) {
     if (statement.tokens[call.word].text != word) continue;
@@ -72,13 +75,24 @@ const Call* miscounted_call(const Statement& statement, std::string_view word, i
   return any;
 }
 
+/// Items behind a lone call become arguments of it; without a name only drawings take any.
+std::optional<Problem> explain_items(const Case& failed, const std::string& word) {
+  const Statement& statement = *failed.statement;
+  const size_t first = statement.items.front().begin;
+  const Place place = place_of(statement, {first, statement.tokens.size()});
+  const Place whole = place_of(statement, {0, statement.tokens.size()});
+  return Problem{place, "without a name in front this counts as an argument of " + word,
+                 "write NAME:" + failed.reading.text(whole) + ";"};
+}
+
 }  // namespace
 
 std::optional<Problem> explain_parentheses(const Case& failed) {
   if (failed.statement == nullptr) return std::nullopt;
   const Statement& statement = *failed.statement;
   for (Problem& problem : check_form(failed.reading, statement)) {
-    if (problem.sentence.find("partner") != absent || problem.sentence.find("parenthes") != absent) {
+    if (problem.sentence.find("partner") != absent ||
+        problem.sentence.find("parenthes") != absent) {
       return std::move(problem);
     }
   }
@@ -101,7 +115,9 @@ std::optional<Problem> explain_count(const Case& failed) {
   const int most = is_quote ? 2 : help->most;
   const Call* const call = miscounted_call(statement, word, least, most);
   if (call == nullptr) return std::nullopt;
-  const size_t end = call->close == absent ? statement.tokens.back().end : statement.tokens[call->close].end;
+  if (fits(*call, least, most) && !statement.items.empty()) return explain_items(failed, word);
+  const size_t end =
+      call->close == absent ? statement.tokens.back().end : statement.tokens[call->close].end;
   const size_t given = given_arguments(*call);
   return Problem{{statement.tokens[call->word].begin, end},
                  word + " takes " + count_words(least, most) + ": " + form_of(word) + ", and has " +
@@ -143,14 +159,14 @@ std::optional<Problem> explain_named_signal(const Case& failed) {
     if (!statement.is_named()) continue;
     for (size_t i = statement.colon + 1; i < statement.tokens.size(); ++i) {
       const Token& token = statement.tokens[i];
-      if (token.kind != TokenKind::word || (token.text != "NOTICE" && !is_trade_word(token.text))) continue;
+      if (token.kind != TokenKind::word || (token.text != "NOTICE" && !is_trade_word(token.text)))
+        continue;
       for (Problem& problem : check_form(failed.reading, statement)) {
         if (problem.sentence.starts_with("a ';'")) return std::move(problem);
       }
-      const std::string name = failed.reading.text(statement, statement.name_range);
       return Problem{{statement.tokens[0].begin, statement.tokens[statement.colon].end},
                      "a statement with " + token.text + " takes no name in front",
-                     "write " + name + ":=...; and then " + name + "," + token.text + ";"};
+                     in_two_statements(failed.reading, statement)};
     }
   }
   return std::nullopt;
@@ -160,7 +176,8 @@ std::optional<Problem> explain_branch(const Case& failed) {
   if (failed.statement == nullptr) return std::nullopt;
   const auto& tokens = failed.statement->tokens;
   for (size_t i = 1; i < tokens.size(); ++i) {
-    if (tokens[i].text != failed.failure.message || tokens[i - 1].kind != TokenKind::comma) continue;
+    if (tokens[i].text != failed.failure.message || tokens[i - 1].kind != TokenKind::comma)
+      continue;
     return Problem{place_of(tokens[i]), tokens[i].text + " can't stand behind a comma",
                    tokens[i].text == "IFN" ? "give it a line of its own"
                                            : "write IFF, or give it a line of its own"};

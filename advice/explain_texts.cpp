@@ -14,8 +14,8 @@ std::string_view inside(const Reading& reading, const Quoted& quoted) {
   return reading.script.substr(quoted.begin + 1, end - quoted.begin - 1);
 }
 
-/// With an odd number of quotes the last one stays open, though an earlier one may be at fault: in a
-/// comment, or where the text runs over a line end.
+/// With an odd number of quotes the last one stays open, though an earlier one may be at fault: in
+/// a comment, or where the text runs over a line end.
 const Quoted* quote_at_fault(const Reading& reading) {
   const Quoted* open = nullptr;
   for (const Quoted& quoted : reading.scan.quoted) {
@@ -25,7 +25,8 @@ const Quoted* quote_at_fault(const Reading& reading) {
   for (const Quoted& quoted : reading.scan.quoted) {
     if (quoted.mark != open->mark) continue;
     if (quoted.in_comment && (quoted.hides_comment_end || !quoted.end)) return &quoted;
-    if (!quoted.in_comment && inside(reading, quoted).find_first_of("\r\n") != absent) return &quoted;
+    if (!quoted.in_comment && inside(reading, quoted).find_first_of("\r\n") != absent)
+      return &quoted;
   }
   return open;
 }
@@ -40,23 +41,33 @@ std::string closing_quote_meant(std::string_view text) {
   return {};
 }
 
-/// Behind the last ";" nothing is left to end, but a tab or a quote in a comment counts.
+/// Behind the last ";" nothing is left to end, but some marks count as unfinished text.
 std::optional<Problem> explain_end_of_script(const Reading& reading) {
-  const size_t last = reading.script.find_last_not_of(" \t");
-  if (last == absent) return std::nullopt;
-  if (!reading.scan.quoted.empty() && reading.scan.quoted.back().in_comment) {
-    const Quoted& quoted = reading.scan.quoted.back();
-    return Problem{{quoted.begin, quoted.begin + 1},
-                   "a quote in the comment behind the last ';' counts as an unfinished statement",
-                   "take it away, or end the script with a line end"};
+  constexpr std::string_view cure = "end the script with a line end";
+  const size_t last = reading.scan.slots.empty() ? 0 : reading.scan.slots.back().end;
+  if (!reading.scan.quoted.empty() && reading.scan.quoted.back().begin > last) {
+    const size_t begin = reading.scan.quoted.back().begin;
+    return Problem{{begin, begin + 1},
+                   "a quote in a comment behind the last ';' counts as an unfinished statement",
+                   "take it away, or " + std::string(cure)};
   }
-  return Problem{{last, last + 1}, "something stands behind the last ';' that is no statement",
-                 "end the script with a line end"};
+  for (const Comment& comment : reading.scan.comments) {
+    if (comment.begin < last || reading.script[comment.begin] != '/') continue;
+    return Problem{{comment.begin, comment.begin + 2},
+                   "a comment of this form behind the last ';' counts as an unfinished statement",
+                   "write { } around it, or " + std::string(cure)};
+  }
+  const size_t tab = reading.script.find('\t', last);
+  if (tab == absent) return std::nullopt;
+  return Problem{{tab, tab + 1},
+                 "a tab behind the last ';' counts as an unfinished statement",
+                 "take it away, or " + std::string(cure)};
 }
 
 std::optional<Problem> explain_half_statement(const Reading& reading) {
   const size_t begin = *reading.scan.half_line_comment;
-  return Problem{{begin, begin + 2}, "'//' stands behind half a statement",
+  return Problem{{begin, begin + 2},
+                 "'//' stands behind half a statement",
                  "end the statement with ';' first, or write { } around the comment"};
 }
 
@@ -109,7 +120,8 @@ std::optional<Problem> explain_unfinished(const Case& failed) {
   if (!reading.scan.is_unfinished || last.tokens.empty()) return explain_end_of_script(reading);
   if (reading.scan.open_comment) {
     return Problem{{*reading.scan.open_comment, *reading.scan.open_comment + 1},
-                   "the comment that opens here is never closed", "close it"};
+                   "the comment that opens here is never closed",
+                   "close it"};
   }
   const auto problems = check_form(reading, last);
   for (const Problem& problem : problems) {

@@ -1,4 +1,5 @@
-// Words that nothing defines: typing errors, names out of order, and signs that were read as letters.
+// Words that nothing defines: typing errors, names out of order, and signs that were read as
+// letters.
 #include <algorithm>
 #include <iterator>
 
@@ -17,11 +18,12 @@ struct Synonym {
 
 // Words that authors bring along from elsewhere.
 constexpr Synonym synonyms[] = {
-    {"VOLUME", "VOL"},        {"TURNOVER", "AMOUNT"}, {"AVERAGE", "MA"},      {"AVG", "MA"},
-    {"HIGHEST", "HHV"},       {"LOWEST", "LLV"},      {"STDEV", "STD"},       {"STDDEV", "STD"},
-    {"XAVERAGE", "EMA"},      {"SUMMATION", "SUM"},   {"CROSSOVER", "CROSS"}, {"CROSSUNDER", "CROSSDOWN"},
-    {"POWER", "POW"},         {"SQR", "SQUARE"},      {"CEIL", "CEILING"},    {"INT", "INTPART"},
-    {"OPENINT", "OPI"},       {"ICONDRAW", "DRAWICON"}};
+    {"VOLUME", "VOL"},    {"TURNOVER", "AMOUNT"}, {"AVERAGE", "MA"},
+    {"AVG", "MA"},        {"HIGHEST", "HHV"},     {"LOWEST", "LLV"},
+    {"STDEV", "STD"},     {"STDDEV", "STD"},      {"XAVERAGE", "EMA"},
+    {"SUMMATION", "SUM"}, {"CROSSOVER", "CROSS"}, {"CROSSUNDER", "CROSSDOWN"},
+    {"POWER", "POW"},     {"SQR", "SQUARE"},      {"CEIL", "CEILING"},
+    {"INT", "INTPART"},   {"OPENINT", "OPI"},     {"ICONDRAW", "DRAWICON"}};
 
 /// A word at fault, alone between its neighbours.
 struct Word {
@@ -66,7 +68,8 @@ std::optional<Problem> explain_exponent(const Word& word) {
   if (!sign->is_sign("-") && !sign->is_sign("+")) return std::nullopt;
   const auto value = to_number(text + (sign->text == "-" ? "-" : "") + digits->text);
   if (!value || !to_number(text.substr(0, text.size() - 1))) return std::nullopt;
-  return Problem{{word.token().begin, digits->end}, "an exponent takes no sign",
+  return Problem{{word.token().begin, digits->end},
+                 "an exponent takes no sign",
                  "write " + number_text(*value)};
 }
 
@@ -189,8 +192,8 @@ std::optional<Problem> explain_by_likeness(const Word& word) {
 }
 
 constexpr Explain word_steps[] = {
-    explain_exponent,   explain_torn_name,  explain_order,          explain_comparison_for_name,
-    explain_branch_word, explain_style_word, explain_short_word,    explain_inner_sign,
+    explain_exponent,       explain_torn_name,  explain_order,      explain_comparison_for_name,
+    explain_branch_word,    explain_style_word, explain_short_word, explain_inner_sign,
     explain_period_in_name, explain_by_likeness};
 
 /// The short form of a named statement; authors name what has no value.
@@ -201,9 +204,8 @@ std::optional<Problem> explain_named_form(const Case& failed) {
     if (item.empty()) continue;
     const Token& word = statement.tokens[item.begin];
     if (word.text != "WORD" && word.text != "ICON" && word.text != "SOUND") continue;
-    const std::string name = failed.reading.text(statement, statement.name_range);
     return Problem{place_of(word), word.text + " can't stand in a statement with a name",
-                   "write " + name + ":=...; and then " + name + "," + word.text + "(...);"};
+                   in_two_statements(failed.reading, statement)};
   }
   return std::nullopt;
 }
@@ -214,7 +216,8 @@ std::optional<Problem> explain_constant_statement(const Case& failed) {
   for (size_t i = 1; i < statement.tokens.size(); ++i) {
     if (!statement.tokens[i].gap.has_line_end) continue;
     const Token& before = statement.tokens[i - 1];
-    return Problem{{before.end, before.end + 1}, "a ';' is missing behind " + failed.text(before), {}};
+    return Problem{
+        {before.end, before.end + 1}, "a ';' is missing behind " + failed.text(before), {}};
   }
   return Problem{place_of(statement, {0, statement.tokens.size()}),
                  "a constant is a name, a ':' and a number", "write CONST N:5;"};
@@ -236,7 +239,8 @@ std::optional<Problem> explain_signs_in_name(const Case& failed) {
 
 std::optional<Problem> explain_text(const Case& failed, const Token& text) {
   if (text.text.find_first_of("()@") != absent) return explain_parentheses(failed);
-  return Problem{place_of(text), "a text is no value: it can only be a whole argument of a call", {}};
+  return Problem{
+      place_of(text), "a text is no value: it can only be a whole argument of a call", {}};
 }
 
 /// The problem of form that lies at the word at fault, or the first one if there is no such word.

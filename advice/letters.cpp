@@ -40,8 +40,8 @@ std::optional<double> to_number(std::string_view text) {
 
 std::string number_text(double value) {
   std::array<char, 400> digits{};
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value,
-                                 std::chars_format::fixed);
+  const auto end =
+      std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed);
   return {digits.data(), end.ptr};
 }
 

@@ -35,5 +35,4 @@ size_t count_characters(std::string_view text);
 /// Places on a screen: two for the wide characters of East Asia, one for all others.
 size_t width_of(std::string_view text);
 
-
 }  // namespace quor_advice

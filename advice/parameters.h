@@ -7,8 +7,9 @@
 
 namespace quor_advice {
 
-/// Names in capitals and default values from [{"PARAM_NAME":"N","DEFAULT":5}, ...]. What the library
-/// passes over is passed over here: text that is no such list, entries without name or number.
+/// Names in capitals and default values from [{"PARAM_NAME":"N","DEFAULT":5}, ...]. What the
+/// library passes over is passed over here: text that is no such list, entries without name or
+/// number.
 std::map<std::string, double, std::less<>> read_parameters(std::string_view json);
 
 }  // namespace quor_advice

@@ -47,7 +47,8 @@ std::string caret_line(std::string_view line, const Finding& finding) {
 
 std::string heading(const Finding& finding, std::string_view file) {
   std::string text(file);
-  if (finding.line > 0) text += ':' + std::to_string(finding.line) + ':' + std::to_string(finding.column);
+  if (finding.line > 0)
+    text += ':' + std::to_string(finding.line) + ':' + std::to_string(finding.column);
   text += ": " + std::string(severity_word(finding.severity)) + ": " + finding.sentence;
   if (finding.code != 0) text += " (code " + std::to_string(finding.code) + ')';
   if (!finding.suggestion.empty()) text += "; " + finding.suggestion;
@@ -104,7 +105,8 @@ std::string compiler_text(const std::vector<Finding>& findings, std::string_view
 
 std::string json_text(const std::vector<Finding>& findings) {
   std::string json;
-  for (const Finding& finding : findings) json += (json.empty() ? "[" : ",\n ") + json_object(finding);
+  for (const Finding& finding : findings)
+    json += (json.empty() ? "[" : ",\n ") + json_object(finding);
   return json.empty() ? "[]" : json + ']';
 }
 

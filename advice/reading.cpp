@@ -148,7 +148,8 @@ class Folder {
 
   std::optional<double> factor() {
     double sign = 1.0;
-    while (peek() != nullptr && peek()->is_unary) sign *= statement_.tokens[at_++].text == "-" ? -1 : 1;
+    while (peek() != nullptr && peek()->is_unary)
+      sign *= statement_.tokens[at_++].text == "-" ? -1 : 1;
     const auto value = operand();
     if (!value) return std::nullopt;
     return sign * *value;

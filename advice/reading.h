@@ -69,9 +69,9 @@ Place place_of(const Statement& statement, Range range);
 struct Reading {
   std::string_view script;
   ScannedScript scan;
-  std::vector<Statement> statements;  ///< by their number
+  std::vector<Statement> statements;                     ///< by their number
   std::map<std::string, double, std::less<>> constants;  ///< parameters and CONST
-  std::map<std::string, size_t, std::less<>> lines;  ///< name to the statement that declares it
+  std::map<std::string, size_t, std::less<>> lines;      ///< name to the statement that declares it
   std::map<std::string, double, std::less<>> constant_lines;  ///< lines of one value
 
   std::vector<size_t> line_starts;  ///< offsets

@@ -113,7 +113,7 @@ class Scanner {
       last_ = c;
     } else if (c != ' ') {
       return false;
-    } else if (to_upper(current_.bytes) == "CONST") {
+    } else if (current_.bytes.size() == 5 && to_upper(current_.bytes) == "CONST") {
       current_.append(c, place());
     }
     ++at_;

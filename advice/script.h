@@ -22,8 +22,8 @@ struct Slot {
 /// A stretch of text between quotes.
 struct Quoted {
   char mark = '\'';
-  size_t begin = 0;             ///< offset of the opening quote
-  std::optional<size_t> end;    ///< offset of the closing one; nothing if it stays open
+  size_t begin = 0;           ///< offset of the opening quote
+  std::optional<size_t> end;  ///< offset of the closing one; nothing if it stays open
   bool in_comment = false;
   bool hides_comment_end = false;  ///< what would have closed the comment stands inside
 };
@@ -35,10 +35,10 @@ struct Comment {
 };
 
 struct ScannedScript {
-  std::vector<Slot> slots;             ///< by the number under which the library reports errors
+  std::vector<Slot> slots;  ///< by the number under which the library reports errors
   std::vector<Quoted> quoted;
-  std::vector<Comment> comments;       ///< the closed ones
-  std::optional<size_t> open_comment;  ///< where a block comment opens that nothing closes
+  std::vector<Comment> comments;            ///< the closed ones
+  std::optional<size_t> open_comment;       ///< where a block comment opens that nothing closes
   std::optional<size_t> half_line_comment;  ///< a "//" behind half a statement, which ends the scan
   bool is_unfinished = false;               ///< the last statement has no ";"
 };

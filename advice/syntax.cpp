@@ -66,7 +66,8 @@ class FormCheck {
     add({end, end + 1}, "a ';' is missing behind " + shown(before));
   }
 
-  /// Style items are words; of calls among them, as in ICON(1,'up'), only the parentheses are checked.
+  /// Style items are words; of calls among them, as in ICON(1,'up'), only the parentheses are
+  /// checked.
   void check_item(Range item) {
     for (size_t i = item.begin; i < item.end; ++i) {
       const TokenKind kind = tokens_[i].kind;
@@ -77,7 +78,8 @@ class FormCheck {
       if (kind == TokenKind::open || kind == TokenKind::close) {
         if (statement_.partners[i] == absent) add_lone_parenthesis(i);
       }
-      if (i == item.begin || kind != TokenKind::word || tokens_[i - 1].kind != TokenKind::word) continue;
+      if (i == item.begin || kind != TokenKind::word || tokens_[i - 1].kind != TokenKind::word)
+        continue;
       if (tokens_[i].gap.has_line_end && !is_style(tokens_[i].text)) {
         add_missing_end(i - 1);
         return;
@@ -118,7 +120,8 @@ class FormCheck {
 
   void add_second_colon(size_t index) {
     const size_t name = index - 1;
-    const bool parted = name > 0 && tokens_[name].kind == TokenKind::word && tokens_[name].gap.is_there;
+    const bool parted =
+        name > 0 && tokens_[name].kind == TokenKind::word && tokens_[name].gap.is_there;
     if (parted && name - 1 > statement_.colon) {
       add_missing_end(name - 1);
     } else {
@@ -163,7 +166,8 @@ class FormCheck {
 
   void add_glued(size_t index) {
     const Token* const next = statement_.token(index + 1);
-    const bool line_end = tokens_[index].gap.has_line_end || (next != nullptr && next->gap.has_line_end);
+    const bool line_end =
+        tokens_[index].gap.has_line_end || (next != nullptr && next->gap.has_line_end);
     const bool tab = tokens_[index].gap.has_tab || (next != nullptr && next->gap.has_tab);
     const std::string word = tokens_[index].text;
     std::string sentence = word + " needs a blank on both sides";
@@ -215,10 +219,13 @@ class FormCheck {
       std::string_view pair;
       std::string_view meant;
     };
-    constexpr Known known[] = {{"=>", ">="}, {"=<", "<="}, {"><", "<>"}, {"=!", "!="}, {"**", "POW(x,y)"}};
+    constexpr Known known[] = {
+        {"=>", ">="}, {"=<", "<="}, {"><", "<>"}, {"=!", "!="}, {"**", "POW(x,y)"}};
     const auto* const row = std::ranges::find(known, pair, &Known::pair);
     const Place place{tokens_[index - 1].begin, tokens_[index].end};
-    add(place, "no operand stands between " + quoted(tokens_[index - 1].text) + " and " + quoted(tokens_[index].text),
+    add(place,
+        "no operand stands between " + quoted(tokens_[index - 1].text) + " and " +
+            quoted(tokens_[index].text),
         row == std::end(known) ? std::string() : "did you mean " + std::string(row->meant) + "?");
   }
 

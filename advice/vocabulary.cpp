@@ -53,21 +53,21 @@ constexpr Field fields[] = {
 };
 
 constexpr std::string_view quote_fields[] = {
-    "NEW",       "OPEN",      "HIGH",     "LOW",      "AVPRICE",  "YCLOSE",  "YSETTLE", "VOLUME",
-    "TURNOVER",  "OPI",       "DELTAVOL", "DELTAOPI", "TODAYDELTAOPI", "RISELIMIT", "FALLLIMIT",
-    "BID1",      "BID2",      "BID3",     "BID4",     "BID5",     "BIDVOL1", "BIDVOL2", "BIDVOL3",
-    "BIDVOL4",   "BIDVOL5",   "ASK1",     "ASK2",     "ASK3",     "ASK4",    "ASK5",    "ASKVOL1",
-    "ASKVOL2",   "ASKVOL3",   "ASKVOL4",  "ASKVOL5"};
+    "NEW",       "OPEN",     "HIGH",    "LOW",      "AVPRICE",  "YCLOSE",        "YSETTLE",
+    "VOLUME",    "TURNOVER", "OPI",     "DELTAVOL", "DELTAOPI", "TODAYDELTAOPI", "RISELIMIT",
+    "FALLLIMIT", "BID1",     "BID2",    "BID3",     "BID4",     "BID5",          "BIDVOL1",
+    "BIDVOL2",   "BIDVOL3",  "BIDVOL4", "BIDVOL5",  "ASK1",     "ASK2",          "ASK3",
+    "ASK4",      "ASK5",     "ASKVOL1", "ASKVOL2",  "ASKVOL3",  "ASKVOL4",       "ASKVOL5"};
 
 constexpr std::string_view colours[] = {
-    "COLORRED",     "COLORLIRED",  "COLORGREEN",  "COLORLIGREEN", "COLORBLUE",  "COLORLIBLUE",
-    "COLORMAGENTA", "COLORYELLOW", "COLORCYAN",   "COLORGRAY",    "COLORGREY",  "COLORLIGRAY",
-    "COLORLIGREY",  "COLORBLACK",  "COLORWHITE",  "COLORAUTO"};
+    "COLORRED",     "COLORLIRED",  "COLORGREEN", "COLORLIGREEN", "COLORBLUE", "COLORLIBLUE",
+    "COLORMAGENTA", "COLORYELLOW", "COLORCYAN",  "COLORGRAY",    "COLORGREY", "COLORLIGRAY",
+    "COLORLIGREY",  "COLORBLACK",  "COLORWHITE", "COLORAUTO"};
 
 constexpr std::string_view plain_styles[] = {
-    "SOLIDLINE", "DASHLINE",  "DASH",     "DOTLINE",     "DOT",      "DASHDOT",   "POINTDOT",
-    "DASHDOTDOT", "NODRAW",   "NOTEXT",   "SOLID",       "HOLLOW",   "CROSSDOT",  "CIRCLEDOT",
-    "COLORSTICK", "VOLSTICK", "VOLUMESTICK"};
+    "SOLIDLINE", "DASHLINE",   "DASH",       "DOTLINE",  "DOT",        "DASHDOT",
+    "POINTDOT",  "DASHDOTDOT", "NODRAW",     "NOTEXT",   "SOLID",      "HOLLOW",
+    "CROSSDOT",  "CIRCLEDOT",  "COLORSTICK", "VOLSTICK", "VOLUMESTICK"};
 
 /// Styles that end in a number within bounds.
 struct NumberedStyle {
@@ -80,38 +80,63 @@ constexpr NumberedStyle numbered_styles[] = {
 
 constexpr std::string_view trade_words[] = {"BK", "BP", "SK", "SP", "BPK", "SPK", "CLOSEOUT"};
 constexpr std::string_view other_short_forms[] = {
-    "NOTICE",   "SOUND",       "ICON",      "WORD",     "STICK",
+    "NOTICE",   "SOUND",       "ICON",       "WORD",     "STICK",
     "VOLSTICK", "VOLUMESTICK", "COLORSTICK", "CROSSDOT", "CIRCLEDOT"};
 constexpr std::string_view branch_words[] = {"IF", "IFN", "IFELSE"};
 
 constexpr PeriodArgument periods[] = {
-    {"MA", 1, false, true},        {"EMA", 1},
-    {"EXPMA", 1},                  {"EMAWH", 1, false, true},
-    {"SMA", 1},                    {"MEMA", 1, false, true},
-    {"EXPMEMA", 1, false, true},   {"WMA", 1, false, true},
-    {"EMA2", 1, false, true},      {"SMMA", 1, false, true},
-    {"TRMA", 1},                   {"TSMA", 1, false, true},
-    {"ADMA", 1, false, true},      {"NUMPOW", 1, false, true},
-    {"HHV", 1},                    {"LLV", 1},
-    {"HHVBARS", 1},                {"LLVBARS", 1},
-    {"HV", 1},                     {"LV", 1},
-    {"SUM", 1},                    {"COUNT", 1},
-    {"STD", 1, false, true},       {"STDP", 1, false, true},
-    {"VAR", 1, false, true},       {"VARP", 1, false, true},
-    {"DEVSQ", 1, false, true},     {"AVEDEV", 1, false, true},
-    {"KURTOSIS", 1, false, true},  {"SLOPE", 1, false, true},
-    {"FORCAST", 1, false, true},   {"COVAR", 2},
-    {"CORRELATION", 2},            {"COEFFICIENTR", 2},
-    {"HARMEAN", 1, false, true},   {"PERCENTILE", 1, false, true},
-    {"REF", 1, true, true},        {"REFX", 1, true, true},
-    {"REFX1", 1, true},            {"BARSSINCEN", 1},
-    {"EXIST", 1, true},            {"EVERY", 1, true},
-    {"NDAY", 2, true},             {"UPNDAY", 1, true},
-    {"DOWNNDAY", 1, true},         {"FILTER", 1},
+    {"MA", 1, false, true},
+    {"EMA", 1},
+    {"EXPMA", 1},
+    {"EMAWH", 1, false, true},
+    {"SMA", 1},
+    {"MEMA", 1, false, true},
+    {"EXPMEMA", 1, false, true},
+    {"WMA", 1, false, true},
+    {"EMA2", 1, false, true},
+    {"SMMA", 1, false, true},
+    {"TRMA", 1},
+    {"TSMA", 1, false, true},
+    {"ADMA", 1, false, true},
+    {"NUMPOW", 1, false, true},
+    {"HHV", 1},
+    {"LLV", 1},
+    {"HHVBARS", 1},
+    {"LLVBARS", 1},
+    {"HV", 1},
+    {"LV", 1},
+    {"SUM", 1},
+    {"COUNT", 1},
+    {"STD", 1, false, true},
+    {"STDP", 1, false, true},
+    {"VAR", 1, false, true},
+    {"VARP", 1, false, true},
+    {"DEVSQ", 1, false, true},
+    {"AVEDEV", 1, false, true},
+    {"KURTOSIS", 1, false, true},
+    {"SLOPE", 1, false, true},
+    {"FORCAST", 1, false, true},
+    {"COVAR", 2},
+    {"CORRELATION", 2},
+    {"COEFFICIENTR", 2},
+    {"HARMEAN", 1, false, true},
+    {"PERCENTILE", 1, false, true},
+    {"REF", 1, true, true},
+    {"REFX", 1, true, true},
+    {"REFX1", 1, true},
+    {"BARSSINCEN", 1},
+    {"EXIST", 1, true},
+    {"EVERY", 1, true},
+    {"NDAY", 2, true},
+    {"UPNDAY", 1, true},
+    {"DOWNNDAY", 1, true},
+    {"FILTER", 1},
     {"BACKSET", 1, true},
 };
 
-bool contains(Words words, std::string_view word) { return std::ranges::find(words, word) != words.end(); }
+bool contains(Words words, std::string_view word) {
+  return std::ranges::find(words, word) != words.end();
+}
 
 bool is_in_range(std::string_view digits, const NumberedStyle& style) {
   if (digits.empty() || digits.size() > 2) return false;
@@ -122,8 +147,19 @@ bool is_in_range(std::string_view digits, const NumberedStyle& style) {
 
 bool is_hexadecimal(char c) { return is_digit(c) || (c >= 'A' && c <= 'F'); }
 
-/// Number of single letters to insert, drop, replace or swap with a neighbour.
-size_t edit_distance(std::string_view a, std::string_view b) {
+std::vector<std::string_view> characters_of(std::string_view text) {
+  std::vector<std::string_view> characters;
+  while (!text.empty()) {
+    characters.push_back(text.substr(0, front_character(text)));
+    text.remove_prefix(characters.back().size());
+  }
+  return characters;
+}
+
+/// Number of single characters to insert, drop, replace or swap with a neighbour.
+size_t edit_distance(std::string_view first, std::string_view second) {
+  const auto a = characters_of(first);
+  const auto b = characters_of(second);
   std::vector<size_t> before(b.size() + 1);
   std::vector<size_t> last(b.size() + 1);
   std::vector<size_t> row(b.size() + 1);
@@ -141,9 +177,11 @@ size_t edit_distance(std::string_view a, std::string_view b) {
   return last[b.size()];
 }
 
-/// Edits that still leave a word recognisable.
-size_t tolerance(size_t length) {
-  if (length <= 2) return 0;
+/// Edits that still leave a word recognisable. Two characters say more if they aren't of ASCII.
+size_t tolerance(std::string_view word) {
+  const size_t length = count_characters(word);
+  if (length == 2) return std::ranges::any_of(word, is_beyond_ascii) ? 1 : 0;
+  if (length < 2) return 0;
   return length <= 5 ? 1 : length <= 8 ? 2 : 3;
 }
 
@@ -151,7 +189,7 @@ size_t tolerance(size_t length) {
 std::optional<std::string> nearest_numbered_style(std::string_view word) {
   const size_t letters = word.find_last_not_of("0123456789") + 1;
   for (const NumberedStyle& style : numbered_styles) {
-    if (edit_distance(word.substr(0, letters), style.front) > tolerance(style.front.size())) continue;
+    if (edit_distance(word.substr(0, letters), style.front) > tolerance(style.front)) continue;
     if (is_in_range(word.substr(letters), style)) {
       return std::string(style.front) + std::string(word.substr(letters));
     }
@@ -252,7 +290,7 @@ std::optional<std::string> nearest(std::string_view word, Vocabulary vocabulary,
     }
   }
   const size_t tolerated =
-      vocabulary == Vocabulary::colour ? std::min<size_t>(2, word.size() - 5) : tolerance(word.size());
+      vocabulary == Vocabulary::colour ? std::min<size_t>(2, word.size() - 5) : tolerance(word);
   size_t fewest = tolerated + 1;
   std::optional<std::string> best;
   for (const std::string_view candidate : words) {

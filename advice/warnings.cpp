@@ -28,7 +28,8 @@ bool draws_unnamed(const Statement& statement) {
 bool has_effect(const Statement& statement) {
   if (draws_unnamed(statement) || opens_with(statement, "CJLVOL")) return true;
   const auto effective = [](const Token& token) {
-    return token.kind == TokenKind::word && (acts(token.text) || token.text == "SET" || is_short_form(token.text));
+    return token.kind == TokenKind::word &&
+           (acts(token.text) || token.text == "SET" || is_short_form(token.text));
   };
   return std::ranges::any_of(statement.tokens, effective);
 }
@@ -36,14 +37,17 @@ bool has_effect(const Statement& statement) {
 void warn_of_no_effect(const Reading& reading, const Statement& statement, Problems& out) {
   if (statement.form != Form::expression || has_effect(statement)) return;
   const auto& tokens = statement.tokens;
-  const bool is_equation = tokens.size() > 2 && tokens[0].kind == TokenKind::word && tokens[1].is_sign("=");
+  const bool is_equation =
+      tokens.size() > 2 && tokens[0].kind == TokenKind::word && tokens[1].is_sign("=");
   const std::string name = reading.text(place_of(tokens[0]));
   out.push_back({place_of(statement, {0, tokens.size()}), "this statement has no effect",
-                 is_equation ? "'=' compares; to declare " + name + " write " + name + ":= or " + name + ":"
-                             : "write a name and ':=' in front to keep its value, or ':' to draw it"});
+                 is_equation
+                     ? "'=' compares; to declare " + name + " write " + name + ":= or " + name + ":"
+                     : "write a name and ':=' in front to keep its value, or ':' to draw it"});
 }
 
-void warn_of_empty_expression(const Reading& /*reading*/, const Statement& statement, Problems& out) {
+void warn_of_empty_expression(const Reading& /*reading*/, const Statement& statement,
+                              Problems& out) {
   if (!statement.is_named() || !statement.expression.empty()) return;
   const Token& colon = statement.tokens[statement.colon];
   out.push_back({place_of(colon), "nothing stands behind " + ("'" + colon.text + "'"), {}});
@@ -54,7 +58,8 @@ void warn_of_constant(const Reading& reading, const Statement& statement, Proble
   const Range value{statement.colon + 1, statement.tokens.size()};
   const std::string name = statement.name;
   if (statement.tokens[statement.colon].text == ":=") {
-    out.push_back({place_of(statement.tokens[statement.colon]), "a constant takes ':', with ':=' " + name + " is 0",
+    out.push_back({place_of(statement.tokens[statement.colon]),
+                   "a constant takes ':', with ':=' " + name + " is 0",
                    "write CONST " + name + ":" + reading.text(statement, value) + ";"});
     return;
   }
@@ -63,8 +68,10 @@ void warn_of_constant(const Reading& reading, const Statement& statement, Proble
   if (to_number(text)) return;
   const auto constant = reading.constants.find(name);
   const double taken = constant == reading.constants.end() ? 0.0 : constant->second;
-  const Place place = value.empty() ? place_of(statement.tokens[statement.colon]) : place_of(statement, value);
-  out.push_back({place, "a constant is a plain number, of this one " + number_text(taken) + " is taken", {}});
+  const Place place =
+      value.empty() ? place_of(statement.tokens[statement.colon]) : place_of(statement, value);
+  out.push_back(
+      {place, "a constant is a plain number, of this one " + number_text(taken) + " is taken", {}});
 }
 
 /// Comparisons have ranks of their own, so that two in a row seldom mean what they look like.
@@ -74,7 +81,8 @@ void warn_of_comparisons(const Reading& /*reading*/, const Statement& statement,
     const Token& token = statement.tokens[i];
     if (token.kind == TokenKind::open) counts.push_back(0);
     if (token.kind == TokenKind::close && counts.size() > 1) counts.pop_back();
-    const bool joins = token.is_sign("&&") || token.is_sign("||") || token.is_sign("&") || token.is_sign("|");
+    const bool joins =
+        token.is_sign("&&") || token.is_sign("||") || token.is_sign("&") || token.is_sign("|");
     if (joins || token.kind == TokenKind::comma) counts.back() = 0;
     if (!is_comparison(token) || ++counts.back() != 2) continue;
     out.push_back({place_of(token),
@@ -91,26 +99,24 @@ void warn_of_fatal_argument(const Reading& reading, const Statement& statement, 
   if (auto problem = find_fatal_argument(reading, statement)) out.push_back(std::move(*problem));
 }
 
-/// The names that a statement reads, followed to the words that they stand for.
-class Sources {
- public:
-  explicit Sources(const Reading& reading) : reading_(reading) {}
-
-  bool reads(const Statement& statement, const std::set<std::string, std::less<>>& words) {
-    if (!seen_.insert(statement.number).second) return false;
-    return std::ranges::any_of(statement.tokens, [&](const Token& token) {
+/// Whether a statement reads one of the words or a reference, itself or through the lines that it
+/// reads.
+bool reads(const Reading& reading, const Statement& start,
+           const std::set<std::string, std::less<>>& words) {
+  std::set<size_t> seen = {start.number};
+  std::vector<size_t> open = {start.number};
+  while (!open.empty()) {
+    const Statement& statement = reading.statements[open.back()];
+    open.pop_back();
+    for (const Token& token : statement.tokens) {
       if (token.kind == TokenKind::reference || words.contains(token.text)) return true;
-      if (token.kind != TokenKind::word) return false;
-      const auto line = reading_.lines.find(token.text);
-      return line != reading_.lines.end() && line->second < statement.number &&
-             reads(reading_.statements[line->second], words);
-    });
+      const auto line = reading.lines.find(token.text);
+      if (line != reading.lines.end() && seen.insert(line->second).second)
+        open.push_back(line->second);
+    }
   }
-
- private:
-  const Reading& reading_;
-  std::set<size_t> seen_;
-};
+  return false;
+}
 
 bool is_null_word(const Statement& statement) {
   if (statement.expression.size() != 1) return false;
@@ -136,9 +142,9 @@ std::optional<Problem> swallowed_code(const Reading& reading, const Comment& com
 using Rule = void (*)(const Reading& reading, const Statement& statement, Problems& out);
 
 // Of several warnings of one place the first one stays.
-constexpr Rule rules[] = {warn_of_form,     warn_of_items,       warn_of_no_effect,
-                          warn_of_constant, warn_of_comparisons, warn_of_fatal_argument,
-                          warn_of_empty_expression};
+constexpr Rule rules[] = {
+    warn_of_form,        warn_of_items,          warn_of_no_effect,       warn_of_constant,
+    warn_of_comparisons, warn_of_fatal_argument, warn_of_empty_expression};
 
 }  // namespace
 
@@ -147,20 +153,27 @@ std::vector<Problem> script_warnings(const Reading& reading) {
   for (const Quoted& quoted : reading.scan.quoted) {
     const Place place{quoted.begin, quoted.begin + 1};
     if (quoted.hides_comment_end) {
-      out.push_back({place, "a quote in a comment opens a text that swallows what follows", "take the apostrophe away"});
+      out.push_back({place, "a quote in a comment opens a text that swallows what follows",
+                     "take the apostrophe away"});
     } else if (!quoted.in_comment && quoted.end &&
-               reading.script.substr(quoted.begin, *quoted.end - quoted.begin).find_first_of("\r\n") != absent) {
-      out.push_back({place, "this text runs over the end of its line", std::string("close it with ") + quoted.mark});
+               reading.script.substr(quoted.begin, *quoted.end - quoted.begin)
+                       .find_first_of("\r\n") != absent) {
+      out.push_back({place, "this text runs over the end of its line",
+                     std::string("close it with ") + quoted.mark});
     }
   }
   for (const Comment& comment : reading.scan.comments) {
     if (!out.empty()) break;  // a quote that hides the end of a comment says enough
     if (auto problem = swallowed_code(reading, comment)) out.push_back(std::move(*problem));
   }
-  const bool is_empty = std::ranges::all_of(reading.statements, [](const Statement& s) { return s.form == Form::empty; });
+  const bool is_empty = std::ranges::all_of(
+      reading.statements, [](const Statement& s) { return s.form == Form::empty; });
   if (reading.scan.open_comment) {
     const size_t begin = *reading.scan.open_comment;
-    out.push_back({{begin, begin + 1}, "the comment that opens here is never closed and swallows the rest of the script", "close it"});
+    out.push_back(
+        {{begin, begin + 1},
+         "the comment that opens here is never closed and swallows the rest of the script",
+         "close it"});
   } else if (is_empty) {
     out.push_back({{0, 0}, "the script has no statement", {}});
   }
@@ -186,7 +199,7 @@ std::vector<Problem> run_warnings(const Reading& reading, const RunFacts& run) {
     const auto line = reading.lines.find(name);
     if (line == reading.lines.end()) continue;
     const Statement& statement = reading.statements[line->second];
-    if (is_null_word(statement) || Sources(reading).reads(statement, without_data)) continue;
+    if (is_null_word(statement) || reads(reading, statement, without_data)) continue;
     const Place place = place_of(statement, statement.name_range);
     out.push_back({place, reading.text(place) + " is null on every bar", {}});
   }

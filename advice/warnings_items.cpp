@@ -9,7 +9,8 @@
 namespace quor_advice {
 namespace {
 
-constexpr std::array<std::string_view, 5> first_items = {"COLORSTICK", "VOLSTICK", "VOLUMESTICK", "CROSSDOT", "CIRCLEDOT"};
+constexpr std::array<std::string_view, 5> first_items = {"COLORSTICK", "VOLSTICK", "VOLUMESTICK",
+                                                         "CROSSDOT", "CIRCLEDOT"};
 
 class ItemCheck {
  public:
@@ -17,7 +18,8 @@ class ItemCheck {
       : reading_(reading), statement_(statement), out_(out) {}
 
   void run() {
-    for (size_t i = 0; i < statement_.items.size(); ++i) check(i);
+    constexpr size_t most = 100;  // nobody reads more
+    for (size_t i = 0; i < std::min(statement_.items.size(), most); ++i) check(i);
   }
 
  private:
@@ -35,7 +37,8 @@ class ItemCheck {
       return;
     }
     const Token& word = first(item);
-    const bool is_call = item.size() > 1 && statement_.tokens[item.begin + 1].kind == TokenKind::open;
+    const bool is_call =
+        item.size() > 1 && statement_.tokens[item.begin + 1].kind == TokenKind::open;
     if (is_call) {
       check_call(index, word);
     } else if (is_short_form(word.text) && item.size() == 1) {
@@ -50,9 +53,12 @@ class ItemCheck {
     const std::string shown = reading_.text(place);
     const bool is_condition = statement_.form == Form::expression && index == 0 &&
                               (statement_.calls.empty() || !acts(statement_.tokens[0].text));
-    const auto form = is_condition ? nearest(to_upper(shown), Vocabulary::short_form) : std::nullopt;
+    const auto form =
+        is_condition ? nearest(to_upper(shown), Vocabulary::short_form) : std::nullopt;
     const auto near = form ? form : nearest(to_upper(shown), Vocabulary::style);
-    add(place, shown + (is_condition ? " is no signal, mark or style" : " is no style item and has no effect"),
+    add(place,
+        shown +
+            (is_condition ? " is no signal, mark or style" : " is no style item and has no effect"),
         near ? "did you mean " + *near + "?" : "");
   }
 
@@ -63,7 +69,8 @@ class ItemCheck {
     } else if (word.text == "WORD") {
       check_word(word);
     } else if (acts(word.text) && !is_short_form(word.text)) {
-      add(place_of(word), word.text + " behind a comma does nothing", "give it a statement of its own");
+      add(place_of(word), word.text + " behind a comma does nothing",
+          "give it a statement of its own");
     } else if (!is_short_form(word.text)) {
       add_unknown(place_of(word), index);
     } else if (index > 0) {
@@ -83,18 +90,25 @@ class ItemCheck {
   void check_word(const Token& word) {
     const auto index = static_cast<size_t>(&word - statement_.tokens.data());
     const auto end = statement_.tokens.begin() + static_cast<ptrdiff_t>(index);
-    if (std::count_if(statement_.tokens.begin(), end, [](const Token& token) { return token.kind == TokenKind::comma; }) == 1) return;
-    add(place_of(word), "WORD draws nothing here: it wants no other ',' in front, and " + reading_.text(statement_, statement_.expression) + " has one",
-        "write X:=" + reading_.text(statement_, statement_.expression) + "; and then X,WORD(1,'text');");
+    if (std::count_if(statement_.tokens.begin(), end,
+                      [](const Token& token) { return token.kind == TokenKind::comma; }) == 1)
+      return;
+    add(place_of(word),
+        "WORD draws nothing here: it wants no other ',' in front, and " +
+            reading_.text(statement_, statement_.expression) + " has one",
+        "write X:=" + reading_.text(statement_, statement_.expression) +
+            "; and then X,WORD(1,'text');");
   }
 
   /// Words that choose the form of a line do so as first items only.
   void check_place(size_t index, const Token& word) {
     if (word.text == "STICK" && statement_.is_named()) {
-      add(place_of(word), "STICK has no effect in a statement with a name", "write COLORSTICK, or take the name away");
+      add(place_of(word), "STICK has no effect in a statement with a name",
+          "write COLORSTICK, or take the name away");
     } else if (index > 0) {
       add(place_of(word), word.text + " works only as the first item, right behind the expression");
-    } else if (statement_.is_named() && std::ranges::find(first_items, word.text) == first_items.end()) {
+    } else if (statement_.is_named() &&
+               std::ranges::find(first_items, word.text) == first_items.end()) {
       add(place_of(word), word.text + " is no style item");
     }
   }
@@ -104,8 +118,11 @@ class ItemCheck {
     for (size_t i = item.begin; i < item.end; ++i) text += statement_.tokens[i].text;
     if (is_style(text)) return;
     // Two items with a blank between them are told of by the check of the form.
-    const bool parted = item.size() > 1 && std::ranges::all_of(statement_.tokens.begin() + static_cast<ptrdiff_t>(item.begin),
-        statement_.tokens.begin() + static_cast<ptrdiff_t>(item.end), [](const Token& token) { return is_style(token.text); });
+    const bool parted =
+        item.size() > 1 &&
+        std::ranges::all_of(statement_.tokens.begin() + static_cast<ptrdiff_t>(item.begin),
+                            statement_.tokens.begin() + static_cast<ptrdiff_t>(item.end),
+                            [](const Token& token) { return is_style(token.text); });
     if (parted) return;
     add_unknown(place_of(statement_, item), index);
   }

@@ -116,10 +116,9 @@ void show_findings(const Options& options, const Compiled& compiled, const Findi
 }
 
 int status_of(const Options& options, const Findings& findings) {
-  const bool fails =
-      std::ranges::any_of(findings, [&options](const quor_advice::Finding& finding) {
-        return options.is_strict || finding.severity == quor_advice::Severity::error;
-      });
+  const bool fails = std::ranges::any_of(findings, [&options](const quor_advice::Finding& finding) {
+    return options.is_strict || finding.severity == quor_advice::Severity::error;
+  });
   return fails ? exit_script_error : exit_sound;
 }
 
@@ -230,10 +229,11 @@ int run_script(const Options& options) {
 #ifdef QUOR_CHART
 
 int draw_script(const Options& options) {
-  return calculate_and(options, [&options](const Compiled& compiled, const Bars& bars, const Results&) {
-    draw_chart(compiled.session, bars, options.last, options.picture_size.at(0),
-               options.picture_size.at(1), options.picture_path);
-  });
+  return calculate_and(
+      options, [&options](const Compiled& compiled, const Bars& bars, const Results&) {
+        draw_chart(compiled.session, bars, options.last, options.picture_size.at(0),
+                   options.picture_size.at(1), options.picture_path);
+      });
 }
 
 #else

@@ -30,8 +30,8 @@ struct Options {
   std::vector<int> picture_size = {1200, 800};
 };
 
-/// Each prints what there is to say about the script and gives the exit status: 1 if it has an error,
-/// or a warning while the user is strict. Each throws HostError for any other.
+/// Each prints what there is to say about the script and gives the exit status: 1 if it has an
+/// error, or a warning while the user is strict. Each throws HostError for any other.
 int check_script(const Options& options);
 int run_script(const Options& options);
 /// Throws HostError where the program was built without the means to draw.

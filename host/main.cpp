@@ -93,7 +93,8 @@ void add_run(CLI::App& app, Options& options) {
   run.add_option("--last", options.last, "How many bars to print")
       ->type_name("N")
       ->capture_default_str();
-  run.add_flag("--json", options.as_json, "Print all bars, the report, the findings and the drawings as JSON");
+  run.add_flag("--json", options.as_json,
+               "Print all bars, the report, the findings and the drawings as JSON");
   run.add_option("--from", options.first_row, "First row to calculate, 0 the oldest bar")
       ->type_name("ROW")
       ->capture_default_str();

@@ -130,8 +130,7 @@ void print_findings(std::ostream& out, const std::string& report, const std::str
 }
 
 void print_report(std::ostream& out, const Report& report, bool is_sound,
-                  const std::vector<Line>& lines,
-                  const std::vector<std::string>& functions,
+                  const std::vector<Line>& lines, const std::vector<std::string>& functions,
                   const std::vector<std::string>& drawings) {
   std::vector<std::string> fields;
   for (const uint32_t id : report.fields) fields.push_back(field_text(id));
@@ -171,8 +170,8 @@ void print_table(std::ostream& out, const Results& results, size_t count) {
 }
 
 void print_json(std::ostream& out, const Results& results) {
-  out << "{\"report\":" << as_json(results.report)
-      << ",\n\"findings\":" << results.findings << ",\n\"keys\":";
+  out << "{\"report\":" << as_json(results.report) << ",\n\"findings\":" << results.findings
+      << ",\n\"keys\":";
   print_array(out, results.keys, [](int64_t key) { return std::to_string(key); });
   out << ",\n\"lines\":{";
   bool first = true;

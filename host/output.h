@@ -31,14 +31,14 @@ void print_findings(std::ostream& out, const std::string& report, const std::str
 
 /// What a script that compiles needs and gives; `is_sound` if there is nothing to say against it.
 void print_report(std::ostream& out, const Report& report, bool is_sound,
-                  const std::vector<Line>& lines,
-                  const std::vector<std::string>& functions,
+                  const std::vector<Line>& lines, const std::vector<std::string>& functions,
                   const std::vector<std::string>& drawings);
 
 /// The last `count` bars of every line, one bar in a row.
 void print_table(std::ostream& out, const Results& results, size_t count);
 
-/// All bars of every line with the report, the findings and the drawing records, as one JSON object.
+/// All bars of every line with the report, the findings and the drawing records, as one JSON
+/// object.
 void print_json(std::ostream& out, const Results& results);
 
 }  // namespace quor_host

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "core/status.h"
+#include "support/advice_cases.h"
 #include "support/test_host.h"
 #include "tables/function_table.h"
 
@@ -120,6 +121,7 @@ TEST(Docs, language_shows_scripts_that_compile) {
   std::string message;
   for (const std::string& script : scripts) {
     EXPECT_EQ(code_for(script, message), 0) << script << '\n' << message;
+    EXPECT_EQ(findings_text(script), "") << script;
   }
 }
 
