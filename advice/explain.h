@@ -54,4 +54,7 @@ std::string in_two_statements(const Reading& reading, const Statement& statement
 /// words.
 std::optional<Problem> find_fatal_argument(const Reading& reading, const Statement& statement);
 
+/// A text where the call wants a number, which reads as 0 there.
+std::optional<Problem> find_misplaced_text(const Statement& statement, const Call& call);
+
 }  // namespace quor_advice

@@ -127,16 +127,29 @@ Problem explain_trade_word(const Case& failed, const Token& word) {
           "write " + word.text + "(1)"};
 }
 
-/// A message such as DRAWTEXT.RATIO names a word and what it was given wrongly.
+/// The item behind a message such as get_num_val.ALIGN.
+std::optional<Problem> explain_numbered_item(const Case& failed, const std::string& name) {
+  for (const Token& token : failed.statement->tokens) {
+    const std::string bounds = bounds_of_style(token.text);
+    if (bounds.empty() || !token.text.starts_with(name) || is_style(token.text)) continue;
+    return Problem{place_of(token), failed.text(token) + " is out of bounds", "write " + bounds};
+  }
+  return std::nullopt;
+}
+
+/// A message such as DRAWANGLELINE.RATIO names a word and what it was given wrongly.
 std::optional<Problem> explain_suffix(const Case& failed) {
   const std::string& message = failed.failure.message;
   const size_t point = message.find('.');
   if (point == absent || failed.statement == nullptr) return std::nullopt;
+  const std::string name = message.substr(point + 1);
   const Token* const word = find_word(*failed.statement, message.substr(0, point));
-  if (word == nullptr) return std::nullopt;
+  if (word == nullptr) return explain_numbered_item(failed, name);
+  const auto names = arguments_of_form(word->text);
+  const auto index = static_cast<size_t>(std::ranges::find(names, name) - names.begin());
   const WordHelp* const help = find_word_help(word->text);
-  return Problem{place_of(*word),
-                 message.substr(point + 1) + " of " + word->text + " is out of bounds",
+  return Problem{place_of_argument(*failed.statement, *word, index),
+                 name + " of " + word->text + " is out of bounds or null",
                  help == nullptr ? "" : "it is written " + std::string(help->form)};
 }
 
@@ -166,6 +179,9 @@ std::optional<Problem> explain_quote_field(const Case& failed) {
 }
 
 std::optional<Problem> explain_colour(const Case& failed) {
+  for (const Call& call : failed.statement->calls) {
+    if (auto problem = find_misplaced_text(*failed.statement, call)) return problem;
+  }
   const auto tokens = find_tokens(failed.reading, *failed.statement, failed.failure.message);
   if (!tokens) return std::nullopt;
   const Token& first = failed.statement->tokens[tokens->begin];
@@ -292,6 +308,9 @@ std::optional<Problem> explain_short_form(const Case& failed) {
     const std::string lacks(row == std::end(short_forms) ? "what it belongs to" : row->lacks);
     return Problem{place_of(*word), word->text + " lacks " + lacks + " in front of a comma",
                    form_of(word->text)};
+  }
+  for (Problem& problem : check_form(failed.reading, *failed.statement)) {
+    if (problem.sentence.ends_with("no partner")) return std::move(problem);
   }
   if (word->text == "CJLVOL") {
     return Problem{place_of(*word), "CJLVOL takes one digit", form_of("CJLVOL")};

@@ -66,6 +66,10 @@ std::optional<Problem> explain_end_of_script(const Reading& reading) {
 
 std::optional<Problem> explain_half_statement(const Reading& reading) {
   const size_t begin = *reading.scan.half_line_comment;
+  const auto& tokens = reading.statements.back().tokens;
+  if (!tokens.empty() && reading.line_of(tokens.back().end) < reading.line_of(begin)) {
+    return missing_end(reading, tokens.back());
+  }
   return Problem{{begin, begin + 2},
                  "'//' stands behind half a statement",
                  "end the statement with ';' first, or write { } around the comment"};

@@ -164,7 +164,15 @@ std::optional<Problem> explain_period_in_name(const Word& word) {
                         "(C," + text.substr(letters) + ");");
 }
 
+/// ICO1 to ICO33, which DRAWICON takes as a text though its form doesn't say so.
+bool names_sign(const std::string& text) {
+  return text.starts_with("ICO") && text.size() > 3 &&
+         std::ranges::all_of(text.substr(3), is_digit);
+}
+
 bool takes_text(const Word& word) {
+  if (names_sign(word.token().text)) return true;
+
   const Call* const innermost = innermost_call(word);
   if (innermost == nullptr) return false;
   const WordHelp* const help = find_word_help(word.statement().tokens[innermost->word].text);
@@ -177,12 +185,14 @@ std::optional<Problem> explain_by_likeness(const Word& word) {
   if (synonym != std::end(synonyms)) {
     return word.undefined("did you mean " + std::string(synonym->meant) + "?");
   }
+  if (is_digit(text[0])) {
+    return word.problem(word.failed.text(word.token()) + " is neither a number nor a name");
+  }
   const bool colour = is_colour(text);
   const auto near = nearest(text, colour ? Vocabulary::colour : Vocabulary::expression,
                             colour ? std::vector<std::string>() : word.failed.reading.names());
   if (near) return word.undefined("did you mean " + *near + "?");
   const std::string shown = word.failed.text(word.token());
-  if (is_digit(text[0])) return word.problem(shown + " is neither a number nor a name");
   if (takes_text(word)) return word.undefined("a text stands in single quotes: '" + shown + "'");
   const Token* const next = word.statement().token(word.index + 1);
   if (next != nullptr && next->kind == TokenKind::open) {
@@ -216,8 +226,7 @@ std::optional<Problem> explain_constant_statement(const Case& failed) {
   for (size_t i = 1; i < statement.tokens.size(); ++i) {
     if (!statement.tokens[i].gap.has_line_end) continue;
     const Token& before = statement.tokens[i - 1];
-    return Problem{
-        {before.end, before.end + 1}, "a ';' is missing behind " + failed.text(before), {}};
+    return missing_end(failed.reading, before);
   }
   return Problem{place_of(statement, {0, statement.tokens.size()}),
                  "a constant is a name, a ':' and a number", "write CONST N:5;"};
@@ -230,7 +239,7 @@ std::optional<Problem> explain_signs_in_name(const Case& failed) {
   for (size_t i = 0; i < statement.colon; ++i) {
     const Token& token = statement.tokens[i];
     if (token.gap.has_line_end) return std::nullopt;
-    if (token.kind != TokenKind::sign) continue;
+    if (token.kind != TokenKind::sign && token.kind != TokenKind::comma) continue;
     return Problem{place_of(token), "the name of a line can't hold '" + failed.text(token) + "'",
                    "take another name"};
   }
@@ -259,6 +268,20 @@ std::optional<Problem> explain_by_form(const Case& failed, const std::optional<R
   return std::nullopt;
 }
 
+/// For messages that don't stand in the script as they are.
+std::optional<size_t> first_unknown_word(const Case& failed) {
+  const Statement& statement = *failed.statement;
+  for (size_t i = statement.expression.begin; i < statement.tokens.size(); ++i) {
+    const Token& token = statement.tokens[i];
+    const bool known = token.kind != TokenKind::word || is_function(token.text) ||
+                       is_field(token.text) || is_style(token.text) || is_short_form(token.text) ||
+                       failed.reading.lines.contains(token.text) ||
+                       failed.reading.constants.contains(token.text);
+    if (!known) return i;
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 std::optional<Problem> explain_word(const Case& failed) {
@@ -268,8 +291,9 @@ std::optional<Problem> explain_word(const Case& failed) {
   if (auto problem = explain_signs_in_name(failed)) return problem;
   const auto tokens = find_tokens(failed.reading, *failed.statement, failed.failure.message);
   if (auto problem = explain_by_form(failed, tokens)) return problem;
-  if (!tokens) return std::nullopt;
-  const Word word{failed, tokens->begin};
+  const auto index = tokens ? std::optional(tokens->begin) : first_unknown_word(failed);
+  if (!index) return std::nullopt;
+  const Word word{failed, *index};
   if (word.token().kind == TokenKind::text) return explain_text(failed, word.token());
   for (const Explain step : word_steps) {
     if (auto problem = step(word)) return problem;

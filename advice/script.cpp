@@ -95,7 +95,11 @@ class Scanner {
 
   /// Closing marks count without a comment, too.
   void close_comment(size_t size) {
-    if (in_comment_) script_.comments.push_back({comment_begin_, place()});
+    if (in_comment_) {
+      script_.comments.push_back({comment_begin_, place()});
+    } else {
+      script_.stray_ends.push_back(place());
+    }
     in_comment_ = false;
     at_ += size;
   }

@@ -38,6 +38,7 @@ struct ScannedScript {
   std::vector<Slot> slots;  ///< by the number under which the library reports errors
   std::vector<Quoted> quoted;
   std::vector<Comment> comments;            ///< the closed ones
+  std::vector<size_t> stray_ends;           ///< offsets of closing marks outside of comments
   std::optional<size_t> open_comment;       ///< where a block comment opens that nothing closes
   std::optional<size_t> half_line_comment;  ///< a "//" behind half a statement, which ends the scan
   bool is_unfinished = false;               ///< the last statement has no ";"

@@ -28,6 +28,12 @@ constexpr StraySign stray_signs[] = {
 
 std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
 
+std::string shown_token(const Reading& reading, const Token& token) {
+  const std::string text = reading.text(place_of(token));
+  const bool is_mark = token.kind != TokenKind::word && token.kind != TokenKind::number;
+  return is_mark && token.kind != TokenKind::text ? quoted(text) : text;
+}
+
 class FormCheck {
  public:
   FormCheck(const Reading& reading, const Statement& statement)
@@ -46,11 +52,7 @@ class FormCheck {
     problems_.push_back({place, std::move(sentence), std::move(suggestion)});
   }
 
-  std::string shown(size_t index) const {
-    const std::string text = reading_.text(place_of(tokens_[index]));
-    const TokenKind kind = tokens_[index].kind;
-    return kind == TokenKind::open || kind == TokenKind::close ? quoted(text) : text;
-  }
+  std::string shown(size_t index) const { return shown_token(reading_, tokens_[index]); }
 
   /// A name that runs over a line end has swallowed the statement above it.
   void check_name() {
@@ -62,8 +64,7 @@ class FormCheck {
   }
 
   void add_missing_end(size_t before) {
-    const size_t end = tokens_[before].end;
-    add({end, end + 1}, "a ';' is missing behind " + shown(before));
+    problems_.push_back(missing_end(reading_, tokens_[before]));
   }
 
   /// Style items are words; of calls among them, as in ICON(1,'up'), only the parentheses are
@@ -119,14 +120,22 @@ class FormCheck {
   }
 
   void add_second_colon(size_t index) {
-    const size_t name = index - 1;
-    const bool parted =
-        name > 0 && tokens_[name].kind == TokenKind::word && tokens_[name].gap.is_there;
-    if (parted && name - 1 > statement_.colon) {
-      add_missing_end(name - 1);
+    const Token& before = tokens_[index - 1];
+    const Token* const behind = statement_.token(index + 1);
+    const Place place = place_of(tokens_[index]);
+    const std::string sentence = "a second " + quoted(tokens_[index].text) + " in one statement";
+    const bool parted = before.kind == TokenKind::word && before.gap.is_there;
+    if (parted && statement_.is_named() && index - 2 > statement_.colon) {
+      add_missing_end(index - 2);
+    } else if (before.is_sign("=")) {
+      add({before.begin, place.end}, "'=:' is no operator", "did you mean ':='?");
+    } else if (behind != nullptr && is_style(behind->text)) {
+      add(place, sentence, "write ',' in front of " + shown(index + 1));
+    } else if (before.kind == TokenKind::number) {
+      add(place, sentence, "a time is a number: 930 for 09:30");
     } else {
-      add(place_of(tokens_[index]), "a second " + quoted(tokens_[index].text) + " in one statement",
-          "a ';' may be missing in front of " + shown(name));
+      const bool names = before.kind == TokenKind::word;
+      add(place, sentence, names ? "a ';' may be missing in front of " + shown(index - 1) : "");
     }
   }
 
@@ -140,7 +149,7 @@ class FormCheck {
         take_sign(i, wants_operand);
         wants_operand = true;
       } else if (is_logic_word(i)) {
-        add_glued(i);
+        add_logic_word(i, wants_operand, range);
         wants_operand = true;
       } else if (token.kind == TokenKind::colon) {
         add_second_colon(i);
@@ -151,7 +160,7 @@ class FormCheck {
       } else if (token.kind == TokenKind::close) {
         add_lone_parenthesis(i);
       } else {
-        if (!wants_operand && !add_neighbours(i, range)) return;
+        if (!wants_operand && !add_neighbours(i, range, depth)) return;
         wants_operand = false;
         i = take_operand(i, range, depth);
       }
@@ -162,6 +171,17 @@ class FormCheck {
   bool is_logic_word(size_t index) const {
     const Token& token = tokens_[index];
     return token.is(TokenKind::word, "AND") || token.is(TokenKind::word, "OR");
+  }
+
+  void add_logic_word(size_t index, bool wants_operand, Range range) {
+    const bool is_last = index + 1 == range.end;
+    if (!wants_operand && !is_last) {
+      add_glued(index);
+    } else {
+      add(place_of(tokens_[index]), std::string("nothing stands ") +
+                                        (wants_operand ? "in front of " : "behind ") +
+                                        tokens_[index].text);
+    }
   }
 
   void add_glued(size_t index) {
@@ -200,7 +220,7 @@ class FormCheck {
 
   void add_missing_operand(size_t index, bool at_end) {
     const Token& token = tokens_[index];
-    if (token.kind != TokenKind::sign && !is_logic_word(index)) return;
+    if (token.kind != TokenKind::sign) return;
     const std::string sign = quoted(token.text);
     if (at_end) {
       add(place_of(token), "nothing stands behind " + sign);
@@ -230,7 +250,7 @@ class FormCheck {
   }
 
   /// Two operands in a row. False if the rest of the expression isn't worth a look.
-  bool add_neighbours(size_t index, Range range) {
+  bool add_neighbours(size_t index, Range range, int depth) {
     const Token& before = tokens_[index - 1];
     const Token& token = tokens_[index];
     const Token* const next = index + 1 < range.end ? &tokens_[index + 1] : nullptr;
@@ -251,7 +271,8 @@ class FormCheck {
       return false;
     }
     add({before.begin, token.end},
-        "no operator stands between " + shown(index - 1) + " and " + shown(index));
+        "no operator stands between " + shown(index - 1) + " and " + shown(index),
+        depth > 0 ? "write one, or ','" : "");
     return true;
   }
 
@@ -295,6 +316,11 @@ class FormCheck {
   void check_arguments(size_t word, int depth) {
     const auto call = std::ranges::lower_bound(statement_.calls, word, {}, &Call::word);
     if (call == statement_.calls.end() || call->word != word) return;
+    if (is_bare_word(tokens_[word].text) && !call->arguments.empty()) {
+      add({tokens_[word].begin, tokens_[call->close].end},
+          tokens_[word].text + " takes no arguments", "write " + tokens_[word].text);
+      return;
+    }
     for (const Range argument : call->arguments) {
       if (argument.empty()) {
         const Token& mark = tokens_[std::min(argument.end, tokens_.size() - 1)];
@@ -312,6 +338,11 @@ class FormCheck {
 };
 
 }  // namespace
+
+Problem missing_end(const Reading& reading, const Token& before) {
+  return {
+      {before.end, before.end + 1}, "a ';' is missing behind " + shown_token(reading, before), {}};
+}
 
 std::vector<Problem> check_form(const Reading& reading, const Statement& statement) {
   return FormCheck(reading, statement).run();

@@ -14,6 +14,9 @@ struct Problem {
   std::string suggestion;  ///< may be empty
 };
 
+/// That a ";" belongs behind the token.
+Problem missing_end(const Reading& reading, const Token& before);
+
 /// Parentheses without a partner, operands and operators that are missing or too many, signs that
 /// are none, in the order of the script.
 std::vector<Problem> check_form(const Reading& reading, const Statement& statement);

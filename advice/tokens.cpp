@@ -52,9 +52,14 @@ class Tokenizer {
     return std::ranges::find(pairs, bytes_.substr(at_, 2)) == pairs.end() ? 1 : 2;
   }
 
+  /// A quote right behind a closing one opens the text again.
   size_t size_of_quoted(char mark) const {
-    const size_t closing = bytes_.find(mark, at_ + 1);
-    return (closing == absent ? bytes_.size() : closing + 1) - at_;
+    size_t end = at_;
+    while (end < bytes_.size() && bytes_[end] == mark) {
+      const size_t closing = bytes_.find(mark, end + 1);
+      end = closing == absent ? bytes_.size() : closing + 1;
+    }
+    return end - at_;
   }
 
   void push_word() {

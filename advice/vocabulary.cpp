@@ -74,9 +74,15 @@ struct NumberedStyle {
   std::string_view front;
   int least;
   int most;
+  std::string_view told;  ///< the bounds within which they differ
 };
 constexpr NumberedStyle numbered_styles[] = {
-    {"LINETHICK", 0, 9}, {"PRECIS", 0, 6}, {"ALIGN", 0, 2}, {"VALIGN", 0, 2}, {"FONTSIZE", 1, 99}};
+    {"LINETHICK", 0, 9, "LINETHICK1 to LINETHICK9"},
+    {"PRECIS", 0, 6, "PRECIS0 to PRECIS6"},
+    {"ALIGN", 0, 2, "ALIGN0 to ALIGN2"},
+    {"VALIGN", 0, 2, "VALIGN0 to VALIGN2"},
+    {"FONTSIZE", 1, 99, "FONTSIZE8 to FONTSIZE72"},
+};
 
 constexpr std::string_view trade_words[] = {"BK", "BP", "SK", "SP", "BPK", "SPK", "CLOSEOUT"};
 constexpr std::string_view other_short_forms[] = {
@@ -197,6 +203,14 @@ std::optional<std::string> nearest_numbered_style(std::string_view word) {
   return std::nullopt;
 }
 
+/// #FF8000 and COLOR#FF8000.
+std::optional<std::string> colour_of_digits(std::string_view word) {
+  const size_t mark = word.find('#');
+  if (mark == absent) return std::nullopt;
+  std::string colour = "COLOR" + std::string(word.substr(mark + 1));
+  return is_known_colour(colour) ? std::optional(colour) : std::nullopt;
+}
+
 std::vector<std::string_view> words_of(Vocabulary vocabulary) {
   std::vector<std::string_view> words;
   if (vocabulary == Vocabulary::quote) return {std::begin(quote_fields), std::end(quote_fields)};
@@ -253,6 +267,28 @@ std::vector<std::string_view> words_of_field(uint32_t id) {
   return words;
 }
 
+std::vector<std::string_view> arguments_of_form(std::string_view word) {
+  const WordHelp* const help = find_word_help(word);
+  if (help == nullptr || help->form.find(' ') != absent) return {};
+  const size_t open = help->form.find('(');
+  if (open == absent) return {};
+  std::string_view rest = help->form.substr(open + 1, help->form.size() - open - 2);
+  std::vector<std::string_view> arguments;
+  while (!rest.empty()) {
+    const size_t comma = std::min(rest.find(','), rest.size());
+    arguments.push_back(rest.substr(0, comma));
+    rest.remove_prefix(std::min(comma + 1, rest.size()));
+  }
+  return arguments;
+}
+
+std::string bounds_of_style(std::string_view item) {
+  const size_t letters = item.find_last_not_of("0123456789") + 1;
+  const auto* const row =
+      std::ranges::find(numbered_styles, item.substr(0, letters), &NumberedStyle::front);
+  return row == std::end(numbered_styles) ? std::string() : std::string(row->told);
+}
+
 bool is_style(std::string_view item) {
   if (is_known_colour(item) || contains(plain_styles, item)) return true;
   return std::ranges::any_of(numbered_styles, [item](const NumberedStyle& style) {
@@ -284,6 +320,7 @@ std::optional<std::string> nearest(std::string_view word, Vocabulary vocabulary,
   const auto known = words_of(vocabulary);
   words.insert(words.end(), known.begin(), known.end());
   if (vocabulary == Vocabulary::style) {
+    if (const auto colour = colour_of_digits(word)) return colour;
     if (const auto style = nearest_numbered_style(word)) return style;
     if (const std::string colour = "COLOR" + std::string(word); is_known_colour(colour)) {
       return colour;

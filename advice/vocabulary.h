@@ -30,6 +30,13 @@ bool is_field(std::string_view word);
 /// The words of a field by its number, the first one of several; empty for an unknown one.
 std::vector<std::string_view> words_of_field(uint32_t id);
 
+/// The names of a word's arguments in its form: COND, PRICE, 'TEXT' of DRAWTEXT; none for words of
+/// several forms.
+std::vector<std::string_view> arguments_of_form(std::string_view word);
+
+/// What a style word takes whose number is out of bounds, "LINETHICK1 to LINETHICK9"; else empty.
+std::string bounds_of_style(std::string_view item);
+
 /// Whether a style item has an effect somewhere, in capitals: COLORRED, LINETHICK2, DOT, ...
 bool is_style(std::string_view item);
 

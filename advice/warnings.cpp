@@ -48,8 +48,12 @@ void warn_of_no_effect(const Reading& reading, const Statement& statement, Probl
 
 void warn_of_empty_expression(const Reading& /*reading*/, const Statement& statement,
                               Problems& out) {
-  if (!statement.is_named() || !statement.expression.empty()) return;
+  if (!statement.is_named()) return;
   const Token& colon = statement.tokens[statement.colon];
+  if (statement.name_range.empty()) {
+    out.push_back({place_of(colon), "no name stands in front of " + ("'" + colon.text + "'"), {}});
+  }
+  if (!statement.expression.empty()) return;
   out.push_back({place_of(colon), "nothing stands behind " + ("'" + colon.text + "'"), {}});
 }
 
@@ -72,6 +76,28 @@ void warn_of_constant(const Reading& reading, const Statement& statement, Proble
       value.empty() ? place_of(statement.tokens[statement.colon]) : place_of(statement, value);
   out.push_back(
       {place, "a constant is a plain number, of this one " + number_text(taken) + " is taken", {}});
+}
+
+bool is_read_elsewhere(const Reading& reading, const Statement& declaration) {
+  return std::ranges::any_of(reading.statements, [&declaration](const Statement& statement) {
+    return statement.form != Form::constant && statement.number != declaration.number &&
+           find_word(statement, declaration.name) != nullptr;
+  });
+}
+
+/// Constants beat lines and fields wherever they are read.
+void warn_of_hidden_name(const Reading& reading, const Statement& statement, Problems& out) {
+  if (statement.name_range.empty()) return;
+  const Place place = place_of(statement, statement.name_range);
+  const std::string shown = reading.text(place);
+  if (statement.form == Form::constant) {
+    if (is_field(statement.name))
+      out.push_back({place, "this hides the bar field " + shown, "take another name"});
+  } else if (reading.constants.contains(statement.name) && is_read_elsewhere(reading, statement)) {
+    out.push_back({place,
+                   shown + " is a constant or parameter, too, which is what expressions read",
+                   "take another name"});
+  }
 }
 
 /// Comparisons have ranks of their own, so that two in a row seldom mean what they look like.
@@ -143,8 +169,8 @@ using Rule = void (*)(const Reading& reading, const Statement& statement, Proble
 
 // Of several warnings of one place the first one stays.
 constexpr Rule rules[] = {
-    warn_of_form,        warn_of_items,          warn_of_no_effect,       warn_of_constant,
-    warn_of_comparisons, warn_of_fatal_argument, warn_of_empty_expression};
+    warn_of_form,        warn_of_items,          warn_of_no_effect,        warn_of_constant,
+    warn_of_comparisons, warn_of_fatal_argument, warn_of_empty_expression, warn_of_hidden_name};
 
 }  // namespace
 
@@ -165,6 +191,10 @@ std::vector<Problem> script_warnings(const Reading& reading) {
   for (const Comment& comment : reading.scan.comments) {
     if (!out.empty()) break;  // a quote that hides the end of a comment says enough
     if (auto problem = swallowed_code(reading, comment)) out.push_back(std::move(*problem));
+  }
+  for (const size_t end : reading.scan.stray_ends) {
+    const size_t size = reading.script[end] == '}' ? 1 : 2;
+    out.push_back({{end, end + size}, "this closes no comment", "take it away"});
   }
   const bool is_empty = std::ranges::all_of(
       reading.statements, [](const Statement& s) { return s.form == Form::empty; });

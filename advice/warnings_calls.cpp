@@ -1,9 +1,11 @@
 // Calls that compile but can't do what they look like.
 #include <algorithm>
 
+#include "explain.h"
 #include "letters.h"
 #include "vocabulary.h"
 #include "warnings.h"
+#include "word_help.h"
 
 namespace quor_advice {
 namespace {
@@ -35,6 +37,8 @@ class CallCheck {
     if (acts(word(call).text)) check_drawing(call);
     if (is_branch(word(call).text)) check_branch(call);
     check_period(call);
+    if (call.word >= statement_.expression.end) return;
+    if (auto problem = find_misplaced_text(statement_, call)) out_.push_back(std::move(*problem));
   }
 
  private:
@@ -80,17 +84,24 @@ class CallCheck {
     }
   }
 
-  /// MA(5,C) for MA(C,5).
+  /// MA(5,C) for MA(C,5). SUM and COUNT of a constant count bars.
   void check_swapped(const Call& call, Range period) {
     const Range series = call.arguments[0];
-    if (series.size() != 1 || period.size() != 1 || call.arguments.size() != 2) return;
-    if (statement_.tokens[series.begin].kind != TokenKind::number ||
-        !is_field(statement_.tokens[period.begin].text))
+    if (period.size() != 1 || call.arguments.size() != 2) return;
+    const Token& name = statement_.tokens[period.begin];
+    const bool counts = word(call).text == "SUM" || word(call).text == "COUNT";
+    if (name.kind != TokenKind::word ||
+        (!is_field(name.text) && (counts || is_bare_word(name.text))))
       return;
+    if (series.empty() || !reading_.constant_value(statement_, series)) {
+      if (is_field(name.text))
+        add(place_of(name), "the period of " + word(call).text + " is a bar field");
+      return;
+    }
     add({word(call).begin, statement_.tokens[call.close].end},
         "the period of " + word(call).text + " stands in the place of the series",
-        "write " + word(call).text + "(" + statement_.tokens[period.begin].text + "," +
-            statement_.tokens[series.begin].text + ")");
+        "write " + word(call).text + "(" + reading_.text(place_of(name)) + "," +
+            reading_.text(statement_, series) + ")");
   }
 
   const Reading& reading_;
@@ -101,6 +112,21 @@ class CallCheck {
 };
 
 }  // namespace
+
+std::optional<Problem> find_misplaced_text(const Statement& statement, const Call& call) {
+  const std::string& word = statement.tokens[call.word].text;
+  const auto names = arguments_of_form(word);
+  const bool takes_sign = word.ends_with("ICON");
+  for (size_t i = 0; i < std::min(call.arguments.size(), names.size()); ++i) {
+    const Range argument = call.arguments[i];
+    if (argument.size() != 1 || statement.tokens[argument.begin].kind != TokenKind::text) continue;
+    if (names[i].starts_with('\'') || (takes_sign && i > 0)) continue;
+    return Problem{place_of(statement, argument),
+                   "a text stands in the place of " + std::string(names[i]),
+                   "write " + std::string(find_word_help(word)->form)};
+  }
+  return std::nullopt;
+}
 
 void warn_of_calls(const Reading& reading, const Statement& statement, const RunFacts* run,
                    std::vector<Problem>& out) {

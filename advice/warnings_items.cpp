@@ -43,6 +43,9 @@ class ItemCheck {
       check_call(index, word);
     } else if (is_short_form(word.text) && item.size() == 1) {
       check_place(index, word);
+    } else if (is_short_form(word.text)) {
+      add(place_of(statement_, item), word.text + " isn't written like this",
+          is_trade_word(word.text) ? "write " + word.text + " or " + word.text + "(2)" : "");
     } else {
       check_style(item, index);
     }
@@ -56,6 +59,11 @@ class ItemCheck {
     const auto form =
         is_condition ? nearest(to_upper(shown), Vocabulary::short_form) : std::nullopt;
     const auto near = form ? form : nearest(to_upper(shown), Vocabulary::style);
+    const std::string bounds = bounds_of_style(to_upper(shown));
+    if (!bounds.empty()) {
+      add(place, shown + " has no effect", "write " + bounds);
+      return;
+    }
     add(place,
         shown +
             (is_condition ? " is no signal, mark or style" : " is no style item and has no effect"),
@@ -63,8 +71,9 @@ class ItemCheck {
   }
 
   void check_call(size_t index, const Token& word) {
-    if (word.text == "RGB") return;
-    if (word.text == "SETSTYLECOLOR") {
+    if (word.text == "RGB") {
+      check_rgb(statement_.items[index].begin);
+    } else if (word.text == "SETSTYLECOLOR") {
       check_set_style(statement_.items[index].begin);
     } else if (word.text == "WORD") {
       check_word(word);
@@ -78,6 +87,20 @@ class ItemCheck {
     }
   }
 
+  /// Only three integers in digits become a colour; larger ones run into each other.
+  void check_rgb(size_t word) {
+    const auto call = std::ranges::find(statement_.calls, word, &Call::word);
+    if (call == statement_.calls.end() || call->close == absent) return;
+    const auto is_part = [this](Range argument) {
+      if (argument.size() != 1) return false;
+      const auto value = to_number(first(argument).text);
+      return value && *value >= 0 && *value <= 255 && first(argument).text.find('.') == absent;
+    };
+    if (call->arguments.size() == 3 && std::ranges::all_of(call->arguments, is_part)) return;
+    add(place_of(statement_, {word, call->close + 1}),
+        "RGB takes three numbers from 0 to 255, in digits", "write RGB(255,128,0)");
+  }
+
   void check_set_style(size_t word) {
     const auto call = std::ranges::find(statement_.calls, word, &Call::word);
     if (call == statement_.calls.end()) return;
@@ -89,6 +112,11 @@ class ItemCheck {
   /// WORD counts the commas of the whole statement, those inside of calls, too.
   void check_word(const Token& word) {
     const auto index = static_cast<size_t>(&word - statement_.tokens.data());
+    const auto call = std::ranges::find(statement_.calls, index, &Call::word);
+    if (call != statement_.calls.end() && call->arguments.size() < 2) {
+      add(place_of(word), "WORD takes a place and a text", "write condition,WORD(1,'text')");
+      return;
+    }
     const auto end = statement_.tokens.begin() + static_cast<ptrdiff_t>(index);
     if (std::count_if(statement_.tokens.begin(), end,
                       [](const Token& token) { return token.kind == TokenKind::comma; }) == 1)
