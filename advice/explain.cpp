@@ -24,22 +24,41 @@ std::optional<Problem> explain_operand(const Case& failed) {
   return problems.front();
 }
 
+/// An argument that came to nothing has no statement to name.
+std::optional<Problem> explain_gone(const Case& failed) { return find_odd_form(failed.reading); }
+
 constexpr Row rows[] = {
-    {1, explain_word},          {2, explain_word},
-    {3, explain_short_form},    {4, explain_operand},
-    {5, explain_open_quote},    {6, explain_parentheses},
-    {7, explain_count},         {8, explain_named_signal},
-    {9, explain_reference},     {10, explain_reference},
-    {11, explain_reference},    {12, explain_name},
-    {13, explain_name},         {14, explain_unfinished},
-    {15, explain_branch},       {2001, explain_operand},
-    {2002, explain_constant},   {2003, explain_constant},
-    {2004, explain_name},       {2006, explain_constant},
-    {2007, explain_reference},  {2008, explain_reference},
-    {2009, explain_reference},  {2010, explain_reference},
-    {2011, explain_short_form}, {2012, explain_short_form},
-    {2013, explain_constant},   {2014, explain_second_output},
-    {2015, explain_look_ahead}, {2016, explain_look_ahead},
+    {1, explain_word},
+    {2, explain_word},
+    {3, explain_short_form},
+    {4, explain_operand},
+    {5, explain_open_quote},
+    {6, explain_parentheses},
+    {7, explain_count},
+    {8, explain_named_signal},
+    {9, explain_reference},
+    {10, explain_reference},
+    {11, explain_reference},
+    {12, explain_name},
+    {13, explain_name},
+    {14, explain_unfinished},
+    {15, explain_branch},
+    {2000, explain_gone},
+    {2001, explain_operand},
+    {2002, explain_constant},
+    {2003, explain_constant},
+    {2004, explain_name},
+    {2006, explain_constant},
+    {2007, explain_reference},
+    {2008, explain_reference},
+    {2009, explain_reference},
+    {2010, explain_reference},
+    {2011, explain_short_form},
+    {2012, explain_short_form},
+    {2013, explain_constant},
+    {2014, explain_second_output},
+    {2015, explain_look_ahead},
+    {2016, explain_look_ahead},
     {4000, explain_exception},
 };
 
@@ -162,6 +181,14 @@ std::string_view literal_piece(std::string_view message) {
 }
 
 }  // namespace
+
+std::optional<Problem> find_odd_form(const Reading& reading) {
+  for (const Statement& statement : reading.statements) {
+    const auto problems = check_form(reading, statement);
+    if (!problems.empty()) return problems.front();
+  }
+  return std::nullopt;
+}
 
 std::string in_two_statements(const Reading& reading, const Statement& statement) {
   const std::string name = reading.text(statement, statement.name_range);

@@ -54,6 +54,9 @@ std::string in_two_statements(const Reading& reading, const Statement& statement
 /// words.
 std::optional<Problem> find_fatal_argument(const Reading& reading, const Statement& statement);
 
+/// The first problem of form in the script, where the library names no statement.
+std::optional<Problem> find_odd_form(const Reading& reading);
+
 /// A text where the call wants a number, which reads as 0 there.
 std::optional<Problem> find_misplaced_text(const Statement& statement, const Call& call);
 

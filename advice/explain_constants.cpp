@@ -154,7 +154,8 @@ std::optional<Problem> explain_suffix(const Case& failed) {
 }
 
 std::optional<Problem> explain_sign(const Case& failed) {
-  const Token* const word = find_word(*failed.statement, failed.failure.message);
+  const Token* word = find_word(*failed.statement, failed.failure.message);
+  if (word == nullptr) word = find_word(*failed.statement, "ICON");  // which becomes DRAWICON
   if (word == nullptr) return std::nullopt;
   const Call* const call = call_of(*failed.statement, *word);
   const size_t last = call == nullptr || call->arguments.empty() ? 0 : call->arguments.size() - 1;
@@ -178,15 +179,30 @@ std::optional<Problem> explain_quote_field(const Case& failed) {
   return std::nullopt;
 }
 
+std::optional<Problem> explain_colour(const Case& failed);
+
+/// The library may name the first statement for an item of a later one.
+std::optional<Problem> explain_colour_elsewhere(const Case& failed) {
+  for (const Statement& statement : failed.reading.statements) {
+    if (!find_tokens(failed.reading, statement, failed.failure.message)) continue;
+    return explain_colour({failed.reading, failed.failure, &statement});
+  }
+  return std::nullopt;
+}
+
 std::optional<Problem> explain_colour(const Case& failed) {
   for (const Call& call : failed.statement->calls) {
     if (auto problem = find_misplaced_text(*failed.statement, call)) return problem;
   }
   const auto tokens = find_tokens(failed.reading, *failed.statement, failed.failure.message);
-  if (!tokens) return std::nullopt;
+  if (!tokens) return explain_colour_elsewhere(failed);
   const Token& first = failed.statement->tokens[tokens->begin];
   if (tokens->size() > 1) {
     const Token& second = failed.statement->tokens[tokens->begin + 1];
+    if (second.kind != TokenKind::word) {
+      return Problem{
+          place_of(*failed.statement, *tokens), failed.failure.message + " is no colour", {}};
+    }
     return Problem{place_of(second), "a ',' is missing in front of " + failed.text(second), {}};
   }
   if (first.text == "COLORSTICK") {

@@ -169,7 +169,7 @@ std::optional<Problem> explain_named_signal(const Case& failed) {
                      in_two_statements(failed.reading, statement)};
     }
   }
-  return std::nullopt;
+  return find_odd_form(failed.reading);
 }
 
 std::optional<Problem> explain_branch(const Case& failed) {

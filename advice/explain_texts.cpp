@@ -101,6 +101,17 @@ std::string field_suggestion(std::string_view reference, std::string_view otherw
   return near && is_field(*near) ? "did you mean " + *near + "?" : std::string(otherwise);
 }
 
+std::optional<Problem> double_quote_in_text(const Statement& statement) {
+  for (const Token& token : statement.tokens) {
+    const size_t mark = token.kind == TokenKind::text ? token.text.find('"') : absent;
+    if (mark == absent) continue;
+    return Problem{{token.begin + mark, token.begin + mark + 1},
+                   "a double quote inside a text opens a reference",
+                   "take it away"};
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 std::optional<Problem> explain_open_quote(const Case& failed) {
@@ -139,7 +150,7 @@ std::optional<Problem> explain_reference(const Case& failed) {
   if (failed.statement == nullptr) return std::nullopt;
   const auto token =
       std::ranges::find(failed.statement->tokens, TokenKind::reference, &Token::kind);
-  if (token == failed.statement->tokens.end()) return std::nullopt;
+  if (token == failed.statement->tokens.end()) return double_quote_in_text(*failed.statement);
   const auto* const row =
       std::ranges::find(reference_words, failed.failure.code, &ReferenceWords::code);
   const std::string inner =

@@ -262,6 +262,9 @@ std::optional<Problem> explain_by_form(const Case& failed, const std::optional<R
   }
   const Token& token = failed.statement->tokens[tokens->begin];
   for (const Problem& problem : problems) {
+    // A statement that has swallowed the next one explains whatever comes behind.
+    const bool is_end = problem.sentence.starts_with("a ';'");
+    if (is_end && problem.place.begin < token.begin) return problem;
     const bool touches = problem.place.begin <= token.end && problem.place.end >= token.begin;
     if (touches) return problem;
   }
