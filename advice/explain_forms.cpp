@@ -79,6 +79,7 @@ const Call* miscounted_call(const Statement& statement, std::string_view word, i
 std::optional<Problem> explain_items(const Case& failed, const std::string& word) {
   const Statement& statement = *failed.statement;
   const size_t first = statement.items.front().begin;
+  if (first >= statement.tokens.size()) return std::nullopt;
   const Place place = place_of(statement, {first, statement.tokens.size()});
   const Place whole = place_of(statement, {0, statement.tokens.size()});
   return Problem{place, "without a name in front this counts as an argument of " + word,

@@ -105,12 +105,12 @@ TEST(Advice, takes_any_script) {
                                  "'", "\"",  "\xE4",  "&&",   "A:=A+A;",    "C,RED,", "1 1 ",
                                  "+", "@",   "IF(C,", "A=B=", "CONST A:1;", "：",     "\t-"}) {
     quor_advice::Input input;
-    const std::string script = repeated(part, 20000);
+    const std::string script = repeated(part, 5000);
     input.script = script;
     for (
         const char* const report :
         {"", R"("ErrCode":2,"ExtraMsg":"A","IsNeedRequestTradeDay":"","ErrLine":0})",
-         R"("ErrCode":4,"ExtraMsg":"","IsNeedRequestTradeDay":"","ErrLine":19999})",
+         R"("ErrCode":4,"ExtraMsg":"","IsNeedRequestTradeDay":"","ErrLine":4999})",
          R"("ErrCode":6,"ExtraMsg":"MA","IsNeedRequestTradeDay":"","ErrLine":0})",
          R"("ErrCode":14,"ExtraMsg":"","IsNeedRequestTradeDay":"","ErrLine":99999999999999999999})"}) {
       input.report = report;
