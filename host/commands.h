@@ -23,6 +23,7 @@ struct Options {
   bool is_trading = false;
   bool as_json = false;
   bool as_csv = false;
+  bool is_strict = false;  ///< warnings fail
   bool fire_signals = false;
   std::string calendar_path;
   std::vector<std::string> references;  ///< "SOURCE|FIELD=FILE.csv"
@@ -32,7 +33,8 @@ struct Options {
   ChartOptions chart;
 };
 
-/// Each gives the exit status, 1 if the script has an error, and throws HostError for any other.
+/// Each prints what there is to say about the script and gives the exit status: 1 if it has an
+/// error, or a warning while the user is strict. Each throws HostError for any other.
 int check_script(const Options& options);
 int run_script(const Options& options);
 /// Only where the program was built with the means to draw.

@@ -41,27 +41,6 @@ std::string open_array(const std::string& path) {
   return open;
 }
 
-bool is_name_byte(char c) {
-  return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || (c & 0x80) != 0;
-}
-
-bool holds_name(std::string_view text, std::string_view name) {
-  for (size_t at = text.find(name); at != std::string_view::npos; at = text.find(name, at + 1)) {
-    const size_t behind = at + name.size();
-    const bool begins = at == 0 || !is_name_byte(text[at - 1]);
-    if (begins && (behind == text.size() || !is_name_byte(text[behind]))) return true;
-  }
-  return false;
-}
-
-/// "CONST N:5" declares N.
-bool declares_constant(std::string_view statement, std::string_view name) {
-  constexpr std::string_view word = "CONST ";
-  if (!statement.starts_with(word)) return false;
-  const std::string_view rest = statement.substr(word.size());
-  return holds_name(rest.substr(0, rest.find(':')), name);
-}
-
 }  // namespace
 
 std::string parameters_json(const std::string& path, const std::vector<std::string>& settings) {
@@ -76,19 +55,13 @@ std::string parameters_json(const std::string& path, const std::vector<std::stri
 }
 
 std::vector<std::string> idle_settings(const std::vector<std::string>& settings,
-                                       const std::vector<Statement>& statements) {
+                                       const quor_advice::ScriptNames& names) {
   std::vector<std::string> texts;
   for (const std::string& text : settings) {
     const std::string name = parse_setting(text).name;
-    const auto beats = [&name](const Statement& statement) {
-      return declares_constant(to_upper(statement.text), name);
-    };
-    const auto reads = [&name](const Statement& statement) {
-      return holds_name(to_upper(statement.text), name);
-    };
-    if (std::ranges::any_of(statements, beats)) {
+    if (std::ranges::find(names.constants, name) != names.constants.end()) {
       texts.push_back("--set " + text + ": the script's own CONST " + name + " stands");
-    } else if (std::ranges::none_of(statements, reads)) {
+    } else if (std::ranges::find(names.words, name) == names.words.end()) {
       texts.push_back("--set " + text + ": the script doesn't read " + name);
     }
   }

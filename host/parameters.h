@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "script.h"
+#include "advice/advice.h"
 
 namespace quor_host {
 
@@ -16,6 +16,6 @@ std::string parameters_json(const std::string& path, const std::vector<std::stri
 
 /// What keeps a number that is set from having an effect: one text for each that has none.
 std::vector<std::string> idle_settings(const std::vector<std::string>& settings,
-                                       const std::vector<Statement>& statements);
+                                       const quor_advice::ScriptNames& names);
 
 }  // namespace quor_host

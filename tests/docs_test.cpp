@@ -17,6 +17,7 @@
 
 #include "advice/word_index.h"
 #include "core/status.h"
+#include "support/advice_cases.h"
 #include "support/test_host.h"
 #include "tables/function_table.h"
 
@@ -131,6 +132,7 @@ TEST(Docs, language_shows_scripts_that_compile) {
   std::string message;
   for (const std::string& script : scripts) {
     EXPECT_EQ(code_for(script, message), 0) << script << '\n' << message;
+    EXPECT_EQ(findings_text(script), "") << script;
   }
 }
 

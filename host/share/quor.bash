@@ -22,7 +22,7 @@ _quor() {
     --theme) COMPREPLY=($(compgen -W 'light dark' -- "$current")); return ;;
     -e | --set | --code | --market | --timezone | --last | --from | --size) return ;;
   esac
-  options='-e --set --params --lines --period --code --market --timezone --extra --trading --help'
+  options='-e --set --params --lines --period --code --market --timezone --extra --trading --strict --help'
   case $command in
     check) options="$options --json" ;;
     run) options="$options --bars --calendar --reference --last --json --csv --from --fire" ;;

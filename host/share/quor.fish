@@ -20,6 +20,7 @@ complete -c quor -n "__fish_seen_subcommand_from $scripts" -l market -x -d 'Its 
 complete -c quor -n "__fish_seen_subcommand_from $scripts" -l timezone -x -d 'Its time zone'
 complete -c quor -n "__fish_seen_subcommand_from $scripts" -l extra -x -a 'MINPRICE= UNIT= SHARECOUNTPERUNIT=' -d 'A market constant'
 complete -c quor -n "__fish_seen_subcommand_from $scripts" -l trading -d 'The market is open now'
+complete -c quor -n "__fish_seen_subcommand_from $scripts" -l strict -d 'Exit with status 1 for a warning, too'
 complete -c quor -n '__fish_seen_subcommand_from check run' -l json -d 'Print JSON'
 
 complete -c quor -n '__fish_seen_subcommand_from run chart' -l bars -r -F -d 'Bars, comma-separated'

@@ -155,14 +155,14 @@ done
 quor_options() {
   for command in '' check run chart; do quor $command --help; done
 }
-options_in() { grep -o -e '--[a-z][a-z]*' | sort -u; }
+options_in() { grep -o -e '--[a-z][a-z-]*' | sort -u; }
 options=$(quor_options | options_in)
 if [ "$commands" != 'check, run, help' ]; then
   same "$(sed 's/\\-/-/g' "$share/quor.1" | options_in)" "$options" quor.1
   # Completions ask for the list of words, which isn't meant for people.
   same "$(grep -v '^#' "$share/quor.bash" | sed 's/help --list//' | options_in)" "$options" quor.bash
   same "$(sed 's/help --list//' "$share/_quor" | options_in)" "$options" _quor
-  same "$(sed -n 's/^complete .* -l \([a-z]*\) .*/--\1/p' "$share/quor.fish" | sort -u)" "$options" quor.fish
+  same "$(sed -n 's/^complete .* -l \([a-z-]*\) .*/--\1/p' "$share/quor.fish" | sort -u)" "$options" quor.fish
 fi
 if command -v bash >/dev/null; then
   completed=$(bash -c '. "$1"; COMP_WORDS=(quor run --ba) COMP_CWORD=2; _quor; echo "${COMPREPLY[@]}"' \

@@ -18,7 +18,7 @@ printf 'date,time,close\n2024-01-02,09:35,1\n2024-01-02,09:40:00,2\n' >minutes.c
 expect 0 'date             MID     VOL2  三
 2024-01-02  7.500000     null  15
 2024-01-03  9.000000  500.500  18' \
-  run --bars bars.csv -e 'MID:=(H+L)/2; VOL2:=V/2; 三:=MID*2; MID>8;'
+  run --bars bars.csv -e 'MID:=(H+L)/2; VOL2:=V/2; 三:=MID*2;'
 
 # Only the last bar, of an average over as many bars as a parameter says: (9.5 + 10.5) / 2.
 echo '[{"param_name":"n","default":2}]' >params.json
@@ -32,7 +32,7 @@ expect 0 'date           X
 
 expect 0 'date                     TICK
 2024-01-02 09:35:00  0.020000
-2024-01-02 09:40:00  0.020000' run --bars minutes.csv -e 'TICK:=MINPRICE*2;' --code IF2401 --extra minprice=0.01
+2024-01-02 09:40:00  0.020000' run --bars minutes.csv --period 0x3005 -e 'TICK:=MINPRICE*2;' --code IF2401 --extra minprice=0.01
 
 # What the file lacks is null, with a warning.
 expect 0 'quor: warning: bars.csv has no column for OPI (65), which reads as null
@@ -53,16 +53,35 @@ expect 0 'The script is sound.
   calendar          none
   notices           none' check script.quor --params params.json
 
-# Statements are counted as the library counts them: blank lines and comments are statements of
-# their own, line ends inside one are not.
-printf '{ it has\n two lines }\n\nA:=1;// done\nB:=A+\n  2;C1:=3;\n/* x */ D:= C1+nothing;' >bad.quor
-expect 1 'error 2: a word that nothing defines: NOTHING
-  in statement 6 (the first is 0), line 7: D:= C1+nothing' check bad.quor
-expect 1 'error 4000: an exception: vector too long' run -e 'A:STD(C,0-5);' --bars bars.csv
-expect 1 "error 5: a quote is left open
-  in statement 1 (the first is 0), line 1: B:='x" check -e "A:=1;B:='x"
-expect 1 'error 9: a reference in double quotes must stand right behind '\'':'\'' or '\''='\''
-  in statement 0 (the first is 0), line 1: D:=A"B"' run --bars bars.csv -e 'D:=A"B";'
+# What is wrong, where, and what to write instead, as compilers print it.
+printf '{ it has\n two lines }\n\nA:=1;// done\nB:=A+\n  2;C1:=3;\n/* x */\tD:= C1+nothing;\n' >bad.quor
+expect 1 'bad.quor:7:16: error: nothing defines nothing (code 2); declare it above, or as a constant: CONST nothing:number;
+/* x */	D:= C1+nothing;
+       	       ^~~~~~~' check bad.quor
+expect 1 "-e:1:9: error: this quote is left open (code 5); close it with '
+A:=1;B:='x
+        ^" check -e "A:=1;B:='x"
+expect 1 '-e:1:9: error: the period of STD is negative: -5 ("vector too long") (code 4000)
+A:STD(C,0-5);
+        ^~~' run --bars bars.csv -e 'A:STD(C,0-5);'
+expect 0 "-e:1:5: warning: '^' is no operator; write POW(x,y) for a power
+A:=C^2;B:=MA(C,3);
+    ^
+-e:1:16: warning: the period of MA is 3, there are only 2 bars
+A:=C^2;B:=MA(C,3);
+               ^
+date         A     B
+2024-01-03  -2  null" run --bars bars.csv --last 1 -e 'A:=C^2;B:=MA(C,3);'
+[ "$(quor check --json -e 'A:CLOES;' 2>/dev/null | tail -n 1)" = '"findings":[{"severity":"error","line":1,"column":3,'\
+'"length":5,"code":2,"sentence":"nothing defines CLOES","suggestion":"did you mean CLOSE?"}]}' ] || failures=1
+quor check --strict -e 'A:C^2;' >/dev/null 2>&1 && failures=1
+quor check --strict -e 'A:C;' >/dev/null 2>&1 || failures=1
+# A healthy script is told nothing of calendars, nor of the time that notices stamp.
+expect 0 'date  TRADEDAY  NEWDAY  BARS  AVERAGE  MA10' \
+  run "$samples/night.quor" --bars "$samples/index-daily.csv" --last 0
+expect 0 '-e: warning: there are several bars a day, but their period is said to be a day or longer; name the period of the bars
+date                        A
+2024-01-02 09:40:00  20240102' run --bars minutes.csv --period 0x4000 --last 1 -e 'A:=DATE;'
 
 bad_bars ': is empty' ''
 bad_bars ': no line with the names of the columns' '\n'
@@ -167,8 +186,8 @@ if quor --help | grep -q '^  chart '; then
   daily_chart --out a.svg --theme dark --size 1600x900 -e 'A:C,COLORBLACK;'
   grep -q 'width="1600pt" height="900pt"' a.svg || failures=$((failures + 1))
   grep -q 'rgb(7.4*[0-9]*%,9.0*[0-9]*%,13.3*[0-9]*%)' a.svg || failures=$((failures + 1))
-  expect 2 '--theme: blue not in {light,dark}
-Run with --help for more information.' chart -e 'A:=1;' --bars bars.csv --out a.svg --theme blue
+  expect 2 'quor: --theme: blue not in {light,dark}
+quor chart --help tells more' chart -e 'A:=1;' --bars bars.csv --out a.svg --theme blue
 
   # Far more bars than pixels. Processor time, since other work may keep the clock waiting; a build for
   # the sanitizers takes ten times as long.
