@@ -5,7 +5,9 @@
 #include <utility>
 
 #include "bars.h"
-#ifdef QUOR_CHART
+#ifdef QUOR_CHART_PROGRAM
+#include "program.h"
+#elif defined QUOR_CHART
 #include "chart/chart.h"
 #endif
 #include "errors.h"
@@ -164,19 +166,19 @@ int run_script(const Options& options) {
   });
 }
 
-#ifdef QUOR_CHART
+#ifdef QUOR_CHART_PROGRAM
 
-int draw_script(const Options& options) {
+int draw_script(const Options& /*options*/, char** arguments) {
+  run_instead(QUOR_CHART_PROGRAM, arguments);
+}
+
+#elif defined QUOR_CHART
+
+int draw_script(const Options& options, char** /*arguments*/) {
   return calculate_and(options, [&options](const Compiled& compiled, const Bars& bars) {
     draw_chart(compiled.session, bars, options.last, options.picture_size.at(0),
                options.picture_size.at(1), options.picture_path);
   });
-}
-
-#else
-
-int draw_script(const Options& /*options*/) {
-  throw HostError("built without Cairo and Pango, which 'chart' needs");
 }
 
 #endif

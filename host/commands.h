@@ -32,7 +32,7 @@ struct Options {
 /// Each gives the exit status, 1 if the script has an error, and throws HostError for any other.
 int check_script(const Options& options);
 int run_script(const Options& options);
-/// Throws HostError where the program was built without the means to draw.
-int draw_script(const Options& options);
+/// `arguments` is the whole command line, for a program of its own that draws.
+int draw_script(const Options& options, char** arguments);
 
 }  // namespace quor_host

@@ -99,6 +99,8 @@ void add_run(CLI::App& app, Options& options) {
   run.add_flag("--fire", options.fire_signals, "Raise notices and trade signals, and print them");
 }
 
+#ifdef QUOR_CHART
+
 void add_chart(CLI::App& app, Options& options) {
   CLI::App& chart = *app.add_subcommand("chart", "Draw the bars and what a script draws");
   add_bar_options(chart, options);
@@ -115,17 +117,25 @@ void add_chart(CLI::App& app, Options& options) {
       ->check(CLI::Range(200, 8000));
 }
 
-int run_command(const CLI::App& app, const Options& options) {
+int run_chart(const CLI::App& command, const Options& options, char** arguments) {
+  Options picture = options;
+  if (command.count("--last") == 0) picture.last = 120;
+  return draw_script(picture, arguments);
+}
+
+#endif
+
+int run_command(const CLI::App& app, const Options& options, [[maybe_unused]] char** arguments) {
   const CLI::App& command = *app.get_subcommands().front();
   if (command.count("SCRIPT") + command.count("-e") == 0) {
     std::cerr << "quor: no script: give a file or -e 'TEXT'\n";
     return exit_usage;
   }
   if (command.get_name() == "check") return check_script(options);
-  if (command.get_name() == "run") return run_script(options);
-  Options picture = options;
-  if (command.count("--last") == 0) picture.last = 120;
-  return draw_script(picture);
+#ifdef QUOR_CHART
+  if (command.get_name() == "chart") return run_chart(command, options, arguments);
+#endif
+  return run_script(options);
 }
 
 }  // namespace
@@ -143,13 +153,15 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", "quor " QUOR_VERSION);
     add_check(app, options);
     add_run(app, options);
+#ifdef QUOR_CHART
     add_chart(app, options);
+#endif
     try {
       app.parse(std::move(arguments));
     } catch (const CLI::ParseError& error) {
       return app.exit(error) == 0 ? 0 : exit_usage;
     }
-    return run_command(app, options);
+    return run_command(app, options, argv);
   } catch (const std::exception& error) {
     std::cerr << "quor: " << error.what() << '\n';
     return exit_failure;

@@ -5,5 +5,5 @@ set -u
 . "$(dirname "$0")/lib.sh"
 
 need_packages $windows_packages
-tools/windows-libraries.sh || exit
+tools/libraries.sh windows || exit
 build windows

@@ -3,8 +3,9 @@
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root" || exit 1
 
-build_packages="g++ cmake ninja-build ccache libsimdjson-dev"
-host_packages="libcli11-dev libcsv-dev pkg-config libcairo2-dev libpango1.0-dev"
+library_packages="g++ cmake ninja-build ccache dpkg-dev"
+build_packages=$library_packages
+host_packages="libcli11-dev pkg-config libcairo2-dev libpango1.0-dev"
 font_packages="fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji"
 test_packages="libgtest-dev binutils python3"
 windows_packages="g++-mingw-w64-x86-64-posix cmake ninja-build ccache dpkg-dev googletest libcli11-dev"

@@ -6,7 +6,7 @@ set -u
 
 preset=${1:-release}
 if [ "$preset" = windows ]; then
-  tools/windows-libraries.sh || exit
+  tools/libraries.sh windows || exit
 else
   need_packages $build_packages $host_packages $package_packages
 fi

@@ -125,9 +125,10 @@ night() {
   'notice  2024-01-05 21:15:00  high  {"1":202401052
 signal  2024-01-05 21:15:00  row 2  BK 3' ] || failures=1
 
-# A picture; a program built without the means to draw says so instead.
-if quor chart --bars bars.csv --out chart.svg 2>chart.err \
-  -e "MID:(H+L)/2; DRAWTEXT(C>10,H,'<up>'); DRAWNUMBER(C<10,L,C*2,1,COLORRED);"; then
+# A picture; a program built without the means to draw doesn't offer it.
+if quor --help | grep -q '^  chart '; then
+  expect 0 '' chart --bars bars.csv --out chart.svg \
+    -e "MID:(H+L)/2; DRAWTEXT(C>10,H,'<up>'); DRAWNUMBER(C<10,L,C*2,1,COLORRED);"
   # The legend with the value of the last bar, and a mark at one bar of the two each.
   [ "$(sed -n '/MID/,/desc/p' chart.svg)" = 'MID 9.000
 &lt;up&gt;
@@ -149,7 +150,8 @@ Run with --help for more information.' chart -e 'A:=1;' --bars bars.csv --out ch
   expect 1 'quor: --out chart.gif: neither .svg nor .png' \
     chart -e 'A:=1;' --bars bars.csv --out chart.gif
 else
-  grep -q 'built without Cairo and Pango' chart.err || failures=1
+  expect 2 'A subcommand is required
+Run with --help for more information.' chart
 fi
 
 for script in "$samples"/*.quor; do
