@@ -5,5 +5,4 @@ set -u
 . "$(dirname "$0")/lib.sh"
 
 need_packages $windows_packages
-tools/libraries.sh windows || exit
 build windows

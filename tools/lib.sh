@@ -7,7 +7,7 @@ library_packages="g++ cmake ninja-build ccache dpkg-dev"
 build_packages=$library_packages
 host_packages="libcli11-dev pkg-config libcairo2-dev libpango1.0-dev"
 font_packages="fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji"
-test_packages="libgtest-dev binutils python3"
+test_packages="libgtest-dev binutils python3 mono-mcs mono-runtime"
 windows_packages="g++-mingw-w64-x86-64-posix cmake ninja-build ccache dpkg-dev googletest libcli11-dev"
 wine_packages="wine wine64"
 format_packages="clang-format-14"
@@ -85,7 +85,7 @@ build() {
 sources() {
   for folder in "$@"; do
     git ls-files --cached --others --exclude-standard -- \
-      "$folder/*.c" "$folder/*.cpp" "$folder/*.h"
+      "$folder/*.c" "$folder/*.cpp" "$folder/*.h" "$folder/*.hpp"
   done | while read -r file; do
     [ -f "$file" ] && echo "$file"
   done

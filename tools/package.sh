@@ -6,7 +6,7 @@ set -u
 
 preset=${1:-release}
 if [ "$preset" = windows ]; then
-  tools/libraries.sh windows || exit
+  need_packages $windows_packages
 else
   need_packages $build_packages $host_packages $package_packages
 fi

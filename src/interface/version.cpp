@@ -1,4 +1,5 @@
-// The version, for whoever looks into the file: strings lib_quor_parser.so | grep '^lib_quor_parser '
+// The version, for whoever looks into the file: strings lib_quor_parser.so | grep '^lib_quor_parser
+// '
 extern "C" {
 
 // Kept by the linker, though nothing reads it.
