@@ -40,7 +40,8 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/quor_parser.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
 # The texts keep their places relative to each other, so that their links hold.
-install(FILES CHANGELOG.md DESTINATION ${doc_dir} COMPONENT development)
+install(FILES CHANGELOG.md LICENCE DESTINATION ${doc_dir} COMPONENT development)
 install(DIRECTORY docs examples samples DESTINATION ${doc_dir} COMPONENT development
   PATTERN examples/build EXCLUDE
-  PATTERN examples/session EXCLUDE)
+  PATTERN examples/session EXCLUDE
+  PATTERN *.exe EXCLUDE)

@@ -4,5 +4,5 @@
 set -u
 . "$(dirname "$0")/lib.sh"
 
-need_packages $windows_packages
+need_packages $windows_packages $windows_test_packages
 build windows

@@ -14,7 +14,7 @@ fi
 
 # make GENERATOR LIBDIR: each system has its own folder for libraries.
 make() {
-  build "$preset" -DQUOR_BUILD_TESTS=OFF -DCMAKE_INSTALL_LIBDIR="$2"
+  build "$preset" -DQUOR_BUILD_TESTS=OFF -DCMAKE_INSTALL_LIBDIR="$2" >&2
   log=build/$preset/packages.log
   cpack --config "build/$preset/CPackConfig.cmake" -G "$1" -B dist >"$log" 2>&1 || {
     cat "$log" >&2

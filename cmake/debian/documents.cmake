@@ -8,7 +8,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   set(package ${CPACK_DEBIAN_${key}_PACKAGE_NAME})
   set(share ${CPACK_TEMPORARY_DIRECTORY}/${component}${CPACK_PACKAGING_INSTALL_PREFIX}/share)
   set(documents ${share}/doc/${package})
-  file(COPY ${CMAKE_CURRENT_LIST_DIR}/copyright DESTINATION ${documents})
+  configure_file(${CMAKE_CURRENT_LIST_DIR}/../../LICENCE ${documents}/copyright COPYONLY)
   file(WRITE ${documents}/changelog "${CPACK_PACKAGE_NAME} (${CPACK_PACKAGE_VERSION}) unstable; urgency=medium
 
   * What is new stands in /usr/share/doc/quor-parser/CHANGELOG.md.
