@@ -11,12 +11,14 @@ if(NOT libraries)
     COMMAND_ERROR_IS_FATAL ANY)
 endif()
 
-set(simdjson_DIR simdjson_DIR-NOTFOUND)
-find_package(simdjson REQUIRED NO_DEFAULT_PATH PATHS ${libraries} NO_CMAKE_FIND_ROOT_PATH)
+# Forget another one that an earlier configuration has found.
+unset(simdjson_DIR CACHE)
+find_package(simdjson REQUIRED PATHS ${libraries} NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
 
 # The CSV library comes without a CMake package.
-find_path(csv_include csv.h PATHS ${libraries}/include NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH NO_CACHE REQUIRED)
-find_library(csv_library csv PATHS ${libraries}/lib NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH NO_CACHE REQUIRED)
+set(there PATHS ${libraries} NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH NO_CACHE REQUIRED)
+find_path(csv_include csv.h PATH_SUFFIXES include ${there})
+find_library(csv_library csv PATH_SUFFIXES lib lib/${CMAKE_LIBRARY_ARCHITECTURE} ${there})
 add_library(csv::csv UNKNOWN IMPORTED)
 set_target_properties(csv::csv PROPERTIES
   IMPORTED_LOCATION ${csv_library} INTERFACE_INCLUDE_DIRECTORIES ${csv_include})
