@@ -10,7 +10,7 @@ set(CMAKE_RC_COMPILER ${triplet}-windres)
 set(CMAKE_SHARED_LINKER_FLAGS_INIT -static)
 set(CMAKE_EXE_LINKER_FLAGS_INIT -static)
 
-# Libraries come from where tools/build-windows.sh puts them, never from this machine's own.
+# Libraries come from where tools/libraries.sh puts them, never from this machine's own.
 set(CMAKE_FIND_ROOT_PATH ${CMAKE_CURRENT_LIST_DIR}/../build/libraries/windows /usr/${triplet})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)

@@ -173,7 +173,7 @@ struct Handlers {
   CalendarSource calendar;
   ConstantSource constant;
   TradingSource trading;
-  std::string calendar_text{};  ///< keeps the last calendar while the library copies it
+  std::string calendar_text;  ///< keeps the last calendar while the library copies it
 };
 
 /// Whose call runs on this thread. The library calls back on the thread of the call, and its

@@ -90,6 +90,11 @@ command_line_library() {
     die "the headers of CLI11 can't be copied"
 }
 
+# Two configurations at once build them once.
+mkdir -p "$root/build/libraries"
+exec 9>"$root/build/libraries/lock"
+flock 9 || die "no lock in build/libraries"
+
 recipe=$(cat "$0" cmake/windows.cmake | cksum)
 [ "$(cat "$out/recipe" 2>/dev/null)" = "$recipe" ] && exit
 need_packages $needed
