@@ -9,7 +9,9 @@
 
 #include "advice/advice.h"
 #include "bars.h"
-#ifdef QUOR_CHART
+#ifdef QUOR_CHART_PROGRAM
+#include "program.h"
+#elif defined QUOR_CHART
 #include "chart/chart.h"
 #endif
 #include "errors.h"
@@ -259,9 +261,15 @@ int run_script(const Options& options) {
   });
 }
 
-#ifdef QUOR_CHART
+#ifdef QUOR_CHART_PROGRAM
 
-int draw_script(const Options& options) {
+int draw_script(const Options& /*options*/, char** arguments) {
+  run_instead(QUOR_CHART_PROGRAM, arguments);
+}
+
+#elif defined QUOR_CHART
+
+int draw_script(const Options& options, char** /*arguments*/) {
   return calculate_and(options,
                        [&options](const Compiled& compiled, const Bars& bars, const Results&) {
                          draw_chart(compiled.session, bars, options.bars_path, options.chart);

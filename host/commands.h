@@ -37,7 +37,8 @@ struct Options {
 /// error, or a warning while the user is strict. Each throws HostError for any other.
 int check_script(const Options& options);
 int run_script(const Options& options);
-/// Only where the program was built with the means to draw.
-int draw_script(const Options& options);
+/// Only where the program was built with the means to draw. `arguments` is the whole command line,
+/// for a program of its own that draws.
+int draw_script(const Options& options, char** arguments);
 
 }  // namespace quor_host

@@ -179,7 +179,7 @@ size_t count(const CLI::App& command, const std::string& option) {
   return found == nullptr ? 0 : found->count();
 }
 
-int run_command(const CLI::App& command, Options options) {
+int run_command(const CLI::App& command, Options options, [[maybe_unused]] char** argv) {
   if (count(command, "SCRIPT") + count(command, "-e") == 0) {
     std::cerr << "quor: no script: give a file or -e 'TEXT'\n";
     return exit_usage;
@@ -190,7 +190,7 @@ int run_command(const CLI::App& command, Options options) {
   }
   if (command.get_name() == "check") return check_script(options);
 #ifdef QUOR_CHART
-  if (command.get_name() == "chart") return draw_script(options);
+  if (command.get_name() == "chart") return draw_script(options, argv);
 #endif
   if (options.as_csv && count(command, "--last") == 0) {
     options.last = std::numeric_limits<size_t>::max();
@@ -227,7 +227,7 @@ int main(int argc, char** argv) {
     }
     const CLI::App& command = *app.get_subcommands().front();
     if (command.get_name() == "help") return print_help(app, help) ? 0 : exit_failure;
-    return run_command(command, options);
+    return run_command(command, options, argv);
   } catch (const std::exception& error) {
     std::cerr << "quor: " << error.what() << '\n';
     return exit_failure;

@@ -3,15 +3,18 @@
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root" || exit 1
 
-build_packages="g++ cmake ninja-build ccache libsimdjson-dev"
-host_packages="libcli11-dev libcsv-dev pkg-config libcairo2-dev libpango1.0-dev"
+library_packages="g++ cmake ninja-build ccache dpkg-dev"
+build_packages=$library_packages
+host_packages="libcli11-dev pkg-config libcairo2-dev libpango1.0-dev"
 font_packages="fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji"
-test_packages="libgtest-dev binutils python3"
-windows_packages="g++-mingw-w64-x86-64-posix cmake ninja-build ccache dpkg-dev googletest libcli11-dev"
+test_packages="libgtest-dev binutils python3 mono-mcs mono-runtime"
+windows_packages="g++-mingw-w64-x86-64-posix cmake ninja-build ccache dpkg-dev googletest libcli11-dev llvm-14"
+windows_test_packages="clang-14 lld-14"
 wine_packages="wine wine64"
 format_packages="clang-format-14"
 tidy_packages="clang-tidy-14"
 package_packages="dpkg-dev file"
+try_packages="debootstrap lintian"
 fuzz_packages="clang-14 libclang-rt-14-dev"
 coverage_packages="gcovr"
 
@@ -84,7 +87,7 @@ build() {
 sources() {
   for folder in "$@"; do
     git ls-files --cached --others --exclude-standard -- \
-      "$folder/*.c" "$folder/*.cpp" "$folder/*.h"
+      "$folder/*.c" "$folder/*.cpp" "$folder/*.h" "$folder/*.hpp"
   done | while read -r file; do
     [ -f "$file" ] && echo "$file"
   done

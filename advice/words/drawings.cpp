@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <iterator>
 
+#include "word_help.h"
 #include "words/families.h"
 
 namespace quor_advice {

@@ -3,9 +3,9 @@
 
 #include <span>
 
-#include "word_help.h"
-
 namespace quor_advice {
+
+struct WordHelp;
 
 std::span<const WordHelp> arithmetic_help();
 std::span<const WordHelp> average_help();

@@ -1,3 +1,4 @@
+#include "word_help.h"
 #include "words/families.h"
 
 namespace quor_advice {

@@ -1,11 +1,29 @@
 #!/bin/sh
-# Builds the libraries of the Windows build into build/windows-libraries, from Debian's sources.
+# Builds the libraries that are linked into what is shipped, from Debian's sources, into
+# build/libraries/SYSTEM. Does nothing if they are there.
+#   tools/libraries.sh [SYSTEM]    linux by default; windows, which needs two more
 set -u
 . "$(dirname "$0")/lib.sh"
 
-out=$root/build/windows-libraries
-work=$root/build/windows-sources
+system=${1:-linux}
+out=$root/build/libraries/$system
+work=$root/build/libraries/sources-$system
 apt=$work/apt
+case $system in
+  linux)
+    needed=$library_packages
+    cc=gcc
+    ar=ar
+    toolchain=
+    ;;
+  windows)
+    needed=$windows_packages
+    cc=x86_64-w64-mingw32-gcc-posix
+    ar=x86_64-w64-mingw32-ar
+    toolchain="--toolchain $root/cmake/windows.cmake"
+    ;;
+  *) die "unknown system '$system'" ;;
+esac
 
 # The machine's own package sources, read for source packages instead. The folder of apt that holds
 # them and all that apt keeps are private, so that the machine stays as it is.
@@ -42,18 +60,26 @@ cmake_library() {
   source=$2
   shift 2
   {
-    cmake -S "$source" -B "$work/$name-build" -G Ninja --toolchain "$root/cmake/windows.cmake" \
-      -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX="$out" \
-      -DCMAKE_CXX_COMPILER_LAUNCHER=ccache "$@" &&
+    cmake -S "$source" -B "$work/$name-build" -G Ninja $toolchain \
+      -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX="$out" -DCMAKE_INSTALL_LIBDIR=lib \
+      -DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DBUILD_SHARED_LIBS=OFF "$@" &&
       cmake --build "$work/$name-build" && cmake --install "$work/$name-build"
   } >"$work/$name.log" 2>&1 || die "the build of $name failed: $(tail -n 20 "$work/$name.log")"
+}
+
+# Holds a kernel for each kind of processor and takes the best one at run time. Its symbols stay
+# inside of what it is linked into.
+json_library() {
+  cmake_library simdjson "$work/simdjson" -DSIMDJSON_ENABLE_THREADS=OFF \
+    -DCMAKE_POSITION_INDEPENDENT_CODE=ON -DCMAKE_CXX_FLAGS=-ffp-contract=off \
+    -DCMAKE_CXX_VISIBILITY_PRESET=hidden -DCMAKE_VISIBILITY_INLINES_HIDDEN=ON
 }
 
 # One file, whose own build would want a shell on Windows.
 csv_library() {
   mkdir -p "$out/include" "$out/lib"
-  x86_64-w64-mingw32-gcc-posix -O2 -c "$work/libcsv/libcsv.c" -o "$work/libcsv.o" &&
-    x86_64-w64-mingw32-ar rcs "$out/lib/libcsv.a" "$work/libcsv.o" &&
+  "$cc" -O2 -fPIC -c "$work/libcsv/libcsv.c" -o "$work/libcsv.o" &&
+    "$ar" rcs "$out/lib/libcsv.a" "$work/libcsv.o" &&
     cp "$work/libcsv/csv.h" "$out/include" || die "the build of libcsv failed"
 }
 
@@ -64,16 +90,26 @@ command_line_library() {
     die "the headers of CLI11 can't be copied"
 }
 
+# Two configurations at once build them once.
+mkdir -p "$root/build/libraries"
+exec 9>"$root/build/libraries/lock"
+flock 9 || die "no lock in build/libraries"
+
 recipe=$(cat "$0" cmake/windows.cmake | cksum)
 [ "$(cat "$out/recipe" 2>/dev/null)" = "$recipe" ] && exit
-need_packages $windows_packages
+need_packages $needed
+say "Building libraries for $system"
 rm -rf "$out" "$work"
 derive_sources
-private_apt update >/dev/null 2>"$work/update.log"
+private_apt update >/dev/null 2>"$work/update.log" ||
+  die "the lists of sources can't be had: $(cat "$work/update.log")"
 fetch_source simdjson
 fetch_source libcsv
-cmake_library simdjson "$work/simdjson" -DSIMDJSON_ENABLE_THREADS=OFF
-cmake_library googletest /usr/src/googletest -DBUILD_GMOCK=OFF
+json_library
 csv_library
-command_line_library
+if [ "$system" = windows ]; then
+  cmake_library googletest /usr/src/googletest -DBUILD_GMOCK=OFF
+  command_line_library
+fi
+rm -rf "$work"
 echo "$recipe" >"$out/recipe"
