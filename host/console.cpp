@@ -43,9 +43,13 @@ void prepare_output() {
   _setmode(_fileno(stderr), _O_BINARY);
 }
 
+bool is_watched() { return _isatty(_fileno(stderr)) != 0; }
+
 }  // namespace quor_host
 
 #else
+
+#include <unistd.h>
 
 namespace quor_host {
 
@@ -54,6 +58,8 @@ std::vector<std::string> utf8_arguments(int argc, char** argv) {
 }
 
 void prepare_output() {}
+
+bool is_watched() { return isatty(STDERR_FILENO) != 0; }
 
 }  // namespace quor_host
 

@@ -7,10 +7,12 @@
 
 #include "commands.h"
 #include "console.h"
+#include "scan.h"
 
 namespace {
 
 using quor_host::Options;
+using quor_host::ScanOptions;
 
 constexpr int exit_failure = 1;
 constexpr int exit_usage = 2;
@@ -115,8 +117,46 @@ void add_chart(CLI::App& app, Options& options) {
       ->check(CLI::Range(200, 8000));
 }
 
-int run_command(const CLI::App& app, const Options& options) {
+void add_scan(CLI::App& app, ScanOptions& options) {
+  CLI::App& scan = *app.add_subcommand(
+      "scan",
+      "Run a script over many securities, a file of bars each, and print the latest values");
+  scan.add_option("SCRIPT", options.paths,
+                  "File with the script; then files of bars, or folders with such files (*.csv). A "
+                  "security has the name of its file")
+      ->type_name("FILES|FOLDERS...")
+      ->required();
+  scan.add_option("-e", options.script_text, "The script itself, in place of a file")
+      ->type_name("TEXT");
+  scan.add_option(
+          "--where", options.condition,
+          "Only bars at which this expression over the script's lines holds, such as 'BUY=1'")
+      ->type_name("TEXT");
+  scan.add_option("--last", options.last, "How many bars of each security to look at")
+      ->type_name("N")
+      ->capture_default_str();
+  scan.add_option("--set", options.parameters, "A parameter of the script; may be repeated")
+      ->type_name("NAME=NUMBER")
+      ->expected(1)
+      ->take_all();
+  scan.add_option("--period", options.period, "Period code of the bars")
+      ->type_name("CODE")
+      ->default_str("0x4000");
+  scan.add_option("--market", options.market, "The market of all securities")->type_name("WORD");
+  scan.add_option("--jobs", options.jobs,
+                  "How many files at a time; by default as many as there are "
+                  "processors")
+      ->type_name("K");
+  scan.add_option("--sort", options.sort_line, "Sort by the values of this line, smallest first")
+      ->type_name("NAME");
+  scan.add_flag("--reverse", options.reverse, "Sort the other way round");
+  auto* const csv = scan.add_flag("--csv", options.as_csv, "Print comma-separated values");
+  scan.add_flag("--json", options.as_json, "Print JSON")->excludes(csv);
+}
+
+int run_command(const CLI::App& app, const Options& options, const ScanOptions& scan) {
   const CLI::App& command = *app.get_subcommands().front();
+  if (command.get_name() == "scan") return scan_files(scan);
   if (command.count("SCRIPT") + command.count("-e") == 0) {
     std::cerr << "quor: no script: give a file or -e 'TEXT'\n";
     return exit_usage;
@@ -137,6 +177,7 @@ int main(int argc, char** argv) {
     std::ranges::reverse(arguments);  // the order that the parser wants them in
     CLI::App app("Compiles indicator scripts and runs them over bars of a security.", "quor");
     Options options;
+    ScanOptions scan;
     app.require_subcommand(1);
     app.allow_windows_style_options(false);  // a path may begin with a slash on any system
     app.footer(footer);
@@ -144,12 +185,13 @@ int main(int argc, char** argv) {
     add_check(app, options);
     add_run(app, options);
     add_chart(app, options);
+    add_scan(app, scan);
     try {
       app.parse(std::move(arguments));
     } catch (const CLI::ParseError& error) {
       return app.exit(error) == 0 ? 0 : exit_usage;
     }
-    return run_command(app, options);
+    return run_command(app, options, scan);
   } catch (const std::exception& error) {
     std::cerr << "quor: " << error.what() << '\n';
     return exit_failure;
