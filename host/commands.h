@@ -19,6 +19,7 @@ struct Options {
   std::vector<std::string> market_constants;  ///< "KEY=VALUE"
   bool is_trading = false;
   bool as_json = false;
+  bool is_strict = false;  ///< warnings fail
   bool fire_signals = false;
   std::string calendar_path;
   std::vector<std::string> references;  ///< "SOURCE|FIELD=FILE.csv"
@@ -29,7 +30,8 @@ struct Options {
   std::vector<int> picture_size = {1200, 800};
 };
 
-/// Each gives the exit status, 1 if the script has an error, and throws HostError for any other.
+/// Each prints what there is to say about the script and gives the exit status: 1 if it has an
+/// error, or a warning while the user is strict. Each throws HostError for any other.
 int check_script(const Options& options);
 int run_script(const Options& options);
 /// Throws HostError where the program was built without the means to draw.

@@ -63,12 +63,13 @@ void add_script_options(CLI::App& command, Options& options) {
       ->expected(1)
       ->take_all();
   command.add_flag("--trading", options.is_trading, "The market is open now");
+  command.add_flag("--strict", options.is_strict, "Exit with status 1 for a warning, too");
 }
 
 void add_check(CLI::App& app, Options& options) {
   CLI::App& check = *app.add_subcommand("check", "Compile a script and say what it needs");
   add_script_options(check, options);
-  check.add_flag("--json", options.as_json, "Print the report as the library gives it");
+  check.add_flag("--json", options.as_json, "Print the report and the findings as JSON");
 }
 
 /// What a command that calculates takes.
@@ -94,7 +95,8 @@ void add_run(CLI::App& app, Options& options) {
   run.add_option("--last", options.last, "How many bars to print")
       ->type_name("N")
       ->capture_default_str();
-  run.add_flag("--json", options.as_json, "Print all bars, the report and the drawings as JSON");
+  run.add_flag("--json", options.as_json,
+               "Print all bars, the report, the findings and the drawings as JSON");
   run.add_option("--from", options.first_row, "First row to calculate, 0 the oldest bar")
       ->type_name("ROW")
       ->capture_default_str();

@@ -102,29 +102,19 @@ std::string as_json(const std::string& text) { return is_json(text) ? text : jso
 
 }  // namespace
 
-void print_failure(std::ostream& out, const Failure& failure,
-                   const std::vector<Statement>& statements) {
-  out << "error " << failure.code << ": " << code_words(failure.code);
-  if (!failure.message.empty()) out << ": " << failure.message;
-  out << '\n';
-  if (!failure.statement) return;
-  out << "  in statement " << *failure.statement << " (the first is 0)";
-  if (*failure.statement < statements.size()) {
-    const Statement& statement = statements[*failure.statement];
-    out << ", line " << statement.line << ": " << statement.text;
-  }
-  out << '\n';
+void print_findings(std::ostream& out, const std::string& report, const std::string& findings) {
+  out << "{\"report\":" << as_json(report) << ",\n\"findings\":" << findings << "}\n";
 }
 
-void print_report(std::ostream& out, const Report& report, const std::vector<Line>& lines,
-                  const std::vector<std::string>& functions,
+void print_report(std::ostream& out, const Report& report, bool is_sound,
+                  const std::vector<Line>& lines, const std::vector<std::string>& functions,
                   const std::vector<std::string>& drawings) {
   std::vector<std::string> fields;
   for (const uint32_t id : report.fields) fields.push_back(field_text(id));
   std::vector<std::string> columns;
   for (const Line& line : lines)
     columns.push_back(line.name + " (" + std::to_string(line.column) + ')');
-  out << "The script is sound.\n";
+  out << (is_sound ? "The script is sound.\n" : "The script compiles, with warnings.\n");
   print_item(out, "lines", join(columns));
   print_item(out, "functions", join(functions));
   print_item(out, "drawings", counted(drawings));
@@ -178,7 +168,8 @@ void print_cells(std::ostream& out, const std::vector<Cells>& columns, size_t le
 }
 
 void print_json(std::ostream& out, const Results& results) {
-  out << "{\"report\":" << as_json(results.report) << ",\n\"keys\":";
+  out << "{\"report\":" << as_json(results.report) << ",\n\"findings\":" << results.findings
+      << ",\n\"keys\":";
   print_array(out, results.keys, [](int64_t key) { return std::to_string(key); });
   out << ",\n\"lines\":{";
   bool first = true;

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "report.h"
-#include "script.h"
 
 namespace quor_host {
 
@@ -25,15 +24,15 @@ struct Results {
   std::vector<Line> lines;
   std::string report;  ///< the library's own JSON texts
   std::string shapes;
+  std::string findings;  ///< a JSON array
 };
 
-/// The failure in words, with the statement it points to.
-void print_failure(std::ostream& out, const Failure& failure,
-                   const std::vector<Statement>& statements);
+/// The report and what there is to say about the script, as one JSON object.
+void print_findings(std::ostream& out, const std::string& report, const std::string& findings);
 
-/// What a sound script needs and gives.
-void print_report(std::ostream& out, const Report& report, const std::vector<Line>& lines,
-                  const std::vector<std::string>& functions,
+/// What a script that compiles needs and gives; `is_sound` if there is nothing to say against it.
+void print_report(std::ostream& out, const Report& report, bool is_sound,
+                  const std::vector<Line>& lines, const std::vector<std::string>& functions,
                   const std::vector<std::string>& drawings);
 
 /// The cells of one column of a table, its title first.
@@ -49,7 +48,8 @@ void print_cells(std::ostream& out, const std::vector<Cells>& columns, size_t le
 /// The last `count` bars of every line, one bar in a row.
 void print_table(std::ostream& out, const Results& results, size_t count);
 
-/// All bars of every line with the report and the drawing records, as one JSON object.
+/// All bars of every line with the report, the findings and the drawing records, as one JSON
+/// object.
 void print_json(std::ostream& out, const Results& results);
 
 }  // namespace quor_host

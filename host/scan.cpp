@@ -5,13 +5,12 @@
 #include <iostream>
 #include <thread>
 
+#include "advice/advice.h"
 #include "console.h"
 #include "errors.h"
-#include "output.h"
-#include "report.h"
+#include "scan_findings.h"
 #include "scan_job.h"
 #include "scan_output.h"
-#include "script.h"
 #include "text.h"
 
 namespace quor_host {
@@ -53,16 +52,13 @@ ScanJob job_of(const ScanOptions& options) {
 }
 
 /// Prints what is wrong with the script, which then serves for no file.
-int print_script_failure(const quor::engine::Failure& failure, const ScanOptions& options,
-                         const ScanJob& job) {
-  Failure shown{failure.code, failure.text, std::nullopt};
-  if (failure.in_condition) {
-    std::cerr << "--where " << options.condition << ": ";
-    print_failure(std::cerr, shown, {});
-  } else {
-    if (failure.statement >= 0) shown.statement = static_cast<size_t>(failure.statement);
-    print_failure(std::cerr, shown, split_script(job.script));
+int print_script_failure(const quor::engine::Script& script, const ScanOptions& options) {
+  const auto findings = findings_of(script);
+  if (script.report().failure.in_condition) {
+    throw HostError("--where " + options.condition + ": " + error_text(findings));
   }
+  const std::string name = options.script_text.empty() ? options.paths.front() : "-e";
+  std::cerr << quor_advice::compiler_text(findings, script.source(), name);
   return exit_failure;
 }
 
@@ -106,7 +102,7 @@ int scan_files(const ScanOptions& options) {
   const ScanJob job = job_of(options);
   const quor::engine::Script script(job.script, job.settings);
   const auto& report = script.report();
-  if (report.failure) return print_script_failure(report.failure, options, job);
+  if (report.failure) return print_script_failure(script, options);
   if (!report.references.empty()) {
     throw HostError("the script reads " + report.references.front().source +
                     ", and a scan has data of each security alone");

@@ -11,7 +11,7 @@
 #include "bars.h"
 #include "errors.h"
 #include "fields.h"
-#include "report.h"
+#include "scan_findings.h"
 
 namespace quor_host {
 namespace {
@@ -75,12 +75,7 @@ class Worker {
     subject_.security = security_of(path);
     script_.restart(subject_);
     feed(bars, path);
-    if (const auto failure = script_.calculate()) {
-      std::string reason = path + ": error " + std::to_string(failure.code) + ": " +
-                           std::string(code_words(failure.code));
-      if (!failure.text.empty()) reason += ": " + failure.text;
-      throw HostError(reason);
-    }
+    if (script_.calculate()) throw HostError(path + ": " + error_text(findings_of(script_)));
     take_rows(rows);
   }
 

@@ -90,4 +90,4 @@ sources() {
   done
 }
 
-folders="include src host examples tests bench fuzz"
+folders="include src advice host examples tests bench fuzz"

@@ -49,10 +49,10 @@ Report report_of(const DataPoolCenter& pool, std::string text) {
 
 struct Script::Body {
   Body(std::string text, Settings given)
-      : source(std::move(text)),
+      : script(std::move(text)),
         settings(std::move(given)),
         parameters(parameters_json(settings.parameters)),
-        outlasts_bars(outlasts_its_bars(source + settings.condition)) {
+        outlasts_bars(outlasts_its_bars(script + settings.condition)) {
     for (const auto& [word, id] : settings.fields) parser.create_reserved_field(word, id);
     parser.pool().listener = &recorder;
     compile();
@@ -60,7 +60,8 @@ struct Script::Body {
 
   void compile() {
     set_subject();
-    report = report_of(parser.pool(), parser.pre_parse(source, parameters, settings.lines));
+    report = report_of(parser.pool(), parser.pre_parse(script, parameters, settings.lines));
+    source = script;
     if (report.failure) return;
     if (!settings.condition.empty()) compile_with_condition();
     if (!report.failure) list_lines();
@@ -68,8 +69,8 @@ struct Script::Body {
 
   /// The script alone has compiled, so that a failure now is the condition's.
   void compile_with_condition() {
-    const std::string whole = with_condition(source, settings.condition);
-    report = report_of(parser.pool(), parser.pre_parse(whole, parameters, settings.lines));
+    source = with_condition(script, settings.condition);
+    report = report_of(parser.pool(), parser.pre_parse(source, parameters, settings.lines));
     report.failure.in_condition = static_cast<bool>(report.failure);
   }
 
@@ -111,7 +112,8 @@ struct Script::Body {
 
   const DataTable& table() { return parser.pool().table(); }
 
-  std::string source;
+  std::string script;
+  std::string source;  ///< the script with the condition
   Settings settings;
   std::string parameters;
   bool outlasts_bars;
@@ -120,6 +122,7 @@ struct Script::Body {
   Report report;
   std::vector<Line> lines;
   std::optional<uint32_t> condition_column;
+  std::string answer;
   std::vector<Event> events;
   std::vector<FieldColumn> columns;  ///< of the intake under way
 };
@@ -131,6 +134,9 @@ Script::Script(Script&&) noexcept = default;
 Script& Script::operator=(Script&&) noexcept = default;
 
 const Report& Script::report() const { return body_->report; }
+const std::string& Script::source() const { return body_->source; }
+const std::string& Script::parameters() const { return body_->parameters; }
+const std::string& Script::answer() const { return body_->answer; }
 
 void Script::set_rows(std::span<const int64_t> keys, std::span<const Field> fields) {
   body_->require_compiled();
@@ -153,6 +159,7 @@ void Script::restart(const Subject& subject) {
   const bool compile_anew = body.needs_compile_for(subject);
   body.settings.subject = subject;
   body.events.clear();
+  body.answer.clear();
   if (compile_anew) {
     body.compile();
   } else {
@@ -167,10 +174,9 @@ Failure Script::calculate(uint32_t first_row, bool with_events) {
   require(first_row <= std::numeric_limits<int32_t>::max(), "no such row");
   body.recorder.clear();
   const CalendarOfThisThread calendar(body.settings.subject.calendar);
-  Failure failure =
-      failure_of_answer(body.parser.exec(static_cast<int32_t>(first_row), with_events));
+  body.answer = body.parser.exec(static_cast<int32_t>(first_row), with_events);
   body.events = body.recorder.events(body.table(), body.parser.drawings());
-  return failure;
+  return failure_of_answer(body.answer);
 }
 
 uint32_t Script::row_count() const { return static_cast<uint32_t>(body_->table().row_count()); }

@@ -139,6 +139,12 @@ class Script {
   Script& operator=(Script&&) noexcept;
 
   const Report& report() const;
+  /// What advice about the script is made from, beside the report's text: the script with the
+  /// condition as its last statement, the parameters as JSON, and the answer of the last
+  /// calculation as the C interface gives it, empty before the first.
+  const std::string& source() const;
+  const std::string& parameters() const;
+  const std::string& answer() const;
 
   /// Takes bars: keys in any order, ascending ones soonest. Of equal keys the last bar wins whole,
   /// keys below 1 are passed over, a known key replaces the needed fields of its bar. Fields that

@@ -67,13 +67,14 @@ quor: 1 of 1 files failed
   market/B.csv: no column for VOL (13), which the script reads' scan -e 'X:V;' market/B.csv
 expect 1 'security  date  X
 quor: 1 of 1 files failed
-  market/B.csv: error 4000: an exception: vector too long' scan -e 'X:STD(C,0-5);' market/B.csv
+  market/B.csv: the period of STD is negative: -5 ("vector too long") (code 4000)' scan -e 'X:STD(C,0-5);' market/B.csv
 
 # What can't be scanned at all.
-expect 1 'error 2: a word that nothing defines: NOTHING
-  in statement 1 (the first is 0), line 2: X:C+NOTHING' scan -e 'Y:=C;
+expect 1 '-e:2:5: error: nothing defines NOTHING (code 2); declare it above, or as a constant: CONST NOTHING:number;
+X:C+NOTHING;
+    ^~~~~~~' scan -e 'Y:=C;
 X:C+NOTHING;' market
-expect 1 '--where Z>1: error 2: a word that nothing defines: Z' scan -e 'X:C;' market --where 'Z>1'
+expect 1 'quor: --where Z>1: nothing defines Z (code 2)' scan -e 'X:C;' market --where 'Z>1'
 expect 1 "quor: the condition 'X;Y' isn't one plain expression" scan -e 'X:C;' market --where 'X;Y'
 expect 1 'quor: the script reads 600000|11, and a scan has data of each security alone' \
   scan -e 'X:"600000$CLOSE";' market
