@@ -108,7 +108,7 @@ class Worker {
 
   /// A null doesn't hold.
   bool holds(uint32_t row) const {
-    if (job_.settings.condition.empty()) return true;
+    if (!script_.has_condition()) return true;
     const double value = script_.column(script_.condition_column())[row];
     return value == value && value != 0.0;
   }

@@ -200,6 +200,8 @@ std::span<const double> Script::column(uint32_t id) const {
 
 const std::vector<Line>& Script::lines() const { return body_->lines; }
 
+bool Script::has_condition() const { return body_->condition_column.has_value(); }
+
 uint32_t Script::condition_column() const {
   require(body_->condition_column.has_value(), "the script has no condition");
   return *body_->condition_column;

@@ -173,6 +173,7 @@ class Script {
   std::span<const double> column(uint32_t id) const;
   /// The named lines in the order of the script.
   const std::vector<Line>& lines() const;
+  bool has_condition() const;
   /// The column of `Settings::condition`. Misuse: a script without one.
   uint32_t condition_column() const;
 

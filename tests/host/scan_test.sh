@@ -92,6 +92,7 @@ if [ -z "$emulator" ]; then
   scan=$!
   exec 3>slow.csv # goes on once the scan has opened the file
   kill -INT "$scan"
+  sleep 1 # until the signal has arrived
   printf 'date,close\n2024-01-02,5\n' >&3
   exec 3>&-
   wait "$scan"
