@@ -7,6 +7,8 @@ build_packages="g++ cmake ninja-build ccache libsimdjson-dev"
 host_packages="libcli11-dev libcsv-dev pkg-config libcairo2-dev libpango1.0-dev"
 font_packages="fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji"
 test_packages="libgtest-dev binutils python3"
+python_packages="python3 python3-dev python3-venv python3-pip python3-setuptools python3-wheel pybind11-dev
+python3-pybind11 python3-numpy python3-pandas python3-pytest python3-distributed python3-tqdm python3-flake8"
 windows_packages="g++-mingw-w64-x86-64-posix cmake ninja-build ccache dpkg-dev googletest libcli11-dev"
 wine_packages="wine wine64"
 format_packages="clang-format-14"
@@ -90,4 +92,4 @@ sources() {
   done
 }
 
-folders="include src advice host examples tests bench fuzz"
+folders="include src advice host python examples tests bench fuzz"

@@ -54,7 +54,9 @@ def need_of(field: int) -> Need:
 class Layout:
     """Which columns of a frame a script reads; worked out once for all frames alike."""
 
-    def __init__(self, needs: Sequence[Need], columns: Mapping[str, Hashable | None] | None) -> None:
+    def __init__(
+        self, needs: Sequence[Need], columns: Mapping[str, Hashable | None] | None
+    ) -> None:
         self._needs = needs
         self._given = {plain(name): label for name, label in (columns or {}).items()}
         self._known: dict[tuple[Hashable, ...], tuple[list, Hashable | None]] = {}
@@ -92,7 +94,9 @@ class Layout:
         fields = [(id_, _numbers(frame[label], label)) for id_, label in places]
         for (_, values), (_, label) in zip(fields, places):
             if len(values) != len(times):
-                raise ValueError(f"column {label!r} has {len(values)} values for {len(times)} times")
+                raise ValueError(
+                    f"column {label!r} has {len(values)} values for {len(times)} bars"
+                )
         if index is None:
             index = pd.DatetimeIndex(times.view(f"datetime64[{_unit(ticks)}]"))
         return Bars(times, ticks, fields, index)
@@ -150,7 +154,7 @@ def _numbers(values: Any, label: Hashable) -> np.ndarray:
         raise ValueError(f"column {label!r} holds {array.dtype}, and no numbers")
     for row, value in enumerate(array):
         if isinstance(value, (str, bytes)):
-            raise ValueError(f"column {label!r} holds text, {value!r} in row {row} (the first is 0)")
+            raise ValueError(f"column {label!r} holds text, such as {value!r} in bar {row}")
     try:
         return np.array([np.nan if pd.isna(value) else float(value) for value in array], np.float64)
     except (TypeError, ValueError) as error:

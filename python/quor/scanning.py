@@ -245,6 +245,6 @@ def _result(lines: list[str], found: dict, failures: dict[Hashable, str]) -> pd.
     if failures:
         name, reason = next(iter(frame.attrs["failures"].items()))
         warnings.warn(
-            f"{len(failures)} of {len(failures) + len(found)} securities failed, {name} among them: "
+            f"{len(failures)} of {len(failures) + len(found)} securities failed, one is {name}: "
             f"{reason}", ScanWarning, stacklevel=3)
     return frame

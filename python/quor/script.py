@@ -108,7 +108,6 @@ class Script:
         self._report = engine.report()
         self._lines = tuple(Line(**line) for line in engine.lines())
         self._needs = needs_of(self._report)
-        self._findings = [Finding(*finding) for finding in engine.findings()]
         self._layouts: dict[Any, Layout] = {}
         self._idle = [engine]
         self._lock = threading.Lock()
@@ -154,7 +153,7 @@ class Script:
     @property
     def findings(self) -> list[Finding]:
         """Advice about the script: what is allowed and yet can't be meant."""
-        return list(self._findings)
+        return [Finding(*finding) for finding in self._spec.engine().findings()]
 
     @property
     def shapes(self) -> list[dict[str, Any]]:
@@ -178,9 +177,9 @@ class Script:
         Parameters
         ----------
         frame : DataFrame or mapping of arrays
-            n bars in any order. The index, or a column called ``date``, ``time`` and the like, holds
-            their times: datetimes of any resolution, in a time zone or in none. Parts of a second
-            are dropped. Columns of fields go by the usual words in any case, such as ``open`` or
+            n bars in any order. The index, or a column called ``date`` or ``time``, holds their
+            times: datetimes of any resolution, in a time zone or in none. Parts of a second are
+            dropped. Columns of fields go by the usual words in any case, such as ``open`` or
             ``Volume``.
         columns : mapping, optional
             The frame's column for a field ("close", "time", ...); None for a field without data,
@@ -189,8 +188,8 @@ class Script:
         Returns
         -------
         DataFrame
-            n rows with the frame's index, float64, a column for each line; NaN is null. Of bars with
-            one time the last counts, and all of them get its values.
+            n rows with the frame's index, float64, a column for each line; NaN is null. Of bars
+            with one time the last counts, and all of them get its values.
 
         Raises
         ------
@@ -320,7 +319,7 @@ def times_of_keys(keys: np.ndarray, zone: Any = None) -> pd.DatetimeIndex:
 
 
 def check_times(bars: Bars, rows: int) -> None:
-    """Refuses bars that the engine can't tell apart. Bars with one and the same time are repeats."""
+    """Refuses bars that the engine can't tell apart. Bars of one and the same time may come."""
     if len(np.unique(bars.times)) != rows:
         raise ValueError("different times fall into one second, and the engine counts in seconds")
 
@@ -329,14 +328,15 @@ _RECORD_KEY = re.compile(r'[{,]"(\w+)":')
 
 
 def record_of(text: str) -> dict[str, Any]:
-    """A drawing record. The engine doesn't escape quotes in titles, which JSON would want."""
+    """A drawing record. The engine doesn't escape what JSON would want escaped in texts."""
     try:
         return json.loads(text)
     except ValueError:
         marks = list(_RECORD_KEY.finditer(text))
         ends = [mark.start() for mark in marks[1:]] + [len(text) - 1]
-        cells = ((mark.group(1), text[mark.end():end]) for mark, end in zip(marks, ends))
-        return {key: cell[1:-1] if cell.startswith('"') else json.loads(cell) for key, cell in cells}
+        cells = {mark.group(1): text[mark.end():end] for mark, end in zip(marks, ends)}
+        return {key: cell[1:-1] if cell.startswith('"') else json.loads(cell)
+                for key, cell in cells.items()}
 
 
 def _cells(fields: Mapping[str, float]) -> dict[str, np.ndarray]:

@@ -73,7 +73,7 @@ class Engine {
       script_.set_rows(keys_, fields);
       if (keys_.empty()) return true;
       const auto first = script_.row_of(*std::ranges::min_element(keys_));
-      return !script_.calculate(first.value_or(0), with_events);
+      return calculate(first.value_or(0), with_events);
     });
   }
 
@@ -127,7 +127,8 @@ class Engine {
   py::array_t<int64_t> keys(uint32_t first) {
     const std::lock_guard guard(lock_);
     std::vector<int64_t> keys;
-    for (uint32_t row = first; row < script_.row_count(); ++row) keys.push_back(script_.key_of(row));
+    for (uint32_t row = first; row < script_.row_count(); ++row)
+      keys.push_back(script_.key_of(row));
     return array_of(keys);
   }
 
@@ -189,6 +190,7 @@ class Engine {
   /// condition has no place in the script.
   std::optional<py::tuple> error() {
     const std::lock_guard guard(lock_);
+    if (!script_.report().failure && !run_failed_) return std::nullopt;
     for (quor_advice::Finding& finding : advise()) {
       if (finding.severity != quor_advice::Severity::error) continue;
       if (script_.report().failure.in_condition) finding.line = finding.column = 0;
@@ -222,7 +224,12 @@ class Engine {
     fill_keys(times, ticks, keys_);
     script_.clear_rows();
     script_.set_rows(keys_, fields);
-    return !script_.calculate(0, with_events);
+    return calculate(0, with_events);
+  }
+
+  bool calculate(uint32_t first, bool with_events) {
+    run_failed_ = static_cast<bool>(script_.calculate(first, with_events));
+    return !run_failed_;
   }
 
   bool holds(uint32_t row) const {
@@ -262,6 +269,7 @@ class Engine {
   std::mutex lock_;  ///< guards all below
   quor::engine::Subject subject_;
   Script script_;
+  bool run_failed_ = false;
   std::vector<int64_t> keys_;  ///< of the last bars taken in, in their order
 };
 

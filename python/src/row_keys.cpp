@@ -29,8 +29,7 @@ constexpr Division floor_divide(int64_t value, int64_t by) {
 int64_t key_of_day(int64_t day) {
   const std::chrono::year_month_day date{
       std::chrono::sys_days{std::chrono::days{static_cast<int32_t>(day)}}};
-  return (int64_t{int{date.year()}} * 10000 + unsigned{date.month()} * 100 +
-          unsigned{date.day()}) *
+  return (int64_t{int{date.year()}} * 10000 + unsigned{date.month()} * 100 + unsigned{date.day()}) *
          1000000;
 }
 
@@ -60,9 +59,9 @@ pybind11::array_t<int64_t> seconds_of_keys(const pybind11::array_t<int64_t>& key
   for (pybind11::ssize_t i = 0; i < keys.size(); ++i) {
     const int64_t key = keys.at(i);
     const auto part = [key](int64_t unit) { return static_cast<unsigned>(key / unit % 100); };
-    const std::chrono::sys_days day{
-        std::chrono::year{static_cast<int>(key / 10000000000)} /
-        std::chrono::month{part(100000000)} / std::chrono::day{part(1000000)}};
+    const std::chrono::sys_days day{std::chrono::year{static_cast<int>(key / 10000000000)} /
+                                    std::chrono::month{part(100000000)} /
+                                    std::chrono::day{part(1000000)}};
     seconds.mutable_at(i) = int64_t{day.time_since_epoch().count()} * day_seconds +
                             part(10000) * 3600 + part(100) * 60 + part(1);
   }
