@@ -10,6 +10,7 @@
 #include <charconv>
 #include <iterator>
 #include <random>
+#include <thread>
 
 #include "support/vectors.h"
 #include "tables/field_table.h"
@@ -211,6 +212,29 @@ TEST(Engine, CalculatesAConditionBesideTheLines) {
     EXPECT_THROW(Script("M:MA(C,N);", settings), Misuse) << more;
   }
   EXPECT_THROW(Script("A:=C;").condition_column(), Misuse);
+}
+
+TEST(Engine, ScriptsOnManyThreadsHearTheirOwnEventsOnly) {
+  std::vector<std::thread> threads;
+  for (size_t number = 1; number <= 6; ++number) {
+    threads.emplace_back([number] {
+      Script script("C>0,BK(" + std::to_string(number) + ");CROSS(C,0),NOTICE('up');");
+      std::vector<int64_t> keys;
+      for (size_t bar = 1; bar <= number * 10; ++bar) keys.push_back(static_cast<int64_t>(bar));
+      const Series close(keys.size(), 1.0);
+      const Field fields[] = {{11, close}};
+      for (int round = 0; round < 50; ++round) {
+        script.restart({});
+        script.set_rows(keys, fields);
+        ASSERT_FALSE(script.calculate(0, true));
+        ASSERT_EQ(script.events().size(), keys.size());
+        for (const auto& event : script.events()) {
+          ASSERT_EQ(event.quantity, static_cast<int64_t>(number));
+        }
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
 }
 
 TEST(Engine, ARunThatFailsSaysWhere) {

@@ -11,18 +11,15 @@ namespace {
 constexpr int64_t day_seconds = 86400;
 constexpr int64_t no_time = std::numeric_limits<int64_t>::min();
 
-struct Division {
-  int64_t quotient;
-  int64_t remainder;  ///< never negative
-};
-
-constexpr Division floor_divide(int64_t value, int64_t by) {
-  const int64_t remainder = (value % by + by) % by;
-  return {(value - remainder) / by, remainder};
-}
-
 [[noreturn]] void refuse(size_t bar, const char* what) {
   throw std::invalid_argument("bar " + std::to_string(bar) + " (the first is 0) " + what);
+}
+
+/// hhmmss of a part of a day.
+int64_t clock_of(int64_t part, int64_t ticks) {
+  if (part == 0) return 0;
+  const int64_t second = part / ticks;
+  return second / 3600 * 10000 + second / 60 % 60 * 100 + second % 60;
 }
 
 /// YYYYMMDD000000 of a day since 1970.
@@ -38,19 +35,21 @@ int64_t key_of_day(int64_t day) {
 void fill_keys(std::span<const int64_t> times, int64_t ticks, std::vector<int64_t>& keys) {
   constexpr int64_t first_day = -719162;  // 0001-01-01
   constexpr int64_t last_day = 2932896;   // 9999-12-31
+  const int64_t ticks_of_day = ticks * day_seconds;
   keys.resize(times.size());
   int64_t known_day = no_time;
   int64_t known_key = 0;
   for (size_t bar = 0; bar < times.size(); ++bar) {
-    if (times[bar] == no_time) refuse(bar, "has no time");
-    const Division day = floor_divide(floor_divide(times[bar], ticks).quotient, day_seconds);
-    if (day.quotient < first_day || day.quotient > last_day) refuse(bar, "has a year out of range");
-    if (day.quotient != known_day) {
-      known_day = day.quotient;
-      known_key = key_of_day(known_day);
+    const int64_t time = times[bar];
+    if (time == no_time) refuse(bar, "has no time");
+    // The day begins at or before the time, also before 1970.
+    const int64_t day = time / ticks_of_day - (time % ticks_of_day < 0 ? 1 : 0);
+    if (day < first_day || day > last_day) refuse(bar, "has a year out of range");
+    if (day != known_day) {
+      known_day = day;
+      known_key = key_of_day(day);
     }
-    const int64_t second = day.remainder;
-    keys[bar] = known_key + second / 3600 * 10000 + second / 60 % 60 * 100 + second % 60;
+    keys[bar] = known_key + clock_of(time - day * ticks_of_day, ticks);
   }
 }
 
