@@ -15,6 +15,10 @@ endif()
 unset(simdjson_DIR CACHE)
 find_package(simdjson REQUIRED PATHS ${libraries} NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
 
+# Its header lays out a parser otherwise where a compiler is told of threads, as Cairo has it told.
+set_property(TARGET simdjson::simdjson APPEND PROPERTY
+  INTERFACE_COMPILE_DEFINITIONS SIMDJSON_THREADS_ENABLED=1)
+
 # The CSV library comes without a CMake package.
 set(there PATHS ${libraries} NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH NO_CACHE REQUIRED)
 find_path(csv_include csv.h PATH_SUFFIXES include ${there})

@@ -139,6 +139,56 @@ double read_value(const CsvRow& row, size_t position, const std::string& name) {
   return *value;
 }
 
+/// Reads the rows of one file into its bars.
+class BarReader {
+ public:
+  explicit BarReader(const std::string& name) : name_(name) {}
+
+  void take(const CsvRow& row) {
+    if (!layout_) {
+      layout_ = read_header(row, name_);
+      for (const auto& [position, id] : layout_->fields) values_.push_back(&bars_.columns[id]);
+      return;
+    }
+    if (row.cells.size() != layout_->width) {
+      fail(
+          name_, row.line,
+          std::to_string(row.cells.size()) + " cells instead of " + std::to_string(layout_->width));
+    }
+    const int64_t key = read_key(row, *layout_, name_);
+    refuse_known(key, row);
+    bars_.keys.push_back(key);
+    lines_.push_back(row.line);
+    for (size_t i = 0; i < values_.size(); ++i) {
+      values_[i]->push_back(read_value(row, layout_->fields[i].first, name_));
+    }
+  }
+
+  Bars bars() {
+    if (!layout_) throw HostError(name_ + ": no line with the names of the columns");
+    if (bars_.keys.empty()) throw HostError(name_ + ": no bars");
+    return std::move(bars_);
+  }
+
+ private:
+  /// Keys mostly ascend; the first that doesn't brings the index of all.
+  void refuse_known(int64_t key, const CsvRow& row) {
+    if (index_.empty()) {
+      if (bars_.keys.empty() || key > bars_.keys.back()) return;
+      for (size_t i = 0; i < lines_.size(); ++i) index_.emplace(bars_.keys[i], lines_[i]);
+    }
+    const auto [other, is_new] = index_.emplace(key, row.line);
+    if (!is_new) fail(name_, row.line, "same date as in line " + std::to_string(other->second));
+  }
+
+  const std::string& name_;
+  std::optional<Layout> layout_;
+  Bars bars_;
+  std::vector<std::vector<double>*> values_;   ///< of the layout's fields
+  std::vector<size_t> lines_;                  ///< of the keys
+  std::unordered_map<int64_t, size_t> index_;  ///< key to line; empty while the keys ascend
+};
+
 }  // namespace
 
 std::optional<int64_t> parse_key(std::string_view text) {
@@ -168,27 +218,9 @@ std::string key_text(int64_t key, bool with_time) {
 Bars read_bars(const std::string& path) { return parse_bars(read_input(path), input_name(path)); }
 
 Bars parse_bars(std::string_view text, const std::string& name) {
-  const std::vector<CsvRow> rows = read_csv(text, name);
-  if (rows.empty()) throw HostError(name + ": no line with the names of the columns");
-  const Layout layout = read_header(rows.front(), name);
-  Bars bars;
-  std::unordered_map<int64_t, size_t> lines;
-  for (size_t i = 1; i < rows.size(); ++i) {
-    const CsvRow& row = rows[i];
-    if (row.cells.size() != layout.width) {
-      fail(name, row.line,
-           std::to_string(row.cells.size()) + " cells instead of " + std::to_string(layout.width));
-    }
-    const int64_t key = read_key(row, layout, name);
-    const auto [other, is_new] = lines.emplace(key, row.line);
-    if (!is_new) fail(name, row.line, "same date as in line " + std::to_string(other->second));
-    bars.keys.push_back(key);
-    for (const auto& [position, id] : layout.fields) {
-      bars.columns[id].push_back(read_value(row, position, name));
-    }
-  }
-  if (bars.keys.empty()) throw HostError(name + ": no bars");
-  return bars;
+  BarReader reader(name);
+  read_csv(text, name, [&reader](const CsvRow& row) { reader.take(row); });
+  return reader.bars();
 }
 
 std::string rows_json(const Bars& bars, const std::vector<uint32_t>& fields) {

@@ -44,9 +44,13 @@ void prepare_streams() {
   _setmode(_fileno(stderr), _O_BINARY);
 }
 
+bool is_watched() { return _isatty(_fileno(stderr)) != 0; }
+
 }  // namespace quor_host
 
 #else
+
+#include <unistd.h>
 
 namespace quor_host {
 
@@ -55,6 +59,8 @@ std::vector<std::string> utf8_arguments(int argc, char** argv) {
 }
 
 void prepare_streams() {}
+
+bool is_watched() { return isatty(STDERR_FILENO) != 0; }
 
 }  // namespace quor_host
 

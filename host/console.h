@@ -12,4 +12,7 @@ std::vector<std::string> utf8_arguments(int argc, char** argv);
 /// Makes both outputs take UTF-8, and all streams leave line ends as they are.
 void prepare_streams();
 
+/// Whether a person sees what goes to the error output.
+bool is_watched();
+
 }  // namespace quor_host

@@ -8,11 +8,13 @@
 #include "console.h"
 #include "help.h"
 #include "period.h"
+#include "scan.h"
 #include "usage.h"
 
 namespace {
 
 using quor_host::Options;
+using quor_host::ScanOptions;
 
 constexpr int exit_failure = 1;
 constexpr int exit_usage = 2;
@@ -173,6 +175,43 @@ void add_help(CLI::App& app, quor_host::HelpOptions& options) {
   help.add_flag("--index", options.prints_index, "Print the index of words in Markdown")->group("");
 }
 
+void add_scan(CLI::App& app, ScanOptions& options) {
+  CLI::App& scan = *app.add_subcommand(
+      "scan",
+      "Run a script over many securities, a file of bars each, and print the latest values");
+  scan.add_option("SCRIPT", options.paths,
+                  "File with the script; then files of bars, or folders with such files (*.csv). A "
+                  "security has the name of its file")
+      ->type_name("FILES|FOLDERS...")
+      ->required();
+  scan.add_option("-e", options.script_text, "The script itself, in place of a file")
+      ->type_name("TEXT");
+  scan.add_option(
+          "--where", options.condition,
+          "Only bars at which this expression over the script's lines holds, such as 'BUY=1'")
+      ->type_name("TEXT");
+  scan.add_option("--last", options.last, "How many bars of each security to look at")
+      ->type_name("N")
+      ->capture_default_str();
+  scan.add_option("--set", options.parameters, "A parameter of the script; may be repeated")
+      ->type_name("NAME=NUMBER")
+      ->expected(1)
+      ->take_all();
+  scan.add_option("--period", options.period, "Period code of the bars")
+      ->type_name("CODE")
+      ->default_str("0x4000");
+  scan.add_option("--market", options.market, "The market of all securities")->type_name("WORD");
+  scan.add_option("--jobs", options.jobs,
+                  "How many files at a time; by default as many as there are "
+                  "processors")
+      ->type_name("K");
+  scan.add_option("--sort", options.sort_line, "Sort by the values of this line, smallest first")
+      ->type_name("NAME");
+  scan.add_flag("--reverse", options.reverse, "Sort the other way round");
+  auto* const csv = scan.add_flag("--csv", options.as_csv, "Print comma-separated values");
+  scan.add_flag("--json", options.as_json, "Print JSON")->excludes(csv);
+}
+
 /// How often the option is given; 0 for a command without it.
 size_t count(const CLI::App& command, const std::string& option) {
   const CLI::Option* const found = command.get_option_no_throw(option);
@@ -207,6 +246,7 @@ int main(int argc, char** argv) {
     CLI::App app("Compiles indicator scripts and runs them over bars of a security.", "quor");
     Options options;
     quor_host::HelpOptions help;
+    ScanOptions scan;
     app.require_subcommand(1);
     app.allow_windows_style_options(false);  // a path may begin with a slash on any system
     app.footer(footer);
@@ -216,6 +256,7 @@ int main(int argc, char** argv) {
 #ifdef QUOR_CHART
     add_chart(app, options);
 #endif
+    add_scan(app, scan);
     add_help(app, help);
     try {
       // The parser takes them from the back.
@@ -227,6 +268,7 @@ int main(int argc, char** argv) {
     }
     const CLI::App& command = *app.get_subcommands().front();
     if (command.get_name() == "help") return print_help(app, help) ? 0 : exit_failure;
+    if (command.get_name() == "scan") return scan_files(scan);
     return run_command(command, options, argv);
   } catch (const std::exception& error) {
     std::cerr << "quor: " << error.what() << '\n';

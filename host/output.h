@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,16 @@ void print_findings(std::ostream& out, const std::string& report, const std::str
 void print_report(std::ostream& out, const Report& report, bool is_sound,
                   const std::vector<Line>& lines, const std::vector<std::string>& functions,
                   const std::vector<std::string>& drawings);
+
+/// The cells of one column of a table, its title first.
+using Cells = std::vector<std::string>;
+
+/// Numbers with as many decimals as their size asks for, and dates.
+Cells number_cells(const std::string& name, std::span<const double> values);
+Cells key_cells(std::span<const int64_t> keys);
+
+/// Columns of one length beside each other, the first `left_columns` to the left.
+void print_cells(std::ostream& out, const std::vector<Cells>& columns, size_t left_columns);
 
 /// The last `count` bars of every line, one bar in a row.
 void print_table(std::ostream& out, const Results& results, size_t count);

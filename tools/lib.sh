@@ -10,6 +10,8 @@ font_packages="fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji"
 test_packages="libgtest-dev binutils python3 mono-mcs mono-runtime"
 windows_packages="g++-mingw-w64-x86-64-posix cmake ninja-build ccache dpkg-dev googletest libcli11-dev llvm-14"
 windows_test_packages="clang-14 lld-14"
+python_packages="python3 python3-dev python3-venv python3-pip python3-setuptools python3-wheel pybind11-dev
+python3-pybind11 python3-numpy python3-pandas python3-pytest python3-distributed python3-tqdm python3-flake8"
 wine_packages="wine wine64"
 format_packages="clang-format-14"
 tidy_packages="clang-tidy-14"
@@ -93,4 +95,4 @@ sources() {
   done
 }
 
-folders="include src advice host examples tests bench fuzz"
+folders="include src advice host python examples tests bench fuzz"

@@ -2,10 +2,20 @@
 # Installs what is missing, builds and makes the packages in dist/. Prints their names.
 #   tools/package.sh            packages for Debian and an archive for any Linux
 #   tools/package.sh windows    an archive
+#   tools/package.sh python     a wheel
 set -u
 . "$(dirname "$0")/lib.sh"
 
 preset=${1:-release}
+if [ "$preset" = python ]; then
+  python=/usr/bin/python3
+  [ -x "$python" ] || python=python3
+  need_packages $build_packages $python_packages
+  "$python" -m pip wheel --quiet --no-build-isolation --no-deps --no-index \
+    --disable-pip-version-check -w dist ./python || die "the wheel could not be made"
+  ls dist/quor-*.whl
+  exit
+fi
 if [ "$preset" = windows ]; then
   need_packages $windows_packages
 else
