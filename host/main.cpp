@@ -50,6 +50,12 @@ script over bars from a pipe, for a spreadsheet.
   cat bars.csv | quor run averages.quor --bars - --csv >lines.csv
 )";
 
+constexpr auto scan_examples = R"(
+Example: the securities of a folder whose close has come to stand above its average.
+
+  quor scan -e 'BUY:CROSS(C,MA(C,20));' bars/ --where 'BUY=1' --last 5
+)";
+
 constexpr auto chart_examples = R"(
 Example: the last 250 bars with the lines of a script.
 
@@ -146,8 +152,9 @@ void add_run(CLI::App& app, Options& options) {
   add_bar_options(run, options);
   run.add_option("--last", options.last, "How many bars to print; 10 by default, all with --csv")
       ->type_name("N");
-  auto* const json = run.add_flag("--json", options.as_json,
-                                  "Print all bars, the report, the findings and the drawings as JSON");
+  auto* const json =
+      run.add_flag("--json", options.as_json,
+                   "Print all bars, the report, the findings and the drawings as JSON");
   run.add_flag("--csv", options.as_csv,
                "Print comma-separated values in full precision, null as an empty cell")
       ->excludes(json);
@@ -179,6 +186,7 @@ void add_scan(CLI::App& app, ScanOptions& options) {
   CLI::App& scan = *app.add_subcommand(
       "scan",
       "Run a script over many securities, a file of bars each, and print the latest values");
+  scan.footer(scan_examples);
   scan.add_option("SCRIPT", options.paths,
                   "File with the script; then files of bars, or folders with such files (*.csv). A "
                   "security has the name of its file")
@@ -197,9 +205,10 @@ void add_scan(CLI::App& app, ScanOptions& options) {
       ->type_name("NAME=NUMBER")
       ->expected(1)
       ->take_all();
-  scan.add_option("--period", options.period, "Period code of the bars")
-      ->type_name("CODE")
-      ->default_str("0x4000");
+  scan.add_option("--period", options.period,
+                  "Period of the bars: 5min, day, week, ..., or its code")
+      ->type_name("NAME")
+      ->default_str("day");
   scan.add_option("--market", options.market, "The market of all securities")->type_name("WORD");
   scan.add_option("--jobs", options.jobs,
                   "How many files at a time; by default as many as there are "

@@ -1,6 +1,9 @@
 /* As src/platform/old_glibc.c, what a program needs beyond it. */
 #define _GNU_SOURCE
+#include <errno.h>
+#include <pthread.h>
 #include <sys/stat.h>
+#include <time.h>
 
 /* NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp) */
 
@@ -21,6 +24,41 @@ int __wrap_lstat(const char* path, struct stat* status) {
 }
 int __wrap_fstat64(int file, struct stat64* status) {
   return __fxstat64(stat_version, file, status);
+}
+
+/* Threads, as in src/platform/old_glibc.c. */
+__asm__(".symver old_create,pthread_create@GLIBC_2.2.5");
+__asm__(".symver old_join,pthread_join@GLIBC_2.2.5");
+__asm__(".symver old_timedwait,pthread_cond_timedwait@GLIBC_2.3.2");
+int old_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*routine)(void*),
+               void* argument);
+int old_join(pthread_t thread, void** result);
+int old_timedwait(pthread_cond_t* condition, pthread_mutex_t* lock, const struct timespec* until);
+int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
+                          void* (*routine)(void*), void* argument);
+int __wrap_pthread_join(pthread_t thread, void** result);
+int __wrap_pthread_cond_clockwait(pthread_cond_t* condition, pthread_mutex_t* lock, clockid_t clock,
+                                  const struct timespec* until);
+
+int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
+                          void* (*routine)(void*), void* argument) {
+  return old_create(thread, attributes, routine, argument);
+}
+int __wrap_pthread_join(pthread_t thread, void** result) { return old_join(thread, result); }
+
+enum { nanoseconds = 1000000000 };
+
+/* Older systems wait by the wall clock only, so the time that is left is told by that one. */
+int __wrap_pthread_cond_clockwait(pthread_cond_t* condition, pthread_mutex_t* lock, clockid_t clock,
+                                  const struct timespec* until) {
+  struct timespec now;
+  struct timespec end;
+  if (clock_gettime(clock, &now) != 0 || clock_gettime(CLOCK_REALTIME, &end) != 0) return EINVAL;
+  end.tv_sec += until->tv_sec - now.tv_sec;
+  end.tv_nsec += until->tv_nsec - now.tv_nsec;
+  while (end.tv_nsec < 0) end.tv_nsec += nanoseconds, --end.tv_sec;
+  while (end.tv_nsec >= nanoseconds) end.tv_nsec -= nanoseconds, ++end.tv_sec;
+  return old_timedwait(condition, lock, &end);
 }
 
 /* The start of a program. Newer C libraries run its constructors by themselves; the older symbol

@@ -8,6 +8,7 @@
 #include "advice/advice.h"
 #include "console.h"
 #include "errors.h"
+#include "period.h"
 #include "scan_findings.h"
 #include "scan_job.h"
 #include "scan_output.h"
@@ -40,7 +41,9 @@ ScanJob job_of(const ScanOptions& options) {
   for (const std::string& text : options.parameters) {
     job.settings.parameters.push_back(parameter_of(text));
   }
-  job.settings.subject.period = options.period;
+  const auto period = options.period.empty() ? period_of_a_day : parse_period(options.period);
+  if (!period) throw HostError("--period " + options.period + ": no known period");
+  job.settings.subject.period = *period;
   job.settings.subject.market = options.market;
   job.settings.condition = options.condition;
   job.files = bar_files(paths);

@@ -81,11 +81,13 @@ TEST(WordHelp, numbers_of_arguments_are_those_that_compile) {
           << help.word << ' ' << count;
     }
     if (help.most >= 0) {
-      EXPECT_EQ(code_for(script_with(help, end)), quor::error_code(quor::Status::argument_count)) << help.word;
+      EXPECT_EQ(code_for(script_with(help, end)), quor::error_code(quor::Status::argument_count))
+          << help.word;
     }
     // A notice without its name is refused for its form.
     if (help.least > 0 && help.word != "NOTICE") {
-      EXPECT_EQ(code_for(script_with(help, help.least - 1)), quor::error_code(quor::Status::argument_count))
+      EXPECT_EQ(code_for(script_with(help, help.least - 1)),
+                quor::error_code(quor::Status::argument_count))
           << help.word;
     }
   }

@@ -1,5 +1,5 @@
 # Completion of quor for fish.
-set -l commands check run chart help
+set -l commands check run chart scan help
 set -l scripts check run chart
 
 complete -c quor -n "not __fish_seen_subcommand_from $commands" -f
@@ -35,4 +35,17 @@ complete -c quor -n '__fish_seen_subcommand_from chart' -l size -x -d 'Width and
 complete -c quor -n '__fish_seen_subcommand_from chart' -l theme -x -a 'light dark' -d 'Colours'
 complete -c quor -n '__fish_seen_subcommand_from chart' -l no-volume -d 'Leave out the volume'
 
-complete -c quor -n '__fish_seen_subcommand_from help' -f -a 'check run chart help (quor help --list 2>/dev/null)'
+set -l market '__fish_seen_subcommand_from scan'
+complete -c quor -n $market -s e -x -d 'The script itself'
+complete -c quor -n $market -l set -x -d 'A number for the script'
+complete -c quor -n $market -l period -x -d 'Period of the bars'
+complete -c quor -n $market -l market -x -d 'Market of all securities'
+complete -c quor -n $market -l last -x -d 'How many bars of each security'
+complete -c quor -n $market -l where -x -d 'Only bars at which this holds'
+complete -c quor -n $market -l jobs -x -d 'How many files at a time'
+complete -c quor -n $market -l sort -x -d 'Sort by the values of this line'
+complete -c quor -n $market -l reverse -d 'Sort the other way round'
+complete -c quor -n $market -l csv -d 'Print comma-separated values'
+complete -c quor -n $market -l json -d 'Print JSON'
+
+complete -c quor -n '__fish_seen_subcommand_from help' -f -a 'check run chart scan help (quor help --list 2>/dev/null)'
