@@ -71,6 +71,11 @@ void BenchHost::calculate(uint32_t first_row) const {
   expect_success(exec_parser_cal(handle_, first_row, 0, &length));
 }
 
+void BenchHost::calculate_unread(uint32_t first_row) const {
+  uint32_t length = 0;
+  release_ptr_val(exec_parser_cal(handle_, first_row, 0, &length));
+}
+
 void BenchHost::clear() const { clear_data(handle_); }
 
 uint32_t BenchHost::row_count() const { return get_row_num(handle_); }

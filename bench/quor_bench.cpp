@@ -129,6 +129,50 @@ void print_intake() {
   }
 }
 
+/// One forming bar comes in, is calculated and read. The yardstick is what the JSON library alone
+/// needs for the text, with a parser and a buffer that it keeps, and the calculation.
+void print_tick() {
+  constexpr int many = 10000;
+  constexpr size_t rows = 10000;
+  const BenchHost host;
+  host.compile("A:=O+H+L+C+V+AMOUNT;B:MA(C,5);");
+  host.feed(random_walk(0, rows));
+  host.calculate(0);
+  const int32_t column = host.column_of("B");
+  constexpr auto last = static_cast<uint32_t>(rows - 1);
+  std::string bar = random_walk(last, rows);
+  bar.insert(bar.size() - 2, ",\"19\":123456.5");
+  simdjson::dom::parser parser;
+  std::string padded = bar;
+  padded.reserve(bar.size() + simdjson::SIMDJSON_PADDING);
+  volatile double sink = 0.0;
+  const double parse = quickest_of_many(many, [&] {
+    double sum = 0.0;
+    for (const auto fields : simdjson::dom::array(parser.parse(padded.data(), bar.size(), false))) {
+      for (const auto field : simdjson::dom::object(fields)) {
+        sum += field.value.is_double() ? double(field.value)
+                                       : static_cast<double>(int64_t(field.value));
+      }
+    }
+    sink = sum;
+  });
+  const double calculation = quickest_of_many(many, [&] { host.calculate_unread(last); });
+  const double tick = quickest_of_many(many, [&] {
+    host.feed(bar);
+    host.calculate_unread(last);
+    sink = host.value(last, column);
+  });
+  const BenchHost lean;
+  lean.compile("B:=MA(C,5);");
+  lean.feed(random_walk(0, rows));
+  lean.calculate(0);
+  const double one_line = quickest_of_many(many, [&] { lean.calculate_unread(last); });
+  std::printf("\n%-20s %10s %10s %10s %6s %10s\n", "one forming bar, ns", "JSON alone",
+              "calculated", "in all", "ratio", "one line");
+  std::printf("%-20s %10.0f %10.0f %10.0f %6.2f %10.0f\n", "", parse * 1e9, calculation * 1e9,
+              tick * 1e9, tick / (parse + calculation), one_line * 1e9);
+}
+
 void print_reading() {
   const BenchHost host;
   host.compile("A:=MA(C,20);");
@@ -221,6 +265,7 @@ int main(int count, char** arguments) {
   }
   quor_bench::print_indicators();
   quor_bench::print_intake();
+  quor_bench::print_tick();
   quor_bench::print_reading();
   quor_bench::print_the_rest();
   return 0;

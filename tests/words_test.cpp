@@ -6,25 +6,12 @@
 #include <string>
 
 #include "support/test_host.h"
-#include "support/word_calls.h"
+#include "support/word_statements.h"
 #include "tables/function_sets.h"
 #include "tables/function_table.h"
 
 namespace quor_test {
 namespace {
-
-/// The call of a word; empty if the groups have forgotten it.
-std::string call_of(std::string_view word) {
-  if (quor::BareFunctionSet.contains(word)) return std::string(word);
-  if (quor::TradeSignalSet.contains(word)) return "C>O," + std::string(word);
-  if (word == "NOTICE") return "C>O,NOTICE('name')";
-  for (const auto& [words, arguments] : word_groups) {
-    const std::string padded = " " + std::string(words) + " ";
-    if (padded.find(" " + std::string(word) + " ") == std::string::npos) continue;
-    return std::string(word) + "(" + std::string(arguments) + ")";
-  }
-  return {};
-}
 
 double one(const char*, const char*, const char*) { return 1.0; }
 
@@ -50,15 +37,12 @@ TEST(Words, EveryOneAnswers) {
   const Bars bars = waves();
   for (const auto& [word, id] : quor::FunctionIdTable()) {
     if (word == "ZIG") continue;
-    const std::string call = call_of(word);
-    ASSERT_FALSE(call.empty()) << word;
+    const std::string call = statement_of(word);
     TestHost host;
     host.set_info(0x3000, "600000", "USHA");
     set_get_extra_data_callback(host.handle(), one);
     const bool acts = quor::OutputFunctionSet.contains(word);
-    // SOUND with nothing in front of it is a short form without its condition.
-    const bool stands_alone = acts && word != "SOUND";
-    const Report report = host.compile((stands_alone ? call : "A:=" + call) + ";");
+    const Report report = host.compile(call);
     ASSERT_EQ(report.code, 0) << call << ' ' << report.text;
     host.feed(bars);
     EXPECT_EQ(host.run(), success) << call;

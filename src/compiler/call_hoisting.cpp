@@ -7,6 +7,7 @@
 
 #include "compiler/expressions.h"
 #include "compiler/tokenizer.h"
+#include "core/lowering.h"
 #include "core/status.h"
 #include "drawing/colour_text.h"
 #include "functions/registry.h"
@@ -34,7 +35,7 @@ std::string_view declared_name(std::string_view text) {
 
 bool names_reserved_field(const DataPoolCenter& pool, std::string_view piece) {
   // TIME is a field and a function; in a script it is always the function.
-  return piece != "TIME" && pool.find_reserved(piece) != nullptr;
+  return piece != "TIME" && pool.script.find_reserved(piece) != nullptr;
 }
 
 /// Where parentheses close, found without walking the text anew for every word.
@@ -205,12 +206,12 @@ class Hoisting {
     call.function_id = function.id();
     call.function = &function;
     call.line = line_;
-    call.name = pool.next_hidden_name();
+    call.name = pool.script.next_hidden_name();
     if (function.uses_result_column()) {
       call.column_id = pool.table().take_auxiliary_id();
       call.column_index = pool.table().add_column(call.column_id);
     }
-    pool.list_variable(call);
+    pool.script.list(call);
     return call;
   }
 
@@ -222,7 +223,7 @@ class Hoisting {
         build_elements(context_, {call.text, VariableKind::call, line_, parent_column_id},
                        whole_series, elements, error_);
     if (failed(status)) return status;
-    call.set_elements(std::move(elements));
+    set_elements(call, std::move(elements));
     call.whole_series = whole_series;
     return Status::ok;
   }
@@ -257,7 +258,7 @@ class Hoisting {
     if (failed(status)) return status;
     // A plain word or a quoted text finds itself; it has no expression.
     const bool itself = elements.size() == 2 && elements[0].variable == &argument;
-    argument.set_elements(itself ? std::vector<MathElement>() : std::move(elements));
+    set_elements(argument, itself ? std::vector<MathElement>() : std::move(elements));
     argument.whole_series = whole_series;
     if (whole_series) {
       call.whole_series = true;
@@ -271,12 +272,12 @@ class Hoisting {
   /// The field, the name or the earlier argument that an argument is, by its text as written and as
   /// an expression has it; null if it is a variable of its own.
   Variable* find_shared(std::string_view piece, std::string_view text) const {
-    const DataPoolCenter& pool = context_.pool;
-    Variable* found = pool.find_with_column(piece);
+    const CompiledScript& script = context_.script;
+    Variable* found = script.find_with_column(piece);
     if (found == nullptr || (found->reserved && found->name == text)) return found;
     // A constant of the name goes before it, and period and market may change a field word.
-    if (!found->reserved) return context_.constants.contains(piece) ? nullptr : found;
-    return pool.find_variable(text, [text](const Variable& field) {
+    if (!found->reserved) return script.constants.contains(piece) ? nullptr : found;
+    return script.find_variable(text, [text](const Variable& field) {
       return field.reserved && field.name == text && field.column_id != no_column;
     });
   }
@@ -286,16 +287,16 @@ class Hoisting {
     Variable& argument = pool.make_variable();
     argument.line = line_;
     argument.text = text;
-    argument.name = pool.next_hidden_name();
+    argument.name = pool.script.next_hidden_name();
     const auto number = to_number(text);
     argument.kind = number ? VariableKind::number : VariableKind::expression;
     argument.value = number.value_or(0.0);
-    pool.list_variable(argument);
+    pool.script.list(argument);
     if (number) return argument;
-    const auto [entry, added] = context_.argument_variables.try_emplace(text, &argument);
+    const auto [entry, added] = context_.script.argument_variables.try_emplace(text, &argument);
     argument.column_id =
-        added ? ~static_cast<uint32_t>(pool.hidden_name_count()) : entry->second->column_id;
-    pool.note_column(argument);
+        added ? ~static_cast<uint32_t>(pool.script.hidden_name_count()) : entry->second->column_id;
+    pool.script.note_column(argument);
     return argument;
   }
 

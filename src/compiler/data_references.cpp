@@ -2,7 +2,6 @@
 
 #include <map>
 
-#include "compiler/pipeline.h"
 #include "tables/field_table.h"
 #include "tables/period_table.h"
 #include "text/numbers.h"
@@ -33,7 +32,7 @@ size_t put_reference(CompileContext& context, std::string& slot, const Reference
   const std::string word = std::string(reference.word_prefix) + std::string(statement_name(slot));
   slot.replace(reference.position, reference.length, word);
   const uint32_t id = context.pool.table().take_auxiliary_id();
-  add_reserved_variable(context, word, id, true).reference = true;
+  context.add_reference(word, id);
   keys.insert_or_assign(
       static_cast<int32_t>(id),
       reference.source + "|" + std::to_string(reference.field_id) + "|" + std::to_string(id));
@@ -63,7 +62,8 @@ Status resolve_security(CompileContext& context, std::string& slot, const Quoted
   if (!field) return errors.fail(Status::field_unknown, {});
   const Reference reference{"CROSSSEC", quoted.inner.substr(0, mark), *field, quoted.position,
                             quoted.length()};
-  make_sign_binary(slot, put_reference(context, slot, reference, context.pool.cross_security_map));
+  make_sign_binary(slot,
+                   put_reference(context, slot, reference, context.script.cross_security_map));
   return Status::ok;
 }
 
@@ -91,7 +91,7 @@ Status resolve_period(CompileContext& context, std::string& slot, const QuotedTe
   if (!field) return errors.fail(Status::field_unknown, {});
   const Reference reference{"CROSSPERIOD", unit + multiple, *field, quoted.position,
                             quoted.length()};
-  make_sign_binary(slot, put_reference(context, slot, reference, context.pool.cross_period_map));
+  make_sign_binary(slot, put_reference(context, slot, reference, context.script.cross_period_map));
   return Status::ok;
 }
 
@@ -135,7 +135,7 @@ Status resolve_realtime_reference(CompileContext& context, std::string& slot, st
   const size_t end = slot.find(')', position);
   const size_t length = end == std::string::npos ? slot.size() - position : end + 1 - position;
   put_reference(context, slot, {"REALTIMEFLAG", std::string(code), *field_id, position, length},
-                context.pool.realtime_map);
+                context.script.realtime_map);
   return Status::ok;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "compiler/tokenizer.h"
+#include "core/lowering.h"
 #include "core/status.h"
 #include "functions/base_func.h"
 #include "tables/field_table.h"
@@ -25,9 +26,9 @@ std::string with_minus_signs(std::string_view text) {
 
 std::string normalized_token(const CompileContext& context, std::string_view token) {
   const std::string_view word = adapt_field_word(context.pool, token);
-  const auto constant = context.constants.find(word);
-  if (constant != context.constants.end()) return fixed_text(constant->second);
-  const Variable* named = context.pool.find_field(word);
+  const auto constant = context.script.constants.find(word);
+  if (constant != context.script.constants.end()) return fixed_text(constant->second);
+  const Variable* named = context.script.find_field(word);
   return named != nullptr ? named->name : std::string(word);
 }
 
@@ -53,7 +54,7 @@ Status check_condition(CompileContext& context, std::string_view text, int32_t l
 }
 
 void require_field(DataPoolCenter& pool, int32_t id) {
-  pool.extra_field_set.insert(id);
+  pool.script.extra_field_set.insert(id);
   pool.table().add_column(static_cast<uint32_t>(id));
 }
 
@@ -63,7 +64,7 @@ void require_fields_of(DataPoolCenter& pool, const BaseFunc& function) {
     const auto id = reserved_field_id(word);
     if (!id) continue;
     require_field(pool, *id);
-    for (Variable* field : pool.reserved_list) {
+    for (Variable* field : pool.script.reserved_list) {
       if (field->column_id == static_cast<uint32_t>(*id)) {
         field->column_index = pool.table().column_index_of(field->column_id);
       }
@@ -81,8 +82,8 @@ void note_use(CompileContext& context, const ElementRequest& request, Variable& 
     used.owner_column_index = pool.table().column_index_of(request.column_id);
   }
   if (used.whole_series || WholeSeriesFunctionSet.contains(used.text)) whole_series = true;
-  if (LookAheadFunctionSet.contains(used.text)) pool.looks_ahead = true;
-  if (used.text == "SET") pool.sets_variables = true;
+  if (LookAheadFunctionSet.contains(used.text)) pool.script.looks_ahead = true;
+  if (used.text == "SET") pool.script.sets_variables = true;
   if (used.function != nullptr) require_fields_of(pool, *used.function);
   const bool reads_field = request.caller_kind != VariableKind::call && used.reserved &&
                            !used.reference && reserved_field_id(used.text).has_value();
@@ -135,7 +136,7 @@ Status build_elements(CompileContext& context, const ElementRequest& request, bo
       elements.push_back({ElementKind::number, *number, nullptr});
       continue;
     }
-    Variable* used = context.pool.find_variable(
+    Variable* used = context.script.find_variable(
         token.text, [&](const Variable& variable) { return &variable != request.owner; });
     if (used == nullptr && request.allow_unknown) continue;
     if (used == nullptr) {
@@ -160,7 +161,7 @@ void spread_whole_series(DataPoolCenter& pool, Variable& variable, VariableKind 
     return;
   }
   if (kind != VariableKind::field || variable.column_id == no_column) return;
-  for (Variable* other : pool.variable_list) {
+  for (Variable* other : pool.script.variable_list) {
     if (other == &variable || other->column_id != variable.column_id) continue;
     if (other->kind == VariableKind::call) {
       for (Variable* argument : other->arguments) {

@@ -11,7 +11,6 @@
 #include "compiler/settings.h"
 #include "compiler/statements.h"
 #include "core/status.h"
-#include "tables/field_table.h"
 #include "text/numbers.h"
 #include "text/strings.h"
 
@@ -33,14 +32,14 @@ bool take_constant(CompileContext& context, std::string_view slot) {
   std::string number(pieces[1]);
   std::ranges::replace(number, '?', '-');
   std::ranges::replace(number, '^', '-');
-  context.constants.insert_or_assign(std::string(pieces[0]), leading_number(number));
+  context.script.constants.insert_or_assign(std::string(pieces[0]), leading_number(number));
   return true;
 }
 
 /// Leaves nothing to run or evaluate. Words rely on what their trial run has set up.
 void drop_statements(CompileContext& context) {
-  context.argument_variables.clear();
-  context.pool.statement_list.clear();
+  context.script.argument_variables.clear();
+  context.script.statement_list.clear();
 }
 
 std::string report_of_failure(Status status, std::string_view error) {
@@ -50,40 +49,10 @@ std::string report_of_failure(Status status, std::string_view error) {
 
 }  // namespace
 
-void reset_compile_state(CompileContext& context) {
-  // The pool comes last: what points into it must be gone even if memory runs out in there.
-  context.constants.clear();
-  context.argument_variables.clear();
-  std::erase_if(context.declared_names,
-                [](const auto& entry) { return !reserved_field_id(entry.first); });
-  context.calculator.shapes().clear();
-  context.pool.reset();
-}
-
-Variable& add_reserved_variable(CompileContext& context, std::string_view word, uint32_t column_id,
-                                bool add_column) {
-  DataPoolCenter& pool = context.pool;
-  // A word that is there already brings its own column in. What it names may be gone with the next
-  // compile, so the elements aren't kept.
-  std::vector<MathElement> elements;
-  bool whole_series = false;
-  std::string unread;
-  ignore_status(build_elements(
-      context, {.text = word, .caller_kind = VariableKind::field, .allow_unknown = true},
-      whole_series, elements, unread));
-  Variable& variable = pool.make_reserved_variable(word, column_id);
-  variable.whole_series = whole_series;
-  if (add_column && pool.table().column_index_of(column_id) == -1) {
-    variable.column_index = pool.table().add_column(column_id);
-  }
-  context.declared_names.try_emplace(std::string(word), column_id);
-  return variable;
-}
-
 Status compile_script(CompileContext& context, std::string& script, std::string_view parameters,
                       std::string_view lines, std::string& error) {
   if (script.empty()) return Status::ok;
-  reset_compile_state(context);
+  context.reset();
   std::vector<std::string> slots;
   Status status = split_statements(script, slots, error);
   if (failed(status)) return status;

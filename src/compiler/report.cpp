@@ -3,9 +3,9 @@
 #include <utility>
 #include <vector>
 
-#include "core/results.h"
 #include "core/status.h"
 #include "tables/field_table.h"
+#include "text/json.h"
 #include "text/numbers.h"
 
 namespace quor {
@@ -73,14 +73,15 @@ std::string success_report(const DataPoolCenter& pool, std::string_view error) {
   PreParserResp report;
   report.message = parts.message;
   report.error_line = leading_integer(parts.line);
-  report.needs_trade_day = flag_text(pool.needs_trade_day);
-  report.max_period_count = pool.max_period_count;
-  report.cross_period_list = values_of(pool.cross_period_map);
-  report.cross_security_list = values_of(pool.cross_security_map);
-  report.realtime_field_list = values_of(pool.realtime_map);
-  report.needs_extra_data = flag_text(pool.needs_extra_data);
-  report.contains_notice = flag_text(pool.contains_notice);
-  report.extra_field_list.assign(pool.extra_field_set.begin(), pool.extra_field_set.end());
+  report.needs_trade_day = flag_text(pool.script.needs_trade_day);
+  report.max_period_count = pool.script.max_period_count;
+  report.cross_period_list = values_of(pool.script.cross_period_map);
+  report.cross_security_list = values_of(pool.script.cross_security_map);
+  report.realtime_field_list = values_of(pool.script.realtime_map);
+  report.needs_extra_data = flag_text(pool.script.needs_extra_data);
+  report.contains_notice = flag_text(pool.script.contains_notice);
+  report.extra_field_list.assign(pool.script.extra_field_set.begin(),
+                                 pool.script.extra_field_set.end());
   if (report.extra_field_list.empty()) report.extra_field_list.push_back(time_column_id);
   return write(report);
 }
@@ -96,7 +97,7 @@ std::string failure_report(Status status, std::string_view message, int line) {
 std::string variable_fields_text(
     const DataPoolCenter& pool,
     const std::map<std::string, uint32_t, std::less<>>& declared_names) {
-  std::vector<int32_t> ids(pool.extra_field_set.begin(), pool.extra_field_set.end());
+  std::vector<int32_t> ids(pool.script.extra_field_set.begin(), pool.script.extra_field_set.end());
   for (const auto& [name, column_id] : declared_names) {
     if (!reserved_field_id(name)) ids.push_back(static_cast<int32_t>(column_id));
   }

@@ -61,7 +61,7 @@ std::string stick_call(std::string_view word, const StyledExpression& stick) {
 }
 
 void put_generated_name(DataPoolCenter& pool, std::string& slot) {
-  slot.insert(0, pool.auto_line_name() + ":");
+  slot.insert(0, pool.script.auto_line_name() + ":");
 }
 
 }  // namespace

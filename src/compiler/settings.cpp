@@ -80,11 +80,10 @@ void take_line(std::unordered_map<std::string, LineModel>& models, dom::element 
 }  // namespace
 
 void load_settings(CompileContext& context, std::string_view parameters, std::string_view lines) {
-  for_each_element(parameters,
-                   [&](dom::element element) { take_parameter(context.constants, element); });
-  context.pool.line_models.clear();
+  for_each_element(
+      parameters, [&](dom::element element) { take_parameter(context.script.constants, element); });
   for_each_element(lines,
-                   [&](dom::element element) { take_line(context.pool.line_models, element); });
+                   [&](dom::element element) { take_line(context.script.line_models, element); });
 }
 
 }  // namespace quor

@@ -7,6 +7,7 @@
 #include "compiler/call_hoisting.h"
 #include "compiler/expressions.h"
 #include "compiler/tokenizer.h"
+#include "core/lowering.h"
 #include "core/status.h"
 #include "functions/registry.h"
 #include "text/numbers.h"
@@ -66,9 +67,10 @@ Variable* variable_of_hidden_name(const DataPoolCenter& pool, std::string_view t
   text.remove_prefix(1);
   if (text.find_first_not_of("0123456789") != std::string_view::npos) return nullptr;
   const auto index = static_cast<size_t>(leading_integer(text));
-  const size_t reserved = pool.reserved_list.size();
-  if (index < reserved) return pool.reserved_list[index];
-  return index < pool.hidden_name_count() ? pool.variable_list[index - reserved] : nullptr;
+  const size_t reserved = pool.script.reserved_list.size();
+  if (index < reserved) return pool.script.reserved_list[index];
+  return index < pool.script.hidden_name_count() ? pool.script.variable_list[index - reserved]
+                                                 : nullptr;
 }
 
 /// Style items behind a lone call become further arguments of it.
@@ -140,8 +142,8 @@ class StatementCompiler {
     status = normalize_expression(context_, parts.expression, check, line_, statement.text, error_);
     if (!failed(status) && declares(work)) status = declare(statement, parts.name);
     if (failed(status)) return status;
-    pool_.list_variable(statement);
-    pool_.statement_list.push_back(&statement);
+    pool_.script.list(statement);
+    pool_.script.statement_list.push_back(&statement);
     if (!parts.style.empty()) {
       status = StatementCompiler(context_, line_, error_)
                    .run(drawing_statement(parts.name, parts.style));
@@ -178,12 +180,12 @@ class StatementCompiler {
 
     Variable& named = pool_.make_variable();
     named.kind = VariableKind::field;
-    named.name = pool_.next_hidden_name();
+    named.name = pool_.script.next_hidden_name();
     named.text = name;
     named.line = line_;
     named.column_id = statement.column_id;
     named.column_index = statement.column_index;
-    pool_.list_variable(named);
+    pool_.script.list(named);
     const bool added = context_.declared_names.try_emplace(name, named.column_id).second;
     return added ? Status::ok : fail(Status::name_taken, name);
   }
@@ -193,7 +195,7 @@ class StatementCompiler {
   uint32_t column_of_text(Variable& statement) {
     if (statement.text.starts_with('~')) {
       const Variable* named =
-          pool_.find_variable(statement.text, [&statement](const Variable& variable) {
+          pool_.script.find_variable(statement.text, [&statement](const Variable& variable) {
             return variable.name == statement.text && variable.column_id != no_column;
           });
       return named != nullptr ? named->column_id : no_column;
@@ -216,10 +218,10 @@ class StatementCompiler {
     if (whole_series) {
       statement.whole_series = true;
       const auto first =
-          std::ranges::find(pool_.variable_list, statement.column_id, &Variable::column_id);
-      if (first != pool_.variable_list.end()) (*first)->whole_series = true;
+          std::ranges::find(pool_.script.variable_list, statement.column_id, &Variable::column_id);
+      if (first != pool_.script.variable_list.end()) (*first)->whole_series = true;
     }
-    statement.set_elements(std::move(elements));
+    set_elements(statement, std::move(elements));
     statement.kind = VariableKind::expression;
     return Status::ok;
   }

@@ -12,7 +12,7 @@ namespace quor {
 
 Status CalculateCenter::calculate(int32_t first_row, bool scan, std::string& error) {
   start_row_ = first_row;
-  if (pool_.statement_list.empty()) return Status::ok;
+  if (pool_.script.statement_list.empty()) return Status::ok;
   refresh_column_indexes();
   return scan ? scan_statements(error) : run_statements(first_row, error);
 }
@@ -22,7 +22,7 @@ void CalculateCenter::refresh_column_indexes() {
   const DataTable& table = pool_.table();
   if (table.layout() == seen_layout_) return;
   seen_layout_ = table.layout();
-  for (Variable* variable : pool_.variable_list) {
+  for (Variable* variable : pool_.script.variable_list) {
     // An argument id is negative and names no data column.
     if (static_cast<int32_t>(variable->column_id) >= 0) {
       variable->column_index = table.column_index_of(variable->column_id);
@@ -34,7 +34,7 @@ void CalculateCenter::refresh_column_indexes() {
 }
 
 Status CalculateCenter::scan_statements(std::string& error) {
-  for (Variable* statement : pool_.statement_list) {
+  for (Variable* statement : pool_.script.statement_list) {
     if (statement->kind == VariableKind::number) continue;
     double result = 0.0;
     const Status status =
@@ -45,11 +45,11 @@ Status CalculateCenter::scan_statements(std::string& error) {
 }
 
 Status CalculateCenter::run_statements(int32_t first_row, std::string& error) {
-  if (pool_.needs_trade_day) load_calendar();
+  if (pool_.script.needs_trade_day) load_calendar();
   const int32_t rows = pool_.table().row_count();
   // A negative first row selects no rows.
   const int32_t first = first_row < 0 ? rows : first_row;
-  const auto& statements = pool_.statement_list;
+  const auto& statements = pool_.script.statement_list;
   statements_.resize(statements.size());
   std::iota(statements_.begin(), statements_.end(), 0U);
   each_in_full_ = std::ranges::any_of(
@@ -66,7 +66,7 @@ Status CalculateCenter::run_statements(int32_t first_row, std::string& error) {
 Status CalculateCenter::run_range(std::span<const uint32_t> statements, int32_t first, int32_t end,
                                   std::string& error) {
   const bool is_long = int64_t{end} - first >= block_rule_.shortest_run;
-  if (!is_long || pool_.sets_variables) return run_rows(statements, {first, end}, error);
+  if (!is_long || pool_.script.sets_variables) return run_rows(statements, {first, end}, error);
   return run_by_blocks(statements, first, end, error);
 }
 
@@ -90,15 +90,15 @@ Status CalculateCenter::run_block(std::span<const uint32_t> statements, Block ro
                                   int32_t run_from, std::string& error) {
   const uint64_t layout = pool_.table().layout();
   if (layout != planned_layout_) {
-    plan_.make(pool_.statement_list, pool_.variable_list, each_in_full_);
+    plan_.make(pool_.script.statement_list, pool_.script.variable_list, each_in_full_);
     planned_layout_ = layout;
   }
-  is_finished_.assign(pool_.statement_list.size(), 0);
+  is_finished_.assign(pool_.script.statement_list.size(), 0);
   bar_by_bar_.clear();
   columns_.begin(rows);
   for (const uint32_t position : statements) {
     is_finished_[position] = can_take(position, run_from) &&
-                             columns_.calculate(*pool_.statement_list[position], position);
+                             columns_.calculate(*pool_.script.statement_list[position], position);
     if (is_finished_[position] == 0) bar_by_bar_.push_back(position);
   }
   if (bar_by_bar_.empty()) return Status::ok;
@@ -130,7 +130,7 @@ void CalculateCenter::load_calendar() {
     trade_day_help::init_security_trade_day_model(pool_.security, pool_.market, start, end,
                                                   pool_.uuid);
   }
-  pool_.needs_trade_day = false;
+  pool_.script.needs_trade_day = false;
 }
 
 }  // namespace quor

@@ -10,7 +10,6 @@
 #include "core/data_pool_center.h"
 #include "core/status.h"
 #include "core/word_scratch.h"
-#include "drawing/shape_management.h"
 
 namespace quor {
 
@@ -21,9 +20,6 @@ inline constexpr int max_nesting = 512;
 
 /// Throws std::runtime_error with "expression nested too deeply".
 [[noreturn]] void refuse_nesting();
-
-/// What a text literal reads as: the number between its quotes, 0 if none can be read.
-double literal_value(std::string_view text);
 
 /// How a run over many rows is cut: the first rows and shorter runs go bar by bar, so that columns
 /// are taken in the order of bars; then blocks of rows follow, each twice as long as the one before
@@ -68,8 +64,6 @@ class CalculateCenter {
   Status evaluate_elements(Program& program, int32_t row, bool scan, int32_t line,
                            std::string& error, double& result);
 
-  ShapeManagement& shapes() { return shapes_; }
-  const ShapeManagement& shapes() const { return shapes_; }
   WordScratch& scratch() { return scratch_; }
   /// The result doesn't depend on the rule.
   void set_block_rule(const BlockRule& rule) { block_rule_ = rule; }
@@ -115,7 +109,6 @@ class CalculateCenter {
   Status run_statement(Variable& statement, int32_t row, std::string& error);
 
   DataPoolCenter& pool_;
-  ShapeManagement shapes_;
   WordScratch scratch_;
   int32_t start_row_ = 0;
   int nesting_ = 0;

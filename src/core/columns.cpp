@@ -4,11 +4,10 @@
 #include <array>
 #include <bit>
 
-#include "core/calculate_center.h"
 #include "core/data_pool_center.h"
 #include "core/reduce.h"
 #include "functions/base_func.h"
-#include "functions/column_call.h"
+#include "text/numbers.h"
 
 namespace quor {
 namespace {

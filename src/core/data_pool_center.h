@@ -1,25 +1,21 @@
-// The blackboard of one instance: security and period, the table, the compiled script, and the
-// flags by which a trial run tells the host what the script needs.
+// The blackboard of one instance: what the host has set, the table, and the compiled script.
 #pragma once
 
 #include <cstdint>
-#include <map>
-#include <memory>
-#include <set>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
+#include "core/compiled_script.h"
 #include "core/data_table.h"
-#include "core/model.h"
-#include "core/name_index.h"
 #include "interface/host_callbacks.h"
 #include "tables/period_table.h"
 
 namespace quor {
 
 class DataPoolCenter {
+  static constexpr int32_t utc_8 = 28800;
+
  public:
   DataPoolCenter() : missing_argument_(*this) { missing_argument_.kind = VariableKind::missing; }
   DataPoolCenter(const DataPoolCenter&) = delete;
@@ -28,29 +24,13 @@ class DataPoolCenter {
   DataTable& table() { return table_; }
   const DataTable& table() const { return table_; }
 
-  /// Makes a variable that lives until the next reset; the caller lists it.
+  /// Makes a variable of the script; the caller lists it.
   Variable& make_variable();
-  /// Appends a variable with its name and text to `variable_list`.
-  void list_variable(Variable& variable);
-  /// Makes a reserved variable and appends it to `reserved_list`; it survives resets.
-  Variable& make_reserved_variable(std::string_view word, uint32_t column_id);
-  /// The next hidden name: "~" and the count of all listed variables.
-  std::string next_hidden_name() const;
-  size_t hidden_name_count() const { return reserved_list.size() + variable_list.size(); }
-  /// The first variable whose hidden name or text is the word and that `take` takes, the reserved
-  /// ones before the compiled ones, each in the order of their list; null if there is none.
-  template <typename Take>
-  Variable* find_variable(std::string_view word, const Take& take) const {
-    Variable* reserved = reserved_index_.find(word, take);
-    return reserved != nullptr ? reserved : compiled_index_.find(word, take);
-  }
-  /// The first variable of the text that has a column or an argument id.
-  Variable* find_with_column(std::string_view text) const;
-  /// To be told of every listed variable that gets a column or an argument id.
-  void note_column(Variable& variable);
-  /// The first variable of the text that stands for a cell of the table.
-  Variable* find_field(std::string_view text) const;
-  Variable* find_reserved(std::string_view text) const;
+  /// Declares a data field that scripts read by a word, for as long as the instance lives.
+  Variable& declare_field(std::string_view word, uint32_t column_id);
+  /// Makes the variable of a reference to another security, period or quote, which belongs to the
+  /// script.
+  Variable& make_reference(std::string_view word, uint32_t column_id);
   /// The variable that stands for an argument a broken-off compile has left out.
   Variable& missing_argument() { return missing_argument_; }
 
@@ -71,40 +51,19 @@ class DataPoolCenter {
   /// has no `min_price`, so that the next bar asks again.
   void refresh_extra_data();
 
-  /// Raises the look-back that the report tells; a negative count changes nothing.
-  void raise_period(int32_t count) { max_period_count = std::max(max_period_count, count); }
-
-  /// "EMPTY_LINE_NAME_RESERVED" and the next number, counted from 1 in each compile.
-  std::string auto_line_name();
-
-  /// Drops the compiled script, the settings, the columns and the rows. Security, period, callbacks
-  /// and market constants stay.
+  /// Drops the script, the columns and the rows. Security, period, callbacks, market constants and
+  /// declared fields stay.
   void reset();
+
+  CompiledScript script;
 
   std::string security;
   std::string market;
   Period period;
-  int32_t timezone_offset = 28800;  ///< seconds east of UTC
+  /// Seconds east of UTC. The calendar has the offset of its market, so that nothing reads this one
+  /// yet.
+  int32_t timezone_offset = utc_8;
 
-  std::vector<Variable*> statement_list;  ///< what the driver runs, in order
-  std::vector<Variable*> variable_list;   ///< every compiled variable in order of creation
-  std::vector<Variable*> reserved_list;   ///< fields and references; first in the hidden names
-
-  std::set<int32_t> extra_field_set;                  ///< ids of the fields that the script reads
-  std::map<int32_t, std::string> cross_security_map;  ///< column id to the key of a reference
-  std::map<int32_t, std::string> cross_period_map;
-  std::map<int32_t, std::string> realtime_map;
-  std::unordered_map<std::string, LineModel> line_models;
-  std::set<std::string, std::less<>> invoked_functions;
-
-  int32_t max_period_count = 0;
-  uint8_t auto_color_counter = 0;
-  int32_t empty_line_counter = 0;
-  bool needs_extra_data = false;
-  bool needs_trade_day = false;
-  bool contains_notice = false;
-  bool looks_ahead = false;
-  bool sets_variables = false;  ///< the script changes its constants while it runs
   bool fire_signals = false;
 
   double min_price = null_value;
@@ -117,15 +76,15 @@ class DataPoolCenter {
   ExtraDataCallback extra_data_callback = nullptr;
 
  private:
-  void index_reserved();
+  struct DeclaredField {
+    std::string word;
+    uint32_t column_id;
+  };
+
+  Variable& make_reserved_variable(std::string_view word, uint32_t column_id);
 
   DataTable table_;
-  std::vector<std::unique_ptr<Variable>> compiled_;
-  std::vector<std::unique_ptr<Variable>> reserved_;
-  NameIndex reserved_index_;
-  NameIndex compiled_index_;
-  NameIndex field_index_;   ///< of the compiled variables that are fields
-  NameIndex column_index_;  ///< of those with a column or an argument id
+  std::vector<DeclaredField> declared_fields_;
   Variable missing_argument_;
 };
 

@@ -5,7 +5,6 @@
 #include <stdexcept>
 
 #include "calendar/trade_day_help.h"
-#include "core/model.h"
 #include "tables/field_table.h"
 
 namespace quor {

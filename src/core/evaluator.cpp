@@ -2,6 +2,7 @@
 #include <stdexcept>
 
 #include "core/calculate_center.h"
+#include "core/call.h"
 #include "core/reduce.h"
 #include "core/status.h"
 #include "functions/base_func.h"
@@ -31,11 +32,6 @@ class Level {
 
 }  // namespace
 
-double literal_value(std::string_view text) {
-  if (text.size() < 2) return 0.0;
-  return leading_number_after_blanks(text.substr(1, text.size() - 2));
-}
-
 void refuse_nesting() { throw std::runtime_error("expression nested too deeply"); }
 
 // What runs at every bar of every statement is inlined whatever its size: an operand is mostly a
@@ -47,7 +43,7 @@ void refuse_nesting() { throw std::runtime_error("expression nested too deeply")
     result = null_value;
     return Status::ok;
   }
-  if (scan) pool_.invoked_functions.insert(variable.function_word);
+  if (scan) pool_.script.invoked_functions.insert(variable.function_word);
   const Level level(nesting_);
   return variable.function->execute({pool_, *this, variable, row, scan, error, result});
 }
@@ -185,7 +181,7 @@ Status CalculateCenter::run_rows(std::span<const uint32_t> statements, Block row
   for (at_.row = rows.first; at_.row < rows.end; ++at_.row) {
     for (const uint32_t position : statements) {
       at_.statement = position;
-      const Status status = run_statement(*pool_.statement_list[position], at_.row, error);
+      const Status status = run_statement(*pool_.script.statement_list[position], at_.row, error);
       if (failed(status)) return status;
     }
   }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/program.h"
+#include "tables/field_table.h"
 
 namespace quor {
 
@@ -14,9 +15,6 @@ class BaseFunc;
 class BaseShape;
 class DataPoolCenter;
 struct Variable;
-
-/// A column id that names no column.
-inline constexpr uint32_t no_column = 0xFFFFFFFF;
 
 /// The place of a variable that stands in no list.
 inline constexpr size_t unlisted = SIZE_MAX;
@@ -47,29 +45,18 @@ struct CallMemory {
 
 /// One statement, one function call, one argument of a call or one data field.
 ///
-/// The pool owns every variable, at a stable address; all pointers between variables are plain.
-/// Reserved variables outlive a compile and so hold no pointer into one.
+/// The compiled script owns every variable, at a stable address; all pointers between variables are
+/// plain.
 struct Variable {
   explicit Variable(DataPoolCenter& owner) : pool(&owner) {}
-
-  /// Replaces the auxiliary columns of this variable by `count` new ones, all cells null. Without
-  /// memory for all of them those before stay.
-  void reserve_aux_columns(int count);
 
   /// Whether the variable's own column holds its series: an argument id is no data column.
   bool has_column() const { return static_cast<int32_t>(column_id) >= 0 && column_index != -1; }
 
-  /// Makes an auxiliary column of a call this variable's own.
-  void take_aux_column(const Variable& holder, size_t position);
-
-  /// Stores the finished list of the right-hand side and lowers it.
-  void set_elements(std::vector<MathElement> list);
-
   DataPoolCenter* pool;
   VariableKind kind = VariableKind::undeclared;
-  bool whole_series = false;  ///< calculated from row 0 on every run
-  bool reserved = false;      ///< a data field that scripts read; lives as long as the instance
-  uint32_t declared_column_id = no_column;  ///< of a reserved variable, which each compile restores
+  bool whole_series = false;       ///< calculated from row 0 on every run
+  bool reserved = false;           ///< a data field or a reference
   bool reference = false;          ///< made for a reference to another security, period or quote
   size_t place = unlisted;         ///< in the list of compiled variables
   int32_t line = -1;               ///< slot index of the statement; goes into error texts

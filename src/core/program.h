@@ -8,7 +8,6 @@
 
 namespace quor {
 
-struct MathElement;
 struct Variable;
 
 /// Where an operand comes from when a step needs it. References stay unevaluated until then.
@@ -63,10 +62,5 @@ struct Program {
     return steps.empty() && ending == Ending::value ? result.variable : nullptr;
   }
 };
-
-/// Records the walk over a finished list. Which steps it makes doesn't depend on any value: the
-/// walk keeps two stacks, shifts an operator that binds tighter than the one on top, and else
-/// reduces.
-Program lower(const std::vector<MathElement>& elements);
 
 }  // namespace quor

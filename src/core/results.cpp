@@ -7,35 +7,6 @@
 #include "text/numbers.h"
 
 namespace quor {
-namespace {
-
-void append_key(std::string& out, std::string_view key) {
-  out += '"';
-  out += key;
-  out += "\":";
-}
-
-}  // namespace
-
-void append_json_integer(std::string& out, std::string_view key, int64_t value, bool more) {
-  append_key(out, key);
-  append_integer(out, value);
-  if (more) out += ',';
-}
-
-void append_json_text(std::string& out, std::string_view key, std::string_view value, bool more) {
-  append_key(out, key);
-  out += '"';
-  out += value;
-  out += '"';
-  if (more) out += ',';
-}
-
-void append_json_float(std::string& out, std::string_view key, double value, bool more) {
-  append_key(out, key);
-  append_fixed(out, value);
-  if (more) out += ',';
-}
 
 Window reading_window(const DataTable& table, uint32_t column_id, uint32_t last_row,
                       int32_t count) {
@@ -67,7 +38,7 @@ std::string window_text(const Window& window) {
 
 std::string invoked_functions_text(const DataPoolCenter& pool) {
   std::string text = "[";
-  for (const std::string& word : pool.invoked_functions) {
+  for (const std::string& word : pool.script.invoked_functions) {
     if (text.size() > 1) text += ',';
     text += '"';
     text += word;
@@ -79,8 +50,8 @@ std::string invoked_functions_text(const DataPoolCenter& pool) {
 
 int32_t field_id_of_name(const DataPoolCenter& pool, std::string_view name) {
   if (name.empty()) return -1;
-  const auto found = std::ranges::find(pool.variable_list, name, &Variable::text);
-  return found == pool.variable_list.end() ? -1 : static_cast<int32_t>((*found)->column_id);
+  const auto found = std::ranges::find(pool.script.variable_list, name, &Variable::text);
+  return found == pool.script.variable_list.end() ? -1 : static_cast<int32_t>((*found)->column_id);
 }
 
 }  // namespace quor

@@ -10,11 +10,6 @@
 
 namespace quor {
 
-/// Appends "Key":123 and the like; `more` appends a comma behind the value.
-void append_json_integer(std::string& out, std::string_view key, int64_t value, bool more);
-void append_json_text(std::string& out, std::string_view key, std::string_view value, bool more);
-void append_json_float(std::string& out, std::string_view key, double value, bool more);
-
 /// {"count":3,"data":[10.000000,null,12.500000]}
 std::string window_text(const Window& window);
 

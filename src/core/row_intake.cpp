@@ -39,28 +39,19 @@ double number_of(dom::element value) {
   return value.get(number) == simdjson::SUCCESS ? without_marks(number) : null_value;
 }
 
-/// The keys of a text's objects and where their values go in a row of the batch.
+/// The keys of rows' objects and where their values go in a row of the batch. It serves text after
+/// text, as long as the script and the columns stay the same.
 class RowShape {
  public:
-  RowShape(const DataPoolCenter& pool, std::vector<int32_t>& column_indexes) {
-    std::set<int32_t> ids = pool.extra_field_set;
-    for (const auto* references :
-         {&pool.cross_security_map, &pool.cross_period_map, &pool.realtime_map}) {
-      for (const auto& [id, key] : *references) ids.insert(id);
-    }
-    const auto index_of = [&pool](int32_t id) {
-      return pool.table().column_index_of(static_cast<uint32_t>(id));
-    };
-    const bool key_required = ids.erase(time_column_id) > 0;
-    required_.push_back(std::to_string(time_column_id));
-    column_indexes.assign(1, key_required ? index_of(time_column_id) : -1);
-    for (const int32_t id : ids) {
-      required_.push_back(std::to_string(id));
-      column_indexes.push_back(index_of(id));
-    }
-    first_field_.resize(required_.size());
-    // Up to eight values of a row then lie in one cache line.
-    column_indexes.resize(std::bit_ceil(column_indexes.size()), -1);
+  /// Works out anew what the script requires, if that may have changed.
+  void fit(const DataPoolCenter& pool, std::vector<int32_t>& column_indexes) {
+    // Each compile makes columns, and each field that is declared later is another id.
+    const size_t ids = pool.script.extra_field_set.size();
+    if (pool.table().layout() == layout_ && ids == field_ids_) return;
+    layout_ = no_layout;
+    require(pool, column_indexes);
+    field_ids_ = ids;
+    layout_ = pool.table().layout();
   }
 
   /// The place of a field among the required ones; `no_place` for any other and for a key that the
@@ -72,10 +63,35 @@ class RowShape {
   }
 
  private:
+  static constexpr uint64_t no_layout = UINT64_MAX;
+
   struct Field {
-    std::string_view key;  ///< in the parsed text
+    std::string key;
     size_t place;
   };
+
+  void require(const DataPoolCenter& pool, std::vector<int32_t>& column_indexes) {
+    std::set<int32_t> ids = pool.script.extra_field_set;
+    for (const auto* references : {&pool.script.cross_security_map, &pool.script.cross_period_map,
+                                   &pool.script.realtime_map}) {
+      for (const auto& [id, key] : *references) ids.insert(id);
+    }
+    const auto index_of = [&pool](int32_t id) {
+      return pool.table().column_index_of(static_cast<uint32_t>(id));
+    };
+    const bool key_required = ids.erase(time_column_id) > 0;
+    required_.assign(1, std::to_string(time_column_id));
+    column_indexes.assign(1, key_required ? index_of(time_column_id) : -1);
+    for (const int32_t id : ids) {
+      required_.push_back(std::to_string(id));
+      column_indexes.push_back(index_of(id));
+    }
+    first_field_.assign(required_.size(), 0);
+    fields_.clear();
+    known_ = 0;
+    // Up to eight values of a row then lie in one cache line.
+    column_indexes.resize(std::bit_ceil(column_indexes.size()), -1);
+  }
 
   /// What the objects before had from this field on is of no use.
   void learn(size_t field, std::string_view key) {
@@ -84,7 +100,7 @@ class RowShape {
     const bool repeated = place != no_place && first_field_[place] < field &&
                           fields_[first_field_[place]].place == place;
     if (place != no_place && !repeated) first_field_[place] = field;
-    fields_.push_back({key, repeated ? no_place : place});
+    fields_.push_back({std::string(key), repeated ? no_place : place});
     known_ = fields_.size();
   }
 
@@ -97,13 +113,15 @@ class RowShape {
   std::vector<size_t> first_field_;  ///< of a place; means something if that field has the place
   std::vector<Field> fields_;
   size_t known_ = 0;  ///< the size of `fields_`, asked for at every field
+  uint64_t layout_ = no_layout;
+  size_t field_ids_ = 0;
 };
 
 /// Reads objects into a batch, one row each.
 class BatchReader {
  public:
-  BatchReader(DataPoolCenter& pool, RowBatch& batch)
-      : shape_(pool, batch.column_indexes), width_(batch.column_indexes.size()), batch_(batch) {
+  BatchReader(RowShape& shape, RowBatch& batch)
+      : shape_(shape), width_(batch.column_indexes.size()), batch_(batch) {
     batch_.rows.clear();
   }
 
@@ -135,7 +153,7 @@ class BatchReader {
   }
 
  private:
-  RowShape shape_;
+  RowShape& shape_;
   size_t width_;
   RowBatch& batch_;
 };
@@ -147,6 +165,7 @@ struct RowIntake::Parser {
   dom::parser json;
   std::vector<char> padded;
   RowBatch batch;
+  RowShape shape;
 
   /// A history comes once, and then bars follow one by one: they don't need its memory.
   bool is_oversized_for(std::string_view text) const {
@@ -182,7 +201,8 @@ void RowIntake::add_row(DataPoolCenter& pool, std::string_view json) {
           uuid);
       return;
     }
-    BatchReader reader(pool, parser_->batch);
+    parser_->shape.fit(pool, parser_->batch.column_indexes);
+    BatchReader reader(parser_->shape, parser_->batch);
     reader.make_room(rows.size());
     for (const dom::element row : rows) {
       if (!reader.read(row)) break;

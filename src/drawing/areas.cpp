@@ -1,6 +1,6 @@
 // Background rectangles, the area between two series, the range of the value axis, and the number
 // of a colour.
-#include "core/status.h"
+#include "core/call.h"
 #include "drawing/drawing_frame.h"
 #include "functions/families.h"
 #include "text/numbers.h"

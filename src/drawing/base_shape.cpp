@@ -1,6 +1,6 @@
 #include "drawing/base_shape.h"
 
-#include "core/results.h"
+#include "text/json.h"
 
 namespace quor {
 

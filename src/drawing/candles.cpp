@@ -1,5 +1,5 @@
 // Candles from four prices, and the colouring of the chart's own candles.
-#include "core/status.h"
+#include "core/call.h"
 #include "drawing/drawing_frame.h"
 #include "functions/families.h"
 #include "tables/field_table.h"

@@ -25,7 +25,7 @@ std::optional<std::string> fixed_colour_text(std::string_view word) {
 Status colour_text(DataPoolCenter& pool, std::string_view word, std::string& error,
                    std::string& text) {
   if (word == "COLORAUTO") {
-    text = auto_colour(pool.auto_color_counter++);
+    text = auto_colour(pool.script.auto_color_counter++);
     return Status::ok;
   }
   if (auto fixed = fixed_colour_text(word)) {

@@ -2,11 +2,10 @@
 
 #include <functional>
 
-#include "core/calculate_center.h"
-#include "core/data_pool_center.h"
-#include "core/status.h"
+#include "core/call.h"
+#include "core/columns.h"
+#include "core/column_owners.h"
 #include "drawing/colour_text.h"
-#include "functions/column_call.h"
 #include "text/numbers.h"
 
 namespace quor {
@@ -35,7 +34,7 @@ Status DrawingFunc::execute(const Call& call) const {
   }
   if (call.variable.shape == nullptr) {
     Making making{.call = call, .record = row_.record(), .colour_word = {}};
-    if (row_.adds_record) call.calculator.shapes().add(making.record);
+    if (row_.adds_record) call.script().shapes.add(making.record);
     const Status status = make_record(making);
     if (failed(status)) return status;
     call.variable.shape = std::move(making.record);
@@ -66,7 +65,7 @@ Status DrawingFunc::make_step(MakingStep step, Making& making) const {
     case MakingStep::colours:
       return resolve_colours(making);
     case MakingStep::columns:
-      return reserve_columns(making);
+      return make_columns(making);
     case MakingStep::items:
       return read_items(making, row_.items, row_.items_from);
     case MakingStep::values:
@@ -107,10 +106,10 @@ Status DrawingFunc::resolve_colours(Making& making) const {
   return Status::ok;
 }
 
-Status DrawingFunc::reserve_columns(Making& making) const {
+Status DrawingFunc::make_columns(Making& making) const {
   if (row_.columns.empty()) return Status::ok;
   Variable& call = making.call.variable;
-  call.reserve_aux_columns(static_cast<int>(row_.columns.size()));
+  reserve_columns(call, row_.columns.size());
   size_t position = 0;
   for (const Column& column : row_.columns) {
     const uint32_t id = call.aux_column_ids[position++];
@@ -231,9 +230,9 @@ bool DrawingFunc::write_column(const ColumnCall& call, size_t position) const {
 
 void set_title(Making& making, Title title) {
   if (title == Title::serial) {
-    making.record->Field1Text = making.call.calculator.shapes().title_of(*making.record);
+    making.record->Field1Text = making.call.script().shapes.title_of(*making.record);
   } else if (title == Title::automatic) {
-    making.record->Field1Text = making.call.pool.auto_line_name();
+    making.record->Field1Text = making.call.script().auto_line_name();
   }
 }
 
@@ -254,7 +253,7 @@ void bind_value_field(Variable& argument, int32_t& field) {
   if (argument.text.empty()) return;
   // A negative id is that of an argument, not of a column.
   if (static_cast<int32_t>(argument.column_id) < 0) {
-    argument.reserve_aux_columns(1);
+    reserve_columns(argument, 1);
     field = static_cast<int32_t>(argument.aux_column_ids[0]);
   } else {
     field = static_cast<int32_t>(argument.column_id);
@@ -263,7 +262,7 @@ void bind_value_field(Variable& argument, int32_t& field) {
 
 void reserve_visibility_column(Making& making) {
   Variable& call = making.call.variable;
-  call.reserve_aux_columns(1);
+  reserve_columns(call, 1);
   making.record->Field1VisibleId = static_cast<int32_t>(call.aux_column_ids[0]);
 }
 

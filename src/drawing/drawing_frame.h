@@ -14,7 +14,7 @@
 #include <string_view>
 #include <vector>
 
-#include "core/status.h"
+#include "core/call.h"
 #include "core/value.h"
 #include "drawing/shapes.h"
 #include "functions/base_func.h"
@@ -210,7 +210,7 @@ class DrawingFunc : public BaseFunc {
   Status make_step(MakingStep step, Making& making) const;
   Status read_constants(Making& making) const;
   Status resolve_colours(Making& making) const;
-  Status reserve_columns(Making& making) const;
+  Status make_columns(Making& making) const;
   Status write_column(const Call& call, BaseShape& record, size_t position) const;
   bool write_column(const ColumnCall& call, size_t position) const;
   bool is_drawn(BaseShape& record) const {

@@ -1,7 +1,7 @@
 // Signs and pictures at a bar.
 #include <string>
 
-#include "core/status.h"
+#include "core/call.h"
 #include "drawing/drawing_frame.h"
 #include "functions/families.h"
 #include "tables/icon_table.h"

@@ -1,7 +1,8 @@
 // Numbers at a bar. NUMBER always lies in a column, which the host prints from.
+#include "core/call.h"
+#include "core/column_owners.h"
 #include "core/data_table.h"
 #include "core/model.h"
-#include "core/status.h"
 #include "drawing/drawing_frame.h"
 #include "functions/families.h"
 
@@ -98,8 +99,8 @@ class NumberWord : public DrawingWord<row> {
   static Status bind_number(Making& making, Variable& holder) {
     Variable& number = number_of(making.call);
     if (needs_column(number)) {
-      holder.reserve_aux_columns(1);
-      number.take_aux_column(holder, 0);
+      reserve_columns(holder, 1);
+      hand_over_column(holder, 0, number);
     }
     name_number_column(making);
     return Status::ok;
@@ -149,7 +150,7 @@ class DRAWLASTBARNUMBER final : public NumberWord<drawlastbarnumber, 1> {
 
   Status own_rules(Making& making) const override {
     Variable& number = number_of(making.call);
-    if (needs_column(number)) number.take_aux_column(making.call.variable, 1);
+    if (needs_column(number)) hand_over_column(making.call.variable, 1, number);
     name_number_column(making);
     return Status::ok;
   }

@@ -1,8 +1,6 @@
 // Lines that run through a value at every bar. POLYLINE is what every output line of a script
 // becomes.
-#include "core/calculate_center.h"
-#include "core/data_pool_center.h"
-#include "core/status.h"
+#include "core/call.h"
 #include "drawing/drawing_frame.h"
 #include "functions/families.h"
 
@@ -105,14 +103,14 @@ class POLYLINE final : public DrawingWord<polyline> {
   Status own_rules(Making& making) const override {
     auto& line = static_cast<P&>(*making.record);
     const std::string& name = making.call.argument(1).source_text;
-    const auto& models = making.call.pool.line_models;
+    const auto& models = making.call.script().line_models;
     const auto model = models.find(name);
     if (model != models.end()) {
       line.LineColor = model->second.color_key;
       line.LineWidth = static_cast<float>(model->second.line_thick);
       if (model->second.is_selected != 1) return Status::ok;
     }
-    making.call.calculator.shapes().add(making.record);
+    making.call.script().shapes.add(making.record);
     if (line.TitleVisible == 0 || name.empty()) {
       set_title(making, line.TitleVisible == 0 ? Title::automatic : Title::serial);
     } else {

@@ -1,6 +1,6 @@
 #include "drawing/shapes.h"
 
-#include "core/results.h"
+#include "text/json.h"
 
 namespace quor {
 namespace {

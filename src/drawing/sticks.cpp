@@ -1,8 +1,8 @@
 // Sticks between two prices, and columns.
 #include <string>
 
+#include "core/call.h"
 #include "core/model.h"
-#include "core/status.h"
 #include "drawing/drawing_frame.h"
 #include "functions/families.h"
 #include "text/strings.h"

@@ -1,6 +1,6 @@
 // Straight lines between two marked bars, from one bar with a slope, and vertical lines.
+#include "core/call.h"
 #include "core/model.h"
-#include "core/status.h"
 #include "drawing/drawing_frame.h"
 #include "functions/families.h"
 

@@ -1,5 +1,5 @@
 // Texts at a bar.
-#include "core/status.h"
+#include "core/call.h"
 #include "drawing/drawing_frame.h"
 #include "functions/families.h"
 #include "text/numbers.h"

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "core/data_pool_center.h"
+#include "core/call.h"
 #include "functions/families.h"
 #include "functions/one_bar.h"
 #include "functions/series.h"
@@ -118,7 +118,7 @@ class NUMPOW final : public BaseFunc {
     if (failed(status)) return status;
     const int32_t count = to_int(period);
     if (call.scan) {
-      call.pool.raise_period(count);
+      call.script().raise_period(count);
       return Status::ok;
     }
     if (call.row < count) {

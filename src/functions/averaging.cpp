@@ -4,6 +4,8 @@
 #include <numeric>
 #include <span>
 
+#include "core/call.h"
+#include "core/column_owners.h"
 #include "core/model.h"
 #include "functions/series.h"
 
@@ -38,7 +40,28 @@ std::span<const double> existing(std::span<const double> values, int64_t first, 
   return values.subspan(static_cast<size_t>(first), static_cast<size_t>(end - first));
 }
 
-/// Rows that aren't there count as nulls.
+/// X's own column, reserved on X itself.
+int32_t column_on_argument(Variable& argument) {
+  if (!argument.has_column() && argument.kind != VariableKind::missing) {
+    reserve_columns(argument, 1);
+    hand_over_column(argument, 0, argument);
+  }
+  return argument.column_index;
+}
+
+/// The first auxiliary column holds the count. A call without a column of its own takes a second
+/// one for the results.
+void reserve_average_columns(Variable& variable) {
+  if (!variable.has_column()) {
+    if (variable.aux_column_ids.empty()) reserve_columns(variable, 2);
+    hand_over_column(variable, 1, variable);
+  } else if (variable.aux_column_ids.empty()) {
+    reserve_columns(variable, 1);
+  }
+}
+
+}  // namespace
+
 WindowSeed recompute_seed(std::span<const double> x, int64_t previous_row, int64_t count) {
   const int64_t first = std::max<int64_t>(previous_row - count + 1, 0);
   const int64_t rows = previous_row - first + 1;
@@ -51,69 +74,11 @@ WindowSeed recompute_seed(std::span<const double> x, int64_t previous_row, int64
   return {numbers > 0 ? checked.sum : null_value, leaving, std::max<int64_t>(left, 0), true};
 }
 
-/// X's own column, reserved on X itself.
-int32_t column_on_argument(Variable& argument) {
-  if (!argument.has_column() && argument.kind != VariableKind::missing) {
-    argument.reserve_aux_columns(1);
-    adopt_aux_column(argument, argument, 0);
-  }
-  return argument.column_index;
-}
-
-/// The first auxiliary column holds the count. A call without a column of its own takes a second
-/// one for the results.
-void reserve_average_columns(Variable& variable) {
-  if (!variable.has_column()) {
-    if (variable.aux_column_ids.empty()) variable.reserve_aux_columns(2);
-    adopt_aux_column(variable, variable, 1);
-  } else if (variable.aux_column_ids.empty()) {
-    variable.reserve_aux_columns(1);
-  }
-}
-
-}  // namespace
-
-double smoothing_step(double x, double prev, int64_t n, int64_t m) {
-  if (is_null(x)) return prev;
-  if (is_null(prev)) return x;
-  return (static_cast<double>(n - m) * prev + static_cast<double>(m) * x) / static_cast<double>(n);
-}
-
-WindowSeed window_seed(const DataTable& table, int32_t x_column, int32_t result_column,
-                       int64_t previous_row, int64_t count, bool force) {
-  if (previous_row < 0) return {.count = count};
-  const double previous = force ? null_value : table.cell(previous_row, result_column);
-  if (is_null(previous)) return recompute_seed(table.cells(x_column), previous_row, count);
-  WindowSeed seed{.sum = previous, .count = count};
-  if (previous_row >= count - 1) seed.leaving = table.cell(previous_row - count + 1, x_column);
-  return seed;
-}
-
-AverageStep average_step(int64_t count, double x, const WindowSeed& seed) {
-  double sum = seed.recomputed ? seed.sum : seed.sum * static_cast<double>(count);
-  int64_t delta = 0;
-  if (is_null(seed.leaving)) {
-    delta = 1;
-  } else if (!seed.recomputed) {
-    sum -= seed.leaving;
-  }
-  if (is_null(x)) {
-    delta = is_null(seed.leaving) ? 0 : -1;
-  } else {
-    sum = (is_null(sum) ? 0.0 : sum) + x;
-  }
-  const int64_t new_count = count + delta;
-  return {new_count > 0 ? sum / static_cast<double>(new_count) : null_value, new_count};
-}
-
-[[gnu::flatten]] AverageStep sliding_average(DataTable& table, const AverageColumns& columns,
-                                             int32_t row, double x, int64_t count, int64_t n) {
-  const int64_t previous_row = static_cast<int64_t>(row) - 1;
-  const WindowSeed seed =
-      window_seed(table, columns.series, columns.result, previous_row, count, false);
-  int64_t known = row == 0 ? count : to_int(table.cell(previous_row, columns.count));
-  if (seed.count != n) known = seed.count;
-  const AverageStep step = average_step(known, x, seed);
+AverageStep sliding_average(DataTable& table, const AverageColumns& columns, int32_t row, double x,
+                            int64_t count, int64_t n) {
+  const int64_t before = int64_t{row} - 1;
+  const AverageState state{table.cell(before, columns.result), table.cell(before, columns.count)};
+  const AverageStep step = sliding_average(table.cells(columns.series), state, row, x, count, n);
   table.set_cell(row, columns.result, step.value);
   table.set_cell(row, columns.count, static_cast<double>(step.count));
   return step;
@@ -127,7 +92,7 @@ double moving_average(const Call& call) {
 
   const int32_t series = column_on_argument(call.argument(0));
   reserve_average_columns(call.variable);
-  const AverageColumns columns{series, call.variable.column_index, aux_column(call.variable, 0)};
+  const AverageColumns columns{series, call.variable.column_index, held_column(call.variable, 0)};
   DataTable& table = call.table();
   const int64_t n = to_int(period);
   double result = null_value;
@@ -141,13 +106,58 @@ double moving_average(const Call& call) {
   return result;
 }
 
-int32_t aux_column(const Variable& variable, size_t position) {
-  return position < variable.aux_column_indexes.size() ? variable.aux_column_indexes[position] : -1;
+namespace {
+
+/// Means of windows through which no null goes, so that the count of values stands still: as many
+/// as there are in a row. `leaving` and `x` belong to the first of `size` bars.
+size_t steady_means(double mean, double count, const double* leaving, const double* x, size_t size,
+                    double* means) {
+  for (size_t i = 0; i < size; ++i) {
+    mean = (mean * count - leaving[i] + x[i]) / count;
+    if (is_null(mean)) return i;
+    means[i] = mean;
+  }
+  return size;
 }
 
-void adopt_aux_column(Variable& variable, const Variable& holder, size_t position) {
-  if (position >= holder.aux_column_ids.size()) return;
-  variable.take_aux_column(holder, position);
+}  // namespace
+
+const double* moving_average(const ColumnCall& call) {
+  const std::optional<double> period = call.number(1);
+  const Variable* argument = call.argument(0);
+  const Variable& variable = call.variable;
+  const bool has_columns = argument != nullptr && argument->has_column() && variable.has_column() &&
+                           !variable.aux_column_indexes.empty();
+  if (!period || !has_columns) return nullptr;
+  const double* x = call.stored(0, argument->column_index);
+  if (x == nullptr) return nullptr;
+  double* results = call.overwrite(variable.column_index);
+  double* counts = call.overwrite(variable.aux_column_indexes[0]);
+  const std::span<const double> series = call.table().cells(argument->column_index);
+  const int64_t n = to_int(*period);
+  AverageState state{results[-1], counts[-1]};
+  for (size_t i = 0; i < call.size(); ++i) {
+    int32_t row = call.rows.first + static_cast<int32_t>(i);
+    const int32_t known = to_int(state.count);
+    if (n >= 1 && row >= n && known > 0 && !is_null(state.result)) {
+      const size_t passed = steady_means(state.result, known, series.data() + row - n, x + i,
+                                         call.size() - i, results + i);
+      std::fill_n(counts + i, passed, known);
+      i += passed;
+      row += static_cast<int32_t>(passed);
+      if (i == call.size()) break;
+      if (passed > 0) state = {results[i - 1], counts[i - 1]};
+    }
+    const AverageState before = state;
+    state = {null_value, *period};
+    if (n >= 1 && row >= n - 1) {
+      const AverageStep step = sliding_average(series, before, row, x[i], n, n);
+      state = {step.value, static_cast<double>(step.count)};
+    }
+    results[i] = state.result;
+    counts[i] = state.count;
+  }
+  return results;
 }
 
 }  // namespace quor

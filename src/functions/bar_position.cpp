@@ -1,6 +1,7 @@
 // Where a bar stands among the rows of the table.
+#include "core/call.h"
+#include "core/columns.h"
 #include "core/reduce.h"
-#include "functions/column_call.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 #include "functions/series.h"

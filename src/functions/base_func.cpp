@@ -2,11 +2,10 @@
 
 #include <algorithm>
 
-#include "core/status.h"
+#include "core/data_pool_center.h"
 #include "functions/word_row.h"
 #include "tables/function_sets.h"
 #include "tables/function_table.h"
-#include "text/numbers.h"
 
 namespace quor {
 namespace {
@@ -14,7 +13,7 @@ namespace {
 /// SET may change a number.
 bool has_fixed_periods(const Variable& call, size_t first) {
   const auto& arguments = call.arguments;
-  return !call.pool->sets_variables && first < arguments.size() &&
+  return !call.pool->script.sets_variables && first < arguments.size() &&
          std::all_of(arguments.begin() + static_cast<ptrdiff_t>(first), arguments.end(),
                      [](const Variable* argument) {
                        return argument != nullptr && argument->kind == VariableKind::number &&
@@ -31,29 +30,6 @@ BaseFunc::BaseFunc(const WordRow& row)
       uses_result_column_(quor::uses_result_column(row.word)),
       required_fields_(quor::required_fields(row.word)),
       traits_(row.traits) {}
-
-std::string Call::argument_text(size_t position) const {
-  const std::string& text = argument(position).text;
-  if (text.starts_with('\''))
-    return text.size() < 2 ? std::string() : text.substr(1, text.size() - 2);
-  if (text == "CIRCLEDOT") return "\u25CF";
-  if (text == "POINTDOT") return "\u00B7";
-  if (text == "CROSSDOT") return "O";
-  double value = null_value;
-  ignore_status(evaluate(position, value));
-  return fixed_text(value);
-}
-
-Status Call::fail(Status status, std::string_view suffix) const {
-  append_error(error, variable.function_word + std::string(suffix), variable.line);
-  return status;
-}
-
-Status Call::wrong_count() const { return fail(Status::argument_count); }
-
-Status Call::check_count(size_t least, size_t most) const {
-  return argument_count() >= least && argument_count() <= most ? Status::ok : wrong_count();
-}
 
 Traits traits_of(const Variable& call) {
   Traits traits = call.function->traits();

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "core/call.h"
 #include "functions/call_memory.h"
 #include "functions/window_extremes.h"
 

@@ -3,10 +3,10 @@
 #include <bit>
 #include <cstdint>
 
-#include "core/status.h"
+#include "core/call.h"
+#include "core/columns.h"
 #include "core/value.h"
 #include "functions/base_func.h"
-#include "functions/column_call.h"
 #include "functions/families.h"
 
 namespace quor {

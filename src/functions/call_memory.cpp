@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/call.h"
 #include "tables/field_table.h"
 
 namespace quor {
@@ -95,7 +96,7 @@ bool Dependencies::can_be_remembered(const Call& call, size_t count) {
   const DataTable& table = call.table();
   if (table.layout() == layout_) return steady_;
   Inspection inspection(table);
-  steady_ = !call.pool.sets_variables;
+  steady_ = !call.script().sets_variables;
   for (size_t i = 0; i < count && steady_; ++i) steady_ = inspection.is_steady(call.argument(i));
   std::vector<int32_t> columns = inspection.columns();
   std::ranges::sort(columns);

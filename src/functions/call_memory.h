@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "core/call.h"
 #include "functions/base_func.h"
 
 namespace quor {

@@ -1,6 +1,5 @@
 // Words that tell the wall clock and the period of the instance, and conversions of times.
-#include "core/data_pool_center.h"
-#include "core/status.h"
+#include "core/call.h"
 #include "core/value.h"
 #include "functions/families.h"
 #include "platform/clock.h"

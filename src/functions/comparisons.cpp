@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <limits>
 
-#include "core/data_pool_center.h"
+#include "core/call.h"
+#include "core/columns.h"
 #include "core/reduce.h"
 #include "functions/families.h"
 #include "functions/one_bar.h"

@@ -1,7 +1,6 @@
 // Words that tell the date and the time of a bar.
 #include "calendar/civil_time.h"
-#include "core/data_pool_center.h"
-#include "core/status.h"
+#include "core/call.h"
 #include "functions/families.h"
 
 namespace quor {
@@ -19,7 +18,7 @@ class TimeWord : public BaseFunc {
 
   Status execute(const Call& call) const override {
     if (call.scan) {
-      call.pool.needs_trade_day = true;
+      call.script().needs_trade_day = true;
       return Status::ok;
     }
     return call.answer(value_at(call.pool.bar_time(call.row), call.pool));

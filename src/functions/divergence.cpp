@@ -1,6 +1,8 @@
 // Two series that disagree: price makes a new extreme and the other series doesn't.
 #include <algorithm>
 
+#include "core/call.h"
+#include "core/column_owners.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 #include "functions/series.h"

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "core/call.h"
 #include "functions/beyond_walk.h"
 #include "functions/families.h"
 #include "functions/row_words.h"

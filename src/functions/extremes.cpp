@@ -1,8 +1,10 @@
 // The greatest and the smallest value of the last bars, and how long ago it was.
 #include <algorithm>
 
+#include "core/call.h"
 #include "functions/call_memory.h"
 #include "functions/families.h"
+#include "functions/over_window.h"
 #include "functions/series.h"
 #include "functions/window_extremes.h"
 #include "functions/word_steps.h"
@@ -59,10 +61,33 @@ Status extreme_at(const Call& call) {
   return call.answer(found.value);
 }
 
+/// The extremes of the windows of n bars that end at the rows of the call; null where the table has
+/// no full windows yet, and for windows that are long beside the block.
+template <Extreme extreme>
+const double* extremes_over(const ColumnCall& call) {
+  constexpr size_t longest = 4;
+  const std::optional<double> period = call.number(1);
+  const int32_t n = period ? to_int(*period) : 0;
+  if (n < 1 || call.rows.first < n - 1) return nullptr;
+  if (static_cast<size_t>(n) / longest > call.size()) return nullptr;
+  const double* series = series_over(call, 0, SeriesPlace::column_of_argument);
+  if (series == nullptr) return nullptr;
+  const auto count = static_cast<size_t>(n);
+  double* results = call.scratch();
+  window_extremes<extreme>(series + call.rows.first - (n - 1), count, call.size(), results,
+                           call.columns.scratch(call.size() + count - 1));
+  return results;
+}
+
+constexpr ColumnTraits extreme_traits = {.by_columns = true,
+                                         .series = SeriesPlace::column_of_argument};
+
 template <Extreme extreme>
 class WindowExtreme : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
+  const double* column(const ColumnCall& call) const final { return extremes_over<extreme>(call); }
+  ColumnTraits column_traits() const final { return extreme_traits; }
   Status execute(const Call& call) const final {
     return call.scan ? scan_period(call, 2, 1) : extreme_at<extreme>(call);
   }
@@ -88,6 +113,10 @@ template <Extreme extreme>
 class EarlierExtreme : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
+  const double* column(const ColumnCall& call) const final {
+    return extremes_over<extreme>({call.columns, call.variable, call.rows.shifted(-1), call.start});
+  }
+  ColumnTraits column_traits() const final { return extreme_traits; }
   Status execute(const Call& call) const final {
     if (call.scan) return call.check_count(2);
     double period = null_value;

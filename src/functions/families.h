@@ -3,6 +3,7 @@
 
 #include <span>
 
+#include "functions/base_func.h"
 #include "functions/word_row.h"
 
 namespace quor {

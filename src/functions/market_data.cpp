@@ -2,8 +2,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "core/calculate_center.h"
-#include "core/data_pool_center.h"
+#include "core/call.h"
 #include "functions/chip_distribution.h"
 #include "functions/families.h"
 #include "functions/one_bar.h"
@@ -87,7 +86,7 @@ class MarketConstant final : public BaseFunc {
 
   Status execute(const Call& call) const override {
     if (call.scan) {
-      call.pool.needs_extra_data = true;
+      call.script().needs_extra_data = true;
       return call.answer(null_value);
     }
     call.pool.refresh_extra_data();

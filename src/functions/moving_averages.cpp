@@ -1,22 +1,13 @@
 // The averages that carry their value from bar to bar in a column of the table.
-#include "core/data_pool_center.h"
+#include "core/call.h"
+#include "core/column_owners.h"
 #include "functions/averaging.h"
 #include "functions/families.h"
+#include "functions/recurrence.h"
 #include "functions/word_steps.h"
 
 namespace quor {
 namespace {
-
-/// What the bar before left in a column.
-double previous(const Call& call, int32_t column) {
-  return call.table().cell(int64_t{call.row} - 1, column);
-}
-
-/// As `previous`; where nothing stands the average starts with x.
-double previous_or(const Call& call, int32_t column, double x) {
-  const double value = previous(call, column);
-  return is_null(value) ? x : value;
-}
 
 /// The plain average of N bars.
 class MA final : public BaseFunc {
@@ -27,145 +18,167 @@ class MA final : public BaseFunc {
     const Status status = scan_any_period(call, 2, 1);
     return failed(status) ? status : call.answer(null_value);
   }
-};
-
-/// The bar of an exponential average. A null is written as it is, so that the next value starts
-/// over.
-Status exponential_average(const Call& call, int64_t n) {
-  double x = null_value;
-  ignore_status(call.evaluate(0, x));
-  const int32_t column = result_column(call);
-  if (is_null(x) || call.row == 0) return call.answer(keep(call, column, x));
-  const double y = exponential_step(n, x, previous_or(call, column, x));
-  return call.answer(keep(call, column, y));
-}
-
-class EMA : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    if (call.scan && call.argument_count() != 2) return call.wrong_count();
-    double period = null_value;
-    ignore_status(call.evaluate_passing_scan(1, period));
-    const int32_t n = to_int(period);
-    if (call.scan) call.pool.raise_period(n);
-    if (call.scan || is_null(period) || n == 0) return call.answer(null_value);
-    return exponential_average(call, n);
+  const double* column(const ColumnCall& call) const override { return moving_average(call); }
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true, .series = SeriesPlace::own_column};
   }
 };
 
-class EXPMA final : public EMA {
- public:
-  using EMA::EMA;
+/// The weight 2/(N+1). A null is written as it is, so that the next value starts over.
+struct ExponentialStep {
+  static constexpr size_t parameters = 1;
+  static constexpr bool ignores_status = true;
+  int64_t n = 0;
+
+  static Status scan(const Call& call) {
+    if (call.argument_count() != 2) return call.wrong_count();
+    double period = null_value;
+    ignore_status(call.evaluate_passing_scan(1, period));
+    call.script().raise_period(to_int(period));
+    return call.answer(null_value);
+  }
+  bool take(size_t, double period, const DataTable&) {
+    n = to_int(period);
+    return !is_null(period) && n != 0;
+  }
+  static double first(double x) { return x; }
+  double next(double x, double prev) const {
+    const double y = exponential_step(n, x, prev);
+    if (!is_null(y)) [[likely]]
+      return y;
+    return is_null(x) ? x : is_null(prev) ? exponential_step(n, x, x) : y;
+  }
+};
+
+class EMA final : public Recurrence<ExponentialStep> {
+  using Recurrence::Recurrence;
+};
+class EXPMA final : public Recurrence<ExponentialStep> {
+  using Recurrence::Recurrence;
 };
 
 /// As EMA where the table has the N bars at all.
-class EMAWH final : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    if (call.scan) return call.check_count(2);
-    double period = null_value;
-    ignore_status(call.evaluate(1, period));
-    const int32_t n = to_int(period);
-    if (n < 1 || n > call.table().row_count()) return call.answer(null_value);
-    return exponential_average(call, n);
+struct BoundedExponentialStep : ExponentialStep {
+  static Status scan(const Call& call) { return call.check_count(2); }
+  bool take(size_t, double period, const DataTable& table) {
+    n = to_int(period);
+    return n >= 1 && n <= table.row_count();
   }
 };
 
-class SMA final : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    if (call.scan && call.argument_count() != 3) return call.wrong_count();
-    double period = null_value;
-    if (const Status status = call.evaluate_passing_scan(1, period); failed(status)) return status;
-    const int32_t n = to_int(period);
-    if (n < 1) return call.answer(null_value);
-    double weight = null_value;
-    if (const Status status = call.evaluate(2, weight); failed(status)) return status;
-    const int32_t m = to_int(weight);
-    return call.scan ? scan(call, n, m) : average(call, n, m);
-  }
+class EMAWH final : public Recurrence<BoundedExponentialStep> {
+  using Recurrence::Recurrence;
+};
 
- private:
-  static Status scan(const Call& call, int32_t n, int32_t m) {
-    call.pool.raise_period(n);
-    call.pool.raise_period(m);
+/// The weight M/N; a null keeps the value before.
+struct SmoothingStep {
+  static constexpr size_t parameters = 2;
+  static constexpr bool ignores_status = false;
+  int32_t n = 0;
+  int32_t m = 0;
+
+  static Status scan(const Call& call) {
+    if (call.argument_count() != 3) return call.wrong_count();
+    double period = null_value;
+    Status status = call.evaluate_passing_scan(1, period);
+    if (failed(status)) return status;
+    if (to_int(period) < 1) return call.answer(null_value);
+    double weight = null_value;
+    status = call.evaluate(2, weight);
+    if (failed(status)) return status;
+    call.script().raise_period(to_int(period));
+    call.script().raise_period(to_int(weight));
     return Status::ok;
   }
-
-  static Status average(const Call& call, int32_t n, int32_t m) {
-    double x = null_value;
-    if (const Status status = call.evaluate(0, x); failed(status)) return status;
-    const int32_t column = result_column(call);
-    const double y = call.row == 0 ? x : smoothing_step(x, previous(call, column), n, m);
-    return call.answer(keep(call, column, y));
+  bool take(size_t position, double value, const DataTable&) {
+    (position == 1 ? n : m) = to_int(value);
+    return n >= 1;
   }
+  static double first(double x) { return x; }
+  double next(double x, double prev) const { return smoothing_step(x, prev, n, m); }
+};
+
+class SMA final : public Recurrence<SmoothingStep> {
+  using Recurrence::Recurrence;
 };
 
 /// (x - prev) * A + prev. A null is written, so that the next bar starts over.
-class AMA final : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    if (call.scan) return scan_period(call, 2, 1);
-    double weight = null_value;
-    if (const Status status = call.evaluate(1, weight); failed(status)) return status;
-    if (is_null(weight)) return call.answer(null_value);
-    double x = null_value;
-    if (const Status status = call.evaluate(0, x); failed(status)) return status;
-    const int32_t column = call.variable.column_index;
-    const double prev = call.row == 0 ? x : previous_or(call, column, x);
-    return call.answer(keep(call, column, (x - prev) * weight + prev));
+struct WeightStep {
+  static constexpr size_t parameters = 1;
+  static constexpr bool ignores_status = false;
+  double weight = 0.0;
+
+  static Status scan(const Call& call) { return scan_period(call, 2, 1); }
+  bool take(size_t, double value, const DataTable&) {
+    weight = value;
+    return !is_null(value);
   }
+  double first(double x) const { return next(x, x); }
+  double next(double x, double prev) const {
+    if (is_null(prev)) prev = x;
+    return (x - prev) * weight + prev;
+  }
+};
+
+class AMA final : public Recurrence<WeightStep> {
+  using Recurrence::Recurrence;
 };
 
 /// (1-A) * prev + A*x for a weight strictly between 0 and 1. Such a weight asks for no look-back.
-class DMA final : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    if (call.scan && call.argument_count() != 2) return call.wrong_count();
-    double weight = null_value;
-    if (const Status status = call.evaluate(1, weight); failed(status)) return status;
-    if (!(weight > 0.0 && weight < 1.0)) return call.answer(null_value);
-    if (call.scan) return Status::ok;
-    double x = null_value;
-    if (const Status status = call.evaluate(0, x); failed(status)) return status;
-    const int32_t column = result_column(call);
-    if (is_null(x) || call.row == 0) return call.answer(keep(call, column, x));
-    const double y = (1.0 - weight) * previous_or(call, column, x) + x * weight;
-    return call.answer(keep(call, column, y));
+struct FractionStep {
+  static constexpr size_t parameters = 1;
+  static constexpr bool ignores_status = false;
+  double weight = 0.0;
+
+  static Status scan(const Call& call) {
+    if (call.argument_count() != 2) return call.wrong_count();
+    double value = null_value;
+    const Status status = call.evaluate(1, value);
+    if (failed(status)) return status;
+    return value > 0.0 && value < 1.0 ? Status::ok : call.answer(null_value);
+  }
+  bool take(size_t, double value, const DataTable&) {
+    weight = value;
+    return value > 0.0 && value < 1.0;
+  }
+  static double first(double x) { return x; }
+  double next(double x, double prev) const {
+    if (is_null(x)) return x;
+    return (1.0 - weight) * (is_null(prev) ? x : prev) + x * weight;
   }
 };
 
+class DMA final : public Recurrence<FractionStep> {
+  using Recurrence::Recurrence;
+};
+
 /// A*prev + B*x. Nothing starts it over: behind a null all bars are null.
-class TMA final : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    if (call.scan) return call.check_count(3);
-    double old_weight = null_value;
-    if (const Status status = call.evaluate(1, old_weight); failed(status)) return status;
-    if (to_int(old_weight) >= 2) return call.answer(null_value);
-    double new_weight = null_value;
-    if (const Status status = call.evaluate(2, new_weight); failed(status)) return status;
-    if (to_int(new_weight) >= 2) return call.answer(null_value);
-    double x = null_value;
-    if (const Status status = call.evaluate(0, x); failed(status)) return status;
-    const int32_t column = call.variable.column_index;
-    double y = x * new_weight;
-    if (call.row != 0) y += previous(call, column) * old_weight;
-    return call.answer(keep(call, column, y));
+struct TwoWeightsStep {
+  static constexpr size_t parameters = 2;
+  static constexpr bool ignores_status = false;
+  double old_weight = 0.0;
+  double new_weight = 0.0;
+
+  static Status scan(const Call& call) { return call.check_count(3); }
+  bool take(size_t position, double value, const DataTable&) {
+    (position == 1 ? old_weight : new_weight) = value;
+    return to_int(value) < 2;
   }
+  double first(double x) const { return x * new_weight; }
+  double next(double x, double prev) const { return x * new_weight + prev * old_weight; }
+};
+
+class TMA final : public Recurrence<TwoWeightsStep> {
+  using Recurrence::Recurrence;
 };
 
 /// The seed of an average over X's own column, where it has one. An X without a column seeds
 /// nothing, and so has no average.
 WindowSeed seed_of_argument(const Call& call, int64_t n) {
-  return window_seed(call.table(), call.argument(0).column_index, call.variable.column_index,
-                     static_cast<int64_t>(call.row) - 1, n, false);
+  const DataTable& table = call.table();
+  const int64_t before = int64_t{call.row} - 1;
+  return window_seed(table.cells(call.argument(0).column_index),
+                     table.cell(before, call.variable.column_index), before, n);
 }
 
 /// The weight 1/N, seeded by a mean.
@@ -179,7 +192,7 @@ class MEMA final : public BaseFunc {
     const int64_t n = to_int(period);
     if (n < 1 || call.row < n - 1) return call.answer(null_value);
     if (call.scan) {
-      call.pool.raise_period(to_int(period));
+      call.script().raise_period(to_int(period));
       return Status::ok;
     }
     return average(call, n);
@@ -207,7 +220,7 @@ class EXPMEMA final : public BaseFunc {
     if (const Status status = call.evaluate_passing_scan(1, period); failed(status)) return status;
     const int64_t n = to_int(period);
     if (call.scan) {
-      call.pool.raise_period(to_int(period));
+      call.script().raise_period(to_int(period));
       return Status::ok;
     }
     if (is_null(period) || n == 0 || call.row < n - 1) return call.answer(null_value);
@@ -238,7 +251,7 @@ class TRMA final : public BaseFunc {
     const int32_t n = to_int(period);
     if (n < 1) return call.answer(null_value);
     if (call.scan) {
-      call.pool.raise_period(n);
+      call.script().raise_period(n);
       return Status::ok;
     }
     double x = null_value;
@@ -255,18 +268,18 @@ class TRMA final : public BaseFunc {
   static void reserve(const Call& call) {
     Variable& variable = call.variable;
     Variable& x = call.argument(0);
-    if (variable.aux_column_ids.empty()) variable.reserve_aux_columns(places);
-    if (!x.has_column()) adopt_aux_column(x, variable, x_place);
-    if (!variable.has_column()) adopt_aux_column(variable, variable, result_place);
+    if (variable.aux_column_ids.empty()) reserve_columns(variable, places);
+    if (!x.has_column()) hand_over_column(variable, x_place, x);
+    if (!variable.has_column()) hand_over_column(variable, result_place, variable);
   }
 
   static double average(const Call& call, int64_t k, double x) {
     reserve(call);
     const Variable& variable = call.variable;
-    const AverageColumns inner{call.argument(0).column_index, aux_column(variable, inner_average),
-                               aux_column(variable, inner_count)};
+    const AverageColumns inner{call.argument(0).column_index, held_column(variable, inner_average),
+                               held_column(variable, inner_count)};
     const AverageColumns outer{inner.result, variable.column_index,
-                               aux_column(variable, outer_count)};
+                               held_column(variable, outer_count)};
     DataTable& table = call.table();
     table.set_cell(call.row, inner.series, x);
     if (call.row >= k - 1) {

@@ -1,7 +1,6 @@
 // NOTICE: tells the host once that a condition has turned true.
-#include "core/calculate_center.h"
-#include "core/data_pool_center.h"
-#include "core/status.h"
+#include "core/call.h"
+#include "core/column_owners.h"
 #include "drawing/shapes.h"
 #include "functions/families.h"
 #include "interface/host_callbacks.h"
@@ -16,12 +15,12 @@ void make_record(const Call& call) {
   Variable& notice = call.variable;
   record->Field1Text = call.argument_text(1);
   if (call.argument_count() == 3) record->NoticeMessage = call.argument_text(2);
-  notice.reserve_aux_columns(2);
+  reserve_columns(notice, 2);
   record->Field1Id = static_cast<int32_t>(notice.aux_column_ids[0]);
   record->TitleVisible = 0;
   record->NoticeLineNumber = notice.line;
-  call.pool.contains_notice = true;
-  call.calculator.shapes().add(record);
+  call.script().contains_notice = true;
+  call.script().shapes.add(record);
   notice.shape = std::move(record);
 }
 
@@ -73,7 +72,7 @@ class NOTICE final : public BaseFunc {
   Status execute(const Call& call) const override {
     const size_t count = call.argument_count();
     if (count != 2 && count != 3) return call.wrong_count();
-    if (call.pool.looks_ahead) return call.fail(Status::notice_looks_ahead);
+    if (call.script().looks_ahead) return call.fail(Status::notice_looks_ahead);
     if (call.variable.shape == nullptr) make_record(call);
     if (call.scan || call.argument(0).text.empty()) return Status::ok;
 

@@ -10,10 +10,10 @@
 #include <type_traits>
 #include <utility>
 
-#include "core/status.h"
+#include "core/call.h"
+#include "core/columns.h"
 #include "core/value.h"
 #include "functions/base_func.h"
-#include "functions/column_call.h"
 
 namespace quor {
 

@@ -3,7 +3,8 @@
 #include <limits>
 #include <optional>
 
-#include "functions/column_call.h"
+#include "core/call.h"
+#include "core/columns.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "core/calculate_center.h"
+#include "core/call.h"
 #include "functions/call_memory.h"
 #include "functions/word_steps.h"
 

@@ -4,11 +4,11 @@
 #include <optional>
 #include <stdexcept>
 
-#include "core/data_pool_center.h"
+#include "core/call.h"
 #include "functions/averaging.h"
 #include "functions/call_memory.h"
-#include "functions/column_call.h"
 #include "functions/families.h"
+#include "functions/over_window.h"
 #include "functions/scratch_frame.h"
 #include "functions/series.h"
 #include "functions/word_steps.h"
@@ -36,7 +36,7 @@ class SUM final : public BaseFunc {
     int64_t n = to_int(period);
     if (n == 0) n = static_cast<int64_t>(call.row) + 1;
     if (call.scan) {
-      call.pool.raise_period(static_cast<int32_t>(n));
+      call.script().raise_period(static_cast<int32_t>(n));
       return Status::ok;
     }
     double x = null_value;
@@ -47,7 +47,40 @@ class SUM final : public BaseFunc {
     return call.answer(keep(call, call.variable.column_index, sum));
   }
 
+  const double* column(const ColumnCall& call) const override {
+    const std::optional<double> period = call.number(1);
+    const int32_t n = period ? to_int(*period) : 0;
+    if (n < 1 || call.rows.first < n || !call.variable.has_column()) return nullptr;
+    const double* series = series_over(call, 0, SeriesPlace::own_column);
+    if (series == nullptr) return nullptr;
+    double* sums = call.overwrite(call.variable.column_index);
+    reduce_rows(PlainSum(), series, call.rows.shifted(-1), static_cast<size_t>(n), sums);
+    for (int32_t row = call.rows.first; row < call.rows.end; ++row) {
+      double& sum = sums[row - call.rows.first];
+      WindowSeed seed{.sum = sum, .leaving = series[row - n], .count = n};
+      if (is_null(sum)) [[unlikely]] {
+        seed = recompute_seed(call.table().cells(call.argument(0)->column_index), row - 1, n);
+      }
+      sum = sum_step(series[row], seed, row, n);
+    }
+    return sums;
+  }
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true, .series = SeriesPlace::own_column};
+  }
+
  private:
+  struct PlainSum {
+    static constexpr bool in_pairs = true;
+    template <typename W>
+    Number<W> operator()(const W& window) const {
+      Number<W> sum{};
+      for (size_t i = 0; i < window.size(); ++i) sum += window[i];
+      return sum;
+    }
+    static double finish(double sum) { return sum; }
+  };
+
   /// The sum of the rows before `end`.
   struct SumSoFar final : CallMemory {
     int32_t column = -1;
@@ -61,8 +94,7 @@ class SUM final : public BaseFunc {
     const DataTable& table = call.table();
     const bool whole = call.row > 0 && n > call.row && call.row < table.row_count();
     if (!whole || column == -1) {
-      return window_seed(table, column, call.variable.column_index,
-                         static_cast<int64_t>(call.row) - 1, n, true);
+      return window_seed(table.cells(column), null_value, int64_t{call.row} - 1, n);
     }
     const SumSoFar& so_far = sum_before(call, column);
     return {.sum = so_far.seen ? so_far.sum : null_value, .count = n};

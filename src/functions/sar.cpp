@@ -6,6 +6,8 @@
 // current bar; the window form takes the extremes of the N-1 bars before.
 #include <algorithm>
 
+#include "core/call.h"
+#include "core/column_owners.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 #include "functions/window_extremes.h"
@@ -136,7 +138,7 @@ class SarWord : public BaseFunc {
     SarSettings settings;
     const Status status = take_settings(call, settings);
     if (failed(status) || call.scan) return status;
-    if (call.variable.aux_column_ids.empty()) call.variable.reserve_aux_columns(3);
+    if (call.variable.aux_column_ids.empty()) reserve_columns(call.variable, 3);
 
     SarState state;
     state.factor = settings.step;
@@ -158,7 +160,7 @@ class SarWord : public BaseFunc {
     if (failed(status)) return status;
     settings.bars = to_int(bars);
     if (call.scan) {
-      call.pool.raise_period(settings.bars);
+      call.script().raise_period(settings.bars);
       return Status::ok;
     }
     status = call.evaluate(1, settings.step);

@@ -1,6 +1,7 @@
 // Where a window word finds the past values of its argument.
 #pragma once
 
+#include "core/call.h"
 #include "core/data_table.h"
 #include "core/model.h"
 #include "functions/base_func.h"
@@ -11,6 +12,13 @@ void give_result_column(const Call& call);
 /// Gives the call a column of its own unless it has one: its only auxiliary column.
 inline void ensure_result_column(const Call& call) {
   if (!call.variable.has_column()) give_result_column(call);
+}
+
+/// The column in which the call's results stand; reserved at first use for a word whose calls get
+/// none from the compiler.
+inline int32_t result_column(const Call& call) {
+  ensure_result_column(call);
+  return call.variable.column_index;
 }
 
 /// Hands a column that the call reserves to an argument without one.

@@ -1,6 +1,7 @@
 // Signals held back after a signal, and bars marked before one.
 #include <algorithm>
 
+#include "core/call.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 
@@ -155,13 +156,14 @@ class BACKSET final : public BaseFunc {
     if (failed(status)) return status;
     double period = null_value;
     status = call.evaluate_passing_scan(1, period);
-    if (!failed(status)) call.pool.raise_period(to_int(period));
+    if (!failed(status)) call.script().raise_period(to_int(period));
     return status;
   }
 };
 
-constexpr WordRow words[] = {word_row<FILTER>("FILTER", keeps_state),
-                             word_row<BACKSET>("BACKSET", reads_forward | follows_rows)};
+constexpr WordRow words[] = {
+    word_row<FILTER>("FILTER", keeps_state | periods_from(1, follows_rows)),
+    word_row<BACKSET>("BACKSET", reads_forward | follows_rows)};
 
 }  // namespace
 

@@ -1,6 +1,6 @@
 // The words that play one of the host's alarm sounds.
-#include "core/calculate_center.h"
-#include "core/status.h"
+#include "core/call.h"
+#include "core/column_owners.h"
 #include "drawing/shapes.h"
 #include "functions/families.h"
 #include "text/strings.h"
@@ -17,10 +17,10 @@ std::string sound_file(std::string_view text) {
 void make_record(const Call& call, std::string_view sound) {
   auto record = std::make_shared<SoundShape>();
   record->Field1Text = sound_file(sound);
-  call.variable.reserve_aux_columns(1);
+  reserve_columns(call.variable, 1);
   record->Field1VisibleId = static_cast<int32_t>(call.variable.aux_column_ids[0]);
   record->TitleVisible = 0;
-  call.calculator.shapes().add(record);
+  call.script().shapes.add(record);
   call.variable.shape = std::move(record);
 }
 

@@ -3,8 +3,9 @@
 #include <cmath>
 #include <limits>
 
+#include "core/call.h"
+#include "core/columns.h"
 #include "core/reduce.h"
-#include "functions/column_call.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 

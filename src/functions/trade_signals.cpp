@@ -1,7 +1,6 @@
 // The words that send a trade signal to the host: COND, NAME and an optional QUANTITY.
-#include "core/calculate_center.h"
-#include "core/data_pool_center.h"
-#include "core/status.h"
+#include "core/call.h"
+#include "core/column_owners.h"
 #include "drawing/shapes.h"
 #include "functions/families.h"
 #include "interface/host_callbacks.h"
@@ -25,11 +24,11 @@ void make_record(const Call& call) {
     record->trade_count = to_int(quantity);
     signal.value = quantity;
   }
-  signal.reserve_aux_columns(1);
+  reserve_columns(signal, 1);
   record->Field1Id = static_cast<int32_t>(signal.aux_column_ids[0]);
   record->TitleVisible = 0;
   record->NoticeLineNumber = signal.line;
-  call.calculator.shapes().add(record);
+  call.script().shapes.add(record);
   signal.shape = std::move(record);
 }
 
@@ -48,7 +47,7 @@ Status execute_signal(const Call& call, uint32_t action) {
   const size_t count = call.argument_count();
   if (count != 2 && count != 3) return call.wrong_count();
   // A bar that may still change its past can't trade.
-  if (call.pool.looks_ahead) return call.fail(Status::signal_looks_ahead);
+  if (call.script().looks_ahead) return call.fail(Status::signal_looks_ahead);
   if (call.variable.shape == nullptr) make_record(call);
   if (call.scan) return Status::ok;
 

@@ -1,6 +1,7 @@
 // Bars that stand out from the N bars on each side of them.
 #include <algorithm>
 
+#include "core/call.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 #include "functions/series.h"
@@ -39,7 +40,7 @@ Status take_span(const Call& call, size_t position, int32_t& bars) {
   if (failed(status)) return status;
   bars = is_null(span) ? 0 : to_int(span);
   if (bars == 0) call.result = null_value;
-  if (call.scan && bars != 0) call.pool.raise_period(bars);
+  if (call.scan && bars != 0) call.script().raise_period(bars);
   return Status::ok;
 }
 

@@ -1,8 +1,10 @@
 // The greatest and the smallest value of a window.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "core/data_table.h"
@@ -36,6 +38,41 @@ size_t place_of_extreme(const Window& window, size_t count) {
     place = i;
   }
   return place;
+}
+
+/// The extremes of `count` windows of n values, the first of which begins at `values`, as
+/// `place_of_extreme` has them. The values are cut into pieces as long as a window, which so is the
+/// end of one piece and the beginning of the next. `ends` has room for the values of all windows.
+template <Extreme extreme>
+void window_extremes(const double* values, size_t n, size_t count, double* results, double* ends) {
+  constexpr double innermost = extreme == Extreme::greatest
+                                   ? -std::numeric_limits<double>::infinity()
+                                   : std::numeric_limits<double>::infinity();
+  const size_t size = count + n - 1;
+  for (size_t first = 0; first < count; first += n) {
+    const size_t end = std::min(first + n, size);
+    double outermost = innermost;
+    // Of equal values the older one stays.
+    for (size_t i = end; i-- > first;) {
+      ends[i] = outermost = !(values[i] == values[i]) || beats<extreme>(outermost, values[i])
+                                ? outermost
+                                : values[i];
+    }
+  }
+  double begun = innermost;
+  size_t piece_left = n - 1;
+  for (size_t i = 0; i < count; ++i) {
+    // The window from i on ends in the piece behind that of i, or is a whole piece.
+    if (piece_left == n - 1) {
+      begun = innermost;
+    } else {
+      const double joins = values[i + n - 1];
+      begun = beats<extreme>(joins, begun) ? joins : begun;
+    }
+    piece_left = piece_left == 0 ? n - 1 : piece_left - 1;
+    const double outermost = beats<extreme>(begun, ends[i]) ? begun : ends[i];
+    results[i] = values[i] == values[i] ? outermost : values[i];
+  }
 }
 
 /// The rows of a window that can still come to hold its extreme. From bar to bar one row joins and

@@ -2,9 +2,10 @@
 // place from columns, oldest value first.
 #include <cmath>
 
-#include "core/data_pool_center.h"
+#include "core/call.h"
 #include "functions/averaging.h"
 #include "functions/families.h"
+#include "functions/over_window.h"
 #include "functions/power.h"
 #include "functions/running_statistics.h"
 #include "functions/series.h"
@@ -13,10 +14,14 @@
 namespace quor {
 namespace {
 
-double size_of(const Window& window) { return static_cast<double>(window.size()); }
+template <typename W>
+double size_of(const W& window) {
+  return static_cast<double>(window.size());
+}
 
 /// The mean, corrected value by value.
-double running_mean(const Window& window) {
+template <typename W>
+double running_mean(const W& window) {
   if (window.empty()) return null_value;
   double mean = 0.0;
   for (size_t i = 0; i < window.size(); ++i) {
@@ -27,10 +32,11 @@ double running_mean(const Window& window) {
 
 /// The sum of the squared distances from the mean, in one pass: value j adds
 /// ((j+1) * w[j] - T)^2 / ((j+1) * j) with T the sum of the values so far.
-double squared_distances(const Window& window) {
-  if (window.empty()) return 0.0;
-  double total = window[0];
-  double sum = 0.0;
+template <typename W>
+Number<W> squared_distances(const W& window) {
+  if (window.empty()) return Number<W>{};
+  Number<W> total = window[0];
+  Number<W> sum{};
   for (size_t j = 1; j < window.size(); ++j) {
     const auto before = static_cast<double>(j);
     const double count = before + 1.0;
@@ -40,111 +46,106 @@ double squared_distances(const Window& window) {
   return sum;
 }
 
-double sample_variance(const Window& window) {
-  return window.size() < 2 ? null_value : squared_distances(window) / (size_of(window) - 1.0);
-}
+/// Most reductions have nothing to be made once per N.
+struct PlainReduction {
+  static constexpr bool in_pairs = true;
+  explicit PlainReduction(int32_t) {}
+  static Status scan(const Call& call) { return scan_period(call, 2, 1); }
+  static double finish(double value) { return value; }
+};
 
-double population_variance(const Window& window) {
-  return squared_distances(window) / size_of(window);
-}
-
-double sample_deviation(const Window& window) { return std::sqrt(sample_variance(window)); }
-
-double population_deviation(const Window& window) { return std::sqrt(population_variance(window)); }
-
-double squares_about_mean(const Window& window) {
-  const double mean = running_mean(window);
-  double sum = 0.0;
-  for (size_t i = 0; i < window.size(); ++i) sum += power(window[i] - mean, 2.0);
-  return sum;
-}
-
-/// Nulls are left out of the mean, whose divisor counts them all the same, but not of the result.
-double mean_absolute_deviation(const Window& window) {
-  const double size = size_of(window);
-  double mean = 0.0;
-  for (size_t i = 0; i < window.size(); ++i) {
-    if (!is_null(window[i])) mean += window[i] / size;
-  }
-  double sum = 0.0;
-  for (size_t i = 0; i < window.size(); ++i) sum += std::fabs(window[i] - mean) / size;
-  return sum;
-}
-
-double excess_kurtosis(const Window& window) {
-  RunningStatistics moments;
-  for (size_t i = 0; i < window.size(); ++i) moments.take(window[i]);
-  if (moments.count < 4) return null_value;
-  const auto c = static_cast<double>(moments.count);
-  const double g = c * moments.m4 / (moments.m2 * moments.m2) - 3.0 + 6.0 / (c + 1.0);
-  return g * ((c * c - 1.0) / ((c - 3.0) * (c - 2.0)));
-}
-
-using Gate = bool (*)(int32_t row, int32_t n);
-bool behind_window(int32_t row, int32_t n) { return n != 0 && row >= n; }
-bool behind_window_of_four(int32_t row, int32_t n) { return n >= 4 && row >= n; }
-bool at_full_window(int32_t row, int32_t n) { return row >= static_cast<int64_t>(n) - 1; }
-
-using Store = int32_t (*)(const Call& call, Variable& argument, double value);
-using Reduce = double (*)(const Window& window);
-
-/// Nothing is evaluated or stored before the gate opens.
-template <Gate gate, Store store, Reduce reduce>
-Status reduce_window(const Call& call, int32_t n) {
-  if (!gate(call.row, n)) return call.answer(null_value);
-  double x = null_value;
-  if (const Status status = call.evaluate(0, x); failed(status)) return status;
-  const int32_t column = store(call, call.argument(0), x);
-  return call.answer(reduce(call.table().window(column, call.row, n)));
-}
-
-/// A word of X and N.
-template <Gate gate, Store store, Reduce reduce>
-class WindowStatistic : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const final {
-    if (call.scan) return scan_period(call, 2, 1);
-    double period = null_value;
-    if (const Status status = call.evaluate(1, period); failed(status)) return status;
-    return reduce_window<gate, store, reduce>(call, to_int(period));
+struct SampleVariance : PlainReduction {
+  using PlainReduction::PlainReduction;
+  template <typename W>
+  Number<W> operator()(const W& window) const {
+    if (window.size() < 2) return Number<W>{} + null_value;
+    return squared_distances(window) / (size_of(window) - 1.0);
   }
 };
 
-template <Reduce reduce>
-using LateStatistic = WindowStatistic<behind_window, store_in_own_column, reduce>;
+struct PopulationVariance : PlainReduction {
+  using PlainReduction::PlainReduction;
+  template <typename W>
+  Number<W> operator()(const W& window) const {
+    return squared_distances(window) / size_of(window);
+  }
+};
 
-class STD final : public WindowStatistic<behind_window, store_in_aux_of_call, sample_deviation> {
-  using WindowStatistic::WindowStatistic;
+template <typename Variance>
+struct Deviation : Variance {
+  using Variance::Variance;
+  static double finish(double variance) { return std::sqrt(variance); }
 };
-class STDP final : public LateStatistic<population_deviation> {
-  using WindowStatistic::WindowStatistic;
+
+struct SquaresAboutMean : PlainReduction {
+  using PlainReduction::PlainReduction;
+  static constexpr bool in_pairs = false;
+  template <typename W>
+  double operator()(const W& window) const {
+    const double mean = running_mean(window);
+    double sum = 0.0;
+    for (size_t i = 0; i < window.size(); ++i) sum += power(window[i] - mean, 2.0);
+    return sum;
+  }
 };
-class VAR final : public LateStatistic<sample_variance> {
-  using WindowStatistic::WindowStatistic;
+
+/// Nulls are left out of the mean, whose divisor counts them all the same, but not of the result,
+/// which they make null.
+struct MeanAbsoluteDeviation : PlainReduction {
+  using PlainReduction::PlainReduction;
+  static Status scan(const Call& call) { return scan_any_period(call, 2, 1); }
+  template <typename W>
+  Number<W> operator()(const W& window) const {
+    const double size = size_of(window);
+    Number<W> mean{};
+    for (size_t i = 0; i < window.size(); ++i) mean += window[i] / size;
+    Number<W> sum{};
+    for (size_t i = 0; i < window.size(); ++i) sum += absolute(window[i] - mean) / size;
+    return sum;
+  }
 };
-class VARP final : public LateStatistic<population_variance> {
-  using WindowStatistic::WindowStatistic;
+
+struct ExcessKurtosis : PlainReduction {
+  using PlainReduction::PlainReduction;
+  static constexpr bool in_pairs = false;
+  template <typename W>
+  double operator()(const W& window) const {
+    RunningStatistics moments;
+    for (size_t i = 0; i < window.size(); ++i) moments.take(window[i]);
+    if (moments.count < 4) return null_value;
+    const auto c = static_cast<double>(moments.count);
+    const double g = c * moments.m4 / (moments.m2 * moments.m2) - 3.0 + 6.0 / (c + 1.0);
+    return g * ((c * c - 1.0) / ((c - 3.0) * (c - 2.0)));
+  }
 };
-class DEVSQ final : public LateStatistic<squares_about_mean> {
-  using WindowStatistic::WindowStatistic;
+
+constexpr WindowRule behind_window = {};
+
+class STD final : public OverWindow<Deviation<SampleVariance>,
+                                    WindowRule{.place = SeriesPlace::column_of_call}> {
+  using OverWindow::OverWindow;
+};
+class STDP final : public OverWindow<Deviation<PopulationVariance>, behind_window> {
+  using OverWindow::OverWindow;
+};
+class VAR final : public OverWindow<SampleVariance, behind_window> {
+  using OverWindow::OverWindow;
+};
+class VARP final : public OverWindow<PopulationVariance, behind_window> {
+  using OverWindow::OverWindow;
+};
+class DEVSQ final : public OverWindow<SquaresAboutMean, behind_window> {
+  using OverWindow::OverWindow;
 };
 class KURTOSIS final
-    : public WindowStatistic<behind_window_of_four, store_in_own_column, excess_kurtosis> {
-  using WindowStatistic::WindowStatistic;
+    : public OverWindow<ExcessKurtosis, WindowRule{.gate = Gate::behind_windows_of_four}> {
+  using OverWindow::OverWindow;
 };
-
 /// A period that fails is a null one.
-class AVEDEV final : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    if (call.scan) return scan_any_period(call, 2, 1);
-    double period = null_value;
-    ignore_status(call.evaluate(1, period));
-    return reduce_window<at_full_window, store_in_own_column, mean_absolute_deviation>(
-        call, to_int(period));
-  }
+class AVEDEV final
+    : public OverWindow<MeanAbsoluteDeviation,
+                        WindowRule{.gate = Gate::full_window, .ignores_period_status = true}> {
+  using OverWindow::OverWindow;
 };
 
 /// 1 + 2 + ... + n; 0 for a negative n.
@@ -155,37 +156,40 @@ double sum_up_to(int64_t n) {
 
 /// The slope of the regression line per bar. The places of the values count from 1 in the numerator
 /// and from 0 in their mean.
-double regression_slope(const Window& window, int32_t n) {
-  if (static_cast<int64_t>(window.size()) < n) return null_value;
-  const double count = n;
-  double sum = 0.0;
-  for (size_t i = window.size(); i-- > 0;) sum += window[i];
-  if (is_null(sum)) return null_value;
-  const double mean_x = sum / count;
-  const double mean_t = sum_up_to(static_cast<int64_t>(n) - 1) / count;
-  double numerator = 0.0;
-  double denominator = 0.0;
-  for (int32_t k = 0; k < n; ++k) {
-    const double t = count - k;
-    numerator += (window[window.size() - 1 - static_cast<size_t>(k)] - mean_x) * (t - mean_t);
-    denominator += square(k - mean_t);
-  }
-  return numerator / denominator;
-}
-
-class SLOPE final : public BaseFunc {
+class RegressionSlope {
  public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    if (call.scan) return scan_period(call, 2, 1);
-    double period = null_value;
-    if (const Status status = call.evaluate(1, period); failed(status)) return status;
-    double x = null_value;
-    if (const Status status = call.evaluate(0, x); failed(status)) return status;
-    const int32_t column = store_in_own_column(call, call.argument(0), x);
-    const int32_t n = to_int(period);
-    return call.answer(regression_slope(call.table().window(column, call.row, n), n));
+  static constexpr bool in_pairs = true;
+  static Status scan(const Call& call) { return scan_period(call, 2, 1); }
+  static double finish(double slope) { return slope; }
+
+  explicit RegressionSlope(int32_t n)
+      : n_(n), mean_t_(sum_up_to(int64_t{n} - 1) / static_cast<double>(n)) {
+    for (int32_t k = 0; k < n_; ++k) squares_ += square(k - mean_t_);
   }
+
+  template <typename W>
+  Number<W> operator()(const W& window) const {
+    const double count = n_;
+    Number<W> sum{};
+    for (size_t i = window.size(); i-- > 0;) sum += window[i];
+    const Number<W> mean_x = sum / count;
+    Number<W> numerator{};
+    for (int32_t k = 0; k < n_; ++k) {
+      const double t = count - k;
+      numerator += (window[window.size() - 1 - static_cast<size_t>(k)] - mean_x) * (t - mean_t_);
+    }
+    return numerator / squares_;
+  }
+
+ private:
+  int32_t n_;
+  double mean_t_;
+  double squares_ = 0.0;
+};
+
+class SLOPE final : public OverWindow<RegressionSlope, WindowRule{.gate = Gate::full_window,
+                                                                  .stores_before_gate = true}> {
+  using OverWindow::OverWindow;
 };
 
 /// The regression line's value at its last bar, given the mean of the values.
@@ -216,7 +220,7 @@ class FORCAST final : public BaseFunc {
     double period = null_value;
     if (const Status status = call.evaluate(1, period); failed(status)) return status;
     const int32_t n = to_int(period);
-    if (!behind_window(call.row, n)) return call.answer(null_value);
+    if (call.row < opens_at(Gate::behind_window, n)) return call.answer(null_value);
     double x = null_value;
     if (const Status status = call.evaluate(0, x); failed(status)) return status;
     const int32_t column = store_in_own_column(call, call.argument(0), x);
@@ -276,6 +280,10 @@ class COVAR final : public BaseFunc {
     return failed(status) ? status : call.answer(null_value);
   }
 };
+
+double sample_deviation(const Window& window) {
+  return Deviation<SampleVariance>::finish(SampleVariance(0)(window));
+}
 
 /// The covariance of the population over the deviations of the samples, which makes (m-1)/m of the
 /// usual coefficient.

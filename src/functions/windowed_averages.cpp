@@ -1,9 +1,10 @@
 // The averages that go over their window again at every bar.
 #include <cmath>
 
-#include "core/data_pool_center.h"
+#include "core/call.h"
 #include "functions/averaging.h"
 #include "functions/families.h"
+#include "functions/over_window.h"
 #include "functions/power.h"
 #include "functions/series.h"
 #include "functions/word_steps.h"
@@ -14,41 +15,50 @@ namespace {
 
 /// The values weighted by 1, 2, 3 ... from the oldest, over the sum of the weights that a full
 /// window has.
-double weighted_mean(const Window& window, int64_t n) {
-  double sum = 0.0;
-  for (size_t i = 0; i < window.size(); ++i) sum += static_cast<double>(i + 1) * window[i];
-  return is_null(sum) ? null_value : sum / (static_cast<double>((n + 1) * n) * 0.5);
-}
-
-Status weighted_average(const Call& call) {
-  double period = null_value;
-  double x = null_value;
-  ignore_status(call.evaluate(1, period));
-  ignore_status(call.evaluate(0, x));
-  const int32_t column = store_in_own_column(call, call.argument(0), x);
-  const int32_t n = to_int(period);
-  if (call.row < static_cast<int64_t>(n) - 1) return call.answer(null_value);
-  const double y = weighted_mean(call.table().window(column, call.row, n), n);
-  return call.answer(keep(call, call.variable.column_index, y));
-}
-
-class WMA final : public BaseFunc {
+class WeightedMean {
  public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    if (!call.scan) return weighted_average(call);
+  static constexpr bool in_pairs = true;
+
+  explicit WeightedMean(int32_t n)
+      : weights_(static_cast<double>((int64_t{n} + 1) * int64_t{n}) * 0.5) {}
+
+  template <typename W>
+  Number<W> operator()(const W& window) const {
+    Number<W> sum{};
+    double weight = 0.0;
+    for (size_t i = 0; i < window.size(); ++i) sum += (weight += 1.0) * window[i];
+    return sum;
+  }
+  double finish(double sum) const { return is_null(sum) ? null_value : sum / weights_; }
+
+ private:
+  double weights_;
+};
+
+/// With a look-back of N.
+struct WeightedMeanBack : WeightedMean {
+  using WeightedMean::WeightedMean;
+  static Status scan(const Call& call) {
     const Status status = scan_any_period(call, 2, 1);
     return failed(status) ? status : call.answer(null_value);
   }
 };
+struct WeightedMeanOnly : WeightedMean {
+  using WeightedMean::WeightedMean;
+  static Status scan(const Call& call) { return call.check_count(2); }
+};
 
-/// As WMA, without a look-back.
-class EMA2 final : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    return call.scan ? call.check_count(2) : weighted_average(call);
-  }
+constexpr WindowRule weighted = {.gate = Gate::full_window,
+                                 .stores_before_gate = true,
+                                 .ignores_period_status = true,
+                                 .ignores_status = true,
+                                 .keeps_result = true};
+
+class WMA final : public OverWindow<WeightedMeanBack, weighted> {
+  using OverWindow::OverWindow;
+};
+class EMA2 final : public OverWindow<WeightedMeanOnly, weighted> {
+  using OverWindow::OverWindow;
 };
 
 /// The mean of the window with its last value counted on: (sum - sum/p + x) / p.
@@ -147,7 +157,7 @@ class ADMA final : public BaseFunc {
     if (const Status status = call.evaluate(1, period); failed(status)) return status;
     const int32_t n = to_int(period);
     if (call.scan) {
-      call.pool.raise_period(n);
+      call.script().raise_period(n);
       return Status::ok;
     }
     if (n == 0) return call.answer(null_value);

@@ -4,9 +4,11 @@
 #include <memory>
 #include <string_view>
 
-#include "functions/base_func.h"
+#include "functions/traits.h"
 
 namespace quor {
+
+class BaseFunc;
 
 struct WordRow {
   std::string_view word;

@@ -1,8 +1,7 @@
 // What many words do in scan mode.
 #pragma once
 
-#include "core/data_pool_center.h"
-#include "core/status.h"
+#include "core/call.h"
 #include "core/value.h"
 #include "functions/base_func.h"
 
@@ -13,7 +12,7 @@ namespace quor {
 inline Status raise_period_of(const Call& call, size_t position) {
   double period = null_value;
   const Status status = call.evaluate(position, period);
-  if (!failed(status)) call.pool.raise_period(to_int(period));
+  if (!failed(status)) call.script().raise_period(to_int(period));
   return status;
 }
 

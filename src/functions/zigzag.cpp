@@ -8,6 +8,8 @@
 #include <cmath>
 #include <vector>
 
+#include "core/call.h"
+#include "core/column_owners.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 
@@ -162,9 +164,9 @@ bool zigzag_pass(const Call& call, size_t type_argument, ZigzagColumns columns) 
 }
 
 /// One more column where X has none of its own; nobody reads it, but hosts count column ids.
-void reserve_columns(const Call& call, int count) {
+void reserve_turn_columns(const Call& call, size_t count) {
   if (!call.variable.aux_column_ids.empty()) return;
-  call.variable.reserve_aux_columns(call.argument(0).has_column() ? count : count + 1);
+  reserve_columns(call.variable, call.argument(0).has_column() ? count : count + 1);
 }
 
 /// ZIG has no working form; ZIGZAG is the word to use.
@@ -180,7 +182,7 @@ class ZIGZAG final : public BaseFunc {
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const override {
     if (call.scan) return call.check_count(3);
-    reserve_columns(call, 4);
+    reserve_turn_columns(call, 4);
     ZigzagColumns columns(call, call.variable.column_index);
     if (call.row == 0) {
       if (!zigzag_pass(call, 2, columns)) {
@@ -214,7 +216,7 @@ class TurnWord : public BaseFunc {
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const final {
     if (call.scan) return call.check_count(4);
-    reserve_columns(call, 5);
+    reserve_turn_columns(call, 5);
     const ZigzagColumns columns(call, call.variable.aux_column_indexes[turn_value_column]);
     call.result = null_value;
     if (call.row == 0 && !zigzag_pass(call, 3, columns)) return Status::ok;

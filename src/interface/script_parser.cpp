@@ -6,6 +6,7 @@
 #include "core/status.h"
 #include "functions/registry.h"
 #include "tables/field_table.h"
+#include "text/json.h"
 
 namespace quor {
 namespace {
@@ -13,6 +14,8 @@ namespace {
 constexpr int32_t one_day = 0x4000;
 
 std::string answer(Status status, std::string_view error) {
+  // Once a tick, and so not put together anew.
+  if (!failed(status) && error.empty()) return R"({"ErrCode":0,"ExtraMsg":"","ErrLine":""})";
   const ErrorParts parts = split_error(error);
   std::string text = "{";
   append_json_integer(text, "ErrCode", error_code(status), true);
@@ -29,7 +32,7 @@ ScriptParser::ScriptParser() : calculator_(pool_), context_(pool_, calculator_) 
   build_function_registry();
   for (const Field& field : reserved_fields()) {
     const auto column_id = static_cast<uint32_t>(field.id);
-    add_reserved_variable(context_, field.word, column_id, column_id == time_column_id);
+    context_.add_reserved_variable(field.word, column_id, column_id == time_column_id);
   }
   valid = true;
 }
@@ -57,7 +60,7 @@ void ScriptParser::add_row(std::string_view json) { intake_.add_row(pool_, json)
 
 void ScriptParser::create_reserved_field(std::string_view word, uint32_t column_id) {
   declare_reserved_field(word, static_cast<int32_t>(column_id));
-  add_reserved_variable(context_, word, column_id, true);
+  context_.add_reserved_variable(word, column_id, true);
 }
 
 void ScriptParser::set_uuid(uint64_t new_uuid) {
@@ -68,7 +71,7 @@ void ScriptParser::set_uuid(uint64_t new_uuid) {
 double ScriptParser::field_value(int32_t field_id, int32_t row) {
   const DataTable& table = pool_.table();
   if (field_id >= 0) return table.cell(row, table.column_index_of(static_cast<uint32_t>(field_id)));
-  for (const auto& [text, argument] : context_.argument_variables) {
+  for (const auto& [text, argument] : pool_.script.argument_variables) {
     if (static_cast<int32_t>(argument->column_id) != field_id) continue;
     std::string unread;
     double value = null_value;
@@ -88,6 +91,6 @@ std::string ScriptParser::variable_fields() const {
   return variable_fields_text(pool_, context_.declared_names);
 }
 
-std::string ScriptParser::shapes() const { return calculator_.shapes().to_json(); }
+std::string ScriptParser::shapes() const { return pool_.script.shapes.to_json(); }
 
 }  // namespace quor

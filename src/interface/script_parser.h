@@ -35,6 +35,7 @@ class ScriptParser {
   std::string shapes() const;
 
   DataPoolCenter& pool() { return pool_; }
+  CalculateCenter& calculator() { return calculator_; }
 
   uint64_t uuid = UINT64_MAX;
   bool valid = false;  ///< from the last step of construction until deletion begins

@@ -14,6 +14,9 @@ struct Field {
   int32_t id;
 };
 
+/// A column id that names no column.
+inline constexpr uint32_t no_column = 0xFFFFFFFF;
+
 /// The id of the column that holds the row key.
 inline constexpr uint32_t time_column_id = 1;
 

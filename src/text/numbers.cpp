@@ -130,4 +130,9 @@ void append_integer(std::string& out, int64_t value) {
   out.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
 }
 
+double literal_value(std::string_view quoted) {
+  if (quoted.size() < 2) return 0.0;
+  return leading_number_after_blanks(quoted.substr(1, quoted.size() - 2));
+}
+
 }  // namespace quor

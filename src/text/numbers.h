@@ -34,4 +34,7 @@ std::string fixed_text(double value);
 /// Appends a signed or unsigned integer in decimal.
 void append_integer(std::string& out, int64_t value);
 
+/// What a literal reads as that stands in quotes: the number between them, 0 if none can be read.
+double literal_value(std::string_view quoted);
+
 }  // namespace quor

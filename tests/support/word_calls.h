@@ -82,6 +82,19 @@ inline constexpr WordGroup word_groups[] = {
     {"DRAWWAVERULER", "C>O,L,C<O,H,C>L,O,1,COLORRED"},
 };
 
+/// Empty for a word of no group.
+constexpr std::string_view arguments_of(std::string_view word) {
+  for (const auto& [words, arguments] : word_groups) {
+    for (size_t at = words.find(word); at != words.npos; at = words.find(word, at + 1)) {
+      const size_t end = at + word.size();
+      const bool whole =
+          (at == 0 || words[at - 1] == ' ') && (end == words.size() || words[end] == ' ');
+      if (whole) return arguments;
+    }
+  }
+  return {};
+}
+
 /// Words whose statement is a condition with the word behind it.
 inline constexpr std::string_view signal_words = "BK BP SK SP SPK BPK CLOSEOUT NOTICE('name')";
 

@@ -1,8 +1,6 @@
-#include "core/program.h"
+#include "core/lowering.h"
 
 #include <optional>
-
-#include "core/model.h"
 
 namespace quor {
 namespace {
@@ -161,5 +159,10 @@ class Lowering {
 }  // namespace
 
 Program lower(const std::vector<MathElement>& elements) { return Lowering(elements).run(); }
+
+void set_elements(Variable& variable, std::vector<MathElement> list) {
+  variable.elements = std::move(list);
+  variable.program = lower(variable.elements);
+}
 
 }  // namespace quor

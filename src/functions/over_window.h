@@ -1,0 +1,171 @@
+// The shape of a word that reduces the last N values of a series to a number.
+#pragma once
+
+#include <cmath>
+#include <concepts>
+#include <cstdint>
+
+#include "core/columns.h"
+#include "core/data_table.h"
+#include "functions/averaging.h"
+#include "functions/base_func.h"
+#include "functions/series.h"
+#include "functions/word_steps.h"
+
+namespace quor {
+
+/// The values of two rows side by side: windows of neighbouring rows are reduced in one go, each
+/// in its own order, so that both results are those of one window after the other.
+using Pair [[gnu::vector_size(16)]] = double;
+
+/// A window that lies whole in its column.
+struct PlainWindow {
+  using Number = double;
+  const double* values;
+  size_t count;
+
+  size_t size() const { return count; }
+  bool empty() const { return count == 0; }
+  double operator[](size_t i) const { return values[i]; }
+};
+
+/// The windows of two neighbouring rows.
+struct PairedWindow {
+  using Number = Pair;
+  const double* values;  ///< of the first one
+  size_t count;
+
+  size_t size() const { return count; }
+  bool empty() const { return count == 0; }
+  Pair operator[](size_t i) const { return Pair{values[i], values[i + 1]}; }
+};
+
+template <typename W>
+struct NumberOf {
+  using type = typename W::Number;
+};
+template <>
+struct NumberOf<Window> {
+  using type = double;
+};
+/// What a reduction of such a window works with: a number, or two side by side.
+template <typename W>
+using Number = typename NumberOf<W>::type;
+
+inline double absolute(double value) { return std::fabs(value); }
+inline Pair absolute(Pair values) { return Pair{std::fabs(values[0]), std::fabs(values[1])}; }
+
+/// From which row on a window word of N bars has a value.
+enum class Gate : uint8_t {
+  full_window,             ///< the first full window
+  behind_window,           ///< one bar later; never for an N of 0
+  behind_windows_of_four,  ///< the same; never for an N below 4
+};
+
+constexpr int64_t opens_at(Gate gate, int32_t n) {
+  constexpr int64_t never = INT64_MAX;
+  if (gate == Gate::full_window) return int64_t{n} - 1;
+  return n == 0 || (gate == Gate::behind_windows_of_four && n < 4) ? never : n;
+}
+
+/// The series of an argument with its values over the block stored as the place says: all cells of
+/// its column, from row 0 on. Null where the column isn't there yet.
+inline const double* series_over(const ColumnCall& call, size_t position, SeriesPlace place) {
+  const Variable* argument = call.argument(position);
+  if (argument == nullptr) return nullptr;
+  int32_t column = argument->column_index;
+  if (!argument->has_column()) {
+    const Variable& holder = place == SeriesPlace::column_of_call ? call.variable : *argument;
+    const bool has_place = place != SeriesPlace::own_column && !holder.aux_column_indexes.empty();
+    if (!has_place) return nullptr;
+    column = holder.aux_column_indexes[0];
+  }
+  return call.stored(position, column) == nullptr ? nullptr : call.cells(column);
+}
+
+/// What `reduce` makes of the windows of `count` values that end at the rows of the block.
+template <typename Reduce>
+void reduce_rows(const Reduce& reduce, const double* series, Block rows, size_t count,
+                 double* results) {
+  const double* window = series + rows.first - (static_cast<ptrdiff_t>(count) - 1);
+  const size_t size = rows.size();
+  size_t i = 0;
+  if constexpr (Reduce::in_pairs) {
+    for (; i + 1 < size; i += 2, window += 2) {
+      const Pair pair = reduce(PairedWindow{window, count});
+      results[i] = reduce.finish(pair[0]);
+      results[i + 1] = reduce.finish(pair[1]);
+    }
+  }
+  for (; i < size; ++i, ++window) results[i] = reduce.finish(reduce(PlainWindow{window, count}));
+}
+
+/// What a word of X and N does around the reduction of its windows.
+struct WindowRule {
+  Gate gate = Gate::behind_window;
+  /// Where X is kept.
+  SeriesPlace place = SeriesPlace::own_column;
+  bool stores_before_gate = false;  ///< else nothing is evaluated or stored before it
+  bool ignores_period_status = false;
+  bool ignores_status = false;  ///< of X, too
+  bool keeps_result = false;    ///< in the call's result column
+};
+
+inline int32_t store_at(SeriesPlace place, const Call& call, Variable& argument, double value) {
+  switch (place) {
+    case SeriesPlace::column_of_argument:
+      return store_in_aux_of_argument(call, argument, value);
+    case SeriesPlace::column_of_call:
+      return store_in_aux_of_call(call, argument, value);
+    default:
+      return store_in_own_column(call, argument, value);
+  }
+}
+
+/// A word of X and N. `Reduce` is made of N, takes a window of one or of two rows at once (with
+/// `in_pairs`), and finishes the number of each row.
+template <typename Reduce, WindowRule rule>
+class OverWindow : public BaseFunc {
+ public:
+  using BaseFunc::BaseFunc;
+
+  Status execute(const Call& call) const final {
+    if (call.scan) return Reduce::scan(call);
+    double period = null_value;
+    const Status status = call.evaluate(1, period);
+    if (failed(status) && !rule.ignores_period_status) return status;
+    const int32_t n = to_int(period);
+    const bool is_open = call.row >= opens_at(rule.gate, n);
+    if (!is_open && !rule.stores_before_gate) return call.answer(null_value);
+    double x = null_value;
+    const Status x_status = call.evaluate(0, x);
+    if (failed(x_status) && !rule.ignores_status) return x_status;
+    const int32_t column = store_at(rule.place, call, call.argument(0), x);
+    if (!is_open) return call.answer(null_value);
+    const Reduce reduce(n);
+    const double y = reduce.finish(reduce(call.table().window(column, call.row, n)));
+    return call.answer(rule.keeps_result ? keep(call, call.variable.column_index, y) : y);
+  }
+
+  const double* column(const ColumnCall& call) const final {
+    const std::optional<double> period = call.number(1);
+    const int32_t n = period ? to_int(*period) : 0;
+    if (n < 1) return nullptr;
+    const int64_t opens = opens_at(rule.gate, n);
+    const bool is_open = call.rows.first >= opens;
+    if (!is_open && call.rows.end > opens) return nullptr;
+    if (!is_open && !rule.stores_before_gate) return call.everywhere(null_value);
+    const double* series = series_over(call, 0, rule.place);
+    if (series == nullptr) return nullptr;
+    if (!is_open) return call.everywhere(null_value);
+    if (rule.keeps_result && !call.variable.has_column()) return nullptr;
+    double* results =
+        rule.keeps_result ? call.overwrite(call.variable.column_index) : call.scratch();
+    reduce_rows(Reduce(n), series, call.rows, static_cast<size_t>(n), results);
+    return results;
+  }
+
+  ColumnTraits column_traits() const final { return {.by_columns = true, .series = rule.place}; }
+};
+
+}  // namespace quor

@@ -1,0 +1,205 @@
+// A run that works out blocks of rows column by column leaves what bar by bar leaves: answers,
+// columns in the order in which they are taken, every cell, notices and signals.
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <random>
+
+#include "interface/instances.h"
+#include "support/test_host.h"
+#include "support/word_statements.h"
+#include "tables/function_table.h"
+
+namespace quor_test {
+namespace {
+
+using quor::BlockRule;
+
+constexpr BlockRule bar_by_bar = {.shortest_run = std::numeric_limits<int32_t>::max()};
+constexpr BlockRule small_blocks[] = {
+    {1, 1, 1, 1}, {1, 2, 2, 2}, {1, 1, 3, 3}, {1, 3, 7, 7}, {1, 1, 1, 64}};
+
+Bars random_bars(size_t rows, uint64_t seed) {
+  std::mt19937_64 random(seed);
+  const auto draw = [&random](int below) { return static_cast<double>(random() % below); };
+  Bars bars;
+  double close = 50;
+  for (size_t row = 0; row < rows; ++row) {
+    close += draw(7) / 4 - 0.75;
+    const double open = close + draw(5) / 4 - 0.5;
+    // Nulls come alone and in stretches.
+    const bool no_close = draw(29) == 0 || (row / 20) % 9 == 8;
+    bars["C"].push_back(no_close ? null : close);
+    bars["O"].push_back(draw(40) == 0 ? null : open);
+    bars["H"].push_back(std::max(open, close) + draw(3) / 2);
+    bars["L"].push_back(std::min(open, close) - draw(3) / 2);
+    bars["V"].push_back(100 + draw(50));
+    bars["AMOUNT"].push_back(1000 * draw(9));
+  }
+  return bars;
+}
+
+/// An instance that goes through a session by a rule of its own.
+class Player {
+ public:
+  explicit Player(const BlockRule& rule) {
+    quor::find_instance(host_.handle())->parser.calculator().set_block_rule(rule);
+    host_.set_info(0x3000, "600000", "USHA");
+  }
+
+  int64_t compile(const std::string& script) { return host_.compile(script).code; }
+  void feed(const Bars& bars, size_t first, size_t last) { host_.feed(bars, first, last); }
+  void feed_json(const std::string& json) { host_.feed_json(json); }
+
+  /// What the host sees of a run.
+  std::string run(uint32_t first_row) {
+    clear_events();
+    std::string seen = host_.run(first_row, true);
+    for (const Signal& signal : events().signals) seen += " s" + std::to_string(signal.row);
+    for (const Notice& notice : events().notices) seen += " n" + std::to_string(notice.time);
+    return seen;
+  }
+  uint32_t column_count() const { return get_column_num(host_.handle()); }
+  Series column(uint32_t id) const { return host_.column(id); }
+
+ private:
+  TestHost host_;
+};
+
+/// Two instances, one that goes by blocks and one that goes bar by bar.
+class Twins {
+ public:
+  Twins(const std::string& script, const BlockRule& rule)
+      : script_(script), by_blocks_(rule), by_bars_(bar_by_bar) {}
+
+  bool compile() {
+    const int64_t code = by_blocks_.compile(script_);
+    EXPECT_EQ(by_bars_.compile(script_), code) << script_;
+    return code == 0;
+  }
+  void feed(const Bars& bars, size_t first = 0, size_t last = SIZE_MAX) {
+    by_blocks_.feed(bars, first, last);
+    by_bars_.feed(bars, first, last);
+  }
+  void feed_json(const std::string& json) {
+    by_blocks_.feed_json(json);
+    by_bars_.feed_json(json);
+  }
+  /// False where something differs.
+  bool run(uint32_t first_row, const char* move) {
+    const std::string expected = by_bars_.run(first_row);
+    EXPECT_EQ(by_blocks_.run(first_row), expected) << script_ << ' ' << move;
+    EXPECT_EQ(by_blocks_.column_count(), by_bars_.column_count()) << script_ << ' ' << move;
+    for (uint32_t id = 20000; id < 20000 + by_bars_.column_count(); ++id) {
+      if (same(by_blocks_.column(id), by_bars_.column(id))) continue;
+      ADD_FAILURE() << script_ << ' ' << move << ": column " << id << '\n'
+                    << to_text(by_blocks_.column(id)) << '\n'
+                    << to_text(by_bars_.column(id));
+      return false;
+    }
+    return !::testing::Test::HasFailure();
+  }
+
+ private:
+  std::string script_;
+  Player by_blocks_;
+  Player by_bars_;
+};
+
+/// The whole history, an old bar changed, later rows over stale ones, bars between others and
+/// behind them, and the history again. The bars beyond `known` come at last.
+bool play(Twins& twins, Bars bars, size_t known) {
+  const auto rows = static_cast<uint32_t>(known);
+  twins.feed(bars, 0, known);
+  if (!twins.run(0, "in full")) return false;
+  for (const uint32_t changed : {rows / 2, rows / 4}) {
+    bars["C"][changed] += 3;
+    twins.feed(bars, changed, changed + 1);
+    // The second time from a row that the change is far behind of.
+    if (!twins.run(changed == rows / 2 ? changed : rows / 3 * 2, "from a row")) return false;
+  }
+  twins.feed_json(R"([{"1":20240101000000.5},{"1":20231231000000,"11":48,"9":49}])");
+  if (!twins.run(rows / 8, "behind an inserted bar")) return false;
+  twins.feed(bars, known, bars["C"].size());
+  return twins.run(rows, "from the new bars") && twins.run(0, "again");
+}
+
+/// Scripts in which a word stands alone, feeds others, and is fed by calls and by other lines.
+std::vector<std::string> scripts_of(std::string_view word) {
+  const std::string arguments(arguments_of(word));
+  std::vector<std::string> scripts = {statement_of(word)};
+  if (!scripts[0].starts_with("A:=")) {
+    scripts[0] = "N:=EMA(C,3);" + scripts[0] + "M:MA(N,4);";
+    return scripts;
+  }
+  const std::string value = scripts[0].substr(3, scripts[0].size() - 4);
+  scripts.push_back("A:=" + value + ";B:=EMA(A,3)-REF(A,2);D:HHV(B,4)+IF(A>B,A,C);");
+  scripts.push_back("A:=MA(" + value + ",3);B:=CROSS(" + value + ",EMA(C,5));");
+  if (arguments.starts_with("C")) {
+    const std::string rest = arguments.substr(1);
+    const std::string name(word);
+    scripts.push_back("A:=" + name + "(EMA(C,4)-O" + rest + ");");
+    scripts.push_back("N:=SMA(C,3,1);A:=" + name + "(N" + rest + ");B:=COUNT(A>N,5);");
+  }
+  return scripts;
+}
+
+void play_all(std::string_view word, size_t known, std::span<const BlockRule> rules,
+              size_t least_script = 0, size_t step = 1) {
+  const std::vector<std::string> scripts = scripts_of(word);
+  for (size_t i = least_script; i < scripts.size(); i += step) {
+    const std::string& script = scripts[i];
+    for (const BlockRule& rule : rules) {
+      Twins twins(script, rule);
+      if (twins.compile() && !play(twins, random_bars(known + 9, word.size() + known), known))
+        return;
+    }
+  }
+}
+
+TEST(Columns, EveryWordInSmallBlocks) {
+  for (const auto& [word, id] : quor::FunctionIdTable()) {
+    if (word != "RAND") play_all(word, 70, small_blocks);
+  }
+}
+
+TEST(Columns, EveryWordOverThousandsOfBars) {
+  const BlockRule usual[] = {{}};
+  for (const auto& [word, id] : quor::FunctionIdTable()) {
+    const bool is_slow = word == "COST" || word == "WINNER" || word.starts_with("WAVE");
+    if (word != "RAND") play_all(word, is_slow ? 300 : 2200, usual, 1, 2);
+  }
+}
+
+/// Statements that see each other, fail in the middle, or take their columns late.
+constexpr const char* entangled[] = {
+    "A:=EMA(C,5);B:=STD(C,5-(BARPOS=41)*10);D:=MA(A,3);E:=B+D;",
+    "A:=MA(C-O,5);B:=HHV(C-O,4);D:=WMA(C-O,3);E:=STD(C-O,6);",
+    "B:=HHV(C-O,4);A:=MA(C-O,5);",
+    "A:=MA(C,5);B:=REFX(A,1);D:=A+B;",
+    "A:=MA(C,5);B:=REF(A,C-50);D:=EMA(A,3);",
+    "A:=EMA(C,5);B:=IF(C>O,EMA(C,3),0);D:=REF(B,1)+A;",
+    "A:=HV(MA(C,3),4);B:=LAST(EMA(C,3)>C,6,2);D:=REF(EMA(C,4),3);",
+    "A:=EMA(C,3);C>A,BK;C<A,SP;C>O,NOTICE('x');D:=MA(A,4);",
+    "A:=CROSS(MA(C,3),MA(C,5));B:=BARSLAST(A);D:=COUNT(A,0);E:FILTER(A,3);",
+    "A:SIGN(C-O);B:=SIGN(SIGN(C-O))+MOD(C,O-O);D:=MAX(SIGN(C-O),B);",
+    "A:=ZIGZAG(C,2,0);B:=MA(C,4);D:=HHV(A,5)+B;",
+    "A:=DIVERGENCE(C,O,2,5,1);B:=MA(C,3);",
+    "K:C;M:K;A:=MA(K,3)+EMA(M,2);",
+    "A:=COUNT(C>O,EMA(BARPOS,3));B:=SUM(V,BARPOS/2);D:=MA(C,3+(C>O)*2);",
+};
+
+TEST(Columns, StatementsThatSeeEachOther) {
+  std::vector<BlockRule> rules(std::begin(small_blocks), std::end(small_blocks));
+  rules.emplace_back();
+  for (const char* script : entangled) {
+    for (const BlockRule& rule : rules) {
+      Twins twins(script, rule);
+      ASSERT_TRUE(twins.compile()) << script;
+      if (!play(twins, random_bars(149, 3), 140)) return;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace quor_test

@@ -1,0 +1,344 @@
+// What the rows of the words say of them, against the vocabularies and against what the words do.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <map>
+#include <random>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "compiler/pipeline.h"
+#include "core/row_intake.h"
+#include "functions/families.h"
+#include "functions/registry.h"
+#include "support/test_host.h"
+#include "support/word_statements.h"
+#include "tables/field_table.h"
+#include "tables/function_sets.h"
+#include "tables/function_table.h"
+
+namespace quor_test {
+namespace {
+
+using quor::Traits;
+
+constexpr Traits beyond_the_past = quor::reads_forward | quor::follows_rows;
+constexpr size_t row_count = 40;
+
+Bars bars_with(unsigned seed, size_t rows) {
+  std::mt19937 random(seed);
+  const auto draw = [&random](int most) { return static_cast<double>(random() % most); };
+  Bars bars;
+  for (size_t row = 0; row < rows; ++row) {
+    const double wave = 10 + 3 * std::sin(static_cast<double>(row)) + draw(7);
+    bars["O"].push_back(wave);
+    bars["C"].push_back(wave + draw(3) - 1);
+    bars["H"].push_back(wave + 2);
+    bars["L"].push_back(wave - 2);
+    bars["V"].push_back(100 + draw(50));
+    bars["AMOUNT"].push_back(wave * (100 + draw(9)));
+  }
+  return bars;
+}
+
+int questions = 0;  ///< what the host was asked through the callbacks of an instance
+
+/// The compiler and the engine of one instance, without the interface around them.
+struct Engine {
+  quor::DataPoolCenter pool;
+  quor::CalculateCenter calculator{pool};
+  quor::CompileContext context{pool, calculator};
+  quor::RowIntake intake;
+
+  Engine() {
+    quor::build_function_registry();
+    settle("600000", "USHA", 0x3005);
+    for (const quor::Field& field : quor::reserved_fields()) {
+      context.add_reserved_variable(field.word, static_cast<uint32_t>(field.id), false);
+    }
+    pool.fire_signals = true;
+    pool.extra_data_callback = [](const char*, const char*, const char*) {
+      ++questions;
+      return 1.0;
+    };
+  }
+
+  void settle(const char* security, const char* market, int32_t period) {
+    pool.set_extra_info(period, security, market, "UTC+08:00");
+  }
+
+  /// False if the script is refused.
+  bool compile(const std::string& script) {
+    return quor::pre_parse(context, script, "", "").find("\"ErrCode\":0") != std::string::npos;
+  }
+
+  void feed(const Bars& bars) {
+    const size_t rows = bars.at("C").size();
+    std::vector<int64_t> keys;
+    for (size_t row = 0; row < rows; ++row) {
+      keys.push_back(20240102093000 + static_cast<int64_t>(row));
+    }
+    intake.add_row(pool, rows_json(bars, 0, rows, keys));
+  }
+
+  /// Calculates all rows; false if it fails.
+  bool run() {
+    try {
+      std::string error;
+      return !failed(calculator.calculate(0, false, error));
+    } catch (const std::exception&) {
+      return false;
+    }
+  }
+
+  quor::Variable& call_of(std::string_view word) {
+    for (quor::Variable* variable : pool.script.variable_list) {
+      if (variable->function_word == word) return *variable;
+    }
+    throw std::logic_error("no call of " + std::string(word));
+  }
+
+  /// Calculates one bar of the first statement.
+  void calculate_bar(int32_t row) {
+    quor::Variable& statement = *pool.script.statement_list.front();
+    std::string error;
+    double value = 0.0;
+    EXPECT_FALSE(failed(calculator.evaluate(statement, row, false, error, value)));
+    if (statement.column_id != quor::no_column) {
+      pool.table().set_cell(row, statement.column_index, value);
+    }
+  }
+
+  /// The first rows of all columns.
+  std::vector<Series> columns(size_t rows) const {
+    std::vector<Series> all;
+    for (uint32_t column = 0; column < pool.table().column_count(); ++column) {
+      const auto cells = pool.table().cells(static_cast<int32_t>(column)).first(rows);
+      all.emplace_back(cells.begin(), cells.end());
+    }
+    return all;
+  }
+};
+
+bool same_columns(const std::vector<Series>& a, const std::vector<Series>& b) {
+  return std::ranges::equal(
+      a, b, [](const Series& one, const Series& other) { return same(one, other); });
+}
+
+std::vector<std::string> split_arguments(std::string_view text) {
+  std::vector<std::string> pieces(1);
+  int depth = 0;
+  for (const char c : text) {
+    if (c == '(') ++depth;
+    if (c == ')') --depth;
+    if (c == ',' && depth == 0) {
+      pieces.emplace_back();
+    } else {
+      pieces.back() += c;
+    }
+  }
+  return pieces;
+}
+
+std::string joined(const std::vector<std::string>& pieces) {
+  std::string text;
+  for (const std::string& piece : pieces) text += (text.empty() ? "" : ",") + piece;
+  return text;
+}
+
+/// Calls that show what the usual ones hide.
+const std::multimap<std::string_view, std::string> telling_arguments = {
+    {"DIVERGENCE", "C,0-C,1,9,1"}, {"DIVERGENCE", "C,0-C,1,6,1"},  {"DIVERGENCE", "C,0-C,2,4,1"},
+    {"DIVERGENCE", "C,0-C,1,4,1"}, {"DIVERGENCE", "C,0-C,1,7,-1"}, {"EMAWH", "C,45"},
+    {"EVERY", "BARPOS,-5"},        {"EXIST", "ISNULL(C),-5"},      {"LAST", "ISNULL(C),-5,0"},
+    {"NDAY", "BARPOS,0.5,-5"},     {"UPNDAY", "BARPOS,-5"},        {"DOWNNDAY", "0-BARPOS,-5"},
+};
+
+/// The word's call as it is meant, and with strange arguments, one at a time.
+std::vector<std::string> statements_of(std::string_view word) {
+  const std::string usual(arguments_of(word));
+  std::vector<std::string> statements = {statement_of(word, usual)};
+  if (usual.empty()) return statements;
+  const auto [first, last] = telling_arguments.equal_range(word);
+  for (auto telling = first; telling != last; ++telling) {
+    statements.push_back(statement_of(word, telling->second));
+  }
+  const std::vector<std::string> pieces = split_arguments(usual);
+  for (size_t i = 0; i < pieces.size(); ++i) {
+    for (const char* strange :
+         {"C>O", "-5", "0-5", "0", "2.5", "1000000", "DRAWNULL", "BARPOS-8"}) {
+      std::vector<std::string> changed = pieces;
+      changed[i] = strange;
+      statements.push_back(statement_of(word, joined(changed)));
+    }
+  }
+  return statements;
+}
+
+/// Runs `check` on an engine that has calculated the statement, with what its row says of the call;
+/// counts the failures of others.
+using Check = std::function<void(const std::string& statement, Engine& engine, Traits traits)>;
+int for_each_statement(std::string_view word, const Check& check) {
+  int failures = 0;
+  for (const std::string& statement : statements_of(word)) {
+    Engine engine;
+    if (!engine.compile(statement)) continue;
+    const Traits traits = traits_of(engine.call_of(word));
+    engine.feed(bars_with(1, row_count));
+    clear_events();
+    questions = 0;
+    if (engine.run()) {
+      check(statement, engine, traits);
+    } else {
+      EXPECT_TRUE(traits.has(quor::can_fail)) << statement;
+      ++failures;
+    }
+  }
+  return failures;
+}
+
+std::map<std::string_view, Traits> all_rows() {
+  std::map<std::string_view, Traits> rows;
+  for (const quor::Family family : quor::function_families()) {
+    for (const quor::WordRow& row : family()) {
+      EXPECT_TRUE(rows.emplace(row.word, row.traits).second) << row.word << " has two rows";
+    }
+  }
+  return rows;
+}
+
+TEST(Traits, EveryWordHasOneRowAndTheVocabulariesAgree) {
+  const auto rows = all_rows();
+  EXPECT_EQ(rows.size(), quor::FunctionIdTable().size());
+  for (const auto& [word, id] : quor::FunctionIdTable()) {
+    ASSERT_TRUE(rows.contains(word)) << word;
+    const Traits traits = rows.at(word);
+    EXPECT_EQ(traits.has(quor::draws), quor::OutputFunctionSet.contains(word)) << word;
+    const bool ahead = quor::LookAheadFunctionSet.contains(word);
+    EXPECT_TRUE(!ahead || traits.has(quor::reads_forward)) << word;
+    const bool whole = quor::WholeSeriesFunctionSet.contains(word);
+    EXPECT_TRUE(!whole || traits.has_any(beyond_the_past)) << word;
+    // Whoever isn't steady has a reason, so that no word is slow because it was forgotten.
+    EXPECT_NE(traits.has(quor::steady), traits.has_any(beyond_the_past | quor::acts |
+                                                       quor::keeps_state | quor::reads_statement) ||
+                                            word == "ZIG")
+        << word;
+  }
+}
+
+TEST(Traits, ARepeatableWordGivesTheSameInWhateverOrder) {
+  std::mt19937 random(7);
+  for (const auto& [word, row_traits] : all_rows()) {
+    for_each_statement(word, [&](const std::string& statement, Engine& engine, Traits traits) {
+      if (!traits.has(quor::repeatable)) return;
+      const auto columns = engine.columns(row_count);
+      for (size_t i = 0; i < 3 * row_count; ++i) {
+        engine.calculate_bar(static_cast<int32_t>(random() % row_count));
+      }
+      EXPECT_TRUE(same_columns(engine.columns(row_count), columns)) << statement;
+    });
+  }
+}
+
+TEST(Traits, AWordThatLooksBackDoesNotSeeLaterBars) {
+  for (const auto& [word, row_traits] : all_rows()) {
+    bool saw_later_bars = false;
+    for_each_statement(word, [&](const std::string& statement, Engine& engine, Traits traits) {
+      if (traits.has(quor::acts)) return;
+      for (const size_t known : {size_t{1}, size_t{17}, row_count}) {
+        Bars bars = bars_with(1, row_count);
+        const Bars others = bars_with(2, row_count + 13);
+        for (auto& [field, values] : bars) {
+          const Series& other = others.at(field);
+          values.resize(known);
+          values.insert(values.end(), other.begin() + static_cast<ptrdiff_t>(known), other.end());
+        }
+        Engine changed;
+        changed.compile(statement);
+        changed.feed(bars);
+        const size_t settled =
+            known - std::min(known, static_cast<size_t>(lag_of(engine.call_of(word))));
+        const bool equal =
+            changed.run() && same_columns(changed.columns(settled), engine.columns(settled));
+        EXPECT_TRUE(equal || !traits.has(quor::looks_back)) << statement << " before row " << known;
+        if (!equal) saw_later_bars = true;
+      }
+    });
+    const bool may_see =
+        (Traits{row_traits.with_other_periods} | row_traits).has_any(beyond_the_past);
+    EXPECT_EQ(saw_later_bars, may_see) << word;
+  }
+}
+
+TEST(Traits, AWordThatCanFailDoes) {
+  for (const auto& [word, traits] : all_rows()) {
+    const int failures = for_each_statement(word, [](const auto&, Engine&, Traits) {});
+    const bool may_fail = (Traits{traits.with_other_periods} | traits).has(quor::can_fail);
+    // A script with one of these is refused before it runs.
+    const bool refused = word == "ZIG" || word == "NOTICE" || quor::TradeSignalSet.contains(word);
+    EXPECT_EQ(failures > 0, may_fail && !refused) << word;
+  }
+}
+
+TEST(Traits, AWordThatActsReachesTheHost) {
+  const std::set<std::string_view> of_the_machine = {"RAND", "CURRENTDATE", "CURRENTTIME"};
+  for (const auto& [word, traits] : all_rows()) {
+    for_each_statement(word, [&](const std::string& statement, Engine&, Traits) {
+      const bool reached = questions > 0 || !events().log.empty() || !events().notices.empty() ||
+                           !events().signals.empty();
+      const bool expected = traits.has(quor::acts) && !of_the_machine.contains(word);
+      EXPECT_EQ(reached, expected) << statement;
+    });
+  }
+}
+
+TEST(Traits, AWordFollowsTheSettingsOrNot) {
+  for (const auto& [word, traits] : all_rows()) {
+    if (!traits.has(quor::repeatable)) continue;
+    bool followed = false;
+    for_each_statement(word, [&](const std::string& statement, Engine& engine, Traits) {
+      const auto columns = engine.columns(row_count);
+      engine.settle("000001", "USHI", 0x4000);
+      EXPECT_TRUE(engine.run());
+      const bool equal = same_columns(engine.columns(row_count), columns);
+      if (!equal) followed = true;
+      EXPECT_TRUE(equal || traits.has(quor::follows_settings)) << statement;
+    });
+    EXPECT_EQ(followed, traits.has(quor::follows_settings)) << word;
+  }
+}
+
+TEST(Traits, ALateWordComesToItsArgumentsAsLateAsItSays) {
+  const struct {
+    const char* word;
+    const char* arguments;
+    int64_t lag;
+  } cases[] = {
+      {"REF", "EMA(C,3),4", 4},    {"LAST", "EMA(C,3),9,2", 2}, {"HV", "EMA(C,3),5", 1},
+      {"LV", "EMA(C,3),5", 1},     {"MA", "EMA(C,3),5", 0},     {"NEWHBARS1", "C,EMA(C,3),1", 1},
+      {"HHV", "EMA(C,3),5", 0},    {"CROSS", "EMA(C,3),O", 0},  {"NEWLBARS1", "C,EMA(C,3),1", 1},
+      {"BARSLAST", "EMA(C,3)", 0},
+  };
+  std::set<std::string_view> late;
+  for (const auto& [word, arguments, lag] : cases) {
+    Engine engine;
+    ASSERT_TRUE(engine.compile(statement_of(word, arguments))) << word;
+    engine.feed(bars_with(1, row_count));
+    EXPECT_TRUE(engine.run());
+    EXPECT_EQ(lag_of(engine.call_of(word)), lag) << word;
+    const auto cells = engine.pool.table().cells(engine.call_of("EMA").column_index);
+    const auto unwritten = std::ranges::count_if(cells, quor::is_null);
+    EXPECT_EQ(unwritten, lag) << word;
+    if (lag != 0) late.insert(word);
+  }
+  for (const auto& [word, traits] : all_rows()) {
+    EXPECT_EQ(traits.lag_argument != Traits::none, late.contains(word)) << word;
+  }
+}
+
+}  // namespace
+}  // namespace quor_test
