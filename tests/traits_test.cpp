@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "compiler/declarations.h"
 #include "compiler/pipeline.h"
 #include "core/row_intake.h"
 #include "functions/families.h"
@@ -58,7 +59,7 @@ struct Engine {
     quor::build_function_registry();
     settle("600000", "USHA", 0x3005);
     for (const quor::Field& field : quor::reserved_fields()) {
-      context.add_reserved_variable(field.word, static_cast<uint32_t>(field.id), false);
+      quor::add_reserved_variable(context, field.word, static_cast<uint32_t>(field.id), false);
     }
     pool.fire_signals = true;
     pool.extra_data_callback = [](const char*, const char*, const char*) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "compiler/expressions.h"
+#include "compiler/statement_text.h"
 #include "compiler/tokenizer.h"
 #include "core/lowering.h"
 #include "core/status.h"
@@ -23,14 +24,11 @@ constexpr std::string_view piece_separators[] = {":", "@"};
 
 bool is_capital(char c) { return c >= 'A' && c <= 'Z'; }
 
-/// The name that the statement declares: what stands in front of ":" or ":=". It is no call, even
-/// if it is a function word, and is refused later.
+/// The name that the statement declares is no call, even if it is a function word, and is refused
+/// later.
 std::string_view declared_name(std::string_view text) {
-  const size_t first = text.find_first_of(":=");
-  if (first == std::string_view::npos) return {};
-  const size_t behind = std::min(text.find_first_not_of(":=", first), text.size());
-  const std::string_view run = text.substr(first, behind - first);
-  return run == ":" || run == ":=" ? text.substr(0, first) : std::string_view();
+  const Declaration declaration = split_declaration(text);
+  return declaration.declares() ? declaration.name : std::string_view();
 }
 
 bool names_reserved_field(const DataPoolCenter& pool, std::string_view piece) {

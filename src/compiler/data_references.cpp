@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include "compiler/declarations.h"
 #include "tables/field_table.h"
 #include "tables/period_table.h"
 #include "text/numbers.h"
@@ -19,20 +20,16 @@ struct Reference {
   size_t length;
 };
 
-/// What stands in front of the first run of ":" and "=", whatever the run means; empty without one.
-std::string_view statement_name(std::string_view slot) {
-  const size_t run = slot.find_first_of(":=");
-  return run == std::string_view::npos ? std::string_view() : slot.substr(0, run);
-}
-
 /// Puts the reserved word in the place of the reference and gives it a column; gives the position
 /// behind the word. The key under the column's id tells the host what to deliver.
 size_t put_reference(CompileContext& context, std::string& slot, const Reference& reference,
                      std::map<int32_t, std::string>& keys) {
-  const std::string word = std::string(reference.word_prefix) + std::string(statement_name(slot));
+  // The name counts whatever the run behind it means.
+  const std::string word =
+      std::string(reference.word_prefix) + std::string(split_declaration(slot).name);
   slot.replace(reference.position, reference.length, word);
   const uint32_t id = context.pool.table().take_auxiliary_id();
-  context.add_reference(word, id);
+  add_reference(context, word, id);
   keys.insert_or_assign(
       static_cast<int32_t>(id),
       reference.source + "|" + std::to_string(reference.field_id) + "|" + std::to_string(id));

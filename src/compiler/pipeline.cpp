@@ -4,7 +4,6 @@
 #include <new>
 #include <vector>
 
-#include "compiler/expressions.h"
 #include "compiler/report.h"
 #include "compiler/rewriters.h"
 #include "compiler/scanner.h"

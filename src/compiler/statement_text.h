@@ -1,7 +1,8 @@
-// What the rewriting passes share: where their errors are told, and the guarded view of a
-// statement.
+// What the passes over statements share: where their errors are told, how a statement declares a
+// name, and the guarded view of its text.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <stdexcept>
 #include <string>
@@ -21,6 +22,23 @@ struct StatementErrors {
     return status;
   }
 };
+
+/// A statement cut at its first unbroken run of ":" and "=".
+struct Declaration {
+  std::string_view name;  ///< what stands in front of the run; empty without one
+  std::string_view sign;  ///< the run
+  std::string_view rest;  ///< what stands behind it; the whole text without one
+
+  /// Only ":" and ":=" declare a name; any other run belongs to an expression.
+  bool declares() const { return sign == ":" || sign == ":="; }
+};
+
+inline Declaration split_declaration(std::string_view text) {
+  const size_t first = text.find_first_of(":=");
+  if (first == std::string_view::npos) return {{}, {}, text};
+  const size_t behind = std::min(text.find_first_not_of(":=", first), text.size());
+  return {text.substr(0, first), text.substr(first, behind - first), text.substr(behind)};
+}
 
 /// A text that must be there isn't. The compile ends with status 4000 and this text.
 [[noreturn]] inline void refuse_position() { throw std::out_of_range("invalid string position"); }

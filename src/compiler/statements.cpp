@@ -6,6 +6,7 @@
 
 #include "compiler/call_hoisting.h"
 #include "compiler/expressions.h"
+#include "compiler/statement_text.h"
 #include "compiler/tokenizer.h"
 #include "core/lowering.h"
 #include "core/status.h"
@@ -18,46 +19,29 @@ namespace {
 
 /// A statement taken apart behind the hoisting of its calls.
 struct Parts {
-  std::string name;  ///< empty if the statement declares nothing
+  bool declares = false;
+  std::string name;  ///< what it declares
   std::string expression;
   std::string style;                    ///< of an output line; empty for everything else
   std::vector<std::string_view> items;  ///< of a lone call; views of the text taken apart
 };
 
-/// The first unbroken run of ":" and "=".
-std::string_view operator_run(std::string_view text) {
-  const size_t first = text.find_first_of(":=");
-  if (first == std::string_view::npos) return {};
-  const size_t behind = std::min(text.find_first_not_of(":=", first), text.size());
-  return text.substr(first, behind - first);
-}
-
-std::string_view before(std::string_view text, std::string_view mark) {
-  return text.substr(0, text.find(mark));
-}
-
-std::string_view behind(std::string_view text, std::string_view mark) {
-  const size_t found = text.find(mark);
-  return found == std::string_view::npos ? std::string_view() : text.substr(found + mark.size());
-}
-
 Parts take_apart(std::string_view work) {
   Parts parts;
-  const std::string_view run = operator_run(work);
-  if (run == ":=") {
-    parts.name = before(work, ":=");
-    parts.expression = before(behind(work, ":="), "@");
-  } else if (run == ":") {
-    const std::string_view rest = behind(work, ":");
-    parts.name = before(work, ":");
-    parts.expression = before(rest, "@");
-    parts.style = behind(rest, "@");
-    if (parts.style.empty()) parts.style = "COLORAUTO";
-  } else {
+  const Declaration declaration = split_declaration(work);
+  if (!declaration.declares()) {
     const auto pieces = split(work, "@");
     parts.expression = pieces.size() < 2 ? work : pieces[0];
     if (pieces.size() >= 2) parts.items.assign(pieces.begin() + 1, pieces.end());
+    return parts;
   }
+  parts.declares = true;
+  parts.name = declaration.name;
+  const size_t mark = declaration.rest.find('@');
+  parts.expression = declaration.rest.substr(0, mark);
+  if (declaration.sign == ":=") return parts;
+  const bool styled = mark != std::string_view::npos && mark + 1 < declaration.rest.size();
+  parts.style = styled ? declaration.rest.substr(mark + 1) : "COLORAUTO";
   return parts;
 }
 
@@ -140,7 +124,7 @@ class StatementCompiler {
     // A statement that uses its own name can't be tried before the name exists.
     const bool check = work == slot && !uses_word(parts.expression, parts.name);
     status = normalize_expression(context_, parts.expression, check, line_, statement.text, error_);
-    if (!failed(status) && declares(work)) status = declare(statement, parts.name);
+    if (!failed(status) && parts.declares) status = declare(statement, parts.name);
     if (failed(status)) return status;
     pool_.script.list(statement);
     pool_.script.statement_list.push_back(&statement);
@@ -153,11 +137,6 @@ class StatementCompiler {
   }
 
  private:
-  static bool declares(std::string_view work) {
-    const std::string_view run = operator_run(work);
-    return run == ":=" || run == ":";
-  }
-
   static bool uses_word(std::string_view expression, std::string_view word) {
     const auto tokens = tokenize(expression);
     return !word.empty() && std::ranges::find(tokens, word, &Token::text) != tokens.end();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <functional>
 
 #include "core/data_pool_center.h"
 #include "core/reduce.h"
@@ -46,15 +47,23 @@ bool Columns::calculate(Variable& statement, size_t position) {
   position_ = position;
   nesting_ = 0;
   scratch_.release();
-  const bool is_number = statement.kind == VariableKind::number;
-  const double* result = is_number ? everywhere(statement.value, block_.size())
-                                   : program_values(statement.program, block_, 0.0);
+  const bool has_column = statement.column_id != no_column && statement.column_index != -1;
+  if (statement.kind == VariableKind::number) {
+    if (has_column)
+      std::fill_n(overwrite(statement.column_index, block_), block_.size(), statement.value);
+    return true;
+  }
+  const Program& program = statement.program;
+  // A formula writes its last step where the value goes.
+  double* target = has_column && program.result.source == Operand::Source::slot
+                       ? overwrite(statement.column_index, block_)
+                       : nullptr;
+  const double* result = program_values(program, block_, 0.0, target);
   if (result == nullptr) {
     put_back_since(cells_before, memories_before);
     return false;
   }
-  const bool stores = is_number || statement.kind == VariableKind::expression;
-  if (!stores || statement.column_id == no_column || statement.column_index == -1) return true;
+  if (!has_column) return true;
   const double* own = pool_.table().cells(statement.column_index).data() + block_.first;
   if (result != own) {
     std::copy_n(result, block_.size(), overwrite(statement.column_index, block_));
@@ -138,7 +147,7 @@ const double* Columns::expression_values(Variable& variable, Block rows, double 
   if (variable.elements.empty()) {
     return variable.text == "DRAWNULL" ? everywhere(null_value, rows.size()) : nullptr;
   }
-  return program_values(variable.program, rows, start);
+  return program_values(variable.program, rows, start, nullptr);
 }
 
 const double* Columns::operand_values(const Operand& operand, Block rows, double start,
@@ -163,13 +172,14 @@ void reduce_columns(OpCode op, const double* left, const double* right, double* 
                     size_t size) {
   with_operator(op, [=](const auto& apply) {
 #pragma GCC ivdep
-    for (size_t i = 0; i < size; ++i) result[i] = apply(left[i], right[i]);
+    for (size_t i = 0; i < size; ++i) result[i] = truth(apply(left[i], right[i]));
   });
 }
 
 }  // namespace
 
-const double* Columns::program_values(const Program& program, Block rows, double start) {
+const double* Columns::program_values(const Program& program, Block rows, double start,
+                                      double* target) {
   if (program.ending != Ending::value) return nullptr;
   std::array<const double*, 32> few;
   std::vector<const double*> many;
@@ -181,18 +191,18 @@ const double* Columns::program_values(const Program& program, Block rows, double
   const size_t size = rows.size();
   for (const Step& step : program.steps) {
     const double* right = operand_values(step.right, rows, 0.0, slots);
-    if (right == nullptr || step.kind == Step::Kind::discard) return nullptr;
-    if (step.kind == Step::Kind::negate) {
-      double* result = scratch(size);
-      for (size_t i = 0; i < size; ++i) result[i] = -right[i];
-      slots[step.slot] = result;
-      continue;
-    }
-    const double* left = operand_values(step.left, rows, 0.0, slots);
-    if (left == nullptr) return nullptr;
-    double* result = place_of_result(step, slots, *this, size);
-    reduce_columns(step.op, left, right, result, size);
+    const bool reduces = step.kind == Step::Kind::reduce;
+    const double* left = reduces ? operand_values(step.left, rows, 0.0, slots) : right;
+    if (left == nullptr || right == nullptr || step.kind == Step::Kind::discard) return nullptr;
+    const bool is_last = &step == &program.steps.back();
+    double* result =
+        is_last && target != nullptr ? target : place_of_result(step, slots, *this, size);
     slots[step.slot] = result;
+    if (reduces) {
+      reduce_columns(step.op, left, right, result, size);
+    } else {
+      std::transform(right, right + size, result, std::negate());
+    }
   }
   return operand_values(program.result, rows, start, slots);
 }

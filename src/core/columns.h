@@ -94,7 +94,8 @@ class Columns {
   };
 
   const double* expression_values(Variable& variable, Block rows, double start);
-  const double* program_values(const Program& program, Block rows, double start);
+  /// The last step goes to `target`, if that isn't null.
+  const double* program_values(const Program& program, Block rows, double start, double* target);
   const double* operand_values(const Operand& operand, Block rows, double start,
                                const double* const* slots);
   void put_back(const Overwritten& cells, int32_t first);

@@ -82,7 +82,6 @@ class DataTable {
   uint32_t column_id(uint32_t index) const { return column_ids_[index]; }
   int64_t key(int32_t row) const { return keys_[static_cast<size_t>(row)]; }
 
-  bool has_row(int64_t key) const { return row_index_of(key) != no_row; }
   /// The position of the key, or all-ones.
   uint32_t row_index_of(int64_t key) const;
   /// The position of the column, or -1.

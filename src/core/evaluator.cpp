@@ -12,19 +12,21 @@ namespace quor {
 namespace {
 
 double reduce(OpCode op, double left, double right) {
-  return with_operator(op, [=](const auto& apply) { return apply(left, right); });
+  // Without a branch for a truth: which way a market goes can't be foretold.
+  return with_operator(op,
+                       [=](const auto& apply) { return static_cast<double>(apply(left, right)); });
 }
 
 /// Counts a level of nesting for as long as it lives.
-class Level {
+class NestingGuard {
  public:
-  explicit Level(int& nesting) : nesting_(nesting) {
+  explicit NestingGuard(int& nesting) : nesting_(nesting) {
     if (nesting_ >= max_nesting) refuse_nesting();
     ++nesting_;
   }
-  ~Level() { --nesting_; }
-  Level(const Level&) = delete;
-  Level& operator=(const Level&) = delete;
+  ~NestingGuard() { --nesting_; }
+  NestingGuard(const NestingGuard&) = delete;
+  NestingGuard& operator=(const NestingGuard&) = delete;
 
  private:
   int& nesting_;
@@ -44,7 +46,7 @@ void refuse_nesting() { throw std::runtime_error("expression nested too deeply")
     return Status::ok;
   }
   if (scan) pool_.script.invoked_functions.insert(variable.function_word);
-  const Level level(nesting_);
+  const NestingGuard guard(nesting_);
   return variable.function->execute({pool_, *this, variable, row, scan, error, result});
 }
 
@@ -67,7 +69,7 @@ Status CalculateCenter::evaluate_expression(Variable& variable, int32_t row, boo
     append_error(error, variable.text, variable.line);
     return Status::undefined_argument;
   }
-  const Level level(nesting_);
+  const NestingGuard guard(nesting_);
   return run_program(variable.program, row, scan, variable.line, error, result);
 }
 

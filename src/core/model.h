@@ -71,10 +71,10 @@ struct Variable {
   int32_t line = -1;               ///< slot index of the statement; goes into error texts
   uint32_t column_id = no_column;  ///< the data column, or a negative argument id
   int32_t column_index = -1;       ///< position of `column_id` in the table
-  uint32_t owner_column_id = no_column;
-  int32_t owner_column_index = -1;  ///< column of the statement that holds this call
-  int32_t function_id = -1;
-  const BaseFunc* function = nullptr;  ///< what a call runs; null for a word nobody serves
+  uint32_t owner_column_id = no_column;  ///< for readers of the model; words go by the index
+  int32_t owner_column_index = -1;       ///< column of the statement that holds this call
+  int32_t function_id = -1;              ///< for readers of the model; calls go by the object
+  const BaseFunc* function = nullptr;    ///< what a call runs; null for a word nobody serves
   /// The number of a constant; working storage of FILTER, SET and the trade signals.
   double value = 0;
   std::vector<int32_t> aux_column_indexes;  ///< parallel to `aux_column_ids`

@@ -1,37 +1,47 @@
 // What the operators of the language make of two numbers.
 #pragma once
 
+#include <concepts>
+
 #include "core/value.h"
 #include "tables/operator_table.h"
 
 namespace quor {
 
-/// Truths don't branch: which way a market goes can't be foretold.
-inline double truth(bool value) { return static_cast<double>(value); }
+/// A truth as a number, in a form that loops over columns make of several rows at once; numbers
+/// stay what they are.
+template <typename T>
+constexpr double truth(T value) {
+  if constexpr (std::same_as<T, double>) {
+    return value;
+  } else {
+    return value ? 1.0 : 0.0;
+  }
+}
 
-/// Calls `use` with what an operator does, a function of the left and the right number. Nulls are
-/// tested nowhere: what they give falls out of NaN arithmetic and of the comparisons, so that the
-/// logical operators take a null for true.
+/// Calls `use` with what an operator does, a function of the left and the right number that gives a
+/// number or a truth. Nulls are tested nowhere: what they give falls out of NaN arithmetic and of
+/// the comparisons, so that the logical operators take a null for true.
 template <typename Use>
 [[gnu::always_inline]] inline auto with_operator(OpCode op, const Use& use) {
   using D = double;
   switch (op) {
     case op_or:
-      return use([](D l, D r) { return truth((l != 0.0) | (r != 0.0)); });
+      return use([](D l, D r) { return (l != 0.0) | (r != 0.0); });
     case op_and:
-      return use([](D l, D r) { return truth((l != 0.0) & (r != 0.0)); });
+      return use([](D l, D r) { return (l != 0.0) & (r != 0.0); });
     case op_equal:
-      return use([](D l, D r) { return truth(nearly_equal(l, r)); });
+      return use([](D l, D r) { return nearly_equal(l, r); });
     case op_not_equal:
-      return use([](D l, D r) { return truth(!nearly_equal(l, r)); });
+      return use([](D l, D r) { return !nearly_equal(l, r); });
     case op_less_equal:
-      return use([](D l, D r) { return truth(l <= r); });
+      return use([](D l, D r) { return l <= r; });
     case op_less:
-      return use([](D l, D r) { return truth(!nearly_equal(l, r) & (l < r)); });
+      return use([](D l, D r) { return !nearly_equal(l, r) & (l < r); });
     case op_greater_equal:
-      return use([](D l, D r) { return truth(l >= r); });
+      return use([](D l, D r) { return l >= r; });
     case op_greater:
-      return use([](D l, D r) { return truth(!nearly_equal(l, r) & (l > r)); });
+      return use([](D l, D r) { return !nearly_equal(l, r) & (l > r); });
     case op_minus:
     case op_unary_minus:
       return use([](D l, D r) { return l - r; });

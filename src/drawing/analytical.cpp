@@ -11,13 +11,13 @@ using P = PolylineShape;
 constexpr Item thick = line_thick<&P::LineWidth>;
 constexpr Item dashes = dash<&P::LineShapeStyle>;
 
-using Values = Few<Value, 4>;
+using Values = ShortList<Value, 4>;
 constexpr Values one_price = {{1, field<&P::Field1Id>}};
 constexpr Values two_prices = {{1, field<&P::Field1Id>}, {3, field<&P::Field2Id>}};
 constexpr Values three_prices = {
     {1, field<&P::Field1Id>}, {3, field<&P::Field2Id>}, {5, field<&P::Field3Id>}};
 
-using Columns = Few<Column, 4>;
+using Columns = ShortList<Column, 4>;
 constexpr Columns one_mark = {{field<&P::Field1VisibleId>, Fill::zero_mark, 0}};
 constexpr Columns two_marks = {{field<&P::Field1VisibleId>, Fill::zero_mark, 0},
                                {field<&P::Field2VisibleId>, Fill::zero_mark, 2}};
@@ -25,7 +25,7 @@ constexpr Columns three_marks = {{field<&P::Field1VisibleId>, Fill::zero_mark, 0
                                  {field<&P::Field2VisibleId>, Fill::zero_mark, 2},
                                  {field<&P::Field3VisibleId>, Fill::zero_mark, 4}};
 
-using Constants = Few<Constant, 3>;
+using Constants = ShortList<Constant, 3>;
 constexpr Constants no_ratio = {};
 constexpr Constants ratio_at(size_t argument, std::string_view suffix) {
   return {{argument, as_number<&P::Ratio>, not_null, suffix}};

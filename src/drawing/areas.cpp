@@ -21,13 +21,13 @@ std::shared_ptr<BaseShape> rectangle_of_last_bar() {
 bool zero_or_one(double value) { return value == 0.0 || value == 1.0; }
 
 /// Of several colour items the first one counts.
-std::optional<Status> first_colour(Making& making, std::string_view text) {
+std::optional<Status> first_colour(Draft& draft, std::string_view text) {
   if (!text.starts_with("COLOR")) return std::nullopt;
-  if (making.colour_word.empty()) making.colour_word = text;
+  if (draft.colour_word.empty()) draft.colour_word = text;
   return Status::ok;
 }
 
-void as_title(Making& making, double value) { making.record->Field1Text = fixed_text(value); }
+void as_title(Draft& draft, double value) { draft.record->Field1Text = fixed_text(value); }
 
 // COND, colour, second colour, DIRECTION
 constexpr DrawingRow drawgbk = {
@@ -38,7 +38,7 @@ constexpr DrawingRow drawgbk = {
     .constants = {{3, as_int<&R::GradientDirection>, zero_or_one, ".D"}},
     .colours = {{field<&R::FilledColor>, ColourFrom::argument, 1},
                 {field<&R::GradientColor>, ColourFrom::argument, 2}},
-    .order = {MakingStep::title, MakingStep::colours, MakingStep::constants, MakingStep::columns},
+    .order = {DraftStep::title, DraftStep::colours, DraftStep::constants, DraftStep::columns},
 };
 
 // COND, colour
@@ -79,8 +79,8 @@ constexpr DrawingRow backgroundstyle = {
     .constants = {{0, as_title, not_null, ".i"}},
 };
 
-Status set_second_title(Making& making) {
-  field<&G::Field2Text>(*making.record) = making.record->Field1Text;
+Status set_second_title(Draft& draft) {
+  field<&G::Field2Text>(*draft.record) = draft.record->Field1Text;
   return Status::ok;
 }
 
@@ -92,11 +92,11 @@ class DRAWGBK1 final : public DrawingWord<drawgbk1> {
 };
 class FILLRGN final : public DrawingWord<fillrgn> {
   using DrawingWord::DrawingWord;
-  Status own_rules(Making& making) const override { return set_second_title(making); }
+  Status own_rules(Draft& draft) const override { return set_second_title(draft); }
 };
 class FILLRGN1 final : public DrawingWord<fillrgn1> {
   using DrawingWord::DrawingWord;
-  Status own_rules(Making& making) const override { return set_second_title(making); }
+  Status own_rules(Draft& draft) const override { return set_second_title(draft); }
 };
 class BACKGROUNDSTYLE final : public DrawingWord<backgroundstyle> {
   using DrawingWord::DrawingWord;

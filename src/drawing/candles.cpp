@@ -9,7 +9,7 @@ namespace {
 
 using C = CandleShape;
 
-constexpr Few<Value, 4> four_prices = {
+constexpr ShortList<Value, 4> four_prices = {
     {0, field<&C::HighField>, field<&C::HighFieldText>},
     {1, field<&C::OpenField>, field<&C::OpenFieldText>},
     {2, field<&C::LowField>, field<&C::LowFieldText>},

@@ -33,96 +33,96 @@ Status DrawingFunc::execute(const Call& call) const {
     if (failed(status)) return status;
   }
   if (call.variable.shape == nullptr) {
-    Making making{.call = call, .record = row_.record(), .colour_word = {}};
-    if (row_.adds_record) call.script().shapes.add(making.record);
-    const Status status = make_record(making);
+    Draft draft{.call = call, .record = row_.record(), .colour_word = {}};
+    if (row_.adds_record) call.script().shapes.add(draft.record);
+    const Status status = make_record(draft);
     if (failed(status)) return status;
-    call.variable.shape = std::move(making.record);
+    call.variable.shape = std::move(draft.record);
   }
   return call.scan ? Status::ok : write_bar(call, *call.variable.shape);
 }
 
-Status DrawingFunc::own_rules(Making&) const { return Status::ok; }
+Status DrawingFunc::own_rules(Draft&) const { return Status::ok; }
 
-Status DrawingFunc::make_record(Making& making) const {
-  making.record->TitleVisible = row_.title_visible;
-  for (const MakingStep step : row_.order) {
-    const Status status = make_step(step, making);
+Status DrawingFunc::make_record(Draft& draft) const {
+  draft.record->TitleVisible = row_.title_visible;
+  for (const DraftStep step : row_.order) {
+    const Status status = make_step(step, draft);
     if (failed(status)) return status;
   }
   return Status::ok;
 }
 
-Status DrawingFunc::make_step(MakingStep step, Making& making) const {
+Status DrawingFunc::make_step(DraftStep step, Draft& draft) const {
   switch (step) {
-    case MakingStep::title:
-      set_title(making, row_.title);
+    case DraftStep::title:
+      set_title(draft, row_.title);
       return Status::ok;
-    case MakingStep::own:
-      return own_rules(making);
-    case MakingStep::constants:
-      return read_constants(making);
-    case MakingStep::colours:
-      return resolve_colours(making);
-    case MakingStep::columns:
-      return make_columns(making);
-    case MakingStep::items:
-      return read_items(making, row_.items, row_.items_from);
-    case MakingStep::values:
-      return bind_values(making);
+    case DraftStep::own:
+      return own_rules(draft);
+    case DraftStep::constants:
+      return read_constants(draft);
+    case DraftStep::colours:
+      return resolve_colours(draft);
+    case DraftStep::columns:
+      return make_columns(draft);
+    case DraftStep::items:
+      return read_items(draft, row_.items, row_.items_from);
+    case DraftStep::values:
+      return bind_values(draft);
   }
   return Status::ok;
 }
 
-Status DrawingFunc::read_constants(Making& making) const {
+Status DrawingFunc::read_constants(Draft& draft) const {
   for (const Constant& constant : row_.constants) {
     double value;
-    const Status status = evaluate(making.call, constant.argument, value);
+    const Status status = evaluate(draft.call, constant.argument, value);
     if (failed(status)) return status;
     if (constant.accepts != nullptr && !constant.accepts(value)) {
-      return making.call.fail(Status::bad_constant, constant.suffix);
+      return draft.call.fail(Status::bad_constant, constant.suffix);
     }
-    constant.store(making, value);
+    constant.store(draft, value);
   }
   return Status::ok;
 }
 
-Status DrawingFunc::resolve_colours(Making& making) const {
+Status DrawingFunc::resolve_colours(Draft& draft) const {
   for (const Colour& colour : row_.colours) {
-    std::string_view word = making.colour_word;
+    std::string_view word = draft.colour_word;
     const bool no_item = word.empty();
     if (colour.from == ColourFrom::argument ||
         (colour.from == ColourFrom::item_or_argument && no_item)) {
-      word = making.call.argument(colour.argument).text;
+      word = draft.call.argument(colour.argument).text;
     } else if (no_item) {
       if (colour.from != ColourFrom::item_or_auto) continue;
       word = "COLORAUTO";
     } else if (colour.from == ColourFrom::item_not_auto && word == "COLORAUTO") {
       continue;
     }
-    const Status status = read_colour(making, word, colour.field(*making.record));
+    const Status status = read_colour(draft, word, colour.field(*draft.record));
     if (failed(status)) return status;
   }
   return Status::ok;
 }
 
-Status DrawingFunc::make_columns(Making& making) const {
+Status DrawingFunc::make_columns(Draft& draft) const {
   if (row_.columns.empty()) return Status::ok;
-  Variable& call = making.call.variable;
+  Variable& call = draft.call.variable;
   reserve_columns(call, row_.columns.size());
   size_t position = 0;
   for (const Column& column : row_.columns) {
     const uint32_t id = call.aux_column_ids[position++];
-    if (column.field != nullptr) column.field(*making.record) = static_cast<int32_t>(id);
+    if (column.field != nullptr) column.field(*draft.record) = static_cast<int32_t>(id);
   }
   return Status::ok;
 }
 
-Status DrawingFunc::bind_values(Making& making) const {
+Status DrawingFunc::bind_values(Draft& draft) const {
   for (const Value& value : row_.values) {
-    Variable& argument = making.call.argument(value.argument);
-    if (value.title != nullptr) value.title(*making.record) = argument.source_text;
-    bind_value_field(argument, value.field(*making.record));
+    Variable& argument = draft.call.argument(value.argument);
+    if (value.title != nullptr) value.title(*draft.record) = argument.source_text;
+    bind_value_field(argument, value.field(*draft.record));
   }
   return Status::ok;
 }
@@ -228,19 +228,19 @@ bool DrawingFunc::write_column(const ColumnCall& call, size_t position) const {
   return true;
 }
 
-void set_title(Making& making, Title title) {
+void set_title(Draft& draft, Title title) {
   if (title == Title::serial) {
-    making.record->Field1Text = making.call.script().shapes.title_of(*making.record);
+    draft.record->Field1Text = draft.call.script().shapes.title_of(*draft.record);
   } else if (title == Title::automatic) {
-    making.record->Field1Text = making.call.script().auto_line_name();
+    draft.record->Field1Text = draft.call.script().auto_line_name();
   }
 }
 
-Status read_items(Making& making, const Items& items, size_t from) {
-  for (size_t i = from; i < making.call.argument_count(); ++i) {
-    const std::string_view text = making.call.argument(i).text;
+Status read_items(Draft& draft, const Items& items, size_t from) {
+  for (size_t i = from; i < draft.call.argument_count(); ++i) {
+    const std::string_view text = draft.call.argument(i).text;
     for (const Item item : items) {
-      const std::optional<Status> status = item(making, text);
+      const std::optional<Status> status = item(draft, text);
       if (!status) continue;
       if (failed(*status)) return *status;
       break;
@@ -260,14 +260,14 @@ void bind_value_field(Variable& argument, int32_t& field) {
   }
 }
 
-void reserve_visibility_column(Making& making) {
-  Variable& call = making.call.variable;
+void reserve_visibility_column(Draft& draft) {
+  Variable& call = draft.call.variable;
   reserve_columns(call, 1);
-  making.record->Field1VisibleId = static_cast<int32_t>(call.aux_column_ids[0]);
+  draft.record->Field1VisibleId = static_cast<int32_t>(call.aux_column_ids[0]);
 }
 
-Status read_colour(Making& making, std::string_view word, std::string& text) {
-  return colour_text(making.call.pool, word, making.call.error, text);
+Status read_colour(Draft& draft, std::string_view word, std::string& text) {
+  return colour_text(draft.call.pool, word, draft.call.error, text);
 }
 
 int32_t standard_integer(std::string_view text) {
@@ -316,43 +316,43 @@ float line_width_of(std::string_view word) {
   return width >= 1.0F && width <= 9.0F ? width : 1.0F;
 }
 
-std::optional<Status> no_text(Making& making, std::string_view text) {
+std::optional<Status> no_text(Draft& draft, std::string_view text) {
   if (text != "NOTEXT") return std::nullopt;
-  making.record->TitleVisible = 0;
+  draft.record->TitleVisible = 0;
   return Status::ok;
 }
 
-std::optional<Status> title_visible(Making& making, std::string_view text) {
+std::optional<Status> title_visible(Draft& draft, std::string_view text) {
   if (text != "TITLEVISIBLE") return std::nullopt;
-  making.record->TitleVisible = 1;
+  draft.record->TitleVisible = 1;
   return Status::ok;
 }
 
-std::optional<Status> precis(Making& making, std::string_view text) {
+std::optional<Status> precis(Draft& draft, std::string_view text) {
   if (!text.starts_with("PRECIS")) return std::nullopt;
-  making.record->Digit = digits_of(text);
+  draft.record->Digit = digits_of(text);
   return Status::ok;
 }
 
-std::optional<Status> kept_colour(Making& making, std::string_view text) {
+std::optional<Status> kept_colour(Draft& draft, std::string_view text) {
   if (!text.starts_with("COLOR")) return std::nullopt;
-  making.colour_word = text;
+  draft.colour_word = text;
   return Status::ok;
 }
 
-std::optional<Status> align(Making& making, std::string_view text) {
+std::optional<Status> align(Draft& draft, std::string_view text) {
   if (!text.starts_with("ALIGN")) return std::nullopt;
-  return align_of(making.call, text, "ALIGN", field<&TextShape::HorizontalAlign>(*making.record));
+  return align_of(draft.call, text, "ALIGN", field<&TextShape::HorizontalAlign>(*draft.record));
 }
 
-std::optional<Status> valign(Making& making, std::string_view text) {
+std::optional<Status> valign(Draft& draft, std::string_view text) {
   if (!text.starts_with("VALIGN")) return std::nullopt;
-  return align_of(making.call, text, "VALIGN", field<&TextShape::VerticalAlign>(*making.record));
+  return align_of(draft.call, text, "VALIGN", field<&TextShape::VerticalAlign>(*draft.record));
 }
 
-std::optional<Status> font_size(Making& making, std::string_view text) {
+std::optional<Status> font_size(Draft& draft, std::string_view text) {
   if (!text.starts_with("FONTSIZE")) return std::nullopt;
-  field<&TextShape::FontSize>(*making.record) = font_size_of(text);
+  field<&TextShape::FontSize>(*draft.record) = font_size_of(text);
   return Status::ok;
 }
 

@@ -23,10 +23,10 @@ namespace quor {
 
 /// A short list inside a constant.
 template <typename T, size_t capacity>
-class Few {
+class ShortList {
  public:
-  constexpr Few() = default;
-  constexpr Few(std::initializer_list<T> list) : size_(list.size()) {
+  constexpr ShortList() = default;
+  constexpr ShortList(std::initializer_list<T> list) : size_(list.size()) {
     std::copy(list.begin(), list.end(), entries_.begin());
   }
   constexpr const T* begin() const { return entries_.data(); }
@@ -69,8 +69,8 @@ std::shared_ptr<BaseShape> plain() {
   return std::make_shared<Record>();
 }
 
-/// A record while its call makes it.
-struct Making {
+/// A record that its call is making.
+struct Draft {
   const Call& call;
   std::shared_ptr<BaseShape> record;
   std::string colour_word;  ///< kept by an item until the colours are resolved
@@ -116,13 +116,13 @@ struct Column {
 /// An argument that is evaluated once, at the first pass.
 struct Constant {
   size_t argument;
-  void (*store)(Making& making, double value);
+  void (*store)(Draft& draft, double value);
   bool (*accepts)(double value) = nullptr;  ///< null accepts everything
   std::string_view suffix = {};             ///< of the refusal
 };
 
 /// A style item: gives no status for a text that is not its word, else the effect's status.
-using Item = std::optional<Status> (*)(Making& making, std::string_view text);
+using Item = std::optional<Status> (*)(Draft& draft, std::string_view text);
 
 enum class ColourFrom : uint8_t {
   argument,          ///< the text at a position
@@ -140,32 +140,32 @@ struct Colour {
 
 /// The order in which a record is made shows in the ids of the columns, in the palette and in which
 /// of two faults is reported.
-enum class MakingStep : uint8_t { title, own, constants, colours, columns, items, values };
-using Order = Few<MakingStep, 7>;
+enum class DraftStep : uint8_t { title, own, constants, colours, columns, items, values };
+using Order = ShortList<DraftStep, 7>;
 
-inline constexpr Order usual_order = {
-    MakingStep::title,   MakingStep::own,   MakingStep::constants, MakingStep::colours,
-    MakingStep::columns, MakingStep::items, MakingStep::values};
+inline constexpr Order usual_order = {DraftStep::title,   DraftStep::own,     DraftStep::constants,
+                                      DraftStep::colours, DraftStep::columns, DraftStep::items,
+                                      DraftStep::values};
 /// For words that keep a colour item until all items are read.
 inline constexpr Order late_colour_order = {
-    MakingStep::title, MakingStep::own,     MakingStep::constants, MakingStep::columns,
-    MakingStep::items, MakingStep::colours, MakingStep::values};
+    DraftStep::title, DraftStep::own,     DraftStep::constants, DraftStep::columns,
+    DraftStep::items, DraftStep::colours, DraftStep::values};
 /// For lines through bars and figures.
 inline constexpr Order items_first_order = {
-    MakingStep::title,   MakingStep::items, MakingStep::colours, MakingStep::constants,
-    MakingStep::columns, MakingStep::own,   MakingStep::values};
+    DraftStep::title,   DraftStep::items, DraftStep::colours, DraftStep::constants,
+    DraftStep::columns, DraftStep::own,   DraftStep::values};
 
-using Items = Few<Item, 9>;
+using Items = ShortList<Item, 9>;
 
 struct DrawingRow {
   Count count;
   std::shared_ptr<BaseShape> (*record)();
   Title title = Title::serial;
   int32_t title_visible = 0;
-  Few<Value, 4> values = {};
-  Few<Column, 4> columns = {};
-  Few<Constant, 3> constants = {};
-  Few<Colour, 2> colours = {};
+  ShortList<Value, 4> values = {};
+  ShortList<Column, 4> columns = {};
+  ShortList<Constant, 3> constants = {};
+  ShortList<Colour, 2> colours = {};
   size_t items_from = 0;
   Items items = {};
   Order order = usual_order;
@@ -187,12 +187,12 @@ class DrawingFunc : public BaseFunc {
 
  protected:
   /// The step `own` of the order.
-  virtual Status own_rules(Making& making) const;
+  virtual Status own_rules(Draft& draft) const;
   virtual Status write_bar(const Call& call, BaseShape& record) const;
   /// Whether `write_bar` is that of the frame.
   virtual bool has_usual_bars() const { return true; }
   /// A word whose forms differ in more than a row makes its record itself.
-  virtual Status make_record(Making& making) const;
+  virtual Status make_record(Draft& draft) const;
 
   Status evaluate(const Call& call, size_t position, double& value) const {
     value = null_value;
@@ -204,13 +204,13 @@ class DrawingFunc : public BaseFunc {
   Status store_values(const Call& call) const;
   Status write_columns(const Call& call, BaseShape& record) const;
 
-  Status bind_values(Making& making) const;
+  Status bind_values(Draft& draft) const;
 
  private:
-  Status make_step(MakingStep step, Making& making) const;
-  Status read_constants(Making& making) const;
-  Status resolve_colours(Making& making) const;
-  Status make_columns(Making& making) const;
+  Status make_step(DraftStep step, Draft& draft) const;
+  Status read_constants(Draft& draft) const;
+  Status resolve_colours(Draft& draft) const;
+  Status make_columns(Draft& draft) const;
   Status write_column(const Call& call, BaseShape& record, size_t position) const;
   bool write_column(const ColumnCall& call, size_t position) const;
   bool is_drawn(BaseShape& record) const {
@@ -230,16 +230,16 @@ class DrawingWord : public DrawingFunc {
 
 // Operations of the frame that words with rules of their own use too.
 
-void set_title(Making& making, Title title);
+void set_title(Draft& draft, Title title);
 /// Reads the arguments from a position on as style items; what no item takes is passed over.
-Status read_items(Making& making, const Items& items, size_t from);
+Status read_items(Draft& draft, const Items& items, size_t from);
 /// A field that is still -1 takes the argument's column: its own one, or a new one that
 /// `store_value` fills. An argument without a text leaves it.
 void bind_value_field(Variable& argument, int32_t& field);
 /// Reserves the call's only column and gives its id to the record.
-void reserve_visibility_column(Making& making);
+void reserve_visibility_column(Draft& draft);
 /// Colour text of a word, as `colour_text` gives it.
-Status read_colour(Making& making, std::string_view word, std::string& text);
+Status read_colour(Draft& draft, std::string_view word, std::string& text);
 inline double mark_of(bool shown) { return shown ? shown_mark : hidden_mark; }
 inline bool is_last_row(const Call& call) { return call.row == call.table().row_count() - 1; }
 /// Writes the call's own column at a position; one that is gone takes nothing.
@@ -255,61 +255,61 @@ int32_t standard_integer(std::string_view text);
 /// The number behind LINETHICK, from 1 to 9; else 1.
 float line_width_of(std::string_view word);
 
-std::optional<Status> no_text(Making& making, std::string_view text);
-std::optional<Status> title_visible(Making& making, std::string_view text);
-std::optional<Status> precis(Making& making, std::string_view text);
+std::optional<Status> no_text(Draft& draft, std::string_view text);
+std::optional<Status> title_visible(Draft& draft, std::string_view text);
+std::optional<Status> precis(Draft& draft, std::string_view text);
 /// Keeps the last colour word for the step of the colours.
-std::optional<Status> kept_colour(Making& making, std::string_view text);
+std::optional<Status> kept_colour(Draft& draft, std::string_view text);
 
 // Items of a TextShape.
-std::optional<Status> align(Making& making, std::string_view text);
-std::optional<Status> valign(Making& making, std::string_view text);
-std::optional<Status> font_size(Making& making, std::string_view text);
+std::optional<Status> align(Draft& draft, std::string_view text);
+std::optional<Status> valign(Draft& draft, std::string_view text);
+std::optional<Status> font_size(Draft& draft, std::string_view text);
 
 /// A colour word that counts at once.
 template <auto member>
-std::optional<Status> colour_item(Making& making, std::string_view text) {
+std::optional<Status> colour_item(Draft& draft, std::string_view text) {
   if (!text.starts_with("COLOR")) return std::nullopt;
-  return read_colour(making, text, field<member>(*making.record));
+  return read_colour(draft, text, field<member>(*draft.record));
 }
 
 template <auto member>
-std::optional<Status> line_thick(Making& making, std::string_view text) {
+std::optional<Status> line_thick(Draft& draft, std::string_view text) {
   if (!text.starts_with("LINETHICK")) return std::nullopt;
-  field<member>(*making.record) = line_width_of(text);
+  field<member>(*draft.record) = line_width_of(text);
   return Status::ok;
 }
 
 template <auto member>
-std::optional<Status> dash(Making& making, std::string_view text) {
+std::optional<Status> dash(Draft& draft, std::string_view text) {
   const auto style = dash_style(text);
   if (!style) return std::nullopt;
-  field<member>(*making.record) = *style;
+  field<member>(*draft.record) = *style;
   return Status::ok;
 }
 
 template <auto member>
-std::optional<Status> no_draw(Making& making, std::string_view text) {
+std::optional<Status> no_draw(Draft& draft, std::string_view text) {
   if (text != "NODRAW") return std::nullopt;
-  field<member>(*making.record) = false;
+  field<member>(*draft.record) = false;
   return Status::ok;
 }
 
 // What a constant does with its number, and what it refuses.
 
 template <auto member>
-void as_int(Making& making, double value) {
-  field<member>(*making.record) = to_int(value);
+void as_int(Draft& draft, double value) {
+  field<member>(*draft.record) = to_int(value);
 }
 
 template <auto member>
-void as_number(Making& making, double value) {
-  field<member>(*making.record) = value;
+void as_number(Draft& draft, double value) {
+  field<member>(*draft.record) = value;
 }
 
 template <auto member>
-void as_flag(Making& making, double value) {
-  field<member>(*making.record) = value != 0.0 ? 1 : 0;
+void as_flag(Draft& draft, double value) {
+  field<member>(*draft.record) = value != 0.0 ? 1 : 0;
 }
 
 inline bool not_null(double value) { return !is_null(value); }

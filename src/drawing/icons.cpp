@@ -60,41 +60,41 @@ constexpr DrawingRow drawbkbmp = {
 };
 
 /// The sign that ICON names: "5", "ICO5" and the number 5 are the fifth one.
-Status read_sign(Making& making, size_t argument, bool needs_prefix) {
+Status read_sign(Draft& draft, size_t argument, bool needs_prefix) {
   constexpr std::string_view prefix = "ICO";
-  const std::string text = upper_case(making.call.argument_text(argument));
+  const std::string text = upper_case(draft.call.argument_text(argument));
   const bool prefixed = text.starts_with(prefix);
   const auto sign =
       icon_text(standard_integer(std::string_view(text).substr(prefixed ? prefix.size() : 0)));
-  if (!sign || (needs_prefix && !prefixed)) return making.call.fail(Status::sign_out_of_range);
-  field<&T::Text>(*making.record) = *sign;
+  if (!sign || (needs_prefix && !prefixed)) return draft.call.fail(Status::sign_out_of_range);
+  field<&T::Text>(*draft.record) = *sign;
   return Status::ok;
 }
 
-Status read_picture_name(Making& making, size_t argument) {
-  making.record->Field1Text = making.call.argument_text(argument);
-  if (making.record->Field1Text == fixed_text(null_value)) set_title(making, Title::serial);
+Status read_picture_name(Draft& draft, size_t argument) {
+  draft.record->Field1Text = draft.call.argument_text(argument);
+  if (draft.record->Field1Text == fixed_text(null_value)) set_title(draft, Title::serial);
   return Status::ok;
 }
 
 class DRAWICON final : public DrawingWord<drawicon> {
   using DrawingWord::DrawingWord;
-  Status own_rules(Making& making) const override { return read_sign(making, 2, false); }
+  Status own_rules(Draft& draft) const override { return read_sign(draft, 2, false); }
 };
 
 class DRAWLASTBARICON final : public DrawingWord<drawlastbaricon> {
   using DrawingWord::DrawingWord;
-  Status own_rules(Making& making) const override { return read_sign(making, 1, true); }
+  Status own_rules(Draft& draft) const override { return read_sign(draft, 1, true); }
 };
 
 class DRAWBMP final : public DrawingWord<drawbmp> {
   using DrawingWord::DrawingWord;
-  Status own_rules(Making& making) const override { return read_picture_name(making, 2); }
+  Status own_rules(Draft& draft) const override { return read_picture_name(draft, 2); }
 };
 
 class DRAWBKBMP final : public DrawingWord<drawbkbmp> {
   using DrawingWord::DrawingWord;
-  Status own_rules(Making& making) const override { return read_picture_name(making, 1); }
+  Status own_rules(Draft& draft) const override { return read_picture_name(draft, 1); }
 };
 
 constexpr WordRow words[] = {

@@ -11,18 +11,18 @@ namespace {
 
 using T = TextShape;
 
-void digits_from_zero(Making& making, double value) {
-  making.record->Digit = value >= 0.0 ? to_int(value) : 0;
+void digits_from_zero(Draft& draft, double value) {
+  draft.record->Digit = value >= 0.0 ? to_int(value) : 0;
 }
 
-void keep_number(Making& making, double value) { making.number = value; }
+void keep_number(Draft& draft, double value) { draft.number = value; }
 
 /// DIRECTION, which was kept, turns the shift to the left or to the right.
-void shift(Making& making, double value) {
+void shift(Draft& draft, double value) {
   const double x = to_int(value);
-  auto& offset = field<&T::HorizontalOffset>(*making.record);
-  if (to_int(making.number) == 0) offset = 0.0 - x;
-  if (to_int(making.number) == 1) offset = x;
+  auto& offset = field<&T::HorizontalOffset>(*draft.record);
+  if (to_int(draft.number) == 0) offset = 0.0 - x;
+  if (to_int(draft.number) == 1) offset = x;
 }
 
 // COND, PRICE, NUMBER, PRECISION, colour
@@ -74,8 +74,8 @@ constexpr DrawingRow drawlastbarnumber = {
     .colours = {{field<&T::TextColor>, ColourFrom::argument, 3}},
     .items_from = 4,
     .items = {align, valign, font_size},
-    .order = {MakingStep::title, MakingStep::constants, MakingStep::colours, MakingStep::columns,
-              MakingStep::own, MakingStep::items, MakingStep::values},
+    .order = {DraftStep::title, DraftStep::constants, DraftStep::colours, DraftStep::columns,
+              DraftStep::own, DraftStep::items, DraftStep::values},
 };
 
 bool needs_column(const Variable& number) {
@@ -90,19 +90,18 @@ class NumberWord : public DrawingWord<row> {
  protected:
   static Variable& number_of(const Call& call) { return call.argument(number_position); }
 
-  static void name_number_column(Making& making) {
-    field<&T::NumberFieldId>(*making.record) =
-        static_cast<int32_t>(number_of(making.call).column_id);
+  static void name_number_column(Draft& draft) {
+    field<&T::NumberFieldId>(*draft.record) = static_cast<int32_t>(number_of(draft.call).column_id);
   }
 
   /// Reserves NUMBER's column, if it needs one, among those of the holder.
-  static Status bind_number(Making& making, Variable& holder) {
-    Variable& number = number_of(making.call);
+  static Status bind_number(Draft& draft, Variable& holder) {
+    Variable& number = number_of(draft.call);
     if (needs_column(number)) {
       reserve_columns(holder, 1);
       hand_over_column(holder, 0, number);
     }
-    name_number_column(making);
+    name_number_column(draft);
     return Status::ok;
   }
 
@@ -124,15 +123,15 @@ class NumberWord : public DrawingWord<row> {
 
 class DRAWNUMBER final : public NumberWord<drawnumber, 2> {
   using NumberWord::NumberWord;
-  Status own_rules(Making& making) const override {
-    return bind_number(making, number_of(making.call));
+  Status own_rules(Draft& draft) const override {
+    return bind_number(draft, number_of(draft.call));
   }
 };
 
 class DRAWNUMBER1 final : public NumberWord<drawnumber1, 2> {
   using NumberWord::NumberWord;
-  Status own_rules(Making& making) const override {
-    return bind_number(making, number_of(making.call));
+  Status own_rules(Draft& draft) const override {
+    return bind_number(draft, number_of(draft.call));
   }
 };
 
@@ -140,18 +139,16 @@ class DRAWSHIFTNUMBER final : public NumberWord<drawshiftnumber, 2> {
   using NumberWord::NumberWord;
   /// The column of the marks, which the call reserves later, takes the place of this one among the
   /// call's columns; NUMBER keeps it.
-  Status own_rules(Making& making) const override {
-    return bind_number(making, making.call.variable);
-  }
+  Status own_rules(Draft& draft) const override { return bind_number(draft, draft.call.variable); }
 };
 
 class DRAWLASTBARNUMBER final : public NumberWord<drawlastbarnumber, 1> {
   using NumberWord::NumberWord;
 
-  Status own_rules(Making& making) const override {
-    Variable& number = number_of(making.call);
-    if (needs_column(number)) hand_over_column(making.call.variable, 1, number);
-    name_number_column(making);
+  Status own_rules(Draft& draft) const override {
+    Variable& number = number_of(draft.call);
+    if (needs_column(number)) hand_over_column(draft.call.variable, 1, number);
+    name_number_column(draft);
     return Status::ok;
   }
 

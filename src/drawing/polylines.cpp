@@ -14,9 +14,9 @@ constexpr Item hide = no_draw<&P::is_drawn>;
 
 /// The compiler adds the word to every output line, so that it breaks at hidden bars, while a line
 /// that a script draws by a call of its own is continuous.
-std::optional<Status> part_line_suffix(Making& making, std::string_view text) {
+std::optional<Status> part_line_suffix(Draft& draft, std::string_view text) {
   if (text != "PARTLINESUFFIX") return std::nullopt;
-  field<&P::IsContinuousLine>(*making.record) = 0;
+  field<&P::IsContinuousLine>(*draft.record) = 0;
   return Status::ok;
 }
 
@@ -100,19 +100,19 @@ class POLYLINE final : public DrawingWord<polyline> {
 
   /// The host's settings of a line override what the script says. A line that the host has
   /// deselected keeps its columns but is not listed.
-  Status own_rules(Making& making) const override {
-    auto& line = static_cast<P&>(*making.record);
-    const std::string& name = making.call.argument(1).source_text;
-    const auto& models = making.call.script().line_models;
+  Status own_rules(Draft& draft) const override {
+    auto& line = static_cast<P&>(*draft.record);
+    const std::string& name = draft.call.argument(1).source_text;
+    const auto& models = draft.call.script().line_models;
     const auto model = models.find(name);
     if (model != models.end()) {
       line.LineColor = model->second.color_key;
       line.LineWidth = static_cast<float>(model->second.line_thick);
       if (model->second.is_selected != 1) return Status::ok;
     }
-    making.call.script().shapes.add(making.record);
+    draft.call.script().shapes.add(draft.record);
     if (line.TitleVisible == 0 || name.empty()) {
-      set_title(making, line.TitleVisible == 0 ? Title::automatic : Title::serial);
+      set_title(draft, line.TitleVisible == 0 ? Title::automatic : Title::serial);
     } else {
       line.Field1Text = name;
     }

@@ -40,22 +40,22 @@ constexpr DrawingRow drawcolumnchart = {
 };
 
 /// What SOLID sets is no typo: the flag is 1 for a hollow stick.
-std::optional<Status> solid_or_hollow(Making& making, std::string_view text) {
+std::optional<Status> solid_or_hollow(Draft& draft, std::string_view text) {
   const bool solid = text.starts_with("SOLID");
   if (!solid && !text.starts_with("HOLLOW")) return std::nullopt;
-  field<&B::IsFilled>(*making.record) = solid ? 0 : 1;
+  field<&B::IsFilled>(*draft.record) = solid ? 0 : 1;
   return Status::ok;
 }
 
-std::optional<Status> color_stick(Making& making, std::string_view text) {
+std::optional<Status> color_stick(Draft& draft, std::string_view text) {
   if (text != "ISCOLORSTICK") return std::nullopt;
-  field<&B::IsColorStick>(*making.record) = 1;
+  field<&B::IsColorStick>(*draft.record) = 1;
   return Status::ok;
 }
 
-std::optional<Status> vol_stick(Making& making, std::string_view text) {
+std::optional<Status> vol_stick(Draft& draft, std::string_view text) {
   if (text != "ISVOLSTICK") return std::nullopt;
-  field<&B::IsVolStick>(*making.record) = 1;
+  field<&B::IsVolStick>(*draft.record) = 1;
   return Status::ok;
 }
 
@@ -72,35 +72,35 @@ bool has_item(const Call& call, std::string_view word) {
 }
 
 /// Both shadows take the one colour, so that COLORAUTO takes one step of the palette.
-Status read_shadow_colour(Making& making, std::string_view word) {
-  auto& stick = static_cast<B&>(*making.record);
-  const Status status = read_colour(making, word, stick.UpperShadowColor);
+Status read_shadow_colour(Draft& draft, std::string_view word) {
+  auto& stick = static_cast<B&>(*draft.record);
+  const Status status = read_colour(draft, word, stick.UpperShadowColor);
   stick.LowerShadowColor = stick.UpperShadowColor;
   return status;
 }
 
 /// A stick that is coloured by its direction doesn't even parse a colour word.
-Status set_stick_colours(Making& making) {
-  auto& stick = static_cast<B&>(*making.record);
+Status set_stick_colours(Draft& draft) {
+  auto& stick = static_cast<B&>(*draft.record);
   if (stick.IsColorStick != 0 || stick.IsVolStick != 0) {
     stick.UpperShadowColor = "Brush.Red6";
     stick.LowerShadowColor = "Brush.Green6";
     return Status::ok;
   }
-  const std::string& word = making.colour_word;
-  return word.empty() ? Status::ok : read_shadow_colour(making, word);
+  const std::string& word = draft.colour_word;
+  return word.empty() ? Status::ok : read_shadow_colour(draft, word);
 }
 
 /// A stick that was written as a statement has the line's name as its title.
-void set_stick_title(Making& making) {
-  auto& stick = static_cast<B&>(*making.record);
-  const std::string& name = making.call.argument(1).source_text;
+void set_stick_title(Draft& draft) {
+  auto& stick = static_cast<B&>(*draft.record);
+  const std::string& name = draft.call.argument(1).source_text;
   const bool named = !name.empty() && name != "VOL" && name != "V";
   if (named && (stick.IsVolStick != 0 || stick.IsColorStick != 0) &&
-      !has_item(making.call, "EMPTY_LINE_NAME_RESERVED")) {
+      !has_item(draft.call, "EMPTY_LINE_NAME_RESERVED")) {
     stick.Field1Text = name;
   } else {
-    set_title(making, Title::automatic);
+    set_title(draft, Title::automatic);
   }
 }
 
@@ -112,42 +112,42 @@ float stick_width(double width) {
 class STICKLINE : public DrawingWord<stickline> {
   using DrawingWord::DrawingWord;
 
-  Status make_record(Making& making) const override {
-    making.record->TitleVisible = 0;
-    const bool colour_form = contains(making.call.argument(3).text, "COLOR");
-    const Status status = colour_form ? make_colour_form(making) : make_width_form(making);
+  Status make_record(Draft& draft) const override {
+    draft.record->TitleVisible = 0;
+    const bool colour_form = contains(draft.call.argument(3).text, "COLOR");
+    const Status status = colour_form ? make_colour_form(draft) : make_width_form(draft);
     if (failed(status)) return status;
-    return bind_values(making);
+    return bind_values(draft);
   }
 
-  Status make_width_form(Making& making) const {
-    read_fill(making);
-    Status status = read_items(making, width_form_items, items_from);
-    if (!failed(status)) status = set_stick_colours(making);
+  Status make_width_form(Draft& draft) const {
+    read_fill(draft);
+    Status status = read_items(draft, width_form_items, items_from);
+    if (!failed(status)) status = set_stick_colours(draft);
     if (failed(status)) return status;
-    set_stick_title(making);
-    reserve_visibility_column(making);
+    set_stick_title(draft);
+    reserve_visibility_column(draft);
     double width;
-    status = evaluate(making.call, 3, width);
-    field<&B::LineWidth>(*making.record) = stick_width(width);
+    status = evaluate(draft.call, 3, width);
+    field<&B::LineWidth>(*draft.record) = stick_width(width);
     return status;
   }
 
-  Status make_colour_form(Making& making) const {
-    making.colour_word = making.call.argument(3).text;
-    Status status = read_items(making, colour_form_items, items_from);
-    if (!failed(status)) status = read_shadow_colour(making, making.colour_word);
+  Status make_colour_form(Draft& draft) const {
+    draft.colour_word = draft.call.argument(3).text;
+    Status status = read_items(draft, colour_form_items, items_from);
+    if (!failed(status)) status = read_shadow_colour(draft, draft.colour_word);
     if (failed(status)) return status;
-    set_title(making, Title::serial);
-    read_fill(making);
-    reserve_visibility_column(making);
+    set_title(draft, Title::serial);
+    read_fill(draft);
+    reserve_visibility_column(draft);
     return Status::ok;
   }
 
-  void read_fill(Making& making) const {
+  void read_fill(Draft& draft) const {
     double empty;
-    ignore_status(evaluate(making.call, 4, empty));
-    field<&B::IsFilled>(*making.record) = to_int(empty) != 0 ? 1 : 0;
+    ignore_status(evaluate(draft.call, 4, empty));
+    field<&B::IsFilled>(*draft.record) = to_int(empty) != 0 ? 1 : 0;
   }
 };
 

@@ -12,18 +12,18 @@ constexpr Item colour = colour_item<&T::TextColor>;
 constexpr Item hide = no_draw<&T::is_drawn>;
 
 /// PARAM_ and a name: the record gets the name as its title.
-std::optional<Status> named_title(Making& making, std::string_view text) {
+std::optional<Status> named_title(Draft& draft, std::string_view text) {
   constexpr std::string_view prefix = "PARAM_";
   if (!text.starts_with(prefix)) return std::nullopt;
-  if (text.size() > prefix.size()) making.record->Field1Text = text.substr(prefix.size());
-  making.record->TitleVisible = 1;
+  if (text.size() > prefix.size()) draft.record->Field1Text = text.substr(prefix.size());
+  draft.record->TitleVisible = 1;
   return Status::ok;
 }
 
 /// A number whose decimal text is one digit; the default stands for any other.
-void one_digit_align(Making& making, double value) {
+void one_digit_align(Draft& draft, double value) {
   const int32_t number = to_int(value);
-  if (number >= 0 && number <= 9) field<&T::HorizontalAlign>(*making.record) = number;
+  if (number >= 0 && number <= 9) field<&T::HorizontalAlign>(*draft.record) = number;
 }
 
 // COND, PRICE, text
@@ -62,30 +62,30 @@ constexpr DrawingRow ktext = {
 };
 
 template <size_t argument>
-Status read_text(Making& making) {
-  field<&T::Text>(*making.record) = making.call.argument_text(argument);
+Status read_text(Draft& draft) {
+  field<&T::Text>(*draft.record) = draft.call.argument_text(argument);
   return Status::ok;
 }
 
 class DRAWTEXT final : public DrawingWord<drawtext> {
   using DrawingWord::DrawingWord;
-  Status own_rules(Making& making) const override { return read_text<2>(making); }
+  Status own_rules(Draft& draft) const override { return read_text<2>(draft); }
 };
 
 class DRAWLASTBARTEXT final : public DrawingWord<drawlastbartext> {
   using DrawingWord::DrawingWord;
 
-  Status own_rules(Making& making) const override {
-    const std::string text = making.call.argument_text(1);
-    if (text == fixed_text(null_value)) return making.call.fail(Status::bad_constant, ".TEXT");
-    field<&T::Text>(*making.record) = text;
+  Status own_rules(Draft& draft) const override {
+    const std::string text = draft.call.argument_text(1);
+    if (text == fixed_text(null_value)) return draft.call.fail(Status::bad_constant, ".TEXT");
+    field<&T::Text>(*draft.record) = text;
     return Status::ok;
   }
 };
 
 class KTEXT final : public DrawingWord<ktext> {
   using DrawingWord::DrawingWord;
-  Status own_rules(Making& making) const override { return read_text<5>(making); }
+  Status own_rules(Draft& draft) const override { return read_text<5>(draft); }
 };
 
 constexpr WordRow words[] = {

@@ -2,7 +2,6 @@
 #include <algorithm>
 
 #include "core/call.h"
-#include "core/column_owners.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
 #include "functions/series.h"

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "core/call.h"
+#include "core/columns.h"
 #include "functions/averaging.h"
 #include "functions/call_memory.h"
 #include "functions/families.h"

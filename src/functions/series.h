@@ -24,20 +24,19 @@ inline int32_t result_column(const Call& call) {
 /// Hands a column that the call reserves to an argument without one.
 void give_own_column(const Call& call, Variable& argument);
 
-/// Form A: the argument's own column, or one that the call reserves and hands to the argument, so
-/// that later bars find it. Stores the argument's value of this bar there in both cases. Gives the
-/// column's index.
+/// Stores the argument's value of this bar in the argument's own column: the one that it has, or
+/// one that the call reserves and hands over, so that later bars find it. Gives the column's index.
 inline int32_t store_in_own_column(const Call& call, Variable& argument, double value) {
   if (!argument.has_column()) give_own_column(call, argument);
   call.table().set_cell(call.row, argument.column_index, value);
   return argument.column_index;
 }
 
-/// Form B: the argument's own column, where nothing is stored, or an auxiliary column of the
-/// argument, where its value of this bar is stored. The argument's column stays as it is.
+/// The argument's own column, where nothing is stored, if it has one; else an auxiliary column of
+/// the argument, where its value of this bar is stored and which doesn't become its own.
 int32_t store_in_aux_of_argument(const Call& call, Variable& argument, double value);
 
-/// Form C: as form B, with the auxiliary column on the call.
+/// As `store_in_aux_of_argument`, with the auxiliary column on the call.
 int32_t store_in_aux_of_call(const Call& call, Variable& argument, double value);
 
 }  // namespace quor

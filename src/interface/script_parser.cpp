@@ -1,5 +1,6 @@
 #include "interface/script_parser.h"
 
+#include "compiler/declarations.h"
 #include "compiler/pipeline.h"
 #include "compiler/report.h"
 #include "core/results.h"
@@ -32,7 +33,7 @@ ScriptParser::ScriptParser() : calculator_(pool_), context_(pool_, calculator_) 
   build_function_registry();
   for (const Field& field : reserved_fields()) {
     const auto column_id = static_cast<uint32_t>(field.id);
-    context_.add_reserved_variable(field.word, column_id, column_id == time_column_id);
+    add_reserved_variable(context_, field.word, column_id, column_id == time_column_id);
   }
   valid = true;
 }
@@ -60,7 +61,7 @@ void ScriptParser::add_row(std::string_view json) { intake_.add_row(pool_, json)
 
 void ScriptParser::create_reserved_field(std::string_view word, uint32_t column_id) {
   declare_reserved_field(word, static_cast<int32_t>(column_id));
-  context_.add_reserved_variable(word, column_id, true);
+  add_reserved_variable(context_, word, column_id, true);
 }
 
 void ScriptParser::set_uuid(uint64_t new_uuid) {

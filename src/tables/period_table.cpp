@@ -99,7 +99,6 @@ void decode_period(int32_t code, Period& period) {
     period.multiple = 1;
     return;
   }
-  period.code = code;
   period.value = find(PeriodCodeValue, code).value_or(-1);
   decode_multiple(code, period);
 }

@@ -9,7 +9,6 @@ namespace quor {
 
 /// The period of an instance.
 struct Period {
-  int32_t code = 5;      ///< the host's code
   int32_t value = 8;     ///< what PERIOD returns; -1 unknown, -2 no period
   int32_t multiple = 0;  ///< units per bar
   int32_t period_class = 0;
