@@ -245,6 +245,15 @@ TEST(Traits, ARepeatableWordGivesTheSameInWhateverOrder) {
   }
 }
 
+/// How many bars behind its own one a call evaluates its arguments at most.
+size_t lag_of(const quor::Variable& call) {
+  static const std::map<std::string_view, size_t> argument_of = {{"REF", 1}, {"LAST", 2}};
+  static const std::set<std::string_view> late_by_one = {"HV", "LV", "NEWHBARS1", "NEWLBARS1"};
+  const auto argument = argument_of.find(call.function_word);
+  if (argument == argument_of.end()) return late_by_one.contains(call.function_word) ? 1 : 0;
+  return static_cast<size_t>(std::max(call.arguments[argument->second]->value, 0.0));
+}
+
 TEST(Traits, AWordThatLooksBackDoesNotSeeLaterBars) {
   for (const auto& [word, row_traits] : all_rows()) {
     bool saw_later_bars = false;
@@ -261,8 +270,8 @@ TEST(Traits, AWordThatLooksBackDoesNotSeeLaterBars) {
         Engine changed;
         changed.compile(statement);
         changed.feed(bars);
-        const size_t settled =
-            known - std::min(known, static_cast<size_t>(lag_of(engine.call_of(word))));
+        // A word that comes late to its arguments writes their columns as late.
+        const size_t settled = known - std::min(known, lag_of(engine.call_of(word)));
         const bool equal =
             changed.run() && same_columns(changed.columns(settled), engine.columns(settled));
         EXPECT_TRUE(equal || !traits.has(quor::looks_back)) << statement << " before row " << known;
@@ -310,34 +319,6 @@ TEST(Traits, AWordFollowsTheSettingsOrNot) {
       EXPECT_TRUE(equal || traits.has(quor::follows_settings)) << statement;
     });
     EXPECT_EQ(followed, traits.has(quor::follows_settings)) << word;
-  }
-}
-
-TEST(Traits, ALateWordComesToItsArgumentsAsLateAsItSays) {
-  const struct {
-    const char* word;
-    const char* arguments;
-    int64_t lag;
-  } cases[] = {
-      {"REF", "EMA(C,3),4", 4},    {"LAST", "EMA(C,3),9,2", 2}, {"HV", "EMA(C,3),5", 1},
-      {"LV", "EMA(C,3),5", 1},     {"MA", "EMA(C,3),5", 0},     {"NEWHBARS1", "C,EMA(C,3),1", 1},
-      {"HHV", "EMA(C,3),5", 0},    {"CROSS", "EMA(C,3),O", 0},  {"NEWLBARS1", "C,EMA(C,3),1", 1},
-      {"BARSLAST", "EMA(C,3)", 0},
-  };
-  std::set<std::string_view> late;
-  for (const auto& [word, arguments, lag] : cases) {
-    Engine engine;
-    ASSERT_TRUE(engine.compile(statement_of(word, arguments))) << word;
-    engine.feed(bars_with(1, row_count));
-    EXPECT_TRUE(engine.run());
-    EXPECT_EQ(lag_of(engine.call_of(word)), lag) << word;
-    const auto cells = engine.pool.table().cells(engine.call_of("EMA").column_index);
-    const auto unwritten = std::ranges::count_if(cells, quor::is_null);
-    EXPECT_EQ(unwritten, lag) << word;
-    if (lag != 0) late.insert(word);
-  }
-  for (const auto& [word, traits] : all_rows()) {
-    EXPECT_EQ(traits.lag_argument != Traits::none, late.contains(word)) << word;
   }
 }
 

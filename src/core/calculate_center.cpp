@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "calendar/trade_day_help.h"
+#include "core/memory_plan.h"
 #include "core/status.h"
 #include "platform/clock.h"
 
@@ -33,6 +34,10 @@ void CalculateCenter::refresh_column_indexes() {
   }
 }
 
+void CalculateCenter::forget_changed_rows() {
+  pool_.script.forget_rows(pool_.table().take_first_changed_row());
+}
+
 Status CalculateCenter::scan_statements(std::string& error) {
   for (Variable* statement : pool_.script.statement_list) {
     if (statement->kind == VariableKind::number) continue;
@@ -49,6 +54,8 @@ Status CalculateCenter::run_statements(int32_t first_row, std::string& error) {
   const int32_t rows = pool_.table().row_count();
   // A negative first row selects no rows.
   const int32_t first = first_row < 0 ? rows : first_row;
+  if (!pool_.script.memories_are_planned) plan_memories(pool_.script);
+  pool_.script.forget_rows(std::min(first, pool_.table().take_first_changed_row()));
   const auto& statements = pool_.script.statement_list;
   statements_.resize(statements.size());
   std::iota(statements_.begin(), statements_.end(), 0U);

@@ -41,6 +41,9 @@ class CalculateCenter {
   /// first status other than 0 ends the run; what was written stays.
   Status calculate(int32_t first_row, bool scan, std::string& error);
 
+  /// Has calls forget what comes from rows that intake has changed. Runs do so by themselves.
+  void forget_changed_rows();
+
   /// The value of a variable at any row. A status other than 0 comes with a text in `error`.
   /// `result` keeps the caller's start value where nothing is written.
   Status evaluate(Variable& variable, int32_t row, bool scan, std::string& error, double& result) {

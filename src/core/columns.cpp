@@ -38,10 +38,12 @@ void Columns::begin(Block block) {
   block_ = block;
   overwritten_.clear();
   old_values_.clear();
+  memories_.clear();
 }
 
 bool Columns::calculate(Variable& statement, size_t position) {
-  const size_t before = overwritten_.size();
+  const size_t cells_before = overwritten_.size();
+  const size_t memories_before = memories_.size();
   position_ = position;
   nesting_ = 0;
   scratch_.release();
@@ -58,7 +60,7 @@ bool Columns::calculate(Variable& statement, size_t position) {
                        : nullptr;
   const double* result = program_values(program, block_, 0.0, target);
   if (result == nullptr) {
-    put_back_since(before);
+    put_back_since(cells_before, memories_before);
     return false;
   }
   if (!has_column) return true;
@@ -84,8 +86,16 @@ void Columns::put_back(const Overwritten& cells, int32_t first) {
             pool_.table().writable_cells(cells.column, std::max(first, cells.rows.first)).data());
 }
 
-void Columns::put_back_since(size_t entry) {
-  while (overwritten_.size() > entry) {
+void Columns::note_memory(CallMemory& memory, Block rows, int32_t known) {
+  memories_.push_back({position_, &memory, rows, known});
+}
+
+void Columns::put_back_since(size_t cells, size_t memories) {
+  while (memories_.size() > memories) {
+    memories_.back().memory->cut(memories_.back().known);
+    memories_.pop_back();
+  }
+  while (overwritten_.size() > cells) {
     put_back(overwritten_.back(), overwritten_.back().rows.first);
     old_values_.resize(overwritten_.back().values);
     overwritten_.pop_back();
@@ -203,6 +213,10 @@ void Columns::put_back(int32_t row, size_t position) {
     const int32_t first = cells.position < position ? row + 1 : row;
     // What looks back writes as many rows earlier.
     put_back(cells, first + cells.rows.end - block_.end);
+  }
+  for (const Memory& taken : memories_) {
+    const int32_t first = taken.position < position ? row + 1 : row;
+    taken.memory->cut(first + taken.rows.end - block_.end);
   }
 }
 

@@ -67,6 +67,8 @@ class Columns {
   double* scratch(size_t size) { return scratch_.take(size); }
   /// The cells of a column, all of which the caller writes.
   double* overwrite(int32_t column, Block rows);
+  /// To be told of a call's memory before it takes in some rows. It has known those below `known`.
+  void note_memory(CallMemory& memory, Block rows, int32_t known);
 
   DataPoolCenter& pool() const { return pool_; }
   CalculateCenter& calculator() const { return calculator_; }
@@ -78,6 +80,12 @@ class Columns {
     int32_t column;
     Block rows;
     size_t values;  ///< where the old ones begin in `old_values_`
+  };
+  struct Memory {
+    size_t position;
+    CallMemory* memory;
+    Block rows;
+    int32_t known;
   };
   struct Broadcast {
     double value;
@@ -91,7 +99,7 @@ class Columns {
   const double* operand_values(const Operand& operand, Block rows, double start,
                                const double* const* slots);
   void put_back(const Overwritten& cells, int32_t first);
-  void put_back_since(size_t entry);
+  void put_back_since(size_t cells, size_t memories);
 
   DataPoolCenter& pool_;
   CalculateCenter& calculator_;
@@ -99,6 +107,7 @@ class Columns {
   std::vector<Broadcast> broadcasts_;
   std::vector<Overwritten> overwritten_;
   std::vector<double> old_values_;
+  std::vector<Memory> memories_;
   Block block_;
   size_t position_ = 0;
   int nesting_ = 0;

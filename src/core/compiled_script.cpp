@@ -54,4 +54,10 @@ std::string CompiledScript::auto_line_name() {
   return "EMPTY_LINE_NAME_RESERVED" + std::to_string(++empty_line_counter);
 }
 
+void CompiledScript::forget_rows(int32_t first) {
+  for (const Variable* call : remembering_calls) {
+    if (call->memory != nullptr) call->memory->cut(call->in_full ? 0 : first);
+  }
+}
+
 }  // namespace quor

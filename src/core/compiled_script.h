@@ -50,9 +50,14 @@ class CompiledScript {
   /// "EMPTY_LINE_NAME_RESERVED" and the next number, counted from 1.
   std::string auto_line_name();
 
-  std::vector<Variable*> statement_list;  ///< what the driver runs, in order
-  std::vector<Variable*> variable_list;   ///< every compiled variable in order of creation
-  std::vector<Variable*> reserved_list;   ///< fields and references; first in the hidden names
+  /// Has calls forget what comes from a row or those behind it.
+  void forget_rows(int32_t first);
+
+  bool memories_are_planned = false;
+  std::vector<Variable*> remembering_calls;  ///< those with a memory
+  std::vector<Variable*> statement_list;     ///< what the driver runs, in order
+  std::vector<Variable*> variable_list;      ///< every compiled variable in order of creation
+  std::vector<Variable*> reserved_list;      ///< fields and references; first in the hidden names
   /// Variables without a column by their normalised text, for the host to read by argument id.
   std::map<std::string, Variable*, std::less<>> argument_variables;
 

@@ -43,20 +43,14 @@ int32_t DataTable::add_column(uint32_t id) {
   return index;
 }
 
-/// A cell that is written with what it holds has not changed. The rows from this one on aren't
-/// watched any more, so that a run from here on counts as one change.
-void DataTable::note_change(Column& column, int32_t row, double value) {
-  const double old = column.cells[static_cast<uint32_t>(row)];
-  if (std::bit_cast<uint64_t>(old) == std::bit_cast<uint64_t>(value)) return;
-  column.watched_rows = row;
-  ++column.changes;
+/// A cell that is written with what it holds has not changed.
+void DataTable::note_change(int32_t row, double before, double value) {
+  if (row >= first_changed_row_) return;
+  if (std::bit_cast<uint64_t>(before) != std::bit_cast<uint64_t>(value)) first_changed_row_ = row;
 }
 
-void DataTable::note_changed_rows() {
-  for (Column& column : columns_) {
-    column.watched_rows = 0;
-    ++column.changes;
-  }
+void DataTable::note_change_from(size_t row) {
+  first_changed_row_ = std::min(first_changed_row_, static_cast<int32_t>(row));
 }
 
 void DataTable::note_size() {
@@ -72,7 +66,7 @@ void DataTable::store_key(size_t row, int32_t time_column) {
 void DataTable::insert_row(int64_t key) {
   const auto row = std::lower_bound(keys_.begin(), keys_.end(), key) - keys_.begin();
   make_room(keys_.size() + 1);
-  if (row < std::ssize(keys_)) note_changed_rows();
+  note_change_from(static_cast<size_t>(row));
   keys_.insert(keys_.begin() + row, key);
   for (Column& column : columns_) column.cells.insert(column.cells.begin() + row, null_value);
   note_size();
@@ -86,7 +80,9 @@ void DataTable::put_value(int64_t key, uint32_t id, double value) {
     insert_row(key);
     return;
   }
-  set_cell(static_cast<int32_t>(row), add_column(id), value);
+  const int32_t column = add_column(id);
+  note_change(static_cast<int32_t>(row), cell(row, column), value);
+  set_cell(static_cast<int32_t>(row), column, value);
 }
 
 void DataTable::make_room(size_t rows) {
@@ -141,7 +137,7 @@ void DataTable::merge_rows(RowBatch& batch) {
   make_room(rows);
   // All memory is there; nothing throws from here on.
   if (!batch.gaps.empty()) {
-    note_changed_rows();
+    note_change_from(batch.gaps.front());
     open_gaps(batch.gaps);
   }
   write_rows(batch);
@@ -227,8 +223,7 @@ void DataTable::write_column(int32_t index, std::span<const BatchRow> rows, cons
   double* cells = column.cells.data();
   for (const BatchRow& source : rows) {
     const double value = values[source.place * width];
-    const auto row = static_cast<int32_t>(source.row);
-    if (row < column.watched_rows) note_change(column, row, value);
+    note_change(static_cast<int32_t>(source.row), cells[source.row], value);
     cells[source.row] = value;
   }
 }
@@ -294,7 +289,7 @@ void DataTable::clear_rows() {
   keys_.clear();
   for (Column& column : columns_) column.cells.clear();
   note_size();
-  note_changed_rows();
+  note_change_from(0);
 }
 
 }  // namespace quor

@@ -3,10 +3,12 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <new>
 #include <span>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "calendar/civil_time.h"
@@ -69,8 +71,6 @@ struct RowBatch {
 class DataTable {
   struct Column {
     std::vector<double> cells;  ///< as long as `keys_`
-    int32_t watched_rows = 0;   ///< a change of a row before this one counts
-    uint32_t changes = 0;
   };
 
  public:
@@ -134,12 +134,8 @@ class DataTable {
 
   /// The cells of a column that is there, from a row on to be written.
   std::span<double> writable_cells(int32_t column, int32_t row) {
-    Column& target = columns_[static_cast<uint32_t>(column)];
-    if (row < target.watched_rows) {
-      target.watched_rows = row;
-      ++target.changes;
-    }
-    return std::span(target.cells).subspan(static_cast<size_t>(row));
+    return std::span(columns_[static_cast<uint32_t>(column)].cells)
+        .subspan(static_cast<size_t>(row));
   }
 
   /// Null for a row or a column that isn't there.
@@ -150,19 +146,12 @@ class DataTable {
   }
   void set_cell(int32_t row, int32_t column, double value) {
     if (!is_cell(row, column)) return;
-    Column& target = columns_[static_cast<uint32_t>(column)];
-    if (row < target.watched_rows) note_change(target, row, value);
-    target.cells[static_cast<uint32_t>(row)] = value;
+    columns_[static_cast<uint32_t>(column)].cells[static_cast<uint32_t>(row)] = value;
   }
 
-  /// Asks that changes of a column's cells in the rows before `rows` be counted from now on. A word
-  /// that carries on a result from bar to bar asks for the rows behind that result, and forgets it
-  /// once `changes` has another answer than when it came about.
-  void watch(int32_t column, int32_t rows) {
-    int32_t& watched = columns_[static_cast<uint32_t>(column)].watched_rows;
-    watched = std::max(watched, rows);
-  }
-  uint32_t changes(int32_t column) const { return columns_[static_cast<uint32_t>(column)].changes; }
+  /// The first row that intake has changed since the last call: by another value in a cell, by a
+  /// row before it, or by its end. Results that a script writes don't count.
+  int32_t take_first_changed_row() { return std::exchange(first_changed_row_, no_change); }
 
   /// The last `count` rows up to and including `last_row`, fewer where the table begins. A negative
   /// last row and a count of 0 or -1 give an empty window, the count -2147483648 the whole column
@@ -185,8 +174,10 @@ class DataTable {
  private:
   static constexpr uint32_t no_row = 0xFFFFFFFF;
 
-  static void note_change(Column& column, int32_t row, double value);
-  void note_changed_rows();
+  static constexpr int32_t no_change = std::numeric_limits<int32_t>::max();
+
+  void note_change(int32_t row, double before, double value);
+  void note_change_from(size_t row);
 
   bool is_cell(int64_t row, int32_t column) const {
     return static_cast<uint64_t>(row) < rows_ && static_cast<uint32_t>(column) < column_count_;
@@ -212,6 +203,7 @@ class DataTable {
   std::unordered_map<uint32_t, int32_t> index_of_id_;
   uint32_t next_auxiliary_id_ = first_auxiliary_id;
   uint64_t layout_ = 0;
+  int32_t first_changed_row_ = no_change;
 };
 
 }  // namespace quor

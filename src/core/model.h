@@ -37,10 +37,19 @@ enum class VariableKind : uint8_t {
   missing = 5,     ///< stands for an argument that isn't there; reads as null with status 2000
 };
 
+/// What a call may take as known of the rows before one that it is evaluated at.
+enum class Remembering : uint8_t {
+  nothing,
+  in_order,     ///< as long as it has passed them one after the other
+  catching_up,  ///< and it may pass those late that it has been left out at
+};
+
 /// What a call keeps beside its columns to get at the next bar's value sooner. It never changes a
 /// value, so a word may drop it at any time.
 struct CallMemory {
   virtual ~CallMemory() = default;
+  /// Drops what comes from a row or those behind it.
+  virtual void cut(int32_t row) = 0;
 };
 
 /// One statement, one function call, one argument of a call or one data field.
@@ -73,10 +82,12 @@ struct Variable {
   std::vector<Variable*> arguments;         ///< in source order; null where a compile broke off
   std::vector<MathElement> elements;        ///< the source of truth of `program`
   Program program;
-  std::string name;                    ///< the hidden name: "~" and a decimal number
-  std::string text;                    ///< expression, field word, function word or declared name
-  std::string source_text;             ///< a call or argument as the script wrote it
-  std::string function_word;           ///< empty for everything but a call
+  std::string name;           ///< the hidden name: "~" and a decimal number
+  std::string text;           ///< expression, field word, function word or declared name
+  std::string source_text;    ///< a call or argument as the script wrote it
+  std::string function_word;  ///< empty for everything but a call
+  Remembering remembering = Remembering::nothing;  ///< of a call
+  bool in_full = false;                ///< a call that every run evaluates from row 0 on
   std::unique_ptr<CallMemory> memory;  ///< of a word that carries on what it worked out
   std::shared_ptr<BaseShape> shape;    ///< the record of an output function, made on its first pass
 };

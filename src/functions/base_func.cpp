@@ -63,11 +63,4 @@ bool may_keep_start(const Variable& argument) {
          named->function->column_traits().keeps_start;
 }
 
-int64_t lag_of(const Variable& call) {
-  const size_t argument = call.function->traits().lag_argument;
-  if (argument == 0) return 1;
-  const Variable* bars = argument < call.arguments.size() ? call.arguments[argument] : nullptr;
-  return bars == nullptr ? 0 : to_int(bars->value);
-}
-
 }  // namespace quor

@@ -84,7 +84,4 @@ bool has_state(const Variable& argument);
 /// Whether an argument may write nothing, so that its caller's start value stands.
 bool may_keep_start(const Variable& argument);
 
-/// How many bars late the call comes to a bar, mostly 0.
-int64_t lag_of(const Variable& call);
-
 }  // namespace quor

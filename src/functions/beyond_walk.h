@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "core/call.h"
 #include "functions/call_memory.h"
 #include "functions/window_extremes.h"
 
@@ -19,16 +18,12 @@ class BlockExtremes final : public CallMemory {
  public:
   static constexpr int32_t fan = 16;
 
-  Dependencies dependencies;
-
-  void forget() { ++generation_; }
-
   /// How many rows up to and including `last` make up the largest block without a value beyond the
   /// threshold; 0 if none is known.
   int32_t rows_without(int32_t last, double threshold) const {
     int32_t rows = 0;
     int32_t size = fan;
-    for (const std::vector<Block>& blocks : levels_) {
+    for (const std::vector<RowBlock>& blocks : levels_) {
       if (last % size != size - 1) break;
       const auto place = static_cast<size_t>(last / size);
       if (!knows(blocks, place) || beats<extreme>(blocks[place].outermost, threshold)) break;
@@ -52,19 +47,26 @@ class BlockExtremes final : public CallMemory {
     }
   }
 
- private:
-  struct Block {
-    double outermost = null_value;  ///< null if all values are
-    uint64_t generation = 0;
-  };
-
-  bool knows(const std::vector<Block>& blocks, size_t place) const {
-    return place < blocks.size() && blocks[place].generation == generation_;
+  void cut(int32_t row) override {
+    for (std::vector<RowBlock>& blocks : levels_) {
+      row = std::max(row, 0) / fan;
+      if (static_cast<size_t>(row) < blocks.size()) blocks.resize(static_cast<size_t>(row));
+    }
   }
 
-  void store(std::vector<Block>& blocks, size_t place, double outermost) {
+ private:
+  struct RowBlock {
+    double outermost = null_value;  ///< null if all values are
+    bool is_known = false;
+  };
+
+  static bool knows(const std::vector<RowBlock>& blocks, size_t place) {
+    return place < blocks.size() && blocks[place].is_known;
+  }
+
+  static void store(std::vector<RowBlock>& blocks, size_t place, double outermost) {
     if (place >= blocks.size()) blocks.resize(place + 1);
-    blocks[place] = {outermost, generation_};
+    blocks[place] = {outermost, true};
   }
 
   void join_parts(size_t level, size_t place) {
@@ -76,8 +78,7 @@ class BlockExtremes final : public CallMemory {
     store(levels_[level], place, outermost);
   }
 
-  std::array<std::vector<Block>, 4> levels_;
-  uint64_t generation_ = 1;
+  std::array<std::vector<RowBlock>, 4> levels_;
 };
 
 /// One walk down the rows of an argument. It leaps over blocks that are known to hold nothing
@@ -85,23 +86,19 @@ class BlockExtremes final : public CallMemory {
 template <Extreme extreme>
 class BeyondWalk {
  public:
-  /// Over the last of the first `arguments` arguments of the call, from row `first` down.
-  BeyondWalk(const Call& call, size_t arguments, double threshold, int32_t first)
-      : table_(call.table()), threshold_(threshold) {
-    auto& blocks = memory_of<Blocks>(call);
-    if (call.row >= table_.row_count()) return;
-    if (!blocks.dependencies.can_be_remembered(call, arguments)) return;
-    if (blocks.dependencies.have_changed(table_)) blocks.forget();
-    end_ = std::min(first + 1, blocks.dependencies.settled_end(call.row - 1));
-    blocks.dependencies.watch(table_, end_);
-    blocks_ = &blocks;
+  /// From row `first` down, which lies before the row of the call.
+  BeyondWalk(const Call& call, double threshold, int32_t first)
+      : threshold_(threshold), end_(first + 1) {
+    const bool inside = call.row < call.table().row_count();
+    if (!inside || call.variable.remembering != Remembering::catching_up) return;
+    blocks_ = &memory_of<Blocks>(call.script(), call.variable);
   }
 
   /// The next row at or below `row` to look at; below 0 if there is none.
   int32_t next(int32_t row) {
     if (row % Blocks::fan != Blocks::fan - 1) return row;
     outermost_ = null_value;
-    if (blocks_ == nullptr || blocks_->dependencies.have_changed(table_)) return row;
+    if (blocks_ == nullptr) return row;
     while (row >= 0) {
       const int32_t rows = blocks_->rows_without(row, threshold_);
       if (rows == 0) break;
@@ -122,9 +119,8 @@ class BeyondWalk {
  private:
   using Blocks = BlockExtremes<extreme>;
 
-  DataTable& table_;
   const double threshold_;
-  int32_t end_ = 0;                ///< the rows before this one are watched
+  const int32_t end_;
   Blocks* blocks_ = nullptr;       ///< null if nothing can be remembered
   double outermost_ = null_value;  ///< of the rows passed since the end of a block
 };

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "core/call.h"
+#include "core/columns.h"
 #include "core/reduce.h"
 #include "functions/families.h"
 #include "functions/one_bar.h"

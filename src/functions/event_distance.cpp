@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <optional>
 
 #include "core/call.h"
 #include "functions/beyond_walk.h"
@@ -19,11 +20,27 @@ class BARSLAST final : public BaseFunc {
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const override {
     if (call.scan) return call.check_count(1);
-    const int32_t row = newest_hit(call, 0);
+    const int32_t row = newest_one(call);
     if (row >= 0) call.result = call.row - row;
     return Status::ok;
   }
+  const double* column(const ColumnCall& call) const override {
+    const NewestHit* hits = newest_hits<IsOne>(call, call.rows);
+    if (hits == nullptr) return nullptr;
+    double* result = call.scratch();
+    for (size_t i = 0; i < call.size(); ++i) {
+      const int32_t row = call.rows.first + static_cast<int32_t>(i);
+      result[i] = hits[i].row >= 0 ? static_cast<double>(row) - hits[i].row : call.start;
+    }
+    return result;
+  }
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true, .keeps_state = false, .keeps_start = true, .revisits = true};
+  }
 };
+
+bool is_one(double x) { return x == 1.0; }
+bool is_not_one(double x) { return x != 1.0; }
 
 /// For how many bars X has held without a break.
 class BARSLASTCOUNT final : public BaseFunc {
@@ -31,17 +48,32 @@ class BARSLASTCOUNT final : public BaseFunc {
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const override {
     if (call.scan) return call.check_count(1);
-    WalkSession session(call, 1, call.row);
-    const auto fails = [&call](int32_t row, bool& hit) {
-      double value = null_value;
-      const Status status = call.evaluate_at(0, row, value);
-      hit = value != 1.0;
-      return status;
-    };
-    int32_t last = no_row;
-    const Status status = session.newest(call.row, 0, fails, last);
-    if (failed(status)) return status;
-    return call.answer(std::max(call.row - (last == no_row ? -1.0 : last), 0.0));
+    NewestHit fails;
+    if (call.row >= 0) {
+      const Status status = newest_hit<Fails>(call, call.row, 0, fails.row);
+      if (failed(status)) return status;
+    }
+    return call.answer(std::max(bars_behind(fails, call.row), 0.0));
+  }
+  const double* column(const ColumnCall& call) const override {
+    const NewestHit* fails = newest_hits<Fails>(call, call.rows);
+    if (fails == nullptr) return nullptr;
+    double* result = call.scratch();
+    for (size_t i = 0; i < call.size(); ++i) {
+      result[i] = bars_behind(fails[i], call.rows.first + static_cast<int32_t>(i));
+    }
+    return result;
+  }
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true, .keeps_state = false, .revisits = true};
+  }
+
+ private:
+  using Fails = OneValue<is_not_one>;
+
+  /// All bars where X has never failed.
+  static double bars_behind(const NewestHit& fails, int32_t row) {
+    return row - (fails.row == no_row ? -1.0 : fails.row);
   }
 };
 
@@ -77,47 +109,72 @@ class BARSSINCEN final : public BaseFunc {
     if (!(period > 0.0)) return Status::ok;
     return oldest_hit(call, first_row(call.row, period));
   }
+  const double* column(const ColumnCall& call) const override {
+    const std::optional<double> period = call.number(1);
+    if (!period || call.variable.remembering != Remembering::catching_up) return nullptr;
+    if (!(*period > 0.0)) return call.everywhere(null_value);
+    const double* x = call.values(0);
+    if (x == nullptr) return nullptr;
+    const HitCount* counts = follow<HitCount>(
+        call, call.rows, [x](size_t place, HitCount& count) { count.hits += is_one(x[place]); });
+    if (counts == nullptr) return nullptr;
+    counts -= call.rows.first;
+    double* result = call.scratch();
+    int32_t hit = oldest_hit(counts, first_row(call.rows.first, *period), call.rows.first);
+    for (int32_t row = call.rows.first; row < call.rows.end; ++row) {
+      const int32_t first = first_row(row, *period);
+      if (hit < first) hit = first;
+      while (hit <= row && !is_hit(counts, hit)) ++hit;
+      result[row - call.rows.first] = hit <= row ? row - hit : null_value;
+    }
+    return result;
+  }
+  /// A bar with an older hit doesn't come to X of its own.
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true, .keeps_state = false, .passes_over = true, .revisits = true};
+  }
 
  private:
-  /// The oldest hit of the rows from `first` up to but without `end`, or `no_row`.
-  struct OldestHit final : CallMemory {
-    Dependencies dependencies;
-    int32_t first = 0;
-    int32_t end = 0;
-    int32_t hit = no_row;
-
-    bool serves(int32_t row) const { return first <= row && row < end; }
-    int32_t next(int32_t row) const { return hit >= row ? hit : hit == no_row ? end : row; }
+  /// How many bars up to one have an X that holds.
+  struct HitCount {
+    int32_t hits = 0;
   };
 
   static int32_t first_row(int32_t row, double period) {
     return row - period + 1.0 >= 0.0 ? row - to_int(period) + 1 : 0;
   }
 
+  static int32_t hits_before(const HitCount* counts, int32_t row) {
+    return row == 0 ? 0 : counts[row - 1].hits;
+  }
+  static bool is_hit(const HitCount* counts, int32_t row) {
+    return counts[row].hits != hits_before(counts, row);
+  }
+
+  /// The oldest hit of the rows from `first` to `last`, else the row behind them.
+  static int32_t oldest_hit(const HitCount* counts, int32_t first, int32_t last) {
+    const auto found = std::ranges::upper_bound(counts + first, counts + last + 1,
+                                                hits_before(counts, first), {}, &HitCount::hits);
+    return static_cast<int32_t>(found - counts);
+  }
+
   static Status oldest_hit(const Call& call, int32_t first) {
-    auto& memory = memory_of<OldestHit>(call);
-    const bool remembers = call.row >= 0 && call.row < call.table().row_count() &&
-                           memory.dependencies.can_be_remembered(call, 1);
-    const int32_t end = memory.dependencies.settled_end(call.row);
-    int64_t row = first;
-    if (remembers) {
-      if (memory.dependencies.have_changed(call.table()) || memory.end > end) memory.end = 0;
-      memory.dependencies.watch(call.table(), end);
-      if (memory.serves(first)) row = memory.next(first);
-    }
-    int32_t hit = no_row;
-    for (; row <= call.row && hit == no_row; ++row) {
+    const auto step = [&call](int32_t row, HitCount& count) {
       double value = null_value;
-      const auto here = static_cast<int32_t>(row);
-      const Status status = call.evaluate_at(0, here, value);
-      if (failed(status)) return status;
-      if (value == 1.0) hit = here;
+      const Status status = call.evaluate_at(0, row, value);
+      count.hits += is_one(value);
+      return status;
+    };
+    const RowStates<HitCount>* states = nullptr;
+    if (call.variable.remembering == Remembering::catching_up) {
+      if (const Status status = follow(call, call.row, step, states); failed(status)) return status;
     }
-    if (hit != no_row) call.result = call.row - hit;
-    if (!remembers) return Status::ok;
-    memory.first = first;
-    memory.end = memory.dependencies.have_changed(call.table()) ? 0 : end;
-    memory.hit = hit < end ? hit : no_row;
+    int32_t hit = states != nullptr ? oldest_hit(states->data(), first, call.row) : first;
+    for (HitCount count; states == nullptr && hit <= call.row; ++hit) {
+      if (const Status status = step(hit, count); failed(status)) return status;
+      if (count.hits > 0) break;
+    }
+    if (hit <= call.row) call.result = call.row - hit;
     return Status::ok;
   }
 };
@@ -128,37 +185,66 @@ class CONDBARS final : public BaseFunc {
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const override {
     if (call.scan) return call.check_count(2);
-    WalkSession session(call, 2, call.row);
-    WalkSession::Walk walks[] = {{session, call.row, 0, 0}, {session, call.row, 0, 1}};
-    const Status status = walk_side_by_side(call, walks);
+    const auto step = [&call](int32_t row, NewestHits& newest) {
+      const Status status = test(call, row, 0, newest);
+      return failed(status) ? status : test(call, row, 1, newest);
+    };
+    const RowStates<NewestHits>* states = nullptr;
+    Status status = follow(call, call.row, step, states);
     if (failed(status)) return status;
-    const int32_t hits[] = {walks[0].found(), walks[1].found()};
-    const bool both = hits[0] != no_row && hits[1] != no_row;
-    return call.answer(both ? std::abs(hits[0] - hits[1]) : 0.0);
+    NewestHits newest;
+    if (states != nullptr) {
+      newest = states->after(call.row);
+    } else {
+      status = walk(call, newest);
+    }
+    return failed(status) ? status : call.answer(distance(newest));
+  }
+  const double* column(const ColumnCall& call) const override {
+    const double* a = call.values(0);
+    const double* b = a != nullptr ? call.values(1) : nullptr;
+    if (b == nullptr) return nullptr;
+    const NewestHits* newest =
+        follow<NewestHits>(call, call.rows, [&call, a, b](size_t place, NewestHits& hits) {
+          const int32_t row = call.rows.first + static_cast<int32_t>(place);
+          hits.rows[0] = is_one(a[place]) ? row : hits.rows[0];
+          hits.rows[1] = is_one(b[place]) ? row : hits.rows[1];
+        });
+    if (newest == nullptr) return nullptr;
+    double* result = call.scratch();
+    for (size_t i = 0; i < call.size(); ++i) result[i] = distance(newest[i]);
+    return result;
+  }
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true, .keeps_state = false, .revisits = true, .series_count = 2};
   }
 
  private:
-  static Status test(const Call& call, size_t position, int32_t row, bool& hit) {
+  struct NewestHits {
+    int32_t rows[2] = {no_row, no_row};
+  };
+
+  static double distance(const NewestHits& newest) {
+    const bool both = newest.rows[0] != no_row && newest.rows[1] != no_row;
+    return both ? std::abs(newest.rows[0] - newest.rows[1]) : 0.0;
+  }
+
+  static Status test(const Call& call, int32_t row, size_t position, NewestHits& newest) {
     double value = null_value;
     const Status status = call.evaluate_at(position, row, value);
-    hit = value == 1.0;
+    if (is_one(value)) newest.rows[position] = row;
     return status;
   }
 
-  /// Each row with the first walk before the second, for the columns that their words take in turn.
-  static Status walk_side_by_side(const Call& call, WalkSession::Walk (&walks)[2]) {
-    while (walks[0].goes_on() || walks[1].goes_on()) {
-      const bool first =
-          walks[0].goes_on() && (!walks[1].goes_on() || walks[0].row() >= walks[1].row());
-      const size_t position = first ? 0 : 1;
-      WalkSession::Walk& walk = walks[position];
-      if (walk.skip()) continue;
-      bool hit = false;
-      const Status status = test(call, position, walk.row(), hit);
-      if (failed(status)) return status;
-      walk.take(hit);
+  static Status walk(const Call& call, NewestHits& newest) {
+    for (int32_t row = call.row; row >= 0; --row) {
+      for (size_t position = 0; position < 2; ++position) {
+        if (newest.rows[position] != no_row) continue;
+        const Status status = test(call, row, position, newest);
+        if (failed(status)) return status;
+      }
+      if (newest.rows[0] != no_row && newest.rows[1] != no_row) break;
     }
-    for (const WalkSession::Walk& walk : walks) walk.remember();
     return Status::ok;
   }
 };
@@ -210,6 +296,7 @@ class DistanceToBeyond : public BaseFunc {
     if (wanted >= 1 && call.row > 0) find(call, threshold, wanted);
     return Status::ok;
   }
+  ColumnTraits column_traits() const final { return {.series_count = series_argument + 1}; }
 
  private:
   /// So many rows are looked at sooner than a memory.
@@ -229,7 +316,7 @@ class DistanceToBeyond : public BaseFunc {
       if (arrives(row, value)) return;
     }
     if (row < 0) return;
-    BeyondWalk<extreme> walk(call, series_argument + 1, threshold, row);
+    BeyondWalk<extreme> walk(call, threshold, row);
     for (row = walk.next(row); row >= 0; row = walk.next(row - 1)) {
       if (arrives(row, value)) return;
       walk.pass(row, value);
@@ -259,8 +346,8 @@ constexpr WordRow words[] = {
     word_row<SUMBARS>("SUMBARS", steady),
     word_row<NEWHBARS>("NEWHBARS", steady),
     word_row<NEWLBARS>("NEWLBARS", steady),
-    word_row<NEWHBARS1>("NEWHBARS1", steady | late_by_one),
-    word_row<NEWLBARS1>("NEWLBARS1", steady | late_by_one),
+    word_row<NEWHBARS1>("NEWHBARS1", steady),
+    word_row<NEWLBARS1>("NEWLBARS1", steady),
 };
 
 }  // namespace

@@ -21,6 +21,8 @@ struct Found {
 template <Extreme extreme>
 struct ExtremeMemory final : CallMemory {
   ExtremeRows<extreme> rows;
+
+  void cut(int32_t row) override { rows.cut(row); }
 };
 
 template <Extreme extreme>
@@ -31,21 +33,27 @@ Found search(const Call& call, int32_t column, int32_t n) {
   return {static_cast<int64_t>(window.size() - 1 - place), window[place]};
 }
 
+/// The row of the extreme, -1 if the call doesn't know the rows of the window.
+template <Extreme extreme>
+int32_t remembered_row(const Call& call, int32_t column, int32_t n) {
+  const DataTable& table = call.table();
+  const Remembering remembering = call.variable.remembering;
+  const bool inside = column != -1 && call.row >= 0 && call.row < table.row_count();
+  if (n < 1 || !inside || remembering == Remembering::nothing) return -1;
+  const int32_t first = std::max(call.row - n + 1, 0);
+  return memory_of<ExtremeMemory<extreme>>(call.script(), call.variable)
+      .rows.find(table, column, first, call.row, remembering == Remembering::catching_up);
+}
+
 /// Evaluates X at the call's row, stores it where it has no column, and searches its last n values.
 template <Extreme extreme>
 Status find_extreme(const Call& call, int32_t n, Found& found) {
   double x = null_value;
   if (const Status status = call.evaluate(0, x); failed(status)) return status;
   const int32_t column = store_in_aux_of_argument(call, call.argument(0), x);
-  DataTable& table = call.table();
-  if (n < 1 || column == -1 || call.row < 0 || call.row >= table.row_count()) {
-    found = search<extreme>(call, column, n);
-    return Status::ok;
-  }
-  const int32_t first = std::max(call.row - n + 1, 0);
-  const int32_t row =
-      memory_of<ExtremeMemory<extreme>>(call).rows.find(table, column, first, call.row);
-  found = {call.row - row, table.cell(row, column)};
+  const int32_t row = remembered_row<extreme>(call, column, n);
+  found = row < 0 ? search<extreme>(call, column, n)
+                  : Found{call.row - row, call.table().cell(row, column)};
   return Status::ok;
 }
 
@@ -116,7 +124,11 @@ class EarlierExtreme : public BaseFunc {
   const double* column(const ColumnCall& call) const final {
     return extremes_over<extreme>({call.columns, call.variable, call.rows.shifted(-1), call.start});
   }
-  ColumnTraits column_traits() const final { return extreme_traits; }
+  ColumnTraits column_traits() const final {
+    ColumnTraits traits = extreme_traits;
+    traits.revisits = true;
+    return traits;
+  }
   Status execute(const Call& call) const final {
     if (call.scan) return call.check_count(2);
     double period = null_value;
@@ -151,8 +163,8 @@ constexpr WordRow words[] = {
     word_row<LLV>("LLV", steady),
     word_row<HHVBARS>("HHVBARS", steady | periods_from(1, can_fail)),
     word_row<LLVBARS>("LLVBARS", steady | periods_from(1, can_fail)),
-    word_row<HV>("HV", steady | late_by_one),
-    word_row<LV>("LV", steady | late_by_one),
+    word_row<HV>("HV", steady),
+    word_row<LV>("LV", steady),
 };
 
 }  // namespace

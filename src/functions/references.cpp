@@ -115,9 +115,42 @@ class VALUEWHEN final : public BaseFunc {
   Status execute(const Call& call) const override {
     if (call.scan) return call.check_count(2);
     call.result = null_value;
-    const int32_t row = newest_hit(call, 0);
+    const int32_t row = newest_one(call);
     if (row >= 0) ignore_status(call.evaluate_at(1, row, call.result));
     return Status::ok;
+  }
+  const double* column(const ColumnCall& call) const override {
+    const double* x = call.values(1);
+    const NewestHit* hits = x != nullptr ? newest_hits<IsOne>(call, call.rows) : nullptr;
+    if (hits == nullptr) return nullptr;
+    double* result = call.scratch();
+    double value = value_before(call);
+    for (size_t i = 0; i < call.size(); ++i) {
+      const bool is_hit = hits[i].row == call.rows.first + static_cast<int32_t>(i);
+      result[i] = value = is_hit ? x[i] : value;
+    }
+    return result;
+  }
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true,
+            .keeps_state = false,
+            .passes_over = true,
+            .passed_over_from = 1,
+            .revisits = true};
+  }
+
+ private:
+  /// The value at the newest hit before the block.
+  static double value_before(const ColumnCall& call) {
+    const auto& states = memory_of<RowStates<NewestHit>>(call.columns.pool().script, call.variable);
+    const int32_t row = states.before(call.rows.first).row;
+    std::string unread;
+    double value = null_value;
+    if (row >= 0) {
+      ignore_status(
+          call.columns.calculator().evaluate(*call.argument(1), row, false, unread, value));
+    }
+    return value;
   }
 };
 
@@ -159,7 +192,7 @@ class SET final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<REF>("REF", steady | periods_from(1, reads_forward) | late_by(1)),
+    word_row<REF>("REF", steady | periods_from(1, reads_forward)),
     word_row<REFX>("REFX", reads_forward),
     word_row<REFX1>("REFX1", reads_forward),
     word_row<VALUEWHEN>("VALUEWHEN", steady),

@@ -1,11 +1,11 @@
-// What the words along the row axis share: the walk back to an event, and what a call remembers of
-// it.
+// What the words along the row axis share: the newest row at which a test of the arguments holds.
 #pragma once
 
-#include <algorithm>
+#include <cstdint>
 #include <limits>
 
 #include "core/call.h"
+#include "core/columns.h"
 #include "functions/call_memory.h"
 #include "functions/word_steps.h"
 
@@ -14,138 +14,120 @@ namespace quor {
 /// Where a walk found nothing; no row has this number.
 inline constexpr int32_t no_row = std::numeric_limits<int32_t>::min();
 
-/// What walks over the rows before a bar have found: which of the rows from `low` up to but without
-/// `end` is the newest hit.
-struct KnownRows {
-  int32_t end = 0;
-  int32_t low = 0;
-  bool hit_at_low = false;  ///< else none of the rows is one
+/// A test of the first argument at a bar.
+template <bool (*holds)(double), bool ignores_status = false>
+struct OneValue {
+  static Status at(const Call& call, int32_t row, bool& hit) {
+    double x = null_value;
+    const Status status = call.evaluate_at(0, row, x);
+    hit = holds(x);
+    return ignores_status ? Status::ok : status;
+  }
 
-  bool contain(int64_t row) const { return row >= low && row < end; }
+  /// Reads the arguments over a block; false where they have to go bar by bar.
+  bool read(const ColumnCall& call, Block rows) {
+    x = call.values(0, rows);
+    return x != nullptr;
+  }
+  bool holds_at(size_t place) const { return holds(x[place]); }
+
+  const double* x = nullptr;
 };
 
-/// A call's memory of its walks. They start one bar later each time and mostly go over rows that
-/// are known; only the newest ones are evaluated then.
-struct WalkMemory final : CallMemory {
-  static constexpr size_t most_walks = 2;
-
-  Dependencies dependencies;
-  KnownRows known[most_walks];
-
-  void forget() { std::ranges::fill(known, KnownRows{}); }
-};
-
-/// One use of a call's memory: if cells have changed in the meantime it is forgotten. The given row
-/// and those that it is the first to reach may change until the next use, as the bar that forms
-/// does.
-class WalkSession {
- public:
-  /// With the first `arguments` arguments of the call.
-  WalkSession(const Call& call, size_t arguments, int32_t row) : call_(call), end_(row) {
-    const bool inside = row >= 0 && call.row < call.table().row_count();
-    memory_ = &memory_of<WalkMemory>(call);
-    remembers_ = inside && memory_->dependencies.can_be_remembered(call, arguments);
-    if (!remembers_) return;
-    if (memory_->dependencies.have_changed(call.table())) memory_->forget();
-    end_ = memory_->dependencies.settled_end(row);
-    memory_->dependencies.watch(call.table(), end_);
-  }
-  /// A walk that changes what it reads proves nothing.
-  ~WalkSession() {
-    if (remembers_ && have_changed()) memory_->forget();
-  }
-  WalkSession(const WalkSession&) = delete;
-  WalkSession& operator=(const WalkSession&) = delete;
-
-  bool remembers() const { return remembers_; }
-
-  /// A walk for the newest hit from `row` down to `lowest`. `place` tells walks with different
-  /// tests apart.
-  class Walk {
-   public:
-    Walk(WalkSession& session, int32_t row, int64_t lowest, size_t place = 0)
-        : session_(session), place_(place), lowest_(lowest), at_(row) {
-      if (session.remembers_) known_ = session.memory_->known[place];
-      // A run that starts over.
-      if (row < known_.low) known_ = {};
-      seen_ = {session.end_, session.end_, false};
+/// As `OneValue` for the first two arguments.
+template <bool (*holds)(double, double)>
+struct TwoValues {
+  static Status at(const Call& call, int32_t row, bool& hit) {
+    double values[] = {null_value, null_value};
+    for (size_t i = 0; i < 2; ++i) {
+      const Status status = call.evaluate_at(i, row, values[i]);
+      if (failed(status)) return status;
     }
-
-    bool goes_on() const { return at_ >= lowest_; }
-    /// The row to look at next.
-    int32_t row() const { return static_cast<int32_t>(at_); }
-    /// The newest hit or `no_row`.
-    int32_t found() const { return found_; }
-
-    /// Passes over the rows that are known at this one; false if there are none.
-    bool skip() {
-      if (!known_.contain(at_) || session_.have_changed()) return false;
-      seen_.low = known_.low;
-      seen_.hit_at_low = known_.hit_at_low;
-      if (known_.hit_at_low && known_.low >= lowest_) found_ = known_.low;
-      at_ = known_.hit_at_low ? lowest_ - 1 : int64_t{known_.low} - 1;
-      return true;
-    }
-
-    void take(bool hit) {
-      if (at_ < session_.end_) seen_.low = row();
-      seen_.hit_at_low = hit;
-      if (hit) found_ = row();
-      at_ = hit ? lowest_ - 1 : at_ - 1;
-    }
-
-    void remember() const {
-      const bool is_news = seen_.end > known_.end && seen_.low < session_.end_;
-      if (session_.remembers_) session_.memory_->known[place_] = is_news ? seen_ : known_;
-    }
-
-   private:
-    WalkSession& session_;
-    const size_t place_;
-    const int64_t lowest_;
-    int64_t at_;
-    int32_t found_ = no_row;
-    KnownRows known_;
-    KnownRows seen_;
-  };
-
-  /// The newest row from `row` down to `lowest` at which `is_hit` holds, or `no_row`. `is_hit`
-  /// takes a row and a flag to set and gives a status, which ends the walk unless it is 0.
-  template <typename IsHit>
-  Status newest(int32_t row, int64_t lowest, const IsHit& is_hit, int32_t& found) {
-    Walk walk(*this, row, lowest);
-    while (walk.goes_on()) {
-      if (walk.skip()) continue;
-      bool hit = false;
-      if (const Status status = is_hit(walk.row(), hit); failed(status)) return status;
-      walk.take(hit);
-    }
-    found = walk.found();
-    walk.remember();
+    hit = holds(values[0], values[1]);
     return Status::ok;
   }
 
- private:
-  bool have_changed() const { return memory_->dependencies.have_changed(call_.table()); }
+  bool read(const ColumnCall& call, Block rows) {
+    a = call.values(0, rows);
+    b = a != nullptr ? call.values(1, rows) : nullptr;
+    return b != nullptr;
+  }
+  bool holds_at(size_t place) const { return holds(a[place], b[place]); }
 
-  const Call& call_;
-  WalkMemory* memory_;
-  bool remembers_;
-  int32_t end_;  ///< the rows before this one are watched
+  const double* a = nullptr;
+  const double* b = nullptr;
 };
 
-/// The newest row up to this one at which the argument truncates to 1, whatever its statuses, or
-/// `no_row`.
-inline int32_t newest_hit(const Call& call, size_t position) {
-  WalkSession session(call, position + 1, call.row);
-  int32_t found = no_row;
-  const auto is_one = [&call, position](int32_t row, bool& hit) {
+/// A test of the first argument at a bar and at the one before, which is 0.0 where there is none.
+template <bool (*holds)(double before, double value)>
+struct ValueAndBefore {
+  static Status at(const Call& call, int32_t row, bool& hit) {
     double value = null_value;
-    ignore_status(call.evaluate_at(position, row, value));
-    hit = to_int(value) == 1;
-    return Status::ok;
+    Status status = call.evaluate_at(0, row, value);
+    if (failed(status)) return status;
+    double before = row >= 1 ? null_value : 0.0;
+    if (row >= 1) status = call.evaluate_at(0, row - 1, before);
+    if (!failed(status)) hit = holds(before, value);
+    return status;
+  }
+
+  bool read(const ColumnCall& call, Block rows) {
+    if (rows.first > 1) x = call.values(0, {rows.first - 1, rows.end});
+    return x != nullptr;
+  }
+  bool holds_at(size_t place) const { return holds(x[place], x[place + 1]); }
+
+  const double* x = nullptr;
+};
+
+/// The newest row up to a bar at which a test holds.
+struct NewestHit {
+  int32_t row = no_row;
+};
+
+/// The newest row from `row` down to `lowest` at which the test holds, or `no_row`. There is at
+/// least one row to look at.
+template <typename Test>
+Status newest_hit(const Call& call, int32_t row, int64_t lowest, int32_t& found) {
+  const auto step = [&call](int32_t at, NewestHit& newest) {
+    bool hit = false;
+    const Status status = Test::at(call, at, hit);
+    if (hit) newest.row = at;
+    return status;
   };
-  ignore_status(session.newest(call.row, 0, is_one, found));
+  const RowStates<NewestHit>* states = nullptr;
+  if (const Status status = follow(call, row, step, states); failed(status)) return status;
+  NewestHit newest;
+  if (states != nullptr) newest = states->after(row);
+  // Rows below the first one have no state.
+  int64_t at = states != nullptr ? -1 : row;
+  for (; newest.row == no_row && at >= lowest; --at) {
+    const Status status = step(static_cast<int32_t>(at), newest);
+    if (failed(status)) return status;
+  }
+  found = newest.row >= lowest ? newest.row : no_row;
+  return Status::ok;
+}
+
+/// The newest hits of a call over a block; null for "bar by bar, please".
+template <typename Test>
+const NewestHit* newest_hits(const ColumnCall& call, Block rows) {
+  Test test;
+  if (!test.read(call, rows)) return nullptr;
+  return follow<NewestHit>(call, rows, [&test, rows](size_t place, NewestHit& newest) {
+    const int32_t row = rows.first + static_cast<int32_t>(place);
+    newest.row = test.holds_at(place) ? row : newest.row;
+  });
+}
+
+/// Whether the first argument truncates to 1, whatever its status.
+inline bool truncates_to_one(double x) { return x >= 1.0 && x < 2.0; }
+using IsOne = OneValue<truncates_to_one, true>;
+
+/// The newest row up to this one at which the first argument truncates to 1, or `no_row`.
+inline int32_t newest_one(const Call& call) {
+  int32_t found = no_row;
+  ignore_status(newest_hit<IsOne>(call, call.row, 0, found));
   return found;
 }
 

@@ -51,6 +51,7 @@ class SUM final : public BaseFunc {
   const double* column(const ColumnCall& call) const override {
     const std::optional<double> period = call.number(1);
     const int32_t n = period ? to_int(*period) : 0;
+    if (period && n == 0) return sums_of_all(call);
     if (n < 1 || call.rows.first < n || !call.variable.has_column()) return nullptr;
     const double* series = series_over(call, 0, SeriesPlace::own_column);
     if (series == nullptr) return nullptr;
@@ -82,43 +83,45 @@ class SUM final : public BaseFunc {
     static double finish(double sum) { return sum; }
   };
 
-  /// The sum of the rows before `end`.
-  struct SumSoFar final : CallMemory {
-    int32_t column = -1;
-    uint32_t changes = 0;
-    int32_t end = 0;
+  /// The sum of the bars up to one, without nulls.
+  struct SumSoFar {
     double sum = 0.0;
     bool seen = false;  ///< a value that isn't null
+
+    void take(double x) {
+      if (is_null(x)) return;
+      sum += x;
+      seen = true;
+    }
+    double or_null() const { return seen ? sum : null_value; }
   };
 
   static WindowSeed seed_of(const Call& call, int32_t column, int64_t n) {
     const DataTable& table = call.table();
-    const bool whole = call.row > 0 && n > call.row && call.row < table.row_count();
-    if (!whole || column == -1) {
+    const auto step = [&table, column](int32_t row, SumSoFar& so_far) {
+      so_far.take(table.cell(row, column));
+      return Status::ok;
+    };
+    const RowStates<SumSoFar>* sums = nullptr;
+    if (n > call.row && column != -1) ignore_status(follow(call, call.row, step, sums));
+    if (sums == nullptr || call.row == 0) {
       return window_seed(table.cells(column), null_value, int64_t{call.row} - 1, n);
     }
-    const SumSoFar& so_far = sum_before(call, column);
-    return {.sum = so_far.seen ? so_far.sum : null_value, .count = n};
+    return {.sum = sums->before(call.row).or_null(), .count = n};
   }
 
-  static const SumSoFar& sum_before(const Call& call, int32_t column) {
-    DataTable& table = call.table();
-    auto& so_far = memory_of<SumSoFar>(call);
-    const bool holds = so_far.column == column && so_far.changes == table.changes(column) &&
-                       so_far.end <= call.row;
-    if (!holds) {
-      so_far = {};
-      so_far.column = column;
-      so_far.changes = table.changes(column);
-    }
-    for (; so_far.end < call.row; ++so_far.end) {
-      const double value = table.cell(so_far.end, column);
-      if (is_null(value)) continue;
-      so_far.sum += value;
-      so_far.seen = true;
-    }
-    table.watch(column, call.row);
-    return so_far;
+  static const double* sums_of_all(const ColumnCall& call) {
+    if (!call.variable.has_column()) return nullptr;
+    const double* series = series_over(call, 0, SeriesPlace::own_column);
+    if (series == nullptr) return nullptr;
+    double* sums = call.overwrite(call.variable.column_index);
+    const auto step = [&call, series, sums](size_t place, SumSoFar& so_far) {
+      const double x = series[static_cast<size_t>(call.rows.first) + place];
+      const double sum = x + so_far.or_null();
+      sums[place] = is_null(sum) ? 0.0 : sum;
+      so_far.take(x);
+    };
+    return follow<SumSoFar>(call, call.rows, step) != nullptr ? sums : nullptr;
   }
 };
 
@@ -132,57 +135,58 @@ class COUNT final : public BaseFunc {
     double bars = null_value;
     ignore_status(call.evaluate(1, bars));
     if (bars == 0.0) bars = call.table().row_count();
-    bars = std::min(bars, call.row + 1.0);
-    if (call.row >= 0 && bars == call.row + 1.0) return count_all(call);
-    double count = 0.0;
-    const Status status = count_back(call, call.row, bars, count);
-    return failed(status) ? status : call.answer(count);
+    bars = std::ceil(std::min(bars, call.row + 1.0));
+    if (!(bars > 0.0)) return call.answer(0.0);
+    const auto step = [&call](int32_t row, HitCount& count) {
+      double x = null_value;
+      const Status status = call.evaluate_at(0, row, x);
+      count.hits += x > 0.0;
+      return status;
+    };
+    const RowStates<HitCount>* counts = nullptr;
+    if (const Status status = follow(call, call.row, step, counts); failed(status)) return status;
+    const int64_t before = call.row - static_cast<int64_t>(bars);
+    HitCount count;
+    if (counts != nullptr) {
+      count.hits = counts->after(call.row).hits;
+      if (before >= 0) count.hits -= counts->after(static_cast<int32_t>(before)).hits;
+      return call.answer(count.hits);
+    }
+    for (int32_t row = call.row; row > before; --row) {
+      if (const Status status = step(row, count); failed(status)) return status;
+    }
+    return call.answer(count.hits);
+  }
+  const double* column(const ColumnCall& call) const override {
+    const std::optional<double> period = call.number(1);
+    if (!period) return nullptr;
+    const double bars = *period == 0.0 ? call.rows.end : std::ceil(*period);
+    if (!(bars > 0.0)) return call.everywhere(0.0);
+    const double* x = call.values(0);
+    if (x == nullptr) return nullptr;
+    const HitCount* counts = follow<HitCount>(
+        call, call.rows, [x](size_t place, HitCount& count) { count.hits += x[place] > 0.0; });
+    if (counts == nullptr) return nullptr;
+    const auto n = static_cast<ptrdiff_t>(std::min<double>(bars, call.rows.end));
+    // The bars up to row n - 1 take all.
+    const auto all = static_cast<size_t>(
+        std::clamp<ptrdiff_t>(n - call.rows.first, 0, static_cast<ptrdiff_t>(call.size())));
+    double* result = call.scratch();
+    for (size_t i = 0; i < all; ++i) result[i] = counts[i].hits;
+    for (size_t i = all; i < call.size(); ++i) {
+      result[i] = counts[i].hits - counts[static_cast<ptrdiff_t>(i) - n].hits;
+    }
+    return result;
+  }
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true, .keeps_state = false, .revisits = true};
   }
 
  private:
-  /// The hits of the rows before `end`.
-  struct CountSoFar final : CallMemory {
-    Dependencies dependencies;
-    int32_t end = 0;
-    double count = 0.0;
+  /// How many bars up to one count.
+  struct HitCount {
+    int32_t hits = 0;
   };
-
-  /// Adds the hits of so many bars from a row back.
-  static Status count_back(const Call& call, int32_t newest, double bars, double& count) {
-    for (int64_t row = newest; bars > static_cast<double>(newest - row); --row) {
-      double x = null_value;
-      const Status status = call.evaluate_at(0, static_cast<int32_t>(row), x);
-      if (failed(status)) return status;
-      if (x > 0.0) ++count;
-    }
-    return Status::ok;
-  }
-
-  static Status count_all(const Call& call) {
-    auto& so_far = memory_of<CountSoFar>(call);
-    DataTable& table = call.table();
-    const bool remembers = call.row >= 0 && call.row < table.row_count() &&
-                           so_far.dependencies.can_be_remembered(call, 1);
-    const int32_t end = remembers ? so_far.dependencies.settled_end(call.row) : 0;
-    const bool holds = remembers && !so_far.dependencies.have_changed(table) && so_far.end <= end;
-    if (!holds) so_far.end = 0;
-    if (!holds) so_far.count = 0.0;
-    if (remembers) so_far.dependencies.watch(table, end);
-
-    double recent = 0.0;
-    Status status = count_back(call, call.row, call.row + 1.0 - end, recent);
-    if (failed(status)) return status;
-    double before = 0.0;
-    status = count_back(call, end - 1, end - so_far.end, before);
-    if (failed(status)) return status;
-    if (remembers && !so_far.dependencies.have_changed(table)) {
-      so_far.end = end;
-      so_far.count += before;
-      return call.answer(so_far.count + recent);
-    }
-    status = count_back(call, so_far.end - 1, so_far.end, before);
-    return failed(status) ? status : call.answer(before + recent);
-  }
 };
 
 /// Words that evaluate a window anew at each bar, beginning with the first full one.

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 #include "core/call.h"
 #include "core/columns.h"
@@ -27,29 +28,20 @@ double stretch_length(const Call& call, double period) {
   return period > bars ? bars : period;
 }
 
-/// Looks at one bar of the stretch: whether it decides the result.
-using Decides = Status (*)(const Call& call, int32_t row, bool& decides);
-
-/// Whether a bar decides that lies from `least` up to but without `bars` bars ago. The word's first
-/// `arguments` arguments are what `decides_at` looks at.
-template <Decides decides_at>
-Status any_bar(const Call& call, size_t arguments, double least, double bars, bool& decided) {
+/// Whether a bar decides that lies from `least` up to but without `bars` bars ago.
+template <typename Decides>
+Status any_bar(const Call& call, double least, double bars, bool& decided) {
   const int64_t newest = call.row - to_int64(least);
   if (!(bars > least) || newest < std::numeric_limits<int32_t>::min()) return Status::ok;
   const int64_t oldest = std::max<int64_t>(call.row - to_int64(std::ceil(bars)) + 1, no_row + 1);
-  const auto decides = [&call](int32_t row, bool& decides_here) {
-    return decides_at(call, row, decides_here);
-  };
-  const auto start = static_cast<int32_t>(newest);
-  WalkSession session(call, arguments, start);
   int32_t found = no_row;
-  const Status status = session.newest(start, oldest, decides, found);
+  const Status status = newest_hit<Decides>(call, static_cast<int32_t>(newest), oldest, found);
   decided = found != no_row;
   return status;
 }
 
 /// 0.0 or 1.0: whether no bar of the stretch decides, or with `if_decided` whether one does.
-template <Decides decides_at, Length length, size_t period_argument, bool if_decided>
+template <typename Decides, Length length, size_t period_argument, bool if_decided>
 class StretchWord : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
@@ -58,14 +50,38 @@ class StretchWord : public BaseFunc {
     double period = null_value;
     Status status = checked(call.evaluate(period_argument, period));
     if (failed(status)) return status;
-    if (length == Length::truncated) period = to_int(period);
     bool decided = false;
-    status = any_bar<decides_at>(call, period_argument, 0.0, stretch_length(call, period), decided);
+    status = any_bar<Decides>(call, 0.0, stretch_length(call, bars_of(period)), decided);
     if (failed(status)) return status;
-    return call.answer(decided == if_decided ? 1.0 : 0.0);
+    return call.answer(truth(decided == if_decided));
+  }
+
+  const double* column(const ColumnCall& call) const final {
+    const std::optional<double> period = call.number(period_argument);
+    if (!period || bars_of(*period) < 0.0) return nullptr;
+    const double bars = std::min<double>(std::ceil(bars_of(*period)), call.rows.end);
+    if (!(bars > 0.0)) return call.everywhere(truth(!if_decided));
+    const NewestHit* deciding = newest_hits<Decides>(call, call.rows);
+    if (deciding == nullptr) return nullptr;
+    double* result = call.scratch();
+    const int32_t first = call.rows.first - static_cast<int32_t>(bars);
+    for (size_t i = 0; i < call.size(); ++i) {
+      result[i] = truth((deciding[i].row > first + static_cast<int32_t>(i)) == if_decided);
+    }
+    return result;
+  }
+  ColumnTraits column_traits() const final {
+    return {.by_columns = true,
+            .keeps_state = false,
+            .revisits = true,
+            .series_count = period_argument};
   }
 
  private:
+  static double bars_of(double period) {
+    return length == Length::truncated ? to_int(period) : period;
+  }
+
   static Status checked(Status status) { return length == Length::unchecked ? Status::ok : status; }
 
   static Status scan(const Call& call) {
@@ -74,69 +90,29 @@ class StretchWord : public BaseFunc {
   }
 };
 
-Status is_positive(const Call& call, int32_t row, bool& decides) {
-  double value = null_value;
-  const Status status = call.evaluate_at(0, row, value);
-  decides = value > 0.0;
-  return status;
-}
+bool is_positive(double x) { return x > 0.0; }
+bool is_not_positive(double x) { return x <= 0.0; }
+bool is_reached(double a, double b) { return b >= a; }
+bool is_not_rising(double before, double value) { return before >= value; }
+bool is_not_falling(double before, double value) { return value >= before; }
 
-Status is_not_positive(const Call& call, int32_t row, bool& decides) {
-  double value = null_value;
-  const Status status = call.evaluate_at(0, row, value);
-  decides = value <= 0.0;
-  return status;
-}
+using IsPositive = OneValue<is_positive>;
 
-/// Whether the second argument reaches the first.
-Status is_reached(const Call& call, int32_t row, bool& decides) {
-  double a = null_value;
-  Status status = call.evaluate_at(0, row, a);
-  if (failed(status)) return status;
-  double b = null_value;
-  status = call.evaluate_at(1, row, b);
-  decides = b >= a;
-  return status;
-}
-
-/// X at a bar and at the one before, which is 0.0 where there is none.
-Status step_at(const Call& call, int32_t row, double& value, double& before) {
-  value = null_value;
-  const Status status = call.evaluate_at(0, row, value);
-  if (failed(status)) return status;
-  before = row >= 1 ? null_value : 0.0;
-  return row >= 1 ? call.evaluate_at(0, row - 1, before) : Status::ok;
-}
-
-Status is_not_rising(const Call& call, int32_t row, bool& decides) {
-  double value;
-  double before;
-  const Status status = step_at(call, row, value, before);
-  if (!failed(status)) decides = before >= value;
-  return status;
-}
-
-Status is_not_falling(const Call& call, int32_t row, bool& decides) {
-  double value;
-  double before;
-  const Status status = step_at(call, row, value, before);
-  if (!failed(status)) decides = value >= before;
-  return status;
-}
-
-class EXIST final : public StretchWord<is_positive, Length::truncated, 1, true> {
+class EXIST final : public StretchWord<IsPositive, Length::truncated, 1, true> {
   using StretchWord::StretchWord;
 };
-class EVERY final : public StretchWord<is_not_positive, Length::fractional, 1, false> {
+class EVERY final : public StretchWord<OneValue<is_not_positive>, Length::fractional, 1, false> {
   using StretchWord::StretchWord;
 };
-class NDAY final : public StretchWord<is_reached, Length::truncated, 2, false> {
+class NDAY final : public StretchWord<TwoValues<is_reached>, Length::truncated, 2, false> {
   using StretchWord::StretchWord;
 };
-class UPNDAY final : public StretchWord<is_not_rising, Length::unchecked, 1, false> {
+class UPNDAY final
+    : public StretchWord<ValueAndBefore<is_not_rising>, Length::unchecked, 1, false> {
   using StretchWord::StretchWord;
 };
-class DOWNNDAY final : public StretchWord<is_not_falling, Length::truncated, 1, false> {
+class DOWNNDAY final
+    : public StretchWord<ValueAndBefore<is_not_falling>, Length::truncated, 1, false> {
   using StretchWord::StretchWord;
 };
 
@@ -154,9 +130,30 @@ class LAST final : public BaseFunc {
       bars[i] = stretch_length(call, to_int(period));
     }
     bool found = false;
-    const Status status = any_bar<is_positive>(call, 1, bars[1], bars[0], found);
+    const Status status = any_bar<IsPositive>(call, bars[1], bars[0], found);
     if (failed(status)) return status;
-    return call.answer(found ? 1.0 : 0.0);
+    return call.answer(truth(found));
+  }
+  const double* column(const ColumnCall& call) const override {
+    const std::optional<double> oldest = call.number(1);
+    const std::optional<double> newest = call.number(2);
+    if (!oldest || !newest) return nullptr;
+    const int32_t bars = to_int(*oldest);
+    const int32_t least = to_int(*newest);
+    if (bars < 0 || least < 0) return nullptr;
+    if (bars <= least) return call.everywhere(0.0);
+    if (least >= call.rows.first) return nullptr;
+    const NewestHit* hits = newest_hits<IsPositive>(call, call.rows.shifted(-least));
+    if (hits == nullptr) return nullptr;
+    double* result = call.scratch();
+    const int32_t first = call.rows.first - bars;
+    for (size_t i = 0; i < call.size(); ++i) {
+      result[i] = truth(hits[i].row > first + static_cast<int32_t>(i));
+    }
+    return result;
+  }
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true, .keeps_state = false, .revisits = true};
   }
 
  private:
@@ -194,7 +191,7 @@ class Crossing : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const final {
-    return {.by_columns = true, .keeps_state = false, .revisits = true};
+    return {.by_columns = true, .keeps_state = false, .revisits = true, .series_count = 2};
   }
 
  private:
@@ -224,7 +221,7 @@ constexpr WordRow words[] = {
     word_row<NDAY>("NDAY", steady | periods_from(2, follows_rows)),
     word_row<UPNDAY>("UPNDAY", steady | periods_from(1, follows_rows)),
     word_row<DOWNNDAY>("DOWNNDAY", steady | periods_from(1, follows_rows)),
-    word_row<LAST>("LAST", steady | periods_from(1, follows_rows) | late_by(2)),
+    word_row<LAST>("LAST", steady | periods_from(1, follows_rows)),
     word_row<CROSS>("CROSS", steady),
     word_row<CROSSUP>("CROSSUP", steady),
     word_row<CROSSDOWN>("CROSSDOWN", steady),

@@ -15,8 +15,6 @@ struct Traits {
   /// call has the traits of `with_other_periods`, too.
   uint8_t first_period = none;
   uint16_t with_other_periods = 0;
-  /// The argument that says how many bars late the call comes to a bar; 0 for one bar.
-  uint8_t lag_argument = none;
 
   constexpr bool has(Traits wanted) const { return (set & wanted.set) == wanted.set; }
   constexpr bool has_any(Traits wanted) const { return (set & wanted.set) != 0; }
@@ -25,8 +23,7 @@ struct Traits {
 constexpr Traits operator|(Traits a, Traits b) {
   const auto either = [](uint8_t one, uint8_t other) { return one == Traits::none ? other : one; };
   return {static_cast<uint16_t>(a.set | b.set), either(a.first_period, b.first_period),
-          static_cast<uint16_t>(a.with_other_periods | b.with_other_periods),
-          either(a.lag_argument, b.lag_argument)};
+          static_cast<uint16_t>(a.with_other_periods | b.with_other_periods)};
 }
 
 /// Evaluated again at a bar, in whatever order, a call gives the same value as long as its
@@ -61,10 +58,5 @@ inline constexpr Traits can_fail{1 << 9};
 constexpr Traits periods_from(uint8_t first, Traits otherwise) {
   return {.first_period = first, .with_other_periods = otherwise.set};
 }
-
-/// The call comes to a bar, and so to the columns of its arguments there, when it is evaluated at a
-/// later one: the next, or as many bars later as an argument says.
-inline constexpr Traits late_by_one{.lag_argument = 0};
-constexpr Traits late_by(uint8_t argument) { return {.lag_argument = argument}; }
 
 }  // namespace quor

@@ -54,9 +54,8 @@ void window_extremes(const double* values, size_t n, size_t count, double* resul
     double outermost = innermost;
     // Of equal values the older one stays.
     for (size_t i = end; i-- > first;) {
-      ends[i] = outermost = !(values[i] == values[i]) || beats<extreme>(outermost, values[i])
-                                ? outermost
-                                : values[i];
+      ends[i] = outermost =
+          !(values[i] == values[i]) || beats<extreme>(outermost, values[i]) ? outermost : values[i];
     }
   }
   double begun = innermost;
@@ -80,32 +79,52 @@ void window_extremes(const double* values, size_t n, size_t count, double* resul
 template <Extreme extreme>
 class ExtremeRows {
  public:
-  /// The row of the extreme of the rows from `first` to `last`, as `place_of_extreme` has it. Both
-  /// are rows of the table, and the column is there.
-  int32_t find(DataTable& table, int32_t column, int32_t first, int32_t last) {
-    follow(table, column, first, last);
+  /// The row of the extreme of the rows from `first` to `last`, as `place_of_extreme` has it; -1 if
+  /// not all of these rows are known. Both are rows of the table, and the column is there. With
+  /// `catches_up` rows that have been passed over count as known.
+  int32_t find(const DataTable& table, int32_t column, int32_t first, int32_t last,
+               bool catches_up) {
+    if (column != column_) start_over(column);
+    if (last > passed_ && !catches_up) known_from_ = last;
+    passed_ = std::max(passed_, last + 1);
+    if (!catches_up && first < known_from_) return -1;
+    follow(table, first, last);
     const double oldest = table.cell(first, column);
     if (oldest != oldest || first == last) return first;
     const int32_t best = rows_[head_];
     return beats<extreme>(table.cell(last, column), table.cell(best, column)) ? last : best;
   }
 
+  /// Forgets a row and those behind it.
+  void cut(int32_t row) {
+    passed_ = std::min(passed_, row);
+    known_from_ = std::min(known_from_, row);
+    if (end_ > row) forget_window();
+  }
+
  private:
+  void start_over(int32_t column) {
+    column_ = column;
+    passed_ = known_from_ = 0;
+    forget_window();
+  }
+
+  void forget_window() {
+    rows_.clear();
+    head_ = 0;
+    end_ = 0;
+  }
+
   /// Takes in the rows before the last one, whose value may still change.
-  void follow(DataTable& table, int32_t column, int32_t first, int32_t last) {
-    const bool holds = column == column_ && table.changes(column) == changes_ && end_ <= last &&
-                       first_ <= first && first <= end_;
+  void follow(const DataTable& table, int32_t first, int32_t last) {
+    const bool holds = end_ <= last && first_ <= first && first <= end_;
     if (!holds) {
-      rows_.clear();
-      head_ = 0;
+      forget_window();
       end_ = first;
-      column_ = column;
-      changes_ = table.changes(column);
     }
     first_ = first;
     while (head_ < rows_.size() && rows_[head_] < first) ++head_;
     for (; end_ < last; ++end_) push(table, end_);
-    table.watch(column, last);
   }
 
   void push(const DataTable& table, int32_t row) {
@@ -123,7 +142,8 @@ class ExtremeRows {
   }
 
   int32_t column_ = -1;
-  uint32_t changes_ = 0;
+  int32_t passed_ = 0;      ///< the rows before have been asked for, one after the other since
+  int32_t known_from_ = 0;  ///< this one
   int32_t first_ = 0;
   int32_t end_ = 0;            ///< the row behind the last one taken in
   std::vector<int32_t> rows_;  ///< from `head_` on ascending, their values from the extreme inward

@@ -99,7 +99,6 @@ class ZigzagColumns {
   ZigzagColumns(const Call& call, int32_t turn_value)
       : table_(call.table()), aux_(call.variable.aux_column_indexes), turn_value_(turn_value) {}
 
-  int32_t index(AuxColumn column) const { return aux_[column]; }
   double aux(int32_t row, AuxColumn column) const { return table_.cell(row, aux_[column]); }
   double turn_value(int32_t row) const { return table_.cell(row, turn_value_); }
 
@@ -219,7 +218,10 @@ class TurnWord : public BaseFunc {
     reserve_turn_columns(call, 5);
     const ZigzagColumns columns(call, call.variable.aux_column_indexes[turn_value_column]);
     call.result = null_value;
-    if (call.row == 0 && !zigzag_pass(call, 3, columns)) return Status::ok;
+    if (call.row == 0) {
+      turns_of(call).cut(0);
+      if (!zigzag_pass(call, 3, columns)) return Status::ok;
+    }
     double wanted = null_value;
     ignore_status(call.evaluate(2, wanted));
     wanted = std::fabs(wanted);
@@ -230,11 +232,18 @@ class TurnWord : public BaseFunc {
  private:
   /// The rows of the turns in the rows before `end`.
   struct TurnRows final : CallMemory {
-    uint32_t flag_changes = 0;
-    uint32_t slope_changes = 0;
     int32_t end = 0;
     std::vector<int32_t> rows;
+
+    void cut(int32_t row) override {
+      end = std::min(end, row);
+      while (!rows.empty() && rows.back() >= row) rows.pop_back();
+    }
   };
+
+  static TurnRows& turns_of(const Call& call) {
+    return memory_of<TurnRows>(call.script(), call.variable);
+  }
 
   /// A fraction is never reached.
   static void find(const Call& call, const ZigzagColumns& columns, double wanted) {
@@ -249,20 +258,8 @@ class TurnWord : public BaseFunc {
 
   /// All turns up to the call's row, maybe followed by later ones.
   static const std::vector<int32_t>& turns_up_to(const Call& call, const ZigzagColumns& columns) {
-    DataTable& table = call.table();
-    const int32_t flags = columns.index(turn_flag_column);
-    const int32_t slopes = columns.index(slope_column);
-    auto& turns = memory_of<TurnRows>(call);
-    if (turns.flag_changes != table.changes(flags) ||
-        turns.slope_changes != table.changes(slopes)) {
-      turns.rows.clear();
-      turns.end = 0;
-      turns.flag_changes = table.changes(flags);
-      turns.slope_changes = table.changes(slopes);
-    }
-    const int32_t last = std::min(call.row, table.row_count() - 1);
-    table.watch(flags, last + 1);
-    table.watch(slopes, last + 1);
+    TurnRows& turns = turns_of(call);
+    const int32_t last = std::min(call.row, call.table().row_count() - 1);
     for (; turns.end <= last; ++turns.end) {
       if (is_turn(columns, turns.end)) turns.rows.push_back(turns.end);
     }

@@ -80,6 +80,7 @@ double ScriptParser::field_value(int32_t field_id, int32_t row) {
     if (static_cast<int32_t>(argument->column_id) != field_id) continue;
     std::string unread;
     double value = null_value;
+    calculator_.forget_changed_rows();
     const Status status = calculator_.evaluate(*argument, row, false, unread, value);
     return !failed(status) ? value : null_value;
   }

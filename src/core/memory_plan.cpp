@@ -1,0 +1,244 @@
+#include "core/memory_plan.h"
+
+#include <algorithm>
+#include <span>
+#include <unordered_map>
+
+#include "functions/base_func.h"
+#include "tables/field_table.h"
+
+namespace quor {
+namespace {
+
+/// Deeper expressions can't be evaluated.
+constexpr int most_levels = 512;
+
+constexpr int64_t nobody = -1;
+
+/// Who evaluates a variable.
+struct Uses {
+  int64_t first_statement = nobody;
+  bool in_full = false;    ///< a statement that every run calculates from row 0 on
+  bool shared = false;     ///< more than one call or expression
+  bool revisited = false;  ///< at other rows than the statement's, too
+  bool ahead = false;      ///< at rows that the statements have yet to come to
+
+  bool operator==(const Uses&) const = default;
+};
+
+/// What a value at a row comes from.
+struct Origin {
+  bool steady = true;  ///< the same whenever it is asked for, from that row and earlier ones
+  bool keeps_state = false;
+  bool is_safe_state = true;  ///< evaluations come row after row, and all of them from here
+  bool can_fail = false;
+  bool from_full_statement = false;
+  int64_t newest_statement = nobody;  ///< the last one whose column is read
+
+  void take(const Origin& part) {
+    steady &= part.steady;
+    keeps_state |= part.keeps_state;
+    is_safe_state &= part.is_safe_state;
+    can_fail |= part.can_fail;
+    from_full_statement |= part.from_full_statement;
+    newest_statement = std::max(newest_statement, part.newest_statement);
+  }
+};
+
+constexpr Origin unknown_origin = {.steady = false};
+
+class MemoryPlan {
+ public:
+  explicit MemoryPlan(CompiledScript& script) : script_(script) {
+    const auto& statements = script_.statement_list;
+    for (size_t i = 0; i < statements.size(); ++i) {
+      note_writer(statements[i]->column_id, static_cast<int64_t>(i), statements[i]->whole_series);
+    }
+    for (size_t i = 0; i < statements.size(); ++i) {
+      const Uses uses = {static_cast<int64_t>(i), statements[i]->whole_series};
+      visit_elements(*statements[i], uses, 0);
+    }
+  }
+
+  void apply() {
+    for (const auto& [variable, uses] : uses_) {
+      if (variable->kind != VariableKind::call || variable->function == nullptr) continue;
+      variable->in_full = uses.in_full;
+      variable->remembering = remembering_of(*variable, uses);
+    }
+  }
+
+ private:
+  struct Writer {
+    int64_t statement = nobody;
+    bool in_full = false;
+  };
+
+  void note_writer(uint32_t column_id, int64_t statement, bool in_full) {
+    if (column_id == no_column) return;
+    Writer& writer = writers_[column_id];
+    writer.statement = std::max(writer.statement, statement);
+    writer.in_full |= in_full;
+  }
+
+  void visit_elements(const Variable& variable, const Uses& from, int level) {
+    for (const MathElement& element : variable.elements) {
+      if (element.variable != nullptr) visit(*element.variable, from, level);
+    }
+  }
+
+  /// A variable that is come to again is shared, and so are its parts.
+  void visit(Variable& variable, const Uses& from, int level) {
+    if (level > most_levels) return;
+    const auto [entry, first] = uses_.try_emplace(&variable, from);
+    const Uses before = entry->second;
+    Uses& uses = entry->second;
+    uses.shared |= !first;
+    uses.in_full |= from.in_full;
+    uses.revisited |= from.revisited;
+    uses.ahead |= from.ahead;
+    if (!first && uses == before) return;
+    Uses inner = uses;
+    if (variable.kind == VariableKind::expression) visit_elements(variable, inner, level + 1);
+    if (variable.kind != VariableKind::call || variable.function == nullptr) return;
+    inner.revisited |= evaluates_other_rows(*variable.function);
+    inner.ahead |= traits_of(variable).has(reads_forward);
+    note_set_targets(variable, inner);
+    for (Variable* argument : variable.arguments) {
+      if (argument != nullptr) visit(*argument, inner, level + 1);
+    }
+  }
+
+  /// SET writes a field at the row that it is evaluated at.
+  void note_set_targets(const Variable& call, const Uses& uses) {
+    if (!call.function->traits().has(keeps_state) || !script_.sets_variables) return;
+    const int64_t statement = uses.revisited ? INT64_MAX : uses.first_statement;
+    for (const Variable* target : call.arguments) {
+      if (target != nullptr && target->kind == VariableKind::field) {
+        note_writer(target->column_id, statement, uses.in_full);
+      }
+    }
+  }
+
+  static bool evaluates_other_rows(const BaseFunc& function) {
+    const ColumnTraits traits = function.column_traits();
+    return traits.revisits || !traits.by_columns;
+  }
+
+  /// Rings, which hidden names typed by a script may form, are unknown.
+  const Origin& origin_of(const Variable& variable, int level) {
+    const auto [entry, first] = origins_.try_emplace(&variable, unknown_origin);
+    if (!first || level > most_levels) return entry->second;
+    const Origin origin = find_origin(variable, level);
+    return origins_[&variable] = origin;
+  }
+
+  Origin find_origin(const Variable& variable, int level) {
+    switch (variable.kind) {
+      case VariableKind::field:
+        return origin_of_column(variable.column_id);
+      case VariableKind::number:
+        return {.steady = !script_.sets_variables};
+      case VariableKind::expression:
+        return origin_of_expression(variable, level);
+      case VariableKind::call:
+        return variable.function == nullptr ? unknown_origin : origin_of_call(variable, level);
+      default:
+        return unknown_origin;
+    }
+  }
+
+  Origin origin_of_column(uint32_t column_id) const {
+    const auto writer = writers_.find(column_id);
+    if (writer == writers_.end()) return {};
+    return {.from_full_statement = writer->second.in_full,
+            .newest_statement = writer->second.statement};
+  }
+
+  /// An expression that always has a value, so that no evaluation fails.
+  Origin origin_of_expression(const Variable& variable, int level) {
+    Origin origin;
+    if (variable.text.starts_with('\'')) return origin;
+    origin.steady = variable.program.ending == Ending::value;
+    for (const MathElement& element : variable.elements) {
+      if (element.variable != nullptr) origin.take(origin_of(*element.variable, level + 1));
+    }
+    return origin;
+  }
+
+  Origin origin_of_call(const Variable& call, int level) {
+    const Traits traits = traits_of(call);
+    const ColumnTraits column_traits = call.function->column_traits();
+    Origin origin;
+    for (const Variable* argument : call.arguments) {
+      origin.take(argument == nullptr ? unknown_origin : origin_of(*argument, level + 1));
+    }
+    for (const std::string_view word : call.function->required_fields()) {
+      const auto id = reserved_field_id(word);
+      if (id) origin.take(origin_of_column(static_cast<uint32_t>(*id)));
+    }
+    // A record's columns want every evaluation.
+    origin.steady &= traits.has(steady) && !traits.has_any(follows_settings | draws);
+    origin.can_fail |= traits.has(can_fail);
+    if (origin.keeps_state && goes_out_of_order(call)) origin.is_safe_state = false;
+    if (column_traits.keeps_state) {
+      origin.keeps_state = true;
+      origin.is_safe_state &= !uses_[const_cast<Variable*>(&call)].shared;
+    }
+    return origin;
+  }
+
+  /// Whether the call may come to a row of its arguments for the first time when it has passed a
+  /// later one.
+  static bool goes_out_of_order(const Variable& call) {
+    const ColumnTraits traits = call.function->column_traits();
+    if (!evaluates_other_rows(*call.function)) return false;
+    if (traits.passes_over || !traits.by_columns) return true;
+    const std::span arguments(call.arguments);
+    const auto periods = arguments.subspan(std::min(traits.series_count, arguments.size()));
+    return !std::ranges::all_of(periods, [](const Variable* period) {
+      return period != nullptr && period->kind == VariableKind::number;
+    });
+  }
+
+  /// Calls whose series stands in cells read them; the others evaluate their arguments again.
+  Remembering remembering_of(const Variable& call, const Uses& uses) {
+    const ColumnTraits traits = call.function->column_traits();
+    Origin origin;
+    for (size_t i = 0; i < std::min(traits.series_count, call.arguments.size()); ++i) {
+      const Variable* argument = call.arguments[i];
+      origin.take(argument == nullptr ? unknown_origin : origin_of(*argument, 0));
+    }
+    const int64_t finished = uses.ahead ? 0 : uses.first_statement;
+    if (origin.newest_statement >= finished) return Remembering::nothing;
+    if (origin.from_full_statement && !uses.in_full) return Remembering::nothing;
+    const bool in_order = origin.steady && origin.is_safe_state;
+    if (traits.series != SeriesPlace::nowhere) {
+      if (cells_are_final(call)) return Remembering::catching_up;
+    } else if (in_order && !origin.keeps_state && !origin.can_fail) {
+      return Remembering::catching_up;
+    }
+    return in_order ? Remembering::in_order : Remembering::nothing;
+  }
+
+  /// Whether no evaluation writes a cell of the series before the row of the statement.
+  bool cells_are_final(const Variable& call) {
+    Variable* series = call.arguments.empty() ? nullptr : call.arguments.front();
+    if (series == nullptr) return false;
+    return series->kind == VariableKind::field || !uses_[series].revisited;
+  }
+
+  CompiledScript& script_;
+  std::unordered_map<uint32_t, Writer> writers_;  ///< by column id
+  std::unordered_map<Variable*, Uses> uses_;
+  std::unordered_map<const Variable*, Origin> origins_;
+};
+
+}  // namespace
+
+void plan_memories(CompiledScript& script) {
+  MemoryPlan(script).apply();
+  script.memories_are_planned = true;
+}
+
+}  // namespace quor
