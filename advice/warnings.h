@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "advice.h"
+#include "finding.h"
 #include "reading.h"
 #include "syntax.h"
 

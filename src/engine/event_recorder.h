@@ -5,7 +5,7 @@
 
 #include "core/data_table.h"
 #include "drawing/shape_management.h"
-#include "engine/engine.h"
+#include "engine/values.h"
 #include "interface/host_callbacks.h"
 
 namespace quor::engine {

@@ -5,7 +5,7 @@
 
 #include "core/data_pool_center.h"
 #include "drawing/shape_management.h"
-#include "engine/engine.h"
+#include "engine/values.h"
 
 namespace quor::engine {
 

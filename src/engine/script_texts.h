@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "engine/engine.h"
+#include "engine/values.h"
 
 namespace quor::engine {
 
