@@ -162,6 +162,46 @@ void close_in_range(const Bars& bars, Series& y) {
   });
 }
 
+void crossing_averages(const Bars& bars, Series& y) {
+  Series fast(bars.size());
+  Series slow(bars.size());
+  moving_average(bars.close, 5, fast);
+  moving_average(bars.close, 10, slow);
+  y[0] = 0.0;
+  for (size_t i = 1; i < y.size(); ++i) {
+    y[i] = truth(fast[i] > slow[i] && slow[i - 1] >= fast[i - 1]);
+  }
+}
+
+void bars_since_rise(const Bars& bars, Series& y) {
+  size_t last = 0;
+  per_bar(bars, y, [&bars, &last](size_t i) {
+    if (bars.close[i] > bars.open[i]) last = i;
+    return static_cast<double>(i - last);
+  });
+}
+
+void rises_of_20(const Bars& bars, Series& y) {
+  const auto rises = [&bars](size_t i) { return bars.close[i] > bars.open[i]; };
+  int count = 0;
+  per_bar(bars, y, [&count, &rises](size_t i) {
+    count += rises(i);
+    if (i >= 20) count -= rises(i - 20);
+    return count;
+  });
+}
+
+void five_bars_ago(const Bars& bars, Series& y) {
+  per_bar(bars, y, [&bars](size_t i) { return i < 5 ? null : bars.close[i - 5]; });
+}
+
+void signed_volume(const Bars& bars, Series& y) {
+  per_bar(bars, y, [&bars](size_t i) {
+    const double step = bars.close[i] - bars.open[i];
+    return step > 0.0 ? bars.volume[i] : step < 0.0 ? -bars.volume[i] : 0.0;
+  });
+}
+
 void ten_averages(const Bars& bars, Series& y) {
   for (const size_t n : {5, 10, 20, 30, 40, 60, 90, 120, 180, 250}) {
     moving_average(bars.close, n, y);
@@ -254,6 +294,11 @@ constexpr Yardstick table[] = {
     {Kind::arithmetic, "mean price", "A:(O+H+L+C)/4;", mean_price},
     {Kind::arithmetic, "rising with volume", "A:C>O AND V>1000;", rising_with_volume},
     {Kind::arithmetic, "close in range", "A:(C-L)/(H-L+0.01)*100;", close_in_range},
+    {Kind::look_back, "CROSS of averages", "A:=CROSS(MA(C,5),MA(C,10));", crossing_averages},
+    {Kind::look_back, "BARSLAST", "A:=BARSLAST(C>O);", bars_since_rise},
+    {Kind::look_back, "COUNT 20", "A:=COUNT(C>O,20);", rises_of_20},
+    {Kind::look_back, "REF 5", "A:=REF(C,5);", five_bars_ago},
+    {Kind::look_back, "IF chain", "A:=IF(C>O,V,IF(C<O,0-V,0));", signed_volume},
     {Kind::indicator, "ten averages",
      "M1:MA(C,5);M2:MA(C,10);M3:MA(C,20);M4:MA(C,30);M5:MA(C,40);M6:MA(C,60);M7:MA(C,90);"
      "M8:MA(C,120);M9:MA(C,180);A:MA(C,250);",

@@ -20,7 +20,7 @@ struct Bars {
   size_t size() const { return close.size(); }
 };
 
-enum class Kind { average, statistic, extreme, arithmetic, indicator };
+enum class Kind { average, statistic, extreme, arithmetic, look_back, indicator };
 
 /// A script and what its last line comes to.
 struct Yardstick {
