@@ -320,8 +320,8 @@ std::optional<std::string> nearest(std::string_view word, Vocabulary vocabulary,
   const auto known = words_of(vocabulary);
   words.insert(words.end(), known.begin(), known.end());
   if (vocabulary == Vocabulary::style) {
-    if (const auto colour = colour_of_digits(word)) return colour;
-    if (const auto style = nearest_numbered_style(word)) return style;
+    if (auto colour = colour_of_digits(word)) return colour;
+    if (auto style = nearest_numbered_style(word)) return style;
     if (const std::string colour = "COLOR" + std::string(word); is_known_colour(colour)) {
       return colour;
     }

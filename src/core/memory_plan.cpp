@@ -181,11 +181,25 @@ class MemoryPlan {
     origin.steady &= traits.has(steady) && !traits.has_any(follows_settings | draws);
     origin.can_fail |= traits.has(can_fail);
     if (origin.keeps_state && goes_out_of_order(call)) origin.is_safe_state = false;
-    if (column_traits.keeps_state) {
+    if (column_traits.keeps_state && !only_reads_fields(call)) {
       origin.keeps_state = true;
       origin.is_safe_state &= !uses_[const_cast<Variable*>(&call)].shared;
     }
     return origin;
+  }
+
+  /// Whether the series of the call are fields that stand in columns, and it writes no column of
+  /// its own: then nothing shows that it was evaluated.
+  static bool only_reads_fields(const Variable& call) {
+    const ColumnTraits traits = call.function->column_traits();
+    const std::span arguments(call.arguments);
+    const auto series = arguments.first(std::min(traits.series_count, arguments.size()));
+    return traits.by_columns && traits.series != SeriesPlace::nowhere &&
+           !call.function->uses_result_column() &&
+           std::ranges::all_of(series, [](const Variable* argument) {
+             return argument != nullptr && argument->kind == VariableKind::field &&
+                    argument->has_column();
+           });
   }
 
   /// Whether the call may come to a row of its arguments for the first time when it has passed a
