@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 #include <unordered_map>
+#include <vector>
 
 #include "functions/base_func.h"
 #include "tables/field_table.h"
@@ -18,10 +19,11 @@ constexpr int64_t nobody = -1;
 /// Who evaluates a variable.
 struct Uses {
   int64_t first_statement = nobody;
-  bool in_full = false;    ///< a statement that every run calculates from row 0 on
-  bool shared = false;     ///< more than one call or expression
-  bool revisited = false;  ///< at other rows than the statement's, too
-  bool ahead = false;      ///< at rows that the statements have yet to come to
+  bool in_full = false;      ///< a statement that every run calculates from row 0 on
+  bool shared = false;       ///< more than one call or expression
+  bool revisited = false;    ///< at other rows than the statement's, too
+  bool ahead = false;        ///< at rows that the statements have yet to come to
+  bool passed_over = false;  ///< at some rows only, or not in their order
 
   bool operator==(const Uses&) const = default;
 };
@@ -30,7 +32,7 @@ struct Uses {
 struct Origin {
   bool steady = true;  ///< the same whenever it is asked for, from that row and earlier ones
   bool keeps_state = false;
-  bool is_safe_state = true;  ///< evaluations come row after row, and all of them from here
+  bool is_safe_state = true;  ///< its calls come to each row after those before it
   bool can_fail = false;
   bool from_full_statement = false;
   int64_t newest_statement = nobody;  ///< the last one whose column is read
@@ -61,10 +63,10 @@ class MemoryPlan {
   }
 
   void apply() {
-    for (const auto& [variable, uses] : uses_) {
-      if (variable->kind != VariableKind::call || variable->function == nullptr) continue;
-      variable->in_full = uses.in_full;
-      variable->remembering = remembering_of(*variable, uses);
+    for (Variable* call : calls_) {
+      const Uses uses = uses_[call];
+      call->in_full = uses.in_full;
+      call->remembering = remembering_of(*call, uses);
     }
   }
 
@@ -97,16 +99,40 @@ class MemoryPlan {
     uses.in_full |= from.in_full;
     uses.revisited |= from.revisited;
     uses.ahead |= from.ahead;
+    uses.passed_over |= from.passed_over;
     if (!first && uses == before) return;
     Uses inner = uses;
     if (variable.kind == VariableKind::expression) visit_elements(variable, inner, level + 1);
     if (variable.kind != VariableKind::call || variable.function == nullptr) return;
+    if (first) calls_.push_back(&variable);
     inner.revisited |= evaluates_other_rows(*variable.function);
     inner.ahead |= traits_of(variable).has(reads_forward);
+    anything_fails_ |= traits_of(variable).has(can_fail);
     note_set_targets(variable, inner);
-    for (Variable* argument : variable.arguments) {
-      if (argument != nullptr) visit(*argument, inner, level + 1);
+    for (size_t i = 0; i < variable.arguments.size(); ++i) {
+      if (variable.arguments[i] == nullptr) continue;
+      Uses of_argument = inner;
+      of_argument.passed_over |= passes_over(variable, i);
+      visit(*variable.arguments[i], of_argument, level + 1);
     }
+  }
+
+  /// Whether the call may leave an argument unevaluated at a row.
+  static bool passes_over(const Variable& call, size_t position) {
+    const ColumnTraits traits = call.function->column_traits();
+    if (!traits.by_columns || (traits.passes_over && position >= traits.passed_over_from)) {
+      return true;
+    }
+    // A period decides which rows a word comes to, if it comes to any.
+    return (traits.keeps_state || traits.revisits) && !has_fixed_periods(call);
+  }
+
+  static bool has_fixed_periods(const Variable& call) {
+    const std::span arguments(call.arguments);
+    const size_t series = std::min(call.function->column_traits().series_count, arguments.size());
+    return std::ranges::all_of(arguments.subspan(series), [](const Variable* period) {
+      return period != nullptr && period->kind == VariableKind::number;
+    });
   }
 
   /// SET writes a field at the row that it is evaluated at.
@@ -183,7 +209,8 @@ class MemoryPlan {
     if (origin.keeps_state && goes_out_of_order(call)) origin.is_safe_state = false;
     if (column_traits.keeps_state && !only_reads_fields(call)) {
       origin.keeps_state = true;
-      origin.is_safe_state &= !uses_[const_cast<Variable*>(&call)].shared;
+      const Uses& uses = uses_[&call];
+      origin.is_safe_state &= !uses.shared || !(uses.passed_over || anything_fails_);
     }
     return origin;
   }
@@ -205,14 +232,9 @@ class MemoryPlan {
   /// Whether the call may come to a row of its arguments for the first time when it has passed a
   /// later one.
   static bool goes_out_of_order(const Variable& call) {
-    const ColumnTraits traits = call.function->column_traits();
     if (!evaluates_other_rows(*call.function)) return false;
-    if (traits.passes_over || !traits.by_columns) return true;
-    const std::span arguments(call.arguments);
-    const auto periods = arguments.subspan(std::min(traits.series_count, arguments.size()));
-    return !std::ranges::all_of(periods, [](const Variable* period) {
-      return period != nullptr && period->kind == VariableKind::number;
-    });
+    const ColumnTraits traits = call.function->column_traits();
+    return traits.passes_over || !traits.by_columns || !has_fixed_periods(call);
   }
 
   /// Calls whose series stands in cells read them; the others evaluate their arguments again.
@@ -244,7 +266,9 @@ class MemoryPlan {
 
   CompiledScript& script_;
   std::unordered_map<uint32_t, Writer> writers_;  ///< by column id
-  std::unordered_map<Variable*, Uses> uses_;
+  std::unordered_map<const Variable*, Uses> uses_;
+  std::vector<Variable*> calls_;
+  bool anything_fails_ = false;
   std::unordered_map<const Variable*, Origin> origins_;
 };
 

@@ -1,7 +1,9 @@
 // What the operators of the language make of two numbers.
 #pragma once
 
+#include <bit>
 #include <concepts>
+#include <cstdint>
 
 #include "core/value.h"
 #include "tables/operator_table.h"
@@ -17,6 +19,18 @@ constexpr double truth(T value) {
   } else {
     return value ? 1.0 : 0.0;
   }
+}
+
+/// One of two numbers without a branch: which way a market goes can't be foretold.
+inline double either(bool first, double a, double b) {
+  const uint64_t mask = uint64_t{0} - uint64_t{first};
+  return std::bit_cast<double>((std::bit_cast<uint64_t>(a) & mask) |
+                               (std::bit_cast<uint64_t>(b) & ~mask));
+}
+inline int32_t either(bool first, int32_t a, int32_t b) {
+  const uint32_t mask = uint32_t{0} - uint32_t{first};
+  return static_cast<int32_t>((static_cast<uint32_t>(a) & mask) |
+                              (static_cast<uint32_t>(b) & ~mask));
 }
 
 /// Calls `use` with what an operator does, a function of the left and the right number that gives a

@@ -69,9 +69,25 @@ class LOG final : public BaseFunc {
       base = null_value;
       status = call.evaluate(1, base);
       if (failed(status)) return status;
-      if (base == 1.0 || !(base >= 0)) return Status::ok;
     }
-    return call.answer(platform::log(x) / platform::log(base));
+    return call.answer(logarithm(x, base));
+  }
+  const double* column(const ColumnCall& call) const override {
+    const double* x = call.values(0);
+    const double* base = call.argument_count() > 1 ? call.values(1) : call.everywhere(10.0);
+    if (x == nullptr || base == nullptr) return nullptr;
+    double* result = call.scratch();
+    for (size_t i = 0; i < call.size(); ++i) result[i] = logarithm(x[i], base[i]);
+    return result;
+  }
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true, .keeps_state = false, .passes_over = true, .passed_over_from = 1};
+  }
+
+ private:
+  static double logarithm(double x, double base) {
+    if (!(x > 0) || base == 1.0 || !(base >= 0)) return null_value;
+    return platform::log(x) / platform::log(base);
   }
 };
 
@@ -93,6 +109,18 @@ class ROUND final : public BaseFunc {
     if (failed(status)) return status;
     return call.answer(to_digits(x, digits));
   }
+  const double* column(const ColumnCall& call) const override {
+    const bool to_integers = call.argument_count() < 2;
+    const double* x = call.values(0);
+    const double* digits = to_integers ? x : call.values(1);
+    if (x == nullptr || digits == nullptr) return nullptr;
+    double* result = call.scratch();
+    for (size_t i = 0; i < call.size(); ++i) {
+      result[i] = to_integers ? std::round(x[i]) : to_digits(x[i], digits[i]);
+    }
+    return result;
+  }
+  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_state = false}; }
 
  private:
   /// The digits are not truncated. Null digits give null.

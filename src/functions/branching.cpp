@@ -1,10 +1,8 @@
 // Words that choose. A branch that isn't taken isn't evaluated, so what its words keep from bar to
 // bar stands still.
-#include <bit>
-#include <cstdint>
-
 #include "core/call.h"
 #include "core/columns.h"
+#include "core/reduce.h"
 #include "core/value.h"
 #include "functions/base_func.h"
 #include "functions/families.h"
@@ -23,13 +21,6 @@ double value_in_silence(const Call& call, size_t position) {
 
 constexpr ColumnTraits choosing = {
     .by_columns = true, .keeps_state = false, .passes_over = true, .passed_over_from = 1};
-
-/// One of two numbers without a branch: which way a market goes can't be foretold.
-double either(bool first, double a, double b) {
-  const uint64_t mask = uint64_t{0} - static_cast<uint64_t>(first);
-  return std::bit_cast<double>((std::bit_cast<uint64_t>(a) & mask) |
-                               (std::bit_cast<uint64_t>(b) & ~mask));
-}
 
 /// A null condition is true, because it isn't equal to 0.
 double choose(const Call& call) {

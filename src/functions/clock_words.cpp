@@ -78,6 +78,14 @@ class Conversion : public BaseFunc {
     if (!failed(status)) call.result = convert(to_int(time));
     return status;
   }
+  const double* column(const ColumnCall& call) const final {
+    const double* times = call.values(0);
+    if (times == nullptr) return nullptr;
+    double* result = call.scratch();
+    for (size_t i = 0; i < call.size(); ++i) result[i] = convert(to_int(times[i]));
+    return result;
+  }
+  ColumnTraits column_traits() const final { return {.by_columns = true, .keeps_state = false}; }
 };
 
 /// HHMMSS to seconds since midnight. What has more than six digits, or a sign, gives 0.

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "core/call.h"
+#include "core/reduce.h"
 #include "functions/beyond_walk.h"
 #include "functions/families.h"
 #include "functions/row_words.h"
@@ -207,8 +208,8 @@ class CONDBARS final : public BaseFunc {
     const NewestHits* newest =
         follow<NewestHits>(call, call.rows, [&call, a, b](size_t place, NewestHits& hits) {
           const int32_t row = call.rows.first + static_cast<int32_t>(place);
-          hits.rows[0] = is_one(a[place]) ? row : hits.rows[0];
-          hits.rows[1] = is_one(b[place]) ? row : hits.rows[1];
+          hits.rows[0] = either(is_one(a[place]), row, hits.rows[0]);
+          hits.rows[1] = either(is_one(b[place]), row, hits.rows[1]);
         });
     if (newest == nullptr) return nullptr;
     double* result = call.scratch();
@@ -261,18 +262,46 @@ class SUMBARS final : public BaseFunc {
     if (failed(status)) return status;
     call.result = null_value;
     if (!(goal > 0.0)) return Status::ok;
-    const bool in_lots = call.argument(0).column_id == volume_column_id;
-    double sum = 0.0;
+    Sum sum{call.argument(0).column_id == volume_column_id};
     for (int32_t row = call.row; row >= 0; --row) {
       double value = null_value;
       status = call.evaluate_at(0, row, value);
       if (failed(status)) return status;
-      sum += value;
-      if (!((in_lots ? sum / 100.0 : sum) >= goal)) continue;
-      return call.answer(call.row - row + 1);
+      if (sum.reaches(goal, value)) return call.answer(call.row - row + 1);
     }
     return Status::ok;
   }
+  /// How far back a bar looks can't be foretold, so that X has to be a field.
+  const double* column(const ColumnCall& call) const override {
+    const double* goals = call.values(1);
+    const Variable* field = call.argument(0);
+    const bool is_field = field != nullptr && field->kind == VariableKind::field;
+    if (goals == nullptr || !is_field || field->column_index == -1) return nullptr;
+    const double* x = call.cells(field->column_index);
+    double* result = call.scratch();
+    for (int32_t row = call.rows.first; row < call.rows.end; ++row) {
+      const double goal = goals[row - call.rows.first];
+      Sum sum{field->column_id == volume_column_id};
+      int32_t at = goal > 0.0 ? row : -1;
+      while (at >= 0 && !sum.reaches(goal, x[at])) --at;
+      result[row - call.rows.first] = at >= 0 ? row - at + 1.0 : null_value;
+    }
+    return result;
+  }
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true, .keeps_state = false, .passes_over = true, .revisits = true};
+  }
+
+ private:
+  struct Sum {
+    const bool in_lots;
+    double sum = 0.0;
+
+    bool reaches(double goal, double value) {
+      sum += value;
+      return (in_lots ? sum / 100.0 : sum) >= goal;
+    }
+  };
 };
 
 /// The distance to the N-th earlier bar of a series that stands beyond the first argument's value
@@ -296,7 +325,9 @@ class DistanceToBeyond : public BaseFunc {
     if (wanted >= 1 && call.row > 0) find(call, threshold, wanted);
     return Status::ok;
   }
-  ColumnTraits column_traits() const final { return {.series_count = series_argument + 1}; }
+  ColumnTraits column_traits() const final {
+    return {.keeps_state = false, .series_count = series_argument + 1};
+  }
 
  private:
   static void find(const Call& call, double threshold, int32_t wanted) {

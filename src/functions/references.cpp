@@ -86,6 +86,7 @@ class REFX final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const override { return value_at_distance(call, 1); }
+  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
 };
 
 /// As REFX, but a row outside the table on either side is the last bar.
@@ -106,6 +107,7 @@ class REFX1 final : public BaseFunc {
     return call.evaluate_at(series_argument, inside ? static_cast<int32_t>(row) : rows - 1,
                             call.result);
   }
+  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
 };
 
 /// X at the newest bar at which C holds.

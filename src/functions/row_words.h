@@ -6,6 +6,7 @@
 
 #include "core/call.h"
 #include "core/columns.h"
+#include "core/reduce.h"
 #include "functions/call_memory.h"
 #include "functions/word_steps.h"
 
@@ -116,7 +117,7 @@ const NewestHit* newest_hits(const ColumnCall& call, Block rows) {
   if (!test.read(call, rows)) return nullptr;
   return follow<NewestHit>(call, rows, [&test, rows](size_t place, NewestHit& newest) {
     const int32_t row = rows.first + static_cast<int32_t>(place);
-    newest.row = test.holds_at(place) ? row : newest.row;
+    newest.row = either(test.holds_at(place), row, newest.row);
   });
 }
 

@@ -347,15 +347,12 @@ class SortedChoice : public BaseFunc {
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const final {
     const size_t count = call.argument_count();
-    if (call.scan) return call.check_count(3, 32);
+    if (call.scan) return call.check_count(3, most_arguments);
     double order = null_value;
     double choice = null_value;
     if (const Status status = call.evaluate(0, order); failed(status)) return status;
     if (const Status status = call.evaluate(1, choice); failed(status)) return status;
-    const int32_t t = to_int(order);
-    const int64_t k = to_int(choice);
-    const bool in_range = k >= 1 && k <= static_cast<int64_t>(count) - 2 && (t == 0 || t == 1);
-    if (!in_range) return call.answer(null_value);
+    if (!is_in_range(order, choice, count)) return call.answer(null_value);
 
     ScratchFrame sample(call.calculator);
     for (size_t i = 2; i < count; ++i) {
@@ -363,9 +360,45 @@ class SortedChoice : public BaseFunc {
       if (const Status status = call.evaluate(i, value); failed(status)) return status;
       sample.push(value);
     }
-    const std::span<const double> values = sample.values();
-    const size_t position = position_of_rank(values, static_cast<size_t>(k - 1), t == 1);
-    return call.answer(pick(values, position));
+    return call.answer(choose(sample.values(), order, choice));
+  }
+  const double* column(const ColumnCall& call) const final {
+    const size_t count = call.argument_count();
+    const double* arguments[most_arguments];
+    if (count < 3 || count > most_arguments) return nullptr;
+    for (size_t argument = 0; argument < count; ++argument) {
+      arguments[argument] = call.values(argument);
+      if (arguments[argument] == nullptr) return nullptr;
+    }
+    double* result = call.scratch();
+    double sample[most_arguments];
+    for (size_t i = 0; i < call.size(); ++i) {
+      const double order = arguments[0][i];
+      const double choice = arguments[1][i];
+      for (size_t argument = 2; argument < count; ++argument) {
+        sample[argument - 2] = arguments[argument][i];
+      }
+      result[i] = is_in_range(order, choice, count) ? choose({sample, count - 2}, order, choice)
+                                                    : null_value;
+    }
+    return result;
+  }
+  ColumnTraits column_traits() const final {
+    return {.by_columns = true, .keeps_state = false, .passes_over = true, .passed_over_from = 2};
+  }
+
+ private:
+  static constexpr size_t most_arguments = 32;
+
+  static bool is_in_range(double order, double choice, size_t count) {
+    const int32_t t = to_int(order);
+    const int64_t k = to_int(choice);
+    return k >= 1 && k <= static_cast<int64_t>(count) - 2 && (t == 0 || t == 1);
+  }
+
+  static double choose(std::span<const double> values, double order, double choice) {
+    const auto rank = static_cast<size_t>(to_int(choice) - 1);
+    return pick(values, position_of_rank(values, rank, to_int(order) == 1));
   }
 };
 
