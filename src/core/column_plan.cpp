@@ -127,6 +127,9 @@ class ColumnPlan::Inspection {
       const Variable* argument = call.arguments[i];
       if (argument == nullptr || uses_.in_conflict(*argument)) refuse();
       if (argument == nullptr) continue;
+      // A statement of the same text has the series in its column.
+      const bool reads_column = traits.series != SeriesPlace::nowhere && i < traits.series_count;
+      if (reads_column && argument->has_column()) entry_.reads.push_back(argument->column_index);
       const bool may_be_passed_over = traits.passes_over && i >= traits.passed_over_from;
       inspect(*argument, passed_over || may_be_passed_over, revisited || traits.revisits);
     }

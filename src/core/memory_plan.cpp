@@ -244,6 +244,10 @@ class MemoryPlan {
     for (size_t i = 0; i < std::min(traits.series_count, call.arguments.size()); ++i) {
       const Variable* argument = call.arguments[i];
       origin.take(argument == nullptr ? unknown_origin : origin_of(*argument, 0));
+      // A statement of the same text has the series in its column, and the word reads that.
+      if (argument != nullptr && traits.series != SeriesPlace::nowhere) {
+        origin.take(origin_of_column(argument->column_id));
+      }
     }
     const int64_t finished = uses.ahead ? 0 : uses.first_statement;
     if (origin.newest_statement >= finished) return Remembering::nothing;
