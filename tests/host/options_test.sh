@@ -7,7 +7,7 @@ set -u
 share=$samples/../host/share
 # A program built without the means to draw has no such command.
 commands='check, run, scan, help'
-! quor chart --help >/dev/null 2>&1 || commands='check, run, chart, scan, help'
+! quor --help | grep -q '^  chart ' || commands='check, run, chart, scan, help'
 
 # Numbers for parameters: the option beats the file, and what has no effect is told.
 printf 'date,close\n2024-01-02,1\n2024-01-03,2\n2024-01-04,4\n' >bars.csv

@@ -225,8 +225,7 @@ quor chart --help tells more' chart -e 'A:=1;' --bars bars.csv --out chart.svg -
   expect 1 'quor: --out chart.gif: neither .svg nor .png' \
     chart -e 'A:=1;' --bars bars.csv --out chart.gif
 else
-  expect 2 'A subcommand is required
-Run with --help for more information.' chart
+  expect 2 "quor: 'chart' is no command; write one of check, run, scan, help" chart
 fi
 
 for script in "$samples"/*.quor; do
