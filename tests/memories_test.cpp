@@ -25,6 +25,7 @@ class Scripts {
       const std::string name = "L" + std::to_string(line);
       script += name + ":=" + expression(2) + ";";
       parts_.push_back(name);
+      if (below(12) == 0) script += "SET(" + std::string(1, "COV"[below(3)]) + "," + name + ");";
     }
     return script;
   }
@@ -57,21 +58,53 @@ class Scripts {
   }
 
   static constexpr std::string_view shapes[] = {
-      "BARSLAST(c)",     "BARSLASTCOUNT(c)", "VALUEWHEN(c,x)",
-      "BARSSINCEN(c,n)", "CONDBARS(c,c)",    "COUNT(c,n)",
-      "COUNT(c,0)",      "SUM(x,n)",         "SUM(x,0)",
-      "EXIST(c,n)",      "EVERY(c,n)",       "NDAY(x,x,n)",
-      "UPNDAY(x,n)",     "DOWNNDAY(x,n)",    "LAST(c,9,2)",
-      "LAST(c,n,n)",     "CROSS(x,x)",       "HHV(x,n)",
-      "LLV(x,5)",        "HHVBARS(x,4)",     "HV(x,3)",
-      "NEWHBARS(x,1)",   "NEWLBARS1(x,x,2)", "SUMBARS(x,9)",
-      "IF(c,x,x)",       "IFN(c,x,x)",       "REF(x,1)",
-      "REF(x,n)",        "REFX(x,2)",        "MA(x,3)",
-      "EMA(x,n)",        "SMA(x,4,1)",       "WMA(x,3)",
-      "STD(x,4)",        "HARMEAN(x,3)",     "PERCENTILE(x,4,50)",
-      "BARSCOUNT(x)",    "MEMA(x,3)",        "x-x",
-      "x+x*2",           "ABS(x)",           "MAX(x,x)",
-      "SORT(0,1,x,x)",   "FILTER(c,3)",      "BACKSET(c,2)",
+      "BARSLAST(c)",
+      "BARSLASTCOUNT(c)",
+      "VALUEWHEN(c,x)",
+      "BARSSINCEN(c,n)",
+      "CONDBARS(c,c)",
+      "COUNT(c,n)",
+      "COUNT(c,0)",
+      "SUM(x,n)",
+      "SUM(x,0)",
+      "EXIST(c,n)",
+      "EVERY(c,n)",
+      "NDAY(x,x,n)",
+      "UPNDAY(x,n)",
+      "DOWNNDAY(x,n)",
+      "LAST(c,9,2)",
+      "LAST(c,n,n)",
+      "CROSS(x,x)",
+      "HHV(x,n)",
+      "LLV(x,5)",
+      "HHVBARS(x,4)",
+      "HV(x,3)",
+      "NEWHBARS(x,1)",
+      "NEWLBARS1(x,x,2)",
+      "SUMBARS(x,9)",
+      "IF(c,x,x)",
+      "IFN(c,x,x)",
+      "REF(x,1)",
+      "REF(x,n)",
+      "REFX(x,2)",
+      "MA(x,3)",
+      "EMA(x,n)",
+      "SMA(x,4,1)",
+      "WMA(x,3)",
+      "STD(x,4)",
+      "HARMEAN(x,3)",
+      "PERCENTILE(x,4,50)",
+      "BARSCOUNT(x)",
+      "MEMA(x,3)",
+      "x-x",
+      "x+x*2",
+      "ABS(x)",
+      "MAX(x,x)",
+      "SORT(0,1,x,x)",
+      "FILTER(c,3)",
+      "BACKSET(c,2)",
+      "REF(x,0-2)",
+      "PEAKBARS(x,3,1,0)",
   };
 
   std::mt19937_64 random_;
@@ -107,9 +140,15 @@ class Session {
     ASSERT_EQ(quick_.compiles(), plain_.compiles());
     if (!plain_.compiles()) return;
     for (size_t i = 20 + random_() % 60; i > 0; --i) append();
-    each([this](TestHost& host) { host.feed(bars_); });
+    for (size_t row = 0; row < rows(); ++row) {
+      keys_.push_back(20240101000000 + 10 * static_cast<int64_t>(row));
+    }
+    each([this](TestHost& host) {
+      host.set_keys(keys_);
+      host.feed(bars_);
+    });
     for (int move = 0; move < 12 && !::testing::Test::HasFailure(); ++move) {
-      change();
+      for (size_t i = random_() % 3; i > 0; --i) change();
       run(move);
     }
   }
@@ -137,30 +176,49 @@ class Session {
     switch (random_() % 6) {
       case 0:
         append();
-        return each([this](TestHost& host) { host.feed(bars_, rows() - 1); });
+        keys_.push_back(keys_.back() + 10);
+        return feed(rows() - 1);
       case 1:
         bars_["C"][row] = value();
-        return each([this, row](TestHost& host) { host.feed(bars_, row, row + 1); });
-      case 2: {
+        return feed(row);
+      case 2:
+        return insert(row);
+      case 3: {
         // A cell of a calculated column.
         const auto id = static_cast<uint32_t>(20000 + random_() % 9);
         const double cell = value();
         return each(
             [&](TestHost& host) { set_column_data(host.handle(), host.key_of(row), id, cell); });
       }
-      case 3: {
-        // A read evaluates an argument on the spot.
-        const auto id = static_cast<uint32_t>(-static_cast<int32_t>(1 + random_() % 40));
-        const auto at = static_cast<uint32_t>(row);
-        const auto read = [id, at](TestHost& host) {
-          return get_field_val_by_index(host.handle(), id, at);
-        };
-        EXPECT_TRUE(same(read(quick_.host()), read(plain_.host()))) << script_;
-        return;
-      }
       default:
-        return;
+        return read(static_cast<int32_t>(row));
     }
+  }
+
+  void feed(size_t row) {
+    each([this, row](TestHost& host) {
+      host.set_keys(keys_);
+      host.feed(bars_, row, row + 1);
+    });
+  }
+
+  void insert(size_t row) {
+    const int64_t key = keys_[row] - 1 - static_cast<int64_t>(random_() % 3);
+    if (row > 0 && keys_[row - 1] >= key) return;
+    keys_.insert(keys_.begin() + static_cast<ptrdiff_t>(row), key);
+    for (auto& [field, values] : bars_) {
+      values.insert(values.begin() + static_cast<ptrdiff_t>(row), value());
+    }
+    feed(row);
+  }
+
+  /// Evaluates an argument on the spot.
+  void read(int32_t row) {
+    const auto id = -static_cast<int32_t>(1 + random_() % 60);
+    const auto read = [id, row](TestHost& host) {
+      return get_field_val_by_index(host.handle(), id, row);
+    };
+    EXPECT_TRUE(same(read(quick_.host()), read(plain_.host()))) << script_;
   }
 
   void run(int move) {
@@ -184,6 +242,7 @@ class Session {
   Player quick_;
   Player plain_;
   Bars bars_;
+  std::vector<int64_t> keys_;
 };
 
 TEST(Memories, NeverShow) {
