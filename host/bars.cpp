@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <span>
 #include <unordered_map>
 #include <utility>
 
@@ -14,16 +15,55 @@ namespace quor_host {
 namespace {
 
 constexpr std::string_view key_patterns[] = {
-    "####-##-##",          "####/##/##",          "########",         "####-##-## ##:##:##",
-    "####/##/## ##:##:##", "######## ##:##:##",   "####-##-## ##:##", "####/##/## ##:##",
-    "######## ##:##",      "####-##-##T##:##:##", "####-##-##T##:##", "######## ######",
-    "##############",      "############",        "######## ####"};
+    "####-##-##",          "####/##/##",        "########",         "####-##-## ##:##:##",
+    "####/##/## ##:##:##", "######## ##:##:##", "####-##-## ##:##", "####/##/## ##:##",
+    "######## ##:##",      "######## ######",   "##############",   "############",
+    "######## ####"};
+
+constexpr std::string_view zone_patterns[] = {"##", "####", "##:##"};
+constexpr std::string_view zone_words[] = {"Z", "z", "UTC", "GMT"};
 
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
 bool matches(std::string_view text, std::string_view pattern) {
   return std::ranges::equal(
       text, pattern, [](char c, char place) { return place == '#' ? is_digit(c) : c == place; });
+}
+
+bool matches_one(std::string_view text, std::span<const std::string_view> patterns) {
+  return std::ranges::any_of(patterns,
+                             [text](std::string_view pattern) { return matches(text, pattern); });
+}
+
+/// The text in front of a zone such as Z, +08:00 or -0500.
+std::string_view without_zone(std::string_view text) {
+  for (const std::string_view word : zone_words) {
+    if (text.ends_with(word)) return text.substr(0, text.size() - word.size());
+  }
+  constexpr size_t least_date_and_time = 12;  // signs further in front belong to the date
+  const size_t sign = text.find_last_of("+-");
+  const bool is_zone = sign != std::string_view::npos && sign >= least_date_and_time &&
+                       matches_one(text.substr(sign + 1), zone_patterns);
+  return is_zone ? text.substr(0, sign) : text;
+}
+
+/// The text in front of a fraction of the second.
+std::string_view without_fraction(std::string_view text) {
+  constexpr size_t least_with_seconds = 14;
+  const size_t point = text.find_last_of(".,");
+  if (point == std::string_view::npos || point < least_with_seconds) return text;
+  const std::string_view digits = text.substr(point + 1);
+  return !digits.empty() && std::ranges::all_of(digits, is_digit) ? text.substr(0, point) : text;
+}
+
+/// Date and time alone, with a blank between them.
+std::string plain_date(std::string_view text) {
+  text = without_zone(text);
+  while (text.ends_with(' ')) text.remove_suffix(1);
+  std::string plain(without_fraction(text));
+  const size_t mark = plain.find_first_of("Tt");
+  if (mark != std::string::npos) plain[mark] = ' ';
+  return plain;
 }
 
 bool is_date_and_time(int64_t key) {
@@ -99,14 +139,64 @@ double read_value(const CsvRow& row, size_t position, const std::string& name) {
   return *value;
 }
 
+/// Reads the rows of one file into its bars.
+class BarReader {
+ public:
+  explicit BarReader(const std::string& name) : name_(name) {}
+
+  void take(const CsvRow& row) {
+    if (!layout_) {
+      layout_ = read_header(row, name_);
+      for (const auto& [position, id] : layout_->fields) values_.push_back(&bars_.columns[id]);
+      return;
+    }
+    if (row.cells.size() != layout_->width) {
+      fail(
+          name_, row.line,
+          std::to_string(row.cells.size()) + " cells instead of " + std::to_string(layout_->width));
+    }
+    const int64_t key = read_key(row, *layout_, name_);
+    refuse_known(key, row);
+    bars_.keys.push_back(key);
+    lines_.push_back(row.line);
+    for (size_t i = 0; i < values_.size(); ++i) {
+      values_[i]->push_back(read_value(row, layout_->fields[i].first, name_));
+    }
+  }
+
+  Bars bars() {
+    if (!layout_) throw HostError(name_ + ": no line with the names of the columns");
+    if (bars_.keys.empty()) throw HostError(name_ + ": no bars");
+    return std::move(bars_);
+  }
+
+ private:
+  /// Keys mostly ascend; the first that doesn't brings the index of all.
+  void refuse_known(int64_t key, const CsvRow& row) {
+    if (index_.empty()) {
+      if (bars_.keys.empty() || key > bars_.keys.back()) return;
+      for (size_t i = 0; i < lines_.size(); ++i) index_.emplace(bars_.keys[i], lines_[i]);
+    }
+    const auto [other, is_new] = index_.emplace(key, row.line);
+    if (!is_new) fail(name_, row.line, "same date as in line " + std::to_string(other->second));
+  }
+
+  const std::string& name_;
+  std::optional<Layout> layout_;
+  Bars bars_;
+  std::vector<std::vector<double>*> values_;   ///< of the layout's fields
+  std::vector<size_t> lines_;                  ///< of the keys
+  std::unordered_map<int64_t, size_t> index_;  ///< key to line; empty while the keys ascend
+};
+
 }  // namespace
 
 std::optional<int64_t> parse_key(std::string_view text) {
-  const auto fits = [text](std::string_view pattern) { return matches(text, pattern); };
-  if (std::ranges::none_of(key_patterns, fits)) return std::nullopt;
+  const std::string plain = plain_date(text);
+  if (!matches_one(plain, key_patterns)) return std::nullopt;
   int64_t key = 0;
   int digits = 0;
-  for (const char c : text) {
+  for (const char c : plain) {
     if (!is_digit(c)) continue;
     key = key * 10 + (c - '0');
     ++digits;
@@ -125,30 +215,12 @@ std::string key_text(int64_t key, bool with_time) {
   return text;
 }
 
-Bars read_bars(const std::string& path) { return parse_bars(read_file(path), path); }
+Bars read_bars(const std::string& path) { return parse_bars(read_input(path), input_name(path)); }
 
 Bars parse_bars(std::string_view text, const std::string& name) {
-  const std::vector<CsvRow> rows = read_csv(text, name);
-  if (rows.empty()) throw HostError(name + ": no line with the names of the columns");
-  const Layout layout = read_header(rows.front(), name);
-  Bars bars;
-  std::unordered_map<int64_t, size_t> lines;
-  for (size_t i = 1; i < rows.size(); ++i) {
-    const CsvRow& row = rows[i];
-    if (row.cells.size() != layout.width) {
-      fail(name, row.line,
-           std::to_string(row.cells.size()) + " cells instead of " + std::to_string(layout.width));
-    }
-    const int64_t key = read_key(row, layout, name);
-    const auto [other, is_new] = lines.emplace(key, row.line);
-    if (!is_new) fail(name, row.line, "same date as in line " + std::to_string(other->second));
-    bars.keys.push_back(key);
-    for (const auto& [position, id] : layout.fields) {
-      bars.columns[id].push_back(read_value(row, position, name));
-    }
-  }
-  if (bars.keys.empty()) throw HostError(name + ": no bars");
-  return bars;
+  BarReader reader(name);
+  read_csv(text, name, [&reader](const CsvRow& row) { reader.take(row); });
+  return reader.bars();
 }
 
 std::string rows_json(const Bars& bars, const std::vector<uint32_t>& fields) {

@@ -15,12 +15,15 @@ struct Bars {
   std::map<uint32_t, std::vector<double>> columns;  ///< values by field id, NaN for an empty cell
 };
 
-/// Reads bars. The first line names the columns; columns of no known name are passed over. Throws
-/// HostError that names the line if anything in the file is wrong.
+/// Reads bars from a file, or from the standard input for "-". The first line names the columns;
+/// columns of no known name are passed over. Throws HostError that names the line if anything in
+/// the file is wrong.
 Bars read_bars(const std::string& path);
 Bars parse_bars(std::string_view text, const std::string& name);
 
-/// The row key of "2000-01-03", "2000-01-03 09:35", "2000-01-03 09:35:00" or the same in digits.
+/// The row key of "2000-01-03", "2000-01-03 09:35", "2000-01-03T09:35:00.000+08:00" or the same in
+/// digits. The clock time counts as it is written: a zone doesn't move it, and a fraction of the
+/// second is dropped.
 std::optional<int64_t> parse_key(std::string_view text);
 
 /// "2000-01-03", or with the time of day "2000-01-03 09:35:00".

@@ -1,20 +1,27 @@
 #include "commands.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iostream>
+#include <optional>
+#include <span>
 #include <utility>
 
+#include "advice/advice.h"
 #include "bars.h"
-#ifdef QUOR_CHART
+#ifdef QUOR_CHART_PROGRAM
+#include "program.h"
+#elif defined QUOR_CHART
 #include "chart/chart.h"
 #endif
 #include "errors.h"
 #include "events.h"
 #include "fields.h"
 #include "output.h"
+#include "parameters.h"
+#include "period.h"
 #include "references.h"
 #include "report.h"
-#include "script.h"
 #include "text.h"
 
 namespace quor_host {
@@ -41,18 +48,47 @@ Answers answers_of(const Options& options) {
   return answers;
 }
 
+/// The period that the user names, else the one that the bars tell, which one line says; nothing
+/// where they tell none. Without bars it is a day.
+std::optional<int32_t> period_of(const Options& options, const Bars* bars) {
+  if (!options.period.empty() || bars == nullptr) {
+    return parse_period(options.period).value_or(period_of_a_day);
+  }
+  const auto period = infer_period(bars->keys);
+  std::cerr << "quor: period: " << period_text(period.value_or(period_of_a_day))
+            << (period ? ", by the distances of the bars" : ", as the bars tell none")
+            << "; --period sets another\n";
+  return period;
+}
+
+Subject subject_of(const Options& options, std::optional<int32_t> period) {
+  Subject subject = options.subject;
+  subject.period = period.value_or(period_of_a_day);
+  return subject;
+}
+
+void warn(const std::string& text) { std::cerr << "quor: warning: " << text << '\n'; }
+
 /// A script in its instance, compiled.
 struct Compiled {
-  explicit Compiled(const Options& options)
-      : source(options.script_path.empty() ? options.script_text : read_file(options.script_path)),
-        statements(split_script(source)),
-        session(options.subject, answers_of(options)),
-        report_text(session.compile(source, read_optional(options.parameters_path),
-                                    read_optional(options.lines_path))),
-        report(parse_report(report_text)) {}
+  /// Without bars the period is the user's, or a day.
+  explicit Compiled(const Options& options, const Bars* bars = nullptr)
+      : source(options.script_path.empty() ? options.script_text : read_input(options.script_path)),
+        parameters(parameters_json(options.parameters_path, options.settings)),
+        period(period_of(options, bars)),
+        subject(subject_of(options, period)),
+        session(subject, answers_of(options)),
+        report_text(session.compile(source, parameters, read_optional(options.lines_path))),
+        report(parse_report(report_text)) {
+    for (const std::string& text : idle_settings(options.settings, quor_advice::names_in(source))) {
+      warn(text);
+    }
+  }
 
   std::string source;
-  std::vector<Statement> statements;
+  std::string parameters;
+  std::optional<int32_t> period;
+  Subject subject;
   Session session;
   std::string report_text;
   Report report;
@@ -61,18 +97,27 @@ struct Compiled {
 /// The script's named lines without their values.
 std::vector<Line> lines_of(const Compiled& compiled) {
   std::vector<Line> lines;
-  for (const std::string& name : declared_names(compiled.statements)) {
+  for (const std::string& name : quor_advice::names_in(compiled.source).lines) {
     const auto column = compiled.session.column_of(name);
     if (column) lines.push_back({name, *column, {}});
   }
   return lines;
 }
 
-void warn(const std::string& text) { std::cerr << "quor: warning: " << text << '\n'; }
+/// The fields that the script wants and the bars don't have. Notices stamp their own time if the
+/// client gives none, so nobody misses that one.
+std::vector<uint32_t> missing_fields(const Report& report, const Bars& bars) {
+  constexpr uint32_t field_notice_time = 199;
+  std::vector<uint32_t> missing;
+  for (const uint32_t id : report.fields) {
+    const bool is_own = id == field_time || id == field_notice_time;
+    if (!is_own && !bars.columns.contains(id)) missing.push_back(id);
+  }
+  return missing;
+}
 
 void warn_of_missing_data(const Report& report, const Bars& bars, const std::string& path) {
-  for (const uint32_t id : report.fields) {
-    if (id == field_time || bars.columns.contains(id)) continue;
+  for (const uint32_t id : missing_fields(report, bars)) {
     warn(path + " has no column for " + field_text(id) + ", which reads as null");
   }
   for (const auto* references : {&report.securities, &report.periods, &report.quotes}) {
@@ -83,8 +128,38 @@ void warn_of_missing_data(const Report& report, const Bars& bars, const std::str
   }
 }
 
-int print_script_failure(const Failure& failure, const Compiled& compiled) {
-  print_failure(std::cerr, failure, compiled.statements);
+using Findings = std::vector<quor_advice::Finding>;
+
+Findings findings_of(const Compiled& compiled, std::string_view answer = {},
+                     std::optional<quor_advice::RunFacts> run = std::nullopt) {
+  quor_advice::Input input;
+  input.script = compiled.source;
+  input.parameters = compiled.parameters;
+  input.report = compiled.report_text;
+  input.answer = answer;
+  input.period = compiled.period.value_or(0);
+  input.run = std::move(run);
+  return quor_advice::advise(input);
+}
+
+void show_findings(const Options& options, const Compiled& compiled, const Findings& findings) {
+  const std::string name = options.script_path.empty() ? "-e" : options.script_path;
+  std::cerr << quor_advice::compiler_text(findings, compiled.source, name);
+}
+
+int status_of(const Options& options, const Findings& findings) {
+  const bool fails = std::ranges::any_of(findings, [&options](const quor_advice::Finding& finding) {
+    return options.is_strict || finding.severity == quor_advice::Severity::error;
+  });
+  return fails ? exit_script_error : exit_sound;
+}
+
+/// The way out for a script that has an error.
+int report_failure(const Options& options, const Compiled& compiled, const Findings& findings) {
+  if (options.as_json) {
+    print_findings(std::cout, compiled.report_text, quor_advice::json_text(findings));
+  }
+  show_findings(options, compiled, findings);
   return exit_script_error;
 }
 
@@ -105,10 +180,21 @@ Results results_of(const Compiled& compiled, std::vector<int64_t> keys) {
   return results;
 }
 
-/// Feeds bars and references and runs the script.
-Failure calculate(const Options& options, Compiled& compiled, const Bars& bars) {
+/// The lines without a value on any bar from the first calculated one on.
+std::vector<std::string> null_lines(const std::vector<Line>& lines, size_t first_row) {
+  std::vector<std::string> names;
+  for (const Line& line : lines) {
+    const auto calculated = std::span(line.values).subspan(std::min(first_row, line.values.size()));
+    const auto is_null = [](double value) { return std::isnan(value); };
+    if (!calculated.empty() && std::ranges::all_of(calculated, is_null)) names.push_back(line.name);
+  }
+  return names;
+}
+
+/// Feeds bars and references, runs the script and gives the library's answer.
+std::string calculate(const Options& options, Compiled& compiled, const Bars& bars) {
   const auto columns = read_references(options.references, compiled.report, bars.keys);
-  warn_of_missing_data(compiled.report, bars, options.bars_path);
+  warn_of_missing_data(compiled.report, bars, input_name(options.bars_path));
   compiled.session.feed(rows_json(bars, compiled.report.fields));
   if (compiled.session.row_count() != bars.keys.size()) {
     throw HostError("the library took only " + std::to_string(compiled.session.row_count()) +
@@ -119,64 +205,75 @@ Failure calculate(const Options& options, Compiled& compiled, const Bars& bars) 
       compiled.session.set_cell(bars.keys[row], column.column, column.values[row]);
     }
   }
-  if (options.fire_signals) print_events(std::cout, compiled.session.shapes());
-  return parse_answer(compiled.session.calculate(options.first_row, options.fire_signals));
+  std::ostream& events = options.as_csv ? std::cerr : std::cout;
+  if (options.fire_signals) print_events(events, compiled.session.shapes());
+  return compiled.session.calculate(options.first_row, options.fire_signals);
 }
 
-/// Compiles and calculates; with success `use` gets the script and its bars.
+/// Compiles and calculates; with success `use` gets the script, its bars and its results.
 template <typename Use>
 int calculate_and(const Options& options, const Use& use) {
-  Compiled compiled(options);
-  Failure failure = compiled.report.failure;
-  if (failure.code == 0) {
-    const Bars bars = read_bars(options.bars_path);
-    failure = calculate(options, compiled, bars);
-    if (failure.code == 0) {
-      use(compiled, bars);
-      return exit_sound;
-    }
+  const Bars bars = read_bars(options.bars_path);
+  Compiled compiled(options, &bars);
+  if (compiled.report.failure.code != 0) {
+    return report_failure(options, compiled, findings_of(compiled));
   }
-  return print_script_failure(failure, compiled);
+  const std::string answer = calculate(options, compiled, bars);
+  quor_advice::RunFacts facts{bars.keys, {}, missing_fields(compiled.report, bars)};
+  if (parse_answer(answer).code != 0) {
+    return report_failure(options, compiled, findings_of(compiled, answer, facts));
+  }
+  Results results = results_of(compiled, bars.keys);
+  facts.null_lines = null_lines(results.lines, options.first_row);
+  const Findings findings = findings_of(compiled, answer, std::move(facts));
+  results.findings = quor_advice::json_text(findings);
+  show_findings(options, compiled, findings);
+  use(compiled, bars, results);
+  return status_of(options, findings);
 }
 
 }  // namespace
 
 int check_script(const Options& options) {
   const Compiled compiled(options);
-  if (options.as_json) std::cout << compiled.report_text << '\n';
-  const Failure& failure = compiled.report.failure;
-  if (failure.code != 0) return print_script_failure(failure, compiled);
-  if (options.as_json) return exit_sound;
-  print_report(std::cout, compiled.report, lines_of(compiled),
-               parse_texts(compiled.session.functions()),
-               parse_texts_under(compiled.session.shapes(), "ShapeName"));
-  return exit_sound;
+  const Findings findings = findings_of(compiled);
+  if (compiled.report.failure.code != 0) return report_failure(options, compiled, findings);
+  show_findings(options, compiled, findings);
+  if (options.as_json) {
+    print_findings(std::cout, compiled.report_text, quor_advice::json_text(findings));
+  } else {
+    print_report(std::cout, compiled.report, findings.empty(), lines_of(compiled),
+                 parse_texts(compiled.session.functions()),
+                 parse_texts_under(compiled.session.shapes(), "ShapeName"));
+  }
+  return status_of(options, findings);
 }
 
 int run_script(const Options& options) {
-  return calculate_and(options, [&options](const Compiled& compiled, const Bars& bars) {
-    const Results results = results_of(compiled, bars.keys);
+  return calculate_and(options, [&options](const Compiled&, const Bars&, const Results& results) {
     if (options.as_json) {
       print_json(std::cout, results);
+    } else if (options.as_csv) {
+      print_csv(std::cout, results, options.last);
     } else {
       print_table(std::cout, results, options.last);
     }
   });
 }
 
-#ifdef QUOR_CHART
+#ifdef QUOR_CHART_PROGRAM
 
-int draw_script(const Options& options) {
-  return calculate_and(options, [&options](const Compiled& compiled, const Bars& bars) {
-    draw_chart(compiled.session, bars, options.last, options.picture_size.at(0),
-               options.picture_size.at(1), options.picture_path);
-  });
+int draw_script(const Options& /*options*/, char** arguments) {
+  run_instead(QUOR_CHART_PROGRAM, arguments);
 }
 
-#else
+#elif defined QUOR_CHART
 
-int draw_script(const Options& /*options*/) {
-  throw HostError("built without Cairo and Pango, which 'chart' needs");
+int draw_script(const Options& options, char** /*arguments*/) {
+  return calculate_and(options,
+                       [&options](const Compiled& compiled, const Bars& bars, const Results&) {
+                         draw_chart(compiled.session, bars, options.bars_path, options.chart);
+                       });
 }
 
 #endif

@@ -37,15 +37,20 @@ std::vector<std::string> utf8_arguments(int /*argc*/, char** /*argv*/) {
   return arguments;
 }
 
-void prepare_output() {
+void prepare_streams() {
   SetConsoleOutputCP(CP_UTF8);
+  _setmode(_fileno(stdin), _O_BINARY);
   _setmode(_fileno(stdout), _O_BINARY);
   _setmode(_fileno(stderr), _O_BINARY);
 }
 
+bool is_watched() { return _isatty(_fileno(stderr)) != 0; }
+
 }  // namespace quor_host
 
 #else
+
+#include <unistd.h>
 
 namespace quor_host {
 
@@ -53,7 +58,9 @@ std::vector<std::string> utf8_arguments(int argc, char** argv) {
   return argc > 0 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
 }
 
-void prepare_output() {}
+void prepare_streams() {}
+
+bool is_watched() { return isatty(STDERR_FILENO) != 0; }
 
 }  // namespace quor_host
 

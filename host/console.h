@@ -1,4 +1,4 @@
-// What the program gets from the command line and prints to, the same bytes on every system.
+// What the program gets from the command line, reads and prints to, the same bytes on every system.
 #pragma once
 
 #include <string>
@@ -9,7 +9,10 @@ namespace quor_host {
 /// The arguments behind the program's name, in UTF-8 whatever the system's own code page is.
 std::vector<std::string> utf8_arguments(int argc, char** argv);
 
-/// Makes both outputs take UTF-8 and leave line ends as they are.
-void prepare_output();
+/// Makes both outputs take UTF-8, and all streams leave line ends as they are.
+void prepare_streams();
+
+/// Whether a person sees what goes to the error output.
+bool is_watched();
 
 }  // namespace quor_host

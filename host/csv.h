@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,8 +14,10 @@ struct CsvRow {
   std::vector<std::string> cells;
 };
 
-/// All rows of the text, blank lines left out. Throws HostError with the line at a stray or an open
-/// quote; `name` is what the text is called there.
-std::vector<CsvRow> read_csv(std::string_view text, const std::string& name);
+/// Hands on each row of the text, blank lines left out; the row is gone when `take` returns. Throws
+/// HostError with the line at a stray or an open quote, where the rows in front have been handed
+/// on; `name` is what the text is called there. What `take` throws ends the reading.
+void read_csv(std::string_view text, const std::string& name,
+              const std::function<void(const CsvRow&)>& take);
 
 }  // namespace quor_host

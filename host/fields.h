@@ -9,7 +9,11 @@
 namespace quor_host {
 
 inline constexpr uint32_t field_time = 1;
+inline constexpr uint32_t field_open = 7;
+inline constexpr uint32_t field_high = 8;
+inline constexpr uint32_t field_low = 9;
 inline constexpr uint32_t field_close = 11;
+inline constexpr uint32_t field_volume = 13;
 
 /// The id that a column header names: a field word in any case, or an id in decimal.
 std::optional<uint32_t> field_id(std::string_view header);

@@ -1,36 +1,84 @@
 // quor: compiles and runs scripts from the command line.
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <exception>
 #include <iostream>
-#include <utility>
+#include <limits>
 
 #include "commands.h"
 #include "console.h"
+#include "help.h"
+#include "period.h"
+#include "scan.h"
+#include "usage.h"
 
 namespace {
 
 using quor_host::Options;
+using quor_host::ScanOptions;
 
 constexpr int exit_failure = 1;
 constexpr int exit_usage = 2;
 
 constexpr auto footer = R"(
-Example: two averages over daily bars, and where the quick one is above the slow one.
-
-  quor run --bars samples/index-daily.csv --last 5 \
-    -e 'QUICK:MA(C,5); SLOW:MA(C,20); ABOVE:QUICK>SLOW;'
+  quor help            lists all words of the language
+  quor help MA         explains a word, with an example
+  quor run --help      explains a command, with examples
 
 A script is a list of statements, each closed by ';'. 'NAME:expression;' is a line that is drawn,
-'NAME:=expression;' one that is only calculated. Bars are a file of comma-separated values with the
-names of the columns in its first line: date and close must be there, and time, open, high, low,
-volume, amount, or the id of any other field as a number if the script asks for them. A date reads
-2000-01-03, 2000-01-03 09:35, or 20000103093500.
+'NAME:=expression;' one that is only calculated.
 
 Exit status: 0 for success, 1 for an error in the script or in a file, 2 for a wrong command.)";
 
+constexpr auto check_footer = R"(
+Examples: a file, and a script as an argument.
+
+  quor check samples/kdj.quor
+  quor check -e 'MA5:MA(C,N),COLORRED;' --set N=5)";
+
+constexpr auto bars_footer = R"(
+Bars are comma-separated values with the names of the columns in the first line: date and close must
+be there, and time, open, high, low, volume, amount, or the id of any other field as a number if the
+script asks for them. A date reads 2000-01-03, 2000-01-03 09:35, 2000-01-03T09:35:00.000+08:00 or
+20000103093500; its clock time counts as it is written.)";
+
+constexpr auto run_examples = R"(
+Examples: two averages over daily bars, and where the quick one is above the slow one; the same
+script over bars from a pipe, for a spreadsheet.
+
+  quor run --bars samples/index-daily.csv --last 5 \
+    -e 'QUICK:MA(C,5); SLOW:MA(C,20); ABOVE:QUICK>SLOW;'
+  cat bars.csv | quor run averages.quor --bars - --csv >lines.csv
+)";
+
+constexpr auto scan_examples = R"(
+Example: the securities of a folder whose close has come to stand above its average.
+
+  quor scan -e 'BUY:CROSS(C,MA(C,20));' bars/ --where 'BUY=1' --last 5
+)";
+
+constexpr auto chart_examples = R"(
+Example: the last 250 bars with the lines of a script.
+
+  quor chart samples/kdj.quor --bars samples/index-daily.csv --out kdj.png --last 250
+)";
+
+constexpr auto help_footer = R"(
+Examples: the list of all words, one word, one command.
+
+  quor help
+  quor help MA
+  quor help run)";
+
+std::string check_period(const std::string& text) {
+  if (quor_host::parse_period(text)) return {};
+  return "'" + text +
+         "' is no period; write 5min, 15s, 2hour, day, week, month, quarter, year or a code such "
+         "as 0x3005";
+}
+
 void add_script_options(CLI::App& command, Options& options) {
-  auto* const path = command.add_option("SCRIPT", options.script_path, "File with the script");
+  auto* const path =
+      command.add_option("SCRIPT", options.script_path, "File with the script, - for a pipe");
   auto* const text = command.add_option("-e", options.script_text, "The script itself");
   path->type_name("");
   text->type_name("TEXT")->excludes(path);
@@ -38,19 +86,27 @@ void add_script_options(CLI::App& command, Options& options) {
       .add_option("--params", options.parameters_path,
                   "JSON: [{\"PARAM_NAME\":\"N\",\"DEFAULT\":5}, ...]")
       ->type_name("FILE");
+  command.add_option("--set", options.settings, "The value of a parameter; may be repeated")
+      ->type_name("NAME=NUMBER")
+      ->expected(1)
+      ->take_all();
   command
       .add_option("--lines", options.lines_path,
                   "JSON: [{\"LINE_NAME\":\"MA5\",\"COLOR_KEY\":\"...\",\"LINE_THICK\":1}, ...]")
       ->type_name("FILE");
   command
-      .add_option("--period", options.subject.period,
-                  "Period code of the bars: 0x4000 one day, 0x3005 five minutes")
-      ->type_name("CODE")
-      ->default_str("0x4000");
+      .add_option(
+          "--period", options.period,
+          "Period of the bars: 5min, 15s, 2hour, day, week, month, quarter, year, or a code "
+          "such as 0x3005; by default what the distances of the bars tell, else day")
+      ->type_name("PERIOD")
+      ->check(CLI::Validator(check_period, ""));
   command.add_option("--code", options.subject.security, "Code of the security")
       ->type_name("SECURITY");
   command.add_option("--market", options.subject.market, "Its market")->type_name("WORD");
-  command.add_option("--timezone", options.subject.time_zone, "Its time zone")
+  command
+      .add_option("--timezone", options.subject.time_zone,
+                  "Its time zone; calendars bring their own")
       ->type_name("TEXT")
       ->capture_default_str();
   command
@@ -61,18 +117,22 @@ void add_script_options(CLI::App& command, Options& options) {
       ->expected(1)
       ->take_all();
   command.add_flag("--trading", options.is_trading, "The market is open now");
+  command.add_flag("--strict", options.is_strict, "Exit with status 1 for a warning, too");
 }
 
 void add_check(CLI::App& app, Options& options) {
   CLI::App& check = *app.add_subcommand("check", "Compile a script and say what it needs");
+  check.footer(check_footer);
   add_script_options(check, options);
-  check.add_flag("--json", options.as_json, "Print the report as the library gives it");
+  check.add_flag("--json", options.as_json, "Print the report and the findings as JSON");
 }
 
 /// What a command that calculates takes.
 void add_bar_options(CLI::App& command, Options& options) {
   add_script_options(command, options);
-  command.add_option("--bars", options.bars_path, "Bars, comma-separated, with a header")
+  command
+      .add_option("--bars", options.bars_path,
+                  "Bars, comma-separated, with a header; - for bars from a pipe")
       ->type_name("FILE.csv")
       ->required();
   command.add_option("--calendar", options.calendar_path, "The security's trading calendar, JSON")
@@ -88,68 +148,137 @@ void add_bar_options(CLI::App& command, Options& options) {
 
 void add_run(CLI::App& app, Options& options) {
   CLI::App& run = *app.add_subcommand("run", "Run a script over bars and print its lines");
+  run.footer(std::string(run_examples) + bars_footer);
   add_bar_options(run, options);
-  run.add_option("--last", options.last, "How many bars to print")
-      ->type_name("N")
-      ->capture_default_str();
-  run.add_flag("--json", options.as_json, "Print all bars, the report and the drawings as JSON");
+  run.add_option("--last", options.last, "How many bars to print; 10 by default, all with --csv")
+      ->type_name("N");
+  auto* const json =
+      run.add_flag("--json", options.as_json,
+                   "Print all bars, the report, the findings and the drawings as JSON");
+  run.add_flag("--csv", options.as_csv,
+               "Print comma-separated values in full precision, null as an empty cell")
+      ->excludes(json);
   run.add_option("--from", options.first_row, "First row to calculate, 0 the oldest bar")
       ->type_name("ROW")
       ->capture_default_str();
   run.add_flag("--fire", options.fire_signals, "Raise notices and trade signals, and print them");
 }
 
+#ifdef QUOR_CHART
 void add_chart(CLI::App& app, Options& options) {
   CLI::App& chart = *app.add_subcommand("chart", "Draw the bars and what a script draws");
+  chart.footer(std::string(chart_examples) + bars_footer);
   add_bar_options(chart, options);
-  chart.add_option("--out", options.picture_path, "The picture")
-      ->type_name("FILE.svg|FILE.png")
-      ->required();
-  chart.add_option("--last", options.last, "How many bars to draw, 2000 at most; 120 by default")
-      ->type_name("N");
-  chart
-      .add_option("--size", options.picture_size, "Width and height in pixels; 1200x800 by default")
-      ->type_name("WxH")
-      ->delimiter('x')
-      ->expected(2)
-      ->check(CLI::Range(200, 8000));
+  quor_host::add_chart_options(chart, options.chart);
+}
+#endif
+
+void add_help(CLI::App& app, quor_host::HelpOptions& options) {
+  CLI::App& help = *app.add_subcommand("help", "Explain words of the language and commands");
+  help.footer(help_footer);
+  help.add_option("TOPIC", options.topics, "Words of the language, or commands")->type_name("");
+  // For completion and for those who keep the documentation.
+  help.add_flag("--list", options.lists_words, "Print all words, one in a line")->group("");
+  help.add_flag("--index", options.prints_index, "Print the index of words in Markdown")->group("");
 }
 
-int run_command(const CLI::App& app, const Options& options) {
-  const CLI::App& command = *app.get_subcommands().front();
-  if (command.count("SCRIPT") + command.count("-e") == 0) {
+void add_scan(CLI::App& app, ScanOptions& options) {
+  CLI::App& scan = *app.add_subcommand(
+      "scan",
+      "Run a script over many securities, a file of bars each, and print the latest values");
+  scan.footer(scan_examples);
+  scan.add_option("SCRIPT", options.paths,
+                  "File with the script; then files of bars, or folders with such files (*.csv). A "
+                  "security has the name of its file")
+      ->type_name("FILES|FOLDERS...")
+      ->required();
+  scan.add_option("-e", options.script_text, "The script itself, in place of a file")
+      ->type_name("TEXT");
+  scan.add_option(
+          "--where", options.condition,
+          "Only bars at which this expression over the script's lines holds, such as 'BUY=1'")
+      ->type_name("TEXT");
+  scan.add_option("--last", options.last, "How many bars of each security to look at")
+      ->type_name("N")
+      ->capture_default_str();
+  scan.add_option("--set", options.parameters, "A parameter of the script; may be repeated")
+      ->type_name("NAME=NUMBER")
+      ->expected(1)
+      ->take_all();
+  scan.add_option("--period", options.period,
+                  "Period of the bars: 5min, day, week, ..., or its code")
+      ->type_name("NAME")
+      ->default_str("day");
+  scan.add_option("--market", options.market, "The market of all securities")->type_name("WORD");
+  scan.add_option("--jobs", options.jobs,
+                  "How many files at a time; by default as many as there are "
+                  "processors")
+      ->type_name("K");
+  scan.add_option("--sort", options.sort_line, "Sort by the values of this line, smallest first")
+      ->type_name("NAME");
+  scan.add_flag("--reverse", options.reverse, "Sort the other way round");
+  auto* const csv = scan.add_flag("--csv", options.as_csv, "Print comma-separated values");
+  scan.add_flag("--json", options.as_json, "Print JSON")->excludes(csv);
+}
+
+/// How often the option is given; 0 for a command without it.
+size_t count(const CLI::App& command, const std::string& option) {
+  const CLI::Option* const found = command.get_option_no_throw(option);
+  return found == nullptr ? 0 : found->count();
+}
+
+int run_command(const CLI::App& command, Options options, [[maybe_unused]] char** argv) {
+  if (count(command, "SCRIPT") + count(command, "-e") == 0) {
     std::cerr << "quor: no script: give a file or -e 'TEXT'\n";
     return exit_usage;
   }
+  if (options.script_path == "-" && options.bars_path == "-") {
+    std::cerr << "quor: the script and the bars can't both come from the pipe\n";
+    return exit_usage;
+  }
   if (command.get_name() == "check") return check_script(options);
-  if (command.get_name() == "run") return run_script(options);
-  Options picture = options;
-  if (command.count("--last") == 0) picture.last = 120;
-  return draw_script(picture);
+#ifdef QUOR_CHART
+  if (command.get_name() == "chart") return draw_script(options, argv);
+#endif
+  if (options.as_csv && count(command, "--last") == 0) {
+    options.last = std::numeric_limits<size_t>::max();
+  }
+  return run_script(options);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   try {
-    quor_host::prepare_output();
-    std::vector<std::string> arguments = quor_host::utf8_arguments(argc, argv);
-    std::ranges::reverse(arguments);  // the order that the parser wants them in
+    quor_host::prepare_streams();
+    const std::vector<std::string> arguments = quor_host::utf8_arguments(argc, argv);
     CLI::App app("Compiles indicator scripts and runs them over bars of a security.", "quor");
     Options options;
+    quor_host::HelpOptions help;
+    ScanOptions scan;
     app.require_subcommand(1);
     app.allow_windows_style_options(false);  // a path may begin with a slash on any system
     app.footer(footer);
     app.set_version_flag("--version", "quor " QUOR_VERSION);
     add_check(app, options);
     add_run(app, options);
+#ifdef QUOR_CHART
     add_chart(app, options);
+#endif
+    add_scan(app, scan);
+    add_help(app, help);
     try {
-      app.parse(std::move(arguments));
+      // The parser takes them from the back.
+      app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::ParseError& error) {
-      return app.exit(error) == 0 ? 0 : exit_usage;
+      if (error.get_exit_code() == 0) return app.exit(error);
+      std::cerr << "quor: " << quor_host::explain(app, error, arguments) << '\n';
+      return exit_usage;
     }
-    return run_command(app, options);
+    const CLI::App& command = *app.get_subcommands().front();
+    if (command.get_name() == "help") return print_help(app, help) ? 0 : exit_failure;
+    if (command.get_name() == "scan") return scan_files(scan);
+    return run_command(command, options, argv);
   } catch (const std::exception& error) {
     std::cerr << "quor: " << error.what() << '\n';
     return exit_failure;

@@ -15,8 +15,6 @@
 namespace quor_host {
 namespace {
 
-using Cells = std::vector<std::string>;
-
 /// Places on the screen: one for each character, two for the wide ones of East Asia.
 size_t width_of(std::string_view text) {
   size_t width = 0;
@@ -37,13 +35,13 @@ std::string with_width(const std::string& text, size_t width, bool to_the_right)
 }
 
 /// Enough decimals for the size of the numbers; whole numbers need none.
-int decimals_of(const std::vector<double>& values, size_t first) {
+int decimals_of(std::span<const double> values) {
   double largest = 0.0;
   bool whole = true;
-  for (size_t row = first; row < values.size(); ++row) {
-    if (!std::isfinite(values[row])) continue;
-    largest = std::max(largest, std::abs(values[row]));
-    whole = whole && values[row] == std::trunc(values[row]);
+  for (const double value : values) {
+    if (!std::isfinite(value)) continue;
+    largest = std::max(largest, std::abs(value));
+    whole = whole && value == std::trunc(value);
   }
   if (whole) return 0;
   return largest < 10.0 ? 6 : 3;
@@ -55,27 +53,6 @@ std::string number_text(double value, int decimals) {
   const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value,
                                  std::chars_format::fixed, decimals);
   return {digits.data(), end.ptr};
-}
-
-Cells number_cells(const Line& line, size_t first) {
-  Cells cells{line.name};
-  const int decimals = decimals_of(line.values, first);
-  for (size_t row = first; row < line.values.size(); ++row) {
-    cells.push_back(number_text(line.values[row], decimals));
-  }
-  return cells;
-}
-
-Cells key_cells(const std::vector<int64_t>& keys, size_t first) {
-  constexpr int64_t day = 1000000;
-  const auto has_time = [](int64_t key) { return key % day != 0; };
-  const bool with_time =
-      std::ranges::any_of(keys.begin() + static_cast<ptrdiff_t>(first), keys.end(), has_time);
-  Cells cells{"date"};
-  for (size_t row = first; row < keys.size(); ++row) {
-    cells.push_back(key_text(keys[row], with_time));
-  }
-  return cells;
 }
 
 std::string join(const std::vector<std::string>& texts) {
@@ -120,34 +97,42 @@ void print_array(std::ostream& out, const List& list, const Write& write) {
   out << ']';
 }
 
+size_t first_of_last(const Results& results, size_t count) {
+  return results.keys.size() - std::min(results.keys.size(), count);
+}
+
+/// A cell as the readers of comma-separated values expect it.
+std::string csv_cell(const std::string& text) {
+  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  std::string quoted = "\"";
+  for (const char c : text) quoted += c == '"' ? "\"\"" : std::string(1, c);
+  return quoted + '"';
+}
+
+std::string csv_number(double value) {
+  if (std::isnan(value)) return {};
+  if (std::isinf(value)) return value > 0 ? "inf" : "-inf";
+  return json_number(value);
+}
+
 /// Texts of the library are not escaped; one that is no JSON for that reason goes out as a string.
 std::string as_json(const std::string& text) { return is_json(text) ? text : json_string(text); }
 
 }  // namespace
 
-void print_failure(std::ostream& out, const Failure& failure,
-                   const std::vector<Statement>& statements) {
-  out << "error " << failure.code << ": " << code_words(failure.code);
-  if (!failure.message.empty()) out << ": " << failure.message;
-  out << '\n';
-  if (!failure.statement) return;
-  out << "  in statement " << *failure.statement << " (the first is 0)";
-  if (*failure.statement < statements.size()) {
-    const Statement& statement = statements[*failure.statement];
-    out << ", line " << statement.line << ": " << statement.text;
-  }
-  out << '\n';
+void print_findings(std::ostream& out, const std::string& report, const std::string& findings) {
+  out << "{\"report\":" << as_json(report) << ",\n\"findings\":" << findings << "}\n";
 }
 
-void print_report(std::ostream& out, const Report& report, const std::vector<Line>& lines,
-                  const std::vector<std::string>& functions,
+void print_report(std::ostream& out, const Report& report, bool is_sound,
+                  const std::vector<Line>& lines, const std::vector<std::string>& functions,
                   const std::vector<std::string>& drawings) {
   std::vector<std::string> fields;
   for (const uint32_t id : report.fields) fields.push_back(field_text(id));
   std::vector<std::string> columns;
   for (const Line& line : lines)
     columns.push_back(line.name + " (" + std::to_string(line.column) + ')');
-  out << "The script is sound.\n";
+  out << (is_sound ? "The script is sound.\n" : "The script compiles, with warnings.\n");
   print_item(out, "lines", join(columns));
   print_item(out, "functions", join(functions));
   print_item(out, "drawings", counted(drawings));
@@ -161,26 +146,61 @@ void print_report(std::ostream& out, const Report& report, const std::vector<Lin
   print_item(out, "notices", report.has_notices ? "raised" : "none");
 }
 
+Cells number_cells(const std::string& name, std::span<const double> values) {
+  Cells cells{name};
+  const int decimals = decimals_of(values);
+  for (const double value : values) cells.push_back(number_text(value, decimals));
+  return cells;
+}
+
+Cells key_cells(std::span<const int64_t> keys) {
+  constexpr int64_t day = 1000000;
+  const bool with_time = std::ranges::any_of(keys, [](int64_t key) { return key % day != 0; });
+  Cells cells{"date"};
+  for (const int64_t key : keys) cells.push_back(key_text(key, with_time));
+  return cells;
+}
+
 void print_table(std::ostream& out, const Results& results, size_t count) {
-  const size_t rows = results.keys.size();
-  const size_t first = rows - std::min(rows, count);
-  std::vector<Cells> columns{key_cells(results.keys, first)};
-  for (const Line& line : results.lines) columns.push_back(number_cells(line, first));
+  count = std::min(count, results.keys.size());
+  std::vector<Cells> columns{key_cells(std::span(results.keys).last(count))};
+  for (const Line& line : results.lines) {
+    const std::span values(line.values);
+    columns.push_back(number_cells(line.name, values.last(std::min(count, values.size()))));
+  }
+  print_cells(out, columns, 1);
+}
+
+void print_cells(std::ostream& out, const std::vector<Cells>& columns, size_t left_columns) {
   std::vector<size_t> widths;
   for (const Cells& cells : columns) {
     widths.push_back(width_of(*std::ranges::max_element(cells, {}, width_of)));
   }
   for (size_t row = 0; row < columns.front().size(); ++row) {
-    std::string text = with_width(columns[0][row], widths[0], false);
-    for (size_t column = 1; column < columns.size(); ++column) {
-      text += "  " + with_width(columns[column][row], widths[column], true);
+    for (size_t column = 0; column < columns.size(); ++column) {
+      out << (column == 0 ? "" : "  ")
+          << with_width(columns[column][row], widths[column], column >= left_columns);
     }
-    out << text << '\n';
+    out << '\n';
+  }
+}
+
+void print_csv(std::ostream& out, const Results& results, size_t count) {
+  const size_t first = first_of_last(results, count);
+  const Cells keys = key_cells(std::span(results.keys).subspan(first));
+  out << keys[0];
+  for (const Line& line : results.lines) out << ',' << csv_cell(line.name);
+  out << '\n';
+  for (size_t row = first; row < results.keys.size(); ++row) {
+    out << keys[row - first + 1];
+    for (const Line& line : results.lines) out << ',' << csv_number(line.values[row]);
+    out << '\n';
   }
 }
 
 void print_json(std::ostream& out, const Results& results) {
-  out << "{\"report\":" << as_json(results.report) << ",\n\"keys\":";
+  out << "{\"report\":" << as_json(results.report) << ",\n\"findings\":" << results.findings
+      << ",\n\"keys\":";
   print_array(out, results.keys, [](int64_t key) { return std::to_string(key); });
   out << ",\n\"lines\":{";
   bool first = true;

@@ -13,47 +13,6 @@ namespace {
 
 namespace dom = simdjson::dom;
 
-struct CodeWords {
-  int64_t code;
-  std::string_view words;
-};
-
-constexpr CodeWords code_table[] = {
-    {0, "no error"},
-    {1, "an argument is a word that nothing defines"},
-    {2, "a word that nothing defines"},
-    {3, "a style word stands where its subject is missing"},
-    {4, "an operand is missing"},
-    {5, "a quote is left open"},
-    {6, "parentheses are missing or don't match"},
-    {7, "wrong number of arguments"},
-    {8, "a notice or trade signal can't have a name"},
-    {9, "a reference in double quotes must stand right behind ':' or '='"},
-    {10, "a reference in double quotes lacks its '$'"},
-    {11, "a reference in double quotes lacks its code"},
-    {12, "a function word can't be a name"},
-    {13, "a name can't hold '~'"},
-    {14, "the statement has no ';' at its end"},
-    {15, "a branch can't stand there as an argument"},
-    {2000, "a variable is gone"},
-    {2001, "an expression is a bare reference"},
-    {2002, "unknown field of a quote"},
-    {2003, "unknown number of a sign"},
-    {2004, "the name is taken"},
-    {2006, "ZIG can't be called"},
-    {2007, "unknown unit of a period"},
-    {2008, "the unit doesn't allow this multiple"},
-    {2009, "the period isn't longer than that of the bars"},
-    {2010, "unknown field of a reference"},
-    {2011, "a short form lacks its digit or text"},
-    {2012, "a constant or a short form is out of bounds"},
-    {2013, "unknown colour"},
-    {2014, "a second drawing word in one statement"},
-    {2015, "a notice can't stand in a script that looks ahead"},
-    {2016, "a trade signal can't stand in a script that looks ahead"},
-    {4000, "an exception"},
-};
-
 template <typename Number>
 std::optional<Number> leading_number(std::string_view text) {
   Number number = 0;
@@ -164,11 +123,6 @@ std::vector<std::string> parse_texts_under(const std::string& json, std::string_
 bool is_json(const std::string& text) {
   dom::parser parser;
   return parser.parse(text).error() == simdjson::SUCCESS;
-}
-
-std::string_view code_words(int64_t code) {
-  const auto* const row = std::ranges::find(code_table, code, &CodeWords::code);
-  return row == std::end(code_table) ? "unknown error" : row->words;
 }
 
 }  // namespace quor_host

@@ -50,7 +50,4 @@ std::vector<std::string> parse_texts_under(const std::string& json, std::string_
 /// Whether the text can stand inside another JSON text.
 bool is_json(const std::string& text);
 
-/// What an error code means.
-std::string_view code_words(int64_t code);
-
 }  // namespace quor_host

@@ -54,11 +54,15 @@ std::string take_text(char* buffer, uint32_t length) {
 
 }  // namespace
 
-Session::Session(const Subject& subject, Answers answers) : handle_(create_instance()) {
+Session::Session(const Subject& subject, Answers answers)
+    : subject_(subject), handle_(create_instance()) {
   if (handle_ == 0) throw HostError("the library has no memory for an instance");
   current_answers() = std::move(answers);
+  // Without a security there is no calendar to complain of.
   constexpr uint8_t errors_and_calendar = 1;
-  set_logger_handler(show_log_line, errors_and_calendar);
+  constexpr uint8_t errors = 2;
+  const bool has_calendar = !subject.security.empty() && !subject.market.empty();
+  set_logger_handler(show_log_line, has_calendar ? errors_and_calendar : errors);
   set_get_extra_data_callback(handle_, answer_market_constant);
   set_get_trade_time_callback(handle_, answer_trading);
   set_get_trade_dates_callback(answer_trade_dates);

@@ -31,6 +31,8 @@ class Session {
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
+  const Subject& subject() const { return subject_; }
+
   /// Each gives the text that the library answers.
   std::string compile(std::string_view script, std::string_view parameters,
                       std::string_view lines) const;
@@ -46,6 +48,7 @@ class Session {
   double cell(uint32_t row, uint32_t column) const;
 
  private:
+  Subject subject_;
   int64_t handle_;
 };
 

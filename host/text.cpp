@@ -1,23 +1,65 @@
 #include "text.h"
 
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
+#include <system_error>
+#include <utility>
 
 #include "errors.h"
 
 namespace quor_host {
 
-std::string read_file(const std::string& path) {
-  const std::filesystem::path name(std::u8string(path.begin(), path.end()));
-  std::ifstream file(name, std::ios::binary);
-  if (!file) throw HostError(path + ": can't be opened");
-  std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  if (file.bad()) throw HostError(path + ": can't be read");
+namespace {
+
+/// The bytes behind the mark that some editors put in front of UTF-8.
+std::string without_byte_order_mark(std::string bytes, const std::string& name) {
+  constexpr std::string_view utf8_mark = "\xEF\xBB\xBF";
+  if (bytes.starts_with(utf8_mark)) bytes.erase(0, utf8_mark.size());
+  if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) {
+    throw HostError(name + ": the text is UTF-16; save it as UTF-8");
+  }
   return bytes;
 }
+
+std::string read_all(std::istream& stream, const std::string& name) {
+  std::string bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+  if (stream.bad()) throw HostError(name + ": can't be read");
+  bytes = without_byte_order_mark(std::move(bytes), name);
+  if (bytes.empty()) throw HostError(name + ": is empty");
+  return bytes;
+}
+
+}  // namespace
+
+std::string read_file(const std::string& path) {
+  const std::filesystem::path name(std::u8string(path.begin(), path.end()));
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(name, error);
+  if (status.type() == std::filesystem::file_type::not_found) {
+    throw HostError(path + ": there is no such file");
+  }
+  if (status.type() == std::filesystem::file_type::directory) {
+    throw HostError(path + ": is a directory, not a file");
+  }
+  errno = 0;
+  std::ifstream file(name, std::ios::binary);
+  if (!file) {
+    const std::string reason = errno == 0 ? "" : ": " + std::generic_category().message(errno);
+    throw HostError(path + ": can't be opened" + reason);
+  }
+  return read_all(file, path);
+}
+
+std::string read_input(const std::string& path) {
+  return path == "-" ? read_all(std::cin, input_name(path)) : read_file(path);
+}
+
+std::string input_name(const std::string& path) { return path == "-" ? "standard input" : path; }
 
 std::string to_upper(std::string_view text) {
   std::string upper(text);

@@ -7,8 +7,15 @@
 
 namespace quor_host {
 
-/// The bytes of a file. Throws HostError.
+/// The bytes of a text file, without a byte order mark. Throws HostError for a file that isn't
+/// there, can't be read, is empty or isn't UTF-8.
 std::string read_file(const std::string& path);
+
+/// The same; "-" stands for the standard input.
+std::string read_input(const std::string& path);
+
+/// What messages call it.
+std::string input_name(const std::string& path);
 
 /// ASCII letters only; other bytes stay.
 std::string to_upper(std::string_view text);

@@ -113,8 +113,9 @@ QUOR_API void create_reserved_field(int64_t handle, const char* name, uint32_t c
                                     uint32_t name_length);
 
 /* Says what the instance is about: the host's period code (0x4000 one day, 0x3005 five minutes,
- * ...), security, market, a text without use, and a time zone of the form "UTC+08:00" (any other
- * length means UTC+08:00). Any null pointer does nothing. */
+ * ...), security, market, a text without use, and a time zone of the form "UTC+08:00", which
+ * nothing reads at present: the zone of a market comes with its calendar. Any null pointer does
+ * nothing. */
 QUOR_API void set_indicator_extra_info(int64_t handle, uint32_t period_code, const char* security,
                                        const char* market, const char* text, const char* time_zone,
                                        uint32_t security_length, uint32_t market_length,
@@ -171,7 +172,8 @@ QUOR_API void clear_data(int64_t handle);
 
 /* Calculates all statements from `first_row` to the last bar. With `fire_signals` other than 0
  * notices and trade signals reach their handlers. Returns {"ErrCode":0,"ExtraMsg":"","ErrLine":""};
- * a code other than 0 says which statement stopped the run. Bad handle: null, length unwritten. */
+ * a code other than 0 says what stopped the run and, where it is known, in which statement. Bad
+ * handle: null, length unwritten. */
 QUOR_API char* exec_parser_cal(int64_t handle, uint32_t first_row, uint8_t fire_signals,
                                uint32_t* length);
 

@@ -185,6 +185,8 @@ constexpr const char* entangled[] = {
     "A:SIGN(C-O);B:=SIGN(SIGN(C-O))+MOD(C,O-O);D:=MAX(SIGN(C-O),B);",
     "A:=ZIGZAG(C,2,0);B:=MA(C,4);D:=HHV(A,5)+B;",
     "A:=DIVERGENCE(C,O,2,5,1);B:=MA(C,3);",
+    "X:C-O;B:REF(HHVBARS(C-O,7),0-4);D:=LLV(C-O,3)+REFX(X,1);",
+    "X:C-O;B:HHV(C-O,7);X2:O-X;D:=STD(O-X,4)+MA(C-O,3);",
     "K:C;M:K;A:=MA(K,3)+EMA(M,2);",
     "A:=COUNT(C>O,EMA(BARPOS,3));B:=SUM(V,BARPOS/2);D:=MA(C,3+(C>O)*2);",
 };

@@ -1,6 +1,7 @@
 // Rows and columns, through the C interface: keys, intake of rows in any order, single cells,
 // reads.
 #include <gtest/gtest.h>
+#include <simdjson.h>
 
 #include <algorithm>
 #include <map>
@@ -147,6 +148,22 @@ TEST_F(DataTable, MergesLikeRowByRow) {
     ASSERT_TRUE(same(host_.column(1), keys)) << json;
     ASSERT_TRUE(same(host_.column(11), values)) << json;
   }
+}
+
+// Reading JSON is what takes long in the intake, so the library holds a kernel for each kind of
+// processor and takes the best that this one can run.
+TEST(JsonKernels, TheBestOfTheProcessorIsTaken) {
+  std::vector<std::string> runnable;
+  for (const simdjson::implementation* kernel : simdjson::get_available_implementations()) {
+    if (kernel->supported_by_runtime_system()) runnable.push_back(kernel->name());
+  }
+  ASSERT_FALSE(runnable.empty());
+#ifdef __x86_64__
+  EXPECT_EQ(simdjson::get_available_implementations().size(), 4U);
+#endif
+  simdjson::dom::parser parser;
+  ASSERT_EQ(parser.parse("[1]", 3).error(), simdjson::SUCCESS);
+  EXPECT_EQ(simdjson::get_active_implementation()->name(), runnable.front());
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <cctype>
 #include <charconv>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <optional>
@@ -14,7 +15,9 @@
 #include <utility>
 #include <vector>
 
+#include "advice/word_index.h"
 #include "core/status.h"
+#include "support/advice_cases.h"
 #include "support/test_host.h"
 #include "tables/function_table.h"
 
@@ -23,10 +26,12 @@ namespace {
 
 constexpr uint32_t five_minutes = 0x3005;
 
-std::string guide() {
-  std::ifstream file(QUOR_DOCS "/language.md");
+std::string text_of(const std::filesystem::path& path) {
+  std::ifstream file(path);
   return {std::istreambuf_iterator<char>(file), {}};
 }
+
+std::string guide() { return text_of(QUOR_DOCS "/language.md"); }
 
 std::vector<std::string> lines_of(const std::string& text) {
   std::istringstream stream(text);
@@ -96,6 +101,11 @@ TEST(Docs, language_names_every_word) {
   }
 }
 
+TEST(Docs, language_ends_with_the_index_of_words) {
+  EXPECT_TRUE(guide().ends_with("-->\n" + quor_advice::word_index()))
+      << "tools/word-index.sh writes it anew";
+}
+
 TEST(Docs, language_explains_every_code) {
   std::set<int64_t> codes;
   for (const std::string& line : lines_of(error_table(guide()))) {
@@ -122,6 +132,7 @@ TEST(Docs, language_shows_scripts_that_compile) {
   std::string message;
   for (const std::string& script : scripts) {
     EXPECT_EQ(code_for(script, message), 0) << script << '\n' << message;
+    EXPECT_EQ(findings_text(script), "") << script;
   }
 }
 
@@ -133,6 +144,51 @@ TEST(Docs, language_shows_scripts_that_raise_their_codes) {
     if (!code || !example) continue;
     EXPECT_EQ(code_for(*example, message), *code) << *example << '\n' << message;
   }
+}
+
+TEST(Docs, cookbook_shows_every_sample) {
+  const std::string page = text_of(QUOR_DOCS "/cookbook.md");
+  size_t samples = 0;
+  std::string message;
+  for (const auto& entry : std::filesystem::directory_iterator(QUOR_SAMPLES "/cookbook")) {
+    const std::string script = text_of(entry.path());
+    EXPECT_NE(page.find("```quor\n" + script + "```\n"), std::string::npos) << entry.path();
+    EXPECT_EQ(code_for(script, message), 0) << entry.path() << '\n' << message;
+    ++samples;
+  }
+  EXPECT_EQ(samples, fenced_scripts(page).size());
+}
+
+/// "TempBrushKey.#CC3030": the value behind the key that a script's line has.
+std::string colour_value(const std::string& word) {
+  TestHost host;
+  host.compile("A:C," + word + ";");
+  const std::string shapes = host.shapes();
+  const size_t mark = shapes.find("TempBrushKey.#");
+  return mark == std::string::npos ? "none" : shapes.substr(mark + 13, 7);
+}
+
+/// "#CC3030": the value that comes next behind the word.
+std::string value_behind(const std::string& text, const std::string& word, std::string_view mark) {
+  const size_t at = text.find(mark, text.find(word));
+  return at == std::string::npos ? "none" : text.substr(at + mark.size() - 1, 7);
+}
+
+TEST(Docs, colours_have_the_values_of_the_records) {
+  const std::string text = guide();
+  const std::string table = text.substr(text.find("\n### Colours"));
+  const std::string picture = text_of(QUOR_DOCS "/colours.svg");
+  const std::string hosts = text_of(QUOR_DOCS "/host.md");
+  size_t colours = 0;
+  for (const std::string& word : words_in_code(table)) {
+    const std::string value = word.starts_with("COLOR") ? colour_value(word) : "none";
+    if (value == "none") continue;
+    ++colours;
+    EXPECT_EQ(value_behind(table, '`' + word + '`', "#"), value) << word;
+    EXPECT_EQ(value_behind(hosts, '`' + word + '`', "#"), value) << word;
+    EXPECT_EQ(value_behind(picture, '>' + word + '<', ">#"), value) << word;
+  }
+  EXPECT_EQ(colours, 15U);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
-# Fails unless the library shows exactly the functions of its interface.
-#   cmake -DNM=... -DOBJDUMP=... -DLIBRARY=... -P exports.cmake
+# Fails unless the library shows exactly the functions of its interface, the definition file of the import
+# library the same, and the header for C++ reaches them all.
+#   cmake -DNM=... -DOBJDUMP=... -DLIBRARY=... -DSOURCES=... -P exports.cmake
 set(expected
   clear_data create_instance create_reserved_field delete_instance exec_parser_cal get_column_num
   get_current_row_index get_data_arr get_data_by_col_row get_field_id_by_param_name
@@ -24,3 +25,16 @@ list(SORT found)
 if(NOT found STREQUAL expected)
   message(FATAL_ERROR "The library exports\n  ${found}\ninstead of\n  ${expected}")
 endif()
+
+file(STRINGS ${SOURCES}/src/interface/lib_quor_parser.def defined REGEX "^ ")
+list(TRANSFORM defined STRIP)
+if(NOT defined STREQUAL expected)
+  message(FATAL_ERROR "lib_quor_parser.def defines\n  ${defined}\ninstead of\n  ${expected}")
+endif()
+
+file(READ ${SOURCES}/include/quor_parser.hpp wrapper)
+foreach(name IN LISTS expected)
+  if(NOT wrapper MATCHES "[^a-z_]${name}[^a-z_]")
+    message(FATAL_ERROR "quor_parser.hpp doesn't reach ${name}")
+  endif()
+endforeach()

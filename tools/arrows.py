@@ -23,7 +23,7 @@ ROOMS = {
     "compiler": WORDS,
     "interface": WORDS | {"compiler", "include"},
     "engine": WORDS | {"compiler", "interface"},
-    "python": {"engine"},
+    "python": {"engine", "advice"},
     "include": set(),
     "advice": set(),
     "host": {"include", "advice"},

@@ -2,10 +2,20 @@
 # Installs what is missing, builds, and measures indicators beside plain loops, intake and reading.
 #   tools/bench.sh words     every word of the language instead, as a table
 #   tools/bench.sh cycles    memory over 100,000 instances that come and go
+#   tools/bench.sh scan      scans of a market beside the calculation, pandas and the reading alone
 set -u
 . "$(dirname "$0")/lib.sh"
 
 need_packages $build_packages $host_packages $test_packages
 build release -DQUOR_BUILD_BENCH=ON
 [ "${1:-}" != words ] || exec build/release/bench/word_bench
+if [ "${1:-}" = scan ]; then
+  python=/usr/bin/python3
+  [ -x "$python" ] || python=python3
+  need_packages $python_packages
+  cmake --preset python -DPython_EXECUTABLE="$python" >/dev/null || die "the configuration failed"
+  cmake --build build/python --target quor_python -- --quiet || die "the build of the package failed"
+  PYTHONPATH=$root/build/python/python exec "$python" bench/scan_bench.py \
+    build/release/host/quor build/release/bench/read_bench
+fi
 exec build/release/bench/quor_bench "$@"

@@ -4,6 +4,5 @@
 set -u
 . "$(dirname "$0")/lib.sh"
 
-need_packages $windows_packages
-tools/windows-libraries.sh || exit
+need_packages $windows_packages $windows_test_packages
 build windows

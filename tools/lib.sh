@@ -3,15 +3,20 @@
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root" || exit 1
 
-build_packages="g++ cmake ninja-build ccache libsimdjson-dev"
-host_packages="libcli11-dev libcsv-dev pkg-config libcairo2-dev libpango1.0-dev"
+library_packages="g++ cmake ninja-build ccache dpkg-dev"
+build_packages=$library_packages
+host_packages="libcli11-dev pkg-config libcairo2-dev libpango1.0-dev"
 font_packages="fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji"
-test_packages="libgtest-dev binutils python3"
-windows_packages="g++-mingw-w64-x86-64-posix cmake ninja-build ccache dpkg-dev googletest libcli11-dev"
+test_packages="libgtest-dev binutils python3 mono-mcs mono-runtime"
+windows_packages="g++-mingw-w64-x86-64-posix cmake ninja-build ccache dpkg-dev googletest libcli11-dev llvm-14"
+windows_test_packages="clang-14 lld-14"
+python_packages="python3 python3-dev python3-venv python3-pip python3-setuptools python3-wheel pybind11-dev
+python3-pybind11 python3-numpy python3-pandas python3-pytest python3-distributed python3-tqdm python3-flake8"
 wine_packages="wine wine64"
 format_packages="clang-format-14"
 tidy_packages="clang-tidy-14"
 package_packages="dpkg-dev file"
+try_packages="debootstrap lintian"
 fuzz_packages="clang-14 libclang-rt-14-dev"
 coverage_packages="gcovr"
 
@@ -84,10 +89,10 @@ build() {
 sources() {
   for folder in "$@"; do
     git ls-files --cached --others --exclude-standard -- \
-      "$folder/*.c" "$folder/*.cpp" "$folder/*.h"
+      "$folder/*.c" "$folder/*.cpp" "$folder/*.h" "$folder/*.hpp"
   done | while read -r file; do
     [ -f "$file" ] && echo "$file"
   done
 }
 
-folders="include src host examples tests bench fuzz"
+folders="include src advice host python examples tests bench fuzz"

@@ -9,9 +9,9 @@ count() {
   done | grep -c '[^[:space:]]'
 }
 
-code=$(count include src host)
+code=$(count include src advice host python)
 tests=$(count tests)
-for folder in include src host; do
+for folder in include src advice host python; do
   printf '%-10s%7d\n' "$folder" "$(count "$folder")"
 done
 printf '%-10s%7d\n' tests "$tests"

@@ -8,7 +8,7 @@
 set -u
 . "$(dirname "$0")/lib.sh"
 
-tidy_folders="src host examples tests bench fuzz"
+tidy_folders="src advice host examples tests bench fuzz"
 
 base_commit() {
   base=$(git merge-base origin/main HEAD 2>/dev/null)
@@ -19,7 +19,7 @@ base_commit() {
 changed_sources() {
   git diff --name-only "$1" -- $tidy_folders include | while read -r file; do
     case $file in
-      *.h) git grep -l "#include \".*$(basename "$file")\"" -- $tidy_folders | grep -v '\.h$' ;;
+      *.h | *.hpp) git grep -l "#include \".*$(basename "$file")\"" -- $tidy_folders | grep -v '\.h$' ;;
       *.c | *.cpp) [ -f "$file" ] && echo "$file" ;;
     esac
   done | sort -u

@@ -4,23 +4,14 @@
 #include <pango/pangocairo.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <fstream>
-#include <map>
+#include <numbers>
 
 #include "../errors.h"
 
 namespace quor_host {
 namespace {
-
-/// The hexadecimal colours of the keys that name a hue and a shade.
-const std::map<std::string, unsigned> brushes = {
-    {"Brush.Red6", 0xD9363E},    {"Brush.Red10", 0x8C1D18},  {"Brush.Green4", 0x73C17C},
-    {"Brush.Green6", 0x2E9E52},  {"Brush.Green7", 0x1E7F3F}, {"Brush.Cyan7", 0x0E9AA7},
-    {"Brush.Orange7", 0xE07B1A}, {"Brush.Pink7", 0xD6408A},  {"Brush.Blue7", 0x2563C9},
-    {"Brush.Yellow8", 0xB58A00}, {"Brush.Gold6", 0xC99A2E},  {"Brush.Purple7", 0x7A3FB8},
-};
 
 /// Frees what a C library has made.
 template <auto release>
@@ -30,20 +21,18 @@ struct Releaser {
 using Layout = std::unique_ptr<PangoLayout, Releaser<g_object_unref>>;
 using Escaped = std::unique_ptr<char, Releaser<g_free>>;
 
-Layout make_layout(cairo_t* context, const std::string& text, double size) {
-  Layout layout(pango_cairo_create_layout(context));
-  const std::string name = "Sans " + std::to_string(size) + "px";
+void set_font(PangoLayout* layout, const Lettering& lettering) {
+  const std::string name =
+      std::string(lettering.bold ? "Sans Bold " : "Sans ") + std::to_string(lettering.size) + "px";
   PangoFontDescription* font = pango_font_description_from_string(name.c_str());
-  pango_layout_set_font_description(layout.get(), font);
+  pango_layout_set_font_description(layout, font);
   pango_font_description_free(font);
-  pango_layout_set_text(layout.get(), text.c_str(), static_cast<int>(text.size()));
-  return layout;
 }
 
-Point extent_of(const Layout& layout) {
+Point extent_of(PangoLayout* layout) {
   int width = 0;
   int height = 0;
-  pango_layout_get_pixel_size(layout.get(), &width, &height);
+  pango_layout_get_pixel_size(layout, &width, &height);
   return {static_cast<double>(width), static_cast<double>(height)};
 }
 
@@ -59,17 +48,6 @@ cairo_status_t append(void* file, const unsigned char* bytes, unsigned int count
 
 }  // namespace
 
-Color resolve_brush(const std::string& key, double alpha) {
-  unsigned color = 0x6B7280;  // grey
-  const size_t mark = key.find('#');
-  if (const auto brush = brushes.find(key); brush != brushes.end()) {
-    color = brush->second;
-  } else if (mark != std::string::npos && key.size() > mark + 6) {
-    std::from_chars(key.data() + mark + 1, key.data() + mark + 7, color, 16);
-  }
-  return {(color >> 16) / 255.0, (color >> 8 & 0xFF) / 255.0, (color & 0xFF) / 255.0, alpha};
-}
-
 struct Canvas::Sheet {
   std::string path;
   std::string file;   ///< its bytes, as far as they have been made
@@ -77,6 +55,13 @@ struct Canvas::Sheet {
   bool is_image = false;
   std::unique_ptr<cairo_surface_t, Releaser<cairo_surface_destroy>> surface;
   std::unique_ptr<cairo_t, Releaser<cairo_destroy>> context;
+  Layout layout;
+
+  PangoLayout* lay_out(const std::string& text, const Lettering& lettering) const {
+    set_font(layout.get(), lettering);
+    pango_layout_set_text(layout.get(), text.c_str(), static_cast<int>(text.size()));
+    return layout.get();
+  }
 
   void set(Color color) const {
     cairo_set_source_rgba(context.get(), color.red, color.green, color.blue, color.alpha);
@@ -87,6 +72,12 @@ struct Canvas::Sheet {
     cairo_new_path(context.get());
     for (const auto& [x, y] : points) cairo_line_to(context.get(), bring_near(x), bring_near(y));
     return true;
+  }
+
+  void circle(Point centre, double radius) const {
+    cairo_new_path(context.get());
+    cairo_arc(context.get(), bring_near(centre.x), bring_near(centre.y), radius, 0.0,
+              2 * std::numbers::pi);
   }
 
   /// Puts the texts behind the opening tag.
@@ -112,6 +103,7 @@ Canvas::Canvas(const std::string& path, int width, int height) : sheet_(new Shee
       sheet_->is_image ? cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height)
                        : cairo_svg_surface_create_for_stream(append, &sheet_->file, width, height));
   sheet_->context.reset(cairo_create(sheet_->surface.get()));
+  sheet_->layout.reset(pango_cairo_create_layout(sheet_->context.get()));
 }
 
 Canvas::~Canvas() = default;
@@ -152,41 +144,103 @@ void Canvas::area(const std::vector<Point>& corners, Color color) {
   cairo_fill(sheet_->context.get());
 }
 
-void Canvas::rectangle(Point first, Point second, Color color, bool filled) {
-  const std::vector<Point> corners = {
-      first, {second.x, first.y}, second, {first.x, second.y}, first};
-  filled ? area(corners, color) : line(corners, {color});
+void Canvas::fill(const Box& box, Color color) {
+  area({{box.left, box.top}, {box.right, box.top}, {box.right, box.bottom}, {box.left, box.bottom}},
+       color);
 }
 
-void Canvas::gradient(Point first, Point second, Color from, Color to, bool to_the_right) {
-  const std::unique_ptr<cairo_pattern_t, Releaser<cairo_pattern_destroy>> pattern(
-      cairo_pattern_create_linear(first.x, first.y, to_the_right ? second.x : first.x,
-                                  to_the_right ? first.y : second.y));
-  cairo_pattern_add_color_stop_rgba(pattern.get(), 0, from.red, from.green, from.blue, from.alpha);
-  cairo_pattern_add_color_stop_rgba(pattern.get(), 1, to.red, to.green, to.blue, to.alpha);
-  cairo_set_source(sheet_->context.get(), pattern.get());
-  cairo_rectangle(sheet_->context.get(), first.x, first.y, second.x - first.x, second.y - first.y);
+void Canvas::frame(const Box& box, Color color) {
+  const auto [left, top, right, bottom] = box;
+  const double half = 0.5;
+  line({{left + half, top + half},
+        {right - half, top + half},
+        {right - half, bottom - half},
+        {left + half, bottom - half},
+        {left + half, top}},
+       {color});
+}
+
+void Canvas::tag(const Box& box, Color color) {
+  constexpr double radius = 2.5;
+  constexpr double quarter = std::numbers::pi / 2;
+  cairo_t* context = sheet_->context.get();
+  const Box inner{box.left + radius, box.top + radius, box.right - radius, box.bottom - radius};
+  cairo_new_path(context);
+  cairo_arc(context, inner.right, inner.top, radius, -quarter, 0.0);
+  cairo_arc(context, inner.right, inner.bottom, radius, 0.0, quarter);
+  cairo_arc(context, inner.left, inner.bottom, radius, quarter, 2 * quarter);
+  cairo_arc(context, inner.left, inner.top, radius, 2 * quarter, 3 * quarter);
+  sheet_->set(color);
+  cairo_fill(context);
+}
+
+void Canvas::disc(Point centre, double radius, Color color) {
+  if (!is_drawable(centre)) return;
+  sheet_->circle(centre, radius);
+  sheet_->set(color);
   cairo_fill(sheet_->context.get());
 }
 
-void Canvas::text(Point at, const std::string& text, Color color, double size, Point anchor) {
-  cairo_t* context = sheet_->context.get();
-  const Layout layout = make_layout(context, text, size);
-  const auto [width, height] = extent_of(layout);
+void Canvas::ring(Point centre, double radius, Color color) {
+  if (!is_drawable(centre)) return;
+  sheet_->circle(centre, radius);
   sheet_->set(color);
-  cairo_move_to(context, at.x - anchor.x * width, at.y - anchor.y * height);
-  pango_cairo_show_layout(context, layout.get());
+  cairo_set_dash(sheet_->context.get(), nullptr, 0, 0.0);
+  cairo_set_line_width(sheet_->context.get(), 1.3);
+  cairo_stroke(sheet_->context.get());
+}
+
+void Canvas::gradient(const Box& box, Color from, Color to, bool to_the_right) {
+  const std::unique_ptr<cairo_pattern_t, Releaser<cairo_pattern_destroy>> pattern(
+      to_the_right ? cairo_pattern_create_linear(box.left, 0.0, box.right, 0.0)
+                   : cairo_pattern_create_linear(0.0, box.top, 0.0, box.bottom));
+  cairo_pattern_add_color_stop_rgba(pattern.get(), 0.0, from.red, from.green, from.blue,
+                                    from.alpha);
+  cairo_pattern_add_color_stop_rgba(pattern.get(), 1.0, to.red, to.green, to.blue, to.alpha);
+  cairo_t* context = sheet_->context.get();
+  cairo_rectangle(context, box.left, box.top, box.right - box.left, box.bottom - box.top);
+  cairo_set_source(context, pattern.get());
+  cairo_fill(context);
+}
+
+void Canvas::text(Point at, const std::string& text, const Lettering& lettering, Point anchor) {
+  cairo_t* context = sheet_->context.get();
+  PangoLayout* layout = sheet_->lay_out(text, lettering);
+  const auto [width, height] = extent_of(layout);
+  const Point corner{std::round(at.x - anchor.x * width), std::round(at.y - anchor.y * height)};
+  cairo_move_to(context, corner.x, corner.y);
+  if (lettering.halo) {
+    pango_cairo_layout_path(context, layout);
+    sheet_->set(*lettering.halo);
+    cairo_set_dash(context, nullptr, 0, 0.0);
+    cairo_set_line_width(context, 3.0);
+    cairo_set_line_join(context, CAIRO_LINE_JOIN_ROUND);
+    cairo_stroke(context);
+    cairo_move_to(context, corner.x, corner.y);
+  }
+  sheet_->set(lettering.color);
+  pango_cairo_show_layout(context, layout);
+  cairo_new_path(context);
   sheet_->texts += text + "\n";
 }
 
-Point Canvas::extent(const std::string& text, double size) {
-  return extent_of(make_layout(sheet_->context.get(), text, size));
+Point Canvas::extent(const std::string& text, const Lettering& lettering) {
+  return extent_of(sheet_->lay_out(text, lettering));
 }
 
-void Canvas::clip(Point first, Point second) {
-  cairo_reset_clip(sheet_->context.get());
-  cairo_rectangle(sheet_->context.get(), first.x, first.y, second.x - first.x, second.y - first.y);
+Box Canvas::ink(const std::string& text, const Lettering& lettering) {
+  PangoRectangle ink{};
+  pango_layout_get_pixel_extents(sheet_->lay_out(text, lettering), &ink, nullptr);
+  return {1.0 * ink.x, 1.0 * ink.y, 1.0 * ink.x + ink.width, 1.0 * ink.y + ink.height};
+}
+
+void Canvas::clip(const Box& box) {
+  unclip();
+  cairo_rectangle(sheet_->context.get(), box.left, box.top, box.right - box.left,
+                  box.bottom - box.top);
   cairo_clip(sheet_->context.get());
 }
+
+void Canvas::unclip() { cairo_reset_clip(sheet_->context.get()); }
 
 }  // namespace quor_host

@@ -2,20 +2,14 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "color.h"
+#include "placement.h"
+
 namespace quor_host {
-
-struct Color {
-  double red = 0.0;
-  double green = 0.0;
-  double blue = 0.0;
-  double alpha = 1.0;
-};
-
-/// The colour of a brush key or of "#RRGGBB"; grey for a key this host doesn't know.
-Color resolve_brush(const std::string& key, double alpha = 1.0);
 
 struct Point {
   double x = 0.0;
@@ -30,6 +24,13 @@ struct Stroke {
   std::vector<double> dashes = {};
 };
 
+struct Lettering {
+  Color color;
+  double size = 11.0;
+  bool bold = false;
+  std::optional<Color> halo = {};  ///< sets the letters off from what lies under them
+};
+
 /// Lines and areas may have any coordinates: what lies far off the sheet is brought near it, and
 /// what has one that is no number isn't drawn.
 class Canvas {
@@ -42,17 +43,27 @@ class Canvas {
   /// A line of no length is a dot.
   void line(const std::vector<Point>& points, const Stroke& stroke);
   void area(const std::vector<Point>& corners, Color color);
-  void rectangle(Point first, Point second, Color color, bool filled);
-  /// A rectangle whose colour turns into another one, downwards or to the right.
-  void gradient(Point first, Point second, Color from, Color to, bool to_the_right);
+  void fill(const Box& box, Color color);
+  /// A frame of one pixel, inside the box.
+  void frame(const Box& box, Color color);
+  /// A filled box with round corners.
+  void tag(const Box& box, Color color);
+  void disc(Point centre, double radius, Color color);
+  void ring(Point centre, double radius, Color color);
+  /// A box whose colour turns into another one, downwards or to the right.
+  void gradient(const Box& box, Color from, Color to, bool to_the_right);
   /// The anchor is where the point lies in the text: 0 at its left or upper edge, 1 at the right or
   /// lower one.
-  void text(Point at, const std::string& text, Color color, double size, Point anchor = {0.0, 0.5});
+  void text(Point at, const std::string& text, const Lettering& lettering,
+            Point anchor = {0.0, 0.5});
   /// How far a text reaches to the right and down.
-  Point extent(const std::string& text, double size);
+  Point extent(const std::string& text, const Lettering& lettering);
+  /// What its letters cover, from its upper left corner on.
+  Box ink(const std::string& text, const Lettering& lettering);
 
-  /// Limits drawing to a rectangle, in place of the one before.
-  void clip(Point first, Point second);
+  /// Limits drawing to a box, in place of the one before.
+  void clip(const Box& box);
+  void unclip();
 
   /// Writes the file. Letters become outlines, so an SVG has its texts in a description, too.
   /// Throws HostError if the file can't be written.

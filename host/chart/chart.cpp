@@ -3,127 +3,122 @@
 #include <algorithm>
 #include <cmath>
 
+#include "../fields.h"
+#include "axes.h"
+#include "caption.h"
 #include "painter.h"
 
 namespace quor_host {
 namespace {
 
-const Color grid{0.90, 0.91, 0.93};
-const Color label{0.35, 0.38, 0.43};
-constexpr double margin = 12.0;
-constexpr double value_axis_width = 74.0;
+constexpr double title_height = 28.0;
 constexpr double time_axis_height = 26.0;
-constexpr double gap = 14.0;
-constexpr double text_size = 11.0;
-constexpr size_t most_bars = 2000;
+constexpr size_t enough_bars = 250;  ///< to tell which lines share an axis
+constexpr double gap = 8.0;          ///< above a panel that has no legend
 
-/// The upper panel takes what the lower ones leave; each of them gets a fifth, at most half in all.
-void place_panels(std::vector<Panel>& panels, int picture_height) {
-  const double height = picture_height - 2 * margin - time_axis_height;
-  const auto below = static_cast<double>(panels.size() - 1);
-  const double share = below == 0.0 ? 0.0 : std::min(0.2, 0.5 / below);
-  double top = margin;
-  for (Panel& panel : panels) {
-    const double part = &panel == &panels.front() ? 1.0 - share * below : share;
-    panel.top = top + gap;
-    panel.bottom = top + part * height;
-    top = panel.bottom;
+bool has_shape(const Panel& panel, const char* shape_name) {
+  return std::ranges::any_of(panel.records,
+                             [shape_name](const Record* record) { return record->is(shape_name); });
+}
+
+/// How much of the height a lower panel wants: candles more than lines, sticks alone less, lines
+/// that only say yes or no the least.
+double weight_of(const Panel& panel) {
+  if (panel.digits == 0 && panel.range.span() < 1.5) return 0.10;
+  if (has_shape(panel, "CandleShape")) return 0.30;
+  return has_shape(panel, "PolylineShape") ? 0.22 : 0.16;
+}
+
+/// The upper panel takes what the lower ones leave, which is at least four tenths. A single one
+/// below gets more than one of several.
+void place_panels(std::vector<Panel>& panels, const std::vector<Legend>& legends, double top,
+                  double bottom) {
+  double wanted = 0.0;
+  for (size_t i = 1; i < panels.size(); ++i) wanted += weight_of(panels[i]);
+  const double scale = std::min(panels.size() == 2 ? 1.3 : 1.0, 0.6 / std::max(wanted, 1e-9));
+  for (size_t i = 0; i < panels.size(); ++i) {
+    const double share = i == 0 ? 1.0 - wanted * scale : weight_of(panels[i]) * scale;
+    Panel& panel = panels[i];
+    panel.legend_top = i == 0 ? top : panels[i - 1].bottom + 2;
+    const double height = share * (bottom - top);
+    const double begin = i == 0 ? top : panels[i - 1].bottom;
+    panel.top = std::round(panel.legend_top + std::max(gap, legends[i].height));
+    panel.bottom = std::round(std::max(begin + height, panel.top + 1.0));
   }
 }
 
-/// A step of 1, 2 or 5 times a power of ten that cuts the span into about `count` parts.
-double nice_step(double span, double count) {
-  const double raw = span / count;
-  const double power = std::pow(10.0, std::floor(std::log10(raw)));
-  const double factor = raw / power;
-  return power * (factor <= 1.0 ? 1.0 : factor <= 2.0 ? 2.0 : factor <= 5.0 ? 5.0 : 10.0);
-}
-
-std::string tick_text(double value, double step) {
-  if (std::abs(value) < step / 2) return "0";
-  const double unit = step >= 1e5 ? 1e6 : 1.0;
-  const int digits = std::clamp(static_cast<int>(-std::floor(std::log10(step / unit))), 0, 6);
-  return number_text(value / unit, digits) + (unit > 1.0 ? "M" : "");
-}
-
-void draw_value_axis(Canvas& canvas, const Panel& panel, const TimeAxis& axis) {
-  const double step = nice_step(panel.range.span(), std::max(2.0, (panel.bottom - panel.top) / 40));
-  // Counted, since adding a step to a huge value may change nothing.
-  const double first = std::ceil(panel.range.low / step) * step;
-  for (int tick = 0; tick < 100; ++tick) {
-    const double value = first + tick * step;
-    if (!(value <= panel.range.high)) break;
-    const double y = panel.y(value);
-    canvas.line({{axis.left, y}, {axis.right, y}}, {grid});
-    canvas.text({axis.right + 6, y}, tick_text(value, step), label, text_size);
-  }
-  canvas.line({{axis.left, panel.bottom}, {axis.right, panel.bottom}}, {label});
-}
-
-void draw_time_axis(Canvas& canvas, const View& view, const TimeAxis& axis, double bottom) {
-  const bool intraday = view.key(view.first_row()) % 1000000 != 0;
-  const double room = canvas.extent("0000-00-00 00:00", text_size).x * (intraday ? 1.2 : 0.9);
-  const auto step = std::max<size_t>(1, static_cast<size_t>(std::ceil(room / axis.step())));
-  for (size_t row = view.first_row() + step / 2; row < view.row_count(); row += step) {
-    const double x = axis.x(row);
-    canvas.line({{x, bottom}, {x, bottom + 4}}, {label});
-    const std::string text = key_text(view.key(row), intraday);
-    canvas.text({x, bottom + 6}, text.substr(0, 16), label, text_size, {0.5, 0.0});
-  }
-}
-
-/// Titles that the script shows, each with its value at the last bar.
-void draw_legend(Canvas& canvas, const View& view, const Panel& panel, const TimeAxis& axis) {
-  double x = axis.left + 4;
-  for (const Record* record : panel.records) {
-    const std::string title = record->text("Field1Text");
-    if (!record->flag("TitleVisible") || title.starts_with("EMPTY_LINE_NAME_RESERVED")) continue;
-    const double last = view.value(record->column("Field1Id"), view.last_row());
-    const std::string text =
-        title + (std::isfinite(last) ? " " + tick_text(last, panel.range.span() / 1000) : "");
-    const double width = canvas.extent(text, text_size + 1).x;
-    if (x + width > axis.right) break;
-    // A record has one of these keys.
-    const std::string brush =
-        record->text("LineColor") + record->text("TextColor") + record->text("UpperShadowColor");
-    canvas.text({x, panel.top - gap / 2}, text, resolve_brush(brush), text_size + 1);
-    x += width + 16;
-  }
+/// Regions lie behind the bars, which they would dim. Signals and pictures at bars lie over lines,
+/// and get their places before texts do.
+double layer_of(const Record& record) {
+  if (record.is("PolygonShape")) return 0.4;
+  if (record.is("FuturesTradeShape") || record.is("NoticeShape")) return 2.5;
+  if (record.is("ImageShape") && !record.flag("IsLastCandle")) return 2.6;
+  return record.number("ZIndex");
 }
 
 /// The records from the lowest layer up. Candles of the script's own take the place of the bars.
 void draw_layers(Painter painter, std::vector<const Record*> layers, const Record& bars) {
-  const bool is_replaced = std::ranges::any_of(layers, [&bars](const Record* record) {
+  const auto is_own = [&bars](const Record* record) {
     return record != &bars && record->is("CandleShape") && !record->flag("IsColorKLine");
-  });
-  std::ranges::stable_sort(layers, {},
-                           [](const Record* record) { return record->number("ZIndex"); });
+  };
+  if (std::ranges::any_of(layers, is_own)) std::erase(layers, &bars);
+  std::ranges::stable_sort(layers, {}, [](const Record* record) { return layer_of(*record); });
   for (const Record* record : layers) {
-    if (record != &bars || !is_replaced) painter.draw(*record);
+    if (record == &bars || is_own(record)) painter.keep_clear(*record);
   }
+  for (const Record* record : layers) painter.draw(*record);
+}
+
+/// The panels of the script, and one of the volume if it has none of its own.
+std::vector<Panel> panels_of(const View& view, const View& wide, const std::vector<Record>& records,
+                             const Record& volume, const ChartOptions& options) {
+  constexpr int least_height = 200;
+  const auto height = static_cast<size_t>(options.size.at(1));
+  std::vector<Panel> panels = arrange(view, wide, records, 2 + height / least_height);
+  if (panels.size() > 1 || options.no_volume || !view.has(field_volume)) return panels;
+  std::vector<Panel> below = arrange(view, wide, {volume}, 1);
+  below.front().records = {&volume};
+  panels.push_back(below.front());
+  return panels;
 }
 
 }  // namespace
 
-void draw_chart(const Session& session, const Bars& bars, size_t last, int width, int height,
-                const std::string& path) {
+void draw_chart(const Session& session, const Bars& bars, const std::string& bars_path,
+                const ChartOptions& options) {
+  const View view(session, bars, options.last);
+  const View wide(session, bars, std::max(options.last, enough_bars));
   std::vector<Record> records = parse_records(session.shapes());
-  records.insert(records.begin(), bars_record(bars));
-  const View view(session, bars, std::clamp<size_t>(last, 1, most_bars));
-  std::vector<Panel> panels = arrange(view, records, 2 + static_cast<size_t>(height) / 200);
-  place_panels(panels, height);
-  const TimeAxis axis{margin, width - value_axis_width, view.first_row(),
-                      view.row_count() - view.first_row()};
-  Canvas canvas(path, width, height);
-  canvas.rectangle({}, {axis.right + value_axis_width, 1.0 * height}, {1.0, 1.0, 1.0}, true);
-  draw_time_axis(canvas, view, axis, panels.back().bottom);
+  records.insert(records.begin(), bars_record(view));
+  const Record volume = volume_record();
+  std::vector<Panel> panels = panels_of(view, wide, records, volume, options);
+  const double width = options.size.at(0);
+  const double height = options.size.at(1);
+  Canvas canvas(options.path, options.size.at(0), options.size.at(1));
+  const Theme& theme = theme_named(options.theme);
+  const Sheet sheet{canvas, view, theme};
+  canvas.fill({0.0, 0.0, width, height}, theme.ground);
+  draw_title(sheet, session.subject(), bars_path, sheet_margin, width - sheet_margin);
+
+  std::vector<Legend> legends;
   for (const Panel& panel : panels) {
-    draw_value_axis(canvas, panel, axis);
-    draw_legend(canvas, view, panel, axis);
+    legends.push_back(lay_out_legend(sheet, panel, width - 2 * sheet_margin));
   }
-  for (const Panel& panel : panels) {
-    canvas.clip({axis.left, panel.top}, {axis.right, panel.bottom});
-    draw_layers({canvas, view, axis, panel}, panel.records, records.front());
+  place_panels(panels, legends, sheet_margin + title_height,
+               height - sheet_margin - time_axis_height + 6);
+  const TimeAxis axis(sheet_margin, std::floor(width - value_axis_width(sheet, panels)),
+                      view.first_row(), view.row_count() - view.first_row());
+  const std::vector<TimeMark> marks =
+      time_marks(view.keys(), view.first_row(), 46.0 / axis.row_width());
+  for (const Panel& panel : panels) draw_grid(sheet, panel, axis, marks);
+  draw_time_axis(sheet, axis, marks, panels.back().bottom);
+  for (size_t i = 0; i < panels.size(); ++i) {
+    const Panel& panel = panels[i];
+    canvas.clip({axis.left(), panel.top, axis.right(), panel.bottom});
+    draw_layers({canvas, view, theme, axis, panel}, panel.records, records.front());
+    canvas.unclip();
+    draw_value_axis(sheet, panel, axis, tags_of(sheet, panel, i == 0));
+    draw_legend(sheet, legends[i], {axis.left(), panel.legend_top});
   }
   canvas.finish();
 }

@@ -1,13 +1,38 @@
 // Lines: through the values of all bars, between marked bars, and the analytical figures.
+#include <algorithm>
 #include <cmath>
 #include <map>
+#include <span>
 
+#include "numbers.h"
 #include "painter.h"
 
 namespace quor_host {
 namespace {
 
-Stroke stroke_of(const Record& record) {
+/// The points of one column of pixels become the first, the lowest, the highest and the last one.
+std::vector<Point> condensed(const std::vector<Point>& points) {
+  std::vector<Point> few;
+  for (size_t begin = 0; begin < points.size();) {
+    size_t end = begin;
+    while (end < points.size() && points[end].x == points[begin].x) ++end;
+    const auto column = std::span(points).subspan(begin, end - begin);
+    const auto [low, high] = std::ranges::minmax_element(column, {}, &Point::y);
+    if (low->y == high->y) {
+      few.push_back(column.front());
+    } else if (column.size() == 2) {
+      few.insert(few.end(), column.begin(), column.end());
+    } else {
+      few.insert(few.end(), {column.front(), *low, *high, column.back()});
+    }
+    begin = end;
+  }
+  return few;
+}
+
+}  // namespace
+
+Stroke Painter::stroke_of(const Record& record) const {
   static const std::map<std::string, std::vector<double>> dashes = {
       {"DASHLINE", {8, 4}},
       {"DASH", {5, 4}},
@@ -17,32 +42,51 @@ Stroke stroke_of(const Record& record) {
       {"POINTDOT", {1, 2}},
       {"DASHDOTDOT", {6, 3, 1, 3, 1, 3}}};
   const auto row = dashes.find(record.text("LineShapeStyle"));
-  return {resolve_brush(record.text("LineColor")), record.number("LineWidth", 1.0) + 0.4,
+  const double width = record.number("LineWidth", 1.0) + 0.4;
+  return {theme_.line(record.text("LineColor")), std::min(width, widest_line()),
           row == dashes.end() ? std::vector<double>() : row->second};
 }
 
-}  // namespace
+double Painter::widest_line() const {
+  constexpr double few_pixels = 3.0;  // for a bar; a broad line would hide all others
+  return axis_.slot_width() < few_pixels ? 1.2 : 10.0;
+}
 
+/// A line of one value lies from edge to edge, as a level to measure other lines by.
 void Painter::draw_polyline(const Record& record) {
+  Stroke stroke = stroke_of(record);
+  const auto is_record = [&record](const Level& level) { return level.record == &record; };
+  if (const auto level = std::ranges::find_if(panel_.levels, is_record);
+      level != panel_.levels.end()) {
+    const double y = std::round(panel_.y(level->value)) + 0.5;
+    stroke.width -= 0.4;
+    if (stroke.dashes.empty()) stroke.dashes = {4, 3};
+    canvas_.line({{axis_.left(), y}, {axis_.right(), y}}, stroke);
+    return;
+  }
   const bool both_colours = record.text("Style") == "ColorPolyline";
-  const Color other = resolve_brush(record.text("ConditionColor"));
-  const Stroke shown = stroke_of(record);
-  Stroke stroke = shown;
+  const Color shown_color = stroke.color;
+  const Color other = theme_.line(record.text("ConditionColor"));
+  const Series values = view_.series(record, "Field1Id");
+  const Marks shown = view_.marks(record);
   std::vector<Point> run;
   for (size_t row = view_.first_row(); row < view_.row_count(); ++row) {
-    const Point point = at(row, record, "Field1Id");
-    const bool visible = view_.shows(record.column("Field1VisibleId"), row);
-    const bool breaks = std::isnan(point.y) || (!visible && !both_colours);
-    const bool recolours = !breaks && both_colours && !run.empty();
-    if (recolours || (breaks && !record.flag("IsContinuousLine"))) {
-      if (run.size() > 1 || breaks) canvas_.line(run, stroke);
-      run.erase(run.begin(), breaks ? run.end() : run.end() - 1);
+    const bool breaks = std::isnan(values[row]) || (!shown[row] && !both_colours);
+    if (breaks) {
+      if (record.flag("IsContinuousLine")) continue;
+      canvas_.line(condensed(run), stroke);
+      run.clear();
+      continue;
     }
-    if (breaks) continue;
-    stroke.color = visible ? shown.color : other;
-    run.push_back(point);
+    const Color color = both_colours && !shown[row] ? other : shown_color;
+    if (!run.empty() && color != stroke.color) {
+      if (run.size() > 1) canvas_.line(condensed(run), stroke);
+      run.erase(run.begin(), run.end() - 1);
+    }
+    stroke.color = color;
+    run.push_back(at(row, values[row]));
   }
-  canvas_.line(run, stroke);
+  canvas_.line(condensed(run), stroke);
 }
 
 void Painter::segment(Point from, Point to, int expansion, const Stroke& stroke) {
@@ -53,8 +97,8 @@ void Painter::segment(Point from, Point to, int expansion, const Stroke& stroke)
     return;
   }
   const auto y = [&](double x) { return from.y + slope * (x - from.x); };
-  double left = std::max(expansion & 2 ? axis_.left : from.x, axis_.left);
-  double right = std::min(expansion & 1 ? axis_.right : to.x, axis_.right);
+  double left = std::max(expansion & 2 ? axis_.left() : from.x, axis_.left());
+  double right = std::min(expansion & 1 ? axis_.right() : to.x, axis_.right());
   if (slope != 0.0) {
     const auto [first, last] = std::minmax(
         {from.x + (panel_.top - from.y) / slope, from.x + (panel_.bottom - from.y) / slope});
@@ -65,7 +109,7 @@ void Painter::segment(Point from, Point to, int expansion, const Stroke& stroke)
 }
 
 void Painter::draw_upright_lines(const Record& record) {
-  for (const size_t row : view_.rows(record)) {
+  for (const size_t row : axis_.one_per_slot(view_.rows(record))) {
     canvas_.line({{x(row), panel_.top}, {x(row), panel_.bottom}}, stroke_of(record));
   }
 }
@@ -73,11 +117,13 @@ void Painter::draw_upright_lines(const Record& record) {
 void Painter::draw_slopes(const Record& record) {
   const Stroke stroke = stroke_of(record);
   const auto expansion = static_cast<int>(record.number("IsExpand"));
-  for (const size_t row : view_.rows(record)) {
-    const Point start = at(row, record, "Field1Id");
-    const double length = view_.value(record.column("HorizontalOffset1FieldId"), row);
+  const Series prices = view_.series(record, "Field1Id");
+  const Series lengths = view_.series(record, "HorizontalOffset1FieldId");
+  for (const size_t row : axis_.one_per_slot(view_.rows(record))) {
+    const Point start = at(row, prices[row]);
+    const double length = lengths[row];
     const double rise = panel_.y(length * record.number("Slope")) - panel_.y(0.0);
-    segment(start, {start.x + length * axis_.step(), start.y + rise}, expansion, stroke);
+    segment(start, {start.x + length * axis_.row_width(), start.y + rise}, expansion, stroke);
   }
 }
 
@@ -87,20 +133,24 @@ void Painter::draw_slopes(const Record& record) {
 void Painter::draw_pairs(const Record& record) {
   const Stroke stroke = stroke_of(record);
   const auto expansion = static_cast<int>(record.number("IsExpand"));
-  const auto second_mark = record.column("Field2VisibleId");
-  const auto end_point = [&](const char* value, const char* offset, size_t row) -> Point {
-    const double bars = view_.value(record.column(offset), row);
-    return {x(row) + (std::isnan(bars) ? 0.0 : bars * axis_.step()),
-            panel_.y(view_.value(record.column(value), row))};
+  const bool has_second_mark = record.column("Field2VisibleId").has_value();
+  const Marks first_mark = view_.marks(record);
+  const Marks second_mark = view_.marks(record, "Field2VisibleId");
+  const auto end_point = [&](const Series& prices, const Series& offsets, size_t row) -> Point {
+    const double bars = offsets[row];
+    return {x(row) + (std::isnan(bars) ? 0.0 : bars * axis_.row_width()), panel_.y(prices[row])};
   };
+  const Series first = view_.series(record, "Field1Id");
+  const Series second = view_.series(record, "Field2Id");
+  const Series first_offset = view_.series(record, "HorizontalOffset1FieldId");
+  const Series second_offset = view_.series(record, "HorizontalOffset2FieldId");
   std::optional<Point> open;
   for (size_t row = view_.first_row(record); row < view_.row_count(); ++row) {
-    const Point start = end_point("Field1Id", "HorizontalOffset1FieldId", row);
-    const Point end = end_point("Field2Id", "HorizontalOffset2FieldId", row);
-    const bool begins =
-        view_.shows(record.column("Field1VisibleId"), row) && std::isfinite(start.y);
-    const bool ends = second_mark ? view_.shows(second_mark, row) && std::isfinite(end.y) : begins;
-    const bool is_whole = begins && ends && (!second_mark || start.x != end.x);
+    const Point start = end_point(first, first_offset, row);
+    const Point end = end_point(second, second_offset, row);
+    const bool begins = first_mark[row] && std::isfinite(start.y);
+    const bool ends = has_second_mark ? second_mark[row] && std::isfinite(end.y) : begins;
+    const bool is_whole = begins && ends && (!has_second_mark || start.x != end.x);
     if (is_whole || (ends && open)) {
       segment(is_whole ? start : *open, end, expansion, stroke);
     }
@@ -114,7 +164,8 @@ std::optional<Point> Painter::anchor(const Record& record, const std::string& fi
   const auto mark = record.column(field + "VisibleId");
   for (size_t row = view_.row_count(); value && row-- > 0;) {
     const Point point = at(row, view_.value(value, row));
-    if (view_.shows(mark, row) && std::isfinite(point.y)) return point;
+    const bool shown = !mark || view_.value(mark, row) == 1.0;
+    if (shown && std::isfinite(point.y)) return point;
   }
   return std::nullopt;
 }
@@ -126,10 +177,11 @@ void Painter::draw_figure(const Record& record) {
   const std::string style = record.text("Style");
   const Stroke stroke = stroke_of(record);
   const auto first = anchor(record, "Field1");
+  const Lettering small{theme_.text(record.text("LineColor")), 10.0, false, theme_.ground};
   const auto level = [&](double left, double y, const std::string& name) {
     if (y < panel_.top || y > panel_.bottom) return;
-    canvas_.line({{left, y}, {axis_.right, y}}, stroke);
-    canvas_.text({axis_.right - 3, y}, name, stroke.color, 9.0, {1.0, 1.0});
+    canvas_.line({{left, y}, {axis_.right(), y}}, stroke);
+    canvas_.text({axis_.right() - 3, y}, name, small, {1.0, 1.0});
   };
   if (first && style.starts_with("Horizontal")) level(first->x, first->y, "");
   const auto second = anchor(record, "Field2");

@@ -1,33 +1,34 @@
 // Draws bars and records into a panel.
 #pragma once
 
-#include <algorithm>
+#include <optional>
+#include <string>
 
 #include "canvas.h"
 #include "panels.h"
+#include "placement.h"
+#include "theme.h"
+#include "time_axis.h"
 
 namespace quor_host {
 
-/// Where rows lie between the left and the right edge of the panels. Some room is left behind the
-/// last one, for texts and for lines that go on.
-struct TimeAxis {
-  double left = 0.0;
-  double right = 0.0;
-  size_t first_row = 0;
-  size_t rows = 1;
-
-  double step() const { return (right - left - 45.0) / static_cast<double>(rows); }
-  double x(size_t row) const {
-    return left + (static_cast<double>(row) - static_cast<double>(first_row) + 0.5) * step();
-  }
+/// How a trade signal looks: buying points up from below the bar, selling down from above it,
+/// closing all is a square above.
+struct TradeSign {
+  std::string text;
+  Color color;
+  bool points_up = false;
+  bool is_square = false;
 };
 
 /// Draws into one panel.
 class Painter {
  public:
-  Painter(Canvas& canvas, const View& view, const TimeAxis& axis, const Panel& panel)
-      : canvas_(canvas), view_(view), axis_(axis), panel_(panel) {}
+  Painter(Canvas& canvas, const View& view, const Theme& theme, const TimeAxis& axis,
+          const Panel& panel);
 
+  /// Keeps texts and signs off the bars of a record, beside which they stand from now on.
+  void keep_clear(const Record& bars);
   void draw(const Record& record);
 
  private:
@@ -44,37 +45,49 @@ class Painter {
   void draw_slopes(const Record& record);
   void draw_pairs(const Record& record);
   void draw_sticks(const Record& record);
+  void draw_volume(const Record& record);
   void draw_candles(const Record& record);
   void draw_text(const Record& record);
   void draw_picture(const Record& record);
   void draw_background(const Record& record);
   void draw_region(const Record& record);
-  void draw_signal(const Record& record);
+  void draw_notice(const Record& record);
+  void draw_trade(const Record& record);
+  void draw_sign(const TradeSign& sign, double x, const Box& bar);
 
-  /// A rectangle around a bar, seen even if both ends are at one place.
-  void block(size_t row, double half, double from, double to, Color color, bool filled);
+  void keep_clear_of_line();
+  /// The box of a bar in whole pixels, at least one high.
+  static Box bar_box(double x, double width, double from, double to);
   /// The line through two points, as far as it is in sight; on beyond the right one with bit 1 of
   /// the record's expansion, beyond the left one with bit 2.
   void segment(Point from, Point to, int expansion, const Stroke& stroke);
+  Stroke stroke_of(const Record& record) const;
+  double widest_line() const;
   /// The newest point that a mark of an anchor shows, in sight or not.
   std::optional<Point> anchor(const Record& record, const std::string& field);
-  /// Writes a text within the panel, over or under texts that are there already; nowhere if there
-  /// is no room.
-  void label(Point at, const std::string& text, Color color, double size, Point anchor);
+
+  /// The bar of a row, from its high to its low; nothing in a panel without bars.
+  std::optional<Box> bar_at(size_t row) const;
+  /// The dots of a line: neither moved nor left out.
+  void draw_dots(const Record& record, bool filled);
+  /// Writes a text near a point of a row, beside the bar and other texts; nowhere if there is no
+  /// room. The anchor is that of `Canvas::text`.
+  void label(size_t row, Point at, Point anchor, const std::string& text,
+             const Lettering& lettering, bool framed);
+  /// A line from a point to a text that stands far from it.
+  void lead(Point from, const Box& to, Color color);
 
   double x(size_t row) const { return axis_.x(row); }
   Point at(size_t row, double value) const { return {x(row), panel_.y(value)}; }
-  /// The value that a key of the record names, at its place.
-  Point at(size_t row, const Record& record, const char* key) const {
-    return at(row, view_.value(record.column(key), row));
-  }
-  double half_bar() const { return std::max(0.5, axis_.step() * 0.36); }
 
   Canvas& canvas_;
   const View& view_;
-  TimeAxis axis_;
+  const Theme& theme_;
+  const TimeAxis& axis_;
   const Panel& panel_;
-  std::vector<std::pair<Point, Point>> labels_;  ///< upper left corners and extents
+  Placement placement_;
+  Series high_;  ///< of the bars to keep clear of
+  Series low_;
 };
 
 }  // namespace quor_host

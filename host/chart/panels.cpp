@@ -1,17 +1,14 @@
 #include "panels.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
-#include <limits>
-#include <numeric>
 
+#include "../fields.h"
 #include "../text.h"
+#include "numbers.h"
 
 namespace quor_host {
 namespace {
-
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 /// The values of a record, and the marks of the bars where they show.
 constexpr const char* places[][2] = {
@@ -26,111 +23,201 @@ bool shows_always(const Record& record) {
   return style == "ColorPolyline" || style == "DoubleRect" || record.flag("IsVolStick");
 }
 
+/// The only column of signals says when, not at which value.
+bool has_no_value(const Record& record) {
+  return record.is("NoticeShape") || record.is("FuturesTradeShape") || record.is("SoundShape");
+}
+
 /// What the record shows in sight.
 Range range_of(const View& view, const Record& record) {
   Range range;
-  // The only column of signals says when, not at which value.
-  if (record.is("NoticeShape") || record.is("FuturesTradeShape") || record.is("SoundShape")) {
-    return range;
-  }
-  if (record.text("Style") == "DoubleRect") range.take(0.0);  // columns stand on 0
+  if (has_no_value(record)) return range;
+  if (record.text("Style") == "DoubleRect" || record.is("VolumeShape")) range.take(0.0);
   for (const auto& [value_key, mark_key] : places) {
-    const auto column = record.column(value_key);
-    if (!column) continue;
-    const auto own_mark = record.column(mark_key);
-    const auto mark = own_mark ? own_mark : record.column("Field1VisibleId");
+    const Series values = view.series(record, value_key);
+    if (!values.exists()) continue;
+    const bool has_own_mark = record.column(mark_key).has_value();
+    const Marks shown = view.marks(record, has_own_mark ? mark_key : "Field1VisibleId");
     for (size_t row = view.first_row(record); row < view.row_count(); ++row) {
-      if (shows_always(record) || view.shows(mark, row)) range.take(view.value(column, row));
+      if (shows_always(record) || shown[row]) range.take(values[row]);
     }
   }
   return range;
 }
 
 /// Whether a range lies near another one, so that both can share its axis.
-bool lies_near(const Range& range, const Range& other) {
-  const double span = std::max(other.span(), 1e-9);
-  return range.low > other.low - 1.5 * span && range.high < other.high + 1.5 * span;
+bool lies_near(const Range& range, const Range& other, double spans = 1.5) {
+  const double room = spans * std::max({other.span(), 0.01 * other.reach(), 1e-9});
+  return range.low > other.low - room && range.high < other.high + room;
+}
+
+/// Whether most values of a record lie far from the closes of their bars, though they may be near
+/// the prices of other years.
+bool is_no_price(const View& view, const Record& record) {
+  const Series values = view.series(record, record.is("CandleShape") ? "CloseField" : "Field1Id");
+  const Series closes = view.series(field_close);
+  const Marks shown = view.marks(record);
+  size_t near = 0;
+  size_t far = 0;
+  for (size_t row = view.first_row(record); row < view.row_count(); ++row) {
+    if (closes[row] <= 0.0) return false;
+    if (!shown[row] || std::isnan(values[row] + closes[row])) continue;
+    ++(std::abs(values[row] / closes[row] - 1.0) > 0.5 ? far : near);
+  }
+  return far > near;
+}
+
+bool is_level(const View& view, const Record& record, const Range& range) {
+  constexpr size_t least_bars = 3;
+  const bool is_constant = !range.empty && range.span() == 0.0;
+  return is_constant && record.is("PolylineShape") && record.text("Style") == "Polyline" &&
+         view.rows(record).size() >= least_bars;
 }
 
 /// A record of the axis has a number as its title, up to which the axis of the record before it
 /// goes.
-void reach(Range& range, const Record& record) {
+void reach_for(Range& range, const Record& record) {
   const auto number = to_number(record.text("Field1Text"));
   if (record.is("YAxisRange") && number && lies_near({*number, *number, false}, range))
     range.take(*number);
 }
 
-/// The panel for a range, a new one if need be. The last one takes what would need too many.
-size_t find_panel(std::vector<Panel>& panels, const Range& range, const Range& price, size_t most) {
-  if (lies_near(range, price)) return 0;
-  for (size_t i = 1; i < panels.size(); ++i) {
-    // What is no price may not be lost on the scale of something else.
-    const Range& other = panels[i].range;
-    if (lies_near(range, other) && range.span() > 0.1 * other.span()) return i;
+/// Puts records into panels, one after the other. What they are is told from more bars than those
+/// in sight, as a few bars would set lines apart that belong together.
+class Arrangement {
+ public:
+  Arrangement(const View& view, const View& wide, const Record& bars, size_t most)
+      : view_(view), wide_(wide), price_(range_of(wide, bars)), most_(most) {}
+
+  void add(const Record& record) {
+    const Range range = range_of(wide_, record);
+    const Range in_sight = range_of(view_, record);
+    if (is_level(wide_, record, range)) {
+      levels_.push_back({{&record, range.low}, latest_});
+      return;
+    }
+    if (!in_sight.empty) {
+      latest_ = is_no_price(wide_, record) ? find_below(range) : find(range);
+      take(groups_[latest_], range);
+      take(panels_[latest_].range, in_sight);
+    }
+    panels_[in_sight.empty ? 0 : latest_].records.push_back(&record);
+    reach_for(panels_[latest_].range, record);
   }
-  if (panels.size() < most) panels.emplace_back();
-  return panels.size() - 1;
+
+  /// Levels go with the lines that stand near them: written before a level, or behind it.
+  std::vector<Panel> finish() {
+    for (const auto& [level, behind] : levels_) {
+      const size_t place = find_for_level(level.value, behind);
+      Panel& panel = panels_[place];
+      groups_[place].take(level.value);
+      panel.range.take(level.value);
+      panel.records.push_back(level.record);
+      panel.levels.push_back(level);
+    }
+    return std::move(panels_);
+  }
+
+ private:
+  struct WaitingLevel {
+    Level level;
+    size_t behind;  ///< the panel of the line before it
+  };
+
+  /// The panel for a range, a new one if need be.
+  size_t find(const Range& range) { return lies_near(range, price_) ? 0 : find_below(range); }
+
+  size_t find_below(const Range& range) {
+    for (size_t i = 1; i < panels_.size(); ++i) {
+      // What is no price may not be lost on the scale of something else.
+      const Range& other = groups_[i];
+      if (lies_near(range, other) && range.span() > 0.1 * other.span()) return i;
+    }
+    return new_panel();
+  }
+
+  size_t find_for_level(double value, size_t behind) {
+    const Range range{value, value, false};
+    if (lies_near(range, price_, 0.5)) return 0;
+    constexpr double far = 4.0;
+    if (behind > 0 && lies_near(range, groups_[behind], far)) return behind;
+    if (behind + 1 < panels_.size() && lies_near(range, groups_[behind + 1], far)) {
+      return behind + 1;
+    }
+    const bool could_be_a_price = value > 0.5 * price_.low && value < 1.5 * price_.high;
+    return could_be_a_price ? 0 : find(range);
+  }
+
+  size_t new_panel() {
+    if (panels_.size() < most_) {
+      panels_.emplace_back();
+      groups_.emplace_back();
+    }
+    return panels_.size() - 1;
+  }
+
+  static void take(Range& whole, const Range& range) {
+    whole.take(range.low);
+    whole.take(range.high);
+  }
+
+  const View& view_;
+  const View& wide_;
+  Range price_;
+  size_t most_;
+  size_t latest_ = 0;
+  std::vector<Panel> panels_ = std::vector<Panel>(1);
+  std::vector<Range> groups_ = std::vector<Range>(1);  ///< of all bars that are looked at
+  std::vector<WaitingLevel> levels_;
+};
+
+bool stands_on_zero(const Panel& panel) {
+  return panel.range.low == 0.0 && std::ranges::all_of(panel.records, [](const Record* record) {
+           return record->is("BarShape") || record->is("VolumeShape");
+         });
 }
 
-void widen(Range& range) {
+void widen(Panel& panel) {
+  Range& range = panel.range;
   if (range.empty) range = {0.0, 1.0, false};
-  const double margin =
-      range.span() > 0.0 ? 0.06 * range.span() : std::max(1.0, std::abs(range.high)) * 0.1;
-  range.low -= margin;
+  const double margin = range.span() > 0.0  ? 0.06 * range.span()
+                        : range.high != 0.0 ? 0.1 * std::abs(range.high)
+                                            : 0.1;
+  if (!stands_on_zero(panel)) range.low -= margin;
   range.high += margin;
+}
+
+/// Prices have the decimals of the file, averages of them at least two; other values as many as
+/// their size asks for. None if all values are whole.
+int digits_of(const View& view, const Panel& panel, bool holds_prices) {
+  const int of_prices = holds_prices ? decimals_of(view.series(field_close).values()) : 0;
+  int of_lines = 0;
+  size_t lines = 0;
+  for (const Record* record : panel.records) {
+    if (!record->flag("TitleVisible")) continue;
+    of_lines = std::max(of_lines, decimals_of(view.series(*record, "Field1Id").values()));
+    ++lines;
+  }
+  if (of_prices + of_lines == 0 && (holds_prices || lines > 0)) return 0;
+  return holds_prices ? std::max(2, of_prices) : decimals_for(panel.range.reach());
 }
 
 }  // namespace
 
-std::string number_text(double value, int digits) {
-  char text[400];
-  char* end = text + sizeof text;
-  return {text, std::to_chars(text, end, value, std::chars_format::fixed, digits).ptr};
-}
-
-Record bars_record(const Bars& bars) {
-  const bool whole =
-      bars.columns.contains(7) && bars.columns.contains(8) && bars.columns.contains(9);
+Record bars_record(const View& view) {
+  const bool whole = view.has(field_open) && view.has(field_high) && view.has(field_low);
   return parse_records(whole ? R"([{"ShapeName":"CandleShape","ZIndex":0.5,"OpenField":7,
-      "HighField":8,"LowField":9,"CloseField":11,"UpperShadowColor":"#CC3030",
-      "EqualShadowColor":"#CC3030","LowerShadowColor":"#0C993F"}])"
+      "HighField":8,"LowField":9,"CloseField":11,"UpperShadowColor":"Theme.Rise",
+      "EqualShadowColor":"Theme.Rise","LowerShadowColor":"Theme.Fall"}])"
                              : R"([{"ShapeName":"PolylineShape","ZIndex":0.5,"Field1Id":11,
-      "LineColor":"#333842"}])")
+      "LineColor":"Theme.Ink"}])")
       .front();
 }
 
-View::View(const Session& session, const Bars& bars, size_t last)
-    : session_(session), bars_(bars), order_(bars.keys.size()) {
-  std::iota(order_.begin(), order_.end(), size_t{0});
-  std::ranges::sort(order_, {}, [&bars](size_t i) { return bars.keys[i]; });
-  first_ = order_.size() - std::min(order_.size(), last);
-}
-
-double View::value(std::optional<uint32_t> column, size_t row) const {
-  if (!column) return nan;
-  const auto field = bars_.columns.find(*column);
-  const double value = field == bars_.columns.end()
-                           ? session_.cell(static_cast<uint32_t>(row), *column)
-                           : field->second[order_[row]];
-  // Sums and ratios of what lies below stay finite.
-  return std::abs(value) < 1e100 ? value : nan;
-}
-
-bool View::shows(std::optional<uint32_t> column, size_t row) const {
-  return !column || value(column, row) == 1.0;
-}
-
-size_t View::first_row(const Record& record) const {
-  return record.flag("IsLastCandle") ? last_row() : first_;
-}
-
-std::vector<size_t> View::rows(const Record& record) const {
-  const auto mark = record.column("Field1VisibleId");
-  std::vector<size_t> rows;
-  for (size_t row = first_row(record); row < row_count(); ++row) {
-    if (shows(mark, row)) rows.push_back(row);
-  }
-  return rows;
+Record volume_record() {
+  return parse_records(R"([{"ShapeName":"VolumeShape","ZIndex":1,"Field1Id":13,"TitleVisible":1,
+      "Field1Text":"Volume","UpperShadowColor":"Theme.Rise","LowerShadowColor":"Theme.Fall"}])")
+      .front();
 }
 
 void Range::take(double value) {
@@ -140,21 +227,18 @@ void Range::take(double value) {
   empty = false;
 }
 
-std::vector<Panel> arrange(const View& view, const std::vector<Record>& records, size_t most) {
-  std::vector<Panel> panels(1);
-  const Range price = range_of(view, records.front());
-  size_t latest = 0;
-  for (const Record& record : records) {
-    const Range range = range_of(view, record);
-    if (!range.empty) {
-      latest = find_panel(panels, range, price, most);
-      panels[latest].range.take(range.low);
-      panels[latest].range.take(range.high);
-    }
-    panels[range.empty ? 0 : latest].records.push_back(&record);
-    reach(panels[latest].range, record);
+double Range::reach() const { return std::max(std::abs(low), std::abs(high)); }
+
+std::vector<Panel> arrange(const View& view, const View& wide, const std::vector<Record>& records,
+                           size_t most) {
+  Arrangement arrangement(view, wide, records.front(), most);
+  for (const Record& record : records) arrangement.add(record);
+  std::vector<Panel> panels = arrangement.finish();
+  const bool has_prices = !records.front().is("VolumeShape");
+  for (Panel& panel : panels) {
+    panel.digits = digits_of(view, panel, has_prices && &panel == &panels.front());
+    widen(panel);
   }
-  for (Panel& panel : panels) widen(panel.range);
   return panels;
 }
 

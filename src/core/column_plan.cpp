@@ -56,35 +56,42 @@ class SeriesUses {
 /// Walks over the parts of one statement.
 class ColumnPlan::Inspection {
  public:
+  /// How a statement comes to a part.
+  struct Way {
+    bool refuses_state = false;  ///< not at every row, or not row after row
+    bool revisits = false;       ///< at other rows than its own, too
+    bool starts_late = false;
+  };
+
   Inspection(const SeriesUses& uses, Entry& entry) : uses_(uses), entry_(entry) {}
 
-  void inspect(const Variable& variable, bool passed_over, bool revisited) {
+  void inspect(const Variable& variable, Way way) {
     if (++level_ > most_levels) {
       refuse();
     } else {
-      inspect_kind(variable, passed_over, revisited);
+      inspect_kind(variable, way);
     }
     --level_;
   }
 
-  void inspect_program(const Program& program, bool passed_over, bool revisited) {
+  void inspect_program(const Program& program, Way way) {
     if (program.ending != Ending::value) refuse();
     for (const Step& step : program.steps) {
       if (step.kind == Step::Kind::discard) refuse();
-      inspect_operand(step.right, passed_over, revisited);
-      inspect_operand(step.left, passed_over, revisited);
+      inspect_operand(step.right, way);
+      inspect_operand(step.left, way);
     }
-    inspect_operand(program.result, passed_over, revisited);
+    inspect_operand(program.result, way);
   }
 
  private:
   void refuse() { entry_.by_columns = false; }
 
-  void inspect_operand(const Operand& operand, bool passed_over, bool revisited) {
-    if (operand.variable != nullptr) inspect(*operand.variable, passed_over, revisited);
+  void inspect_operand(const Operand& operand, Way way) {
+    if (operand.variable != nullptr) inspect(*operand.variable, way);
   }
 
-  void inspect_kind(const Variable& variable, bool passed_over, bool revisited) {
+  void inspect_kind(const Variable& variable, Way way) {
     switch (variable.kind) {
       case VariableKind::number:
         return;
@@ -93,42 +100,50 @@ class ColumnPlan::Inspection {
         entry_.reads.push_back(variable.column_index);
         return;
       case VariableKind::expression:
-        inspect_expression(variable, passed_over, revisited);
+        inspect_expression(variable, way);
         return;
       case VariableKind::call:
-        inspect_call(variable, passed_over, revisited);
+        inspect_call(variable, way);
         return;
       default:
         refuse();
     }
   }
 
-  void inspect_expression(const Variable& variable, bool passed_over, bool revisited) {
+  void inspect_expression(const Variable& variable, Way way) {
     if (variable.text.starts_with('\'')) return;
     if (!variable.elements.empty()) {
-      inspect_program(variable.program, passed_over, revisited);
+      inspect_program(variable.program, way);
     } else if (variable.text != "DRAWNULL") {
       refuse();
     }
   }
 
-  void inspect_call(const Variable& call, bool passed_over, bool revisited) {
+  void inspect_call(const Variable& call, Way way) {
     if (call.function == nullptr) {
       refuse();
       return;
     }
     const ColumnTraits traits = call.function->column_traits();
     const Traits known = traits_of(call);
-    if (!traits.by_columns || (traits.keeps_state && passed_over)) refuse();
+    if (!traits.by_columns || (traits.keeps_state && way.refuses_state)) refuse();
     entry_.looks_ahead |= known.has(reads_forward) || !known.has_any(looks_back | follows_rows);
-    entry_.revisits_state |= traits.keeps_state && revisited;
+    entry_.revisits_state |= traits.keeps_state && way.revisits;
     for (size_t i = 0; i < call.arguments.size(); ++i) {
       if (!call.function->reads_argument(i)) continue;
       const Variable* argument = call.arguments[i];
       if (argument == nullptr || uses_.in_conflict(*argument)) refuse();
       if (argument == nullptr) continue;
-      const bool may_be_passed_over = traits.passes_over && i >= traits.passed_over_from;
-      inspect(*argument, passed_over || may_be_passed_over, revisited || traits.revisits);
+      // A statement of the same text has the series in its column.
+      const bool reads_column = traits.series != SeriesPlace::nowhere && i < traits.series_count;
+      if (reads_column && argument->has_column()) entry_.reads.push_back(argument->column_index);
+      Way to_argument = way;
+      // What starts late and then looks back comes to rows for the first time behind later ones.
+      to_argument.refuses_state |= (traits.passes_over && i >= traits.passed_over_from) ||
+                                   (traits.revisits && way.starts_late);
+      to_argument.revisits |= traits.revisits;
+      to_argument.starts_late |= traits.starts_late;
+      inspect(*argument, to_argument);
     }
   }
 
@@ -146,7 +161,7 @@ void ColumnPlan::make(std::span<Variable* const> statements, std::span<Variable*
     const Variable& statement = *statements[i];
     int32_t column = statement.column_id == no_column ? -1 : statement.column_index;
     if (statement.kind == VariableKind::expression) {
-      Inspection(uses, entries_[i]).inspect_program(statement.program, false, false);
+      Inspection(uses, entries_[i]).inspect_program(statement.program, {});
       // A line that only names another one writes what stands there.
       const Variable* named = statement.program.lone_reference();
       const bool is_name = named != nullptr && named->kind == VariableKind::field;

@@ -74,6 +74,7 @@ class DataPoolCenter {
   uint64_t uuid = UINT64_MAX;
   TradeTimeCallback trade_time_callback = nullptr;
   ExtraDataCallback extra_data_callback = nullptr;
+  EventListener* listener = nullptr;  ///< null where the process's handlers hear the events
 
  private:
   struct DeclaredField {

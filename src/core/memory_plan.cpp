@@ -32,7 +32,8 @@ struct Uses {
 struct Origin {
   bool steady = true;  ///< the same whenever it is asked for, from that row and earlier ones
   bool keeps_state = false;
-  bool is_safe_state = true;  ///< its calls come to each row after those before it
+  bool is_safe_state = true;    ///< its calls come to each row after those before it
+  bool revisits_state = false;  ///< a call in it comes to rows of a state again
   bool can_fail = false;
   bool from_full_statement = false;
   int64_t newest_statement = nobody;  ///< the last one whose column is read
@@ -41,6 +42,7 @@ struct Origin {
     steady &= part.steady;
     keeps_state |= part.keeps_state;
     is_safe_state &= part.is_safe_state;
+    revisits_state |= part.revisits_state;
     can_fail |= part.can_fail;
     from_full_statement |= part.from_full_statement;
     newest_statement = std::max(newest_statement, part.newest_statement);
@@ -207,12 +209,30 @@ class MemoryPlan {
     origin.steady &= traits.has(steady) && !traits.has_any(follows_settings | draws);
     origin.can_fail |= traits.has(can_fail);
     if (origin.keeps_state && goes_out_of_order(call)) origin.is_safe_state = false;
-    if (column_traits.keeps_state) {
+    // What starts late and then looks back comes to rows for the first time behind later ones.
+    const bool leaves_rows = column_traits.starts_late || column_traits.passes_over;
+    if (origin.revisits_state && leaves_rows) origin.is_safe_state = false;
+    origin.revisits_state |= origin.keeps_state && evaluates_other_rows(*call.function);
+    if (column_traits.keeps_state && !only_reads_fields(call)) {
       origin.keeps_state = true;
       const Uses& uses = uses_[&call];
       origin.is_safe_state &= !uses.shared || !(uses.passed_over || anything_fails_);
     }
     return origin;
+  }
+
+  /// Whether the series of the call are fields that stand in columns, and it writes no column of
+  /// its own: then nothing shows that it was evaluated.
+  static bool only_reads_fields(const Variable& call) {
+    const ColumnTraits traits = call.function->column_traits();
+    const std::span arguments(call.arguments);
+    const auto series = arguments.first(std::min(traits.series_count, arguments.size()));
+    return traits.by_columns && traits.series != SeriesPlace::nowhere &&
+           !call.function->uses_result_column() &&
+           std::ranges::all_of(series, [](const Variable* argument) {
+             return argument != nullptr && argument->kind == VariableKind::field &&
+                    argument->has_column();
+           });
   }
 
   /// Whether the call may come to a row of its arguments for the first time when it has passed a
@@ -230,9 +250,12 @@ class MemoryPlan {
     for (size_t i = 0; i < std::min(traits.series_count, call.arguments.size()); ++i) {
       const Variable* argument = call.arguments[i];
       origin.take(argument == nullptr ? unknown_origin : origin_of(*argument, 0));
+      // A statement of the same text has the series in its column, and the word reads that.
+      if (argument != nullptr && traits.series != SeriesPlace::nowhere) {
+        origin.take(origin_of_column(argument->column_id));
+      }
     }
-    const int64_t finished = uses.ahead ? 0 : uses.first_statement;
-    if (origin.newest_statement >= finished) return Remembering::nothing;
+    if (uses.ahead || origin.newest_statement >= uses.first_statement) return Remembering::nothing;
     if (origin.from_full_statement && !uses.in_full) return Remembering::nothing;
     const bool in_order = origin.steady && origin.is_safe_state;
     if (traits.series != SeriesPlace::nowhere) {

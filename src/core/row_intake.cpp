@@ -39,6 +39,16 @@ double number_of(dom::element value) {
   return value.get(number) == simdjson::SUCCESS ? without_marks(number) : null_value;
 }
 
+/// The ids of the columns that the script reads.
+std::set<int32_t> required_ids(const DataPoolCenter& pool) {
+  std::set<int32_t> ids = pool.script.extra_field_set;
+  for (const auto* references : {&pool.script.cross_security_map, &pool.script.cross_period_map,
+                                 &pool.script.realtime_map}) {
+    for (const auto& [id, key] : *references) ids.insert(id);
+  }
+  return ids;
+}
+
 /// The keys of rows' objects and where their values go in a row of the batch. It serves text after
 /// text, as long as the script and the columns stay the same.
 class RowShape {
@@ -71,11 +81,7 @@ class RowShape {
   };
 
   void require(const DataPoolCenter& pool, std::vector<int32_t>& column_indexes) {
-    std::set<int32_t> ids = pool.script.extra_field_set;
-    for (const auto* references : {&pool.script.cross_security_map, &pool.script.cross_period_map,
-                                   &pool.script.realtime_map}) {
-      for (const auto& [id, key] : *references) ids.insert(id);
-    }
+    std::set<int32_t> ids = required_ids(pool);
     const auto index_of = [&pool](int32_t id) {
       return pool.table().column_index_of(static_cast<uint32_t>(id));
     };
@@ -158,6 +164,55 @@ class BatchReader {
   RowBatch& batch_;
 };
 
+/// Where the values of arrays go in a row of the batch.
+class ColumnShape {
+ public:
+  ColumnShape(const DataPoolCenter& pool, std::span<const FieldColumn> fields) {
+    for (const int32_t id : required_ids(pool)) {
+      const auto found = std::ranges::find(fields, static_cast<uint32_t>(id), &FieldColumn::id);
+      sources_.push_back(found == fields.end() ? nullptr : found->values);
+      if (id == time_column_id) key_place_ = column_indexes_.size();
+      column_indexes_.push_back(pool.table().column_index_of(static_cast<uint32_t>(id)));
+    }
+    column_indexes_.resize(std::bit_ceil(column_indexes_.size()), -1);
+  }
+
+  bool is_oversized(const RowBatch& batch, size_t rows) const {
+    constexpr size_t always_kept = 1 << 17;
+    return batch.values.size() > always_kept &&
+           rows * column_indexes_.size() < batch.values.size() / 16;
+  }
+
+  void fill(RowBatch& batch, std::span<const int64_t> keys) const {
+    const size_t width = column_indexes_.size();
+    batch.column_indexes = column_indexes_;
+    batch.rows.resize(keys.size());
+    if (batch.values.size() < keys.size() * width) batch.values.resize(keys.size() * width);
+    for (size_t row = 0; row < keys.size(); ++row) {
+      batch.rows[row] = {keys[row], static_cast<uint32_t>(row), 0};
+    }
+    for (size_t place = 0; place < sources_.size(); ++place) {
+      double* values = batch.values.data() + place;
+      for (size_t row = 0; row < keys.size(); ++row, values += width) {
+        *values = value_at(place, row, keys[row]);
+      }
+    }
+  }
+
+ private:
+  /// The row key is its own column, whatever an array says.
+  double value_at(size_t place, size_t row, int64_t key) const {
+    if (place == key_place_) return without_marks(static_cast<double>(key));
+    const double* source = sources_[place];
+    const double value = source == nullptr ? null_value : without_marks(source[row]);
+    return is_null(value) ? null_value : value;
+  }
+
+  std::vector<int32_t> column_indexes_;
+  std::vector<const double*> sources_;  ///< null for a field that isn't there
+  size_t key_place_ = no_place;
+};
+
 }  // namespace
 
 /// Keeps its memory for the next text, which mostly is as long as the last one.
@@ -213,6 +268,15 @@ void RowIntake::add_row(DataPoolCenter& pool, std::string_view json) {
   } catch (...) {
     log(log_unknown, "[ScriptParser::add_row] Unhandled error occurs.", uuid);
   }
+}
+
+void RowIntake::add_columns(DataPoolCenter& pool, std::span<const int64_t> keys,
+                            std::span<const FieldColumn> fields) {
+  RowBatch& batch = parser_->batch;
+  const ColumnShape shape(pool, fields);
+  if (shape.is_oversized(batch, keys.size())) batch = RowBatch();
+  shape.fill(batch, keys);
+  pool.table().merge_rows(batch);
 }
 
 }  // namespace quor

@@ -1,12 +1,20 @@
 // From the host's row JSON to rows of the table.
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <span>
 #include <string_view>
 
 #include "core/data_pool_center.h"
 
 namespace quor {
+
+/// The values of one field, a value per row.
+struct FieldColumn {
+  uint32_t id;
+  const double* values;
+};
 
 /// Takes an array of objects, one per bar in any order: the key "1" holds the row key, every other
 /// key is a column id in decimal. Only ids that the script requires are read; a missing value, one
@@ -16,6 +24,11 @@ class RowIntake {
  public:
   RowIntake();
   ~RowIntake();
+
+  /// The same from arrays: a key per row and, for each field, a value per row. Throws on exhausted
+  /// memory, and then has changed nothing.
+  void add_columns(DataPoolCenter& pool, std::span<const int64_t> keys,
+                   std::span<const FieldColumn> fields);
 
   void add_row(DataPoolCenter& pool, std::string_view json);
 

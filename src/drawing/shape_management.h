@@ -16,7 +16,9 @@ class ShapeManagement {
   /// The record's ShapeName and the count of that name so far, at least 1.
   std::string title_of(const BaseShape& record) const;
   void clear();
-  /// All records in order of creation as a JSON array, "[]" for none.
+  /// All records in order of creation.
+  const std::vector<std::shared_ptr<BaseShape>>& records() const { return records_; }
+  /// The same as a JSON array, "[]" for none.
   std::string to_json() const;
 
  private:

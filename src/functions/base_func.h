@@ -34,6 +34,7 @@ struct ColumnTraits {
   bool passes_over = false;     ///< it may leave arguments unevaluated at a bar
   size_t passed_over_from = 0;  ///< the first of these
   bool revisits = false;        ///< it evaluates arguments at other bars than its own
+  bool starts_late = false;     ///< it leaves arguments unevaluated at the first rows
   SeriesPlace series = SeriesPlace::nowhere;  ///< of its first arguments
   size_t series_count = 1;
 };

@@ -47,7 +47,16 @@ class BlockExtremes final : public CallMemory {
     }
   }
 
+  /// To be told of each row at which the series is evaluated first. False behind a row that was
+  /// left out: evaluating again what keeps a state may change it there.
+  bool pass(int32_t row) {
+    if (row > passed_) return false;
+    passed_ = std::max(passed_, row + 1);
+    return true;
+  }
+
   void cut(int32_t row) override {
+    passed_ = std::min(passed_, std::max(row, 0));
     for (std::vector<RowBlock>& blocks : levels_) {
       row = std::max(row, 0) / fan;
       if (static_cast<size_t>(row) < blocks.size()) blocks.resize(static_cast<size_t>(row));
@@ -79,6 +88,7 @@ class BlockExtremes final : public CallMemory {
   }
 
   std::array<std::vector<RowBlock>, 4> levels_;
+  int32_t passed_ = 0;  ///< the rows before have been evaluated one after the other
 };
 
 /// One walk down the rows of an argument. It leaps over blocks that are known to hold nothing
@@ -86,13 +96,18 @@ class BlockExtremes final : public CallMemory {
 template <Extreme extreme>
 class BeyondWalk {
  public:
-  /// From row `first` down, which lies before the row of the call.
-  BeyondWalk(const Call& call, double threshold, int32_t first)
-      : threshold_(threshold), end_(first + 1) {
+  /// For a bar at which the series is evaluated at `newest` before any earlier row.
+  BeyondWalk(const Call& call, double threshold, int32_t newest)
+      : threshold_(threshold), end_(call.row - short_walk) {
+    const Remembering remembering = call.variable.remembering;
     const bool inside = call.row < call.table().row_count();
-    if (!inside || call.variable.remembering != Remembering::catching_up) return;
-    blocks_ = &memory_of<Blocks>(call.script(), call.variable);
+    if (!inside || remembering == Remembering::nothing) return;
+    auto& blocks = memory_of<Blocks>(call.script(), call.variable);
+    if (blocks.pass(newest) || remembering == Remembering::catching_up) blocks_ = &blocks;
   }
+
+  /// So many rows are looked at sooner than a memory.
+  static constexpr int32_t short_walk = 16;
 
   /// The next row at or below `row` to look at; below 0 if there is none.
   int32_t next(int32_t row) {

@@ -330,9 +330,6 @@ class DistanceToBeyond : public BaseFunc {
   }
 
  private:
-  /// So many rows are looked at sooner than a memory.
-  static constexpr int32_t short_walk = 16;
-
   static void find(const Call& call, double threshold, int32_t wanted) {
     const auto arrives = [&call, threshold, &wanted](int32_t row, double& value) {
       value = null_value;
@@ -341,13 +338,13 @@ class DistanceToBeyond : public BaseFunc {
       call.result = call.row - row;
       return true;
     };
+    BeyondWalk<extreme> walk(call, threshold, series_argument == 0 ? call.row : call.row - 1);
     double value;
     int32_t row = call.row - 1;
-    for (const int32_t near = std::max(row - short_walk, -1); row > near; --row) {
+    const int32_t near = std::max(row - BeyondWalk<extreme>::short_walk, -1);
+    for (; row > near; --row) {
       if (arrives(row, value)) return;
     }
-    if (row < 0) return;
-    BeyondWalk<extreme> walk(call, threshold, row);
     for (row = walk.next(row); row >= 0; row = walk.next(row - 1)) {
       if (arrives(row, value)) return;
       walk.pass(row, value);

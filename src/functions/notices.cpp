@@ -97,7 +97,9 @@ class NOTICE final : public BaseFunc {
   static bool send_once(const Call& call, const Columns& columns) {
     if (!call.pool.fire_signals || call.row < call.calculator.start_row()) return false;
     if (columns.already_sent()) return true;
-    if (const NoticeHandler handler = notice_handler()) {
+    if (EventListener* const listener = call.pool.listener) {
+      listener->hear_notice(static_cast<uint32_t>(call.row), call.variable.aux_column_ids[0]);
+    } else if (const NoticeHandler handler = notice_handler()) {
       const std::string text = row_text(columns.table, call.row);
       handler(unix_time(), call.variable.aux_column_ids[0], call.pool.uuid, text.c_str());
     }

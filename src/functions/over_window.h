@@ -165,7 +165,9 @@ class OverWindow : public BaseFunc {
     return results;
   }
 
-  ColumnTraits column_traits() const final { return {.by_columns = true, .series = rule.place}; }
+  ColumnTraits column_traits() const final {
+    return {.by_columns = true, .starts_late = !rule.stores_before_gate, .series = rule.place};
+  }
 };
 
 }  // namespace quor

@@ -33,12 +33,16 @@ void make_record(const Call& call) {
 }
 
 void fire(const Call& call, uint32_t action) {
-  const TradeHandler handler = trade_handler();
-  if (handler == nullptr) return;
   const DataTable& table = call.table();
-  handler(unix_time(), to_int64(table.cell(call.row, table.column_index_of(time_column_id))),
-          static_cast<uint32_t>(call.row), call.pool.uuid, call.variable.aux_column_ids[0], action,
-          to_int(call.variable.value));
+  const int64_t bar = to_int64(table.cell(call.row, table.column_index_of(time_column_id)));
+  const auto row = static_cast<uint32_t>(call.row);
+  const uint32_t column_id = call.variable.aux_column_ids[0];
+  const int32_t quantity = to_int(call.variable.value);
+  if (EventListener* const listener = call.pool.listener) {
+    listener->hear_signal(bar, row, column_id, action, quantity);
+  } else if (const TradeHandler handler = trade_handler()) {
+    handler(unix_time(), bar, row, call.pool.uuid, column_id, action, quantity);
+  }
 }
 
 /// A signal leaves at every evaluation of a bar whose condition holds, also when a bar is

@@ -91,6 +91,7 @@ class ExtremeRows {
     follow(table, first, last);
     const double oldest = table.cell(first, column);
     if (oldest != oldest || first == last) return first;
+    if (head_ == rows_.size()) return -1;
     const int32_t best = rows_[head_];
     return beats<extreme>(table.cell(last, column), table.cell(best, column)) ? last : best;
   }

@@ -17,6 +17,17 @@ using TradeDatesHandler = const char* (*)(const char* market, const char* securi
 using ExtraDataCallback = double (*)(const char* key, const char* market, const char* security);
 using TradeTimeCallback = int32_t (*)(int64_t time, const char* market, const char* security);
 
+/// Hears the notices and trade signals of one instance in place of the process's handlers.
+class EventListener {
+ public:
+  virtual void hear_notice(uint32_t row, uint32_t column_id) = 0;
+  virtual void hear_signal(int64_t bar, uint32_t row, uint32_t column_id, uint32_t action,
+                           int64_t quantity) = 0;
+
+ protected:
+  ~EventListener() = default;
+};
+
 enum LogLevel : uint8_t { log_mapping = 0, log_calendar = 1, log_error = 2, log_unknown = 3 };
 
 /// Null changes nothing. Handler and level change together.

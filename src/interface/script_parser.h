@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -24,6 +25,8 @@ class ScriptParser {
                         std::string_view lines);
   std::string exec(int32_t first_row, bool fire_signals);
   void add_row(std::string_view json);
+  /// As `add_row`, but throws on exhausted memory.
+  void add_columns(std::span<const int64_t> keys, std::span<const FieldColumn> fields);
 
   void create_reserved_field(std::string_view word, uint32_t column_id);
   void set_uuid(uint64_t uuid);
@@ -36,6 +39,7 @@ class ScriptParser {
 
   DataPoolCenter& pool() { return pool_; }
   CalculateCenter& calculator() { return calculator_; }
+  const ShapeManagement& drawings() const { return pool_.script.shapes; }
 
   uint64_t uuid = UINT64_MAX;
   bool valid = false;  ///< from the last step of construction until deletion begins

@@ -2,28 +2,7 @@
 # Runs the command-line host and compares its exit status and what it prints.
 #   quor_test.sh QUOR SAMPLES [EMULATOR]
 set -u
-program=$1
-samples=$2
-emulator=${3:-}
-folder=$(mktemp -d) || exit 1
-trap 'rm -rf "$folder"' EXIT
-cd "$folder" || exit 1
-failures=0
-
-quor() { ${emulator:+"$emulator"} "$program" "$@"; }
-
-# expect STATUS TEXT ARGUMENTS...: runs quor; the whole of what it prints on both channels must be TEXT.
-expect() {
-  status=$1
-  text=$2
-  shift 2
-  printed=$(quor "$@" 2>&1)
-  got=$?
-  [ "$got" -eq "$status" ] && [ "$printed" = "$text" ] && return
-  printf 'quor %s\n' "$*"
-  printf 'expected status %s and\n%s\ngot status %s and\n%s\n\n' "$status" "$text" "$got" "$printed"
-  failures=$((failures + 1))
-}
+. "$(dirname "$0")/support.sh"
 
 # bad_bars TEXT ROWS: a file of bars that is refused with the text.
 bad_bars() {
@@ -39,7 +18,7 @@ printf 'date,time,close\n2024-01-02,09:35,1\n2024-01-02,09:40:00,2\n' >minutes.c
 expect 0 'date             MID     VOL2  三
 2024-01-02  7.500000     null  15
 2024-01-03  9.000000  500.500  18' \
-  run --bars bars.csv -e 'MID:=(H+L)/2; VOL2:=V/2; 三:=MID*2; MID>8;'
+  run --bars bars.csv -e 'MID:=(H+L)/2; VOL2:=V/2; 三:=MID*2;'
 
 # Only the last bar, of an average over as many bars as a parameter says: (9.5 + 10.5) / 2.
 echo '[{"param_name":"n","default":2}]' >params.json
@@ -53,7 +32,7 @@ expect 0 'date           X
 
 expect 0 'date                     TICK
 2024-01-02 09:35:00  0.020000
-2024-01-02 09:40:00  0.020000' run --bars minutes.csv -e 'TICK:=MINPRICE*2;' --code IF2401 --extra minprice=0.01
+2024-01-02 09:40:00  0.020000' run --bars minutes.csv --period 0x3005 -e 'TICK:=MINPRICE*2;' --code IF2401 --extra minprice=0.01
 
 # What the file lacks is null, with a warning.
 expect 0 'quor: warning: bars.csv has no column for OPI (65), which reads as null
@@ -74,18 +53,38 @@ expect 0 'The script is sound.
   calendar          none
   notices           none' check script.quor --params params.json
 
-# Statements are counted as the library counts them: blank lines and comments are statements of
-# their own, line ends inside one are not.
-printf '{ it has\n two lines }\n\nA:=1;// done\nB:=A+\n  2;C1:=3;\n/* x */ D:= C1+nothing;' >bad.quor
-expect 1 'error 2: a word that nothing defines: NOTHING
-  in statement 6 (the first is 0), line 7: D:= C1+nothing' check bad.quor
-expect 1 'error 4000: an exception: vector too long' run -e 'A:STD(C,0-5);' --bars bars.csv
-expect 1 "error 5: a quote is left open
-  in statement 1 (the first is 0), line 1: B:='x" check -e "A:=1;B:='x"
-expect 1 'error 9: a reference in double quotes must stand right behind '\'':'\'' or '\''='\''
-  in statement 0 (the first is 0), line 1: D:=A"B"' run --bars bars.csv -e 'D:=A"B";'
+# What is wrong, where, and what to write instead, as compilers print it.
+printf '{ it has\n two lines }\n\nA:=1;// done\nB:=A+\n  2;C1:=3;\n/* x */\tD:= C1+nothing;\n' >bad.quor
+expect 1 'bad.quor:7:16: error: nothing defines nothing (code 2); declare it above, or as a constant: CONST nothing:number;
+/* x */	D:= C1+nothing;
+       	       ^~~~~~~' check bad.quor
+expect 1 "-e:1:9: error: this quote is left open (code 5); close it with '
+A:=1;B:='x
+        ^" check -e "A:=1;B:='x"
+expect 1 '-e:1:9: error: the period of STD is negative: -5 ("vector too long") (code 4000)
+A:STD(C,0-5);
+        ^~~' run --bars bars.csv -e 'A:STD(C,0-5);'
+expect 0 "-e:1:5: warning: '^' is no operator; write POW(x,y) for a power
+A:=C^2;B:=MA(C,3);
+    ^
+-e:1:16: warning: the period of MA is 3, there are only 2 bars
+A:=C^2;B:=MA(C,3);
+               ^
+date         A     B
+2024-01-03  -2  null" run --bars bars.csv --last 1 -e 'A:=C^2;B:=MA(C,3);'
+[ "$(quor check --json -e 'A:CLOES;' 2>/dev/null | tail -n 1)" = '"findings":[{"severity":"error","line":1,"column":3,'\
+'"length":5,"code":2,"sentence":"nothing defines CLOES","suggestion":"did you mean CLOSE?"}]}' ] || failures=1
+quor check --strict -e 'A:C^2;' >/dev/null 2>&1 && failures=1
+quor check --strict -e 'A:C;' >/dev/null 2>&1 || failures=1
+# A healthy script is told nothing of calendars, nor of the time that notices stamp.
+expect 0 'date  TRADEDAY  NEWDAY  BARS  AVERAGE  MA10' \
+  run "$samples/night.quor" --bars "$samples/index-daily.csv" --last 0
+expect 0 '-e: warning: there are several bars a day, but their period is said to be a day or longer; name the period of the bars
+date                        A
+2024-01-02 09:40:00  20240102' run --bars minutes.csv --period 0x4000 --last 1 -e 'A:=DATE;'
 
-bad_bars ': no line with the names of the columns' ''
+bad_bars ': is empty' ''
+bad_bars ': no line with the names of the columns' '\n'
 bad_bars ': no bars' 'date,close\n'
 bad_bars ":1: the header names no 'date' column" 'close\n1\n'
 bad_bars ":1: the header names no 'close' column" 'date,open\n'
@@ -96,11 +95,9 @@ bad_bars ":2: '2024-13-02' is no date" 'date,close\n2024-13-02,1\n'
 bad_bars ':3: same date as in line 2' 'date,close\n2024-01-02,1\n20240102,2\n'
 bad_bars ':2: a quote is out of place' 'date,close\n2024-01-02,"1"2\n'
 
-expect 1 'quor: none.csv: can'\''t be opened' run -e 'A:=C;' --bars none.csv
+expect 1 'quor: none.csv: there is no such file' run -e 'A:=C;' --bars none.csv
 expect 1 'quor: --extra UNIT=x: not of the form KEY=NUMBER' check -e 'A:=1;' --extra UNIT=x
 expect 2 "quor: no script: give a file or -e 'TEXT'" check
-expect 2 'A subcommand is required
-Run with --help for more information.'
 
 # Data of another security by the same key, of a longer period up to its next bar.
 printf 'date,close\n2024-01-03,7\n' >other.csv
@@ -126,14 +123,92 @@ night() {
   'notice  2024-01-05 21:15:00  high  {"1":202401052
 signal  2024-01-05 21:15:00  row 2  BK 3' ] || failures=1
 
-# A picture; a program built without the means to draw says so instead.
-if quor chart --bars bars.csv --out chart.svg 2>chart.err \
-  -e "MID:(H+L)/2; DRAWTEXT(C>10,H,'<up>'); DRAWNUMBER(C<10,L,C*2,1,COLORRED);"; then
-  # The legend with the value of the last bar, and a mark at one bar of the two each.
-  [ "$(sed -n '/MID/,/desc/p' chart.svg)" = 'MID 9.000
-&lt;up&gt;
-19.0
-</desc>' ] || failures=1
+# texts FILE.svg: the texts of a picture, one in a line.
+texts() {
+  sed -n '/<desc>/,/<\/desc>/p' "$1" | sed '1d;$d'
+}
+
+# shows FILE.svg TEXT...: whether each of the texts stands in the picture, as a whole line.
+shows() {
+  picture=$1
+  shift
+  for text in "$@"; do
+    texts "$picture" | grep -qxF -e "$text" && continue
+    printf '%s lacks %s\n' "$picture" "$text"
+    failures=$((failures + 1))
+  done
+}
+
+# lacks FILE.svg TEXT: whether no line of the picture begins with the text.
+lacks() {
+  texts "$1" | grep -q "^$2" || return 0
+  printf '%s has %s\n' "$1" "$2"
+  failures=$((failures + 1))
+}
+
+# The time that programs had taken when `times` wrote it down; it doesn't count in a subshell.
+processor_seconds() {
+  awk 'NR == 2 { split($1, time, /[ms]/); print int(time[1] * 60 + time[2]) }' times.txt
+}
+
+daily_chart() {
+  expect 0 '' chart --bars "$samples/index-daily.csv" "$@"
+}
+
+# Pictures; a program built without the means to draw doesn't offer them.
+if quor --help | grep -q '^  chart '; then
+  expect 0 '' chart --bars bars.csv --out chart.svg \
+    -e "MID:(H+L)/2; DRAWTEXT(C>10,H,'<up>'); DRAWNUMBER(C<10,L,C*2,1,COLORRED);"
+  # A mark at one bar of the two each; the legend with the value of the last bar.
+  shows chart.svg bars Daily 2024-01-03 '&lt;up&gt;' 19.0 'MID 9.00'
+
+  # Title, last price, decimals of the prices, large numbers, months; the volume where there's room.
+  daily_chart --out a.svg -e 'MA5:MA(C,5);'
+  shows a.svg index-daily Daily 2020-04-17 2874.56 '+75.01 (+2.68%)' 'MA5 2813.03' 'Volume 5.79B' 8B \
+    2020 Feb
+  daily_chart --out a.svg --no-volume -e 'MA5:MA(C,5);'
+  lacks a.svg Volume
+  daily_chart --out a.svg --period 0x5001 --code IX500 --market TEST \
+    -e 'OBV:SUM(IF(C>REF(C,1),V,IF(C<REF(C,1),-V,0)),0);'
+  shows a.svg 'IX500 · TEST' Weekly 'OBV 1.10T'
+  lacks a.svg Volume
+  # A level has its value on the axis, in the panel of the lines around it, written before or behind.
+  daily_chart --out a.svg --last 5 -e \
+    'WEAK:30;R:SMA(MAX(C-REF(C,1),0),6,1)/SMA(ABS(C-REF(C,1)),6,1)*100;STRONG:70;'
+  shows a.svg 30 70 'R 70.48' 'WEAK 30.00' 'STRONG 70.00'
+  # Signals have their words.
+  daily_chart --out a.svg -e 'C>REF(C,1)*1.03,BK(2);C<REF(C,1)*0.97,SPK;H=HHV(H,60),CLOSEOUT;'
+  shows a.svg 'BK 2' SPK CLOSEOUT
+  quor chart --bars "$samples/night.csv" --period 0x3005 --out a.svg -e 'A:C;'
+  shows a.svg '5 min' '2024-01-09 15:00' 'Jan 9' 21:05 'Volume 541'
+
+  # The grounds of both themes, the size.
+  daily_chart --out a.svg --theme dark --size 1600x900 -e 'A:C,COLORBLACK;'
+  grep -q 'width="1600pt" height="900pt"' a.svg || failures=$((failures + 1))
+  grep -q 'rgb(7.4*[0-9]*%,9.0*[0-9]*%,13.3*[0-9]*%)' a.svg || failures=$((failures + 1))
+  expect 2 'quor: --theme: blue not in {light,dark}
+quor chart --help tells more' chart -e 'A:=1;' --bars bars.csv --out a.svg --theme blue
+
+  # Far more bars than pixels. Processor time, since other work may keep the clock waiting; a build for
+  # the sanitizers takes ten times as long.
+  awk 'BEGIN {
+    print "date,time,open,high,low,close,volume"
+    for (i = 0; i < 200000; ++i) {
+      day = int(i / 480); minute = i % 480; price = 100 + 50 * sin(i / 9000) + 5 * sin(i / 17)
+      printf "%d-%02d-%02d,%02d:%02d,%.2f,%.2f,%.2f,%.2f,%d\n", 2020 + int(day / 336),
+        int(day / 28) % 12 + 1, day % 28 + 1, 9 + int(minute / 60), minute % 60,
+        price, price + 1, price - 1, price + sin(i), 100 + i % 900
+    }
+  }' >long.csv
+  times >times.txt
+  before=$(processor_seconds)
+  expect 0 '' chart --bars long.csv --period 0x3000 --last 200000 --out long.svg \
+    -e 'MA20:MA(C,20); C>O,BK; C<O,SK; DRAWNUMBER(C>O,H,C,2,COLORRED); DRAWLINE(C>O,L,C>O,H,COLORBLUE);'
+  times >times.txt
+  took=$(($(processor_seconds) - before))
+  [ $took -le 20 ] || { echo "200,000 bars took $took s"; failures=$((failures + 1)); }
+  [ "$(wc -c <long.svg)" -lt 30000000 ] || failures=$((failures + 1))
+  shows long.svg '1 min' 2021
   # Values so large that a step of the axis is lost on them once kept it from ending.
   expect 0 '' chart -e 'A:10000000000000000+2*(C>9);' --bars bars.csv --out huge.svg
   # Values, slopes and ratios beyond all bounds.
@@ -145,12 +220,13 @@ if quor chart --bars bars.csv --out chart.svg 2>chart.err \
 them: The input is not valid UTF-8" chart latin.quor --bars bars.csv --out chart.svg
   ln -s /dev/full full.svg
   expect 1 "quor: full.svg: can't be written" chart -e 'A:=1;' --bars bars.csv --out full.svg
-  expect 2 '--size: Value 10 not in range 200 to 8000
-Run with --help for more information.' chart -e 'A:=1;' --bars bars.csv --out chart.svg --size 10x800
+  expect 2 'quor: --size: Value 10 not in range 200 to 8000
+quor chart --help tells more' chart -e 'A:=1;' --bars bars.csv --out chart.svg --size 10x800
   expect 1 'quor: --out chart.gif: neither .svg nor .png' \
     chart -e 'A:=1;' --bars bars.csv --out chart.gif
 else
-  grep -q 'built without Cairo and Pango' chart.err || failures=1
+  expect 2 'A subcommand is required
+Run with --help for more information.' chart
 fi
 
 for script in "$samples"/*.quor; do

@@ -24,10 +24,12 @@ std::vector<Number> numbers_of(std::istringstream& words) {
   return numbers;
 }
 
-std::string parameter_json(std::istringstream& words) {
+std::string parameter_json(std::istringstream& words,
+                           std::vector<std::pair<std::string, double>>& defaults) {
   std::string json = "[";
   for (std::string word; words >> word;) {
     const size_t sign = word.find('=');
+    defaults.emplace_back(word.substr(0, sign), std::stod(word.substr(sign + 1)));
     if (json.size() > 1) json += ',';
     json += R"({"PARAM_NAME":")" + word.substr(0, sign) + R"(","DEFAULT":)" +
             word.substr(sign + 1) + "}";
@@ -59,7 +61,7 @@ void take_line(Vector& vector, const std::string& key, std::istringstream& words
   if (key == "script") {
     vector.script += rest_of(words) + "\n";
   } else if (key == "params") {
-    vector.parameters = parameter_json(words);
+    vector.parameters = parameter_json(words, vector.defaults);
   } else if (key == "info") {
     take_info(vector, words);
   } else if (key == "keys") {

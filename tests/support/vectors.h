@@ -30,7 +30,8 @@ struct Vector {
   std::string file;
   std::string name;
   std::string script;
-  std::string parameters;
+  std::string parameters;                                ///< as JSON
+  std::vector<std::pair<std::string, double>> defaults;  ///< the same as numbers
   uint32_t period = 0x4000;
   std::string security;
   std::string market;

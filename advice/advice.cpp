@@ -1,0 +1,161 @@
+#include "advice.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "explain.h"
+#include "letters.h"
+#include "warnings.h"
+
+namespace quor_advice {
+namespace {
+
+constexpr int64_t quote_open = 5;
+constexpr int64_t unfinished = 14;
+constexpr size_t most_findings = 100;  ///< nobody reads more of one script
+
+/// A problem with what a finding adds to it.
+struct Noted {
+  Severity severity;
+  int64_t code;
+  Problem problem;
+};
+
+bool overlaps(Place a, Place b) { return a.begin < b.end && b.begin < a.end; }
+
+/// From offsets to lines and columns.
+class Placer {
+ public:
+  explicit Placer(const Reading& reading) : reading_(reading), script_(reading.script) {}
+
+  Finding finding(const Noted& noted) const {
+    const Problem& problem = noted.problem;
+    Finding finding{noted.severity, 0, 0, 0, noted.code, problem.sentence, problem.suggestion};
+    const size_t begin = std::min(problem.place.begin, script_.size());
+    const size_t line = reading_.line_of(begin);
+    const size_t start = reading_.line_starts[line - 1];
+    const size_t line_end = std::min(script_.find_first_of("\r\n", begin), script_.size());
+    const size_t end = std::clamp(problem.place.end, begin, line_end);
+    finding.line = line;
+    finding.column = count_characters(script_.substr(start, begin - start)) + 1;
+    finding.length = std::max<size_t>(count_characters(script_.substr(begin, end - begin)), 1);
+    return finding;
+  }
+
+ private:
+  const Reading& reading_;
+  std::string_view script_;
+};
+
+class Adviser {
+ public:
+  explicit Adviser(const Input& input)
+      : input_(input),
+        reading_(read_script(input.script, input.parameters)),
+        failure_(read_failure(input.report)) {
+    if (failure_.code == 0) failure_ = read_failure(input.answer);
+  }
+
+  std::vector<Finding> run() {
+    if (failure_.code != 0) {
+      noted_.push_back({Severity::error, failure_.code, explain(reading_, failure_)});
+      failed_at_ = noted_.front().problem.place.begin;
+    }
+    note_warnings();
+    std::vector<Finding> findings;
+    std::ranges::stable_sort(noted_, {},
+                             [](const Noted& noted) { return noted.problem.place.begin; });
+    const bool contradicts = input_.run && contradicts_period(*input_.run, input_.period);
+    if (contradicts) {
+      findings.push_back(
+          {Severity::warning, 0, 0, 0, 0,
+           "there are several bars a day, but their period is said to be a day or longer",
+           "name the period of the bars"});
+    }
+    const Placer placer(reading_);
+    for (const Noted& noted : noted_) findings.push_back(placer.finding(noted));
+    return findings;
+  }
+
+ private:
+  /// Where a quote is open or the end is missing, what follows can't be read. Of the statement that
+  /// the error is in, the error says enough.
+  bool is_readable(const Statement& statement) const {
+    if (failure_.code == 0 || statement.tokens.empty()) return true;
+    const bool is_cut = failure_.code == quote_open || failure_.code == unfinished;
+    const size_t end = reading_.scan.slots[statement.number].end;
+    if (is_cut && failure_.statement) return statement.number < *failure_.statement;
+    // A ";" at fault leaves half of its statement to the next one.
+    const bool goes_on =
+        statement.number > 0 && reading_.scan.slots[statement.number - 1].end == failed_at_;
+    const bool holds_place = statement.tokens.front().begin <= failed_at_ && failed_at_ <= end;
+    return !goes_on && !holds_place && failure_.statement != statement.number;
+  }
+
+  void note_warnings() {
+    const RunFacts* const run = input_.run ? &*input_.run : nullptr;
+    for (const Statement& statement : reading_.statements) {
+      if (noted_.size() >= most_findings) return;
+      if (is_readable(statement)) note(statement_warnings(reading_, statement, run));
+    }
+    if (failure_.code == 0 && run != nullptr) note_null_lines(*run);
+    if (failure_.code != quote_open && failure_.code != unfinished) note(script_warnings(reading_));
+  }
+
+  /// A line whose statement has a warning is null for that reason.
+  void note_null_lines(const RunFacts& run) {
+    auto problems = run_warnings(reading_, run);
+    std::erase_if(problems, [this](const Problem& problem) {
+      const auto next =
+          std::ranges::lower_bound(reading_.scan.slots, problem.place.begin, {}, &Slot::end);
+      return std::ranges::any_of(noted_, [&](const Noted& noted) {
+        const size_t begin = noted.problem.place.begin;
+        return begin >= problem.place.begin && next != reading_.scan.slots.end() &&
+               begin <= next->end;
+      });
+    });
+    note(std::move(problems));
+  }
+
+  /// Of several problems at one place the first one says enough.
+  void note(std::vector<Problem> problems) {
+    for (Problem& problem : problems) {
+      if (noted_.size() >= most_findings) return;
+      const bool is_told = std::ranges::any_of(noted_, [&problem](const Noted& noted) {
+        return overlaps(noted.problem.place, problem.place);
+      });
+      if (!is_told) noted_.push_back({Severity::warning, 0, std::move(problem)});
+    }
+  }
+
+  const Input& input_;
+  Reading reading_;
+  Failure failure_;
+  size_t failed_at_ = 0;  ///< the place of the error
+  std::vector<Noted> noted_;
+};
+
+}  // namespace
+
+std::vector<Finding> advise(const Input& input) { return Adviser(input).run(); }
+
+ScriptNames names_in(std::string_view script) {
+  const Reading reading = read_script(script, {});
+  ScriptNames names;
+  std::set<std::string_view> seen;
+  for (const Statement& statement : reading.statements) {
+    if (statement.form == Form::constant && !statement.name.empty())
+      names.constants.push_back(statement.name);
+    const bool declares = statement.is_named() && !statement.name.empty();
+    if (declares && reading.lines.find(statement.name)->second == statement.number)
+      names.lines.push_back(statement.name);
+    for (const Token& token : statement.tokens) {
+      if (token.kind == TokenKind::word && seen.insert(token.text).second)
+        names.words.push_back(token.text);
+    }
+  }
+  return names;
+}
+
+}  // namespace quor_advice

@@ -1,0 +1,63 @@
+// What the language's words are: fields, styles, colours, and the roles of functions.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quor_advice {
+
+bool is_function(std::string_view word);
+
+/// A function that stands without parentheses, such as DATE.
+bool is_bare_word(std::string_view word);
+
+/// A function that draws, sounds or signals: it acts, and gives no number.
+bool acts(std::string_view word);
+
+/// The words of conditions and values that stand behind a comma: NOTICE, BK, ICON, STICK, ...
+bool is_short_form(std::string_view word);
+
+bool is_trade_word(std::string_view word);
+
+/// IF, IFN and IFELSE.
+bool is_branch(std::string_view word);
+
+bool is_field(std::string_view word);
+
+/// The words of a field by its number, the first one of several; empty for an unknown one.
+std::vector<std::string_view> words_of_field(uint32_t id);
+
+/// The names of a word's arguments in its form: COND, PRICE, 'TEXT' of DRAWTEXT; none for words of
+/// several forms.
+std::vector<std::string_view> arguments_of_form(std::string_view word);
+
+/// What a style word takes whose number is out of bounds, "LINETHICK1 to LINETHICK9"; else empty.
+std::string bounds_of_style(std::string_view item);
+
+/// Whether a style item has an effect somewhere, in capitals: COLORRED, LINETHICK2, DOT, ...
+bool is_style(std::string_view item);
+
+/// Whether the item asks for a colour, be it a known one or not.
+bool is_colour(std::string_view item);
+bool is_known_colour(std::string_view item);
+
+/// Which argument of a word is the number of bars that it looks at.
+struct PeriodArgument {
+  std::string_view word;
+  size_t index;  ///< from 0
+  bool takes_negative = false;
+  bool needs_all_bars = false;  ///< null until there are that many
+};
+const PeriodArgument* find_period(std::string_view word);
+
+/// Which words a nearest one is looked for among.
+enum class Vocabulary { expression, style, colour, quote, short_form };
+
+/// The word of the vocabulary, or of `more`, that is fewest edits away; nothing if none is near.
+std::optional<std::string> nearest(std::string_view word, Vocabulary vocabulary,
+                                   const std::vector<std::string>& more = {});
+
+}  // namespace quor_advice

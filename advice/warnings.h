@@ -1,0 +1,30 @@
+// What the library takes without a word though no author can have meant it.
+#pragma once
+
+#include <vector>
+
+#include "finding.h"
+#include "reading.h"
+#include "syntax.h"
+
+namespace quor_advice {
+
+/// Warnings of the script as a whole: comments and quotes that swallow code, nothing to run.
+std::vector<Problem> script_warnings(const Reading& reading);
+
+/// Warnings of one statement that the library has taken.
+std::vector<Problem> statement_warnings(const Reading& reading, const Statement& statement,
+                                        const RunFacts* run);
+
+/// Warnings of a calculation: lines that are null on every bar.
+std::vector<Problem> run_warnings(const Reading& reading, const RunFacts& run);
+
+/// Whether bars come several times a day though the period is a day or longer.
+bool contradicts_period(const RunFacts& run, int32_t period);
+
+// Parts of them, each by its subject.
+void warn_of_items(const Reading& reading, const Statement& statement, std::vector<Problem>& out);
+void warn_of_calls(const Reading& reading, const Statement& statement, const RunFacts* run,
+                   std::vector<Problem>& out);
+
+}  // namespace quor_advice

@@ -1,0 +1,28 @@
+# The libraries that are linked in, so that what is built needs them nowhere: simdjson::simdjson and
+# csv::csv. One script builds them for every system, when they are missing or when it has changed.
+set(QUOR_LIBRARIES "" CACHE PATH
+  "Prefix of simdjson and libcsv; if empty, tools/libraries.sh builds them from Debian's sources")
+
+set(libraries ${QUOR_LIBRARIES})
+if(NOT libraries)
+  string(TOLOWER ${CMAKE_SYSTEM_NAME} system)
+  set(libraries ${PROJECT_SOURCE_DIR}/build/libraries/${system})
+  execute_process(COMMAND ${PROJECT_SOURCE_DIR}/tools/libraries.sh ${system}
+    COMMAND_ERROR_IS_FATAL ANY)
+endif()
+
+# Forget another one that an earlier configuration has found.
+unset(simdjson_DIR CACHE)
+find_package(simdjson REQUIRED PATHS ${libraries} NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+
+# Its header lays out a parser otherwise where a compiler is told of threads, as Cairo has it told.
+set_property(TARGET simdjson::simdjson APPEND PROPERTY
+  INTERFACE_COMPILE_DEFINITIONS SIMDJSON_THREADS_ENABLED=1)
+
+# The CSV library comes without a CMake package.
+set(there PATHS ${libraries} NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH NO_CACHE REQUIRED)
+find_path(csv_include csv.h PATH_SUFFIXES include ${there})
+find_library(csv_library csv PATH_SUFFIXES lib lib/${CMAKE_LIBRARY_ARCHITECTURE} ${there})
+add_library(csv::csv UNKNOWN IMPORTED)
+set_target_properties(csv::csv PROPERTIES
+  IMPORTED_LOCATION ${csv_library} INTERFACE_INCLUDE_DIRECTORIES ${csv_include})

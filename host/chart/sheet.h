@@ -1,0 +1,19 @@
+// What the parts of a picture are drawn with.
+#pragma once
+
+#include "canvas.h"
+#include "theme.h"
+#include "view.h"
+
+namespace quor_host {
+
+inline constexpr double sheet_margin = 12.0;
+inline constexpr double axis_text_size = 11.0;
+
+struct Sheet {
+  Canvas& canvas;
+  const View& view;
+  const Theme& theme;
+};
+
+}  // namespace quor_host

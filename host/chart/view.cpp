@@ -1,0 +1,50 @@
+#include "view.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace quor_host {
+
+View::View(const Session& session, const Bars& bars, size_t last)
+    : session_(session), bars_(bars), order_(bars.keys.size()) {
+  std::iota(order_.begin(), order_.end(), size_t{0});
+  std::ranges::sort(order_, {}, [&bars](size_t i) { return bars.keys[i]; });
+  for (const size_t place : order_) keys_.push_back(bars.keys[place]);
+  first_ = order_.size() - std::clamp<size_t>(last, 1, order_.size());
+}
+
+double View::value(std::optional<uint32_t> column, size_t row) const {
+  constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+  if (!column) return nan;
+  const auto field = bars_.columns.find(*column);
+  const double value = field == bars_.columns.end()
+                           ? session_.cell(static_cast<uint32_t>(row), *column)
+                           : field->second[order_[row]];
+  // Sums and ratios of what lies below stay finite.
+  return std::abs(value) < 1e100 ? value : nan;
+}
+
+Series View::series(std::optional<uint32_t> column) const {
+  if (!column) return {};
+  std::vector<double>& values = read_[*column];
+  if (values.empty()) {
+    for (size_t row = first_; row < row_count(); ++row) values.push_back(value(column, row));
+  }
+  return {values, first_};
+}
+
+size_t View::first_row(const Record& record) const {
+  return record.flag("IsLastCandle") ? last_row() : first_;
+}
+
+std::vector<size_t> View::rows(const Record& record) const {
+  const Marks shown = marks(record);
+  std::vector<size_t> rows;
+  for (size_t row = first_row(record); row < row_count(); ++row) {
+    if (shown[row]) rows.push_back(row);
+  }
+  return rows;
+}
+
+}  // namespace quor_host

@@ -1,0 +1,28 @@
+#include "chart_options.h"
+
+#include <CLI/CLI.hpp>
+
+namespace quor_host {
+
+void add_chart_options(CLI::App& command, ChartOptions& options) {
+  command.add_option("--out", options.path, "The picture")
+      ->type_name("FILE.svg|FILE.png")
+      ->required();
+  command.add_option("--last", options.last, "How many bars to draw")
+      ->type_name("N")
+      ->capture_default_str();
+  command.add_option("--size", options.size, "Width and height in pixels")
+      ->type_name("WxH")
+      ->default_str("1200x800")
+      ->delimiter('x')
+      ->expected(2)
+      ->check(CLI::Range(200, 8000));
+  command.add_option("--theme", options.theme, "Colours: light or dark")
+      ->type_name("NAME")
+      ->check(CLI::IsMember({"light", "dark"}))
+      ->capture_default_str();
+  command.add_flag("--no-volume", options.no_volume,
+                   "Leave out the volume, which is drawn where a script has no panel of its own");
+}
+
+}  // namespace quor_host

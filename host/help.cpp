@@ -1,0 +1,116 @@
+#include "help.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iostream>
+#include <map>
+#include <string_view>
+
+#include "advice/word_help.h"
+#include "advice/word_index.h"
+#include "nearest.h"
+
+namespace quor_host {
+namespace {
+
+constexpr size_t line_width = 92;
+
+/// Words of a text, wrapped, with a margin in front of every line.
+void print_wrapped(std::ostream& out, std::string_view text, size_t margin) {
+  size_t used = margin;
+  out << std::string(margin, ' ');
+  while (!text.empty()) {
+    const size_t blank = std::min(text.find(' '), text.size());
+    if (used > margin && used + blank + 1 > line_width) {
+      out << '\n' << std::string(margin, ' ');
+      used = margin;
+    } else if (used > margin) {
+      out << ' ';
+      ++used;
+    }
+    out << text.substr(0, blank);
+    used += blank;
+    text.remove_prefix(std::min(blank + 1, text.size()));
+  }
+  out << '\n';
+}
+
+/// All built-in words, section by section.
+void print_words(std::ostream& out) {
+  std::map<std::string_view, std::string> words;
+  for (const quor_advice::WordHelp& help : quor_advice::word_help()) {
+    std::string& list = words[help.section];
+    list += (list.empty() ? "" : " ") + std::string(help.word);
+  }
+  for (const auto& [section, list] : words) {
+    out << section << '\n';
+    print_wrapped(out, list, 2);
+  }
+}
+
+/// Form, arguments, null rule and example of a word; false if there is no such word.
+bool print_word(std::ostream& out, std::string_view word) {
+  const quor_advice::WordHelp* const help = quor_advice::find_word_help(word);
+  if (help == nullptr) return false;
+  out << help->form << '\n';
+  print_wrapped(out, help->summary, 2);
+  const auto print_item = [&out](std::string_view title, std::string_view text) {
+    if (text.empty()) return;
+    out << '\n' << title << '\n';
+    print_wrapped(out, text, 2);
+  };
+  print_item("Arguments", help->arguments);
+  print_item("First value and null", help->nulls);
+  print_item("Example", help->example);
+  return true;
+}
+
+std::vector<std::string> built_in_words() {
+  std::vector<std::string> words;
+  for (const quor_advice::WordHelp& help : quor_advice::word_help()) words.emplace_back(help.word);
+  return words;
+}
+
+/// False for what is neither a command nor a word; the text then says so.
+bool print_topic(const CLI::App& app, const std::string& topic) {
+  std::vector<std::string> known = built_in_words();
+  for (const CLI::App* command : app.get_subcommands({})) {
+    if (topic == command->get_name()) {
+      std::cout << command->help(app.get_name());
+      return true;
+    }
+    known.push_back(command->get_name());
+  }
+  if (print_word(std::cout, topic)) return true;
+  const std::string meant = nearest(topic, known);
+  std::cerr << "quor: '" << topic << "' is neither a function word nor a command; "
+            << (meant.empty() ? "quor help lists them" : "did you mean " + meant + "?") << '\n';
+  return false;
+}
+
+void print_overview(const CLI::App& app) {
+  // `help` of a parsed program is that of its command.
+  std::cout << app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal)
+            << "\nWords of the language\n\n";
+  print_words(std::cout);
+}
+
+}  // namespace
+
+bool print_help(const CLI::App& app, const HelpOptions& options) {
+  if (options.lists_words) {
+    for (const std::string& word : built_in_words()) std::cout << word << '\n';
+  } else if (options.prints_index) {
+    std::cout << quor_advice::word_index();
+  } else if (options.topics.empty()) {
+    print_overview(app);
+  }
+  bool all_known = true;
+  for (const std::string& topic : options.topics) {
+    if (&topic != &options.topics.front()) std::cout << '\n';
+    all_known = print_topic(app, topic) && all_known;
+  }
+  return all_known;
+}
+
+}  // namespace quor_host

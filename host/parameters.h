@@ -1,0 +1,21 @@
+// The numbers that the user sets for a script.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "advice/advice.h"
+
+namespace quor_host {
+
+/// The JSON array of parameters that the library takes: the file's text, if there is one, and
+/// behind it the numbers set as "NAME=NUMBER", so that these win. Throws HostError for a file that
+/// holds no such array and for a number that can't be read.
+std::string parameters_json(const std::string& path, const std::vector<std::string>& settings);
+
+/// What keeps a number that is set from having an effect: one text for each that has none.
+std::vector<std::string> idle_settings(const std::vector<std::string>& settings,
+                                       const quor_advice::ScriptNames& names);
+
+}  // namespace quor_host

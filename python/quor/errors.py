@@ -1,0 +1,58 @@
+"""What can go wrong."""
+
+from __future__ import annotations
+
+from typing import NamedTuple
+
+
+class Finding(NamedTuple):
+    """Advice about a script.
+
+    ``line`` and ``column`` count from 1, in characters; 0 for a finding without a place. ``code``
+    is the engine's for an error and 0 for a warning.
+    """
+
+    severity: str
+    code: int
+    sentence: str
+    suggestion: str
+    line: int
+    column: int
+    length: int
+
+    def __str__(self) -> str:
+        place = f"{self.line}:{self.column}: " if self.line else ""
+        code = f" (code {self.code})" if self.code else ""
+        suggestion = f"; {self.suggestion}" if self.suggestion else ""
+        return f"{place}{self.severity}: {self.sentence}{code}{suggestion}"
+
+
+class ScriptError(Exception):
+    """A script doesn't compile, or its calculation fails.
+
+    Attributes
+    ----------
+    code : int
+        The engine's number of the error.
+    sentence : str
+        What is wrong, in one sentence.
+    suggestion : str
+        What to write instead, or an empty text.
+    line, column : int
+        The place in the script, counted from 1; 0 if the error has none.
+    """
+
+    def __init__(self, finding: Finding) -> None:
+        super().__init__(finding)
+        self.code = finding.code
+        self.sentence = finding.sentence
+        self.suggestion = finding.suggestion
+        self.line = finding.line
+        self.column = finding.column
+
+    def __str__(self) -> str:
+        return str(self.args[0])
+
+
+class ScanWarning(UserWarning):
+    """Some securities of a scan failed; the result's ``attrs["failures"]`` has the reasons."""

@@ -1,0 +1,20 @@
+// Row keys and the times of numpy.
+#pragma once
+
+#include <pybind11/numpy.h>
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace quor_python {
+
+/// The row key of each time, a count of ticks since 1970, of which `ticks` make a second; parts of
+/// a second are dropped. Throws std::invalid_argument for a time that is none and for years that
+/// have no four digits. Needs no interpreter.
+void fill_keys(std::span<const int64_t> times, int64_t ticks, std::vector<int64_t>& keys);
+
+/// The seconds since 1970 of each row key.
+pybind11::array_t<int64_t> seconds_of_keys(const pybind11::array_t<int64_t>& keys);
+
+}  // namespace quor_python

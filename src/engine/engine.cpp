@@ -1,0 +1,225 @@
+#include "engine/engine.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "engine/event_recorder.h"
+#include "engine/line_list.h"
+#include "engine/run_calendar.h"
+#include "engine/script_texts.h"
+#include "interface/script_parser.h"
+
+namespace quor::engine {
+namespace {
+
+void require(bool sound, const char* text) {
+  if (!sound) throw Misuse(text);
+}
+
+int32_t always_trading(int64_t /*time*/, const char* /*market*/, const char* /*security*/) {
+  return 1;
+}
+
+void add_references(std::vector<Reference>& list, Reference::Kind kind,
+                    const std::map<int32_t, std::string>& references) {
+  for (const auto& [column, key] : references) {
+    list.push_back({kind, key.substr(0, key.rfind('|')), static_cast<uint32_t>(column)});
+  }
+}
+
+Report report_of(const DataPoolCenter& pool, std::string text) {
+  Report report;
+  report.failure = failure_of_report(text);
+  report.text = std::move(text);
+  if (report.failure) return report;
+  report.look_back = pool.script.max_period_count;
+  report.fields.assign(pool.script.extra_field_set.begin(), pool.script.extra_field_set.end());
+  std::ranges::sort(report.fields);
+  add_references(report.references, Reference::Kind::security, pool.script.cross_security_map);
+  add_references(report.references, Reference::Kind::period, pool.script.cross_period_map);
+  add_references(report.references, Reference::Kind::quote, pool.script.realtime_map);
+  report.needs_market_constants = pool.script.needs_extra_data;
+  report.needs_calendar = pool.script.needs_trade_day;
+  report.has_notices = pool.script.contains_notice;
+  return report;
+}
+
+}  // namespace
+
+struct Script::Body {
+  Body(std::string text, Settings given)
+      : script(std::move(text)),
+        settings(std::move(given)),
+        parameters(parameters_json(settings.parameters)),
+        outlasts_bars(outlasts_its_bars(script + settings.condition)) {
+    for (const auto& [word, id] : settings.fields) parser.create_reserved_field(word, id);
+    parser.pool().listener = &recorder;
+    compile();
+  }
+
+  void compile() {
+    set_subject();
+    report = report_of(parser.pool(), parser.pre_parse(script, parameters, settings.lines));
+    source = script;
+    if (report.failure) return;
+    if (!settings.condition.empty()) compile_with_condition();
+    if (!report.failure) list_lines();
+  }
+
+  /// The script alone has compiled, so that a failure now is the condition's.
+  void compile_with_condition() {
+    source = with_condition(script, settings.condition);
+    report = report_of(parser.pool(), parser.pre_parse(source, parameters, settings.lines));
+    report.failure.in_condition = static_cast<bool>(report.failure);
+  }
+
+  void list_lines() {
+    lines = lines_of(parser.pool(), parser.drawings());
+    const auto condition = std::ranges::find(lines, condition_name, &Line::name);
+    condition_column.reset();
+    if (condition != lines.end()) {
+      condition_column = condition->column;
+      lines.erase(condition);
+    } else if (!settings.condition.empty()) {
+      throw Misuse("the script swallows the condition behind it");
+    }
+  }
+
+  void set_subject() {
+    const Subject& subject = settings.subject;
+    DataPoolCenter& pool = parser.pool();
+    pool.set_extra_info(static_cast<int32_t>(subject.period), subject.security, subject.market,
+                        subject.time_zone);
+    pool.min_price = subject.min_price;
+    pool.unit = subject.unit;
+    pool.share_count_per_unit = subject.share_count_per_unit;
+    pool.extra_data_stale = false;
+    pool.trade_time_callback = subject.is_trading ? always_trading : nullptr;
+  }
+
+  /// Market and period decide which fields and references the script reads; the calendar is asked
+  /// for once after a compile.
+  bool needs_compile_for(const Subject& subject) const {
+    const Subject& now = settings.subject;
+    return outlasts_bars || report.needs_calendar || subject.period != now.period ||
+           subject.market != now.market || subject.time_zone != now.time_zone;
+  }
+
+  void require_compiled() const {
+    require(!report.failure, "the script has an error, so that it can't take or calculate bars");
+  }
+
+  const DataTable& table() { return parser.pool().table(); }
+
+  std::string script;
+  std::string source;  ///< the script with the condition
+  Settings settings;
+  std::string parameters;
+  bool outlasts_bars;
+  ScriptParser parser;
+  EventRecorder recorder;
+  Report report;
+  std::vector<Line> lines;
+  std::optional<uint32_t> condition_column;
+  std::string answer;
+  std::vector<Event> events;
+  std::vector<FieldColumn> columns;  ///< of the intake under way
+};
+
+Script::Script(std::string source, Settings settings)
+    : body_(std::make_unique<Body>(std::move(source), std::move(settings))) {}
+Script::~Script() = default;
+Script::Script(Script&&) noexcept = default;
+Script& Script::operator=(Script&&) noexcept = default;
+
+const Report& Script::report() const { return body_->report; }
+const std::string& Script::source() const { return body_->source; }
+const std::string& Script::parameters() const { return body_->parameters; }
+const std::string& Script::answer() const { return body_->answer; }
+
+void Script::set_rows(std::span<const int64_t> keys, std::span<const Field> fields) {
+  body_->require_compiled();
+  require(keys.size() <= std::numeric_limits<int32_t>::max(), "more rows than a table holds");
+  auto& columns = body_->columns;
+  columns.clear();
+  for (const Field& field : fields) {
+    require(field.values.size() == keys.size(), "a field needs one value for each row key");
+    require(std::ranges::find(columns, field.column, &FieldColumn::id) == columns.end(),
+            "a field is given twice");
+    columns.push_back({field.column, field.values.data()});
+  }
+  body_->parser.add_columns(keys, columns);
+}
+
+void Script::clear_rows() { body_->parser.pool().table().clear_rows(); }
+
+void Script::restart(const Subject& subject) {
+  Body& body = *body_;
+  const bool compile_anew = body.needs_compile_for(subject);
+  body.settings.subject = subject;
+  body.events.clear();
+  body.answer.clear();
+  if (compile_anew) {
+    body.compile();
+  } else {
+    body.set_subject();
+    clear_rows();
+  }
+}
+
+Failure Script::calculate(uint32_t first_row, bool with_events) {
+  Body& body = *body_;
+  body.require_compiled();
+  require(first_row <= std::numeric_limits<int32_t>::max(), "no such row");
+  body.recorder.clear();
+  const CalendarOfThisThread calendar(body.settings.subject.calendar);
+  body.answer = body.parser.exec(static_cast<int32_t>(first_row), with_events);
+  body.events = body.recorder.events(body.table(), body.parser.drawings());
+  return failure_of_answer(body.answer);
+}
+
+uint32_t Script::row_count() const { return static_cast<uint32_t>(body_->table().row_count()); }
+
+int64_t Script::key_of(uint32_t row) const {
+  require(row < row_count(), "no such row");
+  return body_->table().key(static_cast<int32_t>(row));
+}
+
+std::optional<uint32_t> Script::row_of(int64_t key) const {
+  const uint32_t row = body_->table().row_index_of(key);
+  if (row >= row_count()) return std::nullopt;
+  return row;
+}
+
+std::span<const double> Script::column(uint32_t id) const {
+  const int32_t index = body_->table().column_index_of(id);
+  require(index != -1, "no such column");
+  return body_->table().cells(index);
+}
+
+const std::vector<Line>& Script::lines() const { return body_->lines; }
+
+bool Script::has_condition() const { return body_->condition_column.has_value(); }
+
+uint32_t Script::condition_column() const {
+  require(body_->condition_column.has_value(), "the script has no condition");
+  return *body_->condition_column;
+}
+
+std::vector<std::string> Script::shapes() const {
+  std::vector<std::string> texts;
+  for (const auto& record : body_->parser.drawings().records()) {
+    texts.push_back(record->ToJsonText());
+  }
+  return texts;
+}
+
+const std::vector<Event>& Script::events() const { return body_->events; }
+
+std::vector<std::string> Script::words() const {
+  const auto& words = body_->parser.pool().script.invoked_functions;
+  return {words.begin(), words.end()};
+}
+
+}  // namespace quor::engine

@@ -1,0 +1,137 @@
+// What a script's author is told: the mistakes of tests/advice/findings.txt with their places and
+// sentences, silence about sound scripts, and the forms in which findings are printed.
+#include "advice/advice.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "support/advice_cases.h"
+
+namespace quor_test {
+namespace {
+
+using quor_advice::Finding;
+using quor_advice::Severity;
+
+std::string file_text(const std::filesystem::path& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+class Findings : public testing::TestWithParam<AdviceCase> {};
+
+TEST_P(Findings, lead_to_the_mistake) {
+  std::vector<std::string> told;
+  for (const Finding& finding : findings_of(GetParam())) told.push_back(text_of(finding));
+  EXPECT_EQ(told, GetParam().findings);
+}
+
+INSTANTIATE_TEST_SUITE_P(advice, Findings,
+                         testing::ValuesIn(load_advice_cases(QUOR_ADVICE "/findings.txt")));
+
+class Sound : public testing::TestWithParam<AdviceCase> {};
+
+TEST_P(Sound, scripts_have_no_finding_whatever_ends_their_lines) {
+  AdviceCase sound = GetParam();
+  std::vector<std::string> told;
+  for (const Finding& finding : findings_of(sound)) told.push_back(text_of(finding));
+  std::string with_carriage_returns;
+  for (const char c : sound.script) with_carriage_returns += c == '\n' ? "\r\n" : std::string(1, c);
+  sound.script = with_carriage_returns;
+  for (const Finding& finding : findings_of(sound)) told.push_back(text_of(finding));
+  EXPECT_EQ(told, std::vector<std::string>());
+}
+
+INSTANTIATE_TEST_SUITE_P(advice, Sound,
+                         testing::ValuesIn(load_advice_cases(QUOR_ADVICE "/sound.txt")));
+
+TEST(Advice, samples_have_no_finding) {
+  size_t scripts = 0;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(QUOR_SAMPLES)) {
+    if (entry.path().extension() != ".quor") continue;
+    ++scripts;
+    EXPECT_EQ(findings_text(file_text(entry.path())), "") << entry.path();
+  }
+  EXPECT_GT(scripts, 0U);
+}
+
+TEST(Advice, prints_as_compilers_do) {
+  const Finding misspelt{Severity::error, 3, 5, 4, 2, "nothing defines EMMA", "did you mean EMA?"};
+  EXPECT_EQ(quor_advice::compiler_text({misspelt}, "A:C;\r\nB:O;\rDIF:EMMA(C,12);", "macd.quor"),
+            "macd.quor:3:5: error: nothing defines EMMA (code 2); did you mean EMA?\n"
+            "DIF:EMMA(C,12);\n"
+            "    ^~~~\n");
+  // Under a tab stands a tab, under a wide character two places.
+  const Finding wide{Severity::warning, 1, 4, 2, 0, "odd", ""};
+  EXPECT_EQ(quor_advice::compiler_text({wide}, "\t均:线x;", "a"),
+            "a:1:4: warning: odd\n\t均:线x;\n\t   ^~~\n");
+  const Finding placeless{Severity::warning, 0, 0, 0, 0, "odd", "mend it"};
+  EXPECT_EQ(quor_advice::compiler_text({placeless}, "A:C;", "a"), "a: warning: odd; mend it\n");
+}
+
+TEST(Advice, gives_json) {
+  EXPECT_EQ(quor_advice::json_text({}), "[]");
+  EXPECT_EQ(quor_advice::json_text({{Severity::error, 1, 2, 3, 5, "a \"b\"\t", "c\\"},
+                                    {Severity::warning, 0, 0, 0, 0, "d", ""}}),
+            R"([{"severity":"error","line":1,"column":2,"length":3,"code":5,)"
+            R"("sentence":"a \"b\"\u0009","suggestion":"c\\"},)"
+            "\n "
+            R"({"severity":"warning","line":0,"column":0,"length":0,"code":0,)"
+            R"("sentence":"d","suggestion":""}])");
+}
+
+TEST(Advice, names_what_a_script_declares_and_reads) {
+  const auto names = quor_advice::names_in(
+      "CONST n:5; m 1:ma(c,n); { x:1; } M1>c,NOTICE('y:1'); A=1; b:=m1; B:C; D\n:=1");
+  EXPECT_EQ(names.lines, (std::vector<std::string>{"M1", "B", "D"}));
+  EXPECT_EQ(names.constants, std::vector<std::string>{"N"});
+  EXPECT_EQ(names.words, (std::vector<std::string>{"CONST", "N", "M", "MA", "C", "M1", "NOTICE",
+                                                   "A", "B", "D"}));
+}
+
+/// Advice costs little and ends, whatever the script: here what nests and repeats without end.
+TEST(Advice, takes_any_script) {
+  const auto repeated = [](std::string_view text, size_t count) {
+    std::string all;
+    for (size_t i = 0; i < count; ++i) all += text;
+    return all;
+  };
+  for (const char* const part : {"(", "MA(", "MA(C,", "A:(C", "A:B;",       "A:C,;",  "{",
+                                 "'", "\"",  "\xE4",  "&&",   "A:=A+A;",    "C,RED,", "1 1 ",
+                                 "+", "@",   "IF(C,", "A=B=", "CONST A:1;", "：",     "\t-"}) {
+    quor_advice::Input input;
+    const std::string script = repeated(part, 5000);
+    input.script = script;
+    for (
+        const char* const report :
+        {"", R"("ErrCode":2,"ExtraMsg":"A","IsNeedRequestTradeDay":"","ErrLine":0})",
+         R"("ErrCode":4,"ExtraMsg":"","IsNeedRequestTradeDay":"","ErrLine":4999})",
+         R"("ErrCode":6,"ExtraMsg":"MA","IsNeedRequestTradeDay":"","ErrLine":0})",
+         R"("ErrCode":14,"ExtraMsg":"","IsNeedRequestTradeDay":"","ErrLine":99999999999999999999})"}) {
+      input.report = report;
+      EXPECT_LE(quor_advice::advise(input).size(), 101U);
+    }
+  }
+}
+
+TEST(Advice, reads_reports_that_are_no_json) {
+  quor_advice::Input input;
+  input.script = "A:C;\nB:\"x\"+D;";
+  input.report = R"({"ErrCode":2014,"IsNeedRequestExtraData":"","ExtraMsg":"B:"x"+D",)"
+                 R"("IsNeedRequestTradeDay":"","ErrLine":1})";
+  const auto findings = quor_advice::advise(input);
+  ASSERT_EQ(findings.size(), 1U);
+  EXPECT_EQ(text_of(findings[0]),
+            "2:1-7 error 2014: a second drawing or signal in one statement: B:\"x\"+D");
+  input.report = "nothing of the kind";
+  input.script = "A:C;";
+  EXPECT_TRUE(quor_advice::advise(input).empty());
+}
+
+}  // namespace
+}  // namespace quor_test

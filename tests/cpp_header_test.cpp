@@ -1,0 +1,193 @@
+// The header for hosts in C++: what it makes of answers, bars and handlers.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "quor_parser.hpp"
+
+namespace {
+
+constexpr uint64_t first_key = 20240102000000;
+
+quor::Row bar(uint64_t key, double close) { return {key, {{quor::close_column, close}}}; }
+
+TEST(CppHeader, ReportsAndAnswersComeByValue) {
+  quor::Parser parser;
+  const quor::Answer sound = parser.compile("A:C;");
+  EXPECT_TRUE(sound);
+  EXPECT_EQ(sound.message, "");
+  EXPECT_EQ(sound.statement, -1);
+
+  const quor::Answer unknown = parser.compile("A:C;B:AVRAGE(C);");
+  EXPECT_FALSE(unknown);
+  EXPECT_EQ(unknown.code, 2);
+  EXPECT_EQ(unknown.message, "AVRAGE");
+  EXPECT_EQ(unknown.statement, 1);
+  EXPECT_EQ(unknown.text.front(), '{');
+
+  // Messages aren't escaped and may look like the keys around them.
+  const quor::Answer hostile = quor::detail::read_answer(
+      R"({"ErrCode":4,"ExtraMsg":"","ErrLine":9,"ErrCode":0","ErrLine":"3"})");
+  EXPECT_EQ(hostile.code, 4);
+  EXPECT_EQ(hostile.message, R"(","ErrLine":9,"ErrCode":0)");
+  EXPECT_EQ(hostile.statement, 3);
+  for (const char* text : {"", "{", "\"ErrCode\":0", "\"ErrCode\":0,\"ExtraMsg\":\""}) {
+    EXPECT_EQ(quor::detail::read_answer(text).code, -1) << text;
+  }
+}
+
+TEST(CppHeader, BarsGoInAndColumnsComeOut) {
+  quor::Parser parser;
+  ASSERT_TRUE(parser.compile("TWICE:=C*N;", R"([{"PARAM_NAME":"N","DEFAULT":2}])"));
+  const double tenth = 0.1;
+  const double null = std::nan("");
+  parser.feed({bar(first_key + 1000000, null), bar(first_key, tenth),
+               bar(first_key + 2000000, std::numeric_limits<double>::infinity())});
+  parser.set_cell(first_key + 2000000, quor::close_column, 3);
+  ASSERT_TRUE(parser.calculate(0));
+
+  EXPECT_EQ(parser.row_count(), 3U);
+  EXPECT_EQ(parser.column_count(), 3U);
+  EXPECT_EQ(parser.row_of(first_key + 2000000), 2U);
+  EXPECT_EQ(parser.row_of(7), std::nullopt);
+  EXPECT_EQ(parser.column_of("THRICE"), std::nullopt);
+  const uint32_t column = parser.column_of("TWICE").value();
+  const std::vector<double> twice = parser.values("TWICE");
+  ASSERT_EQ(twice.size(), 3U);
+  EXPECT_EQ(twice[0], tenth * 2);
+  EXPECT_TRUE(std::isnan(twice[1]));
+  EXPECT_EQ(twice[2], 6.0);
+  EXPECT_EQ(parser.values(column, 2), std::vector<double>{6.0});
+  EXPECT_TRUE(parser.values(column, 3).empty());
+  EXPECT_EQ(parser.field_value(2, quor::close_column), 3.0);
+  EXPECT_TRUE(std::isnan(parser.value(std::numeric_limits<uint32_t>::max(), column)));
+  EXPECT_EQ(parser.values_json(column, 2, 2), R"({"count":2,"data":[null,6.000000]})");
+
+  parser.clear();
+  EXPECT_EQ(parser.row_count(), 0U);
+  parser.feed_json(R"([{"1":20240102000000,"11":5}])");
+  EXPECT_EQ(parser.values(quor::close_column), std::vector<double>{5.0});
+}
+
+TEST(CppHeader, TellsWhatAScriptUses) {
+  quor::Parser parser;
+  parser.add_field("SPREADHPP", 4711);
+  ASSERT_TRUE(parser.compile("MA(SPREADHPP,2),NOTICE('n');"));
+  EXPECT_EQ(parser.functions(), R"(["MA","NOTICE"])");
+  EXPECT_NE(parser.fields().find("4711"), std::string::npos);
+  EXPECT_NE(parser.shapes().find("NoticeShape"), std::string::npos);
+}
+
+TEST(CppHeader, HandlersBelongToTheirParser) {
+  std::vector<std::string> heard;
+  quor::Parser loud;
+  loud.set_tag(5);
+  loud.on_notice([&heard](const quor::Notice& notice) {
+    heard.push_back("notice of " + std::to_string(notice.tag));
+  });
+  loud.on_signal([&heard](const quor::Signal& signal) {
+    heard.push_back("signal " + std::to_string(signal.action) + " of " +
+                    std::to_string(signal.quantity) + " at " + std::to_string(signal.key));
+  });
+  quor::Parser quiet;
+  for (quor::Parser* parser : {&loud, &quiet}) {
+    ASSERT_TRUE(parser->compile("C>1,NOTICE('up');C>1,SK(3);"));
+    parser->feed({bar(first_key, 2)});
+    ASSERT_TRUE(parser->calculate(0, true));
+  }
+  const std::vector<std::string> expected = {"notice of 5", "signal 2 of 3 at 20240102000000"};
+  EXPECT_EQ(heard, expected);
+
+  // They move along, may be taken away, and what they throw stays here.
+  quor::Parser moved = std::move(loud);
+  EXPECT_FALSE(loud);  // NOLINT(bugprone-use-after-move): its calls do nothing
+  EXPECT_EQ(loud.row_count(), 0U);
+  loud.on_notice([](const quor::Notice&) {});
+  EXPECT_FALSE(loud.compile("A:C;"));
+  moved.on_notice([](const quor::Notice&) { throw std::runtime_error("mine"); });
+  moved.on_signal(nullptr);
+  moved.feed({bar(first_key + 1000000, 1), bar(first_key + 2000000, 2)});
+  EXPECT_TRUE(moved.calculate(1, true));
+  EXPECT_EQ(heard.size(), 2U);
+  quiet = std::move(moved);
+  EXPECT_EQ(quiet.row_count(), 3U);
+}
+
+TEST(CppHeader, SourcesAreAskedForTheirParser) {
+  quor::Parser parser;
+  std::vector<std::string> asked;
+  parser.set_subject(quor::period_minutes + 5, "HPP", "USHA");
+  parser.on_calendar([&asked](const quor::CalendarRequest& request) {
+    asked.push_back(std::string(request.market) + ' ' + std::string(request.security) + ' ' +
+                    std::to_string(request.first_date.size() + request.last_date.size()));
+    return std::string(R"({"status_code":1})");
+  });
+  parser.on_constant([](std::string_view key, std::string_view market, std::string_view security) {
+    return key == "MINPRICE" && market == "USHA" && security == "HPP" ? 0.25 : std::nan("");
+  });
+  parser.on_trading([&asked](int64_t time, std::string_view, std::string_view security) {
+    asked.push_back("trading " + std::string(security));
+    return time > 0;
+  });
+  ASSERT_TRUE(parser.compile("A:=MINPRICE;B:=DATE;D:=SETTLE;"));
+  parser.feed({bar(first_key, 2)});
+  ASSERT_TRUE(parser.calculate(0));
+  EXPECT_EQ(parser.values("A"), std::vector<double>{0.25});
+  const std::vector<std::string> expected = {"trading HPP", "USHA HPP 16"};
+  EXPECT_EQ(asked, expected);
+}
+
+TEST(CppHeader, TheLogIsHeardAsLongAsItsScope) {
+  std::vector<std::string> first;
+  std::vector<std::string> second;
+  const auto into = [](std::vector<std::string>& lines) {
+    return [&lines](const quor::LogLine& line) {
+      lines.push_back(std::to_string(line.tag) + ' ' + std::string(line.text));
+    };
+  };
+  quor::Parser parser;
+  parser.set_tag(6);
+  {
+    const quor::Log outer(into(first));
+    parser.feed_json("nonsense");
+    {
+      const quor::Log inner(into(second));
+      parser.feed_json("nonsense");
+    }
+    parser.feed_json("nonsense");
+  }
+  parser.feed_json("nonsense");
+  const std::vector<std::string> line = {"6 [ScriptParser::add_row] data_arr json parse error."};
+  EXPECT_EQ(first, line);
+  EXPECT_EQ(second, line);
+}
+
+TEST(CppHeader, EachThreadCallsBackIntoItsOwnParser) {
+  const auto play = [](int& heard) {
+    quor::Parser parser;
+    parser.on_notice([&heard](const quor::Notice&) { ++heard; });
+    ASSERT_TRUE(parser.compile("C>1,NOTICE('up');"));
+    for (uint32_t row = 0; row < 200; ++row) {
+      parser.feed({bar(first_key + row, row % 2 == 0 ? 1 : 2)});
+      ASSERT_TRUE(parser.calculate(row, true));
+    }
+  };
+  int one = 0;
+  int other = 0;
+  std::thread thread([&] { play(one); });
+  play(other);
+  thread.join();
+  EXPECT_EQ(one, 100);
+  EXPECT_EQ(other, 100);
+}
+
+static_assert(!std::is_copy_constructible_v<quor::Parser>);
+
+}  // namespace

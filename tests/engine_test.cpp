@@ -1,0 +1,363 @@
+// The face of the engine for C++ beside the C interface: the same table, the same lines, the same
+// errors; and what only this face has.
+#include "engine/engine.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <cctype>
+#include <charconv>
+#include <iterator>
+#include <random>
+#include <thread>
+
+#include "support/vectors.h"
+#include "tables/field_table.h"
+
+namespace quor_test {
+namespace {
+
+using quor::engine::Field;
+using quor::engine::Misuse;
+using quor::engine::Script;
+using quor::engine::Settings;
+
+/// Bars as arrays, in the order of the intake.
+struct Arrays {
+  std::vector<int64_t> keys;
+  std::map<uint32_t, Series> fields;
+
+  std::vector<Field> spans() const {
+    std::vector<Field> spans;
+    for (const auto& [id, values] : fields) spans.push_back({id, values});
+    return spans;
+  }
+
+  /// The same bars as the text of `set_row_data`; every number reads back to the same bits.
+  std::string json() const {
+    std::string text = "[";
+    for (size_t row = 0; row < keys.size(); ++row) {
+      text += (row > 0 ? ",{\"1\":" : "{\"1\":") + std::to_string(keys[row]);
+      for (const auto& [id, values] : fields) {
+        text += ",\"" + std::to_string(id) + "\":" + number(values[row]);
+      }
+      text += '}';
+    }
+    return text + ']';
+  }
+
+  static std::string number(double value) {
+    if (value != value) return "null";
+    char digits[40];
+    const auto end =
+        std::to_chars(std::begin(digits), std::end(digits), value, std::chars_format::scientific);
+    return {std::begin(digits), end.ptr};
+  }
+};
+
+std::vector<uint64_t> bits_of(std::span<const double> values) {
+  std::vector<uint64_t> bits;
+  for (const double value : values) bits.push_back(std::bit_cast<uint64_t>(value));
+  return bits;
+}
+
+void expect_same_column(const Script& script, const TestHost& host, uint32_t id) {
+  EXPECT_EQ(bits_of(script.column(id)), bits_of(host.column(id))) << "column " << id;
+}
+
+/// Lines of both must be alike to the last bit, except that any null is like any other.
+void expect_same_lines(const Script& script, const TestHost& host, const std::string& how) {
+  for (const auto& line : script.lines()) {
+    ASSERT_EQ(static_cast<int32_t>(line.column), host.id_of(line.name)) << how << line.name;
+    const auto values = script.column(line.column);
+    const Series got(values.begin(), values.end());
+    EXPECT_TRUE(same(got, host.column(line.column))) << how << line.name;
+  }
+}
+
+TEST(EngineTable, ArraysAndRowTextsGiveTheSameTableToTheLastBit) {
+  constexpr const char* source = "A:=C+O;B:=MA(C,3);D:=TIME;E:=\"600000$CLOSE\";";
+  std::mt19937_64 random(7);
+  const double odd[] = {std::bit_cast<double>(0x7FF8000000000123ULL),
+                        std::bit_cast<double>(0xFFF0000000000001ULL),
+                        4294967295.0,
+                        2147483648.0,
+                        2147483649.0,
+                        -0.0,
+                        5e-324,
+                        0.1};
+  Script script(source);
+  TestHost host;
+  ASSERT_EQ(host.compile(source).code, 0);
+  ASSERT_FALSE(script.report().failure);
+  ASSERT_EQ(script.report().references.size(), 1U);
+  const uint32_t reference = script.report().references[0].column;
+  for (int text = 0; text < 40; ++text) {
+    Arrays bars;
+    // Unsorted, repeated and impossible keys; fields that the script doesn't read, such as 8.
+    for (uint64_t n = random() % 60; n > 0; --n) {
+      bars.keys.push_back(static_cast<int64_t>(random() % 200) - 5);
+      for (const uint32_t id : {7U, 8U, 11U, reference}) {
+        if (id == 7U && text % 3 == 0) continue;
+        bars.fields[id].push_back(odd[random() % std::size(odd)]);
+      }
+    }
+    script.set_rows(bars.keys, bars.spans());
+    host.feed_json(bars.json());
+    ASSERT_EQ(script.row_count(), get_row_num(host.handle()));
+    for (const uint32_t id : {1U, 7U, 11U, reference}) expect_same_column(script, host, id);
+  }
+  EXPECT_GT(script.row_count(), 150U);
+  EXPECT_THROW(script.column(8), Misuse);
+  EXPECT_FALSE(script.calculate());
+  EXPECT_EQ(host.run(), success);
+  for (const auto& line : script.lines()) expect_same_column(script, host, line.column);
+}
+
+TEST(EngineTable, KeysAndRowsLeadToEachOther) {
+  Script script("A:=C;");
+  const int64_t keys[] = {30, 10, 20};
+  const double close[] = {3, 1, 2};
+  const Field fields[] = {{11, close}};
+  script.set_rows(keys, fields);
+  EXPECT_EQ(script.key_of(2), 30);
+  EXPECT_EQ(script.row_of(20), 1U);
+  EXPECT_EQ(script.row_of(25), std::nullopt);
+  EXPECT_THROW(script.key_of(3), Misuse);
+  script.clear_rows();
+  EXPECT_EQ(script.row_count(), 0U);
+}
+
+TEST(Engine, ListsLinesWithTheirLook) {
+  const Script script(
+      "CLOSE2:C*2,COLORRED,LINETHICK3,DASH;hidden:=C;BARS:V,VOLSTICK;DOTS:C,CIRCLEDOT;"
+      "CROSS(C,HIDDEN),NOTICE('up');");
+  std::string list;
+  for (const auto& line : script.lines()) {
+    list += line.name + " " + std::to_string(line.statement);
+    if (line.look) list += " " + line.look->shape + "/" + line.look->style + "/" + line.look->dash;
+    list += "; ";
+  }
+  EXPECT_EQ(list,
+            "CLOSE2 0 PolylineShape/Polyline/DASH; HIDDEN 1; BARS 2 BarShape/Line/; "
+            "DOTS 3 TextShape/TextShape/; ");
+  EXPECT_EQ(script.lines()[0].look->colour, "TempBrushKey.#CC3030");
+  EXPECT_EQ(script.lines()[0].look->width, 3.0F);
+  EXPECT_EQ(script.shapes().size(), 4U);
+  EXPECT_EQ(script.words(), (std::vector<std::string>{"CROSS", "DRAWTEXT", "NOTICE", "POLYLINE",
+                                                      "REF", "STICKLINE1"}));
+}
+
+TEST(Engine, GivesEventsAsValuesAndThoseOfTheExportsInTheSameOrder) {
+  constexpr const char* source = "A:=C;CROSS(C,2),NOTICE('up');C>2,BK(3);C<2,SP;";
+  const int64_t keys[] = {20240102000000, 20240103000000, 20240104000000};
+  const double close[] = {1, 3, 4};
+  const Field fields[] = {{11, close}};
+  clear_events();
+  Script script(source);
+  script.set_rows(keys, fields);
+  EXPECT_FALSE(script.calculate(0, true));
+  EXPECT_TRUE(events().notices.empty() && events().signals.empty());
+  std::string heard;
+  for (const auto& event : script.events()) {
+    heard += std::to_string(event.row) + event.word + event.name + std::to_string(event.quantity) +
+             "@" + std::to_string(event.statement) + " ";
+    EXPECT_EQ(event.key, keys[event.row]);
+  }
+  EXPECT_EQ(heard, "0SP-1@3 1NOTICEup-1@1 1BK3@2 2BK3@2 ");
+  EXPECT_FALSE(script.calculate(2));
+  EXPECT_TRUE(script.events().empty());
+
+  TestHost host;
+  host.compile(source);
+  host.set_keys({keys[0], keys[1], keys[2]});
+  host.feed({{"C", {1, 3, 4}}});
+  host.run(0, true);
+  EXPECT_FALSE(script.calculate(0, true));
+  ASSERT_EQ(events().signals.size(), 3U);
+  for (size_t i = 0, signal = 0; i < script.events().size(); ++i) {
+    const auto& event = script.events()[i];
+    if (event.word == "NOTICE") continue;
+    EXPECT_EQ(event.key, events().signals[signal].bar);
+    EXPECT_EQ(event.column, events().signals[signal].column_id);
+    ++signal;
+  }
+}
+
+TEST(Engine, CalculatesAConditionBesideTheLines) {
+  Settings settings;
+  settings.parameters = {{"n", 2.0}};
+  settings.condition = "M>2 AND C<N+2";
+  Script script("M:MA(C,N);", settings);
+  ASSERT_FALSE(script.report().failure) << script.report().failure.text;
+  ASSERT_EQ(script.lines().size(), 1U);
+  const int64_t keys[] = {1, 2, 3};
+  const double close[] = {2, 3, 4};
+  const Field fields[] = {{11, close}};
+  script.set_rows(keys, fields);
+  EXPECT_FALSE(script.calculate());
+  EXPECT_EQ(to_text({script.column(script.condition_column()).begin(),
+                     script.column(script.condition_column()).end()}),
+            "0 1 0");
+
+  settings.condition = "NOTHING>1";
+  const Script unknown("M:MA(C,N);", settings);
+  EXPECT_EQ(unknown.report().failure.code, 2);
+  EXPECT_TRUE(unknown.report().failure.in_condition);
+  const Script wrong("M:MA(C,N,N);", settings);
+  EXPECT_FALSE(wrong.report().failure.in_condition);
+  for (const char* more : {"1;X:=2", "X:1", "1 // 2", "'a'", "1\n+1"}) {
+    settings.condition = more;
+    EXPECT_THROW(Script("M:MA(C,N);", settings), Misuse) << more;
+  }
+  EXPECT_THROW(Script("A:=C;").condition_column(), Misuse);
+}
+
+TEST(Engine, ScriptsOnManyThreadsHearTheirOwnEventsOnly) {
+  std::vector<std::thread> threads;
+  for (size_t number = 1; number <= 6; ++number) {
+    threads.emplace_back([number] {
+      Script script("C>0,BK(" + std::to_string(number) + ");CROSS(C,0),NOTICE('up');");
+      std::vector<int64_t> keys;
+      for (size_t bar = 1; bar <= number * 10; ++bar) keys.push_back(static_cast<int64_t>(bar));
+      const Series close(keys.size(), 1.0);
+      const Field fields[] = {{11, close}};
+      for (int round = 0; round < 50; ++round) {
+        script.restart({});
+        script.set_rows(keys, fields);
+        ASSERT_FALSE(script.calculate(0, true));
+        ASSERT_EQ(script.events().size(), keys.size());
+        for (const auto& event : script.events()) {
+          ASSERT_EQ(event.quantity, static_cast<int64_t>(number));
+        }
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST(Engine, ARunThatFailsSaysWhere) {
+  Script script("A:=C;B:=STD(C,0-5);");
+  const int64_t keys[] = {1, 2};
+  const double close[] = {1, 2};
+  const Field fields[] = {{11, close}};
+  script.set_rows(keys, fields);
+  const auto failure = script.calculate();
+  EXPECT_EQ(failure.code, 4000);
+  EXPECT_EQ(failure.text, "vector too long");
+  EXPECT_EQ(failure.statement, -1);
+}
+
+TEST(Engine, RefusesWhatCanNotBeMeant) {
+  Script script("A:=C;");
+  const int64_t keys[] = {1, 2};
+  const double two[] = {1, 2};
+  const double one[] = {1};
+  EXPECT_THROW(script.set_rows(keys, std::vector<Field>{{11, one}}), Misuse);
+  EXPECT_THROW(script.set_rows(keys, std::vector<Field>{{11, two}, {11, two}}), Misuse);
+  EXPECT_EQ(script.row_count(), 0U);
+  EXPECT_THROW(script.calculate(0x80000000U), Misuse);
+  Settings settings;
+  settings.parameters = {{"N", __builtin_inf()}};
+  EXPECT_THROW(Script("A:=C;", settings), Misuse);
+  settings.parameters = {{"N\"", 1}};
+  EXPECT_THROW(Script("A:=C;", settings), Misuse);
+}
+
+TEST(Engine, AnswersForTheSubjectThatItWasGiven) {
+  Settings settings;
+  settings.subject.security = "IF2401";
+  settings.subject.min_price = 0.25;
+  Script script("A:=MINPRICE;B:=CODELIKE('IF');", settings);
+  const int64_t keys[] = {20240102000000};
+  const auto values = [&] {
+    script.set_rows(keys, {});
+    EXPECT_FALSE(script.calculate());
+    return to_text(
+        {script.column(script.lines()[0].column)[0], script.column(script.lines()[1].column)[0]});
+  };
+  EXPECT_EQ(values(), "0.25 1");
+  script.restart({});
+  EXPECT_EQ(values(), "null 0");
+}
+
+/// Every vector, through both faces.
+class EngineVectors : public testing::TestWithParam<Vector> {
+ protected:
+  static Settings settings_of(const Vector& vector) {
+    Settings settings;
+    settings.subject.period = vector.period;
+    settings.subject.security = vector.security;
+    settings.subject.market = vector.market;
+    settings.parameters = vector.defaults;
+    return settings;
+  }
+
+  static uint32_t id_of(const std::string& word) {
+    const auto id = quor::reserved_field_id(word);
+    return id ? static_cast<uint32_t>(*id) : static_cast<uint32_t>(std::stoul(word));
+  }
+
+  static Arrays arrays_of(const Vector& vector, const TestHost& host) {
+    Arrays bars;
+    size_t rows = 0;
+    for (const auto& [word, values] : vector.bars) rows = std::max(rows, values.size());
+    for (size_t row = 0; row < rows; ++row) bars.keys.push_back(host.key_of(row));
+    for (const auto& [word, values] : vector.bars) {
+      Series& field = bars.fields[id_of(word)] = values;
+      field.resize(rows, null);
+    }
+    return bars;
+  }
+
+  /// Bars of another security: longer, and with other values.
+  static Arrays other_than(const Arrays& bars) {
+    Arrays other = bars;
+    for (int64_t day = 1; day <= 3; ++day) other.keys.push_back(20300101000000 + day * 1000000);
+    for (auto& [id, values] : other.fields) {
+      for (double& value : values) value = 90.5 - value;
+      for (int more = 0; more < 3; ++more) values.push_back(1.0 + more);
+    }
+    return other;
+  }
+};
+
+TEST_P(EngineVectors, GiveTheSameAsByTheExportsAlsoBehindAnotherSecurity) {
+  const Vector& vector = GetParam();
+  TestHost host;
+  host.set_info(vector.period, vector.security, vector.market);
+  host.set_keys(vector.keys);
+  const Report report = host.compile(vector.script, vector.parameters);
+  const Settings settings = settings_of(vector);
+  Script script(vector.script, settings);
+  EXPECT_EQ(script.report().text, report.text);
+  EXPECT_EQ(script.report().failure.code, report.code);
+  if (report.code != 0) {
+    EXPECT_EQ(script.report().failure.text, report.message);
+    EXPECT_EQ(script.report().failure.statement, report.line);
+    EXPECT_THROW(script.calculate(), Misuse);
+    return;
+  }
+  const Arrays bars = arrays_of(vector, host);
+  const Arrays other = other_than(bars);
+  script.set_rows(other.keys, other.spans());
+  const auto of_other = script.calculate();
+  script.restart(settings.subject);
+  EXPECT_EQ(script.row_count(), 0U);
+  script.set_rows(bars.keys, bars.spans());
+  const auto failure = script.calculate();
+  host.feed(vector.bars);
+  const std::string answer = host.run();
+  EXPECT_EQ(answer == success, failure.code == 0) << answer << of_other.text;
+  if (failure) {
+    EXPECT_NE(answer.find(":" + std::to_string(failure.code) + ","), std::string::npos) << answer;
+    EXPECT_NE(answer.find('"' + failure.text + '"'), std::string::npos) << answer;
+  }
+  expect_same_lines(script, host, vector.name + ": ");
+}
+
+INSTANTIATE_TEST_SUITE_P(Vectors, EngineVectors, testing::ValuesIn(load_vectors()));
+
+}  // namespace
+}  // namespace quor_test

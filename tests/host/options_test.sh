@@ -1,0 +1,177 @@
+#!/bin/sh
+# What the command-line host takes and what it says of mistakes, its help, and the manual page and
+# completions that must know the same options.
+#   options_test.sh QUOR SAMPLES [EMULATOR]
+set -u
+. "$(dirname "$0")/support.sh"
+share=$samples/../host/share
+# A program built without the means to draw has no such command.
+commands='check, run, scan, help'
+! quor chart --help >/dev/null 2>&1 || commands='check, run, chart, scan, help'
+
+# Numbers for parameters: the option beats the file, and what has no effect is told.
+printf 'date,close\n2024-01-02,1\n2024-01-03,2\n2024-01-04,4\n' >bars.csv
+echo '[{"PARAM_NAME":"N","DEFAULT":3},{"PARAM_NAME":"M","DEFAULT":10}]' >params.json
+echo '[]' >none.json
+echo '{"N":3}' >wrong.json
+expect 0 'date         A
+2024-01-04  13' run -e 'A:=MA(C,N)+M;' --bars bars.csv --params params.json --set n=2 --last 1
+expect 0 'date        A
+2024-01-04  3' run -e 'A:=MA(C,N);' --bars bars.csv --params none.json --set N=2 --last 1
+expect 0 'quor: warning: --set M=1: the script doesn'\''t read M
+quor: warning: --set N=2: the script'\''s own CONST N stands
+date               A
+2024-01-04  2.333333' run -e 'CONST N:3;A:=MA(C,N);' --bars bars.csv --set M=1 --set N=2 --last 1
+expect 1 'quor: --set N: write NAME=NUMBER, as in --set N=5' check -e 'A:N;' --set N
+expect 1 'quor: wrong.json: not of the form [{"PARAM_NAME":"N","DEFAULT":5}, ...]' \
+  check -e 'A:N;' --params wrong.json
+
+# period_of EXPECTED DATES...: what the distances between the dates are taken for.
+period_of() {
+  expected=$1
+  shift
+  { echo date,close; printf '%s,1\n' "$@"; } >period.csv
+  printed=$(quor run -e 'A:=C;' --bars period.csv --last 0 2>&1 >/dev/null)
+  same "$printed" "quor: period: $expected; --period sets another" "bars at $*"
+}
+told=', by the distances of the bars'
+period_of "day$told" 2024-01-05 2024-01-04 2024-01-08
+period_of "week$told" 2024-01-05 2024-01-12 2024-01-26 2024-02-02
+period_of "month$told" 2024-01-31 2024-02-29 2024-03-29
+period_of "quarter$told" 2023-12-29 2024-03-29 2024-06-28
+period_of "year$told" 2022-12-30 2023-12-29 2024-12-31
+period_of "15s$told" '2024-01-02 09:30:00' '2024-01-02 09:30:15' '2024-01-02 09:30:30'
+period_of "1min$told" '2024-01-02 09:59' '2024-01-02 10:00' '2024-01-02 10:30' '2024-01-02 10:31'
+period_of "60min$told" '2024-01-02 10:00' '2024-01-02 11:00' '2024-01-03 10:00' '2024-01-03 11:00'
+period_of "120min$told" '2024-01-02 10:00' '2024-01-02 12:00'
+period_of 'day, as the bars tell none' 2024-01-02
+period_of 'day, as the bars tell none' '2024-01-02 10:00' '2024-01-02 16:07'
+
+# named PERIOD...: each must be taken for the same period.
+named() {
+  number=$1
+  shift
+  for name in "$@"; do
+    expect 0 "date,P
+2024-01-04,$number" run -e 'P:=PERIOD*1000+BARINTERVAL;' --bars bars.csv --csv --last 1 --period "$name"
+  done
+}
+named 3005 5min 5m 5MINUTES min5 0x3005 12293
+named 1001 1min min 0x3000
+named 7060 60min hour 1h 0x303C
+named 15 15s 15sec
+named 8001 day D daily 1d 0x4000
+named 9001 week weekly 1w
+named 10001 month 1mon
+named 15001 quarter
+named 11001 year
+for name in dya 5 0min 300min 5day 2week '' min5min 0x0 99999999999; do
+  expect 2 "quor: --period: '$name' is no period; write 5min, 15s, 2hour, day, week, month, quarter, \
+year or a code such as 0x3005
+quor check --help tells more" check -e 'A:C;' --period "$name"
+done
+
+# A byte order mark, a pipe, dates in all their forms, values that read back.
+printf '\357\273\277date,close\r\n2024-01-02T09:35:00Z,1\r\n2024-01-02T09:40:00.123+08:00,2.5\r\n' >dates.csv
+printf '2024-01-02 09:45:00-0500,3\r\n20240102095000.0,4\r\n2024-01-02T09:55,5\r\n' >>dates.csv
+printf '20240102T100000Z,6\r\n2024/01/02 10:05:00 UTC,7\r\n' >>dates.csv
+printf '\357\273\277A:=MA(C,2)/3;\r\n三:=IF(C>2,LN(0),NULL);' >mark.quor
+lines='date,A,三
+2024-01-02 09:35:00,,
+2024-01-02 09:40:00,0.5833333333333334,-inf
+2024-01-02 09:45:00,0.9166666666666666,-inf
+2024-01-02 09:50:00,1.1666666666666667,-inf
+2024-01-02 09:55:00,1.5,-inf
+2024-01-02 10:00:00,1.8333333333333333,-inf
+2024-01-02 10:05:00,2.1666666666666665,-inf'
+expect 0 "$lines" run mark.quor --bars dates.csv --csv
+same "$(quor run mark.quor --bars - --csv <dates.csv 2>/dev/null)" "$lines" 'quor run --bars -'
+same "$(quor run - --bars dates.csv --csv <mark.quor 2>/dev/null)" "$lines" 'quor run -'
+expect 0 'date,A
+2024-01-02 10:05:00,7' run -e 'A:=C;' --bars dates.csv --csv --last 1
+printf 'date,close\n20240102.5,1\n' >fraction.csv
+expect 1 "quor: fraction.csv:2: '20240102.5' is no date" run -e 'A:=C;' --bars fraction.csv
+printf '\377\376d\000' >wide.csv
+expect 1 'quor: wide.csv: the text is UTF-16; save it as UTF-8' run -e 'A:=C;' --bars wide.csv
+
+# Files that can't be read.
+: >empty.quor
+expect 1 'quor: empty.quor: is empty' check empty.quor
+mkdir folder.csv
+if [ -z "$emulator" ]; then
+  long=$(printf '%0300d' 0)
+  expect 1 "quor: $long: can't be opened: File name too long" check "$long"
+fi
+expect 1 'quor: folder.csv: is a directory, not a file' run -e 'A:=C;' --bars folder.csv
+expect 2 "quor: the script and the bars can't both come from the pipe" run - --bars -
+
+# Mistakes of the command line: what to write instead.
+expect 2 "quor: 'rnu' is no command; did you mean run?" rnu a.quor --bars bars.csv
+expect 2 "quor: 'bars.csv' is no command; to check a script write quor check bars.csv" bars.csv
+expect 2 "quor: 'frobnicate' is no command; write one of $commands" frobnicate
+expect 2 "quor: no command: write one of $commands, as in quor check SCRIPT.quor"
+expect 2 'quor: quor has no option --verison; did you mean --version?' --verison
+expect 2 'quor: run has no option --bras; did you mean --bars?
+quor run --help tells more' run mark.quor --bras bars.csv
+expect 2 'quor: --bars is missing; write --bars FILE.csv, or --bars - for bars from a pipe
+quor run --help tells more' run mark.quor
+expect 2 'quor: --last: its value is missing; write --last 20
+quor run --help tells more' run mark.quor --bars bars.csv --last
+expect 2 'quor: --last: that is no number; write --last 20
+quor run --help tells more' run mark.quor --bars bars.csv --last ten
+expect 2 'quor: --json and --csv don'\''t go together: give one of them
+quor run --help tells more' run mark.quor --bars bars.csv --json --csv
+expect 2 'quor: one argument too many; a text with blanks or signs such as ; and ( stands in quotes
+quor check --help tells more' check mark.quor A:C
+
+# Help of a word, of a command, of all.
+expect 0 'MA(X,N)
+  Mean of the last N bars.
+
+Arguments
+  X: the series; N: the period
+
+First value and null
+  From row N-1 on. Nulls among the bars aren'\''t counted; N below 1 or null gives null.
+
+Example
+  A:MA(C,5);
+
+CURRBARSCOUNT
+  Bars from here to the last, 1 at the last.
+
+Example
+  A:CURRBARSCOUNT;' help ma CURRBARSCOUNT
+expect 1 "quor: 'EMMA' is neither a function word nor a command; did you mean EMA?" help EMMA
+expect 1 "quor: 'rnu' is neither a function word nor a command; did you mean run?" help rnu
+same "$(quor help run)" "$(quor run --help)" 'quor help run'
+same "$(quor help --list | wc -l | tr -d ' ')" 214 'quor help --list'
+same "$(quor help | tr ' ' '\n' | grep -c -x -F -e CURRBARSCOUNT -e EMA)" 2 'quor help'
+for command in $(echo "$commands" | tr -d ,); do
+  quor $command --help | grep -q "^  quor $command " || same 'no example' 'an example' "quor $command --help"
+done
+
+# The options of all commands are those of the manual page and of each completion.
+quor_options() {
+  for command in '' check run chart scan; do quor $command --help; done
+}
+options_in() { grep -o -e '--[a-z][a-z-]*' | sort -u; }
+options=$(quor_options | options_in)
+if [ "$commands" != 'check, run, scan, help' ]; then
+  same "$(sed 's/\\-/-/g' "$share/quor.1" | options_in)" "$options" quor.1
+  # Completions ask for the list of words, which isn't meant for people.
+  same "$(grep -v '^#' "$share/quor.bash" | sed 's/help --list//' | options_in)" "$options" quor.bash
+  same "$(sed 's/help --list//' "$share/_quor" | options_in)" "$options" _quor
+  same "$(sed -n 's/^complete .* -l \([a-z-]*\) .*/--\1/p' "$share/quor.fish" | sort -u)" "$options" quor.fish
+fi
+if command -v bash >/dev/null; then
+  completed=$(bash -c '. "$1"; COMP_WORDS=(quor run --ba) COMP_CWORD=2; _quor; echo "${COMPREPLY[@]}"' \
+    - "$share/quor.bash")
+  same "$completed" --bars 'completion of quor run --ba'
+fi
+
+for script in "$samples"/cookbook/*.quor; do
+  quor check "$script" >/dev/null || same 'a failure' 'success' "$script"
+done
+
+[ $failures -eq 0 ] || exit 1

@@ -1,0 +1,114 @@
+// What the table of words tells an author is what the compiler does: it holds exactly the words of
+// the library, its examples compile, and its numbers of arguments are the ones that are taken.
+#include "advice/word_help.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/status.h"
+#include "support/test_host.h"
+#include "tables/function_sets.h"
+#include "tables/function_table.h"
+
+namespace quor_test {
+namespace {
+
+using quor_advice::word_help;
+using quor_advice::WordHelp;
+
+constexpr int far_too_many = 40;
+
+int64_t code_for(const std::string& script) {
+  TestHost host;
+  host.set_info(0x3005, "600000", "TEST");
+  return host.compile(script).code;
+}
+
+/// A script with the word in its form, with that many arguments.
+std::string script_with(const WordHelp& help, int arguments) {
+  std::string script = help.form.starts_with("COND,") ? "C>O," : "X:=";
+  if (help.word == "RGB") script.clear();  // refused in an expression, whatever the number
+  script += std::string(help.word) + "(";
+  const std::string argument = help.word == "NOTICE" ? "'a'" : "1";
+  for (int i = 0; i < arguments; ++i) script += (i > 0 ? "," : "") + argument;
+  return script + ");";
+}
+
+TEST(WordHelp, holds_the_words_of_the_library) {
+  std::vector<std::string_view> words;
+  for (const quor::FunctionRow& row : quor::FunctionIdTable()) words.push_back(row.word);
+  std::ranges::sort(words);
+  std::vector<std::string_view> told;
+  for (const WordHelp& help : word_help()) told.push_back(help.word);
+  EXPECT_EQ(told, words);
+}
+
+TEST(WordHelp, finds_a_word_in_any_case) {
+  ASSERT_NE(quor_advice::find_word_help("ma"), nullptr);
+  EXPECT_EQ(quor_advice::find_word_help("Ma")->form, "MA(X,N)");
+  EXPECT_EQ(quor_advice::find_word_help("MAX1")->word, "MAX1");
+  EXPECT_EQ(quor_advice::find_word_help("M"), nullptr);
+  EXPECT_EQ(quor_advice::find_word_help(""), nullptr);
+}
+
+TEST(WordHelp, examples_compile_and_show_their_word) {
+  for (const WordHelp& help : word_help()) {
+    const std::string example(help.example);
+    EXPECT_EQ(code_for(example), quor::error_code(quor::Status::ok)) << example;
+    EXPECT_NE(help.example.find(help.word == "SOUND" ? "SOUND(" : help.word), std::string::npos)
+        << example;
+  }
+}
+
+TEST(WordHelp, tells_words_without_parentheses) {
+  for (const WordHelp& help : word_help()) {
+    const bool bare = help.form == help.word;
+    EXPECT_EQ(bare, quor::BareFunctionSet.contains(help.word)) << help.word;
+    EXPECT_TRUE(!bare || help.most == 0) << help.word;
+  }
+}
+
+TEST(WordHelp, numbers_of_arguments_are_those_that_compile) {
+  for (const WordHelp& help : word_help()) {
+    if (help.form == help.word) continue;
+    const int end = help.most < 0 ? far_too_many : help.most + 1;
+    for (int count = std::max(help.least, 1); count < end; ++count) {
+      EXPECT_NE(code_for(script_with(help, count)), quor::error_code(quor::Status::argument_count))
+          << help.word << ' ' << count;
+    }
+    if (help.most >= 0) {
+      EXPECT_EQ(code_for(script_with(help, end)), quor::error_code(quor::Status::argument_count))
+          << help.word;
+    }
+    // A notice without its name is refused for its form.
+    if (help.least > 0 && help.word != "NOTICE") {
+      EXPECT_EQ(code_for(script_with(help, help.least - 1)),
+                quor::error_code(quor::Status::argument_count))
+          << help.word;
+    }
+  }
+}
+
+/// How many arguments the first form in the text shows.
+int shown_arguments(std::string_view form) {
+  const size_t open = form.find('(');
+  if (open == std::string_view::npos) return 0;
+  const std::string_view arguments = form.substr(open, form.find(')') - open);
+  return static_cast<int>(std::ranges::count(arguments, ',')) + 1;
+}
+
+TEST(WordHelp, forms_show_as_many_arguments_as_are_needed) {
+  for (const WordHelp& help : word_help()) {
+    const int shown = shown_arguments(help.form);
+    const bool is_open = help.most < 0 && help.least == 0;  // nothing is counted
+    EXPECT_TRUE(is_open || shown >= help.least) << help.form;
+    EXPECT_TRUE(help.most < 0 || shown <= help.most) << help.form;
+  }
+}
+
+}  // namespace
+}  // namespace quor_test

@@ -1,0 +1,26 @@
+#!/bin/sh
+# Installs what is missing, builds the Python package and runs its tests: from the build tree, and what
+# pip makes of it in an environment of its own.
+#   tools/test-python.sh [PYTEST ARGUMENTS]
+set -u
+. "$(dirname "$0")/lib.sh"
+
+# Debian's packages serve Debian's Python, whatever else comes first on the path.
+python=/usr/bin/python3
+[ -x "$python" ] || python=python3
+
+need_packages $build_packages $python_packages
+"$python" -m flake8 --max-line-length=100 python tests/python || die "flake8 found the above"
+cmake --preset python -DPython_EXECUTABLE="$python" >/dev/null ||
+  die "the configuration of the Python package failed"
+cmake --build build/python --target quor_python quor_parser -- --quiet ||
+  die "the build of the Python package failed"
+QUOR_LIBRARY=$root/build/python/src/lib_quor_parser.so PYTHONPATH=$root/build/python/python \
+  "$python" -m pytest -q -p no:cacheprovider "$@" tests/python || exit
+
+environment=build/python-environment
+rm -rf "$environment"
+"$python" -m venv --system-site-packages "$environment" || die "no environment for Python"
+"$environment/bin/pip" install --quiet --no-build-isolation --no-deps --no-index \
+  --disable-pip-version-check ./python || die "pip can't install the package"
+(cd / && "$root/$environment/bin/python" "$root/tests/python/installed.py")
