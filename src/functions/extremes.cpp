@@ -69,6 +69,15 @@ Status extreme_at(const Call& call) {
   return call.answer(found.value);
 }
 
+/// Tells a memory that rests on an unbroken order of a block's rows.
+template <Extreme extreme>
+void pass_rows(const ColumnCall& call) {
+  if (call.variable.remembering != Remembering::in_order) return;
+  auto& memory = memory_of<ExtremeMemory<extreme>>(call.columns.pool().script, call.variable);
+  call.columns.note_memory(memory, call.rows, memory.rows.passed());
+  memory.rows.pass(call.rows.first, call.rows.end);
+}
+
 /// The extremes of the windows of n bars that end at the rows of the call; null where the table has
 /// no full windows yet, and for windows that are long beside the block.
 template <Extreme extreme>
@@ -80,6 +89,7 @@ const double* extremes_over(const ColumnCall& call) {
   if (static_cast<size_t>(n) / longest > call.size()) return nullptr;
   const double* series = series_over(call, 0, SeriesPlace::column_of_argument);
   if (series == nullptr) return nullptr;
+  pass_rows<extreme>(call);
   const auto count = static_cast<size_t>(n);
   double* results = call.scratch();
   window_extremes<extreme>(series + call.rows.first - (n - 1), count, call.size(), results,

@@ -80,14 +80,12 @@ template <Extreme extreme>
 class ExtremeRows {
  public:
   /// The row of the extreme of the rows from `first` to `last`, as `place_of_extreme` has it; -1 if
-  /// not all of these rows are known. Both are rows of the table, and the column is there. With
-  /// `catches_up` rows that have been passed over count as known.
+  /// their values can't be taken as known. Both are rows of the table, and the column is there.
+  /// With `catches_up` rows that have been left out count as known.
   int32_t find(const DataTable& table, int32_t column, int32_t first, int32_t last,
                bool catches_up) {
     if (column != column_) start_over(column);
-    if (last > passed_ && !catches_up) known_from_ = last;
-    passed_ = std::max(passed_, last + 1);
-    if (!catches_up && first < known_from_) return -1;
+    if (!pass(last, last + 1) && !catches_up) return -1;
     follow(table, first, last);
     const double oldest = table.cell(first, column);
     if (oldest != oldest || first == last) return first;
@@ -96,17 +94,26 @@ class ExtremeRows {
     return beats<extreme>(table.cell(last, column), table.cell(best, column)) ? last : best;
   }
 
+  /// To be told of rows that have been evaluated one after the other. False behind a row that was
+  /// left out.
+  bool pass(int32_t first, int32_t end) {
+    if (first > passed_) return false;
+    passed_ = std::max(passed_, end);
+    return true;
+  }
+  /// The rows before this one have been passed.
+  int32_t passed() const { return passed_; }
+
   /// Forgets a row and those behind it.
   void cut(int32_t row) {
     passed_ = std::min(passed_, row);
-    known_from_ = std::min(known_from_, row);
     if (end_ > row) forget_window();
   }
 
  private:
   void start_over(int32_t column) {
     column_ = column;
-    passed_ = known_from_ = 0;
+    passed_ = 0;
     forget_window();
   }
 
@@ -143,8 +150,7 @@ class ExtremeRows {
   }
 
   int32_t column_ = -1;
-  int32_t passed_ = 0;      ///< the rows before have been asked for, one after the other since
-  int32_t known_from_ = 0;  ///< this one
+  int32_t passed_ = 0;
   int32_t first_ = 0;
   int32_t end_ = 0;            ///< the row behind the last one taken in
   std::vector<int32_t> rows_;  ///< from `head_` on ascending, their values from the extreme inward
