@@ -36,5 +36,5 @@ esac
 # The error channel carries only counts of what is suppressed in other people's headers.
 printf '%s\n' $files |
   xargs -P "$(nproc)" -n 1 clang-tidy-14 -p build/release --quiet \
-    --extra-arg=-Wno-unknown-warning-option \
+    --extra-arg=-Wno-unknown-warning-option --extra-arg=-I"$root/include" \
     --header-filter="^$root/($(echo $tidy_folders | tr ' ' '|'))/" 2>/dev/null

@@ -47,7 +47,9 @@ bool Placement::is_free(const Box& box) const {
 std::optional<Box> Placement::search(const Box& wanted, double direction, double reach,
                                      bool sideways) const {
   const double half = std::floor((wanted.right - wanted.left) / 2);
-  for (double way = 0.0; way <= reach; way += step) {
+  const int steps = static_cast<int>(reach / step);
+  for (int i = 0; i <= steps; ++i) {
+    const double way = i * step;
     for (const double aside : {0.0, -half, half}) {
       if (aside != 0.0 && (!sideways || way < first_aside)) continue;
       const Box box = wanted.moved(aside, direction * way);
