@@ -124,6 +124,21 @@ class BarsSinceExtreme : public BaseFunc {
     status = find_extreme<extreme>(call, to_int(period), found);
     return failed(status) ? status : call.answer(static_cast<double>(found.bars_ago));
   }
+  const double* column(const ColumnCall& call) const final {
+    const std::optional<double> period = call.number(1);
+    const int32_t n = period ? to_int(*period) : 0;
+    const int32_t series = n < 1 ? -1 : series_column_over(call, 0, extreme_traits.series);
+    if (series == -1) return nullptr;
+    pass_rows<extreme>(call);
+    ExtremeRows<extreme> rows;
+    double* results = call.scratch();
+    for (int32_t row = call.rows.first; row < call.rows.end; ++row) {
+      const int32_t first = std::max(row - n + 1, 0);
+      results[row - call.rows.first] = row - rows.find(call.table(), series, first, row, true);
+    }
+    return results;
+  }
+  ColumnTraits column_traits() const final { return extreme_traits; }
 };
 
 /// The extreme of the bars before this one, with the period of the bar before.

@@ -5,6 +5,7 @@
 #include <concepts>
 #include <cstdint>
 
+#include "core/column_owners.h"
 #include "core/columns.h"
 #include "core/data_table.h"
 #include "functions/averaging.h"
@@ -68,19 +69,24 @@ constexpr int64_t opens_at(Gate gate, int32_t n) {
   return n == 0 || (gate == Gate::behind_windows_of_four && n < 4) ? never : n;
 }
 
-/// The series of an argument with its values over the block stored as the place says: all cells of
-/// its column, from row 0 on. Null where the column isn't there yet.
-inline const double* series_over(const ColumnCall& call, size_t position, SeriesPlace place) {
+/// The column that holds the series of an argument, with its values over the block stored as the
+/// place says; -1 where it isn't there yet or the values can't be had.
+inline int32_t series_column_over(const ColumnCall& call, size_t position, SeriesPlace place) {
   const Variable* argument = call.argument(position);
-  if (argument == nullptr) return nullptr;
+  if (argument == nullptr) return -1;
   int32_t column = argument->column_index;
   if (!argument->has_column()) {
     const Variable& holder = place == SeriesPlace::column_of_call ? call.variable : *argument;
-    const bool has_place = place != SeriesPlace::own_column && !holder.aux_column_indexes.empty();
-    if (!has_place) return nullptr;
-    column = holder.aux_column_indexes[0];
+    if (place == SeriesPlace::own_column) return -1;
+    column = held_column(holder, 0);
   }
-  return call.stored(position, column) == nullptr ? nullptr : call.cells(column);
+  return column == -1 || call.stored(position, column) == nullptr ? -1 : column;
+}
+
+/// All cells of that column, from row 0 on; null for none.
+inline const double* series_over(const ColumnCall& call, size_t position, SeriesPlace place) {
+  const int32_t column = series_column_over(call, position, place);
+  return column == -1 ? nullptr : call.cells(column);
 }
 
 /// What `reduce` makes of the windows of `count` values that end at the rows of the block.
