@@ -50,13 +50,9 @@ class OneBar final : public BaseFunc {
   }
 
  private:
-  template <size_t>
-  using Number = double;
-  template <size_t... position>
-  static auto answer_type(std::index_sequence<position...>)
-      -> std::invoke_result_t<decltype(function), Number<position>...>;
   static constexpr bool may_write_nothing =
-      std::same_as<decltype(answer_type(std::make_index_sequence<count>())), std::optional<double>>;
+      std::same_as<decltype(std::apply(function, std::array<double, count>())),
+                   std::optional<double>>;
 
   template <size_t... position>
   static const double* column(const ColumnCall& call, std::index_sequence<position...>) {
