@@ -13,7 +13,7 @@ struct ScanOptions {
   std::string script_text;
   std::string condition;                ///< over the script's lines; empty for all bars
   std::vector<std::string> parameters;  ///< "NAME=NUMBER"
-  std::string period;  ///< as the user names it; empty for a day
+  std::string period;                   ///< as the user names it; empty for a day
   std::string market;
   size_t last = 1;
   size_t jobs = 0;  ///< 0 for as many as there are processors

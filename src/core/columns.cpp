@@ -171,7 +171,9 @@ double* place_of_result(const Step& step, const double* const* slots, Columns& c
 void reduce_columns(OpCode op, const double* left, const double* right, double* result,
                     size_t size) {
   with_operator(op, [=](const auto& apply) {
-#pragma GCC ivdep
+#ifndef __clang__
+#pragma GCC ivdep  // a result may stand where an operand did
+#endif
     for (size_t i = 0; i < size; ++i) result[i] = truth(apply(left[i], right[i]));
   });
 }

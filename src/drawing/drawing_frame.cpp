@@ -3,8 +3,8 @@
 #include <functional>
 
 #include "core/call.h"
-#include "core/columns.h"
 #include "core/column_owners.h"
+#include "core/columns.h"
 #include "drawing/colour_text.h"
 #include "text/numbers.h"
 
