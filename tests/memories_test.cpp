@@ -251,8 +251,8 @@ TEST(Memories, NeverShow) {
   const char* n = getenv("SEEDS");
   const uint64_t count = n ? strtoull(n, nullptr, 10) : 400;
   for (uint64_t seed = from; seed < from + count && !HasFailure(); ++seed) {
+    SCOPED_TRACE(seed);
     Session(Scripts(seed).make(), seed).play();
-    if (HasFailure()) std::printf("seed %lu\n", seed);
   }
 }
 
