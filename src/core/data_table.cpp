@@ -283,6 +283,7 @@ void DataTable::reset() {
   std::erase_if(index_of_id_, [](const auto& entry) { return entry.first != time_column_id; });
   next_auxiliary_id_ = first_auxiliary_id;
   ++layout_;
+  watches_changes_ = false;
 }
 
 void DataTable::clear_rows() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <limits>
 #include <new>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "calendar/civil_time.h"
+#include "core/row_changes.h"
 #include "core/value.h"
 
 namespace quor {
@@ -134,6 +136,7 @@ class DataTable {
 
   /// The cells of a column that is there, from a row on to be written.
   std::span<double> writable_cells(int32_t column, int32_t row) {
+    if (watches_changes_) changes_.note(row);
     return std::span(columns_[static_cast<uint32_t>(column)].cells)
         .subspan(static_cast<size_t>(row));
   }
@@ -146,7 +149,17 @@ class DataTable {
   }
   void set_cell(int32_t row, int32_t column, double value) {
     if (!is_cell(row, column)) return;
-    columns_[static_cast<uint32_t>(column)].cells[static_cast<uint32_t>(row)] = value;
+    double& cell = columns_[static_cast<uint32_t>(column)].cells[static_cast<uint32_t>(row)];
+    if (watches_changes_ && std::bit_cast<uint64_t>(cell) != std::bit_cast<uint64_t>(value)) {
+      changes_.note(row);
+    }
+    cell = value;
+  }
+
+  /// Has changes by `set_cell` and `writable_cells` noted from the first call on.
+  const RowChanges& watch_changes() {
+    watches_changes_ = true;
+    return changes_;
   }
 
   /// The first row that intake has changed since the last call: by another value in a cell, by a
@@ -204,6 +217,8 @@ class DataTable {
   uint32_t next_auxiliary_id_ = first_auxiliary_id;
   uint64_t layout_ = 0;
   int32_t first_changed_row_ = no_change;
+  bool watches_changes_ = false;
+  RowChanges changes_;
 };
 
 }  // namespace quor

@@ -255,15 +255,17 @@ class MemoryPlan {
         origin.take(origin_of_column(argument->column_id));
       }
     }
-    if (uses.ahead || origin.newest_statement >= uses.first_statement) return Remembering::nothing;
-    if (origin.from_full_statement && !uses.in_full) return Remembering::nothing;
+    const Remembering at_least =
+        origin.steady ? Remembering::unchanged : Remembering::nothing;
+    if (uses.ahead || origin.newest_statement >= uses.first_statement) return at_least;
+    if (origin.from_full_statement && !uses.in_full) return at_least;
     const bool in_order = origin.steady && origin.is_safe_state;
     if (traits.series != SeriesPlace::nowhere) {
       if (cells_are_final(call)) return Remembering::catching_up;
     } else if (in_order && !origin.keeps_state && !origin.can_fail) {
       return Remembering::catching_up;
     }
-    return in_order ? Remembering::in_order : Remembering::nothing;
+    return in_order ? Remembering::in_order : at_least;
   }
 
   /// Whether no evaluation writes a cell of the series before the row of the statement.

@@ -101,7 +101,7 @@ class BeyondWalk {
       : threshold_(threshold), end_(call.row - short_walk) {
     const Remembering remembering = call.variable.remembering;
     const bool inside = call.row < call.table().row_count();
-    if (!inside || remembering == Remembering::nothing) return;
+    if (!inside || remembering < Remembering::in_order) return;
     auto& blocks = memory_of<Blocks>(call.script(), call.variable);
     if (blocks.pass(newest) || remembering == Remembering::catching_up) blocks_ = &blocks;
   }

@@ -138,8 +138,8 @@ class COUNT final : public BaseFunc {
     bars = std::ceil(std::min(bars, call.row + 1.0));
     if (!(bars > 0.0)) return call.answer(0.0);
     const auto step = [&call](int32_t row, HitCount& count) {
-      double x = null_value;
-      const Status status = call.evaluate_at(0, row, x);
+      double x;
+      const Status status = call.recall(0, row, x);
       count.hits += x > 0.0;
       return status;
     };
@@ -205,9 +205,8 @@ class HARMEAN final : public BaseFunc {
     const int32_t count = to_int(std::ceil(period));
     double sum = 0.0;
     for (int32_t back = 0; back < count; ++back) {
-      double x = null_value;
-      if (const Status status = call.evaluate_at(0, call.row - back, x); failed(status))
-        return status;
+      double x;
+      if (const Status status = call.recall(0, call.row - back, x); failed(status)) return status;
       if (is_null(x) || x == 0.0) return call.answer(null_value);
       sum += 1.0 / x;
     }
@@ -289,9 +288,8 @@ class PERCENTILE final : public BaseFunc {
 
     ScratchFrame sample(call.calculator);
     for (int32_t back = n; back-- > 0;) {
-      double x = null_value;
-      if (const Status status = call.evaluate_at(0, call.row - back, x); failed(status))
-        return status;
+      double x;
+      if (const Status status = call.recall(0, call.row - back, x); failed(status)) return status;
       sample.push(x);
     }
     const std::span<double> values = sample.values();

@@ -91,9 +91,10 @@ class SMMA final : public BaseFunc {
       return Status::ok;
     }
     for (int32_t back = 0; back < count; ++back) {
-      double value = null_value;
-      if (const Status status = call.evaluate_at(0, call.row - back, value); failed(status))
+      double value;
+      if (const Status status = call.recall(0, call.row - back, value); failed(status)) {
         return status;
+      }
       sum += value;
     }
     return Status::ok;
@@ -113,9 +114,9 @@ class TSMA final : public BaseFunc {
     if (n < 2 || call.row < n - 1) return call.answer(null_value);
     Sums sums;
     for (int64_t row = call.row; row > call.row - n; --row) {
-      double x = null_value;
+      double x;
       const auto i = static_cast<int32_t>(row);
-      if (const Status status = call.evaluate_at(0, i, x); failed(status)) return status;
+      if (const Status status = call.recall(0, i, x); failed(status)) return status;
       sums.add(i, x);
     }
     return call.answer(next_value(sums, static_cast<double>(n), call.row));
