@@ -77,7 +77,7 @@ class CalculateCenter {
   /// What one evaluation of a program works with.
   struct Frame {
     DataTable::Row cells;
-    double* slots;
+    double* partials;
     const int32_t row;
     const bool scan;
     std::string& error;

@@ -97,7 +97,7 @@ class Columns {
   /// The last step goes to `target`, if that isn't null.
   const double* program_values(const Program& program, Block rows, double start, double* target);
   const double* operand_values(const Operand& operand, Block rows, double start,
-                               const double* const* slots);
+                               const double* const* partials);
   void put_back(const Overwritten& cells, int32_t first);
   void put_back_since(size_t cells, size_t memories);
 
@@ -152,6 +152,13 @@ struct ColumnCall {
     if (found == nullptr || found == cells(column) + rows.first) return found;
     std::copy_n(found, size(), overwrite(column));
     return found;
+  }
+  /// What `value_at` gives at each row.
+  template <typename ValueAt>
+  const double* each_row(const ValueAt& value_at) const {
+    double* const values = scratch();
+    for (int32_t row = rows.first; row < rows.end; ++row) values[row - rows.first] = value_at(row);
+    return values;
   }
   /// All cells of a column, from row 0 on.
   const double* cells(int32_t column) const { return table().cells(column).data(); }

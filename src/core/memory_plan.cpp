@@ -228,7 +228,7 @@ class MemoryPlan {
     const std::span arguments(call.arguments);
     const auto series = arguments.first(std::min(traits.series_count, arguments.size()));
     return traits.by_columns && traits.series != SeriesPlace::nowhere &&
-           !call.function->uses_result_column() &&
+           !call.function->uses_result_column() && !traits.carries_on &&
            std::ranges::all_of(series, [](const Variable* argument) {
              return argument != nullptr && argument->kind == VariableKind::field &&
                     argument->has_column();
@@ -255,8 +255,7 @@ class MemoryPlan {
         origin.take(origin_of_column(argument->column_id));
       }
     }
-    const Remembering at_least =
-        origin.steady ? Remembering::unchanged : Remembering::nothing;
+    const Remembering at_least = origin.steady ? Remembering::unchanged : Remembering::nothing;
     if (uses.ahead || origin.newest_statement >= uses.first_statement) return at_least;
     if (origin.from_full_statement && !uses.in_full) return at_least;
     const bool in_order = origin.steady && origin.is_safe_state;

@@ -117,7 +117,7 @@ double moving_average(const Call& call);
 const double* moving_average(const ColumnCall& call);
 
 /// Writes the bar's state or result into a column and gives it back.
-inline double keep(const Call& call, int32_t column, double value) {
+inline double stored(const Call& call, int32_t column, double value) {
   call.table().set_cell(call.row, column, value);
   return value;
 }

@@ -35,6 +35,7 @@ struct ColumnTraits {
   size_t passed_over_from = 0;  ///< the first of these
   bool revisits = false;        ///< it evaluates arguments at other bars than its own
   bool starts_late = false;     ///< it leaves arguments unevaluated at the first rows
+  bool carries_on = false;      ///< results of earlier bars, in columns that it takes itself
   SeriesPlace series = SeriesPlace::nowhere;  ///< of its first arguments
   size_t series_count = 1;
 };

@@ -39,7 +39,7 @@ class Recurrence : public BaseFunc {
     if (failed(status) && !Step::ignores_status) return status;
     const int32_t column = result_column(call);
     const double before = call.table().cell(int64_t{call.row} - 1, column);
-    return call.answer(keep(call, column, call.row == 0 ? step.first(x) : step.next(x, before)));
+    return call.answer(stored(call, column, call.row == 0 ? step.first(x) : step.next(x, before)));
   }
 
   const double* column(const ColumnCall& call) const final {

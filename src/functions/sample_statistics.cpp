@@ -45,7 +45,7 @@ class SUM final : public BaseFunc {
     const int32_t column = store_in_own_column(call, call.argument(0), x);
     const WindowSeed seed = seed_of(call, column, n);
     const double sum = sum_step(x, seed, call.row, n);
-    return call.answer(keep(call, call.variable.column_index, sum));
+    return call.answer(stored(call, call.variable.column_index, sum));
   }
 
   const double* column(const ColumnCall& call) const override {
@@ -131,7 +131,7 @@ class COUNT final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const override {
-    if (call.scan) return scan_any_period(call, 2, 1);
+    if (call.scan) return scan_unchecked_period(call, 2, 1);
     double bars = null_value;
     ignore_status(call.evaluate(1, bars));
     if (bars == 0.0) bars = call.table().row_count();
@@ -188,10 +188,6 @@ class COUNT final : public BaseFunc {
     int32_t hits = 0;
   };
 };
-
-/// Words that evaluate a window anew at each bar, beginning with the first full one.
-constexpr ColumnTraits back_from_full_windows = {
-    .by_columns = true, .keeps_state = false, .passes_over = true, .revisits = true};
 
 /// The harmonic mean of the last N bars; null if one of them is null or 0.
 class HARMEAN final : public BaseFunc {
