@@ -130,27 +130,6 @@ bool same_columns(const std::vector<Series>& a, const std::vector<Series>& b) {
       a, b, [](const Series& one, const Series& other) { return same(one, other); });
 }
 
-std::vector<std::string> split_arguments(std::string_view text) {
-  std::vector<std::string> pieces(1);
-  int depth = 0;
-  for (const char c : text) {
-    if (c == '(') ++depth;
-    if (c == ')') --depth;
-    if (c == ',' && depth == 0) {
-      pieces.emplace_back();
-    } else {
-      pieces.back() += c;
-    }
-  }
-  return pieces;
-}
-
-std::string joined(const std::vector<std::string>& pieces) {
-  std::string text;
-  for (const std::string& piece : pieces) text += (text.empty() ? "" : ",") + piece;
-  return text;
-}
-
 /// Calls that show what the usual ones hide.
 const std::multimap<std::string_view, std::string> telling_arguments = {
     {"DIVERGENCE", "C,0-C,1,9,1"}, {"DIVERGENCE", "C,0-C,1,6,1"},  {"DIVERGENCE", "C,0-C,2,4,1"},
@@ -168,13 +147,9 @@ std::vector<std::string> statements_of(std::string_view word) {
   for (auto telling = first; telling != last; ++telling) {
     statements.push_back(statement_of(word, telling->second));
   }
-  const std::vector<std::string> pieces = split_arguments(usual);
-  for (size_t i = 0; i < pieces.size(); ++i) {
-    for (const char* strange :
-         {"C>O", "-5", "0-5", "0", "2.5", "1000000", "DRAWNULL", "BARPOS-8"}) {
-      std::vector<std::string> changed = pieces;
-      changed[i] = strange;
-      statements.push_back(statement_of(word, joined(changed)));
+  for (const char* strange : {"C>O", "-5", "0-5", "0", "2.5", "1000000", "DRAWNULL", "BARPOS-8"}) {
+    for (std::string& changed : statements_with(word, strange)) {
+      statements.push_back(std::move(changed));
     }
   }
   return statements;
