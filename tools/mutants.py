@@ -79,8 +79,8 @@ class Build:
     def __init__(self, folder: Path) -> None:
         self.folder = folder
         entries = json.loads((folder / "compile_commands.json").read_text())
-        self.compilations = {entry["output"]: entry for entry in entries}
-        self.link = self.ninja("commands", "-s", "quor_tests").strip().splitlines()[-1]
+        self.compilations = {entry["command"].split(" -o ")[1].split()[0]: entry for entry in entries}
+        self.link = self.ninja("commands", "-s", "tests/quor_tests").strip()
         self.users: dict[str, list[str]] = {}
         compiled = ""
         for line in self.ninja("deps").splitlines():
