@@ -1,14 +1,13 @@
 // A warm run allocates nothing per bar, whatever words a script uses.
 #include <gtest/gtest.h>
 
-#include <map>
 #include <set>
 #include <string>
 
 #include "functions/registry.h"
 #include "support/counting_new.h"
 #include "support/test_host.h"
-#include "tables/function_sets.h"
+#include "support/word_statements.h"
 #include "tables/function_table.h"
 
 namespace quor_test {
@@ -24,42 +23,12 @@ bool is_exempt(std::string_view word) {
   return words.contains(word);
 }
 
-/// Arguments that fit most words: conditions and series first, small numbers behind. A drawing word
-/// wants a colour at some position, which varies.
-std::string call_of(std::string_view word, int count, int colour_at) {
-  static const char* const arguments[] = {"C>O", "H", "3", "2", "0", "1", "2", "1"};
-  std::string text(word);
-  if (count == 0) return text;
-  text += '(';
-  for (int i = 0; i < count; ++i) {
-    if (i > 0) text += ',';
-    text += i == colour_at ? "COLORRED" : arguments[i];
-  }
-  return text + ")";
-}
-
-/// A statement that compiles with the word; empty if none does.
-std::string statement_with(TestHost& host, std::string_view word) {
-  static const std::map<std::string_view, std::string> particular = {
-      {"DRAWCOLORLINE", "DRAWCOLORLINE(C>O,C,COLORRED,COLORGREEN);"},
-      {"DRAWGBK", "DRAWGBK(C>O,COLORRED,COLORBLUE,0);"},
-      {"DRAWLASTBARICON", "DRAWLASTBARICON(H,'ICO5');"},
-      {"DRAWLASTBARTEXT", "DRAWLASTBARTEXT(H,'x');"}};
-  if (const auto row = particular.find(word); row != particular.end()) {
-    return host.compile(row->second).code == 0 ? row->second : std::string();
-  }
-  for (int colour_at = -1; colour_at < 8; ++colour_at) {
-    for (int count = 0; count <= 8; ++count) {
-      if (colour_at >= count && colour_at >= 0) continue;
-      const std::string call = call_of(word, count, colour_at);
-      std::string statement =
-          quor::OutputFunctionSet.contains(word)
-              ? call + ";"
-              : "X:=" + call + ";Y:=IF(C>O,ABS(" + call + "),1)+MA(" + call + ",3);";
-      if (host.compile(statement).code == 0) return statement;
-    }
-  }
-  return {};
+/// A value is also an operand, and an argument of other calls.
+std::string statements_with(std::string_view word) {
+  const std::string statement = statement_of(word);
+  if (!statement.starts_with("A:=")) return statement;
+  const std::string value = statement.substr(3, statement.size() - 4);
+  return statement + "B:=IF(C>O,ABS(" + value + "),1)+MA(" + value + ",3);";
 }
 
 long allocations_of_run(TestHost& host, uint32_t first_row) {
@@ -85,15 +54,12 @@ TEST(Allocation, NoBarOfAWarmRunAllocates) {
   for (const auto& row : quor::FunctionIdTable()) {
     if (is_exempt(row.word) || quor::find_function(row.word) == nullptr) continue;
     TestHost host;
-    const std::string statement = statement_with(host, row.word);
-    if (statement.empty()) {
-      ADD_FAILURE() << "no statement compiles with " << row.word;
-      continue;
-    }
+    const std::string statements = statements_with(row.word);
+    ASSERT_EQ(host.compile(statements).code, 0) << statements;
     host.feed(bars);
     host.run();
     const long one_bar = allocations_of_run(host, rows - 1);
-    EXPECT_EQ(allocations_of_run(host, rows - 200), one_bar) << statement;
+    EXPECT_EQ(allocations_of_run(host, rows - 200), one_bar) << statements;
   }
 }
 

@@ -39,22 +39,6 @@ TEST(Random, BoundsWithoutUseEndWithSomeInteger) {
   EXPECT_GT(distinct(draws("2147483645", 20)).size(), 15U);
 }
 
-TEST(Arithmetic, CountsArgumentsInTheTrialRun) {
-  TestHost host;
-  for (const char* call :
-       {"ABS(C,1)", "SIGN(C,1)", "MAX(C)", "MOD(C,1,2)", "BETWEEN(C,1)", "RANGE(C,1,2,3)",
-        "NOT(C,1)", "LOG(C,2,3)", "ROUND(C,2,3)", "NUMPOW(C,2)", "RAND(1,2)"}) {
-    const Report report = host.compile("A:=1;\nB:=" + std::string(call) + ";");
-    EXPECT_EQ(report.code, 7) << call;
-    EXPECT_EQ(report.message, std::string(call).substr(0, std::string(call).find('('))) << call;
-    EXPECT_EQ(report.line, 1) << call;
-  }
-  for (const char* call :
-       {"IF(C)", "IFF(C,1)", "IFN(C)", "IFELSE(C,1,2,3)", "MAX1(C)", "MIN1(C,1,2,3)"}) {
-    EXPECT_EQ(host.compile("A:=" + std::string(call) + ";").code, 0) << call;
-  }
-}
-
 TEST(Arithmetic, NoWindowIsShorterThanNone) {
   TestHost host;
   host.compile("A:=C;\nB:=NUMPOW(C,-2,1);");

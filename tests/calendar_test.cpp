@@ -1,7 +1,6 @@
 // The trading calendar over the C interface: what a host's JSON makes of the dates of its bars.
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
@@ -9,7 +8,6 @@
 #include <map>
 #include <mutex>
 #include <stdexcept>
-#include <thread>
 #include <tuple>
 
 #include "calendar/civil_time.h"
@@ -572,21 +570,6 @@ TEST_F(CalendarTest, HugeNumbersAreHarmless) {
   answer(calendar);
   // Saving of -1 minute, the low half of the number; the opening lies millions of years back.
   EXPECT_DATES(({20240105150100, 20240105150101}), {20240105, 20240108});
-}
-
-TEST_F(CalendarTest, InstancesOnManyThreadsShareOneCalendar) {
-  answer(with_day_session());
-  std::atomic<int> right = 0;
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([this, &right] {
-      for (int round = 0; round < 5; ++round) {
-        if (to_text(dates_of({20240108160000})) == "20240109") ++right;
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(right, 20);
 }
 
 // Arithmetic and the wall clock.

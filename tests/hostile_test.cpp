@@ -5,6 +5,7 @@
 #include <string>
 
 #include "support/test_host.h"
+#include "support/word_statements.h"
 #include "tables/function_table.h"
 
 namespace quor_test {
@@ -99,6 +100,51 @@ TEST(Hostile, RandomWords) {
   for (int i = 0; i < 1500; ++i) {
     play(host, "A:" + noise.words(14) + ";" + noise.words(10) + ";", "", "",
          "[{\"1\":" + noise.words(3) + "}]");
+  }
+}
+
+/// Numbers out of bounds, and K, which holds one after the other.
+constexpr const char* hostile_numbers[] = {
+    "-1", "-5", "0", "0.5", "2147483647", "-2147483648", "3000000000", "-1E300", "1E300", "K"};
+
+/// What a run may answer to them.
+bool is_defined(const std::string& answer) {
+  const auto failed = [&answer](int code, const std::string& text) {
+    return answer == R"({"ErrCode":)" + std::to_string(code) + R"(,"ExtraMsg":"","ErrLine":")" +
+                         text + R"("})";
+  };
+  return answer == success || failed(2012, "") || failed(4000, "vector too long") ||
+         failed(4000, "Invalid parametrization for the distribution.");
+}
+
+TEST(Hostile, NumbersInEveryPlaceOfEveryWord) {
+  constexpr size_t rows = 60;
+  const Series numbers =
+      series("null 3 -1 0 2147483647 -2147483648 1e300 -7 0.5 2 1e-300 2147483648 -1e300");
+  Bars bars;
+  for (size_t row = 0; row < rows; ++row) {
+    bars["C"].push_back(row % 11 == 5 ? null : 10 + static_cast<double>(row * 7 % 13));
+    bars["O"].push_back(row % 3 == 0 ? 1 : 0);
+    for (const char* field : {"H", "L", "V"}) bars[field].push_back(static_cast<double>(row % 17));
+    bars["AMOUNT"].push_back(numbers[row % numbers.size()]);
+  }
+  for (const auto& [word, id] : quor::FunctionIdTable()) {
+    for (const char* number : hostile_numbers) {
+      for (const std::string& statement : statements_with(word, number)) {
+        TestHost host;
+        if (host.compile("K:=AMOUNT;" + statement).code != 0) continue;
+        host.feed(bars);
+        for (const uint32_t first : {0U, 30U, 59U}) {
+          const std::string answer = host.run(first);
+          EXPECT_TRUE(is_defined(answer)) << statement << '\n' << answer;
+        }
+        for (int32_t argument = -1; argument > -12; --argument) {
+          for (const int32_t row : {INT32_MIN, -1, 59, 60}) {
+            get_field_val_by_index(host.handle(), argument, row);
+          }
+        }
+      }
+    }
   }
 }
 

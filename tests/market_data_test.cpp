@@ -157,15 +157,5 @@ TEST(ChipDistribution, PricesWithoutMeasureStayBounded) {
   EXPECT_EQ(host.line("A")[3], 0.0);
 }
 
-TEST(ChipDistribution, CountsItsArgumentInTheTrialRun) {
-  TestHost host;
-  for (const char* word : {"COST", "WINNER", "CODELIKE"}) {
-    const Report report = host.compile("\nA:=" + std::string(word) + "(C,1);");
-    EXPECT_EQ(report.code, 7) << word;
-    EXPECT_EQ(report.message, word);
-    EXPECT_EQ(report.line, 1);
-  }
-}
-
 }  // namespace
 }  // namespace quor_test

@@ -1,4 +1,4 @@
-// What the words along the row axis keep from run to run, and what hostile periods do to them.
+// What the words along the row axis keep from run to run.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -171,68 +171,6 @@ TEST(Divergence, AWidthBelowEmptyIsRefused) {
   ASSERT_EQ(host.compile("A:=DIVERGENCE(C,O,1,-5,1);").code, 0);
   host.feed({{"C", series("1 2 3")}, {"O", series("1 2 3")}});
   EXPECT_EQ(host.run(), vector_too_long);
-}
-
-/// Calls with the place of a period left open.
-constexpr std::string_view calls_with_period[] = {
-    "REF(C,#)",
-    "REFX(C,#)",
-    "REFX1(C,#)",
-    "BARSSINCEN(O,#)",
-    "SUMBARS(V,#)",
-    "NEWHBARS(C,#)",
-    "NEWLBARS1(C,O,#)",
-    "EXIST(O,#)",
-    "EVERY(C,#)",
-    "NDAY(C,O,#)",
-    "UPNDAY(C,#)",
-    "DOWNNDAY(C,#)",
-    "LAST(O,#,1)",
-    "LAST(O,3,#)",
-    "FILTER(O,#)",
-    "BACKSET(O,#)",
-    "ZIGZAG(C,#,1)",
-    "PEAK(C,2,#,0)",
-    "TROUGHBARS(C,#,1,0)",
-    "WAVEPEAK(#)",
-    "WAVEVALLEY1(C,#)",
-    "SAR(#,0.02,0.2)",
-    "SAR1(2,#,0.2)",
-    "DIVERGENCE(C,O,#,3,1)",
-    "DIVERGENCE(C,O,1,#,-1)",
-    "DIVERGENCE(C,O,#,#,1)",
-    "EXIST(EVERY(C,#),#)",
-    "REF(FILTER(O,#),#)",
-};
-
-/// Periods out of bounds, and K, which holds one after the other.
-constexpr std::string_view hostile_periods[] = {
-    "-1", "-5", "0", "0.5", "2147483647", "-2147483648", "3000000000", "-1E300", "1E300", "K"};
-
-TEST(RowWords, HostilePeriodsEndInAStatusOrAValue) {
-  Bars bars;
-  const Series periods = series("null 3 -1 0 2147483647 -2147483647 1e300 -7 0.5 2 null -1e300");
-  for (size_t row = 0; row < 240; ++row) {
-    bars["C"].push_back(row % 11 == 5 ? null : 10 + static_cast<double>(row * 7 % 13));
-    bars["O"].push_back(row % 3 == 0 ? 1 : 0);
-    for (const char* field : {"H", "L", "V"}) bars[field].push_back(static_cast<double>(row % 17));
-    bars["AMOUNT"].push_back(periods[row % periods.size()]);
-  }
-  for (const std::string_view call : calls_with_period) {
-    for (const std::string_view period : hostile_periods) {
-      std::string script = "K:=AMOUNT;A:=";
-      for (const char c : call) script += c == '#' ? std::string(period) : std::string(1, c);
-      TestHost host;
-      ASSERT_EQ(host.compile(script + ";").code, 0) << script;
-      host.feed(bars);
-      for (const uint32_t first : {0U, 100U, 239U}) {
-        const std::string answer = host.run(first);
-        const bool defined = answer == success || answer == vector_too_long ||
-                             answer == R"({"ErrCode":2012,"ExtraMsg":"","ErrLine":""})";
-        EXPECT_TRUE(defined) << script << "\n" << answer;
-      }
-    }
-  }
 }
 
 }  // namespace

@@ -94,14 +94,8 @@ TEST(TradeSignal, ACallByTheScriptFixesItsQuantityAtCompileTime) {
   EXPECT_TRUE(same(host.line("A"), {0, 0}));
 }
 
-TEST(TradeSignal, RefusesWrongCountsAndScriptsThatLookAhead) {
+TEST(TradeSignal, RefusesScriptsThatLookAhead) {
   TestHost host;
-  for (const char* script : {"\nA:BK(C);", "\nA:BK(C,'X',1,2);"}) {
-    const Report report = host.compile(script);
-    EXPECT_EQ(report.code, 7) << script;
-    EXPECT_EQ(report.message, "BK") << script;
-    EXPECT_EQ(report.line, 1) << script;
-  }
   const Report ahead = host.compile("A:=REFX(C,1);\nC>O,CLOSEOUT;");
   EXPECT_EQ(ahead.code, 2016);
   EXPECT_EQ(ahead.message, "CLOSEOUT");
@@ -258,15 +252,6 @@ TEST(Sound, MarksTheBarsAtWhichItPlays) {
   // The line's own column comes first and holds no value of the word.
   EXPECT_EQ(to_text(host.column(20000)), "0 0");
   EXPECT_EQ(to_text(host.column(20001)), "1 1");
-}
-
-TEST(Sound, RefusesWrongCounts) {
-  TestHost host;
-  EXPECT_EQ(host.compile("A:=SOUND('A',1);").message, "SOUND");
-  const Report report = host.compile("\nPLAYSOUND('A');");
-  EXPECT_EQ(report.code, 7);
-  EXPECT_EQ(report.message, "PLAYSOUND");
-  EXPECT_EQ(report.line, 1);
 }
 
 }  // namespace

@@ -145,11 +145,14 @@ TEST_F(ThreadsTest, DeletionsWhileOthersCall) {
 }
 
 TEST_F(ThreadsTest, CalendarsOfOneAndOfManySecurities) {
-  on_threads([](int number) {
+  // Calendars live as long as the process: a repetition has to ask for others.
+  static int repetition = 0;
+  const std::string prefix = "F" + std::to_string(repetition++) + "_";
+  on_threads([&prefix](int number) {
     for (int round = 0; round < 10; ++round) {
       const bool shares = round % 2 == 0;
       const std::string security =
-          shares ? "FSHARED" : "F" + std::to_string(number) + "_" + std::to_string(round);
+          prefix + (shares ? "SHARED" : std::to_string(number) + "_" + std::to_string(round));
       TestHost host;
       host.set_info(0x3001, security, "THREADS");
       EXPECT_EQ(host.compile("D:DATE;").code, 0);

@@ -9,10 +9,14 @@ count() {
   done | grep -c '[^[:space:]]'
 }
 
-code=$(count include src advice host python)
-tests=$(count tests)
-for folder in include src advice host python; do
-  printf '%-10s%7d\n' "$folder" "$(count "$folder")"
+tested="include src advice host python web"
+tests="tests web/test web/tests"
+rest=":!web/test :!web/tests :!*/package-lock.json"
+
+for folder in $tested; do
+  [ -d "$folder" ] && printf '%-10s%7d\n' "$folder" "$(count "$folder" $rest)"
 done
-printf '%-10s%7d\n' tests "$tests"
-echo "tests are $((tests * 100 / (code + tests)))% of $((code + tests)) lines"
+lines=$(count $tests)
+code=$(count $tested $rest)
+printf '%-10s%7d\n' tests "$lines"
+echo "tests are $((lines * 100 / code))% of the $code lines of code, $((lines * 100 / (code + lines)))% of all"

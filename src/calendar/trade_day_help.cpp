@@ -29,7 +29,7 @@ void init(const std::string& security, const std::string& market, const std::str
     refuse(answer.refusal, uuid);
     return;
   }
-  store_model(key, std::move(answer.model));
+  store_model(key, answer.model);
 }
 
 }  // namespace

@@ -116,7 +116,7 @@ class BARSSINCEN final : public BaseFunc {
     if (!(*period > 0.0)) return call.everywhere(null_value);
     const double* x = call.values(0);
     if (x == nullptr) return nullptr;
-    const HitCount* counts = follow<HitCount>(
+    const auto* counts = follow<HitCount>(
         call, call.rows, [x](size_t place, HitCount& count) { count.hits += is_one(x[place]); });
     if (counts == nullptr) return nullptr;
     counts -= call.rows.first;
@@ -205,7 +205,7 @@ class CONDBARS final : public BaseFunc {
     const double* a = call.values(0);
     const double* b = a != nullptr ? call.values(1) : nullptr;
     if (b == nullptr) return nullptr;
-    const NewestHits* newest =
+    const auto* newest =
         follow<NewestHits>(call, call.rows, [&call, a, b](size_t place, NewestHits& hits) {
           const int32_t row = call.rows.first + static_cast<int32_t>(place);
           hits.rows[0] = either(is_one(a[place]), row, hits.rows[0]);

@@ -164,7 +164,7 @@ class COUNT final : public BaseFunc {
     if (!(bars > 0.0)) return call.everywhere(0.0);
     const double* x = call.values(0);
     if (x == nullptr) return nullptr;
-    const HitCount* counts = follow<HitCount>(
+    const auto* counts = follow<HitCount>(
         call, call.rows, [x](size_t place, HitCount& count) { count.hits += x[place] > 0.0; });
     if (counts == nullptr) return nullptr;
     const auto n = static_cast<ptrdiff_t>(std::min<double>(bars, call.rows.end));

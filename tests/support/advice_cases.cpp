@@ -109,17 +109,22 @@ void PrintTo(const AdviceCase& advice_case, std::ostream* out) {
 
 std::vector<AdviceCase> load_advice_cases(const std::string& path) {
   std::vector<AdviceCase> cases;
-  std::string group;
-  bool is_open = false;
+  AdviceCase group;
+  enum { nothing, header, block } place = nothing;
   std::ifstream file(path);
   for (std::string line; std::getline(file, line);) {
-    if (line.starts_with("== ")) group = line.substr(3);
-    if (line.empty() || line.starts_with("== ") || line.starts_with("# ")) {
-      is_open = false;
-      continue;
+    if (line.starts_with("== ")) {
+      group = {};
+      group.group = line.substr(3);
+      place = header;
+    } else if (line.empty() || line.starts_with("# ")) {
+      place = nothing;
+    } else if (place == header) {
+      take_setting(group, line);
+    } else {
+      if (std::exchange(place, block) == nothing) cases.push_back(group);
+      take_line(cases.back(), line);
     }
-    if (!std::exchange(is_open, true)) cases.emplace_back().group = group;
-    take_line(cases.back(), line);
   }
   return cases;
 }

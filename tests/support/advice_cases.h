@@ -1,6 +1,7 @@
 // Scripts with what there is to say about them, as text that needs no C++.
 //
-//   == typing errors               a group; blocks below it are parted by blank lines
+//   == typing errors               a group; blocks below it are parted by blank lines, settings
+//                                  right below its name hold for all of them
 //   @params N=5 M=-1               parameter defaults of a block
 //   @period 0x4000                 its period code; five minutes by default
 //   @run 20                        runs it over that many bars, one a day, with prices only

@@ -75,7 +75,7 @@ std::string field_key(const std::string& field) {
 
 std::string number_text(double value) {
   char digits[32];
-  return std::string(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
+  return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
 }
 
 uint32_t size_of(std::string_view text) { return static_cast<uint32_t>(text.size()); }

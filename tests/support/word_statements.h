@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "support/word_calls.h"
 #include "tables/function_sets.h"
@@ -25,6 +26,35 @@ inline std::string statement_of(std::string_view word, std::string_view argument
 /// The call of a word as it is meant.
 inline std::string statement_of(std::string_view word) {
   return statement_of(word, arguments_of(word));
+}
+
+inline std::vector<std::string> split_arguments(std::string_view text) {
+  std::vector<std::string> pieces(1);
+  int depth = 0;
+  for (const char c : text) {
+    if (c == '(') ++depth;
+    if (c == ')') --depth;
+    if (c == ',' && depth == 0) {
+      pieces.emplace_back();
+    } else {
+      pieces.back() += c;
+    }
+  }
+  return pieces;
+}
+
+/// The word's call as it is meant but for one argument, of each position in turn.
+inline std::vector<std::string> statements_with(std::string_view word, std::string_view argument) {
+  std::vector<std::string> statements;
+  const std::vector<std::string> pieces = split_arguments(arguments_of(word));
+  for (size_t changed = 0; changed < pieces.size(); ++changed) {
+    std::string arguments;
+    for (size_t i = 0; i < pieces.size(); ++i) {
+      arguments += (i == 0 ? "" : ",") + (i == changed ? std::string(argument) : pieces[i]);
+    }
+    statements.push_back(statement_of(word, arguments));
+  }
+  return statements;
 }
 
 }  // namespace quor_test
