@@ -39,6 +39,47 @@ void Columns::begin(Block block) {
   overwritten_.clear();
   old_values_.clear();
   memories_.clear();
+  ahead_.clear();
+}
+
+void Columns::run_ahead(std::vector<Ahead> calls) {
+  std::ranges::stable_sort(calls, {},
+                           [](const Ahead& ahead) { return ahead.call->function->id(); });
+  scratch_.release();
+  for (auto first = calls.begin(); first != calls.end();) {
+    const auto end = std::find_if(first, calls.end(), [first](const Ahead& ahead) {
+      return ahead.call->function != first->call->function;
+    });
+    if (end - first > 1) run_group({first, end});
+    first = end;
+  }
+}
+
+void Columns::run_group(std::span<const Ahead> calls) {
+  std::vector<ColumnCall> group;
+  for (const Ahead& ahead : calls) {
+    const ColumnCall call{*this, *ahead.call, block_, null_value};
+    if (is_ahead(*ahead.call, block_) || !ahead.call->function->can_go_ahead(call)) continue;
+    position_ = ahead.position;
+    overwrite(ahead.call->column_index, block_);
+    for (const int32_t column : ahead.call->aux_column_indexes) overwrite(column, block_);
+    ahead_.push_back(ahead);
+    group.push_back(call);
+  }
+  if (!group.empty()) calls.front().call->function->run_side_by_side(group);
+}
+
+bool Columns::is_ahead(const Variable& call, Block rows) const {
+  return rows.first == block_.first && rows.end == block_.end &&
+         std::ranges::find(ahead_, &call, &Ahead::call) != ahead_.end();
+}
+
+void Columns::give_up_ahead(size_t position) {
+  const auto belongs = [position](const Ahead& ahead) { return ahead.position == position; };
+  if (std::erase_if(ahead_, belongs) == 0) return;
+  for (const Overwritten& cells : overwritten_) {
+    if (cells.position == position) put_back(cells, cells.rows.first);
+  }
 }
 
 bool Columns::calculate(Variable& statement, size_t position) {
@@ -130,6 +171,8 @@ const double* Columns::values(Variable& variable, Block rows, double start) {
     case VariableKind::expression:
       return expression_values(variable, rows, start);
     case VariableKind::call:
+      if (is_ahead(variable, rows))
+        return pool_.table().cells(variable.column_index).data() + rows.first;
       if (variable.function == nullptr || nesting_ >= most_levels) return nullptr;
       ++nesting_;
       {

@@ -18,7 +18,7 @@ class RowChanges {
     changes_.push_back({++now_, row});
   }
 
-  /// The first row that has changed since a moment; none is above all rows.
+  /// The first row that has changed since a moment; where none has, a row behind all.
   int32_t first_since(uint64_t moment) const {
     if (moment == now_) return std::numeric_limits<int32_t>::max();
     return std::ranges::upper_bound(changes_, moment, {}, &Change::moment)->row;

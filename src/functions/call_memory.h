@@ -32,7 +32,7 @@ Memory& memory_of(CompiledScript& script, Variable& call) {
 template <typename State>
 class RowStates final : public CallMemory {
  public:
-  /// The rows below this one are known.
+  /// The rows before this one are known.
   int32_t known() const { return static_cast<int32_t>(states_.size()); }
   const State& after(int32_t row) const { return states_[static_cast<size_t>(row)]; }
   State before(int32_t row) const { return row == 0 ? State() : after(row - 1); }

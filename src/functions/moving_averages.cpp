@@ -19,8 +19,12 @@ class MA final : public BaseFunc {
     return failed(status) ? status : call.answer(null_value);
   }
   const double* column(const ColumnCall& call) const override { return moving_average(call); }
+  bool can_go_ahead(const ColumnCall& call) const override { return can_average(call); }
+  void run_side_by_side(std::span<const ColumnCall> calls) const override {
+    moving_averages(calls);
+  }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .series = SeriesPlace::own_column};
+    return {.by_columns = true, .goes_ahead = true, .series = SeriesPlace::own_column};
   }
 };
 

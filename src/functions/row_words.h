@@ -100,7 +100,7 @@ Status newest_hit(const Call& call, int32_t row, int64_t lowest, int32_t& found)
   if (const Status status = follow(call, row, step, states); failed(status)) return status;
   NewestHit newest;
   if (states != nullptr) newest = states->after(row);
-  // Rows below the first one have no state.
+  // Rows before the first one have no state.
   int64_t at = states != nullptr ? -1 : row;
   for (; newest.row == no_row && at >= lowest; --at) {
     const Status status = step(static_cast<int32_t>(at), newest);
