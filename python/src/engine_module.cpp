@@ -101,7 +101,8 @@ class Engine {
     }
     const auto rows = static_cast<py::ssize_t>(found.keys.size());
     const auto columns = static_cast<py::ssize_t>(width);
-    return py::make_tuple(list, array_of(found.keys), array_of(found.cells).reshape({rows, columns}));
+    return py::make_tuple(list, array_of(found.keys),
+                          array_of(found.cells).reshape({rows, columns}));
   }
 
   /// The cells of all lines, a row for each line.
@@ -244,8 +245,8 @@ class Engine {
     return task(times, fields);
   }
 
-  bool run_anew(const quor::engine::Subject& subject, std::span<const int64_t> times, int64_t ticks, std::span<const Field> fields,
-                bool with_events) {
+  bool run_anew(const quor::engine::Subject& subject, std::span<const int64_t> times, int64_t ticks,
+                std::span<const Field> fields, bool with_events) {
     set_keys(times, ticks);
     script_.restart(subject);
     script_.set_rows(keys_, fields);

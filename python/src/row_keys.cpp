@@ -73,10 +73,8 @@ struct Unit {
   void (*fill)(std::span<const int64_t>, std::vector<int64_t>&);
 };
 
-constexpr Unit units[] = {{1, fill<1>},
-                          {1000, fill<1000>},
-                          {1000000, fill<1000000>},
-                          {1000000000, fill<1000000000>}};
+constexpr Unit units[] = {
+    {1, fill<1>}, {1000, fill<1000>}, {1000000, fill<1000000>}, {1000000000, fill<1000000000>}};
 
 }  // namespace
 

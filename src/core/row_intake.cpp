@@ -198,7 +198,8 @@ class ColumnShape {
   void fill(DataTable& table, std::span<const int64_t> keys) const {
     std::vector<ColumnValues> columns;
     for (size_t place = 0; place < sources_.size(); ++place) {
-      if (sources_[place] == nullptr || place == key_place_ || column_indexes_[place] == -1) continue;
+      if (sources_[place] == nullptr || place == key_place_ || column_indexes_[place] == -1)
+        continue;
       columns.push_back({column_indexes_[place], sources_[place]});
     }
     table.fill(keys, columns);
