@@ -50,7 +50,8 @@ def test_a_scan_takes_odd_frames_as_a_run_does():
         "shuffled": frame.sample(frac=1, random_state=1),
         "twice": pd.concat([frame.iloc[[9]].assign(close=1e6), frame]),
         "integers": frame.astype({"close": "int64"}),
-        "minutes": frame.set_axis(pd.date_range("1969-12-31 23:00", periods=len(frame), freq="min")),
+        "minutes": frame.set_axis(
+            pd.date_range("1969-12-31 23:00", periods=len(frame), freq="min")),
     }
     result = quor.scan(SCRIPT, odd, last=100, jobs=1)
     assert set(result.index.get_level_values(0)) == set(odd) - {"empty"}
