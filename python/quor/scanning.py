@@ -98,7 +98,8 @@ def _calculate(
     script: Script, ready: list[tuple[Hashable, Bars]], last: int
 ) -> Iterator[tuple[Hashable, Any, Any]]:
     """One call of the engine, so that the threads seldom wait for the interpreter."""
-    securities = [(str(name), bars.times, bars.ticks, bars.fields) for name, bars in ready]
+    securities = [(str(name).encode(errors="replace"), bars.times, bars.ticks, bars.fields)
+                  for name, bars in ready]
     with script.engine() as engine:
         counts, keys, values = engine.scan(securities, last)
     end = 0

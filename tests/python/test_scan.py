@@ -47,6 +47,7 @@ def test_a_scan_takes_odd_frames_as_a_run_does():
     odd = {
         "empty": frame.head(0),
         "one": frame.head(1),
+        "no utf-8 \udce9": frame,
         "shuffled": frame.sample(frac=1, random_state=1),
         "twice": pd.concat([frame.iloc[[9]].assign(close=1e6), frame]),
         "integers": frame.astype({"close": "int64"}),
