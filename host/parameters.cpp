@@ -13,20 +13,6 @@ namespace {
 
 namespace dom = simdjson::dom;
 
-struct Setting {
-  std::string name;  ///< in capitals, as scripts are read
-  double value;
-};
-
-Setting parse_setting(const std::string& text) {
-  const size_t mark = text.find('=');
-  const auto value = mark == std::string::npos ? std::nullopt : to_number(text.substr(mark + 1));
-  if (mark == 0 || !value || std::isnan(*value)) {
-    throw HostError("--set " + text + ": write NAME=NUMBER, as in --set N=5");
-  }
-  return {to_upper(text.substr(0, mark)), *value};
-}
-
 /// The text of the file up to the bracket that closes its array.
 std::string open_array(const std::string& path) {
   if (path.empty()) return "[";
@@ -42,6 +28,15 @@ std::string open_array(const std::string& path) {
 }
 
 }  // namespace
+
+Setting parse_setting(const std::string& text) {
+  const size_t mark = text.find('=');
+  const auto value = mark == std::string::npos ? std::nullopt : to_number(text.substr(mark + 1));
+  if (mark == 0 || !value || std::isnan(*value)) {
+    throw HostError("--set " + text + ": write NAME=NUMBER, as in --set N=5");
+  }
+  return {to_upper(text.substr(0, mark)), *value};
+}
 
 std::string parameters_json(const std::string& path, const std::vector<std::string>& settings) {
   std::string json = open_array(path);

@@ -9,6 +9,14 @@
 
 namespace quor_host {
 
+struct Setting {
+  std::string name;  ///< in capitals, as scripts are read
+  double value = 0.0;
+};
+
+/// The number set as "NAME=NUMBER". Throws HostError for any other text.
+Setting parse_setting(const std::string& text);
+
 /// The JSON array of parameters that the library takes: the file's text, if there is one, and
 /// behind it the numbers set as "NAME=NUMBER", so that these win. Throws HostError for a file that
 /// holds no such array and for a number that can't be read.

@@ -4,10 +4,12 @@
 #include <cmath>
 #include <iostream>
 #include <thread>
+#include <utility>
 
 #include "advice/advice.h"
 #include "console.h"
 #include "errors.h"
+#include "parameters.h"
 #include "period.h"
 #include "scan_findings.h"
 #include "scan_job.h"
@@ -21,13 +23,6 @@ constexpr int exit_sound = 0;
 constexpr int exit_failure = 1;
 constexpr int exit_interrupted = 130;
 
-std::pair<std::string, double> parameter_of(const std::string& text) {
-  const size_t mark = text.find('=');
-  const auto value = mark == std::string::npos ? std::nullopt : to_number(text.substr(mark + 1));
-  if (!value) throw HostError("--set " + text + ": not of the form NAME=NUMBER");
-  return {to_upper(text.substr(0, mark)), *value};
-}
-
 ScanJob job_of(const ScanOptions& options) {
   ScanJob job;
   std::vector<std::string> paths = options.paths;
@@ -39,7 +34,8 @@ ScanJob job_of(const ScanOptions& options) {
   }
   if (paths.empty()) throw HostError("no files and no folders with bars are given");
   for (const std::string& text : options.parameters) {
-    job.settings.parameters.push_back(parameter_of(text));
+    Setting setting = parse_setting(text);
+    job.settings.parameters.emplace_back(std::move(setting.name), setting.value);
   }
   const auto period = options.period.empty() ? period_of_a_day : parse_period(options.period);
   if (!period) throw HostError("--period " + options.period + ": no known period");

@@ -68,6 +68,12 @@ struct RowBatch {
   std::vector<uint32_t> gaps;  ///< the rows of the table that new rows go before
 };
 
+/// New values for a column, row by row.
+struct ColumnValues {
+  int32_t column_index;
+  const double* values;
+};
+
 /// Owned by the pool and touched only under the instance's lock. A row is a 0-based index into the
 /// ascending keys; row indexes move when a row is inserted before them.
 class DataTable {
@@ -99,6 +105,9 @@ class DataTable {
   /// Sets a cell of an existing row, adding the column if it is missing; a key without a row makes
   /// a row that holds the key in column 1 and nulls elsewhere. Keys below 1 add nothing.
   void put_value(int64_t key, uint32_t id, double value);
+  /// Fills an empty table: keys that are positive and ascend, and for some columns the values, one
+  /// per key. All other cells are null; column 1 holds the key.
+  void fill(std::span<const int64_t> keys, std::span<const ColumnValues> columns);
   /// Takes a batch in one merge. Cells of existing rows that the batch doesn't name keep their
   /// values, those of new rows are null; column 1 holds the key.
   void merge_rows(RowBatch& batch);
