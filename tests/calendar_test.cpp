@@ -101,10 +101,7 @@ class CalendarTest : public testing::Test {
     take_new_security();
   }
 
-  void take_new_security() {
-    static int count = 0;
-    security_ = "FU" + std::to_string(++count);
-  }
+  void take_new_security() { security_ = new_word("FU"); }
 
   void answer(const std::string& json) { exchange().answers[security_ + " UCFS"] = json; }
   void answer(const Calendar& calendar) { answer(calendar.json()); }

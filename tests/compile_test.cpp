@@ -62,7 +62,7 @@ TEST(Compile, Refusals) {
       {"A:1;\nB:=A+X;", 2, "X", 1},
       {"A:1E-5;", 2, "1E", 0},
       {"'ABC';", 2, "'ABC'", 0},
-      {"A:~99;", 2, "~99", 0},
+      {"A:~99999;", 2, "~99999", 0},
       {"COLORRED;", 2, "COLORRED", 0},
       {"XMA(C,5);", 2, "XMA", 0},
       {"XMA(:MA(C,5);", 2, "XMA", 0},
@@ -158,28 +158,29 @@ TEST(Compile, AnEmptyScriptKeepsTheLastOne) {
 TEST(Compile, FieldsThatTheHostDeclares) {
   TestHost host;
   TestHost earlier;
-  create_reserved_field(host.handle(), "MOOD", 555, 4);
-  create_reserved_field(host.handle(), "CLOSE", 556, 5);
-  EXPECT_EQ(host.compile("MOOD:1;").code, 2004);
-  ASSERT_EQ(host.compile("A:=MOOD+1;B:=CLOSE;").fields, (std::vector<int64_t>{11, 555}));
+  const std::string mood = new_word("MOOD");
+  host.declare_field(mood, 555);
+  host.declare_field("CLOSE", 556);
+  EXPECT_EQ(host.compile(mood + ":1;").code, 2004);
+  ASSERT_EQ(host.compile("A:=" + mood + "+1;B:=CLOSE;").fields, (std::vector<int64_t>{11, 555}));
   host.feed({{"555", series("1 2")}, {"C", series("3 4")}});
   EXPECT_EQ(host.run(), success);
   EXPECT_EQ(to_text(host.line("A")), "2 3");
   EXPECT_EQ(to_text(host.line("B")), "3 4");
-  EXPECT_EQ(earlier.compile("A:=MOOD;").code, 2) << "made before the word";
+  EXPECT_EQ(earlier.compile("A:=" + mood + ";").code, 2) << "made before the word";
   TestHost later;
-  EXPECT_EQ(later.compile("A:=MOOD;").code, 0) << "the word belongs to the process";
-  EXPECT_EQ(earlier.compile("MOOD:1;").code, 0);
+  EXPECT_EQ(later.compile("A:=" + mood + ";").code, 0) << "the word belongs to the process";
+  EXPECT_EQ(earlier.compile(mood + ":1;").code, 0);
   EXPECT_EQ(earlier.compile("A:=1;").code, 0);
 }
 
 TEST(Compile, AWordDeclaredAnewTakesTheColumnOfTheOldOneIn) {
   TestHost host;
-  create_reserved_field(host.handle(), "CLOSE", 301, 5);
+  host.declare_field("CLOSE", 301);
   EXPECT_EQ(get_column_num(host.handle()), 3U) << "1, 11 and 301";
   EXPECT_EQ(host.variable_fields(), "[11]");
   // Another new word brings nothing but itself.
-  create_reserved_field(host.handle(), "WORDOFITSOWN", 302, 12);
+  host.declare_field(new_word("WORDOFITSOWN"), 302);
   EXPECT_EQ(get_column_num(host.handle()), 4U);
 }
 
@@ -212,7 +213,7 @@ TEST(Compile, FieldWordsFollowPeriodAndMarket) {
 
 TEST(Compile, AFieldKeepsItsIdThoughAWordGivesItAColumn) {
   TestHost host;
-  create_reserved_field(host.handle(), "IDNOTSIGNED", 0x90000001, 11);
+  host.declare_field("IDNOTSIGNED", 0x90000001);
   ASSERT_EQ(host.compile("A:=DIVERGENCE(IDNOTSIGNED,C,1,3,1);").code, 0);
   host.feed({{"C", series("1 2 3")}});
   ASSERT_EQ(host.run(), success);

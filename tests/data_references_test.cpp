@@ -193,14 +193,10 @@ TEST(DataReferences, AChangedScriptDoesNotReadTheColumnOfTheOneBefore) {
   EXPECT_EQ(host.compile("CROSSSECA:=1;").code, 0);
 }
 
-void declare_field(const TestHost& host, std::string_view word, uint32_t id) {
-  create_reserved_field(host.handle(), word.data(), id, static_cast<uint32_t>(word.size()));
-}
-
 TEST(DataReferences, AFieldOfTheHostWithTheWordOfAReferenceStays) {
   // Declared fields are known to the whole process, so the word is one that no other test uses.
   TestHost host;
-  declare_field(host, "CROSSSECHOSTFIELD", 901);
+  host.declare_field("CROSSSECHOSTFIELD", 901);
   ASSERT_EQ(host.compile(R"(A:"600000$CLOSE";)").code, 0);
   const Report report = host.compile("B:=CROSSSECHOSTFIELD;");
   ASSERT_EQ(report.code, 0) << report.text;
@@ -215,8 +211,9 @@ TEST(DataReferences, AFieldDeclaredBehindAReferenceIsNotTakenForTheNextReference
   // reference got, too.
   TestHost host;
   ASSERT_EQ(host.compile(R"(A:"600000$CLOSE";)").code, 0);
-  declare_field(host, "LATEHOSTFIELD", 902);
-  const Report report = host.compile(R"(A:"600000$CLOSE";B:=LATEHOSTFIELD;)");
+  const std::string late = new_word("LATEHOSTFIELD");
+  host.declare_field(late, 902);
+  const Report report = host.compile(R"(A:"600000$CLOSE";B:=)" + late + ";");
   ASSERT_EQ(report.code, 0) << report.text;
   host.feed({{"20000", {1, 2}}, {"902", {3, 4}}});
   ASSERT_EQ(host.run(), success);

@@ -12,17 +12,6 @@ namespace {
 constexpr std::string_view vector_too_long =
     R"({"ErrCode":4000,"ExtraMsg":"","ErrLine":"vector too long"})";
 
-TEST(Filter, ABarCalculatedAgainRepeatsItsAnswer) {
-  const Bars bars = {{"C", series("1 1 1 0 1 1 0 1 1")}};
-  TestHost host;
-  ASSERT_EQ(host.compile("A:=FILTER(C,2);").code, 0);
-  for (size_t row = 0; row < 9; ++row) {
-    host.feed(bars, row, row + 1);
-    for (int again = 0; again < 3; ++again) host.run(static_cast<uint32_t>(row));
-  }
-  EXPECT_EQ(to_text(host.line("A")), "0 1 0 0 1 0 0 1 0");
-}
-
 TEST(Filter, ASignalThatGoesAwayIsForgotten) {
   const auto answer = [](TestHost& host, const char* signals) {
     host.feed({{"C", series(signals)}});

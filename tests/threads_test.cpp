@@ -76,8 +76,8 @@ TEST_F(ThreadsTest, InstancesSideBySide) {
   on_threads([](int number) {
     for (int round = 0; round < rounds; ++round) {
       TestHost host;
-      const std::string field = "OFTHREAD" + std::to_string(number * rounds + round);
-      create_reserved_field(host.handle(), field.data(), 5000, static_cast<uint32_t>(field.size()));
+      const std::string field = new_word("OFTHREAD");
+      host.declare_field(field, 5000);
       const Report report =
           host.compile("M:MA(C,2);F:" + field + ";\nC>REF(C,1),NOTICE('up');\nISLASTBAR,BK(2);\n");
       EXPECT_EQ(report.code, 0) << report.text;
@@ -145,9 +145,7 @@ TEST_F(ThreadsTest, DeletionsWhileOthersCall) {
 }
 
 TEST_F(ThreadsTest, CalendarsOfOneAndOfManySecurities) {
-  // Calendars live as long as the process: a repetition has to ask for others.
-  static int repetition = 0;
-  const std::string prefix = "F" + std::to_string(repetition++) + "_";
+  const std::string prefix = new_word("F") + "_";
   on_threads([&prefix](int number) {
     for (int round = 0; round < 10; ++round) {
       const bool shares = round % 2 == 0;

@@ -40,7 +40,7 @@ DAMAGES = [(re.compile(found), instead) for found, instead in (
 NO_CODE = re.compile(r"\s*(#|//|\*|/\*|template|static_assert|$)")
 
 # Most damages are noticed by the quick tests, so these run first.
-SLOW = "Columns.*:Memories.*:Traits.*:Carried.*:CalendarTest.*:Exhaustion*.*:Hostile.*:CivilTime.*"
+SLOW = "Columns.*:Memories.*:Traits.*:Exhaustion*.*:Hostile.*:CivilTime.*:Allocation.*"
 MOST_KILOBYTES = 3 << 20
 SECONDS = 300
 

@@ -13,6 +13,7 @@
 #include "host/chart/theme.h"
 #include "host/chart/time_axis.h"
 #include "host/chart/time_marks.h"
+#include "tables/style_table.h"
 
 namespace quor_host {
 
@@ -78,40 +79,21 @@ TEST(Placement, lets_no_two_texts_of_a_crowd_meet_nor_a_text_and_a_bar) {
   EXPECT_GT(placed, 20U);
 }
 
-/// The colours that scripts can name, and the automatic ones.
-constexpr const char* brushes[] = {"TempBrushKey.#CC3030",
-                                   "TempBrushKey.#FF7575",
-                                   "TempBrushKey.#0C993F",
-                                   "TempBrushKey.#5BE58E",
-                                   "TempBrushKey.#19A0FF",
-                                   "TempBrushKey.#75C6FF",
-                                   "TempBrushKey.#EF39B2",
-                                   "TempBrushKey.#FFD933",
-                                   "TempBrushKey.#00C6D1",
-                                   "TempBrushKey.#434448",
-                                   "TempBrushKey.#B4B6B8",
-                                   "TempBrushKey.#000000",
-                                   "TempBrushKey.#FFFFFF",
-                                   "Brush.Cyan7",
-                                   "Brush.Green7",
-                                   "Brush.Orange7",
-                                   "Brush.Pink7",
-                                   "Brush.Blue7",
-                                   "Brush.Red10",
-                                   "Brush.Green4",
-                                   "Brush.Yellow8",
-                                   "Brush.Gold6",
-                                   "Brush.Purple7",
-                                   "Brush.Gray9",
-                                   "#131722",
-                                   "#FEFEFE",
-                                   "no such key"};
+/// The colours that scripts can name, the automatic ones, and others.
+std::vector<std::string> brushes() {
+  std::vector<std::string> keys = {"Brush.Gray9", "#131722", "#FEFEFE", "no such key"};
+  for (const std::string_view word : quor::StyleWordSet) {
+    if (const auto key = quor::colour_brush(word)) keys.emplace_back(*key);
+  }
+  for (unsigned step = 0; step < 10; ++step) keys.emplace_back(quor::auto_colour(step));
+  return keys;
+}
 
 TEST(Theme, lets_no_colour_of_a_script_vanish) {
   EXPECT_NEAR(contrast(rgb(0x000000), rgb(0xFFFFFF)), 21.0, 1e-9);
   for (const char* name : {"light", "dark"}) {
     const Theme& theme = theme_named(name);
-    for (const char* brush : brushes) {
+    for (const std::string& brush : brushes()) {
       EXPECT_GE(contrast(theme.line(brush), theme.ground), 3.0) << name << ' ' << brush;
       EXPECT_GE(contrast(theme.text(brush), theme.ground), 4.5) << name << ' ' << brush;
     }

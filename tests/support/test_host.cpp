@@ -3,6 +3,7 @@
 #include <simdjson.h>
 
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <charconv>
 #include <cstring>
@@ -94,6 +95,11 @@ void clear_events() {
   set_trade_callback(take_signal);
 }
 
+std::string new_word(const std::string& stem) {
+  static std::atomic<int> count = 0;
+  return stem + std::to_string(count++);
+}
+
 TestHost::TestHost() : handle_(create_instance()) {}
 TestHost::~TestHost() { delete_instance(handle_); }
 
@@ -101,6 +107,10 @@ void TestHost::set_info(uint32_t period, std::string_view security, std::string_
                         std::string_view time_zone) {
   set_indicator_extra_info(handle_, period, security.data(), market.data(), "", time_zone.data(),
                            size_of(security), size_of(market), 0, size_of(time_zone));
+}
+
+void TestHost::declare_field(std::string_view word, uint32_t id) {
+  create_reserved_field(handle_, word.data(), id, size_of(word));
 }
 
 Report TestHost::compile(std::string_view script, std::string_view parameters,

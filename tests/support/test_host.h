@@ -78,6 +78,7 @@ class TestHost {
 
   void set_info(uint32_t period, std::string_view security, std::string_view market,
                 std::string_view time_zone = "UTC+08:00");
+  void declare_field(std::string_view word, uint32_t id);
   Report compile(std::string_view script, std::string_view parameters = "",
                  std::string_view lines = "");
 
@@ -104,6 +105,10 @@ class TestHost {
   int64_t handle_;
   std::vector<int64_t> keys_;
 };
+
+/// A word that nobody has used: what is declared or loaded stays for the process, and a test may be
+/// repeated in it.
+std::string new_word(const std::string& stem);
 
 inline constexpr std::string_view success = R"({"ErrCode":0,"ExtraMsg":"","ErrLine":""})";
 
