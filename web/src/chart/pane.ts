@@ -1,0 +1,286 @@
+// One pane of the chart: axes, grid and crosshair by the charting library, records by our painters.
+import uPlot from 'uplot';
+import type { Pane as PaneSpec } from '../api/types.ts';
+import { element } from '../dom.ts';
+import { inkOn, withAlpha } from './color.ts';
+import { fontFamily, Frame, type Sight } from './frame.ts';
+import { Legend, type LegendEntry } from './legend.ts';
+import { multiples, niceStep, shortText, tickText } from './numbers.ts';
+import { paint } from './paint.ts';
+import { rangeInSight } from './range.ts';
+import { isFigure, type ShapeRecord } from './records.ts';
+import type { Sheet } from './sheet.ts';
+
+export const valueAxisWidth = 66;
+const timeAxisHeight = 26;
+const axisFont = `11px ${fontFamily}`;
+
+export interface PaneEvents {
+  /** The pointer is at a place of the time axis, or has left. */
+  point: (place: number | undefined) => void;
+}
+
+/** A value that has a label on the axis. */
+interface Tag {
+  value: number;
+  text: string;
+  color: string;
+  filled: boolean;
+}
+
+export class ChartPane {
+  readonly root: HTMLElement;
+  readonly legend: Legend;
+  private readonly plot: uPlot;
+  private readonly records: readonly ShapeRecord[];
+  private readonly levels: ReadonlyMap<ShapeRecord, number>;
+  private readonly cursorTag = element('div', { class: 'cursor-tag', 'aria-hidden': 'true' });
+  private sight: Sight = { from: 0, to: 1 };
+  private values = { low: 0, high: 1 };
+
+  constructor(
+    private sheet: Sheet,
+    readonly spec: PaneSpec,
+    private readonly isFirst: boolean,
+    private readonly isLast: boolean,
+    events: PaneEvents,
+  ) {
+    const { records } = sheet.drawn;
+    this.records = spec.records.map((index) => records[index]);
+    this.levels = new Map(spec.levels.map(({ record, value }) => [records[record], value]));
+    this.legend = new Legend(this.records);
+    this.root = element('div', { class: 'pane' });
+    this.plot = new uPlot(this.options(events), this.ends(), this.root);
+    this.root.append(this.legend.root, this.cursorTag);
+  }
+
+  destroy(): void {
+    this.plot.destroy();
+    this.root.remove();
+  }
+
+  get canvas(): HTMLCanvasElement {
+    return this.plot.ctx.canvas;
+  }
+
+  /** The part of the pane in which lines are drawn, the pointer is followed. */
+  get over(): HTMLElement {
+    return this.plot.over;
+  }
+
+  resize(width: number, height: number): void {
+    if (this.plot.width !== width || this.plot.height !== height) this.plot.setSize({ width, height });
+  }
+
+  draw(sheet: Sheet, sight: Sight): void {
+    this.sheet = sheet;
+    this.sight = sight;
+    const seen = this.records.filter((record) => !this.levels.has(record));
+    this.values = rangeInSight(seen, [...this.levels.values()], sheet.view, sight.from, sight.to);
+    this.takeShown(seen);
+    this.makeRoomForLegend();
+    this.plot.batch(() => {
+      this.plot.setData(this.ends(), false);
+      this.plot.setScale('x', { min: sight.from, max: sight.to });
+      this.plot.setScale('y', { min: this.values.low, max: this.values.high });
+    });
+  }
+
+  placeAt(left: number): number {
+    return this.plot.posToVal(left, 'x');
+  }
+
+  /** Moves the crosshair to a place on the time axis; away without one. */
+  setCrosshair(place: number | undefined): void {
+    const left = place === undefined ? -10 : this.plot.valToPos(place, 'x');
+    this.plot.setCursor({ left, top: place === undefined ? -10 : (this.plot.cursor.top ?? -10) }, false);
+    if (place === undefined) this.cursorTag.hidden = true;
+  }
+
+  /** What the legend shows at a row. */
+  entriesAt(row: number, valueOf: (id: number) => number): LegendEntry[] {
+    return this.legend.entries(row, this.spec.digits, valueOf);
+  }
+
+  /** Figures count with the anchors that are in sight. */
+  private takeShown(records: readonly ShapeRecord[]): void {
+    const { from, to } = this.sight;
+    for (const record of records.filter(isFigure)) {
+      for (const shown of this.sheet.shownOf(record)) {
+        const value = shown.values.Field1Id;
+        if (shown.row + 1 < from || shown.row > to || typeof value !== 'number') continue;
+        this.values.low = Math.min(this.values.low, value);
+        this.values.high = Math.max(this.values.high, value);
+      }
+    }
+  }
+
+  private makeRoomForLegend(): void {
+    const height = Math.max(this.plot.bbox.height / uPlot.pxRatio, 1);
+    const share = Math.min(this.legend.height / height, 0.4);
+    this.values.high += ((this.values.high - this.values.low) * share) / (1 - share);
+  }
+
+  private ends(): uPlot.AlignedData {
+    return [
+      [this.sight.from, this.sight.to],
+      [null, null],
+    ];
+  }
+
+  private options(events: PaneEvents): uPlot.Options {
+    const { palette } = this.sheet.theme;
+    const axis = { stroke: palette.label, font: axisFont, ticks: { show: false } };
+    return {
+      width: 300,
+      height: 100,
+      legend: { show: false },
+      padding: [0, 0, 0, 0],
+      scales: {
+        x: { time: false, range: (_plot, min, max) => [min, max] },
+        y: { range: (_plot, min, max) => [min, max] },
+      },
+      series: [{}, { show: false }],
+      cursor: {
+        drag: { x: false, y: false, setScale: false },
+        points: { show: false },
+        sync: { key: 'panes', scales: ['x', null], setSeries: false },
+        move: (_plot, left, top) => [this.snapped(left), top],
+      },
+      axes: [
+        {
+          ...axis,
+          size: this.isLast ? timeAxisHeight : 0,
+          gap: 4,
+          grid: { stroke: palette.grid, width: 1 },
+          splits: () => this.sheet.timeMarks(this.sight, this.plotWidth()).map(({ place }) => place),
+          values: () => (this.isLast ? this.sheet.timeMarks(this.sight, this.plotWidth()).map(({ text }) => text) : []),
+        },
+        {
+          ...axis,
+          side: 1,
+          size: valueAxisWidth,
+          gap: 4,
+          grid: { stroke: palette.grid, width: 1 },
+          splits: () => this.ticks().values,
+          values: (_plot, values) => this.tickTexts(values),
+        },
+      ],
+      hooks: {
+        draw: [() => this.paint()],
+        setCursor: [(plot) => this.follow(plot, events)],
+      },
+    };
+  }
+
+  private plotWidth(): number {
+    return this.plot.bbox.width / uPlot.pxRatio;
+  }
+
+  private ticks(): { step: number; values: number[] } {
+    const { low, high } = this.values;
+    const height = this.plot.bbox.height / uPlot.pxRatio;
+    let count = Math.max(1, height / 54);
+    for (;;) {
+      const step = Math.max(niceStep(high - low, count), this.spec.digits === 0 ? 1 : 0);
+      const values = multiples(step, low, high);
+      if (values.length >= 3 || (count *= 1.5) >= Math.max(1, height / 18)) return { step, values };
+    }
+  }
+
+  /** No text where a tag stands. */
+  private tickTexts(values: number[]): string[] {
+    const { step } = this.ticks();
+    const { low, high } = this.values;
+    const tags = this.tags();
+    const y = (value: number) => this.plot.valToPos(value, 'y');
+    const reach = Math.max(Math.abs(low), Math.abs(high));
+    return values.map((value) =>
+      tags.some((tag) => Math.abs(y(tag.value) - y(value)) < 15) ? '' : tickText(value, step, reach),
+    );
+  }
+
+  private tags(): Tag[] {
+    const { theme, decimals, view, newestClose, closeBefore } = this.sheet;
+    const tags: Tag[] = [];
+    if (this.isFirst && Number.isFinite(newestClose)) {
+      const color = newestClose < closeBefore ? theme.palette.fall : theme.palette.rise;
+      tags.push({ value: newestClose, text: shortText(newestClose, decimals), color, filled: true });
+    }
+    for (const [record, value] of this.levels) {
+      const text = shortText(value, Number.isInteger(value) ? 0 : this.spec.digits);
+      const color = theme.text(String(record.LineColor));
+      if (view.count > 0) tags.push({ value, text, color, filled: false });
+    }
+    return tags.filter(({ value }) => value >= this.values.low && value <= this.values.high);
+  }
+
+  private snapped(left: number): number {
+    if (left < 0) return left;
+    const { view } = this.sheet;
+    if (view.count === 0) return left;
+    const { begin } = view.slots(this.placeAt(left), this.placeAt(left));
+    return this.plot.valToPos(view.middle(Math.min(begin, view.count - 1)), 'x');
+  }
+
+  private follow(plot: uPlot, events: PaneEvents): void {
+    const { left = -10, top = -10 } = plot.cursor;
+    const isHere = left >= 0 && top >= 0;
+    this.cursorTag.hidden = !isHere;
+    if (isHere) {
+      const value = plot.posToVal(top, 'y');
+      const digits = Math.max(this.spec.digits, this.isFirst ? this.sheet.decimals : 0);
+      this.cursorTag.textContent = shortText(value, Math.min(digits, 8));
+      this.cursorTag.style.top = `${top}px`;
+      this.cursorTag.style.left = `${this.plotWidth()}px`;
+      events.point(this.placeAt(left));
+    } else if (left < 0) {
+      events.point(undefined);
+    }
+  }
+
+  private paint(): void {
+    const { ctx, bbox } = this.plot;
+    const ratio = uPlot.pxRatio;
+    const box = {
+      left: bbox.left / ratio,
+      top: bbox.top / ratio,
+      right: (bbox.left + bbox.width) / ratio,
+      bottom: (bbox.top + bbox.height) / ratio,
+    };
+    const { theme, view } = this.sheet;
+    ctx.save();
+    ctx.scale(ratio, ratio);
+    ctx.save();
+    ctx.beginPath();
+    ctx.rect(box.left, box.top, box.right - box.left, box.bottom - box.top);
+    ctx.clip();
+    const frame = new Frame(ctx, theme, view, box, this.sight, this.values, (record) => this.sheet.shownOf(record));
+    paint(frame, this.records, this.levels);
+    ctx.restore();
+    this.paintTags(frame);
+    if (!this.isLast) frame.fill({ ...box, right: box.right + valueAxisWidth, top: box.bottom - 1 }, theme.palette.mark);
+    ctx.restore();
+  }
+
+  private paintTags(frame: Frame): void {
+    const { ctx, box } = frame;
+    for (const { value, text, color, filled } of this.tags()) {
+      const y = frame.y(value);
+      const line = Math.round(y) + 0.5;
+      const { width } = frame.measure(text, 11, filled);
+      ctx.textAlign = 'left';
+      ctx.textBaseline = 'middle';
+      ctx.fillStyle = color;
+      if (filled) {
+        const ends = [{ x: box.left, y: line }, { x: box.right, y: line }];
+        frame.line(ends, { color: withAlpha(color, 0.6), width: 1, dashes: [1, 3] });
+        ctx.beginPath();
+        ctx.roundRect(box.right + 1, y - 8, Math.min(width + 10, valueAxisWidth - 2), 16, 3);
+        ctx.fill();
+        ctx.fillStyle = inkOn(color);
+      }
+      ctx.fillText(text, box.right + 6, y + 0.5);
+    }
+  }
+}
