@@ -58,7 +58,7 @@ export class Sheet {
     const { from, to } = sight;
     if (this.marks?.from === from && this.marks.to === to && this.marks.width === width) return this.marks.marks;
     const { begin, end } = this.view.slots(from, to);
-    const keys = Array.prototype.slice.call(this.view.keys, begin, end) as number[];
+    const keys = this.view.keys.subarray(begin, end);
     const room = markRoom / ((width / (to - from)) * this.view.step);
     const marks = timeMarks(keys, room).map(({ index, text }) => ({ place: this.view.middle(begin + index), text }));
     this.marks = { from, to, width, marks };

@@ -1,7 +1,6 @@
 // What is in sight of the bars and of the script's columns: a slot per row, or per several rows
 // where more are in sight than there are pixels.
 import { columnOf, type ShapeRecord } from './records.ts';
-import type { Key } from './time.ts';
 
 /** The values of a column by slot, NaN where there is none: of a slot of several rows the least and
  * the greatest one as they follow each other, else the same array twice. */
@@ -29,7 +28,7 @@ export class View {
   readonly step: number;
   readonly count: number;
   readonly rows: number;
-  readonly keys: ArrayLike<Key>;
+  readonly keys: Float64Array;
   private readonly nothing: Track;
 
   constructor(readonly data: ViewData) {
