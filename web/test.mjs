@@ -21,4 +21,5 @@ await build({
 });
 const tests = files.map((name) => `${outdir}/${name.replace(/\.ts$/, '.mjs')}`);
 const options = ['--enable-source-maps', '--test', '--test-concurrency=1', '--test-reporter=spec'];
-process.exitCode = spawnSync(process.execPath, [...options, ...tests], { stdio: 'inherit' }).status ?? 1;
+process.exitCode =
+  spawnSync(process.execPath, [...options, ...tests], { stdio: 'inherit' }).status ?? 1;

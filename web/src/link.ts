@@ -37,7 +37,9 @@ function toBase64Url(bytes: Uint8Array): string {
 }
 
 function fromBase64Url(text: string): Uint8Array<ArrayBuffer> {
-  return Uint8Array.from(atob(text.replaceAll('-', '+').replaceAll('_', '/')), (sign) => sign.charCodeAt(0));
+  return Uint8Array.from(atob(text.replaceAll('-', '+').replaceAll('_', '/')), (sign) =>
+    sign.charCodeAt(0),
+  );
 }
 
 export async function toFragment(shared: Shared): Promise<string> {
@@ -51,8 +53,12 @@ export function isShared(value: unknown): value is Shared {
   const isNumbers =
     typeof parameters === 'object' &&
     parameters !== null &&
-    Object.values(parameters).every((number) => typeof number === 'number' && Number.isFinite(number));
-  return typeof script === 'string' && isNumbers && ['string', 'undefined'].includes(typeof security);
+    Object.values(parameters).every(
+      (number) => typeof number === 'number' && Number.isFinite(number),
+    );
+  return (
+    typeof script === 'string' && isNumbers && ['string', 'undefined'].includes(typeof security)
+  );
 }
 
 /** None for a fragment that isn't such a link, or a broken one. */

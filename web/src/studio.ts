@@ -76,14 +76,22 @@ export class Studio {
       (answer) => this.take(answer),
       (error) => this.fail(error),
     );
-    this.findings = new Findings(byId('findings', HTMLElement), (finding) => this.editor.goTo(finding));
+    this.findings = new Findings(byId('findings', HTMLElement), (finding) =>
+      this.editor.goTo(finding),
+    );
     this.sliders = new Sliders(byId('sliders', HTMLElement), {
       move: (slider, value) => this.moveSlider(slider, value),
       add: (name, value) => this.setParameter(name, value),
       remove: (name) => this.setParameter(name, undefined),
     });
-    this.tabs = new Tabs(byId('drawer', HTMLElement), byId('tabs', HTMLElement), tabs, () => this.refreshEvents());
-    this.securities = new Securities(this.tabs.panel('securities'), start.securities, (name) => void this.open({ security: name }));
+    this.tabs = new Tabs(byId('drawer', HTMLElement), byId('tabs', HTMLElement), tabs, () =>
+      this.refreshEvents(),
+    );
+    this.securities = new Securities(
+      this.tabs.panel('securities'),
+      start.securities,
+      (name) => void this.open({ security: name }),
+    );
     this.events = new Events(
       this.tabs.panel('events'),
       (row) => this.chart.showRow(row),
@@ -95,7 +103,12 @@ export class Studio {
       fail,
     });
     this.play = this.makePlay(fail);
-    this.library = new Library(byId('library', HTMLSelectElement), start, (name, text) => this.openScript(name, text), fail);
+    this.library = new Library(
+      byId('library', HTMLSelectElement),
+      start,
+      (name, text) => this.openScript(name, text),
+      fail,
+    );
     this.looks = new Looks(byId('theme', HTMLButtonElement), () => this.applyTheme());
     this.editor.setDark(this.looks.name === 'dark');
     this.bindButtons();
@@ -109,7 +122,10 @@ export class Studio {
       if (persisted) location.reload(); // its session is gone
     });
     window.addEventListener('hashchange', () => void this.openLink());
-    const first = this.start.script ?? this.start.samples.find(({ name }) => name === 'macd') ?? this.start.samples[0];
+    const first =
+      this.start.script ??
+      this.start.samples.find(({ name }) => name === 'macd') ??
+      this.start.samples[0];
     const shared = (await fromFragment(location.hash)) ?? keptDraft();
     this.scriptName = shared ? '' : (this.start.script?.name ?? '');
     this.parameters = new Map(Object.entries(shared?.parameters ?? {}));
@@ -152,7 +168,10 @@ export class Studio {
     }
     this.drawn = answer as Drawn;
     const { compile, calculate } = answer.times;
-    setText(this.times, `compiled in ${compile.toFixed(1)} ms, calculated in ${calculate.toFixed(1)} ms`);
+    setText(
+      this.times,
+      `compiled in ${compile.toFixed(1)} ms, calculated in ${calculate.toFixed(1)} ms`,
+    );
     this.tellMissing(this.drawn);
     this.chart.setRows(this.drawn.rows);
     this.load();
@@ -205,7 +224,9 @@ export class Studio {
   private draw({ view, shown }: Loaded): void {
     if (!this.drawn || !this.bars) return;
     const theme = this.themeOf(this.drawn);
-    this.chart.show(new Sheet(this.drawn, view, shown, theme, this.bars.decimals, this.bars.intraday));
+    this.chart.show(
+      new Sheet(this.drawn, view, shown, theme, this.bars.decimals, this.bars.intraday),
+    );
   }
 
   private chartIsDrawn(): void {
@@ -247,8 +268,12 @@ export class Studio {
     this.revision = bars.revision;
     this.play.reset();
     const { name, guessed } = bars.period;
-    this.period.options[0].text = guessed ? `Period: ${name}, as the bars say` : 'Period as the bars say';
-    this.securities.setCurrent(this.source && 'security' in this.source ? this.source.security : '');
+    this.period.options[0].text = guessed
+      ? `Period: ${name}, as the bars say`
+      : 'Period as the bars say';
+    this.securities.setCurrent(
+      this.source && 'security' in this.source ? this.source.security : '',
+    );
     document.title = `${bars.name} – quor studio`;
     this.chart.setBars(`${bars.name}  ${name}`, bars.rows);
     if (bars.script) this.take(bars.script);

@@ -58,7 +58,8 @@ async function sendNow(path: string, request: RequestInit): Promise<Response> {
   }
   if (response.ok) return response;
   const answer = (await response.json().catch(() => ({}))) as { error?: unknown };
-  const text = typeof answer.error === 'string' ? answer.error : `the server answers ${response.status}`;
+  const text =
+    typeof answer.error === 'string' ? answer.error : `the server answers ${response.status}`;
   throw new Refusal(text, response.status, path);
 }
 
@@ -68,20 +69,28 @@ async function get<T>(path: string): Promise<T> {
 
 async function post<T>(path: string, body: unknown = {}): Promise<T> {
   const headers = { 'Content-Type': 'application/json' };
-  return (await (await send(path, { method: 'POST', headers, body: JSON.stringify(body) })).json()) as T;
+  return (await (
+    await send(path, { method: 'POST', headers, body: JSON.stringify(body) })
+  ).json()) as T;
 }
 
 const query = (values: Record<string, string | number>): string =>
-  new URLSearchParams(Object.entries(values).map(([name, value]) => [name, String(value)])).toString();
+  new URLSearchParams(
+    Object.entries(values).map(([name, value]) => [name, String(value)]),
+  ).toString();
 
 export const readStart = (): Promise<Start> => get('/api/start');
 
 const scriptPath = (name: string): string => `/api/scripts/${encodeURIComponent(name)}`;
 
-export const readScript = (name: string): Promise<{ name: string; text: string }> => get(scriptPath(name));
+export const readScript = (name: string): Promise<{ name: string; text: string }> =>
+  get(scriptPath(name));
 
-export const saveScript = (name: string, text: string, overwrite: boolean): Promise<{ name: string }> =>
-  post(scriptPath(name), { text, overwrite });
+export const saveScript = (
+  name: string,
+  text: string,
+  overwrite: boolean,
+): Promise<{ name: string }> => post(scriptPath(name), { text, overwrite });
 
 /** The page's own bars and script on the server. */
 export class Session {

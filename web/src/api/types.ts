@@ -5,7 +5,17 @@ export type ThemeName = 'light' | 'dark';
 
 export type Palette = Readonly<
   Record<
-    'ground' | 'grid' | 'mark' | 'label' | 'ink' | 'rise' | 'fall' | 'buy' | 'sell' | 'close_out' | 'notice',
+    | 'ground'
+    | 'grid'
+    | 'mark'
+    | 'label'
+    | 'ink'
+    | 'rise'
+    | 'fall'
+    | 'buy'
+    | 'sell'
+    | 'close_out'
+    | 'notice',
     string
   >
 >;

@@ -47,7 +47,8 @@ export class Chart {
     new ResizeObserver(() => this.layOut()).observe(this.panesRoot);
     followGestures(this.panesRoot, {
       pan: (pixels) => this.setSight(panned(this.sight, -pixels / this.rowWidth, this.rows)),
-      zoom: (factor, left) => this.setSight(zoomed(this.sight, factor, this.placeAt(left), this.rows)),
+      zoom: (factor, left) =>
+        this.setSight(zoomed(this.sight, factor, this.placeAt(left), this.rows)),
       reset: () => this.setSight(newest(usualBars, this.rows)),
     });
     root.addEventListener('keydown', (event) => this.followKey(event));
@@ -77,7 +78,9 @@ export class Chart {
     const follows = this.sight.to >= Math.min(this.rows, rows);
     const by = rows - this.rows;
     this.rows = rows;
-    this.sight = follows ? keptIn({ from: this.sight.from + by, to: this.sight.to + by }, rows) : keptIn(this.sight, rows);
+    this.sight = follows
+      ? keptIn({ from: this.sight.from + by, to: this.sight.to + by }, rows)
+      : keptIn(this.sight, rows);
   }
 
   setSight(sight: Sight): void {
@@ -101,10 +104,10 @@ export class Chart {
   }
 
   show(sheet: Sheet): void {
-    const isAnother = sheet.drawn !== this.sheet?.drawn || sheet.theme !== this.sheet.theme;
+    const isAnother = sheet.drawn !== this.sheet?.drawn;
     this.sheet = sheet;
     this.exact = undefined;
-    if (isAnother) this.buildPanes(sheet);
+    if (isAnother) this.takePanes(sheet);
     this.drawNow();
     this.events.drawn(sheet);
   }
@@ -116,7 +119,10 @@ export class Chart {
   /** The chart as a picture, with its caption and legends. */
   picture(): Promise<Blob> {
     if (!this.sheet) return Promise.reject(new Error('there is no chart yet'));
-    const panes = this.panes.map((pane) => ({ canvas: pane.canvas, entries: this.entriesOf(pane) }));
+    const panes = this.panes.map((pane) => ({
+      canvas: pane.canvas,
+      entries: this.entriesOf(pane),
+    }));
     return pictureOf(this.caption.textContent, panes, this.sheet.theme);
   }
 
@@ -132,13 +138,22 @@ export class Chart {
     return this.sight.from + left / this.rowWidth;
   }
 
+  private takePanes(sheet: Sheet): void {
+    const { panes } = sheet.drawn;
+    if (panes.length === this.panes.length)
+      this.panes.forEach((pane, i) => pane.take(sheet, panes[i]));
+    else this.buildPanes(sheet);
+    this.layOut();
+  }
+
   private buildPanes(sheet: Sheet): void {
     for (const pane of this.panes) pane.destroy();
     const { panes } = sheet.drawn;
     const events = { point: (place: number | undefined) => this.point(place, false) };
-    this.panes = panes.map((spec, i) => new ChartPane(sheet, spec, i === 0, i === panes.length - 1, events));
+    this.panes = panes.map(
+      (spec, i) => new ChartPane(sheet, spec, i === 0, i === panes.length - 1, events),
+    );
     this.panesRoot.replaceChildren(...this.panes.map(({ root }) => root));
-    this.layOut();
   }
 
   private layOut(): void {
@@ -209,7 +224,7 @@ export class Chart {
 
   private entriesOf(pane: ChartPane) {
     const row = this.row ?? this.rows - 1;
-    return pane.entriesAt(row, this.valueOf(row));
+    return pane.entriesAt(this.valueOf(row));
   }
 
   private showLegends(): void {
@@ -231,7 +246,9 @@ export class Chart {
 
   /** What the crosshair shows, for a screen reader. */
   private sentence(): string {
-    const values = this.panes.flatMap((pane) => this.entriesOf(pane)).map(({ title, text }) => `${title} ${text}`);
+    const values = this.panes
+      .flatMap((pane) => this.entriesOf(pane))
+      .map(({ title, text }) => `${title} ${text}`);
     return [this.priceText(), ...values].join(', ');
   }
 
@@ -261,8 +278,10 @@ export class Chart {
   }
 
   private moveCrosshair(by: number): void {
-    const row = Math.min(Math.max((this.row ?? this.rows - 1) + (this.row === undefined ? 0 : by), 0), this.rows - 1);
+    const row = Math.min(
+      Math.max((this.row ?? this.rows - 1) + (this.row === undefined ? 0 : by), 0),
+      this.rows - 1,
+    );
     this.showRow(row);
   }
 }
-

@@ -86,7 +86,9 @@ export class Frame {
 
   /** The bars at which a record shows, at most one of each slot: the newest. */
   shown(record: ShapeRecord): Shown[] {
-    const all = this.shownOf(record).filter(({ row }) => row + 1 > this.sight.from && row < this.sight.to);
+    const all = this.shownOf(record).filter(
+      ({ row }) => row + 1 > this.sight.from && row < this.sight.to,
+    );
     if (this.slotWidth >= 1 && this.view.step === 1) return all;
     const slots = new Map(all.map((shown) => [Math.floor(shown.row / this.view.step), shown]));
     return [...slots.values()];
@@ -179,7 +181,12 @@ export class Frame {
   barBox(x: number, width: number, from: number, to: number): Box {
     const top = Math.round(Math.min(from, to));
     const left = Math.round(x - width / 2);
-    return { left, top, right: left + width, bottom: Math.max(Math.round(Math.max(from, to)), top + 1) };
+    return {
+      left,
+      top,
+      right: left + width,
+      bottom: Math.max(Math.round(Math.max(from, to)), top + 1),
+    };
   }
 
   /** Keeps texts and signs off the bars of a record, beside which they stand from now on. */
@@ -195,8 +202,14 @@ export class Frame {
   barAt(slot: number): Box | undefined {
     if (!this.bars || slot < 0 || slot >= this.view.count) return undefined;
     const isCandle = isKind(this.bars, 'CandleShape');
-    const { first: highs, second: otherHighs } = this.view.column(this.bars, isCandle ? 'HighField' : 'Field1Id');
-    const { first: lows, second: otherLows } = this.view.column(this.bars, isCandle ? 'LowField' : 'Field1Id');
+    const { first: highs, second: otherHighs } = this.view.column(
+      this.bars,
+      isCandle ? 'HighField' : 'Field1Id',
+    );
+    const { first: lows, second: otherLows } = this.view.column(
+      this.bars,
+      isCandle ? 'LowField' : 'Field1Id',
+    );
     const high = Math.max(highs[slot], otherHighs[slot]);
     const low = Math.min(lows[slot], otherLows[slot]);
     if (Number.isNaN(high + low)) return undefined;
@@ -211,8 +224,5 @@ export class Frame {
 
 /** Records that a script draws as candles of its own, which take the place of the bars. */
 export function isBars(record: ShapeRecord): boolean {
-  return (
-    record.own === false ||
-    (isKind(record, 'CandleShape') && !flagOf(record, 'IsColorKLine'))
-  );
+  return record.own === false || (isKind(record, 'CandleShape') && !flagOf(record, 'IsColorKLine'));
 }

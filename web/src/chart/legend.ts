@@ -12,21 +12,20 @@ export interface LegendEntry {
 
 function valueText(value: number, record: ShapeRecord, digits: number): string {
   const own = numberOf(record, 'Digit', -1);
-  return own >= 0 && Number.isFinite(value) ? groupedText(value, Math.min(own, 6)) : shortText(value, digits);
+  return own >= 0 && Number.isFinite(value)
+    ? groupedText(value, Math.min(own, 6))
+    : shortText(value, digits);
 }
 
 export class Legend {
   readonly root = element('dl', { class: 'legend' });
-  private readonly titled: ShapeRecord[];
-  private readonly places: { title: HTMLElement; value: HTMLElement }[];
+  private titled: ShapeRecord[] = [];
+  private places: { title: HTMLElement; value: HTMLElement }[] = [];
 
-  constructor(records: readonly ShapeRecord[]) {
+  take(records: readonly ShapeRecord[]): void {
     this.titled = records.filter((record) => textOf(record, 'title') !== '');
-    this.places = this.titled.map((record) => ({
-      title: element('dt', {}, textOf(record, 'title')),
-      value: element('dd'),
-    }));
-    this.root.append(...this.places.map(({ title, value }) => element('div', {}, title, value)));
+    if (this.places.length !== this.titled.length) this.makePlaces(this.titled.length);
+    this.titled.forEach((record, i) => setText(this.places[i].title, textOf(record, 'title')));
   }
 
   /** In pixels; 0 without titles. */
@@ -34,7 +33,7 @@ export class Legend {
     return this.titled.length > 0 ? this.root.offsetHeight + 2 : 0;
   }
 
-  entries(_row: number, digits: number, valueOf: (id: number) => number): LegendEntry[] {
+  entries(digits: number, valueOf: (id: number) => number): LegendEntry[] {
     return this.titled.map((record) => {
       const id = columnOf(record, 'Field1Id');
       const value = id === undefined ? NaN : valueOf(id);
@@ -48,5 +47,15 @@ export class Legend {
       setText(value, text);
       title.style.color = value.style.color = theme.text(brushOf(record));
     });
+  }
+
+  private makePlaces(count: number): void {
+    this.places = Array.from({ length: count }, () => ({
+      title: element('dt'),
+      value: element('dd'),
+    }));
+    this.root.replaceChildren(
+      ...this.places.map(({ title, value }) => element('div', {}, title, value)),
+    );
   }
 }

@@ -30,7 +30,8 @@ export class Loader {
   /** Sees to it that a sight can be drawn. */
   want(sight: Sight, pixels: number, rows: number, revision: number): void {
     const wanted = wantedFor(sight, pixels, rows);
-    const isThere = this.loaded?.revision === revision && serves(this.loaded.wanted, sight, wanted, rows);
+    const isThere =
+      this.loaded?.revision === revision && serves(this.loaded.wanted, sight, wanted, rows);
     if (isThere || rows === 0) return;
     this.next = { wanted, revision };
     this.working ??= this.work();

@@ -18,7 +18,9 @@ function unitOf(value: number): { size: number; sign: string } {
 /** With commas between thousands from ten thousand on. */
 export function groupedText(value: number, digits: number): string {
   const text = value.toFixed(digits);
-  return Math.abs(value) >= 1e4 && Math.abs(value) < 1e21 ? text.replace(/\B(?=(\d{3})+(?!\d))(?<!\.\d*)/g, ',') : text;
+  return Math.abs(value) >= 1e4 && Math.abs(value) < 1e21
+    ? text.replace(/\B(?=(\d{3})+(?!\d))(?<!\.\d*)/g, ',')
+    : text;
 }
 
 /** The same, millions and more by their unit. */

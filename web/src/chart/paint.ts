@@ -1,7 +1,14 @@
 // Draws the records of a pane, each by what its kind and style ask for.
 import { type Frame, isBars } from './frame.ts';
 import { drawBackground, drawCandles, drawRegion, drawSticks, drawVolume } from './paint_bars.ts';
-import { drawFigure, drawPairs, drawPolyline, drawSlopes, drawUprightLines, drawLevel } from './paint_lines.ts';
+import {
+  drawFigure,
+  drawPairs,
+  drawPolyline,
+  drawSlopes,
+  drawUprightLines,
+  drawLevel,
+} from './paint_lines.ts';
 import { drawNotice, drawPicture, drawSound, drawText, drawTrade } from './paint_marks.ts';
 import { type ShapeRecord, textOf } from './records.ts';
 

@@ -17,8 +17,8 @@ function candleBrush(record: ShapeRecord, open: number, close: number): string {
 
 export function drawCandles(frame: Frame, record: ShapeRecord): void {
   const { view, theme, barWidth } = frame;
-  const [opens, highs, lows, closes] = ['OpenField', 'HighField', 'LowField', 'CloseField'].map((key) =>
-    view.column(record, key),
+  const [opens, highs, lows, closes] = ['OpenField', 'HighField', 'LowField', 'CloseField'].map(
+    (key) => view.column(record, key),
   );
   const shows = view.marks(record);
   const isAmerican = textOf(record, 'Style') === 'American';
@@ -26,13 +26,26 @@ export function drawCandles(frame: Frame, record: ShapeRecord): void {
     const open = opens.first[slot];
     const close = closes.second[slot];
     if (!shows(slot) || Number.isNaN(open + close)) continue;
-    const high = Math.max(open, close, ...[highs.first[slot], highs.second[slot]].filter(Number.isFinite));
-    const low = Math.min(open, close, ...[lows.first[slot], lows.second[slot]].filter(Number.isFinite));
+    const high = Math.max(
+      open,
+      close,
+      ...[highs.first[slot], highs.second[slot]].filter(Number.isFinite),
+    );
+    const low = Math.min(
+      open,
+      close,
+      ...[lows.first[slot], lows.second[slot]].filter(Number.isFinite),
+    );
     const color = theme.line(candleBrush(record, open, close));
     const body = frame.barBox(frame.slotX(slot), barWidth, frame.y(open), frame.y(close));
     const middle = body.left + (barWidth - 1) / 2;
     frame.fill(
-      { left: middle, top: Math.round(frame.y(high)), right: middle + 1, bottom: Math.round(frame.y(low)) + 1 },
+      {
+        left: middle,
+        top: Math.round(frame.y(high)),
+        right: middle + 1,
+        bottom: Math.round(frame.y(low)) + 1,
+      },
       color,
     );
     if (isAmerican) {
@@ -66,7 +79,10 @@ export function drawSticks(frame: Frame, record: ShapeRecord): void {
   const zero = frame.y(0);
   const first = view.column(record, 'Field1Id');
   const second = view.column(record, 'Field2Id');
-  const each = (shows: (slot: number) => boolean, draw: (slot: number, from: number, to: number) => void) => {
+  const each = (
+    shows: (slot: number) => boolean,
+    draw: (slot: number, from: number, to: number) => void,
+  ) => {
     for (let slot = frame.begin; slot < frame.end; ++slot) {
       if (!shows(slot) && !byMark) continue;
       const ends = isColumns ? [zero] : [frame.y(second.first[slot]), frame.y(second.second[slot])];
@@ -145,7 +161,11 @@ export function drawRegion(frame: Frame, record: ShapeRecord): void {
   const second = view.column(record, 'Field2Id');
   let upper: Point[] = [];
   let lower: Point[] = [];
-  for (let slot = Math.max(frame.begin - 1, 0); slot <= Math.min(frame.end + 1, view.count); ++slot) {
+  for (
+    let slot = Math.max(frame.begin - 1, 0);
+    slot <= Math.min(frame.end + 1, view.count);
+    ++slot
+  ) {
     const values = [first.first[slot], first.second[slot], second.first[slot], second.second[slot]];
     const x = frame.slotX(slot);
     if (slot < view.count && shows(slot) && !values.some(Number.isNaN)) {

@@ -9,7 +9,13 @@ export function drawLevel(frame: Frame, record: ShapeRecord, value: number): voi
   const y = Math.round(frame.y(value)) + 0.5;
   const stroke = frame.strokeOf(record);
   const dashes = stroke.dashes.length ? stroke.dashes : [4, 3];
-  frame.line([{ x: left, y }, { x: right, y }], { ...stroke, width: Math.max(stroke.width - 0.4, 1), dashes });
+  frame.line(
+    [
+      { x: left, y },
+      { x: right, y },
+    ],
+    { ...stroke, width: Math.max(stroke.width - 0.4, 1), dashes },
+  );
 }
 
 export function drawPolyline(frame: Frame, record: ShapeRecord): void {
@@ -23,7 +29,11 @@ export function drawPolyline(frame: Frame, record: ShapeRecord): void {
   let color = stroke.color;
   let run: Point[] = [];
   // A slot on each side, so that the line reaches the edges.
-  for (let slot = Math.max(frame.begin - 1, 0); slot < Math.min(frame.end + 1, view.count); ++slot) {
+  for (
+    let slot = Math.max(frame.begin - 1, 0);
+    slot < Math.min(frame.end + 1, view.count);
+    ++slot
+  ) {
     const isShown = shows(slot);
     if (Number.isNaN(second[slot]) || !(isShown || hasBothColours)) {
       if (isContinuous) continue;
@@ -57,7 +67,13 @@ function segment(frame: Frame, one: Point, other: Point, expansion: number, stro
   const left = expansion & 2 ? Math.min(frame.box.left, from.x) : from.x;
   const right = expansion & 1 ? Math.max(frame.box.right, to.x) : to.x;
   if (right < frame.box.left || left > frame.box.right) return;
-  frame.line([{ x: left, y: y(left) }, { x: right, y: y(right) }], stroke);
+  frame.line(
+    [
+      { x: left, y: y(left) },
+      { x: right, y: y(right) },
+    ],
+    stroke,
+  );
 }
 
 export function drawUprightLines(frame: Frame, record: ShapeRecord): void {
@@ -65,7 +81,13 @@ export function drawUprightLines(frame: Frame, record: ShapeRecord): void {
   const stroke = frame.strokeOf(record);
   for (const slot of frame.slotsThatHold(record, 'Field1VisibleId')) {
     const x = Math.round(frame.slotX(slot)) + 0.5;
-    frame.line([{ x, y: top }, { x, y: bottom }], stroke);
+    frame.line(
+      [
+        { x, y: top },
+        { x, y: bottom },
+      ],
+      stroke,
+    );
   }
 }
 
@@ -78,7 +100,13 @@ export function drawSlopes(frame: Frame, record: ShapeRecord): void {
     if (Number.isNaN(price + length)) continue;
     const start = { x: frame.rowX(row), y: frame.y(price) };
     const rise = frame.y(length * numberOf(record, 'Slope')) - frame.y(0);
-    segment(frame, start, { x: start.x + length * frame.rowWidth, y: start.y + rise }, expansion, stroke);
+    segment(
+      frame,
+      start,
+      { x: start.x + length * frame.rowWidth, y: start.y + rise },
+      expansion,
+      stroke,
+    );
   }
 }
 
@@ -98,7 +126,9 @@ export function drawPairs(frame: Frame, record: ShapeRecord): void {
     const start = endPoint(shown, 'Field1Id', 'HorizontalOffset1FieldId');
     const end = endPoint(shown, 'Field2Id', 'HorizontalOffset2FieldId');
     const begins = shown.first !== 0 && Number.isFinite(start.y);
-    const ends = hasSecondMark ? shown.second === 1 && Number.isFinite(end.y) : begins && Number.isFinite(end.y);
+    const ends = hasSecondMark
+      ? shown.second === 1 && Number.isFinite(end.y)
+      : begins && Number.isFinite(end.y);
     const isWhole = begins && ends && (!hasSecondMark || start.x !== end.x);
     if (isWhole) segment(frame, start, end, expansion, stroke);
     else if (ends && open) segment(frame, open, end, expansion, stroke);
@@ -138,7 +168,13 @@ export function drawFigure(frame: Frame, record: ShapeRecord): void {
   const { top, right, bottom } = frame.box;
   const level = (left: number, y: number, name: string) => {
     if (y < top || y > bottom) return;
-    frame.line([{ x: left, y }, { x: right, y }], stroke);
+    frame.line(
+      [
+        { x: left, y },
+        { x: right, y },
+      ],
+      stroke,
+    );
     if (!name) return;
     const { width } = frame.measure(name, 10);
     const box = { left: right - width - 3, top: y - 12, right: right - 3, bottom: y };

@@ -23,7 +23,9 @@ const tradeWords: ReadonlyMap<string, Side> = new Map([
 
 /** The word of a statement such as "CROSS(C,MA5),BK(2)": the last piece between commas that is one. */
 export function tradeWord(statement: string): string {
-  const pieces = statement.split(',').map((piece) => piece.toUpperCase().replaceAll(' ', '').split('(')[0]);
+  const pieces = statement
+    .split(',')
+    .map((piece) => piece.toUpperCase().replaceAll(' ', '').split('(')[0]);
   return pieces.reverse().find((piece) => tradeWords.has(piece)) ?? 'CLOSEOUT';
 }
 
@@ -44,7 +46,13 @@ interface Label {
 
 /** Writes a text near a point of a row, beside the bar and other texts; nowhere if there is no
  * room. The anchor is the share of the text that lies before the point. */
-function label(frame: Frame, row: number, point: Point, anchor: [number, number], what: Label): void {
+function label(
+  frame: Frame,
+  row: number,
+  point: Point,
+  anchor: [number, number],
+  what: Label,
+): void {
   const margin = what.framed ? 4 : 1;
   const size = frame.measure(what.text, what.size, what.bold);
   const height = size.height + 2 * (margin - 1);
@@ -71,7 +79,8 @@ function label(frame: Frame, row: number, point: Point, anchor: [number, number]
   frame.write(what.text, place, what.color, !what.framed);
 }
 
-const fontSize = (record: ShapeRecord) => Math.min(Math.max(numberOf(record, 'FontSize', 14), 8), 30);
+const fontSize = (record: ShapeRecord) =>
+  Math.min(Math.max(numberOf(record, 'FontSize', 14), 8), 30);
 
 /** The dots of a line: neither moved nor left out. */
 function drawDots(frame: Frame, record: ShapeRecord, isFilled: boolean): void {
@@ -90,7 +99,8 @@ function drawDots(frame: Frame, record: ShapeRecord, isFilled: boolean): void {
 }
 
 export function drawText(frame: Frame, record: ShapeRecord): void {
-  const isCentred = numberOf(record, 'HorizontalAlign') === 1 && numberOf(record, 'VerticalAlign') === 1;
+  const isCentred =
+    numberOf(record, 'HorizontalAlign') === 1 && numberOf(record, 'VerticalAlign') === 1;
   const sign = textOf(record, 'Text');
   if (isCentred && (sign === '●' || sign === 'O')) return drawDots(frame, record, sign !== 'O');
   const share = (key: string) => Math.min(Math.max(numberOf(record, key, 1) / 2, 0), 1);
@@ -119,13 +129,19 @@ export function drawPicture(frame: Frame, record: ShapeRecord): void {
   if (flagOf(record, 'IsLastCandle')) {
     if (frame.allShown(record).length === 0) return;
     frame.measure(name, 40, true);
-    frame.write(name, { ...box, top: box.bottom - 64, bottom: box.bottom - 12 }, withAlpha(theme.palette.label, 0.25), false);
+    frame.write(
+      name,
+      { ...box, top: box.bottom - 64, bottom: box.bottom - 12 },
+      withAlpha(theme.palette.label, 0.25),
+      false,
+    );
     return;
   }
   const what = { text: name, size: 10, color: theme.palette.label, framed: true };
   for (const { row, values } of frame.shown(record)) {
     const price = values.Field1Id;
-    if (typeof price === 'number') label(frame, row, { x: frame.rowX(row), y: frame.y(price) }, [0.5, 0.5], what);
+    if (typeof price === 'number')
+      label(frame, row, { x: frame.rowX(row), y: frame.y(price) }, [0.5, 0.5], what);
   }
 }
 
@@ -135,7 +151,14 @@ export function drawNotice(frame: Frame, record: ShapeRecord): void {
   const half = Math.min(Math.max(frame.slotWidth * 0.6, 1.5), 4.5);
   for (const slot of frame.slotsThatHold(record, 'Field1Id')) {
     const x = frame.slotX(slot);
-    frame.area([{ x, y: y - 2 * half }, { x: x - half, y }, { x: x + half, y }], frame.theme.palette.notice);
+    frame.area(
+      [
+        { x, y: y - 2 * half },
+        { x: x - half, y },
+        { x: x + half, y },
+      ],
+      frame.theme.palette.notice,
+    );
   }
 }
 
@@ -145,7 +168,14 @@ export function drawSound(frame: Frame, record: ShapeRecord): void {
   for (const slot of frame.slotsThatHold(record, 'Field1VisibleId')) {
     const x = frame.slotX(slot);
     const y = frame.box.top + 11;
-    frame.line([{ x: x + 1.5, y }, { x: x + 1.5, y: y - 8 }, { x: x + 4.5, y: y - 6 }], { color, width: 1.2, dashes: [] });
+    frame.line(
+      [
+        { x: x + 1.5, y },
+        { x: x + 1.5, y: y - 8 },
+        { x: x + 4.5, y: y - 6 },
+      ],
+      { color, width: 1.2, dashes: [] },
+    );
     frame.ctx.beginPath();
     frame.ctx.ellipse(x - 0.5, y, 2.2, 1.7, 0, 0, 2 * Math.PI);
     frame.ctx.fillStyle = color;
@@ -168,7 +198,12 @@ export function drawTrade(frame: Frame, record: ShapeRecord): void {
 
 /** The sign stands at the bar, buying points up from below it, selling down from above it, closing
  * all is a square above; the word beyond it. */
-function drawSign(frame: Frame, x: number, bar: Box, sign: { text: string; color: string; side: Side }): void {
+function drawSign(
+  frame: Frame,
+  x: number,
+  bar: Box,
+  sign: { text: string; color: string; side: Side },
+): void {
   const half = 5;
   const height = 9;
   const pointsUp = sign.side === 'buy';
@@ -183,13 +218,23 @@ function drawSign(frame: Frame, x: number, bar: Box, sign: { text: string; color
   const foot = pointsUp ? place.bottom : place.top;
   const peak = pointsUp ? place.top : place.bottom;
   if (sign.side === 'none') {
-    frame.fill({ left: middle - 4, top: place.top, right: middle + 4, bottom: place.bottom - 1 }, sign.color);
+    frame.fill(
+      { left: middle - 4, top: place.top, right: middle + 4, bottom: place.bottom - 1 },
+      sign.color,
+    );
   } else {
-    const corners = [{ x: middle, y: peak }, { x: place.left - 0.5, y: foot }, { x: place.right + 0.5, y: foot }];
+    const corners = [
+      { x: middle, y: peak },
+      { x: place.left - 0.5, y: foot },
+      { x: place.right + 0.5, y: foot },
+    ];
     frame.area(corners, sign.color);
   }
   const size = frame.measure(sign.text, 10, true);
-  const word = boxAround(middle, foot + (pointsUp ? 1 : -1), size.width + 7, 14, [0.5, pointsUp ? 0 : 1]);
+  const word = boxAround(middle, foot + (pointsUp ? 1 : -1), size.width + 7, 14, [
+    0.5,
+    pointsUp ? 0 : 1,
+  ]);
   const tag = frame.placement.place(word, !pointsUp, { ahead: 24, sideways: true });
   if (!tag) return;
   frame.ctx.beginPath();

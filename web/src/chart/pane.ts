@@ -29,29 +29,35 @@ interface Tag {
 }
 
 export class ChartPane {
-  readonly root: HTMLElement;
-  readonly legend: Legend;
+  readonly root = element('div', { class: 'pane' });
+  readonly legend = new Legend();
   private readonly plot: uPlot;
-  private readonly records: readonly ShapeRecord[];
-  private readonly levels: ReadonlyMap<ShapeRecord, number>;
   private readonly cursorTag = element('div', { class: 'cursor-tag', 'aria-hidden': 'true' });
+  private records: readonly ShapeRecord[] = [];
+  private levels: ReadonlyMap<ShapeRecord, number> = new Map();
   private sight: Sight = { from: 0, to: 1 };
   private values = { low: 0, high: 1 };
 
   constructor(
     private sheet: Sheet,
-    readonly spec: PaneSpec,
+    public spec: PaneSpec,
     private readonly isFirst: boolean,
     private readonly isLast: boolean,
     events: PaneEvents,
   ) {
-    const { records } = sheet.drawn;
-    this.records = spec.records.map((index) => records[index]);
-    this.levels = new Map(spec.levels.map(({ record, value }) => [records[record], value]));
-    this.legend = new Legend(this.records);
-    this.root = element('div', { class: 'pane' });
+    this.take(sheet, spec);
     this.plot = new uPlot(this.options(events), this.ends(), this.root);
     this.root.append(this.legend.root, this.cursorTag);
+  }
+
+  /** Other records take the place of those before. */
+  take(sheet: Sheet, spec: PaneSpec): void {
+    const { records } = sheet.drawn;
+    this.sheet = sheet;
+    this.spec = spec;
+    this.records = spec.records.map((index) => records[index]);
+    this.levels = new Map(spec.levels.map(({ record, value }) => [records[record], value]));
+    this.legend.take(this.records);
   }
 
   destroy(): void {
@@ -69,7 +75,8 @@ export class ChartPane {
   }
 
   resize(width: number, height: number): void {
-    if (this.plot.width !== width || this.plot.height !== height) this.plot.setSize({ width, height });
+    if (this.plot.width !== width || this.plot.height !== height)
+      this.plot.setSize({ width, height });
   }
 
   draw(sheet: Sheet, sight: Sight): void {
@@ -93,13 +100,16 @@ export class ChartPane {
   /** Moves the crosshair to a place on the time axis; away without one. */
   setCrosshair(place: number | undefined): void {
     const left = place === undefined ? -10 : this.plot.valToPos(place, 'x');
-    this.plot.setCursor({ left, top: place === undefined ? -10 : (this.plot.cursor.top ?? -10) }, false);
+    this.plot.setCursor(
+      { left, top: place === undefined ? -10 : (this.plot.cursor.top ?? -10) },
+      false,
+    );
     if (place === undefined) this.cursorTag.hidden = true;
   }
 
-  /** What the legend shows at a row. */
-  entriesAt(row: number, valueOf: (id: number) => number): LegendEntry[] {
-    return this.legend.entries(row, this.spec.digits, valueOf);
+  /** What the legend shows of the values at a bar. */
+  entriesAt(valueOf: (id: number) => number): LegendEntry[] {
+    return this.legend.entries(this.spec.digits, valueOf);
   }
 
   /** Figures count with the anchors that are in sight. */
@@ -129,8 +139,9 @@ export class ChartPane {
   }
 
   private options(events: PaneEvents): uPlot.Options {
-    const { palette } = this.sheet.theme;
-    const axis = { stroke: palette.label, font: axisFont, ticks: { show: false } };
+    const grid = { stroke: () => this.sheet.theme.palette.grid, width: 1 };
+    const stroke = () => this.sheet.theme.palette.label;
+    const axis = { stroke, font: axisFont, gap: 4, grid, ticks: { show: false } };
     return {
       width: 300,
       height: 100,
@@ -151,17 +162,17 @@ export class ChartPane {
         {
           ...axis,
           size: this.isLast ? timeAxisHeight : 0,
-          gap: 4,
-          grid: { stroke: palette.grid, width: 1 },
-          splits: () => this.sheet.timeMarks(this.sight, this.plotWidth()).map(({ place }) => place),
-          values: () => (this.isLast ? this.sheet.timeMarks(this.sight, this.plotWidth()).map(({ text }) => text) : []),
+          splits: () =>
+            this.sheet.timeMarks(this.sight, this.plotWidth()).map(({ place }) => place),
+          values: () =>
+            this.isLast
+              ? this.sheet.timeMarks(this.sight, this.plotWidth()).map(({ text }) => text)
+              : [],
         },
         {
           ...axis,
           side: 1,
           size: valueAxisWidth,
-          gap: 4,
-          grid: { stroke: palette.grid, width: 1 },
           splits: () => this.ticks().values,
           values: (_plot, values) => this.tickTexts(values),
         },
@@ -196,7 +207,9 @@ export class ChartPane {
     const y = (value: number) => this.plot.valToPos(value, 'y');
     const reach = Math.max(Math.abs(low), Math.abs(high));
     return values.map((value) =>
-      tags.some((tag) => Math.abs(y(tag.value) - y(value)) < 15) ? '' : tickText(value, step, reach),
+      tags.some((tag) => Math.abs(y(tag.value) - y(value)) < 15)
+        ? ''
+        : tickText(value, step, reach),
     );
   }
 
@@ -205,7 +218,12 @@ export class ChartPane {
     const tags: Tag[] = [];
     if (this.isFirst && Number.isFinite(newestClose)) {
       const color = newestClose < closeBefore ? theme.palette.fall : theme.palette.rise;
-      tags.push({ value: newestClose, text: shortText(newestClose, decimals), color, filled: true });
+      tags.push({
+        value: newestClose,
+        text: shortText(newestClose, decimals),
+        color,
+        filled: true,
+      });
     }
     for (const [record, value] of this.levels) {
       const text = shortText(value, Number.isInteger(value) ? 0 : this.spec.digits);
@@ -255,11 +273,17 @@ export class ChartPane {
     ctx.beginPath();
     ctx.rect(box.left, box.top, box.right - box.left, box.bottom - box.top);
     ctx.clip();
-    const frame = new Frame(ctx, theme, view, box, this.sight, this.values, (record) => this.sheet.shownOf(record));
+    const frame = new Frame(ctx, theme, view, box, this.sight, this.values, (record) =>
+      this.sheet.shownOf(record),
+    );
     paint(frame, this.records, this.levels);
     ctx.restore();
     this.paintTags(frame);
-    if (!this.isLast) frame.fill({ ...box, right: box.right + valueAxisWidth, top: box.bottom - 1 }, theme.palette.mark);
+    if (!this.isLast)
+      frame.fill(
+        { ...box, right: box.right + valueAxisWidth, top: box.bottom - 1 },
+        theme.palette.mark,
+      );
     ctx.restore();
   }
 
@@ -273,7 +297,10 @@ export class ChartPane {
       ctx.textBaseline = 'middle';
       ctx.fillStyle = color;
       if (filled) {
-        const ends = [{ x: box.left, y: line }, { x: box.right, y: line }];
+        const ends = [
+          { x: box.left, y: line },
+          { x: box.right, y: line },
+        ];
         frame.line(ends, { color: withAlpha(color, 0.6), width: 1, dashes: [1, 3] });
         ctx.beginPath();
         ctx.roundRect(box.right + 1, y - 8, Math.min(width + 10, valueAxisWidth - 2), 16, 3);

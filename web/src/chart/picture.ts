@@ -13,7 +13,11 @@ const margin = 12;
 const captionHeight = 30;
 
 /** Puts the canvases of the panes under a caption and writes their legends over them. */
-export function pictureOf(caption: string, panes: readonly PanePicture[], theme: Theme): Promise<Blob> {
+export function pictureOf(
+  caption: string,
+  panes: readonly PanePicture[],
+  theme: Theme,
+): Promise<Blob> {
   const ratio = window.devicePixelRatio || 1;
   const width = Math.max(...panes.map(({ canvas }) => canvas.width)) / ratio;
   const height = panes.reduce((sum, { canvas }) => sum + canvas.height / ratio, 0);
@@ -37,7 +41,10 @@ export function pictureOf(caption: string, panes: readonly PanePicture[], theme:
     top += canvas.height / ratio;
   }
   return new Promise((resolve, reject) =>
-    sheet.toBlob((blob) => (blob ? resolve(blob) : reject(new Error("the browser can't make the picture"))), 'image/png'),
+    sheet.toBlob(
+      (blob) => (blob ? resolve(blob) : reject(new Error("the browser can't make the picture"))),
+      'image/png',
+    ),
   );
 }
 

@@ -28,7 +28,10 @@ export function moved(box: Box, x: number, y: number): Box {
 
 export function meets(one: Box, other: Box): boolean {
   return (
-    one.left < other.right && other.left < one.right && one.top < other.bottom && other.top < one.bottom
+    one.left < other.right &&
+    other.left < one.right &&
+    one.top < other.bottom &&
+    other.top < one.bottom
   );
 }
 
@@ -55,7 +58,8 @@ export class Placement {
   }
 
   occupy(box: Box): void {
-    for (let i = this.stripOf(box.left); i <= this.stripOf(box.right); ++i) this.strips[i].push(box);
+    for (let i = this.stripOf(box.left); i <= this.stripOf(box.right); ++i)
+      this.strips[i].push(box);
   }
 
   isFree(box: Box): boolean {
@@ -78,7 +82,12 @@ export class Placement {
     return box;
   }
 
-  private search(wanted: Box, direction: number, reach: number, sideways: boolean): Box | undefined {
+  private search(
+    wanted: Box,
+    direction: number,
+    reach: number,
+    sideways: boolean,
+  ): Box | undefined {
     const half = Math.floor((wanted.right - wanted.left) / 2);
     for (let way = 0; way <= reach; way += step) {
       for (const aside of sideways && way >= firstAside ? [0, -half, half] : [0]) {

@@ -24,7 +24,12 @@ export class Range {
     if (value > this.high) this.high = value;
   }
 
-  takeTrack({ first, second }: Track, shows: (slot: number) => boolean, begin: number, end: number): void {
+  takeTrack(
+    { first, second }: Track,
+    shows: (slot: number) => boolean,
+    begin: number,
+    end: number,
+  ): void {
     for (let slot = begin; slot < end; ++slot) {
       if (!shows(slot)) continue;
       this.take(first[slot]);
@@ -47,10 +52,19 @@ const withoutValue = new Set(['NoticeShape', 'FuturesTradeShape', 'SoundShape', 
 
 /** Some records show at every bar, and their marks choose how. */
 function showsAlways(record: ShapeRecord): boolean {
-  return ['ColorPolyline', 'DoubleRect'].includes(textOf(record, 'Style')) || flagOf(record, 'IsVolStick');
+  return (
+    ['ColorPolyline', 'DoubleRect'].includes(textOf(record, 'Style')) ||
+    flagOf(record, 'IsVolStick')
+  );
 }
 
-function takeRecord(range: Range, record: ShapeRecord, view: View, begin: number, end: number): void {
+function takeRecord(
+  range: Range,
+  record: ShapeRecord,
+  view: View,
+  begin: number,
+  end: number,
+): void {
   if (withoutValue.has(textOf(record, 'ShapeName')) || isFigure(record)) return;
   if (textOf(record, 'Style') === 'DoubleRect' || isKind(record, 'VolumeShape')) range.take(0);
   for (const [key, ownMark] of places) {

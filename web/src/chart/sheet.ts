@@ -56,11 +56,15 @@ export class Sheet {
 
   timeMarks(sight: Sight, width: number): PlacedMark[] {
     const { from, to } = sight;
-    if (this.marks?.from === from && this.marks.to === to && this.marks.width === width) return this.marks.marks;
+    if (this.marks?.from === from && this.marks.to === to && this.marks.width === width)
+      return this.marks.marks;
     const { begin, end } = this.view.slots(from, to);
     const keys = this.view.keys.subarray(begin, end);
     const room = markRoom / ((width / (to - from)) * this.view.step);
-    const marks = timeMarks(keys, room).map(({ index, text }) => ({ place: this.view.middle(begin + index), text }));
+    const marks = timeMarks(keys, room).map(({ index, text }) => ({
+      place: this.view.middle(begin + index),
+      text,
+    }));
     this.marks = { from, to, width, marks };
     return marks;
   }

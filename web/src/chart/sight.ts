@@ -13,7 +13,10 @@ const spanOf = ({ from, to }: Sight): number => to - from;
 /** The nearest sight that shows bars, and not more empty room than there may be. */
 export function keptIn(sight: Sight, rows: number): Sight {
   const most = rows / (1 - roomBehind) + 1;
-  const span = Math.min(Math.max(spanOf(sight), Math.min(fewestBars, most)), Math.max(most, fewestBars));
+  const span = Math.min(
+    Math.max(spanOf(sight), Math.min(fewestBars, most)),
+    Math.max(most, fewestBars),
+  );
   const last = rows + roomBehind * span;
   const from = Math.min(Math.max(sight.from, Math.min(0, last - span)), Math.max(last - span, 0));
   return { from, to: from + span };
@@ -54,7 +57,11 @@ export interface Wanted {
 function stepFor(rowsPerPixel: number): number {
   if (rowsPerPixel <= 1) return 1;
   const power = 2 ** Math.floor(Math.log2(rowsPerPixel));
-  return rowsPerPixel <= power ? power : rowsPerPixel <= 1.5 * power && power > 1 ? 1.5 * power : 2 * power;
+  return rowsPerPixel <= power
+    ? power
+    : rowsPerPixel <= 1.5 * power && power > 1
+      ? 1.5 * power
+      : 2 * power;
 }
 
 export function wantedFor(sight: Sight, pixels: number, rows: number): Wanted {

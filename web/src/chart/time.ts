@@ -32,7 +32,8 @@ function momentOf(key: Key): Moment {
 }
 
 const monthNumber = ({ year, month }: Moment) => year * 12 + month - 1;
-const dayNumber = ({ year, month, day }: Moment) => Math.floor(Date.UTC(year, month - 1, day) / 864e5);
+const dayNumber = ({ year, month, day }: Moment) =>
+  Math.floor(Date.UTC(year, month - 1, day) / 864e5);
 const minuteNumber = (at: Moment) => dayNumber(at) * 1440 + at.minute;
 
 type Name = 'year' | 'month' | 'day' | 'time';
@@ -60,7 +61,8 @@ const monthText = ({ month }: Moment) => months[Math.min(Math.max(month, 1), 12)
 
 function textOf(at: Moment, name: Name, intraday: boolean): string {
   if (name === 'year') return String(at.year);
-  if (name === 'time') return `${twoDigits(Math.floor(at.minute / 60))}:${twoDigits(at.minute % 60)}`;
+  if (name === 'time')
+    return `${twoDigits(Math.floor(at.minute / 60))}:${twoDigits(at.minute % 60)}`;
   if (intraday) return `${monthText(at)} ${at.day}`;
   return name === 'month' ? monthText(at) : String(at.day);
 }

@@ -52,7 +52,11 @@ export class Editor {
         highlightSelectionMatches(),
         EditorState.allowMultipleSelections.of(true),
         EditorState.lineSeparator.of('\n'),
-        EditorView.contentAttributes.of({ 'aria-label': 'Script', spellcheck: 'false', autocapitalize: 'off' }),
+        EditorView.contentAttributes.of({
+          'aria-label': 'Script',
+          spellcheck: 'false',
+          autocapitalize: 'off',
+        }),
         // Tab leaves the editor, as everywhere on the page.
         keymap.of([
           ...closeBracketsKeymap,
@@ -118,7 +122,11 @@ export class Editor {
   /** Puts the cursor at a finding of the text that was taken last. */
   goTo(finding: Finding): void {
     const place = this.placeOf(finding);
-    if (place) this.view.dispatch({ selection: { anchor: place.from, head: place.to }, scrollIntoView: true });
+    if (place)
+      this.view.dispatch({
+        selection: { anchor: place.from, head: place.to },
+        scrollIntoView: true,
+      });
     this.focus();
   }
 
@@ -156,7 +164,9 @@ export class Editor {
     const place = this.mapped(from, to, 1);
     if (place.to > place.from) return place;
     const { length } = this.view.state.doc;
-    return place.from < length ? { from: place.from, to: place.from + 1 } : { from: Math.max(length - 1, 0), to: length };
+    return place.from < length
+      ? { from: place.from, to: place.from + 1 }
+      : { from: Math.max(length - 1, 0), to: length };
   }
 }
 

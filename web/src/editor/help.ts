@@ -35,8 +35,12 @@ export function helpOn(word: Word): HTMLElement {
 function templateOf({ word, form }: Word): string {
   const call = /^(\w+)\(([^()]*)\)$/.exec(form.split(/\s/)[0]);
   if (!call || call[1] !== word) return word;
-  const fields = call[2].split(',').filter((argument) => /^[\w' .]+$/.test(argument) && !argument.includes('...'));
-  return fields.length > 0 ? `${word}(${fields.map((field) => `\${${field}}`).join(',')})` : `${word}(\${})`;
+  const fields = call[2]
+    .split(',')
+    .filter((argument) => /^[\w' .]+$/.test(argument) && !argument.includes('...'));
+  return fields.length > 0
+    ? `${word}(${fields.map((field) => `\${${field}}`).join(',')})`
+    : `${word}(\${})`;
 }
 
 function completionOf(word: Word): Completion {
@@ -53,7 +57,9 @@ function completionOf(word: Word): Completion {
 /** The names that a script defines. */
 function namesOf(script: string, except: ReadonlySet<string>): Completion[] {
   const names = new Set([...script.matchAll(definition)].map((found) => found[1].toUpperCase()));
-  return [...names].filter((name) => !except.has(name)).map((label) => ({ label, type: 'name', boost: 1 }));
+  return [...names]
+    .filter((name) => !except.has(name))
+    .map((label) => ({ label, type: 'name', boost: 1 }));
 }
 
 /** The word that reaches up to a place, unless it stands in a comment or a text. */
@@ -82,5 +88,8 @@ export function wordHelp(words: readonly Word[]): Extension {
     }
     return null;
   });
-  return [autocompletion({ override: [source(words)], icons: false, maxRenderedOptions: 250 }), tooltip];
+  return [
+    autocompletion({ override: [source(words)], icons: false, maxRenderedOptions: 250 }),
+    tooltip,
+  ];
 }

@@ -1,5 +1,10 @@
 // The colours of the script language.
-import { HighlightStyle, StreamLanguage, type StreamParser, syntaxHighlighting } from '@codemirror/language';
+import {
+  HighlightStyle,
+  StreamLanguage,
+  type StreamParser,
+  syntaxHighlighting,
+} from '@codemirror/language';
 import type { Extension } from '@codemirror/state';
 import { tags } from '@lezer/highlight';
 
@@ -15,7 +20,8 @@ interface State {
   inStyles: boolean;
 }
 
-const styleWord = /^(COLOR\w*|LINETHICK\d*|(?:DOT|DASH|POINTDOT)\w*|\w*STICK|CIRCLEDOT|CROSSDOT|NOTEXT|NODRAW|[HV]?ALIGN\d|FONTSIZE\d+|PRECIS\d|SOLIDLINE|SOUND|NOTICE|ICON)$/;
+const styleWord =
+  /^(COLOR\w*|LINETHICK\d*|(?:DOT|DASH|POINTDOT)\w*|\w*STICK|CIRCLEDOT|CROSSDOT|NOTEXT|NODRAW|[HV]?ALIGN\d|FONTSIZE\d+|PRECIS\d|SOLIDLINE|SOUND|NOTICE|ICON)$/;
 const wordPattern = /^[\p{L}_][\p{L}\p{N}_]*/u;
 
 const begin = (): State => ({ open: undefined, isFresh: true, depth: 0, inStyles: false });

@@ -16,7 +16,10 @@ const sideOf: Readonly<Record<string, string>> = {
 };
 
 export class Events {
-  private readonly list = element('ol', { class: 'event-list', 'aria-label': 'Notices and signals' });
+  private readonly list = element('ol', {
+    class: 'event-list',
+    'aria-label': 'Notices and signals',
+  });
   private readonly head = element('p', { class: 'hint', role: 'status' });
   private readonly items = new Map<string, { root: HTMLElement; event: Fired }>();
 
@@ -39,7 +42,14 @@ export class Events {
     this.clear('');
     for (const event of events) this.put(event);
     const isCut = count > events.length;
-    this.tell(count === 0 ? 'No notices or signals' : isCut ? `The newest ${events.length} of ${count}` : '', count);
+    this.tell(
+      count === 0
+        ? 'No notices or signals'
+        : isCut
+          ? `The newest ${events.length} of ${count}`
+          : '',
+      count,
+    );
   }
 
   /** An event of a bar that is forming gives way to the same one of a later tick. */
@@ -75,7 +85,11 @@ export class Events {
       'button',
       { type: 'button', class: isForming ? 'forming' : undefined },
       element('span', { class: 'time' }, text),
-      element('span', { class: `word ${sideOf[word] ?? 'close-out'}` }, quantity === null ? word : `${word} ${quantity}`),
+      element(
+        'span',
+        { class: `word ${sideOf[word] ?? 'close-out'}` },
+        quantity === null ? word : `${word} ${quantity}`,
+      ),
       element('span', { class: 'name' }, name),
       isForming ? element('span', { class: 'hint' }, 'forming') : undefined,
     );

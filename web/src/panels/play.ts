@@ -20,11 +20,21 @@ type Phase = 'idle' | 'paused' | 'running';
 const speeds = [1, 2, 4, 8, 16, 32, 64];
 
 export class Play {
-  private readonly toggle = element('button', { type: 'button', class: 'primary', id: 'play-toggle' }, 'Play');
+  private readonly toggle = element(
+    'button',
+    { type: 'button', class: 'primary', id: 'play-toggle' },
+    'Play',
+  );
   private readonly stepButton = element('button', { type: 'button', id: 'play-step' }, 'Step');
   private readonly stopButton = element('button', { type: 'button', id: 'play-stop' }, 'Stop');
   private readonly speed = element('input', {
-    type: 'range', min: 0, max: speeds.length - 1, step: 1, value: 2, id: 'play-speed', 'aria-label': 'Speed',
+    type: 'range',
+    min: 0,
+    max: speeds.length - 1,
+    step: 1,
+    value: 2,
+    id: 'play-speed',
+    'aria-label': 'Speed',
   });
   private readonly speedText = element('span', { class: 'hint' });
   private readonly ticks = element('select', { id: 'play-ticks', 'aria-label': 'How a bar forms' });
@@ -38,7 +48,11 @@ export class Play {
     private readonly session: Session,
     private readonly events: PlayEvents,
   ) {
-    for (const [count, text] of [[4, 'in 4 ticks'], [1, 'at once'], [16, 'in 16 ticks']] as const) {
+    for (const [count, text] of [
+      [4, 'in 4 ticks'],
+      [1, 'at once'],
+      [16, 'in 16 ticks'],
+    ] as const) {
       this.ticks.append(element('option', { value: count }, `bars form ${text}`));
     }
     const speedLabel = element('label', { class: 'speed' }, 'Speed', this.speed, this.speedText);

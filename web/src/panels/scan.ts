@@ -16,11 +16,27 @@ const pollEvery = 120;
 
 export class Scan {
   private readonly where = element('input', {
-    type: 'text', id: 'scan-where', placeholder: 'condition, e.g. DIF>0', 'aria-label': 'Condition of the newest bar', maxlength: 500,
+    type: 'text',
+    id: 'scan-where',
+    placeholder: 'condition, e.g. DIF>0',
+    'aria-label': 'Condition of the newest bar',
+    maxlength: 500,
   });
-  private readonly start = element('button', { type: 'button', class: 'primary', id: 'scan-start' }, 'Scan');
-  private readonly cancel = element('button', { type: 'button', id: 'scan-cancel', disabled: true }, 'Cancel');
-  private readonly progress = element('progress', { max: 1, value: 0, 'aria-label': 'Files scanned' });
+  private readonly start = element(
+    'button',
+    { type: 'button', class: 'primary', id: 'scan-start' },
+    'Scan',
+  );
+  private readonly cancel = element(
+    'button',
+    { type: 'button', id: 'scan-cancel', disabled: true },
+    'Cancel',
+  );
+  private readonly progress = element('progress', {
+    max: 1,
+    value: 0,
+    'aria-label': 'Files scanned',
+  });
   private readonly state = element('span', { class: 'hint', role: 'status', id: 'scan-state' });
   private readonly table = element('table', { class: 'scan-table' });
   private readonly failures = element('ul', { class: 'failure-list' });
@@ -35,7 +51,15 @@ export class Scan {
     private readonly session: Session,
     private readonly events: ScanEvents,
   ) {
-    const bar = element('div', { class: 'bar' }, this.where, this.start, this.cancel, this.progress, this.state);
+    const bar = element(
+      'div',
+      { class: 'bar' },
+      this.where,
+      this.start,
+      this.cancel,
+      this.progress,
+      this.state,
+    );
     root.append(bar, element('div', { class: 'scroll' }, this.table, this.failures));
     this.start.addEventListener('click', () => void this.begin());
     this.cancel.addEventListener('click', () => void this.stop());
@@ -67,7 +91,7 @@ export class Scan {
   }
 
   private async follow(run: number): Promise<void> {
-    for (let since = 0; run === this.run; ) {
+    for (let since = 0; run === this.run;) {
       const answer = await this.session.scanned(since);
       if (run !== this.run) return;
       since = answer.next;
@@ -90,7 +114,8 @@ export class Scan {
     const body = this.table.tBodies[0];
     if (this.order) this.sort();
     else body?.append(...rows.map((row) => this.rowOf(row)));
-    for (const { security, reason } of failures) this.failures.append(element('li', {}, `${security}: ${reason}`));
+    for (const { security, reason } of failures)
+      this.failures.append(element('li', {}, `${security}: ${reason}`));
     this.progress.value = done;
     const word = cancelled ? 'cancelled' : running ? 'running' : 'done';
     setText(this.state, `${word}, ${done} of ${files} files, ${this.rows.length} found`);
@@ -111,7 +136,9 @@ export class Scan {
 
   private rowOf(row: Row): HTMLTableRowElement {
     const open = element('button', { type: 'button', class: 'quiet' }, row.security);
-    const cells = row.values.map((value) => element('td', { class: 'number' }, shortText(value ?? NaN, 2)));
+    const cells = row.values.map((value) =>
+      element('td', { class: 'number' }, shortText(value ?? NaN, 2)),
+    );
     const made = element(
       'tr',
       {},
@@ -124,13 +151,17 @@ export class Scan {
   }
 
   private sortBy(column: number): void {
-    this.order = { column, isDown: this.order?.column === column ? !this.order.isDown : column > 1 };
+    this.order = {
+      column,
+      isDown: this.order?.column === column ? !this.order.isDown : column > 1,
+    };
     this.sort();
   }
 
   private sort(): void {
     const { column, isDown } = this.order!;
-    const valueOf = (row: Row) => (column === 0 ? row.security : column === 1 ? row.key : (row.values[column - 2] ?? -Infinity));
+    const valueOf = (row: Row) =>
+      column === 0 ? row.security : column === 1 ? row.key : (row.values[column - 2] ?? -Infinity);
     const direction = isDown ? -1 : 1;
     this.rows.sort((one, other) => {
       const [a, b] = [valueOf(one), valueOf(other)];

@@ -7,7 +7,11 @@ const mostShown = 400;
 
 export class Securities {
   private readonly list = element('ul', { class: 'security-list', 'aria-label': 'Securities' });
-  private readonly filter = element('input', { type: 'search', placeholder: 'Filter', 'aria-label': 'Filter securities' });
+  private readonly filter = element('input', {
+    type: 'search',
+    placeholder: 'Filter',
+    'aria-label': 'Filter securities',
+  });
   private readonly note = element('p', { class: 'hint' });
   private current = '';
 
@@ -39,7 +43,9 @@ export class Securities {
       }),
     );
     this.note.textContent =
-      found.length > mostShown ? `${found.length - mostShown} more: narrow them down by the filter` : '';
+      found.length > mostShown
+        ? `${found.length - mostShown} more: narrow them down by the filter`
+        : '';
   }
 
   private mark(button: HTMLButtonElement): void {

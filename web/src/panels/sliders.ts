@@ -48,7 +48,9 @@ export class Sliders {
     }
     for (const [key, row] of this.rows) if (!rows.has(key)) row.root.remove();
     const roots = [...rows.values()].map(({ root }) => root);
-    const isSame = roots.length === this.list.children.length && roots.every((root, i) => this.list.children[i] === root);
+    const isSame =
+      roots.length === this.list.children.length &&
+      roots.every((root, i) => this.list.children[i] === root);
     if (!isSame) this.list.replaceChildren(...roots);
     this.rows = rows;
     this.empty.hidden = roots.length > 0;
@@ -72,7 +74,11 @@ export class Sliders {
     const label = element('span', { class: 'slider-name' });
     setText(label, slider.name);
     const range = element('input', { type: 'range', 'aria-label': slider.name });
-    const number = element('input', { type: 'number', step: 'any', 'aria-label': `${slider.name} as a number` });
+    const number = element('input', {
+      type: 'number',
+      step: 'any',
+      'aria-label': `${slider.name} as a number`,
+    });
     const root = element('div', { class: 'slider' }, label, range, number);
     const row = { root, range, number, slider };
     range.addEventListener('input', () => {
@@ -84,7 +90,11 @@ export class Sliders {
       this.events.move(row.slider, number.valueAsNumber);
     });
     if (slider.kind === 'parameter') {
-      const remove = element('button', { type: 'button', class: 'quiet', 'aria-label': `Remove ${slider.name}` }, '×');
+      const remove = element(
+        'button',
+        { type: 'button', class: 'quiet', 'aria-label': `Remove ${slider.name}` },
+        '×',
+      );
       remove.addEventListener('click', () => this.events.remove(slider.name));
       root.append(remove);
     }
@@ -92,8 +102,18 @@ export class Sliders {
   }
 
   private makeAdder(): HTMLElement {
-    const name = element('input', { type: 'text', placeholder: 'name', 'aria-label': 'Name of a parameter', maxlength: 40 });
-    const value = element('input', { type: 'number', step: 'any', value: '10', 'aria-label': 'Value of the parameter' });
+    const name = element('input', {
+      type: 'text',
+      placeholder: 'name',
+      'aria-label': 'Name of a parameter',
+      maxlength: 40,
+    });
+    const value = element('input', {
+      type: 'number',
+      step: 'any',
+      value: '10',
+      'aria-label': 'Value of the parameter',
+    });
     const add = element('button', { type: 'button' }, 'Add parameter');
     const act = () => {
       const wanted = name.value.trim().toUpperCase();
@@ -110,5 +130,3 @@ export class Sliders {
     return element('div', { class: 'adder' }, name, value, add);
   }
 }
-
-

@@ -7,7 +7,10 @@ export interface Tab {
 }
 
 export class Tabs {
-  private readonly tabs = new Map<string, { tab: HTMLButtonElement; panel: HTMLElement; title: string }>();
+  private readonly tabs = new Map<
+    string,
+    { tab: HTMLButtonElement; panel: HTMLElement; title: string }
+  >();
   private open: string | undefined;
 
   constructor(
@@ -17,8 +20,16 @@ export class Tabs {
     private readonly shown: (id: string) => void,
   ) {
     for (const { id, title } of tabs) {
-      const tab = element('button', { type: 'button', role: 'tab', id: `tab-${id}`, 'aria-controls': `panel-${id}` }, title);
-      const panel = element('div', { role: 'tabpanel', id: `panel-${id}`, 'aria-labelledby': `tab-${id}` });
+      const tab = element(
+        'button',
+        { type: 'button', role: 'tab', id: `tab-${id}`, 'aria-controls': `panel-${id}` },
+        title,
+      );
+      const panel = element('div', {
+        role: 'tabpanel',
+        id: `panel-${id}`,
+        'aria-labelledby': `tab-${id}`,
+      });
       this.tabs.set(id, { tab, panel, title });
       list.append(tab);
       drawer.append(panel);

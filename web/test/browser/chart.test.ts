@@ -21,7 +21,11 @@ beforeEach(async () => {
 afterEach(() => desk.close());
 
 /** How many pixels differ, and how many have got a colour. */
-function compare(before: Buffer, now: Buffer, color: readonly number[] | undefined): { changed: number; colored: number } {
+function compare(
+  before: Buffer,
+  now: Buffer,
+  color: readonly number[] | undefined,
+): { changed: number; colored: number } {
   assert.equal(now.length, before.length, 'the pane has kept its size');
   let [changed, colored] = [0, 0];
   for (let i = 0; i < now.length; i += 4) {
@@ -37,7 +41,12 @@ const blue = [0x19, 0xa0, 0xff] as const; // COLORBLUE, a little darker where it
 
 /** A statement of each kind of record whose ink lies in the price pane and not beyond the bars, how
  * many pixels it changes at least, and the colour that they get. */
-const kinds: readonly (readonly [kind: string, statement: string, least: number, color?: readonly number[]])[] = [
+const kinds: readonly (readonly [
+  kind: string,
+  statement: string,
+  least: number,
+  color?: readonly number[],
+])[] = [
   ['BarShape', 'STICKLINE(C>O,H,L,COLOR804010,0);', 2000, [0x80, 0x40, 0x10]],
   ['CandleShape', 'DRAWCOLORKLINE(C>O,COLOR804010,0);', 500, [0x80, 0x40, 0x10]],
   ['FuturesTradeShape', 'CROSS(C,MA(C,20)),BK;', 300, [0x1d, 0x5f, 0xd6]],
@@ -59,7 +68,8 @@ test('each kind of record leaves its ink', async () => {
     assert.deepEqual(await desk.texts('.finding.error'), [], statement);
     const { changed, colored } = compare(bare, await desk.pixels(), color);
     assert.ok(changed >= least, `${kind}: ${changed} pixels differ`);
-    if (color) assert.ok(colored >= least / 10, `${kind}: ${colored} of ${changed} pixels have its colour`);
+    if (color)
+      assert.ok(colored >= least / 10, `${kind}: ${colored} of ${changed} pixels have its colour`);
   }
   await desk.write('X:=C;');
   assert.equal(compare(bare, await desk.pixels(), blue).changed, 0, 'and takes it away');
@@ -67,7 +77,8 @@ test('each kind of record leaves its ink', async () => {
 
 test('the axis reaches to the number that the script asks for', async () => {
   await desk.write('R:(C/REF(C,1)-1)*100;');
-  const shot = () => desk.page.$$eval('.pane canvas', (all) => (all[1] as HTMLCanvasElement).toDataURL());
+  const shot = () =>
+    desk.page.$$eval('.pane canvas', (all) => (all[1] as HTMLCanvasElement).toDataURL());
   const before = await shot();
   await desk.write('R:(C/REF(C,1)-1)*100;\nBACKGROUNDSTYLE(-15);');
   assert.notEqual(await shot(), before);
@@ -82,7 +93,8 @@ test('lines far from the price have a pane of their own, and the crosshair tells
   const before = await desk.legend();
   assert.notDeepEqual(before, newest);
   const spoken = await desk.text('.spoken');
-  for (const [title, text] of Object.entries(before)) assert.ok(spoken.includes(`${title} ${text}`), spoken);
+  for (const [title, text] of Object.entries(before))
+    assert.ok(spoken.includes(`${title} ${text}`), spoken);
   const box = await (await desk.page.$('.pane .u-over'))!.boundingBox();
   await desk.page.mouse.move(box!.x + 100, box!.y + 60);
   await desk.settled();
@@ -134,7 +146,10 @@ test('200,000 bars are sent thinned, and panning stays smooth (a figure, no limi
   await desk.drop('many.csv', manyBars(200_000));
   await desk.page.click('#zoom-all');
   await desk.settled();
-  assert.ok(sizes.length > 0 && Math.max(...sizes) < 1_000_000, `answers of ${sizes.join(', ')} bytes`);
+  assert.ok(
+    sizes.length > 0 && Math.max(...sizes) < 1_000_000,
+    `answers of ${sizes.join(', ')} bytes`,
+  );
   const box = (await (await desk.page.$('.pane .u-over'))!.boundingBox())!;
   await desk.page.mouse.move(box.x + box.width / 2, box.y + 60);
   await desk.page.mouse.wheel({ deltaY: -300 });
@@ -158,7 +173,9 @@ test('200,000 bars are sent thinned, and panning stays smooth (a figure, no limi
   await desk.page.mouse.move(box.x + box.width - 5, box.y + 60, { steps: 60 });
   await desk.page.mouse.up();
   const times = await frames;
-  console.log(`a frame while panning 200,000 bars: ${times[30].toFixed(1)} ms, ${times[58].toFixed(1)} ms at worst`);
+  console.log(
+    `a frame while panning 200,000 bars: ${times[30].toFixed(1)} ms, ${times[58].toFixed(1)} ms at worst`,
+  );
   await desk.settled();
   assert.ok(new Set(await desk.pixels()).size > 20);
 });
@@ -179,7 +196,9 @@ test('a narrow window has all of it, one below the other', async () => {
   await desk.settled();
   const { wide, parts } = await desk.page.evaluate(() => ({
     wide: document.documentElement.scrollWidth,
-    parts: ['editor', 'chart', 'play', 'drawer'].map((id) => document.getElementById(id)!.getBoundingClientRect().width),
+    parts: ['editor', 'chart', 'play', 'drawer'].map(
+      (id) => document.getElementById(id)!.getBoundingClientRect().width,
+    ),
   }));
   assert.ok(wide <= 390, `${wide} pixels wide`);
   for (const width of parts) assert.ok(width > 300);
@@ -187,11 +206,18 @@ test('a narrow window has all of it, one below the other', async () => {
 });
 
 test('what can be used has a name for screen readers', async () => {
-  const nameless = await desk.page.$$eval('button, select, input:not([hidden]), [role="tabpanel"], [tabindex="0"]', (all) =>
-    all
-      .filter((one) => !one.getAttribute('aria-label') && !one.getAttribute('aria-labelledby') && !one.textContent?.trim())
-      .filter((one) => !(one as HTMLInputElement).labels?.length)
-      .map((one) => one.outerHTML),
+  const nameless = await desk.page.$$eval(
+    'button, select, input:not([hidden]), [role="tabpanel"], [tabindex="0"]',
+    (all) =>
+      all
+        .filter(
+          (one) =>
+            !one.getAttribute('aria-label') &&
+            !one.getAttribute('aria-labelledby') &&
+            !one.textContent?.trim(),
+        )
+        .filter((one) => !(one as HTMLInputElement).labels?.length)
+        .map((one) => one.outerHTML),
   );
   assert.deepEqual(nameless, []);
 });

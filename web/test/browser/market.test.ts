@@ -25,7 +25,8 @@ beforeEach(async () => {
 });
 afterEach(() => desk.close());
 
-const crossing = "F:=MA(C,3);\nS:=MA(C,8);\nM:MA(C,5);\nCROSS(F,S),BK(2);\nCROSS(S,F),SP;\nCROSS(C,M),NOTICE('over');";
+const crossing =
+  "F:=MA(C,3);\nS:=MA(C,8);\nM:MA(C,5);\nCROSS(F,S),BK(2);\nCROSS(S,F),SP;\nCROSS(C,M),NOTICE('over');";
 
 test('200 bars are played, and fire what the command line fires', async () => {
   writeFileSync(join(folder, 'crossing.quor'), crossing);
@@ -40,7 +41,9 @@ test('200 bars are played, and fire what the command line fires', async () => {
     speed.dispatchEvent(new Event('input'));
   });
   await desk.page.click('#play-step');
-  await desk.page.waitForFunction(() => document.getElementById('play-place')!.textContent === 'bar 201 of 400');
+  await desk.page.waitForFunction(
+    () => document.getElementById('play-place')!.textContent === 'bar 201 of 400',
+  );
   await desk.page.click('#play-toggle');
   const end = () => document.getElementById('play-place')!.textContent === 'bar 400 of 400';
   await desk.page.waitForFunction(end, { timeout: 60_000 });
@@ -48,7 +51,12 @@ test('200 bars are played, and fire what the command line fires', async () => {
   const played = await desk.texts('.event-list li[data-final="true"] .word');
   const times = await desk.texts('.event-list .time');
   const first = lastBars(200).split('\n')[1].split(',')[0];
-  const expected = fired.split('\n').filter((line) => /\b(BK|SP|NOTICE|over)\b/.test(line) && (/\d{4}-\d\d-\d\d/.exec(line)?.[0] ?? '') >= first);
+  const expected = fired
+    .split('\n')
+    .filter(
+      (line) =>
+        /\b(BK|SP|NOTICE|over)\b/.test(line) && (/\d{4}-\d\d-\d\d/.exec(line)?.[0] ?? '') >= first,
+    );
   assert.ok(played.length > 20);
   assert.equal(played.length, expected.length);
   assert.ok(times.every((time) => time >= first));
@@ -56,7 +64,10 @@ test('200 bars are played, and fire what the command line fires', async () => {
   await desk.settled();
   assert.equal(await desk.text('#play-place'), '');
   await desk.page.click('.event-list button');
-  assert.match(await desk.text('.caption'), new RegExp((await desk.text('.event-list .time')).slice(0, 10)));
+  assert.match(
+    await desk.text('.caption'),
+    new RegExp((await desk.text('.event-list .time')).slice(0, 10)),
+  );
 });
 
 test('a step forms the bar tick by tick', async () => {
@@ -73,7 +84,10 @@ test('a step forms the bar tick by tick', async () => {
     volumes.push(Number.parseFloat((await desk.legend()).V1.replaceAll(',', '')));
     assert.equal(await desk.text('#play-place'), 'bar 390 of 400');
   }
-  assert.ok(volumes[0] < volumes[1] && volumes[1] < volumes[2] && volumes[2] < volumes[3], volumes.join(' '));
+  assert.ok(
+    volumes[0] < volumes[1] && volumes[1] < volumes[2] && volumes[2] < volumes[3],
+    volumes.join(' '),
+  );
   await desk.page.click('#play-step');
   await desk.settled();
   assert.equal(await desk.text('#play-place'), 'bar 391 of 400');
@@ -84,7 +98,9 @@ test('a scan fills a table, and a click on it opens the chart', async () => {
   await desk.page.click('#tab-scan');
   await desk.page.type('#scan-where', 'M>0');
   await desk.page.click('#scan-start');
-  await desk.page.waitForFunction(() => document.getElementById('scan-state')!.textContent?.startsWith('done'));
+  await desk.page.waitForFunction(() =>
+    document.getElementById('scan-state')!.textContent?.startsWith('done'),
+  );
   assert.equal(await desk.text('#scan-state'), 'done, 5 of 5 files, 5 found');
   const found = await desk.texts('.scan-table tbody th');
   assert.deepEqual(found.sort(), [...names].sort());
@@ -97,18 +113,27 @@ test('a scan fills a table, and a click on it opens the chart', async () => {
 });
 
 test('a scan is cancelled, and a page closed in its middle leaves the server well', async () => {
-  const many = folderOf(Array.from({ length: 400 }, (_, i) => `s${i}`), 3000);
+  const many = folderOf(
+    Array.from({ length: 400 }, (_, i) => `s${i}`),
+    3000,
+  );
   const busy = await Studio.start('--bars', many);
   const closed = await Desk.open(browser, busy);
   const slow = 'A:HHV(H,500);B:LLV(L,500);D:STD(C,300);E:PERCENTILE(C,200,90);';
   await closed.write(slow);
   await closed.page.click('#tab-scan');
   await closed.page.click('#scan-start');
-  await closed.page.waitForFunction(() => document.getElementById('scan-state')!.textContent?.startsWith('running'));
+  await closed.page.waitForFunction(() =>
+    document.getElementById('scan-state')!.textContent?.startsWith('running'),
+  );
   await closed.page.click('#scan-cancel');
-  await closed.page.waitForFunction(() => document.getElementById('scan-state')!.textContent?.startsWith('cancelled'));
+  await closed.page.waitForFunction(() =>
+    document.getElementById('scan-state')!.textContent?.startsWith('cancelled'),
+  );
   await closed.page.click('#scan-start');
-  await closed.page.waitForFunction(() => document.getElementById('scan-state')!.textContent?.startsWith('running'));
+  await closed.page.waitForFunction(() =>
+    document.getElementById('scan-state')!.textContent?.startsWith('running'),
+  );
   const { href } = new URL('/', busy.origin);
   await closed.close();
   const page = await browser.newPage();
@@ -122,7 +147,12 @@ test('a CSV that is dropped is shown, one that is none is refused', async () => 
   await desk.drop('my own.csv', lastBars(120));
   assert.match(await desk.text('.caption'), /^my own/);
   const shown = await desk.pixels();
-  for (const bad of ['', 'no,bars\nat,all\n', '\0\u0001\ufffd'.repeat(1000), 'date,open,high,low,close\n2024-01-01,1,2,x,1\n']) {
+  for (const bad of [
+    '',
+    'no,bars\nat,all\n',
+    '\0\u0001\ufffd'.repeat(1000),
+    'date,open,high,low,close\n2024-01-01,1,2,x,1\n',
+  ]) {
     await desk.drop('bad.csv', bad);
     assert.ok((await desk.text('#message.error')).length > 5);
     assert.match(await desk.text('.caption'), /^my own/);
@@ -132,11 +162,15 @@ test('a CSV that is dropped is shown, one that is none is refused', async () => 
 
 test('a script that is too large is refused, and the page lives on', async () => {
   await desk.page.evaluate(() => {
-    const content = document.getElementById('editor')!.shadowRoot!.querySelector('.cm-content') as HTMLElement;
+    const content = document
+      .getElementById('editor')!
+      .shadowRoot!.querySelector('.cm-content') as HTMLElement;
     content.focus();
     const clipboardData = new DataTransfer();
     clipboardData.setData('text/plain', 'A:C;\n'.repeat(210_000));
-    content.dispatchEvent(new ClipboardEvent('paste', { clipboardData, bubbles: true, cancelable: true }));
+    content.dispatchEvent(
+      new ClipboardEvent('paste', { clipboardData, bubbles: true, cancelable: true }),
+    );
   });
   await desk.settled();
   assert.match(await desk.text('#message.error'), /KiB/);
@@ -154,12 +188,17 @@ test('hostile text is text', async () => {
   await desk.settled();
   assert.ok((await desk.texts('.event-list .name')).includes('<i>x</i>'));
   await desk.page.click('#tab-securities');
-  await desk.page.click(`::-p-xpath(//ul[@aria-label="Securities"]//button[starts-with(.,"<img")])`);
+  await desk.page.click(
+    `::-p-xpath(//ul[@aria-label="Securities"]//button[starts-with(.,"<img")])`,
+  );
   await desk.settled();
   assert.ok((await desk.text('.caption')).startsWith(hostile));
   await desk.drop('<script>alert(2)</script>.csv', lastBars(50));
   assert.match(await desk.text('.caption'), /^<script>/);
-  const made = await desk.page.$$eval('img:not([src="icon.svg"]), i, s, u, b, script:not([src="studio.js"])', (all) => all.length);
+  const made = await desk.page.$$eval(
+    'img:not([src="icon.svg"]), i, s, u, b, script:not([src="studio.js"])',
+    (all) => all.length,
+  );
   assert.equal(made, 0);
   assert.deepEqual(opened, []);
 });
@@ -189,22 +228,45 @@ test('a script is saved in the folder, over another one only if one says so', as
 });
 
 test('no path leads outside, and no other page is answered', async () => {
-  const paths = ['/api/scripts/..%2F..%2Fetc%2Fpasswd', '/api/scripts/%2Fetc%2Fpasswd.quor', '/..%2f..%2fREADME.md', '/%2e%2e/%2e%2e/etc/passwd'];
+  const paths = [
+    '/api/scripts/..%2F..%2Fetc%2Fpasswd',
+    '/api/scripts/%2Fetc%2Fpasswd.quor',
+    '/..%2f..%2fREADME.md',
+    '/%2e%2e/%2e%2e/etc/passwd',
+  ];
   const inside = await desk.page.evaluate(
     (all) => Promise.all(all.map(async (path) => (await fetch(path)).status)),
     paths,
   );
-  assert.ok(inside.every((status) => status >= 400 && status < 500), inside.join(' '));
+  assert.ok(
+    inside.every((status) => status >= 400 && status < 500),
+    inside.join(' '),
+  );
   const outside = await desk.page.evaluate(async () => {
-    const { id } = await (await fetch('/api/sessions', { method: 'POST', headers: { 'Content-Type': 'application/json' }, body: '{}' })).json();
-    const request = { method: 'POST', headers: { 'Content-Type': 'application/json' }, body: '{"security":"../../../etc/passwd"}' };
+    const { id } = await (
+      await fetch('/api/sessions', {
+        method: 'POST',
+        headers: { 'Content-Type': 'application/json' },
+        body: '{}',
+      })
+    ).json();
+    const request = {
+      method: 'POST',
+      headers: { 'Content-Type': 'application/json' },
+      body: '{"security":"../../../etc/passwd"}',
+    };
     return (await fetch(`/api/sessions/${id}/bars`, request)).status;
   });
   assert.ok(outside >= 400 && outside < 500);
   const cookie = (await browser.cookies()).map(({ name, value }) => `${name}=${value}`).join('; ');
-  const ask = async (headers: Record<string, string>) => (await fetch(`${studio.origin}/api/start`, { headers })).status;
+  const ask = async (headers: Record<string, string>) =>
+    (await fetch(`${studio.origin}/api/start`, { headers })).status;
   assert.equal(await ask({ cookie }), 200);
   assert.equal(await ask({}), 403);
   assert.equal(await ask({ cookie, origin: 'http://evil.example' }), 403);
-  assert.equal((await fetch(studio.link, { redirect: 'manual' })).status, 403, 'the token is for once');
+  assert.equal(
+    (await fetch(studio.link, { redirect: 'manual' })).status,
+    403,
+    'the token is for once',
+  );
 });

@@ -40,7 +40,9 @@ export function manyBars(count: number): string {
     price = Math.max(100, price + (random / 2147483648 - 0.5) * 4);
     const at = new Date(Date.UTC(2020, 0, 1) + i * 60_000).toISOString();
     const [high, low] = [Math.max(open, price) + 1, Math.min(open, price) - 1];
-    rows.push(`${at.slice(0, 10)},${at.slice(11, 16)},${[open, high, low, price].map((x) => x.toFixed(2)).join(',')},${random % 1000}`);
+    rows.push(
+      `${at.slice(0, 10)},${at.slice(11, 16)},${[open, high, low, price].map((x) => x.toFixed(2)).join(',')},${random % 1000}`,
+    );
   }
   return rows.join('\n') + '\n';
 }
@@ -89,7 +91,12 @@ export class Studio {
 export async function startBrowser(): Promise<Browser> {
   return puppeteer.launch({
     executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium',
-    args: ['--no-sandbox', '--disable-gpu', '--force-color-profile=srgb', '--font-render-hinting=none'],
+    args: [
+      '--no-sandbox',
+      '--disable-gpu',
+      '--force-color-profile=srgb',
+      '--font-render-hinting=none',
+    ],
   });
 }
 
@@ -107,7 +114,12 @@ export class Desk {
 
   private constructor(readonly page: Page) {}
 
-  static async open(browser: Browser, studio: Studio, fragment = '', theme = 'light'): Promise<Desk> {
+  static async open(
+    browser: Browser,
+    studio: Studio,
+    fragment = '',
+    theme = 'light',
+  ): Promise<Desk> {
     const page = await browser.newPage();
     const desk = new Desk(page);
     await page.setViewport({ width: 1360, height: 860 });
@@ -115,11 +127,13 @@ export class Desk {
     page.on('pageerror', (error) => desk.faults.push(String(error)));
     page.on('console', (message) => {
       const isRefusal = message.text().startsWith('Failed to load resource'); // which the page shows itself
-      if (['error', 'warn'].includes(message.type()) && !isRefusal) desk.faults.push(message.text());
+      if (['error', 'warn'].includes(message.type()) && !isRefusal)
+        desk.faults.push(message.text());
     });
     page.on('request', (request) => {
       const { origin, protocol } = new URL(request.url());
-      if (origin !== studio.origin && !['blob:', 'data:'].includes(protocol)) desk.faults.push(request.url());
+      if (origin !== studio.origin && !['blob:', 'data:'].includes(protocol))
+        desk.faults.push(request.url());
     });
     await page.evaluateOnNewDocument(() => {
       window.drawn = { count: 0, at: 0 };
@@ -163,13 +177,17 @@ export class Desk {
   }
 
   script(): Promise<string> {
-    return this.page.$$eval('#editor >>> .cm-line', (lines) => lines.map((line) => line.textContent).join('\n'));
+    return this.page.$$eval('#editor >>> .cm-line', (lines) =>
+      lines.map((line) => line.textContent).join('\n'),
+    );
   }
 
   /** Titles and values of the legends. */
   async legend(): Promise<Record<string, string>> {
     return this.page.$$eval('.legend > div', (entries) =>
-      Object.fromEntries(entries.map((entry) => [entry.children[0].textContent, entry.children[1].textContent])),
+      Object.fromEntries(
+        entries.map((entry) => [entry.children[0].textContent, entry.children[1].textContent]),
+      ),
     );
   }
 
@@ -177,9 +195,12 @@ export class Desk {
   async pixels(): Promise<Buffer> {
     const text = await this.page.$eval('.pane canvas', (canvas) => {
       const { width, height } = canvas as HTMLCanvasElement;
-      const { data } = (canvas as HTMLCanvasElement).getContext('2d')!.getImageData(0, 0, width, height);
+      const { data } = (canvas as HTMLCanvasElement)
+        .getContext('2d')!
+        .getImageData(0, 0, width, height);
       let made = '';
-      for (let i = 0; i < data.length; i += 8192) made += String.fromCharCode(...data.subarray(i, i + 8192));
+      for (let i = 0; i < data.length; i += 8192)
+        made += String.fromCharCode(...data.subarray(i, i + 8192));
       return btoa(made);
     });
     return Buffer.from(text, 'base64');

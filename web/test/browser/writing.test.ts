@@ -28,7 +28,9 @@ test('the page opens with a sample over the sample bars', async () => {
   assert.match(legend.DIF, /^-?\d+\.\d+$/);
   assert.match(await desk.text('.caption'), /index-daily/);
   assert.ok(new Set(await desk.pixels()).size > 20);
-  const groups = await desk.page.$$eval('#library optgroup:not([hidden])', (all) => all.map((one) => one.label));
+  const groups = await desk.page.$$eval('#library optgroup:not([hidden])', (all) =>
+    all.map((one) => one.label),
+  );
   assert.deepEqual(groups, ['Samples', 'Cookbook']);
 });
 
@@ -53,7 +55,11 @@ test('words are completed with their forms and explained', async () => {
   const options = await desk.texts('#editor >>> .cm-completionLabel');
   assert.deepEqual(options.slice(0, 2).sort(), ['BARSLAST', 'BARSLASTCOUNT']);
   await desk.page.waitForSelector('#editor >>> .cm-completionInfo .summary');
-  assert.ok(quorSays('help', 'BARSLAST').includes(await desk.text('#editor >>> .cm-completionInfo .summary')));
+  assert.ok(
+    quorSays('help', 'BARSLAST').includes(
+      await desk.text('#editor >>> .cm-completionInfo .summary'),
+    ),
+  );
   await new Promise((resolve) => setTimeout(resolve, 100)); // the list takes no key at once
   await desk.press('Enter');
   assert.match(await desk.script(), /^A:BARSLAST(COUNT)?\(/);
@@ -109,7 +115,11 @@ test('what is being written survives a reload', async () => {
 test('the CSV is that of the command line, the picture is one', async () => {
   const folder = makeFolder();
   const session = await browser.target().createCDPSession();
-  await session.send('Browser.setDownloadBehavior', { behavior: 'allow', downloadPath: folder, eventsEnabled: true });
+  await session.send('Browser.setDownloadBehavior', {
+    behavior: 'allow',
+    downloadPath: folder,
+    eventsEnabled: true,
+  });
   const save = async (button: string, name: string) => {
     const done = new Promise<void>((resolve) =>
       session.on('Browser.downloadProgress', ({ state }) => state === 'completed' && resolve()),
@@ -120,7 +130,13 @@ test('the CSV is that of the command line, the picture is one', async () => {
   };
   await desk.write(readFileSync(join(samples, 'kdj.quor'), 'utf8'));
   const csv = await save('#export-csv', 'index-daily.csv');
-  const expected = quorSays('run', '--csv', join(samples, 'kdj.quor'), '--bars', join(samples, 'index-daily.csv'));
+  const expected = quorSays(
+    'run',
+    '--csv',
+    join(samples, 'kdj.quor'),
+    '--bars',
+    join(samples, 'index-daily.csv'),
+  );
   assert.equal(csv.toString(), expected);
   const png = await save('#export-png', 'index-daily.png');
   assert.equal(png.subarray(1, 4).toString(), 'PNG');
@@ -130,8 +146,18 @@ test('the CSV is that of the command line, the picture is one', async () => {
 
 test('a keystroke is answered by new lines soon (a figure, no limit)', async () => {
   await desk.drop('minutes.csv', manyBars(10_000));
-  const lines = ['CONST N:12;', 'DIF:EMA(C,N)-EMA(C,26);', 'DEA:EMA(DIF,9);', 'BAR:2*(DIF-DEA),COLORSTICK;'];
-  lines.push('MID:MA(C,20);', 'UP:MID+2*STD(C,20);', 'DN:MID-2*STD(C,20);', 'RSV:=(C-LLV(L,9))/(HHV(H,9)-LLV(L,9))*100;');
+  const lines = [
+    'CONST N:12;',
+    'DIF:EMA(C,N)-EMA(C,26);',
+    'DEA:EMA(DIF,9);',
+    'BAR:2*(DIF-DEA),COLORSTICK;',
+  ];
+  lines.push(
+    'MID:MA(C,20);',
+    'UP:MID+2*STD(C,20);',
+    'DN:MID-2*STD(C,20);',
+    'RSV:=(C-LLV(L,9))/(HHV(H,9)-LLV(L,9))*100;',
+  );
   lines.push('K:SMA(RSV,3,1);', 'CROSS(DIF,DEA),BK;');
   await desk.write(lines.join('\n'));
   await desk.page.click('.finding-head');
@@ -144,17 +170,22 @@ test('a keystroke is answered by new lines soon (a figure, no limit)', async () 
   const times: number[] = [];
   for (let i = 0; i < 20; ++i) {
     await desk.page.evaluate(() => {
-      const note = (event: KeyboardEvent) => (document.body.dataset.pressed = String(event.timeStamp));
+      const note = (event: KeyboardEvent) =>
+        (document.body.dataset.pressed = String(event.timeStamp));
       window.addEventListener('keydown', note, { capture: true, once: true });
       window.drawn.count = 0;
     });
     await desk.page.keyboard.press(i % 2 === 0 ? '5' : 'Backspace');
     await desk.page.waitForFunction(() => window.drawn.count > 0);
-    times.push(await desk.page.evaluate(() => window.drawn.at - Number(document.body.dataset.pressed)));
+    times.push(
+      await desk.page.evaluate(() => window.drawn.at - Number(document.body.dataset.pressed)),
+    );
     await desk.settled();
   }
   times.sort((one, other) => one - other);
   const [median, worst] = [times[10], times[19]].map((time) => time.toFixed(1));
-  console.log(`keystroke to new lines, 10,000 bars and ten lines of script: ${median} ms, ${worst} ms at worst`);
+  console.log(
+    `keystroke to new lines, 10,000 bars and ten lines of script: ${median} ms, ${worst} ms at worst`,
+  );
   assert.match(await desk.text('.finding-head'), /compiles|warning/);
 });

@@ -3,10 +3,15 @@ import { deflateRawSync } from 'node:zlib';
 import { test } from 'node:test';
 import { fromFragment, toFragment } from '../../src/link.ts';
 
-const fragmentOf = (value: unknown) => `#s=${deflateRawSync(JSON.stringify(value)).toString('base64url')}`;
+const fragmentOf = (value: unknown) =>
+  `#s=${deflateRawSync(JSON.stringify(value)).toString('base64url')}`;
 
 test('a link gives back the script and its parameters', async () => {
-  const shared = { script: "跌:C<O,NOTICE('<b>&');\n".repeat(500), parameters: { N: 2.5 }, security: 'IF2403 主' };
+  const shared = {
+    script: "跌:C<O,NOTICE('<b>&');\n".repeat(500),
+    parameters: { N: 2.5 },
+    security: 'IF2403 主',
+  };
   const fragment = await toFragment(shared);
   assert.match(fragment, /^#s=[\w-]+$/);
   assert.ok(fragment.length < 500);

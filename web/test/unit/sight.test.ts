@@ -1,8 +1,17 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { keptIn, newest, panned, serves, showing, wantedFor, zoomed } from '../../src/chart/sight.ts';
+import {
+  keptIn,
+  newest,
+  panned,
+  serves,
+  showing,
+  wantedFor,
+  zoomed,
+} from '../../src/chart/sight.ts';
 
-const near = (one: number, other: number) => assert.ok(Math.abs(one - other) < 1e-6, `${one} is not ${other}`);
+const near = (one: number, other: number) =>
+  assert.ok(Math.abs(one - other) < 1e-6, `${one} is not ${other}`);
 
 test('the newest bars end shortly before the right edge', () => {
   const sight = newest(250, 5000);
@@ -44,7 +53,10 @@ test('what is loaded has no more slots in sight than pixels, and serves until it
   for (const span of [50, 1000, 1001, 33_333, rows]) {
     const sight = { from: rows - span, to: rows };
     const wanted = wantedFor(sight, 1000, rows);
-    assert.ok(span / wanted.step <= 1000 && wanted.step < Math.max(2 * (span / 1000), 2), `${span}: ${wanted.step}`);
+    assert.ok(
+      span / wanted.step <= 1000 && wanted.step < Math.max(2 * (span / 1000), 2),
+      `${span}: ${wanted.step}`,
+    );
     assert.equal(wanted.from % wanted.step, 0);
     assert.ok(wanted.from <= sight.from && wanted.to >= sight.to);
     assert.ok(serves(wanted, panned(sight, -span / 2, rows), wanted, rows));

@@ -28,16 +28,27 @@ test('the time axis names the greatest span that begins at a bar', () => {
   const marks = timeMarks(days, 1);
   assert.deepEqual(
     marks.map(({ index, text }) => [index, text]),
-    [[1, '29'], [2, '2024'], [3, '3'], [4, 'Feb']],
+    [
+      [1, '29'],
+      [2, '2024'],
+      [3, '3'],
+      [4, 'Feb'],
+    ],
   );
-  assert.deepEqual(timeMarks(days, 10).map(({ text }) => text), ['2024']);
+  assert.deepEqual(
+    timeMarks(days, 10).map(({ text }) => text),
+    ['2024'],
+  );
   assert.deepEqual(timeMarks([], 10), []);
 });
 
 test('within a day the time is told', () => {
   const keys = [20240108145500, 20240109090000, 20240109090500];
   assert.ok(isIntraday(keys) && !isIntraday(days));
-  assert.deepEqual(timeMarks(keys, 1).map(({ text }) => text), ['Jan 9', '09:05']);
+  assert.deepEqual(
+    timeMarks(keys, 1).map(({ text }) => text),
+    ['Jan 9', '09:05'],
+  );
   assert.equal(keyText(20240109090530, true), '2024-01-09 09:05:30');
   assert.equal(keyText(20240109090500, false), '2024-01-09');
   assert.equal(keyText(NaN, true), '');

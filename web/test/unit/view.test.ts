@@ -11,7 +11,15 @@ function answer(): ArrayBuffer {
     { id: 20000, as: 'pair' },
     { id: 20001, as: 'any' },
   ];
-  let text = JSON.stringify({ revision: 7, from: 100, to: 105, rows: 105, bucket: 2, count: 3, columns });
+  let text = JSON.stringify({
+    revision: 7,
+    from: 100,
+    to: 105,
+    rows: 105,
+    bucket: 2,
+    count: 3,
+    columns,
+  });
   while ((4 + text.length) % 8 !== 0) text += ' ';
   const bytes = new Uint8Array(4 + text.length + 6 * 3 * 8);
   new DataView(bytes.buffer).setUint32(0, text.length, true);
@@ -26,7 +34,11 @@ function answer(): ArrayBuffer {
 test('the columns of an answer are read by their ids', () => {
   const view = new View(readView(answer()));
   assert.equal(view.step, 2);
-  assert.deepEqual([...view.keys].map(String), ['20240101000000', '20240102000000', '20240103000000']);
+  assert.deepEqual([...view.keys].map(String), [
+    '20240101000000',
+    '20240102000000',
+    '20240103000000',
+  ]);
   assert.deepEqual([...view.track(20000).first], [5, -40, 3]);
   assert.deepEqual([...view.track(20000).second], [6, -30, 4]);
   assert.equal(view.valueAt(11, 103), 8);
@@ -37,7 +49,12 @@ test('the columns of an answer are read by their ids', () => {
 
 test('the range of a pane leaves out what is hidden or out of sight', () => {
   const view = new View(readView(answer()));
-  const line = { ShapeName: 'PolylineShape', Style: 'Polyline', Field1Id: 20000, Field1VisibleId: 20001 };
+  const line = {
+    ShapeName: 'PolylineShape',
+    Style: 'Polyline',
+    Field1Id: 20000,
+    Field1VisibleId: 20001,
+  };
   const { low, high } = rangeInSight([line], [], view, 100, 105);
   assert.ok(low > 2.5 && high < 6.5, `${low} to ${high}`);
   const always = rangeInSight([{ ...line, Style: 'ColorPolyline' }], [], view, 100, 105);
