@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "../session.h"
-#include "panels.h"
+#include "../panes/panels.h"
 #include "sheet.h"
 
 namespace quor_host {

@@ -5,9 +5,9 @@
 #include <string>
 
 #include "canvas.h"
-#include "panels.h"
+#include "../panes/panels.h"
 #include "placement.h"
-#include "theme.h"
+#include "../panes/theme.h"
 #include "time_axis.h"
 
 namespace quor_host {

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "canvas.h"
-#include "theme.h"
-#include "view.h"
+#include "../panes/theme.h"
+#include "../panes/view.h"
 
 namespace quor_host {
 
