@@ -1,27 +1,23 @@
-// The page as a whole: what is written is calculated, what is calculated is loaded, what is loaded
-// is drawn.
+// The page as a whole: its editor, its panels, and what each of them sets in motion.
 import { Refusal, Session } from './api/client.ts';
 import type { BarsAnswer, Drawn, Parameter, ScriptAnswer, Slider, Start } from './api/types.ts';
-import { Calculation } from './calculation.ts';
-import { Chart } from './chart/chart.ts';
-import { type Loaded, Loader } from './chart/loader.ts';
-import { Sheet } from './chart/sheet.ts';
-import { Theme } from './chart/theme.ts';
-import { byId, element, saveFile, setText } from './dom.ts';
+import { byId, saveFile, setText } from './dom.ts';
 import { keepDraft, keptDraft } from './draft.ts';
 import { Editor } from './editor/editor.ts';
 import { fromFragment, type Shared, toFragment } from './link.ts';
 import { Looks } from './looks.ts';
-import { takeFiles } from './panels/drop.ts';
 import { Events } from './panels/events.ts';
 import { Findings } from './panels/findings.ts';
+import { bindHeader } from './panels/header.ts';
 import { Library } from './panels/library.ts';
+import { tell, tellError } from './panels/message.ts';
+import { PeriodMenu } from './panels/period.ts';
 import { Play } from './panels/play.ts';
-import { SaveDialog } from './panels/save.ts';
 import { Scan } from './panels/scan.ts';
 import { Securities } from './panels/securities.ts';
 import { numberText, Sliders } from './panels/sliders.ts';
 import { Tabs } from './panels/tabs.ts';
+import { Pipeline } from './pipeline.ts';
 
 /** Where the bars come from: a security of the folder, or a file of the user's. */
 type Source = { security: string } | { file: File };
@@ -34,14 +30,11 @@ const tabs = [
 const newestEvents = 1000;
 /** Bars that are left for play where no bar is pointed at. */
 const barsToPlay = 200;
-const scriptOfNothing = ''; // draws the bars alone
 
 export class Studio {
   private readonly session = new Session();
-  private readonly chart: Chart;
   private readonly editor: Editor;
-  private readonly loader: Loader;
-  private readonly calculation: Calculation;
+  private readonly pipeline: Pipeline;
   private readonly looks: Looks;
   private readonly findings: Findings;
   private readonly sliders: Sliders;
@@ -50,32 +43,24 @@ export class Studio {
   private readonly play: Play;
   private readonly tabs: Tabs;
   private readonly library: Library;
-  private readonly message = byId('message', HTMLElement);
   private readonly times = byId('times', HTMLElement);
-  private readonly period = byId('period', HTMLSelectElement);
+  private readonly period: PeriodMenu;
   private parameters = new Map<string, number>();
   private source: Source | undefined;
   private bars: BarsAnswer | undefined;
-  private drawn: Drawn | undefined;
-  private revision = 0;
+  private isReady = false;
   private scriptName = '';
   private areEventsOld = true;
 
   constructor(private readonly start: Start) {
     const fail = (error: unknown) => void this.fail(error);
     this.editor = new Editor(byId('editor', HTMLElement), start.words, () => this.recalculate());
-    this.chart = new Chart(byId('chart', HTMLElement), {
-      sight: () => this.load(),
-      drawn: () => this.chartIsDrawn(),
-      values: (row) => this.valuesAt(row),
+    this.looks = new Looks(byId('theme', HTMLButtonElement), () => this.applyTheme());
+    this.pipeline = new Pipeline(this.session, start.theme, this.looks.name, {
+      take: () => ({ script: this.editor.take(), parameters: this.parameterList }),
+      answered: (answer) => this.show(answer),
+      fail: (error) => this.fail(error),
     });
-    this.loader = new Loader(this.session, (loaded) => this.draw(loaded), fail);
-    this.calculation = new Calculation(
-      this.session,
-      () => ({ script: this.editor.take(), parameters: this.parameterList }),
-      (answer) => this.take(answer),
-      (error) => this.fail(error),
-    );
     this.findings = new Findings(byId('findings', HTMLElement), (finding) =>
       this.editor.goTo(finding),
     );
@@ -94,7 +79,7 @@ export class Studio {
     );
     this.events = new Events(
       this.tabs.panel('events'),
-      (row) => this.chart.showRow(row),
+      (row) => this.pipeline.chart.showRow(row),
       (count) => this.tabs.setCount('events', count),
     );
     new Scan(this.tabs.panel('scan'), this.session, {
@@ -109,9 +94,11 @@ export class Studio {
       (name, text) => this.openScript(name, text),
       fail,
     );
-    this.looks = new Looks(byId('theme', HTMLButtonElement), () => this.applyTheme());
     this.editor.setDark(this.looks.name === 'dark');
-    this.bindButtons();
+    this.period = new PeriodMenu(byId('period', HTMLSelectElement), start.periods, () => {
+      if (this.source) void this.open(this.source);
+    });
+    this.bindButtons(fail);
   }
 
   /** Shows the script that a link, this tab, or the command line has, over the first security. */
@@ -131,11 +118,12 @@ export class Studio {
     this.parameters = new Map(Object.entries(shared?.parameters ?? {}));
     const known = this.start.securities.map(({ name }) => name);
     const security = known.find((name) => name === shared?.security) ?? known[0];
-    if (security !== undefined) await this.open({ security });
-    else this.tell('Drop a CSV with bars onto the page');
     this.editor.replaceAll(shared?.script ?? first?.text ?? '');
-    this.recalculate();
     this.editor.focus();
+    this.isReady = true;
+    if (security !== undefined) return this.open({ security });
+    tell('Drop a CSV with bars onto the page');
+    return this.recalculate();
   }
 
   private get parameterList(): Parameter[] {
@@ -148,52 +136,36 @@ export class Studio {
   }
 
   private recalculate(): void {
+    if (!this.isReady) return;
     if (this.editor.text.length > this.start.limits.script) {
-      return this.tell(`A script may be ${this.start.limits.script / 1024} KiB long`, true);
+      return tellError(`A script may be ${this.start.limits.script / 1024} KiB long`);
     }
     keepDraft(this.shared);
-    this.calculation.want();
+    this.pipeline.want();
   }
 
   /** The answer to the text that was taken last. */
-  private take(answer: ScriptAnswer): void {
-    this.revision = answer.revision;
-    this.tell('');
+  private show(answer: ScriptAnswer): void {
+    tell('');
     this.editor.showFindings(answer.findings);
     this.findings.show(answer.findings, answer.sound);
     this.takeSliders(answer.sliders);
-    if (!answer.sound || !answer.records) {
-      if (!this.drawn) void this.drawNothing();
-      return;
-    }
-    this.drawn = answer as Drawn;
+    const drawn = this.pipeline.newest;
+    if (!answer.sound || !drawn) return;
     const { compile, calculate } = answer.times;
-    setText(
-      this.times,
-      `compiled in ${compile.toFixed(1)} ms, calculated in ${calculate.toFixed(1)} ms`,
-    );
-    this.tellMissing(this.drawn);
-    this.chart.setRows(this.drawn.rows);
-    this.load();
+    const times = `compiled in ${compile.toFixed(1)} ms, calculated in ${calculate.toFixed(1)} ms`;
+    setText(this.times, times);
+    this.tellMissing(drawn);
     if (this.play.isOn) return;
     this.areEventsOld = true;
-    this.tabs.setCount('events', this.drawn.events);
+    this.tabs.setCount('events', drawn.events);
     this.refreshEvents();
-  }
-
-  /** The bars alone, as long as no script has been sound. */
-  private async drawNothing(): Promise<void> {
-    const answer = await this.session.script(scriptOfNothing, []).catch(() => undefined);
-    if (!answer?.records || this.drawn) return;
-    this.drawn = answer as Drawn;
-    this.revision = answer.revision;
-    this.load();
   }
 
   private tellMissing({ missing, references }: Drawn): void {
     const texts = missing.map(({ text }) => text);
     if (references.length > 0) texts.push(`null here: ${references.join(', ')}`);
-    if (texts.length > 0) this.tell(texts.join('; '));
+    if (texts.length > 0) tell(texts.join('; '));
   }
 
   private takeSliders(sliders: readonly Slider[]): void {
@@ -215,43 +187,13 @@ export class Studio {
     this.recalculate();
   }
 
-  private load(): void {
-    if (!this.drawn || !this.bars) return;
-    const { sight, pixels } = this.chart.need;
-    this.loader.want(sight, pixels, this.drawn.rows, this.revision);
-  }
-
-  private draw({ view, shown }: Loaded): void {
-    if (!this.drawn || !this.bars) return;
-    const theme = this.themeOf(this.drawn);
-    this.chart.show(
-      new Sheet(this.drawn, view, shown, theme, this.bars.decimals, this.bars.intraday),
-    );
-  }
-
-  private chartIsDrawn(): void {
-    const detail = { revision: this.revision };
-    byId('chart', HTMLElement).dispatchEvent(new CustomEvent('drawn', { detail }));
-  }
-
-  private themeOf(drawn: Drawn): Theme {
-    return new Theme(this.looks.name, this.start.theme[this.looks.name], drawn.colours);
-  }
-
   private applyTheme(): void {
     this.editor.setDark(this.looks.name === 'dark');
-    if (this.drawn) this.chart.setTheme(this.themeOf(this.drawn));
-  }
-
-  private async valuesAt(row: number): Promise<ReadonlyMap<number, number>> {
-    const { fields, lines } = await this.session.values(row);
-    const values = new Map(Object.entries(fields).map(([id, value]) => [Number(id), value ?? NaN]));
-    this.drawn?.lines.forEach(({ column }, i) => values.set(column, lines[i] ?? NaN));
-    return values;
+    this.pipeline.setTheme(this.looks.name);
   }
 
   private async open(source: Source): Promise<void> {
-    const period = this.period.value || undefined;
+    const period = this.period.chosen;
     try {
       const bars = await ('file' in source
         ? this.session.readCsv(source.file, source.file.name, period)
@@ -265,19 +207,13 @@ export class Studio {
 
   private takeBars(bars: BarsAnswer): void {
     this.bars = bars;
-    this.revision = bars.revision;
     this.play.reset();
-    const { name, guessed } = bars.period;
-    this.period.options[0].text = guessed
-      ? `Period: ${name}, as the bars say`
-      : 'Period as the bars say';
+    this.period.show(bars.period);
     this.securities.setCurrent(
       this.source && 'security' in this.source ? this.source.security : '',
     );
     document.title = `${bars.name} – quor studio`;
-    this.chart.setBars(`${bars.name}  ${name}`, bars.rows);
-    if (bars.script) this.take(bars.script);
-    else this.calculation.want();
+    this.pipeline.takeBars(bars);
     keepDraft(this.shared);
   }
 
@@ -296,9 +232,10 @@ export class Studio {
   }
 
   private refreshEvents(): void {
-    if (!this.areEventsOld || !this.drawn || this.play.isOn || !this.tabs.isOpen('events')) return;
+    const count = this.pipeline.newest?.events;
+    if (!this.areEventsOld || count === undefined || this.play.isOn) return;
+    if (!this.tabs.isOpen('events')) return;
     this.areEventsOld = false;
-    const { events: count } = this.drawn;
     this.session
       .events(Math.max(count - newestEvents, 0), newestEvents)
       .then((answer) => this.events.showAll(answer.events, answer.count))
@@ -309,69 +246,47 @@ export class Studio {
     return new Play(byId('play', HTMLElement), this.session, {
       firstRow: () => {
         const rows = this.bars?.rows ?? 0;
-        return rows < 2 ? undefined : Math.max(this.chart.pointedRow ?? rows - barsToPlay, 1);
+        return rows < 2
+          ? undefined
+          : Math.max(this.pipeline.chart.pointedRow ?? rows - barsToPlay, 1);
       },
-      begun: ({ revision, rows }) => {
+      begun: (answer) => {
         this.events.clear('While bars are played');
         this.tabs.show('events');
-        this.playHasCome(revision, rows);
+        void this.pipeline.takeStep(answer);
       },
-      stepped: async ({ revision, rows, steps }) => {
-        for (const { events } of steps) this.events.add(events);
-        this.playHasCome(revision, rows);
-        await this.loader.finished();
+      stepped: async (answer) => {
+        for (const { events } of answer.steps) this.events.add(events);
+        await this.pipeline.takeStep(answer);
       },
-      ended: (answer) => this.take(answer),
+      ended: (answer) => {
+        this.pipeline.take(answer);
+        this.show(answer);
+      },
       fail,
     });
   }
 
-  private playHasCome(revision: number, rows: number): void {
-    this.revision = revision;
-    if (this.drawn) this.drawn.rows = rows;
-    this.chart.setRows(rows);
-    this.load();
-  }
-
-  private bindButtons(): void {
-    const click = (id: string, act: () => unknown) =>
-      byId(id, HTMLButtonElement).addEventListener('click', () => {
-        Promise.resolve(act()).catch((error: unknown) => this.fail(error));
-      });
-    click('zoom-in', () => this.chart.zoom(1 / 1.5));
-    click('zoom-out', () => this.chart.zoom(1.5));
-    click('zoom-all', () => this.chart.showAll());
-    click('copy-link', () => this.copyLink());
-    click('export-png', async () => saveFile(`${this.fileName}.png`, await this.chart.picture()));
-    click('export-csv', async () => saveFile(`${this.fileName}.csv`, await this.session.csv()));
-    const dialog = new SaveDialog(
-      () => this.editor.text,
-      (name) => {
-        this.scriptName = name;
-        this.library.add(name);
-        this.tell(`Saved as ${name}`);
+  private bindButtons(fail: (error: unknown) => void): void {
+    bindHeader(
+      {
+        zoom: (factor) => this.pipeline.chart.zoom(factor),
+        showAll: () => this.pipeline.chart.showAll(),
+        copyLink: () => this.copyLink(),
+        savePicture: async () =>
+          saveFile(`${this.fileName}.png`, await this.pipeline.chart.picture()),
+        saveCsv: async () => saveFile(`${this.fileName}.csv`, await this.session.csv()),
+        openFile: (file) => void this.open({ file }),
+        script: () => ({ name: this.scriptName, text: this.editor.text }),
+        saved: (name) => {
+          this.scriptName = name;
+          this.library.add(name);
+          tell(`Saved as ${name}`);
+        },
+        fail,
       },
+      this.start.can_save,
     );
-    const save = byId('save', HTMLButtonElement);
-    save.disabled = !this.start.can_save;
-    save.title = this.start.can_save ? '' : 'quor studio was started without a folder';
-    click('save', () => dialog.open(this.scriptName));
-    window.addEventListener('keydown', (event) => {
-      if (!(event.ctrlKey || event.metaKey) || event.key !== 's') return;
-      event.preventDefault();
-      if (this.start.can_save) dialog.open(this.scriptName);
-    });
-    takeFiles(
-      byId('drop', HTMLElement),
-      byId('open-csv', HTMLButtonElement),
-      byId('csv-file', HTMLInputElement),
-      (file) => void this.open({ file }),
-    );
-    this.period.append(
-      element('option', { value: '' }, 'Period as the bars say'),
-      ...this.start.periods.map(({ name }) => element('option', { value: name }, name)),
-    );
-    this.period.addEventListener('change', () => this.source && void this.open(this.source));
   }
 
   private get fileName(): string {
@@ -382,27 +297,22 @@ export class Studio {
     history.replaceState(null, '', await toFragment(this.shared));
     try {
       await navigator.clipboard.writeText(location.href);
-      this.tell('The link is in the clipboard');
+      tell('The link is in the clipboard');
     } catch {
-      this.tell('The link is in the address bar');
+      tell('The link is in the address bar');
     }
-  }
-
-  private tell(text: string, isError = false): void {
-    setText(this.message, text);
-    this.message.classList.toggle('error', isError);
   }
 
   /** Says why, and begins anew where the server has freed the session. */
   private async fail(error: unknown): Promise<void> {
     const isFreed = error instanceof Refusal && error.isSessionGone;
-    if (!isFreed) return this.tell(error instanceof Error ? error.message : String(error), true);
+    if (!isFreed) return tellError(error);
     try {
       await this.session.open();
       this.play.reset();
       if (this.source) await this.open(this.source);
     } catch (again) {
-      this.tell(again instanceof Error ? again.message : String(again), true);
+      tellError(again);
     }
   }
 }

@@ -2,30 +2,29 @@
 import uPlot from 'uplot';
 import type { Pane as PaneSpec } from '../api/types.ts';
 import { element } from '../dom.ts';
-import { inkOn, withAlpha } from './color.ts';
 import { fontFamily, Frame, type Sight } from './frame.ts';
 import { Legend, type LegendEntry } from './legend.ts';
-import { multiples, niceStep, shortText, tickText } from './numbers.ts';
+import { shortText } from './numbers.ts';
 import { paint } from './paint.ts';
 import { rangeInSight } from './range.ts';
 import { isFigure, type ShapeRecord } from './records.ts';
 import type { Sheet } from './sheet.ts';
+import {
+  closeTag,
+  levelTags,
+  paintTag,
+  type Tag,
+  tickTexts,
+  ticksOf,
+  valueAxisWidth,
+} from './value_axis.ts';
 
-export const valueAxisWidth = 66;
 const timeAxisHeight = 26;
 const axisFont = `11px ${fontFamily}`;
 
 export interface PaneEvents {
   /** The pointer is at a place of the time axis, or has left. */
   point: (place: number | undefined) => void;
-}
-
-/** A value that has a label on the axis. */
-interface Tag {
-  value: number;
-  text: string;
-  color: string;
-  filled: boolean;
 }
 
 export class ChartPane {
@@ -126,8 +125,7 @@ export class ChartPane {
   }
 
   private makeRoomForLegend(): void {
-    const height = Math.max(this.plot.bbox.height / uPlot.pxRatio, 1);
-    const share = Math.min(this.legend.height / height, 0.4);
+    const share = Math.min(this.legend.height / Math.max(this.plotHeight(), 1), 0.4);
     this.values.high += ((this.values.high - this.values.low) * share) / (1 - share);
   }
 
@@ -174,7 +172,8 @@ export class ChartPane {
           side: 1,
           size: valueAxisWidth,
           splits: () => this.ticks().values,
-          values: (_plot, values) => this.tickTexts(values),
+          values: (_plot, values) =>
+            tickTexts(values, this.ticks().step, this.values, this.plotHeight(), this.tags()),
         },
       ],
       hooks: {
@@ -188,49 +187,19 @@ export class ChartPane {
     return this.plot.bbox.width / uPlot.pxRatio;
   }
 
-  private ticks(): { step: number; values: number[] } {
-    const { low, high } = this.values;
-    const height = this.plot.bbox.height / uPlot.pxRatio;
-    let count = Math.max(1, height / 54);
-    for (;;) {
-      const step = Math.max(niceStep(high - low, count), this.spec.digits === 0 ? 1 : 0);
-      const values = multiples(step, low, high);
-      if (values.length >= 3 || (count *= 1.5) >= Math.max(1, height / 18)) return { step, values };
-    }
+  private plotHeight(): number {
+    return this.plot.bbox.height / uPlot.pxRatio;
   }
 
-  /** No text where a tag stands. */
-  private tickTexts(values: number[]): string[] {
-    const { step } = this.ticks();
-    const { low, high } = this.values;
-    const tags = this.tags();
-    const y = (value: number) => this.plot.valToPos(value, 'y');
-    const reach = Math.max(Math.abs(low), Math.abs(high));
-    return values.map((value) =>
-      tags.some((tag) => Math.abs(y(tag.value) - y(value)) < 15)
-        ? ''
-        : tickText(value, step, reach),
-    );
+  private ticks(): { step: number; values: number[] } {
+    return ticksOf(this.values, this.plotHeight(), this.spec.digits === 0);
   }
 
   private tags(): Tag[] {
-    const { theme, decimals, view, newestClose, closeBefore } = this.sheet;
-    const tags: Tag[] = [];
-    if (this.isFirst && Number.isFinite(newestClose)) {
-      const color = newestClose < closeBefore ? theme.palette.fall : theme.palette.rise;
-      tags.push({
-        value: newestClose,
-        text: shortText(newestClose, decimals),
-        color,
-        filled: true,
-      });
-    }
-    for (const [record, value] of this.levels) {
-      const text = shortText(value, Number.isInteger(value) ? 0 : this.spec.digits);
-      const color = theme.text(String(record.LineColor));
-      if (view.count > 0) tags.push({ value, text, color, filled: false });
-    }
-    return tags.filter(({ value }) => value >= this.values.low && value <= this.values.high);
+    const { low, high } = this.values;
+    const all = levelTags(this.levels, this.sheet, this.spec.digits);
+    if (this.isFirst) all.push(...closeTag(this.sheet));
+    return all.filter(({ value }) => value >= low && value <= high);
   }
 
   private snapped(left: number): number {
@@ -278,36 +247,12 @@ export class ChartPane {
     );
     paint(frame, this.records, this.levels);
     ctx.restore();
-    this.paintTags(frame);
+    for (const tag of this.tags()) paintTag(frame, tag);
     if (!this.isLast)
       frame.fill(
         { ...box, right: box.right + valueAxisWidth, top: box.bottom - 1 },
         theme.palette.mark,
       );
     ctx.restore();
-  }
-
-  private paintTags(frame: Frame): void {
-    const { ctx, box } = frame;
-    for (const { value, text, color, filled } of this.tags()) {
-      const y = frame.y(value);
-      const line = Math.round(y) + 0.5;
-      const { width } = frame.measure(text, 11, filled);
-      ctx.textAlign = 'left';
-      ctx.textBaseline = 'middle';
-      ctx.fillStyle = color;
-      if (filled) {
-        const ends = [
-          { x: box.left, y: line },
-          { x: box.right, y: line },
-        ];
-        frame.line(ends, { color: withAlpha(color, 0.6), width: 1, dashes: [1, 3] });
-        ctx.beginPath();
-        ctx.roundRect(box.right + 1, y - 8, Math.min(width + 10, valueAxisWidth - 2), 16, 3);
-        ctx.fill();
-        ctx.fillStyle = inkOn(color);
-      }
-      ctx.fillText(text, box.right + 6, y + 0.5);
-    }
   }
 }
