@@ -27,8 +27,9 @@ add_library(csv::csv UNKNOWN IMPORTED)
 set_target_properties(csv::csv PROPERTIES
   IMPORTED_LOCATION ${csv_library} INTERFACE_INCLUDE_DIRECTORIES ${csv_include})
 
-# A header, of which only the studio has use.
+# Headers, of which only the studio has use.
 if(QUOR_BUILD_STUDIO)
+  find_package(nlohmann_json 3.11 REQUIRED)
   find_path(http_include httplib.h PATH_SUFFIXES include ${there})
   add_library(http::http INTERFACE IMPORTED)
   set_target_properties(http::http PROPERTIES INTERFACE_INCLUDE_DIRECTORIES ${http_include})

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "../session.h"
 #include "../panes/panels.h"
+#include "../session.h"
 #include "sheet.h"
 
 namespace quor_host {

@@ -4,10 +4,10 @@
 #include <optional>
 #include <string>
 
-#include "canvas.h"
 #include "../panes/panels.h"
-#include "placement.h"
 #include "../panes/theme.h"
+#include "canvas.h"
+#include "placement.h"
 #include "time_axis.h"
 
 namespace quor_host {

@@ -1,9 +1,9 @@
 // What the parts of a picture are drawn with.
 #pragma once
 
-#include "canvas.h"
 #include "../panes/theme.h"
 #include "../panes/view.h"
+#include "canvas.h"
 
 namespace quor_host {
 

@@ -19,9 +19,8 @@ double View::value(std::optional<uint32_t> column, size_t row) const {
   constexpr double nan = std::numeric_limits<double>::quiet_NaN();
   if (!column) return nan;
   const auto field = bars_.columns.find(*column);
-  const double value = field == bars_.columns.end()
-                           ? cells_(static_cast<uint32_t>(row), *column)
-                           : field->second[order_[row]];
+  const double value = field == bars_.columns.end() ? cells_(static_cast<uint32_t>(row), *column)
+                                                    : field->second[order_[row]];
   // Sums and ratios of what lies below stay finite.
   return std::abs(value) < 1e100 ? value : nan;
 }

@@ -13,12 +13,15 @@
 #include "../text.h"
 #include "colours.h"
 #include "folder.h"
-#include "web.h"
+#include "refusal.h"
 
 namespace quor_host {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+/// Of the lines: what a script may take of the machine's memory.
+constexpr size_t most_cells = 200'000'000;
 
 double milliseconds(Clock::duration time) {
   return std::chrono::duration<double, std::milli>(time).count();
@@ -40,8 +43,7 @@ void sort_bars(Bars& bars) {
 }
 
 Json finding_json(const quor_advice::Finding& finding, const Places& places) {
-  Json json = {{"severity",
-                finding.severity == quor_advice::Severity::error ? "error" : "warning"},
+  Json json = {{"severity", finding.severity == quor_advice::Severity::error ? "error" : "warning"},
                {"from", nullptr},
                {"to", nullptr},
                {"line", finding.line},
@@ -102,24 +104,23 @@ uint32_t period_of(const std::string& text) {
 }  // namespace
 
 std::shared_ptr<const Security> read_security(const std::string& name, std::string_view csv,
-                                            const std::string& period) {
+                                              const std::string& period) {
   auto security = std::make_shared<Security>();
   security->name = name;
   security->bars = parse_bars(csv, name);
   if (security->bars.keys.size() > most_rows) throw Refusal(413, "these are too many bars");
   sort_bars(security->bars);
   security->is_period_guessed = period.empty();
-  security->period = period.empty()
-                         ? infer_period(security->bars.keys).value_or(period_of_a_day)
-                         : period_of(period);
+  security->period = period.empty() ? infer_period(security->bars.keys).value_or(period_of_a_day)
+                                    : period_of(period);
   return security;
 }
 
 Task task_of(const Json& request) {
   Task task{text_of(request, "script"), {}};
   if (task.script.size() > longest_script) {
-    throw Refusal(413, "the script is longer than " + std::to_string(longest_script >> 10U) +
-                           " KiB");
+    throw Refusal(413,
+                  "the script is longer than " + std::to_string(longest_script >> 10U) + " KiB");
   }
   const auto parameters = request.find("parameters");
   if (parameters == request.end() || parameters->is_null()) return task;
@@ -139,6 +140,9 @@ Json calculate(Desk& desk) {
   auto run = std::make_unique<Run>(*desk.task, period);
   const Clock::time_point compiled = Clock::now();
   const bool has_bars = desk.row_count() > 0;
+  if (run->script().lines().size() * desk.row_count() > most_cells) {
+    throw Refusal(413, "the script has too many lines for so many bars");
+  }
   const bool is_done = run->is_sound() && (!has_bars || run->calculate(desk.bars()));
   const Clock::time_point calculated = Clock::now();
   const Places places(desk.task->script);
@@ -193,8 +197,7 @@ Json take_bars(Desk& desk, std::shared_ptr<const Security> security) {
           {"rows", bars.keys.size()},
           {"first", bars.keys.front()},
           {"last", bars.keys.back()},
-          {"period",
-           {{"code", period}, {"name", period_text(period)}, {"guessed", is_guessed}}},
+          {"period", {{"code", period}, {"name", period_text(period)}, {"guessed", is_guessed}}},
           {"intraday", intraday},
           {"fields", std::move(fields)},
           {"decimals", close == bars.columns.end() ? 2 : decimals_of(close->second)},

@@ -14,7 +14,7 @@ inline constexpr size_t most_rows = 2'000'000;
 /// the bars tell. Throws HostError for a text that is wrong, Refusal for too many rows and for a
 /// period that is none.
 std::shared_ptr<const Security> read_security(const std::string& name, std::string_view csv,
-                                            const std::string& period);
+                                              const std::string& period);
 
 /// Script and parameters of a request. Throws Refusal.
 Task task_of(const Json& request);

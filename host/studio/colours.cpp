@@ -27,9 +27,9 @@ struct NamedColor {
   Color Theme::*color;
 };
 constexpr NamedColor theme_colors[] = {
-    {"ground", &Theme::ground}, {"grid", &Theme::grid},   {"mark", &Theme::mark},
-    {"label", &Theme::label},   {"ink", &Theme::ink},     {"rise", &Theme::rise},
-    {"fall", &Theme::fall},     {"buy", &Theme::buy},     {"sell", &Theme::sell},
+    {"ground", &Theme::ground},       {"grid", &Theme::grid},     {"mark", &Theme::mark},
+    {"label", &Theme::label},         {"ink", &Theme::ink},       {"rise", &Theme::rise},
+    {"fall", &Theme::fall},           {"buy", &Theme::buy},       {"sell", &Theme::sell},
     {"close_out", &Theme::close_out}, {"notice", &Theme::notice},
 };
 

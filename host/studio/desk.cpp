@@ -1,6 +1,6 @@
 #include "desk.h"
 
-#include "web.h"
+#include "refusal.h"
 
 namespace quor_host {
 

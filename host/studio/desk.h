@@ -12,8 +12,8 @@
 
 #include "../bars.h"
 #include "../scan_job.h"
-#include "run.h"
 #include "drawing.h"
+#include "run.h"
 
 namespace quor_host {
 

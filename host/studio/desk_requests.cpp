@@ -27,8 +27,8 @@ Answer bars(Desk& desk, const Securities& securities, const Request& request) {
   }
   const Json json = request.json();
   const std::string name = text_of(json, "security");
-  auto security = read_security(name, read_file(securities.path_of(name)),
-                                text_of(json, "period", ""));
+  auto security =
+      read_security(name, read_file(securities.path_of(name)), text_of(json, "period", ""));
   const Turn turn(desk);
   return json_answer(take_bars(desk, std::move(security)));
 }
@@ -140,10 +140,18 @@ struct Row {
   Answer (*answer)(Desk& desk, const Securities& securities, const Request& request);
 };
 constexpr Row rows[] = {
-    {"POST", "bars", bars},       {"POST", "script", script},     {"GET", "view", view},
-    {"GET", "records", records},  {"GET", "values", values},      {"GET", "events", events},
-    {"POST", "play", play},       {"POST", "play/step", step},    {"POST", "play/stop", stop},
-    {"POST", "scan", scan},       {"GET", "scan", scanned},       {"POST", "scan/cancel", cancel},
+    {"POST", "bars", bars},
+    {"POST", "script", script},
+    {"GET", "view", view},
+    {"GET", "records", records},
+    {"GET", "values", values},
+    {"GET", "events", events},
+    {"POST", "play", play},
+    {"POST", "play/step", step},
+    {"POST", "play/stop", stop},
+    {"POST", "scan", scan},
+    {"GET", "scan", scanned},
+    {"POST", "scan/cancel", cancel},
     {"GET", "export.csv", export_csv},
 };
 

@@ -129,8 +129,7 @@ Json records_json(const Drawing& drawing) {
   for (const Record& record : drawing.records) records.push_back(record_json(drawing, record));
   if (drawing.panes.empty()) return records;
   const auto layers = layers_of(drawing.panes.front(), drawing.records.front());
-  records.front()["hidden"] =
-      std::ranges::find(layers, drawing.records.data()) == layers.end();
+  records.front()["hidden"] = std::ranges::find(layers, drawing.records.data()) == layers.end();
   return records;
 }
 

@@ -8,7 +8,7 @@
 #include "../scan_job.h"
 #include "../text.h"
 #include "gate.h"
-#include "web.h"
+#include "refusal.h"
 
 namespace quor_host {
 namespace {

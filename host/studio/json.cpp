@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "web.h"
+#include "refusal.h"
 
 namespace quor_host {
 namespace {

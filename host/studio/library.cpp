@@ -18,9 +18,8 @@ void add_samples(Json& samples, const std::string& group, const fs::path& folder
   if (!fs::is_directory(folder)) return;
   const ScriptFolder scripts(folder);
   for (const std::string& name : scripts.names()) {
-    samples.push_back({{"name", fs::path(name).stem().string()},
-                       {"group", group},
-                       {"text", scripts.read(name)}});
+    samples.push_back(
+        {{"name", fs::path(name).stem().string()}, {"group", group}, {"text", scripts.read(name)}});
   }
 }
 
@@ -49,8 +48,8 @@ Json words_json() {
 
 Json periods_json() {
   Json periods = Json::array();
-  for (const char* const name : {"1min", "5min", "15min", "30min", "1hour", "day", "week", "month",
-                                 "quarter", "year"}) {
+  for (const char* const name :
+       {"1min", "5min", "15min", "30min", "1hour", "day", "week", "month", "quarter", "year"}) {
     const uint32_t code = parse_period(name).value_or(period_of_a_day);
     periods.push_back({{"code", code}, {"name", period_text(code)}});
   }

@@ -5,8 +5,8 @@
 
 #include "../fields.h"
 #include "calculation.h"
+#include "refusal.h"
 #include "shown.h"
-#include "web.h"
 
 namespace quor_host {
 namespace {
@@ -32,8 +32,8 @@ class Path {
   /// A field of the bar when a share of it is over; `whole` is its value at the end.
   double at(uint32_t field, double share, double whole) const {
     if (field == field_volume || field == field_amount) return std::floor(whole * share);
-    const bool is_price = field == field_open || field == field_high || field == field_low ||
-                          field == field_close;
+    const bool is_price =
+        field == field_open || field == field_high || field == field_low || field == field_close;
     if (!is_price || std::isnan(open_ + high_ + low_ + close_)) return whole;
     if (field == field_open) return open_;
     const size_t passed = static_cast<size_t>(share * 3.0);
@@ -99,9 +99,9 @@ Json tick_json(const Desk& desk, bool is_whole) {
   const Play& play = *desk.play;
   Json bar = Json::object();
   for (const auto& [id, values] : play.bars.columns) bar[std::to_string(id)] = values.back();
-  return {{"row", play.row},         {"key", play.bars.keys.back()},
-          {"tick", play.tick},       {"final", is_whole},
-          {"bar", std::move(bar)},   {"values", line_values(desk, play.row)},
+  return {{"row", play.row},        {"key", play.bars.keys.back()},
+          {"tick", play.tick},      {"final", is_whole},
+          {"bar", std::move(bar)},  {"values", line_values(desk, play.row)},
           {"events", Json::array()}};
 }
 
@@ -143,12 +143,9 @@ Json step(Desk& desk, size_t ticks, size_t bars) {
     if (ticks > 0) --ticks;
     if (bars > 0 && is_whole) --bars;
   }
-  return {{"revision", ++desk.revision},
-          {"row", desk.play->row},
-          {"rows", desk.row_count()},
-          {"of", desk.security->bars.keys.size()},
-          {"done", is_over(desk)},
-          {"steps", std::move(steps)}};
+  return {{"revision", ++desk.revision}, {"row", desk.play->row},
+          {"rows", desk.row_count()},    {"of", desk.security->bars.keys.size()},
+          {"done", is_over(desk)},       {"steps", std::move(steps)}};
 }
 
 }  // namespace
@@ -175,7 +172,8 @@ Json step_bars(Desk& desk, size_t count) { return step(desk, 0, count); }
 
 Json stop_play(Desk& desk) {
   desk.play.reset();
-  if (!desk.task) return {{"revision", ++desk.revision}, {"sound", false}, {"findings", Json::array()}};
+  if (!desk.task)
+    return {{"revision", ++desk.revision}, {"sound", false}, {"findings", Json::array()}};
   return calculate(desk);
 }
 

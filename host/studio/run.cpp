@@ -29,9 +29,7 @@ std::vector<Record> records_of(const quor::engine::Script& script) {
 }  // namespace
 
 Run::Run(Task task, uint32_t period)
-    : task_(std::move(task)),
-      period_(period),
-      script_(task_.script, settings_of(task_, period)) {
+    : task_(std::move(task)), period_(period), script_(task_.script, settings_of(task_, period)) {
   if (is_sound()) records_ = records_of(script_);
 }
 

@@ -7,7 +7,7 @@
 #include "../period.h"
 #include "../scan_findings.h"
 #include "calculation.h"
-#include "web.h"
+#include "refusal.h"
 
 namespace quor_host {
 namespace {
@@ -100,8 +100,8 @@ Json scan_json(Desk& desk, size_t since) {
                       {"values", row.values}});
     }
     if (outcome.reason.empty()) continue;
-    failures.push_back({{"security", security_of(scan->job().files[outcome.file])},
-                        {"reason", outcome.reason}});
+    failures.push_back(
+        {{"security", security_of(scan->job().files[outcome.file])}, {"reason", outcome.reason}});
   }
   json["next"] = since + outcomes.size();
   json["rows"] = std::move(rows);

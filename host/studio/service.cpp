@@ -103,7 +103,8 @@ Answer StudioService::answer_session(const std::vector<std::string>& pieces,
 
 Answer StudioService::answer_script(const std::string& name, const Request& request) {
   if (!scripts_) {
-    throw Refusal(409, "the studio has no folder of scripts; quor studio --bars FOLDER gives it one");
+    throw Refusal(409,
+                  "the studio has no folder of scripts; quor studio --bars FOLDER gives it one");
   }
   if (request.method == "GET") {
     return json_answer({{"name", name}, {"text", scripts_->read(name)}});

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "gate.h"
-#include "web.h"
+#include "refusal.h"
 
 namespace quor_host {
 namespace {

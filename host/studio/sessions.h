@@ -20,7 +20,8 @@ class Sessions {
 
   /// The id of a new one. Throws Refusal if there are too many.
   std::string open();
-  /// Throws Refusal for an id that isn't known. The desk lives on in the hands of those who have it.
+  /// Throws Refusal for an id that isn't known. The desk lives on in the hands of those who have
+  /// it.
   std::shared_ptr<Desk> find(const std::string& id);
   void close(const std::string& id);
   /// Closes those that no request has asked for in the idle time.

@@ -4,16 +4,19 @@
 #include <cmath>
 #include <span>
 
-#include "web.h"
+#include "refusal.h"
 
 namespace quor_host {
 namespace {
 
 constexpr size_t most_rows_of_record = 5000;
 
-constexpr const char* value_keys[] = {
-    "Field1Id",  "Field2Id",  "Field3Id", "NumberFieldId", "HorizontalOffset1FieldId",
-    "HorizontalOffset2FieldId"};
+constexpr const char* value_keys[] = {"Field1Id",
+                                      "Field2Id",
+                                      "Field3Id",
+                                      "NumberFieldId",
+                                      "HorizontalOffset1FieldId",
+                                      "HorizontalOffset2FieldId"};
 
 struct MarkKey {
   const char* name;
@@ -24,7 +27,8 @@ constexpr MarkKey mark_keys[] = {
 
 bool is_figure(const Record& record) {
   const std::string style = record.text("Style");
-  return record.is("PolylineShape") && (style.ends_with("Curve") || style.ends_with("StraightLine"));
+  return record.is("PolylineShape") &&
+         (style.ends_with("Curve") || style.ends_with("StraightLine"));
 }
 
 bool is_pair_line(const Record& record) {
@@ -33,8 +37,9 @@ bool is_pair_line(const Record& record) {
 
 /// Whether the record stands at single bars; lines, areas, sticks and candles go through all.
 bool stands_at_bars(const Record& record) {
-  constexpr const char* kinds[] = {"TextShape",   "ImageShape",        "StraightLineShape", "RectShape",
-                                   "NoticeShape", "FuturesTradeShape", "SoundShape"};
+  constexpr const char* kinds[] = {"TextShape", "ImageShape",  "StraightLineShape",
+                                   "RectShape", "NoticeShape", "FuturesTradeShape",
+                                   "SoundShape"};
   return is_figure(record) ||
          std::ranges::any_of(kinds, [&record](const char* kind) { return record.is(kind); });
 }

@@ -14,7 +14,7 @@ using quor_advice::Statement;
 
 Json slider(const char* kind, const std::string& name, double value) {
   const auto [low, high, step] = slider_range(value);
-  return {{"kind", kind}, {"name", name}, {"value", value},   {"low", low},
+  return {{"kind", kind}, {"name", name}, {"value", value},  {"low", low},
           {"high", high}, {"step", step}, {"from", nullptr}, {"to", nullptr}};
 }
 

@@ -20,7 +20,9 @@ namespace {
 
 StudioFiles files_of(const StudioOptions& options) {
   const std::filesystem::path share = program_folder() / QUOR_SHARE;
-  return {share / "studio", share / "samples", options.bars_path, options.script_path};
+  const std::filesystem::path page =
+      options.page_path.empty() ? share / "studio" : std::filesystem::path(options.page_path);
+  return {page, share / "samples", options.bars_path, options.script_path};
 }
 
 /// The signals by which a user ends the program. For the life of the object no thread hears them,

@@ -12,6 +12,7 @@ namespace quor_host {
 struct StudioOptions {
   std::string script_path;  ///< empty for none
   std::string bars_path;    ///< a file or a folder; empty for the sample bars
+  std::string page_path;    ///< the folder of the page, if not the one that belongs to the program
   int port = 0;             ///< 0 for any that is free
   bool no_open = false;     ///< don't open the browser
   int idle_seconds = 1800;  ///< after which a session that was left alone is freed

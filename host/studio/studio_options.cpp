@@ -23,14 +23,16 @@ void add_studio(CLI::App& app, StudioOptions& options) {
   studio.footer(examples);
   studio.add_option("SCRIPT", options.script_path, "File with a script to begin with")
       ->type_name("");
-  studio.add_option("--bars", options.bars_path,
-                    "A file of bars, or a folder with such files (*.csv), by default sample bars")
+  studio
+      .add_option("--bars", options.bars_path,
+                  "A file of bars, or a folder with such files (*.csv), by default sample bars")
       ->type_name("FILE|FOLDER");
   studio.add_option("--port", options.port, "The port, by default one that is free")
       ->type_name("N")
       ->check(CLI::Range(0, 65535));
   studio.add_flag("--no-open", options.no_open, "Print the link only, don't open the browser");
-  // For tests.
+  // For those who work on the page, and for tests.
+  studio.add_option("--page", options.page_path, "")->group("");
   studio.add_option("--idle", options.idle_seconds, "")->group("")->check(CLI::Range(1, 86400));
 }
 

@@ -2,28 +2,20 @@
 #pragma once
 
 #include <map>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "json.h"
+#include "refusal.h"
 
 namespace quor_host {
-
-/// What a request is refused with: a status of HTTP and one sentence.
-class Refusal : public std::runtime_error {
- public:
-  Refusal(int code, const std::string& sentence) : std::runtime_error(sentence), status(code) {}
-
-  int status;
-};
 
 struct Request {
   std::string method;
   std::string path;                          ///< decoded
   std::map<std::string, std::string> query;  ///< decoded; of a repeated key the first
-  std::string type;                          ///< of the content, in small letters, without parameters
+  std::string type;  ///< of the content, in small letters, without parameters
   std::string body;
 
   std::string text(const std::string& key) const;

@@ -70,9 +70,9 @@ struct FieldThinning {
   Thinning thinning;
 };
 constexpr FieldThinning field_thinnings[] = {
-    {field_open, {"first", first_of}},  {field_high, {"max", most_of}},
-    {field_low, {"min", least_of}},     {field_close, {"last", last_of}},
-    {field_volume, {"sum", sum_of}},    {field_amount, {"sum", sum_of}},
+    {field_open, {"first", first_of}}, {field_high, {"max", most_of}},
+    {field_low, {"min", least_of}},    {field_close, {"last", last_of}},
+    {field_volume, {"sum", sum_of}},   {field_amount, {"sum", sum_of}},
 };
 
 const Thinning& thinning_of(const Drawing& drawing, uint32_t column) {
@@ -164,9 +164,8 @@ class Writer {
   }
 
   std::string header() const {
-    const Json json = {{"revision", desk_.revision}, {"from", window_.from},
-                       {"to", window_.to},           {"rows", desk_.row_count()},
-                       {"bucket", bucket_},          {"count", count_},
+    const Json json = {{"revision", desk_.revision}, {"from", window_.from}, {"to", window_.to},
+                       {"rows", desk_.row_count()},  {"bucket", bucket_},    {"count", count_},
                        {"columns", columns_}};
     std::string text = json_text(json);
     while ((text.size() + sizeof(uint32_t)) % sizeof(double) != 0) text += ' ';

@@ -17,7 +17,8 @@ struct Window {
 };
 
 /// A length of 32 bits, a header in JSON of that length, and arrays of doubles, all with the lowest
-/// byte first. Rows go by buckets where there are more of them than points. The desk must be locked.
+/// byte first. Rows go by buckets where there are more of them than points. The desk must be
+/// locked.
 std::string window_bytes(const Desk& desk, Window window);
 
 }  // namespace quor_host
