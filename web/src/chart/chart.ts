@@ -37,6 +37,7 @@ export class Chart {
   private row: number | undefined;
   private exact: { row: number; values: ReadonlyMap<number, number> } | undefined;
   private title = '';
+  private isToBeTold = false;
   private frameAsked = 0;
 
   constructor(
@@ -100,7 +101,7 @@ export class Chart {
   /** Has a row in sight, under the crosshair. */
   showRow(row: number): void {
     this.setSight(showing(this.sight, row, this.rows));
-    this.point(row + 0.5, true);
+    this.moveCrosshair(row);
   }
 
   show(sheet: Sheet): void {
@@ -109,6 +110,7 @@ export class Chart {
     this.exact = undefined;
     if (isAnother) this.takePanes(sheet);
     this.drawNow();
+    this.tellIfWanted();
     this.events.drawn(sheet);
   }
 
@@ -149,7 +151,7 @@ export class Chart {
   private buildPanes(sheet: Sheet): void {
     for (const pane of this.panes) pane.destroy();
     const { panes } = sheet.drawn;
-    const events = { point: (place: number | undefined) => this.point(place, false) };
+    const events = { point: (place: number | undefined) => this.followPointer(place) };
     this.panes = panes.map(
       (spec, i) => new ChartPane(sheet, spec, i === 0, i === panes.length - 1, events),
     );
@@ -188,18 +190,31 @@ export class Chart {
     if (this.row !== undefined) for (const pane of this.panes) pane.setCrosshair(this.row + 0.5);
   }
 
-  /** The crosshair is at a place of the axis, or away. */
-  private point(place: number | undefined, byKey: boolean): void {
-    const { sheet } = this;
-    if (!sheet || sheet.view.count === 0) return;
-    const { view } = sheet;
+  private followPointer(place: number | undefined): void {
+    if (!this.sheet || this.sheet.view.count === 0) return;
     const row = place === undefined ? undefined : this.rowAt(place);
-    if (row === this.row && !byKey) return;
+    if (row !== this.row) this.pointAt(row);
+  }
+
+  /** Has the crosshair at a row, or away, and tells its values as soon as they are there. */
+  private moveCrosshair(row: number | undefined): void {
+    this.pointAt(row);
+    for (const pane of this.panes) pane.setCrosshair(row === undefined ? undefined : row + 0.5);
+    this.isToBeTold = row !== undefined;
+    this.tellIfWanted();
+  }
+
+  private pointAt(row: number | undefined): void {
     this.row = row;
-    if (byKey) for (const pane of this.panes) pane.setCrosshair(place);
     this.showLegends();
-    if (row !== undefined && view.step > 1) void this.askForValues(row);
-    if (byKey && row !== undefined) setText(this.spoken, this.sentence());
+    if (row !== undefined && this.sheet && this.sheet.view.step > 1) void this.askForValues(row);
+  }
+
+  private tellIfWanted(): void {
+    const { row, sheet } = this;
+    if (!this.isToBeTold || row === undefined || !sheet?.view.holds(row)) return;
+    this.isToBeTold = false;
+    setText(this.spoken, this.sentence());
   }
 
   /** The newest row of the slot at a place. */
@@ -256,7 +271,7 @@ export class Chart {
     if (event.ctrlKey || event.metaKey || event.altKey || !this.sheet) return;
     const span = this.sight.to - this.sight.from;
     const step = this.sheet.view.step * (event.shiftKey ? 10 : 1);
-    const move = (by: number) => this.moveCrosshair(by);
+    const move = (by: number) => this.stepCrosshair(by);
     const acts: Readonly<Record<string, () => void>> = {
       ArrowLeft: () => move(-step),
       ArrowRight: () => move(step),
@@ -270,18 +285,15 @@ export class Chart {
       Home: () => this.showRow(0),
       End: () => this.showRow(this.rows - 1),
       '0': () => this.showAll(),
-      Escape: () => this.point(undefined, true),
+      Escape: () => this.moveCrosshair(undefined),
     };
     if (!Object.hasOwn(acts, event.key)) return;
     event.preventDefault();
     acts[event.key]();
   }
 
-  private moveCrosshair(by: number): void {
-    const row = Math.min(
-      Math.max((this.row ?? this.rows - 1) + (this.row === undefined ? 0 : by), 0),
-      this.rows - 1,
-    );
-    this.showRow(row);
+  private stepCrosshair(by: number): void {
+    const row = this.row === undefined ? this.rows - 1 : this.row + by;
+    this.showRow(Math.min(Math.max(row, 0), this.rows - 1));
   }
 }

@@ -45,7 +45,8 @@ export class ChartPane {
     events: PaneEvents,
   ) {
     this.take(sheet, spec);
-    this.plot = new uPlot(this.options(events), this.ends(), this.root);
+    this.plot = new uPlot(this.options(), this.ends(), this.root);
+    this.followPointer(events);
     this.root.append(this.legend.root, this.cursorTag);
   }
 
@@ -136,7 +137,7 @@ export class ChartPane {
     ];
   }
 
-  private options(events: PaneEvents): uPlot.Options {
+  private options(): uPlot.Options {
     const grid = { stroke: () => this.sheet.theme.palette.grid, width: 1 };
     const stroke = () => this.sheet.theme.palette.label;
     const axis = { stroke, font: axisFont, gap: 4, grid, ticks: { show: false } };
@@ -178,7 +179,7 @@ export class ChartPane {
       ],
       hooks: {
         draw: [() => this.paint()],
-        setCursor: [(plot) => this.follow(plot, events)],
+        setCursor: [(plot) => this.showLevel(plot)],
       },
     };
   }
@@ -210,20 +211,20 @@ export class ChartPane {
     return this.plot.valToPos(view.middle(Math.min(begin, view.count - 1)), 'x');
   }
 
-  private follow(plot: uPlot, events: PaneEvents): void {
+  /** The library tells of its crosshair at each redraw, too: the pointer is followed by itself. */
+  private followPointer({ point }: PaneEvents): void {
+    this.over.addEventListener('mousemove', (event) => point(this.placeAt(event.offsetX)));
+    this.over.addEventListener('mouseleave', () => point(undefined));
+  }
+
+  private showLevel(plot: uPlot): void {
     const { left = -10, top = -10 } = plot.cursor;
-    const isHere = left >= 0 && top >= 0;
-    this.cursorTag.hidden = !isHere;
-    if (isHere) {
-      const value = plot.posToVal(top, 'y');
-      const digits = Math.max(this.spec.digits, this.isFirst ? this.sheet.decimals : 0);
-      this.cursorTag.textContent = shortText(value, Math.min(digits, 8));
-      this.cursorTag.style.top = `${top}px`;
-      this.cursorTag.style.left = `${this.plotWidth()}px`;
-      events.point(this.placeAt(left));
-    } else if (left < 0) {
-      events.point(undefined);
-    }
+    this.cursorTag.hidden = left < 0 || top < 0;
+    if (this.cursorTag.hidden) return;
+    const digits = Math.max(this.spec.digits, this.isFirst ? this.sheet.decimals : 0);
+    this.cursorTag.textContent = shortText(plot.posToVal(top, 'y'), Math.min(digits, 8));
+    this.cursorTag.style.top = `${top}px`;
+    this.cursorTag.style.left = `${this.plotWidth()}px`;
   }
 
   private paint(): void {

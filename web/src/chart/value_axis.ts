@@ -42,7 +42,7 @@ export function ticksOf(
   }
 }
 
-/** The texts of ticks, none where a tag stands. */
+/** The texts of ticks, none where a tag stands or half of it would be cut off. */
 export function tickTexts(
   values: readonly number[],
   step: number,
@@ -52,8 +52,12 @@ export function tickTexts(
 ): string[] {
   const nearTag = (value: number) =>
     tags.some((tag) => Math.abs(tag.value - value) * height < (tagHeight - 1) * (high - low));
+  const margin = ((high - low) / height) * 7;
+  const isCut = (value: number) => value > high - margin || value < low + margin;
   const reach = Math.max(Math.abs(low), Math.abs(high));
-  return values.map((value) => (nearTag(value) ? '' : tickText(value, step, reach)));
+  return values.map((value) =>
+    nearTag(value) || isCut(value) ? '' : tickText(value, step, reach),
+  );
 }
 
 export function closeTag({ theme, decimals, newestClose, closeBefore }: Sheet): Tag[] {

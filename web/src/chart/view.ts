@@ -66,6 +66,10 @@ export class View {
     return (slot) => first[slot] === 1;
   }
 
+  holds(row: number): boolean {
+    return row >= this.from && row < this.to;
+  }
+
   /** The value of a column at a row, or at one of the slot where the row is; NaN out of sight. */
   valueAt(id: number | undefined, row: number): number {
     const slot = Math.floor((row - this.from) / this.step);

@@ -19,6 +19,24 @@ import { wordHelp } from './help.ts';
 import { scriptLanguage } from './language.ts';
 import { editorLook } from './look.ts';
 
+/** Text written over a selection: left to itself, the browser wraps it into an element with a style,
+ * which the page's security policy refuses with a message. */
+const overSelection = EditorView.domEventHandlers({
+  beforeinput(event, view) {
+    const { main } = view.state.selection;
+    if (event.inputType !== 'insertText' || !event.data || main.empty) return false;
+    event.preventDefault();
+    const text = event.data;
+    const insert = () =>
+      view.state.update(view.state.replaceSelection(text), { userEvent: 'input.type' });
+    const handlers = view.state.facet(EditorView.inputHandler);
+    if (!handlers.some((handle) => handle(view, main.from, main.to, text, insert))) {
+      view.dispatch(insert());
+    }
+    return true;
+  },
+});
+
 interface Place {
   from: number;
   to: number;
@@ -66,6 +84,7 @@ export class Editor {
           ...historyKeymap,
           ...lintKeymap,
         ]),
+        overSelection,
         scriptLanguage(new Set(words.map(({ word }) => word))),
         wordHelp(words),
         editorLook,

@@ -29,7 +29,7 @@ export const editorLook = EditorView.theme({
     },
   '&.cm-focused .cm-matchingBracket': { backgroundColor: 'var(--selection)', outline: 'none' },
   '.cm-selectionMatch': { backgroundColor: 'var(--selection)' },
-  '.cm-tooltip': { ...plate, overflow: 'hidden', fontSize: '12.5px', maxWidth: '440px' },
+  '.cm-tooltip': { ...plate, fontSize: '12.5px', maxWidth: '440px' },
   '.cm-tooltip-autocomplete > ul': { fontFamily: 'var(--code-font)', maxHeight: '15em' },
   '.cm-tooltip-autocomplete > ul > li': { padding: '2px 8px' },
   '.cm-tooltip.cm-tooltip-autocomplete > ul > li[aria-selected]': {

@@ -110,6 +110,7 @@ export class Play {
     this.isBusy = true;
     try {
       const answer = await this.session.play(row, Number(this.ticks.value));
+      this.setPhase('paused');
       this.events.begun(answer);
       this.tell(answer);
       return true;

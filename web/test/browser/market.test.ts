@@ -51,12 +51,9 @@ test('200 bars are played, and fire what the command line fires', async () => {
   const played = await desk.texts('.event-list li[data-final="true"] .word');
   const times = await desk.texts('.event-list .time');
   const first = lastBars(200).split('\n')[1].split(',')[0];
-  const expected = fired
-    .split('\n')
-    .filter(
-      (line) =>
-        /\b(BK|SP|NOTICE|over)\b/.test(line) && (/\d{4}-\d\d-\d\d/.exec(line)?.[0] ?? '') >= first,
-    );
+  const expected = [...fired.matchAll(/^(?:signal|notice) +(\d{4}-\d\d-\d\d)/gm)].filter(
+    ([, day]) => day >= first,
+  );
   assert.ok(played.length > 20);
   assert.equal(played.length, expected.length);
   assert.ok(times.every((time) => time >= first));
@@ -182,12 +179,13 @@ test('a script that is too large is refused, and the page lives on', async () =>
 test('hostile text is text', async () => {
   const opened: string[] = [];
   desk.page.on('dialog', (dialog) => (opened.push(dialog.message()), void dialog.dismiss()));
-  await desk.write("<b>x</b>:C;\nC>O,NOTICE('<i>x</i>');\nDRAWTEXT(C>O,L,'<s>\"x');");
-  await desk.write("C>O,NOTICE('<i>x</i>');\nDRAWTEXT(C>O,L,'<s>\"x');\nDRAWBMP(C>O,H,'<u>\\');");
-  await desk.page.click('#tab-events');
+  await desk.write("A:C;\nDRAWTEXT(C>O,L,'<s>x');\nDRAWBMP(C>O,H,'<u>x');");
+  await desk.page.type('[aria-label="Name of a parameter"]', '<b>n</b>');
+  await desk.page.click('.adder button');
   await desk.settled();
-  assert.ok((await desk.texts('.event-list .name')).includes('<i>x</i>'));
-  await desk.page.click('#tab-securities');
+  assert.deepEqual(await desk.texts('.slider-name'), ['<B>N</B>']);
+  await desk.drop('bad.csv', `date,close\n2024-01-01,${hostile}\n`);
+  assert.ok((await desk.text('#message')).includes('<img'));
   await desk.page.click(
     `::-p-xpath(//ul[@aria-label="Securities"]//button[starts-with(.,"<img")])`,
   );

@@ -67,7 +67,9 @@ export class Studio {
   }
 
   static async start(...options: string[]): Promise<Studio> {
-    const server = spawn(quor, ['studio', ...options], { stdio: ['ignore', 'pipe', 'inherit'] });
+    const server = spawn(quor, ['studio', '--no-open', ...options], {
+      stdio: ['ignore', 'pipe', 'inherit'],
+    });
     const link = await new Promise<string>((found, fail) => {
       let printed = '';
       server.stdout.on('data', (part: Buffer) => {
@@ -165,7 +167,25 @@ export class Desk {
     await this.page.keyboard.press('a');
     await this.page.keyboard.up('Control');
     await this.page.keyboard.sendCharacter(script);
+    const [first] = script.split('\n');
+    await this.page.waitForFunction(
+      (first) => {
+        const { shadowRoot } = document.getElementById('editor')!;
+        return shadowRoot?.querySelector('.cm-line')?.textContent === first;
+      },
+      {},
+      first,
+    );
     await this.settled();
+  }
+
+  /** Waits for an element of the editor. */
+  async seen(selector: string): Promise<void> {
+    await this.page.waitForFunction(
+      (selector) => document.getElementById('editor')!.shadowRoot?.querySelector(selector),
+      {},
+      selector,
+    );
   }
 
   text(selector: string): Promise<string> {
@@ -195,12 +215,15 @@ export class Desk {
   async pixels(): Promise<Buffer> {
     const text = await this.page.$eval('.pane canvas', (canvas) => {
       const { width, height } = canvas as HTMLCanvasElement;
-      const { data } = (canvas as HTMLCanvasElement)
-        .getContext('2d')!
-        .getImageData(0, 0, width, height);
+      const copy = new OffscreenCanvas(width, height).getContext('2d', {
+        willReadFrequently: true,
+      })!;
+      copy.drawImage(canvas as HTMLCanvasElement, 0, 0);
+      const { data } = copy.getImageData(0, 0, width, height);
       let made = '';
-      for (let i = 0; i < data.length; i += 8192)
+      for (let i = 0; i < data.length; i += 8192) {
         made += String.fromCharCode(...data.subarray(i, i + 8192));
+      }
       return btoa(made);
     });
     return Buffer.from(text, 'base64');
