@@ -3,7 +3,15 @@ import { isShared, type Shared } from './link.ts';
 
 const key = 'quor-studio-draft';
 
-export function keepDraft(draft: Shared): void {
+let timer: ReturnType<typeof setTimeout> | undefined;
+
+/** Soon, so that one who types doesn't wait for it. */
+export function keepDraft(draftOf: () => Shared): void {
+  clearTimeout(timer);
+  timer = setTimeout(() => write(draftOf()), 200);
+}
+
+function write(draft: Shared): void {
   try {
     sessionStorage.setItem(key, JSON.stringify(draft));
   } catch {

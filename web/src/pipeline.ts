@@ -11,6 +11,7 @@ import type {
 import { Calculation } from './calculation.ts';
 import { Chart } from './chart/chart.ts';
 import { type Loaded, Loader } from './chart/loader.ts';
+import { standsAtBars } from './chart/records.ts';
 import { Sheet } from './chart/sheet.ts';
 import { Theme } from './chart/theme.ts';
 import { byId } from './dom.ts';
@@ -107,7 +108,9 @@ export class Pipeline {
   private load(): void {
     if (!this.drawn || !this.bars) return;
     const { sight, pixels } = this.chart.need;
-    this.loader.want(sight, pixels, this.drawn.rows, this.revision);
+    const { rows, records } = this.drawn;
+    const withRecords = records.some(standsAtBars);
+    this.loader.want(sight, pixels, rows, { revision: this.revision, withRecords });
   }
 
   private draw({ view, shown }: Loaded): void {

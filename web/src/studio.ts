@@ -140,7 +140,7 @@ export class Studio {
     if (this.editor.text.length > this.start.limits.script) {
       return tellError(`A script may be ${this.start.limits.script / 1024} KiB long`);
     }
-    keepDraft(this.shared);
+    keepDraft(() => this.shared);
     this.pipeline.want();
   }
 
@@ -214,7 +214,7 @@ export class Studio {
     );
     document.title = `${bars.name} – quor studio`;
     this.pipeline.takeBars(bars);
-    keepDraft(this.shared);
+    keepDraft(() => this.shared);
   }
 
   private openScript(name: string, text: string): void {

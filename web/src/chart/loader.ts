@@ -14,6 +14,8 @@ interface Goal {
   wanted: Wanted;
   /** Of the calculation: an older one isn't worth drawing. */
   revision: number;
+  /** Whether bars at which records show are asked for, too. */
+  withRecords: boolean;
 }
 
 export class Loader {
@@ -28,12 +30,17 @@ export class Loader {
   ) {}
 
   /** Sees to it that a sight can be drawn. */
-  want(sight: Sight, pixels: number, rows: number, revision: number): void {
+  want(
+    sight: Sight,
+    pixels: number,
+    rows: number,
+    { revision, withRecords }: { revision: number; withRecords: boolean },
+  ): void {
     const wanted = wantedFor(sight, pixels, rows);
     const isThere =
       this.loaded?.revision === revision && serves(this.loaded.wanted, sight, wanted, rows);
     if (isThere || rows === 0) return;
-    this.next = { wanted, revision };
+    this.next = { wanted, revision, withRecords };
     this.working ??= this.work();
   }
 
@@ -60,7 +67,7 @@ export class Loader {
     const points = Math.max(Math.ceil((to - from) / step), 16);
     const [data, records] = await Promise.all([
       this.session.view(from, to, points),
-      this.session.records(from, to),
+      goal.withRecords ? this.session.records(from, to) : { revision: goal.revision, records: [] },
     ]);
     // Of another calculation, whose answer will bring a wish of its own.
     if (data.revision !== goal.revision || records.revision !== goal.revision) return;

@@ -31,6 +31,14 @@ export function isFigure(record: ShapeRecord): boolean {
   return isKind(record, 'PolylineShape') && /Curve|StraightLine/.test(textOf(record, 'Style'));
 }
 
+/** Whether a record stands at single bars with values of their own, so that the columns in sight
+ * don't say all of it. */
+export function standsAtBars(record: ShapeRecord): boolean {
+  if (isKind(record, 'StraightLineShape')) return !textOf(record, 'Style').startsWith('Vert');
+  if (isKind(record, 'RectShape')) return flagOf(record, 'IsLastCandle');
+  return isKind(record, 'TextShape') || isKind(record, 'ImageShape') || isFigure(record);
+}
+
 /** The colour of the title: a record has one of these keys; sticks of two colours have a title of
  * neither. */
 export function brushOf(record: ShapeRecord): string {
