@@ -82,7 +82,8 @@ class Arrangement {
       take(groups_[latest_], range);
       take(panels_[latest_].range, in_sight);
     }
-    panels_[in_sight.empty ? 0 : latest_].records.push_back(&record);
+    const bool follows = !in_sight.empty || record.is("YAxisRange");
+    panels_[follows ? latest_ : 0].records.push_back(&record);
     reach_for(panels_[latest_].range, record);
   }
 

@@ -2,11 +2,10 @@
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
-#include <thread>
 
 namespace quor_host {
 namespace {
@@ -19,16 +18,23 @@ bool has_display() {
   return false;
 }
 
-/// What it prints isn't the studio's.
-pid_t start(char* const* arguments) {
+/// Starts a program that lives on by itself: it prints nothing here, hears no Ctrl-C that is meant
+/// for the studio, and those meant for it.
+void start(char* const* arguments) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
   posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  sigset_t none;
+  sigemptyset(&none);
+  posix_spawnattr_setsigmask(&attributes, &none);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETPGROUP);
   pid_t process = 0;
-  const int error = posix_spawnp(&process, arguments[0], &actions, nullptr, arguments, environ);
+  posix_spawnp(&process, arguments[0], &actions, &attributes, arguments, environ);
+  posix_spawnattr_destroy(&attributes);
   posix_spawn_file_actions_destroy(&actions);
-  return error == 0 ? process : 0;
 }
 
 }  // namespace
@@ -38,10 +44,8 @@ void open_browser(const std::string& link) {
   std::string program = "xdg-open";
   std::string argument = link;
   char* const arguments[] = {program.data(), argument.data(), nullptr};
-  const pid_t process = start(arguments);
-  if (process == 0) return;
-  // Nobody waits for it, but it mustn't stay in the list of processes when it is done.
-  std::thread([process] { waitpid(process, nullptr, 0); }).detach();
+  std::signal(SIGCHLD, SIG_IGN);  // so that nobody has to wait for it
+  start(arguments);
 }
 
 }  // namespace quor_host

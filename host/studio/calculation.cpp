@@ -95,6 +95,15 @@ void add_drawing(Json& answer, const Desk& desk) {
   answer["rows"] = desk.row_count();
 }
 
+/// A name that no parameter can have is the request's fault.
+std::unique_ptr<Run> run_of(const Task& task, uint32_t period) {
+  try {
+    return std::make_unique<Run>(task, period);
+  } catch (const quor::engine::Misuse& misuse) {
+    throw Refusal(400, misuse.what());
+  }
+}
+
 uint32_t period_of(const std::string& text) {
   const auto period = parse_period(text);
   if (!period) throw Refusal(400, "\"period\" is none that is known");
@@ -137,7 +146,7 @@ Task task_of(const Json& request) {
 Json calculate(Desk& desk) {
   const Clock::time_point start = Clock::now();
   const uint32_t period = desk.security ? desk.security->period : period_of_a_day;
-  auto run = std::make_unique<Run>(*desk.task, period);
+  auto run = run_of(*desk.task, period);
   const Clock::time_point compiled = Clock::now();
   const bool has_bars = desk.row_count() > 0;
   if (run->script().lines().size() * desk.row_count() > most_cells) {
@@ -181,7 +190,7 @@ Json take_bars(Desk& desk, std::shared_ptr<const Security> security) {
   Json script;
   if (desk.task) script = calculate(desk);
   if (!desk.run && seen) {
-    auto run = std::make_unique<Run>(std::move(*seen), period);
+    auto run = run_of(*seen, period);
     if (run->is_sound() && run->calculate(bars)) {
       desk.drawing = drawing_of(*run, bars);
       desk.run = std::move(run);

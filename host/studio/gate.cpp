@@ -1,10 +1,13 @@
 #include "gate.h"
 
+#include <sys/random.h>
+
 #include <algorithm>
 #include <array>
 #include <iterator>
-#include <random>
 #include <string_view>
+
+#include "../errors.h"
 
 namespace quor_host {
 namespace {
@@ -37,12 +40,12 @@ std::string_view cookie_of(std::string_view cookies, std::string_view name) {
 
 std::string random_text() {
   constexpr std::string_view digits = "0123456789abcdef";
-  std::random_device device;  // the system's own source on the systems that the studio is built for
-  std::string text;
-  for (int word = 0; word < 4; ++word) {
-    const uint32_t bits = device();
-    for (unsigned shift = 0; shift < 32; shift += 4) text += digits[bits >> shift & 15U];
+  std::array<unsigned char, 16> bytes{};
+  if (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
+    throw HostError("the system gives no random numbers");
   }
+  std::string text;
+  for (const unsigned char byte : bytes) text += {digits[byte >> 4U], digits[byte & 15U]};
   return text;
 }
 

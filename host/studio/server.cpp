@@ -84,6 +84,7 @@ Server::Server(int port, Service service, BodyLimit limit)
   server.set_tcp_nodelay(true);
   server.set_payload_max_length(largest_body);
   server.set_keep_alive_max_count(100000);
+  server.set_keep_alive_timeout(2);
   server.set_default_headers({{"Content-Security-Policy", content_security},
                               {"X-Content-Type-Options", "nosniff"},
                               {"Referrer-Policy", "no-referrer"},

@@ -1,12 +1,10 @@
 #include "studio.h"
 
-#include <pthread.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
+#include <future>
 #include <iostream>
 #include <thread>
 
@@ -25,19 +23,16 @@ StudioFiles files_of(const StudioOptions& options) {
   return {page, share / "samples", options.bars_path, options.script_path};
 }
 
-/// The signals by which a user ends the program. For the life of the object no thread hears them,
-/// nor one that is started in that time, but they can be waited for.
+/// The signals by which a user ends the program. From now on no thread that is started hears them,
+/// but they can be waited for.
 class EndSignals {
  public:
   EndSignals() {
     sigemptyset(&signals_);
     sigaddset(&signals_, SIGINT);
     sigaddset(&signals_, SIGTERM);
-    pthread_sigmask(SIG_BLOCK, &signals_, &before_);
+    sigprocmask(SIG_BLOCK, &signals_, nullptr);
   }
-  ~EndSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  EndSignals(const EndSignals&) = delete;
-  EndSignals& operator=(const EndSignals&) = delete;
 
   /// True if one came in the time.
   bool wait(std::chrono::seconds time) const {
@@ -47,16 +42,33 @@ class EndSignals {
 
  private:
   sigset_t signals_{};
-  sigset_t before_{};
 };
 
-/// A calculation can't be broken off, and nobody who ends the program wants to wait for it.
-void end_soon() {
-  std::thread([] {
-    std::this_thread::sleep_for(std::chrono::seconds(2));
-    std::_Exit(EXIT_SUCCESS);
-  }).detach();
-}
+/// Serves on a thread of its own.
+class Serving {
+ public:
+  explicit Serving(Server& server)
+      : server_(server), thread_([this] {
+          server_.run();
+          ended_.set_value();
+        }) {}
+
+  /// A calculation can't be broken off, and nobody who ends the program wants to wait for it.
+  void end() {
+    server_.stop();
+    const bool is_over = ended_.get_future().wait_for(patience) == std::future_status::ready;
+    std::cout << "\nThe studio has ended." << std::endl;
+    if (!is_over) std::_Exit(EXIT_SUCCESS);
+    thread_.join();
+  }
+
+ private:
+  static constexpr std::chrono::seconds patience{3};
+
+  Server& server_;
+  std::promise<void> ended_;
+  std::thread thread_;
+};
 
 }  // namespace
 
@@ -69,15 +81,12 @@ int run_studio(const StudioOptions& options) {
       "http://127.0.0.1:" + std::to_string(server.port()) + "/?token=" + server.gate().token();
   std::cout << "The studio is at\n\n  " << link
             << "\n\nThe link serves one browser. Ctrl-C ends the studio." << std::endl;
-  if (!options.no_open) open_browser(link);
   const EndSignals signals;
-  std::thread serving([&server] { server.run(); });
+  if (!options.no_open) open_browser(link);
+  Serving serving(server);
   const auto pause = std::chrono::seconds(std::clamp(options.idle_seconds / 2, 1, 30));
   while (!signals.wait(pause)) service.sweep();
-  end_soon();
-  server.stop();
-  serving.join();
-  std::cout << "\nThe studio has ended." << std::endl;
+  serving.end();
   return EXIT_SUCCESS;
 }
 

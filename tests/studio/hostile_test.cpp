@@ -136,10 +136,10 @@ TEST_F(HostileTest, scripts_are_saved_in_their_folder_alone) {
 TEST_F(HostileTest, a_slow_session_blocks_no_other) {
   const std::string slow = studio->open();
   const std::string other = open();
-  studio->post(slow + "/bars", made_bars(40000), "text/csv");
+  studio->post(slow + "/bars", made_bars(20000), "text/csv");
   std::string script;
-  for (int i = 0; i < 150; ++i) {
-    script += "A" + std::to_string(i) + ":STD(C," + std::to_string(500 + i) + ");";
+  for (int i = 0; i < 60; ++i) {
+    script += "A" + std::to_string(i) + ":STD(C," + std::to_string(300 + i) + ");";
   }
   std::atomic<int> refused{0};
   std::atomic<int> done{0};

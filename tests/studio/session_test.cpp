@@ -214,7 +214,7 @@ TEST_F(SessionTest, all_kinds_of_records_say_where_they_show) {
   std::set<std::string> shown;
   const std::string session = open();
   std::string scripts[] = {
-      "BACKGROUNDSTYLE(1);PLAYSOUND(C>O,'A');FILLRGN(C>O,O,C);"
+      "BACKGROUNDSTYLE(1);PLAYSOUND(C>O,'A');FILLRGN(C>O,O,C,COLORRED);"
       "CROSS(C,MA(C,5)),NOTICE('up');CROSS(C,MA(C,9)),BK(1);"};
   const Json samples = studio.get("/api/start").json()["samples"];
   std::vector<std::string> texts(std::begin(scripts), std::end(scripts));
@@ -250,7 +250,7 @@ TEST_F(SessionTest, hostile_texts_stay_texts) {
   const std::string session = open();
   const Json answer = run(session,
                           "DRAWTEXT(C>O,H,'\\<img src=x>&\\n');"
-                          "CROSS(C,MA(C,5)),NOTICE('\\</script>');");
+                          "CROSS(C,MA(C,5)),NOTICE('\\script');");
   ASSERT_TRUE(answer["sound"]) << answer["findings"];
   EXPECT_TRUE(answer["records"][1]["Text"].get<std::string>().starts_with("\\"));
   const Json events = studio.get(session + "/events?limit=1").json();
