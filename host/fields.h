@@ -14,6 +14,7 @@ inline constexpr uint32_t field_high = 8;
 inline constexpr uint32_t field_low = 9;
 inline constexpr uint32_t field_close = 11;
 inline constexpr uint32_t field_volume = 13;
+inline constexpr uint32_t field_amount = 19;
 
 /// Fields that a script is said to read and that no file of bars has: the row key, and the time of
 /// a notice, for which the library takes its own.

@@ -104,10 +104,53 @@ std::unique_ptr<Run> run_of(const Task& task, uint32_t period) {
   }
 }
 
+void require_room(const Run& run, size_t rows) {
+  if (run.script().lines().size() * rows > most_cells) {
+    throw Refusal(413, "the script has too many lines for so many bars");
+  }
+}
+
+uint32_t period_of(const Desk& desk) {
+  return desk.security ? desk.security->period : period_of_a_day;
+}
+
+void show(Desk& desk, std::unique_ptr<Run> run) {
+  desk.run = std::move(run);
+  desk.drawing = drawing_of(*desk.run, desk.bars());
+}
+
 uint32_t period_of(const std::string& text) {
   const auto period = parse_period(text);
   if (!period) throw Refusal(400, "\"period\" is none that is known");
   return *period;
+}
+
+/// The last task over the bars that are seen.
+Json calculate(Desk& desk) {
+  const Clock::time_point start = Clock::now();
+  auto run = run_of(*desk.task, period_of(desk));
+  const Clock::time_point compiled = Clock::now();
+  const bool has_bars = desk.row_count() > 0;
+  require_room(*run, desk.row_count());
+  const bool is_done = run->is_sound() && (!has_bars || run->calculate(desk.bars()));
+  const Clock::time_point calculated = Clock::now();
+  const Places places(desk.task->script);
+  Json findings = Json::array();
+  for (const auto& finding : run->findings(desk.bars())) {
+    findings.push_back(finding_json(finding, places));
+  }
+  Json answer = {{"revision", ++desk.revision},
+                 {"sound", is_done},
+                 {"findings", std::move(findings)},
+                 {"sliders", sliders_of(desk.task->script, desk.task->parameters, places)}};
+  if (is_done) {
+    show(desk, std::move(run));
+    add_drawing(answer, desk);
+  }
+  answer["times"] = {{"compile", milliseconds(compiled - start)},
+                     {"calculate", milliseconds(calculated - compiled)},
+                     {"total", milliseconds(Clock::now() - start)}};
+  return answer;
 }
 
 }  // namespace
@@ -143,59 +186,35 @@ Task task_of(const Json& request) {
   return task;
 }
 
-Json calculate(Desk& desk) {
-  const Clock::time_point start = Clock::now();
-  const uint32_t period = desk.security ? desk.security->period : period_of_a_day;
-  auto run = run_of(*desk.task, period);
-  const Clock::time_point compiled = Clock::now();
-  const bool has_bars = desk.row_count() > 0;
-  if (run->script().lines().size() * desk.row_count() > most_cells) {
-    throw Refusal(413, "the script has too many lines for so many bars");
-  }
-  const bool is_done = run->is_sound() && (!has_bars || run->calculate(desk.bars()));
-  const Clock::time_point calculated = Clock::now();
-  const Places places(desk.task->script);
-  Json findings = Json::array();
-  for (const auto& finding : run->findings(desk.bars())) {
-    findings.push_back(finding_json(finding, places));
-  }
-  Json answer = {{"revision", ++desk.revision},
-                 {"sound", is_done},
-                 {"findings", std::move(findings)},
-                 {"sliders", sliders_of(desk.task->script, desk.task->parameters, places)}};
-  if (is_done) {
-    desk.run = std::move(run);
-    desk.drawing = drawing_of(*desk.run, desk.bars());
-    add_drawing(answer, desk);
-  }
-  answer["times"] = {{"compile", milliseconds(compiled - start)},
-                     {"calculate", milliseconds(calculated - compiled)},
-                     {"total", milliseconds(Clock::now() - start)}};
-  return answer;
-}
-
 Json take_script(Desk& desk, Task task) {
-  desk.task = std::move(task);
-  return calculate(desk);
+  std::optional<Task> before = std::exchange(desk.task, std::move(task));
+  try {
+    return calculate(desk);
+  } catch (const Refusal&) {
+    desk.task = std::move(before);
+    throw;
+  }
 }
 
-Json take_bars(Desk& desk, std::shared_ptr<const Security> security) {
-  desk.play.reset();
-  desk.security = std::move(security);
-  const auto& [name, bars, period, is_guessed] = *desk.security;
-  // The script that is seen goes on with the new bars, though the author may have an error by now.
+Json recalculate(Desk& desk) {
   std::optional<Task> seen;
   if (desk.run) seen = desk.run->task();
   desk.run.reset();
-  Json script;
-  if (desk.task) script = calculate(desk);
+  Json answer;
+  if (desk.task) answer = calculate(desk);
   if (!desk.run && seen) {
-    auto run = run_of(*seen, period);
-    if (run->is_sound() && run->calculate(bars)) {
-      desk.drawing = drawing_of(*run, bars);
-      desk.run = std::move(run);
-    }
+    auto run = run_of(*seen, period_of(desk));
+    if (run->is_sound() && run->calculate(desk.bars())) show(desk, std::move(run));
   }
+  return answer;
+}
+
+Json take_bars(Desk& desk, std::shared_ptr<const Security> security) {
+  if (desk.run) require_room(*desk.run, security->bars.keys.size());
+  desk.play.reset();
+  desk.security = std::move(security);
+  const auto& [name, bars, period, is_guessed] = *desk.security;
+  Json script = recalculate(desk);
   Json fields = Json::array();
   for (const auto& [id, values] : bars.columns) fields.push_back(id);
   const auto close = bars.columns.find(field_close);

@@ -22,7 +22,8 @@ Task task_of(const Json& request);
 /// Each gives the answer for the page. The desk must be locked.
 Json take_bars(Desk& desk, std::shared_ptr<const Security> security);
 Json take_script(Desk& desk, Task task);
-/// The last task again, over the bars that are seen.
-Json calculate(Desk& desk);
+/// For other bars: the last task again and, if that has an error by now, the script that is seen.
+/// Null without a task.
+Json recalculate(Desk& desk);
 
 }  // namespace quor_host

@@ -11,7 +11,6 @@
 namespace quor_host {
 namespace {
 
-constexpr uint32_t field_amount = 19;
 constexpr size_t few_bars = 50;  ///< of which each tick is told
 
 /// The way of the price through a bar: first to the end that the close lies farther from.
@@ -156,6 +155,8 @@ Json start_play(Desk& desk, size_t row, size_t ticks) {
   if (row < 1 || row >= all.keys.size()) throw Refusal(400, "\"row\" must be one behind the first");
   Play play{first_bars(all, row), row, 0, ticks};
   if (desk.run && !desk.run->calculate(play.bars)) {
+    desk.play.reset();
+    recalculate(desk);
     throw Refusal(409, "the script fails on the bars so far");
   }
   desk.play = std::move(play);
@@ -172,9 +173,9 @@ Json step_bars(Desk& desk, size_t count) { return step(desk, 0, count); }
 
 Json stop_play(Desk& desk) {
   desk.play.reset();
-  if (!desk.task)
-    return {{"revision", ++desk.revision}, {"sound", false}, {"findings", Json::array()}};
-  return calculate(desk);
+  Json answer = recalculate(desk);
+  if (!answer.is_null()) return answer;
+  return {{"revision", ++desk.revision}, {"sound", false}, {"findings", Json::array()}};
 }
 
 }  // namespace quor_host

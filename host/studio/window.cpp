@@ -15,7 +15,6 @@ namespace {
 static_assert(std::endian::native == std::endian::little, "doubles go out as they are");
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr uint32_t field_amount = 19;
 
 using Values = std::span<const double>;
 

@@ -106,6 +106,19 @@ TEST_F(PlayTest, a_bar_forms_within_its_ends) {
   EXPECT_EQ(step({{"bars", 1}})["rows"], 202);
 }
 
+TEST_F(PlayTest, a_mistake_leaves_the_chart_of_before) {
+  const std::string lines = studio->get(session + "/export.csv").body;
+  studio->post(session + "/play", {{"row", 200}});
+  EXPECT_FALSE(studio->post(session + "/script", {{"script", "A:EMMA(C,5);"}}).json()["sound"]);
+  EXPECT_EQ(step({{"bars", 1}})["steps"][0]["values"].size(), 3U);
+  EXPECT_FALSE(studio->post(session + "/play/stop", Json::object()).json()["sound"]);
+  EXPECT_EQ(studio->get(session + "/export.csv").body, lines);
+  const Json other = studio->post(session + "/bars", {{"security", "s1"}}).json();
+  EXPECT_FALSE(other["script"]["sound"]);
+  EXPECT_NE(studio->get(session + "/export.csv").body, lines);
+  EXPECT_EQ(studio->get(session + "/values?row=399").json()["lines"].size(), 3U);
+}
+
 TEST_F(PlayTest, refuses_what_it_cant_play) {
   for (const Json& request : {Json({{"row", 0}}), Json({{"row", 400}}), Json({{"row", 1.5}}),
                               Json({{"row", "1"}}), Json({{"row", 5}, {"ticks", 99}})}) {
