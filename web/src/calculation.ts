@@ -10,6 +10,8 @@ export class Calculation {
     private readonly session: Session,
     /** What to calculate, asked for when its turn has come. */
     private readonly take: () => { script: string; parameters: Parameter[] },
+    /** A script is on its way. */
+    private readonly sent: () => void,
     private readonly done: (answer: ScriptAnswer) => void,
     private readonly fail: (error: unknown) => Promise<void> | void,
   ) {}
@@ -25,7 +27,9 @@ export class Calculation {
       this.isWanted = false;
       const { script, parameters } = this.take();
       try {
-        this.done(await this.session.script(script, parameters));
+        const answer = this.session.script(script, parameters);
+        this.sent();
+        this.done(await answer);
       } catch (error) {
         await this.fail(error);
       }

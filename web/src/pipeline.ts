@@ -49,6 +49,7 @@ export class Pipeline {
     this.calculation = new Calculation(
       session,
       events.take,
+      () => this.loadAhead(),
       (answer) => {
         this.take(answer);
         events.answered(answer);
@@ -111,6 +112,13 @@ export class Pipeline {
     const { rows, records } = this.drawn;
     const withRecords = records.some(standsAtBars);
     this.loader.want(sight, pixels, rows, { revision: this.revision, withRecords });
+  }
+
+  /** What is in sight will be wanted of the script that is on its way, too. */
+  private loadAhead(): void {
+    if (!this.drawn || !this.bars) return;
+    const { sight, pixels } = this.chart.need;
+    this.loader.askAhead(sight, pixels, this.drawn.rows);
   }
 
   private draw({ view, shown }: Loaded): void {

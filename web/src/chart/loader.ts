@@ -3,7 +3,7 @@ import type { Session } from '../api/client.ts';
 import type { Shown } from '../api/types.ts';
 import type { Sight } from './frame.ts';
 import { serves, type Wanted, wantedFor } from './sight.ts';
-import { View } from './view.ts';
+import { View, type ViewData } from './view.ts';
 
 export interface Loaded {
   view: View;
@@ -18,10 +18,17 @@ interface Goal {
   withRecords: boolean;
 }
 
+/** A view that was asked for before it was known of which calculation it will be. */
+interface Guess {
+  wanted: Wanted;
+  view: Promise<ViewData | undefined>;
+}
+
 export class Loader {
   private loaded: Goal | undefined;
   private next: Goal | undefined;
   private working: Promise<void> | undefined;
+  private guess: Guess | undefined;
 
   constructor(
     private readonly session: Session,
@@ -44,6 +51,12 @@ export class Loader {
     this.working ??= this.work();
   }
 
+  /** Asks for a sight behind a script that has just been sent, without waiting for its answer. */
+  askAhead(sight: Sight, pixels: number, rows: number): void {
+    const wanted = wantedFor(sight, pixels, rows);
+    this.guess = { wanted, view: this.view(wanted).catch(() => undefined) };
+  }
+
   /** All that was wanted has come, or failed. */
   async finished(): Promise<void> {
     await this.working;
@@ -62,11 +75,24 @@ export class Loader {
     this.working = undefined;
   }
 
+  private view({ from, to, step }: Wanted): Promise<ViewData> {
+    return this.session.view(from, to, Math.max(Math.ceil((to - from) / step), 16));
+  }
+
+  /** The view that was asked for ahead, if it is the one that is wanted. */
+  private async takeGuess({ wanted, revision }: Goal): Promise<ViewData | undefined> {
+    const { guess } = this;
+    this.guess = undefined;
+    if (!guess || guess.wanted.from !== wanted.from || guess.wanted.to !== wanted.to)
+      return undefined;
+    const view = await guess.view;
+    return view?.revision === revision ? view : undefined;
+  }
+
   private async load(goal: Goal): Promise<void> {
-    const { from, to, step } = goal.wanted;
-    const points = Math.max(Math.ceil((to - from) / step), 16);
+    const { from, to } = goal.wanted;
     const [data, records] = await Promise.all([
-      this.session.view(from, to, points),
+      this.takeGuess(goal).then((view) => view ?? this.view(goal.wanted)),
       goal.withRecords ? this.session.records(from, to) : { revision: goal.revision, records: [] },
     ]);
     // Of another calculation, whose answer will bring a wish of its own.
