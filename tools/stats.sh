@@ -9,9 +9,9 @@ count() {
   done | grep -c '[^[:space:]]'
 }
 
-code=$(count include src advice host python)
-tests=$(count tests)
-for folder in include src advice host python; do
+code=$(count include src advice host python web/src)
+tests=$(count tests web/test)
+for folder in include src advice host python web/src; do
   printf '%-10s%7d\n' "$folder" "$(count "$folder")"
 done
 printf '%-10s%7d\n' tests "$tests"

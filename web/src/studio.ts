@@ -256,7 +256,10 @@ export class Studio {
         void this.pipeline.takeStep(answer);
       },
       stepped: async (answer) => {
-        for (const { events } of answer.steps) this.events.add(events);
+        for (const { row, events, final } of answer.steps) {
+          this.events.add(events);
+          if (final) this.events.closeBar(row);
+        }
         await this.pipeline.takeStep(answer);
       },
       ended: (answer) => {

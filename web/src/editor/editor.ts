@@ -61,6 +61,7 @@ export class Editor {
       root,
       extensions: [
         lineNumbers(),
+        EditorView.lineWrapping,
         highlightActiveLine(),
         highlightActiveLineGutter(),
         history(),

@@ -58,6 +58,16 @@ export class Events {
     this.tell('While bars are played', this.finalCount);
   }
 
+  /** A bar is whole: a notice is told once and stands, a signal that holds no more is taken back. */
+  closeBar(row: number): void {
+    for (const { root, event } of [...this.items.values()]) {
+      if (event.row !== row || event.final !== false) continue;
+      if (event.word === 'NOTICE') this.put({ ...event, final: true });
+      else setText(root.querySelector<HTMLElement>('.state')!, 'taken back');
+    }
+    this.tell('While bars are played', this.finalCount);
+  }
+
   /** Of whole bars. */
   get finalCount(): number {
     return [...this.items.values()].filter(({ event }) => event.final !== false).length;
@@ -91,7 +101,7 @@ export class Events {
         quantity === null ? word : `${word} ${quantity}`,
       ),
       element('span', { class: 'name' }, name),
-      isForming ? element('span', { class: 'hint' }, 'forming') : undefined,
+      isForming ? element('span', { class: 'state hint' }, 'forming') : undefined,
     );
     button.addEventListener('click', () => this.showRow(row));
     return element('li', { 'data-final': String(!isForming) }, button);

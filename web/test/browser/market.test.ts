@@ -67,6 +67,29 @@ test('200 bars are played, and fire what the command line fires', async () => {
   );
 });
 
+test('what a forming bar fires stands, or is taken back when the bar is whole', async () => {
+  await desk.write("C>O,NOTICE('above');\nC>O,BK;");
+  await desk.page.click('#play-step');
+  await desk.page.$eval('#play-speed', (speed) => {
+    (speed as HTMLInputElement).value = '6';
+    speed.dispatchEvent(new Event('input'));
+  });
+  await desk.page.click('#play-toggle');
+  await desk.page.waitForFunction(
+    () => /bar 2[1-9]\d/.test(document.getElementById('play-place')!.textContent!),
+    {
+      timeout: 60_000,
+    },
+  );
+  await desk.page.click('#play-toggle');
+  await desk.settled();
+  const whole = await desk.texts('.event-list li + li');
+  assert.ok(whole.some((text) => text.includes('taken back')));
+  assert.ok(whole.every((text) => !text.includes('above') || !text.includes('forming')));
+  const { length } = await desk.page.$$('.event-list li[data-final="true"]');
+  assert.equal(await desk.text('#tab-events'), `Events (${length})`);
+});
+
 test('a step forms the bar tick by tick', async () => {
   await desk.write('V1:V;');
   await desk.page.focus('#chart');

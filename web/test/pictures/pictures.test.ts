@@ -3,7 +3,7 @@ import { resolve } from 'node:path';
 import { test } from 'node:test';
 import { Desk, startBrowser, Studio } from '../browser/support.ts';
 
-const script = `// Averages that cross, with the bands around the slower one.
+const script = `// Averages that cross.
 CONST FAST:8;
 CONST SLOW:21;
 QUICK:EMA(C,FAST),COLORBLUE,LINETHICK2;
@@ -11,10 +11,11 @@ MID:MA(C,SLOW),COLORE07B1A;
 UP:=MID+2*STD(C,SLOW);
 DN:=MID-2*STD(C,SLOW);
 FILLRGN(1,UP,DN,COLORLIBLUE);
-RSI:SMA(MAX(C-REF(C,1),0),6,1)/SMA(ABS(C-REF(C,1)),6,1)*100;
+D:=C-REF(C,1);
+RSI:SMA(MAX(D,0),6,1)/SMA(ABS(D),6,1)*100;
 HIGH80:80,DOT,COLORGRAY;
 LOW20:20,DOT,COLORGRAY;
-DRAWTEXT(L=LLV(L,60),L,'low'),COLORGRAY,VALIGN0,FONTSIZE10;
+DRAWTEXT(L=LLV(L,60),L,'low'),VALIGN0,FONTSIZE10;
 CROSS(QUICK,MID),BK(1);
 CROSS(MID,QUICK),SP(1);
 MEAN:EMMA(C,5);
@@ -24,7 +25,7 @@ for (const theme of ['light', 'dark']) {
   test(theme, async () => {
     const [studio, browser] = await Promise.all([Studio.start(), startBrowser()]);
     const desk = await Desk.open(browser, studio, '', theme);
-    await desk.page.setViewport({ width: 1280, height: 800 });
+    await desk.page.setViewport({ width: 1100, height: 640 });
     await desk.write(script.replace(/MEAN:.*\n/, ''));
     await desk.page.click('#tab-events');
     await desk.write(script);
