@@ -9,5 +9,7 @@ done
 cd web || exit
 npm ci --silent || die "the packages of the page can't be installed"
 ! grep -q '"resolved"' package-lock.json || die "web/package-lock.json names a registry"
+! grep -rnE 'innerHTML|outerHTML|insertAdjacentHTML|document\.write' src ||
+  die "the page would read texts as HTML"
 npm run --silent check || die "the types of the page don't fit"
 npm run --silent build || die "the page can't be built"

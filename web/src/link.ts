@@ -44,7 +44,7 @@ function fromBase64Url(text: string): Uint8Array<ArrayBuffer> {
 
 export async function toFragment(shared: Shared): Promise<string> {
   const bytes = new TextEncoder().encode(JSON.stringify(shared));
-  return `#${mark}${toBase64Url(await throughStream(bytes, new CompressionStream('deflate-raw')))}`;
+  return `#${mark}${toBase64Url(await throughStream(bytes, new CompressionStream('deflate')))}`;
 }
 
 export function isShared(value: unknown): value is Shared {
@@ -66,7 +66,7 @@ export async function fromFragment(fragment: string): Promise<Shared | undefined
   if (!fragment.startsWith(`#${mark}`)) return undefined;
   try {
     const packed = fromBase64Url(fragment.slice(mark.length + 1));
-    const bytes = await throughStream(packed, new DecompressionStream('deflate-raw'));
+    const bytes = await throughStream(packed, new DecompressionStream('deflate'));
     const value: unknown = JSON.parse(new TextDecoder().decode(bytes));
     return isShared(value) ? value : undefined;
   } catch {

@@ -160,7 +160,7 @@ export class Editor {
   writeAt(name: string, text: string): void {
     const place = this.places.get(name);
     if (!place) return;
-    this.view.dispatch({ changes: { ...place, insert: text }, userEvent: 'input.type.slider' });
+    this.view.dispatch({ changes: { ...place, insert: text } });
   }
 
   private movePlaces(changes: ChangeSet): void {

@@ -141,6 +141,7 @@ test('a scan is cancelled, and a page closed in its middle leaves the server wel
   const closed = await Desk.open(browser, busy);
   const slow = 'A:HHV(H,500);B:LLV(L,500);D:STD(C,300);E:PERCENTILE(C,200,90);';
   await closed.write(slow);
+  const scanning = closed.page.waitForRequest((request) => request.url().includes('/scan?'));
   await closed.page.click('#tab-scan');
   await closed.page.click('#scan-start');
   await closed.page.waitForFunction(() =>
@@ -154,13 +155,30 @@ test('a scan is cancelled, and a page closed in its middle leaves the server wel
   await closed.page.waitForFunction(() =>
     document.getElementById('scan-state')!.textContent?.startsWith('running'),
   );
+  const session = (await scanning).url();
   const { href } = new URL('/', busy.origin);
   await closed.close();
   const page = await browser.newPage();
   await page.goto(href);
   await page.waitForSelector('.legend dd');
+  const status = await page.evaluate(async (session) => (await fetch(session)).status, session);
+  assert.equal(status, 404, 'the session went with its page');
   await page.close();
   await busy.stop();
+});
+
+test('a session that the server has freed is begun anew', async () => {
+  const opened = desk.page.waitForRequest((request) =>
+    /sessions\/\w+\/script$/.test(request.url()),
+  );
+  await desk.drop('mine.csv', lastBars(90));
+  await desk.write('A:MA(C,3);');
+  const address = (await opened).url().replace(/script$/, 'close');
+  await desk.page.evaluate((address) => fetch(address, { method: 'POST' }), address);
+  await desk.write('B:MA(C,4);');
+  assert.deepEqual(Object.keys(await desk.legend()).slice(0, 1), ['B']);
+  assert.match(await desk.text('.caption'), /^mine/);
+  assert.equal(await desk.text('#message'), '');
 });
 
 test('a CSV that is dropped is shown, one that is none is refused', async () => {

@@ -1,10 +1,10 @@
 import assert from 'node:assert/strict';
-import { deflateRawSync } from 'node:zlib';
+import { deflateSync } from 'node:zlib';
 import { test } from 'node:test';
 import { fromFragment, toFragment } from '../../src/link.ts';
 
 const fragmentOf = (value: unknown) =>
-  `#s=${deflateRawSync(JSON.stringify(value)).toString('base64url')}`;
+  `#s=${deflateSync(JSON.stringify(value)).toString('base64url')}`;
 
 test('a link gives back the script and its parameters', async () => {
   const shared = {
