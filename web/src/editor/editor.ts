@@ -47,6 +47,8 @@ export class Editor {
   private readonly darkness = new Compartment();
   /** What changed since a text was taken to be calculated: places in answers are places in that. */
   private sinceTaken = ChangeSet.empty(0);
+  /** Something is underlined. */
+  private areFindings = false;
   /** Places in the text as it is, by name. */
   private readonly places = new Map<string, Place>();
 
@@ -136,6 +138,10 @@ export class Editor {
       const message = sentenceOf(finding);
       return [{ ...place, severity: finding.severity === 'error' ? 'error' : 'warning', message }];
     });
+    const { areFindings } = this;
+    this.areFindings = diagnostics.length > 0;
+    // A sound script after a sound one changes nothing, and is what one who types waits for.
+    if (!areFindings && !this.areFindings) return;
     this.view.dispatch(setDiagnostics(this.view.state, diagnostics));
   }
 

@@ -22,6 +22,7 @@ export class Findings {
     const counts = [count(errors, 'error'), count(warnings, 'warning')].filter(Boolean).join(', ');
     setText(this.head, counts || (isSound ? 'The script compiles' : 'The script has an error'));
     this.head.className = `finding-head ${errors || !isSound ? 'error' : warnings ? 'warning' : 'sound'}`;
+    if (findings.length === 0 && this.list.childElementCount === 0) return;
     this.list.replaceChildren(...findings.slice(0, most).map((finding) => this.itemOf(finding)));
   }
 
