@@ -49,16 +49,20 @@ std::string parameters_json(const std::string& path, const std::vector<std::stri
   return json == "[" ? std::string() : json + ']';
 }
 
+std::string idle_reason(const std::string& name, const quor_advice::ScriptNames& names) {
+  if (std::ranges::find(names.constants, name) != names.constants.end()) {
+    return "the script's own CONST " + name + " stands";
+  }
+  const bool is_read = std::ranges::find(names.words, name) != names.words.end();
+  return is_read ? "" : "the script doesn't read " + name;
+}
+
 std::vector<std::string> idle_settings(const std::vector<std::string>& settings,
                                        const quor_advice::ScriptNames& names) {
   std::vector<std::string> texts;
   for (const std::string& text : settings) {
-    const std::string name = parse_setting(text).name;
-    if (std::ranges::find(names.constants, name) != names.constants.end()) {
-      texts.push_back("--set " + text + ": the script's own CONST " + name + " stands");
-    } else if (std::ranges::find(names.words, name) == names.words.end()) {
-      texts.push_back("--set " + text + ": the script doesn't read " + name);
-    }
+    const std::string reason = idle_reason(parse_setting(text).name, names);
+    if (!reason.empty()) texts.push_back("--set " + text + ": " + reason);
   }
   return texts;
 }

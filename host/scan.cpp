@@ -7,12 +7,11 @@
 #include <utility>
 
 #include "advice/advice.h"
-#include "console.h"
 #include "errors.h"
 #include "parameters.h"
 #include "period.h"
+#include "scan_console.h"
 #include "scan_findings.h"
-#include "scan_job.h"
 #include "scan_output.h"
 #include "text.h"
 
@@ -46,7 +45,6 @@ ScanJob job_of(const ScanOptions& options) {
   job.last = options.last;
   const size_t processors = std::max(1U, std::thread::hardware_concurrency());
   job.threads = std::min(options.jobs == 0 ? processors : options.jobs, job.files.size());
-  job.shows_progress = is_watched();
   return job;
 }
 

@@ -6,6 +6,7 @@
 
 #include "engine/event_recorder.h"
 #include "engine/line_list.h"
+#include "engine/record_values.h"
 #include "engine/run_calendar.h"
 #include "engine/script_texts.h"
 #include "functions/base_func.h"
@@ -222,6 +223,14 @@ std::vector<std::string> Script::shapes() const {
     texts.push_back(record->ToJsonText());
   }
   return texts;
+}
+
+std::vector<Record> Script::records() const {
+  std::vector<Record> records;
+  for (const auto& record : body_->parser.drawings().records()) {
+    records.push_back(values_of(*record));
+  }
+  return records;
 }
 
 const std::vector<Event>& Script::events() const { return body_->events; }
