@@ -123,12 +123,12 @@ Status CalculateCenter::run_block(std::span<const uint32_t> statements, Block ro
 }
 
 void CalculateCenter::run_ahead(std::span<const uint32_t> statements, int32_t run_from) {
-  std::vector<Columns::Ahead> calls;
+  ahead_.clear();
   for (const uint32_t position : statements) {
     if (!plan_.by_columns(position, run_from)) continue;
-    for (Variable* call : plan_.goes_ahead(position)) calls.push_back({call, position});
+    for (Variable* call : plan_.goes_ahead(position)) ahead_.push_back({call, position});
   }
-  columns_.run_ahead(std::move(calls));
+  columns_.run_ahead(ahead_);
 }
 
 bool CalculateCenter::can_take(uint32_t statement, int32_t run_from) const {

@@ -129,9 +129,10 @@ class CalculateCenter {
   ColumnPlan plan_;
   uint64_t planned_layout_ = UINT64_MAX;
   bool each_in_full_ = false;
-  std::vector<uint32_t> statements_;  ///< the positions of all of them
-  std::vector<uint32_t> bar_by_bar_;  ///< of those that a block leaves
-  std::vector<uint8_t> is_finished_;  ///< for the block, by position
+  std::vector<uint32_t> statements_;   ///< the positions of all of them
+  std::vector<uint32_t> bar_by_bar_;   ///< of those that a block leaves
+  std::vector<Columns::Ahead> ahead_;  ///< what a block works out first
+  std::vector<uint8_t> is_finished_;   ///< for the block, by position
 };
 
 }  // namespace quor

@@ -34,6 +34,11 @@ double* ColumnScratch::take(size_t size) {
   return buffer.values.get();
 }
 
+Columns::Columns(DataPoolCenter& pool, CalculateCenter& calculator)
+    : pool_(pool), calculator_(calculator) {}
+
+Columns::~Columns() = default;
+
 void Columns::begin(Block block) {
   block_ = block;
   overwritten_.clear();
@@ -42,9 +47,10 @@ void Columns::begin(Block block) {
   ahead_.clear();
 }
 
-void Columns::run_ahead(std::vector<Ahead> calls) {
-  std::ranges::stable_sort(calls, {},
-                           [](const Ahead& ahead) { return ahead.call->function->id(); });
+void Columns::run_ahead(std::span<Ahead> calls) {
+  std::ranges::sort(calls, {}, [](const Ahead& ahead) {
+    return std::pair(ahead.call->function->id(), ahead.position);
+  });
   scratch_.release();
   for (auto first = calls.begin(); first != calls.end();) {
     const auto end = std::find_if(first, calls.end(), [first](const Ahead& ahead) {
@@ -56,7 +62,7 @@ void Columns::run_ahead(std::vector<Ahead> calls) {
 }
 
 void Columns::run_group(std::span<const Ahead> calls) {
-  std::vector<ColumnCall> group;
+  group_.clear();
   for (const Ahead& ahead : calls) {
     const ColumnCall call{*this, *ahead.call, block_, null_value};
     if (is_ahead(*ahead.call, block_) || !ahead.call->function->can_go_ahead(call)) continue;
@@ -64,9 +70,9 @@ void Columns::run_group(std::span<const Ahead> calls) {
     overwrite(ahead.call->column_index, block_);
     for (const int32_t column : ahead.call->aux_column_indexes) overwrite(column, block_);
     ahead_.push_back(ahead);
-    group.push_back(call);
+    group_.push_back(call);
   }
-  if (!group.empty()) calls.front().call->function->run_side_by_side(group);
+  if (!group_.empty()) calls.front().call->function->run_side_by_side(group_);
 }
 
 bool Columns::is_ahead(const Variable& call, Block rows) const {

@@ -14,6 +14,7 @@
 namespace quor {
 
 class CalculateCenter;
+struct ColumnCall;
 
 /// Consecutive rows of the table: `first` up to but without `end`.
 struct Block {
@@ -48,8 +49,10 @@ class ColumnScratch {
 /// A value is a pointer to the first of `Block::size()` numbers, null for "bar by bar, please".
 class Columns {
  public:
-  Columns(DataPoolCenter& pool, CalculateCenter& calculator)
-      : pool_(pool), calculator_(calculator) {}
+  Columns(DataPoolCenter& pool, CalculateCenter& calculator);
+  ~Columns();
+  Columns(const Columns&) = delete;
+  Columns& operator=(const Columns&) = delete;
 
   /// Forgets the blocks before; cells written from now on can be put back.
   void begin(Block block);
@@ -63,7 +66,7 @@ class Columns {
     size_t position;  ///< of its statement
   };
   /// Works out calls ahead of their statements, where there are several of a word.
-  void run_ahead(std::vector<Ahead> calls);
+  void run_ahead(std::span<Ahead> calls);
   /// Puts back what was worked out ahead for a statement that goes bar by bar after all.
   void give_up_ahead(size_t position);
 
@@ -121,7 +124,8 @@ class Columns {
   std::vector<Overwritten> overwritten_;
   std::vector<double> old_values_;
   std::vector<Memory> memories_;
-  std::vector<Ahead> ahead_;  ///< what has been worked out
+  std::vector<Ahead> ahead_;       ///< what has been worked out
+  std::vector<ColumnCall> group_;  ///< what is worked out at once
   Block block_;
   size_t position_ = 0;
   int nesting_ = 0;

@@ -4,7 +4,6 @@
 #include <array>
 #include <numeric>
 #include <span>
-#include <vector>
 
 #include "core/call.h"
 #include "core/column_owners.h"
@@ -207,20 +206,16 @@ const double* moving_average(const ColumnCall& call) {
 }
 
 void moving_averages(std::span<const ColumnCall> calls) {
+  const auto lane_of_own = [](const ColumnCall& call) {
+    return lane_of(call, call.values(0), call.own_cells(call.variable.column_index),
+                   call.own_cells(call.variable.aux_column_indexes[0]));
+  };
   const size_t size = calls.front().size();
-  std::vector<MeanLane> lanes;
-  for (const ColumnCall& call : calls) {
-    const MeanLane lane = lane_of(call, call.values(0), call.own_cells(call.variable.column_index),
-                                  call.own_cells(call.variable.aux_column_indexes[0]));
-    if (lane.is_steady(0)) {
-      lanes.push_back(lane);
-    } else {
-      finish_means(lane, 0, size);
-    }
-  }
-  in_groups(lanes, [size](const auto& group) {
-    const size_t end = steady_means(group, 0, size);
-    for (const MeanLane& lane : group) {
+  in_groups(calls, lane_of_own, [size](const auto& lanes) {
+    const bool all_steady =
+        std::ranges::all_of(lanes, [](const MeanLane& lane) { return lane.is_steady(0); });
+    const size_t end = all_steady ? steady_means(lanes, 0, size) : 0;
+    for (const MeanLane& lane : lanes) {
       std::fill(lane.counts, lane.counts + end, to_int(*lane.counts_before(0)));
       finish_means(lane, end, size);
     }

@@ -4,7 +4,6 @@
 #include <array>
 #include <optional>
 #include <span>
-#include <vector>
 
 #include "core/columns.h"
 #include "functions/averaging.h"
@@ -65,14 +64,8 @@ class Recurrence : public BaseFunc {
     return takes_numbers(call, step) && call.variable.has_column() && call.rows.first > 0;
   }
   void run_side_by_side(std::span<const ColumnCall> calls) const final {
-    std::vector<Lane> lanes;
-    for (const ColumnCall& call : calls) {
-      double* y = call.own_cells(call.variable.column_index);
-      Lane& lane = lanes.emplace_back(Lane{{}, call.values(0), y, y[-1]});
-      takes_numbers(call, lane.step);
-    }
     const size_t size = calls.front().size();
-    in_groups(lanes, [size](const auto& group) { run(group, size); });
+    in_groups(calls, lane_of, [size](const auto& lanes) { run(lanes, size); });
   }
 
   ColumnTraits column_traits() const final { return {.by_columns = true, .goes_ahead = true}; }
@@ -84,6 +77,13 @@ class Recurrence : public BaseFunc {
     double* y;
     double value;  ///< of the bar before
   };
+
+  static Lane lane_of(const ColumnCall& call) {
+    double* y = call.own_cells(call.variable.column_index);
+    Lane lane{{}, call.values(0), y, y[-1]};
+    takes_numbers(call, lane.step);
+    return lane;
+  }
 
   /// False if a parameter isn't a number or makes the bars null.
   static bool takes_numbers(const ColumnCall& call, Step& step) {

@@ -3,29 +3,28 @@
 
 #include <array>
 #include <cstddef>
+#include <span>
 #include <utility>
-#include <vector>
+
+#include "core/columns.h"
 
 namespace quor {
 
-/// Hands the lanes from `next` on to `run`, as arrays of `count`, as long as there are enough.
-template <size_t count, typename Lane, typename Run>
-void in_groups_of(const std::vector<Lane>& lanes, size_t& next, const Run& run) {
-  for (; lanes.size() - next >= count; next += count) {
-    [&]<size_t... i>(std::index_sequence<i...>) {
-      run(std::array<Lane, count>{lanes[next + i]...});
-    }
+/// Hands lanes of the calls to `run`, as arrays of `count`, as long as there are enough calls.
+template <size_t count, typename LaneOf, typename Run>
+void in_groups_of(std::span<const ColumnCall>& calls, const LaneOf& lane_of, const Run& run) {
+  for (; calls.size() >= count; calls = calls.subspan(count)) {
+    [&]<size_t... i>(std::index_sequence<i...>) { run(std::array{lane_of(calls[i])...}); }
     (std::make_index_sequence<count>());
   }
 }
 
-/// Hands lanes to `run` by four, by two and one by one.
-template <typename Lane, typename Run>
-void in_groups(const std::vector<Lane>& lanes, const Run& run) {
-  size_t next = 0;
-  in_groups_of<4>(lanes, next, run);
-  in_groups_of<2>(lanes, next, run);
-  in_groups_of<1>(lanes, next, run);
+/// Hands what `lane_of` makes of the calls to `run` by four, by two and one by one.
+template <typename LaneOf, typename Run>
+void in_groups(std::span<const ColumnCall> calls, const LaneOf& lane_of, const Run& run) {
+  in_groups_of<4>(calls, lane_of, run);
+  in_groups_of<2>(calls, lane_of, run);
+  in_groups_of<1>(calls, lane_of, run);
 }
 
 }  // namespace quor
