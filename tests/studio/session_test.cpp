@@ -25,7 +25,7 @@ struct View {
     const auto count = header["count"].get<size_t>();
     const auto take = [&](size_t n) {
       std::vector<double> values(n);
-      std::memcpy(values.data(), bytes.data() + at, n * sizeof(double));
+      if (n > 0) std::memcpy(values.data(), bytes.data() + at, n * sizeof(double));
       at += n * sizeof(double);
       return values;
     };
