@@ -1,5 +1,5 @@
-# The libraries that are linked in, so that what is built needs them nowhere: simdjson::simdjson and
-# csv::csv. One script builds them for every system, when they are missing or when it has changed.
+# The libraries that are linked in, so that what is built needs them nowhere: simdjson::simdjson,
+# csv::csv and http::http. One script builds them for every system, when they are missing or when it has changed.
 set(QUOR_LIBRARIES "" CACHE PATH
   "Prefix of simdjson and libcsv; if empty, tools/libraries.sh builds them from Debian's sources")
 
@@ -26,3 +26,11 @@ find_library(csv_library csv PATH_SUFFIXES lib lib/${CMAKE_LIBRARY_ARCHITECTURE}
 add_library(csv::csv UNKNOWN IMPORTED)
 set_target_properties(csv::csv PROPERTIES
   IMPORTED_LOCATION ${csv_library} INTERFACE_INCLUDE_DIRECTORIES ${csv_include})
+
+# Headers, of which only the studio has use.
+if(QUOR_BUILD_STUDIO)
+  find_package(nlohmann_json 3.11 REQUIRED)
+  find_path(http_include httplib.h PATH_SUFFIXES include ${there})
+  add_library(http::http INTERFACE IMPORTED)
+  set_target_properties(http::http PROPERTIES INTERFACE_INCLUDE_DIRECTORIES ${http_include})
+endif()

@@ -37,8 +37,8 @@ about_package(library libquor-parser libs "${about} the shared library.")
 about_package(development libquor-parser-dev libdevel "${about} the headers for C and C++, the
 documentation, and clients to start from in C, C++, C# and Python.")
 about_package(quor quor utils "The program checks scripts of a technical-indicator language, prints their
-lines over bars from a file of comma-separated values, and draws them as a
-chart.")
+lines over bars from a file of comma-separated values, draws them as a chart,
+and serves a page to write them in.")
 
 # What the tests hold the library to. CPack, if asked to find it out by itself, would also let scripts
 # bring the loader's cache up to date, which is a trigger's task.

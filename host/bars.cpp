@@ -189,10 +189,8 @@ class BarReader {
   std::unordered_map<int64_t, size_t> index_;  ///< key to line; empty while the keys ascend
 };
 
-}  // namespace
-
-std::optional<int64_t> parse_key(std::string_view text) {
-  const std::string plain = plain_date(text);
+/// The key that the digits of a date make in its plain form.
+std::optional<int64_t> key_of_plain(std::string_view plain) {
   if (!matches_one(plain, key_patterns)) return std::nullopt;
   int64_t key = 0;
   int digits = 0;
@@ -204,6 +202,13 @@ std::optional<int64_t> parse_key(std::string_view text) {
   for (; digits < 14; ++digits) key *= 10;
   if (!is_date_and_time(key)) return std::nullopt;
   return key;
+}
+
+}  // namespace
+
+std::optional<int64_t> parse_key(std::string_view text) {
+  const auto key = key_of_plain(text);
+  return key ? key : key_of_plain(plain_date(text));
 }
 
 std::string key_text(int64_t key, bool with_time) {

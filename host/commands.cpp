@@ -104,14 +104,11 @@ std::vector<Line> lines_of(const Compiled& compiled) {
   return lines;
 }
 
-/// The fields that the script wants and the bars don't have. Notices stamp their own time if the
-/// client gives none, so nobody misses that one.
+/// The fields that the script wants and the bars don't have.
 std::vector<uint32_t> missing_fields(const Report& report, const Bars& bars) {
-  constexpr uint32_t field_notice_time = 199;
   std::vector<uint32_t> missing;
   for (const uint32_t id : report.fields) {
-    const bool is_own = id == field_time || id == field_notice_time;
-    if (!is_own && !bars.columns.contains(id)) missing.push_back(id);
+    if (!is_given_elsewhere(id) && !bars.columns.contains(id)) missing.push_back(id);
   }
   return missing;
 }

@@ -9,6 +9,9 @@
 #include "help.h"
 #include "period.h"
 #include "scan.h"
+#ifdef QUOR_STUDIO
+#include "studio/studio.h"
+#endif
 #include "usage.h"
 
 namespace {
@@ -266,6 +269,10 @@ int main(int argc, char** argv) {
     add_chart(app, options);
 #endif
     add_scan(app, scan);
+#ifdef QUOR_STUDIO
+    quor_host::StudioOptions studio;
+    add_studio(app, studio);
+#endif
     add_help(app, help);
     try {
       // The parser takes them from the back.
@@ -278,6 +285,9 @@ int main(int argc, char** argv) {
     const CLI::App& command = *app.get_subcommands().front();
     if (command.get_name() == "help") return print_help(app, help) ? 0 : exit_failure;
     if (command.get_name() == "scan") return scan_files(scan);
+#ifdef QUOR_STUDIO
+    if (command.get_name() == "studio") return run_studio(studio);
+#endif
     return run_command(command, options, argv);
   } catch (const std::exception& error) {
     std::cerr << "quor: " << error.what() << '\n';

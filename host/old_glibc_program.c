@@ -2,6 +2,9 @@
 #define _GNU_SOURCE
 #include <errno.h>
 #include <pthread.h>
+#include <stdint.h>
+#include <stdlib.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <time.h>
 
@@ -24,6 +27,14 @@ int __wrap_lstat(const char* path, struct stat* status) {
 }
 int __wrap_fstat64(int file, struct stat64* status) {
   return __fxstat64(stat_version, file, status);
+}
+
+/* What the runtime of C++ draws random numbers by. */
+uint32_t __wrap_arc4random(void);
+uint32_t __wrap_arc4random(void) {
+  uint32_t bits = 0;
+  if (getrandom(&bits, sizeof bits, 0) != (ssize_t)sizeof bits) abort();
+  return bits;
 }
 
 /* Threads, as in src/platform/old_glibc.c. */

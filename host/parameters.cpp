@@ -13,20 +13,6 @@ namespace {
 
 namespace dom = simdjson::dom;
 
-struct Setting {
-  std::string name;  ///< in capitals, as scripts are read
-  double value;
-};
-
-Setting parse_setting(const std::string& text) {
-  const size_t mark = text.find('=');
-  const auto value = mark == std::string::npos ? std::nullopt : to_number(text.substr(mark + 1));
-  if (mark == 0 || !value || std::isnan(*value)) {
-    throw HostError("--set " + text + ": write NAME=NUMBER, as in --set N=5");
-  }
-  return {to_upper(text.substr(0, mark)), *value};
-}
-
 /// The text of the file up to the bracket that closes its array.
 std::string open_array(const std::string& path) {
   if (path.empty()) return "[";
@@ -43,6 +29,15 @@ std::string open_array(const std::string& path) {
 
 }  // namespace
 
+Setting parse_setting(const std::string& text) {
+  const size_t mark = text.find('=');
+  const auto value = mark == std::string::npos ? std::nullopt : to_number(text.substr(mark + 1));
+  if (mark == 0 || !value || std::isnan(*value)) {
+    throw HostError("--set " + text + ": write NAME=NUMBER, as in --set N=5");
+  }
+  return {to_upper(text.substr(0, mark)), *value};
+}
+
 std::string parameters_json(const std::string& path, const std::vector<std::string>& settings) {
   std::string json = open_array(path);
   for (const std::string& text : settings) {
@@ -54,16 +49,20 @@ std::string parameters_json(const std::string& path, const std::vector<std::stri
   return json == "[" ? std::string() : json + ']';
 }
 
+std::string idle_reason(const std::string& name, const quor_advice::ScriptNames& names) {
+  if (std::ranges::find(names.constants, name) != names.constants.end()) {
+    return "the script's own CONST " + name + " stands";
+  }
+  const bool is_read = std::ranges::find(names.words, name) != names.words.end();
+  return is_read ? "" : "the script doesn't read " + name;
+}
+
 std::vector<std::string> idle_settings(const std::vector<std::string>& settings,
                                        const quor_advice::ScriptNames& names) {
   std::vector<std::string> texts;
   for (const std::string& text : settings) {
-    const std::string name = parse_setting(text).name;
-    if (std::ranges::find(names.constants, name) != names.constants.end()) {
-      texts.push_back("--set " + text + ": the script's own CONST " + name + " stands");
-    } else if (std::ranges::find(names.words, name) == names.words.end()) {
-      texts.push_back("--set " + text + ": the script doesn't read " + name);
-    }
+    const std::string reason = idle_reason(parse_setting(text).name, names);
+    if (!reason.empty()) texts.push_back("--set " + text + ": " + reason);
   }
   return texts;
 }

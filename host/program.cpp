@@ -12,10 +12,14 @@
 
 namespace quor_host {
 
-void run_instead(const std::string& path, char** arguments) {
+std::filesystem::path program_folder() {
   // NOLINTNEXTLINE(performance-no-int-to-ptr): the kernel gives the address as a number
   const auto* const own_path = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
-  const auto program = std::filesystem::canonical(own_path).parent_path() / path;
+  return std::filesystem::canonical(own_path).parent_path();
+}
+
+void run_instead(const std::string& path, char** arguments) {
+  const auto program = program_folder() / path;
   execv(program.c_str(), arguments);
   throw HostError(program.lexically_normal().string() +
                   " can't be started: " + std::generic_category().message(errno));

@@ -4,13 +4,14 @@
 #include <cmath>
 #include <iostream>
 #include <thread>
+#include <utility>
 
 #include "advice/advice.h"
-#include "console.h"
 #include "errors.h"
+#include "parameters.h"
 #include "period.h"
+#include "scan_console.h"
 #include "scan_findings.h"
-#include "scan_job.h"
 #include "scan_output.h"
 #include "text.h"
 
@@ -20,13 +21,6 @@ namespace {
 constexpr int exit_sound = 0;
 constexpr int exit_failure = 1;
 constexpr int exit_interrupted = 130;
-
-std::pair<std::string, double> parameter_of(const std::string& text) {
-  const size_t mark = text.find('=');
-  const auto value = mark == std::string::npos ? std::nullopt : to_number(text.substr(mark + 1));
-  if (!value) throw HostError("--set " + text + ": not of the form NAME=NUMBER");
-  return {to_upper(text.substr(0, mark)), *value};
-}
 
 ScanJob job_of(const ScanOptions& options) {
   ScanJob job;
@@ -39,7 +33,8 @@ ScanJob job_of(const ScanOptions& options) {
   }
   if (paths.empty()) throw HostError("no files and no folders with bars are given");
   for (const std::string& text : options.parameters) {
-    job.settings.parameters.push_back(parameter_of(text));
+    Setting setting = parse_setting(text);
+    job.settings.parameters.emplace_back(std::move(setting.name), setting.value);
   }
   const auto period = options.period.empty() ? period_of_a_day : parse_period(options.period);
   if (!period) throw HostError("--period " + options.period + ": no known period");
@@ -50,7 +45,6 @@ ScanJob job_of(const ScanOptions& options) {
   job.last = options.last;
   const size_t processors = std::max(1U, std::thread::hardware_concurrency());
   job.threads = std::min(options.jobs == 0 ? processors : options.jobs, job.files.size());
-  job.shows_progress = is_watched();
   return job;
 }
 

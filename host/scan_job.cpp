@@ -1,12 +1,7 @@
 #include "scan_job.h"
 
-#include <atomic>
-#include <chrono>
-#include <condition_variable>
-#include <csignal>
-#include <iostream>
-#include <mutex>
-#include <thread>
+#include <algorithm>
+#include <utility>
 
 #include "bars.h"
 #include "errors.h"
@@ -16,39 +11,8 @@
 namespace quor_host {
 namespace {
 
-using Clock = std::chrono::steady_clock;
 using quor::engine::Field;
 using quor::engine::Script;
-
-std::atomic<bool> stop_asked{false};
-static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may set it");
-
-/// For its life Ctrl-C asks the scan to stop; pressed again it ends the program.
-class StopOnInterrupt {
- public:
-  StopOnInterrupt() {
-    stop_asked = false;
-    before_ = std::signal(SIGINT, ask);
-  }
-  ~StopOnInterrupt() { std::signal(SIGINT, before_); }
-  StopOnInterrupt(const StopOnInterrupt&) = delete;
-  StopOnInterrupt& operator=(const StopOnInterrupt&) = delete;
-
- private:
-  static void ask(int number) {
-    stop_asked = true;
-    std::signal(number, SIG_DFL);
-  }
-
-  void (*before_)(int) = SIG_DFL;
-};
-
-/// What a thread found out about one file.
-struct Outcome {
-  std::vector<ScanRow> rows;
-  std::string reason;  ///< of a failure
-  bool done = false;
-};
 
 /// One script and its thread's way through the files.
 class Worker {
@@ -56,8 +20,9 @@ class Worker {
   explicit Worker(const ScanJob& job)
       : job_(job), subject_(job.settings.subject), script_(job.script, job.settings) {}
 
-  Outcome scan(const std::string& path) {
-    Outcome outcome;
+  ScanOutcome scan(size_t file) {
+    ScanOutcome outcome{file, {}, {}};
+    const std::string& path = job_.files[file];
     try {
       scan(path, outcome.rows);
     } catch (const HostError& error) {
@@ -65,7 +30,6 @@ class Worker {
     } catch (const std::exception& error) {
       outcome.reason = path + ": " + error.what();
     }
-    outcome.done = true;
     return outcome;
   }
 
@@ -85,7 +49,7 @@ class Worker {
       const auto column = bars.columns.find(id);
       if (column != bars.columns.end()) {
         fields_.push_back({id, column->second});
-      } else if (id != field_time && id != field_of_notices) {
+      } else if (!is_given_elsewhere(id)) {
         throw HostError(path + ": no column for " + field_text(id) + ", which the script reads");
       }
     }
@@ -113,97 +77,56 @@ class Worker {
     return value == value && value != 0.0;
   }
 
-  /// Reported for every script with a notice, and known to no file.
-  static constexpr uint32_t field_of_notices = 199;
-
   const ScanJob& job_;
   quor::engine::Subject subject_;
   Script script_;
   std::vector<Field> fields_;
 };
 
-std::string clock_text(std::chrono::seconds time) {
-  const auto seconds = time.count() % 60;
-  return std::to_string(time.count() / 60) + (seconds < 10 ? ":0" : ":") + std::to_string(seconds);
-}
-
-/// The files of a scan, handed out to its threads.
-class Scan {
- public:
-  explicit Scan(const ScanJob& job) : job_(job), outcomes_(job.files.size()) {}
-
-  ScanResult run() {
-    const StopOnInterrupt stop;
-    std::vector<std::thread> threads;
-    for (size_t i = 0; i < job_.threads; ++i) threads.emplace_back([this] { work(); });
-    watch();
-    for (std::thread& thread : threads) thread.join();
-    return collect();
-  }
-
- private:
-  void work() {
-    try {
-      Worker worker(job_);
-      for (size_t i = next_++; i < job_.files.size() && !stop_asked; i = next_++) {
-        outcomes_[i] = worker.scan(job_.files[i]);
-        ++done_;
-      }
-    } catch (...) {
-      const std::lock_guard guard(lock_);
-      fault_ = std::current_exception();
-    }
-    const std::lock_guard guard(lock_);
-    ++ended_;
-    changed_.notify_one();
-  }
-
-  void watch() {
-    const Clock::time_point start = Clock::now();
-    std::unique_lock guard(lock_);
-    const auto all_ended = [this] { return ended_ == job_.threads; };
-    while (!changed_.wait_for(guard, std::chrono::milliseconds(200), all_ended)) {
-      if (job_.shows_progress) show_progress(Clock::now() - start);
-    }
-    if (job_.shows_progress) std::cerr << "\r\033[K" << std::flush;
-  }
-
-  void show_progress(Clock::duration elapsed) const {
-    const size_t done = done_;
-    std::cerr << '\r' << done << " of " << job_.files.size() << " files";
-    if (done > 0) {
-      const auto left = elapsed * (job_.files.size() - done) / done;
-      std::cerr << ", " << clock_text(std::chrono::duration_cast<std::chrono::seconds>(left))
-                << " left";
-    }
-    std::cerr << "\033[K" << std::flush;
-  }
-
-  ScanResult collect() {
-    if (fault_) std::rethrow_exception(fault_);
-    ScanResult result;
-    for (size_t i = 0; i < outcomes_.size(); ++i) {
-      Outcome& outcome = outcomes_[i];
-      if (!outcome.done) continue;
-      ++result.done;
-      if (!outcome.reason.empty()) result.failures.push_back({job_.files[i], outcome.reason});
-      std::ranges::move(outcome.rows, std::back_inserter(result.rows));
-    }
-    return result;
-  }
-
-  const ScanJob& job_;
-  std::vector<Outcome> outcomes_;  ///< of each file, written by the thread that has it
-  std::atomic<size_t> next_{0};
-  std::atomic<size_t> done_{0};
-  std::mutex lock_;  ///< guards the two below
-  size_t ended_ = 0;
-  std::exception_ptr fault_;
-  std::condition_variable changed_;
-};
-
 }  // namespace
 
-ScanResult run_scan(const ScanJob& job) { return Scan(job).run(); }
+Scan::Scan(ScanJob job) : job_(std::move(job)) {
+  for (size_t i = 0; i < job_.threads; ++i) threads_.emplace_back([this] { work(); });
+}
+
+Scan::~Scan() {
+  stop();
+  for (std::thread& thread : threads_) thread.join();
+}
+
+void Scan::work() {
+  try {
+    Worker worker(job_);
+    for (size_t i = next_++; i < job_.files.size() && !stopped_; i = next_++) {
+      ScanOutcome outcome = worker.scan(i);
+      const std::lock_guard guard(lock_);
+      outcomes_.push_back(std::move(outcome));
+    }
+  } catch (...) {
+    const std::lock_guard guard(lock_);
+    fault_ = std::current_exception();
+  }
+  const std::lock_guard guard(lock_);
+  ++ended_;
+  changed_.notify_all();
+}
+
+bool Scan::wait(std::chrono::milliseconds time) {
+  std::unique_lock guard(lock_);
+  const bool ended = changed_.wait_for(guard, time, [this] { return ended_ == job_.threads; });
+  if (ended && fault_) std::rethrow_exception(fault_);
+  return ended;
+}
+
+std::vector<ScanOutcome> Scan::outcomes(size_t first) const {
+  const std::lock_guard guard(lock_);
+  const auto begin = outcomes_.begin() + static_cast<ptrdiff_t>(std::min(first, outcomes_.size()));
+  return {begin, outcomes_.end()};
+}
+
+size_t Scan::done() const {
+  const std::lock_guard guard(lock_);
+  return outcomes_.size();
+}
 
 }  // namespace quor_host

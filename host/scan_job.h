@@ -1,10 +1,14 @@
 // The work of a scan: files to rows, on several threads.
 #pragma once
 
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <cstdint>
-#include <filesystem>
+#include <exception>
+#include <mutex>
 #include <string>
-#include <string_view>
+#include <thread>
 #include <vector>
 
 #include "engine/engine.h"
@@ -18,15 +22,11 @@ struct ScanRow {
   std::vector<double> values;  ///< of the script's lines, in their order
 };
 
-struct ScanFailure {
-  std::string path;
-  std::string reason;
-};
-
-struct ScanResult {
-  std::vector<ScanRow> rows;  ///< in the order of the files, oldest bar first
-  std::vector<ScanFailure> failures;
-  size_t done = 0;  ///< files, those that failed among them
+/// What a file came to.
+struct ScanOutcome {
+  size_t file = 0;  ///< among the files of the job
+  std::vector<ScanRow> rows;
+  std::string reason;  ///< of a failure; empty for none
 };
 
 struct ScanJob {
@@ -35,11 +35,39 @@ struct ScanJob {
   std::vector<std::string> files;
   size_t last = 1;
   size_t threads = 1;
-  bool shows_progress = false;
 };
 
-/// Runs until all files are done or the user presses Ctrl-C.
-ScanResult run_scan(const ScanJob& job);
+/// A job under way on threads of its own. Each member may be called from any thread.
+class Scan {
+ public:
+  explicit Scan(ScanJob job);
+  /// Stops and waits for the threads.
+  ~Scan();
+  Scan(const Scan&) = delete;
+  Scan& operator=(const Scan&) = delete;
+
+  const ScanJob& job() const { return job_; }
+  /// Files that are in work are finished, no other one is begun.
+  void stop() { stopped_ = true; }
+  /// Waits so long at most. True if all threads have ended. Throws what ended a thread before time.
+  bool wait(std::chrono::milliseconds time);
+  /// The outcomes from the place `first` on, in the order in which they came.
+  std::vector<ScanOutcome> outcomes(size_t first = 0) const;
+  size_t done() const;
+
+ private:
+  void work();
+
+  ScanJob job_;
+  std::atomic<bool> stopped_{false};
+  std::atomic<size_t> next_{0};
+  mutable std::mutex lock_;  ///< guards the three below
+  std::vector<ScanOutcome> outcomes_;
+  size_t ended_ = 0;
+  std::exception_ptr fault_;
+  std::condition_variable changed_;
+  std::vector<std::thread> threads_;
+};
 
 /// The name of a security: that of its file without the ending.
 std::string security_of(const std::string& path);

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "scan_job.h"
+#include "scan_console.h"
 
 namespace quor_host {
 

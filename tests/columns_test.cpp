@@ -189,6 +189,9 @@ constexpr const char* entangled[] = {
     "X:C-O;B:HHV(C-O,7);X2:O-X;D:=STD(O-X,4)+MA(C-O,3);",
     "K:C;M:K;A:=MA(K,3)+EMA(M,2);",
     "A:=COUNT(C>O,EMA(BARPOS,3));B:=SUM(V,BARPOS/2);D:=MA(C,3+(C>O)*2);",
+    "A:=MA(C,3);B:=MA(O,5)-MA(C,3);D:=MA(V,2);E:=STD(C,5-(BARPOS=41)*10);F:=MA(L,9)+MA(H,1);",
+    "A:EMA(C,3)-EMA(C,9);B:=REF(EMA(C,3),2);D:=EMA(C,0)+EMA(O,2);E:=BARSSINCE(C>O)+EMA(O,4);",
+    "K:=C;A:=SMA(K,3,1)+SMA(C,5,2);B:=SMA(O,4,1)/SMA(C,5,2);D:=IF(C>O,SMA(C,7,1),0)+SMA(V,2,1);",
 };
 
 TEST(Columns, StatementsThatSeeEachOther) {

@@ -5,7 +5,8 @@ cd "$root" || exit 1
 
 library_packages="g++ cmake ninja-build ccache dpkg-dev"
 build_packages=$library_packages
-host_packages="libcli11-dev pkg-config libcairo2-dev libpango1.0-dev"
+studio_packages="nlohmann-json3-dev"
+host_packages="libcli11-dev pkg-config libcairo2-dev libpango1.0-dev $studio_packages"
 font_packages="fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji"
 test_packages="libgtest-dev binutils python3 mono-mcs mono-runtime"
 windows_packages="g++-mingw-w64-x86-64-posix cmake ninja-build ccache dpkg-dev googletest libcli11-dev llvm-14"

@@ -83,6 +83,11 @@ csv_library() {
     cp "$work/libcsv/csv.h" "$out/include" || die "the build of libcsv failed"
 }
 
+# One header. Debian's own package has it cut into a shared library, which would want OpenSSL.
+http_library() {
+  cp "$work/cpp-httplib/httplib.h" "$out/include" || die "the header of cpp-httplib can't be copied"
+}
+
 # Headers only; taken over one by one, because those of this machine must stay out of sight.
 command_line_library() {
   mkdir -p "$out/include" "$out/share/cmake"
@@ -107,7 +112,10 @@ fetch_source simdjson
 fetch_source libcsv
 json_library
 csv_library
-if [ "$system" = windows ]; then
+if [ "$system" = linux ]; then
+  fetch_source cpp-httplib
+  http_library
+else
   cmake_library googletest /usr/src/googletest -DBUILD_GMOCK=OFF
   command_line_library
 fi

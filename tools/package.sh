@@ -1,5 +1,6 @@
 #!/bin/sh
-# Installs what is missing, builds and makes the packages in dist/. Prints their names.
+# Installs what is missing, builds, with the page of the studio, and makes the packages in dist/. Prints
+# their names.
 #   tools/package.sh            packages for Debian and an archive for any Linux
 #   tools/package.sh windows    an archive
 #   tools/package.sh python     a wheel
@@ -20,6 +21,7 @@ if [ "$preset" = windows ]; then
   need_packages $windows_packages
 else
   need_packages $build_packages $host_packages $package_packages
+  tools/build-web.sh >&2 || die "the page of the studio could not be built"
 fi
 
 # make GENERATOR LIBDIR: each system has its own folder for libraries.

@@ -54,6 +54,11 @@ inside developer '
   cd /usr/share/doc/quor-parser/samples
   quor chart showcase.quor --bars index-daily.csv --out /chart.png
   test -s /chart.png' || die "the installed program doesn't draw"
+inside developer '
+  cd /
+  timeout --signal INT 5 quor studio --no-open || [ $? -eq 124 ]
+  test -s /usr/share/quor/studio/index.html' | grep -q token= ||
+  die "the installed program has no studio"
 
 # Nothing but the library.
 cp dist/libquor-parser_*.deb "$roots/developer/session_c" "$roots/developer/session_cpp" \

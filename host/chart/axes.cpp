@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "../fields.h"
-#include "numbers.h"
+#include "../panes/numbers.h"
 
 namespace quor_host {
 namespace {

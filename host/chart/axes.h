@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "panels.h"
+#include "../panes/panels.h"
 #include "sheet.h"
 #include "time_axis.h"
 #include "time_marks.h"

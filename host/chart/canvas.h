@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "color.h"
+#include "../panes/color.h"
 #include "placement.h"
 
 namespace quor_host {

@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "../fields.h"
-#include "numbers.h"
+#include "../panes/numbers.h"
 #include "time_marks.h"
 
 namespace quor_host {
@@ -56,8 +56,8 @@ class Line {
 };
 
 std::string legend_text(const View& view, const Record& record, int panel_digits) {
-  std::string title = record.text("Field1Text");
-  if (!record.flag("TitleVisible") || title.starts_with("EMPTY_LINE_NAME_RESERVED")) return "";
+  std::string title = title_of(record);
+  if (title.empty()) return title;
   const double last = view.value(record.column("Field1Id"), view.last_row());
   if (!std::isfinite(last)) return title;
   const double digits = record.number("Digit", -1.0);

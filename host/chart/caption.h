@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "../panes/panels.h"
 #include "../session.h"
-#include "panels.h"
 #include "sheet.h"
 
 namespace quor_host {

@@ -4,7 +4,7 @@
 #include <map>
 #include <span>
 
-#include "numbers.h"
+#include "../panes/numbers.h"
 #include "painter.h"
 
 namespace quor_host {

@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "../text.h"
-#include "numbers.h"
+#include "../panes/numbers.h"
+#include "../panes/trade_words.h"
 #include "painter.h"
 
 namespace quor_host {
@@ -11,32 +11,6 @@ namespace {
 
 constexpr double space = 3.0;      ///< between a bar and a text
 constexpr double far_away = 11.0;  ///< from where on a text needs a line to its point
-
-enum class Side { buy, sell, none };
-
-struct TradeWord {
-  std::string_view word;
-  Side side;
-};
-constexpr TradeWord trade_words[] = {
-    {"BK", Side::buy},  {"BP", Side::buy},   {"BPK", Side::buy},      {"SK", Side::sell},
-    {"SP", Side::sell}, {"SPK", Side::sell}, {"CLOSEOUT", Side::none}};
-
-/// The word of a statement such as "CROSS(C,MA5),BK(2)": the last piece between commas that is one.
-const TradeWord& trade_word(const std::string& statement) {
-  std::string piece;
-  for (size_t end = statement.size(); end != std::string::npos && end > 0;) {
-    const size_t comma = statement.rfind(',', end - 1);
-    const size_t begin = comma == std::string::npos ? 0 : comma + 1;
-    piece = to_upper(statement.substr(begin, end - begin));
-    std::erase(piece, ' ');
-    piece.erase(std::min(piece.find('('), piece.size()));
-    const auto* const row = std::ranges::find(trade_words, piece, &TradeWord::word);
-    if (row != std::end(trade_words)) return *row;
-    end = comma;
-  }
-  return trade_words[std::size(trade_words) - 1];
-}
 
 /// The rows in sight at which a notice or a signal holds.
 std::vector<size_t> rows_that_hold(const View& view, const Record& record) {

@@ -4,10 +4,10 @@
 #include <optional>
 #include <string>
 
+#include "../panes/panels.h"
+#include "../panes/theme.h"
 #include "canvas.h"
-#include "panels.h"
 #include "placement.h"
-#include "theme.h"
 #include "time_axis.h"
 
 namespace quor_host {

@@ -1,9 +1,9 @@
 // What the parts of a picture are drawn with.
 #pragma once
 
+#include "../panes/theme.h"
+#include "../panes/view.h"
 #include "canvas.h"
-#include "theme.h"
-#include "view.h"
 
 namespace quor_host {
 

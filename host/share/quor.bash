@@ -6,7 +6,7 @@ _quor() {
   local options=
   COMPREPLY=()
   if [ "$COMP_CWORD" -eq 1 ]; then
-    COMPREPLY=($(compgen -W 'check run chart scan help --help --version' -- "$current"))
+    COMPREPLY=($(compgen -W 'check run chart scan studio help --help --version' -- "$current"))
     return
   fi
   case $previous in
@@ -20,7 +20,7 @@ _quor() {
       return
       ;;
     --theme) COMPREPLY=($(compgen -W 'light dark' -- "$current")); return ;;
-    -e | --set | --code | --market | --timezone | --last | --from | --size | --where | --jobs | --sort) return ;;
+    -e | --set | --code | --market | --timezone | --last | --from | --size | --where | --jobs | --sort | --port) return ;;
   esac
   options='-e --set --params --lines --period --code --market --timezone --extra --trading --strict --help'
   case $command in
@@ -28,9 +28,10 @@ _quor() {
     run) options="$options --bars --calendar --reference --last --json --csv --from --fire" ;;
     chart) options="$options --bars --calendar --reference --last --out --size --theme --no-volume" ;;
     scan) options='-e --set --period --market --last --where --jobs --sort --reverse --csv --json --help' ;;
+    studio) options='--bars --port --no-open --help' ;;
     help)
-      COMPREPLY=($(compgen -W "check run chart scan help $(quor help --list 2>/dev/null)" -- "${current^^}"))
-      [ ${#COMPREPLY[@]} -gt 0 ] || COMPREPLY=($(compgen -W 'check run chart scan help' -- "$current"))
+      COMPREPLY=($(compgen -W "check run chart scan studio help $(quor help --list 2>/dev/null)" -- "${current^^}"))
+      [ ${#COMPREPLY[@]} -gt 0 ] || COMPREPLY=($(compgen -W 'check run chart scan studio help' -- "$current"))
       return
       ;;
   esac

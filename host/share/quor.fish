@@ -1,11 +1,13 @@
 # Completion of quor for fish.
-set -l commands check run chart scan help
+set -l commands check run chart scan studio help
 set -l scripts check run chart
 
 complete -c quor -n "not __fish_seen_subcommand_from $commands" -f
 complete -c quor -n "not __fish_seen_subcommand_from $commands" -a check -d 'Compile a script and say what it needs'
 complete -c quor -n "not __fish_seen_subcommand_from $commands" -a run -d 'Run a script over bars and print its lines'
 complete -c quor -n "not __fish_seen_subcommand_from $commands" -a chart -d 'Draw the bars and what a script draws'
+complete -c quor -n "not __fish_seen_subcommand_from $commands" -a scan -d 'Run a script over many securities'
+complete -c quor -n "not __fish_seen_subcommand_from $commands" -a studio -d 'Open a page to write scripts, see the chart and play bars'
 complete -c quor -n "not __fish_seen_subcommand_from $commands" -a help -d 'Explain words of the language and commands'
 complete -c quor -n "not __fish_seen_subcommand_from $commands" -l version -d 'The version'
 complete -c quor -l help -d 'Help'
@@ -48,4 +50,8 @@ complete -c quor -n $market -l reverse -d 'Sort the other way round'
 complete -c quor -n $market -l csv -d 'Print comma-separated values'
 complete -c quor -n $market -l json -d 'Print JSON'
 
-complete -c quor -n '__fish_seen_subcommand_from help' -f -a 'check run chart scan help (quor help --list 2>/dev/null)'
+complete -c quor -n '__fish_seen_subcommand_from studio' -l bars -r -F -d 'A file or a folder of bars'
+complete -c quor -n '__fish_seen_subcommand_from studio' -l port -x -d 'The port'
+complete -c quor -n '__fish_seen_subcommand_from studio' -l no-open -d 'Print the link only'
+
+complete -c quor -n '__fish_seen_subcommand_from help' -f -a 'check run chart scan studio help (quor help --list 2>/dev/null)'

@@ -37,7 +37,7 @@ class Bars(NamedTuple):
 
     times: np.ndarray  #: int64, ticks since 1970 by the clock of the bars' own zone
     ticks: int  #: per second
-    fields: list[tuple[int, np.ndarray]]
+    fields: list[tuple[int, np.ndarray]]  #: of numbers; the engine makes float64 of them
     index: Any
 
 
@@ -79,7 +79,7 @@ class Layout:
             and for times that are none.
         """
         labels = frame.columns if hasattr(frame, "columns") else frame.keys()
-        key = tuple(labels)
+        key = tuple(labels.tolist() if isinstance(labels, pd.Index) else labels)
         found = self._known.get(key)
         if found is None:
             found = self._known[key] = self._find(key)
@@ -91,12 +91,14 @@ class Layout:
             times, ticks = _times(index)
         else:
             times, ticks = _times(frame[time_label])
-        fields = [(id_, _numbers(frame[label], label)) for id_, label in places]
-        for (_, values), (_, label) in zip(fields, places):
+        fields = []
+        for id_, label in places:
+            values = _numbers(frame[label], label)
             if len(values) != len(times):
                 raise ValueError(
                     f"column {label!r} has {len(values)} values for {len(times)} bars"
                 )
+            fields.append((id_, values))
         if index is None:
             index = pd.DatetimeIndex(times.view(f"datetime64[{_unit(ticks)}]"))
         return Bars(times, ticks, fields, index)
@@ -146,10 +148,15 @@ def _unit(ticks: int) -> str:
     return next(unit for unit, count in _TICKS.items() if count == ticks)
 
 
+def _array(values: Any) -> np.ndarray:
+    """As np.asarray, which takes longer to find what pandas has."""
+    return np.asarray(values.values if isinstance(values, (pd.Series, pd.Index)) else values)
+
+
 def _numbers(values: Any, label: Hashable) -> np.ndarray:
-    array = np.asarray(values)
+    array = _array(values)
     if array.dtype.kind in "fiub":
-        return array.astype(np.float64, copy=False)
+        return array
     if array.dtype.kind != "O":
         raise ValueError(f"column {label!r} holds {array.dtype}, and no numbers")
     for row, value in enumerate(array):
@@ -167,7 +174,7 @@ def _times(values: Any) -> tuple[np.ndarray, int]:
         values = values.to_timestamp()
     if getattr(getattr(values, "dtype", None), "tz", None) is not None:
         values = pd.DatetimeIndex(values).tz_localize(None)
-    array = np.asarray(values)
+    array = _array(values)
     if array.dtype.kind in "iu":
         array = _times_of_integers(array)
     elif array.dtype.kind != "M":
@@ -176,7 +183,7 @@ def _times(values: Any) -> tuple[np.ndarray, int]:
     if unit not in _TICKS:
         unit = "s"
         array = array.astype("datetime64[s]")
-    return np.ascontiguousarray(array).view(np.int64), _TICKS[unit]
+    return array.view(np.int64), _TICKS[unit]
 
 
 def _times_of_objects(array: np.ndarray) -> np.ndarray:

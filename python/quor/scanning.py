@@ -2,9 +2,9 @@
 
 from __future__ import annotations
 
+import functools
 import glob
 import os
-import threading
 import warnings
 from concurrent.futures import FIRST_COMPLETED, Executor, Future, ThreadPoolExecutor, wait
 from itertools import islice
@@ -15,13 +15,18 @@ import numpy as np
 import pandas as pd
 from tqdm.auto import tqdm
 
-from .errors import ScanWarning
-from .script import Script, Spec, as_script, check_times, raise_error, times_of_keys
+from .errors import ScanWarning, ScriptError
+from .frames import Bars
+from .script import Script, Spec, as_script, check_times, error_of, times_of_keys
 
 #: Securities that one task of an executor has: enough for the way there not to count.
 CHUNK = 16
 #: Tasks that wait or run at a time; frames that are made one by one aren't all held at once.
 WINDOW = 64
+#: The same for each thread of this process, which is quick to fetch the next.
+WINDOW_OF_THREAD = 3
+#: Bars that the engine takes in one call, unless one security has more.
+BARS = 1 << 16
 
 Source = Union[str, os.PathLike, Mapping[Hashable, Any], Iterable]
 
@@ -34,15 +39,8 @@ class Task(NamedTuple):
     last: int
 
 
-class _Own(threading.local):
-    """The engine of a thread, kept from chunk to chunk of one task."""
-
-    task: Task | None = None
-    script: Script
-    engine: Any
-
-
-_own = _Own()
+#: For where no script is at hand: another process has many chunks of a task.
+_script_of = functools.lru_cache(maxsize=4)(Script)
 
 
 def processors() -> int:
@@ -64,29 +62,57 @@ def read_csv(path: str | os.PathLike) -> pd.DataFrame:
 
 def scan_chunk(task: Task, chunk: list[tuple[Hashable, Any]]) -> list[tuple[Hashable, Any, Any]]:
     """For each security its name, keys and values; or its name, None and what went wrong."""
-    if _own.task != task:
-        _own.script = Script(task.spec)
-        _own.engine = task.spec.engine()
-        _own.task = task
-    return [_scan_one(task, name, source) for name, source in chunk]
+    return scan_by(_script_of(task.spec), task, chunk)
 
 
-def _scan_one(task: Task, name: Hashable, source: Any) -> tuple[Hashable, Any, Any]:
-    try:
-        if callable(source):
-            source = source()
-        elif isinstance(source, (str, os.PathLike)):
-            source = read_csv(source)
-        engine = _own.engine
-        bars = _own.script.layout(dict(task.columns)).bars(source)
-        found = engine.scan(str(name), bars.times, bars.ticks, bars.fields, task.last)
-        if found is None:
-            raise_error(engine)
-        if engine.row_count() != len(bars.times):
-            check_times(bars, engine.row_count())
-        return name, found[0], found[1]
-    except Exception as error:  # one security's fault is not the others'
-        return name, None, _reason(error)
+def scan_by(
+    script: Script, task: Task, chunk: list[tuple[Hashable, Any]]
+) -> list[tuple[Hashable, Any, Any]]:
+    """As :func:`scan_chunk`, with the script of the task."""
+    outcomes: list[tuple[Hashable, Any, Any]] = []
+    layout = script.layout(dict(task.columns))
+    ready: list[tuple[Hashable, Bars]] = []
+    count = 0
+    for name, source in chunk:
+        try:
+            bars = layout.bars(_frame_of(source))
+        except Exception as error:  # one security's fault is not the others'
+            outcomes.append((name, None, _reason(error)))
+            continue
+        ready.append((name, bars))
+        count += len(bars.times)
+        if count >= BARS:
+            outcomes += _calculate(script, ready, task.last)
+            ready, count = [], 0
+    outcomes += _calculate(script, ready, task.last)
+    return outcomes
+
+
+def _frame_of(source: Any) -> Any:
+    if callable(source):
+        return source()
+    return read_csv(source) if isinstance(source, (str, os.PathLike)) else source
+
+
+def _calculate(
+    script: Script, ready: list[tuple[Hashable, Bars]], last: int
+) -> Iterator[tuple[Hashable, Any, Any]]:
+    """One call of the engine, so that the threads seldom wait for the interpreter."""
+    securities = [(str(name).encode(errors="replace"), bars.times, bars.ticks, bars.fields)
+                  for name, bars in ready]
+    with script.engine() as engine:
+        counts, keys, values = engine.scan(securities, last)
+    end = 0
+    for (name, bars), (found, rows, failure) in zip(ready, counts):
+        start, end = end, end + found
+        try:
+            if failure is not None:
+                raise ValueError(failure) if isinstance(failure, str) else error_of(failure)
+            if rows != len(bars.times):
+                check_times(bars, rows)
+            yield name, keys[start:end], values[start:end]
+        except (ValueError, ScriptError) as error:
+            yield name, None, _reason(error)
 
 
 def _reason(error: BaseException) -> str:
@@ -147,7 +173,9 @@ def scan(
         raise ValueError("last must be 1 or more")
     script = as_script(script)
     spec = script.spec._replace(condition=where or "")
-    spec.engine()  # what doesn't compile fails here and once
+    lines = script.lines
+    if spec != script.spec:
+        script = Script(spec)
     script.layout(columns)
     task = Task(spec, tuple((columns or {}).items()), last)
     items, count = _items(frames)
@@ -155,13 +183,13 @@ def scan(
     found: dict[Hashable, tuple[np.ndarray, np.ndarray]] = {}
     failures: dict[Hashable, str] = {}
     with bar:
-        for name, keys, values in _work(task, items, executor, jobs):
+        for name, keys, values in _work(script, task, items, executor, jobs):
             bar.update()
             if keys is None:
                 failures[name] = values
             else:
                 found[name] = (keys, values)
-    return _result(script.lines, found, failures)
+    return _result(lines, found, failures)
 
 
 def _items(frames: Source) -> tuple[Iterator[tuple[Hashable, Any]], int | None]:
@@ -188,34 +216,38 @@ def _files(place: str) -> list[str]:
 
 
 def _work(
-    task: Task, items: Iterator, executor: Executor | None, jobs: int | None
+    script: Script, task: Task, items: Iterator, executor: Executor | None, jobs: int | None
 ) -> Iterator[tuple[Hashable, Any, Any]]:
     if executor is not None:
-        yield from _submit(executor.submit, task, items, CHUNK)
+        yield from _submit(functools.partial(executor.submit, scan_chunk, task), items, WINDOW)
         return
+    work = functools.partial(scan_by, script, task)
     threads = jobs or processors()
     if threads == 1:
-        for item in items:
-            yield from scan_chunk(task, [item])
+        for chunk in _chunks(items):
+            yield from work(chunk)
         return
     pool = ThreadPoolExecutor(threads, "quor-scan")
     try:
-        yield from _submit(pool.submit, task, items, CHUNK)
+        window = WINDOW_OF_THREAD * threads
+        yield from _submit(functools.partial(pool.submit, work), items, window)
     finally:
         pool.shutdown(wait=True, cancel_futures=True)
 
 
+def _chunks(items: Iterator) -> Iterator[list[tuple[Hashable, Any]]]:
+    return iter(lambda: list(islice(items, CHUNK)), [])
+
+
 def _submit(
-    submit: Callable[..., Future], task: Task, items: Iterator, size: int
+    submit: Callable[[list], Future], items: Iterator, window: int
 ) -> Iterator[tuple[Hashable, Any, Any]]:
+    chunks = _chunks(items)
     waiting: dict[Future, list[Hashable]] = {}
     try:
         while True:
-            while len(waiting) < WINDOW:
-                chunk = list(islice(items, size))
-                if not chunk:
-                    break
-                waiting[submit(scan_chunk, task, chunk)] = [name for name, _ in chunk]
+            for chunk in islice(chunks, window - len(waiting)):
+                waiting[submit(chunk)] = [name for name, _ in chunk]
             if not waiting:
                 return
             for future in wait(waiting, return_when=FIRST_COMPLETED).done:

@@ -6,7 +6,7 @@ import json
 import re
 import threading
 from contextlib import contextmanager
-from typing import Any, Hashable, Iterator, Mapping, NamedTuple
+from typing import Any, Hashable, Iterator, Mapping, NamedTuple, Sequence
 
 import numpy as np
 import pandas as pd
@@ -51,7 +51,12 @@ def raise_error(engine: _engine.Engine) -> None:
     """Raises ScriptError if the last compile or calculation of an engine failed."""
     error = engine.error()
     if error is not None:
-        raise ScriptError(Finding(*error))
+        raise error_of(error)
+
+
+def error_of(finding: Sequence[Any]) -> ScriptError:
+    """The exception for an error as the engine gives it."""
+    return ScriptError(Finding(*finding))
 
 
 def numbers(parameters: Mapping[str, Any]) -> tuple[tuple[str, float], ...]:
@@ -158,7 +163,7 @@ class Script:
     @property
     def shapes(self) -> list[dict[str, Any]]:
         """What the script draws: one drawing record each, as the engine's host guide has them."""
-        with self._engine() as engine:
+        with self.engine() as engine:
             return [record_of(text) for text in engine.shapes()]
 
     @property
@@ -200,7 +205,7 @@ class Script:
             For a calculation that fails.
         """
         bars = self.layout(columns).bars(frame)
-        with self._engine() as engine:
+        with self.engine() as engine:
             if not engine.run(bars.times, bars.ticks, bars.fields, True):
                 raise_error(engine)
             values = engine.values(0)
@@ -229,7 +234,7 @@ class Script:
         return layout
 
     @contextmanager
-    def _engine(self) -> Iterator[_engine.Engine]:
+    def engine(self) -> Iterator[_engine.Engine]:
         """An engine that nobody else works with; a new one only for a further thread."""
         with self._lock:
             engine = self._idle.pop() if self._idle else None

@@ -23,6 +23,8 @@ using Stamps = py::array_t<int64_t, py::array::c_style | py::array::forcecast>;
 using Values = py::array_t<double, py::array::c_style | py::array::forcecast>;
 using FieldList = std::vector<std::pair<uint32_t, Values>>;
 using Numbers = std::vector<std::pair<std::string, double>>;
+/// A security's name and its bars: times, ticks per second, fields.
+using Security = std::tuple<std::string, Stamps, int64_t, FieldList>;
 
 template <typename Number>
 py::array_t<Number> array_of(const std::vector<Number>& values) {
@@ -62,14 +64,14 @@ class Engine {
   /// Bars in place of those before, and all lines over them. False for a failure.
   bool run(const Stamps& stamps, int64_t ticks, const FieldList& list, bool with_events) {
     return work(stamps, list, [&](std::span<const int64_t> times, std::span<const Field> fields) {
-      return run_anew(times, ticks, fields, with_events);
+      return run_anew(subject_, times, ticks, fields, with_events);
     });
   }
 
   /// Bars beside those before, and all lines from the first of them on.
   bool update(const Stamps& stamps, int64_t ticks, const FieldList& list, bool with_events) {
     return work(stamps, list, [&](std::span<const int64_t> times, std::span<const Field> fields) {
-      fill_keys(times, ticks, keys_);
+      set_keys(times, ticks);
       script_.set_rows(keys_, fields);
       if (keys_.empty()) return true;
       const auto first = script_.row_of(*std::ranges::min_element(keys_));
@@ -77,24 +79,30 @@ class Engine {
     });
   }
 
-  /// As `run` for another security; the keys of the last bars at which the condition holds, and the
-  /// lines there, a row for each bar. Nothing for a failure.
-  std::optional<py::tuple> scan(const std::string& security, const Stamps& stamps, int64_t ticks,
-                                const FieldList& list, size_t last) {
-    std::vector<int64_t> keys;
-    std::vector<double> cells;
-    const bool sound =
-        work(stamps, list, [&](std::span<const int64_t> times, std::span<const Field> fields) {
-          subject_.security = security;
-          script_.restart(subject_);
-          if (!run_anew(times, ticks, fields, false)) return false;
-          take_last(last, keys, cells);
-          return true;
-        });
-    if (!sound) return std::nullopt;
-    const auto rows = static_cast<py::ssize_t>(keys.size());
-    const auto columns = static_cast<py::ssize_t>(script_.lines().size());
-    return py::make_tuple(array_of(keys), array_of(cells).reshape({rows, columns}));
+  /// As `run` for one security after the other. Of their last bars those at which the condition
+  /// holds count. Gives for each security how many of these it has, the rows of all its bars, and
+  /// what failed: nothing, a text or a finding; then the keys of the bars that count, and the lines
+  /// there, a row for each bar.
+  py::tuple scan(const std::vector<Security>& securities, size_t last) {
+    std::vector<Outcome> outcomes(securities.size());
+    Found found;
+    size_t width = 0;
+    {
+      const py::gil_scoped_release release;
+      const std::lock_guard guard(lock_);
+      for (size_t i = 0; i < securities.size(); ++i) {
+        outcomes[i] = scan_one(securities[i], last, found);
+      }
+      width = script_.lines().size();
+    }
+    py::list list;
+    for (const Outcome& outcome : outcomes) {
+      list.append(py::make_tuple(outcome.found, outcome.rows, failure_of(outcome)));
+    }
+    const auto rows = static_cast<py::ssize_t>(found.keys.size());
+    const auto columns = static_cast<py::ssize_t>(width);
+    return py::make_tuple(list, array_of(found.keys),
+                          array_of(found.cells).reshape({rows, columns}));
   }
 
   /// The cells of all lines, a row for each line.
@@ -190,16 +198,34 @@ class Engine {
   /// condition has no place in the script.
   std::optional<py::tuple> error() {
     const std::lock_guard guard(lock_);
-    if (!script_.report().failure && !run_failed_) return std::nullopt;
-    for (quor_advice::Finding& finding : advise()) {
-      if (finding.severity != quor_advice::Severity::error) continue;
-      if (script_.report().failure.in_condition) finding.line = finding.column = 0;
-      return tuple_of(finding);
-    }
-    return std::nullopt;
+    const auto finding = first_error();
+    if (!finding) return std::nullopt;
+    return tuple_of(*finding);
   }
 
  private:
+  using Finding = quor_advice::Finding;
+
+  /// What a scan comes to for one security.
+  struct Outcome {
+    size_t found = 0;
+    uint32_t rows = 0;
+    std::string fault;  ///< of the bars
+    std::optional<Finding> finding;
+  };
+
+  /// The bars that count, of all securities.
+  struct Found {
+    std::vector<int64_t> keys;
+    std::vector<double> cells;
+  };
+
+  static py::object failure_of(const Outcome& outcome) {
+    if (outcome.finding) return tuple_of(*outcome.finding);
+    if (!outcome.fault.empty()) return py::str(outcome.fault);
+    return py::none();
+  }
+
   static quor::engine::Subject subject_of(uint32_t period, std::string security,
                                           std::string market) {
     quor::engine::Subject subject;
@@ -219,12 +245,54 @@ class Engine {
     return task(times, fields);
   }
 
-  bool run_anew(std::span<const int64_t> times, int64_t ticks, std::span<const Field> fields,
-                bool with_events) {
-    fill_keys(times, ticks, keys_);
-    script_.clear_rows();
+  bool run_anew(const quor::engine::Subject& subject, std::span<const int64_t> times, int64_t ticks,
+                std::span<const Field> fields, bool with_events) {
+    set_keys(times, ticks);
+    script_.restart(subject);
     script_.set_rows(keys_, fields);
     return calculate(0, with_events);
+  }
+
+  /// Securities of one market mostly have the same times, so that the keys are there already.
+  void set_keys(std::span<const int64_t> times, int64_t ticks) {
+    if (ticks == ticks_ && std::ranges::equal(times, times_)) return;
+    ticks_ = 0;
+    fill_keys(times, ticks, keys_);
+    times_.assign(times.begin(), times.end());
+    ticks_ = ticks;
+  }
+
+  /// One security's fault is not the others'.
+  Outcome scan_one(const Security& security, size_t last, Found& found) {
+    Outcome outcome;
+    const size_t keys = found.keys.size();
+    const size_t cells = found.cells.size();
+    try {
+      const auto& [name, stamps, ticks, list] = security;
+      quor::engine::Subject subject = subject_;
+      subject.security = name;
+      if (run_anew(subject, span_of(stamps), ticks, fields_of(list), false)) {
+        outcome.found = take_last(last, found);
+        outcome.rows = script_.row_count();
+      } else {
+        outcome.finding = first_error();
+      }
+    } catch (const std::exception& error) {
+      outcome.fault = error.what();
+      found.keys.resize(keys);
+      found.cells.resize(cells);
+    }
+    return outcome;
+  }
+
+  std::optional<Finding> first_error() const {
+    if (!script_.report().failure && !run_failed_) return std::nullopt;
+    for (Finding& finding : advise()) {
+      if (finding.severity != quor_advice::Severity::error) continue;
+      if (script_.report().failure.in_condition) finding.line = finding.column = 0;
+      return finding;
+    }
+    return std::nullopt;
   }
 
   bool calculate(uint32_t first, bool with_events) {
@@ -237,17 +305,22 @@ class Engine {
     return value == value && value != 0.0;
   }
 
-  void take_last(size_t last, std::vector<int64_t>& keys, std::vector<double>& cells) const {
+  /// Gives how many of the last bars count.
+  size_t take_last(size_t last, Found& found) const {
+    const size_t before = found.keys.size();
     const uint32_t count = script_.row_count();
     const auto first = static_cast<uint32_t>(count - std::min<size_t>(count, last));
     for (uint32_t row = first; row < count; ++row) {
       if (script_.has_condition() && !holds(row)) continue;
-      keys.push_back(script_.key_of(row));
-      for (const auto& line : script_.lines()) cells.push_back(script_.column(line.column)[row]);
+      found.keys.push_back(script_.key_of(row));
+      for (const auto& line : script_.lines()) {
+        found.cells.push_back(script_.column(line.column)[row]);
+      }
     }
+    return found.keys.size() - before;
   }
 
-  std::vector<quor_advice::Finding> advise() const {
+  std::vector<Finding> advise() const {
     quor_advice::Input input;
     input.script = script_.source();
     input.parameters = script_.parameters();
@@ -267,10 +340,12 @@ class Engine {
   }
 
   std::mutex lock_;  ///< guards all below
-  quor::engine::Subject subject_;
+  const quor::engine::Subject subject_;
   Script script_;
   bool run_failed_ = false;
-  std::vector<int64_t> keys_;  ///< of the last bars taken in, in their order
+  std::vector<int64_t> keys_;   ///< of the last bars taken in, in their order
+  std::vector<int64_t> times_;  ///< that the keys come from
+  int64_t ticks_ = 0;           ///< of these times; 0 if the keys come from none
 };
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include "row_keys.h"
 
+#include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -16,41 +18,71 @@ constexpr int64_t no_time = std::numeric_limits<int64_t>::min();
 }
 
 /// hhmmss of a part of a day.
-int64_t clock_of(int64_t part, int64_t ticks) {
+template <int64_t ticks>
+int64_t clock_of(int64_t part) {
   if (part == 0) return 0;
   const int64_t second = part / ticks;
   return second / 3600 * 10000 + second / 60 % 60 * 100 + second % 60;
 }
 
-/// YYYYMMDD000000 of a day since 1970.
-int64_t key_of_day(int64_t day) {
-  const std::chrono::year_month_day date{
-      std::chrono::sys_days{std::chrono::days{static_cast<int32_t>(day)}}};
-  return (int64_t{int{date.year()}} * 10000 + unsigned{date.month()} * 100 + unsigned{date.day()}) *
-         1000000;
-}
+/// The month of the day that was asked for last: those that follow are mostly in it.
+class MonthOfDays {
+ public:
+  bool has(int64_t day) const { return static_cast<uint64_t>(day - first_) < days_; }
 
-}  // namespace
+  void move_to(int64_t day) {
+    const std::chrono::year_month_day date{
+        std::chrono::sys_days{std::chrono::days{static_cast<int32_t>(day)}}};
+    const std::chrono::year_month_day_last end{date.year() / date.month() / std::chrono::last};
+    first_ = day - unsigned{date.day()} + 1;
+    days_ = unsigned{end.day()};
+    key_ = int64_t{int{date.year()}} * 100 + unsigned{date.month()};
+  }
 
-void fill_keys(std::span<const int64_t> times, int64_t ticks, std::vector<int64_t>& keys) {
+  /// YYYYMMDD000000
+  int64_t key_of(int64_t day) const { return (key_ * 100 + (day - first_ + 1)) * 1000000; }
+
+ private:
+  int64_t first_ = 0;  ///< day since 1970
+  uint64_t days_ = 0;
+  int64_t key_ = 0;  ///< YYYYMM
+};
+
+/// Divisions by a number that the compiler knows are cheap.
+template <int64_t ticks>
+void fill(std::span<const int64_t> times, std::vector<int64_t>& keys) {
   constexpr int64_t first_day = -719162;  // 0001-01-01
   constexpr int64_t last_day = 2932896;   // 9999-12-31
-  const int64_t ticks_of_day = ticks * day_seconds;
-  keys.resize(times.size());
-  int64_t known_day = no_time;
-  int64_t known_key = 0;
+  constexpr int64_t ticks_of_day = ticks * day_seconds;
+  MonthOfDays month;
   for (size_t bar = 0; bar < times.size(); ++bar) {
     const int64_t time = times[bar];
     if (time == no_time) refuse(bar, "has no time");
     // The day begins at or before the time, also before 1970.
     const int64_t day = time / ticks_of_day - (time % ticks_of_day < 0 ? 1 : 0);
-    if (day < first_day || day > last_day) refuse(bar, "has a year out of range");
-    if (day != known_day) {
-      known_day = day;
-      known_key = key_of_day(day);
+    if (!month.has(day)) {
+      if (day < first_day || day > last_day) refuse(bar, "has a year out of range");
+      month.move_to(day);
     }
-    keys[bar] = known_key + clock_of(time - day * ticks_of_day, ticks);
+    keys[bar] = month.key_of(day) + clock_of<ticks>(time - day * ticks_of_day);
   }
+}
+
+struct Unit {
+  int64_t ticks;
+  void (*fill)(std::span<const int64_t>, std::vector<int64_t>&);
+};
+
+constexpr Unit units[] = {
+    {1, fill<1>}, {1000, fill<1000>}, {1000000, fill<1000000>}, {1000000000, fill<1000000000>}};
+
+}  // namespace
+
+void fill_keys(std::span<const int64_t> times, int64_t ticks, std::vector<int64_t>& keys) {
+  const auto* const unit = std::ranges::find(units, ticks, &Unit::ticks);
+  if (unit == std::end(units)) throw std::invalid_argument("no such unit of time");
+  keys.resize(times.size());
+  unit->fill(times, keys);
 }
 
 pybind11::array_t<int64_t> seconds_of_keys(const pybind11::array_t<int64_t>& keys) {

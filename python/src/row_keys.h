@@ -9,9 +9,10 @@
 
 namespace quor_python {
 
-/// The row key of each time, a count of ticks since 1970, of which `ticks` make a second; parts of
-/// a second are dropped. Throws std::invalid_argument for a time that is none and for years that
-/// have no four digits. Needs no interpreter.
+/// The row key of each time, a count of ticks since 1970, of which `ticks` make a second: 1 or a
+/// thousand to the first, second or third power. Parts of a second are dropped. Throws
+/// std::invalid_argument for a time that is none and for years that have no four digits. Needs no
+/// interpreter.
 void fill_keys(std::span<const int64_t> times, int64_t ticks, std::vector<int64_t>& keys);
 
 /// The seconds since 1970 of each row key.

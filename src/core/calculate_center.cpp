@@ -103,10 +103,13 @@ Status CalculateCenter::run_block(std::span<const uint32_t> statements, Block ro
   is_finished_.assign(pool_.script.statement_list.size(), 0);
   bar_by_bar_.clear();
   columns_.begin(rows);
+  run_ahead(statements, run_from);
   for (const uint32_t position : statements) {
     is_finished_[position] = can_take(position, run_from) &&
                              columns_.calculate(*pool_.script.statement_list[position], position);
-    if (is_finished_[position] == 0) bar_by_bar_.push_back(position);
+    if (is_finished_[position] != 0) continue;
+    columns_.give_up_ahead(position);
+    bar_by_bar_.push_back(position);
   }
   if (bar_by_bar_.empty()) return Status::ok;
   try {
@@ -117,6 +120,15 @@ Status CalculateCenter::run_block(std::span<const uint32_t> statements, Block ro
     columns_.put_back(at_.row, at_.statement);
     throw;
   }
+}
+
+void CalculateCenter::run_ahead(std::span<const uint32_t> statements, int32_t run_from) {
+  std::vector<Columns::Ahead> calls;
+  for (const uint32_t position : statements) {
+    if (!plan_.by_columns(position, run_from)) continue;
+    for (Variable* call : plan_.goes_ahead(position)) calls.push_back({call, position});
+  }
+  columns_.run_ahead(std::move(calls));
 }
 
 bool CalculateCenter::can_take(uint32_t statement, int32_t run_from) const {

@@ -77,7 +77,7 @@ class CalculateCenter {
   /// What one evaluation of a program works with.
   struct Frame {
     DataTable::Row cells;
-    double* slots;
+    double* partials;
     const int32_t row;
     const bool scan;
     std::string& error;
@@ -107,6 +107,7 @@ class CalculateCenter {
                        std::string& error);
   Status run_block(std::span<const uint32_t> statements, Block rows, int32_t run_from,
                    std::string& error);
+  void run_ahead(std::span<const uint32_t> statements, int32_t run_from);
   bool can_take(uint32_t statement, int32_t run_from) const;
   Status run_rows(std::span<const uint32_t> statements, Block rows, std::string& error);
   Status run_statement(Variable& statement, int32_t row, std::string& error);

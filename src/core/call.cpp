@@ -1,5 +1,6 @@
 #include "core/call.h"
 
+#include "core/known_values.h"
 #include "text/numbers.h"
 
 namespace quor {
@@ -14,6 +15,37 @@ std::string Call::argument_text(size_t position) const {
   double value = null_value;
   ignore_status(evaluate(position, value));
   return fixed_text(value);
+}
+
+KnownValues& Call::known_values() const {
+  if (variable.known_values == nullptr) {
+    script().remembering_calls.push_back(&variable);
+    variable.known_values = std::make_unique<KnownValues>();
+  }
+  return static_cast<KnownValues&>(*variable.known_values);
+}
+
+Status Call::recall(size_t position, int32_t at_row, double& value) const {
+  value = null_value;
+  const Remembering remembering = variable.remembering;
+  const bool may_know =
+      remembering == Remembering::unchanged || remembering == Remembering::in_order;
+  const bool is_earlier = at_row >= 0 && at_row < row && row < table().row_count();
+  if (!may_know || !is_earlier || position >= KnownValues::most_arguments) {
+    return evaluate_at(position, at_row, value);
+  }
+  const RowChanges& changes = table().watch_changes();
+  KnownValues& values = known_values();
+  if (const double* known = values.find(position, at_row, changes)) {
+    value = *known;
+    return Status::ok;
+  }
+  const uint64_t before = changes.now();
+  const Status status = evaluate_at(position, at_row, value);
+  if (!failed(status) && changes.first_since(before) > at_row) {
+    values.learn(position, at_row, value);
+  }
+  return status;
 }
 
 Status Call::fail(Status status, std::string_view suffix) const {

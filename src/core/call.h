@@ -11,6 +11,8 @@
 
 namespace quor {
 
+class KnownValues;
+
 /// One evaluation of one call: what `execute` receives.
 ///
 /// With `scan` set the evaluation runs at row 0, before any row is calculated: a word then counts
@@ -43,6 +45,9 @@ struct Call {
   Status evaluate_at(size_t position, int32_t at_row, double& value) const {
     return calculator.evaluate(argument(position), at_row, false, error, value);
   }
+  /// Evaluates an argument at a row that the call has come to at earlier bars, too, from null on. A
+  /// value that can't have become another one isn't worked out again.
+  Status recall(size_t position, int32_t at_row, double& value) const;
 
   /// The text of an argument: a quoted text without its quotes, the sign of a dot word, else the
   /// number at this row with six decimals, whatever its status.
@@ -64,6 +69,9 @@ struct Call {
     result = value;
     return Status::ok;
   }
+
+ private:
+  KnownValues& known_values() const;
 };
 
 }  // namespace quor

@@ -74,6 +74,16 @@ class ColumnPlan::Inspection {
     --level_;
   }
 
+  /// Looks at what a statement evaluates at every row.
+  void inspect_statement(const Program& program) {
+    inspect_program(program, {});
+    for (const Step& step : program.steps) {
+      note_ahead(step.right.variable);
+      note_ahead(step.left.variable);
+    }
+    note_ahead(program.result.variable);
+  }
+
   void inspect_program(const Program& program, Way way) {
     if (program.ending != Ending::value) refuse();
     for (const Step& step : program.steps) {
@@ -86,6 +96,20 @@ class ColumnPlan::Inspection {
 
  private:
   void refuse() { entry_.by_columns = false; }
+
+  void note_ahead(Variable* operand) {
+    const bool is_call = operand != nullptr && operand->kind == VariableKind::call;
+    if (!is_call || operand->function == nullptr || operand->arguments.empty()) return;
+    const auto is_number = [](const Variable* argument) {
+      return argument != nullptr && argument->kind == VariableKind::number;
+    };
+    const Variable* first = operand->arguments.front();
+    if (operand->function->column_traits().goes_ahead && first != nullptr &&
+        first->kind == VariableKind::field && first->has_column() &&
+        std::all_of(operand->arguments.begin() + 1, operand->arguments.end(), is_number)) {
+      entry_.goes_ahead.push_back(operand);
+    }
+  }
 
   void inspect_operand(const Operand& operand, Way way) {
     if (operand.variable != nullptr) inspect(*operand.variable, way);
@@ -161,7 +185,7 @@ void ColumnPlan::make(std::span<Variable* const> statements, std::span<Variable*
     const Variable& statement = *statements[i];
     int32_t column = statement.column_id == no_column ? -1 : statement.column_index;
     if (statement.kind == VariableKind::expression) {
-      Inspection(uses, entries_[i]).inspect_program(statement.program, {});
+      Inspection(uses, entries_[i]).inspect_statement(statement.program);
       // A line that only names another one writes what stands there.
       const Variable* named = statement.program.lone_reference();
       const bool is_name = named != nullptr && named->kind == VariableKind::field;
@@ -186,6 +210,9 @@ void ColumnPlan::note_views(bool each_in_full) {
   }
   for (uint32_t i = 0; i < entries_.size(); ++i) {
     Entry& reader = entries_[i];
+    std::erase_if(reader.goes_ahead, [&writers](const Variable* call) {
+      return writers.contains(call->arguments.front()->column_index);
+    });
     for (const int32_t column : reader.reads) {
       const auto found = writers.find(column);
       if (found == writers.end()) continue;

@@ -30,6 +30,11 @@ class ColumnPlan {
   std::span<const uint32_t> rests_on(size_t statement) const {
     return entries_[statement].rests_on;
   }
+  /// Calls of the statement that can be worked out before all statements: they read numbers and
+  /// fields that no statement writes.
+  std::span<Variable* const> goes_ahead(size_t statement) const {
+    return entries_[statement].goes_ahead;
+  }
 
  private:
   struct Entry {
@@ -39,6 +44,7 @@ class ColumnPlan {
     /// where all bars have been passed in order, from row 0 on.
     bool revisits_state = false;
     std::vector<int32_t> reads;  ///< columns
+    std::vector<Variable*> goes_ahead;
     std::vector<uint32_t> rests_on;
   };
   class Inspection;

@@ -39,6 +39,47 @@ void Columns::begin(Block block) {
   overwritten_.clear();
   old_values_.clear();
   memories_.clear();
+  ahead_.clear();
+}
+
+void Columns::run_ahead(std::vector<Ahead> calls) {
+  std::ranges::stable_sort(calls, {},
+                           [](const Ahead& ahead) { return ahead.call->function->id(); });
+  scratch_.release();
+  for (auto first = calls.begin(); first != calls.end();) {
+    const auto end = std::find_if(first, calls.end(), [first](const Ahead& ahead) {
+      return ahead.call->function != first->call->function;
+    });
+    if (end - first > 1) run_group({first, end});
+    first = end;
+  }
+}
+
+void Columns::run_group(std::span<const Ahead> calls) {
+  std::vector<ColumnCall> group;
+  for (const Ahead& ahead : calls) {
+    const ColumnCall call{*this, *ahead.call, block_, null_value};
+    if (is_ahead(*ahead.call, block_) || !ahead.call->function->can_go_ahead(call)) continue;
+    position_ = ahead.position;
+    overwrite(ahead.call->column_index, block_);
+    for (const int32_t column : ahead.call->aux_column_indexes) overwrite(column, block_);
+    ahead_.push_back(ahead);
+    group.push_back(call);
+  }
+  if (!group.empty()) calls.front().call->function->run_side_by_side(group);
+}
+
+bool Columns::is_ahead(const Variable& call, Block rows) const {
+  return rows.first == block_.first && rows.end == block_.end &&
+         std::ranges::find(ahead_, &call, &Ahead::call) != ahead_.end();
+}
+
+void Columns::give_up_ahead(size_t position) {
+  const auto belongs = [position](const Ahead& ahead) { return ahead.position == position; };
+  if (std::erase_if(ahead_, belongs) == 0) return;
+  for (const Overwritten& cells : overwritten_) {
+    if (cells.position == position) put_back(cells, cells.rows.first);
+  }
 }
 
 bool Columns::calculate(Variable& statement, size_t position) {
@@ -55,7 +96,7 @@ bool Columns::calculate(Variable& statement, size_t position) {
   }
   const Program& program = statement.program;
   // A formula writes its last step where the value goes.
-  double* target = has_column && program.result.source == Operand::Source::slot
+  double* target = has_column && program.result.source == Operand::Source::partial
                        ? overwrite(statement.column_index, block_)
                        : nullptr;
   const double* result = program_values(program, block_, 0.0, target);
@@ -130,6 +171,8 @@ const double* Columns::values(Variable& variable, Block rows, double start) {
     case VariableKind::expression:
       return expression_values(variable, rows, start);
     case VariableKind::call:
+      if (is_ahead(variable, rows))
+        return pool_.table().cells(variable.column_index).data() + rows.first;
       if (variable.function == nullptr || nesting_ >= most_levels) return nullptr;
       ++nesting_;
       {
@@ -151,19 +194,20 @@ const double* Columns::expression_values(Variable& variable, Block rows, double 
 }
 
 const double* Columns::operand_values(const Operand& operand, Block rows, double start,
-                                      const double* const* slots) {
+                                      const double* const* partials) {
   if (operand.source == Operand::Source::number) return everywhere(operand.number, rows.size());
-  if (operand.source == Operand::Source::slot) return slots[operand.slot];
+  if (operand.source == Operand::Source::partial) return partials[operand.partial];
   return values(*operand.variable, rows, start);
 }
 
 namespace {
 
-/// A slot is read once, so its memory can take what is made of it.
-double* place_of_result(const Step& step, const double* const* slots, Columns& columns,
+/// A partial result is read once, so its memory can take what is made of it.
+double* place_of_result(const Step& step, const double* const* partials, Columns& columns,
                         size_t size) {
   for (const Operand* operand : {&step.right, &step.left}) {
-    if (operand->source == Operand::Source::slot) return const_cast<double*>(slots[operand->slot]);
+    if (operand->source == Operand::Source::partial)
+      return const_cast<double*>(partials[operand->partial]);
   }
   return columns.scratch(size);
 }
@@ -185,28 +229,28 @@ const double* Columns::program_values(const Program& program, Block rows, double
   if (program.ending != Ending::value) return nullptr;
   std::array<const double*, 32> few;
   std::vector<const double*> many;
-  const double** slots = few.data();
-  if (program.slots.size() > few.size()) {
-    many.resize(program.slots.size());
-    slots = many.data();
+  const double** partials = few.data();
+  if (program.partials.size() > few.size()) {
+    many.resize(program.partials.size());
+    partials = many.data();
   }
   const size_t size = rows.size();
   for (const Step& step : program.steps) {
-    const double* right = operand_values(step.right, rows, 0.0, slots);
+    const double* right = operand_values(step.right, rows, 0.0, partials);
     const bool reduces = step.kind == Step::Kind::reduce;
-    const double* left = reduces ? operand_values(step.left, rows, 0.0, slots) : right;
+    const double* left = reduces ? operand_values(step.left, rows, 0.0, partials) : right;
     if (left == nullptr || right == nullptr || step.kind == Step::Kind::discard) return nullptr;
     const bool is_last = &step == &program.steps.back();
     double* result =
-        is_last && target != nullptr ? target : place_of_result(step, slots, *this, size);
-    slots[step.slot] = result;
+        is_last && target != nullptr ? target : place_of_result(step, partials, *this, size);
+    partials[step.partial] = result;
     if (reduces) {
       reduce_columns(step.op, left, right, result, size);
     } else {
       std::transform(right, right + size, result, std::negate());
     }
   }
-  return operand_values(program.result, rows, start, slots);
+  return operand_values(program.result, rows, start, partials);
 }
 
 void Columns::put_back(int32_t row, size_t position) {

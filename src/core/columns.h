@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "core/data_pool_center.h"
@@ -56,6 +57,16 @@ class Columns {
   /// Calculates a statement over the block; false if it has to go bar by bar.
   bool calculate(Variable& statement, size_t position);
 
+  /// A call whose values don't rest on other statements.
+  struct Ahead {
+    Variable* call;
+    size_t position;  ///< of its statement
+  };
+  /// Works out calls ahead of their statements, where there are several of a word.
+  void run_ahead(std::vector<Ahead> calls);
+  /// Puts back what was worked out ahead for a statement that goes bar by bar after all.
+  void give_up_ahead(size_t position);
+
   /// Puts back the cells that the block has overwritten and that bar by bar would not have come to:
   /// those behind `row`, and those of `row` that statements from `position` on have written.
   void put_back(int32_t row, size_t position);
@@ -97,7 +108,9 @@ class Columns {
   /// The last step goes to `target`, if that isn't null.
   const double* program_values(const Program& program, Block rows, double start, double* target);
   const double* operand_values(const Operand& operand, Block rows, double start,
-                               const double* const* slots);
+                               const double* const* partials);
+  bool is_ahead(const Variable& call, Block rows) const;
+  void run_group(std::span<const Ahead> calls);
   void put_back(const Overwritten& cells, int32_t first);
   void put_back_since(size_t cells, size_t memories);
 
@@ -108,6 +121,7 @@ class Columns {
   std::vector<Overwritten> overwritten_;
   std::vector<double> old_values_;
   std::vector<Memory> memories_;
+  std::vector<Ahead> ahead_;  ///< what has been worked out
   Block block_;
   size_t position_ = 0;
   int nesting_ = 0;
@@ -152,6 +166,17 @@ struct ColumnCall {
     if (found == nullptr || found == cells(column) + rows.first) return found;
     std::copy_n(found, size(), overwrite(column));
     return found;
+  }
+  /// The same where it needs no putting back.
+  double* own_cells(int32_t column) const {
+    return table().writable_cells(column, rows.first).data();
+  }
+  /// What `value_at` gives at each row.
+  template <typename ValueAt>
+  const double* each_row(const ValueAt& value_at) const {
+    double* const values = scratch();
+    for (int32_t row = rows.first; row < rows.end; ++row) values[row - rows.first] = value_at(row);
+    return values;
   }
   /// All cells of a column, from row 0 on.
   const double* cells(int32_t column) const { return table().cells(column).data(); }

@@ -56,7 +56,9 @@ std::string CompiledScript::auto_line_name() {
 
 void CompiledScript::forget_rows(int32_t first) {
   for (const Variable* call : remembering_calls) {
-    if (call->memory != nullptr) call->memory->cut(call->in_full ? 0 : first);
+    for (CallMemory* memory : {call->memory.get(), call->known_values.get()}) {
+      if (memory != nullptr) memory->cut(call->in_full ? 0 : first);
+    }
   }
 }
 

@@ -93,6 +93,33 @@ void DataTable::make_room(size_t rows) {
   for (Column& column : columns_) room(column.cells);
 }
 
+void DataTable::fill(std::span<const int64_t> keys, std::span<const ColumnValues> columns) {
+  make_room(keys.size());
+  // All memory is there; nothing throws from here on.
+  keys_.assign(keys.begin(), keys.end());
+  for (const auto& [index, values] : columns) {
+    columns_[static_cast<size_t>(index)].cells.assign(values, values + keys.size());
+  }
+  // A copy is quicker than a loop that writes nulls.
+  const std::vector<double>* nulls = nullptr;
+  for (Column& column : columns_) {
+    if (!column.cells.empty()) continue;
+    if (nulls != nullptr) {
+      column.cells.assign(nulls->begin(), nulls->end());
+    } else {
+      column.cells.assign(keys.size(), null_value);
+      nulls = &column.cells;
+    }
+  }
+  const int32_t time_column = column_index_of(time_column_id);
+  if (time_column != -1) {
+    std::ranges::transform(keys, columns_[static_cast<size_t>(time_column)].cells.begin(),
+                           [](int64_t key) { return static_cast<double>(key); });
+  }
+  note_size();
+  note_change_from(0);
+}
+
 namespace {
 
 /// Sorts by eleven bits of the keys after the other, the last ones first, and keeps the order of
@@ -283,6 +310,7 @@ void DataTable::reset() {
   std::erase_if(index_of_id_, [](const auto& entry) { return entry.first != time_column_id; });
   next_auxiliary_id_ = first_auxiliary_id;
   ++layout_;
+  watches_changes_ = false;
 }
 
 void DataTable::clear_rows() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <limits>
 #include <new>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "calendar/civil_time.h"
+#include "core/row_changes.h"
 #include "core/value.h"
 
 namespace quor {
@@ -66,6 +68,12 @@ struct RowBatch {
   std::vector<uint32_t> gaps;  ///< the rows of the table that new rows go before
 };
 
+/// New values for a column, row by row.
+struct ColumnValues {
+  int32_t column_index;
+  const double* values;
+};
+
 /// Owned by the pool and touched only under the instance's lock. A row is a 0-based index into the
 /// ascending keys; row indexes move when a row is inserted before them.
 class DataTable {
@@ -97,6 +105,9 @@ class DataTable {
   /// Sets a cell of an existing row, adding the column if it is missing; a key without a row makes
   /// a row that holds the key in column 1 and nulls elsewhere. Keys below 1 add nothing.
   void put_value(int64_t key, uint32_t id, double value);
+  /// Fills an empty table: keys that are positive and ascend, and for some columns the values, one
+  /// per key. All other cells are null; column 1 holds the key.
+  void fill(std::span<const int64_t> keys, std::span<const ColumnValues> columns);
   /// Takes a batch in one merge. Cells of existing rows that the batch doesn't name keep their
   /// values, those of new rows are null; column 1 holds the key.
   void merge_rows(RowBatch& batch);
@@ -134,6 +145,7 @@ class DataTable {
 
   /// The cells of a column that is there, from a row on to be written.
   std::span<double> writable_cells(int32_t column, int32_t row) {
+    if (watches_changes_) changes_.note(row);
     return std::span(columns_[static_cast<uint32_t>(column)].cells)
         .subspan(static_cast<size_t>(row));
   }
@@ -146,7 +158,17 @@ class DataTable {
   }
   void set_cell(int32_t row, int32_t column, double value) {
     if (!is_cell(row, column)) return;
-    columns_[static_cast<uint32_t>(column)].cells[static_cast<uint32_t>(row)] = value;
+    double& cell = columns_[static_cast<uint32_t>(column)].cells[static_cast<uint32_t>(row)];
+    if (watches_changes_ && std::bit_cast<uint64_t>(cell) != std::bit_cast<uint64_t>(value)) {
+      changes_.note(row);
+    }
+    cell = value;
+  }
+
+  /// Has changes by `set_cell` and `writable_cells` noted from the first call on.
+  const RowChanges& watch_changes() {
+    watches_changes_ = true;
+    return changes_;
   }
 
   /// The first row that intake has changed since the last call: by another value in a cell, by a
@@ -204,6 +226,8 @@ class DataTable {
   uint32_t next_auxiliary_id_ = first_auxiliary_id;
   uint64_t layout_ = 0;
   int32_t first_changed_row_ = no_change;
+  bool watches_changes_ = false;
+  RowChanges changes_;
 };
 
 }  // namespace quor

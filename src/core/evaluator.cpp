@@ -91,8 +91,8 @@ Status CalculateCenter::evaluate_reference(Variable& variable, int32_t row, bool
     case Operand::Source::number:
       value = operand.number;
       return Status::ok;
-    case Operand::Source::slot:
-      value = frame.slots[operand.slot];
+    case Operand::Source::partial:
+      value = frame.partials[operand.partial];
       return Status::ok;
     case Operand::Source::field:
       value = frame.cells[operand.variable->column_index];
@@ -120,9 +120,9 @@ Status CalculateCenter::evaluate_reference(Variable& variable, int32_t row, bool
       double left = 0.0;
       status = operand_value(step.left, frame, left);
       if (failed(status)) return status;
-      frame.slots[step.slot] = reduce(step.op, left, right);
+      frame.partials[step.partial] = reduce(step.op, left, right);
     } else if (step.kind == Step::Kind::negate) {
-      frame.slots[step.slot] = -right;
+      frame.partials[step.partial] = -right;
     }
   }
   return Status::ok;
@@ -132,7 +132,7 @@ Status CalculateCenter::evaluate_reference(Variable& variable, int32_t row, bool
                                                                   bool scan, int32_t line,
                                                                   std::string& error,
                                                                   double& result) {
-  Frame frame{pool_.table().row(row), program.slots.data(), row, scan, error};
+  Frame frame{pool_.table().row(row), program.partials.data(), row, scan, error};
   const Status status = run_steps(program, frame);
   if (failed(status)) return status;
   // The caller's start value goes to a lone reference.

@@ -17,7 +17,7 @@ class Lowering {
     size_t at = 0;
     while (!ended_ && at < elements_.size()) at += walk(at);
     if (!ended_) finish();
-    program_.slots.resize(slot_count_);
+    program_.partials.resize(partial_count_);
     return std::move(program_);
   }
 
@@ -108,8 +108,8 @@ class Lowering {
   }
 
   void push_result_of(Step& step) {
-    step.slot = slot_count_++;
-    operands_.push_back({Operand::Source::slot, step.slot, 0.0, nullptr});
+    step.partial = partial_count_++;
+    operands_.push_back({Operand::Source::partial, step.partial, 0.0, nullptr});
     program_.steps.push_back(step);
   }
 
@@ -152,7 +152,7 @@ class Lowering {
   Program program_;
   std::vector<OpCode> operators_;
   std::vector<Operand> operands_;
-  uint32_t slot_count_ = 0;
+  uint32_t partial_count_ = 0;
   bool ended_ = false;
 };
 

@@ -228,7 +228,7 @@ class MemoryPlan {
     const std::span arguments(call.arguments);
     const auto series = arguments.first(std::min(traits.series_count, arguments.size()));
     return traits.by_columns && traits.series != SeriesPlace::nowhere &&
-           !call.function->uses_result_column() &&
+           !call.function->uses_result_column() && !traits.carries_on &&
            std::ranges::all_of(series, [](const Variable* argument) {
              return argument != nullptr && argument->kind == VariableKind::field &&
                     argument->has_column();
@@ -255,15 +255,16 @@ class MemoryPlan {
         origin.take(origin_of_column(argument->column_id));
       }
     }
-    if (uses.ahead || origin.newest_statement >= uses.first_statement) return Remembering::nothing;
-    if (origin.from_full_statement && !uses.in_full) return Remembering::nothing;
+    const Remembering at_least = origin.steady ? Remembering::unchanged : Remembering::nothing;
+    if (uses.ahead || origin.newest_statement >= uses.first_statement) return at_least;
+    if (origin.from_full_statement && !uses.in_full) return at_least;
     const bool in_order = origin.steady && origin.is_safe_state;
     if (traits.series != SeriesPlace::nowhere) {
       if (cells_are_final(call)) return Remembering::catching_up;
     } else if (in_order && !origin.keeps_state && !origin.can_fail) {
       return Remembering::catching_up;
     }
-    return in_order ? Remembering::in_order : Remembering::nothing;
+    return in_order ? Remembering::in_order : at_least;
   }
 
   /// Whether no evaluation writes a cell of the series before the row of the statement.

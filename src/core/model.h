@@ -40,7 +40,8 @@ enum class VariableKind : uint8_t {
 /// What a call may take as known of the rows before one that it is evaluated at.
 enum class Remembering : uint8_t {
   nothing,
-  in_order,     ///< as long as it has passed them one after the other
+  unchanged,    ///< values of its arguments, until a result changes that they may rest on
+  in_order,     ///< what it makes of them, too, as long as it has passed them one after the other
   catching_up,  ///< and it may pass those late that it has been left out at
 };
 
@@ -87,9 +88,10 @@ struct Variable {
   std::string source_text;    ///< a call or argument as the script wrote it
   std::string function_word;  ///< empty for everything but a call
   Remembering remembering = Remembering::nothing;  ///< of a call
-  bool in_full = false;                ///< a call that every run evaluates from row 0 on
-  std::unique_ptr<CallMemory> memory;  ///< of a word that carries on what it worked out
-  std::shared_ptr<BaseShape> shape;    ///< the record of an output function, made on its first pass
+  bool in_full = false;                      ///< a call that every run evaluates from row 0 on
+  std::unique_ptr<CallMemory> memory;        ///< of a word that carries on what it worked out
+  std::unique_ptr<CallMemory> known_values;  ///< of a word that looks at its arguments again
+  std::shared_ptr<BaseShape> shape;  ///< the record of an output function, made on its first pass
 };
 
 /// The host's settings of one output line.

@@ -14,13 +14,13 @@ struct Variable;
 struct Operand {
   enum class Source : uint8_t {
     number,
-    slot,       ///< the result of an earlier step
+    partial,    ///< the result of an earlier step
     field,      ///< a cell of the variable's column
     reference,  ///< any other variable
   };
 
   Source source = Source::number;
-  uint32_t slot = 0;
+  uint32_t partial = 0;
   double number = 0;
   Variable* variable = nullptr;
 };
@@ -28,14 +28,14 @@ struct Operand {
 /// One step of a program, run in order.
 struct Step {
   enum class Kind : uint8_t {
-    reduce,   ///< slot = left op right; the right operand is evaluated first
-    negate,   ///< slot = right with its sign bit flipped
+    reduce,   ///< partial = left op right; the right operand is evaluated first
+    negate,   ///< partial = right with its sign bit flipped
     discard,  ///< evaluate right for its effects and its status only
   };
 
   Kind kind = Kind::reduce;
   OpCode op = op_plus;
-  uint32_t slot = 0;
+  uint32_t partial = 0;
   Operand right;
   Operand left;
 };
@@ -53,9 +53,9 @@ struct Program {
   std::vector<Step> steps;
   Ending ending = Ending::untouched;
   Operand result;
-  /// Results of the steps of one run. An expression never evaluates itself, so a program needs one
-  /// set only, and no run allocates.
-  std::vector<double> slots;
+  /// Results of the steps of one run, the partial ones. An expression never evaluates itself, so a
+  /// program needs one set only, and no run allocates.
+  std::vector<double> partials;
 
   /// What the program evaluates if it is nothing but one reference; else null.
   Variable* lone_reference() const {

@@ -164,6 +164,23 @@ class BatchReader {
   RowBatch& batch_;
 };
 
+/// One form for all nulls. Most cells hold none and are only looked at.
+void make_plain(std::span<double> cells) {
+  const auto is_special = [](double value) { return !(value < 2147483648.0); };
+  for (auto cell = cells.begin();; ++cell) {
+    cell = std::find_if(cell, cells.end(), is_special);
+    if (cell == cells.end()) return;
+    const double value = without_marks(*cell);
+    *cell = is_null(value) ? null_value : value;
+  }
+}
+
+/// Keys as most hosts have them.
+bool ascend(std::span<const int64_t> keys) {
+  return !keys.empty() && keys.front() > 0 &&
+         std::ranges::adjacent_find(keys, std::ranges::greater_equal()) == keys.end();
+}
+
 /// Where the values of arrays go in a row of the batch.
 class ColumnShape {
  public:
@@ -175,6 +192,20 @@ class ColumnShape {
       column_indexes_.push_back(pool.table().column_index_of(static_cast<uint32_t>(id)));
     }
     column_indexes_.resize(std::bit_ceil(column_indexes_.size()), -1);
+  }
+
+  /// Into a table without rows, from keys that are positive and ascend.
+  void fill(DataTable& table, std::span<const int64_t> keys) const {
+    std::vector<ColumnValues> columns;
+    for (size_t place = 0; place < sources_.size(); ++place) {
+      if (sources_[place] == nullptr || place == key_place_ || column_indexes_[place] == -1)
+        continue;
+      columns.push_back({column_indexes_[place], sources_[place]});
+    }
+    table.fill(keys, columns);
+    for (const ColumnValues& column : columns) {
+      make_plain(table.writable_cells(column.column_index, 0));
+    }
   }
 
   bool is_oversized(const RowBatch& batch, size_t rows) const {
@@ -274,6 +305,10 @@ void RowIntake::add_columns(DataPoolCenter& pool, std::span<const int64_t> keys,
                             std::span<const FieldColumn> fields) {
   RowBatch& batch = parser_->batch;
   const ColumnShape shape(pool, fields);
+  if (pool.table().row_count() == 0 && ascend(keys)) {
+    shape.fill(pool.table(), keys);
+    return;
+  }
   if (shape.is_oversized(batch, keys.size())) batch = RowBatch();
   shape.fill(batch, keys);
   pool.table().merge_rows(batch);

@@ -3,8 +3,18 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace quor {
+
+/// Takes what a record holds, key by key in the order of its JSON.
+class RecordKeys {
+ public:
+  virtual ~RecordKeys() = default;
+  virtual RecordKeys& integer(std::string_view key, int32_t value) = 0;
+  virtual RecordKeys& text(std::string_view key, std::string_view value) = 0;
+  virtual RecordKeys& number(std::string_view key, double value) = 0;
+};
 
 /// What a drawing word leaves behind: what to draw, and in which columns the host finds the
 /// numbers. Final once it has been made; from then on only the cells of the columns change.
@@ -15,6 +25,7 @@ class BaseShape {
 
   /// The record as one JSON object. The base gives its own keys only, each with its comma.
   virtual std::string ToJsonText() const;
+  virtual void tell(RecordKeys& keys) const;
 
   int32_t TitleVisible = 1;
   int32_t Digit = -1;  ///< decimal places of the printed value; -1 leaves them to the host
@@ -24,5 +35,8 @@ class BaseShape {
   int32_t Field1VisibleId = -1;
   int32_t ZIndex;
 };
+
+/// All keys of a record, those of the base in front.
+std::string json_object(const BaseShape& record);
 
 }  // namespace quor

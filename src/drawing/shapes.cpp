@@ -1,41 +1,10 @@
 #include "drawing/shapes.h"
 
-#include "text/json.h"
-
 namespace quor {
-namespace {
 
-/// Writes one record: the base keys, then the keys of its class in the order of the calls.
-class Keys {
- public:
-  explicit Keys(const BaseShape& record) : text_("{" + record.BaseShape::ToJsonText()) {}
-
-  Keys& integer(std::string_view key, int32_t value) {
-    append_json_integer(text_, key, value, true);
-    return *this;
-  }
-  Keys& text(std::string_view key, std::string_view value) {
-    append_json_text(text_, key, value, true);
-    return *this;
-  }
-  Keys& number(std::string_view key, double value) {
-    append_json_float(text_, key, value, true);
-    return *this;
-  }
-  std::string end() {
-    text_.back() = '}';
-    return std::move(text_);
-  }
-
- private:
-  std::string text_;
-};
-
-}  // namespace
-
-std::string BarShape::ToJsonText() const {
-  return Keys(*this)
-      .text("LowerShadowColor", LowerShadowColor)
+void BarShape::tell(RecordKeys& keys) const {
+  BaseShape::tell(keys);
+  keys.text("LowerShadowColor", LowerShadowColor)
       .text("UpperShadowColor", UpperShadowColor)
       .integer("Field2Id", Field2Id)
       .text("Field2Text", Field2Text)
@@ -44,13 +13,12 @@ std::string BarShape::ToJsonText() const {
       .text("Style", bar_word(Style))
       .integer("IsFilled", IsFilled)
       .integer("IsVolStick", IsVolStick)
-      .integer("IsColorStick", IsColorStick)
-      .end();
+      .integer("IsColorStick", IsColorStick);
 }
 
-std::string CandleShape::ToJsonText() const {
-  return Keys(*this)
-      .integer("CloseField", CloseField)
+void CandleShape::tell(RecordKeys& keys) const {
+  BaseShape::tell(keys);
+  keys.integer("CloseField", CloseField)
       .text("CloseFieldText", CloseFieldText)
       .integer("HighField", HighField)
       .text("HighFieldText", HighFieldText)
@@ -64,42 +32,39 @@ std::string CandleShape::ToJsonText() const {
       .text("FilledColor", FilledColor)
       .integer("IsFilled", IsFilled)
       .text("EqualShadowColor", EqualShadowColor)
-      .integer("IsColorKLine", IsColorKLine)
-      .end();
+      .integer("IsColorKLine", IsColorKLine);
 }
 
-std::string FuturesTradeShape::ToJsonText() const {
-  return Keys(*this)
-      .integer("trade_count", trade_count)
+void FuturesTradeShape::tell(RecordKeys& keys) const {
+  BaseShape::tell(keys);
+  keys.integer("trade_count", trade_count)
       .integer("NoticeLineNumber", NoticeLineNumber)
-      .text("Style", ShapeName)
-      .end();
+      .text("Style", ShapeName);
 }
 
-std::string ImageShape::ToJsonText() const {
-  return Keys(*this).text("Style", ShapeName).integer("IsLastCandle", IsLastCandle).end();
+void ImageShape::tell(RecordKeys& keys) const {
+  BaseShape::tell(keys);
+  keys.text("Style", ShapeName).integer("IsLastCandle", IsLastCandle);
 }
 
-std::string NoticeShape::ToJsonText() const {
-  return Keys(*this)
-      .text("NoticeMessage", NoticeMessage)
+void NoticeShape::tell(RecordKeys& keys) const {
+  BaseShape::tell(keys);
+  keys.text("NoticeMessage", NoticeMessage)
       .integer("NoticeLineNumber", NoticeLineNumber)
-      .text("Style", ShapeName)
-      .end();
+      .text("Style", ShapeName);
 }
 
-std::string PolygonShape::ToJsonText() const {
-  return Keys(*this)
-      .text("FilledColor", FilledColor)
+void PolygonShape::tell(RecordKeys& keys) const {
+  BaseShape::tell(keys);
+  keys.text("FilledColor", FilledColor)
       .integer("Field2Id", Field2Id)
       .text("Field2Text", Field2Text)
-      .text("Style", polygon_word(Style))
-      .end();
+      .text("Style", polygon_word(Style));
 }
 
-std::string PolylineShape::ToJsonText() const {
-  return Keys(*this)
-      .text("LineColor", LineColor)
+void PolylineShape::tell(RecordKeys& keys) const {
+  BaseShape::tell(keys);
+  keys.text("LineColor", LineColor)
       .text("ConditionColor", ConditionColor)
       .text("Style", form_word(Style))
       .number("LineWidth", LineWidth)
@@ -109,25 +74,26 @@ std::string PolylineShape::ToJsonText() const {
       .number("Ratio", Ratio)
       .integer("IsContinuousLine", IsContinuousLine)
       .integer("Field3Id", Field3Id)
-      .integer("Field3VisibleId", Field3VisibleId)
-      .end();
+      .integer("Field3VisibleId", Field3VisibleId);
 }
 
-std::string RectShape::ToJsonText() const {
-  return Keys(*this)
-      .text("FilledColor", FilledColor)
+void RectShape::tell(RecordKeys& keys) const {
+  BaseShape::tell(keys);
+  keys.text("FilledColor", FilledColor)
       .text("Style", ShapeName)
       .text("GradientColor", GradientColor)
       .integer("GradientDirection", GradientDirection)
-      .integer("IsLastCandle", IsLastCandle)
-      .end();
+      .integer("IsLastCandle", IsLastCandle);
 }
 
-std::string SoundShape::ToJsonText() const { return Keys(*this).text("Style", ShapeName).end(); }
+void SoundShape::tell(RecordKeys& keys) const {
+  BaseShape::tell(keys);
+  keys.text("Style", ShapeName);
+}
 
-std::string StraightLineShape::ToJsonText() const {
-  return Keys(*this)
-      .text("LineColor", LineColor)
+void StraightLineShape::tell(RecordKeys& keys) const {
+  BaseShape::tell(keys);
+  keys.text("LineColor", LineColor)
       .text("Style", form_word(Style))
       .number("LineWidth", LineWidth)
       .integer("Field2Id", Field2Id)
@@ -137,13 +103,12 @@ std::string StraightLineShape::ToJsonText() const {
       .integer("IsLastCandle", IsLastCandle)
       .integer("HorizontalOffset1FieldId", HorizontalOffset1FieldId)
       .integer("HorizontalOffset2FieldId", HorizontalOffset2FieldId)
-      .text("LineShapeStyle", dash_word(LineShapeStyle))
-      .end();
+      .text("LineShapeStyle", dash_word(LineShapeStyle));
 }
 
-std::string TextShape::ToJsonText() const {
-  return Keys(*this)
-      .text("Text", Text)
+void TextShape::tell(RecordKeys& keys) const {
+  BaseShape::tell(keys);
+  keys.text("Text", Text)
       .text("TextColor", TextColor)
       .integer("HorizontalAlign", HorizontalAlign)
       .integer("VerticalAlign", VerticalAlign)
@@ -151,10 +116,25 @@ std::string TextShape::ToJsonText() const {
       .number("VerticalOffset", VerticalOffset)
       .integer("NumberFieldId", NumberFieldId)
       .integer("FontSize", FontSize)
-      .text("Style", ShapeName)
-      .end();
+      .text("Style", ShapeName);
 }
 
-std::string YRangeShape::ToJsonText() const { return Keys(*this).text("Style", ShapeName).end(); }
+void YRangeShape::tell(RecordKeys& keys) const {
+  BaseShape::tell(keys);
+  keys.text("Style", ShapeName);
+}
+
+std::string BarShape::ToJsonText() const { return json_object(*this); }
+std::string CandleShape::ToJsonText() const { return json_object(*this); }
+std::string FuturesTradeShape::ToJsonText() const { return json_object(*this); }
+std::string ImageShape::ToJsonText() const { return json_object(*this); }
+std::string NoticeShape::ToJsonText() const { return json_object(*this); }
+std::string PolygonShape::ToJsonText() const { return json_object(*this); }
+std::string PolylineShape::ToJsonText() const { return json_object(*this); }
+std::string RectShape::ToJsonText() const { return json_object(*this); }
+std::string SoundShape::ToJsonText() const { return json_object(*this); }
+std::string StraightLineShape::ToJsonText() const { return json_object(*this); }
+std::string TextShape::ToJsonText() const { return json_object(*this); }
+std::string YRangeShape::ToJsonText() const { return json_object(*this); }
 
 }  // namespace quor

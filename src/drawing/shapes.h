@@ -17,6 +17,7 @@ class BarShape final : public BaseShape {
  public:
   BarShape() : BaseShape("BarShape", 1) {}
   std::string ToJsonText() const override;
+  void tell(RecordKeys& keys) const override;
 
   std::string LowerShadowColor = "Brush.Gray9";
   std::string UpperShadowColor = "Brush.Gray9";
@@ -34,6 +35,7 @@ class CandleShape final : public BaseShape {
  public:
   CandleShape() : BaseShape("CandleShape", 1) {}
   std::string ToJsonText() const override;
+  void tell(RecordKeys& keys) const override;
 
   int32_t CloseField = -1;
   std::string FilledColor = "Brush.Red6";
@@ -56,6 +58,7 @@ class FuturesTradeShape final : public BaseShape {
  public:
   FuturesTradeShape() : BaseShape("FuturesTradeShape", -1) {}
   std::string ToJsonText() const override;
+  void tell(RecordKeys& keys) const override;
 
   int32_t trade_count = 0;
   int32_t NoticeLineNumber = 0;
@@ -65,6 +68,7 @@ class ImageShape final : public BaseShape {
  public:
   ImageShape() : BaseShape("ImageShape", -1) {}
   std::string ToJsonText() const override;
+  void tell(RecordKeys& keys) const override;
 
   int32_t IsLastCandle = 0;
 };
@@ -73,6 +77,7 @@ class NoticeShape final : public BaseShape {
  public:
   NoticeShape() : BaseShape("NoticeShape", -1) {}
   std::string ToJsonText() const override;
+  void tell(RecordKeys& keys) const override;
 
   std::string NoticeMessage;
   int32_t NoticeLineNumber = 0;
@@ -82,6 +87,7 @@ class PolygonShape final : public BaseShape {
  public:
   PolygonShape() : BaseShape("PolygonShape", 2) {}
   std::string ToJsonText() const override;
+  void tell(RecordKeys& keys) const override;
 
   std::string FilledColor = "Brush.Gray9";
   int32_t Field2Id = -1;
@@ -94,6 +100,7 @@ class PolylineShape final : public BaseShape {
  public:
   PolylineShape() : BaseShape("PolylineShape", 2) {}
   std::string ToJsonText() const override;
+  void tell(RecordKeys& keys) const override;
 
   std::string LineColor = "Brush.Gray9";
   std::string ConditionColor = "Brush.Gray9";
@@ -113,6 +120,7 @@ class RectShape final : public BaseShape {
  public:
   RectShape() : BaseShape("RectShape", 0) {}
   std::string ToJsonText() const override;
+  void tell(RecordKeys& keys) const override;
 
   std::string FilledColor = "Brush.Gray9";
   std::string GradientColor;
@@ -124,12 +132,14 @@ class SoundShape final : public BaseShape {
  public:
   SoundShape() : BaseShape("SoundShape", -1) {}
   std::string ToJsonText() const override;
+  void tell(RecordKeys& keys) const override;
 };
 
 class StraightLineShape final : public BaseShape {
  public:
   StraightLineShape() : BaseShape("StraightLineShape", 2) {}
   std::string ToJsonText() const override;
+  void tell(RecordKeys& keys) const override;
 
   std::string LineColor = "Brush.Gray9";
   int32_t Field2Id = -1;
@@ -148,6 +158,7 @@ class TextShape final : public BaseShape {
  public:
   TextShape() : BaseShape("TextShape", 3) {}
   std::string ToJsonText() const override;
+  void tell(RecordKeys& keys) const override;
 
   int32_t NumberFieldId = -1;
   std::string Text;
@@ -165,6 +176,7 @@ class YRangeShape final : public BaseShape {
  public:
   YRangeShape() : BaseShape("YAxisRange", -1) {}
   std::string ToJsonText() const override;
+  void tell(RecordKeys& keys) const override;
 };
 
 }  // namespace quor

@@ -6,8 +6,10 @@
 
 #include "engine/event_recorder.h"
 #include "engine/line_list.h"
+#include "engine/record_values.h"
 #include "engine/run_calendar.h"
 #include "engine/script_texts.h"
+#include "functions/base_func.h"
 #include "interface/script_parser.h"
 
 namespace quor::engine {
@@ -26,6 +28,13 @@ void add_references(std::vector<Reference>& list, Reference::Kind kind,
   for (const auto& [column, key] : references) {
     list.push_back({kind, key.substr(0, key.rfind('|')), static_cast<uint32_t>(column)});
   }
+}
+
+/// Whether a call keeps something when all bars are dropped.
+bool outlasts_bars(const CompiledScript& script) {
+  return std::ranges::any_of(script.variable_list, [](const Variable* variable) {
+    return variable->function != nullptr && variable->function->traits().has(keeps_state);
+  });
 }
 
 Report report_of(const DataPoolCenter& pool, std::string text) {
@@ -51,8 +60,7 @@ struct Script::Body {
   Body(std::string text, Settings given)
       : script(std::move(text)),
         settings(std::move(given)),
-        parameters(parameters_json(settings.parameters)),
-        outlasts_bars(outlasts_its_bars(script + settings.condition)) {
+        parameters(parameters_json(settings.parameters)) {
     for (const auto& [word, id] : settings.fields) parser.create_reserved_field(word, id);
     parser.pool().listener = &recorder;
     compile();
@@ -64,7 +72,9 @@ struct Script::Body {
     source = script;
     if (report.failure) return;
     if (!settings.condition.empty()) compile_with_condition();
-    if (!report.failure) list_lines();
+    if (report.failure) return;
+    keeps_state_of_bars = outlasts_bars(parser.pool().script);
+    list_lines();
   }
 
   /// The script alone has compiled, so that a failure now is the condition's.
@@ -102,7 +112,7 @@ struct Script::Body {
   /// for once after a compile.
   bool needs_compile_for(const Subject& subject) const {
     const Subject& now = settings.subject;
-    return outlasts_bars || report.needs_calendar || subject.period != now.period ||
+    return keeps_state_of_bars || report.needs_calendar || subject.period != now.period ||
            subject.market != now.market || subject.time_zone != now.time_zone;
   }
 
@@ -116,10 +126,10 @@ struct Script::Body {
   std::string source;  ///< the script with the condition
   Settings settings;
   std::string parameters;
-  bool outlasts_bars;
   ScriptParser parser;
   EventRecorder recorder;
   Report report;
+  bool keeps_state_of_bars = false;  ///< so that other bars need a compile anew
   std::vector<Line> lines;
   std::optional<uint32_t> condition_column;
   std::string answer;
@@ -213,6 +223,14 @@ std::vector<std::string> Script::shapes() const {
     texts.push_back(record->ToJsonText());
   }
   return texts;
+}
+
+std::vector<Record> Script::records() const {
+  std::vector<Record> records;
+  for (const auto& record : body_->parser.drawings().records()) {
+    records.push_back(values_of(*record));
+  }
+  return records;
 }
 
 const std::vector<Event>& Script::events() const { return body_->events; }

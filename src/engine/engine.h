@@ -84,6 +84,8 @@ class Script {
   /// What the script draws: the records of the C interface, one JSON object each. Titles stand in
   /// them as the script has them, without escaping.
   std::vector<std::string> shapes() const;
+  /// The same as values.
+  std::vector<Record> records() const;
   /// The notices and signals of the last calculation, in the order in which they came.
   const std::vector<Event>& events() const;
   /// The words that the script calls, by bytes.

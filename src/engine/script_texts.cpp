@@ -10,9 +10,6 @@
 namespace quor::engine {
 namespace {
 
-/// SET changes constants, FILTER keeps a row, DIVERGENCE fills a column once in its life.
-constexpr std::string_view remembering_words[] = {"SET", "FILTER", "DIVERGENCE"};
-
 /// What stands between two marks, up to the last place of the second.
 std::string_view between(std::string_view text, std::string_view from, std::string_view to) {
   const size_t begin = text.find(from);
@@ -97,12 +94,6 @@ std::string with_condition(std::string_view source, std::string_view condition) 
   whole += condition;
   whole += ';';
   return whole;
-}
-
-bool outlasts_its_bars(std::string_view source) {
-  const std::string capitals = upper_case(source);
-  return std::ranges::any_of(
-      remembering_words, [&capitals](std::string_view word) { return contains(capitals, word); });
 }
 
 }  // namespace quor::engine

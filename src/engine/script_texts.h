@@ -23,7 +23,4 @@ inline constexpr std::string_view condition_name = "CONDITION_OF_THE_CALLER";
 /// expression.
 std::string with_condition(std::string_view source, std::string_view condition);
 
-/// Whether a script may have words that keep something when all bars are dropped.
-bool outlasts_its_bars(std::string_view source);
-
 }  // namespace quor::engine

@@ -95,6 +95,12 @@ struct Line {
   std::optional<Look> look;  ///< nothing for a line that is only calculated
 };
 
+/// A drawing record by the keys of its JSON. Texts are the script's own bytes.
+struct Record {
+  std::vector<std::pair<std::string, std::string>> texts;
+  std::vector<std::pair<std::string, double>> numbers;
+};
+
 /// A notice or a trade signal.
 struct Event {
   int64_t key = 0;  ///< the row key of its bar

@@ -1,13 +1,16 @@
 #include "functions/averaging.h"
 
 #include <algorithm>
+#include <array>
 #include <numeric>
 #include <span>
+#include <vector>
 
 #include "core/call.h"
 #include "core/column_owners.h"
 #include "core/model.h"
 #include "functions/series.h"
+#include "functions/side_by_side.h"
 
 namespace quor {
 namespace {
@@ -108,56 +111,120 @@ double moving_average(const Call& call) {
 
 namespace {
 
-/// Means of windows through which no null goes, so that the count of values stands still: as many
-/// as there are in a row. `leaving` and `x` belong to the first of `size` bars.
-size_t steady_means(double mean, double count, const double* leaving, const double* x, size_t size,
-                    double* means) {
-  for (size_t i = 0; i < size; ++i) {
-    mean = (mean * count - leaving[i] + x[i]) / count;
-    if (is_null(mean)) return i;
-    means[i] = mean;
+/// A call of a sliding mean over a block.
+struct MeanLane {
+  double period;
+  std::span<const double> series;  ///< a whole column
+  int32_t first;                   ///< row
+  const double* x;                 ///< from here on of the block's rows
+  double* results;
+  double* counts;
+
+  int64_t n() const { return to_int(period); }
+  /// The bars from a place on that pass no null have means of a count that stands still.
+  bool is_steady(size_t place) const {
+    const int64_t row = int64_t{first} + static_cast<int64_t>(place);
+    return n() >= 1 && row >= n() && to_int(counts_before(place)[0]) > 0 &&
+           !is_null(results[static_cast<ptrdiff_t>(place) - 1]);
   }
-  return size;
+  const double* counts_before(size_t place) const {
+    return counts + static_cast<ptrdiff_t>(place) - 1;
+  }
+};
+
+/// Means of windows through which no null goes, for as many bars as there are in a row from a place
+/// on. Several lanes side by side end with the first null of any.
+template <size_t count>
+size_t steady_means(const std::array<MeanLane, count>& lanes, size_t place, size_t size) {
+  double means[count];
+  double counts[count];
+  const double* leaving[count];
+  for (size_t k = 0; k < count; ++k) {
+    const MeanLane& lane = lanes[k];
+    means[k] = lane.results[static_cast<ptrdiff_t>(place) - 1];
+    counts[k] = to_int(*lane.counts_before(place));
+    leaving[k] = lane.series.data() + lane.first - lane.n();
+  }
+  for (; place < size; ++place) {
+    bool meets_null = false;
+#pragma GCC unroll 4
+    for (size_t k = 0; k < count; ++k) {
+      means[k] = (means[k] * counts[k] - leaving[k][place] + lanes[k].x[place]) / counts[k];
+      meets_null |= is_null(means[k]);
+    }
+    if (meets_null) break;
+#pragma GCC unroll 4
+    for (size_t k = 0; k < count; ++k) lanes[k].results[place] = means[k];
+  }
+  return place;
+}
+
+/// The bars from `place` on; those before stand.
+void finish_means(const MeanLane& lane, size_t place, size_t size) {
+  while (place < size) {
+    if (lane.is_steady(place)) {
+      const size_t end = steady_means<1>({lane}, place, size);
+      std::fill(lane.counts + place, lane.counts + end, to_int(*lane.counts_before(place)));
+      place = end;
+      if (place == size) return;
+    }
+    const int32_t row = lane.first + static_cast<int32_t>(place);
+    const int64_t n = lane.n();
+    const AverageState before{lane.results[static_cast<ptrdiff_t>(place) - 1],
+                              *lane.counts_before(place)};
+    AverageState state{null_value, lane.period};
+    if (n >= 1 && row >= n - 1) {
+      const AverageStep step = sliding_average(lane.series, before, row, lane.x[place], n, n);
+      state = {step.value, static_cast<double>(step.count)};
+    }
+    lane.results[place] = state.result;
+    lane.counts[place] = state.count;
+    ++place;
+  }
+}
+
+MeanLane lane_of(const ColumnCall& call, const double* x, double* results, double* counts) {
+  return {*call.number(1), call.table().cells(call.argument(0)->column_index),
+          call.rows.first, x,
+          results,         counts};
 }
 
 }  // namespace
 
-const double* moving_average(const ColumnCall& call) {
-  const std::optional<double> period = call.number(1);
+bool can_average(const ColumnCall& call) {
   const Variable* argument = call.argument(0);
-  const Variable& variable = call.variable;
-  const bool has_columns = argument != nullptr && argument->has_column() && variable.has_column() &&
-                           !variable.aux_column_indexes.empty();
-  if (!period || !has_columns) return nullptr;
-  const double* x = call.stored(0, argument->column_index);
+  return call.rows.first > 0 && call.number(1) && argument != nullptr && argument->has_column() &&
+         call.variable.has_column() && !call.variable.aux_column_indexes.empty();
+}
+
+const double* moving_average(const ColumnCall& call) {
+  const double* x = can_average(call) ? call.stored(0, call.argument(0)->column_index) : nullptr;
   if (x == nullptr) return nullptr;
-  double* results = call.overwrite(variable.column_index);
-  double* counts = call.overwrite(variable.aux_column_indexes[0]);
-  const std::span<const double> series = call.table().cells(argument->column_index);
-  const int64_t n = to_int(*period);
-  AverageState state{results[-1], counts[-1]};
-  for (size_t i = 0; i < call.size(); ++i) {
-    int32_t row = call.rows.first + static_cast<int32_t>(i);
-    const int32_t known = to_int(state.count);
-    if (n >= 1 && row >= n && known > 0 && !is_null(state.result)) {
-      const size_t passed = steady_means(state.result, known, series.data() + row - n, x + i,
-                                         call.size() - i, results + i);
-      std::fill_n(counts + i, passed, known);
-      i += passed;
-      row += static_cast<int32_t>(passed);
-      if (i == call.size()) break;
-      if (passed > 0) state = {results[i - 1], counts[i - 1]};
-    }
-    const AverageState before = state;
-    state = {null_value, *period};
-    if (n >= 1 && row >= n - 1) {
-      const AverageStep step = sliding_average(series, before, row, x[i], n, n);
-      state = {step.value, static_cast<double>(step.count)};
-    }
-    results[i] = state.result;
-    counts[i] = state.count;
-  }
+  double* results = call.overwrite(call.variable.column_index);
+  double* counts = call.overwrite(call.variable.aux_column_indexes[0]);
+  finish_means(lane_of(call, x, results, counts), 0, call.size());
   return results;
+}
+
+void moving_averages(std::span<const ColumnCall> calls) {
+  const size_t size = calls.front().size();
+  std::vector<MeanLane> lanes;
+  for (const ColumnCall& call : calls) {
+    const MeanLane lane = lane_of(call, call.values(0), call.own_cells(call.variable.column_index),
+                                  call.own_cells(call.variable.aux_column_indexes[0]));
+    if (lane.is_steady(0)) {
+      lanes.push_back(lane);
+    } else {
+      finish_means(lane, 0, size);
+    }
+  }
+  in_groups(lanes, [size](const auto& group) {
+    const size_t end = steady_means(group, 0, size);
+    for (const MeanLane& lane : group) {
+      std::fill(lane.counts, lane.counts + end, to_int(*lane.counts_before(0)));
+      finish_means(lane, end, size);
+    }
+  });
 }
 
 }  // namespace quor

@@ -115,9 +115,13 @@ AverageStep sliding_average(DataTable& table, const AverageColumns& columns, int
 /// A bar of MA(X, N) for a call that keeps the state of it.
 double moving_average(const Call& call);
 const double* moving_average(const ColumnCall& call);
+/// Whether the call's columns are there, and a bar before.
+bool can_average(const ColumnCall& call);
+/// The same for several such calls side by side.
+void moving_averages(std::span<const ColumnCall> calls);
 
 /// Writes the bar's state or result into a column and gives it back.
-inline double keep(const Call& call, int32_t column, double value) {
+inline double stored(const Call& call, int32_t column, double value) {
   call.table().set_cell(call.row, column, value);
   return value;
 }

@@ -35,6 +35,8 @@ struct ColumnTraits {
   size_t passed_over_from = 0;  ///< the first of these
   bool revisits = false;        ///< it evaluates arguments at other bars than its own
   bool starts_late = false;     ///< it leaves arguments unevaluated at the first rows
+  bool goes_ahead = false;      ///< over fields, by `run_side_by_side`
+  bool carries_on = false;      ///< results of earlier bars, in columns that it takes itself
   SeriesPlace series = SeriesPlace::nowhere;  ///< of its first arguments
   size_t series_count = 1;
 };
@@ -53,6 +55,11 @@ class BaseFunc {
   /// written, or null where it has to go bar by bar; then nothing need be put back.
   virtual const double* column(const ColumnCall&) const { return nullptr; }
   virtual ColumnTraits column_traits() const { return {}; }
+  /// Whether the call, whose first argument is a field, could be one of these.
+  virtual bool can_go_ahead(const ColumnCall&) const { return false; }
+  /// What `column` does, for several calls over the same rows at once, so that their divisions
+  /// overlap. The results stand in the columns of the calls, whose cells need not be put back.
+  virtual void run_side_by_side(std::span<const ColumnCall>) const {}
   /// Whether a bar evaluates the argument at a position.
   virtual bool reads_argument(size_t) const { return true; }
 

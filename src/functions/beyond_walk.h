@@ -101,7 +101,7 @@ class BeyondWalk {
       : threshold_(threshold), end_(call.row - short_walk) {
     const Remembering remembering = call.variable.remembering;
     const bool inside = call.row < call.table().row_count();
-    if (!inside || remembering == Remembering::nothing) return;
+    if (!inside || remembering < Remembering::in_order) return;
     auto& blocks = memory_of<Blocks>(call.script(), call.variable);
     if (blocks.pass(newest) || remembering == Remembering::catching_up) blocks_ = &blocks;
   }
@@ -109,7 +109,7 @@ class BeyondWalk {
   /// So many rows are looked at sooner than a memory.
   static constexpr int32_t short_walk = 16;
 
-  /// The next row at or below `row` to look at; below 0 if there is none.
+  /// The next row to look at, `row` or one before it; negative if there is none.
   int32_t next(int32_t row) {
     if (row % Blocks::fan != Blocks::fan - 1) return row;
     outermost_ = null_value;

@@ -32,7 +32,7 @@ Memory& memory_of(CompiledScript& script, Variable& call) {
 template <typename State>
 class RowStates final : public CallMemory {
  public:
-  /// The rows below this one are known.
+  /// The rows before this one are known.
   int32_t known() const { return static_cast<int32_t>(states_.size()); }
   const State& after(int32_t row) const { return states_[static_cast<size_t>(row)]; }
   State before(int32_t row) const { return row == 0 ? State() : after(row - 1); }
@@ -67,7 +67,7 @@ Status follow(const Call& call, int32_t row, const Step& step, const RowStates<S
   found = nullptr;
   const Remembering remembering = call.variable.remembering;
   const bool inside = row >= 0 && row < call.table().row_count();
-  if (remembering == Remembering::nothing || !inside) return Status::ok;
+  if (remembering < Remembering::in_order || !inside) return Status::ok;
   auto& states = memory_of<RowStates<State>>(call.script(), call.variable);
   if (row > states.known() && remembering != Remembering::catching_up) return Status::ok;
   for (int32_t at = std::min(row, states.known()); at <= row; ++at) {
@@ -83,7 +83,7 @@ Status follow(const Call& call, int32_t row, const Step& step, const RowStates<S
 /// over the row at a place of the block. Null for "bar by bar, please".
 template <typename State, typename Step>
 const State* follow(const ColumnCall& call, Block rows, const Step& step) {
-  if (call.variable.remembering == Remembering::nothing) return nullptr;
+  if (call.variable.remembering < Remembering::in_order) return nullptr;
   auto& states = memory_of<RowStates<State>>(call.columns.pool().script, call.variable);
   if (states.known() < rows.first) return nullptr;
   call.columns.note_memory(states, rows, states.known());

@@ -161,8 +161,8 @@ class BARSSINCEN final : public BaseFunc {
 
   static Status oldest_hit(const Call& call, int32_t first) {
     const auto step = [&call](int32_t row, HitCount& count) {
-      double value = null_value;
-      const Status status = call.evaluate_at(0, row, value);
+      double value;
+      const Status status = call.recall(0, row, value);
       count.hits += is_one(value);
       return status;
     };
@@ -231,8 +231,8 @@ class CONDBARS final : public BaseFunc {
   }
 
   static Status test(const Call& call, int32_t row, size_t position, NewestHits& newest) {
-    double value = null_value;
-    const Status status = call.evaluate_at(position, row, value);
+    double value;
+    const Status status = call.recall(position, row, value);
     if (is_one(value)) newest.rows[position] = row;
     return status;
   }
@@ -264,8 +264,8 @@ class SUMBARS final : public BaseFunc {
     if (!(goal > 0.0)) return Status::ok;
     Sum sum{call.argument(0).column_id == volume_column_id};
     for (int32_t row = call.row; row >= 0; --row) {
-      double value = null_value;
-      status = call.evaluate_at(0, row, value);
+      double value;
+      status = call.recall(0, row, value);
       if (failed(status)) return status;
       if (sum.reaches(goal, value)) return call.answer(call.row - row + 1);
     }
@@ -332,8 +332,7 @@ class DistanceToBeyond : public BaseFunc {
  private:
   static void find(const Call& call, double threshold, int32_t wanted) {
     const auto arrives = [&call, threshold, &wanted](int32_t row, double& value) {
-      value = null_value;
-      ignore_status(call.evaluate_at(series_argument, row, value));
+      ignore_status(call.recall(series_argument, row, value));
       if (!beats<extreme>(value, threshold) || --wanted > 0) return false;
       call.result = call.row - row;
       return true;

@@ -39,7 +39,7 @@ int32_t remembered_row(const Call& call, int32_t column, int32_t n) {
   const DataTable& table = call.table();
   const Remembering remembering = call.variable.remembering;
   const bool inside = column != -1 && call.row >= 0 && call.row < table.row_count();
-  if (n < 1 || !inside || remembering == Remembering::nothing) return -1;
+  if (n < 1 || !inside || remembering < Remembering::in_order) return -1;
   const int32_t first = std::max(call.row - n + 1, 0);
   return memory_of<ExtremeMemory<extreme>>(call.script(), call.variable)
       .rows.find(table, column, first, call.row, remembering == Remembering::catching_up);

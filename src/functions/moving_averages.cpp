@@ -15,12 +15,16 @@ class MA final : public BaseFunc {
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const override {
     if (!call.scan) return call.answer(moving_average(call));
-    const Status status = scan_any_period(call, 2, 1);
+    const Status status = scan_unchecked_period(call, 2, 1);
     return failed(status) ? status : call.answer(null_value);
   }
   const double* column(const ColumnCall& call) const override { return moving_average(call); }
+  bool can_go_ahead(const ColumnCall& call) const override { return can_average(call); }
+  void run_side_by_side(std::span<const ColumnCall> calls) const override {
+    moving_averages(calls);
+  }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .series = SeriesPlace::own_column};
+    return {.by_columns = true, .goes_ahead = true, .series = SeriesPlace::own_column};
   }
 };
 
@@ -172,48 +176,93 @@ class TMA final : public Recurrence<TwoWeightsStep> {
   using Recurrence::Recurrence;
 };
 
-/// The seed of an average over X's own column, where it has one. An X without a column seeds
-/// nothing, and so has no average.
-WindowSeed seed_of_argument(const Call& call, int64_t n) {
-  const DataTable& table = call.table();
-  const int64_t before = int64_t{call.row} - 1;
-  return window_seed(table.cells(call.argument(0).column_index),
-                     table.cell(before, call.variable.column_index), before, n);
-}
-
-/// The weight 1/N, seeded by a mean.
-class MEMA final : public BaseFunc {
+/// An average that starts from a sum over X's own column, where it has one. An X without a column
+/// seeds nothing, and so has no average.
+template <typename Step>
+class SeededAverage : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
+  const double* column(const ColumnCall& call) const final {
+    const std::optional<double> period = call.number(1);
+    if (!period) return nullptr;
+    const int64_t n = to_int(*period);
+    if (!Step::takes(*period, n)) return call.everywhere(null_value);
+    const bool has_before = call.variable.has_column() && call.rows.first > 0;
+    const double* x = has_before && call.rows.first >= n - 1 ? call.values(0) : nullptr;
+    if (x == nullptr) return nullptr;
+    const auto series = call.table().cells(call.argument(0)->column_index);
+    double* y = call.overwrite(call.variable.column_index);
+    for (int32_t row = call.rows.first; row < call.rows.end; ++row) {
+      const auto i = static_cast<ptrdiff_t>(row) - call.rows.first;
+      const WindowSeed seed = window_seed(series, y[i - 1], int64_t{row} - 1, n);
+      if (is_null(seed.sum)) return nullptr;
+      y[i] = Step::next(x[i], seed);
+    }
+    return y;
+  }
+  ColumnTraits column_traits() const final {
+    return {.by_columns = true,
+            .starts_late = true,
+            .carries_on = true,
+            .series = SeriesPlace::in_place};
+  }
+
+ protected:
+  /// A bar that has no seed writes nothing.
+  static Status average(const Call& call, int64_t n) {
+    double x = null_value;
+    const Status status = call.evaluate(0, x);
+    if (failed(status) && !Step::ignores_status) return status;
+    const DataTable& table = call.table();
+    const int64_t before = int64_t{call.row} - 1;
+    const WindowSeed seed = window_seed(table.cells(call.argument(0).column_index),
+                                        table.cell(before, call.variable.column_index), before, n);
+    if (is_null(seed.sum)) return call.answer(null_value);
+    return call.answer(stored(call, result_column(call), Step::next(x, seed)));
+  }
+};
+
+/// The weight 1/N, seeded by a mean.
+struct MeanSeededStep {
+  static constexpr bool ignores_status = true;
+
+  static bool takes(double, int64_t n) { return n >= 1; }
+  static double next(double x, const WindowSeed& seed) {
+    const double prev = seed.recomputed ? seed.sum / static_cast<double>(seed.count) : seed.sum;
+    return smoothing_step(x, prev, seed.count, 1);
+  }
+};
+
+class MEMA final : public SeededAverage<MeanSeededStep> {
+ public:
+  using SeededAverage::SeededAverage;
   Status execute(const Call& call) const override {
     if (call.scan && call.argument_count() != 2) return call.wrong_count();
     double period = null_value;
     ignore_status(call.evaluate(1, period));
     const int64_t n = to_int(period);
     if (n < 1 || call.row < n - 1) return call.answer(null_value);
-    if (call.scan) {
-      call.script().raise_period(to_int(period));
-      return Status::ok;
-    }
-    return average(call, n);
-  }
-
- private:
-  static Status average(const Call& call, int64_t n) {
-    double x = null_value;
-    ignore_status(call.evaluate(0, x));
-    const WindowSeed seed = seed_of_argument(call, n);
-    if (is_null(seed.sum)) return call.answer(null_value);
-    const double prev = seed.recomputed ? seed.sum / static_cast<double>(seed.count) : seed.sum;
-    const double y = smoothing_step(x, prev, seed.count, 1);
-    return call.answer(keep(call, call.variable.column_index, y));
+    if (!call.scan) return average(call, n);
+    call.script().raise_period(to_int(period));
+    return Status::ok;
   }
 };
 
 /// The weight 2/(N+1), seeded by a sum. A null makes a bar of 0.
-class EXPMEMA final : public BaseFunc {
+struct SumSeededStep {
+  static constexpr bool ignores_status = false;
+
+  static bool takes(double period, int64_t n) { return !is_null(period) && n != 0; }
+  static double next(double x, const WindowSeed& seed) {
+    const double prev =
+        seed.recomputed ? seed.sum * 2.0 / static_cast<double>(seed.count + 1) : seed.sum;
+    return is_null(x) ? 0.0 : exponential_step(seed.count, x, prev);
+  }
+};
+
+class EXPMEMA final : public SeededAverage<SumSeededStep> {
  public:
-  using BaseFunc::BaseFunc;
+  using SeededAverage::SeededAverage;
   Status execute(const Call& call) const override {
     if (call.scan && call.argument_count() != 2) return call.wrong_count();
     double period = null_value;
@@ -223,20 +272,8 @@ class EXPMEMA final : public BaseFunc {
       call.script().raise_period(to_int(period));
       return Status::ok;
     }
-    if (is_null(period) || n == 0 || call.row < n - 1) return call.answer(null_value);
+    if (!SumSeededStep::takes(period, n) || call.row < n - 1) return call.answer(null_value);
     return average(call, n);
-  }
-
- private:
-  static Status average(const Call& call, int64_t n) {
-    double x = null_value;
-    if (const Status status = call.evaluate(0, x); failed(status)) return status;
-    const WindowSeed seed = seed_of_argument(call, n);
-    if (is_null(seed.sum)) return call.answer(null_value);
-    const double prev =
-        seed.recomputed ? seed.sum * 2.0 / static_cast<double>(seed.count + 1) : seed.sum;
-    const double y = is_null(x) ? 0.0 : exponential_step(seed.count, x, prev);
-    return call.answer(keep(call, result_column(call), y));
   }
 };
 
@@ -256,7 +293,30 @@ class TRMA final : public BaseFunc {
     }
     double x = null_value;
     if (const Status status = call.evaluate(0, x); failed(status)) return status;
-    return call.answer(average(call, half_of(n), x));
+    reserve(call);
+    return call.answer(average(call.table(), averages_of(call.variable), call.row, half_of(n), x));
+  }
+  const double* column(const ColumnCall& call) const override {
+    const std::optional<double> period = call.number(1);
+    if (!period) return nullptr;
+    const int32_t n = to_int(*period);
+    if (n < 1) return call.everywhere(null_value);
+    const TwoAverages averages = averages_of(call.variable);
+    const bool has_columns = held_column(call.variable, outer_count) != -1 &&
+                             call.variable.has_column() && call.argument(0)->has_column();
+    if (!has_columns) return nullptr;
+    const double* x = call.stored(0, averages.inner.series);
+    if (x == nullptr) return nullptr;
+    for (const AverageColumns& columns : {averages.inner, averages.outer}) {
+      call.overwrite(columns.result);
+      call.overwrite(columns.count);
+    }
+    return call.each_row([&](int32_t row) {
+      return average(call.table(), averages, row, half_of(n), x[row - call.rows.first]);
+    });
+  }
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true, .carries_on = true, .series = SeriesPlace::own_column};
   }
 
  private:
@@ -273,22 +333,28 @@ class TRMA final : public BaseFunc {
     if (!variable.has_column()) hand_over_column(variable, result_place, variable);
   }
 
-  static double average(const Call& call, int64_t k, double x) {
-    reserve(call);
-    const Variable& variable = call.variable;
-    const AverageColumns inner{call.argument(0).column_index, held_column(variable, inner_average),
-                               held_column(variable, inner_count)};
-    const AverageColumns outer{inner.result, variable.column_index,
-                               held_column(variable, outer_count)};
-    DataTable& table = call.table();
-    table.set_cell(call.row, inner.series, x);
-    if (call.row >= k - 1) {
-      const AverageStep first = sliding_average(table, inner, call.row, x, k, k);
-      return sliding_average(table, outer, call.row, first.value, first.count, k).value;
+  struct TwoAverages {
+    AverageColumns inner;
+    AverageColumns outer;
+  };
+
+  static TwoAverages averages_of(const Variable& call) {
+    const AverageColumns inner{call.arguments[0]->column_index, held_column(call, inner_average),
+                               held_column(call, inner_count)};
+    return {inner, {inner.result, call.column_index, held_column(call, outer_count)}};
+  }
+
+  static double average(DataTable& table, const TwoAverages& averages, int32_t row, int64_t k,
+                        double x) {
+    const auto& [inner, outer] = averages;
+    table.set_cell(row, inner.series, x);
+    if (row >= k - 1) {
+      const AverageStep first = sliding_average(table, inner, row, x, k, k);
+      return sliding_average(table, outer, row, first.value, first.count, k).value;
     }
     for (const AverageColumns& columns : {inner, outer}) {
-      table.set_cell(call.row, columns.result, null_value);
-      table.set_cell(call.row, columns.count, static_cast<double>(k));
+      table.set_cell(row, columns.result, null_value);
+      table.set_cell(row, columns.count, static_cast<double>(k));
     }
     return null_value;
   }

@@ -106,6 +106,10 @@ void reduce_rows(const Reduce& reduce, const double* series, Block rows, size_t 
   for (; i < size; ++i, ++window) results[i] = reduce.finish(reduce(PlainWindow{window, count}));
 }
 
+/// Of words that evaluate a window anew at each bar, beginning with the first full one.
+inline constexpr ColumnTraits back_from_full_windows = {
+    .by_columns = true, .keeps_state = false, .passes_over = true, .revisits = true};
+
 /// What a word of X and N does around the reduction of its windows.
 struct WindowRule {
   Gate gate = Gate::behind_window;
@@ -150,7 +154,7 @@ class OverWindow : public BaseFunc {
     if (!is_open) return call.answer(null_value);
     const Reduce reduce(n);
     const double y = reduce.finish(reduce(call.table().window(column, call.row, n)));
-    return call.answer(rule.keeps_result ? keep(call, call.variable.column_index, y) : y);
+    return call.answer(rule.keeps_result ? stored(call, call.variable.column_index, y) : y);
   }
 
   const double* column(const ColumnCall& call) const final {

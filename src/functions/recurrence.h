@@ -1,10 +1,14 @@
 // The shape of a word whose value at a bar comes from the value of the bar before.
 #pragma once
 
+#include <array>
 #include <optional>
+#include <span>
+#include <vector>
 
 #include "core/columns.h"
 #include "functions/averaging.h"
+#include "functions/side_by_side.h"
 #include "functions/word_steps.h"
 
 namespace quor {
@@ -39,7 +43,7 @@ class Recurrence : public BaseFunc {
     if (failed(status) && !Step::ignores_status) return status;
     const int32_t column = result_column(call);
     const double before = call.table().cell(int64_t{call.row} - 1, column);
-    return call.answer(keep(call, column, call.row == 0 ? step.first(x) : step.next(x, before)));
+    return call.answer(stored(call, column, call.row == 0 ? step.first(x) : step.next(x, before)));
   }
 
   const double* column(const ColumnCall& call) const final {
@@ -53,13 +57,50 @@ class Recurrence : public BaseFunc {
     const double* x = call.values(0);
     if (x == nullptr) return nullptr;
     double* y = call.overwrite(call.variable.column_index);
-    double value = y[-1];
-    const size_t size = call.size();
-    for (size_t i = 0; i < size; ++i) y[i] = value = step.next(x[i], value);
+    run<1>({{{step, x, y, y[-1]}}}, call.size());
     return y;
   }
+  bool can_go_ahead(const ColumnCall& call) const final {
+    Step step;
+    return takes_numbers(call, step) && call.variable.has_column() && call.rows.first > 0;
+  }
+  void run_side_by_side(std::span<const ColumnCall> calls) const final {
+    std::vector<Lane> lanes;
+    for (const ColumnCall& call : calls) {
+      double* y = call.own_cells(call.variable.column_index);
+      Lane& lane = lanes.emplace_back(Lane{{}, call.values(0), y, y[-1]});
+      takes_numbers(call, lane.step);
+    }
+    const size_t size = calls.front().size();
+    in_groups(lanes, [size](const auto& group) { run(group, size); });
+  }
 
-  ColumnTraits column_traits() const final { return {.by_columns = true}; }
+  ColumnTraits column_traits() const final { return {.by_columns = true, .goes_ahead = true}; }
+
+ private:
+  struct Lane {
+    Step step;
+    const double* x;
+    double* y;
+    double value;  ///< of the bar before
+  };
+
+  /// False if a parameter isn't a number or makes the bars null.
+  static bool takes_numbers(const ColumnCall& call, Step& step) {
+    for (size_t position = 1; position <= Step::parameters; ++position) {
+      const std::optional<double> value = call.number(position);
+      if (!value || !step.take(position, *value, call.table())) return false;
+    }
+    return true;
+  }
+
+  template <size_t count>
+  static void run(std::array<Lane, count> lanes, size_t size) {
+    for (size_t i = 0; i < size; ++i) {
+#pragma GCC unroll 4
+      for (Lane& lane : lanes) lane.y[i] = lane.value = lane.step.next(lane.x[i], lane.value);
+    }
+  }
 };
 
 }  // namespace quor

@@ -19,8 +19,8 @@ inline constexpr int32_t no_row = std::numeric_limits<int32_t>::min();
 template <bool (*holds)(double), bool ignores_status = false>
 struct OneValue {
   static Status at(const Call& call, int32_t row, bool& hit) {
-    double x = null_value;
-    const Status status = call.evaluate_at(0, row, x);
+    double x;
+    const Status status = call.recall(0, row, x);
     hit = holds(x);
     return ignores_status ? Status::ok : status;
   }
@@ -39,9 +39,9 @@ struct OneValue {
 template <bool (*holds)(double, double)>
 struct TwoValues {
   static Status at(const Call& call, int32_t row, bool& hit) {
-    double values[] = {null_value, null_value};
+    double values[2];
     for (size_t i = 0; i < 2; ++i) {
-      const Status status = call.evaluate_at(i, row, values[i]);
+      const Status status = call.recall(i, row, values[i]);
       if (failed(status)) return status;
     }
     hit = holds(values[0], values[1]);
@@ -63,11 +63,11 @@ struct TwoValues {
 template <bool (*holds)(double before, double value)>
 struct ValueAndBefore {
   static Status at(const Call& call, int32_t row, bool& hit) {
-    double value = null_value;
-    Status status = call.evaluate_at(0, row, value);
+    double value;
+    Status status = call.recall(0, row, value);
     if (failed(status)) return status;
-    double before = row >= 1 ? null_value : 0.0;
-    if (row >= 1) status = call.evaluate_at(0, row - 1, before);
+    double before = 0.0;
+    if (row >= 1) status = call.recall(0, row - 1, before);
     if (!failed(status)) hit = holds(before, value);
     return status;
   }
@@ -100,7 +100,7 @@ Status newest_hit(const Call& call, int32_t row, int64_t lowest, int32_t& found)
   if (const Status status = follow(call, row, step, states); failed(status)) return status;
   NewestHit newest;
   if (states != nullptr) newest = states->after(row);
-  // Rows below the first one have no state.
+  // Rows before the first one have no state.
   int64_t at = states != nullptr ? -1 : row;
   for (; newest.row == no_row && at >= lowest; --at) {
     const Status status = step(static_cast<int32_t>(at), newest);

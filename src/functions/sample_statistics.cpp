@@ -45,7 +45,7 @@ class SUM final : public BaseFunc {
     const int32_t column = store_in_own_column(call, call.argument(0), x);
     const WindowSeed seed = seed_of(call, column, n);
     const double sum = sum_step(x, seed, call.row, n);
-    return call.answer(keep(call, call.variable.column_index, sum));
+    return call.answer(stored(call, call.variable.column_index, sum));
   }
 
   const double* column(const ColumnCall& call) const override {
@@ -131,15 +131,15 @@ class COUNT final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const override {
-    if (call.scan) return scan_any_period(call, 2, 1);
+    if (call.scan) return scan_unchecked_period(call, 2, 1);
     double bars = null_value;
     ignore_status(call.evaluate(1, bars));
     if (bars == 0.0) bars = call.table().row_count();
     bars = std::ceil(std::min(bars, call.row + 1.0));
     if (!(bars > 0.0)) return call.answer(0.0);
     const auto step = [&call](int32_t row, HitCount& count) {
-      double x = null_value;
-      const Status status = call.evaluate_at(0, row, x);
+      double x;
+      const Status status = call.recall(0, row, x);
       count.hits += x > 0.0;
       return status;
     };
@@ -189,10 +189,6 @@ class COUNT final : public BaseFunc {
   };
 };
 
-/// Words that evaluate a window anew at each bar, beginning with the first full one.
-constexpr ColumnTraits back_from_full_windows = {
-    .by_columns = true, .keeps_state = false, .passes_over = true, .revisits = true};
-
 /// The harmonic mean of the last N bars; null if one of them is null or 0.
 class HARMEAN final : public BaseFunc {
  public:
@@ -205,9 +201,8 @@ class HARMEAN final : public BaseFunc {
     const int32_t count = to_int(std::ceil(period));
     double sum = 0.0;
     for (int32_t back = 0; back < count; ++back) {
-      double x = null_value;
-      if (const Status status = call.evaluate_at(0, call.row - back, x); failed(status))
-        return status;
+      double x;
+      if (const Status status = call.recall(0, call.row - back, x); failed(status)) return status;
       if (is_null(x) || x == 0.0) return call.answer(null_value);
       sum += 1.0 / x;
     }
@@ -289,9 +284,8 @@ class PERCENTILE final : public BaseFunc {
 
     ScratchFrame sample(call.calculator);
     for (int32_t back = n; back-- > 0;) {
-      double x = null_value;
-      if (const Status status = call.evaluate_at(0, call.row - back, x); failed(status))
-        return status;
+      double x;
+      if (const Status status = call.recall(0, call.row - back, x); failed(status)) return status;
       sample.push(x);
     }
     const std::span<double> values = sample.values();

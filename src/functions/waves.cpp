@@ -75,8 +75,8 @@ class SeriesWave : public BaseFunc {
     status = call.evaluate(0, value);
     if (failed(status)) return status;
     const auto series = [&call](int32_t row) {
-      double other = null_value;
-      ignore_status(call.evaluate_at(0, row, other));
+      double other;
+      ignore_status(call.recall(0, row, other));
       return other;
     };
     return call.answer(stands_out<extreme>(call, bars, value, series));

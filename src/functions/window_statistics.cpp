@@ -93,7 +93,7 @@ struct SquaresAboutMean : PlainReduction {
 /// which they make null.
 struct MeanAbsoluteDeviation : PlainReduction {
   using PlainReduction::PlainReduction;
-  static Status scan(const Call& call) { return scan_any_period(call, 2, 1); }
+  static Status scan(const Call& call) { return scan_unchecked_period(call, 2, 1); }
   template <typename W>
   Number<W> operator()(const W& window) const {
     const double size = size_of(window);
@@ -226,6 +226,20 @@ class FORCAST final : public BaseFunc {
     const int32_t column = store_in_own_column(call, call.argument(0), x);
     return call.answer(regression_end(call.table().window(column, call.row, n), mean, n));
   }
+  const double* column(const ColumnCall& call) const override {
+    const std::optional<double> period = call.number(1);
+    const int32_t n = period ? to_int(*period) : 0;
+    const double* means = n >= 1 ? moving_average(call) : nullptr;
+    if (means == nullptr) return nullptr;
+    return call.each_row([&call, n, means](int32_t row) {
+      if (row < opens_at(Gate::behind_window, n)) return null_value;
+      const Window window = call.table().window(call.argument(0)->column_index, row, n);
+      return regression_end(window, means[row - call.rows.first], n);
+    });
+  }
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true, .carries_on = true, .series = SeriesPlace::own_column};
+  }
 };
 
 /// The windows of X and Y; both have the same size.
@@ -265,20 +279,45 @@ double population_covariance(const WindowPair& windows) {
   return sum / size_of(x);
 }
 
-double covariance_at(const Call& call) {
-  WindowPair windows;
-  ignore_status(take_windows(call, true, windows));
-  return population_covariance(windows);
-}
-
-class COVAR final : public BaseFunc {
+/// A word of X, Y and N. `Reduce` says what it makes of the windows, and whether an argument that
+/// fails is a null.
+template <typename Reduce>
+class OverWindowPair : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const override {
-    if (!call.scan) return call.answer(covariance_at(call));
-    const Status status = scan_any_period(call, 3, 2);
+    if (call.scan) return Reduce::scan(call);
+    WindowPair windows;
+    const Status status = take_windows(call, Reduce::is_tolerant, windows);
+    return failed(status) ? status : call.answer(Reduce::value(windows));
+  }
+  const double* column(const ColumnCall& call) const final {
+    const std::optional<double> period = call.number(2);
+    const int32_t n = period ? to_int(*period) : 0;
+    const int32_t x = n >= 1 ? series_column_over(call, 0, SeriesPlace::own_column) : -1;
+    const int32_t y = x != -1 ? series_column_over(call, 1, SeriesPlace::own_column) : -1;
+    if (y == -1) return nullptr;
+    const DataTable& table = call.table();
+    return call.each_row([&table, n, x, y](int32_t row) {
+      return Reduce::value({table.window(x, row, n), table.window(y, row, n)});
+    });
+  }
+  ColumnTraits column_traits() const final {
+    return {.by_columns = true, .series = SeriesPlace::own_column, .series_count = 2};
+  }
+};
+
+struct Covariance {
+  static constexpr bool is_tolerant = true;
+  static Status scan(const Call& call) {
+    const Status status = scan_unchecked_period(call, 3, 2);
     return failed(status) ? status : call.answer(null_value);
   }
+  static double value(const WindowPair& windows) { return population_covariance(windows); }
+};
+
+class COVAR final : public OverWindowPair<Covariance> {
+  using OverWindowPair::OverWindowPair;
 };
 
 double sample_deviation(const Window& window) {
@@ -287,15 +326,26 @@ double sample_deviation(const Window& window) {
 
 /// The covariance of the population over the deviations of the samples, which makes (m-1)/m of the
 /// usual coefficient.
-class CORRELATION final : public BaseFunc {
+struct Correlation : Covariance {
+  static double value(const WindowPair& windows) {
+    return value(population_covariance(windows), windows);
+  }
+  static double value(double covariance, const WindowPair& windows) {
+    return covariance / (sample_deviation(windows.y) * sample_deviation(windows.x));
+  }
+};
+
+/// Takes its windows once for the covariance and again for the deviations.
+class CORRELATION final : public OverWindowPair<Correlation> {
  public:
-  using BaseFunc::BaseFunc;
+  using OverWindowPair::OverWindowPair;
   Status execute(const Call& call) const override {
     if (call.scan) return scan_period(call, 3, 2);
-    const double covariance = covariance_at(call);
     WindowPair windows;
+    ignore_status(take_windows(call, true, windows));
+    const double covariance = population_covariance(windows);
     if (const Status status = take_windows(call, false, windows); failed(status)) return status;
-    return call.answer(covariance / (sample_deviation(windows.y) * sample_deviation(windows.x)));
+    return call.answer(Correlation::value(covariance, windows));
   }
 };
 
@@ -322,15 +372,14 @@ double pearson_coefficient(const WindowPair& windows) {
   return sxy / std::sqrt(sxx * syy);
 }
 
-class COEFFICIENTR final : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    if (call.scan) return scan_period(call, 3, 2);
-    WindowPair windows;
-    if (const Status status = take_windows(call, false, windows); failed(status)) return status;
-    return call.answer(pearson_coefficient(windows));
-  }
+struct PearsonCoefficient {
+  static constexpr bool is_tolerant = false;
+  static Status scan(const Call& call) { return scan_period(call, 3, 2); }
+  static double value(const WindowPair& windows) { return pearson_coefficient(windows); }
+};
+
+class COEFFICIENTR final : public OverWindowPair<PearsonCoefficient> {
+  using OverWindowPair::OverWindowPair;
 };
 
 constexpr WordRow words[] = {

@@ -39,7 +39,7 @@ class WeightedMean {
 struct WeightedMeanBack : WeightedMean {
   using WeightedMean::WeightedMean;
   static Status scan(const Call& call) {
-    const Status status = scan_any_period(call, 2, 1);
+    const Status status = scan_unchecked_period(call, 2, 1);
     return failed(status) ? status : call.answer(null_value);
   }
 };
@@ -71,16 +71,43 @@ class SMMA final : public BaseFunc {
     if (const Status status = call.evaluate(0, x); failed(status)) return status;
     double period = null_value;
     if (const Status status = call.evaluate(1, period); failed(status)) return status;
-    if (is_null(period) || std::round(period) <= 0.0 || period - 1.0 > call.row) {
-      return call.answer(null_value);
-    }
+    if (!is_count(period) || period - 1.0 > call.row) return call.answer(null_value);
     const int32_t p = to_int(std::ceil(period));
     double sum = 0.0;
     if (const Status status = add_up(call, p, sum); failed(status)) return status;
-    return call.answer((sum - sum / p + x) / p);
+    return call.answer(mean(sum, p, x));
+  }
+  const double* column(const ColumnCall& call) const override {
+    const std::optional<double> period = call.number(1);
+    const double* x = period ? call.values(0) : nullptr;
+    if (x == nullptr) return nullptr;
+    if (!is_count(*period) || *period - 1.0 > call.rows.end - 1) return call.everywhere(null_value);
+    if (*period - 1.0 > call.rows.first) return nullptr;
+    const int32_t p = to_int(std::ceil(*period));
+    const bool from_oldest = call.argument(0)->has_column();
+    const Block windows{call.rows.first - (p - 1), call.rows.end};
+    const double* values = from_oldest ? call.cells(call.argument(0)->column_index) + windows.first
+                                       : call.values(0, windows);
+    if (values == nullptr) return nullptr;
+    return call.each_row([&call, p, x, from_oldest, values](int32_t row) {
+      const double* window = values + (row - call.rows.first);
+      double sum = 0.0;
+      for (int32_t i = 0; i < p; ++i) sum += window[from_oldest ? i : p - 1 - i];
+      return mean(sum, p, x[row - call.rows.first]);
+    });
+  }
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true,
+            .keeps_state = false,
+            .revisits = true,
+            .series = SeriesPlace::in_place};
   }
 
  private:
+  static bool is_count(double period) { return !is_null(period) && std::round(period) > 0.0; }
+
+  static double mean(double sum, int32_t p, double x) { return (sum - sum / p + x) / p; }
+
   /// The order of the sum depends on where the values lie: a column is summed from the oldest, an
   /// expression from the newest.
   static Status add_up(const Call& call, int32_t count, double& sum) {
@@ -91,9 +118,10 @@ class SMMA final : public BaseFunc {
       return Status::ok;
     }
     for (int32_t back = 0; back < count; ++back) {
-      double value = null_value;
-      if (const Status status = call.evaluate_at(0, call.row - back, value); failed(status))
+      double value;
+      if (const Status status = call.recall(0, call.row - back, value); failed(status)) {
         return status;
+      }
       sum += value;
     }
     return Status::ok;
@@ -113,13 +141,29 @@ class TSMA final : public BaseFunc {
     if (n < 2 || call.row < n - 1) return call.answer(null_value);
     Sums sums;
     for (int64_t row = call.row; row > call.row - n; --row) {
-      double x = null_value;
+      double x;
       const auto i = static_cast<int32_t>(row);
-      if (const Status status = call.evaluate_at(0, i, x); failed(status)) return status;
+      if (const Status status = call.recall(0, i, x); failed(status)) return status;
       sums.add(i, x);
     }
     return call.answer(next_value(sums, static_cast<double>(n), call.row));
   }
+  const double* column(const ColumnCall& call) const override {
+    const std::optional<double> period = call.number(1);
+    if (!period) return nullptr;
+    const int32_t n = to_int(std::floor(*period));
+    if (n < 2 || call.rows.end < n) return call.everywhere(null_value);
+    if (call.rows.first < n - 1) return nullptr;
+    const double* x = call.values(0, {call.rows.first - (n - 1), call.rows.end});
+    if (x == nullptr) return nullptr;
+    x -= call.rows.first - (n - 1);
+    return call.each_row([n, x](int32_t row) {
+      Sums sums;
+      for (int32_t i = row; i > row - n; --i) sums.add(i, x[i]);
+      return next_value(sums, static_cast<double>(n), row);
+    });
+  }
+  ColumnTraits column_traits() const override { return back_from_full_windows; }
 
  private:
   struct Sums {
@@ -169,13 +213,39 @@ class ADMA final : public BaseFunc {
     const int32_t column = result_column(call);
     const DataTable& table = call.table();
     const double prev = call.row == 0 ? x : table.cell(int64_t{call.row} - 1, column);
-    keep(call, column, exponential_step(n, x, prev));
-    if (call.row < n) return call.answer(null_value);
-    const double rate = adaptive_weight(efficiency(table, call.row, n), fast, slow);
-    return call.answer((x - prev) * rate + prev);
+    stored(call, column, exponential_step(n, x, prev));
+    return call.answer(adapted(table, call.row, n, x, prev, fast, slow));
+  }
+  const double* column(const ColumnCall& call) const override {
+    const std::optional<double> period = call.number(1);
+    const double* x = period ? call.values(0) : nullptr;
+    if (x == nullptr) return nullptr;
+    const int32_t n = to_int(*period);
+    if (n == 0) return call.everywhere(null_value);
+    const double* fast = call.values(2);
+    const double* slow = call.values(3);
+    const bool has_before = call.variable.has_column() && call.rows.first > 0;
+    if (n < 0 || fast == nullptr || slow == nullptr || !has_before) return nullptr;
+    double* plain = call.overwrite(call.variable.column_index);
+    return call.each_row([&](int32_t row) {
+      const auto i = static_cast<ptrdiff_t>(row) - call.rows.first;
+      const double prev = plain[i - 1];
+      plain[i] = exponential_step(n, x[i], prev);
+      return adapted(call.table(), row, n, x[i], prev, fast[i], slow[i]);
+    });
+  }
+  ColumnTraits column_traits() const override {
+    return {.by_columns = true, .passes_over = true, .passed_over_from = 2, .carries_on = true};
   }
 
  private:
+  static double adapted(const DataTable& table, int32_t row, int32_t n, double x, double prev,
+                        double fast, double slow) {
+    if (row < n) return null_value;
+    const double rate = adaptive_weight(efficiency(table, row, n), fast, slow);
+    return (x - prev) * rate + prev;
+  }
+
   /// The way that the close made in n bars, over the length of the path that it took.
   static double efficiency(const DataTable& table, int32_t row, int32_t n) {
     const int32_t close = table.column_index_of(close_column_id);

@@ -22,8 +22,8 @@ inline Status scan_period(const Call& call, size_t expected, size_t position) {
   return !failed(status) ? raise_period_of(call, position) : status;
 }
 
-/// The same for a word that takes a period that fails for a null.
-inline Status scan_any_period(const Call& call, size_t expected, size_t position) {
+/// As `scan_period`, whatever the status of the period.
+inline Status scan_unchecked_period(const Call& call, size_t expected, size_t position) {
   const Status status = call.check_count(expected);
   if (!failed(status)) ignore_status(raise_period_of(call, position));
   return status;

@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "host/chart/color.h"
-#include "host/chart/numbers.h"
 #include "host/chart/placement.h"
-#include "host/chart/theme.h"
 #include "host/chart/time_axis.h"
 #include "host/chart/time_marks.h"
+#include "host/panes/color.h"
+#include "host/panes/numbers.h"
+#include "host/panes/theme.h"
 #include "tables/style_table.h"
 
 namespace quor_host {

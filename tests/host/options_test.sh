@@ -5,9 +5,9 @@
 set -u
 . "$(dirname "$0")/support.sh"
 share=$samples/../host/share
-# A program built without the means to draw has no such command.
-commands='check, run, scan, help'
-! quor --help | grep -q '^  chart ' || commands='check, run, chart, scan, help'
+# A program may be built without these.
+has() { quor --help | grep -q "^  $1 "; }
+commands="check, run, $(! has chart || echo 'chart, ')scan, $(! has studio || echo 'studio, ')help"
 
 # Numbers for parameters: the option beats the file, and what has no effect is told.
 printf 'date,close\n2024-01-02,1\n2024-01-03,2\n2024-01-04,4\n' >bars.csv
@@ -153,11 +153,11 @@ done
 
 # The options of all commands are those of the manual page and of each completion.
 quor_options() {
-  for command in '' check run chart scan; do quor $command --help; done
+  for command in '' check run chart scan studio; do quor $command --help; done
 }
 options_in() { grep -o -e '--[a-z][a-z-]*' | sort -u; }
 options=$(quor_options | options_in)
-if [ "$commands" != 'check, run, scan, help' ]; then
+if [ "$commands" = 'check, run, chart, scan, studio, help' ]; then
   same "$(sed 's/\\-/-/g' "$share/quor.1" | options_in)" "$options" quor.1
   # Completions ask for the list of words, which isn't meant for people.
   same "$(grep -v '^#' "$share/quor.bash" | sed 's/help --list//' | options_in)" "$options" quor.bash

@@ -81,7 +81,7 @@ expect 1 'quor: the script reads 600000|11, and a scan has data of each security
 expect 1 'quor: none: no such file or folder' scan -e 'X:C;' none
 expect 1 'quor: no files and no folders with bars are given' scan script.quor
 expect 1 'quor: --sort Z: the script has no such line' scan -e 'X:C;' market --sort Z
-expect 1 'quor: --set N: not of the form NAME=NUMBER' scan -e 'X:C;' market --set N
+expect 1 'quor: --set N: write NAME=NUMBER, as in --set N=5' scan -e 'X:C;' market --set N
 mkdir empty
 expect 1 'quor: empty: no file in this folder ends in .csv' scan -e 'X:C;' empty
 

@@ -11,6 +11,7 @@ import pytest
 from conftest import bars_of_worker, made_up
 
 import quor
+from quor import scanning
 
 SCRIPT = quor.compile("M:MA(C,5);BUY:CROSS(C,M);S:=FILTER(BUY,3);")
 FRAMES = {f"S{seed:02}": made_up(seed, 60 + seed) for seed in range(30)}
@@ -22,7 +23,7 @@ def expected(last=1, keep=lambda rows: rows):
 
 
 def assert_same(got, wanted):
-    pd.testing.assert_frame_equal(got, wanted, check_exact=True)
+    pd.testing.assert_frame_equal(got, wanted, check_exact=True, check_freq=False)
 
 
 @pytest.mark.parametrize("jobs", [1, 2, 5])
@@ -39,6 +40,42 @@ def test_a_condition_keeps_the_bars_at_which_it_holds():
     close = pd.concat(FRAMES, names=["security", "time"])["close"]
     assert_same(result, wanted[(wanted["BUY"] == 1) & (close.reindex(wanted.index) > 100)])
     assert quor.scan(SCRIPT, FRAMES, where="BUY>1").empty
+
+
+def test_a_scan_takes_odd_frames_as_a_run_does():
+    frame = FRAMES["S00"]
+    odd = {
+        "empty": frame.head(0),
+        "one": frame.head(1),
+        "no utf-8 \udce9": frame,
+        "shuffled": frame.sample(frac=1, random_state=1),
+        "twice": pd.concat([frame.iloc[[9]].assign(close=1e6), frame]),
+        "integers": frame.astype({"close": "int64"}),
+        "minutes": frame.set_axis(
+            pd.date_range("1969-12-31 23:00", periods=len(frame), freq="min")),
+    }
+    result = quor.scan(SCRIPT, odd, last=100, jobs=1)
+    assert set(result.index.get_level_values(0)) == set(odd) - {"empty"}
+    for name in set(odd) - {"empty"}:
+        wanted = SCRIPT.run(odd[name]).rename_axis("time").sort_index()
+        assert_same(result.loc[name], wanted[~wanted.index.duplicated()])
+
+
+@pytest.mark.parametrize("bars", [1, 150, 1 << 16])
+def test_failures_shift_no_other_security(monkeypatch, bars):
+    monkeypatch.setattr(scanning, "BARS", bars)
+    script = quor.compile("A:STD(C,IFF(C>1000,0-5,3));B:CODELIKE('S0');")
+    high = {name: frame.assign(close=2000.0) for name, frame in list(FRAMES.items())[3:25:4]}
+    without_time = FRAMES["S01"].set_axis([pd.NaT, *FRAMES["S01"].index[1:]])
+    with pytest.warns(quor.ScanWarning, match="7 of 30"):
+        result = quor.scan(script, {**FRAMES, **high, "S01": without_time}, jobs=2)
+    failures = result.attrs.pop("failures")
+    assert set(failures) == {*high, "S01"} and "has no time" in failures["S01"]
+    names = [name for name in FRAMES if name not in failures]
+    assert list(result.index.get_level_values(0)) == names
+    assert result["A"].tolist() == [script.run(FRAMES[name])["A"].iloc[-1] for name in names]
+    assert result["B"].tolist() == [float(name < "S1") for name in names]
+    assert script.run(FRAMES["S00"])["B"].eq(0).all()
 
 
 def test_failures_are_listed_and_cost_nothing_else():

@@ -1,6 +1,7 @@
 """One script over one frame: values, times, names of columns, errors, events, live bars."""
 
 import pickle
+import re
 import threading
 
 import exports
@@ -86,6 +87,21 @@ def test_times_reach_the_script_as_the_clock_shows_them():
                              tz="Asia/Tokyo")
     result = quor.compile("D:=DATE;T:=TIME;", period=0x3005).run(pd.DataFrame(index=times))
     assert result.to_numpy().tolist() == [[19691231.0, 2359.0], [20240229.0, 935.0]]
+
+
+@pytest.mark.parametrize("unit, ticks, first, last, step", [
+    ("s", 1, "0001-01-01", "9999-12-31", 8_000_001),
+    ("ms", 10**3, "1799-12-31", "2101-01-01", 100_003),
+    ("us", 10**6, "1969-01-01", "1973-01-01", 1801),
+    ("ns", 10**9, "1677-09-22", "2262-04-11", 400_001)])
+def test_times_of_all_centuries_are_taken(unit, ticks, first, last, step):
+    times = np.arange(first, last, step, dtype="datetime64[s]")
+    keys = [int(re.sub("[-:T]", "", str(time))) for time in times]
+    engine = AVERAGE.spec.engine()
+    for given in (times, times[::-1]):
+        stamps = given.astype(f"datetime64[{unit}]").view(np.int64)
+        assert engine.run(stamps, ticks, [], False)
+        assert engine.keys(0).tolist() == keys
 
 
 def test_columns_can_be_named(frame):
@@ -206,6 +222,14 @@ def test_live_bars_must_be_whole_and_have_a_time(frame):
     assert live.values(1).index[0] == pd.Timestamp("2030-01-01 09:00", tz="Asia/Tokyo")
     with pytest.raises(ValueError, match="has a zone"):
         quor.compile("A:C;").live().update(pd.Timestamp("2030-01-01", tz="UTC"), close=1)
+
+
+@pytest.mark.parametrize("source", [
+    "K:=0;A:SET(K,K+1);B:K;", "A:FILTER(C>100,5);", "A:DIVERGENCE(C,V,5,1,1);"])
+def test_a_run_remembers_nothing_of_the_one_before(frame, source):
+    script = quor.compile(source)
+    script.run(made_up(7, 90))
+    assert same_bits(script.run(frame), quor.compile(source).run(frame))
 
 
 def test_one_script_serves_many_threads(frame):

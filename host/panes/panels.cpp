@@ -10,34 +10,15 @@
 namespace quor_host {
 namespace {
 
-/// The values of a record, and the marks of the bars where they show.
-constexpr const char* places[][2] = {
-    {"Field1Id", "Field1VisibleId"}, {"Field2Id", "Field2VisibleId"},
-    {"Field3Id", "Field3VisibleId"}, {"HighField", "Field1VisibleId"},
-    {"LowField", "Field1VisibleId"},
-};
-
-/// Some records show at every bar, and their marks choose how.
-bool shows_always(const Record& record) {
-  const std::string style = record.text("Style");
-  return style == "ColorPolyline" || style == "DoubleRect" || record.flag("IsVolStick");
-}
-
-/// The only column of signals says when, not at which value.
-bool has_no_value(const Record& record) {
-  return record.is("NoticeShape") || record.is("FuturesTradeShape") || record.is("SoundShape");
-}
-
 /// What the record shows in sight.
 Range range_of(const View& view, const Record& record) {
   Range range;
   if (has_no_value(record)) return range;
   if (record.text("Style") == "DoubleRect" || record.is("VolumeShape")) range.take(0.0);
-  for (const auto& [value_key, mark_key] : places) {
+  for (const auto& [value_key, mark_key] : value_places) {
     const Series values = view.series(record, value_key);
     if (!values.exists()) continue;
-    const bool has_own_mark = record.column(mark_key).has_value();
-    const Marks shown = view.marks(record, has_own_mark ? mark_key : "Field1VisibleId");
+    const Marks shown(view.series(mark_of(record, mark_key)));
     for (size_t row = view.first_row(record); row < view.row_count(); ++row) {
       if (shows_always(record) || shown[row]) range.take(values[row]);
     }
@@ -101,7 +82,8 @@ class Arrangement {
       take(groups_[latest_], range);
       take(panels_[latest_].range, in_sight);
     }
-    panels_[in_sight.empty ? 0 : latest_].records.push_back(&record);
+    const bool follows = !in_sight.empty || record.is("YAxisRange");
+    panels_[follows ? latest_ : 0].records.push_back(&record);
     reach_for(panels_[latest_].range, record);
   }
 

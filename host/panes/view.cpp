@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <utility>
 
 namespace quor_host {
 
-View::View(const Session& session, const Bars& bars, size_t last)
-    : session_(session), bars_(bars), order_(bars.keys.size()) {
+View::View(CellReader cells, const Bars& bars, size_t last)
+    : cells_(std::move(cells)), bars_(bars), order_(bars.keys.size()) {
   std::iota(order_.begin(), order_.end(), size_t{0});
   std::ranges::sort(order_, {}, [&bars](size_t i) { return bars.keys[i]; });
   for (const size_t place : order_) keys_.push_back(bars.keys[place]);
@@ -18,9 +19,8 @@ double View::value(std::optional<uint32_t> column, size_t row) const {
   constexpr double nan = std::numeric_limits<double>::quiet_NaN();
   if (!column) return nan;
   const auto field = bars_.columns.find(*column);
-  const double value = field == bars_.columns.end()
-                           ? session_.cell(static_cast<uint32_t>(row), *column)
-                           : field->second[order_[row]];
+  const double value = field == bars_.columns.end() ? cells_(static_cast<uint32_t>(row), *column)
+                                                    : field->second[order_[row]];
   // Sums and ratios of what lies below stay finite.
   return std::abs(value) < 1e100 ? value : nan;
 }

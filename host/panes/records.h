@@ -21,6 +21,30 @@ struct Record {
   bool is(const char* shape_name) const { return text("ShapeName") == shape_name; }
 };
 
+/// The keys of values of a record that count for the range of its axis, each with the key of the
+/// marks of the bars where they show.
+struct ValuePlace {
+  const char* value;
+  const char* mark;
+};
+inline constexpr ValuePlace value_places[] = {
+    {"Field1Id", "Field1VisibleId"}, {"Field2Id", "Field2VisibleId"},
+    {"Field3Id", "Field3VisibleId"}, {"HighField", "Field1VisibleId"},
+    {"LowField", "Field1VisibleId"},
+};
+
+/// The column of marks under the key, else the first of the record.
+std::optional<uint32_t> mark_of(const Record& record, const char* key);
+
+/// Some records show at every bar, and their marks choose how.
+bool shows_always(const Record& record);
+
+/// The only column of signals says when, not at which value.
+bool has_no_value(const Record& record);
+
+/// The title to show in a legend; empty where the record isn't meant to have one.
+std::string title_of(const Record& record);
+
 /// Throws HostError if the records are no JSON: a quote or bytes that are no UTF-8 in a text, or an
 /// infinite number, go into them unchanged.
 std::vector<Record> parse_records(const std::string& json);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <map>
 #include <optional>
@@ -9,7 +10,6 @@
 #include <vector>
 
 #include "../bars.h"
-#include "../session.h"
 #include "records.h"
 
 namespace quor_host {
@@ -41,9 +41,13 @@ class Marks {
   Series series_;
 };
 
+/// A value of a column of the run at a row, by the library's ids.
+using CellReader = std::function<double(uint32_t row, uint32_t column)>;
+
 class View {
  public:
-  View(const Session& session, const Bars& bars, size_t last);
+  /// The bars must outlive it.
+  View(CellReader cells, const Bars& bars, size_t last);
 
   size_t first_row() const { return first_; }
   size_t row_count() const { return order_.size(); }
@@ -67,7 +71,7 @@ class View {
   std::vector<size_t> rows(const Record& record) const;
 
  private:
-  const Session& session_;
+  CellReader cells_;
   const Bars& bars_;
   std::vector<size_t> order_;  ///< where the bar of a row stands in the file
   std::vector<int64_t> keys_;

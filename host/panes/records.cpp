@@ -24,6 +24,26 @@ std::optional<uint32_t> Record::column(const std::string& key) const {
   return static_cast<uint32_t>(id);
 }
 
+std::optional<uint32_t> mark_of(const Record& record, const char* key) {
+  const auto own = record.column(key);
+  return own ? own : record.column("Field1VisibleId");
+}
+
+bool shows_always(const Record& record) {
+  const std::string style = record.text("Style");
+  return style == "ColorPolyline" || style == "DoubleRect" || record.flag("IsVolStick");
+}
+
+bool has_no_value(const Record& record) {
+  return record.is("NoticeShape") || record.is("FuturesTradeShape") || record.is("SoundShape");
+}
+
+std::string title_of(const Record& record) {
+  std::string title = record.text("Field1Text");
+  if (!record.flag("TitleVisible") || title.starts_with("EMPTY_LINE_NAME_RESERVED")) return "";
+  return title;
+}
+
 std::vector<Record> parse_records(const std::string& json) {
   simdjson::dom::parser parser;
   simdjson::dom::array list;

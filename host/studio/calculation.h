@@ -1,0 +1,29 @@
+// Bars and scripts come to a desk and are calculated.
+#pragma once
+
+#include <string>
+
+#include "desk.h"
+#include "json.h"
+
+namespace quor_host {
+
+inline constexpr size_t most_rows = 2'000'000;
+
+/// Bars out of a text, sorted. The period is the one that the user names, or for an empty one what
+/// the bars tell. Throws HostError for a text that is wrong, Refusal for too many rows and for a
+/// period that is none.
+std::shared_ptr<const Security> read_security(const std::string& name, std::string_view csv,
+                                              const std::string& period);
+
+/// Script and parameters of a request. Throws Refusal.
+Task task_of(const Json& request);
+
+/// Each gives the answer for the page. The desk must be locked.
+Json take_bars(Desk& desk, std::shared_ptr<const Security> security);
+Json take_script(Desk& desk, Task task);
+/// For other bars: the last task again and, if that has an error by now, the script that is seen.
+/// Null without a task.
+Json recalculate(Desk& desk);
+
+}  // namespace quor_host

@@ -1,0 +1,28 @@
+// The numbers of a script that a page lets its author move.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "json.h"
+#include "places.h"
+
+namespace quor_host {
+
+using Parameters = std::vector<std::pair<std::string, double>>;  ///< by name
+
+/// A range that holds a value and others of its size, and the steps in it.
+struct SliderRange {
+  double low = 0.0;
+  double high = 1.0;
+  double step = 0.01;
+};
+SliderRange slider_range(double value);
+
+/// The parameters, and the CONST numbers of the script with the places where they stand. A
+/// parameter that the script doesn't read, or has a CONST of the same name for, is idle.
+Json sliders_of(std::string_view script, const Parameters& parameters, const Places& places);
+
+}  // namespace quor_host

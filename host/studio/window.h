@@ -1,0 +1,24 @@
+// The part of the columns that a page has in sight, thinned.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "desk.h"
+
+namespace quor_host {
+
+struct Window {
+  size_t from = 0;
+  size_t to = 0;  ///< behind the last row
+  size_t points = 2000;
+  std::vector<uint32_t> columns;  ///< none for all that the drawing needs
+};
+
+/// A length of 32 bits, a header in JSON of that length, and arrays of doubles, all with the lowest
+/// byte first. Rows go by buckets where there are more of them than points. The desk must be
+/// locked.
+std::string window_bytes(const Desk& desk, Window window);
+
+}  // namespace quor_host

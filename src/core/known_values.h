@@ -1,0 +1,56 @@
+// Values of a call's arguments at rows that it comes to again and again.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+#include "core/model.h"
+#include "core/row_changes.h"
+
+namespace quor {
+
+/// A value is known once its evaluation has left all results at its row and before as they were:
+/// the next one would read the same and write the same. It is forgotten when one of them changes.
+class KnownValues final : public CallMemory {
+ public:
+  /// Null for one that isn't known.
+  const double* find(size_t position, int32_t row, const RowChanges& changes) {
+    keep_up(changes);
+    const auto& values = values_[position];
+    const auto place = static_cast<size_t>(row);
+    return place < values.size() && values[place].is_known ? &values[place].value : nullptr;
+  }
+
+  void learn(size_t position, int32_t row, double value) {
+    auto& values = values_[position];
+    const auto place = static_cast<size_t>(row);
+    if (place >= values.size()) values.resize(place + 1);
+    values[place] = {value, true};
+  }
+
+  void cut(int32_t row) override {
+    for (auto& values : values_) {
+      values.resize(std::min(values.size(), static_cast<size_t>(std::max(row, 0))));
+    }
+  }
+
+  static constexpr size_t most_arguments = 2;
+
+ private:
+  struct Value {
+    double value = 0.0;
+    bool is_known = false;
+  };
+
+  void keep_up(const RowChanges& changes) {
+    if (seen_ == changes.now()) return;
+    cut(changes.first_since(seen_));
+    seen_ = changes.now();
+  }
+
+  uint64_t seen_ = 0;
+  std::vector<Value> values_[most_arguments];  ///< by argument and row
+};
+
+}  // namespace quor

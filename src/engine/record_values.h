@@ -1,0 +1,11 @@
+// Drawing records as values, for the facade.
+#pragma once
+
+#include "drawing/base_shape.h"
+#include "engine/values.h"
+
+namespace quor::engine {
+
+Record values_of(const BaseShape& record);
+
+}  // namespace quor::engine

@@ -1,0 +1,299 @@
+// The chart: panes over one another that share the time axis, the crosshair and the sight.
+import { element, setText } from '../dom.ts';
+import type { Sight } from './frame.ts';
+import { followGestures } from './gestures.ts';
+import { ChartPane } from './pane.ts';
+import { groupedText } from './numbers.ts';
+import { pictureOf } from './picture.ts';
+import type { Sheet } from './sheet.ts';
+import { keptIn, newest, panned, showing, usualBars, zoomed } from './sight.ts';
+import type { Theme } from './theme.ts';
+
+const priceFields = [
+  ['O', 7],
+  ['H', 8],
+  ['L', 9],
+  ['C', 11],
+] as const;
+
+export interface ChartEvents {
+  /** Another part of the axis is to be seen, `pixels` wide. */
+  sight: (sight: Sight, pixels: number) => void;
+  /** A chart with new values has been drawn. */
+  drawn: (sheet: Sheet) => void;
+  /** Values of columns at a row of which several share a slot. */
+  values: (row: number) => Promise<ReadonlyMap<number, number>>;
+}
+
+export class Chart {
+  private readonly panesRoot = element('div', { class: 'panes' });
+  private readonly caption = element('div', { class: 'caption' });
+  private readonly spoken = element('p', { class: 'spoken', 'aria-live': 'polite' });
+  private panes: ChartPane[] = [];
+  private sheet: Sheet | undefined;
+  private rows = 0;
+  private sight: Sight = { from: 0, to: usualBars };
+  /** The row of the crosshair. */
+  private row: number | undefined;
+  private exact: { row: number; values: ReadonlyMap<number, number> } | undefined;
+  private title = '';
+  private isToBeTold = false;
+  private frameAsked = 0;
+
+  constructor(
+    root: HTMLElement,
+    private readonly events: ChartEvents,
+  ) {
+    root.append(this.caption, this.panesRoot, this.spoken);
+    new ResizeObserver(() => this.layOut()).observe(this.panesRoot);
+    followGestures(this.panesRoot, {
+      pan: (pixels) => this.setSight(panned(this.sight, -pixels / this.rowWidth, this.rows)),
+      zoom: (factor, left) =>
+        this.setSight(zoomed(this.sight, factor, this.placeAt(left), this.rows)),
+      reset: () => this.setSight(newest(usualBars, this.rows)),
+    });
+    root.addEventListener('keydown', (event) => this.followKey(event));
+  }
+
+  /** What the chart needs values for: the sight and the width of its plot in pixels. */
+  get need(): { sight: Sight; pixels: number } {
+    return { sight: this.sight, pixels: this.plotWidth };
+  }
+
+  /** The row under the crosshair. */
+  get pointedRow(): number | undefined {
+    return this.row;
+  }
+
+  /** Bars of another security are on their way, or more of them. */
+  setBars(title: string, rows: number): void {
+    this.title = title;
+    this.rows = rows;
+    this.row = undefined;
+    this.setSight(newest(usualBars, rows));
+  }
+
+  /** One bar more while bars are played: the newest stays where it is. */
+  setRows(rows: number): void {
+    if (rows === this.rows) return;
+    const follows = this.sight.to >= Math.min(this.rows, rows);
+    const by = rows - this.rows;
+    this.rows = rows;
+    this.sight = follows
+      ? keptIn({ from: this.sight.from + by, to: this.sight.to + by }, rows)
+      : keptIn(this.sight, rows);
+  }
+
+  setSight(sight: Sight): void {
+    this.sight = sight;
+    this.events.sight(sight, this.plotWidth);
+    this.askForFrame();
+  }
+
+  zoom(factor: number): void {
+    this.setSight(zoomed(this.sight, factor, this.sight.to, this.rows));
+  }
+
+  showAll(): void {
+    this.setSight(newest(this.rows, this.rows));
+  }
+
+  /** Has a row in sight, under the crosshair. */
+  showRow(row: number): void {
+    this.setSight(showing(this.sight, row, this.rows));
+    this.moveCrosshair(row);
+  }
+
+  show(sheet: Sheet): void {
+    const isAnother = sheet.drawn !== this.sheet?.drawn;
+    this.sheet = sheet;
+    this.exact = undefined;
+    if (isAnother) this.takePanes(sheet);
+    this.drawNow();
+    this.tellIfWanted();
+    this.events.drawn(sheet);
+  }
+
+  setTheme(theme: Theme): void {
+    if (this.sheet) this.show(this.sheet.withTheme(theme));
+  }
+
+  /** The chart as a picture, with its caption and legends. */
+  picture(): Promise<Blob> {
+    if (!this.sheet) return Promise.reject(new Error('there is no chart yet'));
+    const panes = this.panes.map((pane) => ({
+      canvas: pane.canvas,
+      entries: this.entriesOf(pane),
+    }));
+    return pictureOf(this.caption.textContent, panes, this.sheet.theme);
+  }
+
+  private get rowWidth(): number {
+    return this.plotWidth / (this.sight.to - this.sight.from);
+  }
+
+  private get plotWidth(): number {
+    return this.panes[0]?.over.clientWidth || this.panesRoot.clientWidth || 1;
+  }
+
+  private placeAt(left: number): number {
+    return this.sight.from + left / this.rowWidth;
+  }
+
+  private takePanes(sheet: Sheet): void {
+    const { panes } = sheet.drawn;
+    if (panes.length === this.panes.length)
+      this.panes.forEach((pane, i) => pane.take(sheet, panes[i]));
+    else this.buildPanes(sheet);
+    this.layOut();
+  }
+
+  private buildPanes(sheet: Sheet): void {
+    for (const pane of this.panes) pane.destroy();
+    const { panes } = sheet.drawn;
+    const events = { point: (place: number | undefined) => this.followPointer(place) };
+    this.panes = panes.map(
+      (spec, i) => new ChartPane(sheet, spec, i === 0, i === panes.length - 1, events),
+    );
+    this.panesRoot.replaceChildren(...this.panes.map(({ root }) => root));
+  }
+
+  private layOut(): void {
+    const width = Math.floor(this.panesRoot.clientWidth);
+    const height = Math.floor(this.panesRoot.clientHeight);
+    if (width < 80 || height < 60) return;
+    const timeAxis = 26;
+    let used = 0;
+    this.panes.forEach((pane, i) => {
+      const isLast = i === this.panes.length - 1;
+      const share = Math.round(pane.spec.weight * (height - timeAxis));
+      const own = isLast ? height - used : share;
+      used += share;
+      pane.resize(width, Math.max(own, 40));
+    });
+    this.events.sight(this.sight, this.plotWidth);
+    this.askForFrame();
+  }
+
+  private askForFrame(): void {
+    if (this.frameAsked) return;
+    this.frameAsked = requestAnimationFrame(() => this.drawNow());
+  }
+
+  private drawNow(): void {
+    cancelAnimationFrame(this.frameAsked);
+    this.frameAsked = 0;
+    const { sheet } = this;
+    if (!sheet) return;
+    this.showLegends();
+    for (const pane of this.panes) pane.draw(sheet, this.sight);
+    if (this.row !== undefined) for (const pane of this.panes) pane.setCrosshair(this.row + 0.5);
+  }
+
+  private followPointer(place: number | undefined): void {
+    if (!this.sheet || this.sheet.view.count === 0) return;
+    const row = place === undefined ? undefined : this.rowAt(place);
+    if (row !== this.row) this.pointAt(row);
+  }
+
+  /** Has the crosshair at a row, or away, and tells its values as soon as they are there. */
+  private moveCrosshair(row: number | undefined): void {
+    this.pointAt(row);
+    for (const pane of this.panes) pane.setCrosshair(row === undefined ? undefined : row + 0.5);
+    this.isToBeTold = row !== undefined;
+    this.tellIfWanted();
+  }
+
+  private pointAt(row: number | undefined): void {
+    this.row = row;
+    this.showLegends();
+    if (row !== undefined && this.sheet && this.sheet.view.step > 1) void this.askForValues(row);
+  }
+
+  private tellIfWanted(): void {
+    const { row, sheet } = this;
+    if (!this.isToBeTold || row === undefined || !sheet?.view.holds(row)) return;
+    this.isToBeTold = false;
+    setText(this.spoken, this.sentence());
+  }
+
+  /** The newest row of the slot at a place. */
+  private rowAt(place: number): number {
+    const { view } = this.sheet!;
+    const slot = Math.min(Math.max(Math.floor((place - view.from) / view.step), 0), view.count - 1);
+    return Math.min(view.from + (slot + 1) * view.step, view.rows) - 1;
+  }
+
+  private async askForValues(row: number): Promise<void> {
+    if (this.exact?.row === row) return;
+    const values = await this.events.values(row).catch(() => undefined);
+    if (!values || this.row !== row) return;
+    this.exact = { row, values };
+    this.showLegends();
+  }
+
+  private valueOf(row: number): (id: number) => number {
+    const exact = this.exact?.row === row ? this.exact.values : undefined;
+    return (id) => exact?.get(id) ?? this.sheet?.view.valueAt(id, row) ?? NaN;
+  }
+
+  private entriesOf(pane: ChartPane) {
+    const row = this.row ?? this.rows - 1;
+    return pane.entriesAt(this.valueOf(row));
+  }
+
+  private showLegends(): void {
+    const { sheet } = this;
+    if (!sheet) return;
+    for (const pane of this.panes) pane.legend.show(this.entriesOf(pane), sheet.theme);
+    setText(this.caption, [this.title, this.priceText()].filter(Boolean).join('   '));
+  }
+
+  private priceText(): string {
+    const sheet = this.sheet!;
+    const row = this.row ?? this.rows - 1;
+    const valueOf = this.valueOf(row);
+    const prices = priceFields
+      .filter(([, field]) => sheet.view.has(field) && Number.isFinite(valueOf(field)))
+      .map(([sign, field]) => `${sign} ${groupedText(valueOf(field), sheet.decimals)}`);
+    return [sheet.timeText(row), ...prices].filter(Boolean).join('  ');
+  }
+
+  /** What the crosshair shows, for a screen reader. */
+  private sentence(): string {
+    const values = this.panes
+      .flatMap((pane) => this.entriesOf(pane))
+      .map(({ title, text }) => `${title} ${text}`);
+    return [this.priceText(), ...values].join(', ');
+  }
+
+  private followKey(event: KeyboardEvent): void {
+    if (event.ctrlKey || event.metaKey || event.altKey || !this.sheet) return;
+    const span = this.sight.to - this.sight.from;
+    const step = this.sheet.view.step * (event.shiftKey ? 10 : 1);
+    const move = (by: number) => this.stepCrosshair(by);
+    const acts: Readonly<Record<string, () => void>> = {
+      ArrowLeft: () => move(-step),
+      ArrowRight: () => move(step),
+      ArrowUp: () => this.zoom(1 / 1.25),
+      ArrowDown: () => this.zoom(1.25),
+      '+': () => this.zoom(1 / 1.25),
+      '=': () => this.zoom(1 / 1.25),
+      '-': () => this.zoom(1.25),
+      PageUp: () => this.setSight(panned(this.sight, -0.8 * span, this.rows)),
+      PageDown: () => this.setSight(panned(this.sight, 0.8 * span, this.rows)),
+      Home: () => this.showRow(0),
+      End: () => this.showRow(this.rows - 1),
+      '0': () => this.showAll(),
+      Escape: () => this.moveCrosshair(undefined),
+    };
+    if (!Object.hasOwn(acts, event.key)) return;
+    event.preventDefault();
+    acts[event.key]();
+  }
+
+  private stepCrosshair(by: number): void {
+    const row = this.row === undefined ? this.rows - 1 : this.row + by;
+    this.showRow(Math.min(Math.max(row, 0), this.rows - 1));
+  }
+}

@@ -1,0 +1,228 @@
+// The plot of a pane while it is drawn: what is in sight, and where it lies on the canvas.
+import type { Shown } from '../api/types.ts';
+import { type Box, Placement } from './placement.ts';
+import { flagOf, isKind, numberOf, type ShapeRecord, textOf } from './records.ts';
+import type { Theme } from './theme.ts';
+import type { View } from './view.ts';
+
+export interface Point {
+  x: number;
+  y: number;
+}
+
+export interface Stroke {
+  color: string;
+  width: number;
+  dashes: readonly number[];
+}
+
+/** Edges in rows of the part of the axis that is in sight; row r reaches from r to r + 1. */
+export interface Sight {
+  from: number;
+  to: number;
+}
+
+const dashes: Readonly<Record<string, readonly number[]>> = {
+  DASHLINE: [8, 4],
+  DASH: [5, 4],
+  DOTLINE: [2, 3],
+  DOT: [1, 3],
+  DASHDOT: [6, 3, 1, 3],
+  POINTDOT: [1, 2],
+  DASHDOTDOT: [6, 3, 1, 3, 1, 3],
+};
+
+export const fontFamily = 'system-ui, "Segoe UI", Roboto, "Noto Sans", "DejaVu Sans", sans-serif';
+
+export class Frame {
+  readonly placement: Placement;
+  /** Pixels of a row and of a slot. */
+  readonly rowWidth: number;
+  readonly slotWidth: number;
+  /** Of a candle or a stick: an odd number where there is room, so that its wick is in its middle. */
+  readonly barWidth: number;
+  /** The slots in sight. */
+  readonly begin: number;
+  readonly end: number;
+  /** Of the bars to keep clear of. */
+  private bars: ShapeRecord | undefined;
+
+  constructor(
+    readonly ctx: CanvasRenderingContext2D,
+    readonly theme: Theme,
+    readonly view: View,
+    /** Of the plot, in pixels of the page. */
+    readonly box: Box,
+    readonly sight: Sight,
+    private readonly values: { low: number; high: number },
+    private readonly shownOf: (record: ShapeRecord) => readonly Shown[],
+  ) {
+    this.placement = new Placement(box);
+    this.rowWidth = (box.right - box.left) / Math.max(sight.to - sight.from, 1e-9);
+    this.slotWidth = this.rowWidth * view.step;
+    const widest = 41;
+    const odd = 2 * Math.floor(0.36 * this.slotWidth) + 1;
+    this.barWidth = Math.min(Math.max(odd < this.slotWidth ? odd : odd - 2, 1), widest);
+    ({ begin: this.begin, end: this.end } = view.slots(sight.from, sight.to));
+  }
+
+  /** Of a place on the axis in rows. */
+  x(place: number): number {
+    return this.box.left + (place - this.sight.from) * this.rowWidth;
+  }
+
+  rowX(row: number): number {
+    return this.x(row + 0.5);
+  }
+
+  slotX(slot: number): number {
+    return this.x(this.view.middle(slot));
+  }
+
+  y(value: number): number {
+    const share = (value - this.values.low) / (this.values.high - this.values.low);
+    return this.box.bottom - share * (this.box.bottom - this.box.top);
+  }
+
+  /** The bars at which a record shows, at most one of each slot: the newest. */
+  shown(record: ShapeRecord): Shown[] {
+    const all = this.shownOf(record).filter(
+      ({ row }) => row + 1 > this.sight.from && row < this.sight.to,
+    );
+    if (this.slotWidth >= 1 && this.view.step === 1) return all;
+    const slots = new Map(all.map((shown) => [Math.floor(shown.row / this.view.step), shown]));
+    return [...slots.values()];
+  }
+
+  allShown(record: ShapeRecord): readonly Shown[] {
+    return this.shownOf(record);
+  }
+
+  /** The slots in sight at which a column is 1 for one bar or more. */
+  slotsThatHold(record: ShapeRecord, key: string): number[] {
+    const { first, second } = this.view.column(record, key);
+    const found: number[] = [];
+    for (let slot = this.begin; slot < this.end; ++slot) {
+      if (first[slot] === 1 || second[slot] === 1) found.push(slot);
+    }
+    return found;
+  }
+
+  strokeOf(record: ShapeRecord): Stroke {
+    const fewPixels = 3; // for a bar; a broad line would hide all others
+    const widest = this.slotWidth < fewPixels ? 1.2 : 10;
+    return {
+      color: this.theme.line(textOf(record, 'LineColor')),
+      width: Math.min(numberOf(record, 'LineWidth', 1) + 0.4, widest),
+      dashes: dashes[textOf(record, 'LineShapeStyle')] ?? [],
+    };
+  }
+
+  line(points: readonly Point[], { color, width, dashes: pattern }: Stroke): void {
+    if (points.length === 0) return;
+    const { ctx } = this;
+    ctx.beginPath();
+    for (const { x, y } of points) ctx.lineTo(x, y);
+    if (points.length === 1) ctx.lineTo(points[0].x + 0.1, points[0].y);
+    ctx.strokeStyle = color;
+    ctx.lineWidth = width;
+    ctx.setLineDash([...pattern]);
+    ctx.lineJoin = 'round';
+    ctx.lineCap = 'round';
+    ctx.stroke();
+    ctx.setLineDash([]);
+  }
+
+  fill({ left, top, right, bottom }: Box, color: string): void {
+    this.ctx.fillStyle = color;
+    this.ctx.fillRect(left, top, right - left, bottom - top);
+  }
+
+  outline({ left, top, right, bottom }: Box, color: string): void {
+    this.ctx.strokeStyle = color;
+    this.ctx.lineWidth = 1;
+    this.ctx.strokeRect(left + 0.5, top + 0.5, right - left - 1, bottom - top - 1);
+  }
+
+  area(points: readonly Point[], color: string): void {
+    const { ctx } = this;
+    ctx.beginPath();
+    for (const { x, y } of points) ctx.lineTo(x, y);
+    ctx.closePath();
+    ctx.fillStyle = color;
+    ctx.fill();
+  }
+
+  /** Sets the letters and gives the size of a text in them. */
+  measure(text: string, size: number, bold = false): { width: number; height: number } {
+    this.ctx.font = `${bold ? '600 ' : ''}${size}px ${fontFamily}`;
+    return { width: this.ctx.measureText(text).width, height: size * 1.15 };
+  }
+
+  /** Writes in the middle of a box, with the letters that were measured last. A halo of the ground
+   * keeps it readable over lines. */
+  write(text: string, box: Box, color: string, halo = true): void {
+    const { ctx } = this;
+    ctx.textAlign = 'center';
+    ctx.textBaseline = 'middle';
+    const x = (box.left + box.right) / 2;
+    const y = (box.top + box.bottom) / 2 + 0.5;
+    if (halo) {
+      ctx.strokeStyle = this.theme.palette.ground;
+      ctx.lineWidth = 3;
+      ctx.lineJoin = 'round';
+      ctx.strokeText(text, x, y);
+    }
+    ctx.fillStyle = color;
+    ctx.fillText(text, x, y);
+  }
+
+  /** The box of a bar in whole pixels, at least one high. */
+  barBox(x: number, width: number, from: number, to: number): Box {
+    const top = Math.round(Math.min(from, to));
+    const left = Math.round(x - width / 2);
+    return {
+      left,
+      top,
+      right: left + width,
+      bottom: Math.max(Math.round(Math.max(from, to)), top + 1),
+    };
+  }
+
+  /** Keeps texts and signs off the bars of a record, beside which they stand from now on. */
+  keepClear(record: ShapeRecord): void {
+    this.bars = record;
+    for (let slot = this.begin; slot < this.end; ++slot) {
+      const bar = this.barAt(slot);
+      if (bar) this.placement.occupy(bar);
+    }
+  }
+
+  /** The bar of a slot, from its high to its low; none in a pane without bars. */
+  barAt(slot: number): Box | undefined {
+    if (!this.bars || slot < 0 || slot >= this.view.count) return undefined;
+    const isCandle = isKind(this.bars, 'CandleShape');
+    const { first: highs, second: otherHighs } = this.view.column(
+      this.bars,
+      isCandle ? 'HighField' : 'Field1Id',
+    );
+    const { first: lows, second: otherLows } = this.view.column(
+      this.bars,
+      isCandle ? 'LowField' : 'Field1Id',
+    );
+    const high = Math.max(highs[slot], otherHighs[slot]);
+    const low = Math.min(lows[slot], otherLows[slot]);
+    if (Number.isNaN(high + low)) return undefined;
+    return this.barBox(this.slotX(slot), this.barWidth, this.y(high), this.y(low));
+  }
+
+  /** Of the slot that a row is in. */
+  barAtRow(row: number): Box | undefined {
+    return this.barAt(Math.floor((row - this.view.from) / this.view.step));
+  }
+}
+
+/** Records that a script draws as candles of its own, which take the place of the bars. */
+export function isBars(record: ShapeRecord): boolean {
+  return record.own === false || (isKind(record, 'CandleShape') && !flagOf(record, 'IsColorKLine'));
+}

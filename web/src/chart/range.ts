@@ -1,0 +1,108 @@
+// The range of values that a pane shows.
+import { flagOf, isFigure, isKind, numberOf, type ShapeRecord, textOf } from './records.ts';
+import type { Track, View } from './view.ts';
+
+export class Range {
+  low = Infinity;
+  high = -Infinity;
+
+  get isEmpty(): boolean {
+    return this.low > this.high;
+  }
+
+  get span(): number {
+    return this.isEmpty ? 0 : this.high - this.low;
+  }
+
+  get reach(): number {
+    return this.isEmpty ? 0 : Math.max(Math.abs(this.low), Math.abs(this.high));
+  }
+
+  take(value: number): void {
+    if (!(Math.abs(value) < 1e100)) return;
+    if (value < this.low) this.low = value;
+    if (value > this.high) this.high = value;
+  }
+
+  takeTrack(
+    { first, second }: Track,
+    shows: (slot: number) => boolean,
+    begin: number,
+    end: number,
+  ): void {
+    for (let slot = begin; slot < end; ++slot) {
+      if (!shows(slot)) continue;
+      this.take(first[slot]);
+      this.take(second[slot]);
+    }
+  }
+}
+
+/** The values of a record, and the marks of the bars where they show. */
+const places = [
+  ['Field1Id', 'Field1VisibleId'],
+  ['Field2Id', 'Field2VisibleId'],
+  ['Field3Id', 'Field3VisibleId'],
+  ['HighField', 'Field1VisibleId'],
+  ['LowField', 'Field1VisibleId'],
+] as const;
+
+/** The only column of signals says when, not at which value. */
+const withoutValue = new Set(['NoticeShape', 'FuturesTradeShape', 'SoundShape', 'YAxisRange']);
+
+/** Some records show at every bar, and their marks choose how. */
+function showsAlways(record: ShapeRecord): boolean {
+  return (
+    ['ColorPolyline', 'DoubleRect'].includes(textOf(record, 'Style')) ||
+    flagOf(record, 'IsVolStick')
+  );
+}
+
+function takeRecord(
+  range: Range,
+  record: ShapeRecord,
+  view: View,
+  begin: number,
+  end: number,
+): void {
+  if (withoutValue.has(textOf(record, 'ShapeName')) || isFigure(record)) return;
+  if (textOf(record, 'Style') === 'DoubleRect' || isKind(record, 'VolumeShape')) range.take(0);
+  for (const [key, ownMark] of places) {
+    const mark = numberOf(record, ownMark, -1) < 0 ? 'Field1VisibleId' : ownMark;
+    const shows = showsAlways(record) ? () => true : view.marks(record, mark);
+    range.takeTrack(view.column(record, key), shows, begin, end);
+  }
+}
+
+/** A record of the axis has a number as its title, up to which the axis goes if it lies near. */
+function reachFor(range: Range, record: ShapeRecord): void {
+  const number = Number(textOf(record, 'Field1Text'));
+  const room = 1.5 * Math.max(range.span, 0.01 * range.reach, 1e-9);
+  if (number > range.low - room && number < range.high + room) range.take(number);
+}
+
+function standsOnZero(range: Range, records: readonly ShapeRecord[]): boolean {
+  return (
+    range.low === 0 &&
+    records.every((record) => isKind(record, 'BarShape') || isKind(record, 'VolumeShape'))
+  );
+}
+
+/** The range of what records show between two rows, with a margin. */
+export function rangeInSight(
+  records: readonly ShapeRecord[],
+  levels: readonly number[],
+  view: View,
+  from: number,
+  to: number,
+): { low: number; high: number } {
+  const { begin, end } = view.slots(from, to);
+  const range = new Range();
+  for (const record of records) takeRecord(range, record, view, begin, end);
+  for (const level of levels) range.take(level);
+  for (const record of records) if (isKind(record, 'YAxisRange')) reachFor(range, record);
+  if (range.isEmpty) return { low: 0, high: 1 };
+  const { low, high, span } = range;
+  const margin = span > 0 ? 0.06 * span : high !== 0 ? 0.1 * Math.abs(high) : 0.1;
+  return { low: standsOnZero(range, records) ? low : low - margin, high: high + margin };
+}

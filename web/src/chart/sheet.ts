@@ -1,0 +1,71 @@
+// What a chart is drawn from: a script's records and the values that were loaded for them.
+import type { Drawn, Shown } from '../api/types.ts';
+import type { Sight } from './frame.ts';
+import type { ShapeRecord } from './records.ts';
+import type { Theme } from './theme.ts';
+import { keyText, timeMarks } from './time.ts';
+import { type View } from './view.ts';
+
+const closeField = 11;
+/** Between the texts of the time axis. */
+const markRoom = 62;
+
+export interface PlacedMark {
+  /** On the time axis, in rows. */
+  place: number;
+  text: string;
+}
+
+export class Sheet {
+  private marks: { from: number; to: number; width: number; marks: PlacedMark[] } | undefined;
+
+  constructor(
+    readonly drawn: Drawn,
+    readonly view: View,
+    /** By the index of the record. */
+    private readonly shown: ReadonlyMap<number, readonly Shown[]>,
+    readonly theme: Theme,
+    /** Of the prices. */
+    readonly decimals: number,
+    readonly intraday: boolean,
+  ) {}
+
+  shownOf(record: ShapeRecord): readonly Shown[] {
+    return this.shown.get(Number(record.index)) ?? [];
+  }
+
+  withTheme(theme: Theme): Sheet {
+    return new Sheet(this.drawn, this.view, this.shown, theme, this.decimals, this.intraday);
+  }
+
+  /** NaN while the newest bar isn't loaded. */
+  get newestClose(): number {
+    return this.view.valueAt(closeField, this.view.rows - 1);
+  }
+
+  get closeBefore(): number {
+    return this.view.step === 1 ? this.view.valueAt(closeField, this.view.rows - 2) : NaN;
+  }
+
+  /** The date and time of a row that is loaded. */
+  timeText(row: number): string {
+    const slot = Math.floor((row - this.view.from) / this.view.step);
+    const { keys, count } = this.view;
+    return slot >= 0 && slot < count ? keyText(keys[slot], this.intraday) : '';
+  }
+
+  timeMarks(sight: Sight, width: number): PlacedMark[] {
+    const { from, to } = sight;
+    if (this.marks?.from === from && this.marks.to === to && this.marks.width === width)
+      return this.marks.marks;
+    const { begin, end } = this.view.slots(from, to);
+    const keys = this.view.keys.subarray(begin, end);
+    const room = markRoom / ((width / (to - from)) * this.view.step);
+    const marks = timeMarks(keys, room).map(({ index, text }) => ({
+      place: this.view.middle(begin + index),
+      text,
+    }));
+    this.marks = { from, to, width, marks };
+    return marks;
+  }
+}

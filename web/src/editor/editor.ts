@@ -1,0 +1,201 @@
+// The editor of the script: the page's only place that holds its text.
+import { closeBrackets, closeBracketsKeymap, completionKeymap } from '@codemirror/autocomplete';
+import { defaultKeymap, history, historyKeymap } from '@codemirror/commands';
+import { bracketMatching } from '@codemirror/language';
+import { type Diagnostic, lintKeymap, setDiagnostics } from '@codemirror/lint';
+import { highlightSelectionMatches, searchKeymap } from '@codemirror/search';
+import { ChangeSet, Compartment, EditorState } from '@codemirror/state';
+import {
+  drawSelection,
+  EditorView,
+  highlightActiveLine,
+  highlightActiveLineGutter,
+  keymap,
+  lineNumbers,
+} from '@codemirror/view';
+import type { Finding, Word } from '../api/types.ts';
+import { element } from '../dom.ts';
+import { wordHelp } from './help.ts';
+import { scriptLanguage } from './language.ts';
+import { editorLook } from './look.ts';
+
+/** Text written over a selection: left to itself, the browser wraps it into an element with a style,
+ * which the page's security policy refuses with a message. */
+const overSelection = EditorView.domEventHandlers({
+  beforeinput(event, view) {
+    const { main } = view.state.selection;
+    if (event.inputType !== 'insertText' || !event.data || main.empty) return false;
+    event.preventDefault();
+    const text = event.data;
+    const insert = () =>
+      view.state.update(view.state.replaceSelection(text), { userEvent: 'input.type' });
+    const handlers = view.state.facet(EditorView.inputHandler);
+    if (!handlers.some((handle) => handle(view, main.from, main.to, text, insert))) {
+      view.dispatch(insert());
+    }
+    return true;
+  },
+});
+
+interface Place {
+  from: number;
+  to: number;
+}
+
+export class Editor {
+  private readonly view: EditorView;
+  private readonly darkness = new Compartment();
+  /** What changed since a text was taken to be calculated: places in answers are places in that. */
+  private sinceTaken = ChangeSet.empty(0);
+  /** Something is underlined. */
+  private areFindings = false;
+  /** Places in the text as it is, by name. */
+  private readonly places = new Map<string, Place>();
+
+  /** The editor lives in a shadow root: there its styles are no inline styles of the page. */
+  constructor(host: HTMLElement, words: readonly Word[], onChange: () => void) {
+    const root = host.attachShadow({ mode: 'open' });
+    const parent = element('div');
+    parent.style.height = '100%';
+    root.append(parent);
+    this.view = new EditorView({
+      parent,
+      root,
+      extensions: [
+        lineNumbers(),
+        EditorView.lineWrapping,
+        highlightActiveLine(),
+        highlightActiveLineGutter(),
+        history(),
+        drawSelection(),
+        bracketMatching(),
+        closeBrackets(),
+        highlightSelectionMatches(),
+        EditorState.allowMultipleSelections.of(true),
+        EditorState.lineSeparator.of('\n'),
+        EditorView.contentAttributes.of({
+          'aria-label': 'Script',
+          spellcheck: 'false',
+          autocapitalize: 'off',
+        }),
+        // Tab leaves the editor, as everywhere on the page.
+        keymap.of([
+          ...closeBracketsKeymap,
+          ...completionKeymap,
+          ...defaultKeymap,
+          ...searchKeymap,
+          ...historyKeymap,
+          ...lintKeymap,
+        ]),
+        overSelection,
+        scriptLanguage(new Set(words.map(({ word }) => word))),
+        wordHelp(words),
+        editorLook,
+        this.darkness.of([]),
+        EditorView.updateListener.of((update) => {
+          if (!update.docChanged) return;
+          this.sinceTaken = this.sinceTaken.compose(update.changes);
+          this.movePlaces(update.changes);
+          onChange();
+        }),
+      ],
+    });
+  }
+
+  get text(): string {
+    return this.view.state.doc.toString();
+  }
+
+  /** The text to calculate; from now on places of answers are places in it. */
+  take(): string {
+    const text = this.text;
+    this.sinceTaken = ChangeSet.empty(text.length);
+    return text;
+  }
+
+  replaceAll(text: string): void {
+    const insert = text.replace(/\r\n?/g, '\n');
+    this.view.dispatch({
+      changes: { from: 0, to: this.view.state.doc.length, insert },
+      selection: { anchor: 0 },
+      scrollIntoView: true,
+    });
+  }
+
+  focus(): void {
+    this.view.focus();
+  }
+
+  setDark(isDark: boolean): void {
+    this.view.dispatch({ effects: this.darkness.reconfigure(EditorView.darkTheme.of(isDark)) });
+  }
+
+  /** Underlines findings of the text that was taken last. */
+  showFindings(findings: readonly Finding[]): void {
+    const diagnostics = findings.flatMap((finding): Diagnostic[] => {
+      const place = this.placeOf(finding);
+      if (!place) return [];
+      const message = sentenceOf(finding);
+      return [{ ...place, severity: finding.severity === 'error' ? 'error' : 'warning', message }];
+    });
+    const { areFindings } = this;
+    this.areFindings = diagnostics.length > 0;
+    // A sound script after a sound one changes nothing, and is what one who types waits for.
+    if (!areFindings && !this.areFindings) return;
+    this.view.dispatch(setDiagnostics(this.view.state, diagnostics));
+  }
+
+  /** Puts the cursor at a finding of the text that was taken last. */
+  goTo(finding: Finding): void {
+    const place = this.placeOf(finding);
+    if (place)
+      this.view.dispatch({
+        selection: { anchor: place.from, head: place.to },
+        scrollIntoView: true,
+      });
+    this.focus();
+  }
+
+  /** Follows places of the text that was taken last through all changes from there on. */
+  keepPlaces(places: ReadonlyMap<string, Place>): void {
+    this.places.clear();
+    for (const [name, { from, to }] of places) this.places.set(name, this.mapped(from, to, -1));
+  }
+
+  /** Writes over a place that is kept. */
+  writeAt(name: string, text: string): void {
+    const place = this.places.get(name);
+    if (!place) return;
+    this.view.dispatch({ changes: { ...place, insert: text } });
+  }
+
+  private movePlaces(changes: ChangeSet): void {
+    for (const [name, { from, to }] of this.places) {
+      this.places.set(name, { from: changes.mapPos(from, -1), to: changes.mapPos(to, 1) });
+    }
+  }
+
+  /** A place of the text that was taken in the text as it is; side -1 takes in what was written at
+   * its edges, 1 doesn't. */
+  private mapped(from: number, to: number, side: 1 | -1): Place {
+    const most = this.sinceTaken.length;
+    const start = this.sinceTaken.mapPos(Math.min(from, most), side);
+    const end = this.sinceTaken.mapPos(Math.min(to, most), -side);
+    return { from: start, to: Math.max(start, end) };
+  }
+
+  /** At least one sign long, so that there is something to underline. */
+  private placeOf({ from, to }: Finding): Place | undefined {
+    if (from === null || to === null) return undefined;
+    const place = this.mapped(from, to, 1);
+    if (place.to > place.from) return place;
+    const { length } = this.view.state.doc;
+    return place.from < length
+      ? { from: place.from, to: place.from + 1 }
+      : { from: Math.max(length - 1, 0), to: length };
+  }
+}
+
+export function sentenceOf({ sentence, suggestion }: Finding): string {
+  return suggestion ? `${sentence} – ${suggestion}` : sentence;
+}

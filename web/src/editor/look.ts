@@ -1,0 +1,87 @@
+// How the editor looks: by the page's variables, which reach into its shadow root.
+import { EditorView } from '@codemirror/view';
+
+const plate = {
+  backgroundColor: 'var(--raised)',
+  color: 'var(--ink)',
+  border: '1px solid var(--line)',
+  borderRadius: '6px',
+  boxShadow: 'var(--shadow)',
+};
+
+export const editorLook = EditorView.theme({
+  '&': {
+    height: '100%',
+    fontSize: '13.5px',
+    color: 'var(--ink)',
+    backgroundColor: 'var(--ground)',
+  },
+  '&.cm-focused': { outline: 'none' },
+  '.cm-scroller': { fontFamily: 'var(--code-font)', lineHeight: '1.55' },
+  '.cm-content': { padding: '10px 0', caretColor: 'var(--accent)' },
+  '.cm-line': { padding: '0 12px 0 6px' },
+  '.cm-gutters': { backgroundColor: 'var(--ground)', color: 'var(--faint)', border: 'none' },
+  '.cm-activeLine, .cm-activeLineGutter': { backgroundColor: 'var(--hover)' },
+  '.cm-cursor': { borderLeftColor: 'var(--accent)', borderLeftWidth: '2px' },
+  '&.cm-focused > .cm-scroller > .cm-selectionLayer .cm-selectionBackground, .cm-selectionBackground':
+    {
+      backgroundColor: 'var(--selection)',
+    },
+  '&.cm-focused .cm-matchingBracket': { backgroundColor: 'var(--selection)', outline: 'none' },
+  '.cm-selectionMatch': { backgroundColor: 'var(--selection)' },
+  '.cm-tooltip': { ...plate, fontSize: '12.5px', maxWidth: '440px' },
+  '.cm-tooltip-autocomplete > ul': { fontFamily: 'var(--code-font)', maxHeight: '15em' },
+  '.cm-tooltip-autocomplete > ul > li': { padding: '2px 8px' },
+  '.cm-tooltip.cm-tooltip-autocomplete > ul > li[aria-selected]': {
+    backgroundColor: 'var(--accent)',
+    color: 'var(--on-accent)',
+  },
+  '.cm-completionDetail': { fontStyle: 'normal', opacity: '0.75', marginLeft: '0.2em' },
+  '.cm-tooltip.cm-completionInfo': {
+    ...plate,
+    overflow: 'auto',
+    width: '320px',
+    maxHeight: '260px',
+    padding: '0',
+  },
+  '.word-help': { padding: '8px 12px', lineHeight: '1.45' },
+  '.word-help p': { margin: '0 0 5px' },
+  '.word-help .form': {
+    fontFamily: 'var(--code-font)',
+    fontWeight: '600',
+    color: 'var(--code-function)',
+  },
+  '.word-help .example': { fontFamily: 'var(--code-font)', color: 'var(--label)', margin: '0' },
+  '.word-help .arguments, .word-help .nulls': { color: 'var(--label)' },
+  '.cm-lintRange-error': {
+    backgroundImage: 'none',
+    textDecoration: 'underline wavy var(--error) 1.5px',
+    textUnderlineOffset: '3px',
+    textDecorationSkipInk: 'none',
+  },
+  '.cm-lintRange-warning': {
+    backgroundImage: 'none',
+    textDecoration: 'underline wavy var(--warning) 1.5px',
+    textUnderlineOffset: '3px',
+    textDecorationSkipInk: 'none',
+  },
+  '.cm-diagnostic': { padding: '6px 12px', border: 'none' },
+  '.cm-diagnostic-error': { boxShadow: 'inset 3px 0 var(--error)' },
+  '.cm-diagnostic-warning': { boxShadow: 'inset 3px 0 var(--warning)' },
+  '.cm-panels': {
+    backgroundColor: 'var(--raised)',
+    color: 'var(--ink)',
+    borderColor: 'var(--line)',
+  },
+  '.cm-textfield': {
+    backgroundColor: 'var(--ground)',
+    border: '1px solid var(--line)',
+    borderRadius: '4px',
+  },
+  '.cm-button': {
+    background: 'var(--hover)',
+    border: '1px solid var(--line)',
+    borderRadius: '4px',
+    color: 'inherit',
+  },
+});

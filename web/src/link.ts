@@ -1,0 +1,75 @@
+// A link that holds a script and its parameters, behind the "#", which never leaves the browser.
+
+export interface Shared {
+  script: string;
+  /** Values by the name of the parameter. */
+  parameters: Record<string, number>;
+  /** The security whose bars were shown. */
+  security?: string;
+}
+
+const mark = 's=';
+
+/** Bytes that a link may unpack to: few packed ones can become very many. */
+const mostBytes = 4_000_000;
+
+async function throughStream(
+  bytes: Uint8Array<ArrayBuffer>,
+  stream: CompressionStream | DecompressionStream,
+): Promise<Uint8Array<ArrayBuffer>> {
+  const parts: Uint8Array<ArrayBuffer>[] = [];
+  let length = 0;
+  const reader = new Blob([bytes]).stream().pipeThrough(stream).getReader();
+  for (;;) {
+    const { done, value } = await reader.read();
+    if (done) break;
+    parts.push(value);
+    length += value.length;
+    if (length > mostBytes) throw new RangeError('too much for a link');
+  }
+  return new Uint8Array(await new Blob(parts).arrayBuffer());
+}
+
+function toBase64Url(bytes: Uint8Array): string {
+  let text = '';
+  for (const byte of bytes) text += String.fromCharCode(byte);
+  return btoa(text).replaceAll('+', '-').replaceAll('/', '_').replace(/=+$/, '');
+}
+
+function fromBase64Url(text: string): Uint8Array<ArrayBuffer> {
+  return Uint8Array.from(atob(text.replaceAll('-', '+').replaceAll('_', '/')), (sign) =>
+    sign.charCodeAt(0),
+  );
+}
+
+export async function toFragment(shared: Shared): Promise<string> {
+  const bytes = new TextEncoder().encode(JSON.stringify(shared));
+  return `#${mark}${toBase64Url(await throughStream(bytes, new CompressionStream('deflate')))}`;
+}
+
+export function isShared(value: unknown): value is Shared {
+  if (typeof value !== 'object' || value === null) return false;
+  const { script, parameters, security } = value as Record<string, unknown>;
+  const isNumbers =
+    typeof parameters === 'object' &&
+    parameters !== null &&
+    Object.values(parameters).every(
+      (number) => typeof number === 'number' && Number.isFinite(number),
+    );
+  return (
+    typeof script === 'string' && isNumbers && ['string', 'undefined'].includes(typeof security)
+  );
+}
+
+/** None for a fragment that isn't such a link, or a broken one. */
+export async function fromFragment(fragment: string): Promise<Shared | undefined> {
+  if (!fragment.startsWith(`#${mark}`)) return undefined;
+  try {
+    const packed = fromBase64Url(fragment.slice(mark.length + 1));
+    const bytes = await throughStream(packed, new DecompressionStream('deflate'));
+    const value: unknown = JSON.parse(new TextDecoder().decode(bytes));
+    return isShared(value) ? value : undefined;
+  } catch {
+    return undefined;
+  }
+}

@@ -1,0 +1,179 @@
+// Play: bars arrive one by one, the newest of them forming, at a speed the user sets.
+import type { Session } from '../api/client.ts';
+import type { PlayAnswer, ScriptAnswer, StepAnswer } from '../api/types.ts';
+import { element, setText } from '../dom.ts';
+
+export interface PlayEvents {
+  /** The row to begin with, if there are bars. */
+  firstRow: () => number | undefined;
+  begun: (answer: PlayAnswer) => void;
+  /** Resolves when the step is drawn. */
+  stepped: (answer: StepAnswer) => Promise<void>;
+  /** All bars are there again. */
+  ended: (answer: ScriptAnswer) => void;
+  fail: (error: unknown) => void;
+}
+
+type Phase = 'idle' | 'paused' | 'running';
+
+/** Bars per second by the place of the slider. */
+const speeds = [1, 2, 4, 8, 16, 32, 64];
+
+export class Play {
+  private readonly toggle = element(
+    'button',
+    { type: 'button', class: 'primary', id: 'play-toggle' },
+    'Play',
+  );
+  private readonly stepButton = element('button', { type: 'button', id: 'play-step' }, 'Step');
+  private readonly stopButton = element('button', { type: 'button', id: 'play-stop' }, 'Stop');
+  private readonly speed = element('input', {
+    type: 'range',
+    min: 0,
+    max: speeds.length - 1,
+    step: 1,
+    value: 2,
+    id: 'play-speed',
+    'aria-label': 'Speed',
+  });
+  private readonly speedText = element('span', { class: 'hint' });
+  private readonly ticks = element('select', { id: 'play-ticks', 'aria-label': 'How a bar forms' });
+  private readonly place = element('span', { class: 'hint', id: 'play-place', role: 'status' });
+  private phase: Phase = 'idle';
+  private timer: ReturnType<typeof setTimeout> | undefined;
+  private isBusy = false;
+
+  constructor(
+    root: HTMLElement,
+    private readonly session: Session,
+    private readonly events: PlayEvents,
+  ) {
+    for (const [count, text] of [
+      [4, 'in 4 ticks'],
+      [1, 'at once'],
+      [16, 'in 16 ticks'],
+    ] as const) {
+      this.ticks.append(element('option', { value: count }, `bars form ${text}`));
+    }
+    const speedLabel = element('label', { class: 'speed' }, 'Speed', this.speed, this.speedText);
+    root.append(this.toggle, this.stepButton, this.stopButton, speedLabel, this.ticks, this.place);
+    this.toggle.addEventListener('click', () => void this.run());
+    this.stepButton.addEventListener('click', () => void this.stepOnce());
+    this.stopButton.addEventListener('click', () => void this.stop());
+    this.speed.addEventListener('input', () => this.refresh());
+    this.refresh();
+  }
+
+  get isOn(): boolean {
+    return this.phase !== 'idle';
+  }
+
+  /** Other bars have come in, which ends play on the server. */
+  reset(): void {
+    clearTimeout(this.timer);
+    this.setPhase('idle');
+  }
+
+  private async run(): Promise<void> {
+    if (this.phase === 'running') {
+      clearTimeout(this.timer);
+      return this.setPhase('paused');
+    }
+    if (!(await this.begin())) return undefined;
+    this.setPhase('running');
+    this.plan();
+    return undefined;
+  }
+
+  private async stepOnce(): Promise<void> {
+    clearTimeout(this.timer);
+    if (await this.begin()) {
+      this.setPhase('paused');
+      await this.advance();
+    }
+  }
+
+  private async stop(): Promise<void> {
+    this.reset();
+    try {
+      this.events.ended(await this.session.stopPlay());
+    } catch (error) {
+      this.events.fail(error);
+    }
+  }
+
+  /** Whether play is on, which it is from here on if there are bars. */
+  private async begin(): Promise<boolean> {
+    if (this.isOn) return true;
+    const row = this.events.firstRow();
+    if (row === undefined || this.isBusy) return false;
+    this.isBusy = true;
+    try {
+      const answer = await this.session.play(row, Number(this.ticks.value));
+      this.setPhase('paused');
+      this.events.begun(answer);
+      this.tell(answer);
+      return true;
+    } catch (error) {
+      this.events.fail(error);
+      return false;
+    } finally {
+      this.isBusy = false;
+    }
+  }
+
+  /** The next step, as much later as is left of its time. */
+  private plan(used = 0): void {
+    const perSecond = this.barsPerSecond * Number(this.ticks.value);
+    this.timer = setTimeout(() => void this.advance(), Math.max(1000 / perSecond - used, 0));
+  }
+
+  private async advance(): Promise<void> {
+    if (this.isBusy) return;
+    this.isBusy = true;
+    try {
+      const begin = performance.now();
+      const answer = await this.session.step({ ticks: 1 });
+      if (!this.isOn) return;
+      this.tell(answer);
+      await this.events.stepped(answer);
+      if (!this.isOn) return;
+      if (answer.done) return this.finish();
+      if (this.phase === 'running') this.plan(performance.now() - begin);
+    } catch (error) {
+      this.setPhase('paused');
+      this.events.fail(error);
+    } finally {
+      this.isBusy = false;
+    }
+  }
+
+  private finish(): void {
+    this.setPhase('paused');
+    this.toggle.disabled = this.stepButton.disabled = true;
+  }
+
+  private get barsPerSecond(): number {
+    return speeds[this.speed.valueAsNumber] ?? 4;
+  }
+
+  private tell({ rows, of }: PlayAnswer): void {
+    setText(this.place, `bar ${rows} of ${of}`);
+  }
+
+  private setPhase(phase: Phase): void {
+    this.phase = phase;
+    if (phase === 'idle') setText(this.place, '');
+    this.toggle.disabled = this.stepButton.disabled = false;
+    this.refresh();
+  }
+
+  private refresh(): void {
+    setText(this.toggle, this.phase === 'running' ? 'Pause' : 'Play');
+    this.stopButton.disabled = this.phase === 'idle';
+    this.ticks.disabled = this.phase !== 'idle';
+    const text = `${this.barsPerSecond} bars a second`;
+    setText(this.speedText, text);
+    this.speed.setAttribute('aria-valuetext', text);
+  }
+}

@@ -1,0 +1,175 @@
+// Scan: the script over the folder's securities, as a table that fills while it runs.
+import type { Session } from '../api/client.ts';
+import type { Parameter, ScanAnswer } from '../api/types.ts';
+import { shortText } from '../chart/numbers.ts';
+import { element, setText } from '../dom.ts';
+
+type Row = ScanAnswer['rows'][number];
+
+export interface ScanEvents {
+  script: () => { script: string; parameters: Parameter[] };
+  open: (security: string) => void;
+  fail: (error: unknown) => void;
+}
+
+const pollEvery = 120;
+
+export class Scan {
+  private readonly where = element('input', {
+    type: 'text',
+    id: 'scan-where',
+    placeholder: 'condition, e.g. DIF>0',
+    'aria-label': 'Condition of the newest bar',
+    maxlength: 500,
+  });
+  private readonly start = element(
+    'button',
+    { type: 'button', class: 'primary', id: 'scan-start' },
+    'Scan',
+  );
+  private readonly cancel = element(
+    'button',
+    { type: 'button', id: 'scan-cancel', disabled: true },
+    'Cancel',
+  );
+  private readonly progress = element('progress', {
+    max: 1,
+    value: 0,
+    'aria-label': 'Files scanned',
+  });
+  private readonly state = element('span', { class: 'hint', role: 'status', id: 'scan-state' });
+  private readonly table = element('table', { class: 'scan-table' });
+  private readonly failures = element('ul', { class: 'failure-list' });
+  private rows: Row[] = [];
+  private lines: string[] = [];
+  private order: { column: number; isDown: boolean } | undefined;
+  /** Counts scans: answers of an earlier one are dropped. */
+  private run = 0;
+
+  constructor(
+    root: HTMLElement,
+    private readonly session: Session,
+    private readonly events: ScanEvents,
+  ) {
+    const bar = element(
+      'div',
+      { class: 'bar' },
+      this.where,
+      this.start,
+      this.cancel,
+      this.progress,
+      this.state,
+    );
+    root.append(bar, element('div', { class: 'scroll' }, this.table, this.failures));
+    this.start.addEventListener('click', () => void this.begin());
+    this.cancel.addEventListener('click', () => void this.stop());
+    this.where.addEventListener('keydown', (event) => {
+      if (event.key === 'Enter') void this.begin();
+    });
+  }
+
+  private async begin(): Promise<void> {
+    const run = ++this.run;
+    const { script, parameters } = this.events.script();
+    this.rows = [];
+    this.order = undefined;
+    this.failures.replaceChildren();
+    try {
+      const { files, lines } = await this.session.scan(script, parameters, this.where.value.trim());
+      if (run !== this.run) return;
+      this.lines = lines;
+      this.progress.max = Math.max(files, 1);
+      this.fillTable();
+      this.cancel.disabled = false;
+      await this.follow(run);
+    } catch (error) {
+      if (run === this.run) setText(this.state, '');
+      this.events.fail(error);
+    } finally {
+      if (run === this.run) this.cancel.disabled = true;
+    }
+  }
+
+  private async follow(run: number): Promise<void> {
+    for (let since = 0; run === this.run;) {
+      const answer = await this.session.scanned(since);
+      if (run !== this.run) return;
+      since = answer.next;
+      this.take(answer);
+      if (!answer.running) return;
+      await new Promise((resolve) => setTimeout(resolve, pollEvery));
+    }
+  }
+
+  private async stop(): Promise<void> {
+    try {
+      await this.session.cancelScan();
+    } catch (error) {
+      this.events.fail(error);
+    }
+  }
+
+  private take({ running, cancelled, done, files, rows, failures }: ScanAnswer): void {
+    this.rows.push(...rows);
+    const body = this.table.tBodies[0];
+    if (this.order) this.sort();
+    else body?.append(...rows.map((row) => this.rowOf(row)));
+    for (const { security, reason } of failures)
+      this.failures.append(element('li', {}, `${security}: ${reason}`));
+    this.progress.value = done;
+    const word = cancelled ? 'cancelled' : running ? 'running' : 'done';
+    setText(this.state, `${word}, ${done} of ${files} files, ${this.rows.length} found`);
+  }
+
+  private fillTable(): void {
+    const titles = ['Security', 'Bar', ...this.lines];
+    const head = titles.map((title, column) => {
+      const button = element('button', { type: 'button', class: 'quiet' }, title);
+      button.addEventListener('click', () => this.sortBy(column));
+      return element('th', { scope: 'col', class: column > 1 ? 'number' : undefined }, button);
+    });
+    this.table.replaceChildren(
+      element('thead', {}, element('tr', {}, ...head)),
+      element('tbody', {}, ...this.rows.map((row) => this.rowOf(row))),
+    );
+  }
+
+  private rowOf(row: Row): HTMLTableRowElement {
+    const open = element('button', { type: 'button', class: 'quiet' }, row.security);
+    const cells = row.values.map((value) =>
+      element('td', { class: 'number' }, shortText(value ?? NaN, 2)),
+    );
+    const made = element(
+      'tr',
+      {},
+      element('th', { scope: 'row' }, open),
+      element('td', {}, row.text),
+      ...cells,
+    );
+    made.addEventListener('click', () => this.events.open(row.security));
+    return made;
+  }
+
+  private sortBy(column: number): void {
+    this.order = {
+      column,
+      isDown: this.order?.column === column ? !this.order.isDown : column > 1,
+    };
+    this.sort();
+  }
+
+  private sort(): void {
+    const { column, isDown } = this.order!;
+    const valueOf = (row: Row) =>
+      column === 0 ? row.security : column === 1 ? row.key : (row.values[column - 2] ?? -Infinity);
+    const direction = isDown ? -1 : 1;
+    this.rows.sort((one, other) => {
+      const [a, b] = [valueOf(one), valueOf(other)];
+      return a < b ? -direction : a > b ? direction : 0;
+    });
+    this.table.tBodies[0]?.replaceChildren(...this.rows.map((row) => this.rowOf(row)));
+    [...(this.table.tHead?.rows[0]?.cells ?? [])].forEach((cell, i) => {
+      cell.setAttribute('aria-sort', i !== column ? 'none' : isDown ? 'descending' : 'ascending');
+    });
+  }
+}

@@ -1,0 +1,223 @@
+// What the chart draws, and how one moves in it.
+import assert from 'node:assert/strict';
+import { after, afterEach, before, beforeEach, test } from 'node:test';
+import type { Browser } from 'puppeteer-core';
+import { Desk, manyBars, startBrowser, Studio } from './support.ts';
+
+let studio: Studio;
+let browser: Browser;
+let desk: Desk;
+
+before(async () => {
+  [studio, browser] = await Promise.all([Studio.start(), startBrowser()]);
+});
+after(async () => {
+  await browser.close();
+  await studio.stop();
+});
+beforeEach(async () => {
+  desk = await Desk.open(browser, studio);
+});
+afterEach(() => desk.close());
+
+/** How many pixels differ, and how many have got a colour. */
+function compare(
+  before: Buffer,
+  now: Buffer,
+  color: readonly number[] | undefined,
+): { changed: number; colored: number } {
+  assert.equal(now.length, before.length, 'the pane has kept its size');
+  let [changed, colored] = [0, 0];
+  for (let i = 0; i < now.length; i += 4) {
+    const differs = now.readUInt32LE(i) !== before.readUInt32LE(i);
+    if (!differs) continue;
+    ++changed;
+    if (color?.every((byte, k) => Math.abs(now[i + k] - byte) < 3)) ++colored;
+  }
+  return { changed, colored };
+}
+
+const blue = [0x19, 0xa0, 0xff] as const; // COLORBLUE, a little darker where it must be readable
+
+/** A statement of each kind of record whose ink lies in the price pane and not beyond the bars, how
+ * many pixels it changes at least, and the colour that they get. */
+const kinds: readonly (readonly [
+  kind: string,
+  statement: string,
+  least: number,
+  color?: readonly number[],
+])[] = [
+  ['BarShape', 'STICKLINE(C>O,H,L,COLOR804010,0);', 2000, [0x80, 0x40, 0x10]],
+  ['CandleShape', 'DRAWCOLORKLINE(C>O,COLOR804010,0);', 500, [0x80, 0x40, 0x10]],
+  ['FuturesTradeShape', 'CROSS(C,MA(C,20)),BK;', 300, [0x1d, 0x5f, 0xd6]],
+  ['ImageShape', "DRAWBMP(C<REF(C,1)*0.98,H,'pic');", 100],
+  ['NoticeShape', "C>O,NOTICE('up');", 300, [0xb8, 0x7a, 0x00]],
+  ['PolygonShape', 'FILLRGN(C>O,H,L,COLORBLUE);', 1000],
+  ['PolylineShape', 'A:MA(C,5),COLOR804010,LINETHICK3;', 500, [0x80, 0x40, 0x10]],
+  ['RectShape', 'DRAWGBK1(C>O,COLORBLUE);', 5000],
+  ['SoundShape', "C>O,SOUND('A');", 300],
+  ['StraightLineShape', 'VERTLINE1(C>REF(C,1)*1.01),COLOR804010;', 500, [0x80, 0x40, 0x10]],
+  ['TextShape', "DRAWTEXT(C>REF(C,1)*1.01,L,'T'),COLOR804010;", 100, [0x80, 0x40, 0x10]],
+];
+
+test('each kind of record leaves its ink', async () => {
+  await desk.write('X:=C;');
+  const bare = await desk.pixels();
+  for (const [kind, statement, least, color] of kinds) {
+    await desk.write(`X:=C;\n${statement}`);
+    assert.deepEqual(await desk.texts('.finding.error'), [], statement);
+    const { changed, colored } = compare(bare, await desk.pixels(), color);
+    assert.ok(changed >= least, `${kind}: ${changed} pixels differ`);
+    if (color)
+      assert.ok(colored >= least / 10, `${kind}: ${colored} of ${changed} pixels have its colour`);
+  }
+  await desk.write('X:=C;');
+  assert.equal(compare(bare, await desk.pixels(), blue).changed, 0, 'and takes it away');
+});
+
+test('the axis reaches to the number that the script asks for', async () => {
+  await desk.write('R:(C/REF(C,1)-1)*100;');
+  const shot = () =>
+    desk.page.$$eval('.pane canvas', (all) => (all[1] as HTMLCanvasElement).toDataURL());
+  const before = await shot();
+  await desk.write('R:(C/REF(C,1)-1)*100;\nBACKGROUNDSTYLE(-15);');
+  assert.notEqual(await shot(), before);
+});
+
+test('lines far from the price have a pane of their own, and the crosshair tells all values', async () => {
+  await desk.write('M:MA(C,5);\nR:SMA(MAX(C-REF(C,1),0),6,1)/SMA(ABS(C-REF(C,1)),6,1)*100;');
+  assert.equal((await desk.page.$$('.pane')).length, 2);
+  const newest = await desk.legend();
+  await desk.page.focus('#chart');
+  await desk.press('End', 'ArrowLeft', 'ArrowLeft', 'ArrowLeft');
+  const before = await desk.legend();
+  assert.notDeepEqual(before, newest);
+  const spoken = await desk.text('.spoken');
+  for (const [title, text] of Object.entries(before))
+    assert.ok(spoken.includes(`${title} ${text}`), spoken);
+  const box = await (await desk.page.$('.pane .u-over'))!.boundingBox();
+  await desk.page.mouse.move(box!.x + 100, box!.y + 60);
+  await desk.settled();
+  assert.notDeepEqual(await desk.legend(), before);
+  assert.match(await desk.text('.cursor-tag'), /^[\d,]+(\.\d+)?$/);
+  await desk.page.focus('#chart');
+  await desk.press('Home');
+  assert.match(await desk.text('.caption'), /2000-01-03/);
+});
+
+test('wheel, drag and keys move the sight', async () => {
+  const place = async () => {
+    await desk.settled();
+    return desk.pixels();
+  };
+  const box = (await (await desk.page.$('.pane .u-over'))!.boundingBox())!;
+  const [x, y] = [box.x + box.width / 2, box.y + box.height / 2];
+  await desk.page.mouse.move(x, y);
+  const acts: readonly (readonly [string, () => Promise<unknown>])[] = [
+    ['wheel', () => desk.page.mouse.wheel({ deltaY: 400 })],
+    ['wheel across', () => desk.page.mouse.wheel({ deltaX: -300 })],
+    [
+      'drag',
+      async () => {
+        await desk.page.mouse.down();
+        await desk.page.mouse.move(x + 200, y, { steps: 4 });
+        await desk.page.mouse.up();
+      },
+    ],
+    ['button', () => desk.page.click('#zoom-all')],
+    ['key', async () => (await desk.page.focus('#chart'), desk.page.keyboard.press('+'))],
+    ['page key', () => desk.page.keyboard.press('PageUp')],
+  ];
+  let before = await place();
+  for (const [name, act] of acts) {
+    await act();
+    const now = await place();
+    assert.ok(compare(before, now, undefined).changed > 500, name);
+    before = now;
+  }
+});
+
+test('200,000 bars are sent thinned, and panning stays smooth (a figure, no limit)', async () => {
+  await desk.write('A:MA(C,20);\nB:MA(C,60);\nDIF:EMA(C,12)-EMA(C,26);');
+  const sizes: number[] = [];
+  desk.page.on('response', async (response) => {
+    if (response.url().includes('/view?')) sizes.push((await response.buffer()).length);
+  });
+  await desk.drop('many.csv', manyBars(200_000));
+  await desk.page.click('#zoom-all');
+  await desk.settled();
+  assert.ok(
+    sizes.length > 0 && Math.max(...sizes) < 1_000_000,
+    `answers of ${sizes.join(', ')} bytes`,
+  );
+  const box = (await (await desk.page.$('.pane .u-over'))!.boundingBox())!;
+  await desk.page.mouse.move(box.x + box.width / 2, box.y + 60);
+  await desk.page.mouse.wheel({ deltaY: -300 });
+  await desk.page.mouse.wheel({ deltaY: -300 });
+  await desk.settled();
+  const frames = desk.page.evaluate(
+    () =>
+      new Promise<number[]>((resolve) => {
+        const times: number[] = [];
+        let last = performance.now();
+        const next = (now: number) => {
+          times.push(now - last);
+          last = now;
+          if (times.length < 60) requestAnimationFrame(next);
+          else resolve(times.slice(1).sort((one, other) => one - other));
+        };
+        requestAnimationFrame(next);
+      }),
+  );
+  await desk.page.mouse.down();
+  await desk.page.mouse.move(box.x + box.width - 5, box.y + 60, { steps: 60 });
+  await desk.page.mouse.up();
+  const times = await frames;
+  console.log(
+    `a frame while panning 200,000 bars: ${times[30].toFixed(1)} ms, ${times[58].toFixed(1)} ms at worst`,
+  );
+  await desk.settled();
+  assert.ok(new Set(await desk.pixels()).size > 20);
+});
+
+test('light and dark follow the system until one chooses', async () => {
+  const ground = () => desk.page.$eval('body', (body) => getComputedStyle(body).backgroundColor);
+  const light = await ground();
+  const before = await desk.pixels();
+  await desk.page.click('#theme');
+  assert.notEqual(await ground(), light);
+  assert.ok(compare(before, await desk.pixels(), undefined).changed > 1000);
+  await desk.page.click('#theme');
+  assert.equal(await ground(), light);
+});
+
+test('a narrow window has all of it, one below the other', async () => {
+  await desk.page.setViewport({ width: 390, height: 800 });
+  await desk.settled();
+  const { wide, parts } = await desk.page.evaluate(() => ({
+    wide: document.documentElement.scrollWidth,
+    parts: ['editor', 'chart', 'play', 'drawer'].map(
+      (id) => document.getElementById(id)!.getBoundingClientRect().width,
+    ),
+  }));
+  assert.ok(wide <= 390, `${wide} pixels wide`);
+  for (const width of parts) assert.ok(width > 300);
+  assert.ok(new Set(await desk.pixels()).size > 20);
+});
+
+test('what can be used has a name for screen readers', async () => {
+  const nameless = await desk.page.$$eval(
+    'button, select, input:not([hidden]), [role="tabpanel"], [tabindex="0"]',
+    (all) =>
+      all
+        .filter(
+          (one) =>
+            !one.getAttribute('aria-label') &&
+            !one.getAttribute('aria-labelledby') &&
+            !one.textContent?.trim(),
+        )
+        .filter((one) => !(one as HTMLInputElement).labels?.length)
+        .map((one) => one.outerHTML),
+  );
+  assert.deepEqual(nameless, []);
+});

@@ -1,0 +1,312 @@
+// Securities of a folder: play, scan, files that are dropped, and what must be refused.
+import assert from 'node:assert/strict';
+import { existsSync, readFileSync, writeFileSync } from 'node:fs';
+import { join } from 'node:path';
+import { after, afterEach, before, beforeEach, test } from 'node:test';
+import type { Browser } from 'puppeteer-core';
+import { Desk, folderOf, lastBars, quorSays, startBrowser, Studio } from './support.ts';
+
+const hostile = '<img src=x onerror=alert(1)>';
+const names = ['alpha', 'beta', 'gamma', 'delta', hostile];
+const folder = folderOf(names);
+let studio: Studio;
+let browser: Browser;
+let desk: Desk;
+
+before(async () => {
+  [studio, browser] = await Promise.all([Studio.start('--bars', folder), startBrowser()]);
+});
+after(async () => {
+  await browser.close();
+  await studio.stop();
+});
+beforeEach(async () => {
+  desk = await Desk.open(browser, studio);
+});
+afterEach(() => desk.close());
+
+const crossing =
+  "F:=MA(C,3);\nS:=MA(C,8);\nM:MA(C,5);\nCROSS(F,S),BK(2);\nCROSS(S,F),SP;\nCROSS(C,M),NOTICE('over');";
+
+test('200 bars are played, and fire what the command line fires', async () => {
+  writeFileSync(join(folder, 'crossing.quor'), crossing);
+  const bars = join(folder, 'alpha.csv');
+  const fired = quorSays('run', join(folder, 'crossing.quor'), '--bars', bars, '--fire');
+  await desk.page.click('::-p-xpath(//ul[@aria-label="Securities"]//button[.="alpha"])');
+  await desk.settled();
+  await desk.write(crossing);
+  await desk.page.select('#play-ticks', '1');
+  await desk.page.$eval('#play-speed', (speed) => {
+    (speed as HTMLInputElement).value = '6';
+    speed.dispatchEvent(new Event('input'));
+  });
+  await desk.page.click('#play-step');
+  await desk.page.waitForFunction(
+    () => document.getElementById('play-place')!.textContent === 'bar 201 of 400',
+  );
+  await desk.page.click('#play-toggle');
+  const end = () => document.getElementById('play-place')!.textContent === 'bar 400 of 400';
+  await desk.page.waitForFunction(end, { timeout: 60_000 });
+  await desk.settled();
+  const played = await desk.texts('.event-list li[data-final="true"] .word');
+  const times = await desk.texts('.event-list .time');
+  const first = lastBars(200).split('\n')[1].split(',')[0];
+  const expected = [...fired.matchAll(/^(?:signal|notice) +(\d{4}-\d\d-\d\d)/gm)].filter(
+    ([, day]) => day >= first,
+  );
+  assert.ok(played.length > 20);
+  assert.equal(played.length, expected.length);
+  assert.ok(times.every((time) => time >= first));
+  await desk.page.click('#play-stop');
+  await desk.settled();
+  assert.equal(await desk.text('#play-place'), '');
+  await desk.page.click('.event-list button');
+  assert.match(
+    await desk.text('.caption'),
+    new RegExp((await desk.text('.event-list .time')).slice(0, 10)),
+  );
+});
+
+test('what a forming bar fires stands, or is taken back when the bar is whole', async () => {
+  await desk.write("C>O,NOTICE('above');\nC>O,BK;");
+  await desk.page.click('#play-step');
+  await desk.page.$eval('#play-speed', (speed) => {
+    (speed as HTMLInputElement).value = '6';
+    speed.dispatchEvent(new Event('input'));
+  });
+  await desk.page.click('#play-toggle');
+  await desk.page.waitForFunction(
+    () => /bar 2[1-9]\d/.test(document.getElementById('play-place')!.textContent!),
+    {
+      timeout: 60_000,
+    },
+  );
+  await desk.page.click('#play-toggle');
+  await desk.settled();
+  const newest = await desk.text('.event-list .time');
+  const whole = (await desk.texts('.event-list li')).filter((text) => !text.includes(newest));
+  assert.ok(whole.some((text) => text.includes('taken back')));
+  assert.ok(whole.every((text) => !text.includes('above') || !text.includes('forming')));
+  const { length } = await desk.page.$$('.event-list li[data-final="true"]');
+  assert.equal(await desk.text('#tab-events'), `Events (${length})`);
+});
+
+test('a step forms the bar tick by tick', async () => {
+  await desk.write('V1:V;');
+  await desk.page.focus('#chart');
+  await desk.press('End');
+  for (let i = 0; i < 10; ++i) await desk.page.keyboard.press('ArrowLeft');
+  const volumes: number[] = [];
+  for (let i = 0; i < 4; ++i) {
+    await desk.page.click('#play-step');
+    await desk.settled();
+    await desk.page.focus('#chart');
+    await desk.press('Escape');
+    volumes.push(Number.parseFloat((await desk.legend()).V1.replaceAll(',', '')));
+    assert.equal(await desk.text('#play-place'), 'bar 390 of 400');
+  }
+  assert.ok(
+    volumes[0] < volumes[1] && volumes[1] < volumes[2] && volumes[2] < volumes[3],
+    volumes.join(' '),
+  );
+  await desk.page.click('#play-step');
+  await desk.settled();
+  assert.equal(await desk.text('#play-place'), 'bar 391 of 400');
+});
+
+test('a scan fills a table, and a click on it opens the chart', async () => {
+  await desk.write('M:MA(C,5);');
+  await desk.page.click('#tab-scan');
+  await desk.page.type('#scan-where', 'M>0');
+  await desk.page.click('#scan-start');
+  await desk.page.waitForFunction(() =>
+    document.getElementById('scan-state')!.textContent?.startsWith('done'),
+  );
+  assert.equal(await desk.text('#scan-state'), 'done, 5 of 5 files, 5 found');
+  const found = await desk.texts('.scan-table tbody th');
+  assert.deepEqual(found.sort(), [...names].sort());
+  const cells = await desk.texts('.scan-table tbody tr:first-child td');
+  assert.equal(cells.at(-1), (await desk.legend()).M);
+  await desk.page.click('::-p-xpath(//table//button[.="gamma"])');
+  await desk.settled();
+  assert.match(await desk.text('.caption'), /^gamma/);
+  assert.deepEqual(await desk.texts('.security-list [aria-current]'), ['gamma']);
+});
+
+test('a scan is cancelled, and a page closed in its middle leaves the server well', async () => {
+  const many = folderOf(
+    Array.from({ length: 400 }, (_, i) => `s${i}`),
+    3000,
+  );
+  const busy = await Studio.start('--bars', many);
+  const closed = await Desk.open(browser, busy);
+  const slow = 'A:HHV(H,500);B:LLV(L,500);D:STD(C,300);E:PERCENTILE(C,200,90);';
+  await closed.write(slow);
+  const scanning = closed.page.waitForRequest((request) => request.url().includes('/scan?'));
+  await closed.page.click('#tab-scan');
+  await closed.page.click('#scan-start');
+  await closed.page.waitForFunction(() =>
+    document.getElementById('scan-state')!.textContent?.startsWith('running'),
+  );
+  await closed.page.click('#scan-cancel');
+  await closed.page.waitForFunction(() =>
+    document.getElementById('scan-state')!.textContent?.startsWith('cancelled'),
+  );
+  await closed.page.click('#scan-start');
+  await closed.page.waitForFunction(() =>
+    document.getElementById('scan-state')!.textContent?.startsWith('running'),
+  );
+  const session = (await scanning).url();
+  const { href } = new URL('/', busy.origin);
+  await closed.close();
+  const page = await browser.newPage();
+  await page.goto(href);
+  await page.waitForSelector('.legend dd');
+  const status = await page.evaluate(async (session) => (await fetch(session)).status, session);
+  assert.equal(status, 404, 'the session went with its page');
+  await page.close();
+  await busy.stop();
+});
+
+test('a session that the server has freed is begun anew', async () => {
+  const opened = desk.page.waitForRequest((request) =>
+    /sessions\/\w+\/script$/.test(request.url()),
+  );
+  await desk.drop('mine.csv', lastBars(90));
+  await desk.write('A:MA(C,3);');
+  const address = (await opened).url().replace(/script$/, 'close');
+  await desk.page.evaluate((address) => fetch(address, { method: 'POST' }), address);
+  await desk.write('B:MA(C,4);');
+  assert.deepEqual(Object.keys(await desk.legend()).slice(0, 1), ['B']);
+  assert.match(await desk.text('.caption'), /^mine/);
+  assert.equal(await desk.text('#message'), '');
+});
+
+test('a CSV that is dropped is shown, one that is none is refused', async () => {
+  await desk.drop('my own.csv', lastBars(120));
+  assert.match(await desk.text('.caption'), /^my own/);
+  const shown = await desk.pixels();
+  for (const bad of [
+    '',
+    'no,bars\nat,all\n',
+    '\0\u0001\ufffd'.repeat(1000),
+    'date,open,high,low,close\n2024-01-01,1,2,x,1\n',
+  ]) {
+    await desk.drop('bad.csv', bad);
+    assert.ok((await desk.text('#message.error')).length > 5);
+    assert.match(await desk.text('.caption'), /^my own/);
+  }
+  assert.ok(shown.equals(await desk.pixels()), 'the bars before are still there');
+});
+
+test('a script that is too large is refused, and the page lives on', async () => {
+  await desk.page.evaluate(() => {
+    const content = document
+      .getElementById('editor')!
+      .shadowRoot!.querySelector('.cm-content') as HTMLElement;
+    content.focus();
+    const clipboardData = new DataTransfer();
+    clipboardData.setData('text/plain', 'A:C;\n'.repeat(210_000));
+    content.dispatchEvent(
+      new ClipboardEvent('paste', { clipboardData, bubbles: true, cancelable: true }),
+    );
+  });
+  await desk.settled();
+  assert.match(await desk.text('#message.error'), /KiB/);
+  await desk.write('A:C;');
+  assert.deepEqual(Object.keys(await desk.legend()).slice(0, 1), ['A']);
+  assert.equal(await desk.text('#message'), '');
+});
+
+test('hostile text is text', async () => {
+  const opened: string[] = [];
+  desk.page.on('dialog', (dialog) => (opened.push(dialog.message()), void dialog.dismiss()));
+  await desk.write("A:C;\nDRAWTEXT(C>O,L,'<s>x');\nDRAWBMP(C>O,H,'<u>x');");
+  await desk.page.type('[aria-label="Name of a parameter"]', '<b>n</b>');
+  await desk.page.click('.adder button');
+  await desk.settled();
+  assert.deepEqual(await desk.texts('.slider-name'), ['<B>N</B>']);
+  await desk.drop('bad.csv', `date,close\n2024-01-01,${hostile}\n`);
+  assert.ok((await desk.text('#message')).includes('<img'));
+  await desk.page.click(
+    `::-p-xpath(//ul[@aria-label="Securities"]//button[starts-with(.,"<img")])`,
+  );
+  await desk.settled();
+  assert.ok((await desk.text('.caption')).startsWith(hostile));
+  await desk.drop('<script>alert(2)</script>.csv', lastBars(50));
+  assert.match(await desk.text('.caption'), /^<script>/);
+  const made = await desk.page.$$eval(
+    'img:not([src="icon.svg"]), i, s, u, b, script:not([src="studio.js"])',
+    (all) => all.length,
+  );
+  assert.equal(made, 0);
+  assert.deepEqual(opened, []);
+});
+
+test('a script is saved in the folder, over another one only if one says so', async () => {
+  const save = async (name: string) => {
+    await desk.page.click('#save');
+    await desk.page.$eval('#save-name', (input) => ((input as HTMLInputElement).value = ''));
+    await desk.page.type('#save-name', name);
+    await desk.page.click('#save-do');
+    await desk.settled();
+  };
+  await desk.write('ONE:C;');
+  await save('mine');
+  assert.equal(readFileSync(join(folder, 'mine.quor'), 'utf8'), 'ONE:C;');
+  await desk.write('TWO:C;');
+  await save('mine');
+  assert.equal(readFileSync(join(folder, 'mine.quor'), 'utf8'), 'ONE:C;');
+  assert.equal(await desk.text('#save-do'), 'Overwrite');
+  await desk.page.click('#save-do');
+  await desk.settled();
+  assert.equal(readFileSync(join(folder, 'mine.quor'), 'utf8'), 'TWO:C;');
+  await save('../outside');
+  assert.ok((await desk.text('#save-note')).length > 5);
+  assert.ok(!existsSync(join(folder, '..', 'outside.quor')));
+  await desk.page.click('#save-cancel');
+});
+
+test('no path leads outside, and no other page is answered', async () => {
+  const paths = [
+    '/api/scripts/..%2F..%2Fetc%2Fpasswd',
+    '/api/scripts/%2Fetc%2Fpasswd.quor',
+    '/..%2f..%2fREADME.md',
+    '/%2e%2e/%2e%2e/etc/passwd',
+  ];
+  const inside = await desk.page.evaluate(
+    (all) => Promise.all(all.map(async (path) => (await fetch(path)).status)),
+    paths,
+  );
+  assert.ok(
+    inside.every((status) => status >= 400 && status < 500),
+    inside.join(' '),
+  );
+  const outside = await desk.page.evaluate(async () => {
+    const { id } = await (
+      await fetch('/api/sessions', {
+        method: 'POST',
+        headers: { 'Content-Type': 'application/json' },
+        body: '{}',
+      })
+    ).json();
+    const request = {
+      method: 'POST',
+      headers: { 'Content-Type': 'application/json' },
+      body: '{"security":"../../../etc/passwd"}',
+    };
+    return (await fetch(`/api/sessions/${id}/bars`, request)).status;
+  });
+  assert.ok(outside >= 400 && outside < 500);
+  const cookie = (await browser.cookies()).map(({ name, value }) => `${name}=${value}`).join('; ');
+  const ask = async (headers: Record<string, string>) =>
+    (await fetch(`${studio.origin}/api/start`, { headers })).status;
+  assert.equal(await ask({ cookie }), 200);
+  assert.equal(await ask({}), 403);
+  assert.equal(await ask({ cookie, origin: 'http://evil.example' }), 403);
+  assert.equal(
+    (await fetch(studio.link, { redirect: 'manual' })).status,
+    403,
+    'the token is for once',
+  );
+});

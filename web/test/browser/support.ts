@@ -1,0 +1,266 @@
+// A real `quor studio` and a real browser for the tests.
+import assert from 'node:assert/strict';
+import { type ChildProcess, execFileSync, spawn } from 'node:child_process';
+import { mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { join, resolve } from 'node:path';
+import puppeteer, { type Browser, type Page } from 'puppeteer-core';
+
+const quor = process.env.QUOR ?? resolve('../build/release/host/quor');
+export const samples = resolve('../samples');
+
+/** What `quor` prints for a command. */
+export function quorSays(...commandLine: string[]): string {
+  return execFileSync(quor, commandLine, { encoding: 'utf8', maxBuffer: 1 << 28 });
+}
+
+/** A folder that is gone when the tests end. */
+export function makeFolder(): string {
+  const folder = mkdtempSync(join(tmpdir(), 'quor-studio-'));
+  process.on('exit', () => rmSync(folder, { recursive: true, force: true }));
+  return folder;
+}
+
+export const sampleBars = readFileSync(join(samples, 'index-daily.csv'), 'utf8');
+
+/** The header and the last so many bars of the sample. */
+export function lastBars(count: number): string {
+  const [head, ...rows] = sampleBars.trimEnd().split('\n');
+  return [head, ...rows.slice(-count)].join('\n') + '\n';
+}
+
+/** So many bars of a minute that wander. */
+export function manyBars(count: number): string {
+  const rows = ['date,time,open,high,low,close,volume'];
+  let price = 3000;
+  let random = 12345;
+  for (let i = 0; i < count; ++i) {
+    random = (random * 1103515245 + 12345) % 2147483648;
+    const open = price;
+    price = Math.max(100, price + (random / 2147483648 - 0.5) * 4);
+    const at = new Date(Date.UTC(2020, 0, 1) + i * 60_000).toISOString();
+    const [high, low] = [Math.max(open, price) + 1, Math.min(open, price) - 1];
+    rows.push(
+      `${at.slice(0, 10)},${at.slice(11, 16)},${[open, high, low, price].map((x) => x.toFixed(2)).join(',')},${random % 1000}`,
+    );
+  }
+  return rows.join('\n') + '\n';
+}
+
+export class Studio {
+  private isOpen = false;
+
+  private constructor(
+    private readonly process: ChildProcess,
+    readonly link: string,
+  ) {}
+
+  get origin(): string {
+    return new URL(this.link).origin;
+  }
+
+  /** The link, whose token is for once, and from then on the address that the cookie opens. */
+  takeEntry(): string {
+    const entry = this.isOpen ? `${this.origin}/` : this.link;
+    this.isOpen = true;
+    return entry;
+  }
+
+  static async start(...options: string[]): Promise<Studio> {
+    const server = spawn(quor, ['studio', '--no-open', ...options], {
+      stdio: ['ignore', 'pipe', 'inherit'],
+    });
+    const link = await new Promise<string>((found, fail) => {
+      let printed = '';
+      server.stdout.on('data', (part: Buffer) => {
+        printed += part.toString();
+        const link = /http:\/\/\S+/.exec(printed)?.[0];
+        if (link && printed.includes('\n')) found(link);
+      });
+      server.on('exit', (code) => fail(new Error(`quor studio ended with ${code}: ${printed}`)));
+    });
+    return new Studio(server, link);
+  }
+
+  /** As Ctrl-C does. */
+  async stop(): Promise<void> {
+    const ended = new Promise((resolve) => this.process.once('exit', resolve));
+    this.process.kill('SIGINT');
+    await ended;
+  }
+}
+
+export async function startBrowser(): Promise<Browser> {
+  return puppeteer.launch({
+    executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium',
+    args: [
+      '--no-sandbox',
+      '--disable-gpu',
+      '--force-color-profile=srgb',
+      '--font-render-hinting=none',
+    ],
+  });
+}
+
+declare global {
+  interface Window {
+    /** Charts that have been drawn with new values, and when the newest was. */
+    drawn: { count: number; at: number };
+  }
+}
+
+/** A page of the studio, and what goes wrong on it. */
+export class Desk {
+  /** Errors of the page, refusals of the security policy and requests to elsewhere. */
+  readonly faults: string[] = [];
+
+  private constructor(readonly page: Page) {}
+
+  static async open(
+    browser: Browser,
+    studio: Studio,
+    fragment = '',
+    theme = 'light',
+  ): Promise<Desk> {
+    const page = await browser.newPage();
+    const desk = new Desk(page);
+    await page.setViewport({ width: 1360, height: 860 });
+    await page.emulateMediaFeatures([{ name: 'prefers-color-scheme', value: theme }]);
+    page.on('pageerror', (error) => desk.faults.push(String(error)));
+    page.on('console', (message) => {
+      const isRefusal = message.text().startsWith('Failed to load resource'); // which the page shows itself
+      if (['error', 'warn'].includes(message.type()) && !isRefusal)
+        desk.faults.push(message.text());
+    });
+    page.on('request', (request) => {
+      const { origin, protocol } = new URL(request.url());
+      if (origin !== studio.origin && !['blob:', 'data:'].includes(protocol))
+        desk.faults.push(request.url());
+    });
+    await page.evaluateOnNewDocument(() => {
+      window.drawn = { count: 0, at: 0 };
+      const note = () => (window.drawn = { count: window.drawn.count + 1, at: performance.now() });
+      window.addEventListener('drawn', note, { capture: true });
+    });
+    await page.goto(studio.takeEntry() + fragment);
+    await page.waitForFunction(() => window.drawn.count > 0);
+    await desk.settled();
+    return desk;
+  }
+
+  /** Opens the page anew. */
+  async goTo(address: string): Promise<void> {
+    await this.page.goto(address);
+    await this.page.waitForFunction(() => window.drawn.count > 0);
+    await this.settled();
+  }
+
+  /** Nothing is under way any more. */
+  async settled(): Promise<void> {
+    await this.page.waitForNetworkIdle({ idleTime: 80, concurrency: 0 });
+  }
+
+  /** Writes a script in place of the one there is. */
+  async write(script: string): Promise<void> {
+    await this.page.locator('#editor >>> .cm-content').click();
+    await this.page.keyboard.down('Control');
+    await this.page.keyboard.press('a');
+    await this.page.keyboard.up('Control');
+    await this.page.keyboard.sendCharacter(script);
+    const [first] = script.split('\n');
+    await this.page.waitForFunction(
+      (first) => {
+        const { shadowRoot } = document.getElementById('editor')!;
+        return shadowRoot?.querySelector('.cm-line')?.textContent === first;
+      },
+      {},
+      first,
+    );
+    await this.settled();
+  }
+
+  /** Waits for an element of the editor. */
+  async seen(selector: string): Promise<void> {
+    await this.page.waitForFunction(
+      (selector) => document.getElementById('editor')!.shadowRoot?.querySelector(selector),
+      {},
+      selector,
+    );
+  }
+
+  text(selector: string): Promise<string> {
+    return this.page.$eval(selector, (found) => found.textContent ?? '');
+  }
+
+  texts(selector: string): Promise<string[]> {
+    return this.page.$$eval(selector, (found) => found.map((one) => one.textContent ?? ''));
+  }
+
+  script(): Promise<string> {
+    return this.page.$$eval('#editor >>> .cm-line', (lines) =>
+      lines.map((line) => line.textContent).join('\n'),
+    );
+  }
+
+  /** Titles and values of the legends. */
+  async legend(): Promise<Record<string, string>> {
+    return this.page.$$eval('.legend > div', (entries) =>
+      Object.fromEntries(
+        entries.map((entry) => [entry.children[0].textContent, entry.children[1].textContent]),
+      ),
+    );
+  }
+
+  /** The pixels of the uppermost pane as the characters of a text. */
+  async pixels(): Promise<Buffer> {
+    const text = await this.page.$eval('.pane canvas', (canvas) => {
+      const { width, height } = canvas as HTMLCanvasElement;
+      const copy = new OffscreenCanvas(width, height).getContext('2d', {
+        willReadFrequently: true,
+      })!;
+      copy.drawImage(canvas as HTMLCanvasElement, 0, 0);
+      const { data } = copy.getImageData(0, 0, width, height);
+      let made = '';
+      for (let i = 0; i < data.length; i += 8192) {
+        made += String.fromCharCode(...data.subarray(i, i + 8192));
+      }
+      return btoa(made);
+    });
+    return Buffer.from(text, 'base64');
+  }
+
+  /** Drops a file onto the chart. */
+  async drop(name: string, content: string): Promise<void> {
+    await this.page.evaluate(
+      (name, content) => {
+        const dataTransfer = new DataTransfer();
+        dataTransfer.items.add(new File([content], name, { type: 'text/csv' }));
+        for (const kind of ['dragenter', 'dragover', 'drop']) {
+          const event = new DragEvent(kind, { dataTransfer, bubbles: true, cancelable: true });
+          document.getElementById('chart')!.dispatchEvent(event);
+        }
+      },
+      name,
+      content,
+    );
+    await this.settled();
+  }
+
+  async press(...keys: Parameters<Page['keyboard']['press']>[0][]): Promise<void> {
+    for (const key of keys) await this.page.keyboard.press(key);
+    await this.settled();
+  }
+
+  async close(): Promise<void> {
+    assert.deepEqual(this.faults, []);
+    await this.page.close();
+  }
+}
+
+/** A folder with so many securities, the newest bars of the sample each. */
+export function folderOf(names: readonly string[], bars = 400): string {
+  const folder = makeFolder();
+  const content = lastBars(bars);
+  for (const name of names) writeFileSync(join(folder, `${name}.csv`), content);
+  return folder;
+}
