@@ -237,7 +237,7 @@ TEST(Compile, AnArgumentIsTheParameterOfItsName) {
 
 TEST(Compile, ArgumentsWithoutAColumnAreReadById) {
   TestHost host;
-  ASSERT_EQ(host.compile("A:=ABS(C+1);B:=SQUARE(C+1);").code, 0);
+  ASSERT_EQ(host.compile("A:=ABS(C+1);B:=SQUARE(C+1)+ABS(AMOUNT);").code, 0);
   host.feed({{"C", series("1 2 3")}});
   EXPECT_EQ(host.run(), success);
   // C+1 is the second variable behind the reserved ones, and its id the complement of their count.
