@@ -247,6 +247,18 @@ TEST(Compile, ArgumentsWithoutAColumnAreReadById) {
   EXPECT_TRUE(get_field_val_by_index(host.handle(), ~(reserved + 200), 2) != 4.0);
 }
 
+TEST(Compile, WhatAnArgumentOfAWholeSeriesReadsIsCalculatedFromTheFirstRowToo) {
+  TestHost host;
+  ASSERT_EQ(host.compile("A:=C*2;B:=C*3;D:=ABS(A+TOTALBARSCOUNT);").code, 0);
+  host.feed({{"C", series("1 2 3")}});
+  ASSERT_EQ(host.run(), success);
+  host.feed({{"C", series("5")}});
+  ASSERT_EQ(host.run(2), success);
+  EXPECT_EQ(to_text(host.line("D")), "13 7 9");
+  EXPECT_EQ(to_text(host.line("A")), "10 4 6");
+  EXPECT_EQ(to_text(host.line("B")), "3 6 9") << "nothing reads B";
+}
+
 TEST(Compile, DeepNestingIsRefused) {
   const auto nested = [](int depth) {
     std::string script = "A:=";
