@@ -25,7 +25,7 @@ bool is_exempt(std::string_view word) {
 
 /// A value is also an operand, and an argument of other calls.
 std::string statements_with(std::string_view word) {
-  const std::string statement = statement_of(word);
+  std::string statement = statement_of(word);
   if (!statement.starts_with("A:=")) return statement;
   const std::string value = statement.substr(3, statement.size() - 4);
   return statement + "B:=IF(C>O,ABS(" + value + "),1)+MA(" + value + ",3);";

@@ -281,10 +281,10 @@ TEST_F(CalendarTest, SpecialTimesKeepTheDate) {
   // 12:00 to 15:00 UTC, 20:00 to 23:00 here, edges left out. Of two entries the first counts.
   Calendar calendar = with_night_session();
   calendar.special =
+      R"({"date":"20240104"},)"
       R"({"date":"20240108","times":[{"start_time":1704715200,"end_time":1704726000}]},)"
       R"({"date":"20240105","times":[]},)"
-      R"({"date":"20240105","times":[{"start_time":1704412800,"end_time":1704499200}]},)"
-      R"({"date":"20240104"})";
+      R"({"date":"20240105","times":[{"start_time":1704412800,"end_time":1704499200}]})";
   answer(calendar);
   EXPECT_DATES(({20240105220000, 20240108200000, 20240108220000, 20240108230000}),
                {20240108, 20240109, 20240108, 20240109});

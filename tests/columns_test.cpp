@@ -21,7 +21,7 @@ constexpr BlockRule small_blocks[] = {
 
 Bars random_bars(size_t rows, uint64_t seed) {
   std::mt19937_64 random(seed);
-  const auto draw = [&random](int below) { return static_cast<double>(random() % below); };
+  const auto draw = [&random](unsigned below) { return static_cast<double>(random() % below); };
   Bars bars;
   double close = 50;
   for (size_t row = 0; row < rows; ++row) {

@@ -237,7 +237,7 @@ TEST(Compile, AnArgumentIsTheParameterOfItsName) {
 
 TEST(Compile, ArgumentsWithoutAColumnAreReadById) {
   TestHost host;
-  ASSERT_EQ(host.compile("A:=ABS(C+1);B:=SQUARE(C+1);").code, 0);
+  ASSERT_EQ(host.compile("A:=ABS(C+1);B:=SQUARE(C+1)+ABS(AMOUNT);").code, 0);
   host.feed({{"C", series("1 2 3")}});
   EXPECT_EQ(host.run(), success);
   // C+1 is the second variable behind the reserved ones, and its id the complement of their count.
@@ -245,6 +245,18 @@ TEST(Compile, ArgumentsWithoutAColumnAreReadById) {
   EXPECT_EQ(get_field_val_by_index(host.handle(), ~(reserved + 2), 2), 4.0);
   EXPECT_EQ(get_field_val_by_index(host.handle(), 11, 2), 3.0);
   EXPECT_TRUE(get_field_val_by_index(host.handle(), ~(reserved + 200), 2) != 4.0);
+}
+
+TEST(Compile, WhatAnArgumentOfAWholeSeriesReadsIsCalculatedFromTheFirstRowToo) {
+  TestHost host;
+  ASSERT_EQ(host.compile("A:=C*2;B:=C*3;D:=ABS(A+TOTALBARSCOUNT);").code, 0);
+  host.feed({{"C", series("1 2 3")}});
+  ASSERT_EQ(host.run(), success);
+  host.feed({{"C", series("5")}});
+  ASSERT_EQ(host.run(2), success);
+  EXPECT_EQ(to_text(host.line("D")), "13 7 9");
+  EXPECT_EQ(to_text(host.line("A")), "10 4 6");
+  EXPECT_EQ(to_text(host.line("B")), "3 6 9") << "nothing reads B";
 }
 
 TEST(Compile, DeepNestingIsRefused) {

@@ -134,7 +134,7 @@ TEST_F(DataTable, MergesLikeRowByRow) {
   std::map<int64_t, double> rows;
   for (int text = 0; text < 60; ++text) {
     std::string json = "[";
-    const auto count = random() % (text % 20 == 19 ? 1000 : 12);
+    const auto count = random() % (text % 20 == 19 ? 1000U : 12U);
     for (unsigned i = 0; i < count; ++i) {
       const auto key = static_cast<int64_t>(random() % 400) * 10'000'000'019;
       const double value = static_cast<double>(random() % 1000) / 8.0;

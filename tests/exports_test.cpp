@@ -75,6 +75,22 @@ TEST(Exports, NullPointersOfALiveInstance) {
   release_ptr_val(nullptr);
 }
 
+TEST(Exports, NullHandlersLeaveTheOthersInPlace) {
+  clear_events();
+  set_trade_callback(nullptr);
+  set_get_trade_dates_callback(nullptr);
+  set_parser_notice_callback_handler(nullptr);
+  set_logger_handler(nullptr, 0);
+  ASSERT_EQ(events().log.size(), 2U);
+  EXPECT_EQ(events().log[0].text, "set_trade_callback callback is nullptr");
+  EXPECT_EQ(events().log[1].text, "set_get_trade_dates_callback callback is nullptr");
+  TestHost host;
+  host.compile("C>0,NOTICE('x');C>0,BK;");
+  host.feed({{"C", {1}}});
+  host.run(0, true);
+  EXPECT_EQ(events().notices.size() + events().signals.size(), 2U);
+}
+
 TEST(Exports, AnInstanceWithoutAScript) {
   TestHost host;
   EXPECT_EQ(host.run(), success);

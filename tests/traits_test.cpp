@@ -32,7 +32,7 @@ constexpr size_t row_count = 40;
 
 Bars bars_with(unsigned seed, size_t rows) {
   std::mt19937 random(seed);
-  const auto draw = [&random](int most) { return static_cast<double>(random() % most); };
+  const auto draw = [&random](unsigned most) { return static_cast<double>(random() % most); };
   Bars bars;
   for (size_t row = 0; row < rows; ++row) {
     const double wave = 10 + 3 * std::sin(static_cast<double>(row)) + draw(7);

@@ -79,7 +79,7 @@ class Build:
     def __init__(self, folder: Path) -> None:
         self.folder = folder
         entries = json.loads((folder / "compile_commands.json").read_text())
-        self.compilations = {entry["command"].split(" -o ")[1].split()[0]: entry for entry in entries}
+        self.compilations = {each["command"].split(" -o ")[1].split()[0]: each for each in entries}
         self.link = self.ninja("commands", "-s", "tests/quor_tests").strip()
         self.users: dict[str, list[str]] = {}
         compiled = ""

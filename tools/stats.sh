@@ -10,13 +10,13 @@ count() {
 }
 
 tested="include src advice host python web"
-tests="tests web/test web/tests"
-rest=":!web/test :!web/tests :!*/package-lock.json"
+tests="tests web/test*"
+not_code=":!web/test* :!*/package-lock.json"
 
 for folder in $tested; do
-  [ -d "$folder" ] && printf '%-10s%7d\n' "$folder" "$(count "$folder" $rest)"
+  [ -d "$folder" ] && printf '%-10s%7d\n' "$folder" "$(count "$folder" $not_code)"
 done
 lines=$(count $tests)
-code=$(count $tested $rest)
+code=$(count $tested $not_code)
 printf '%-10s%7d\n' tests "$lines"
 echo "tests are $((lines * 100 / code))% of the $code lines of code, $((lines * 100 / (code + lines)))% of all"

@@ -56,7 +56,7 @@ TEST(Placement, is_brought_into_the_bounds_or_given_up) {
 
 TEST(Placement, lets_no_two_texts_of_a_crowd_meet_nor_a_text_and_a_bar) {
   std::mt19937 random(7);
-  const auto below = [&random](int bound) { return static_cast<double>(random() % bound); };
+  const auto below = [&random](unsigned bound) { return static_cast<double>(random() % bound); };
   Placement placement(sheet);
   std::vector<Box> taken;
   for (int bar = 0; bar < 100; ++bar) {
