@@ -35,7 +35,7 @@ class Path {
         field == field_open || field == field_high || field == field_low || field == field_close;
     if (!is_price || std::isnan(open_ + high_ + low_ + close_)) return whole;
     if (field == field_open) return open_;
-    const size_t passed = static_cast<size_t>(share * 3.0);
+    const auto passed = static_cast<size_t>(share * 3.0);
     const double price = points_[passed] + (points_[passed + 1] - points_[passed]) *
                                                (share * 3.0 - static_cast<double>(passed));
     double high = price;
