@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 #include <iterator>
+#include <vector>
 
 #include "explain.h"
 #include "letters.h"
@@ -179,23 +180,32 @@ std::optional<Problem> explain_quote_field(const Case& failed) {
   return std::nullopt;
 }
 
-std::optional<Problem> explain_colour(const Case& failed);
-
-/// The library may name the first statement for an item of a later one.
-std::optional<Problem> explain_colour_elsewhere(const Case& failed) {
-  for (const Statement& statement : failed.reading.statements) {
-    if (!find_tokens(failed.reading, statement, failed.failure.message)) continue;
-    return explain_colour({failed.reading, failed.failure, &statement});
-  }
-  return std::nullopt;
+/// The library may name the first statement for an item of a later one. Null where no statement
+/// has the item; one that has it whole is sooner meant than one in which it is a part of a word.
+const Statement* statement_with_item(const Case& failed, const std::string& item) {
+  std::vector<const Statement*> statements = {failed.statement};
+  for (const Statement& statement : failed.reading.statements) statements.push_back(&statement);
+  const auto whole = std::ranges::find_if(statements, [&item](const Statement* statement) {
+    return find_word(*statement, item) != nullptr;
+  });
+  if (whole != statements.end()) return *whole;
+  const auto part = std::ranges::find_if(statements, [&](const Statement* statement) {
+    return find_tokens(failed.reading, *statement, item).has_value();
+  });
+  return part == statements.end() ? nullptr : *part;
 }
 
 std::optional<Problem> explain_colour(const Case& failed) {
   for (const Call& call : failed.statement->calls) {
     if (auto problem = find_misplaced_text(*failed.statement, call)) return problem;
   }
-  const auto tokens = find_tokens(failed.reading, *failed.statement, failed.failure.message);
-  if (!tokens) return explain_colour_elsewhere(failed);
+  const Statement* const statement = statement_with_item(failed, failed.failure.message);
+  if (statement == nullptr) return std::nullopt;
+  if (statement != failed.statement) {
+    return explain_colour({failed.reading, failed.failure, statement});
+  }
+  const auto tokens = find_tokens(failed.reading, *statement, failed.failure.message);
+  if (!tokens) return std::nullopt;
   const Token& first = failed.statement->tokens[tokens->begin];
   if (tokens->size() > 1) {
     const Token& second = failed.statement->tokens[tokens->begin + 1];
