@@ -459,6 +459,9 @@ TEST_F(CalendarTest, WithoutASecurityNothingIsAsked) {
   EXPECT_EQ(exchange().requests, Lines{});
   EXPECT_EQ(log_lines(), (Lines{intake_line("security or market str is empty."),
                                 mapping_line("security or market str is empty.")}));
+  clear_events(1);
+  EXPECT_DATES(({20240108160000}), {20240108});
+  EXPECT_EQ(log_lines(), Lines{intake_line("security or market str is empty.")});
 }
 
 TEST_F(CalendarTest, ACalendarWithoutDatesIsAskedForAgainAndStays) {

@@ -13,6 +13,7 @@ namespace {
 
 using Keys = std::vector<std::string>;
 
+constexpr uint32_t fifteen_seconds = 0x310F;
 constexpr uint32_t five_minutes = 0x3005;
 constexpr uint32_t one_hour = 0x303C;
 constexpr uint32_t one_day = 0x4000;
@@ -77,6 +78,7 @@ TEST_P(PeriodReference, MustBeLongerThanTheInstance) {
 }
 
 constexpr PeriodCase period_cases[] = {
+    {fifteen_seconds, "MIN$1$CLOSE", 0, "MIN1|11|20000"},
     {five_minutes, "min$10$close", 0, "MIN10|11|20000"},
     {five_minutes, "MIN$5$CLOSE", 2009, ""},
     {five_minutes, "MIN$1$CLOSE", 2009, ""},

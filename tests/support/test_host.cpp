@@ -88,9 +88,9 @@ Events& events() {
   return record;
 }
 
-void clear_events() {
+void clear_events(uint8_t minimum_level) {
   events() = {};
-  set_logger_handler(take_log, 0);
+  set_logger_handler(take_log, minimum_level);
   set_parser_notice_callback_handler(take_notice);
   set_trade_callback(take_signal);
 }

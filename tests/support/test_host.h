@@ -63,8 +63,8 @@ struct Events {
   std::vector<Signal> signals;
 };
 Events& events();
-/// Empties the record and sets the handlers, the log from level 0 on.
-void clear_events();
+/// Empties the record and sets the handlers, the log from a level on.
+void clear_events(uint8_t minimum_level = 0);
 
 /// An instance for the life of the object.
 class TestHost {
