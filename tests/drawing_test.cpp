@@ -159,8 +159,8 @@ TEST(Drawing, LinesThroughBars) {
       {"POLYLINE(1,C,1),COLORBLUE,TITLEVISIBLE;", "PolylineShape",
        R"(Field1Id=11 Field1Text="C" Field1VisibleId=20000 LineColor="TempBrushKey.#19A0FF")"
        R"( IsContinuousLine=1)"},
-      {"POLYLINE1(1,H+1),PRECIS2,COLORX,TITLEVISIBLE,COLORGRAY;", "PolylineShape",
-       R"(TitleVisible=0 Digit=2 Field1Id=20001 Field1Text="EMPTY_LINE_NAME_RESERVED1")"
+      {"POLYLINE1(1,H+1),PRECIS6,COLORX,TITLEVISIBLE,COLORGRAY;", "PolylineShape",
+       R"(TitleVisible=0 Digit=6 Field1Id=20001 Field1Text="EMPTY_LINE_NAME_RESERVED1")"
        R"( Field1VisibleId=20000 LineColor="TempBrushKey.#434448" IsContinuousLine=1)"},
       {"PARTLINE(1,C,COLORRED),COLORBLUE,NODRAW;", "PolylineShape",
        R"(TitleVisible=0 Field1Id=11 Field1Text="EMPTY_LINE_NAME_RESERVED1")"
@@ -332,9 +332,9 @@ TEST(Drawing, Figures) {
       {"ANGLELINE(C>O,H,C<O,L+1,2.5);", two_anchors + curve + "\"AngleLineCurve\" Ratio=2.500000"},
       {"DRAWANGLELINE(C>O,H,C<O,L+1,-1,COLORBLUE),COLORRED;",
        two_anchors + straight + "\"AngleLineStraightLine\" Ratio=-1.000000"},
-      {"HORIZONTALLINE(C>O,C),NOTEXT,DOT,LINETHICK9,PRECIS1;",
+      {"HORIZONTALLINE(C>O,C),NOTEXT,DOT,LINETHICK9,PRECIS0;",
        "Field1Id=11 Field1VisibleId=20000" + curve +
-           R"("HorizontalCurve" TitleVisible=0 Digit=1 LineShapeStyle="DOT" LineWidth=9.000000)"},
+           R"("HorizontalCurve" TitleVisible=0 Digit=0 LineShapeStyle="DOT" LineWidth=9.000000)"},
       {"DRAWHORIZONTALLINE(C>O,C+1,COLORBLUE),NOTEXT;",
        "Field1Id=20001 Field1VisibleId=20000" + straight + "\"HorizontalStraightLine\""},
       {"TRENDLINES(C>O,H,C<O,L+1),COLORRED,COLORAUTO;", two_anchors + curve + "\"TrendLineCurve\""},
