@@ -188,6 +188,8 @@ constexpr const char* entangled[] = {
     "X:C-O;B:REF(HHVBARS(C-O,7),0-4);D:=LLV(C-O,3)+REFX(X,1);",
     "X:C-O;B:HHV(C-O,7);X2:O-X;D:=STD(O-X,4)+MA(C-O,3);",
     "K:C;M:K;A:=MA(K,3)+EMA(M,2);",
+    "A:=MV(C,REF(O,C-50));B:=EMA(A,3);",
+    "A:=COVAR(C,C-O,4);B:=HHV(C-O,5);D:=CROSS(O,C-O)+A;",
     "A:=COUNT(C>O,EMA(BARPOS,3));B:=SUM(V,BARPOS/2);D:=MA(C,3+(C>O)*2);",
     "A:=MA(C,3);B:=MA(O,5)-MA(C,3);D:=MA(V,2);E:=STD(C,5-(BARPOS=41)*10);F:=MA(L,9)+MA(H,1);",
     "A:EMA(C,3)-EMA(C,9);B:=REF(EMA(C,3),2);D:=EMA(C,0)+EMA(O,2);E:=BARSSINCE(C>O)+EMA(O,4);",

@@ -254,6 +254,7 @@ TEST(Engine, ARunThatFailsSaysWhere) {
   EXPECT_EQ(failure.code, 4000);
   EXPECT_EQ(failure.text, "vector too long");
   EXPECT_EQ(failure.statement, -1);
+  EXPECT_EQ(Script(std::string(9, '\n') + "A:B;").report().failure.statement, 9);
 }
 
 TEST(Engine, RefusesWhatCanNotBeMeant) {
