@@ -91,6 +91,9 @@ TEST_F(DataTable, FaultsOfTheTextAreLogged) {
     EXPECT_EQ(log[i].uuid, 42U);
   }
   EXPECT_EQ(get_row_num(handle()), 0U);
+  clear_events(3);
+  host_.feed_json("{}");
+  EXPECT_TRUE(events().log.empty()) << "less than what is logged";
 }
 
 TEST_F(DataTable, SingleCells) {

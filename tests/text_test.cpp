@@ -57,6 +57,7 @@ TEST(Numbers, LeadingTexts) {
   EXPECT_EQ(leading_integer("12AB"), 12);
   EXPECT_EQ(leading_integer("0x1F"), 31);
   EXPECT_EQ(leading_integer("0XZ"), 0);
+  EXPECT_EQ(leading_integer("0x-5"), 0);
   EXPECT_EQ(leading_integer("-7"), -7);
   EXPECT_EQ(leading_integer(""), 0);
   EXPECT_EQ(leading_integer("99999999999999999999"), std::numeric_limits<int32_t>::max());
