@@ -177,8 +177,9 @@ const double* Columns::values(Variable& variable, Block rows, double start) {
     case VariableKind::expression:
       return expression_values(variable, rows, start);
     case VariableKind::call:
-      if (is_ahead(variable, rows))
+      if (is_ahead(variable, rows)) {
         return pool_.table().cells(variable.column_index).data() + rows.first;
+      }
       if (variable.function == nullptr || nesting_ >= most_levels) return nullptr;
       ++nesting_;
       {
@@ -212,8 +213,9 @@ namespace {
 double* place_of_result(const Step& step, const double* const* partials, Columns& columns,
                         size_t size) {
   for (const Operand* operand : {&step.right, &step.left}) {
-    if (operand->source == Operand::Source::partial)
+    if (operand->source == Operand::Source::partial) {
       return const_cast<double*>(partials[operand->partial]);
+    }
   }
   return columns.scratch(size);
 }

@@ -60,7 +60,7 @@ class Columns {
   /// Calculates a statement over the block; false if it has to go bar by bar.
   bool calculate(Variable& statement, size_t position);
 
-  /// A call whose values don't rest on other statements.
+  /// A call that `ColumnPlan::goes_ahead` names.
   struct Ahead {
     Variable* call;
     size_t position;  ///< of its statement
@@ -171,7 +171,7 @@ struct ColumnCall {
     std::copy_n(found, size(), overwrite(column));
     return found;
   }
-  /// The same where it needs no putting back.
+  /// The cells of a column at the rows of a call that goes ahead, which need no putting back.
   double* own_cells(int32_t column) const {
     return table().writable_cells(column, rows.first).data();
   }

@@ -44,9 +44,9 @@ std::string BaseShape::ToJsonText() const {
   return keys.take();
 }
 
-std::string json_object(const BaseShape& record) {
+std::string WholeShape::ToJsonText() const {
   JsonKeys keys;
-  record.tell(keys);
+  tell(keys);
   std::string text = "{" + keys.take();
   text.back() = '}';
   return text;

@@ -25,6 +25,7 @@ class BaseShape {
 
   /// The record as one JSON object. The base gives its own keys only, each with its comma.
   virtual std::string ToJsonText() const;
+  /// Hands over all that the record holds, what the base has in front.
   virtual void tell(RecordKeys& keys) const;
 
   int32_t TitleVisible = 1;
@@ -36,7 +37,11 @@ class BaseShape {
   int32_t ZIndex;
 };
 
-/// All keys of a record, those of the base in front.
-std::string json_object(const BaseShape& record);
+/// A record with keys of its own: its JSON holds those of the base and then its own.
+class WholeShape : public BaseShape {
+ public:
+  using BaseShape::BaseShape;
+  std::string ToJsonText() const final;
+};
 
 }  // namespace quor

@@ -124,17 +124,4 @@ void YRangeShape::tell(RecordKeys& keys) const {
   keys.text("Style", ShapeName);
 }
 
-std::string BarShape::ToJsonText() const { return json_object(*this); }
-std::string CandleShape::ToJsonText() const { return json_object(*this); }
-std::string FuturesTradeShape::ToJsonText() const { return json_object(*this); }
-std::string ImageShape::ToJsonText() const { return json_object(*this); }
-std::string NoticeShape::ToJsonText() const { return json_object(*this); }
-std::string PolygonShape::ToJsonText() const { return json_object(*this); }
-std::string PolylineShape::ToJsonText() const { return json_object(*this); }
-std::string RectShape::ToJsonText() const { return json_object(*this); }
-std::string SoundShape::ToJsonText() const { return json_object(*this); }
-std::string StraightLineShape::ToJsonText() const { return json_object(*this); }
-std::string TextShape::ToJsonText() const { return json_object(*this); }
-std::string YRangeShape::ToJsonText() const { return json_object(*this); }
-
 }  // namespace quor

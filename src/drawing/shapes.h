@@ -13,10 +13,9 @@ namespace quor {
 inline constexpr double shown_mark = 1.0;
 inline constexpr double hidden_mark = -10000.0;
 
-class BarShape final : public BaseShape {
+class BarShape final : public WholeShape {
  public:
-  BarShape() : BaseShape("BarShape", 1) {}
-  std::string ToJsonText() const override;
+  BarShape() : WholeShape("BarShape", 1) {}
   void tell(RecordKeys& keys) const override;
 
   std::string LowerShadowColor = "Brush.Gray9";
@@ -31,10 +30,9 @@ class BarShape final : public BaseShape {
   int32_t IsVolStick = 0;
 };
 
-class CandleShape final : public BaseShape {
+class CandleShape final : public WholeShape {
  public:
-  CandleShape() : BaseShape("CandleShape", 1) {}
-  std::string ToJsonText() const override;
+  CandleShape() : WholeShape("CandleShape", 1) {}
   void tell(RecordKeys& keys) const override;
 
   int32_t CloseField = -1;
@@ -54,39 +52,35 @@ class CandleShape final : public BaseShape {
   int32_t IsColorKLine = 0;
 };
 
-class FuturesTradeShape final : public BaseShape {
+class FuturesTradeShape final : public WholeShape {
  public:
-  FuturesTradeShape() : BaseShape("FuturesTradeShape", -1) {}
-  std::string ToJsonText() const override;
+  FuturesTradeShape() : WholeShape("FuturesTradeShape", -1) {}
   void tell(RecordKeys& keys) const override;
 
   int32_t trade_count = 0;
   int32_t NoticeLineNumber = 0;
 };
 
-class ImageShape final : public BaseShape {
+class ImageShape final : public WholeShape {
  public:
-  ImageShape() : BaseShape("ImageShape", -1) {}
-  std::string ToJsonText() const override;
+  ImageShape() : WholeShape("ImageShape", -1) {}
   void tell(RecordKeys& keys) const override;
 
   int32_t IsLastCandle = 0;
 };
 
-class NoticeShape final : public BaseShape {
+class NoticeShape final : public WholeShape {
  public:
-  NoticeShape() : BaseShape("NoticeShape", -1) {}
-  std::string ToJsonText() const override;
+  NoticeShape() : WholeShape("NoticeShape", -1) {}
   void tell(RecordKeys& keys) const override;
 
   std::string NoticeMessage;
   int32_t NoticeLineNumber = 0;
 };
 
-class PolygonShape final : public BaseShape {
+class PolygonShape final : public WholeShape {
  public:
-  PolygonShape() : BaseShape("PolygonShape", 2) {}
-  std::string ToJsonText() const override;
+  PolygonShape() : WholeShape("PolygonShape", 2) {}
   void tell(RecordKeys& keys) const override;
 
   std::string FilledColor = "Brush.Gray9";
@@ -96,10 +90,9 @@ class PolygonShape final : public BaseShape {
 };
 
 /// Lines through bars, and the analytical figures.
-class PolylineShape final : public BaseShape {
+class PolylineShape final : public WholeShape {
  public:
-  PolylineShape() : BaseShape("PolylineShape", 2) {}
-  std::string ToJsonText() const override;
+  PolylineShape() : WholeShape("PolylineShape", 2) {}
   void tell(RecordKeys& keys) const override;
 
   std::string LineColor = "Brush.Gray9";
@@ -116,10 +109,9 @@ class PolylineShape final : public BaseShape {
   int32_t IsContinuousLine = 0;
 };
 
-class RectShape final : public BaseShape {
+class RectShape final : public WholeShape {
  public:
-  RectShape() : BaseShape("RectShape", 0) {}
-  std::string ToJsonText() const override;
+  RectShape() : WholeShape("RectShape", 0) {}
   void tell(RecordKeys& keys) const override;
 
   std::string FilledColor = "Brush.Gray9";
@@ -128,17 +120,15 @@ class RectShape final : public BaseShape {
   int32_t IsLastCandle = 0;
 };
 
-class SoundShape final : public BaseShape {
+class SoundShape final : public WholeShape {
  public:
-  SoundShape() : BaseShape("SoundShape", -1) {}
-  std::string ToJsonText() const override;
+  SoundShape() : WholeShape("SoundShape", -1) {}
   void tell(RecordKeys& keys) const override;
 };
 
-class StraightLineShape final : public BaseShape {
+class StraightLineShape final : public WholeShape {
  public:
-  StraightLineShape() : BaseShape("StraightLineShape", 2) {}
-  std::string ToJsonText() const override;
+  StraightLineShape() : WholeShape("StraightLineShape", 2) {}
   void tell(RecordKeys& keys) const override;
 
   std::string LineColor = "Brush.Gray9";
@@ -154,10 +144,9 @@ class StraightLineShape final : public BaseShape {
   double Slope = 0.0;
 };
 
-class TextShape final : public BaseShape {
+class TextShape final : public WholeShape {
  public:
-  TextShape() : BaseShape("TextShape", 3) {}
-  std::string ToJsonText() const override;
+  TextShape() : WholeShape("TextShape", 3) {}
   void tell(RecordKeys& keys) const override;
 
   int32_t NumberFieldId = -1;
@@ -172,10 +161,9 @@ class TextShape final : public BaseShape {
 };
 
 /// The range of the value axis. Its name differs from its class.
-class YRangeShape final : public BaseShape {
+class YRangeShape final : public WholeShape {
  public:
-  YRangeShape() : BaseShape("YAxisRange", -1) {}
-  std::string ToJsonText() const override;
+  YRangeShape() : WholeShape("YAxisRange", -1) {}
   void tell(RecordKeys& keys) const override;
 };
 

@@ -114,8 +114,8 @@ namespace {
 struct MeanLane {
   double period;
   std::span<const double> series;  ///< a whole column
-  int32_t first;                   ///< row
-  const double* x;                 ///< from here on of the block's rows
+  int32_t first;                   ///< the row that the block begins with
+  const double* x;                 ///< these three from there on
   double* results;
   double* counts;
 
@@ -123,7 +123,7 @@ struct MeanLane {
   /// The bars from a place on that pass no null have means of a count that stands still.
   bool is_steady(size_t place) const {
     const int64_t row = int64_t{first} + static_cast<int64_t>(place);
-    return n() >= 1 && row >= n() && to_int(counts_before(place)[0]) > 0 &&
+    return n() >= 1 && row >= n() && to_int(*counts_before(place)) > 0 &&
            !is_null(results[static_cast<ptrdiff_t>(place) - 1]);
   }
   const double* counts_before(size_t place) const {
@@ -142,13 +142,13 @@ size_t steady_means(const std::array<MeanLane, count>& lanes, size_t place, size
     const MeanLane& lane = lanes[k];
     means[k] = lane.results[static_cast<ptrdiff_t>(place) - 1];
     counts[k] = to_int(*lane.counts_before(place));
-    leaving[k] = lane.series.data() + lane.first - lane.n();
+    leaving[k] = &lane.series[static_cast<size_t>(lane.first - lane.n()) + place];
   }
-  for (; place < size; ++place) {
+  for (const size_t begin = place; place < size; ++place) {
     bool meets_null = false;
 #pragma GCC unroll 4
     for (size_t k = 0; k < count; ++k) {
-      means[k] = (means[k] * counts[k] - leaving[k][place] + lanes[k].x[place]) / counts[k];
+      means[k] = (means[k] * counts[k] - leaving[k][place - begin] + lanes[k].x[place]) / counts[k];
       meets_null |= is_null(means[k]);
     }
     if (meets_null) break;

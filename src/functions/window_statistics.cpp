@@ -279,18 +279,11 @@ double population_covariance(const WindowPair& windows) {
   return sum / size_of(x);
 }
 
-/// A word of X, Y and N. `Reduce` says what it makes of the windows, and whether an argument that
-/// fails is a null.
-template <typename Reduce>
+/// The column form of a word of X, Y and N.
+template <double (*value)(const WindowPair& windows)>
 class OverWindowPair : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    if (call.scan) return Reduce::scan(call);
-    WindowPair windows;
-    const Status status = take_windows(call, Reduce::is_tolerant, windows);
-    return failed(status) ? status : call.answer(Reduce::value(windows));
-  }
   const double* column(const ColumnCall& call) const final {
     const std::optional<double> period = call.number(2);
     const int32_t n = period ? to_int(*period) : 0;
@@ -299,7 +292,7 @@ class OverWindowPair : public BaseFunc {
     if (y == -1) return nullptr;
     const DataTable& table = call.table();
     return call.each_row([&table, n, x, y](int32_t row) {
-      return Reduce::value({table.window(x, row, n), table.window(y, row, n)});
+      return value({table.window(x, row, n), table.window(y, row, n)});
     });
   }
   ColumnTraits column_traits() const final {
@@ -307,17 +300,18 @@ class OverWindowPair : public BaseFunc {
   }
 };
 
-struct Covariance {
-  static constexpr bool is_tolerant = true;
-  static Status scan(const Call& call) {
-    const Status status = scan_unchecked_period(call, 3, 2);
-    return failed(status) ? status : call.answer(null_value);
-  }
-  static double value(const WindowPair& windows) { return population_covariance(windows); }
-};
-
-class COVAR final : public OverWindowPair<Covariance> {
+class COVAR final : public OverWindowPair<population_covariance> {
+ public:
   using OverWindowPair::OverWindowPair;
+  Status execute(const Call& call) const override {
+    if (call.scan) {
+      const Status status = scan_unchecked_period(call, 3, 2);
+      return failed(status) ? status : call.answer(null_value);
+    }
+    WindowPair windows;
+    ignore_status(take_windows(call, true, windows));
+    return call.answer(population_covariance(windows));
+  }
 };
 
 double sample_deviation(const Window& window) {
@@ -326,17 +320,16 @@ double sample_deviation(const Window& window) {
 
 /// The covariance of the population over the deviations of the samples, which makes (m-1)/m of the
 /// usual coefficient.
-struct Correlation : Covariance {
-  static double value(const WindowPair& windows) {
-    return value(population_covariance(windows), windows);
-  }
-  static double value(double covariance, const WindowPair& windows) {
-    return covariance / (sample_deviation(windows.y) * sample_deviation(windows.x));
-  }
-};
+double correlation(double covariance, const WindowPair& windows) {
+  return covariance / (sample_deviation(windows.y) * sample_deviation(windows.x));
+}
 
-/// Takes its windows once for the covariance and again for the deviations.
-class CORRELATION final : public OverWindowPair<Correlation> {
+double correlation_of(const WindowPair& windows) {
+  return correlation(population_covariance(windows), windows);
+}
+
+/// A bar takes its windows once for the covariance and again for the deviations.
+class CORRELATION final : public OverWindowPair<correlation_of> {
  public:
   using OverWindowPair::OverWindowPair;
   Status execute(const Call& call) const override {
@@ -345,7 +338,7 @@ class CORRELATION final : public OverWindowPair<Correlation> {
     ignore_status(take_windows(call, true, windows));
     const double covariance = population_covariance(windows);
     if (const Status status = take_windows(call, false, windows); failed(status)) return status;
-    return call.answer(Correlation::value(covariance, windows));
+    return call.answer(correlation(covariance, windows));
   }
 };
 
@@ -372,14 +365,15 @@ double pearson_coefficient(const WindowPair& windows) {
   return sxy / std::sqrt(sxx * syy);
 }
 
-struct PearsonCoefficient {
-  static constexpr bool is_tolerant = false;
-  static Status scan(const Call& call) { return scan_period(call, 3, 2); }
-  static double value(const WindowPair& windows) { return pearson_coefficient(windows); }
-};
-
-class COEFFICIENTR final : public OverWindowPair<PearsonCoefficient> {
+class COEFFICIENTR final : public OverWindowPair<pearson_coefficient> {
+ public:
   using OverWindowPair::OverWindowPair;
+  Status execute(const Call& call) const override {
+    if (call.scan) return scan_period(call, 3, 2);
+    WindowPair windows;
+    if (const Status status = take_windows(call, false, windows); failed(status)) return status;
+    return call.answer(pearson_coefficient(windows));
+  }
 };
 
 constexpr WordRow words[] = {

@@ -42,7 +42,7 @@ export class Studio {
   private readonly events: Events;
   private readonly play: Play;
   private readonly tabs: Tabs;
-  private readonly library: Library;
+  private readonly scripts: Library;
   private readonly times = byId('times', HTMLElement);
   private readonly period: PeriodMenu;
   private parameters = new Map<string, number>();
@@ -88,7 +88,7 @@ export class Studio {
       fail,
     });
     this.play = this.makePlay(fail);
-    this.library = new Library(
+    this.scripts = new Library(
       byId('library', HTMLSelectElement),
       start,
       (name, text) => this.openScript(name, text),
@@ -283,7 +283,7 @@ export class Studio {
         script: () => ({ name: this.scriptName, text: this.editor.text }),
         saved: (name) => {
           this.scriptName = name;
-          this.library.add(name);
+          this.scripts.add(name);
           tell(`Saved as ${name}`);
         },
         fail,

@@ -9,6 +9,13 @@ const plate = {
   boxShadow: 'var(--shadow)',
 };
 
+const wave = (color: 'error' | 'warning') => ({
+  backgroundImage: 'none',
+  textDecoration: `underline wavy var(--${color}) 1.5px`,
+  textUnderlineOffset: '3px',
+  textDecorationSkipInk: 'none',
+});
+
 export const editorLook = EditorView.theme({
   '&': {
     height: '100%',
@@ -53,18 +60,8 @@ export const editorLook = EditorView.theme({
   },
   '.word-help .example': { fontFamily: 'var(--code-font)', color: 'var(--label)', margin: '0' },
   '.word-help .arguments, .word-help .nulls': { color: 'var(--label)' },
-  '.cm-lintRange-error': {
-    backgroundImage: 'none',
-    textDecoration: 'underline wavy var(--error) 1.5px',
-    textUnderlineOffset: '3px',
-    textDecorationSkipInk: 'none',
-  },
-  '.cm-lintRange-warning': {
-    backgroundImage: 'none',
-    textDecoration: 'underline wavy var(--warning) 1.5px',
-    textUnderlineOffset: '3px',
-    textDecorationSkipInk: 'none',
-  },
+  '.cm-lintRange-error': wave('error'),
+  '.cm-lintRange-warning': wave('warning'),
   '.cm-diagnostic': { padding: '6px 12px', border: 'none' },
   '.cm-diagnostic-error': { boxShadow: 'inset 3px 0 var(--error)' },
   '.cm-diagnostic-warning': { boxShadow: 'inset 3px 0 var(--warning)' },

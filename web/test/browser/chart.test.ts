@@ -1,24 +1,11 @@
 // What the chart draws, and how one moves in it.
 import assert from 'node:assert/strict';
-import { after, afterEach, before, beforeEach, test } from 'node:test';
-import type { Browser } from 'puppeteer-core';
-import { Desk, manyBars, startBrowser, Studio } from './support.ts';
+import { test } from 'node:test';
+import { Desk, manyBars, onDesks } from './support.ts';
 
-let studio: Studio;
-let browser: Browser;
 let desk: Desk;
 
-before(async () => {
-  [studio, browser] = await Promise.all([Studio.start(), startBrowser()]);
-});
-after(async () => {
-  await browser.close();
-  await studio.stop();
-});
-beforeEach(async () => {
-  desk = await Desk.open(browser, studio);
-});
-afterEach(() => desk.close());
+onDesks((opened) => ({ desk } = opened));
 
 /** How many pixels differ, and how many have got a colour. */
 function compare(

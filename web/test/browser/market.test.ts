@@ -2,9 +2,9 @@
 import assert from 'node:assert/strict';
 import { existsSync, readFileSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
-import { after, afterEach, before, beforeEach, test } from 'node:test';
+import { test } from 'node:test';
 import type { Browser } from 'puppeteer-core';
-import { Desk, folderOf, lastBars, quorSays, startBrowser, Studio } from './support.ts';
+import { Desk, folderOf, lastBars, onDesks, quorSays, Studio } from './support.ts';
 
 const hostile = '<img src=x onerror=alert(1)>';
 const names = ['alpha', 'beta', 'gamma', 'delta', hostile];
@@ -13,17 +13,7 @@ let studio: Studio;
 let browser: Browser;
 let desk: Desk;
 
-before(async () => {
-  [studio, browser] = await Promise.all([Studio.start('--bars', folder), startBrowser()]);
-});
-after(async () => {
-  await browser.close();
-  await studio.stop();
-});
-beforeEach(async () => {
-  desk = await Desk.open(browser, studio);
-});
-afterEach(() => desk.close());
+onDesks((opened) => ({ studio, browser, desk } = opened), '--bars', folder);
 
 const crossing =
   "F:=MA(C,3);\nS:=MA(C,8);\nM:MA(C,5);\nCROSS(F,S),BK(2);\nCROSS(S,F),SP;\nCROSS(C,M),NOTICE('over');";

@@ -4,6 +4,7 @@ import { type ChildProcess, execFileSync, spawn } from 'node:child_process';
 import { mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join, resolve } from 'node:path';
+import { after, afterEach, before, beforeEach } from 'node:test';
 import puppeteer, { type Browser, type Page } from 'puppeteer-core';
 
 const quor = process.env.QUOR ?? resolve('../build/release/host/quor');
@@ -255,6 +256,28 @@ export class Desk {
     assert.deepEqual(this.faults, []);
     await this.page.close();
   }
+}
+
+/** For the tests of a file one studio and one browser, and for each of them a page of its own. */
+export function onDesks(
+  take: (opened: { studio: Studio; browser: Browser; desk: Desk }) => void,
+  ...options: string[]
+): void {
+  let studio: Studio;
+  let browser: Browser;
+  let desk: Desk;
+  before(async () => {
+    [studio, browser] = await Promise.all([Studio.start(...options), startBrowser()]);
+  });
+  after(async () => {
+    await browser.close();
+    await studio.stop();
+  });
+  beforeEach(async () => {
+    desk = await Desk.open(browser, studio);
+    take({ studio, browser, desk });
+  });
+  afterEach(() => desk.close());
 }
 
 /** A folder with so many securities, the newest bars of the sample each. */

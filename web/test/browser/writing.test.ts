@@ -2,25 +2,14 @@
 import assert from 'node:assert/strict';
 import { readFileSync } from 'node:fs';
 import { join } from 'node:path';
-import { after, afterEach, before, beforeEach, test } from 'node:test';
+import { test } from 'node:test';
 import type { Browser } from 'puppeteer-core';
-import { Desk, makeFolder, manyBars, quorSays, samples, startBrowser, Studio } from './support.ts';
+import { Desk, makeFolder, manyBars, onDesks, quorSays, samples } from './support.ts';
 
-let studio: Studio;
 let browser: Browser;
 let desk: Desk;
 
-before(async () => {
-  [studio, browser] = await Promise.all([Studio.start(), startBrowser()]);
-});
-after(async () => {
-  await browser.close();
-  await studio.stop();
-});
-beforeEach(async () => {
-  desk = await Desk.open(browser, studio);
-});
-afterEach(() => desk.close());
+onDesks((opened) => ({ browser, desk } = opened));
 
 test('the page opens with a sample over the sample bars', async () => {
   const legend = await desk.legend();
