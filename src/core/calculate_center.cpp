@@ -70,16 +70,49 @@ Status CalculateCenter::run_statements(int32_t first_row, std::string& error) {
   return Status::ok;
 }
 
+namespace {
+
+/// Writes the blanks that a run leaves, whichever way it ends.
+struct BlankEnd {
+  DataTable& table;
+  ~BlankEnd() { table.write_blanks(); }
+};
+
+}  // namespace
+
 Status CalculateCenter::run_range(std::span<const uint32_t> statements, int32_t first, int32_t end,
                                   std::string& error) {
   const bool is_long = int64_t{end} - first >= block_rule_.shortest_run;
-  if (!is_long || pool_.script.sets_variables) return run_rows(statements, {first, end}, error);
+  if (!is_long || pool_.script.sets_variables) {
+    pool_.table().write_blanks();
+    return run_rows(statements, {first, end}, error);
+  }
+  const BlankEnd blank_end{pool_.table()};
   return run_by_blocks(statements, first, end, error);
+}
+
+/// If no statement sees the rows behind its own, a block has the nulls written that are left when
+/// its columns are; only what no statement writes needs them before.
+void CalculateCenter::write_blanks_for(int32_t first, int32_t end) {
+  DataTable& table = pool_.table();
+  if (!table.has_blanks()) return;
+  if (first != 0 || table.layout() != planned_layout_ || !plan_.is_whole()) {
+    table.write_blanks();
+    return;
+  }
+  table.write_blanks_before(end);
+  for (const Variable* variable : pool_.script.variable_list) {
+    const bool is_field = variable->kind == VariableKind::field && variable->column_index != -1;
+    if (is_field && !plan_.is_written(variable->column_index)) {
+      table.write_blanks_of(variable->column_index);
+    }
+  }
 }
 
 Status CalculateCenter::run_by_blocks(std::span<const uint32_t> statements, int32_t first,
                                       int32_t end, std::string& error) {
   const int32_t bars_end = first + std::min(block_rule_.bars_first, end - first);
+  write_blanks_for(first, bars_end);
   const Status status = run_rows(statements, {first, bars_end}, error);
   if (failed(status)) return status;
   int32_t size = block_rule_.first_block;
@@ -111,6 +144,7 @@ Status CalculateCenter::run_block(std::span<const uint32_t> statements, Block ro
     columns_.give_up_ahead(position);
     bar_by_bar_.push_back(position);
   }
+  pool_.table().write_blanks_before(rows.end);
   if (bar_by_bar_.empty()) return Status::ok;
   try {
     const Status status = run_rows(bar_by_bar_, rows, error);

@@ -107,6 +107,7 @@ class CalculateCenter {
                        std::string& error);
   Status run_block(std::span<const uint32_t> statements, Block rows, int32_t run_from,
                    std::string& error);
+  void write_blanks_for(int32_t first, int32_t end);
   void run_ahead(std::span<const uint32_t> statements, int32_t run_from);
   bool can_take(uint32_t statement, int32_t run_from) const;
   Status run_rows(std::span<const uint32_t> statements, Block rows, std::string& error);

@@ -151,6 +151,7 @@ class ColumnPlan::Inspection {
     const ColumnTraits traits = call.function->column_traits();
     const Traits known = traits_of(call);
     if (!traits.by_columns || (traits.keeps_state && way.refuses_state)) refuse();
+    entry_.looks_back &= known.has(looks_back);
     entry_.looks_ahead |= known.has(reads_forward) || !known.has_any(looks_back | follows_rows);
     entry_.revisits_state |= traits.keeps_state && way.revisits;
     for (size_t i = 0; i < call.arguments.size(); ++i) {
@@ -197,6 +198,9 @@ void ColumnPlan::make(std::span<Variable* const> statements, std::span<Variable*
   }
   note_views(each_in_full);
   if (!each_in_full) refuse_what_rests_on_others();
+  is_whole_ = !each_in_full && std::ranges::all_of(entries_, [](const Entry& entry) {
+    return entry.by_columns && entry.looks_back;
+  });
 }
 
 void ColumnPlan::note_views(bool each_in_full) {

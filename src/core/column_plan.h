@@ -1,6 +1,7 @@
 // Which statements of a script can be worked out column by column.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -26,6 +27,12 @@ class ColumnPlan {
     const Entry& entry = entries_[statement];
     return entry.by_columns && (first_row == 0 || !entry.revisits_state);
   }
+  /// Whether all statements can go by columns and see no row behind their own.
+  bool is_whole() const { return is_whole_; }
+  /// Whether a statement writes a column as its own.
+  bool is_written(int32_t column) const {
+    return std::ranges::find(columns_, column) != columns_.end();
+  }
   /// The statements that have to be finished for a block before this one can take it.
   std::span<const uint32_t> rests_on(size_t statement) const {
     return entries_[statement].rests_on;
@@ -40,6 +47,7 @@ class ColumnPlan {
   struct Entry {
     bool by_columns = true;
     bool looks_ahead = false;
+    bool looks_back = true;  ///< alone
     /// Evaluates calls that keep a state again at bars that it has passed. That changes nothing
     /// where all bars have been passed in order, from row 0 on.
     bool revisits_state = false;
@@ -53,6 +61,7 @@ class ColumnPlan {
   void refuse_what_rests_on_others();
 
   std::vector<Entry> entries_;
+  bool is_whole_ = false;
   std::vector<int32_t> columns_;  ///< of the statements
 };
 

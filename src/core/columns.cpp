@@ -119,18 +119,24 @@ bool Columns::calculate(Variable& statement, size_t position) {
 }
 
 double* Columns::overwrite(int32_t column, Block rows) {
-  double* cells = pool_.table().writable_cells(column, rows.first).data();
-  overwritten_.push_back({position_, column, rows, old_values_.size()});
-  old_values_.insert(old_values_.end(), cells, cells + rows.size());
+  DataTable& table = pool_.table();
+  const bool were_blank = table.take_blanks(column, rows.first, rows.end);
+  double* cells = table.writable_cells(column, rows.first).data();
+  overwritten_.push_back({position_, column, rows, old_values_.size(), were_blank});
+  if (!were_blank) old_values_.insert(old_values_.end(), cells, cells + rows.size());
   return cells;
 }
 
 void Columns::put_back(const Overwritten& cells, int32_t first) {
   if (first >= cells.rows.end) return;
-  const auto skipped = static_cast<size_t>(std::max(first - cells.rows.first, 0));
-  const auto old = old_values_.begin() + static_cast<ptrdiff_t>(cells.values);
-  std::copy(old + static_cast<ptrdiff_t>(skipped), old + static_cast<ptrdiff_t>(cells.rows.size()),
-            pool_.table().writable_cells(cells.column, std::max(first, cells.rows.first)).data());
+  first = std::max(first, cells.rows.first);
+  const auto left = static_cast<size_t>(cells.rows.end - first);
+  double* target = pool_.table().writable_cells(cells.column, first).data();
+  if (cells.were_blank) {
+    std::fill_n(target, left, null_value);
+  } else {
+    std::copy_n(&old_values_[cells.values + cells.rows.size() - left], left, target);
+  }
 }
 
 void Columns::note_memory(CallMemory& memory, Block rows, int32_t known) {

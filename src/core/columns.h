@@ -94,6 +94,7 @@ class Columns {
     int32_t column;
     Block rows;
     size_t values;  ///< where the old ones begin in `old_values_`
+    bool were_blank;
   };
   struct Memory {
     size_t position;

@@ -64,6 +64,7 @@ void DataTable::store_key(size_t row, int32_t time_column) {
 }
 
 void DataTable::insert_row(int64_t key) {
+  write_blanks();
   const auto row = std::lower_bound(keys_.begin(), keys_.end(), key) - keys_.begin();
   make_room(keys_.size() + 1);
   note_change_from(static_cast<size_t>(row));
@@ -80,6 +81,7 @@ void DataTable::put_value(int64_t key, uint32_t id, double value) {
     insert_row(key);
     return;
   }
+  write_blanks();
   const int32_t column = add_column(id);
   note_change(static_cast<int32_t>(row), cell(row, column), value);
   set_cell(static_cast<int32_t>(row), column, value);
@@ -90,34 +92,62 @@ void DataTable::make_room(size_t rows) {
     if (cells.capacity() < rows) cells.reserve(std::max(rows, 2 * cells.capacity()));
   };
   room(keys_);
-  for (Column& column : columns_) room(column.cells);
+  for (Column& column : columns_) {
+    if (keys_.empty()) column.cells.clear();
+    room(column.cells);
+  }
 }
 
 void DataTable::fill(std::span<const int64_t> keys, std::span<const ColumnValues> columns) {
-  make_room(keys.size());
+  keys_.reserve(keys.size());
+  for (Column& column : columns_) column.cells.resize(keys.size());
   // All memory is there; nothing throws from here on.
   keys_.assign(keys.begin(), keys.end());
+  for (Column& column : columns_) column.blank_from = 0;
   for (const auto& [index, values] : columns) {
-    columns_[static_cast<size_t>(index)].cells.assign(values, values + keys.size());
+    Column& column = columns_[static_cast<size_t>(index)];
+    std::copy_n(values, keys.size(), column.cells.begin());
+    column.blank_from = no_blanks;
   }
-  // A copy is quicker than a loop that writes nulls.
-  const std::vector<double>* nulls = nullptr;
-  for (Column& column : columns_) {
-    if (!column.cells.empty()) continue;
-    if (nulls != nullptr) {
-      column.cells.assign(nulls->begin(), nulls->end());
-    } else {
-      column.cells.assign(keys.size(), null_value);
-      nulls = &column.cells;
-    }
-  }
+  has_blanks_ = true;
   const int32_t time_column = column_index_of(time_column_id);
   if (time_column != -1) {
-    std::ranges::transform(keys, columns_[static_cast<size_t>(time_column)].cells.begin(),
+    Column& times = columns_[static_cast<size_t>(time_column)];
+    std::ranges::transform(keys, times.cells.begin(),
                            [](int64_t key) { return static_cast<double>(key); });
+    times.blank_from = no_blanks;
   }
   note_size();
   note_change_from(0);
+}
+
+void DataTable::write_blanks_before(Column& column, int32_t row) {
+  if (column.blank_from >= row) return;
+  std::fill(column.cells.begin() + column.blank_from, column.cells.begin() + row, null_value);
+  column.blank_from = row;
+}
+
+void DataTable::write_blanks_before(int32_t row) {
+  for (Column& column : columns_) write_blanks_before(column, row);
+}
+
+void DataTable::write_blanks_of(int32_t column) {
+  write_blanks_before(columns_[static_cast<size_t>(column)], row_count());
+}
+
+void DataTable::write_blanks() {
+  if (!has_blanks_) return;
+  write_blanks_before(row_count());
+  for (Column& column : columns_) column.blank_from = no_blanks;
+  has_blanks_ = false;
+}
+
+bool DataTable::take_blanks(int32_t index, int32_t first, int32_t end) {
+  Column& column = columns_[static_cast<size_t>(index)];
+  const bool are_blank = column.blank_from <= first;
+  write_blanks_before(column, are_blank ? first : end);
+  if (are_blank) column.blank_from = end;
+  return are_blank;
 }
 
 namespace {
@@ -159,6 +189,7 @@ void sort_rows(RowBatch& batch) {
 }  // namespace
 
 void DataTable::merge_rows(RowBatch& batch) {
+  write_blanks();
   sort_rows(batch);
   const size_t rows = find_rows(batch);
   make_room(rows);
@@ -315,7 +346,8 @@ void DataTable::reset() {
 
 void DataTable::clear_rows() {
   keys_.clear();
-  for (Column& column : columns_) column.cells.clear();
+  for (Column& column : columns_) column.blank_from = no_blanks;
+  has_blanks_ = false;
   note_size();
   note_change_from(0);
 }

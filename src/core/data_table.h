@@ -77,8 +77,12 @@ struct ColumnValues {
 /// Owned by the pool and touched only under the instance's lock. A row is a 0-based index into the
 /// ascending keys; row indexes move when a row is inserted before them.
 class DataTable {
+  static constexpr int32_t no_blanks = std::numeric_limits<int32_t>::max();
+
   struct Column {
-    std::vector<double> cells;  ///< as long as `keys_`
+    /// As long as `keys_`, or longer in a table that has been cleared.
+    std::vector<double> cells;
+    int32_t blank_from = no_blanks;  ///< row; nulls belong from here on, but are not written
   };
 
  public:
@@ -106,8 +110,16 @@ class DataTable {
   /// a row that holds the key in column 1 and nulls elsewhere. Keys below 1 add nothing.
   void put_value(int64_t key, uint32_t id, double value);
   /// Fills an empty table: keys that are positive and ascend, and for some columns the values, one
-  /// per key. All other cells are null; column 1 holds the key.
+  /// per key; column 1 holds the key. All other cells are blank: they count as null, but nobody
+  /// reads them before `write_blanks`, as a run over a whole history writes most of them anyway.
   void fill(std::span<const int64_t> keys, std::span<const ColumnValues> columns);
+  bool has_blanks() const { return has_blanks_; }
+  /// Writes the nulls of all blank cells, or of those before a row, or of those of a column.
+  void write_blanks();
+  void write_blanks_before(int32_t row);
+  void write_blanks_of(int32_t column);
+  /// To be told that all cells of some rows are going to be written. Whether they were blank.
+  bool take_blanks(int32_t column, int32_t first, int32_t end);
   /// Takes a batch in one merge. Cells of existing rows that the batch doesn't name keep their
   /// values, those of new rows are null; column 1 holds the key.
   void merge_rows(RowBatch& batch);
@@ -140,13 +152,14 @@ class DataTable {
   /// All cells of a column, oldest first; none of a column that isn't there. Valid as a window is.
   std::span<const double> cells(int32_t column) const {
     if (static_cast<uint32_t>(column) >= column_count_) return {};
-    return columns_[static_cast<uint32_t>(column)].cells;
+    return std::span(columns_[static_cast<uint32_t>(column)].cells).first(rows_);
   }
 
   /// The cells of a column that is there, from a row on to be written.
   std::span<double> writable_cells(int32_t column, int32_t row) {
     if (watches_changes_) changes_.note(row);
     return std::span(columns_[static_cast<uint32_t>(column)].cells)
+        .first(rows_)
         .subspan(static_cast<size_t>(row));
   }
 
@@ -205,6 +218,7 @@ class DataTable {
     return static_cast<uint64_t>(row) < rows_ && static_cast<uint32_t>(column) < column_count_;
   }
   void note_size();
+  static void write_blanks_before(Column& column, int32_t row);
   void insert_row(int64_t key);
   void store_key(size_t row, int32_t time_column);
   void write_column(int32_t index, std::span<const BatchRow> rows, const double* values,
@@ -226,6 +240,7 @@ class DataTable {
   uint32_t next_auxiliary_id_ = first_auxiliary_id;
   uint64_t layout_ = 0;
   int32_t first_changed_row_ = no_change;
+  bool has_blanks_ = false;
   bool watches_changes_ = false;
   RowChanges changes_;
 };

@@ -164,9 +164,13 @@ class BatchReader {
   RowBatch& batch_;
 };
 
-/// One form for all nulls. Most cells hold none and are only looked at.
+/// One form for all nulls. Most columns hold none and are only looked at.
 void make_plain(std::span<double> cells) {
   const auto is_special = [](double value) { return !(value < 2147483648.0); };
+  // Looking at all of them is quicker than a search.
+  size_t specials = 0;
+  for (const double cell : cells) specials += is_special(cell) ? 1 : 0;
+  if (specials == 0) return;
   for (auto cell = cells.begin();; ++cell) {
     cell = std::find_if(cell, cells.end(), is_special);
     if (cell == cells.end()) return;

@@ -203,6 +203,7 @@ std::optional<uint32_t> Script::row_of(int64_t key) const {
 }
 
 std::span<const double> Script::column(uint32_t id) const {
+  body_->parser.pool().table().write_blanks();
   const int32_t index = body_->table().column_index_of(id);
   require(index != -1, "no such column");
   return body_->table().cells(index);
