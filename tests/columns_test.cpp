@@ -139,8 +139,12 @@ bool play(Twins& twins, Bars bars, size_t known) {
   if (!twins.run(rows / 8, "behind an inserted bar")) return false;
   twins.feed(bars, known, bars["C"].size());
   if (!twins.run(rows, "from the new bars") || !twins.run(0, "again")) return false;
-  twins.replace(random_bars(known, 2 * known));
-  return twins.run(0, "over other bars");
+  Bars others = random_bars(known, 2 * known);
+  twins.replace(others);
+  if (!twins.run(0, "over other bars")) return false;
+  others.erase("O");
+  twins.replace(others);
+  return twins.run(0, "without a field");
 }
 
 /// Scripts in which a word stands alone, feeds others, and is fed by calls and by other lines.

@@ -101,12 +101,7 @@ void CalculateCenter::write_blanks_for(int32_t first, int32_t end) {
     return;
   }
   table.write_blanks_before(end);
-  for (const Variable* variable : pool_.script.variable_list) {
-    const bool is_field = variable->kind == VariableKind::field && variable->column_index != -1;
-    if (is_field && !plan_.is_written(variable->column_index)) {
-      table.write_blanks_of(variable->column_index);
-    }
-  }
+  for (const int32_t column : plan_.reads_of_no_statement()) table.write_blanks_of(column);
 }
 
 Status CalculateCenter::run_by_blocks(std::span<const uint32_t> statements, int32_t first,

@@ -182,6 +182,7 @@ void ColumnPlan::make(std::span<Variable* const> statements, std::span<Variable*
   const SeriesUses uses(variables);
   entries_.assign(statements.size(), {});
   columns_.clear();
+  given_.clear();
   for (size_t i = 0; i < statements.size(); ++i) {
     const Variable& statement = *statements[i];
     int32_t column = statement.column_id == no_column ? -1 : statement.column_index;
@@ -219,7 +220,10 @@ void ColumnPlan::note_views(bool each_in_full) {
     });
     for (const int32_t column : reader.reads) {
       const auto found = writers.find(column);
-      if (found == writers.end()) continue;
+      if (found == writers.end()) {
+        if (column != -1) given_.push_back(column);
+        continue;
+      }
       const uint32_t writer = found->second;
       if (writer == i) reader.by_columns = false;
       if (each_in_full) continue;

@@ -1,7 +1,6 @@
 // Which statements of a script can be worked out column by column.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -29,10 +28,8 @@ class ColumnPlan {
   }
   /// Whether all statements can go by columns and see no row behind their own.
   bool is_whole() const { return is_whole_; }
-  /// Whether a statement writes a column as its own.
-  bool is_written(int32_t column) const {
-    return std::ranges::find(columns_, column) != columns_.end();
-  }
+  /// Columns that statements read and none writes.
+  std::span<const int32_t> reads_of_no_statement() const { return given_; }
   /// The statements that have to be finished for a block before this one can take it.
   std::span<const uint32_t> rests_on(size_t statement) const {
     return entries_[statement].rests_on;
@@ -61,6 +58,7 @@ class ColumnPlan {
   void refuse_what_rests_on_others();
 
   std::vector<Entry> entries_;
+  std::vector<int32_t> given_;
   bool is_whole_ = false;
   std::vector<int32_t> columns_;  ///< of the statements
 };

@@ -104,18 +104,21 @@ void DataTable::fill(std::span<const int64_t> keys, std::span<const ColumnValues
   // All memory is there; nothing throws from here on.
   keys_.assign(keys.begin(), keys.end());
   for (Column& column : columns_) column.blank_from = 0;
+  has_blanks_ = true;
   for (const auto& [index, values] : columns) {
     Column& column = columns_[static_cast<size_t>(index)];
     std::copy_n(values, keys.size(), column.cells.begin());
     column.blank_from = no_blanks;
   }
-  has_blanks_ = true;
+  for (size_t i = 0; i < columns_.size(); ++i) {
+    const bool is_auxiliary =
+        column_ids_[i] >= first_auxiliary_id && column_ids_[i] < next_auxiliary_id_;
+    if (!is_auxiliary) write_blanks_before(columns_[i], static_cast<int32_t>(keys.size()));
+  }
   const int32_t time_column = column_index_of(time_column_id);
   if (time_column != -1) {
-    Column& times = columns_[static_cast<size_t>(time_column)];
-    std::ranges::transform(keys, times.cells.begin(),
+    std::ranges::transform(keys, columns_[static_cast<size_t>(time_column)].cells.begin(),
                            [](int64_t key) { return static_cast<double>(key); });
-    times.blank_from = no_blanks;
   }
   note_size();
   note_change_from(0);

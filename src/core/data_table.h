@@ -110,8 +110,9 @@ class DataTable {
   /// a row that holds the key in column 1 and nulls elsewhere. Keys below 1 add nothing.
   void put_value(int64_t key, uint32_t id, double value);
   /// Fills an empty table: keys that are positive and ascend, and for some columns the values, one
-  /// per key; column 1 holds the key. All other cells are blank: they count as null, but nobody
-  /// reads them before `write_blanks`, as a run over a whole history writes most of them anyway.
+  /// per key. All other cells are null; column 1 holds the key. The nulls of auxiliary columns stay
+  /// blank: nobody reads them before `write_blanks`, as a run over a whole history writes most of
+  /// these cells anyway.
   void fill(std::span<const int64_t> keys, std::span<const ColumnValues> columns);
   bool has_blanks() const { return has_blanks_; }
   /// Writes the nulls of all blank cells, or of those before a row, or of those of a column.
