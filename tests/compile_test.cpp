@@ -69,6 +69,7 @@ TEST(Compile, Refusals) {
       {"A:MA(X,5);", 1, "X", 0},
       {"A:REF(A,1);", 1, "A", 0},
       {"A:MA(C,LINETHICK10);", 1, "LINETHICK10", 0},
+      {"A:MA(C,LINETHICK00);", 1, "LINETHICK00", 0},
       {"A:MA(C,LINETHICK9.5);", 1, "LINETHICK9.5", 0},
       {"A:MA(C,LINETHICK0.4);", 0, "LINETHICK0.4", 0},
       {"A:MA;", 6, "MA", 0},

@@ -122,6 +122,8 @@ class Scripts {
       "REF(x,0-2)",
       "PEAKBARS(x,3,1,0)",
       "AVEDEV(x,n)",
+      "x-TOTALBARSCOUNT",
+      "IF(ISLASTBAR,x,x)",
       "DMA(x,x/6)",
       "MAX(0,REF(LLV(x,5),2))",
       "IF(c,REF(HHV(x,5),2),0)",
