@@ -238,8 +238,8 @@ constexpr const char* entangled[] = {
     "A:=DIVERGENCE(C,O,2,5,1)*0+C;B:=BARSCOUNT(A);",
     "A:=DIVERGENCE(C-O,O,2,5,1);B:=MA(C-O,4);D:=HHV(C-O,3);",
     "A:=HHV(C-O,3);B:=DIVERGENCE(C-O,O,2,5,1);",
-    "B:=HHV(1+1,4);A:=MA(1+1,5);D:=SUM(1+1,3);",
-    "A:=COVAR(C,1+1,4);B:=HHVBARS(1+1,5);D:=MA(1+1,3);",
+    "B:=HHV(1+1,1);A:=MA(1+1,5);D:=SUM(1+1,3);",
+    "B:=HHV(1+1,1);A:=COVAR(C,1+1,4);",
     "B:=HHV(1+1,4);A:=DIVERGENCE(1+1,O,2,5,1);",
     "PARTLINE(1,C+1,COLORRED);POLYLINE(C>O,C+1,COLORBLUE);A:=C;",
 };
