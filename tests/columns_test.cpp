@@ -194,6 +194,22 @@ TEST(Columns, EveryWordOverThousandsOfBars) {
   }
 }
 
+/// Periods below a bar, without bars, with a fraction or varying, weights, switches and series that
+/// no word is meant to take.
+constexpr const char* odd_arguments[] = {"0.4", "1", "0", "0-1", "2.5", "O-O", "BARPOS/9", "C>O"};
+
+TEST(Columns, EveryWordWithAnOddArgument) {
+  for (const auto& [word, id] : quor::FunctionIdTable()) {
+    if (word == "RAND") continue;
+    for (const char* argument : odd_arguments) {
+      for (const std::string& script : statements_with(word, argument)) {
+        Twins twins(script, {1, 3, 7, 7});
+        if (twins.compile() && !play(twins, random_bars(79, word.size()), 70)) return;
+      }
+    }
+  }
+}
+
 /// Statements that see each other, fail in the middle, or take their columns late.
 constexpr const char* entangled[] = {
     "A:=EMA(C,5);B:=STD(C,5-(BARPOS=41)*10);D:=MA(A,3);E:=B+D;",
@@ -217,6 +233,15 @@ constexpr const char* entangled[] = {
     "A:=MA(C,3);B:=MA(O,5)-MA(C,3);D:=MA(V,2);E:=STD(C,5-(BARPOS=41)*10);F:=MA(L,9)+MA(H,1);",
     "A:EMA(C,3)-EMA(C,9);B:=REF(EMA(C,3),2);D:=EMA(C,0)+EMA(O,2);E:=BARSSINCE(C>O)+EMA(O,4);",
     "K:=C;A:=SMA(K,3,1)+SMA(C,5,2);B:=SMA(O,4,1)/SMA(C,5,2);D:=IF(C>O,SMA(C,7,1),0)+SMA(V,2,1);",
+    "A:=LOG(C,O)+ROUND(C/3,BARPOS/9-4);B:=LOG(O,3);D:=MA(A,3);",
+    "N:=3;A:=HHV(C,N);B:=SET(N,BARPOS/9);D:=MA(O,N)+COUNT(C>O,N);",
+    "A:=DIVERGENCE(C,O,2,5,1)*0+C;B:=BARSCOUNT(A);",
+    "A:=DIVERGENCE(C-O,O,2,5,1);B:=MA(C-O,4);D:=HHV(C-O,3);",
+    "A:=HHV(C-O,3);B:=DIVERGENCE(C-O,O,2,5,1);",
+    "B:=HHV(1+1,1);A:=MA(1+1,5);D:=SUM(1+1,3);",
+    "B:=HHV(1+1,1);A:=COVAR(C,1+1,4);",
+    "B:=HHV(1+1,4);A:=DIVERGENCE(1+1,O,2,5,1);",
+    "PARTLINE(1,C+1,COLORRED);POLYLINE(C>O,C+1,COLORBLUE);A:=C;",
 };
 
 TEST(Columns, StatementsThatSeeEachOther) {

@@ -508,6 +508,14 @@ TEST(Drawing, APriceThatTwoCallsShare) {
   EXPECT_TRUE(same(host.column(20003), {2, 2, 2, 2}));
 }
 
+TEST(Drawing, APriceInAFieldWithTheIdZero) {
+  TestHost host;
+  const std::string word = new_word("PRICE");
+  host.declare_field(word, 0);
+  ASSERT_EQ(host.compile("PARTLINE(1," + word + ",COLORRED);").code, 0);
+  EXPECT_NE(host.shapes().find(R"("Field1Id":0)"), std::string::npos) << host.shapes();
+}
+
 /// A compile that was broken off leaves a call without its last argument, which fails when it is
 /// read: sticks and candles take it for null and go on, other words hand the status up.
 TEST(Drawing, WordsThatDoNotLookAtAStatus) {

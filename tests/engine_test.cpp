@@ -254,6 +254,7 @@ TEST(Engine, ARunThatFailsSaysWhere) {
   EXPECT_EQ(failure.code, 4000);
   EXPECT_EQ(failure.text, "vector too long");
   EXPECT_EQ(failure.statement, -1);
+  EXPECT_EQ(Script("A:=C;").report().failure.statement, -1);
   EXPECT_EQ(Script(std::string(9, '\n') + "A:B;").report().failure.statement, 9);
 }
 
@@ -288,6 +289,18 @@ TEST(Engine, AnswersForTheSubjectThatItWasGiven) {
   EXPECT_EQ(values(), "0.25 1");
   script.restart({});
   EXPECT_EQ(values(), "null 0");
+}
+
+TEST(Engine, ReadsTheFieldsOfTheMarketAndOfTradingTime) {
+  Settings settings;
+  settings.subject.market = "USHA";
+  Script script("A:=OPI+0;B:=AVPRICE+0;", settings);
+  EXPECT_EQ(script.report().fields, (std::vector<uint32_t>{19, 2656718}));
+  settings.subject.market = "SHFE";
+  script.restart(settings.subject);
+  EXPECT_EQ(script.report().fields, (std::vector<uint32_t>{65, 72}));
+  settings.subject.is_trading = true;
+  EXPECT_EQ(Script("A:=AVPRICE+0;", settings).report().fields, std::vector<uint32_t>{2656718});
 }
 
 /// Every vector, through both faces.

@@ -49,7 +49,7 @@ class Scripts {
       } else if (c == 'c') {
         text += "(" + expression(depth) + (below(2) == 0 ? ")>" : ")<=") + expression(depth);
       } else if (c == 'n') {
-        text += below(6) == 0 ? "(" + expression(1) + ")" : std::to_string(below(7));
+        text += period();
       } else {
         text += c;
       }
@@ -57,6 +57,13 @@ class Scripts {
     return text;
   }
 
+  std::string period() {
+    if (below(6) == 0) return "(" + expression(1) + ")";
+    if (below(9) == 0) return odd_periods[random_() % std::size(odd_periods)];
+    return std::to_string(below(7));
+  }
+
+  static constexpr const char* odd_periods[] = {"2.5", "0.4", "0-1", "C-2", "BARPOS/9"};
   static constexpr std::string_view shapes[] = {
       "BARSLAST(c)",
       "BARSLASTCOUNT(c)",
@@ -69,6 +76,7 @@ class Scripts {
       "SUM(x,0)",
       "EXIST(c,n)",
       "EVERY(c,n)",
+      "EVERY(c,x)",
       "NDAY(x,x,n)",
       "UPNDAY(x,n)",
       "DOWNNDAY(x,n)",
@@ -113,6 +121,12 @@ class Scripts {
       "BACKSET(c,2)",
       "REF(x,0-2)",
       "PEAKBARS(x,3,1,0)",
+      "AVEDEV(x,n)",
+      "x-TOTALBARSCOUNT",
+      "IF(ISLASTBAR,x,x)",
+      "DMA(x,x/6)",
+      "MAX(0,REF(LLV(x,5),2))",
+      "IF(c,REF(HHV(x,5),2),0)",
   };
 
   std::mt19937_64 random_;
