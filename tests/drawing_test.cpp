@@ -273,6 +273,9 @@ TEST(Drawing, Sticks) {
        R"(Field1Id=20000 Field1Text="A" Field1VisibleId=20001 Field2Id=20002 Style="Line")"
        R"( LowerShadowColor="Brush.Green6" UpperShadowColor="Brush.Red6" LineWidth=1.000000)"
        R"( IsColorStick=1)"},
+      {"A:C-O,VOLSTICK;", "BarShape",
+       R"(Field1Id=20000 Field1Text="A" Field1VisibleId=20001 Field2Id=20002 Style="Line")"
+       R"( LowerShadowColor="Brush.Green6" UpperShadowColor="Brush.Red6" IsVolStick=1)"},
       {"STICKLINE1(C>O,VOL,0,-1,1),ISVOLSTICK;", "BarShape",
        R"(TitleVisible=0 Field1Id=13 Field1Text="EMPTY_LINE_NAME_RESERVED1")"
        R"( Field1VisibleId=20000 Field2Id=20001 Style="Line" LowerShadowColor="Brush.Green6")"

@@ -46,7 +46,7 @@ Bars bars_with(unsigned seed, size_t rows) {
   return bars;
 }
 
-int questions = 0;  ///< what the host was asked through the callbacks of an instance
+int questions = 0;  ///< what the host was asked
 
 /// The compiler and the engine of one instance, without the interface around them.
 struct Engine {
@@ -166,6 +166,11 @@ int for_each_statement(std::string_view word, const Check& check) {
     const Traits traits = traits_of(engine.call_of(word));
     engine.feed(bars_with(1, row_count));
     clear_events();
+    // Other tests leave an answer of theirs.
+    set_get_trade_dates_callback([](const char*, const char*, const char*, const char*, int*) {
+      ++questions;
+      return "";
+    });
     questions = 0;
     if (engine.run()) {
       check(statement, engine, traits);
