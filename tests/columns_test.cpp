@@ -69,7 +69,10 @@ class Player {
     clear_events();
     std::string seen = host_.run(first_row, true);
     for (const Signal& signal : events().signals) seen += " s" + std::to_string(signal.row);
-    for (const Notice& notice : events().notices) seen += " n" + std::to_string(notice.time);
+    // The time of a notice is the clock's; its text begins with the row key.
+    for (const Notice& notice : events().notices) {
+      seen += " n" + notice.text.substr(0, notice.text.find(','));
+    }
     return seen;
   }
   uint32_t column_count() const { return get_column_num(host_.handle()); }
