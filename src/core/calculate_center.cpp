@@ -91,8 +91,8 @@ Status CalculateCenter::run_range(std::span<const uint32_t> statements, int32_t 
   return run_by_blocks(statements, first, end, error);
 }
 
-/// If no statement sees the rows behind its own, a block has the nulls written that are left when
-/// its columns are; only what no statement writes needs them before.
+/// Where no statement sees later rows, each block writes the nulls of its own rows once its columns
+/// are there. Before the run only the first rows need them, and columns that no statement writes.
 void CalculateCenter::write_blanks_for(int32_t first, int32_t end) {
   DataTable& table = pool_.table();
   if (!table.has_blanks()) return;

@@ -26,7 +26,7 @@ class ColumnPlan {
     const Entry& entry = entries_[statement];
     return entry.by_columns && (first_row == 0 || !entry.revisits_state);
   }
-  /// Whether all statements can go by columns and see no row behind their own.
+  /// Whether all statements can go by columns and see no later rows.
   bool is_whole() const { return is_whole_; }
   /// Columns that statements read and none writes.
   std::span<const int32_t> reads_of_no_statement() const { return given_; }
@@ -44,7 +44,7 @@ class ColumnPlan {
   struct Entry {
     bool by_columns = true;
     bool looks_ahead = false;
-    bool looks_back = true;  ///< alone
+    bool looks_back = true;  ///< alone: no call sees later rows or follows their number
     /// Evaluates calls that keep a state again at bars that it has passed. That changes nothing
     /// where all bars have been passed in order, from row 0 on.
     bool revisits_state = false;
@@ -58,7 +58,7 @@ class ColumnPlan {
   void refuse_what_rests_on_others();
 
   std::vector<Entry> entries_;
-  std::vector<int32_t> given_;
+  std::vector<int32_t> given_;  ///< columns that are read and not written
   bool is_whole_ = false;
   std::vector<int32_t> columns_;  ///< of the statements
 };
