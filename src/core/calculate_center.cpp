@@ -34,8 +34,24 @@ void CalculateCenter::refresh_column_indexes() {
   }
 }
 
-void CalculateCenter::forget_changed_rows() {
-  pool_.script.forget_rows(pool_.table().take_first_changed_row());
+namespace {
+
+/// Has calls forget what has changed in its time, whichever way that ends.
+struct ChangesForgotten {
+  CompiledScript& script;
+  const RowChanges& changes;
+  uint64_t before = changes.now();
+  ~ChangesForgotten() { script.forget_rows(changes.first_since(before)); }
+};
+
+}  // namespace
+
+Status CalculateCenter::evaluate_aside(Variable& variable, int32_t row, double& value) {
+  DataTable& table = pool_.table();
+  pool_.script.forget_rows(table.take_first_changed_row());
+  const ChangesForgotten changes{pool_.script, table.watch_changes()};
+  std::string unread;
+  return evaluate(variable, row, false, unread, value);
 }
 
 Status CalculateCenter::scan_statements(std::string& error) {
@@ -54,7 +70,7 @@ Status CalculateCenter::run_statements(int32_t first_row, std::string& error) {
   const int32_t rows = pool_.table().row_count();
   // A negative first row selects no rows.
   const int32_t first = first_row < 0 ? rows : first_row;
-  if (!pool_.script.memories_are_planned) plan_memories(pool_.script);
+  if (!pool_.script.memories_are_planned) plan_memories(pool_.script, pool_.table());
   pool_.script.forget_rows(std::min(first, pool_.table().take_first_changed_row()));
   const auto& statements = pool_.script.statement_list;
   statements_.resize(statements.size());
@@ -83,7 +99,7 @@ struct BlankEnd {
 Status CalculateCenter::run_range(std::span<const uint32_t> statements, int32_t first, int32_t end,
                                   std::string& error) {
   const bool is_long = int64_t{end} - first >= block_rule_.shortest_run;
-  if (!is_long || pool_.script.sets_variables) {
+  if (!is_long || pool_.script.sets_variables || pool_.script.shares_columns) {
     pool_.table().write_blanks();
     return run_rows(statements, {first, end}, error);
   }

@@ -41,8 +41,9 @@ class CalculateCenter {
   /// first status other than 0 ends the run; what was written stays.
   Status calculate(int32_t first_row, bool scan, std::string& error);
 
-  /// Has calls forget what comes from rows that intake has changed. Runs do so by themselves.
-  void forget_changed_rows();
+  /// The value of a variable at a row outside a run, an evaluation like any other: what it writes
+  /// into cells stays, and calls forget what rests on cells that have become others.
+  Status evaluate_aside(Variable& variable, int32_t row, double& value);
 
   /// The value of a variable at any row. A status other than 0 comes with a text in `error`.
   /// `result` keeps the caller's start value where nothing is written.

@@ -1,5 +1,7 @@
 #include "core/call.h"
 
+#include <algorithm>
+
 #include "core/known_values.h"
 #include "text/numbers.h"
 
@@ -28,8 +30,9 @@ KnownValues& Call::known_values() const {
 Status Call::recall(size_t position, int32_t at_row, double& value) const {
   value = null_value;
   const Remembering remembering = variable.remembering;
-  const bool may_know =
-      remembering == Remembering::unchanged || remembering == Remembering::in_order;
+  // A call that knows its states comes to most rows once.
+  const bool may_know = remembering != Remembering::nothing &&
+                        (remembering != Remembering::catching_up || variable.memory == nullptr);
   const bool is_earlier = at_row >= 0 && at_row < row && row < table().row_count();
   if (!may_know || !is_earlier || position >= KnownValues::most_arguments) {
     return evaluate_at(position, at_row, value);
@@ -46,6 +49,12 @@ Status Call::recall(size_t position, int32_t at_row, double& value) const {
     values.learn(position, at_row, value);
   }
   return status;
+}
+
+int32_t Call::recalled_end(int32_t from, size_t first_argument, size_t count) const {
+  if (variable.known_values == nullptr) return from;
+  return std::min(row,
+                  known_values().known_end(from, first_argument, count, table().watch_changes()));
 }
 
 Status Call::fail(Status status, std::string_view suffix) const {

@@ -94,6 +94,14 @@ struct Variable {
   std::shared_ptr<BaseShape> shape;  ///< the record of an output function, made on its first pass
 };
 
+/// Whether a statement is nothing but the name of what stands in its own column, as the second of
+/// two lines that show one series is.
+inline bool names_own_column(const Variable& statement) {
+  const Variable* named = statement.program.lone_reference();
+  return named != nullptr && named->kind == VariableKind::field &&
+         named->column_id == statement.column_id;
+}
+
 /// The host's settings of one output line.
 struct LineModel {
   std::string line_name;

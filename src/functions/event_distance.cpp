@@ -95,6 +95,7 @@ class BARSSINCE final : public BaseFunc {
     if (!failed(status)) call.result = value == 1.0 ? 0.0 : null_value;
     return status;
   }
+  ColumnTraits column_traits() const override { return {.passes_over = true}; }
 };
 
 /// Bars since X first held within the last N bars.
@@ -168,7 +169,9 @@ class BARSSINCEN final : public BaseFunc {
     };
     const RowStates<HitCount>* states = nullptr;
     if (call.variable.remembering == Remembering::catching_up) {
-      if (const Status status = follow(call, call.row, step, states); failed(status)) return status;
+      if (const Status status = follow(call, call.row, 1, step, states); failed(status)) {
+        return status;
+      }
     }
     int32_t hit = states != nullptr ? oldest_hit(states->data(), first, call.row) : first;
     for (HitCount count; states == nullptr && hit <= call.row; ++hit) {
@@ -191,15 +194,16 @@ class CONDBARS final : public BaseFunc {
       return failed(status) ? status : test(call, row, 1, newest);
     };
     const RowStates<NewestHits>* states = nullptr;
-    Status status = follow(call, call.row, step, states);
+    Status status = follow(call, call.row, 2, step, states);
     if (failed(status)) return status;
     NewestHits newest;
-    if (states != nullptr) {
-      newest = states->after(call.row);
-    } else {
-      status = walk(call, newest);
+    const int32_t known = std::min(known_of(states), call.row + 1);
+    status = walk(call, known, newest);
+    if (failed(status)) return status;
+    for (size_t i = 0; i < 2 && known > 0; ++i) {
+      if (newest.rows[i] == no_row) newest.rows[i] = states->after(known - 1).rows[i];
     }
-    return failed(status) ? status : call.answer(distance(newest));
+    return call.answer(distance(newest));
   }
   const double* column(const ColumnCall& call) const override {
     const double* a = call.values(0);
@@ -237,8 +241,8 @@ class CONDBARS final : public BaseFunc {
     return status;
   }
 
-  static Status walk(const Call& call, NewestHits& newest) {
-    for (int32_t row = call.row; row >= 0; --row) {
+  static Status walk(const Call& call, int32_t lowest, NewestHits& newest) {
+    for (int32_t row = call.row; row >= lowest; --row) {
       for (size_t position = 0; position < 2; ++position) {
         if (newest.rows[position] != no_row) continue;
         const Status status = test(call, row, position, newest);
@@ -326,7 +330,10 @@ class DistanceToBeyond : public BaseFunc {
     return Status::ok;
   }
   ColumnTraits column_traits() const final {
-    return {.keeps_state = false, .series_count = series_argument + 1};
+    return {.keeps_state = false,
+            .passes_over = true,
+            .revisits = true,
+            .series_count = series_argument + 1};
   }
 
  private:
@@ -337,7 +344,8 @@ class DistanceToBeyond : public BaseFunc {
       call.result = call.row - row;
       return true;
     };
-    BeyondWalk<extreme> walk(call, threshold, series_argument == 0 ? call.row : call.row - 1);
+    BeyondWalk<extreme> walk(call, series_argument, threshold,
+                             series_argument == 0 ? call.row : call.row - 1);
     double value;
     int32_t row = call.row - 1;
     const int32_t near = std::max(row - BeyondWalk<extreme>::short_walk, -1);

@@ -187,8 +187,8 @@ class SeededAverage : public BaseFunc {
     if (!period) return nullptr;
     const int64_t n = to_int(*period);
     if (!Step::takes(*period, n)) return call.everywhere(null_value);
-    const bool has_before = call.variable.has_column() && call.rows.first > 0;
-    const double* x = has_before && call.rows.first >= n - 1 ? call.values(0) : nullptr;
+    const bool is_seeded = call.variable.has_column() && call.rows.first >= n - 1;
+    const double* x = is_seeded ? call.values(0) : nullptr;
     if (x == nullptr) return nullptr;
     const auto series = call.table().cells(call.argument(0)->column_index);
     double* y = call.overwrite(call.variable.column_index);

@@ -18,6 +18,7 @@ inline constexpr int32_t no_row = std::numeric_limits<int32_t>::min();
 /// A test of the first argument at a bar.
 template <bool (*holds)(double), bool ignores_status = false>
 struct OneValue {
+  static constexpr size_t arguments = 1;
   static Status at(const Call& call, int32_t row, bool& hit) {
     double x;
     const Status status = call.recall(0, row, x);
@@ -38,6 +39,7 @@ struct OneValue {
 /// As `OneValue` for the first two arguments.
 template <bool (*holds)(double, double)>
 struct TwoValues {
+  static constexpr size_t arguments = 2;
   static Status at(const Call& call, int32_t row, bool& hit) {
     double values[2];
     for (size_t i = 0; i < 2; ++i) {
@@ -62,6 +64,7 @@ struct TwoValues {
 /// A test of the first argument at a bar and at the one before, which is 0.0 where there is none.
 template <bool (*holds)(double before, double value)>
 struct ValueAndBefore {
+  static constexpr size_t arguments = 1;
   static Status at(const Call& call, int32_t row, bool& hit) {
     double value;
     Status status = call.recall(0, row, value);
@@ -73,7 +76,7 @@ struct ValueAndBefore {
   }
 
   bool read(const ColumnCall& call, Block rows) {
-    if (rows.first > 1) x = call.values(0, {rows.first - 1, rows.end});
+    x = call.values(0, {rows.first - 1, rows.end});
     return x != nullptr;
   }
   bool holds_at(size_t place) const { return holds(x[place], x[place + 1]); }
@@ -86,6 +89,14 @@ struct NewestHit {
   int32_t row = no_row;
 };
 
+/// Whether the first `count` arguments are numbers, fields, and what operators make of them.
+inline bool reads_cells_alone(const Call& call, size_t count) {
+  for (size_t i = 0; i < count; ++i) {
+    if (has_call(call.argument(i))) return false;
+  }
+  return true;
+}
+
 /// The newest row from `row` down to `lowest` at which the test holds, or `no_row`. There is at
 /// least one row to look at.
 template <typename Test>
@@ -97,15 +108,24 @@ Status newest_hit(const Call& call, int32_t row, int64_t lowest, int32_t& found)
     return status;
   };
   const RowStates<NewestHit>* states = nullptr;
-  if (const Status status = follow(call, row, step, states); failed(status)) return status;
+  Status status = follow(call, row, Test::arguments, step, states);
+  if (failed(status)) return status;
+  const int32_t known = std::min(known_of(states), std::max(row, -1) + 1);
   NewestHit newest;
-  if (states != nullptr) newest = states->after(row);
-  // Rows before the first one have no state.
-  int64_t at = states != nullptr ? -1 : row;
-  for (; newest.row == no_row && at >= lowest; --at) {
-    const Status status = step(static_cast<int32_t>(at), newest);
-    if (failed(status)) return status;
-  }
+  const auto walk = [&](int64_t from, int64_t to) {
+    for (; newest.row == no_row && from >= to; --from) {
+      status = step(static_cast<int32_t>(from), newest);
+      if (failed(status)) return;
+    }
+  };
+  walk(row, std::max<int64_t>(known, lowest));
+  if (failed(status)) return status;
+  if (newest.row == no_row && known > 0) newest = states->after(known - 1);
+  // Rows before the first one have no state. Where fields alone are read they are all alike.
+  const int32_t before_all = std::min(row, -1);
+  const bool alike = lowest < before_all && reads_cells_alone(call, Test::arguments);
+  walk(before_all, alike ? before_all : lowest);
+  if (failed(status)) return status;
   found = newest.row >= lowest ? newest.row : no_row;
   return Status::ok;
 }

@@ -73,6 +73,7 @@ class TradeSignal : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const override { return execute_signal(call, action); }
+  ColumnTraits column_traits() const override { return only_a_condition; }
 };
 
 class BK final : public TradeSignal<0> {
