@@ -48,6 +48,7 @@ class Player {
     host_.set_info(0x3000, "600000", "USHA");
   }
 
+  void declare_field(const std::string& word, uint32_t id) { host_.declare_field(word, id); }
   int64_t compile(const std::string& script) { return host_.compile(script).code; }
   void feed(const Bars& bars, size_t first, size_t last) { host_.feed(bars, first, last); }
   void feed_json(const std::string& json) { host_.feed_json(json); }
@@ -88,6 +89,10 @@ class Twins {
   Twins(std::string script, const BlockRule& rule)
       : script_(std::move(script)), by_blocks_(rule), by_bars_(bar_by_bar) {}
 
+  void declare_field(const std::string& word, uint32_t id) {
+    by_blocks_.declare_field(word, id);
+    by_bars_.declare_field(word, id);
+  }
   bool compile() {
     const int64_t code = by_blocks_.compile(script_);
     EXPECT_EQ(by_bars_.compile(script_), code) << script_;
@@ -231,6 +236,7 @@ constexpr const char* entangled[] = {
     "X:C-O;B:HHV(C-O,7);X2:O-X;D:=STD(O-X,4)+MA(C-O,3);",
     "K:C;M:K;A:=MA(K,3)+EMA(M,2);",
     "A:=MV(C,REF(O,C-50));B:=EMA(A,3);",
+    "A:=SMMA(BARSCOUNT(H),17);B:=SMMA(SUM(C,0),17);D:=SMMA(MA(C,2),33);",
     "A:=COVAR(C,C-O,4);B:=HHV(C-O,5);D:=CROSS(O,C-O)+A;",
     "A:=COUNT(C>O,EMA(BARPOS,3));B:=SUM(V,BARPOS/2);D:=MA(C,3+(C>O)*2);",
     "A:=MA(C,3);B:=MA(O,5)-MA(C,3);D:=MA(V,2);E:=STD(C,5-(BARPOS=41)*10);F:=MA(L,9)+MA(H,1);",
@@ -256,6 +262,17 @@ TEST(Columns, StatementsThatSeeEachOther) {
       ASSERT_TRUE(twins.compile()) << script;
       if (!play(twins, random_bars(149, 3), 140)) return;
     }
+  }
+}
+
+/// A word of the host may name a column that the script's calls write.
+TEST(Columns, AFieldThatIsAColumnOfTheScript) {
+  const std::string word = new_word("X");
+  for (const uint32_t id : {20002U, 20003U, 20004U}) {
+    Twins twins("A:" + word + "+1;B:MA(" + word + ",2);D:COUNT(" + word + ">1,0);", {});
+    twins.declare_field(word, id);
+    ASSERT_TRUE(twins.compile());
+    if (!play(twins, random_bars(149, 3), 140)) return;
   }
 }
 

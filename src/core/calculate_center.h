@@ -74,6 +74,15 @@ class CalculateCenter {
   /// The first row of the current run.
   int32_t start_row() const { return start_row_; }
 
+  /// How many calls have been evaluated at a bar, and how often one has looked at a value that it
+  /// knows: what a bar costs, in a unit that doesn't depend on the machine.
+  uint64_t work() const { return work_; }
+  void note_work() { ++work_; }
+  /// Whether a statement went by columns in the last block that was calculated.
+  bool went_by_columns(size_t statement) const {
+    return statement < is_finished_.size() && is_finished_[statement] != 0;
+  }
+
  private:
   /// What one evaluation of a program works with.
   struct Frame {
@@ -116,6 +125,7 @@ class CalculateCenter {
 
   DataPoolCenter& pool_;
   WordScratch scratch_;
+  uint64_t work_ = 0;
   int32_t start_row_ = 0;
   int nesting_ = 0;
 

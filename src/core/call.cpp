@@ -29,12 +29,14 @@ KnownValues& Call::known_values() const {
 
 Status Call::recall(size_t position, int32_t at_row, double& value) const {
   value = null_value;
+  calculator.note_work();
   const Remembering remembering = variable.remembering;
   // A call that knows its states comes to most rows once.
   const bool may_know = remembering != Remembering::nothing &&
                         (remembering != Remembering::catching_up || variable.memory == nullptr);
   const bool is_earlier = at_row >= 0 && at_row < row && row < table().row_count();
-  if (!may_know || !is_earlier || position >= KnownValues::most_arguments) {
+  const bool is_field = argument(position).kind == VariableKind::field;
+  if (!may_know || !is_earlier || is_field || position >= KnownValues::most_arguments) {
     return evaluate_at(position, at_row, value);
   }
   const RowChanges& changes = table().watch_changes();

@@ -37,6 +37,7 @@ struct Origin {
   bool is_safe_state = true;    ///< its calls come to each row after those before it
   bool revisits_state = false;  ///< a call in it comes to rows of a state again
   bool can_fail = false;
+  bool for_one_run = false;  ///< steady, but not from one run to the next
   bool from_full_statement = false;
   int64_t newest_statement = nobody;  ///< the last one whose column is read
 
@@ -46,6 +47,7 @@ struct Origin {
     is_safe_state &= part.is_safe_state;
     revisits_state |= part.revisits_state;
     can_fail |= part.can_fail;
+    for_one_run |= part.for_one_run;
     from_full_statement |= part.from_full_statement;
     newest_statement = std::max(newest_statement, part.newest_statement);
   }
@@ -72,7 +74,7 @@ class MemoryPlan {
   void apply() {
     for (Variable* call : calls_) {
       const Uses uses = uses_[call];
-      call->in_full = uses.in_full;
+      call->for_one_run = uses.in_full;
       call->remembering = remembering_of(*call, uses);
     }
   }
@@ -199,7 +201,8 @@ class MemoryPlan {
       if (id) origin.take(origin_of_column(static_cast<uint32_t>(*id)));
     }
     // A record's columns want every evaluation.
-    origin.steady &= is_steady(call, traits) && !traits.has_any(follows_settings | draws);
+    origin.steady &= is_steady_in_run(call, traits) && !traits.has_any(follows_settings | draws);
+    origin.for_one_run |= !traits.has(looks_back);
     origin.can_fail |= traits.has(can_fail);
     if (origin.keeps_state && goes_out_of_order(call)) origin.is_safe_state = false;
     // What starts late and then looks back comes to rows for the first time behind later ones.
@@ -214,10 +217,10 @@ class MemoryPlan {
     return origin;
   }
 
-  /// What is calculated from row 0 on at every run may see later rows: they don't change before the
-  /// next one, at which it forgets all.
-  bool is_steady(const Variable& call, Traits traits) {
-    return traits.has(steady) || (traits.has(repeatable) && uses_[&call].in_full);
+  /// The number of rows doesn't change before the next run; nor do later rows, where the statement
+  /// is calculated over all of them.
+  bool is_steady_in_run(const Variable& call, Traits traits) {
+    return traits.has(repeatable) && (uses_[&call].in_full || !traits.has(reads_forward));
   }
 
   /// Whether the call may come to a row of its arguments for the first time when it has passed a
@@ -228,7 +231,7 @@ class MemoryPlan {
   }
 
   /// Calls whose series stands in cells read them; the others evaluate their arguments again.
-  Remembering remembering_of(const Variable& call, const Uses& uses) {
+  Remembering remembering_of(Variable& call, const Uses& uses) {
     const ColumnTraits traits = call.function->column_traits();
     Origin origin;
     for (size_t i = 0; i < std::min(traits.series_count, call.arguments.size()); ++i) {
@@ -239,17 +242,17 @@ class MemoryPlan {
         origin.take(origin_of_column(argument->column_id));
       }
     }
+    const bool reads_cells = traits.series != SeriesPlace::nowhere && cells_are_final(call);
+    call.for_one_run |= origin.for_one_run && !reads_cells;
     const Remembering at_least = origin.steady ? Remembering::unchanged : Remembering::nothing;
     if (origin.newest_statement >= uses.first_statement) return at_least;
     // Rows ahead have the columns of earlier statements only where these are finished first.
     if (uses.ahead && origin.newest_statement != nobody && !each_in_full_) return at_least;
     if (origin.from_full_statement && !uses.in_full) return at_least;
     const bool in_order = origin.steady && origin.is_safe_state;
-    if (traits.series != SeriesPlace::nowhere) {
-      if (cells_are_final(call)) return Remembering::catching_up;
-    } else if (in_order && !origin.keeps_state && !origin.can_fail) {
-      return Remembering::catching_up;
-    }
+    const bool leaves_no_trace = traits.series == SeriesPlace::nowhere && in_order &&
+                                 !origin.keeps_state && !origin.can_fail;
+    if (reads_cells || leaves_no_trace) return Remembering::catching_up;
     return in_order ? Remembering::in_order : at_least;
   }
 

@@ -6,8 +6,8 @@
 
 namespace quor {
 
-/// Sets `Variable::remembering` and `Variable::in_full` of every call that a statement evaluates,
-/// and `CompiledScript::shares_columns`.
+/// Sets `Variable::remembering` and `Variable::for_one_run` of every call that a statement
+/// evaluates, and `CompiledScript::shares_columns`.
 void plan_memories(CompiledScript& script, const DataTable& table);
 
 }  // namespace quor

@@ -88,9 +88,9 @@ struct Variable {
   std::string source_text;    ///< a call or argument as the script wrote it
   std::string function_word;  ///< empty for everything but a call
   Remembering remembering = Remembering::nothing;  ///< of a call
-  bool in_full = false;                      ///< a call that every run evaluates from row 0 on
-  std::unique_ptr<CallMemory> memory;        ///< of a word that carries on what it worked out
-  std::unique_ptr<CallMemory> known_values;  ///< of a word that looks at its arguments again
+  bool for_one_run = false;                        ///< a call that remembers nothing beyond it
+  std::unique_ptr<CallMemory> memory;              ///< of a word that carries on what it worked out
+  std::unique_ptr<CallMemory> known_values;        ///< of a word that looks at its arguments again
   std::shared_ptr<BaseShape> shape;  ///< the record of an output function, made on its first pass
 };
 

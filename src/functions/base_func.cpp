@@ -56,13 +56,6 @@ bool leaves_state(const Variable& call) {
                               });
 }
 
-bool has_call(const Variable& argument, int levels) {
-  return argument.kind == VariableKind::call || levels == 0 ||
-         std::ranges::any_of(argument.elements, [levels](const MathElement& element) {
-           return element.variable != nullptr && has_call(*element.variable, levels - 1);
-         });
-}
-
 bool has_fixed_periods(const Variable& call) {
   const std::span arguments(call.arguments);
   const size_t series = std::min(call.function->column_traits().series_count, arguments.size());

@@ -100,9 +100,6 @@ bool leaves_state(const Variable& call);
 /// Whether an evaluation of an argument leaves something in cells or in calls.
 bool has_state(const Variable& argument);
 
-/// Whether an argument is a call or has one in it, or nests deeper than a few levels.
-bool has_call(const Variable& argument, int levels = 8);
-
 /// Whether the arguments behind the series of the call are numbers.
 bool has_fixed_periods(const Variable& call);
 

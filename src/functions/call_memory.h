@@ -58,7 +58,22 @@ class RowStates final : public CallMemory {
   }
   void cut(int32_t row) override {
     if (row < known()) states_.resize(static_cast<size_t>(std::max(row, 0)));
-    if (row <= 0) goes_by_values_ = false;
+    if (row > 0) return;
+    goes_by_values_ = false;
+    below_ = {};
+    below_end_ = 0;
+  }
+
+  /// Takes a state down from row -1 to `lowest` at most, as far as it stays what it is. No cell
+  /// lies there, so that the steps are the same whenever they are taken.
+  template <typename Step>
+  Status hit_below(int64_t lowest, const Step& step, State& state) {
+    while (below_ == State() && below_end_ > lowest) {
+      if (const Status status = step(below_end_ - 1, below_); failed(status)) return status;
+      --below_end_;
+    }
+    state = below_;
+    return Status::ok;
   }
 
   /// Whether the states have to be cut where results change.
@@ -73,6 +88,8 @@ class RowStates final : public CallMemory {
   std::vector<State> states_;
   uint64_t seen_ = 0;  ///< the moment up to which changes have been taken in
   bool goes_by_values_ = false;
+  State below_;  ///< what the rows below 0 give, from `below_end_` up
+  int32_t below_end_ = 0;
 };
 
 /// What a call remembers of a series whose value at its row is being stored: if that becomes
@@ -99,7 +116,7 @@ class SeriesStore {
 /// Where its states end before the row, it has to walk down to their end.
 template <typename State, typename Step>
 Status follow(const Call& call, int32_t row, size_t arguments, const Step& step,
-              const RowStates<State>*& found) {
+              RowStates<State>*& found) {
   found = nullptr;
   const Remembering remembering = call.variable.remembering;
   const bool inside = row >= 0 && row < call.table().row_count();

@@ -167,7 +167,7 @@ class BARSSINCEN final : public BaseFunc {
       count.hits += is_one(value);
       return status;
     };
-    const RowStates<HitCount>* states = nullptr;
+    RowStates<HitCount>* states = nullptr;
     if (call.variable.remembering == Remembering::catching_up) {
       if (const Status status = follow(call, call.row, 1, step, states); failed(status)) {
         return status;
@@ -193,7 +193,7 @@ class CONDBARS final : public BaseFunc {
       const Status status = test(call, row, 0, newest);
       return failed(status) ? status : test(call, row, 1, newest);
     };
-    const RowStates<NewestHits>* states = nullptr;
+    RowStates<NewestHits>* states = nullptr;
     Status status = follow(call, call.row, 2, step, states);
     if (failed(status)) return status;
     NewestHits newest;
@@ -375,7 +375,7 @@ class NEWLBARS1 final : public DistanceToBeyond<Extreme::smallest, 1> {
 constexpr WordRow words[] = {
     word_row<BARSLAST>("BARSLAST", steady),
     word_row<BARSLASTCOUNT>("BARSLASTCOUNT", steady),
-    word_row<BARSSINCE>("BARSSINCE", reads_statement),
+    word_row<BARSSINCE>("BARSSINCE", looks_back | reads_statement),
     word_row<BARSSINCEN>("BARSSINCEN", steady),
     word_row<CONDBARS>("CONDBARS", steady),
     word_row<SUMBARS>("SUMBARS", steady),

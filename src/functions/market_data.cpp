@@ -103,9 +103,9 @@ constexpr WordRow words[] = {
     word_row<COST>("COST", steady | follows_settings),
     word_row<WINNER>("WINNER", steady | follows_settings),
     word_row<CODELIKE>("CODELIKE", steady | follows_settings),
-    word_row<MINPRICE>("MINPRICE", acts | follows_settings),
-    word_row<UNIT>("UNIT", acts | follows_settings),
-    word_row<SHARECOUNTPERUNIT>("SHARECOUNTPERUNIT", acts | follows_settings),
+    word_row<MINPRICE>("MINPRICE", looks_back | acts | follows_settings),
+    word_row<UNIT>("UNIT", looks_back | acts | follows_settings),
+    word_row<SHARECOUNTPERUNIT>("SHARECOUNTPERUNIT", looks_back | acts | follows_settings),
 };
 
 }  // namespace

@@ -362,7 +362,7 @@ class TRMA final : public BaseFunc {
 
 constexpr WordRow words[] = {
     word_row<MA>("MA", steady),       word_row<EMA>("EMA", steady),
-    word_row<EXPMA>("EXPMA", steady), word_row<EMAWH>("EMAWH", follows_rows),
+    word_row<EXPMA>("EXPMA", steady), word_row<EMAWH>("EMAWH", repeatable | follows_rows),
     word_row<SMA>("SMA", steady),     word_row<AMA>("AMA", steady),
     word_row<DMA>("DMA", steady),     word_row<TMA>("TMA", steady),
     word_row<MEMA>("MEMA", steady),   word_row<EXPMEMA>("EXPMEMA", steady),

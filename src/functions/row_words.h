@@ -87,15 +87,8 @@ struct ValueAndBefore {
 /// The newest row up to a bar at which a test holds.
 struct NewestHit {
   int32_t row = no_row;
+  bool operator==(const NewestHit&) const = default;
 };
-
-/// Whether the first `count` arguments are numbers, fields, and what operators make of them.
-inline bool reads_cells_alone(const Call& call, size_t count) {
-  for (size_t i = 0; i < count; ++i) {
-    if (has_call(call.argument(i))) return false;
-  }
-  return true;
-}
 
 /// The newest row from `row` down to `lowest` at which the test holds, or `no_row`. There is at
 /// least one row to look at.
@@ -107,25 +100,26 @@ Status newest_hit(const Call& call, int32_t row, int64_t lowest, int32_t& found)
     if (hit) newest.row = at;
     return status;
   };
-  const RowStates<NewestHit>* states = nullptr;
+  RowStates<NewestHit>* states = nullptr;
   Status status = follow(call, row, Test::arguments, step, states);
   if (failed(status)) return status;
   const int32_t known = std::min(known_of(states), std::max(row, -1) + 1);
   NewestHit newest;
-  const auto walk = [&](int64_t from, int64_t to) {
+  const auto walk = [&step, &newest](int64_t from, int64_t to) {
     for (; newest.row == no_row && from >= to; --from) {
-      status = step(static_cast<int32_t>(from), newest);
-      if (failed(status)) return;
+      const Status passed = step(static_cast<int32_t>(from), newest);
+      if (failed(passed)) return passed;
     }
+    return Status::ok;
   };
-  walk(row, std::max<int64_t>(known, lowest));
+  status = walk(row, std::max<int64_t>(known, lowest));
   if (failed(status)) return status;
   if (newest.row == no_row && known > 0) newest = states->after(known - 1);
-  // Rows before the first one have no state. Where fields alone are read they are all alike.
-  const int32_t before_all = std::min(row, -1);
-  const bool alike = lowest < before_all && reads_cells_alone(call, Test::arguments);
-  walk(before_all, alike ? before_all : lowest);
-  if (failed(status)) return status;
+  if (newest.row == no_row && lowest < 0) {
+    status = states != nullptr ? states->hit_below(lowest, step, newest)
+                               : walk(std::min(row, -1), lowest);
+    if (failed(status)) return status;
+  }
   found = newest.row >= lowest ? newest.row : no_row;
   return Status::ok;
 }

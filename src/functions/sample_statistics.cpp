@@ -104,7 +104,7 @@ class SUM final : public BaseFunc {
       so_far.take(table.cell(row, column));
       return Status::ok;
     };
-    const RowStates<SumSoFar>* sums = nullptr;
+    RowStates<SumSoFar>* sums = nullptr;
     if (n > call.row && column != -1 && call.variable.remembering >= Remembering::in_order) {
       ignore_status(follow(call, call.row, 0, step, sums));
     }
@@ -147,7 +147,7 @@ class COUNT final : public BaseFunc {
       count.hits += x > 0.0;
       return status;
     };
-    const RowStates<HitCount>* counts = nullptr;
+    RowStates<HitCount>* counts = nullptr;
     if (const Status status = follow(call, call.row, 1, step, counts); failed(status)) {
       return status;
     }

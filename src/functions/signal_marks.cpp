@@ -164,8 +164,8 @@ class BACKSET final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<FILTER>("FILTER", keeps_state | periods_from(1, follows_rows)),
-    word_row<BACKSET>("BACKSET", reads_forward | follows_rows)};
+    word_row<FILTER>("FILTER", looks_back | keeps_state | periods_from(1, follows_rows)),
+    word_row<BACKSET>("BACKSET", repeatable | reads_forward | follows_rows)};
 
 }  // namespace
 
