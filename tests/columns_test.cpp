@@ -267,8 +267,8 @@ TEST(Columns, StatementsThatSeeEachOther) {
 
 /// A word of the host may name a column that the script's calls write.
 TEST(Columns, AFieldThatIsAColumnOfTheScript) {
-  const std::string word = new_word("X");
-  for (const uint32_t id : {20002U, 20003U, 20004U}) {
+  for (uint32_t id = 20000; id < 20010; ++id) {
+    const std::string word = new_word("X");
     Twins twins("A:" + word + "+1;B:MA(" + word + ",2);D:COUNT(" + word + ">1,0);", {});
     twins.declare_field(word, id);
     ASSERT_TRUE(twins.compile());

@@ -294,14 +294,16 @@ TEST(Memories, AReadingOfAnArgumentChangesCells) {
       bars["O"].push_back(10 + row % 3);
       bars["C"].push_back(11 + row % 5);
       bars["V"].push_back(row % 4);
-      bars["AMOUNT"].push_back(row % 7 - 2.0);
+      bars["AMOUNT"].push_back(row % 4 == 0 ? 50 : -1);
     }
     Series lines[2];
     for (const bool remembers : {false, true}) {
       Player player(script, remembers);
       player.host().feed(bars);
       player.host().run();
-      for (int32_t id = -1; id >= -60; --id) get_field_val_by_index(player.host().handle(), id, 0);
+      for (int32_t id = -1; id >= -60; --id) {
+        for (const int32_t row : {0, 8}) get_field_val_by_index(player.host().handle(), id, row);
+      }
       player.host().run(second_run);
       lines[remembers] = player.host().line("A");
     }
