@@ -242,7 +242,9 @@ class MemoryPlan {
         origin.take(origin_of_column(argument->column_id));
       }
     }
-    const bool reads_cells = traits.series != SeriesPlace::nowhere && cells_are_final(call);
+    const bool stores =
+        traits.series != SeriesPlace::nowhere && traits.series != SeriesPlace::in_place;
+    const bool reads_cells = stores && cells_are_final(call);
     call.for_one_run |= origin.for_one_run && !reads_cells;
     const Remembering at_least = origin.steady ? Remembering::unchanged : Remembering::nothing;
     if (origin.newest_statement >= uses.first_statement) return at_least;
@@ -250,8 +252,7 @@ class MemoryPlan {
     if (uses.ahead && origin.newest_statement != nobody && !each_in_full_) return at_least;
     if (origin.from_full_statement && !uses.in_full) return at_least;
     const bool in_order = origin.steady && origin.is_safe_state;
-    const bool leaves_no_trace = traits.series == SeriesPlace::nowhere && in_order &&
-                                 !origin.keeps_state && !origin.can_fail;
+    const bool leaves_no_trace = !stores && in_order && !origin.keeps_state && !origin.can_fail;
     if (reads_cells || leaves_no_trace) return Remembering::catching_up;
     return in_order ? Remembering::in_order : at_least;
   }

@@ -288,7 +288,7 @@ class TROUGHBARS final : public TurnWord<Turn::trough, Output::distance> {
 
 constexpr WordRow words[] = {
     word_row<ZIG>("ZIG", can_fail),
-    word_row<ZIGZAG>("ZIGZAG", repeatable | reads_forward | follows_rows),
+    word_row<ZIGZAG>("ZIGZAG", reads_forward | follows_rows),
     word_row<PEAK>("PEAK", repeatable | reads_forward | follows_rows),
     word_row<PEAKBARS>("PEAKBARS", repeatable | reads_forward | follows_rows),
     word_row<TROUGH>("TROUGH", repeatable | reads_forward | follows_rows),
