@@ -54,9 +54,14 @@ Status Call::recall(size_t position, int32_t at_row, double& value) const {
 }
 
 int32_t Call::recalled_end(int32_t from, size_t first_argument, size_t count) const {
-  if (variable.known_values == nullptr) return from;
-  return std::min(row,
-                  known_values().known_end(from, first_argument, count, table().watch_changes()));
+  int32_t end = row;
+  for (size_t position = first_argument; position < first_argument + count; ++position) {
+    // A field is read, and so never learned.
+    if (argument(position).kind == VariableKind::field) continue;
+    if (variable.known_values == nullptr) return from;
+    end = known_values().known_end(position, from, end, table().watch_changes());
+  }
+  return end;
 }
 
 Status Call::fail(Status status, std::string_view suffix) const {

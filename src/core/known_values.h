@@ -22,15 +22,13 @@ class KnownValues final : public CallMemory {
     return place < values.size() && values[place].is_known ? &values[place].value : nullptr;
   }
 
-  /// The first row from one on at which one of `count` arguments from `first` on isn't known.
-  int32_t known_end(int32_t row, size_t first, size_t count, const RowChanges& changes) {
+  /// The first of the rows from one on, or else `end`, at which the argument isn't known.
+  int32_t known_end(size_t position, int32_t row, int32_t end, const RowChanges& changes) {
     keep_up(changes);
-    auto end = static_cast<size_t>(row);
-    const auto is_known = [this, &end](const std::vector<Value>& values) {
-      return end < values.size() && values[end].is_known;
-    };
-    while (std::all_of(values_ + first, values_ + first + count, is_known)) ++end;
-    return static_cast<int32_t>(end);
+    const auto& values = values_[position];
+    end = std::min(end, static_cast<int32_t>(values.size()));
+    while (row < end && values[static_cast<size_t>(row)].is_known) ++row;
+    return row;
   }
 
   void learn(size_t position, int32_t row, double value) {
