@@ -84,6 +84,10 @@ Failure read_failure(std::string_view text) {
   return failure;
 }
 
+bool is_flag_set(std::string_view report, std::string_view flag) {
+  return report.find('"' + std::string(flag) + "\":\"true\"") != absent;
+}
+
 std::string_view words_of_code(int64_t code) {
   const auto* const row = std::ranges::find(code_table, code, &CodeWords::code);
   return row == std::end(code_table) ? "unknown error" : row->words;

@@ -19,6 +19,9 @@ struct Failure {
 /// needn't be JSON; their keys stand in a fixed order.
 Failure read_failure(std::string_view text);
 
+/// Whether a flag of a report is set, such as IsNeedRequestTradeDay.
+bool is_flag_set(std::string_view report, std::string_view flag);
+
 /// What a code means, in a few words.
 std::string_view words_of_code(int64_t code);
 
