@@ -22,7 +22,4 @@ Failure read_failure(std::string_view text);
 /// Whether a flag of a report is set, such as IsNeedRequestTradeDay.
 bool is_flag_set(std::string_view report, std::string_view flag);
 
-/// What a code means, in a few words.
-std::string_view words_of_code(int64_t code);
-
 }  // namespace quor_advice
