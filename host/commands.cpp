@@ -80,9 +80,7 @@ struct Compiled {
         session(subject, answers_of(options)),
         report_text(session.compile(source, parameters, read_optional(options.lines_path))),
         report(parse_report(report_text)) {
-    for (const std::string& text : idle_settings(options.settings, quor_advice::names_in(source))) {
-      warn(text);
-    }
+    for (const std::string& text : faults_of_settings(options.settings, source)) warn(text);
   }
 
   std::string source;

@@ -5,15 +5,17 @@ from __future__ import annotations
 import json
 import re
 import threading
+import warnings
 from contextlib import contextmanager
-from typing import Any, Hashable, Iterator, Mapping, NamedTuple, Sequence
+from typing import Any, Iterator, Mapping, NamedTuple, Sequence
 
 import numpy as np
 import pandas as pd
 
 from . import _engine
-from .errors import Finding, ScriptError
-from .frames import Bars, Layout, Need, need_of
+from .errors import BarsWarning, Finding, ScriptError
+from .frames import Bars, Columns, Layout, Need, index_of, need_of
+from .parameters import check_names, numbers
 
 DAY = 0x4000
 
@@ -59,11 +61,6 @@ def error_of(finding: Sequence[Any]) -> ScriptError:
     return ScriptError(Finding(*finding))
 
 
-def numbers(parameters: Mapping[str, Any]) -> tuple[tuple[str, float], ...]:
-    """Parameters as the engine takes them."""
-    return tuple((str(name).upper(), float(value)) for name, value in parameters.items())
-
-
 def needs_of(report: Mapping[str, Any]) -> list[Need]:
     """The columns that a script reads."""
     fields = [need_of(id_) for id_ in report["fields"] if id_ not in (_ROW_KEY, _NOTICE_TIME)]
@@ -89,11 +86,14 @@ def compile(source: str, *, period: int = DAY, security: str = "", market: str =
     ------
     ScriptError
         With code, sentence and place of the mistake.
-    ValueError
-        For a parameter that is no finite number.
+    ParameterError
+        For a parameter that the script doesn't read, or has a CONST for, or that hides a word of
+        the language; for one that is no finite number, or has more than six decimals.
     """
-    given = numbers({**(parameters or {}), **params})
-    return Script(Spec(source, given, "", period, security, market))
+    given = numbers([*(parameters or {}).items(), *params.items()])
+    script = Script(Spec(source, given, "", period, security, market))
+    check_names(source, [name for name, _ in given])
+    return script
 
 
 def as_script(script: Script | str) -> Script:
@@ -117,6 +117,7 @@ class Script:
         self._idle = [engine]
         self._lock = threading.Lock()
         self._events = _no_events()
+        self._bar_notes: list[Finding] = []
 
     def __reduce__(self) -> tuple:
         return Script, (self._spec,)
@@ -157,8 +158,9 @@ class Script:
 
     @property
     def findings(self) -> list[Finding]:
-        """Advice about the script: what is allowed and yet can't be meant."""
-        return [Finding(*finding) for finding in self._spec.engine().findings()]
+        """Advice: what is allowed and yet can't be meant, in the script and in the bars of the last
+        :meth:`run` of this object."""
+        return [Finding(*finding) for finding in self._spec.engine().findings()] + self._bar_notes
 
     @property
     def shapes(self) -> list[dict[str, Any]]:
@@ -176,7 +178,7 @@ class Script:
         """
         return self._events.copy()
 
-    def run(self, frame: Any, columns: Mapping[str, Hashable | None] | None = None) -> pd.DataFrame:
+    def run(self, frame: Any, columns: Columns = None, duplicates: str = "error") -> pd.DataFrame:
         """Calculates all lines over all bars.
 
         Parameters
@@ -189,48 +191,60 @@ class Script:
         columns : mapping, optional
             The frame's column for a field ("close", "time", ...); None for a field without data,
             which then is null.
+        duplicates : str
+            "error", or "last": of bars with one time the last counts, and all of them get its
+            values.
 
         Returns
         -------
         DataFrame
-            n rows with the frame's index, float64, a column for each line; NaN is null. Of bars
-            with one time the last counts, and all of them get its values.
+            n rows with the frame's index, float64, a column for each line; NaN is null.
 
         Raises
         ------
         ValueError
             For a needed column that isn't there, for values that are no numbers, for a time that
-            isn't there, for different times within one second.
+            isn't there, for times that repeat, for different times within one second.
         ScriptError
             For a calculation that fails.
+
+        Warns
+        -----
+        BarsWarning
+            For an infinity among the values.
         """
-        bars = self.layout(columns).bars(frame)
+        layout = self.layout(columns, duplicates)
+        bars = layout.bars(frame)
         with self.engine() as engine:
             if not engine.run(bars.times, bars.ticks, bars.fields, True):
                 raise_error(engine)
             values = engine.values(0)
             rows = engine.rows_of_bars()
             if rows is not None:
-                check_times(bars, engine.row_count())
+                layout.check_times(bars, engine.row_count())
                 values = values[:, rows]
             self._events = _events_of(engine, bars, rows)
+            self._bar_notes = layout.notes(engine.infinity())
+        warn_of(self._bar_notes)
         return pd.DataFrame(values.T, index=bars.index, columns=self.lines, copy=False)
 
-    def live(self, frame: Any = None, columns: Mapping[str, Hashable] | None = None) -> Live:
+    def live(
+        self, frame: Any = None, columns: Columns = None, duplicates: str = "error"
+    ) -> Live:
         """Follows bars as they come in, from the bars of ``frame`` on, which raise no events."""
-        return Live(self, frame, columns)
+        return Live(self, frame, columns, duplicates)
 
     @property
     def spec(self) -> Spec:
         """What this script was compiled from."""
         return self._spec
 
-    def layout(self, columns: Mapping[str, Hashable | None] | None) -> Layout:
+    def layout(self, columns: Columns, duplicates: str = "error") -> Layout:
         """How the script's columns are found in frames."""
-        key = tuple(sorted(columns.items(), key=str)) if columns else ()
+        key = (tuple(sorted(columns.items(), key=str)) if columns else (), duplicates)
         layout = self._layouts.get(key)
         if layout is None:
-            layout = self._layouts[key] = Layout(self._needs, columns)
+            layout = self._layouts[key] = Layout(self._needs, columns, duplicates)
         return layout
 
     @contextmanager
@@ -250,17 +264,20 @@ class Script:
 class Live:
     """A script over bars that come in one by one. Made by :meth:`Script.live`; for one thread."""
 
-    def __init__(self, script: Script, frame: Any, columns: Mapping[str, Hashable] | None) -> None:
+    def __init__(self, script: Script, frame: Any, columns: Columns, duplicates: str) -> None:
         self._engine = script.spec.engine()
         self._lines = script.lines
         self._layout = script.layout(None)
         self._zone = None
         self._events = _no_events()
         if frame is not None:
-            bars = script.layout(columns).bars(frame)
-            self._zone = getattr(bars.index, "tz", None)
+            layout = script.layout(columns, duplicates)
+            bars = layout.bars(frame)
+            self._zone = getattr(bars.moments, "tz", None)
             if not self._engine.run(bars.times, bars.ticks, bars.fields, False):
                 raise_error(self._engine)
+            layout.check_times(bars, len(self))
+            warn_of(layout.notes(self._engine.infinity()))
 
     def __len__(self) -> int:
         """The number of bars."""
@@ -285,6 +302,7 @@ class Live:
         bars = self._layout.bars({"time": np.array([stamp.to_datetime64()]), **_cells(fields)})
         if not self._engine.update(bars.times, bars.ticks, bars.fields, True):
             raise_error(self._engine)
+        warn_of(self._layout.notes(self._engine.infinity()))
         self._events = _events_of(self._engine, None, None, self._zone)
         return self.last
 
@@ -319,14 +337,13 @@ class Live:
 
 def times_of_keys(keys: np.ndarray, zone: Any = None) -> pd.DatetimeIndex:
     """The times that row keys spell."""
-    seconds = _engine.seconds_of_keys(keys).view("datetime64[s]")
-    return pd.DatetimeIndex(seconds.astype("datetime64[ns]"), tz=zone)
+    return index_of(_engine.seconds_of_keys(keys), zone)
 
 
-def check_times(bars: Bars, rows: int) -> None:
-    """Refuses bars that the engine can't tell apart. Bars of one and the same time may come."""
-    if len(np.unique(bars.times)) != rows:
-        raise ValueError("different times fall into one second, and the engine counts in seconds")
+def warn_of(notes: list[Finding]) -> None:
+    """Warns of what the bars hold, at the place of the caller's caller."""
+    for finding in notes:
+        warnings.warn(f"{finding.sentence}; {finding.suggestion}", BarsWarning, stacklevel=3)
 
 
 _RECORD_KEY = re.compile(r'[{,]"(\w+)":')
@@ -363,7 +380,7 @@ def _events_of(
     if bars is None:
         time = times_of_keys(np.array(key), zone)
     else:
-        time = bars.index[_places(list(row), rows)]
+        time = bars.moments[_places(list(row), rows)]
     return pd.DataFrame({
         "time": time, "word": word, "name": name,
         "quantity": [np.nan if number == -1 else float(number) for number in quantity],

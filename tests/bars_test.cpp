@@ -6,16 +6,16 @@
 #include <random>
 #include <string>
 
-#include "host/text.h"
+#include "bars/text.h"
 
 namespace {
 
 uint64_t bits_of(const std::string& text) {
-  const auto value = quor_host::to_number(text);
+  const auto value = quor_bars::to_number(text);
   return std::bit_cast<uint64_t>(value.value_or(-1e300));
 }
 
-TEST(HostNumbers, HaveTheBitsOfTheirText) {
+TEST(BarNumbers, HaveTheBitsOfTheirText) {
   std::mt19937_64 random(11);
   for (int round = 0; round < 200000; ++round) {
     const size_t digits = 1 + random() % 20;
@@ -30,10 +30,10 @@ TEST(HostNumbers, HaveTheBitsOfTheirText) {
   }
 }
 
-TEST(HostNumbers, AreTheWholeText) {
+TEST(BarNumbers, AreTheWholeText) {
   for (const char* text : {"", "-", "+", ".", "-.", "1.2.3", "1-", "--1", "1,5", " 1", "1 ", "0x10",
                            "1e", "inf", "1e999"}) {
-    EXPECT_FALSE(quor_host::to_number(text)) << '"' << text << '"';
+    EXPECT_FALSE(quor_bars::to_number(text)) << '"' << text << '"';
   }
   EXPECT_EQ(bits_of("+5."), bits_of("5"));
   EXPECT_EQ(bits_of("-0"), bits_of("-0.0"));
