@@ -34,10 +34,14 @@ std::optional<NameFault> find_name_fault(const Reading& reading, std::string_vie
     if (first == nullptr) first = find_reading(statement, name);
   }
   if (first == nullptr) return NameFault{{{}, "the script doesn't read " + shown, {}}, false, true};
-  if (!is_field(name) && !is_bare_word(name)) return std::nullopt;
-  const std::string what = is_field(name) ? "bar field " : "word ";
+  const Place place = place_of(*first);
+  if (is_field(name)) {
+    return NameFault{
+        {place, "this hides the bar field " + shown, "take another name"}, true, false};
+  }
+  if (!is_bare_word(name)) return std::nullopt;
   return NameFault{
-      {place_of(*first), "this hides the " + what + shown, "take another name"}, true, false};
+      {place, "the language's own word " + shown + " stands", "take another name"}, true, true};
 }
 
 }  // namespace quor_advice

@@ -9,6 +9,7 @@
 namespace quor_host {
 
 using quor_bars::read_file;
+using quor_bars::read_stream;
 using quor_bars::to_number;
 using quor_bars::to_upper;
 

@@ -11,6 +11,6 @@ from .script import Line, Live, Script, compile
 from .sweeping import sweep
 
 __all__ = [
-    "BarsWarning", "Finding", "Line", "Live", "ParameterError", "ScanWarning", "Script", "ScriptError",
-    "compile", "read_csv", "scan", "sweep",
+    "BarsWarning", "Finding", "Line", "Live", "ParameterError", "ScanWarning", "Script",
+    "ScriptError", "compile", "read_csv", "scan", "sweep",
 ]

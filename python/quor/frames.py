@@ -10,7 +10,7 @@ import pandas as pd
 
 from . import _engine
 from .errors import Finding, note
-from .times import array_of, index_of, index_of_ticks, times_of, times_of_day
+from .times import index_of, index_of_ticks, row_of, times_of, times_of_day
 
 Columns = Optional[Mapping[str, Optional[Hashable]]]
 
@@ -48,7 +48,8 @@ class Bars(NamedTuple):
     ticks: int  #: per second
     fields: list[tuple[int, np.ndarray]]  #: of numbers; the engine makes float64 of them
     index: Any
-    moments: Any  #: the times as an index; the one above unless that has levels
+    labels: Any  #: of the bars in events: the index, or the level of it that has the times
+    zoned: pd.DatetimeIndex | None  #: the times, if they have a zone
 
 
 def plain(name: Hashable) -> str:
@@ -64,11 +65,13 @@ def need_of(field: int) -> Need:
 class Layout:
     """Which columns of a frame a script reads; worked out once for all frames alike."""
 
-    def __init__(self, needs: Sequence[Need], columns: Columns, duplicates: str) -> None:
+    def __init__(self, needs: Sequence[Need], columns: Columns, duplicates: str,
+                 has_days: bool = False) -> None:
         if duplicates not in ("error", "last"):
             raise ValueError(f'duplicates is "error" or "last", and not {duplicates!r}')
         self._needs = needs
         self._repeat = duplicates == "last"
+        self._has_days = has_days  #: the script asks for the period, which is a day or longer
         self._ids = {word: id_ for id_, words in FIELD_WORDS.items() for word in words}
         self._ids.update({plain(name): need.id for need in needs for name in need.names})
         self._ids.update(dict.fromkeys(TIME_WORDS, _TIME))
@@ -101,8 +104,11 @@ class Layout:
         places = self._known.get(labels)
         if places is None:
             places = self._known[labels] = self._find(labels)
-        moments = _moments(frame, bool(places.times), _TIME in self._given)
-        times, ticks = _in_columns(frame, places) if moments is None else times_of(moments)
+        labels_of_times = _level(frame, bool(places.times), _TIME in self._given)
+        moments = _column(frame, places) if labels_of_times is None else labels_of_times
+        times, ticks = times_of(moments)
+        if labels_of_times is None and places.clocks:
+            times = _with_clock(frame, places, times, ticks)
         fields = []
         series = _series(frame, labels, len(places.fields))
         for id_, label in places.fields:
@@ -115,7 +121,8 @@ class Layout:
         index = getattr(frame, "index", None)
         if index is None:
             index = index_of_ticks(times, ticks)
-        return Bars(times, ticks, fields, index, index if moments is None else moments)
+        return Bars(times, ticks, fields, index,
+                    index if labels_of_times is None else labels_of_times, _zoned(moments))
 
     def bars_of_file(self, path: str | os.PathLike) -> Bars:
         """The arrays of a file, with no index."""
@@ -127,7 +134,7 @@ class Layout:
             elif self._given.get(need.id, "") is not None:
                 raise ValueError(f"{os.fspath(path)}: the script reads {need.names[0]!r}, and no "
                                  "column of the file is called so")
-        return Bars(times, 1, fields, None, None)
+        return Bars(times, 1, fields, None, None, None)
 
     def read_file(self, path: str | os.PathLike) -> tuple[np.ndarray, dict[int, np.ndarray]]:
         """Seconds since 1970 and the values of all fields."""
@@ -150,23 +157,32 @@ class Layout:
         if len(again) and not self._repeat:
             first, second = order[again[0]], order[again[0] + 1]
             time = index_of_ticks(ascending[again[:1]], bars.ticks)[0]
+            both = f"bars {first} and {second} (the first is 0) have one time"
+            if bars.zoned is not None and bars.zoned[first] != bars.zoned[second]:
+                raise ValueError(
+                    f"{both} by the clock of their zone, {time}, where it is set back; convert the "
+                    'times: frame.tz_convert("UTC")')
             raise ValueError(
-                f"bars {first} and {second} (the first is 0) have one time, {time}. A frame holds "
-                "the bars of one security: take each security alone, as "
-                "quor.scan(script, frame.groupby(...)) does; or let the last bar of a time count: "
-                'duplicates="last"')
+                f"{both}, {time}. A frame holds the bars of one security: take each security "
+                "alone, as quor.scan(script, frame.groupby(...)) does; or let the last bar of a "
+                'time count: duplicates="last"')
         if len(ascending) - len(again) != rows:
             raise ValueError(
                 "different times fall into one second, and the engine counts in seconds")
 
-    def notes(self, infinity: tuple[int, int] | None) -> list[Finding]:
-        """What there is to say about bars with an infinity, whose field and bar are given."""
-        if infinity is None:
-            return []
-        id_, bar = infinity
-        name = next(need.names[0] for need in self._needs if need.id == id_)
-        return [note(f"{name!r} of bar {bar} (the first is 0) is infinite, which averages and sums "
-                     "never recover from", "make it null, or leave the bar out")]
+    def notes(self, bars: Bars, infinity: tuple[int, int] | None) -> list[Finding]:
+        """What there is to say about bars, of an infinity in which field and bar are given."""
+        found = []
+        if self._has_days and _have_times_of_day(bars):
+            found.append(note("there are several bars a day, but their period is said to be a day "
+                              "or longer, and the script asks for it", "name the period, as in "
+                              "compile(..., period=0x3005) for five minutes"))
+        if infinity is not None:
+            id_, bar = infinity
+            name = next(need.names[0] for need in self._needs if need.id == id_)
+            found.append(note(f"{name!r} of bar {bar} (the first is 0) is infinite, which averages "
+                              "and sums never recover from", "make it null, or leave the bar out"))
+        return found
 
     def _find(self, labels: tuple[Hashable, ...]) -> _Places:
         by_name: dict[str, list[Hashable]] = {}
@@ -177,8 +193,9 @@ class Layout:
             label, is_wanted = self._label_of(need, by_name, labels)
             if is_wanted:
                 fields.append((need.id, label))
-        clocks = [] if _TIME in self._given else by_name.get("time", [])
-        return _Places(fields, self._time_labels(by_name, labels), clocks)
+        times = self._time_labels(by_name, labels)
+        is_date = _TIME not in self._given and bool(times) and plain(times[0]) == "date"
+        return _Places(fields, times, by_name.get("time", []) if is_date else [])
 
     def _label_of(self, need: Need, by_name: dict, labels: tuple) -> tuple[Hashable, bool]:
         if need.id in self._given:
@@ -211,7 +228,7 @@ class _Places(NamedTuple):
 
     fields: list[tuple[int, Hashable]]
     times: list[Hashable]
-    clocks: list[Hashable]  #: of those called "time", which may stand beside a date
+    clocks: list[Hashable]  #: the column "time" beside a column "date"
 
 
 def read_csv(
@@ -235,7 +252,7 @@ def read_csv(
     Returns
     -------
     DataFrame
-        The columns ``open``, ``high``, ``low``, ``close``, ... by ``date``, as the file orders them.
+        The columns ``open``, ``high``, ``low``, ``close``, ... by ``date``, in the file's order.
 
     Raises
     ------
@@ -257,7 +274,7 @@ def _labels(frame: Any) -> tuple[Hashable, ...]:
     return tuple(labels.tolist() if isinstance(labels, pd.Index) else labels)
 
 
-def _moments(frame: Any, has_column: bool, is_named: bool) -> Any:
+def _level(frame: Any, has_column: bool, is_named: bool) -> Any:
     """The index, or the level of it, that has the times; None if a column has them."""
     index = getattr(frame, "index", None)
     if has_column and (is_named or not isinstance(index, _TIME_INDEXES)):
@@ -291,15 +308,17 @@ def _level_of_times(index: pd.MultiIndex) -> pd.Index:
     return index.get_level_values(dated[0])
 
 
-def _in_columns(frame: Any, places: _Places) -> tuple[np.ndarray, int]:
-    """The times of a column, or of one of dates and another of the times of day."""
+def _column(frame: Any, places: _Places) -> Any:
+    """The column of the times."""
     label, *more = places.times
     if more:
         raise ValueError(f"two columns hold the times: {label!r} and {more[0]!r}")
-    dates, ticks = times_of(frame[label])
-    if plain(label) != "date" or not places.clocks:
-        return dates, ticks
-    clock = places.clocks[0]
+    return frame[label]
+
+
+def _with_clock(frame: Any, places: _Places, dates: np.ndarray, ticks: int) -> np.ndarray:
+    """Dates with the times of day beside them."""
+    label, clock = places.times[0], places.clocks[0]
     seconds = times_of_day(frame[clock], clock)
     if len(seconds) != len(dates):
         raise ValueError(f"column {clock!r} has {len(seconds)} values for {len(dates)} bars")
@@ -307,7 +326,17 @@ def _in_columns(frame: Any, places: _Places) -> tuple[np.ndarray, int]:
     if np.any(dates[is_there] % (86400 * ticks)):
         raise ValueError(f"columns {label!r} and {clock!r} both have times of day; say which one "
                          f'counts: columns={{"time": {label!r}}}')
-    return np.where(is_there, dates + seconds * ticks, dates), ticks
+    return np.where(is_there, dates + seconds * ticks, dates)
+
+
+def _zoned(moments: Any) -> pd.DatetimeIndex | None:
+    is_zoned = getattr(getattr(moments, "dtype", None), "tz", None) is not None
+    return pd.DatetimeIndex(moments) if is_zoned else None
+
+
+def _have_times_of_day(bars: Bars) -> bool:
+    days = np.sort(bars.times // (86400 * bars.ticks))
+    return bool(np.any(days[1:] == days[:-1]))
 
 
 def _series(frame: Any, labels: tuple, wanted: int) -> Any:
@@ -320,7 +349,7 @@ def _series(frame: Any, labels: tuple, wanted: int) -> Any:
 def _numbers(values: Any, label: Hashable) -> np.ndarray:
     if _is_nullable(values):
         return values.to_numpy(np.float64, na_value=np.nan)
-    array = array_of(values)
+    array = row_of(values, label)
     if array.dtype.kind in "fiub":
         return array
     if array.dtype.kind != "O":

@@ -6,7 +6,8 @@ import functools
 import itertools
 from collections import deque
 from concurrent.futures import (
-    FIRST_COMPLETED, BrokenExecutor, Executor, Future, ProcessPoolExecutor, ThreadPoolExecutor, wait)
+    FIRST_COMPLETED, BrokenExecutor, Executor, Future, ProcessPoolExecutor, ThreadPoolExecutor,
+    wait)
 from typing import Any, Callable, Hashable, Iterable, Iterator
 
 #: Securities that one task of an executor has: enough for the way there not to count.

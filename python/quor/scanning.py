@@ -107,7 +107,8 @@ def _calculate(
             if failure is not None:
                 raise ValueError(failure) if isinstance(failure, str) else error_of(failure)
             layout.check_times(bars, rows)
-            yield Outcome(name, keys[start:end], values[start:end], "", layout.notes(infinity))
+            notes = layout.notes(bars, infinity)
+            yield Outcome(name, keys[start:end], values[start:end], "", notes)
         except (ValueError, ScriptError) as error:
             yield failed(name, reason_of(error))
 
@@ -173,10 +174,11 @@ def scan(
         For ``last`` below 1, for an empty condition, for a place without files and for a security
         that comes twice.
     """
-    if last < 1:
-        raise ValueError("last must be 1 or more")
-    if where is not None and not where.strip():
-        raise ValueError("where is empty; leave it out to keep all bars")
+    if not isinstance(last, (int, np.integer)) or last < 1:
+        raise ValueError(f"last must be a whole number from 1 on, and not {last!r}")
+    if where is not None and (not isinstance(where, str) or not where.strip()):
+        raise ValueError(f"where must be an expression, and not {where!r}; without it all bars are "
+                         "kept")
     script = as_script(script)
     spec = script.spec._replace(condition=where or "")
     lines = script.lines

@@ -7,21 +7,26 @@ import re
 import threading
 import warnings
 from contextlib import contextmanager
-from typing import Any, Iterator, Mapping, NamedTuple, Sequence
+from typing import Any, Callable, Iterator, Mapping, NamedTuple, Sequence
 
 import numpy as np
 import pandas as pd
 
 from . import _engine
 from .errors import BarsWarning, Finding, ScriptError
-from .frames import Bars, Columns, Layout, Need, index_of, need_of
+from .frames import Columns, Layout, Need, need_of
 from .parameters import check_names, numbers
+from .times import Clock, index_of, moment_of
 
 DAY = 0x4000
+_FIRST_PERIOD = 0x1000
 
 #: The engine wants the moment of a notice under this id, and has none in a frame.
 _NOTICE_TIME = 199
 _ROW_KEY = 1
+
+#: Words whose values follow the period, beside the time of the bars.
+_PERIOD_WORDS = frozenset({"BARINTERVAL", "BARTYPE", "PERIOD", "TIME"})
 
 
 class Spec(NamedTuple):
@@ -68,6 +73,14 @@ def needs_of(report: Mapping[str, Any]) -> list[Need]:
     return fields + references
 
 
+def layout_of(
+    period: int, report: Mapping[str, Any], columns: Columns, duplicates: str
+) -> Layout:
+    """How the columns of a script are found in frames."""
+    asks = not _PERIOD_WORDS.isdisjoint(report["words"])
+    return Layout(needs_of(report), columns, duplicates, asks and period >= DAY)
+
+
 def compile(source: str, *, period: int = DAY, security: str = "", market: str = "",
             parameters: Mapping[str, float] | None = None, **params: float) -> Script:
     """Compiles a script.
@@ -87,9 +100,13 @@ def compile(source: str, *, period: int = DAY, security: str = "", market: str =
     ScriptError
         With code, sentence and place of the mistake.
     ParameterError
-        For a parameter that the script doesn't read, or has a CONST for, or that hides a word of
-        the language; for one that is no finite number, or has more than six decimals.
+        For a parameter that the script doesn't read, or has a CONST for, or that hides a bar
+        field; for one that is no finite number, or has more than six decimals.
     """
+    if isinstance(period, bool) or not isinstance(period, int) or period < _FIRST_PERIOD:
+        raise ValueError(f"period is a code, 0x4000 for a day and 0x3005 for five minutes, and not "
+                         f"{period!r}")
+    source = source.removeprefix("\ufeff")
     given = numbers([*(parameters or {}).items(), *params.items()])
     script = Script(Spec(source, given, "", period, security, market))
     check_names(source, [name for name, _ in given])
@@ -211,7 +228,8 @@ class Script:
         Warns
         -----
         BarsWarning
-            For an infinity among the values.
+            For an infinity among the values, and for several bars a day in a script that asks for
+            the period, which is a day or longer.
         """
         layout = self.layout(columns, duplicates)
         bars = layout.bars(frame)
@@ -223,8 +241,9 @@ class Script:
             if rows is not None:
                 layout.check_times(bars, engine.row_count())
                 values = values[:, rows]
-            self._events = _events_of(engine, bars, rows)
-            self._bar_notes = layout.notes(engine.infinity())
+            self._events = _events_of(
+                engine, lambda places, _: bars.labels[_places(places, rows)])
+            self._bar_notes = layout.notes(bars, engine.infinity())
         warn_of(self._bar_notes)
         return pd.DataFrame(values.T, index=bars.index, columns=self.lines, copy=False)
 
@@ -244,7 +263,8 @@ class Script:
         key = (tuple(sorted(columns.items(), key=str)) if columns else (), duplicates)
         layout = self._layouts.get(key)
         if layout is None:
-            layout = self._layouts[key] = Layout(self._needs, columns, duplicates)
+            layout = self._layouts[key] = layout_of(
+                self._spec.period, self._report, columns, duplicates)
         return layout
 
     @contextmanager
@@ -267,17 +287,21 @@ class Live:
     def __init__(self, script: Script, frame: Any, columns: Columns, duplicates: str) -> None:
         self._engine = script.spec.engine()
         self._lines = script.lines
-        self._layout = script.layout(None)
-        self._zone = None
+        without = {name: None for name, label in (columns or {}).items() if label is None}
+        self._layout = script.layout(without)
+        self._clock = Clock(None)
         self._events = _no_events()
         if frame is not None:
             layout = script.layout(columns, duplicates)
             bars = layout.bars(frame)
-            self._zone = getattr(bars.moments, "tz", None)
+            if bars.zoned is not None:
+                self._clock = Clock(bars.zoned.tz)
             if not self._engine.run(bars.times, bars.ticks, bars.fields, False):
                 raise_error(self._engine)
             layout.check_times(bars, len(self))
-            warn_of(layout.notes(self._engine.infinity()))
+            if bars.zoned is not None and duplicates != "last":
+                self._clock.note(bars.zoned)
+            warn_of(layout.notes(bars, self._engine.infinity()), depth=4)
 
     def __len__(self) -> int:
         """The number of bars."""
@@ -289,9 +313,10 @@ class Live:
         Parameters
         ----------
         time : datetime, Timestamp, datetime64 or text
-            In the time zone of the first bars, if they had one.
+            In the time zone of the first bars, if they had one. Texts are written as
+            2024-01-31 09:35, perhaps with a zone behind them.
         **fields : float
-            All fields that the script reads: ``open=9.5, close=9.7``.
+            All fields that the script reads: ``open=9.5, close=9.7``; None for a null.
 
         Returns
         -------
@@ -302,19 +327,29 @@ class Live:
         bars = self._layout.bars({"time": np.array([stamp.to_datetime64()]), **_cells(fields)})
         if not self._engine.update(bars.times, bars.ticks, bars.fields, True):
             raise_error(self._engine)
-        warn_of(self._layout.notes(self._engine.infinity()))
-        self._events = _events_of(self._engine, None, None, self._zone)
+        warn_of(self._layout.notes(bars, self._engine.infinity()))
+        self._events = _events_of(self._engine, lambda _, keys: self._times(keys))
         return self.last
 
     def _stamp(self, time: Any) -> pd.Timestamp:
-        stamp = pd.Timestamp(time)
+        """What the clock of the bars shows at a time."""
+        stamp = moment_of(time)
         if stamp is pd.NaT:
             raise ValueError("the bar has no time")
-        if stamp.tz is None:
+        zone = self._clock.zone
+        if zone is None:
+            if stamp.tz is not None:
+                raise ValueError("the time has a zone and the bars have none")
             return stamp
-        if self._zone is None:
-            raise ValueError("the time has a zone and the bars have none")
-        return stamp.tz_convert(self._zone).tz_localize(None)
+        if stamp.tz is None:
+            stamp.tz_localize(zone, ambiguous=True)  # refuses what the clock never shows
+            return stamp
+        stamp = stamp.tz_convert(zone)
+        self._clock.note(pd.DatetimeIndex([stamp]))
+        return stamp.tz_localize(None)
+
+    def _times(self, keys: np.ndarray) -> pd.DatetimeIndex:
+        return self._clock.index(_engine.seconds_of_keys(keys))
 
     @property
     def last(self) -> dict[str, float]:
@@ -326,7 +361,7 @@ class Live:
     def values(self, count: int | None = None) -> pd.DataFrame:
         """The lines over the last ``count`` bars, or over all, by time."""
         first = 0 if count is None else max(len(self) - count, 0)
-        index = times_of_keys(self._engine.keys(first), self._zone)
+        index = self._times(self._engine.keys(first))
         return pd.DataFrame(self._engine.values(first).T, index=index, columns=self._lines)
 
     @property
@@ -335,15 +370,15 @@ class Live:
         return self._events.copy()
 
 
-def times_of_keys(keys: np.ndarray, zone: Any = None) -> pd.DatetimeIndex:
+def times_of_keys(keys: np.ndarray) -> pd.DatetimeIndex:
     """The times that row keys spell."""
-    return index_of(_engine.seconds_of_keys(keys), zone)
+    return index_of(_engine.seconds_of_keys(keys))
 
 
-def warn_of(notes: list[Finding]) -> None:
-    """Warns of what the bars hold, at the place of the caller's caller."""
+def warn_of(notes: list[Finding], depth: int = 3) -> None:
+    """Warns of what the bars hold, at the place of the caller's caller or further out."""
     for finding in notes:
-        warnings.warn(f"{finding.sentence}; {finding.suggestion}", BarsWarning, stacklevel=3)
+        warnings.warn(f"{finding.sentence}; {finding.suggestion}", BarsWarning, stacklevel=depth)
 
 
 _RECORD_KEY = re.compile(r'[{,]"(\w+)":')
@@ -362,7 +397,7 @@ def record_of(text: str) -> dict[str, Any]:
 
 
 def _cells(fields: Mapping[str, float]) -> dict[str, np.ndarray]:
-    return {name: np.array([float(value)]) for name, value in fields.items()}
+    return {name: np.array([value]) for name, value in fields.items()}
 
 
 def _no_events() -> pd.DataFrame:
@@ -371,18 +406,15 @@ def _no_events() -> pd.DataFrame:
 
 
 def _events_of(
-    engine: _engine.Engine, bars: Bars | None, rows: np.ndarray | None, zone: Any = None
+    engine: _engine.Engine, times_of: Callable[[list[int], np.ndarray], Any]
 ) -> pd.DataFrame:
+    """The events of a calculation, with the times of their rows and keys."""
     events = engine.events()
     if not events:
         return _no_events()
     row, key, word, name, quantity, statement = zip(*events)
-    if bars is None:
-        time = times_of_keys(np.array(key), zone)
-    else:
-        time = bars.moments[_places(list(row), rows)]
     return pd.DataFrame({
-        "time": time, "word": word, "name": name,
+        "time": times_of(list(row), np.array(key)), "word": word, "name": name,
         "quantity": [np.nan if number == -1 else float(number) for number in quantity],
         "statement": statement,
     })

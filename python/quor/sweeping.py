@@ -2,20 +2,19 @@
 
 from __future__ import annotations
 
-import functools
 from concurrent.futures import ThreadPoolExecutor
 from itertools import product
-from typing import Any, Callable, Iterable, Mapping, Sequence
+from typing import Any, Iterable, Mapping, Sequence
 
 import numpy as np
 import pandas as pd
 from tqdm.auto import tqdm
 
 from .errors import Finding, ScriptError
-from .frames import Columns, Layout, Need
-from .parameters import check_names, numbers
+from .frames import Columns
+from .parameters import capitals, check_names, numbers
 from .scanning import processors
-from .script import DAY, Script, Spec, needs_of, raise_error, warn_of
+from .script import DAY, Script, Spec, layout_of, raise_error, warn_of
 
 
 def sweep(
@@ -71,8 +70,7 @@ def sweep(
     if not names or not combinations:
         raise ValueError("a sweep needs parameters and values for each of them")
     spec = script.spec if isinstance(script, Script) else Spec(script, (), "", DAY, "", "")
-    layout = functools.partial(Layout, columns=columns, duplicates=duplicates)
-    work = _Combinations(spec, names, frame, layout, lines, combinations[0])
+    work = _Combinations(spec, names, frame, (columns, duplicates), lines, combinations[0])
     with ThreadPoolExecutor(jobs or processors(), "quor-sweep") as pool:
         blocks = list(tqdm(pool.map(work.run, combinations), total=len(combinations),
                            unit=" combinations", disable=None if progress else True))
@@ -95,18 +93,18 @@ def _values_of(name: str, values: Iterable[float]) -> list[float]:
 class _Combinations:
     """What the combinations of a sweep have in common, taken from the first."""
 
-    def __init__(self, spec: Spec, names: list[str], frame: Any,
-                 layout: Callable[[Sequence[Need]], Layout], lines: Iterable[str] | None,
-                 first: Sequence[float]) -> None:
+    def __init__(self, spec: Spec, names: list[str], frame: Any, form: tuple[Columns, str],
+                 lines: Iterable[str] | None, first: Sequence[float]) -> None:
         self._spec = spec
         self._names = names
         engine = self._engine(first)
         check_names(spec.source, [name for name, _ in numbers(zip(names, first))])
-        self._layout = layout(needs_of(engine.report()))
+        self._layout = layout_of(spec.period, engine.report(), *form)
         self.bars = self._layout.bars(frame)
         self.notes: list[Finding] = []
         all_lines = [line["name"] for line in engine.lines()]
-        self.lines = all_lines if lines is None else [str(line).upper() for line in lines]
+        wanted = [lines] if isinstance(lines, str) else lines
+        self.lines = all_lines if wanted is None else [capitals(str(line)) for line in wanted]
         for line in self.lines:
             if line not in all_lines:
                 raise ValueError(f"the script has no line {line!r}")
@@ -129,7 +127,7 @@ class _Combinations:
                 raise_error(engine)
             except ScriptError as error:
                 raise _told(error, dict(zip(self._names, values))) from None
-        self.notes = self._layout.notes(engine.infinity())
+        self.notes = self._layout.notes(bars, engine.infinity())
         block = engine.values(0)[self._places]
         rows = engine.rows_of_bars()
         if rows is None:
