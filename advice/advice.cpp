@@ -100,13 +100,14 @@ class Adviser {
       if (noted_.size() >= most_findings) return;
       if (is_readable(statement)) note(statement_warnings(reading_, statement, run));
     }
-    if (failure_.code == 0 && run != nullptr) note_null_lines(*run);
+    if (failure_.code == 0) note(supply_warnings(reading_, input_));
+    if (failure_.code == 0 && run != nullptr) note_null_lines();
     if (failure_.code != quote_open && failure_.code != unfinished) note(script_warnings(reading_));
   }
 
   /// A line whose statement has a warning is null for that reason.
-  void note_null_lines(const RunFacts& run) {
-    auto problems = run_warnings(reading_, run);
+  void note_null_lines() {
+    auto problems = run_warnings(reading_, input_);
     std::erase_if(problems, [this](const Problem& problem) {
       const auto next =
           std::ranges::lower_bound(reading_.scan.slots, problem.place.begin, {}, &Slot::end);
