@@ -342,7 +342,8 @@ class Live:
                 raise ValueError("the time has a zone and the bars have none")
             return stamp
         if stamp.tz is None:
-            stamp.tz_localize(zone, ambiguous=True)  # refuses what the clock never shows
+            if stamp.tz_localize(zone, ambiguous=True, nonexistent="NaT") is pd.NaT:
+                raise ValueError(f"the clock of the bars never shows {stamp}")
             return stamp
         stamp = stamp.tz_convert(zone)
         self._clock.note(pd.DatetimeIndex([stamp]))

@@ -350,6 +350,9 @@ class Engine {
     input.parameters = script_.parameters();
     input.report = script_.report().text;
     input.answer = script_.answer();
+    input.period = static_cast<int32_t>(subject_.period);
+    input.supply = quor_advice::Supply{
+        false, {}, "the package has none", "write the number, or a parameter, in its place"};
     return quor_advice::advise(input);
   }
 

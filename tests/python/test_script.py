@@ -4,6 +4,7 @@ import datetime
 import pickle
 import re
 import threading
+import warnings
 
 import exports
 import numpy as np
@@ -44,6 +45,20 @@ def test_a_script_describes_itself():
     assert [shape["Field1Text"] for shape in script.shapes] == ["A"]
     assert script.findings == []
     assert "LINETHIK" in quor.compile("A:C,LINETHIK2;").findings[0].sentence
+
+
+def test_findings_name_what_the_package_has_not():
+    def told(source, **settings):
+        return [str(finding) for finding in quor.compile(source, **settings).findings]
+
+    assert told("A:C;\nB:C/MINPRICE+UNIT;") == [
+        f"2:{column}: warning: there is no number for {word}, so it is null on every bar; "
+        "write the number, or a parameter, in its place"
+        for column, word in ((5, "MINPRICE"), (14, "UNIT"))]
+    assert told("A:DATE;", period=0x3005) == [
+        "1:3: warning: there is no trading calendar, so DATE gives each bar the date on its clock, "
+        "not its trading day; the package has none"]
+    assert told("A:DATE;") == [] and told("A:TIME;", period=0x3005) == []
 
 
 def test_a_text_that_is_no_json_leaves_its_record_readable():
@@ -152,6 +167,22 @@ def test_an_infinity_is_a_finding(frame):
         with pytest.warns(quor.BarsWarning, match=text):
             quor.sweep("A:EMA(C,N);", odd, N=[2, 3])
     quor.compile("A:EMA(O,5);").run(odd)  # reads no close
+
+
+def test_bars_of_a_day_that_are_none_are_a_finding(frame):
+    minutes = frame.set_axis(pd.date_range("2024-01-02 09:30", periods=len(frame), freq="min"))
+    script = quor.compile("A:TIME;")
+    with pytest.warns(quor.BarsWarning, match="several bars a day.*0x3005"):
+        script.run(minutes)
+    assert len(script.findings) == 1
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        script.run(frame)
+        quor.compile("A:TIME;", period=0x3001).run(minutes)
+        AVERAGE.run(minutes)
+    for period in (5, "day", 0x4000 + 0.0, True):
+        with pytest.raises(ValueError, match="period is a code"):
+            quor.compile("A:C;", period=period)
 
 
 def test_columns_can_be_named(frame):
@@ -354,8 +385,37 @@ def test_live_bars_must_be_whole_and_have_a_time(frame):
         live.update(None, close=1, open=1)
     assert live.update(pd.Timestamp("2030-01-01", tz="UTC"), close=1, open=2) == {"A": 3.0}
     assert live.values(1).index[0] == pd.Timestamp("2030-01-01 09:00", tz="Asia/Tokyo")
+    assert np.isnan(live.update("2030-01-01 00:00Z", close=None, open=2)["A"]) and len(live) == 121
+    for time, text in (("01/02/2030", "is no date"), (20300102.0, "for a time"), (5, "integers"),
+                       ([1], "isn't one value"), ("2030-02-30", "is no date")):
+        with pytest.raises(ValueError, match=text):
+            live.update(time, close=1, open=2)
+    for value in ("5", [1, 2], [[1]]):
+        with pytest.raises(ValueError, match="column 'close'"):
+            live.update("2030-01-02", close=value, open=2)
+    live.update(20300103, close=1, open=2)
+    live.update(datetime.date(2030, 1, 2), close=1, open=2)
+    assert list(live.values(2).index.day) == [2, 3]
     with pytest.raises(ValueError, match="has a zone"):
         quor.compile("A:C;").live().update(pd.Timestamp("2030-01-01", tz="UTC"), close=1)
+
+
+def test_a_clock_that_is_set_back_shows_no_bar_twice(frame):
+    times = pd.date_range("2024-11-03 00:30", periods=6, freq="30min", tz="America/New_York")
+    bars = frame.head(6).set_axis(times)
+    with pytest.raises(ValueError, match="one time by the clock of their zone, 2024-11-03 01:00"):
+        AVERAGE.run(bars)
+    assert same_bits(AVERAGE.run(bars.tz_convert("UTC")), AVERAGE.run(frame.head(6)))
+    script = quor.compile("A:C;C>0,BK;")
+    for some in (bars.iloc[[0, 1, 2, 5]], bars.iloc[[0, 3, 4]]):
+        live = script.live(some)
+        assert list(live.values().index) == list(some.index)
+        live.update(some.index[1], close=7)
+        assert list(live.events["time"]) == list(some.index[1:])
+        with pytest.raises(ValueError, match="two bars have one time by the clock"):
+            live.update(times[[3, 1][some.index[1] == times[3]]], close=5)
+    with pytest.raises(ValueError, match="never shows 2025-03-09 02:30"):
+        script.live(frame.tz_localize("America/New_York")).update("2025-03-09 02:30", close=1)
 
 
 @pytest.mark.parametrize("source", [
