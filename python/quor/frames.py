@@ -138,7 +138,8 @@ class Layout:
 
     def read_file(self, path: str | os.PathLike) -> tuple[np.ndarray, dict[int, np.ndarray]]:
         """Seconds since 1970 and the values of all fields."""
-        named = {id_: None if label is None else str(label)
+        wanted = {need.id for need in self._needs} or self._given.keys()
+        named = {id_: str(label) if id_ in wanted and label is not None else None
                  for id_, label in self._given.items() if id_ != _TIME}
         for need in self._needs:  # of another security, by a name that no file reader knows
             if need.id not in FIELD_WORDS and not need.names[0].isdecimal():

@@ -156,7 +156,8 @@ def test_a_file_is_read_by_the_names_of_its_columns(tmp_path):
     assert list(frame.index) == [pd.Timestamp("2024-01-03 09:35"), pd.Timestamp("2024-01-02 10:00")]
     assert frame["openinterest"].tolist() == [7, 8]
     assert frame["high"].isna().tolist() == [True, False]
-    assert quor.scan("A:C+OPI;", {"x": path}, columns=columns)["A"].tolist() == [8.5]
+    more = {**columns, "open": "a column that nobody reads"}
+    assert quor.scan("A:C+OPI;", {"x": path}, columns=more)["A"].tolist() == [8.5]
     assert quor.scan("A:C;", {"x": path}, columns={**columns, "close": None})["A"].isna().all()
     with pytest.warns(quor.ScanWarning, match="reads 'volume', and no column of the file"):
         assert quor.scan("A:V;", {"x": path}, columns=columns).empty
