@@ -6,6 +6,7 @@
 
 #include "explain.h"
 #include "letters.h"
+#include "parameter_faults.h"
 #include "warnings.h"
 
 namespace quor_advice {
@@ -157,6 +158,21 @@ ScriptNames names_in(std::string_view script) {
     }
   }
   return names;
+}
+
+std::vector<ParameterFault> parameter_faults(std::string_view script,
+                                             const std::vector<std::string>& names) {
+  const Reading reading = read_script(script, {});
+  const Placer placer(reading);
+  std::vector<ParameterFault> faults;
+  for (const std::string& name : names) {
+    const auto fault = find_name_fault(reading, name);
+    if (!fault) continue;
+    Finding finding = placer.finding({Severity::error, 0, fault->problem});
+    if (!fault->has_place) finding.line = finding.column = finding.length = 0;
+    faults.push_back({name, fault->is_idle, std::move(finding)});
+  }
+  return faults;
 }
 
 }  // namespace quor_advice

@@ -101,7 +101,7 @@ struct Compiled {
         report_text(session.compile(source, parameters, line_settings)),
         report(parse_report(report_text)) {
     const quor_advice::ScriptNames names = quor_advice::names_in(source);
-    for (const std::string& text : idle_settings(options.settings, names)) warn(text);
+    for (const std::string& text : faults_of_settings(options.settings, source)) warn(text);
     for (const std::string& text : idle_constants(options.market_constants, names)) warn(text);
     for (const std::string& name : names_of_settings(line_settings)) {
       if (std::ranges::find(names.lines, name) != names.lines.end()) continue;

@@ -1,10 +1,10 @@
 #include "parameters.h"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 
+#include "advice/advice.h"
 #include "errors.h"
 #include "json_files.h"
 #include "text.h"
@@ -56,20 +56,13 @@ std::string parameters_json(const std::string& path, const std::vector<std::stri
   return json == "[" ? std::string() : json + ']';
 }
 
-std::string idle_reason(const std::string& name, const quor_advice::ScriptNames& names) {
-  if (std::ranges::find(names.constants, name) != names.constants.end()) {
-    return "the script's own CONST " + name + " stands";
-  }
-  const bool is_read = std::ranges::find(names.words, name) != names.words.end();
-  return is_read ? "" : "the script doesn't read " + name;
-}
-
-std::vector<std::string> idle_settings(const std::vector<std::string>& settings,
-                                       const quor_advice::ScriptNames& names) {
+std::vector<std::string> faults_of_settings(const std::vector<std::string>& settings,
+                                            std::string_view script) {
   std::vector<std::string> texts;
   for (const std::string& text : settings) {
-    const std::string reason = idle_reason(parse_setting(text).name, names);
-    if (!reason.empty()) texts.push_back("--set " + text + ": " + reason);
+    for (const auto& fault : quor_advice::parameter_faults(script, {parse_setting(text).name})) {
+      texts.push_back("--set " + text + ": " + fault.finding.sentence);
+    }
   }
   return texts;
 }

@@ -122,7 +122,7 @@ std::string period_list(const std::map<uint32_t, size_t>& periods) {
 
 void print_idle_settings(const quor::engine::Script& script, const ScanOptions& options) {
   const auto names = quor_advice::names_in(script.source());
-  auto texts = idle_settings(options.parameters, names);
+  auto texts = faults_of_settings(options.parameters, script.source());
   std::ranges::move(idle_constants(options.market_constants, names), std::back_inserter(texts));
   for (const std::string& text : texts) std::cerr << "quor: warning: " << text << '\n';
 }
