@@ -2,12 +2,11 @@
 // columns in the order in which they are taken, every cell, notices and signals.
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <memory>
 #include <random>
 #include <span>
 
-#include "interface/instances.h"
+#include "support/plain_bars.h"
 #include "support/test_host.h"
 #include "support/word_statements.h"
 #include "tables/field_table.h"
@@ -18,7 +17,6 @@ namespace {
 
 using quor::BlockRule;
 
-constexpr BlockRule bar_by_bar = {.shortest_run = std::numeric_limits<int32_t>::max()};
 constexpr BlockRule usual[] = {{}};
 constexpr BlockRule small_blocks[] = {
     {1, 1, 1, 1}, {1, 2, 2, 2}, {1, 1, 3, 3}, {1, 3, 7, 7}, {1, 1, 1, 64}};

@@ -2,10 +2,9 @@
 // so walk over the rows at each bar, leaves the same in every cell.
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <random>
 
-#include "interface/instances.h"
+#include "support/plain_bars.h"
 #include "support/test_host.h"
 
 namespace quor_test {
@@ -136,13 +135,8 @@ class Scripts {
 class Player {
  public:
   Player(const std::string& script, bool remembers) {
-    auto& parser = quor::find_instance(host_.handle())->parser;
-    if (!remembers) {
-      parser.calculator().set_block_rule({.shortest_run = std::numeric_limits<int32_t>::max()});
-    }
     compiles_ = host_.compile(script).code == 0;
-    // The plan says what may be remembered.
-    parser.pool().script.memories_are_planned = !remembers;
+    if (!remembers) go_by_plain_bars(host_.handle());
   }
 
   bool compiles() const { return compiles_; }
