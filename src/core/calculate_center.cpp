@@ -11,6 +11,30 @@
 
 namespace quor {
 
+namespace {
+
+/// Has calls forget what has changed in its time, whichever way that ends.
+class ChangesForgotten {
+ public:
+  explicit ChangesForgotten(DataPoolCenter& pool) : script_(pool.script) {
+    if (script_.remembering_calls.empty()) return;
+    changes_ = &pool.table().watch_changes();
+    before_ = changes_->now();
+  }
+  ~ChangesForgotten() {
+    if (changes_ != nullptr) script_.forget_rows(changes_->first_since(before_));
+  }
+  ChangesForgotten(const ChangesForgotten&) = delete;
+  ChangesForgotten& operator=(const ChangesForgotten&) = delete;
+
+ private:
+  CompiledScript& script_;
+  const RowChanges* changes_ = nullptr;  ///< null if nothing is remembered
+  uint64_t before_ = 0;
+};
+
+}  // namespace
+
 Status CalculateCenter::calculate(int32_t first_row, bool scan, std::string& error) {
   start_row_ = first_row;
   if (pool_.script.statement_list.empty()) return Status::ok;
@@ -34,27 +58,16 @@ void CalculateCenter::refresh_column_indexes() {
   }
 }
 
-namespace {
-
-/// Has calls forget what has changed in its time, whichever way that ends.
-struct ChangesForgotten {
-  CompiledScript& script;
-  const RowChanges& changes;
-  uint64_t before = changes.now();
-  ~ChangesForgotten() { script.forget_rows(changes.first_since(before)); }
-};
-
-}  // namespace
-
 Status CalculateCenter::evaluate_aside(Variable& variable, int32_t row, double& value) {
-  DataTable& table = pool_.table();
-  pool_.script.forget_rows(table.take_first_changed_row());
-  const ChangesForgotten changes{pool_.script, table.watch_changes()};
+  pool_.script.forget_rows(pool_.table().take_first_changed_row());
+  const ChangesForgotten changes(pool_);
   std::string unread;
   return evaluate(variable, row, false, unread, value);
 }
 
+/// A report on a script that has run scans it again, and a scan evaluates periods.
 Status CalculateCenter::scan_statements(std::string& error) {
+  const ChangesForgotten changes(pool_);
   for (Variable* statement : pool_.script.statement_list) {
     if (statement->kind == VariableKind::number) continue;
     double result = 0.0;
