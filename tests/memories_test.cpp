@@ -272,5 +272,38 @@ TEST(Memories, NeverShow) {
   }
 }
 
+/// An evaluation that a reading makes writes cells like any other, so that what rests on them has
+/// to be forgotten.
+TEST(Memories, AReadingOfAnArgumentChangesCells) {
+  const struct {
+    const char* script;
+    uint32_t rows;
+    uint32_t second_run;
+  } cases[] = {{"A:IFF(BARPOS>5,SUM(C-O,0),0);", 30, 29},
+               {"A:MEMA(SUM(O*1,9),2);", 10, 8},
+               {"A:COUNT(IFF(V,EMA(AMOUNT,2),0),244);", 40, 37}};
+  for (const auto& [script, rows, second_run] : cases) {
+    Bars bars;
+    for (uint32_t row = 0; row < rows; ++row) {
+      bars["O"].push_back(10 + row % 3);
+      bars["C"].push_back(11 + row % 5);
+      bars["V"].push_back(row % 4);
+      bars["AMOUNT"].push_back(row % 4 == 0 ? 50 : -1);
+    }
+    Series lines[2];
+    for (const bool remembers : {false, true}) {
+      Player player(script, remembers);
+      player.host().feed(bars);
+      player.host().run();
+      for (int32_t id = -1; id >= -60; --id) {
+        for (const int32_t row : {0, 8}) get_field_val_by_index(player.host().handle(), id, row);
+      }
+      player.host().run(second_run);
+      lines[remembers] = player.host().line("A");
+    }
+    EXPECT_TRUE(same(lines[true], lines[false])) << script;
+  }
+}
+
 }  // namespace
 }  // namespace quor_test
