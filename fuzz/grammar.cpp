@@ -57,7 +57,10 @@ std::string Grammar::line(const std::string& name) {
   static const auto standing =
       words_where([](std::string_view word) { return quor::OutputFunctionSet.contains(word); });
   const size_t kind = bytes_.below(64);
-  if (kind < 4) return call(standing[bytes_.below(standing.size())], 2) + ";";
+  if (kind < 4) {
+    const std::string_view word = standing[bytes_.below(standing.size())];
+    return quor_test::statement_of(word, arguments(word, 2));
+  }
   if (kind == 4) return "SET(" + parts_[bytes_.below(6)] + "," + expression(1) + ");";
   // A line that comes to names only another line.
   const std::string text = kind < 12 ? parts_.back() : expression(3);
@@ -79,21 +82,18 @@ std::string Grammar::expression(int depth) {
     text += expression(depth - 1) + ")";
   } else {
     const auto& words = kind == 2 ? plain_words : story_words;
-    text = call(words[bytes_.below(words.size())], depth);
+    const std::string_view word = words[bytes_.below(words.size())];
+    text = quor_test::call_of(word, arguments(word, depth));
   }
   if (text.size() <= longest_part) parts_.push_back(text);
   return text;
 }
 
-std::string Grammar::call(std::string_view word, int depth) {
+std::string Grammar::arguments(std::string_view word, int depth) {
   --calls_left_;
-  std::string arguments;
-  for (const std::string& usual : quor_test::split_arguments(quor_test::arguments_of(word))) {
-    arguments += (arguments.empty() ? "" : ",") + argument(usual, depth - 1);
-  }
-  std::string text = quor_test::statement_of(word, arguments);
-  text.pop_back();
-  return text.starts_with("A:=") ? text.substr(3) : text;
+  auto arguments = quor_test::split_arguments(quor_test::arguments_of(word));
+  for (std::string& each : arguments) each = argument(each, depth - 1);
+  return quor_test::join_arguments(arguments);
 }
 
 std::string Grammar::argument(const std::string& usual, int depth) {

@@ -19,7 +19,7 @@ class Grammar {
  private:
   std::string line(const std::string& name);
   std::string expression(int depth);
-  std::string call(std::string_view word, int depth);
+  std::string arguments(std::string_view word, int depth);
   std::string argument(const std::string& usual, int depth);
   /// A field, a line, or an expression that stands elsewhere, too.
   const std::string& part() { return parts_[bytes_.below(parts_.size())]; }

@@ -2,6 +2,7 @@
 // plain bars leave, where windows reach back to row 0 and where arguments are read between runs.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 #include "functions/registry.h"
@@ -45,14 +46,19 @@ struct Record {
   std::vector<Part> parts;
 
   void open(std::string name) { parts.push_back({std::move(name), values.size()}); }
-  std::string tell(size_t place, const Record& expected) const {
-    const auto part = std::ranges::find_if(
-        parts.rbegin(), parts.rend(), [place](const Part& each) { return each.first <= place; });
-    const auto text = [place](const Record& record) {
-      return place < record.values.size() ? to_text({record.values[place]}) : "nothing";
-    };
-    return part->name + " row " + std::to_string(place - part->first) + ": " + text(*this) +
-           ", by bars " + text(expected);
+  /// Where the records first differ.
+  std::string tell(const Record& expected) const {
+    size_t place = 0;
+    while (place < values.size() && place < expected.values.size() &&
+           same(values[place], expected.values[place])) {
+      ++place;
+    }
+    const auto part = std::ranges::upper_bound(parts, place, {}, &Part::first) - 1;
+    return part->name + " row " + std::to_string(place - part->first) + ": " + text(place) +
+           ", by bars " + expected.text(place);
+  }
+  std::string text(size_t place) const {
+    return place < values.size() ? to_text({values[place]}) : "nothing";
   }
 };
 
@@ -68,19 +74,16 @@ class Player {
     }
   }
 
-  /// Whether the script stands; says where blocks leave something else than plain bars.
-  bool agrees(const std::string& script, const quor::BlockRule& rule) {
-    if (host_.compile(script).code != 0) return true;
+  /// Says where blocks and memories leave something else than plain bars, if the script stands.
+  void check(const std::string& script, const quor::BlockRule& rule) {
+    if (host_.compile(script).code != 0) return;
     go_by_plain_bars(host_.handle());
     play(expected_);
     host_.compile(script);
     parser_.calculator().set_block_rule(rule);
     play(found_);
-    if (same(found_.values, expected_.values)) return true;
-    size_t place = 0;
-    while (same(found_.values[place], expected_.values[place])) ++place;
-    ADD_FAILURE() << script << ' ' << found_.tell(place, expected_);
-    return false;
+    if (same(found_.values, expected_.values)) return;
+    ADD_FAILURE() << script << ' ' << found_.tell(expected_);
   }
 
  private:
@@ -149,20 +152,14 @@ Arguments arguments_with(std::string_view word, std::string_view period, std::st
   return arguments;
 }
 
-std::string statement_of(std::string_view word, const Arguments& arguments) {
-  std::string text;
-  for (const std::string& argument : arguments) text += (text.empty() ? "" : ",") + argument;
-  return quor_test::statement_of(word, text);
-}
-
 /// The calls of the words that may stand for a series.
 std::vector<std::string> inner_calls(const Variation& variation) {
   std::vector<std::string> calls;
   for (const auto& [word, id] : quor::FunctionIdTable()) {
     if (quor::OutputFunctionSet.contains(word) || word == "RAND" || word == "CURRENTTIME") continue;
-    const std::string statement =
-        statement_of(word, arguments_with(word, variation.inner_period, variation.inner_closes));
-    calls.push_back(statement.substr(3, statement.size() - 4));
+    const Arguments arguments =
+        arguments_with(word, variation.inner_period, variation.inner_closes);
+    calls.push_back(call_of(word, join_arguments(arguments)));
   }
   return calls;
 }
@@ -173,18 +170,16 @@ bool is_series(std::string_view argument) {
 
 class Pairs : public testing::TestWithParam<Variation> {
  protected:
-  bool all_agree(std::string_view outer) {
+  void check_all_over(std::string_view outer) {
     const Arguments arguments = arguments_with(outer, GetParam().outer_period, "C");
-    bool agree = true;
     for (size_t place = 0; place < arguments.size(); ++place) {
       if (!is_series(arguments[place])) continue;
       for (const std::string& inner : inner_calls_) {
         Arguments nested = arguments;
         nested[place] = inner;
-        agree &= player_.agrees(statement_of(outer, nested), GetParam().rule);
+        player_.check(statement_of(outer, join_arguments(nested)), GetParam().rule);
       }
     }
-    return agree;
   }
 
  private:
@@ -194,12 +189,11 @@ class Pairs : public testing::TestWithParam<Variation> {
 
 TEST_P(Pairs, LeaveWhatPlainBarsLeave) {
   for (const auto& [word, id] : quor::FunctionIdTable()) {
-    if (arguments_of(word).empty() || !quor::find_function(word)->column_traits().by_columns) {
-      continue;
-    }
-    const bool has_period = arguments_with(word, "17", "C") != split_arguments(arguments_of(word));
-    // Words without a period are the same in all variations but for what they hold.
-    if (has_period || GetParam().inner_period == "0") all_agree(word);
+    const std::string_view usual = arguments_of(word);
+    if (usual.empty() || !quor::find_function(word)->column_traits().by_columns) continue;
+    // Without a period, a word is another in each variation by what it holds alone.
+    const bool has_period = arguments_with(word, "17", "C") != split_arguments(usual);
+    if (has_period || GetParam().inner_period == "0") check_all_over(word);
   }
 }
 
