@@ -77,11 +77,11 @@ json_library() {
 # and compiled to the same operations, none of them fused.
 mathematics_library() {
   musl=$work/musl
-  parts=$work/mathematics
+  objects=$work/mathematics
   renamed="acos asin atan cos exp log log10 pow sin tan floor scalbn
     __cos __rem_pio2 __rem_pio2_large __sin __tan
     __math_divzero __math_invalid __math_oflow __math_uflow __math_xflow"
-  mkdir -p "$parts/include" "$out/lib"
+  mkdir -p "$objects/include" "$out/lib"
   # In place of headers of the system: the few things that the sources take from it, and the names.
   {
     for name in $renamed __exp_data __log_data __pow_log_data; do
@@ -93,15 +93,15 @@ mathematics_library() {
     for name in fabs isnan sqrt; do echo "#define $name __builtin_$name"; done
     echo "#define INFINITY __builtin_inf()"
     echo "#define hidden __attribute__((visibility(\"hidden\")))"
-  } >"$parts/include/math.h"
-  for name in endian features; do : >"$parts/include/$name.h"; done
+  } >"$objects/include/math.h"
+  for name in endian features; do : >"$objects/include/$name.h"; done
   for name in $renamed exp_data log_data pow_data; do
     $cc -std=gnu11 -ffreestanding -O2 $pic -fvisibility=hidden -ffp-contract=off \
       -fno-math-errno -U__FP_FAST_FMA -include math.h \
-      -I "$parts/include" -I "$musl/src/internal" -I "$musl/arch/generic" \
-      -c "$musl/src/math/$name.c" -o "$parts/$name.o" || return
+      -I "$objects/include" -I "$musl/src/internal" -I "$musl/arch/generic" \
+      -c "$musl/src/math/$name.c" -o "$objects/$name.o" || return
   done
-  "$ar" rcs "$out/lib/libquor_mathematics.a" "$parts"/*.o
+  "$ar" rcs "$out/lib/libquor_mathematics.a" "$objects"/*.o
 }
 
 # One file, whose own build would want a shell on Windows.
