@@ -1,5 +1,6 @@
 #include "parameters.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
