@@ -50,6 +50,11 @@ class BlockExtremes final : public CallMemory {
   /// To be told of each row at which the series is evaluated first. False behind a row that was
   /// left out: evaluating again what keeps a state may change it there.
   bool pass(int32_t row) {
+    // At the first row that was left out the order begins again.
+    if (goes_by_values_ && row == passed_) {
+      cut(row);
+      goes_by_values_ = false;
+    }
     if (row > passed_ || goes_by_values_) return false;
     passed_ = std::max(passed_, row + 1);
     return true;

@@ -83,6 +83,7 @@ class RowStates final : public CallMemory {
     goes_by_values_ = true;
     seen_ = changes.now();
   }
+  void go_in_order() { goes_by_values_ = false; }
 
  private:
   std::vector<State> states_;
@@ -136,6 +137,8 @@ Status follow(const Call& call, int32_t row, size_t arguments, const Step& step,
       const int32_t end = std::min(row, call.recalled_end(states.known(), 0, arguments));
       while (states.known() < end) ignore_status(pass(states.known()));
     }
+    // Behind rows that are all known the order begins again.
+    if (remembering == Remembering::in_order && row == states.known()) states.go_in_order();
     if (row > states.known()) return Status::ok;
   }
   for (int32_t at = std::min(row, states.known()); at <= row; ++at) {

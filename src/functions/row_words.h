@@ -116,8 +116,10 @@ Status newest_hit(const Call& call, int32_t row, int64_t lowest, int32_t& found)
   if (failed(status)) return status;
   if (newest.row == no_row && known > 0) newest = states->after(known - 1);
   if (newest.row == no_row && lowest < 0) {
-    status = states != nullptr ? states->hit_below(lowest, step, newest)
-                               : walk(std::min(row, -1), lowest);
+    // What sees later rows may read cells from there, and so isn't told of by one walk.
+    const bool reads_no_cell = states != nullptr && !call.variable.for_one_run;
+    status =
+        reads_no_cell ? states->hit_below(lowest, step, newest) : walk(std::min(row, -1), lowest);
     if (failed(status)) return status;
   }
   found = newest.row >= lowest ? newest.row : no_row;
