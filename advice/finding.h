@@ -47,14 +47,13 @@ struct Supply {
 
 /// Texts are views: they must live while `advise` works, no longer.
 struct Input {
-  std::string_view script;      ///< as the author wrote it, UTF-8
-  std::string_view parameters;  ///< JSON as get_pre_parse_res took it; may be empty
-  std::string_view report;      ///< what get_pre_parse_res gave; empty: no error is known
-  std::string_view answer;      ///< what exec_parser_cal gave; empty if there was no calculation
-  int32_t period = 0;           ///< period code as set_indicator_extra_info took it; 0: unknown
-  std::optional<RunFacts> run;  ///< after a calculation
-  std::optional<Supply>
-      supply;  ///< nothing: it isn't known, and nothing is said of what is missing
+  std::string_view script;       ///< as the author wrote it, UTF-8
+  std::string_view parameters;   ///< JSON as get_pre_parse_res took it; may be empty
+  std::string_view report;       ///< what get_pre_parse_res gave; empty: no error is known
+  std::string_view answer;       ///< what exec_parser_cal gave; empty if there was no calculation
+  int32_t period = 0;            ///< period code as set_indicator_extra_info took it; 0: unknown
+  std::optional<RunFacts> run;   ///< after a calculation
+  std::optional<Supply> supply;  ///< nothing: it isn't known
 };
 
 }  // namespace quor_advice

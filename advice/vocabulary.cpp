@@ -260,6 +260,7 @@ bool is_trade_word(std::string_view word) { return contains(trade_words, word); 
 bool is_branch(std::string_view word) { return contains(branch_words, word); }
 
 bool reads_trading_day(std::string_view word) { return contains(trading_day_words, word); }
+
 std::vector<std::string_view> market_constants() {
   return {std::begin(constant_words), std::end(constant_words)};
 }

@@ -133,7 +133,7 @@ void print_periods(const ScanJob& job, const ScanResult& result) {
 }
 
 /// What there is to say about the script and about the condition, which stands behind it. Of
-/// several periods the shortest, which comes first, asks for most.
+/// several periods the first is below a day if any is, and asks for most.
 void print_warnings(const quor::engine::Script& script, const ScanOptions& options,
                     const ScanResult& result) {
   if (result.periods.empty()) return;

@@ -241,8 +241,11 @@ std::string thrown(const std::string& text) {
 }
 
 TEST(WindowWords, ThrowForANegativeNumberOfBars) {
-  for (const char* call : {"STD(C,-2)", "AVEDEV(C,-2)", "SLOPE(C,-2)", "FORCAST(C,-2)",
-                           "COVAR(C,C,-2)", "HHVBARS(C,-2)", "WMA(C,-2)", "ADMA(C,-2,1,2)"}) {
+  for (const char* call :
+       {"HHVBARS(C,-2)", "LLVBARS(C,-2)", "STD(C,-2)", "STDP(C,-2)", "VAR(C,-2)", "VARP(C,-2)",
+        "DEVSQ(C,-2)", "AVEDEV(C,-2)", "SLOPE(C,-2)", "FORCAST(C,-2)", "COVAR(C,C,-2)",
+        "CORRELATION(C,C,-2)", "COEFFICIENTR(C,C,-2)", "WMA(C,-2)", "EMA2(C,-2)", "ADMA(C,-2,1,2)",
+        "NUMPOW(C,-2,1)"}) {
     EXPECT_EQ(answer_of(std::string("A:=") + call + ";"), thrown("vector too long")) << call;
   }
   EXPECT_EQ(answer_of("A:=NORMPDF(C,0,-1);"),

@@ -261,6 +261,8 @@ quor chart --help tells more' chart -e 'A:=1;' --bars bars.csv --out a.svg --the
   expect 0 '' chart --bars bars.csv --out endless.png -e 'HUGE:C*POW(10,300);ENDLESS:HUGE*HUGE;
     DRAWSL(1,C,POW(10,300),HUGE,3,COLORRED),DOT;GOLDENLINE(1,C,1,H,POW(10,300));
     WAVERULER(1,L,1,H,1,C,POW(10,300));DRAWNUMBER(1,ENDLESS,C,2,COLORRED);'
+  expect 1 "quor: the drawing records can't be read, texts and numbers stand in them as the script gives \
+them: A string is opened, but never closed." chart -e "DRAWTEXT(1,C,'\\');" --bars bars.csv --out chart.svg
   ln -s /dev/full full.svg
   expect 1 "quor: full.svg: can't be written" chart -e 'A:=1;' --bars bars.csv --out full.svg
   expect 2 'quor: --size: Value 10 not in range 200 to 8000
