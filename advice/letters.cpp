@@ -1,5 +1,7 @@
 #include "letters.h"
 
+#include <fast_float/fast_float.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -31,7 +33,7 @@ std::string to_upper(std::string_view text) {
 
 std::optional<double> to_number(std::string_view text) {
   double number = 0.0;
-  const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  const auto [stop, error] = fast_float::from_chars(text.data(), text.data() + text.size(), number);
   if (text.empty() || error != std::errc() || stop != text.data() + text.size()) {
     return std::nullopt;
   }

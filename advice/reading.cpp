@@ -1,7 +1,8 @@
 #include "reading.h"
 
+#include <fast_float/fast_float.h>
+
 #include <algorithm>
-#include <charconv>
 
 #include "letters.h"
 #include "parameters.h"
@@ -192,7 +193,7 @@ class Folder {
 /// What the language reads of a constant's text: as much as is a number.
 double leading_number(std::string_view text) {
   double number = 0.0;
-  std::from_chars(text.data(), text.data() + text.size(), number);
+  fast_float::from_chars(text.data(), text.data() + text.size(), number);
   return number;
 }
 

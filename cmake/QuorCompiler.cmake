@@ -11,6 +11,12 @@ if(WIN32)
   set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 endif()
 
+# What may come into a shared library.
+set(QUOR_POSITION_INDEPENDENT ON)
+if(WASI)
+  set(QUOR_POSITION_INDEPENDENT OFF)
+endif()
+
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM)
   set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
@@ -27,6 +33,10 @@ target_compile_options(quor_options INTERFACE
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # At -O3 this compiler takes any "text" + std::string for a copy onto itself.
   target_compile_options(quor_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
+endif()
+if(WASI)
+  # Sizes have 32 bits there, and so has all memory: rows and bytes can't be more.
+  target_compile_options(quor_options INTERFACE -Wno-shorten-64-to-32)
 endif()
 if(QUOR_SANITIZE)
   target_compile_options(quor_options INTERFACE

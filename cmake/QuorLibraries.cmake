@@ -1,11 +1,15 @@
 # The libraries that are linked in, so that what is built needs them nowhere: simdjson::simdjson,
-# csv::csv and http::http. One script builds them for every system, when they are missing or when it has changed.
+# decimals::decimals, mathematics::mathematics, csv::csv and http::http. One script builds them for every
+# system, when they are missing or when it has changed.
 set(QUOR_LIBRARIES "" CACHE PATH
-  "Prefix of simdjson and libcsv; if empty, tools/libraries.sh builds them from Debian's sources")
+  "Prefix of all of them; if empty, tools/libraries.sh builds them from Debian's sources")
 
 set(libraries ${QUOR_LIBRARIES})
 if(NOT libraries)
   string(TOLOWER ${CMAKE_SYSTEM_NAME} system)
+  if(CMAKE_CROSSCOMPILING AND CMAKE_SYSTEM_PROCESSOR STREQUAL aarch64)
+    set(system arm64)
+  endif()
   set(libraries ${PROJECT_SOURCE_DIR}/build/libraries/${system})
   execute_process(COMMAND ${PROJECT_SOURCE_DIR}/tools/libraries.sh ${system}
     COMMAND_ERROR_IS_FATAL ANY)
@@ -19,13 +23,25 @@ find_package(simdjson REQUIRED PATHS ${libraries} NO_DEFAULT_PATH NO_CMAKE_FIND_
 set_property(TARGET simdjson::simdjson APPEND PROPERTY
   INTERFACE_COMPILE_DEFINITIONS SIMDJSON_THREADS_ENABLED=1)
 
-# The CSV library comes without a CMake package.
+# The others come without a CMake package. src/platform/math.h declares the mathematics.
 set(there PATHS ${libraries} NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH NO_CACHE REQUIRED)
-find_path(csv_include csv.h PATH_SUFFIXES include ${there})
-find_library(csv_library csv PATH_SUFFIXES lib lib/${CMAKE_LIBRARY_ARCHITECTURE} ${there})
-add_library(csv::csv UNKNOWN IMPORTED)
-set_target_properties(csv::csv PROPERTIES
-  IMPORTED_LOCATION ${csv_library} INTERFACE_INCLUDE_DIRECTORIES ${csv_include})
+find_library(mathematics_library quor_mathematics PATH_SUFFIXES lib ${there})
+add_library(mathematics::mathematics UNKNOWN IMPORTED)
+set_target_properties(mathematics::mathematics PROPERTIES IMPORTED_LOCATION ${mathematics_library})
+
+# Decimals are read by the same code everywhere, for not every library of C++ reads them.
+find_path(decimals_include fast_float/fast_float.h PATH_SUFFIXES include ${there})
+add_library(decimals::decimals INTERFACE IMPORTED)
+set_target_properties(decimals::decimals PROPERTIES INTERFACE_INCLUDE_DIRECTORIES ${decimals_include})
+
+# What reads files of bars.
+if(NOT WASI)
+  find_path(csv_include csv.h PATH_SUFFIXES include ${there})
+  find_library(csv_library csv PATH_SUFFIXES lib lib/${CMAKE_LIBRARY_ARCHITECTURE} ${there})
+  add_library(csv::csv UNKNOWN IMPORTED)
+  set_target_properties(csv::csv PROPERTIES
+    IMPORTED_LOCATION ${csv_library} INTERFACE_INCLUDE_DIRECTORIES ${csv_include})
+endif()
 
 # Headers, of which only the studio has use.
 if(QUOR_BUILD_STUDIO)

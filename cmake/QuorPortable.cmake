@@ -8,9 +8,10 @@ function(quor_make_portable target)
     return()
   endif()
   target_link_options(${target} PRIVATE -static-libstdc++ -Wl,--gc-sections)
-  # Each processor has symbols of its own age.
-  if(CMAKE_SYSTEM_PROCESSOR STREQUAL x86_64)
+  # The versions of others aren't known here.
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|aarch64)$")
     target_sources(${target} PRIVATE ${old_SOURCES})
+    target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/cmake)
     list(TRANSFORM old_CALLS PREPEND -Wl,--wrap=)
     target_link_options(${target} PRIVATE ${old_CALLS})
     # Where older systems have the calls of threads. It would be left out, as none is found there here.

@@ -141,6 +141,16 @@ std::vector<uint32_t> missing_fields(const Report& report, const Bars& bars) {
   return missing;
 }
 
+/// Two numbers mark a missing value, also where a volume comes to one of them.
+void warn_of_marks(const Report& report, const Bars& bars, const std::string& path) {
+  const auto is_mark = [](double value) { return value == 2147483648.0 || value == 4294967295.0; };
+  for (const uint32_t id : report.fields) {
+    const auto column = bars.columns.find(id);
+    if (column == bars.columns.end() || std::ranges::none_of(column->second, is_mark)) continue;
+    warn(path + " has 2147483648 or 4294967295 for " + field_text(id) + ", which read as null");
+  }
+}
+
 void warn_of_missing_data(const Report& report, const Bars& bars, const std::string& path) {
   for (const uint32_t id : missing_fields(report, bars)) {
     warn(path + " has no column for " + field_text(id) + ", which reads as null");
@@ -221,6 +231,7 @@ std::vector<std::string> null_lines(const std::vector<Line>& lines, size_t first
 std::string calculate(const Options& options, Compiled& compiled, const Bars& bars) {
   const auto columns = read_references(options.references, compiled.report, bars.keys);
   warn_of_missing_data(compiled.report, bars, input_name(options.bars_path));
+  warn_of_marks(compiled.report, bars, input_name(options.bars_path));
   compiled.session.feed(rows_json(bars, compiled.report.fields));
   if (compiled.session.row_count() != bars.keys.size()) {
     throw HostError("the library took only " + std::to_string(compiled.session.row_count()) +

@@ -25,7 +25,9 @@ MarketConstants market_constants(const std::vector<std::string>& texts) {
       throw HostError("--extra " + text +
                       ": write MINPRICE=NUMBER, UNIT=NUMBER or SHARECOUNTPERUNIT=NUMBER");
     }
-    constants[key_of(text)] = *value;
+    if (!constants.emplace(key_of(text), *value).second) {
+      throw HostError("--extra " + text + ": " + key_of(text) + " is given twice");
+    }
   }
   return constants;
 }

@@ -8,9 +8,15 @@
 #include <sys/stat.h>
 #include <time.h>
 
+#include "old_glibc.h"
+
 /* NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp) */
 
+#ifdef __aarch64__
+enum { stat_version = 0 };
+#else
 enum { stat_version = 1 };
+#endif
 
 int __xstat(int version, const char* path, struct stat* status);
 int __lxstat(int version, const char* path, struct stat* status);
@@ -38,9 +44,9 @@ uint32_t __wrap_arc4random(void) {
 }
 
 /* Threads, as in src/platform/old_glibc.c. */
-__asm__(".symver old_create,pthread_create@GLIBC_2.2.5");
-__asm__(".symver old_join,pthread_join@GLIBC_2.2.5");
-__asm__(".symver old_timedwait,pthread_cond_timedwait@GLIBC_2.3.2");
+QUOR_BIND(old_create, pthread_create, 2.2.5);
+QUOR_BIND(old_join, pthread_join, 2.2.5);
+QUOR_BIND(old_timedwait, pthread_cond_timedwait, 2.3.2);
 int old_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*routine)(void*),
                void* argument);
 int old_join(pthread_t thread, void** result);
@@ -72,12 +78,19 @@ int __wrap_pthread_cond_clockwait(pthread_cond_t* condition, pthread_mutex_t* lo
   return old_timedwait(condition, lock, &end);
 }
 
+/* What charts scale their axes and mix their colours by. */
+QUOR_BIND(old_pow, __pow_finite, 2.15);
+double old_pow(double base, double exponent);
+double __wrap_pow(double base, double exponent);
+
+double __wrap_pow(double base, double exponent) { return old_pow(base, exponent); }
+
 /* The start of a program. Newer C libraries run its constructors by themselves; the older symbol
  * leaves that to a function that it is given. */
 typedef int Main(int count, char** arguments, char** environment);
 typedef void Step(void);
 
-__asm__(".symver old_start,__libc_start_main@GLIBC_2.2.5");
+QUOR_BIND(old_start, __libc_start_main, 2.2.5);
 int old_start(Main* program, int count, char** arguments, Main* construct, Step* destruct,
               Step* finish, void* stack_end);
 int __wrap___libc_start_main(Main* program, int count, char** arguments, Main* construct,

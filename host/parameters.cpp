@@ -1,8 +1,10 @@
 #include "parameters.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <utility>
 
 #include "advice/advice.h"
 #include "errors.h"
@@ -45,10 +47,21 @@ Setting parse_setting(const std::string& text) {
   return {to_upper(text.substr(0, mark)), *value};
 }
 
+std::vector<Setting> parse_settings(const std::vector<std::string>& texts) {
+  std::vector<Setting> settings;
+  for (const std::string& text : texts) {
+    Setting setting = parse_setting(text);
+    if (std::ranges::find(settings, setting.name, &Setting::name) != settings.end()) {
+      throw HostError("--set " + text + ": " + setting.name + " is set twice");
+    }
+    settings.push_back(std::move(setting));
+  }
+  return settings;
+}
+
 std::string parameters_json(const std::string& path, const std::vector<std::string>& settings) {
   std::string json = open_array(path);
-  for (const std::string& text : settings) {
-    const Setting setting = parse_setting(text);
+  for (const Setting& setting : parse_settings(settings)) {
     json += "{\"PARAM_NAME\":" + json_string(setting.name) +
             ",\"DEFAULT\":" + json_number(setting.value) + "},";
   }

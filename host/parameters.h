@@ -15,6 +15,9 @@ struct Setting {
 /// The number set as "NAME=NUMBER". Throws HostError for any other text.
 Setting parse_setting(const std::string& text);
 
+/// The same of several, in their order. Throws for a name that is set twice, too.
+std::vector<Setting> parse_settings(const std::vector<std::string>& texts);
+
 /// The JSON array of parameters that the library takes: the file's text, if there is one, and
 /// behind it the numbers set as "NAME=NUMBER", so that these win. Throws HostError for a file that
 /// holds no such array and for a number that can't be read.

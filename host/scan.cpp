@@ -80,8 +80,7 @@ ScanJob job_of(const ScanOptions& options) {
     require_utf8(job.script, "-e");
   }
   if (paths.empty()) throw HostError("no files and no folders with bars are given");
-  for (const std::string& text : options.parameters) {
-    Setting setting = parse_setting(text);
+  for (Setting& setting : parse_settings(options.parameters)) {
     job.settings.parameters.emplace_back(std::move(setting.name), setting.value);
   }
   job.infers_period = options.period.empty();

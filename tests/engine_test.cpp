@@ -12,8 +12,7 @@
 #include <random>
 #include <thread>
 
-#include "support/vectors.h"
-#include "tables/field_table.h"
+#include "support/engine_vectors.h"
 
 namespace quor_test {
 namespace {
@@ -23,38 +22,26 @@ using quor::engine::Misuse;
 using quor::engine::Script;
 using quor::engine::Settings;
 
-/// Bars as arrays, in the order of the intake.
-struct Arrays {
-  std::vector<int64_t> keys;
-  std::map<uint32_t, Series> fields;
+std::string number(double value) {
+  if (value != value) return "null";
+  char digits[40];
+  const auto end =
+      std::to_chars(std::begin(digits), std::end(digits), value, std::chars_format::scientific);
+  return {std::begin(digits), end.ptr};
+}
 
-  std::vector<Field> spans() const {
-    std::vector<Field> spans;
-    for (const auto& [id, values] : fields) spans.push_back({id, values});
-    return spans;
-  }
-
-  /// The same bars as the text of `set_row_data`; every number reads back to the same bits.
-  std::string json() const {
-    std::string text = "[";
-    for (size_t row = 0; row < keys.size(); ++row) {
-      text += (row > 0 ? ",{\"1\":" : "{\"1\":") + std::to_string(keys[row]);
-      for (const auto& [id, values] : fields) {
-        text += ",\"" + std::to_string(id) + "\":" + number(values[row]);
-      }
-      text += '}';
+/// The bars as the text of `set_row_data`; every number reads back to the same bits.
+std::string json_of(const Arrays& bars) {
+  std::string text = "[";
+  for (size_t row = 0; row < bars.keys.size(); ++row) {
+    text += (row > 0 ? ",{\"1\":" : "{\"1\":") + std::to_string(bars.keys[row]);
+    for (const auto& [id, values] : bars.fields) {
+      text += ",\"" + std::to_string(id) + "\":" + number(values[row]);
     }
-    return text + ']';
+    text += '}';
   }
-
-  static std::string number(double value) {
-    if (value != value) return "null";
-    char digits[40];
-    const auto end =
-        std::to_chars(std::begin(digits), std::end(digits), value, std::chars_format::scientific);
-    return {std::begin(digits), end.ptr};
-  }
-};
+  return text + ']';
+}
 
 std::vector<uint64_t> bits_of(std::span<const double> values) {
   std::vector<uint64_t> bits;
@@ -111,7 +98,7 @@ TEST(EngineTable, ArraysAndRowTextsGiveTheSameTableToTheLastBit) {
       }
     }
     script.set_rows(bars.keys, bars.spans());
-    host.feed_json(bars.json());
+    host.feed_json(json_of(bars));
     ASSERT_EQ(script.row_count(), get_row_num(host.handle()));
     for (const uint32_t id : {1U, 7U, 11U, reference}) expect_same_column(script, host, id);
   }
@@ -306,32 +293,6 @@ TEST(Engine, ReadsTheFieldsOfTheMarketAndOfTradingTime) {
 /// Every vector, through both faces.
 class EngineVectors : public testing::TestWithParam<Vector> {
  protected:
-  static Settings settings_of(const Vector& vector) {
-    Settings settings;
-    settings.subject.period = vector.period;
-    settings.subject.security = vector.security;
-    settings.subject.market = vector.market;
-    settings.parameters = vector.defaults;
-    return settings;
-  }
-
-  static uint32_t id_of(const std::string& word) {
-    const auto id = quor::reserved_field_id(word);
-    return id ? static_cast<uint32_t>(*id) : static_cast<uint32_t>(std::stoul(word));
-  }
-
-  static Arrays arrays_of(const Vector& vector, const TestHost& host) {
-    Arrays bars;
-    size_t rows = 0;
-    for (const auto& [word, values] : vector.bars) rows = std::max(rows, values.size());
-    for (size_t row = 0; row < rows; ++row) bars.keys.push_back(host.key_of(row));
-    for (const auto& [word, values] : vector.bars) {
-      Series& field = bars.fields[id_of(word)] = values;
-      field.resize(rows, null);
-    }
-    return bars;
-  }
-
   /// Bars of another security: longer, and with other values.
   static Arrays other_than(const Arrays& bars) {
     Arrays other = bars;
@@ -360,7 +321,7 @@ TEST_P(EngineVectors, GiveTheSameAsByTheExportsAlsoBehindAnotherSecurity) {
     EXPECT_THROW(script.calculate(), Misuse);
     return;
   }
-  const Arrays bars = arrays_of(vector, host);
+  const Arrays bars = arrays_of(vector);
   const Arrays other = other_than(bars);
   script.set_rows(other.keys, other.spans());
   const auto of_other = script.calculate();

@@ -1,5 +1,6 @@
-# Fails if a file needs more of the system that it runs on than what every such system has.
-#   cmake -DOBJDUMP=... -DFILE=... [-DSONAME=...] -P imports.cmake
+# Fails if a file needs more of the system that it runs on than what every such system has, or takes
+# mathematics from it that differ from system to system, unless it may.
+#   cmake -DOBJDUMP=... -DFILE=... [-DSONAME=...] [-DSYSTEM_MATHEMATICS=ON] -P imports.cmake
 cmake_policy(VERSION 3.25)
 execute_process(COMMAND ${OBJDUMP} --private-headers ${FILE}
   OUTPUT_VARIABLE headers COMMAND_ERROR_IS_FATAL ANY)
@@ -11,7 +12,8 @@ if(FILE MATCHES "[.](dll|exe)$")
 else()
   set(pattern "NEEDED +([^\n]+)")
   set(always libc.so.6)
-  set(allowed libc.so.6 libm.so.6 libpthread.so.0 libgcc_s.so.1 ld-linux-x86-64.so.2 lib_quor_parser.so)
+  set(allowed libc.so.6 libm.so.6 libpthread.so.0 libgcc_s.so.1
+    ld-linux-x86-64.so.2 ld-linux-aarch64.so.1 lib_quor_parser.so)
 endif()
 string(REGEX MATCHALL "${pattern}" needed "${headers}")
 list(TRANSFORM needed REPLACE "${pattern}" "\\1")
@@ -35,6 +37,20 @@ foreach(version IN LISTS versions)
     message(FATAL_ERROR "${FILE} needs ${symbols}")
   endif()
 endforeach()
+
+# The headers of a file for Windows have the table of what it takes.
+set(names "${headers}")
+if(NOT FILE MATCHES "[.](dll|exe)$")
+  execute_process(COMMAND ${OBJDUMP} --dynamic-syms ${FILE}
+    OUTPUT_VARIABLE names COMMAND_ERROR_IS_FATAL ANY)
+endif()
+if(NOT names MATCHES " memcpy\n")
+  message(FATAL_ERROR "No table of what ${FILE} calls was found")
+endif()
+set(mathematics "_*(acos|asin|atan|cos|exp|log|log10|pow|sin|tan)(_finite)?")
+if(NOT SYSTEM_MATHEMATICS AND names MATCHES "[ .](${mathematics})\n")
+  message(FATAL_ERROR "${FILE} takes ${CMAKE_MATCH_1} from the system")
+endif()
 
 if(SONAME AND NOT headers MATCHES "SONAME +${SONAME}\n")
   message(FATAL_ERROR "${FILE} has another soname than ${SONAME}")

@@ -48,10 +48,41 @@ TEST(Numbers, WholeTokens) {
   }
 }
 
+TEST(Numbers, FarDigitsAndPowersMakeUpForOneAnother) {
+  const std::string zeros(400, '0');
+  EXPECT_EQ(to_number("0." + zeros + "25e400"), 0.25);
+  EXPECT_EQ(leading_number("0." + zeros + "25e+401"), 2.5);
+  EXPECT_EQ(leading_number("25" + zeros + "e-401"), 2.5);
+}
+
+TEST(Numbers, HexadecimalsAreRoundedOnceToTheEvenNeighbour) {
+  const struct {
+    const char* text;
+    double value;
+  } numbers[] = {
+      {"0x1.00000000000008p0", 1},
+      {"0x1.00000000000018p0", 0x1.0000000000002p0},
+      {"0x1.0000000000000800000000000001p0", 0x1.0000000000001p0},
+      {"0x123456789ABCDEF012345", 0x1.23456789abcdfp80},
+      {"0x.8P+3", 4},
+      {"0x1p-1074", 5e-324},
+      {"0x1p-1075", 0},
+      {"0x1.8p-1075", 5e-324},
+      {"0x1.fffffffffffff8p-1023", 0x1p-1022},
+      {"0x1p1024", std::numeric_limits<double>::infinity()},
+      {"0x1p99999999999999999999", std::numeric_limits<double>::infinity()},
+      {"0x0p5", 0},
+  };
+  for (const auto& [text, value] : numbers) EXPECT_EQ(leading_number(text), value) << text;
+  for (const char* text : {"0x1p", "0x1p+", "0x1.2.3", "0x1g"})
+    EXPECT_FALSE(to_number(text)) << text;
+}
+
 TEST(Numbers, LeadingTexts) {
   EXPECT_EQ(leading_number("1E-5;x"), 1e-5);
   EXPECT_EQ(leading_number("ABC"), 0.0);
   EXPECT_EQ(leading_number("1e-400"), 0.0);
+  EXPECT_EQ(leading_number("2.5e-324"), 5e-324);
   EXPECT_EQ(leading_number(" 1"), 0.0);
   EXPECT_EQ(leading_number_after_blanks(" \t1.5x"), 1.5);
   EXPECT_EQ(leading_integer("12AB"), 12);

@@ -1,57 +1,54 @@
 #!/bin/sh
 # Builds the libraries that are linked into what is shipped, from Debian's sources, into
 # build/libraries/SYSTEM. Does nothing if they are there.
-#   tools/libraries.sh [SYSTEM]    linux by default; windows, which needs two more
+#   tools/libraries.sh [SYSTEM]    linux by default; arm64 and windows, which need two more; wasi
 set -u
 . "$(dirname "$0")/lib.sh"
+. tools/sources.sh
 
 system=${1:-linux}
 out=$root/build/libraries/$system
 work=$root/build/libraries/sources-$system
-apt=$work/apt
 case $system in
   linux)
     needed=$library_packages
     cc=gcc
+    parts="program"
     ar=ar
     toolchain=
     ;;
   windows)
     needed=$windows_packages
     cc=x86_64-w64-mingw32-gcc-posix
+    parts="program cross"
     ar=x86_64-w64-mingw32-ar
     toolchain="--toolchain $root/cmake/windows.cmake"
     ;;
+  arm64)
+    needed=$arm64_packages
+    cc=aarch64-linux-gnu-gcc
+    parts="program cross"
+    ar=aarch64-linux-gnu-ar
+    toolchain="--toolchain $root/cmake/arm64.cmake"
+    ;;
+  wasi)
+    needed=$wasm_packages
+    cc="clang-19 --target=wasm32-wasi"
+    ar=llvm-ar-19
+    toolchain="--toolchain $root/cmake/wasm.cmake"
+    parts=
+    ;;
   *) die "unknown system '$system'" ;;
 esac
+pic=-fPIC
+[ "$system" != wasi ] || pic=
 
-# The machine's own package sources, read for source packages instead. The folder of apt that holds
-# them and all that apt keeps are private, so that the machine stays as it is.
-derive_sources() {
-  rm -rf "$apt"
-  mkdir -p "$apt/sources.list.d" "$apt/lists/partial" "$apt/cache/archives/partial"
-  for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
-    [ -f "$file" ] && sed -n 's/^[[:blank:]]*deb[[:blank:]]/deb-src /p' "$file"
-  done >"$apt/sources.list"
-  for file in /etc/apt/sources.list.d/*.sources; do
-    [ -f "$file" ] || continue
-    sed 's/^[Tt]ypes:.*/Types: deb-src/' "$file" >"$apt/sources.list.d/$(basename "$file")"
-  done
-}
-
-private_apt() {
-  apt-get -qq -o Dir::Etc::sourcelist="$apt/sources.list" \
-    -o Dir::Etc::sourceparts="$apt/sources.list.d" -o Dir::State::lists="$apt/lists" \
-    -o Dir::Cache="$apt/cache" -o APT::Sandbox::User=root "$@" </dev/null
-}
-
-# fetch_source PACKAGE: into the folder $work/PACKAGE
-fetch_source() {
-  rm -rf "$work/$1" "$work/fetched"
-  mkdir -p "$work/fetched"
-  (cd "$work/fetched" && private_apt source "$1" >/dev/null 2>"$work/$1.log") ||
-    die "the source of $1 can't be had: $(cat "$work/$1.log")"
-  mv "$work/fetched/"*/ "$work/$1"
+# has PART: of the program `quor`; of a cross build, whose libraries can't be this machine's
+has() {
+  case " $parts " in
+    *" $1 "*) return 0 ;;
+    *) return 1 ;;
+  esac
 }
 
 # cmake_library NAME SOURCE OPTIONS...
@@ -71,16 +68,54 @@ cmake_library() {
 # inside of what it is linked into.
 json_library() {
   cmake_library simdjson "$work/simdjson" -DSIMDJSON_ENABLE_THREADS=OFF \
-    -DCMAKE_POSITION_INDEPENDENT_CODE=ON -DCMAKE_CXX_FLAGS=-ffp-contract=off \
+    -DCMAKE_POSITION_INDEPENDENT_CODE=ON "-DCMAKE_CXX_FLAGS_RELEASE=-O3 -DNDEBUG -ffp-contract=off" \
     -DCMAKE_CXX_VISIBILITY_PRESET=hidden -DCMAKE_VISIBILITY_INLINES_HIDDEN=ON
+}
+
+# The functions of mathematics whose last bits differ from system to system, from the plain C of musl,
+# so that they are the same on all: under names of their own, which leave those of the system alone,
+# and compiled to the same operations, none of them fused.
+mathematics_library() {
+  musl=$work/musl
+  objects=$work/mathematics
+  renamed="acos asin atan cos exp log log10 pow sin tan floor scalbn
+    __cos __rem_pio2 __rem_pio2_large __sin __tan
+    __math_divzero __math_invalid __math_oflow __math_uflow __math_xflow"
+  mkdir -p "$objects/include" "$out/lib"
+  # In place of headers of the system: the few things that the sources take from it, and the names.
+  {
+    for name in $renamed __exp_data __log_data __pow_log_data; do
+      echo "#define $name quor_$name"
+    done
+    echo "typedef double double_t;"
+    echo "double floor(double x);"
+    echo "double scalbn(double x, int n);"
+    for name in fabs isnan sqrt; do echo "#define $name __builtin_$name"; done
+    echo "#define INFINITY __builtin_inf()"
+    echo "#define hidden __attribute__((visibility(\"hidden\")))"
+  } >"$objects/include/math.h"
+  for name in endian features; do : >"$objects/include/$name.h"; done
+  for name in $renamed exp_data log_data pow_data; do
+    $cc -std=gnu11 -ffreestanding -O2 $pic -fvisibility=hidden -ffp-contract=off \
+      -fno-math-errno -U__FP_FAST_FMA -include math.h \
+      -I "$objects/include" -I "$musl/src/internal" -I "$musl/arch/generic" \
+      -c "$musl/src/math/$name.c" -o "$objects/$name.o" || return
+  done
+  "$ar" rcs "$out/lib/libquor_mathematics.a" "$objects"/*.o
 }
 
 # One file, whose own build would want a shell on Windows.
 csv_library() {
   mkdir -p "$out/include" "$out/lib"
-  "$cc" -O2 -fPIC -c "$work/libcsv/libcsv.c" -o "$work/libcsv.o" &&
+  $cc -O2 $pic -c "$work/libcsv/libcsv.c" -o "$work/libcsv.o" &&
     "$ar" rcs "$out/lib/libcsv.a" "$work/libcsv.o" &&
     cp "$work/libcsv/csv.h" "$out/include" || die "the build of libcsv failed"
+}
+
+# Headers only; taken over, because those of this machine must stay out of the sight of a cross build.
+copy_header() {
+  mkdir -p "$out/include"
+  cp -R "/usr/include/$1" "$out/include" || die "the headers of $1 can't be copied"
 }
 
 # One header. Debian's own package has it cut into a shared library, which would want OpenSSL.
@@ -88,11 +123,10 @@ http_library() {
   cp "$work/cpp-httplib/httplib.h" "$out/include" || die "the header of cpp-httplib can't be copied"
 }
 
-# Headers only; taken over one by one, because those of this machine must stay out of sight.
 command_line_library() {
-  mkdir -p "$out/include" "$out/share/cmake"
-  cp -R /usr/include/CLI "$out/include" && cp -R /usr/share/cmake/CLI11 "$out/share/cmake" ||
-    die "the headers of CLI11 can't be copied"
+  copy_header CLI
+  mkdir -p "$out/share/cmake"
+  cp -R /usr/share/cmake/CLI11 "$out/share/cmake" || die "the package of CLI11 can't be copied"
 }
 
 # Two configurations at once build them once.
@@ -100,22 +134,25 @@ mkdir -p "$root/build/libraries"
 exec 9>"$root/build/libraries/lock"
 flock 9 || die "no lock in build/libraries"
 
-recipe=$(cat "$0" cmake/windows.cmake | cksum)
+recipe=$(cat "$0" tools/sources.sh ${toolchain#--toolchain } </dev/null | cksum)
 [ "$(cat "$out/recipe" 2>/dev/null)" = "$recipe" ] && exit
 need_packages $needed
 say "Building libraries for $system"
 rm -rf "$out" "$work"
 derive_sources
-private_apt update >/dev/null 2>"$work/update.log" ||
-  die "the lists of sources can't be had: $(cat "$work/update.log")"
 fetch_source simdjson
-fetch_source libcsv
+fetch_source musl
 json_library
-csv_library
-if [ "$system" = linux ]; then
+mathematics_library >"$work/mathematics.log" 2>&1 ||
+  die "the build of the mathematics failed: $(tail -n 20 "$work/mathematics.log")"
+copy_header fast_float
+if has program; then
+  fetch_source libcsv
+  csv_library
   fetch_source cpp-httplib
   http_library
-else
+fi
+if has cross; then
   cmake_library googletest /usr/src/googletest -DBUILD_GMOCK=OFF
   command_line_library
 fi

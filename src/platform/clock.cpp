@@ -22,6 +22,22 @@ LocalTime local_time() {
   GetLocalTime(&now);
   return {now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond};
 }
+#elif defined(__wasi__)
+// Zones are unknown to this system, so that the host of the module tells its own.
+namespace {
+std::time_t seconds_east = 0;
+}  // namespace
+
+LocalTime local_time() {
+  const std::time_t now = std::time(nullptr) + seconds_east;
+  std::tm parts{};
+  if (gmtime_r(&now, &parts) == nullptr) return {};
+  return {parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday,
+          parts.tm_hour,        parts.tm_min,     parts.tm_sec};
+}
+
+extern "C" __attribute__((export_name("quor_set_zone"))) void quor_set_zone(int32_t seconds);
+extern "C" void quor_set_zone(int32_t seconds) { seconds_east = seconds; }
 #else
 LocalTime local_time() {
   const std::time_t now = std::time(nullptr);

@@ -2,32 +2,18 @@
  * loads on older systems than the one it is built on. The linker sends each call NAME to
  * __wrap_NAME, those of the C++ runtime that is linked in, too. */
 #define _GNU_SOURCE
+#include "old_glibc.h"
+
 #include <pthread.h>
 
 /* The names are the linker's and the C library's.
  * NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp) */
 
-/* These give what the newest versions give, to the last bit and to the sign of a NaN. The older
- * symbols of the plain names give another NaN for a fault. */
-__asm__(".symver old_exp,__exp_finite@GLIBC_2.15");
-__asm__(".symver old_log,__log_finite@GLIBC_2.15");
-__asm__(".symver old_pow,__pow_finite@GLIBC_2.15");
-double old_exp(double x);
-double old_log(double x);
-double old_pow(double base, double exponent);
-double __wrap_exp(double x);
-double __wrap_log(double x);
-double __wrap_pow(double base, double exponent);
-
-double __wrap_exp(double x) { return old_exp(x); }
-double __wrap_log(double x) { return old_log(x); }
-double __wrap_pow(double base, double exponent) { return old_pow(base, exponent); }
-
 /* Of the library of threads, before it became a part of the C library. */
-__asm__(".symver old_once,pthread_once@GLIBC_2.2.5");
-__asm__(".symver old_rdlock,pthread_rwlock_rdlock@GLIBC_2.2.5");
-__asm__(".symver old_wrlock,pthread_rwlock_wrlock@GLIBC_2.2.5");
-__asm__(".symver old_unlock,pthread_rwlock_unlock@GLIBC_2.2.5");
+QUOR_BIND(old_once, pthread_once, 2.2.5);
+QUOR_BIND(old_rdlock, pthread_rwlock_rdlock, 2.2.5);
+QUOR_BIND(old_wrlock, pthread_rwlock_wrlock, 2.2.5);
+QUOR_BIND(old_unlock, pthread_rwlock_unlock, 2.2.5);
 int old_once(pthread_once_t* once, void (*routine)(void));
 int old_rdlock(pthread_rwlock_t* lock);
 int old_wrlock(pthread_rwlock_t* lock);

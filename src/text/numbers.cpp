@@ -1,7 +1,11 @@
 #include "text/numbers.h"
 
+#include <fast_float/fast_float.h>
+
 #include <algorithm>
+#include <bit>
 #include <charconv>
+#include <cmath>
 #include <limits>
 #include <stdexcept>
 #include <system_error>
@@ -16,40 +20,84 @@ struct Parsed {
   size_t length = 0;  ///< bytes taken; 0 if no number is there
 };
 
-/// What a number beyond the range of a double reads as. A text that long has an exponent or many
-/// digits; only the sign of the whole exponent decides.
-double beyond_range(std::string_view digits, bool hexadecimal) {
-  const char exponent_sign = hexadecimal ? 'p' : 'e';
-  const size_t mark = std::min(digits.find(exponent_sign),
-                               digits.find(static_cast<char>(exponent_sign - 'a' + 'A')));
-  if (mark != std::string_view::npos) {
-    const bool negative = mark + 1 < digits.size() && digits[mark + 1] == '-';
-    return negative ? 0.0 : std::numeric_limits<double>::infinity();
-  }
-  const std::string_view whole = digits.substr(0, digits.find('.'));
-  const bool large = whole.find_first_not_of('0') != std::string_view::npos;
-  return large ? std::numeric_limits<double>::infinity() : 0.0;
-}
-
 bool has_hexadecimal_prefix(std::string_view text) {
   return text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
 }
 
+/// More than the digits of any text can outweigh.
+constexpr int64_t far_power = int64_t{1} << 40;
+
+/// The value of mantissa * 2^exponent, rounded once, halves to the even one.
+double rounded(uint64_t mantissa, int64_t exponent) {
+  if (mantissa == 0) return 0.0;
+  constexpr int64_t least_exponent = -1074;
+  constexpr int64_t digits = std::numeric_limits<double>::digits;
+  const int64_t width = std::bit_width(mantissa);
+  const int64_t excess = std::max(width - digits, least_exponent - exponent);
+  if (excess > 0) {
+    if (excess > std::numeric_limits<uint64_t>::digits) return 0.0;
+    const uint64_t half = uint64_t{1} << (excess - 1);
+    const uint64_t rest = mantissa & (2 * half - 1);
+    mantissa = excess == std::numeric_limits<uint64_t>::digits ? 0 : mantissa >> excess;
+    if (rest > half || (rest == half && mantissa % 2 == 1)) ++mantissa;
+    exponent += excess;
+  }
+  return std::ldexp(static_cast<double>(mantissa),
+                    static_cast<int>(std::min<int64_t>(exponent, 9999)));
+}
+
+int hexadecimal_digit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  const char small = static_cast<char>(c | 0x20);
+  return small >= 'a' && small <= 'f' ? small - 'a' + 10 : -1;
+}
+
+/// A hexadecimal number without its prefix. Digits that the mantissa has no room for count as not
+/// 0.
+Parsed parse_hexadecimal(std::string_view text) {
+  uint64_t mantissa = 0;
+  int64_t exponent = 0;
+  size_t at = 0;
+  bool has_digits = false;
+  bool in_fraction = false;
+  for (; at < text.size(); ++at) {
+    if (text[at] == '.' && !in_fraction) {
+      in_fraction = true;
+      continue;
+    }
+    const int digit = hexadecimal_digit(text[at]);
+    if (digit < 0) break;
+    has_digits = true;
+    const bool has_room = mantissa >> 60 == 0;
+    mantissa =
+        has_room ? mantissa * 16 + static_cast<uint64_t>(digit) : mantissa | uint64_t{digit != 0};
+    exponent += (has_room ? 0 : 4) - (in_fraction ? 4 : 0);
+  }
+  if (!has_digits) return {};
+  if (at + 1 < text.size() && (text[at] == 'p' || text[at] == 'P')) {
+    int64_t power = 0;
+    const char* first = text.data() + at + (text[at + 1] == '+' ? 2 : 1);
+    const auto [end, fault] = std::from_chars(first, text.data() + text.size(), power);
+    if (fault != std::errc::invalid_argument && !(first[-1] == '+' && *first == '-')) {
+      if (fault == std::errc::result_out_of_range) power = *first == '-' ? -far_power : far_power;
+      exponent += std::clamp(power, -far_power, far_power);
+      at = static_cast<size_t>(end - text.data());
+    }
+  }
+  return {rounded(mantissa, exponent), at};
+}
+
 Parsed parse_unsigned(std::string_view text) {
   if (text.empty() || text.front() == '-' || text.front() == '+') return {};
-  const bool hexadecimal = has_hexadecimal_prefix(text);
-  const size_t prefix = hexadecimal ? 2 : 0;
-  const char* first = text.data() + prefix;
-  const char* last = text.data() + text.size();
-  if (hexadecimal && *first == '-') return {0.0, 1};
-  Parsed parsed;
-  const auto format = hexadecimal ? std::chars_format::hex : std::chars_format::general;
-  const auto [end, fault] = std::from_chars(first, last, parsed.value, format);
-  if (fault == std::errc::invalid_argument) return hexadecimal ? Parsed{0.0, 1} : Parsed{};
-  parsed.length = static_cast<size_t>(end - text.data());
-  if (fault == std::errc::result_out_of_range) {
-    parsed.value = beyond_range(text.substr(prefix, parsed.length - prefix), hexadecimal);
+  if (has_hexadecimal_prefix(text)) {
+    const Parsed parsed = parse_hexadecimal(text.substr(2));
+    return parsed.length == 0 ? Parsed{0.0, 1} : Parsed{parsed.value, parsed.length + 2};
   }
+  Parsed parsed;
+  const auto [end, fault] =
+      fast_float::from_chars(text.data(), text.data() + text.size(), parsed.value);
+  if (fault == std::errc::invalid_argument) return {};
+  parsed.length = static_cast<size_t>(end - text.data());
   return parsed;
 }
 

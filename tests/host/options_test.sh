@@ -23,6 +23,8 @@ quor: warning: --set N=2: the script'\''s own CONST N stands
 date               A
 2024-01-04  2.333333' run -e 'CONST N:3;A:=MA(C,N);' --bars bars.csv --set M=1 --set N=2 --last 1
 expect 1 'quor: --set N: write NAME=NUMBER, as in --set N=5' check -e 'A:N;' --set N
+expect 1 'quor: --set n=3: N is set twice' run -e 'A:N;' --bars bars.csv --set N=2 --set n=3
+expect 1 'quor: --set N=3: N is set twice' scan -e 'A:N;' bars.csv --set N=2 --set N=3
 expect 1 'quor: --set N=0.0000004: six decimals are kept, which makes it 0.000000' \
   check -e 'A:N;' --set N=0.0000004
 expect 0 'date        A
@@ -69,7 +71,7 @@ named 9001 week weekly 1w
 named 10001 month 1mon
 named 15001 quarter
 named 11001 year
-for name in dya 5 0min 300min 5day 2week '' min5min 0x0 99999999999; do
+for name in dya 5 0min 300min 5day 2week '' min5min 0x0 99999999999 20240101 20000 0x8000; do
   expect 2 "quor: --period: '$name' is no period; write 5min, 15s, 2hour, day, week, month, quarter, \
 year or a code such as 0x3005
 quor check --help tells more" check -e 'A:C;' --period "$name"
@@ -188,6 +190,8 @@ for value in -3 ten 1.5 '' 99999999999999999999; do
   refused --last "$value" '1 up' scan bars.csv
   refused --jobs "$value" '1 to 1024' scan bars.csv
 done
+expect 2 'quor: --last is given twice
+quor run --help tells more' run -e 'A:C;' --bars bars.csv --last 1 --last 2
 refused --last 0 '1 up' scan bars.csv
 refused --jobs 0 '1 to 1024' scan bars.csv
 expect 0 "$(quor run -e 'A:C;' --bars bars.csv --last 10 2>/dev/null)" run -e 'A:C;' --bars bars.csv --last 010

@@ -40,6 +40,12 @@ quor: warning: no data for 600000 CLOSE (11), which reads as null
 date           A     B
 2024-01-03  null  null' run --bars bars.csv --last 1 -e 'A:=OPI+1;B:="600000$CLOSE"*2;'
 
+printf 'date,close,volume\n2024-01-02,1,2147483648\n2024-01-03,2,7\n' >marks.csv
+expect 0 'quor: warning: marks.csv has 2147483648 or 4294967295 for VOL (13), which read as null
+date           A
+2024-01-02  null
+2024-01-03     7' run --bars marks.csv -e 'A:V;'
+
 expect 0 'The script is sound.
   lines             AVG (20000)
   functions         MA, POLYLINE
@@ -100,6 +106,7 @@ for text in UNIT=x UNIT=nan UNIT MINPRCE=0.01 =1; do
   expect 1 "quor: --extra $text: write MINPRICE=NUMBER, UNIT=NUMBER or SHARECOUNTPERUNIT=NUMBER" \
     check -e 'A:=1;' --extra "$text"
 done
+expect 1 'quor: --extra unit=2: UNIT is given twice' check -e 'A:=UNIT;' --extra UNIT=1 --extra unit=2
 expect 2 "quor: no script: give a file or -e 'TEXT'" check
 
 # Data of another security by the same key, of a longer period up to its next bar.

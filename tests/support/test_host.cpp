@@ -123,8 +123,8 @@ Report TestHost::compile(std::string_view script, std::string_view parameters,
   return parse_report(take_text(buffer, length));
 }
 
-int64_t TestHost::key_of(size_t row) const {
-  return row < keys_.size() ? keys_[row] : 20240101000000 + static_cast<int64_t>(row);
+int64_t row_key(const std::vector<int64_t>& keys, size_t row) {
+  return row < keys.size() ? keys[row] : 20240101000000 + static_cast<int64_t>(row);
 }
 
 std::string rows_json(const Bars& bars, size_t first, size_t last,

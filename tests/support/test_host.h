@@ -66,6 +66,9 @@ Events& events();
 /// Empties the record and sets the handlers, the log from a level on.
 void clear_events(uint8_t minimum_level = 0);
 
+/// The key of a row: of these keys, and without them 20240101000000 + row.
+int64_t row_key(const std::vector<int64_t>& keys, size_t row);
+
 /// An instance for the life of the object.
 class TestHost {
  public:
@@ -85,9 +88,9 @@ class TestHost {
   /// Sends bars from row `first` up to but excluding `last` under the keys of `key_of`.
   void feed(const Bars& bars, size_t first = 0, size_t last = SIZE_MAX);
   void feed_json(std::string_view json);
-  /// Keys of further `feed` calls; without them row r has the key 20240101000000 + r.
+  /// Keys of further `feed` calls.
   void set_keys(std::vector<int64_t> keys) { keys_ = std::move(keys); }
-  int64_t key_of(size_t row) const;
+  int64_t key_of(size_t row) const { return row_key(keys_, row); }
 
   /// Calculates and gives the answer as text.
   std::string run(uint32_t first_row = 0, bool fire_signals = false);

@@ -1,7 +1,5 @@
 #include "support/vectors.h"
 
-#include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -89,7 +87,15 @@ void take_line(Vector& vector, const std::string& key, std::istringstream& words
   }
 }
 
-void load_file(const std::filesystem::path& path, std::vector<Vector>& vectors) {
+}  // namespace
+
+void PrintTo(const Vector& vector, std::ostream* out) {
+  *out << vector.file << ".txt, case " << vector.name << "\n" << vector.script;
+}
+
+std::vector<Vector> vectors_of(const std::string& path) {
+  const size_t name = path.find_last_of("/\\") + 1;
+  std::vector<Vector> vectors;
   std::ifstream file(path);
   for (std::string line; std::getline(file, line);) {
     std::istringstream words(line);
@@ -97,28 +103,12 @@ void load_file(const std::filesystem::path& path, std::vector<Vector>& vectors) 
     if (!(words >> key) || key[0] == '#') continue;
     if (key == "case") {
       vectors.emplace_back();
-      vectors.back().file = path.stem().string();
+      vectors.back().file = path.substr(name, path.rfind('.') - name);
       vectors.back().name = rest_of(words);
     } else {
       take_line(vectors.back(), key, words);
     }
   }
-}
-
-}  // namespace
-
-void PrintTo(const Vector& vector, std::ostream* out) {
-  *out << vector.file << ".txt, case " << vector.name << "\n" << vector.script;
-}
-
-std::vector<Vector> load_vectors() {
-  std::vector<std::filesystem::path> paths;
-  for (const auto& entry : std::filesystem::directory_iterator(QUOR_VECTORS)) {
-    if (entry.path().extension() == ".txt") paths.push_back(entry.path());
-  }
-  std::ranges::sort(paths);
-  std::vector<Vector> vectors;
-  for (const auto& path : paths) load_file(path, vectors);
   return vectors;
 }
 

@@ -52,6 +52,9 @@ struct Vector {
 /// Names the case in a failure.
 void PrintTo(const Vector& vector, std::ostream* out);
 
+/// The vectors of one file.
+std::vector<Vector> vectors_of(const std::string& path);
+
 /// All vectors of all files, in order of their names.
 std::vector<Vector> load_vectors();
 
