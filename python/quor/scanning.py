@@ -22,6 +22,9 @@ from .script import Script, Spec, as_script, error_of, times_of_keys
 #: Bars that the engine takes in one call, unless one security has more.
 BARS = 1 << 16
 
+#: Row keys that an index of pandas has room for.
+FIRST_KEY, LAST_KEY = 16780101000000, 22611231235959
+
 Source = Union[str, os.PathLike, Mapping[Hashable, Any], Iterable]
 
 
@@ -101,14 +104,16 @@ def _calculate(
     with script.engine() as engine:
         counts, keys, values = engine.scan(securities, last)
     end = 0
-    for (name, bars), (found, rows, failure, infinity) in zip(ready, counts):
-        start, end = end, end + found
+    for (name, bars), (count, rows, failure, infinity) in zip(ready, counts):
+        start, end = end, end + count
         try:
             if failure is not None:
                 raise ValueError(failure) if isinstance(failure, str) else error_of(failure)
             layout.check_times(bars, rows)
-            notes = layout.notes(bars, infinity)
-            yield Outcome(name, keys[start:end], values[start:end], "", notes)
+            found = keys[start:end]
+            if np.any((found < FIRST_KEY) | (found > LAST_KEY)):
+                raise ValueError("an index of pandas has no times before 1678 and behind 2261")
+            yield Outcome(name, found, values[start:end], "", layout.notes(bars, infinity))
         except (ValueError, ScriptError) as error:
             yield failed(name, reason_of(error))
 

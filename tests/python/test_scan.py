@@ -82,7 +82,9 @@ def test_failures_shift_no_other_security(monkeypatch, bars):
     assert script.run(FRAMES["S00"])["B"].eq(0).all()
 
 
-def test_failures_are_listed_and_cost_nothing_else():
+def test_failures_are_listed_and_cost_nothing_else(tmp_path):
+    old = tmp_path / "old.csv"
+    old.write_text("date,close\n1600-01-01,1\n")
     bad = {
         "text": FRAMES["S00"].assign(close="x"),
         "gone": "no/such/file.csv",
@@ -90,13 +92,15 @@ def test_failures_are_listed_and_cost_nothing_else():
         "close": FRAMES["S00"].set_axis(FRAMES["S00"].index[:1].append(
             FRAMES["S00"].index[:-1] + pd.Timedelta("1ms"))),
         "own": functools.partial(int, "x"),
+        "old": str(old),
     }
-    with pytest.warns(quor.ScanWarning, match="5 of 35 securities failed"):
+    with pytest.warns(quor.ScanWarning, match="6 of 36 securities failed"):
         result = quor.scan(SCRIPT, {**bad, **FRAMES})
     failures = result.attrs["failures"]
     assert list(failures) == sorted(bad)
     assert "holds text" in failures["text"] and "no such file" in failures["gone"].lower()
     assert "one second" in failures["close"] and "invalid literal" in failures["own"]
+    assert "before 1678" in failures["old"]
     result.attrs.clear()
     assert_same(result, expected())
     with pytest.warns(quor.ScanWarning, match="vector too long"):

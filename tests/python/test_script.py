@@ -117,6 +117,9 @@ def test_times_reach_the_script_as_the_clock_shows_them():
                              tz="Asia/Tokyo")
     result = quor.compile("D:=DATE;T:=TIME;", period=0x3005).run(pd.DataFrame(index=times))
     assert result.to_numpy().tolist() == [[19691231.0, 2359.0], [20240229.0, 935.0]]
+    beside = pd.DataFrame({"date": ["20240229", "2024-03-01"], "Time": ["093507", "23:59"]})
+    result = quor.compile("D:=DATE;T:=TIME;", period=0x3005).run(beside)
+    assert result.to_numpy().tolist() == [[20240229.0, 935.0], [20240301.0, 2359.0]]
 
 
 @pytest.mark.parametrize("unit, ticks, first, last, step", [
