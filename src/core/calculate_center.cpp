@@ -59,6 +59,7 @@ void CalculateCenter::refresh_column_indexes() {
 }
 
 Status CalculateCenter::evaluate_aside(Variable& variable, int32_t row, double& value) {
+  pool_.table().write_blanks();
   pool_.script.forget_rows(pool_.table().take_first_changed_row());
   const ChangesForgotten changes(pool_);
   std::string unread;
