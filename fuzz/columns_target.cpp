@@ -195,6 +195,7 @@ class Session {
   void refill() {
     tell("other bars", 0);
     fill();
+    run_from_somewhere();
   }
 
   void feed(int64_t key) {
@@ -245,14 +246,12 @@ class Session {
   void read() {
     const auto& arguments = plain_.parser.pool().script.argument_variables;
     if (arguments.empty()) return;
-    const quor::Variable& argument =
-        *std::next(arguments.begin(), static_cast<ptrdiff_t>(bytes_.below(arguments.size())))
-             ->second;
+    const auto place = static_cast<ptrdiff_t>(bytes_.below(arguments.size()));
+    const auto id = static_cast<int32_t>(std::next(arguments.begin(), place)->second->column_id);
     const size_t row = some_row();
-    tell("read " + argument.source_text, row);
-    const auto value_of = [&](const Player& player) {
-      return get_field_val_by_index(player.host.handle(), static_cast<int32_t>(argument.column_id),
-                                    static_cast<int32_t>(row));
+    tell("read " + std::to_string(id), row);
+    const auto value_of = [id, row](const Player& player) {
+      return get_field_val_by_index(player.host.handle(), id, static_cast<int32_t>(row));
     };
     const double expected = value_of(plain_);
     if (!plain_.is_spent()) compare("the value", value_of(quick_), expected);

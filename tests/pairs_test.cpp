@@ -114,8 +114,8 @@ class Player {
 
   void read(int32_t row, Record& record) {
     for (const auto& [text, argument] : parser_.pool().script.argument_variables) {
-      record.open("read at " + std::to_string(row) + " of " + argument->source_text);
       const auto id = static_cast<int32_t>(argument->column_id);
+      record.open("argument " + std::to_string(id));
       record.values.push_back(get_field_val_by_index(host_.handle(), id, row));
     }
   }
