@@ -6,6 +6,7 @@
 
 #include "explain.h"
 #include "letters.h"
+#include "parameter_faults.h"
 #include "warnings.h"
 
 namespace quor_advice {
@@ -99,13 +100,14 @@ class Adviser {
       if (noted_.size() >= most_findings) return;
       if (is_readable(statement)) note(statement_warnings(reading_, statement, run));
     }
-    if (failure_.code == 0 && run != nullptr) note_null_lines(*run);
+    if (failure_.code == 0) note(supply_warnings(reading_, input_));
+    if (failure_.code == 0 && run != nullptr) note_null_lines();
     if (failure_.code != quote_open && failure_.code != unfinished) note(script_warnings(reading_));
   }
 
   /// A line whose statement has a warning is null for that reason.
-  void note_null_lines(const RunFacts& run) {
-    auto problems = run_warnings(reading_, run);
+  void note_null_lines() {
+    auto problems = run_warnings(reading_, input_);
     std::erase_if(problems, [this](const Problem& problem) {
       const auto next =
           std::ranges::lower_bound(reading_.scan.slots, problem.place.begin, {}, &Slot::end);
@@ -156,6 +158,21 @@ ScriptNames names_in(std::string_view script) {
     }
   }
   return names;
+}
+
+std::vector<ParameterFault> parameter_faults(std::string_view script,
+                                             const std::vector<std::string>& names) {
+  const Reading reading = read_script(script, {});
+  const Placer placer(reading);
+  std::vector<ParameterFault> faults;
+  for (const std::string& name : names) {
+    const auto fault = find_name_fault(reading, name);
+    if (!fault) continue;
+    Finding finding = placer.finding({Severity::error, 0, fault->problem});
+    if (!fault->has_place) finding.line = finding.column = finding.length = 0;
+    faults.push_back({name, fault->is_idle, std::move(finding)});
+  }
+  return faults;
 }
 
 }  // namespace quor_advice

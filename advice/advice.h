@@ -34,6 +34,15 @@ struct ScriptNames {
 };
 ScriptNames names_in(std::string_view script);
 
+/// A name, in capitals, that can't serve for a parameter of a script.
+struct ParameterFault {
+  std::string name;
+  bool is_idle = false;  ///< the parameter changes nothing; else it hides a word of the language
+  Finding finding;       ///< an error, with its place where there is one
+};
+std::vector<ParameterFault> parameter_faults(std::string_view script,
+                                             const std::vector<std::string>& names);
+
 /// Findings as compilers print them, each with its line of source and carets below:
 ///
 ///   macd.quor:3:5: error: nothing defines EMMA (code 2); did you mean EMA?

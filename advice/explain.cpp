@@ -4,6 +4,7 @@
 #include <array>
 #include <iterator>
 
+#include "code_help.h"
 #include "letters.h"
 
 namespace quor_advice {
@@ -64,7 +65,8 @@ constexpr Row rows[] = {
 
 /// The code's own words, at the first word of the statement's or at its first line.
 Problem in_plain_words(const Case& failed) {
-  std::string sentence(words_of_code(failed.failure.code));
+  const CodeHelp* const help = find_code_help(failed.failure.code);
+  std::string sentence(help == nullptr ? "unknown error" : help->meaning);
   if (!failed.failure.message.empty()) sentence += ": " + failed.failure.message;
   Problem problem{{0, 0}, std::move(sentence), {}};
   if (failed.statement == nullptr || failed.statement->tokens.empty()) return problem;

@@ -49,7 +49,7 @@ std::optional<Problem> explain_order(const Word& word) {
   if (line == reading.lines.end()) return std::nullopt;
   if (line->second == word.statement().number) {
     return word.problem(name + " reads itself inside a call, where it isn't known yet",
-                        "there is no recursion; EMA, SMA or DMA may serve");
+                        "EMA, SMA or DMA may serve, or SET into a line above");
   }
   if (line->second < word.statement().number) return std::nullopt;
   const Statement& other = reading.statements[line->second];

@@ -1,53 +1,11 @@
 #include "failure.h"
 
-#include <algorithm>
 #include <charconv>
-#include <iterator>
 
 #include "letters.h"
 
 namespace quor_advice {
 namespace {
-
-struct CodeWords {
-  int64_t code;
-  std::string_view words;
-};
-
-constexpr CodeWords code_table[] = {
-    {1, "nothing defines an argument"},
-    {2, "nothing defines a word"},
-    {3, "a form stands without what it belongs to"},
-    {4, "an operand is missing"},
-    {5, "a quote is left open"},
-    {6, "parentheses are missing or don't match"},
-    {7, "wrong number of arguments"},
-    {8, "a notice or trade signal can't have a name"},
-    {9, "a reference in double quotes must stand right behind ':' or '='"},
-    {10, "a reference in double quotes lacks its '$'"},
-    {11, "a reference in double quotes lacks its code"},
-    {12, "a function word can't be a name"},
-    {13, "a name can't hold '~'"},
-    {14, "the statement has no ';' at its end"},
-    {15, "a branch can't stand behind a comma"},
-    {2000, "a variable is gone"},
-    {2001, "a text or style stands alone in parentheses"},
-    {2002, "unknown field of a quote"},
-    {2003, "unknown number of a sign"},
-    {2004, "the name is taken"},
-    {2006, "ZIG can't be called"},
-    {2007, "unknown unit of a period"},
-    {2008, "the unit doesn't allow this multiple"},
-    {2009, "the period isn't longer than that of the bars"},
-    {2010, "unknown field of a reference"},
-    {2011, "a short form lacks its digit or text"},
-    {2012, "a constant or a short form is out of bounds"},
-    {2013, "unknown colour"},
-    {2014, "a second drawing or signal in one statement"},
-    {2015, "a notice can't stand in a script that looks ahead"},
-    {2016, "a trade signal can't stand in a script that looks ahead"},
-    {4000, "the calculation failed"},
-};
 
 template <typename Number>
 std::optional<Number> leading_number(std::string_view text) {
@@ -84,9 +42,8 @@ Failure read_failure(std::string_view text) {
   return failure;
 }
 
-std::string_view words_of_code(int64_t code) {
-  const auto* const row = std::ranges::find(code_table, code, &CodeWords::code);
-  return row == std::end(code_table) ? "unknown error" : row->words;
+bool is_flag_set(std::string_view report, std::string_view flag) {
+  return report.find('"' + std::string(flag) + "\":\"true\"") != absent;
 }
 
 }  // namespace quor_advice

@@ -19,7 +19,7 @@ struct Failure {
 /// needn't be JSON; their keys stand in a fixed order.
 Failure read_failure(std::string_view text);
 
-/// What a code means, in a few words.
-std::string_view words_of_code(int64_t code);
+/// Whether a flag of a report is set, such as IsNeedRequestTradeDay.
+bool is_flag_set(std::string_view report, std::string_view flag);
 
 }  // namespace quor_advice

@@ -35,6 +35,16 @@ struct RunFacts {
   std::vector<uint32_t> missing_fields;
 };
 
+/// What the host can answer when a script asks for more than bars.
+struct Supply {
+  bool has_calendar = false;  ///< the security's trading calendar
+  /// The market constants that it has a number for: MINPRICE, UNIT, SHARECOUNTPERUNIT.
+  std::vector<std::string> constants;
+  /// How its user hands over what is missing, "give it with --calendar"; stands as suggestion.
+  std::string calendar_advice;
+  std::string constant_advice;
+};
+
 /// Texts are views: they must live while `advise` works, no longer.
 struct Input {
   std::string_view script;      ///< as the author wrote it, UTF-8
@@ -43,6 +53,8 @@ struct Input {
   std::string_view answer;      ///< what exec_parser_cal gave; empty if there was no calculation
   int32_t period = 0;           ///< period code as set_indicator_extra_info took it; 0: unknown
   std::optional<RunFacts> run;  ///< after a calculation
+  std::optional<Supply>
+      supply;  ///< nothing: it isn't known, and nothing is said of what is missing
 };
 
 }  // namespace quor_advice

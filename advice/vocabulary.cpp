@@ -90,6 +90,10 @@ constexpr std::string_view other_short_forms[] = {
     "VOLSTICK", "VOLUMESTICK", "COLORSTICK", "CROSSDOT", "CIRCLEDOT"};
 constexpr std::string_view branch_words[] = {"IF", "IFN", "IFELSE"};
 
+constexpr std::string_view trading_day_words[] = {"DATE", "DATE1",   "YEAR",   "MONTH",
+                                                  "DAY",  "QUARTER", "WEEKDAY"};
+constexpr std::string_view constant_words[] = {"MINPRICE", "UNIT", "SHARECOUNTPERUNIT"};
+
 constexpr PeriodArgument periods[] = {
     {"MA", 1, false, true},
     {"EMA", 1},
@@ -254,6 +258,11 @@ bool is_short_form(std::string_view word) {
 
 bool is_trade_word(std::string_view word) { return contains(trade_words, word); }
 bool is_branch(std::string_view word) { return contains(branch_words, word); }
+
+bool reads_trading_day(std::string_view word) { return contains(trading_day_words, word); }
+std::vector<std::string_view> market_constants() {
+  return {std::begin(constant_words), std::end(constant_words)};
+}
 
 bool is_field(std::string_view word) {
   return std::ranges::find(fields, word, &Field::word) != std::end(fields);

@@ -25,6 +25,13 @@ bool is_trade_word(std::string_view word);
 /// IF, IFN and IFELSE.
 bool is_branch(std::string_view word);
 
+/// A word for the date of a bar's trading day, which a calendar gives: DATE, YEAR and the like. The
+/// words for the time of day need none.
+bool reads_trading_day(std::string_view word);
+
+/// MINPRICE, UNIT and SHARECOUNTPERUNIT: numbers that only the host knows.
+std::vector<std::string_view> market_constants();
+
 bool is_field(std::string_view word);
 
 /// The words of a field by its number, the first one of several; empty for an unknown one.

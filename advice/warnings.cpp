@@ -219,8 +219,10 @@ std::vector<Problem> statement_warnings(const Reading& reading, const Statement&
   return out;
 }
 
-std::vector<Problem> run_warnings(const Reading& reading, const RunFacts& run) {
+std::vector<Problem> run_warnings(const Reading& reading, const Input& input) {
+  const RunFacts& run = *input.run;
   std::set<std::string, std::less<>> without_data = {"GETPRICE", "GETSTOCKPRICE"};
+  for (const std::string_view constant : missing_constants(input)) without_data.emplace(constant);
   for (const uint32_t id : run.missing_fields) {
     for (const std::string_view word : words_of_field(id)) without_data.emplace(word);
   }
@@ -237,7 +239,6 @@ std::vector<Problem> run_warnings(const Reading& reading, const RunFacts& run) {
 }
 
 bool contradicts_period(const RunFacts& run, int32_t period) {
-  constexpr int32_t one_day = 0x4000;
   constexpr int64_t day = 1000000;
   if (period < one_day) return false;
   std::vector<int64_t> days;

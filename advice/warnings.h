@@ -16,8 +16,17 @@ std::vector<Problem> script_warnings(const Reading& reading);
 std::vector<Problem> statement_warnings(const Reading& reading, const Statement& statement,
                                         const RunFacts* run);
 
+/// Warnings of what the script asks its host for in vain: a trading calendar, market constants.
+std::vector<Problem> supply_warnings(const Reading& reading, const Input& input);
+
+/// The market constants that the host is known to have no number for.
+std::vector<std::string_view> missing_constants(const Input& input);
+
 /// Warnings of a calculation: lines that are null on every bar.
-std::vector<Problem> run_warnings(const Reading& reading, const RunFacts& run);
+std::vector<Problem> run_warnings(const Reading& reading, const Input& input);
+
+/// The first period code that a day or something longer has.
+inline constexpr int32_t one_day = 0x4000;
 
 /// Whether bars come several times a day though the period is a day or longer.
 bool contradicts_period(const RunFacts& run, int32_t period);

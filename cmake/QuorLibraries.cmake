@@ -34,8 +34,8 @@ find_path(decimals_include fast_float/fast_float.h PATH_SUFFIXES include ${there
 add_library(decimals::decimals INTERFACE IMPORTED)
 set_target_properties(decimals::decimals PROPERTIES INTERFACE_INCLUDE_DIRECTORIES ${decimals_include})
 
-# What the program `quor` alone has use for.
-if(QUOR_BUILD_HOST OR QUOR_BUILD_BENCH)
+# What reads files of bars.
+if(NOT WASI)
   find_path(csv_include csv.h PATH_SUFFIXES include ${there})
   find_library(csv_library csv PATH_SUFFIXES lib lib/${CMAKE_LIBRARY_ARCHITECTURE} ${there})
   add_library(csv::csv UNKNOWN IMPORTED)

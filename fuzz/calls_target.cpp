@@ -114,7 +114,7 @@ void compile(Slot& slot, Bytes& bytes) {
   take_text(report, length);
   if (slot.handle == 0 || script.empty()) return;
   slot.keys.clear();
-  slot.runnable = bearable_bars(script) == 16;
+  slot.runnable = bearable_bars(script) >= 16;
 }
 
 void feed(Slot& slot, Bytes& bytes) {

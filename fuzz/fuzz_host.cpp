@@ -109,7 +109,9 @@ size_t bearable_bars(std::string_view script) {
     if (c == ')' && depth > 0) --depth;
   }
   // A hidden name may stand for a call of any depth.
-  if (std::ranges::count(script, '~') > 4) return 0;
+  const auto hidden_names = std::ranges::count(script, '~');
+  if (hidden_names > 4) return 0;
+  if (deepest <= 2 && hidden_names == 0) return 100;
   if (deepest <= 4) return 16;
   return deepest <= 12 ? 4 : 0;
 }

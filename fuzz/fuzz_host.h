@@ -40,7 +40,7 @@ class Bytes {
 
 /// The bars over which a script may run so that no honest run is slow: a call whose argument is a
 /// call again evaluates it over its own window, so the work grows with a power of the bars, and the
-/// depth is the exponent. 0 for a script that is better compiled only.
+/// depth is the exponent. 100 are enough for blocks. 0 for a script that is better compiled only.
 size_t bearable_bars(std::string_view script);
 
 struct Surroundings {

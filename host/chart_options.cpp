@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "option_checks.h"
+
 namespace quor_host {
 
 void add_chart_options(CLI::App& command, ChartOptions& options) {
@@ -10,6 +12,7 @@ void add_chart_options(CLI::App& command, ChartOptions& options) {
       ->required();
   command.add_option("--last", options.last, "How many bars to draw")
       ->type_name("N")
+      ->transform(whole_number(1))
       ->capture_default_str();
   command.add_option("--size", options.size, "Width and height in pixels")
       ->type_name("WxH")

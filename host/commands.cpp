@@ -9,6 +9,7 @@
 
 #include "advice/advice.h"
 #include "bars.h"
+#include "encoding.h"
 #ifdef QUOR_CHART_PROGRAM
 #include "program.h"
 #elif defined QUOR_CHART
@@ -17,6 +18,8 @@
 #include "errors.h"
 #include "events.h"
 #include "fields.h"
+#include "json_files.h"
+#include "market_constants.h"
 #include "output.h"
 #include "parameters.h"
 #include "period.h"
@@ -30,21 +33,23 @@ namespace {
 constexpr int exit_sound = 0;
 constexpr int exit_script_error = 1;
 
-std::string read_optional(const std::string& path) {
-  return path.empty() ? std::string() : read_file(path);
+std::string lines_of_user(const Options& options) {
+  if (options.lines_path.empty()) return {};
+  return read_array(options.lines_path, R"([{"LINE_NAME":"MA5","COLOR_KEY":"...","LINE_THICK":1,)"
+                                        R"("IS_SELECTED":1}, ...])");
+}
+
+std::string source_of(const Options& options) {
+  if (!options.script_path.empty()) return read_text_input(options.script_path);
+  require_utf8(options.script_text, "-e");
+  return options.script_text;
 }
 
 Answers answers_of(const Options& options) {
   Answers answers;
   answers.is_trading = options.is_trading;
-  answers.calendar = read_optional(options.calendar_path);
-  for (const std::string& constant : options.market_constants) {
-    const size_t mark = constant.find('=');
-    const auto value =
-        mark == std::string::npos ? std::nullopt : to_number(constant.substr(mark + 1));
-    if (!value) throw HostError("--extra " + constant + ": not of the form KEY=NUMBER");
-    answers.market_constants[to_upper(constant.substr(0, mark))] = *value;
-  }
+  if (!options.calendar_path.empty()) answers.calendar = read_calendar(options.calendar_path);
+  answers.market_constants = market_constants(options.market_constants);
   return answers;
 }
 
@@ -69,29 +74,52 @@ Subject subject_of(const Options& options, std::optional<int32_t> period) {
 
 void warn(const std::string& text) { std::cerr << "quor: warning: " << text << '\n'; }
 
+/// What the script can have of what it asks for beside bars: the library asks for a named security
+/// only, and for a calendar where the market is named, too.
+quor_advice::Supply supply_of(const Subject& subject, const Answers& answers) {
+  quor_advice::Supply supply;
+  supply.has_calendar =
+      !answers.calendar.empty() && !subject.security.empty() && !subject.market.empty();
+  supply.calendar_advice = "--calendar gives one, together with --code and --market";
+  supply.constant_advice = "--extra gives one, together with --code";
+  if (subject.security.empty()) return supply;
+  for (const auto& [key, value] : answers.market_constants) supply.constants.push_back(key);
+  return supply;
+}
+
 /// A script in its instance, compiled.
 struct Compiled {
   /// Without bars the period is the user's, or a day.
   explicit Compiled(const Options& options, const Bars* bars = nullptr)
-      : source(options.script_path.empty() ? options.script_text : read_input(options.script_path)),
+      : source(source_of(options)),
         parameters(parameters_json(options.parameters_path, options.settings)),
         period(period_of(options, bars)),
         subject(subject_of(options, period)),
-        session(subject, answers_of(options)),
-        report_text(session.compile(source, parameters, read_optional(options.lines_path))),
+        answers(answers_of(options)),
+        session(subject, answers),
+        line_settings(lines_of_user(options)),
+        report_text(session.compile(source, parameters, line_settings)),
         report(parse_report(report_text)) {
-    for (const std::string& text : idle_settings(options.settings, quor_advice::names_in(source))) {
-      warn(text);
+    const quor_advice::ScriptNames names = quor_advice::names_in(source);
+    for (const std::string& text : faults_of_settings(options.settings, source)) warn(text);
+    for (const std::string& text : idle_constants(options.market_constants, names)) warn(text);
+    for (const std::string& name : names_of_settings(line_settings)) {
+      if (std::ranges::find(names.lines, name) != names.lines.end()) continue;
+      warn(options.lines_path + ": the script has no line " + name);
     }
+    if (bars != nullptr) supply = supply_of(subject, answers);
   }
 
   std::string source;
   std::string parameters;
   std::optional<int32_t> period;
   Subject subject;
+  Answers answers;
   Session session;
+  std::string line_settings;
   std::string report_text;
   Report report;
+  std::optional<quor_advice::Supply> supply;  ///< for a calculation
 };
 
 /// The script's named lines without their values.
@@ -111,6 +139,16 @@ std::vector<uint32_t> missing_fields(const Report& report, const Bars& bars) {
     if (!is_given_elsewhere(id) && !bars.columns.contains(id)) missing.push_back(id);
   }
   return missing;
+}
+
+/// Two numbers mark a missing value, also where a volume comes to one of them.
+void warn_of_marks(const Report& report, const Bars& bars, const std::string& path) {
+  const auto is_mark = [](double value) { return value == 2147483648.0 || value == 4294967295.0; };
+  for (const uint32_t id : report.fields) {
+    const auto column = bars.columns.find(id);
+    if (column == bars.columns.end() || std::ranges::none_of(column->second, is_mark)) continue;
+    warn(path + " has 2147483648 or 4294967295 for " + field_text(id) + ", which read as null");
+  }
 }
 
 void warn_of_missing_data(const Report& report, const Bars& bars, const std::string& path) {
@@ -136,6 +174,7 @@ Findings findings_of(const Compiled& compiled, std::string_view answer = {},
   input.answer = answer;
   input.period = compiled.period.value_or(0);
   input.run = std::move(run);
+  input.supply = compiled.supply;
   return quor_advice::advise(input);
 }
 
@@ -192,17 +231,21 @@ std::vector<std::string> null_lines(const std::vector<Line>& lines, size_t first
 std::string calculate(const Options& options, Compiled& compiled, const Bars& bars) {
   const auto columns = read_references(options.references, compiled.report, bars.keys);
   warn_of_missing_data(compiled.report, bars, input_name(options.bars_path));
+  warn_of_marks(compiled.report, bars, input_name(options.bars_path));
   compiled.session.feed(rows_json(bars, compiled.report.fields));
   if (compiled.session.row_count() != bars.keys.size()) {
     throw HostError("the library took only " + std::to_string(compiled.session.row_count()) +
                     " of " + std::to_string(bars.keys.size()) + " bars");
   }
   for (const FilledColumn& column : columns) {
+    if (std::ranges::all_of(column.values, [](double value) { return std::isnan(value); })) {
+      warn("--reference " + column.text + " has no value at the times of the bars");
+    }
     for (size_t row = 0; row < bars.keys.size(); ++row) {
       compiled.session.set_cell(bars.keys[row], column.column, column.values[row]);
     }
   }
-  std::ostream& events = options.as_csv ? std::cerr : std::cout;
+  std::ostream& events = options.as_csv || options.as_json ? std::cerr : std::cout;
   if (options.fire_signals) print_events(events, compiled.session.shapes());
   return compiled.session.calculate(options.first_row, options.fire_signals);
 }
@@ -211,6 +254,10 @@ std::string calculate(const Options& options, Compiled& compiled, const Bars& ba
 template <typename Use>
 int calculate_and(const Options& options, const Use& use) {
   const Bars bars = read_bars(options.bars_path);
+  if (options.first_row >= bars.keys.size()) {
+    throw HostError("--from " + std::to_string(options.first_row) + ": there are only " +
+                    std::to_string(bars.keys.size()) + " bars, the first of them is row 0");
+  }
   Compiled compiled(options, &bars);
   if (compiled.report.failure.code != 0) {
     return report_failure(options, compiled, findings_of(compiled));

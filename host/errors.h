@@ -1,13 +1,11 @@
 // What stops the program: a text for the user.
 #pragma once
 
-#include <stdexcept>
+#include "bars/errors.h"
 
 namespace quor_host {
 
-class HostError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+/// Wrong options stop it as files do that can't be read.
+using HostError = quor_bars::ReadError;
 
 }  // namespace quor_host

@@ -1,20 +1,20 @@
-// The bar fields by word and by the id under which the library asks for them.
+// The fields of bars, and which of them no file has.
 #pragma once
 
 #include <cstdint>
-#include <optional>
-#include <string>
-#include <string_view>
+
+#include "bars/fields.h"
 
 namespace quor_host {
 
-inline constexpr uint32_t field_time = 1;
-inline constexpr uint32_t field_open = 7;
-inline constexpr uint32_t field_high = 8;
-inline constexpr uint32_t field_low = 9;
-inline constexpr uint32_t field_close = 11;
-inline constexpr uint32_t field_volume = 13;
-inline constexpr uint32_t field_amount = 19;
+using quor_bars::field_amount;
+using quor_bars::field_close;
+using quor_bars::field_high;
+using quor_bars::field_low;
+using quor_bars::field_open;
+using quor_bars::field_text;
+using quor_bars::field_time;
+using quor_bars::field_volume;
 
 /// Fields that a script is said to read and that no file of bars has: the row key, and the time of
 /// a notice, for which the library takes its own.
@@ -22,11 +22,5 @@ constexpr bool is_given_elsewhere(uint32_t id) {
   constexpr uint32_t field_notice_time = 199;
   return id == field_time || id == field_notice_time;
 }
-
-/// The id that a column header names: a field word in any case, or an id in decimal.
-std::optional<uint32_t> field_id(std::string_view header);
-
-/// "CLOSE (11)", or the number alone for a field without a word here.
-std::string field_text(uint32_t id);
 
 }  // namespace quor_host

@@ -2,10 +2,12 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <iostream>
 #include <map>
 #include <string_view>
 
+#include "advice/code_help.h"
 #include "advice/word_help.h"
 #include "advice/word_index.h"
 #include "nearest.h"
@@ -65,13 +67,25 @@ bool print_word(std::ostream& out, std::string_view word) {
   return true;
 }
 
+/// Meaning and cure of an error's code; false if there is no such code.
+bool print_code(std::ostream& out, const std::string& topic) {
+  int64_t code = 0;
+  const char* const end = topic.data() + topic.size();
+  const auto [stop, error] = std::from_chars(topic.data(), end, code);
+  const quor_advice::CodeHelp* const help = quor_advice::find_code_help(code);
+  if (error != std::errc() || stop != end || help == nullptr) return false;
+  out << "Code " << help->code << ": " << help->meaning << "\n\nWhat to do\n";
+  print_wrapped(out, help->cure, 2);
+  return true;
+}
+
 std::vector<std::string> built_in_words() {
   std::vector<std::string> words;
   for (const quor_advice::WordHelp& help : quor_advice::word_help()) words.emplace_back(help.word);
   return words;
 }
 
-/// False for what is neither a command nor a word; the text then says so.
+/// False for what is neither a command nor a word nor a code; the text then says so.
 bool print_topic(const CLI::App& app, const std::string& topic) {
   std::vector<std::string> known = built_in_words();
   for (const CLI::App* command : app.get_subcommands({})) {
@@ -81,7 +95,7 @@ bool print_topic(const CLI::App& app, const std::string& topic) {
     }
     known.push_back(command->get_name());
   }
-  if (print_word(std::cout, topic)) return true;
+  if (print_word(std::cout, topic) || print_code(std::cout, topic)) return true;
   const std::string meant = nearest(topic, known);
   std::cerr << "quor: '" << topic << "' is neither a function word nor a command; "
             << (meant.empty() ? "quor help lists them" : "did you mean " + meant + "?") << '\n';

@@ -7,7 +7,7 @@
 #include "commands.h"
 #include "console.h"
 #include "help.h"
-#include "period.h"
+#include "option_checks.h"
 #include "scan.h"
 #ifdef QUOR_STUDIO
 #include "studio/studio.h"
@@ -21,6 +21,7 @@ using quor_host::ScanOptions;
 
 constexpr int exit_failure = 1;
 constexpr int exit_usage = 2;
+constexpr uint64_t most_jobs = 1024;
 
 constexpr auto footer = R"(
   quor help            lists all words of the language
@@ -66,25 +67,19 @@ Example: the last 250 bars with the lines of a script.
 )";
 
 constexpr auto help_footer = R"(
-Examples: the list of all words, one word, one command.
+Examples: the list of all words, one word, one command, one code.
 
   quor help
   quor help MA
-  quor help run)";
-
-std::string check_period(const std::string& text) {
-  if (quor_host::parse_period(text)) return {};
-  return "'" + text +
-         "' is no period; write 5min, 15s, 2hour, day, week, month, quarter, year or a code such "
-         "as 0x3005";
-}
+  quor help run
+  quor help 14)";
 
 void add_script_options(CLI::App& command, Options& options) {
   auto* const path =
       command.add_option("SCRIPT", options.script_path, "File with the script, - for a pipe");
   auto* const text = command.add_option("-e", options.script_text, "The script itself");
   path->type_name("");
-  text->type_name("TEXT")->excludes(path);
+  text->type_name("TEXT")->excludes(path)->check(quor_host::some_text("script"));
   command
       .add_option("--params", options.parameters_path,
                   "JSON: [{\"PARAM_NAME\":\"N\",\"DEFAULT\":5}, ...]")
@@ -103,7 +98,7 @@ void add_script_options(CLI::App& command, Options& options) {
           "Period of the bars: 5min, 15s, 2hour, day, week, month, quarter, year, or a code "
           "such as 0x3005; by default what the distances of the bars tell, else day")
       ->type_name("PERIOD")
-      ->check(CLI::Validator(check_period, ""));
+      ->check(quor_host::period());
   command.add_option("--code", options.subject.security, "Code of the security")
       ->type_name("SECURITY");
   command.add_option("--market", options.subject.market, "Its market")->type_name("WORD");
@@ -154,7 +149,8 @@ void add_run(CLI::App& app, Options& options) {
   run.footer(std::string(run_examples) + bars_footer);
   add_bar_options(run, options);
   run.add_option("--last", options.last, "How many bars to print; 10 by default, all with --csv")
-      ->type_name("N");
+      ->type_name("N")
+      ->transform(quor_host::whole_number(0));
   auto* const json =
       run.add_flag("--json", options.as_json,
                    "Print all bars, the report, the findings and the drawings as JSON");
@@ -163,6 +159,7 @@ void add_run(CLI::App& app, Options& options) {
       ->excludes(json);
   run.add_option("--from", options.first_row, "First row to calculate, 0 the oldest bar")
       ->type_name("ROW")
+      ->transform(quor_host::whole_number(0))
       ->capture_default_str();
   run.add_flag("--fire", options.fire_signals, "Raise notices and trade signals, and print them");
 }
@@ -177,9 +174,11 @@ void add_chart(CLI::App& app, Options& options) {
 #endif
 
 void add_help(CLI::App& app, quor_host::HelpOptions& options) {
-  CLI::App& help = *app.add_subcommand("help", "Explain words of the language and commands");
+  CLI::App& help = *app.add_subcommand(
+      "help", "Explain words of the language, commands and the codes of errors");
   help.footer(help_footer);
-  help.add_option("TOPIC", options.topics, "Words of the language, or commands")->type_name("");
+  help.add_option("TOPIC", options.topics, "Words of the language, commands, or codes of errors")
+      ->type_name("");
   // For completion and for those who keep the documentation.
   help.add_flag("--list", options.lists_words, "Print all words, one in a line")->group("");
   help.add_flag("--index", options.prints_index, "Print the index of words in Markdown")->group("");
@@ -196,27 +195,42 @@ void add_scan(CLI::App& app, ScanOptions& options) {
       ->type_name("FILES|FOLDERS...")
       ->required();
   scan.add_option("-e", options.script_text, "The script itself, in place of a file")
-      ->type_name("TEXT");
+      ->type_name("TEXT")
+      ->check(quor_host::some_text("script"));
   scan.add_option(
           "--where", options.condition,
           "Only bars at which this expression over the script's lines holds, such as 'BUY=1'")
-      ->type_name("TEXT");
+      ->type_name("TEXT")
+      ->check(quor_host::some_text("expression"));
   scan.add_option("--last", options.last, "How many bars of each security to look at")
       ->type_name("N")
+      ->transform(quor_host::whole_number(1))
       ->capture_default_str();
   scan.add_option("--set", options.parameters, "A parameter of the script; may be repeated")
       ->type_name("NAME=NUMBER")
       ->expected(1)
       ->take_all();
   scan.add_option("--period", options.period,
-                  "Period of the bars: 5min, day, week, ..., or its code")
-      ->type_name("NAME")
-      ->default_str("day");
+                  "Period of the bars: 5min, day, week, ..., or its code; by default what the "
+                  "distances of the bars tell in each file, else day")
+      ->type_name("PERIOD")
+      ->check(quor_host::period());
   scan.add_option("--market", options.market, "The market of all securities")->type_name("WORD");
+  scan.add_option("--calendar", options.calendar_path,
+                  "The trading calendar of all securities, JSON; wants --market")
+      ->type_name("FILE");
+  scan.add_option(
+          "--extra", options.market_constants,
+          "A market constant of all securities: MINPRICE, UNIT or SHARECOUNTPERUNIT; may be "
+          "repeated")
+      ->type_name("KEY=NUMBER")
+      ->expected(1)
+      ->take_all();
   scan.add_option("--jobs", options.jobs,
                   "How many files at a time; by default as many as there are "
                   "processors")
-      ->type_name("K");
+      ->type_name("K")
+      ->transform(quor_host::whole_number(1, most_jobs));
   scan.add_option("--sort", options.sort_line, "Sort by the values of this line, smallest first")
       ->type_name("NAME");
   scan.add_flag("--reverse", options.reverse, "Sort the other way round");
@@ -249,6 +263,13 @@ int run_command(const CLI::App& command, Options options, [[maybe_unused]] char*
   return run_script(options);
 }
 
+/// The exit status once all output is written: a full disk must not pass for success.
+int finish(int status) {
+  if (std::cout.flush()) return status;
+  std::cerr << "quor: the output can't be written\n";
+  return exit_failure;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -278,17 +299,17 @@ int main(int argc, char** argv) {
       // The parser takes them from the back.
       app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::ParseError& error) {
-      if (error.get_exit_code() == 0) return app.exit(error);
+      if (error.get_exit_code() == 0) return finish(app.exit(error));
       std::cerr << "quor: " << quor_host::explain(app, error, arguments) << '\n';
       return exit_usage;
     }
     const CLI::App& command = *app.get_subcommands().front();
-    if (command.get_name() == "help") return print_help(app, help) ? 0 : exit_failure;
-    if (command.get_name() == "scan") return scan_files(scan);
+    if (command.get_name() == "help") return finish(print_help(app, help) ? 0 : exit_failure);
+    if (command.get_name() == "scan") return finish(scan_files(scan));
 #ifdef QUOR_STUDIO
     if (command.get_name() == "studio") return run_studio(studio);
 #endif
-    return run_command(command, options, argv);
+    return finish(run_command(command, options, argv));
   } catch (const std::exception& error) {
     std::cerr << "quor: " << error.what() << '\n';
     return exit_failure;

@@ -1,30 +1,35 @@
 #include "parameters.h"
 
-#include <simdjson.h>
-
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
+#include <utility>
 
+#include "advice/advice.h"
 #include "errors.h"
+#include "json_files.h"
 #include "text.h"
 
 namespace quor_host {
 namespace {
 
-namespace dom = simdjson::dom;
-
 /// The text of the file up to the bracket that closes its array.
 std::string open_array(const std::string& path) {
   if (path.empty()) return "[";
-  const std::string text = read_file(path);
-  dom::parser parser;
-  dom::array list;
-  if (parser.parse(text).get(list) != simdjson::SUCCESS) {
-    throw HostError(path + ": not of the form [{\"PARAM_NAME\":\"N\",\"DEFAULT\":5}, ...]");
-  }
+  const std::string text = read_array(path, R"([{"PARAM_NAME":"N","DEFAULT":5}, ...])");
   std::string open = text.substr(0, text.rfind(']'));
-  if (list.size() > 0) open += ',';
+  const bool is_empty = open.find_first_not_of(" \t\r\n", open.find('[') + 1) == std::string::npos;
+  if (!is_empty) open += ',';
   return open;
+}
+
+/// The number as the library keeps it, with six decimals.
+std::string kept_text(double value) {
+  std::array<char, 400> digits{};
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value,
+                                 std::chars_format::fixed, 6);
+  return {digits.data(), end.ptr};
 }
 
 }  // namespace
@@ -35,13 +40,28 @@ Setting parse_setting(const std::string& text) {
   if (mark == 0 || !value || std::isnan(*value)) {
     throw HostError("--set " + text + ": write NAME=NUMBER, as in --set N=5");
   }
+  const std::string kept = kept_text(*value);
+  if (to_number(kept) != value) {
+    throw HostError("--set " + text + ": six decimals are kept, which makes it " + kept);
+  }
   return {to_upper(text.substr(0, mark)), *value};
+}
+
+std::vector<Setting> parse_settings(const std::vector<std::string>& texts) {
+  std::vector<Setting> settings;
+  for (const std::string& text : texts) {
+    Setting setting = parse_setting(text);
+    if (std::ranges::find(settings, setting.name, &Setting::name) != settings.end()) {
+      throw HostError("--set " + text + ": " + setting.name + " is set twice");
+    }
+    settings.push_back(std::move(setting));
+  }
+  return settings;
 }
 
 std::string parameters_json(const std::string& path, const std::vector<std::string>& settings) {
   std::string json = open_array(path);
-  for (const std::string& text : settings) {
-    const Setting setting = parse_setting(text);
+  for (const Setting& setting : parse_settings(settings)) {
     json += "{\"PARAM_NAME\":" + json_string(setting.name) +
             ",\"DEFAULT\":" + json_number(setting.value) + "},";
   }
@@ -49,20 +69,13 @@ std::string parameters_json(const std::string& path, const std::vector<std::stri
   return json == "[" ? std::string() : json + ']';
 }
 
-std::string idle_reason(const std::string& name, const quor_advice::ScriptNames& names) {
-  if (std::ranges::find(names.constants, name) != names.constants.end()) {
-    return "the script's own CONST " + name + " stands";
-  }
-  const bool is_read = std::ranges::find(names.words, name) != names.words.end();
-  return is_read ? "" : "the script doesn't read " + name;
-}
-
-std::vector<std::string> idle_settings(const std::vector<std::string>& settings,
-                                       const quor_advice::ScriptNames& names) {
+std::vector<std::string> faults_of_settings(const std::vector<std::string>& settings,
+                                            std::string_view script) {
   std::vector<std::string> texts;
   for (const std::string& text : settings) {
-    const std::string reason = idle_reason(parse_setting(text).name, names);
-    if (!reason.empty()) texts.push_back("--set " + text + ": " + reason);
+    for (const auto& fault : quor_advice::parameter_faults(script, {parse_setting(text).name})) {
+      texts.push_back("--set " + text + ": " + fault.finding.sentence);
+    }
   }
   return texts;
 }

@@ -5,8 +5,6 @@
 #include <string_view>
 #include <vector>
 
-#include "advice/advice.h"
-
 namespace quor_host {
 
 struct Setting {
@@ -17,17 +15,17 @@ struct Setting {
 /// The number set as "NAME=NUMBER". Throws HostError for any other text.
 Setting parse_setting(const std::string& text);
 
+/// The same of several, in their order. Throws for a name that is set twice, too.
+std::vector<Setting> parse_settings(const std::vector<std::string>& texts);
+
 /// The JSON array of parameters that the library takes: the file's text, if there is one, and
 /// behind it the numbers set as "NAME=NUMBER", so that these win. Throws HostError for a file that
 /// holds no such array and for a number that can't be read.
 std::string parameters_json(const std::string& path, const std::vector<std::string>& settings);
 
-/// What keeps a number from having an effect that is set under a name, in capitals: "the script
-/// doesn't read N"; empty if nothing does.
-std::string idle_reason(const std::string& name, const quor_advice::ScriptNames& names);
-
-/// The same for settings, one text for each that has no effect.
-std::vector<std::string> idle_settings(const std::vector<std::string>& settings,
-                                       const quor_advice::ScriptNames& names);
+/// What keeps settings from having an effect, or hides a word of the language, one text for each:
+/// "--set N=2: the script doesn't read N".
+std::vector<std::string> faults_of_settings(const std::vector<std::string>& settings,
+                                            std::string_view script);
 
 }  // namespace quor_host

@@ -47,9 +47,13 @@ std::optional<uint32_t> whole_number(std::string_view text, int base) {
 std::optional<uint32_t> parse_code(std::string_view text) {
   const bool is_hexadecimal = text.starts_with("0X");
   const auto code = is_hexadecimal ? whole_number(text.substr(2), 16) : whole_number(text, 10);
-  constexpr uint32_t first_code = 0x3000;
-  if (!code || *code < first_code) return std::nullopt;
-  return code;
+  constexpr uint32_t first_code =
+      0x3000;  // a class in the highest of four digits, a multiple below
+  constexpr uint32_t end_of_codes = 0x8000;
+  constexpr uint32_t most_units = 0x1FF;
+  const bool is_known =
+      code && *code >= first_code && *code < end_of_codes && (*code & 0xFFFU) <= most_units;
+  return is_known ? code : std::nullopt;
 }
 
 /// The digits in front of or behind the letters, and the letters.

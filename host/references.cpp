@@ -66,7 +66,7 @@ std::vector<FilledColumn> read_references(const std::vector<std::string>& texts,
       std::erase_if(*references, [&](const Reference& reference) {
         if (!matches(reference, file.key)) return false;
         const auto known = read_known(file.path, reference.field);
-        columns.push_back({reference.column, values_at(keys, known, lasting)});
+        columns.push_back({text, reference.column, values_at(keys, known, lasting)});
         return true;
       });
     }

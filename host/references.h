@@ -12,6 +12,7 @@ namespace quor_host {
 
 /// A column that a file fills, in the order of the bars; NaN where the file has no value.
 struct FilledColumn {
+  std::string text;  ///< that names the file
   uint32_t column = 0;
   std::vector<double> values;
 };

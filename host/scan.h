@@ -13,8 +13,10 @@ struct ScanOptions {
   std::string script_text;
   std::string condition;                ///< over the script's lines; empty for all bars
   std::vector<std::string> parameters;  ///< "NAME=NUMBER"
-  std::string period;                   ///< as the user names it; empty for a day
+  std::string period;                   ///< as the user names it; empty if the bars tell it
   std::string market;
+  std::string calendar_path;
+  std::vector<std::string> market_constants;  ///< "KEY=NUMBER", of all securities
   size_t last = 1;
   size_t jobs = 0;  ///< 0 for as many as there are processors
   std::string sort_line;

@@ -61,6 +61,7 @@ ScanResult result_of(const Scan& scan) {
     if (!outcome.reason.empty()) {
       result.failures.push_back({scan.job().files[outcome.file], outcome.reason});
     }
+    if (outcome.period != 0) ++result.periods[outcome.period];
     std::ranges::move(outcome.rows, std::back_inserter(result.rows));
   }
   return result;

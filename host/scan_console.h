@@ -1,6 +1,8 @@
 // A scan that a person waits for.
 #pragma once
 
+#include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -16,7 +18,8 @@ struct ScanFailure {
 struct ScanResult {
   std::vector<ScanRow> rows;  ///< in the order of the files, oldest bar first
   std::vector<ScanFailure> failures;
-  size_t done = 0;  ///< files, those that failed among them
+  std::map<uint32_t, size_t> periods;  ///< how many files have bars of it
+  size_t done = 0;                     ///< files, those that failed among them
 };
 
 /// Runs until all files are done or the user presses Ctrl-C, with its progress on the error output

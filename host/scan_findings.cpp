@@ -1,15 +1,32 @@
 #include "scan_findings.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace quor_host {
 
-std::vector<quor_advice::Finding> findings_of(const quor::engine::Script& script) {
+namespace {
+
+quor_advice::Input input_of(const quor::engine::Script& script) {
   quor_advice::Input input;
   input.script = script.source();
   input.parameters = script.parameters();
   input.report = script.report().text;
   input.answer = script.answer();
+  return input;
+}
+
+}  // namespace
+
+std::vector<quor_advice::Finding> findings_of(const quor::engine::Script& script) {
+  return quor_advice::advise(input_of(script));
+}
+
+std::vector<quor_advice::Finding> findings_of(const quor::engine::Script& script, uint32_t period,
+                                              quor_advice::Supply supply) {
+  quor_advice::Input input = input_of(script);
+  input.period = static_cast<int32_t>(period);
+  input.supply = std::move(supply);
   return quor_advice::advise(input);
 }
 

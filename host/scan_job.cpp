@@ -6,6 +6,7 @@
 #include "bars.h"
 #include "errors.h"
 #include "fields.h"
+#include "period.h"
 #include "scan_findings.h"
 
 namespace quor_host {
@@ -21,10 +22,10 @@ class Worker {
       : job_(job), subject_(job.settings.subject), script_(job.script, job.settings) {}
 
   ScanOutcome scan(size_t file) {
-    ScanOutcome outcome{file, {}, {}};
+    ScanOutcome outcome{file, {}, {}, 0};
     const std::string& path = job_.files[file];
     try {
-      scan(path, outcome.rows);
+      scan(path, outcome);
     } catch (const HostError& error) {
       outcome.reason = error.what();
     } catch (const std::exception& error) {
@@ -34,13 +35,15 @@ class Worker {
   }
 
  private:
-  void scan(const std::string& path, std::vector<ScanRow>& rows) {
+  void scan(const std::string& path, ScanOutcome& outcome) {
     const Bars bars = read_bars(path);
     subject_.security = security_of(path);
+    if (job_.infers_period) subject_.period = infer_period(bars.keys).value_or(period_of_a_day);
+    outcome.period = subject_.period;
     script_.restart(subject_);
     feed(bars, path);
     if (script_.calculate()) throw HostError(path + ": " + error_text(findings_of(script_)));
-    take_rows(rows);
+    take_rows(outcome.rows);
   }
 
   void feed(const Bars& bars, const std::string& path) {

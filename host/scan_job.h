@@ -26,12 +26,14 @@ struct ScanRow {
 struct ScanOutcome {
   size_t file = 0;  ///< among the files of the job
   std::vector<ScanRow> rows;
-  std::string reason;  ///< of a failure; empty for none
+  std::string reason;   ///< of a failure; empty for none
+  uint32_t period = 0;  ///< of the bars; 0 if they could not be read
 };
 
 struct ScanJob {
   std::string script;
   quor::engine::Settings settings;
+  bool infers_period = false;  ///< of each file by its bars, which then beats that of the settings
   std::vector<std::string> files;
   size_t last = 1;
   size_t threads = 1;

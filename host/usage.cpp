@@ -135,6 +135,7 @@ std::string explain_option(const CLI::App& command, const CLI::ParseError& error
     return text.substr(0, at) + " and " + text.substr(at + excludes.size()) +
            " don't go together: give one of them";
   }
+  if (text.find(": At Most 1 ") != std::string::npos) return option + " is given twice";
   const bool tells_itself = dynamic_cast<const CLI::ValidationError*>(&error) != nullptr;
   if (tells_itself || example.empty()) return text;
   return option + std::string(fault_of(error)) + "; write " + std::string(example);

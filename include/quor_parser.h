@@ -38,8 +38,8 @@
  * Numbers
  *   A row is an index, 0 the oldest bar; indexes move when a bar is inserted before others. A row
  * key is a positive date-time written as an integer, YYYYMMDDhhmmss. A column id is the host's id
- * of a field, or from 20000 up a column of the script; 1 is the column of row keys. A null value is
- * any NaN; the library itself gives the bits 0xFFF8000000000000.
+ * of a field or the id of a column of the script; 1 is the column of row keys. Columns of a script
+ * count from 20000 up; a few fields have greater ids. A null value is any NaN, whatever its bits.
  */
 #ifndef QUOR_PARSER_H
 #define QUOR_PARSER_H
@@ -86,7 +86,8 @@ typedef const char* (*quor_trade_dates_handler)(const char* market, const char* 
                                                 int32_t* length);
 
 /* Market constant: `key` is "MINPRICE", "UNIT" or "SHARECOUNTPERUNIT". Returns a NaN while the host
- * has no value; the library then asks again at the next bar. */
+ * has no value. All three are asked for together, and again at the next bar as long as MINPRICE is
+ * a NaN, else not before another security is set. */
 typedef double (*quor_extra_data_callback)(const char* key, const char* market,
                                            const char* security);
 
@@ -145,9 +146,9 @@ QUOR_API void set_get_trade_dates_callback(quor_trade_dates_handler handler);
 /* Compiles a script with two JSON texts: `parameters`, an array of objects with PARAM_NAME (text)
  * and DEFAULT (number), and `lines`, an array of objects with LINE_NAME, COLOR_KEY, LINE_THICK and
  * IS_SELECTED. Invalid JSON sets nothing. An empty script reports on the last compile and keeps it.
- * Returns the report, a JSON object with ErrCode 0 for success and else ExtraMsg and ErrLine, the
- * zero-based statement slot. Bad handle: null with length 0. A null text: null, length unwritten.
- */
+ * Returns the report, a JSON object with ErrCode 0 for success and else ExtraMsg, the word at fault
+ * or empty where the code says all, and ErrLine, the zero-based statement slot. Bad handle: null
+ * with length 0. A null text: null, length unwritten. */
 QUOR_API char* get_pre_parse_res(int64_t handle, const char* script, const char* parameters,
                                  const char* lines, uint32_t script_length,
                                  uint32_t parameters_length, uint32_t lines_length,
@@ -158,7 +159,9 @@ QUOR_API char* get_pre_parse_res(int64_t handle, const char* script, const char*
 /* Takes bars: a JSON array of objects in any order, each with the row key under "1" and further
  * fields under their column ids in decimal. Fields that the script doesn't need are passed over; a
  * missing one, one that is no number, 4294967295 and 2147483648 are null. A known key replaces the
- * needed fields of its bar. Faults go to the log; bars in front of a bad element are kept. */
+ * needed fields of its bar. Of a text that is no array in JSON nothing is taken, and a log line
+ * tells. An element that is no object with an integer under "1" ends the intake without one; bars
+ * in front of it are kept. */
 QUOR_API void set_row_data(int64_t handle, const char* json, uint32_t json_length);
 
 /* Sets one cell of an existing bar, adding the column if it is new. For a key without a bar it
@@ -197,7 +200,8 @@ QUOR_API char* get_data_arr(int64_t handle, uint32_t column_id, uint32_t last_ro
 QUOR_API double get_data_by_col_row(int64_t handle, int32_t row, uint32_t column_id);
 
 /* One cell by field and row. A negative field id names an argument of a call, which is evaluated on
- * the spot. No such field, a failure or a bad handle: a null value. */
+ * the spot; a signal in it fires if the last run fired. No such field, a failure or a bad handle: a
+ * null value. */
 QUOR_API double get_field_val_by_index(int64_t handle, int32_t field_id, int32_t row);
 
 /* The column id of a line by its name in capitals. Unknown name, null name or bad handle: -1. */

@@ -26,6 +26,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -48,7 +49,7 @@ inline constexpr uint32_t period_day = 0x4000;
 /// A report of a compile or the answer of a run, by value: true if it went well.
 struct Answer {
   int code = -1;        ///< 0 for success, -1 if the library gave no answer
-  std::string message;  ///< what the error is about
+  std::string message;  ///< what the error is about, mostly the word at fault; may be empty
   int statement = -1;   ///< at which statement, 0 the first one; -1 if none is told
   std::string text;     ///< the whole as the library gives it, JSON
 
@@ -136,6 +137,25 @@ inline int number_at(std::string_view text, size_t place, int otherwise) {
   return number;
 }
 
+inline constexpr int named_signal = 8;  ///< codes whose place isn't known
+inline constexpr int exception = 4000;
+
+/// Takes the value of ErrLine: the number of a statement, in a run's answer in quotes, or the text
+/// of an exception in the place of both. A report has 0 where an error has no place.
+inline void take_line(Answer& answer, std::string_view value) {
+  const bool is_text = value.substr(0, 1) == "\"";
+  if (!is_text && (answer.code == named_signal || answer.code == exception)) return;
+  if (is_text) value.remove_prefix(1);
+  value = value.substr(0, value.rfind(is_text ? '"' : '}'));
+  int statement = -1;
+  const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), statement);
+  if (error == std::errc() && end == value.data() + value.size()) {
+    answer.statement = statement;
+  } else if (answer.message.empty()) {
+    answer.message = value;
+  }
+}
+
 /// Reads code, message and statement. Texts aren't escaped, so the message ends at the last place
 /// where the key behind it can stand.
 inline Answer read_answer(std::string text) {
@@ -152,8 +172,8 @@ inline Answer read_answer(std::string text) {
     size_t end = text.rfind("\",\"IsNeedRequestTradeDay\":");
     if (end == std::string::npos) end = text.rfind("\",\"ErrLine\":");
     answer.message = text.substr(begin, end - begin);
-    const size_t number = statement_at + statement.size();  // a report gives it without quotes
-    if (answer.code != 0) answer.statement = number_at(text, number + (text[number] == '"'), -1);
+    if (answer.code != 0)
+      take_line(answer, std::string_view(text).substr(statement_at + statement.size()));
   }
   answer.text = std::move(text);
   return answer;

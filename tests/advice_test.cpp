@@ -94,6 +94,22 @@ TEST(Advice, names_what_a_script_declares_and_reads) {
                                                    "A", "B", "D"}));
 }
 
+TEST(Advice, says_what_a_parameter_can_not_be_called) {
+  const auto faults = quor_advice::parameter_faults("CONST n:5;\nm:=ma(c,n)+k+date; k2:k",
+                                                    {"N", "K", "M", "MA", "C", "DATE"});
+  const auto told = [&faults](size_t at) {
+    const auto& [name, is_idle, finding] = faults.at(at);
+    return name + (is_idle ? " idle " : " ") + std::to_string(finding.line) + ':' +
+           std::to_string(finding.column) + ' ' + finding.sentence;
+  };
+  ASSERT_EQ(faults.size(), 5U);
+  EXPECT_EQ(told(0), "N idle 1:7 the script's own CONST N stands");
+  EXPECT_EQ(told(1), "M idle 0:0 the script doesn't read M");
+  EXPECT_EQ(told(2), "MA idle 0:0 the script doesn't read MA");
+  EXPECT_EQ(told(3), "C 2:7 this hides the bar field C");
+  EXPECT_EQ(told(4), "DATE idle 2:14 the language's own word DATE stands");
+}
+
 /// Advice costs little and ends, whatever the script: here what nests and repeats without end.
 TEST(Advice, takes_any_script) {
   const auto repeated = [](std::string_view text, size_t count) {

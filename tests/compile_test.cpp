@@ -262,6 +262,23 @@ TEST(Compile, WhatAnArgumentOfAWholeSeriesReadsIsCalculatedFromTheFirstRowToo) {
   EXPECT_EQ(to_text(host.line("B")), "3 6 9") << "nothing reads B";
 }
 
+TEST(Compile, AStatementThatNamesAnEarlierCallScansItOnly) {
+  TestHost host;
+  clear_events();
+  ASSERT_EQ(host.compile("C>0,BK;").code, 0);
+  host.feed({{"C", series("1")}});
+  ASSERT_EQ(host.run(0, true), success);
+  ASSERT_EQ(events().signals.size(), 1U) << "signals are on";
+  EXPECT_EQ(host.compile("A:=MAX(BK(1,'x'),1);:=BK,();").code, 0);
+  EXPECT_EQ(events().signals.size(), 1U) << "a compile gives none";
+  // The times, the column of the sum and that of the line without a name; none for a series of 0.
+  EXPECT_EQ(host.compile("SUM(0,0);:=SUM,();").code, 0);
+  EXPECT_EQ(get_column_num(host.handle()), 3U);
+  // A step of 0 is refused where bars are calculated.
+  EXPECT_EQ(host.compile("A:=SAR(4,0,0.2);:=SAR,();").code, 0);
+  EXPECT_EQ(host.compile("A:=C;:=MA,();").code, 2) << "nothing has the name yet";
+}
+
 TEST(Compile, DeepNestingIsRefused) {
   const auto nested = [](int depth) {
     std::string script = "A:=";

@@ -38,6 +38,20 @@ TEST(CppHeader, ReportsAndAnswersComeByValue) {
   EXPECT_EQ(hostile.code, 4);
   EXPECT_EQ(hostile.message, R"(","ErrLine":9,"ErrCode":0)");
   EXPECT_EQ(hostile.statement, 3);
+  // A run that an exception ends has its text in the place of the statement.
+  ASSERT_TRUE(parser.compile("A:C;B:STD(C,0-5);"));
+  parser.feed({bar(first_key, 1), bar(first_key + 1000000, 2)});
+  const quor::Answer exception = parser.calculate(0);
+  EXPECT_EQ(exception.code, 4000);
+  EXPECT_EQ(exception.message, "vector too long");
+  EXPECT_EQ(exception.statement, -1);
+  const quor::Answer digits =
+      quor::detail::read_answer(R"({"ErrCode":4000,"ExtraMsg":"","ErrLine":"2 "x"} left"})");
+  EXPECT_EQ(digits.message, R"(2 "x"} left)");
+  EXPECT_EQ(digits.statement, -1);
+  // No statement belongs to these; the report says 0 all the same.
+  EXPECT_EQ(parser.compile("A:C;B:C>O,BK;").statement, -1);
+  EXPECT_EQ(parser.compile("A:C;C>O,ICON(1,X);").statement, -1);
   for (const char* text : {"", "{", "\"ErrCode\":0", "\"ErrCode\":0,\"ExtraMsg\":\""}) {
     EXPECT_EQ(quor::detail::read_answer(text).code, -1) << text;
   }

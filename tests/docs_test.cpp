@@ -15,6 +15,7 @@
 #include <utility>
 #include <vector>
 
+#include "advice/code_help.h"
 #include "advice/word_index.h"
 #include "core/status.h"
 #include "support/advice_cases.h"
@@ -119,6 +120,16 @@ TEST(Docs, language_explains_every_code) {
   expected.erase(2005);  // the one number in between that nothing uses
   expected.insert(error_code(quor::Status::exception));
   for (const int64_t code : expected) EXPECT_TRUE(codes.contains(code)) << code;
+
+  // And so does the help that hosts show, where the library's own text may be empty.
+  std::vector<int64_t> told = {0};
+  for (const quor_advice::CodeHelp& help : quor_advice::code_help()) {
+    told.push_back(help.code);
+    EXPECT_EQ(quor_advice::find_code_help(help.code), &help);
+    EXPECT_FALSE(help.meaning.empty() || help.cure.empty()) << help.code;
+  }
+  EXPECT_EQ(told, std::vector<int64_t>(expected.begin(), expected.end()));
+  EXPECT_EQ(quor_advice::find_code_help(2005), nullptr);
 }
 
 TEST(Docs, language_shows_scripts_that_compile) {

@@ -1,6 +1,8 @@
 // The gate of every call: bad handles, null pointers, buffers, and the order of calls.
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <future>
 #include <string>
 #include <vector>
 
@@ -119,13 +121,39 @@ int32_t call_back_for_time(int64_t, const char*, const char*) {
   return 0;
 }
 
+/// Has the instance ask the callback in the middle of a compile.
+void call_inside(TestHost& host, quor_trade_time_callback callback) {
+  reentry_handle = host.handle();
+  set_get_trade_time_callback(host.handle(), callback);
+  EXPECT_EQ(host.compile("A:=SETTLE;").code, 0);
+}
+
 TEST(Exports, ACallbackThatCallsBackIsTurnedAway) {
   TestHost host;
-  reentry_handle = host.handle();
-  set_get_trade_time_callback(host.handle(), call_back_for_time);
-  EXPECT_EQ(host.compile("A:=SETTLE;").code, 0);
+  call_inside(host, call_back_for_time);
   EXPECT_EQ(reentry_text, "refused");
   EXPECT_EQ(host.run(), success) << "the instance lives";
+}
+
+/// What a call with a null text leaves in the length.
+std::future<uint32_t> length_behind_null_text;
+
+int32_t call_with_null_text(int64_t, const char*, const char*) {
+  const auto call = [] {
+    uint32_t length = 77;
+    EXPECT_EQ(get_pre_parse_res(reentry_handle, nullptr, "", "", 0, 0, 0, &length), nullptr);
+    return length;
+  };
+  EXPECT_EQ(call(), 77U) << "left unwritten";
+  length_behind_null_text = std::async(std::launch::async, call);
+  EXPECT_EQ(length_behind_null_text.wait_for(std::chrono::seconds(5)), std::future_status::ready);
+  return 0;
+}
+
+TEST(Exports, ANullTextIsAnsweredWhileAnotherCallWorks) {
+  TestHost host;
+  call_inside(host, call_with_null_text);
+  EXPECT_EQ(length_behind_null_text.get(), 77U);
 }
 
 }  // namespace

@@ -2,10 +2,9 @@
 // so walk over the rows at each bar, leaves the same in every cell.
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <random>
 
-#include "interface/instances.h"
+#include "support/plain_bars.h"
 #include "support/test_host.h"
 
 namespace quor_test {
@@ -136,13 +135,8 @@ class Scripts {
 class Player {
  public:
   Player(const std::string& script, bool remembers) {
-    auto& parser = quor::find_instance(host_.handle())->parser;
-    if (!remembers) {
-      parser.calculator().set_block_rule({.shortest_run = std::numeric_limits<int32_t>::max()});
-    }
     compiles_ = host_.compile(script).code == 0;
-    // The plan says what may be remembered.
-    parser.pool().script.memories_are_planned = !remembers;
+    if (!remembers) go_by_plain_bars(host_.handle());
   }
 
   bool compiles() const { return compiles_; }
@@ -275,6 +269,39 @@ TEST(Memories, NeverShow) {
   for (uint64_t seed = from; seed < from + count && !HasFailure(); ++seed) {
     SCOPED_TRACE(seed);
     Session(Scripts(seed).make(), seed).play();
+  }
+}
+
+/// An evaluation that a reading makes writes cells like any other, so that what rests on them has
+/// to be forgotten.
+TEST(Memories, AReadingOfAnArgumentChangesCells) {
+  const struct {
+    const char* script;
+    uint32_t rows;
+    uint32_t second_run;
+  } cases[] = {{"A:IFF(BARPOS>5,SUM(C-O,0),0);", 30, 29},
+               {"A:MEMA(SUM(O*1,9),2);", 10, 8},
+               {"A:COUNT(IFF(V,EMA(AMOUNT,2),0),244);", 40, 37}};
+  for (const auto& [script, rows, second_run] : cases) {
+    Bars bars;
+    for (uint32_t row = 0; row < rows; ++row) {
+      bars["O"].push_back(10 + row % 3);
+      bars["C"].push_back(11 + row % 5);
+      bars["V"].push_back(row % 4);
+      bars["AMOUNT"].push_back(row % 4 == 0 ? 50 : -1);
+    }
+    Series lines[2];
+    for (const bool remembers : {false, true}) {
+      Player player(script, remembers);
+      player.host().feed(bars);
+      player.host().run();
+      for (int32_t id = -1; id >= -60; --id) {
+        for (const int32_t row : {0, 8}) get_field_val_by_index(player.host().handle(), id, row);
+      }
+      player.host().run(second_run);
+      lines[remembers] = player.host().line("A");
+    }
+    EXPECT_TRUE(same(lines[true], lines[false])) << script;
   }
 }
 

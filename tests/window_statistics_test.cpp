@@ -132,6 +132,7 @@ void PrintTo(const Reference& reference, std::ostream* out) { *out << reference.
 const Reference references[] = {
     {"VAR(X,7)", 7, 7, [](auto& x, auto&) { return sampled(x); }},
     {"VARP(X,7)", 7, 7, [](auto& x, auto&) { return moment(x, 2); }},
+    {"VARP(X,1)", 1, 1, [](auto& x, auto&) { return moment(x, 2); }},
     {"STD(X,7)", 7, 7, [](auto& x, auto&) { return std::sqrt(sampled(x)); }},
     {"STDP(X,7)", 7, 7, [](auto& x, auto&) { return std::sqrt(moment(x, 2)); }},
     {"DEVSQ(X,7)", 7, 7, [](auto& x, auto&) { return moment(x, 2) * 7; }},

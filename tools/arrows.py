@@ -23,10 +23,11 @@ ROOMS = {
     "compiler": WORDS,
     "interface": WORDS | {"compiler", "include"},
     "engine": WORDS | {"compiler", "interface"},
-    "python": {"engine", "advice"},
+    "python": {"engine", "advice", "bars"},
     "include": set(),
     "advice": set(),
-    "host": {"include", "advice"},
+    "bars": set(),
+    "host": {"include", "advice", "bars"},
 }
 # What core may see of the rooms above it, and what these headers may need of core.
 ABSTRACT = {
@@ -39,7 +40,7 @@ CORE_OF_ABSTRACT = {"core/model.h", "core/status.h"}
 # The parts of the host that work on arrays.
 OVER_ENGINE = ("host/scan", "host/studio")
 
-FOLDERS = ("src", "include", "advice", "host", "python")
+FOLDERS = ("src", "include", "advice", "bars", "host", "python")
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
 
 

@@ -11,10 +11,12 @@ set -u
 out=build/fuzz
 program=$out/fuzz/fuzz_
 
+# The inputs of 'columns' are decisions, no text.
 dictionary_of() {
   case $1 in
-    rows | calendar) echo "$out/seeds/json.dict" ;;
-    *) echo "$out/seeds/words.dict" ;;
+    rows | calendar) echo "-dict=$out/seeds/json.dict" ;;
+    columns) ;;
+    *) echo "-dict=$out/seeds/words.dict" ;;
   esac
 }
 
@@ -35,7 +37,7 @@ replay() {
 fuzz() {
   mkdir -p "$out/corpus/$1" "$out/findings"
   "$program$1" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 -max_len=2048 \
-    -dict="$(dictionary_of "$1")" -artifact_prefix="$out/findings/$1-" \
+    $(dictionary_of "$1") -artifact_prefix="$out/findings/$1-" \
     "$out/corpus/$1" $(inputs_of "$1") >"$out/fuzz_$1.log" 2>&1
 }
 
@@ -77,7 +79,7 @@ seconds=30
 case ${1:-} in
   --merge | [0-9]*) seconds=$1 && shift ;;
 esac
-targets=${*:-script rows calendar calls}
+targets=${*:-script rows calendar calls columns}
 
 need_packages $build_packages $test_packages $fuzz_packages
 cmake --preset fuzz >/dev/null || die "the configuration of 'fuzz' failed"

@@ -9,7 +9,7 @@ count() {
   done | grep -c '[^[:space:]]'
 }
 
-tested="include src advice host python web"
+tested="include src advice bars host python web"
 tests="tests web/test*"
 not_code=":!web/test* :!*/package-lock.json"
 

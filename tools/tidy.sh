@@ -8,7 +8,7 @@
 set -u
 . "$(dirname "$0")/lib.sh"
 
-tidy_folders="src advice host examples tests bench fuzz"
+tidy_folders="src advice bars host examples tests bench fuzz"
 
 base_commit() {
   base=$(git merge-base origin/main HEAD 2>/dev/null)

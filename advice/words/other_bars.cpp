@@ -59,8 +59,8 @@ constexpr WordHelp rows[] = {
      "Distance in bars between the latest A = 1 and the latest B = 1.", "A, B: conditions",
      "0 while one of them is missing.", "A:CONDBARS(C>O,C<O);"},
     {"SUMBARS", "SUMBARS(X,A)", 2, 2,
-     "How many bars, from here back, until the sum of X reaches A; for VOL itself until the sum by "
-     "100 does.",
+     "How many bars, from here back, until the sum of X reaches A; for VOL, under another name, "
+     "too, until the sum by 100 does.",
      "X: the series; A: the sum, above 0",
      "Null if it isn't reached, for A of 0 and below, and if a null is met on the way.",
      "A:SUMBARS(AMOUNT,1000);"},

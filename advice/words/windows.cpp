@@ -14,7 +14,8 @@ constexpr std::string_view extreme_nulls =
     "at the oldest bar gives null.";
 constexpr std::string_view distance_nulls =
     "From row 0 on, over the bars there are. A null at the oldest bar counts as the extreme.";
-constexpr std::string_view before_nulls = "From row 1 on. N of 0 gives 0; N null gives null.";
+constexpr std::string_view before_nulls =
+    "From row 1 on. N of 0 gives 0; N below 0 or null gives null.";
 constexpr std::string_view pair_nulls = "From row 1 on. A null among the bars gives null.";
 
 constexpr WordHelp rows[] = {
@@ -35,7 +36,8 @@ constexpr WordHelp rows[] = {
     {"SUM", "SUM(X,N)", 2, 2, "Sum of the last N bars; for N = 0 of all bars so far.",
      series_and_period,
      "From row 0 on, over the bars there are. Nulls are passed over, but X null at this bar gives "
-     "0, and so does the first value behind nothing but nulls.",
+     "0, and so does the first value behind nothing but nulls. N below 0 or null gives X at row 0, "
+     "then 0.",
      "A:SUM(VOL,5);"},
     {"COUNT", "COUNT(COND,N)", 2, 2,
      "How many of the last N bars have COND above 0; for N = 0 of all bars so far.",
@@ -76,7 +78,8 @@ constexpr WordHelp rows[] = {
     {"PERCENTILE", "PERCENTILE(X,N,P)", 3, 3,
      "The value at place (N-1)*P/100, rounded up, of the sorted last N bars.",
      "X: the series; N: the period; P: percent, 0 to 100",
-     "From row N-1 on. P outside 0 to 100 gives null.", "A:PERCENTILE(C,20,90);"},
+     "From row N-1 on. P outside 0 to 100, and N below 1 or null, give null.",
+     "A:PERCENTILE(C,20,90);"},
 };
 
 }  // namespace

@@ -27,7 +27,7 @@ _quor() {
     check) options="$options --json" ;;
     run) options="$options --bars --calendar --reference --last --json --csv --from --fire" ;;
     chart) options="$options --bars --calendar --reference --last --out --size --theme --no-volume" ;;
-    scan) options='-e --set --period --market --last --where --jobs --sort --reverse --csv --json --help' ;;
+    scan) options='-e --set --period --market --calendar --extra --last --where --jobs --sort --reverse --csv --json --help' ;;
     studio) options='--bars --port --no-open --help' ;;
     help)
       COMPREPLY=($(compgen -W "check run chart scan studio help $(quor help --list 2>/dev/null)" -- "${current^^}"))

@@ -104,19 +104,48 @@ std::unique_ptr<Run> run_of(const Task& task, uint32_t period) {
   }
 }
 
-void require_room(const Run& run, size_t rows) {
+void require_room(const Run& run, const Security* security) {
+  const size_t rows = security == nullptr ? 0 : security->bars.keys.size();
   if (run.script().lines().size() * rows > most_cells) {
     throw Refusal(413, "the script has too many lines for so many bars");
   }
 }
 
-uint32_t period_of(const Desk& desk) {
-  return desk.security ? desk.security->period : period_of_a_day;
+/// A script that is compiled and may be calculated over some bars.
+struct Attempt {
+  std::unique_ptr<Run> run;
+  double compile_time = 0.0;
+};
+
+Attempt attempt_of(const Task& task, const Security* security) {
+  const Clock::time_point start = Clock::now();
+  Attempt attempt{run_of(task, security == nullptr ? period_of_a_day : security->period)};
+  attempt.compile_time = milliseconds(Clock::now() - start);
+  require_room(*attempt.run, security);
+  return attempt;
+}
+
+/// The task that was sent last; no run without one.
+Attempt last_attempt(const Desk& desk, const Security* security) {
+  return desk.task ? attempt_of(*desk.task, security) : Attempt();
+}
+
+bool calculates(Run& run, const Bars& bars) {
+  return run.is_sound() && (bars.keys.empty() || run.calculate(bars));
 }
 
 void show(Desk& desk, std::unique_ptr<Run> run) {
   desk.run = std::move(run);
   desk.drawing = drawing_of(*desk.run, desk.bars());
+  ++desk.revision;
+}
+
+/// In place of a script that can't be seen the one that was, or else the bars alone.
+void show_instead(Desk& desk, const Task& seen) {
+  for (const Task& task : {seen, Task()}) {
+    Attempt attempt = attempt_of(task, desk.security.get());
+    if (calculates(*attempt.run, desk.bars())) return show(desk, std::move(attempt.run));
+  }
 }
 
 uint32_t period_of(const std::string& text) {
@@ -125,32 +154,43 @@ uint32_t period_of(const std::string& text) {
   return *period;
 }
 
-/// The last task over the bars that are seen.
-Json calculate(Desk& desk) {
+/// The script over the bars that are seen. The answer says what is to be drawn if that is another
+/// from here on; without a run at the desk it is, even for a script with an error.
+Json calculate(Desk& desk, Attempt attempt, const Task& seen) {
   const Clock::time_point start = Clock::now();
-  auto run = run_of(*desk.task, period_of(desk));
-  const Clock::time_point compiled = Clock::now();
-  const bool has_bars = desk.row_count() > 0;
-  require_room(*run, desk.row_count());
-  const bool is_done = run->is_sound() && (!has_bars || run->calculate(desk.bars()));
-  const Clock::time_point calculated = Clock::now();
-  const Places places(desk.task->script);
+  auto& [run, compile_time] = attempt;
+  const bool is_done = calculates(*run, desk.bars());
+  const double time = milliseconds(Clock::now() - start);
+  const Task task = run->task();
+  const Places places(task.script);
   Json findings = Json::array();
   for (const auto& finding : run->findings(desk.bars())) {
     findings.push_back(finding_json(finding, places));
   }
-  Json answer = {{"revision", ++desk.revision},
-                 {"sound", is_done},
-                 {"findings", std::move(findings)},
-                 {"sliders", sliders_of(desk.task->script, desk.task->parameters, places)}};
+  const bool is_another = is_done || !desk.run;
   if (is_done) {
     show(desk, std::move(run));
-    add_drawing(answer, desk);
+  } else if (is_another) {
+    show_instead(desk, seen);
   }
-  answer["times"] = {{"compile", milliseconds(compiled - start)},
-                     {"calculate", milliseconds(calculated - compiled)},
-                     {"total", milliseconds(Clock::now() - start)}};
+  Json answer = {{"revision", desk.revision},
+                 {"sound", is_done},
+                 {"findings", std::move(findings)},
+                 {"sliders", sliders_of(task.script, task.parameters, places)}};
+  if (is_another) add_drawing(answer, desk);
+  answer["times"] = {{"compile", compile_time},
+                     {"calculate", time},
+                     {"total", compile_time + milliseconds(Clock::now() - start)}};
   return answer;
+}
+
+/// For other bars. Null without a script.
+Json calculate_anew(Desk& desk, Attempt attempt) {
+  const Task seen = desk.run ? desk.run->task() : Task();
+  desk.run.reset();
+  if (attempt.run) return calculate(desk, std::move(attempt), seen);
+  ++desk.revision;
+  return {};
 }
 
 }  // namespace
@@ -187,40 +227,28 @@ Task task_of(const Json& request) {
 }
 
 Json take_script(Desk& desk, Task task) {
-  std::optional<Task> before = std::exchange(desk.task, std::move(task));
-  try {
-    return calculate(desk);
-  } catch (const Refusal&) {
-    desk.task = std::move(before);
-    throw;
-  }
+  Attempt attempt = attempt_of(task, desk.security.get());
+  desk.task = std::move(task);
+  return calculate(desk, std::move(attempt), Task());
 }
 
 Json recalculate(Desk& desk) {
-  std::optional<Task> seen;
-  if (desk.run) seen = desk.run->task();
-  desk.run.reset();
-  Json answer;
-  if (desk.task) answer = calculate(desk);
-  if (!desk.run && seen) {
-    auto run = run_of(*seen, period_of(desk));
-    if (run->is_sound() && run->calculate(desk.bars())) show(desk, std::move(run));
-  }
-  return answer;
+  return calculate_anew(desk, last_attempt(desk, desk.security.get()));
 }
 
 Json take_bars(Desk& desk, std::shared_ptr<const Security> security) {
-  if (desk.run) require_room(*desk.run, security->bars.keys.size());
+  if (desk.run) require_room(*desk.run, security.get());
+  Attempt attempt = last_attempt(desk, security.get());
   desk.play.reset();
   desk.security = std::move(security);
   const auto& [name, bars, period, is_guessed] = *desk.security;
-  Json script = recalculate(desk);
+  Json script = calculate_anew(desk, std::move(attempt));
   Json fields = Json::array();
   for (const auto& [id, values] : bars.columns) fields.push_back(id);
   const auto close = bars.columns.find(field_close);
   const bool intraday =
       std::ranges::any_of(bars.keys, [](int64_t key) { return key % 1000000 != 0; });
-  return {{"revision", ++desk.revision},
+  return {{"revision", desk.revision},
           {"name", name},
           {"rows", bars.keys.size()},
           {"first", bars.keys.front()},

@@ -19,11 +19,11 @@ std::shared_ptr<const Security> read_security(const std::string& name, std::stri
 /// Script and parameters of a request. Throws Refusal.
 Task task_of(const Json& request);
 
-/// Each gives the answer for the page. The desk must be locked.
+/// Each gives the answer for the page. The desk must be locked. What is refused changes nothing.
 Json take_bars(Desk& desk, std::shared_ptr<const Security> security);
 Json take_script(Desk& desk, Task task);
-/// For other bars: the last task again and, if that has an error by now, the script that is seen.
-/// Null without a task.
+/// For other bars: the last task again and, if that has an error by now, the script that was seen,
+/// or else the bars alone. Null without a task.
 Json recalculate(Desk& desk);
 
 }  // namespace quor_host

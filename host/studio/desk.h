@@ -41,7 +41,7 @@ struct Desk {
   std::span<const double> cells(uint32_t column) const;
 
   std::mutex lock;  ///< guards all down to `play`
-  uint64_t revision = 0;
+  uint64_t revision = 0;  ///< of what is seen: grows whenever values or rows become others
   std::shared_ptr<const Security> security;
   std::optional<Task> task;  ///< the last one that was sent
   std::unique_ptr<Run> run;  ///< of the last sound script

@@ -4,9 +4,9 @@
 #include <fstream>
 #include <system_error>
 
+#include "../encoding.h"
 #include "../errors.h"
 #include "../scan_job.h"
-#include "../text.h"
 #include "gate.h"
 #include "refusal.h"
 
@@ -91,7 +91,7 @@ std::string ScriptFolder::read(const std::string& name) const {
   const fs::path path = path_of(name);
   if (!is_plain_file(path)) throw Refusal(404, "there is no script of this name");
   if (fs::file_size(path) > longest_script) throw Refusal(413, "the script is too long");
-  return read_file(path.string());
+  return read_text(path.string());
 }
 
 void ScriptFolder::save(const std::string& name, const std::string& text, bool replaces) const {

@@ -154,10 +154,10 @@ Json start_play(Desk& desk, size_t row, size_t ticks) {
   const Bars& all = desk.security->bars;
   if (row < 1 || row >= all.keys.size()) throw Refusal(400, "\"row\" must be one behind the first");
   Play play{first_bars(all, row), row, 0, ticks};
-  if (desk.run && !desk.run->calculate(play.bars)) {
-    desk.play.reset();
-    recalculate(desk);
-    throw Refusal(409, "the script fails on the bars so far");
+  if (desk.run) {
+    auto run = std::make_unique<Run>(desk.run->task(), desk.security->period);
+    if (!run->calculate(play.bars)) throw Refusal(409, "the script fails on the bars so far");
+    desk.run = std::move(run);
   }
   desk.play = std::move(play);
   return {{"revision", ++desk.revision},
@@ -175,7 +175,10 @@ Json stop_play(Desk& desk) {
   desk.play.reset();
   Json answer = recalculate(desk);
   if (!answer.is_null()) return answer;
-  return {{"revision", ++desk.revision}, {"sound", false}, {"findings", Json::array()}};
+  return {{"revision", desk.revision},
+          {"sound", false},
+          {"findings", Json::array()},
+          {"sliders", Json::array()}};
 }
 
 }  // namespace quor_host

@@ -1,7 +1,7 @@
 #include "service.h"
 
+#include "../encoding.h"
 #include "../errors.h"
-#include "../text.h"
 #include "calculation.h"
 #include "colours.h"
 #include "desk_requests.h"
@@ -37,7 +37,7 @@ std::optional<ScriptFolder> script_folder(const StudioFiles& files) {
 
 Json first_script(const std::string& path) {
   if (path.empty()) return {};
-  std::string text = read_file(path);
+  std::string text = read_text(path);
   if (text.size() > longest_script) throw HostError(path + ": the script is too long");
   return {{"name", fs::path(path).filename().string()}, {"text", std::move(text)}};
 }

@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-#include "../parameters.h"
 #include "../text.h"
 #include "advice/advice.h"
 #include "advice/reading.h"
@@ -43,10 +42,10 @@ SliderRange slider_range(double value) {
 
 Json sliders_of(std::string_view script, const Parameters& parameters, const Places& places) {
   Json sliders = Json::array();
-  const quor_advice::ScriptNames names = quor_advice::names_in(script);
   for (const auto& [name, value] : parameters) {
+    const auto faults = quor_advice::parameter_faults(script, {name});
     Json parameter = slider("parameter", name, value);
-    parameter["idle"] = !idle_reason(name, names).empty();
+    parameter["idle"] = !faults.empty() && faults.front().is_idle;
     sliders.push_back(std::move(parameter));
   }
   const quor_advice::Reading reading = quor_advice::read_script(script, {});

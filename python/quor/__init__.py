@@ -4,11 +4,13 @@
 ``Script.live``, try parameters with ``sweep``, and look at whole markets with ``scan``.
 """
 
-from .errors import Finding, ScanWarning, ScriptError
+from .errors import BarsWarning, Finding, ParameterError, ScanWarning, ScriptError
+from .frames import read_csv
 from .scanning import scan
 from .script import Line, Live, Script, compile
 from .sweeping import sweep
 
 __all__ = [
-    "Finding", "Line", "Live", "ScanWarning", "Script", "ScriptError", "compile", "scan", "sweep",
+    "BarsWarning", "Finding", "Line", "Live", "ParameterError", "ScanWarning", "Script",
+    "ScriptError", "compile", "read_csv", "scan", "sweep",
 ]

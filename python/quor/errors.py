@@ -6,7 +6,7 @@ from typing import NamedTuple
 
 
 class Finding(NamedTuple):
-    """Advice about a script.
+    """Advice about a script or about the bars it ran over.
 
     ``line`` and ``column`` count from 1, in characters; 0 for a finding without a place. ``code``
     is the engine's for an error and 0 for a warning.
@@ -54,5 +54,18 @@ class ScriptError(Exception):
         return str(self.args[0])
 
 
+class ParameterError(ScriptError, ValueError):
+    """A parameter that a script doesn't read, or can't take as it is. Its code is 0."""
+
+
 class ScanWarning(UserWarning):
     """Some securities of a scan failed; the result's ``attrs["failures"]`` has the reasons."""
+
+
+class BarsWarning(UserWarning):
+    """Bars that can be calculated with, and whose results can't be meant."""
+
+
+def note(sentence: str, suggestion: str) -> Finding:
+    """A warning without a place in a script."""
+    return Finding("warning", 0, sentence, suggestion, 0, 0, 0)

@@ -2,34 +2,43 @@
 
 from __future__ import annotations
 
-from typing import Any, Hashable, Mapping, NamedTuple, Sequence
+import os
+from typing import Any, Hashable, Mapping, NamedTuple, Optional, Sequence
 
 import numpy as np
 import pandas as pd
 
-#: The usual names of the fields, without blanks and underscores and in small letters.
-FIELD_WORDS: dict[int, tuple[str, ...]] = {
-    7: ("open", "o"),
-    8: ("high", "h"),
-    9: ("low", "l"),
-    11: ("close", "c"),
-    13: ("volume", "vol", "v"),
-    19: ("amount", "turnover"),
-    65: ("openinterest", "opi", "oi"),
-    72: ("settle", "settlement"),
-    2656718: ("avprice", "averageprice", "vwap"),
-}
+from . import _engine
+from .errors import Finding, note
+from .times import index_of, index_of_ticks, row_of, times_of, times_of_day
+
+Columns = Optional[Mapping[str, Optional[Hashable]]]
+
+_TIME = 1  #: the engine's column of the times
+_SHOWN = {13: "volume", 65: "openinterest"}  #: where the first word isn't the usual one in frames
+
+
+def _words() -> dict[int, tuple[str, ...]]:
+    words = {}
+    for id_, all_words in _engine.field_words().items():
+        small = [word.lower() for word in all_words]
+        shown = _SHOWN.get(id_, small[0])
+        words[id_] = (shown, *(word for word in small if word != shown))
+    del words[_TIME]
+    return words
+
+
+#: The usual names of the fields, in the plain form; the first is the one that messages show.
+FIELD_WORDS = _words()
 
 TIME_WORDS = ("datetime", "timestamp", "date", "time")
-
-_TICKS = {"s": 1, "ms": 10**3, "us": 10**6, "ns": 10**9}
 
 
 class Need(NamedTuple):
     """A column that a script reads."""
 
     id: int
-    names: tuple[str, ...]  #: in the plain form; the first is the one that messages show
+    names: tuple[str, ...]  #: the first is the one that messages show
 
 
 class Bars(NamedTuple):
@@ -39,6 +48,8 @@ class Bars(NamedTuple):
     ticks: int  #: per second
     fields: list[tuple[int, np.ndarray]]  #: of numbers; the engine makes float64 of them
     index: Any
+    labels: Any  #: of the bars in events: the index, or the level of it that has the times
+    zoned: pd.DatetimeIndex | None  #: the times, if they have a zone
 
 
 def plain(name: Hashable) -> str:
@@ -54,20 +65,31 @@ def need_of(field: int) -> Need:
 class Layout:
     """Which columns of a frame a script reads; worked out once for all frames alike."""
 
-    def __init__(
-        self, needs: Sequence[Need], columns: Mapping[str, Hashable | None] | None
-    ) -> None:
+    def __init__(self, needs: Sequence[Need], columns: Columns, duplicates: str,
+                 has_days: bool = False) -> None:
+        if duplicates not in ("error", "last"):
+            raise ValueError(f'duplicates is "error" or "last", and not {duplicates!r}')
         self._needs = needs
-        self._given = {plain(name): label for name, label in (columns or {}).items()}
-        self._known: dict[tuple[Hashable, ...], tuple[list, Hashable | None]] = {}
-        self._check_given()
+        self._repeat = duplicates == "last"
+        self._has_days = has_days  #: the script asks for the period, which is a day or longer
+        self._ids = {word: id_ for id_, words in FIELD_WORDS.items() for word in words}
+        self._ids.update({plain(name): need.id for need in needs for name in need.names})
+        self._ids.update(dict.fromkeys(TIME_WORDS, _TIME))
+        self._given: dict[int, Hashable | None] = {}
+        for name, label in (columns or {}).items():
+            self._give(name, label)
+        self._known: dict[tuple[Hashable, ...], _Places] = {}
 
-    def _check_given(self) -> None:
-        words = {"time", *(name for names in FIELD_WORDS.values() for name in names)}
-        words.update(name for need in self._needs for name in need.names)
-        unknown = sorted(name for name in self._given if name not in words and not name.isdigit())
-        if unknown:
-            raise ValueError(f"columns: {unknown[0]!r} is the name of no field")
+    def _give(self, name: str, label: Hashable | None) -> None:
+        word = plain(name)
+        id_ = self._ids.get(word, int(word) if word.isdecimal() else 0)
+        if not id_:
+            raise ValueError(f"columns: {name!r} is the name of no field")
+        if id_ in self._given:
+            raise ValueError(f"columns: {name!r} and another name are one field")
+        if id_ == _TIME and label is None:
+            raise ValueError("columns: bars can't be without their times")
+        self._given[id_] = label
 
     def bars(self, frame: Any) -> Bars:
         """The arrays of a frame.
@@ -78,51 +100,113 @@ class Layout:
             For a needed column that isn't there or stands twice, for values that are no numbers,
             and for times that are none.
         """
-        labels = frame.columns if hasattr(frame, "columns") else frame.keys()
-        key = tuple(labels.tolist() if isinstance(labels, pd.Index) else labels)
-        found = self._known.get(key)
-        if found is None:
-            found = self._known[key] = self._find(key)
-        places, time_label = found
-        index = getattr(frame, "index", None)
-        if time_label is None or (isinstance(index, _TIME_INDEXES) and "time" not in self._given):
-            if index is None:
-                raise ValueError(f"no column holds the times; looked for {', '.join(TIME_WORDS)}")
-            times, ticks = _times(index)
-        else:
-            times, ticks = _times(frame[time_label])
-        series = _series(frame, key, len(places))
+        labels = _labels(frame)
+        places = self._known.get(labels)
+        if places is None:
+            places = self._known[labels] = self._find(labels)
+        labels_of_times = _level(frame, bool(places.times), _TIME in self._given)
+        moments = _column(frame, places) if labels_of_times is None else labels_of_times
+        times, ticks = times_of(moments)
+        if labels_of_times is None and places.clocks:
+            times = _with_clock(frame, places, times, ticks)
         fields = []
-        for id_, label in places:
+        series = _series(frame, labels, len(places.fields))
+        for id_, label in places.fields:
             values = _numbers(series[label], label)
             if len(values) != len(times):
                 raise ValueError(
                     f"column {label!r} has {len(values)} values for {len(times)} bars"
                 )
             fields.append((id_, values))
+        index = getattr(frame, "index", None)
         if index is None:
-            index = pd.DatetimeIndex(times.view(f"datetime64[{_unit(ticks)}]"))
-        return Bars(times, ticks, fields, index)
+            index = index_of_ticks(times, ticks)
+        return Bars(times, ticks, fields, index,
+                    index if labels_of_times is None else labels_of_times, _zoned(moments))
 
-    def _find(self, labels: tuple[Hashable, ...]) -> tuple[list, Hashable | None]:
+    def bars_of_file(self, path: str | os.PathLike) -> Bars:
+        """The arrays of a file, with no index."""
+        times, columns = self.read_file(path)
+        fields = []
+        for need in self._needs:
+            if need.id in columns:
+                fields.append((need.id, columns[need.id]))
+            elif self._given.get(need.id, "") is not None:
+                raise ValueError(f"{os.fspath(path)}: the script reads {need.names[0]!r}, and no "
+                                 "column of the file is called so")
+        return Bars(times, 1, fields, None, None, None)
+
+    def read_file(self, path: str | os.PathLike) -> tuple[np.ndarray, dict[int, np.ndarray]]:
+        """Seconds since 1970 and the values of all fields."""
+        wanted = {need.id for need in self._needs} or self._given.keys()
+        named = {id_: str(label) if id_ in wanted and label is not None else None
+                 for id_, label in self._given.items() if id_ != _TIME}
+        for need in self._needs:  # of another security, by a name that no file reader knows
+            if need.id not in FIELD_WORDS and not need.names[0].isdecimal():
+                named.setdefault(need.id, need.names[0])
+        time = self._given.get(_TIME)
+        return _engine.read_bars(
+            os.fsencode(path), None if time is None else str(time), named, self._repeat)
+
+    def check_times(self, bars: Bars, rows: int) -> None:
+        """Refuses bars of which the engine has made fewer rows than they are."""
+        if rows == len(bars.times):
+            return
+        order = np.argsort(bars.times, kind="stable")
+        ascending = bars.times[order]
+        again = np.flatnonzero(ascending[1:] == ascending[:-1])
+        if len(again) and not self._repeat:
+            first, second = order[again[0]], order[again[0] + 1]
+            time = index_of_ticks(ascending[again[:1]], bars.ticks)[0]
+            both = f"bars {first} and {second} (the first is 0) have one time"
+            if bars.zoned is not None and bars.zoned[first] != bars.zoned[second]:
+                raise ValueError(
+                    f"{both} by the clock of their zone, {time}, where it is set back; convert the "
+                    'times: frame.tz_convert("UTC")')
+            raise ValueError(
+                f"{both}, {time}. A frame holds the bars of one security: take each security "
+                "alone, as quor.scan(script, frame.groupby(...)) does; or let the last bar of a "
+                'time count: duplicates="last"')
+        if len(ascending) - len(again) != rows:
+            raise ValueError(
+                "different times fall into one second, and the engine counts in seconds")
+
+    def notes(self, bars: Bars, infinity: tuple[int, int] | None) -> list[Finding]:
+        """What there is to say about bars, of an infinity in which field and bar are given."""
+        found = []
+        if self._has_days and _have_times_of_day(bars):
+            found.append(note("there are several bars a day, but their period is said to be a day "
+                              "or longer, and the script asks for it", "name the period, as in "
+                              "compile(..., period=0x3005) for five minutes"))
+        if infinity is not None:
+            id_, bar = infinity
+            name = next(need.names[0] for need in self._needs if need.id == id_)
+            found.append(note(f"{name!r} of bar {bar} (the first is 0) is infinite, which averages "
+                              "and sums never recover from", "make it null, or leave the bar out"))
+        return found
+
+    def _find(self, labels: tuple[Hashable, ...]) -> _Places:
         by_name: dict[str, list[Hashable]] = {}
         for label in labels:
             by_name.setdefault(plain(label), []).append(label)
-        places = []
+        fields = []
         for need in self._needs:
             label, is_wanted = self._label_of(need, by_name, labels)
             if is_wanted:
-                places.append((need.id, label))
-        return places, self._time_label(by_name, labels)
+                fields.append((need.id, label))
+        times = self._time_labels(by_name, labels)
+        is_date = _TIME not in self._given and bool(times) and plain(times[0]) == "date"
+        return _Places(fields, times, by_name.get("time", []) if is_date else [])
 
     def _label_of(self, need: Need, by_name: dict, labels: tuple) -> tuple[Hashable, bool]:
-        for name in need.names:
-            if name in self._given:
-                label = self._given[name]
-                if label is not None and label not in labels:
-                    raise ValueError(f"the frame has no column {label!r}")
-                return label, label is not None
-        found = [label for name in need.names for label in by_name.get(name, ())]
+        if need.id in self._given:
+            label = self._given[need.id]
+            if label is not None and label not in labels:
+                raise ValueError(f"the frame has no column {label!r}")
+            if labels.count(label) > 1:
+                raise ValueError(f"the frame has several columns {label!r}")
+            return label, label is not None
+        found = [label for name in need.names for label in by_name.get(plain(name), ())]
         if len(found) == 1:
             return found[0], True
         what = need.names[0]
@@ -130,23 +214,130 @@ class Layout:
             raise ValueError(f"two columns are {what!r}: {found[0]!r} and {found[1]!r}")
         raise ValueError(f"the script reads {what!r}, and no column of the frame is called so")
 
-    def _time_label(self, by_name: dict, labels: tuple) -> Hashable | None:
-        if "time" in self._given:
-            label = self._given["time"]
+    def _time_labels(self, by_name: dict, labels: tuple) -> list[Hashable]:
+        """The column of the times; several only if they have one name."""
+        if _TIME in self._given:
+            label = self._given[_TIME]
             if label not in labels:
                 raise ValueError(f"the frame has no column {label!r}")
-            return label
-        for word in TIME_WORDS:
-            if word in by_name:
-                return by_name[word][0]
+            return [label]
+        return next((by_name[word] for word in TIME_WORDS if word in by_name), [])
+
+
+class _Places(NamedTuple):
+    """Where in frames of the same columns the needed ones are."""
+
+    fields: list[tuple[int, Hashable]]
+    times: list[Hashable]
+    clocks: list[Hashable]  #: the column "time" beside a column "date"
+
+
+def read_csv(
+    path: str | os.PathLike, columns: Columns = None, duplicates: str = "error"
+) -> pd.DataFrame:
+    """Reads a file of bars by the rules of :func:`scan` and of the command line.
+
+    The first line names the columns: ``date``, perhaps with the time of day in a column ``time``,
+    and the fields by their usual words; other columns are passed over. Dates are written as
+    2024-01-31, 2024/01/31 or 20240131, moments as 2024-01-31 09:35 or 2024-01-31T09:35:00+08:00,
+    of which the clock counts as it is written. An empty cell is null.
+
+    Parameters
+    ----------
+    path : str or path
+    columns : mapping, optional
+        The file's column for a field ("close", "time", ...).
+    duplicates : str
+        "error", or "last" to read all bars of a date.
+
+    Returns
+    -------
+    DataFrame
+        The columns ``open``, ``high``, ``low``, ``close``, ... by ``date``, in the file's order.
+
+    Raises
+    ------
+    ValueError
+        With the line at which the file is wrong.
+    """
+    seconds, values = Layout((), columns, duplicates).read_file(path)
+    names = {need_of(id_).names[0]: column for id_, column in values.items()}
+    return pd.DataFrame(names, index=index_of(seconds, name="date"))
+
+
+def _labels(frame: Any) -> tuple[Hashable, ...]:
+    labels = getattr(frame, "columns", None)
+    if labels is None:
+        if not isinstance(frame, Mapping):
+            raise TypeError("bars are a DataFrame or a mapping of arrays, and not "
+                            f"{type(frame).__name__}")
+        labels = frame.keys()
+    return tuple(labels.tolist() if isinstance(labels, pd.Index) else labels)
+
+
+def _level(frame: Any, has_column: bool, is_named: bool) -> Any:
+    """The index, or the level of it, that has the times; None if a column has them."""
+    index = getattr(frame, "index", None)
+    if has_column and (is_named or not isinstance(index, _TIME_INDEXES)):
         return None
+    if index is None:
+        raise ValueError(f"no column holds the times; looked for {', '.join(TIME_WORDS)}")
+    return _level_of_times(index) if isinstance(index, pd.MultiIndex) else index
 
 
 _TIME_INDEXES = (pd.DatetimeIndex, pd.PeriodIndex)
 
 
-def _unit(ticks: int) -> str:
-    return next(unit for unit, count in _TICKS.items() if count == ticks)
+def _level_of_times(index: pd.MultiIndex) -> pd.Index:
+    """The level with the times, of an index that tells no bars apart by its other levels."""
+    numbers = range(index.nlevels)
+    dated = [level for level in numbers
+             if isinstance(index.levels[level], _TIME_INDEXES)
+             or plain(index.names[level]) in TIME_WORDS]
+    if len(dated) != 1:
+        raise ValueError("which level of the index holds the times? Leave it alone in the index: "
+                         "frame.droplevel(...)")
+    for level in numbers:
+        values = index.get_level_values(level)
+        if level not in dated and values.nunique(dropna=False) > 1:
+            name = index.names[level]
+            shown = level if name is None else name
+            raise ValueError(
+                f"level {shown!r} of the index has several values, such as {values[0]!r} and "
+                f"{values[values != values[0]][0]!r}, and a frame holds the bars of one security: "
+                f"take one alone, or all by quor.scan(script, frame.groupby(level={shown!r}))")
+    return index.get_level_values(dated[0])
+
+
+def _column(frame: Any, places: _Places) -> Any:
+    """The column of the times."""
+    label, *more = places.times
+    if more:
+        raise ValueError(f"two columns hold the times: {label!r} and {more[0]!r}")
+    return frame[label]
+
+
+def _with_clock(frame: Any, places: _Places, dates: np.ndarray, ticks: int) -> np.ndarray:
+    """Dates with the times of day beside them."""
+    label, clock = places.times[0], places.clocks[0]
+    seconds = times_of_day(frame[clock], clock)
+    if len(seconds) != len(dates):
+        raise ValueError(f"column {clock!r} has {len(seconds)} values for {len(dates)} bars")
+    is_there = dates != np.iinfo(np.int64).min
+    if np.any(dates[is_there] % (86400 * ticks)):
+        raise ValueError(f"columns {label!r} and {clock!r} both have times of day; say which one "
+                         f'counts: columns={{"time": {label!r}}}')
+    return np.where(is_there, dates + seconds * ticks, dates)
+
+
+def _zoned(moments: Any) -> pd.DatetimeIndex | None:
+    is_zoned = getattr(getattr(moments, "dtype", None), "tz", None) is not None
+    return pd.DatetimeIndex(moments) if is_zoned else None
+
+
+def _have_times_of_day(bars: Bars) -> bool:
+    days = np.sort(bars.times // (86400 * bars.ticks))
+    return bool(np.any(days[1:] == days[:-1]))
 
 
 def _series(frame: Any, labels: tuple, wanted: int) -> Any:
@@ -156,13 +347,10 @@ def _series(frame: Any, labels: tuple, wanted: int) -> Any:
     return frame
 
 
-def _array(values: Any) -> np.ndarray:
-    """As np.asarray, which takes longer to find what pandas has."""
-    return np.asarray(values.values if isinstance(values, (pd.Series, pd.Index)) else values)
-
-
 def _numbers(values: Any, label: Hashable) -> np.ndarray:
-    array = _array(values)
+    if _is_nullable(values):
+        return values.to_numpy(np.float64, na_value=np.nan)
+    array = row_of(values, label)
     if array.dtype.kind in "fiub":
         return array
     if array.dtype.kind != "O":
@@ -176,44 +364,9 @@ def _numbers(values: Any, label: Hashable) -> np.ndarray:
         raise ValueError(f"column {label!r} holds what is no number: {error}") from None
 
 
-def _times(values: Any) -> tuple[np.ndarray, int]:
-    """Ticks since 1970 by the clock of the values' own zone, and how many make a second."""
-    if isinstance(values, pd.PeriodIndex):
-        values = values.to_timestamp()
-    if getattr(getattr(values, "dtype", None), "tz", None) is not None:
-        values = pd.DatetimeIndex(values).tz_localize(None)
-    array = _array(values)
-    if array.dtype.kind in "iu":
-        array = _times_of_integers(array)
-    elif array.dtype.kind != "M":
-        array = _times_of_objects(array)
-    unit = np.datetime_data(array.dtype)[0]
-    if unit not in _TICKS:
-        unit = "s"
-        array = array.astype("datetime64[s]")
-    return array.view(np.int64), _TICKS[unit]
-
-
-def _times_of_objects(array: np.ndarray) -> np.ndarray:
-    if array.dtype.kind not in "OUS":
-        raise ValueError(f"{array.dtype} are no times")
-    try:
-        times = pd.DatetimeIndex(pd.to_datetime(array))
-    except (TypeError, ValueError) as error:
-        raise ValueError(f"the times can't be read: {error}") from None
-    return np.asarray(times if times.tz is None else times.tz_localize(None))
-
-
-def _times_of_integers(array: np.ndarray) -> np.ndarray:
-    """Integers are times if they are written as dates: 20240102 or 20240102093500."""
-    forms = {8: "%Y%m%d", 14: "%Y%m%d%H%M%S"}
-    texts = array.astype(str)
-    digits = {len(text) for text in texts}
-    if not digits:
-        return array.astype("datetime64[s]")
-    if len(digits) > 1 or not digits <= forms.keys():
-        raise ValueError("integers are times only if written as 20240102 or as 20240102093500")
-    try:
-        return np.asarray(pd.to_datetime(texts, format=forms[digits.pop()]))
-    except ValueError as error:
-        raise ValueError(f"the times can't be read: {error}") from None
+def _is_nullable(values: Any) -> bool:
+    """A series of numbers with a mask, which numpy would make objects of."""
+    dtype = getattr(values, "dtype", None)
+    return (isinstance(values, pd.Series)
+            and isinstance(dtype, pd.api.extensions.ExtensionDtype)
+            and dtype.kind in "fiub" and not isinstance(dtype, pd.SparseDtype))

@@ -5,21 +5,28 @@ from __future__ import annotations
 import json
 import re
 import threading
+import warnings
 from contextlib import contextmanager
-from typing import Any, Hashable, Iterator, Mapping, NamedTuple, Sequence
+from typing import Any, Callable, Iterator, Mapping, NamedTuple, Sequence
 
 import numpy as np
 import pandas as pd
 
 from . import _engine
-from .errors import Finding, ScriptError
-from .frames import Bars, Layout, Need, need_of
+from .errors import BarsWarning, Finding, ScriptError
+from .frames import Columns, Layout, Need, need_of
+from .parameters import check_names, numbers
+from .times import Clock, index_of, moment_of
 
 DAY = 0x4000
+_FIRST_PERIOD = 0x1000
 
 #: The engine wants the moment of a notice under this id, and has none in a frame.
 _NOTICE_TIME = 199
 _ROW_KEY = 1
+
+#: Words whose values follow the period, beside the time of the bars.
+_PERIOD_WORDS = frozenset({"BARINTERVAL", "BARTYPE", "PERIOD", "TIME"})
 
 
 class Spec(NamedTuple):
@@ -59,16 +66,19 @@ def error_of(finding: Sequence[Any]) -> ScriptError:
     return ScriptError(Finding(*finding))
 
 
-def numbers(parameters: Mapping[str, Any]) -> tuple[tuple[str, float], ...]:
-    """Parameters as the engine takes them."""
-    return tuple((str(name).upper(), float(value)) for name, value in parameters.items())
-
-
 def needs_of(report: Mapping[str, Any]) -> list[Need]:
     """The columns that a script reads."""
     fields = [need_of(id_) for id_ in report["fields"] if id_ not in (_ROW_KEY, _NOTICE_TIME)]
     references = [Need(column, (source.lower(),)) for source, column in report["references"]]
     return fields + references
+
+
+def layout_of(
+    period: int, report: Mapping[str, Any], columns: Columns, duplicates: str
+) -> Layout:
+    """How the columns of a script are found in frames."""
+    asks = not _PERIOD_WORDS.isdisjoint(report["words"])
+    return Layout(needs_of(report), columns, duplicates, asks and period >= DAY)
 
 
 def compile(source: str, *, period: int = DAY, security: str = "", market: str = "",
@@ -89,11 +99,18 @@ def compile(source: str, *, period: int = DAY, security: str = "", market: str =
     ------
     ScriptError
         With code, sentence and place of the mistake.
-    ValueError
-        For a parameter that is no finite number.
+    ParameterError
+        For a parameter that the script doesn't read, or has a CONST for, or that hides a bar
+        field; for one that is no finite number, or has more than six decimals.
     """
-    given = numbers({**(parameters or {}), **params})
-    return Script(Spec(source, given, "", period, security, market))
+    if isinstance(period, bool) or not isinstance(period, int) or period < _FIRST_PERIOD:
+        raise ValueError(f"period is a code, 0x4000 for a day and 0x3005 for five minutes, and not "
+                         f"{period!r}")
+    source = source.removeprefix("\ufeff")
+    given = numbers([*(parameters or {}).items(), *params.items()])
+    script = Script(Spec(source, given, "", period, security, market))
+    check_names(source, [name for name, _ in given])
+    return script
 
 
 def as_script(script: Script | str) -> Script:
@@ -117,6 +134,7 @@ class Script:
         self._idle = [engine]
         self._lock = threading.Lock()
         self._events = _no_events()
+        self._bar_notes: list[Finding] = []
 
     def __reduce__(self) -> tuple:
         return Script, (self._spec,)
@@ -157,8 +175,9 @@ class Script:
 
     @property
     def findings(self) -> list[Finding]:
-        """Advice about the script: what is allowed and yet can't be meant."""
-        return [Finding(*finding) for finding in self._spec.engine().findings()]
+        """Advice: what is allowed and yet can't be meant, in the script and in the bars of the last
+        :meth:`run` of this object."""
+        return [Finding(*finding) for finding in self._spec.engine().findings()] + self._bar_notes
 
     @property
     def shapes(self) -> list[dict[str, Any]]:
@@ -176,7 +195,7 @@ class Script:
         """
         return self._events.copy()
 
-    def run(self, frame: Any, columns: Mapping[str, Hashable | None] | None = None) -> pd.DataFrame:
+    def run(self, frame: Any, columns: Columns = None, duplicates: str = "error") -> pd.DataFrame:
         """Calculates all lines over all bars.
 
         Parameters
@@ -189,48 +208,63 @@ class Script:
         columns : mapping, optional
             The frame's column for a field ("close", "time", ...); None for a field without data,
             which then is null.
+        duplicates : str
+            "error", or "last": of bars with one time the last counts, and all of them get its
+            values.
 
         Returns
         -------
         DataFrame
-            n rows with the frame's index, float64, a column for each line; NaN is null. Of bars
-            with one time the last counts, and all of them get its values.
+            n rows with the frame's index, float64, a column for each line; NaN is null.
 
         Raises
         ------
         ValueError
             For a needed column that isn't there, for values that are no numbers, for a time that
-            isn't there, for different times within one second.
+            isn't there, for times that repeat, for different times within one second.
         ScriptError
             For a calculation that fails.
+
+        Warns
+        -----
+        BarsWarning
+            For an infinity among the values, and for several bars a day in a script that asks for
+            the period, which is a day or longer.
         """
-        bars = self.layout(columns).bars(frame)
+        layout = self.layout(columns, duplicates)
+        bars = layout.bars(frame)
         with self.engine() as engine:
             if not engine.run(bars.times, bars.ticks, bars.fields, True):
                 raise_error(engine)
             values = engine.values(0)
             rows = engine.rows_of_bars()
             if rows is not None:
-                check_times(bars, engine.row_count())
+                layout.check_times(bars, engine.row_count())
                 values = values[:, rows]
-            self._events = _events_of(engine, bars, rows)
+            self._events = _events_of(
+                engine, lambda places, _: bars.labels[_places(places, rows)])
+            self._bar_notes = layout.notes(bars, engine.infinity())
+        warn_of(self._bar_notes)
         return pd.DataFrame(values.T, index=bars.index, columns=self.lines, copy=False)
 
-    def live(self, frame: Any = None, columns: Mapping[str, Hashable] | None = None) -> Live:
+    def live(
+        self, frame: Any = None, columns: Columns = None, duplicates: str = "error"
+    ) -> Live:
         """Follows bars as they come in, from the bars of ``frame`` on, which raise no events."""
-        return Live(self, frame, columns)
+        return Live(self, frame, columns, duplicates)
 
     @property
     def spec(self) -> Spec:
         """What this script was compiled from."""
         return self._spec
 
-    def layout(self, columns: Mapping[str, Hashable | None] | None) -> Layout:
+    def layout(self, columns: Columns, duplicates: str = "error") -> Layout:
         """How the script's columns are found in frames."""
-        key = tuple(sorted(columns.items(), key=str)) if columns else ()
+        key = (tuple(sorted(columns.items(), key=str)) if columns else (), duplicates)
         layout = self._layouts.get(key)
         if layout is None:
-            layout = self._layouts[key] = Layout(self._needs, columns)
+            layout = self._layouts[key] = layout_of(
+                self._spec.period, self._report, columns, duplicates)
         return layout
 
     @contextmanager
@@ -250,17 +284,24 @@ class Script:
 class Live:
     """A script over bars that come in one by one. Made by :meth:`Script.live`; for one thread."""
 
-    def __init__(self, script: Script, frame: Any, columns: Mapping[str, Hashable] | None) -> None:
+    def __init__(self, script: Script, frame: Any, columns: Columns, duplicates: str) -> None:
         self._engine = script.spec.engine()
         self._lines = script.lines
-        self._layout = script.layout(None)
-        self._zone = None
+        without = {name: None for name, label in (columns or {}).items() if label is None}
+        self._layout = script.layout(without)
+        self._clock = Clock(None)
         self._events = _no_events()
         if frame is not None:
-            bars = script.layout(columns).bars(frame)
-            self._zone = getattr(bars.index, "tz", None)
+            layout = script.layout(columns, duplicates)
+            bars = layout.bars(frame)
+            if bars.zoned is not None:
+                self._clock = Clock(bars.zoned.tz)
             if not self._engine.run(bars.times, bars.ticks, bars.fields, False):
                 raise_error(self._engine)
+            layout.check_times(bars, len(self))
+            if bars.zoned is not None and duplicates != "last":
+                self._clock.note(bars.zoned)
+            warn_of(layout.notes(bars, self._engine.infinity()), depth=4)
 
     def __len__(self) -> int:
         """The number of bars."""
@@ -272,9 +313,10 @@ class Live:
         Parameters
         ----------
         time : datetime, Timestamp, datetime64 or text
-            In the time zone of the first bars, if they had one.
+            In the time zone of the first bars, if they had one. Texts are written as
+            2024-01-31 09:35, perhaps with a zone behind them.
         **fields : float
-            All fields that the script reads: ``open=9.5, close=9.7``.
+            All fields that the script reads: ``open=9.5, close=9.7``; None for a null.
 
         Returns
         -------
@@ -285,18 +327,30 @@ class Live:
         bars = self._layout.bars({"time": np.array([stamp.to_datetime64()]), **_cells(fields)})
         if not self._engine.update(bars.times, bars.ticks, bars.fields, True):
             raise_error(self._engine)
-        self._events = _events_of(self._engine, None, None, self._zone)
+        warn_of(self._layout.notes(bars, self._engine.infinity()))
+        self._events = _events_of(self._engine, lambda _, keys: self._times(keys))
         return self.last
 
     def _stamp(self, time: Any) -> pd.Timestamp:
-        stamp = pd.Timestamp(time)
+        """What the clock of the bars shows at a time."""
+        stamp = moment_of(time)
         if stamp is pd.NaT:
             raise ValueError("the bar has no time")
-        if stamp.tz is None:
+        zone = self._clock.zone
+        if zone is None:
+            if stamp.tz is not None:
+                raise ValueError("the time has a zone and the bars have none")
             return stamp
-        if self._zone is None:
-            raise ValueError("the time has a zone and the bars have none")
-        return stamp.tz_convert(self._zone).tz_localize(None)
+        if stamp.tz is None:
+            if stamp.tz_localize(zone, ambiguous=True, nonexistent="NaT") is pd.NaT:
+                raise ValueError(f"the clock of the bars never shows {stamp}")
+            return stamp
+        stamp = stamp.tz_convert(zone)
+        self._clock.note(pd.DatetimeIndex([stamp]))
+        return stamp.tz_localize(None)
+
+    def _times(self, keys: np.ndarray) -> pd.DatetimeIndex:
+        return self._clock.index(_engine.seconds_of_keys(keys))
 
     @property
     def last(self) -> dict[str, float]:
@@ -308,7 +362,7 @@ class Live:
     def values(self, count: int | None = None) -> pd.DataFrame:
         """The lines over the last ``count`` bars, or over all, by time."""
         first = 0 if count is None else max(len(self) - count, 0)
-        index = times_of_keys(self._engine.keys(first), self._zone)
+        index = self._times(self._engine.keys(first))
         return pd.DataFrame(self._engine.values(first).T, index=index, columns=self._lines)
 
     @property
@@ -317,16 +371,15 @@ class Live:
         return self._events.copy()
 
 
-def times_of_keys(keys: np.ndarray, zone: Any = None) -> pd.DatetimeIndex:
+def times_of_keys(keys: np.ndarray) -> pd.DatetimeIndex:
     """The times that row keys spell."""
-    seconds = _engine.seconds_of_keys(keys).view("datetime64[s]")
-    return pd.DatetimeIndex(seconds.astype("datetime64[ns]"), tz=zone)
+    return index_of(_engine.seconds_of_keys(keys))
 
 
-def check_times(bars: Bars, rows: int) -> None:
-    """Refuses bars that the engine can't tell apart. Bars of one and the same time may come."""
-    if len(np.unique(bars.times)) != rows:
-        raise ValueError("different times fall into one second, and the engine counts in seconds")
+def warn_of(notes: list[Finding], depth: int = 3) -> None:
+    """Warns of what the bars hold, at the place of the caller's caller or further out."""
+    for finding in notes:
+        warnings.warn(f"{finding.sentence}; {finding.suggestion}", BarsWarning, stacklevel=depth)
 
 
 _RECORD_KEY = re.compile(r'[{,]"(\w+)":')
@@ -345,7 +398,7 @@ def record_of(text: str) -> dict[str, Any]:
 
 
 def _cells(fields: Mapping[str, float]) -> dict[str, np.ndarray]:
-    return {name: np.array([float(value)]) for name, value in fields.items()}
+    return {name: np.array([value]) for name, value in fields.items()}
 
 
 def _no_events() -> pd.DataFrame:
@@ -354,18 +407,15 @@ def _no_events() -> pd.DataFrame:
 
 
 def _events_of(
-    engine: _engine.Engine, bars: Bars | None, rows: np.ndarray | None, zone: Any = None
+    engine: _engine.Engine, times_of: Callable[[list[int], np.ndarray], Any]
 ) -> pd.DataFrame:
+    """The events of a calculation, with the times of their rows and keys."""
     events = engine.events()
     if not events:
         return _no_events()
     row, key, word, name, quantity, statement = zip(*events)
-    if bars is None:
-        time = times_of_keys(np.array(key), zone)
-    else:
-        time = bars.index[_places(list(row), rows)]
     return pd.DataFrame({
-        "time": time, "word": word, "name": name,
+        "time": times_of(list(row), np.array(key)), "word": word, "name": name,
         "quantity": [np.nan if number == -1 else float(number) for number in quantity],
         "statement": statement,
     })

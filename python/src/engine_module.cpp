@@ -5,9 +5,13 @@
 #include <pybind11/stl.h>
 
 #include <algorithm>
+#include <cmath>
 #include <mutex>
+#include <utility>
 
 #include "advice/advice.h"
+#include "arrays.h"
+#include "bar_files.h"
 #include "engine/engine.h"
 #include "row_keys.h"
 
@@ -26,11 +30,6 @@ using Numbers = std::vector<std::pair<std::string, double>>;
 /// A security's name and its bars: times, ticks per second, fields.
 using Security = std::tuple<std::string, Stamps, int64_t, FieldList>;
 
-template <typename Number>
-py::array_t<Number> array_of(const std::vector<Number>& values) {
-  return py::array_t<Number>(static_cast<py::ssize_t>(values.size()), values.data());
-}
-
 std::span<const int64_t> span_of(const Stamps& stamps) {
   if (stamps.ndim() != 1) throw py::value_error("times must have one dimension");
   return {stamps.data(), static_cast<size_t>(stamps.size())};
@@ -43,6 +42,17 @@ std::vector<Field> fields_of(const FieldList& list) {
     fields.push_back({id, {values.data(), static_cast<size_t>(values.size())}});
   }
   return fields;
+}
+
+/// Where an infinity stands: the field and the bar, in the order in which they came.
+using Place = std::pair<uint32_t, size_t>;
+
+std::optional<Place> find_infinity(std::span<const Field> fields) {
+  for (const auto& [id, values] : fields) {
+    const auto found = std::ranges::find_if(values, [](double value) { return std::isinf(value); });
+    if (found != values.end()) return Place{id, static_cast<size_t>(found - values.begin())};
+  }
+  return std::nullopt;
 }
 
 py::tuple tuple_of(const quor_advice::Finding& finding) {
@@ -72,7 +82,7 @@ class Engine {
   bool update(const Stamps& stamps, int64_t ticks, const FieldList& list, bool with_events) {
     return work(stamps, list, [&](std::span<const int64_t> times, std::span<const Field> fields) {
       set_keys(times, ticks);
-      script_.set_rows(keys_, fields);
+      take_in(fields);
       if (keys_.empty()) return true;
       const auto first = script_.row_of(*std::ranges::min_element(keys_));
       return calculate(first.value_or(0), with_events);
@@ -80,9 +90,9 @@ class Engine {
   }
 
   /// As `run` for one security after the other. Of their last bars those at which the condition
-  /// holds count. Gives for each security how many of these it has, the rows of all its bars, and
-  /// what failed: nothing, a text or a finding; then the keys of the bars that count, and the lines
-  /// there, a row for each bar.
+  /// holds count. Gives for each security how many of these it has, the rows of all its bars, what
+  /// failed: nothing, a text or a finding, and the place of an infinity; then the keys of the bars
+  /// that count, and the lines there, a row for each bar.
   py::tuple scan(const std::vector<Security>& securities, size_t last) {
     std::vector<Outcome> outcomes(securities.size());
     Found found;
@@ -97,12 +107,13 @@ class Engine {
     }
     py::list list;
     for (const Outcome& outcome : outcomes) {
-      list.append(py::make_tuple(outcome.found, outcome.rows, failure_of(outcome)));
+      list.append(
+          py::make_tuple(outcome.found, outcome.rows, failure_of(outcome), outcome.infinity));
     }
     const auto rows = static_cast<py::ssize_t>(found.keys.size());
     const auto columns = static_cast<py::ssize_t>(width);
-    return py::make_tuple(list, array_of(found.keys),
-                          array_of(found.cells).reshape({rows, columns}));
+    return py::make_tuple(list, array_of(std::move(found.keys)),
+                          array_of(std::move(found.cells)).reshape({rows, columns}));
   }
 
   /// The cells of all lines, a row for each line.
@@ -124,7 +135,13 @@ class Engine {
     if (keys_.size() == script_.row_count() && std::ranges::is_sorted(keys_)) return std::nullopt;
     std::vector<int64_t> rows;
     for (const int64_t key : keys_) rows.push_back(script_.row_of(key).value_or(0));
-    return array_of(rows);
+    return array_of(std::move(rows));
+  }
+
+  /// Of the bars last taken in.
+  std::optional<Place> infinity() {
+    const std::lock_guard guard(lock_);
+    return infinity_;
   }
 
   uint32_t row_count() {
@@ -137,7 +154,7 @@ class Engine {
     std::vector<int64_t> keys;
     for (uint32_t row = first; row < script_.row_count(); ++row)
       keys.push_back(script_.key_of(row));
-    return array_of(keys);
+    return array_of(std::move(keys));
   }
 
   py::list events() {
@@ -212,6 +229,7 @@ class Engine {
     uint32_t rows = 0;
     std::string fault;  ///< of the bars
     std::optional<Finding> finding;
+    std::optional<Place> infinity;
   };
 
   /// The bars that count, of all securities.
@@ -249,8 +267,13 @@ class Engine {
                 std::span<const Field> fields, bool with_events) {
     set_keys(times, ticks);
     script_.restart(subject);
-    script_.set_rows(keys_, fields);
+    take_in(fields);
     return calculate(0, with_events);
+  }
+
+  void take_in(std::span<const Field> fields) {
+    infinity_ = find_infinity(fields);
+    script_.set_rows(keys_, fields);
   }
 
   /// Securities of one market mostly have the same times, so that the keys are there already.
@@ -274,6 +297,7 @@ class Engine {
       if (run_anew(subject, span_of(stamps), ticks, fields_of(list), false)) {
         outcome.found = take_last(last, found);
         outcome.rows = script_.row_count();
+        outcome.infinity = infinity_;
       } else {
         outcome.finding = first_error();
       }
@@ -326,6 +350,9 @@ class Engine {
     input.parameters = script_.parameters();
     input.report = script_.report().text;
     input.answer = script_.answer();
+    input.period = static_cast<int32_t>(subject_.period);
+    input.supply = quor_advice::Supply{
+        false, {}, "the package has none", "write the number, or a parameter, in its place"};
     return quor_advice::advise(input);
   }
 
@@ -346,7 +373,21 @@ class Engine {
   std::vector<int64_t> keys_;   ///< of the last bars taken in, in their order
   std::vector<int64_t> times_;  ///< that the keys come from
   int64_t ticks_ = 0;           ///< of these times; 0 if the keys come from none
+  std::optional<Place> infinity_;
 };
+
+/// What is wrong with parameters of these names, in capitals.
+py::list parameter_faults(const std::string& source, const std::vector<std::string>& names) {
+  py::list list;
+  for (const auto& fault : quor_advice::parameter_faults(source, names)) {
+    list.append(py::make_tuple(fault.name, tuple_of(fault.finding)));
+  }
+  return list;
+}
+
+py::array_t<int64_t> seconds_of(const Stamps& keys) {
+  return array_of(seconds_of_keys(span_of(keys)));
+}
 
 }  // namespace
 }  // namespace quor_python
@@ -365,6 +406,7 @@ PYBIND11_MODULE(_engine, module) {
       .def("scan", &Engine::scan)
       .def("values", &Engine::values)
       .def("rows_of_bars", &Engine::rows_of_bars)
+      .def("infinity", &Engine::infinity)
       .def("row_count", &Engine::row_count)
       .def("keys", &Engine::keys)
       .def("events", &Engine::events)
@@ -373,5 +415,7 @@ PYBIND11_MODULE(_engine, module) {
       .def("shapes", &Engine::shapes)
       .def("findings", &Engine::findings)
       .def("error", &Engine::error);
-  module.def("seconds_of_keys", &quor_python::seconds_of_keys);
+  module.def("parameter_faults", &quor_python::parameter_faults);
+  module.def("seconds_of_keys", &quor_python::seconds_of);
+  quor_python::add_bar_files(module);
 }

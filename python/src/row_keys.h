@@ -1,8 +1,6 @@
 // Row keys and the times of numpy.
 #pragma once
 
-#include <pybind11/numpy.h>
-
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -15,7 +13,7 @@ namespace quor_python {
 /// interpreter.
 void fill_keys(std::span<const int64_t> times, int64_t ticks, std::vector<int64_t>& keys);
 
-/// The seconds since 1970 of each row key.
-pybind11::array_t<int64_t> seconds_of_keys(const pybind11::array_t<int64_t>& keys);
+/// The seconds since 1970 of each row key. Needs no interpreter.
+std::vector<int64_t> seconds_of_keys(std::span<const int64_t> keys);
 
 }  // namespace quor_python

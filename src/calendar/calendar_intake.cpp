@@ -100,17 +100,17 @@ void apply_daylight_saving(SpecialTimeRange& range, const TradeDayModel& model) 
 
 void read_special_trade_times(dom::element value, TradeDayModel& model) {
   for (const dom::element element : dom::array(value)) {
-    const std::string_view date = text_at(element, "date");
-    const std::optional<dom::element> times = find(element, "times");
-    if (!times) continue;
+    // Hosts write a null for an empty list: what has no list adds nothing.
+    dom::array times;
+    if (element["times"].get(times) != simdjson::SUCCESS) continue;
     std::vector<SpecialTimeRange> ranges;
-    for (const dom::element time : dom::array(*times)) {
+    for (const dom::element time : times) {
       SpecialTimeRange range{moment_at(time, "start_time", model),
                              moment_at(time, "end_time", model)};
       apply_daylight_saving(range, model);
       ranges.push_back(range);
     }
-    model.special_trade_times.try_emplace(std::string(date), std::move(ranges));
+    model.special_trade_times.try_emplace(std::string(text_at(element, "date")), std::move(ranges));
   }
 }
 

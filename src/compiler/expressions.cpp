@@ -32,7 +32,8 @@ std::string normalized_token(const CompileContext& context, std::string_view tok
   return named != nullptr ? named->name : std::string(word);
 }
 
-/// Evaluates the conditions of a text once, each on its own, to find words that mean nothing.
+/// Scans the conditions of a text, each on its own, to find words that mean nothing. A word that
+/// names an earlier call must neither act nor leave anything in cells.
 Status check_condition(CompileContext& context, std::string_view text, int32_t line,
                        std::string& error) {
   constexpr std::string_view separators[] = {"||", "&&"};
@@ -47,7 +48,7 @@ Status check_condition(CompileContext& context, std::string_view text, int32_t l
     if (failed(status)) return status;
     Program program = lower(elements);
     double result = 0.0;
-    status = context.calculator.evaluate_elements(program, 0, false, line, error, result);
+    status = context.calculator.evaluate_elements(program, 0, true, line, error, result);
     if (failed(status)) return status;
   }
   return Status::ok;

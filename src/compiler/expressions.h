@@ -10,7 +10,7 @@
 namespace quor {
 
 /// Inlines constants and replaces declared names by hidden names, appending to `out`. With `check`
-/// set an expression that nothing has changed is evaluated once, so that unknown words are found.
+/// set an expression that nothing has changed is scanned, so that unknown words are found.
 Status normalize_expression(CompileContext& context, std::string_view text, bool check,
                             int32_t line, std::string& out, std::string& error);
 

@@ -25,6 +25,11 @@ size_t find_form(std::string_view slot, std::string_view form) {
   return at == absent || at == 0 || slot[at - 1] == '@' ? at : absent;
 }
 
+/// Whether nothing stands in front of a form: it opens the slot, or a comma does.
+bool lacks_condition(std::string_view slot, size_t form_at) {
+  return form_at == 0 || slot.front() == '@';
+}
+
 /// The text from its first to its last single quote, both included.
 std::optional<std::string_view> quoted_part(std::string_view text) {
   const size_t first = text.find('\'');
@@ -147,7 +152,7 @@ void rewrite_rgb(std::string& slot) {
 Status rewrite_sound(std::string& slot, const StatementErrors& errors) {
   const size_t at = find_form(slot, "SOUND(");
   if (at == absent) return Status::ok;
-  if (at <= 1) return errors.fail(Status::subject_missing, "SOUND");
+  if (lacks_condition(slot, at)) return errors.fail(Status::subject_missing, "SOUND");
   const std::string_view text = slot;
   const auto file = quoted_part(text.substr(at));
   if (!file) return errors.fail(Status::bad_constant, "SOUND.NAME");
@@ -159,7 +164,7 @@ Status rewrite_icon(std::string& slot, const StatementErrors& errors) {
   constexpr std::string_view form = "ICON(";
   const size_t at = find_form(slot, form);
   if (at == absent) return Status::ok;
-  if (at <= 1) return errors.fail(Status::subject_missing, "ICON");
+  if (lacks_condition(slot, at)) return errors.fail(Status::subject_missing, "ICON");
   const std::string_view text = slot;
   const auto pieces = split(text.substr(at), "@");
   const std::string_view type = pieces[0].substr(form.size(), 1);

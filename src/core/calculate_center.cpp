@@ -11,6 +11,30 @@
 
 namespace quor {
 
+namespace {
+
+/// Has calls forget what has changed in its time, whichever way that ends.
+class ChangesForgotten {
+ public:
+  explicit ChangesForgotten(DataPoolCenter& pool) : script_(pool.script) {
+    if (script_.remembering_calls.empty()) return;
+    changes_ = &pool.table().watch_changes();
+    before_ = changes_->now();
+  }
+  ~ChangesForgotten() {
+    if (changes_ != nullptr) script_.forget_rows(changes_->first_since(before_));
+  }
+  ChangesForgotten(const ChangesForgotten&) = delete;
+  ChangesForgotten& operator=(const ChangesForgotten&) = delete;
+
+ private:
+  CompiledScript& script_;
+  const RowChanges* changes_ = nullptr;  ///< null if nothing is remembered
+  uint64_t before_ = 0;
+};
+
+}  // namespace
+
 Status CalculateCenter::calculate(int32_t first_row, bool scan, std::string& error) {
   start_row_ = first_row;
   if (pool_.script.statement_list.empty()) return Status::ok;
@@ -34,11 +58,16 @@ void CalculateCenter::refresh_column_indexes() {
   }
 }
 
-void CalculateCenter::forget_changed_rows() {
+Status CalculateCenter::evaluate_aside(Variable& variable, int32_t row, double& value) {
   pool_.script.forget_rows(pool_.table().take_first_changed_row());
+  const ChangesForgotten changes(pool_);
+  std::string unread;
+  return evaluate(variable, row, false, unread, value);
 }
 
+/// A report on a script that has run scans it again, and a scan evaluates periods.
 Status CalculateCenter::scan_statements(std::string& error) {
+  const ChangesForgotten changes(pool_);
   for (Variable* statement : pool_.script.statement_list) {
     if (statement->kind == VariableKind::number) continue;
     double result = 0.0;
@@ -54,7 +83,7 @@ Status CalculateCenter::run_statements(int32_t first_row, std::string& error) {
   const int32_t rows = pool_.table().row_count();
   // A negative first row selects no rows.
   const int32_t first = first_row < 0 ? rows : first_row;
-  if (!pool_.script.memories_are_planned) plan_memories(pool_.script);
+  if (!pool_.script.memories_are_planned) plan_memories(pool_.script, pool_.table());
   pool_.script.forget_rows(std::min(first, pool_.table().take_first_changed_row()));
   const auto& statements = pool_.script.statement_list;
   statements_.resize(statements.size());
@@ -83,7 +112,7 @@ struct BlankEnd {
 Status CalculateCenter::run_range(std::span<const uint32_t> statements, int32_t first, int32_t end,
                                   std::string& error) {
   const bool is_long = int64_t{end} - first >= block_rule_.shortest_run;
-  if (!is_long || pool_.script.sets_variables) {
+  if (!is_long || pool_.script.sets_variables || pool_.script.shares_columns) {
     pool_.table().write_blanks();
     return run_rows(statements, {first, end}, error);
   }

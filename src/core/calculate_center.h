@@ -41,8 +41,9 @@ class CalculateCenter {
   /// first status other than 0 ends the run; what was written stays.
   Status calculate(int32_t first_row, bool scan, std::string& error);
 
-  /// Has calls forget what comes from rows that intake has changed. Runs do so by themselves.
-  void forget_changed_rows();
+  /// The value of a variable at a row outside a run, an evaluation like any other: what it writes
+  /// into cells stays, and calls forget what rests on cells that have become others.
+  Status evaluate_aside(Variable& variable, int32_t row, double& value);
 
   /// The value of a variable at any row. A status other than 0 comes with a text in `error`.
   /// `result` keeps the caller's start value where nothing is written.
@@ -72,6 +73,15 @@ class CalculateCenter {
   void set_block_rule(const BlockRule& rule) { block_rule_ = rule; }
   /// The first row of the current run.
   int32_t start_row() const { return start_row_; }
+
+  /// How many calls have been evaluated at a bar, and how often one has looked at a value that it
+  /// knows: what a bar costs, in a unit that doesn't depend on the machine.
+  uint64_t work() const { return work_; }
+  void note_work() { ++work_; }
+  /// Whether a statement went by columns in the last block that was calculated.
+  bool went_by_columns(size_t statement) const {
+    return statement < is_finished_.size() && is_finished_[statement] != 0;
+  }
 
  private:
   /// What one evaluation of a program works with.
@@ -115,6 +125,7 @@ class CalculateCenter {
 
   DataPoolCenter& pool_;
   WordScratch scratch_;
+  uint64_t work_ = 0;
   int32_t start_row_ = 0;
   int nesting_ = 0;
 

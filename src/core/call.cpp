@@ -1,5 +1,7 @@
 #include "core/call.h"
 
+#include <algorithm>
+
 #include "core/known_values.h"
 #include "text/numbers.h"
 
@@ -27,11 +29,14 @@ KnownValues& Call::known_values() const {
 
 Status Call::recall(size_t position, int32_t at_row, double& value) const {
   value = null_value;
+  calculator.note_work();
   const Remembering remembering = variable.remembering;
-  const bool may_know =
-      remembering == Remembering::unchanged || remembering == Remembering::in_order;
+  // A call that knows its states comes to most rows once.
+  const bool may_know = remembering != Remembering::nothing &&
+                        (remembering != Remembering::catching_up || variable.memory == nullptr);
   const bool is_earlier = at_row >= 0 && at_row < row && row < table().row_count();
-  if (!may_know || !is_earlier || position >= KnownValues::most_arguments) {
+  const bool is_field = argument(position).kind == VariableKind::field;
+  if (!may_know || !is_earlier || is_field || position >= KnownValues::most_arguments) {
     return evaluate_at(position, at_row, value);
   }
   const RowChanges& changes = table().watch_changes();
@@ -46,6 +51,17 @@ Status Call::recall(size_t position, int32_t at_row, double& value) const {
     values.learn(position, at_row, value);
   }
   return status;
+}
+
+int32_t Call::recalled_end(int32_t from, size_t first_argument, size_t count) const {
+  int32_t end = row;
+  for (size_t position = first_argument; position < first_argument + count; ++position) {
+    // A field is read, and so never learned.
+    if (argument(position).kind == VariableKind::field) continue;
+    if (variable.known_values == nullptr) return from;
+    end = known_values().known_end(position, from, end, table().watch_changes());
+  }
+  return end;
 }
 
 Status Call::fail(Status status, std::string_view suffix) const {

@@ -49,6 +49,10 @@ struct Call {
   /// value that can't have become another one isn't worked out again.
   Status recall(size_t position, int32_t at_row, double& value) const;
 
+  /// The first row from one on, up to the call's, at which one of `count` arguments would have to
+  /// be worked out.
+  int32_t recalled_end(int32_t from, size_t first_argument, size_t count) const;
+
   /// The text of an argument: a quoted text without its quotes, the sign of a dot word, else the
   /// number at this row with six decimals, whatever its status.
   std::string argument_text(size_t position) const;

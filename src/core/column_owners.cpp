@@ -1,10 +1,13 @@
 #include "core/column_owners.h"
 
+#include <cassert>
+
 #include "core/data_pool_center.h"
 
 namespace quor {
 
 void reserve_columns(Variable& holder, size_t count) {
+  assert(count <= most_columns);
   std::vector<uint32_t> ids;
   std::vector<int32_t> indexes;
   DataTable& table = holder.pool->table();

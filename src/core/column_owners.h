@@ -10,6 +10,9 @@
 
 namespace quor {
 
+/// The most auxiliary columns that one variable reserves.
+inline constexpr size_t most_columns = 16;
+
 /// Replaces the auxiliary columns of a variable by `count` new ones, all cells null. Without memory
 /// for all of them those before stay.
 void reserve_columns(Variable& holder, size_t count);

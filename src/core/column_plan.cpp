@@ -150,10 +150,11 @@ class ColumnPlan::Inspection {
     }
     const ColumnTraits traits = call.function->column_traits();
     const Traits known = traits_of(call);
-    if (!traits.by_columns || (traits.keeps_state && way.refuses_state)) refuse();
+    const bool has_state = leaves_state(call);
+    if (!traits.by_columns || (has_state && way.refuses_state)) refuse();
     entry_.looks_back &= known.has(looks_back);
     entry_.looks_ahead |= known.has(reads_forward) || !known.has_any(looks_back | follows_rows);
-    entry_.revisits_state |= traits.keeps_state && way.revisits;
+    entry_.revisits_state |= has_state && way.revisits;
     for (size_t i = 0; i < call.arguments.size(); ++i) {
       if (!call.function->reads_argument(i)) continue;
       const Variable* argument = call.arguments[i];
@@ -188,10 +189,7 @@ void ColumnPlan::make(std::span<Variable* const> statements, std::span<Variable*
     int32_t column = statement.column_id == no_column ? -1 : statement.column_index;
     if (statement.kind == VariableKind::expression) {
       Inspection(uses, entries_[i]).inspect_statement(statement.program);
-      // A line that only names another one writes what stands there.
-      const Variable* named = statement.program.lone_reference();
-      const bool is_name = named != nullptr && named->kind == VariableKind::field;
-      if (is_name && named->column_index == column) column = -1;
+      if (names_own_column(statement)) column = -1;
     } else if (statement.kind != VariableKind::number) {
       entries_[i].by_columns = false;
     }

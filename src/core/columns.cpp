@@ -186,7 +186,7 @@ const double* Columns::values(Variable& variable, Block rows, double start) {
       if (is_ahead(variable, rows)) {
         return pool_.table().cells(variable.column_index).data() + rows.first;
       }
-      if (variable.function == nullptr || nesting_ >= most_levels) return nullptr;
+      if (variable.function == nullptr || nesting_ >= most_levels || rows.first < 1) return nullptr;
       ++nesting_;
       {
         const double* result = variable.function->column({*this, variable, rows, start});

@@ -47,6 +47,9 @@ class ColumnScratch {
 /// the same cells. What can't be done so is declined, and the cells are put back.
 ///
 /// A value is a pointer to the first of `Block::size()` numbers, null for "bar by bar, please".
+///
+/// Row 0 is always a bar: no block begins there, and no call is asked for a window of one that
+/// does. So a column form finds a row before its own, whatever word holds it.
 class Columns {
  public:
   Columns(DataPoolCenter& pool, CalculateCenter& calculator);

@@ -57,7 +57,7 @@ std::string CompiledScript::auto_line_name() {
 void CompiledScript::forget_rows(int32_t first) {
   for (const Variable* call : remembering_calls) {
     for (CallMemory* memory : {call->memory.get(), call->known_values.get()}) {
-      if (memory != nullptr) memory->cut(call->in_full ? 0 : first);
+      if (memory != nullptr) memory->cut(call->for_one_run ? 0 : first);
     }
   }
 }

@@ -45,6 +45,9 @@ class CompiledScript {
   Variable* find_field(std::string_view text) const;
   Variable* find_reserved(std::string_view text) const;
 
+  /// All variables, the unlisted ones, too.
+  size_t variable_count() const { return variables_.size(); }
+
   /// Raises the look-back that the report tells; a negative count changes nothing.
   void raise_period(int32_t count) { max_period_count = std::max(max_period_count, count); }
   /// "EMPTY_LINE_NAME_RESERVED" and the next number, counted from 1.
@@ -54,6 +57,8 @@ class CompiledScript {
   void forget_rows(int32_t first);
 
   bool memories_are_planned = false;
+  /// A field that it reads may be a column of its own: every bar is worked out anew.
+  bool shares_columns = false;
   std::vector<Variable*> remembering_calls;  ///< those with a memory
   std::vector<Variable*> statement_list;     ///< what the driver runs, in order
   std::vector<Variable*> variable_list;      ///< every compiled variable in order of creation

@@ -103,6 +103,7 @@ class DataTable {
   int32_t add_column(uint32_t id);
   /// The next free auxiliary column id, from 20000 up.
   uint32_t take_auxiliary_id() { return next_auxiliary_id_++; }
+  uint32_t next_auxiliary_id() const { return next_auxiliary_id_; }
   /// Counts the columns ever added and the resets, so that a reader knows when indexes moved.
   uint64_t layout() const { return layout_; }
 

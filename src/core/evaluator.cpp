@@ -47,6 +47,7 @@ void refuse_nesting() { throw std::runtime_error("expression nested too deeply")
   }
   if (scan) pool_.script.invoked_functions.insert(variable.function_word);
   const NestingGuard guard(nesting_);
+  ++work_;
   return variable.function->execute({pool_, *this, variable, row, scan, error, result});
 }
 

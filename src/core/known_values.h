@@ -22,6 +22,15 @@ class KnownValues final : public CallMemory {
     return place < values.size() && values[place].is_known ? &values[place].value : nullptr;
   }
 
+  /// The first of the rows from one on, or else `end`, at which the argument isn't known.
+  int32_t known_end(size_t position, int32_t row, int32_t end, const RowChanges& changes) {
+    keep_up(changes);
+    const auto& values = values_[position];
+    end = std::min(end, static_cast<int32_t>(values.size()));
+    while (row < end && values[static_cast<size_t>(row)].is_known) ++row;
+    return row;
+  }
+
   void learn(size_t position, int32_t row, double value) {
     auto& values = values_[position];
     const auto place = static_cast<size_t>(row);

@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "core/column_owners.h"
 #include "functions/base_func.h"
 #include "tables/field_table.h"
 
@@ -21,7 +22,8 @@ struct Uses {
   int64_t first_statement = nobody;
   bool in_full = false;      ///< a statement that every run calculates from row 0 on
   bool shared = false;       ///< more than one call or expression
-  bool revisited = false;    ///< at other rows than the statement's, too
+  bool elsewhere = false;    ///< at other rows than the statement's, too
+  bool revisited = false;    ///< back and forth
   bool ahead = false;        ///< at rows that the statements have yet to come to
   bool passed_over = false;  ///< at some rows only, or not in their order
 
@@ -35,6 +37,7 @@ struct Origin {
   bool is_safe_state = true;    ///< its calls come to each row after those before it
   bool revisits_state = false;  ///< a call in it comes to rows of a state again
   bool can_fail = false;
+  bool for_one_run = false;  ///< steady, but not from one run to the next
   bool from_full_statement = false;
   int64_t newest_statement = nobody;  ///< the last one whose column is read
 
@@ -44,6 +47,7 @@ struct Origin {
     is_safe_state &= part.is_safe_state;
     revisits_state |= part.revisits_state;
     can_fail |= part.can_fail;
+    for_one_run |= part.for_one_run;
     from_full_statement |= part.from_full_statement;
     newest_statement = std::max(newest_statement, part.newest_statement);
   }
@@ -56,6 +60,9 @@ class MemoryPlan {
   explicit MemoryPlan(CompiledScript& script) : script_(script) {
     const auto& statements = script_.statement_list;
     for (size_t i = 0; i < statements.size(); ++i) {
+      each_in_full_ |= statements[i]->whole_series;
+      // A line that only names another one writes what stands there.
+      if (names_own_column(*statements[i])) continue;
       note_writer(statements[i]->column_id, static_cast<int64_t>(i), statements[i]->whole_series);
     }
     for (size_t i = 0; i < statements.size(); ++i) {
@@ -67,7 +74,7 @@ class MemoryPlan {
   void apply() {
     for (Variable* call : calls_) {
       const Uses uses = uses_[call];
-      call->in_full = uses.in_full;
+      call->for_one_run = uses.in_full;
       call->remembering = remembering_of(*call, uses);
     }
   }
@@ -99,6 +106,7 @@ class MemoryPlan {
     Uses& uses = entry->second;
     uses.shared |= !first;
     uses.in_full |= from.in_full;
+    uses.elsewhere |= from.elsewhere;
     uses.revisited |= from.revisited;
     uses.ahead |= from.ahead;
     uses.passed_over |= from.passed_over;
@@ -107,7 +115,8 @@ class MemoryPlan {
     if (variable.kind == VariableKind::expression) visit_elements(variable, inner, level + 1);
     if (variable.kind != VariableKind::call || variable.function == nullptr) return;
     if (first) calls_.push_back(&variable);
-    inner.revisited |= evaluates_other_rows(*variable.function);
+    inner.elsewhere |= variable.function->column_traits().revisits;
+    inner.revisited |= revisits_rows(variable);
     inner.ahead |= traits_of(variable).has(reads_forward);
     anything_fails_ |= traits_of(variable).has(can_fail);
     note_set_targets(variable, inner);
@@ -122,35 +131,21 @@ class MemoryPlan {
   /// Whether the call may leave an argument unevaluated at a row.
   static bool passes_over(const Variable& call, size_t position) {
     const ColumnTraits traits = call.function->column_traits();
-    if (!traits.by_columns || (traits.passes_over && position >= traits.passed_over_from)) {
-      return true;
-    }
+    if (traits.passes_over && position >= traits.passed_over_from) return true;
     // A period decides which rows a word comes to, if it comes to any.
     return (traits.keeps_state || traits.revisits) && !has_fixed_periods(call);
   }
 
-  static bool has_fixed_periods(const Variable& call) {
-    const std::span arguments(call.arguments);
-    const size_t series = std::min(call.function->column_traits().series_count, arguments.size());
-    return std::ranges::all_of(arguments.subspan(series), [](const Variable* period) {
-      return period != nullptr && period->kind == VariableKind::number;
-    });
-  }
-
-  /// SET writes a field at the row that it is evaluated at.
+  /// A field is written at the row that the call is evaluated at.
   void note_set_targets(const Variable& call, const Uses& uses) {
-    if (!call.function->traits().has(keeps_state) || !script_.sets_variables) return;
-    const int64_t statement = uses.revisited ? INT64_MAX : uses.first_statement;
-    for (const Variable* target : call.arguments) {
+    if (!call.function->traits().has(sets_arguments)) return;
+    const int64_t statement = uses.elsewhere ? INT64_MAX : uses.first_statement;
+    for (size_t i = 0; i < call.arguments.size(); i += 2) {
+      const Variable* target = call.arguments[i];
       if (target != nullptr && target->kind == VariableKind::field) {
         note_writer(target->column_id, statement, uses.in_full);
       }
     }
-  }
-
-  static bool evaluates_other_rows(const BaseFunc& function) {
-    const ColumnTraits traits = function.column_traits();
-    return traits.revisits || !traits.by_columns;
   }
 
   /// Rings, which hidden names typed by a script may form, are unknown.
@@ -206,14 +201,15 @@ class MemoryPlan {
       if (id) origin.take(origin_of_column(static_cast<uint32_t>(*id)));
     }
     // A record's columns want every evaluation.
-    origin.steady &= traits.has(steady) && !traits.has_any(follows_settings | draws);
+    origin.steady &= is_steady_in_run(call, traits) && !traits.has_any(follows_settings | draws);
+    origin.for_one_run |= !traits.has(looks_back);
     origin.can_fail |= traits.has(can_fail);
     if (origin.keeps_state && goes_out_of_order(call)) origin.is_safe_state = false;
     // What starts late and then looks back comes to rows for the first time behind later ones.
     const bool leaves_rows = column_traits.starts_late || column_traits.passes_over;
     if (origin.revisits_state && leaves_rows) origin.is_safe_state = false;
-    origin.revisits_state |= origin.keeps_state && evaluates_other_rows(*call.function);
-    if (column_traits.keeps_state && !only_reads_fields(call)) {
+    origin.revisits_state |= origin.keeps_state && revisits_rows(call);
+    if (leaves_state(call)) {
       origin.keeps_state = true;
       const Uses& uses = uses_[&call];
       origin.is_safe_state &= !uses.shared || !(uses.passed_over || anything_fails_);
@@ -221,30 +217,21 @@ class MemoryPlan {
     return origin;
   }
 
-  /// Whether the series of the call are fields that stand in columns, and it writes no column of
-  /// its own: then nothing shows that it was evaluated.
-  static bool only_reads_fields(const Variable& call) {
-    const ColumnTraits traits = call.function->column_traits();
-    const std::span arguments(call.arguments);
-    const auto series = arguments.first(std::min(traits.series_count, arguments.size()));
-    return traits.by_columns && traits.series != SeriesPlace::nowhere &&
-           !call.function->uses_result_column() && !traits.carries_on &&
-           std::ranges::all_of(series, [](const Variable* argument) {
-             return argument != nullptr && argument->kind == VariableKind::field &&
-                    argument->has_column();
-           });
+  /// The number of rows doesn't change before the next run; nor do later rows, where the statement
+  /// is calculated over all of them.
+  bool is_steady_in_run(const Variable& call, Traits traits) {
+    return traits.has(repeatable) && (uses_[&call].in_full || !traits.has(reads_forward));
   }
 
   /// Whether the call may come to a row of its arguments for the first time when it has passed a
   /// later one.
   static bool goes_out_of_order(const Variable& call) {
-    if (!evaluates_other_rows(*call.function)) return false;
-    const ColumnTraits traits = call.function->column_traits();
-    return traits.passes_over || !traits.by_columns || !has_fixed_periods(call);
+    return revisits_rows(call) &&
+           (call.function->column_traits().passes_over || !has_fixed_periods(call));
   }
 
   /// Calls whose series stands in cells read them; the others evaluate their arguments again.
-  Remembering remembering_of(const Variable& call, const Uses& uses) {
+  Remembering remembering_of(Variable& call, const Uses& uses) {
     const ColumnTraits traits = call.function->column_traits();
     Origin origin;
     for (size_t i = 0; i < std::min(traits.series_count, call.arguments.size()); ++i) {
@@ -255,15 +242,18 @@ class MemoryPlan {
         origin.take(origin_of_column(argument->column_id));
       }
     }
+    const bool stores =
+        traits.series != SeriesPlace::nowhere && traits.series != SeriesPlace::in_place;
+    const bool reads_cells = stores && cells_are_final(call);
+    call.for_one_run |= origin.for_one_run && !reads_cells;
     const Remembering at_least = origin.steady ? Remembering::unchanged : Remembering::nothing;
-    if (uses.ahead || origin.newest_statement >= uses.first_statement) return at_least;
+    if (origin.newest_statement >= uses.first_statement) return at_least;
+    // Rows ahead have the columns of earlier statements only where these are finished first.
+    if (uses.ahead && origin.newest_statement != nobody && !each_in_full_) return at_least;
     if (origin.from_full_statement && !uses.in_full) return at_least;
     const bool in_order = origin.steady && origin.is_safe_state;
-    if (traits.series != SeriesPlace::nowhere) {
-      if (cells_are_final(call)) return Remembering::catching_up;
-    } else if (in_order && !origin.keeps_state && !origin.can_fail) {
-      return Remembering::catching_up;
-    }
+    const bool leaves_no_trace = !stores && in_order && !origin.keeps_state && !origin.can_fail;
+    if (reads_cells || leaves_no_trace) return Remembering::catching_up;
     return in_order ? Remembering::in_order : at_least;
   }
 
@@ -271,7 +261,10 @@ class MemoryPlan {
   bool cells_are_final(const Variable& call) {
     Variable* series = call.arguments.empty() ? nullptr : call.arguments.front();
     if (series == nullptr) return false;
-    return series->kind == VariableKind::field || !uses_[series].revisited;
+    const Uses& uses = uses_[series];
+    // A call that alone keeps a series notices when a value in it becomes another one.
+    return series->kind == VariableKind::field || !uses.revisited ||
+           (!uses.shared && !series->has_column());
   }
 
   CompiledScript& script_;
@@ -279,13 +272,24 @@ class MemoryPlan {
   std::unordered_map<const Variable*, Uses> uses_;
   std::vector<Variable*> calls_;
   bool anything_fails_ = false;
+  bool each_in_full_ = false;
   std::unordered_map<const Variable*, Origin> origins_;
 };
 
+/// Whether a field that the script reads may be a column that one of its variables writes.
+bool shares_columns(const CompiledScript& script, const DataTable& table) {
+  const uint64_t end = table.next_auxiliary_id() + most_columns * script.variable_count();
+  return std::ranges::any_of(script.extra_field_set, [end](int32_t id) {
+    const auto column = static_cast<uint32_t>(id);
+    return column >= DataTable::first_auxiliary_id && column < end;
+  });
+}
+
 }  // namespace
 
-void plan_memories(CompiledScript& script) {
-  MemoryPlan(script).apply();
+void plan_memories(CompiledScript& script, const DataTable& table) {
+  script.shares_columns = shares_columns(script, table);
+  if (!script.shares_columns) MemoryPlan(script).apply();
   script.memories_are_planned = true;
 }
 

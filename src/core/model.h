@@ -88,11 +88,19 @@ struct Variable {
   std::string source_text;    ///< a call or argument as the script wrote it
   std::string function_word;  ///< empty for everything but a call
   Remembering remembering = Remembering::nothing;  ///< of a call
-  bool in_full = false;                      ///< a call that every run evaluates from row 0 on
-  std::unique_ptr<CallMemory> memory;        ///< of a word that carries on what it worked out
-  std::unique_ptr<CallMemory> known_values;  ///< of a word that looks at its arguments again
+  bool for_one_run = false;                        ///< a call that remembers nothing beyond it
+  std::unique_ptr<CallMemory> memory;              ///< of a word that carries on what it worked out
+  std::unique_ptr<CallMemory> known_values;        ///< of a word that looks at its arguments again
   std::shared_ptr<BaseShape> shape;  ///< the record of an output function, made on its first pass
 };
+
+/// Whether a statement is nothing but the name of what stands in its own column, as the second of
+/// two lines that show one series is.
+inline bool names_own_column(const Variable& statement) {
+  const Variable* named = statement.program.lone_reference();
+  return named != nullptr && named->kind == VariableKind::field &&
+         named->column_id == statement.column_id;
+}
 
 /// The host's settings of one output line.
 struct LineModel {

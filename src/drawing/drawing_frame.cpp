@@ -176,7 +176,10 @@ Status DrawingFunc::write_column(const Call& call, BaseShape& record, size_t pos
 }
 
 ColumnTraits DrawingFunc::column_traits() const {
-  return {.by_columns = has_usual_bars() && !row_.last_row_only,
+  const bool is_usual = has_usual_bars() && !row_.last_row_only;
+  return {.by_columns = is_usual,
+          .passes_over = !is_usual,
+          .revisits = !is_usual,
           .series = SeriesPlace::column_of_argument,
           .series_count = SIZE_MAX};
 }

@@ -9,8 +9,8 @@
 ///   5. for a new or changed bar 2 to 4 again; for another security `restart` first
 ///
 /// Numbers: a row is an index, 0 the oldest bar. A row key is a positive date-time written as an
-/// integer, YYYYMMDDhhmmss. A column id is the id of a field, or from 20000 up a column of the
-/// script; 1 is the column of row keys. A null is any NaN.
+/// integer, YYYYMMDDhhmmss. A column id is the id of a field or of a column of the script,
+/// whose columns count from 20000 up; 1 is the column of row keys. A null is any NaN.
 ///
 /// Errors of a script are values (`Failure`). Misuse of a member is an exception (`Misuse`); beside
 /// it only std::bad_alloc comes out, and what was in the script before then stands.

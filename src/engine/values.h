@@ -47,7 +47,8 @@ struct Subject {
 
 struct Settings {
   Subject subject;
-  std::vector<std::pair<std::string, double>> parameters;  ///< by name, in place of PARAM_NAME
+  /// By name, in place of PARAM_NAME. A script keeps six decimals of them.
+  std::vector<std::pair<std::string, double>> parameters;
   std::string lines;  ///< the look of lines, JSON as in the C interface
   /// Fields beside the common ones: the word, in capitals, and the id of its column. A word is
   /// known to the whole process from then on.

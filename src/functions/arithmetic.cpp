@@ -223,7 +223,7 @@ constexpr WordRow words[] = {
     word_row<LOG>("LOG", steady),
     word_row<ROUND>("ROUND", steady),
     word_row<NUMPOW>("NUMPOW", steady | periods_from(1, can_fail)),
-    word_row<RAND>("RAND", acts),
+    word_row<RAND>("RAND", looks_back | acts),
 };
 
 }  // namespace

@@ -192,7 +192,7 @@ MeanLane lane_of(const ColumnCall& call, const double* x, double* results, doubl
 
 bool can_average(const ColumnCall& call) {
   const Variable* argument = call.argument(0);
-  return call.rows.first > 0 && call.number(1) && argument != nullptr && argument->has_column() &&
+  return call.number(1) && argument != nullptr && argument->has_column() &&
          call.variable.has_column() && !call.variable.aux_column_indexes.empty();
 }
 

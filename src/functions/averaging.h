@@ -115,7 +115,7 @@ AverageStep sliding_average(DataTable& table, const AverageColumns& columns, int
 /// A bar of MA(X, N) for a call that keeps the state of it.
 double moving_average(const Call& call);
 const double* moving_average(const ColumnCall& call);
-/// Whether the call's columns are there, and a bar before.
+/// Whether the call's columns are there.
 bool can_average(const ColumnCall& call);
 /// The same for several such calls side by side.
 void moving_averages(std::span<const ColumnCall> calls);

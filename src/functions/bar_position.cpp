@@ -108,11 +108,11 @@ class BARSCOUNT final : public BaseFunc {
 
 constexpr WordRow words[] = {
     word_row<BARPOS>("BARPOS", steady),
-    word_row<DATACOUNT>("DATACOUNT", follows_rows),
-    word_row<TOTALBARSCOUNT>("TOTALBARSCOUNT", follows_rows),
-    word_row<CURRBARSCOUNT>("CURRBARSCOUNT", follows_rows),
-    word_row<ISLASTBAR>("ISLASTBAR", follows_rows),
-    word_row<BARSTATUS>("BARSTATUS", follows_rows),
+    word_row<DATACOUNT>("DATACOUNT", repeatable | follows_rows),
+    word_row<TOTALBARSCOUNT>("TOTALBARSCOUNT", repeatable | follows_rows),
+    word_row<CURRBARSCOUNT>("CURRBARSCOUNT", repeatable | follows_rows),
+    word_row<ISLASTBAR>("ISLASTBAR", repeatable | follows_rows),
+    word_row<BARSTATUS>("BARSTATUS", repeatable | follows_rows),
     word_row<BARSCOUNT>("BARSCOUNT", steady),
 };
 

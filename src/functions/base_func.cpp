@@ -1,6 +1,7 @@
 #include "functions/base_func.h"
 
 #include <algorithm>
+#include <span>
 
 #include "core/data_pool_center.h"
 #include "functions/word_row.h"
@@ -11,7 +12,7 @@ namespace quor {
 namespace {
 
 /// SET may change a number.
-bool has_fixed_periods(const Variable& call, size_t first) {
+bool has_usual_periods(const Variable& call, size_t first) {
   const auto& arguments = call.arguments;
   return !call.pool->script.sets_variables && first < arguments.size() &&
          std::all_of(arguments.begin() + static_cast<ptrdiff_t>(first), arguments.end(),
@@ -33,12 +34,39 @@ BaseFunc::BaseFunc(const WordRow& row)
 
 Traits traits_of(const Variable& call) {
   Traits traits = call.function->traits();
-  if (traits.first_period == Traits::none || has_fixed_periods(call, traits.first_period)) {
+  if (traits.first_period == Traits::none || has_usual_periods(call, traits.first_period)) {
     return traits;
   }
   traits.set |= traits.with_other_periods;
   if (traits.has_any(reads_forward | follows_rows)) traits.set &= ~looks_back.set;
   return traits;
+}
+
+bool leaves_state(const Variable& call) {
+  const ColumnTraits traits = call.function->column_traits();
+  const bool keeps_series_alone = traits.by_columns && traits.series != SeriesPlace::nowhere &&
+                                  !call.function->uses_result_column() && !traits.carries_on;
+  if (!traits.keeps_state || !keeps_series_alone) return traits.keeps_state;
+  const std::span arguments(call.arguments);
+  return !std::ranges::all_of(arguments.first(std::min(traits.series_count, arguments.size())),
+                              [](const Variable* argument) {
+                                return argument != nullptr &&
+                                       argument->kind == VariableKind::field &&
+                                       argument->has_column();
+                              });
+}
+
+bool has_fixed_periods(const Variable& call) {
+  const std::span arguments(call.arguments);
+  const size_t series = std::min(call.function->column_traits().series_count, arguments.size());
+  return std::ranges::all_of(arguments.subspan(series), [](const Variable* period) {
+    return period != nullptr && period->kind == VariableKind::number;
+  });
+}
+
+bool revisits_rows(const Variable& call) {
+  const ColumnTraits traits = call.function->column_traits();
+  return traits.revisits && !(traits.displaces && has_fixed_periods(call));
 }
 
 bool has_state(const Variable& argument) {
@@ -48,7 +76,7 @@ bool has_state(const Variable& argument) {
     });
   }
   if (argument.kind != VariableKind::call || argument.function == nullptr) return false;
-  return argument.function->column_traits().keeps_state ||
+  return leaves_state(argument) ||
          std::ranges::any_of(argument.arguments, [](const Variable* inner) {
            return inner != nullptr && has_state(*inner);
          });

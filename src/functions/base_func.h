@@ -26,7 +26,7 @@ enum class SeriesPlace : uint8_t {
   in_place,            ///< nowhere: it reads the argument's own column as it finds it
 };
 
-/// What a word does when it is worked out column by column.
+/// How a word comes to its arguments, and what it does when it is worked out column by column.
 struct ColumnTraits {
   bool by_columns = false;      ///< it can be
   bool keeps_state = true;      ///< an evaluation leaves something in cells or in the call
@@ -34,12 +34,18 @@ struct ColumnTraits {
   bool passes_over = false;     ///< it may leave arguments unevaluated at a bar
   size_t passed_over_from = 0;  ///< the first of these
   bool revisits = false;        ///< it evaluates arguments at other bars than its own
+  bool displaces = false;       ///< with a fixed period, at one other bar, always as far away
   bool starts_late = false;     ///< it leaves arguments unevaluated at the first rows
   bool goes_ahead = false;      ///< over fields, by `run_side_by_side`
   bool carries_on = false;      ///< results of earlier bars, in columns that it takes itself
   SeriesPlace series = SeriesPlace::nowhere;  ///< of its first arguments
   size_t series_count = 1;
 };
+
+/// Of words that evaluate all their arguments at their own bar, and have no column form.
+inline constexpr ColumnTraits at_own_bar = {};
+/// The same for a condition, the first argument; the others are looked at once.
+inline constexpr ColumnTraits only_a_condition = {.passes_over = true, .passed_over_from = 1};
 
 /// One object per function word, shared by all calls of all instances and constant.
 class BaseFunc {
@@ -54,7 +60,8 @@ class BaseFunc {
   /// The values of the call over a block of rows, the same as bar by bar with the same cells
   /// written, or null where it has to go bar by bar; then nothing need be put back.
   virtual const double* column(const ColumnCall&) const { return nullptr; }
-  virtual ColumnTraits column_traits() const { return {}; }
+  /// Unless the word says more, its arguments may be evaluated at any bars in any order.
+  virtual ColumnTraits column_traits() const { return {.passes_over = true, .revisits = true}; }
   /// Whether the call, whose first argument is a field, could be one of these.
   virtual bool can_go_ahead(const ColumnCall&) const { return false; }
   /// What `column` does, for several calls over the same rows at once, so that their divisions
@@ -86,8 +93,18 @@ class BaseFunc {
 /// What is known of a call of a word, given its arguments.
 Traits traits_of(const Variable& call);
 
+/// Whether an evaluation of the call leaves something in cells or in the call. A word that keeps a
+/// series leaves nothing where the series is a field, which stands in its column already.
+bool leaves_state(const Variable& call);
+
 /// Whether an evaluation of an argument leaves something in cells or in calls.
 bool has_state(const Variable& argument);
+
+/// Whether the arguments behind the series of the call are numbers.
+bool has_fixed_periods(const Variable& call);
+
+/// Whether the call comes to rows of its arguments other than its own, back and forth.
+bool revisits_rows(const Variable& call);
 
 /// Whether an argument may write nothing, so that its caller's start value stands.
 bool may_keep_start(const Variable& argument);

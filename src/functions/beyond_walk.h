@@ -50,12 +50,20 @@ class BlockExtremes final : public CallMemory {
   /// To be told of each row at which the series is evaluated first. False behind a row that was
   /// left out: evaluating again what keeps a state may change it there.
   bool pass(int32_t row) {
-    if (row > passed_) return false;
+    if (row > passed_ || goes_by_values_) return false;
     passed_ = std::max(passed_, row + 1);
     return true;
   }
+  /// From now on only values that are known are learned, and cut where results change.
+  void go_by_values(const RowChanges& changes) {
+    if (goes_by_values_) cut(changes.first_since(seen_));
+    goes_by_values_ = true;
+    seen_ = changes.now();
+  }
+  bool goes_by_values() const { return goes_by_values_; }
 
   void cut(int32_t row) override {
+    if (row <= 0) goes_by_values_ = false;
     passed_ = std::min(passed_, std::max(row, 0));
     for (std::vector<RowBlock>& blocks : levels_) {
       row = std::max(row, 0) / fan;
@@ -89,6 +97,8 @@ class BlockExtremes final : public CallMemory {
 
   std::array<std::vector<RowBlock>, 4> levels_;
   int32_t passed_ = 0;  ///< the rows before have been evaluated one after the other
+  uint64_t seen_ = 0;   ///< the moment up to which changes have been taken in
+  bool goes_by_values_ = false;
 };
 
 /// One walk down the rows of an argument. It leaps over blocks that are known to hold nothing
@@ -97,13 +107,15 @@ template <Extreme extreme>
 class BeyondWalk {
  public:
   /// For a bar at which the series is evaluated at `newest` before any earlier row.
-  BeyondWalk(const Call& call, double threshold, int32_t newest)
-      : threshold_(threshold), end_(call.row - short_walk) {
+  BeyondWalk(const Call& call, size_t series, double threshold, int32_t newest)
+      : call_(call), series_(series), threshold_(threshold), end_(call.row - short_walk) {
     const Remembering remembering = call.variable.remembering;
     const bool inside = call.row < call.table().row_count();
-    if (!inside || remembering < Remembering::in_order) return;
-    auto& blocks = memory_of<Blocks>(call.script(), call.variable);
-    if (blocks.pass(newest) || remembering == Remembering::catching_up) blocks_ = &blocks;
+    if (!inside || remembering == Remembering::nothing) return;
+    blocks_ = &memory_of<Blocks>(call.script(), call.variable);
+    const bool in_order = blocks_->pass(newest) && remembering == Remembering::in_order;
+    if (in_order || remembering == Remembering::catching_up) return;
+    blocks_->go_by_values(call.table().watch_changes());
   }
 
   /// So many rows are looked at sooner than a memory.
@@ -127,6 +139,8 @@ class BeyondWalk {
   void pass(int32_t row, double value) {
     take_outer<extreme>(outermost_, value);
     if (row % Blocks::fan != 0 || blocks_ == nullptr || row + Blocks::fan > end_) return;
+    if (blocks_->goes_by_values() && call_.recalled_end(row, series_, 1) < row + Blocks::fan)
+      return;
     blocks_->learn(row, outermost_);
     blocks_->join(row, end_);
   }
@@ -134,6 +148,8 @@ class BeyondWalk {
  private:
   using Blocks = BlockExtremes<extreme>;
 
+  const Call& call_;
+  const size_t series_;
   const double threshold_;
   const int32_t end_;
   Blocks* blocks_ = nullptr;       ///< null if nothing can be remembered

@@ -5,9 +5,13 @@
 // evaluates its arguments there and takes one step. The calculator cuts the states to the rows that
 // intake hasn't changed and that lie before the start of a run, so that a state is never older than
 // what it was made from.
+//
+// A call that comes to its rows in another order goes by values: its states end where a value of an
+// argument isn't known (`Call::recall`) or a result has changed since, and it walks down to there.
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -54,29 +58,96 @@ class RowStates final : public CallMemory {
   }
   void cut(int32_t row) override {
     if (row < known()) states_.resize(static_cast<size_t>(std::max(row, 0)));
+    if (row > 0) return;
+    goes_by_values_ = false;
+    below_ = {};
+    below_end_ = 0;
+  }
+
+  /// Takes a state down from row -1 to `lowest` at most, as far as it stays what it is. No cell
+  /// lies there, so that the steps are the same whenever they are taken.
+  template <typename Step>
+  Status hit_below(int64_t lowest, const Step& step, State& state) {
+    while (below_ == State() && below_end_ > lowest) {
+      if (const Status status = step(below_end_ - 1, below_); failed(status)) return status;
+      --below_end_;
+    }
+    state = below_;
+    return Status::ok;
+  }
+
+  /// Whether the states have to be cut where results change.
+  bool goes_by_values() const { return goes_by_values_; }
+  void go_by_values(const RowChanges& changes) {
+    if (goes_by_values_) cut(changes.first_since(seen_));
+    goes_by_values_ = true;
+    seen_ = changes.now();
   }
 
  private:
   std::vector<State> states_;
+  uint64_t seen_ = 0;  ///< the moment up to which changes have been taken in
+  bool goes_by_values_ = false;
+  State below_;  ///< what the rows below 0 give, from `below_end_` up
+  int32_t below_end_ = 0;
+};
+
+/// What a call remembers of a series whose value at its row is being stored: if that becomes
+/// another one, nothing that rests on it may be taken as known.
+class SeriesStore {
+ public:
+  /// Before the value is stored in a column, which may not be there yet.
+  SeriesStore(const Call& call, int32_t column)
+      : call_(call), before_(call.table().cell(call.row, column)) {}
+  /// Behind it.
+  void note(double value) const {
+    CallMemory* memory = call_.variable.memory.get();
+    if (memory == nullptr) return;
+    if (std::bit_cast<uint64_t>(before_) != std::bit_cast<uint64_t>(value)) memory->cut(call_.row);
+  }
+
+ private:
+  const Call& call_;
+  double before_;
 };
 
 /// Brings the states of a call up to a row: `Status step(int32_t row, State& state)` takes a state
-/// over a row. Gives null where the call can't know its states and has to walk.
+/// over a row, by the first `arguments` arguments. `found` is null where the call can know nothing.
+/// Where its states end before the row, it has to walk down to their end.
 template <typename State, typename Step>
-Status follow(const Call& call, int32_t row, const Step& step, const RowStates<State>*& found) {
+Status follow(const Call& call, int32_t row, size_t arguments, const Step& step,
+              RowStates<State>*& found) {
   found = nullptr;
   const Remembering remembering = call.variable.remembering;
   const bool inside = row >= 0 && row < call.table().row_count();
-  if (remembering < Remembering::in_order || !inside) return Status::ok;
+  if (remembering == Remembering::nothing || !inside) return Status::ok;
   auto& states = memory_of<RowStates<State>>(call.script(), call.variable);
-  if (row > states.known() && remembering != Remembering::catching_up) return Status::ok;
-  for (int32_t at = std::min(row, states.known()); at <= row; ++at) {
-    State state = states.before(at);
-    if (const Status status = step(at, state); failed(status)) return status;
-    states.store(at, state);
-  }
   found = &states;
+  const auto pass = [&states, &step](int32_t at) {
+    State state = states.before(at);
+    const Status status = step(at, state);
+    if (!failed(status)) states.store(at, state);
+    return status;
+  };
+  if (remembering != Remembering::catching_up) {
+    const bool in_order = remembering == Remembering::in_order && row <= states.known();
+    if (!in_order || states.goes_by_values()) {
+      states.go_by_values(call.table().watch_changes());
+      const int32_t end = std::min(row, call.recalled_end(states.known(), 0, arguments));
+      while (states.known() < end) ignore_status(pass(states.known()));
+    }
+    if (row > states.known()) return Status::ok;
+  }
+  for (int32_t at = std::min(row, states.known()); at <= row; ++at) {
+    if (const Status status = pass(at); failed(status)) return status;
+  }
   return Status::ok;
+}
+
+/// How many rows before one have states; all up to the row if they reach so far.
+template <typename State>
+int32_t known_of(const RowStates<State>* states) {
+  return states != nullptr ? states->known() : 0;
 }
 
 /// The states of a call after the rows of a block; `step(size_t place, State& state)` takes a state
@@ -85,7 +156,7 @@ template <typename State, typename Step>
 const State* follow(const ColumnCall& call, Block rows, const Step& step) {
   if (call.variable.remembering < Remembering::in_order) return nullptr;
   auto& states = memory_of<RowStates<State>>(call.columns.pool().script, call.variable);
-  if (states.known() < rows.first) return nullptr;
+  if (states.known() < rows.first || states.goes_by_values()) return nullptr;
   call.columns.note_memory(states, rows, states.known());
   State* const result = states.overwrite(rows);
   State state = states.before(rows.first);

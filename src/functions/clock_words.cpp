@@ -109,8 +109,8 @@ class T0TOTIME final : public Conversion<to_clock_digits> {
 };
 
 constexpr WordRow words[] = {
-    word_row<CURRENTDATE>("CURRENTDATE", acts),
-    word_row<CURRENTTIME>("CURRENTTIME", acts),
+    word_row<CURRENTDATE>("CURRENTDATE", looks_back | acts),
+    word_row<CURRENTTIME>("CURRENTTIME", looks_back | acts),
     word_row<PERIOD>("PERIOD", steady | follows_settings),
     word_row<BARINTERVAL>("BARINTERVAL", steady | follows_settings),
     word_row<BARTYPE>("BARTYPE", steady | follows_settings),

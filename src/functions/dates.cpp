@@ -135,18 +135,15 @@ class TIME0 final : public MomentWord<unless_blank<seconds_since_midnight>> {
   }
 };
 
+constexpr Traits of_calendar = looks_back | acts | follows_settings;
+
 constexpr WordRow words[] = {
-    word_row<YEAR>("YEAR", acts | follows_settings),
-    word_row<MONTH>("MONTH", acts | follows_settings),
-    word_row<DAY>("DAY", acts | follows_settings),
-    word_row<HOUR>("HOUR", acts | follows_settings),
-    word_row<MINUTE>("MINUTE", acts | follows_settings),
-    word_row<QUARTER>("QUARTER", acts | follows_settings),
-    word_row<DATE>("DATE", acts | follows_settings),
-    word_row<DATE1>("DATE1", acts | follows_settings),
-    word_row<WEEKDAY>("WEEKDAY", acts | follows_settings),
-    word_row<TIME>("TIME", acts | follows_settings),
-    word_row<TIME0>("TIME0", acts | follows_settings),
+    word_row<YEAR>("YEAR", of_calendar),       word_row<MONTH>("MONTH", of_calendar),
+    word_row<DAY>("DAY", of_calendar),         word_row<HOUR>("HOUR", of_calendar),
+    word_row<MINUTE>("MINUTE", of_calendar),   word_row<QUARTER>("QUARTER", of_calendar),
+    word_row<DATE>("DATE", of_calendar),       word_row<DATE1>("DATE1", of_calendar),
+    word_row<WEEKDAY>("WEEKDAY", of_calendar), word_row<TIME>("TIME", of_calendar),
+    word_row<TIME0>("TIME0", of_calendar),
 };
 
 }  // namespace

@@ -95,6 +95,7 @@ class BARSSINCE final : public BaseFunc {
     if (!failed(status)) call.result = value == 1.0 ? 0.0 : null_value;
     return status;
   }
+  ColumnTraits column_traits() const override { return {.passes_over = true}; }
 };
 
 /// Bars since X first held within the last N bars.
@@ -166,9 +167,11 @@ class BARSSINCEN final : public BaseFunc {
       count.hits += is_one(value);
       return status;
     };
-    const RowStates<HitCount>* states = nullptr;
+    RowStates<HitCount>* states = nullptr;
     if (call.variable.remembering == Remembering::catching_up) {
-      if (const Status status = follow(call, call.row, step, states); failed(status)) return status;
+      if (const Status status = follow(call, call.row, 1, step, states); failed(status)) {
+        return status;
+      }
     }
     int32_t hit = states != nullptr ? oldest_hit(states->data(), first, call.row) : first;
     for (HitCount count; states == nullptr && hit <= call.row; ++hit) {
@@ -190,16 +193,17 @@ class CONDBARS final : public BaseFunc {
       const Status status = test(call, row, 0, newest);
       return failed(status) ? status : test(call, row, 1, newest);
     };
-    const RowStates<NewestHits>* states = nullptr;
-    Status status = follow(call, call.row, step, states);
+    RowStates<NewestHits>* states = nullptr;
+    Status status = follow(call, call.row, 2, step, states);
     if (failed(status)) return status;
     NewestHits newest;
-    if (states != nullptr) {
-      newest = states->after(call.row);
-    } else {
-      status = walk(call, newest);
+    const int32_t known = std::min(known_of(states), call.row + 1);
+    status = walk(call, known, newest);
+    if (failed(status)) return status;
+    for (size_t i = 0; i < 2 && known > 0; ++i) {
+      if (newest.rows[i] == no_row) newest.rows[i] = states->after(known - 1).rows[i];
     }
-    return failed(status) ? status : call.answer(distance(newest));
+    return call.answer(distance(newest));
   }
   const double* column(const ColumnCall& call) const override {
     const double* a = call.values(0);
@@ -237,8 +241,8 @@ class CONDBARS final : public BaseFunc {
     return status;
   }
 
-  static Status walk(const Call& call, NewestHits& newest) {
-    for (int32_t row = call.row; row >= 0; --row) {
+  static Status walk(const Call& call, int32_t lowest, NewestHits& newest) {
+    for (int32_t row = call.row; row >= lowest; --row) {
       for (size_t position = 0; position < 2; ++position) {
         if (newest.rows[position] != no_row) continue;
         const Status status = test(call, row, position, newest);
@@ -326,7 +330,10 @@ class DistanceToBeyond : public BaseFunc {
     return Status::ok;
   }
   ColumnTraits column_traits() const final {
-    return {.keeps_state = false, .series_count = series_argument + 1};
+    return {.keeps_state = false,
+            .passes_over = true,
+            .revisits = true,
+            .series_count = series_argument + 1};
   }
 
  private:
@@ -337,7 +344,8 @@ class DistanceToBeyond : public BaseFunc {
       call.result = call.row - row;
       return true;
     };
-    BeyondWalk<extreme> walk(call, threshold, series_argument == 0 ? call.row : call.row - 1);
+    BeyondWalk<extreme> walk(call, series_argument, threshold,
+                             series_argument == 0 ? call.row : call.row - 1);
     double value;
     int32_t row = call.row - 1;
     const int32_t near = std::max(row - BeyondWalk<extreme>::short_walk, -1);
@@ -367,7 +375,7 @@ class NEWLBARS1 final : public DistanceToBeyond<Extreme::smallest, 1> {
 constexpr WordRow words[] = {
     word_row<BARSLAST>("BARSLAST", steady),
     word_row<BARSLASTCOUNT>("BARSLASTCOUNT", steady),
-    word_row<BARSSINCE>("BARSSINCE", reads_statement),
+    word_row<BARSSINCE>("BARSSINCE", looks_back | reads_statement),
     word_row<BARSSINCEN>("BARSSINCEN", steady),
     word_row<CONDBARS>("CONDBARS", steady),
     word_row<SUMBARS>("SUMBARS", steady),

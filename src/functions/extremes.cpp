@@ -21,6 +21,7 @@ struct Found {
 template <Extreme extreme>
 struct ExtremeMemory final : CallMemory {
   ExtremeRows<extreme> rows;
+  ExtremeRows<extreme> of_block;  ///< begun anew by each
 
   void cut(int32_t row) override { rows.cut(row); }
 };
@@ -50,7 +51,10 @@ template <Extreme extreme>
 Status find_extreme(const Call& call, int32_t n, Found& found) {
   double x = null_value;
   if (const Status status = call.evaluate(0, x); failed(status)) return status;
-  const int32_t column = store_in_aux_of_argument(call, call.argument(0), x);
+  Variable& argument = call.argument(0);
+  const SeriesStore store(call, held_column(argument, 0));
+  const int32_t column = store_in_aux_of_argument(call, argument, x);
+  if (!argument.has_column()) store.note(x);
   const int32_t row = remembered_row<extreme>(call, column, n);
   found = row < 0 ? search<extreme>(call, column, n)
                   : Found{call.row - row, call.table().cell(row, column)};
@@ -130,7 +134,9 @@ class BarsSinceExtreme : public BaseFunc {
     const int32_t series = n < 1 ? -1 : series_column_over(call, 0, extreme_traits.series);
     if (series == -1) return nullptr;
     pass_rows<extreme>(call);
-    ExtremeRows<extreme> rows;
+    auto& rows =
+        memory_of<ExtremeMemory<extreme>>(call.columns.pool().script, call.variable).of_block;
+    rows.forget_window();
     double* results = call.scratch();
     for (int32_t row = call.rows.first; row < call.rows.end; ++row) {
       const int32_t first = std::max(row - n + 1, 0);

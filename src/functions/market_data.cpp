@@ -39,6 +39,7 @@ class COST final : public BaseFunc {
     if (failed(status)) return status;
     return call.answer(price_at(call, percent));
   }
+  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
 
  private:
   static double price_at(const Call& call, double percent) {
@@ -66,6 +67,7 @@ class WINNER final : public BaseFunc {
     const ChipDistribution chips = chips_at(call);
     return call.answer(chips.empty() ? 0.0 : chips.share_up_to(price));
   }
+  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
 };
 
 class CODELIKE final : public BaseFunc {
@@ -101,9 +103,9 @@ constexpr WordRow words[] = {
     word_row<COST>("COST", steady | follows_settings),
     word_row<WINNER>("WINNER", steady | follows_settings),
     word_row<CODELIKE>("CODELIKE", steady | follows_settings),
-    word_row<MINPRICE>("MINPRICE", acts | follows_settings),
-    word_row<UNIT>("UNIT", acts | follows_settings),
-    word_row<SHARECOUNTPERUNIT>("SHARECOUNTPERUNIT", acts | follows_settings),
+    word_row<MINPRICE>("MINPRICE", looks_back | acts | follows_settings),
+    word_row<UNIT>("UNIT", looks_back | acts | follows_settings),
+    word_row<SHARECOUNTPERUNIT>("SHARECOUNTPERUNIT", looks_back | acts | follows_settings),
 };
 
 }  // namespace

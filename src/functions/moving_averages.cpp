@@ -187,8 +187,8 @@ class SeededAverage : public BaseFunc {
     if (!period) return nullptr;
     const int64_t n = to_int(*period);
     if (!Step::takes(*period, n)) return call.everywhere(null_value);
-    const bool has_before = call.variable.has_column() && call.rows.first > 0;
-    const double* x = has_before && call.rows.first >= n - 1 ? call.values(0) : nullptr;
+    const bool is_seeded = call.variable.has_column() && call.rows.first >= n - 1;
+    const double* x = is_seeded ? call.values(0) : nullptr;
     if (x == nullptr) return nullptr;
     const auto series = call.table().cells(call.argument(0)->column_index);
     double* y = call.overwrite(call.variable.column_index);
@@ -362,7 +362,7 @@ class TRMA final : public BaseFunc {
 
 constexpr WordRow words[] = {
     word_row<MA>("MA", steady),       word_row<EMA>("EMA", steady),
-    word_row<EXPMA>("EXPMA", steady), word_row<EMAWH>("EMAWH", follows_rows),
+    word_row<EXPMA>("EXPMA", steady), word_row<EMAWH>("EMAWH", repeatable | follows_rows),
     word_row<SMA>("SMA", steady),     word_row<AMA>("AMA", steady),
     word_row<DMA>("DMA", steady),     word_row<TMA>("TMA", steady),
     word_row<MEMA>("MEMA", steady),   word_row<EXPMEMA>("EXPMEMA", steady),

@@ -90,6 +90,7 @@ class NOTICE final : public BaseFunc {
     }
     return Status::ok;
   }
+  ColumnTraits column_traits() const override { return only_a_condition; }
 
  private:
   /// Whether the run of true bars has had its notice after this bar. A quiet run, and a bar before

@@ -52,7 +52,7 @@ class Recurrence : public BaseFunc {
       if (!value) return nullptr;
       if (!step.take(position, *value, call.table())) return call.everywhere(null_value);
     }
-    if (!call.variable.has_column() || call.rows.first == 0) return nullptr;
+    if (!call.variable.has_column()) return nullptr;
     const double* x = call.values(0);
     if (x == nullptr) return nullptr;
     double* y = call.overwrite(call.variable.column_index);
@@ -61,7 +61,7 @@ class Recurrence : public BaseFunc {
   }
   bool can_go_ahead(const ColumnCall& call) const final {
     Step step;
-    return takes_numbers(call, step) && call.variable.has_column() && call.rows.first > 0;
+    return takes_numbers(call, step) && call.variable.has_column();
   }
   void run_side_by_side(std::span<const ColumnCall> calls) const final {
     const size_t size = calls.front().size();

@@ -36,7 +36,7 @@ class REF final : public BaseFunc {
     return period ? moved(call, to_int(*period)) : gathered(call);
   }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .keeps_state = false, .revisits = true};
+    return {.by_columns = true, .keeps_state = false, .revisits = true, .displaces = true};
   }
 
  private:
@@ -86,7 +86,9 @@ class REFX final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const override { return value_at_distance(call, 1); }
-  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
+  ColumnTraits column_traits() const override {
+    return {.keeps_state = false, .revisits = true, .displaces = true};
+  }
 };
 
 /// As REFX, but a row outside the table on either side is the last bar.
@@ -107,7 +109,9 @@ class REFX1 final : public BaseFunc {
     return call.evaluate_at(series_argument, inside ? static_cast<int32_t>(row) : rows - 1,
                             call.result);
   }
-  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
+  ColumnTraits column_traits() const override {
+    return {.keeps_state = false, .revisits = true, .displaces = true};
+  }
 };
 
 /// X at the newest bar at which C holds.
@@ -182,6 +186,7 @@ class SET final : public BaseFunc {
     }
     return call.answer(0.0);
   }
+  ColumnTraits column_traits() const override { return at_own_bar; }
 
  private:
   static void store(const Call& call, Variable& target, double value) {
@@ -195,11 +200,11 @@ class SET final : public BaseFunc {
 
 constexpr WordRow words[] = {
     word_row<REF>("REF", steady | periods_from(1, reads_forward)),
-    word_row<REFX>("REFX", reads_forward),
-    word_row<REFX1>("REFX1", reads_forward),
+    word_row<REFX>("REFX", repeatable | reads_forward),
+    word_row<REFX1>("REFX1", repeatable | reads_forward),
     word_row<VALUEWHEN>("VALUEWHEN", steady),
     word_row<GET>("GET", steady),
-    word_row<SET>("SET", keeps_state),
+    word_row<SET>("SET", keeps_state | sets_arguments),
 };
 
 }  // namespace

@@ -18,6 +18,7 @@ inline constexpr int32_t no_row = std::numeric_limits<int32_t>::min();
 /// A test of the first argument at a bar.
 template <bool (*holds)(double), bool ignores_status = false>
 struct OneValue {
+  static constexpr size_t arguments = 1;
   static Status at(const Call& call, int32_t row, bool& hit) {
     double x;
     const Status status = call.recall(0, row, x);
@@ -38,6 +39,7 @@ struct OneValue {
 /// As `OneValue` for the first two arguments.
 template <bool (*holds)(double, double)>
 struct TwoValues {
+  static constexpr size_t arguments = 2;
   static Status at(const Call& call, int32_t row, bool& hit) {
     double values[2];
     for (size_t i = 0; i < 2; ++i) {
@@ -62,6 +64,7 @@ struct TwoValues {
 /// A test of the first argument at a bar and at the one before, which is 0.0 where there is none.
 template <bool (*holds)(double before, double value)>
 struct ValueAndBefore {
+  static constexpr size_t arguments = 1;
   static Status at(const Call& call, int32_t row, bool& hit) {
     double value;
     Status status = call.recall(0, row, value);
@@ -73,7 +76,7 @@ struct ValueAndBefore {
   }
 
   bool read(const ColumnCall& call, Block rows) {
-    if (rows.first > 1) x = call.values(0, {rows.first - 1, rows.end});
+    x = call.values(0, {rows.first - 1, rows.end});
     return x != nullptr;
   }
   bool holds_at(size_t place) const { return holds(x[place], x[place + 1]); }
@@ -84,6 +87,7 @@ struct ValueAndBefore {
 /// The newest row up to a bar at which a test holds.
 struct NewestHit {
   int32_t row = no_row;
+  bool operator==(const NewestHit&) const = default;
 };
 
 /// The newest row from `row` down to `lowest` at which the test holds, or `no_row`. There is at
@@ -96,14 +100,24 @@ Status newest_hit(const Call& call, int32_t row, int64_t lowest, int32_t& found)
     if (hit) newest.row = at;
     return status;
   };
-  const RowStates<NewestHit>* states = nullptr;
-  if (const Status status = follow(call, row, step, states); failed(status)) return status;
+  RowStates<NewestHit>* states = nullptr;
+  Status status = follow(call, row, Test::arguments, step, states);
+  if (failed(status)) return status;
+  const int32_t known = std::min(known_of(states), std::max(row, -1) + 1);
   NewestHit newest;
-  if (states != nullptr) newest = states->after(row);
-  // Rows before the first one have no state.
-  int64_t at = states != nullptr ? -1 : row;
-  for (; newest.row == no_row && at >= lowest; --at) {
-    const Status status = step(static_cast<int32_t>(at), newest);
+  const auto walk = [&step, &newest](int64_t from, int64_t to) {
+    for (; newest.row == no_row && from >= to; --from) {
+      const Status passed = step(static_cast<int32_t>(from), newest);
+      if (failed(passed)) return passed;
+    }
+    return Status::ok;
+  };
+  status = walk(row, std::max<int64_t>(known, lowest));
+  if (failed(status)) return status;
+  if (newest.row == no_row && known > 0) newest = states->after(known - 1);
+  if (newest.row == no_row && lowest < 0) {
+    status = states != nullptr ? states->hit_below(lowest, step, newest)
+                               : walk(std::min(row, -1), lowest);
     if (failed(status)) return status;
   }
   found = newest.row >= lowest ? newest.row : no_row;

@@ -42,7 +42,9 @@ class SUM final : public BaseFunc {
     }
     double x = null_value;
     if (const Status status = call.evaluate(0, x); failed(status)) return status;
+    const SeriesStore store(call, call.argument(0).column_index);
     const int32_t column = store_in_own_column(call, call.argument(0), x);
+    store.note(x);
     const WindowSeed seed = seed_of(call, column, n);
     const double sum = sum_step(x, seed, call.row, n);
     return call.answer(stored(call, call.variable.column_index, sum));
@@ -102,9 +104,11 @@ class SUM final : public BaseFunc {
       so_far.take(table.cell(row, column));
       return Status::ok;
     };
-    const RowStates<SumSoFar>* sums = nullptr;
-    if (n > call.row && column != -1) ignore_status(follow(call, call.row, step, sums));
-    if (sums == nullptr || call.row == 0) {
+    RowStates<SumSoFar>* sums = nullptr;
+    if (n > call.row && column != -1 && call.variable.remembering >= Remembering::in_order) {
+      ignore_status(follow(call, call.row, 0, step, sums));
+    }
+    if (sums == nullptr || sums->known() <= call.row || call.row == 0) {
       return window_seed(table.cells(column), null_value, int64_t{call.row} - 1, n);
     }
     return {.sum = sums->before(call.row).or_null(), .count = n};
@@ -143,17 +147,19 @@ class COUNT final : public BaseFunc {
       count.hits += x > 0.0;
       return status;
     };
-    const RowStates<HitCount>* counts = nullptr;
-    if (const Status status = follow(call, call.row, step, counts); failed(status)) return status;
-    const int64_t before = call.row - static_cast<int64_t>(bars);
-    HitCount count;
-    if (counts != nullptr) {
-      count.hits = counts->after(call.row).hits;
-      if (before >= 0) count.hits -= counts->after(static_cast<int32_t>(before)).hits;
-      return call.answer(count.hits);
+    RowStates<HitCount>* counts = nullptr;
+    if (const Status status = follow(call, call.row, 1, step, counts); failed(status)) {
+      return status;
     }
-    for (int32_t row = call.row; row > before; --row) {
+    const int64_t before = call.row - static_cast<int64_t>(bars);
+    const int32_t known = std::min(known_of(counts), call.row + 1);
+    HitCount count;
+    for (int32_t row = call.row; row > before && row >= known; --row) {
       if (const Status status = step(row, count); failed(status)) return status;
+    }
+    if (known - 1 > before) {
+      count.hits += counts->after(known - 1).hits;
+      if (before >= 0) count.hits -= counts->after(static_cast<int32_t>(before)).hits;
     }
     return call.answer(count.hits);
   }

@@ -28,6 +28,8 @@ class FILTER final : public BaseFunc {
     if (!failed(status)) call.result = pass(call, signal, to_int(period));
     return status;
   }
+  /// Not at row 0, in whatever order its bars are evaluated.
+  ColumnTraits column_traits() const override { return {.starts_late = true}; }
 
  private:
   static double pass(const Call& call, double signal, int32_t bars) {
@@ -162,8 +164,8 @@ class BACKSET final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<FILTER>("FILTER", keeps_state | periods_from(1, follows_rows)),
-    word_row<BACKSET>("BACKSET", reads_forward | follows_rows)};
+    word_row<FILTER>("FILTER", looks_back | keeps_state | periods_from(1, follows_rows)),
+    word_row<BACKSET>("BACKSET", repeatable | reads_forward | follows_rows)};
 
 }  // namespace
 

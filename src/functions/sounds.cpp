@@ -56,6 +56,7 @@ class PLAYSOUND final : public BaseFunc {
     set_mark(call, condition == 0.0 ? hidden_mark : shown_mark);
     return Status::ok;
   }
+  ColumnTraits column_traits() const override { return only_a_condition; }
 };
 
 constexpr WordRow words[] = {word_row<SOUND>("SOUND", draws | steady),

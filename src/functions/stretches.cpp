@@ -180,7 +180,6 @@ class Crossing : public BaseFunc {
     return call.answer(crosses(now[from], now[over], before[from], before[over]));
   }
   const double* column(const ColumnCall& call) const final {
-    if (call.rows.first < 2) return nullptr;
     const Block rows{call.rows.first - 1, call.rows.end};
     const double* lines[] = {call.values(0, rows), call.values(1, rows)};
     if (lines[0] == nullptr || lines[1] == nullptr) return nullptr;

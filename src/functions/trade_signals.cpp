@@ -73,6 +73,7 @@ class TradeSignal : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const override { return execute_signal(call, action); }
+  ColumnTraits column_traits() const override { return only_a_condition; }
 };
 
 class BK final : public TradeSignal<0> {
@@ -97,14 +98,16 @@ class CLOSEOUT final : public TradeSignal<6> {
   using TradeSignal::TradeSignal;
 };
 
+constexpr Traits signal = looks_back | acts | draws | can_fail;
+
 constexpr WordRow words[] = {
-    word_row<BK>("BK", acts | draws | can_fail),
-    word_row<BP>("BP", acts | draws | can_fail),
-    word_row<SK>("SK", acts | draws | can_fail),
-    word_row<SP>("SP", acts | draws | can_fail),
-    word_row<BPK>("BPK", acts | draws | can_fail),
-    word_row<SPK>("SPK", acts | draws | can_fail),
-    word_row<CLOSEOUT>("CLOSEOUT", acts | draws | can_fail),
+    word_row<BK>("BK", signal),
+    word_row<BP>("BP", signal),
+    word_row<SK>("SK", signal),
+    word_row<SP>("SP", signal),
+    word_row<BPK>("BPK", signal),
+    word_row<SPK>("SPK", signal),
+    word_row<CLOSEOUT>("CLOSEOUT", signal),
 };
 
 }  // namespace

@@ -53,6 +53,8 @@ inline constexpr Traits reads_statement{1 << 8};
 /// Refuses some values of its arguments, by a status or an exception. Words that can't fail still
 /// hand up the failures of their arguments.
 inline constexpr Traits can_fail{1 << 9};
+/// Writes what its first, third, ... arguments name.
+inline constexpr Traits sets_arguments{1 << 10};
 
 /// The arguments from `first` on are periods; the call has `otherwise` unless they are fixed.
 constexpr Traits periods_from(uint8_t first, Traits otherwise) {

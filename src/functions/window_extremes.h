@@ -104,6 +104,12 @@ class ExtremeRows {
   /// The rows before this one have been passed.
   int32_t passed() const { return passed_; }
 
+  void forget_window() {
+    rows_.clear();
+    head_ = 0;
+    end_ = 0;
+  }
+
   /// Forgets a row and those behind it.
   void cut(int32_t row) {
     passed_ = std::min(passed_, row);
@@ -115,12 +121,6 @@ class ExtremeRows {
     column_ = column;
     passed_ = 0;
     forget_window();
-  }
-
-  void forget_window() {
-    rows_.clear();
-    head_ = 0;
-    end_ = 0;
   }
 
   /// Takes in the rows before the last one, whose value may still change.
@@ -138,6 +138,7 @@ class ExtremeRows {
   void push(const DataTable& table, int32_t row) {
     const double value = table.cell(row, column_);
     if (value != value) return;
+    if (rows_.capacity() == 0) rows_.reserve(least_rows);
     while (head_ < rows_.size() && beats<extreme>(value, table.cell(rows_.back(), column_))) {
       rows_.pop_back();
     }
@@ -148,6 +149,8 @@ class ExtremeRows {
     }
     rows_.push_back(row);
   }
+
+  static constexpr size_t least_rows = 16;
 
   int32_t column_ = -1;
   int32_t passed_ = 0;

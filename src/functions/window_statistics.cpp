@@ -30,13 +30,19 @@ double running_mean(const W& window) {
   return mean;
 }
 
+double zero_unless_null(double value) { return is_null(value) ? value : 0.0; }
+Pair zero_unless_null(Pair values) {
+  return Pair{zero_unless_null(values[0]), zero_unless_null(values[1])};
+}
+
 /// The sum of the squared distances from the mean, in one pass: value j adds
 /// ((j+1) * w[j] - T)^2 / ((j+1) * j) with T the sum of the values so far.
 template <typename W>
 Number<W> squared_distances(const W& window) {
   if (window.empty()) return Number<W>{};
   Number<W> total = window[0];
-  Number<W> sum{};
+  // A null alone in its window has no distance; in a longer one it spreads by the total.
+  Number<W> sum = zero_unless_null(window[0]);
   for (size_t j = 1; j < window.size(); ++j) {
     const auto before = static_cast<double>(j);
     const double count = before + 1.0;

@@ -224,8 +224,7 @@ class ADMA final : public BaseFunc {
     if (n == 0) return call.everywhere(null_value);
     const double* fast = call.values(2);
     const double* slow = call.values(3);
-    const bool has_before = call.variable.has_column() && call.rows.first > 0;
-    if (n < 0 || fast == nullptr || slow == nullptr || !has_before) return nullptr;
+    if (n < 0 || fast == nullptr || slow == nullptr || !call.variable.has_column()) return nullptr;
     double* plain = call.overwrite(call.variable.column_index);
     return call.each_row([&](int32_t row) {
       const auto i = static_cast<ptrdiff_t>(row) - call.rows.first;

@@ -289,10 +289,10 @@ class TROUGHBARS final : public TurnWord<Turn::trough, Output::distance> {
 constexpr WordRow words[] = {
     word_row<ZIG>("ZIG", can_fail),
     word_row<ZIGZAG>("ZIGZAG", reads_forward | follows_rows),
-    word_row<PEAK>("PEAK", reads_forward | follows_rows),
-    word_row<PEAKBARS>("PEAKBARS", reads_forward | follows_rows),
-    word_row<TROUGH>("TROUGH", reads_forward | follows_rows),
-    word_row<TROUGHBARS>("TROUGHBARS", reads_forward | follows_rows),
+    word_row<PEAK>("PEAK", repeatable | reads_forward | follows_rows),
+    word_row<PEAKBARS>("PEAKBARS", repeatable | reads_forward | follows_rows),
+    word_row<TROUGH>("TROUGH", repeatable | reads_forward | follows_rows),
+    word_row<TROUGHBARS>("TROUGHBARS", repeatable | reads_forward | follows_rows),
 };
 
 }  // namespace

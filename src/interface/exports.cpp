@@ -59,8 +59,13 @@ char* enter_for_text(int64_t handle, uint32_t* length, const Work& work) noexcep
   return buffer;
 }
 
+/// Whether a handle names an instance; waits for no call that works on it.
 bool is_live(int64_t handle) noexcept {
-  return enter(handle, false, [](ScriptParser&) { return true; });
+  try {
+    return quor::find_instance(handle) != nullptr;
+  } catch (...) {
+    return false;
+  }
 }
 
 }  // namespace
@@ -131,9 +136,10 @@ void set_get_trade_dates_callback(quor_trade_dates_handler handler) {
 char* get_pre_parse_res(int64_t handle, const char* script, const char* parameters,
                         const char* lines, uint32_t script_length, uint32_t parameters_length,
                         uint32_t lines_length, uint32_t* length) {
-  const bool null_text = script == nullptr || parameters == nullptr || lines == nullptr;
-  if (null_text && is_live(handle)) return nullptr;
-  if (null_text) handle = 0;
+  if (script == nullptr || parameters == nullptr || lines == nullptr) {
+    if (!is_live(handle)) write_length(length, 0);
+    return nullptr;
+  }
   return enter_for_text(handle, length, [&](ScriptParser& parser) {
     return parser.pre_parse({script, script_length}, {parameters, parameters_length},
                             {lines, lines_length});

@@ -78,10 +78,8 @@ double ScriptParser::field_value(int32_t field_id, int32_t row) {
   if (field_id >= 0) return table.cell(row, table.column_index_of(static_cast<uint32_t>(field_id)));
   for (const auto& [text, argument] : pool_.script.argument_variables) {
     if (static_cast<int32_t>(argument->column_id) != field_id) continue;
-    std::string unread;
     double value = null_value;
-    calculator_.forget_changed_rows();
-    const Status status = calculator_.evaluate(*argument, row, false, unread, value);
+    const Status status = calculator_.evaluate_aside(*argument, row, value);
     return !failed(status) ? value : null_value;
   }
   return null_value;

@@ -23,6 +23,12 @@ quor: warning: --set N=2: the script'\''s own CONST N stands
 date               A
 2024-01-04  2.333333' run -e 'CONST N:3;A:=MA(C,N);' --bars bars.csv --set M=1 --set N=2 --last 1
 expect 1 'quor: --set N: write NAME=NUMBER, as in --set N=5' check -e 'A:N;' --set N
+expect 1 'quor: --set n=3: N is set twice' run -e 'A:N;' --bars bars.csv --set N=2 --set n=3
+expect 1 'quor: --set N=3: N is set twice' scan -e 'A:N;' bars.csv --set N=2 --set N=3
+expect 1 'quor: --set N=0.0000004: six decimals are kept, which makes it 0.000000' \
+  check -e 'A:N;' --set N=0.0000004
+expect 0 'date        A
+2024-01-04  1' run -e 'A:=C*N=4*0.123456;' --bars bars.csv --set N=0.123456 --last 1
 expect 1 'quor: wrong.json: not of the form [{"PARAM_NAME":"N","DEFAULT":5}, ...]' \
   check -e 'A:N;' --params wrong.json
 
@@ -65,7 +71,7 @@ named 9001 week weekly 1w
 named 10001 month 1mon
 named 15001 quarter
 named 11001 year
-for name in dya 5 0min 300min 5day 2week '' min5min 0x0 99999999999; do
+for name in dya 5 0min 300min 5day 2week '' min5min 0x0 99999999999 20240101 20000 0x8000; do
   expect 2 "quor: --period: '$name' is no period; write 5min, 15s, 2hour, day, week, month, quarter, \
 year or a code such as 0x3005
 quor check --help tells more" check -e 'A:C;' --period "$name"
@@ -94,6 +100,60 @@ expect 1 "quor: fraction.csv:2: '20240102.5' is no date" run -e 'A:=C;' --bars f
 printf '\377\376d\000' >wide.csv
 expect 1 'quor: wide.csv: the text is UTF-16; save it as UTF-8' run -e 'A:=C;' --bars wide.csv
 
+# A script that isn't UTF-8: what it most likely is. The comments say "average" in the language of each.
+# encoded NAME BYTES: the encoding as the message names it; the bytes as printf reads them.
+encoded() {
+  printf "$2" >encoded.quor
+  guess="the text isn't UTF-8 but most likely $1; save it as UTF-8"
+  expect 1 "quor: encoded.quor: $guess" check encoded.quor
+  expect 1 "quor: encoded.quor: $guess" scan encoded.quor bars.csv
+}
+encoded 'GB18030 (GBK)' '// \276\371\317\337\n\276\371:MA(C,5);\n'
+encoded 'GB18030 (GBK)' '{\303\277\310\325\265\304\223\360}A:C;\n'
+encoded Big5 '// \245\255\247\241\275u\nA:C;\n'
+encoded 'Windows-1252 (Latin-1)' '// gleitender Durchschnitt f\374r \304rger\nA:C;\n'
+encoded 'Windows-1252 (Latin-1)' '{Moyenne crois\351e, d\351part}A:C;'
+encoded Windows-1251 '// \361\352\356\353\374\347\377\371\340\377 \361\360\345\344\355\377\377\nA:C;\n'
+encoded UTF-16LE 'A\000:\000C\000;\000'
+encoded UTF-16BE '\000A\000:\000C\000;'
+encoded UTF-32 'A\000\000\000:\000\000\000C\000\000\000;\000\000\000'
+guess="the text isn't UTF-8 but most likely GB18030 (GBK); save it as UTF-8"
+printf '\276\371\317\337:C;' >gbk.quor
+expect 1 "quor: gbk.quor: $guess" run gbk.quor --bars bars.csv
+same "$(quor run - --bars bars.csv 2>&1 <gbk.quor | grep -v period)" "quor: standard input: $guess" 'quor run -'
+expect 1 "quor: gbk.quor: $guess" check -e 'A:C;' --params gbk.quor
+if has chart; then expect 1 "quor: gbk.quor: $guess" chart gbk.quor --bars bars.csv --out a.svg; fi
+if has studio; then
+  mkdir page
+  echo >page/index.html
+  expect 1 "quor: gbk.quor: $guess" studio gbk.quor --no-open --page page
+fi
+if [ -z "$emulator" ]; then expect 1 "quor: -e: $guess" check -e "$(cat gbk.quor)"; fi
+printf 'A:C;\n{ \345\235\207\347\272 }B:C;\n' >cut.quor
+expect 1 'quor: cut.quor:2: a character is no UTF-8; save the text as UTF-8 again' check cut.quor
+printf '\377\376A\000' >wide.quor
+expect 1 'quor: wide.quor: the text is UTF-16; save it as UTF-8' check wide.quor
+printf 'A:C;\000\000\001' >binary.quor
+expect 1 'quor: binary.quor: is no text file' check binary.quor
+printf '\357\273\277A:C,COLORD;' >marked.quor
+expect 1 'marked.quor:1:5: error: COLORD is no colour (code 2013); write a colour word, or COLOR and 6 hexadecimal digits
+A:C,COLORD;
+    ^~~~~~' check marked.quor
+
+echo '[{"LINE_NAME":"a","line_name":"x"},{"LINE_NAME":"A"}]' >look.json
+expect 0 'quor: warning: look.json: the script has no line a
+date  A' run -e 'A:C;' --bars bars.csv --last 0 --lines look.json
+
+# What the library takes as JSON and would pass over in silence.
+expect 1 'quor: wrong.json: not of the form [{"LINE_NAME":"MA5","COLOR_KEY":"...","LINE_THICK":1,"IS_SELECTED":1}, ...]' \
+  check -e 'A:C;' --lines wrong.json
+expect 1 'quor: none.json: is no calendar, which is an object in JSON' \
+  run -e 'A:C;' --bars bars.csv --calendar none.json
+expect 1 'quor: wrong.json: is no calendar: it needs "status_code":0 and "data"' \
+  run -e 'A:C;' --bars bars.csv --calendar wrong.json
+echo '{"status_code":0,"data":{"trade_dates":[]}}' >short.json
+expect 1 'quor: short.json: is no calendar: "data" lacks "timezone"' scan -e 'A:C;' bars.csv --calendar short.json
+
 # Files that can't be read.
 : >empty.quor
 expect 1 'quor: empty.quor: is empty' check empty.quor
@@ -117,14 +177,42 @@ expect 2 'quor: --bars is missing; write --bars FILE.csv, or --bars - for bars f
 quor run --help tells more' run mark.quor
 expect 2 'quor: --last: its value is missing; write --last 20
 quor run --help tells more' run mark.quor --bars bars.csv --last
-expect 2 'quor: --last: that is no number; write --last 20
-quor run --help tells more' run mark.quor --bars bars.csv --last ten
+# refused OPTION VALUE BOUNDS ARGUMENTS...: negative numbers, large ones and half ones aren't taken.
+refused() {
+  option=$1 value=$2 bounds=$3
+  shift 3
+  expect 2 "quor: $option: '$value' is no whole number from $bounds
+quor $1 --help tells more" "$@" -e 'A:C;' "$option" "$value"
+}
+for value in -3 ten 1.5 '' 99999999999999999999; do
+  refused --last "$value" '0 up' run --bars bars.csv
+  refused --from "$value" '0 up' run --bars bars.csv
+  refused --last "$value" '1 up' scan bars.csv
+  refused --jobs "$value" '1 to 1024' scan bars.csv
+done
+expect 2 'quor: --last is given twice
+quor run --help tells more' run -e 'A:C;' --bars bars.csv --last 1 --last 2
+refused --last 0 '1 up' scan bars.csv
+refused --jobs 0 '1 to 1024' scan bars.csv
+expect 0 "$(quor run -e 'A:C;' --bars bars.csv --last 10 2>/dev/null)" run -e 'A:C;' --bars bars.csv --last 010
 expect 2 'quor: --json and --csv don'\''t go together: give one of them
 quor run --help tells more' run mark.quor --bars bars.csv --json --csv
 expect 2 'quor: one argument too many; a text with blanks or signs such as ; and ( stands in quotes
 quor check --help tells more' check mark.quor A:C
 
-# Help of a word, of a command, of all.
+expect 2 'quor: -e: an empty text is no script
+quor run --help tells more' run -e '' --bars bars.csv
+expect 2 'quor: --where: an empty text is no expression
+quor scan --help tells more' scan -e 'A:C;' bars.csv --where ' '
+expect 1 'quor: --from 3: there are only 3 bars, the first of them is row 0' run -e 'A:C;' --bars bars.csv --from 3
+if [ -z "$emulator" ]; then
+  for command in 'run -e A:C; --bars bars.csv' 'scan -e A:C; bars.csv' 'check -e A:C;' 'help MA' 'run --help'; do
+    same "$({ quor $command 2>&1 >/dev/full; echo $?; } | tail -n 2)" "quor: the output can't be written
+1" "quor $command on a full disk"
+  done
+fi
+
+# Help of a word, of a command, of a code, of all.
 expect 0 'MA(X,N)
   Mean of the last N bars.
 
@@ -142,6 +230,11 @@ CURRBARSCOUNT
 
 Example
   A:CURRBARSCOUNT;' help ma CURRBARSCOUNT
+expect 0 "Code 14: the statement has no ';' at its end
+
+What to do
+  close it; // may stand only where no statement is under way" help 14
+expect 1 "quor: '2005' is neither a function word nor a command; quor help lists them" help 2005
 expect 1 "quor: 'EMMA' is neither a function word nor a command; did you mean EMA?" help EMMA
 expect 1 "quor: 'rnu' is neither a function word nor a command; did you mean run?" help rnu
 same "$(quor help run)" "$(quor run --help)" 'quor help run'

@@ -40,6 +40,12 @@ quor: warning: no data for 600000 CLOSE (11), which reads as null
 date           A     B
 2024-01-03  null  null' run --bars bars.csv --last 1 -e 'A:=OPI+1;B:="600000$CLOSE"*2;'
 
+printf 'date,close,volume\n2024-01-02,1,2147483648\n2024-01-03,2,7\n' >marks.csv
+expect 0 'quor: warning: marks.csv has 2147483648 or 4294967295 for VOL (13), which read as null
+date           A
+2024-01-02  null
+2024-01-03     7' run --bars marks.csv -e 'A:V;'
+
 expect 0 'The script is sound.
   lines             AVG (20000)
   functions         MA, POLYLINE
@@ -96,7 +102,11 @@ bad_bars ':3: same date as in line 2' 'date,close\n2024-01-02,1\n20240102,2\n'
 bad_bars ':2: a quote is out of place' 'date,close\n2024-01-02,"1"2\n'
 
 expect 1 'quor: none.csv: there is no such file' run -e 'A:=C;' --bars none.csv
-expect 1 'quor: --extra UNIT=x: not of the form KEY=NUMBER' check -e 'A:=1;' --extra UNIT=x
+for text in UNIT=x UNIT=nan UNIT MINPRCE=0.01 =1; do
+  expect 1 "quor: --extra $text: write MINPRICE=NUMBER, UNIT=NUMBER or SHARECOUNTPERUNIT=NUMBER" \
+    check -e 'A:=1;' --extra "$text"
+done
+expect 1 'quor: --extra unit=2: UNIT is given twice' check -e 'A:=UNIT;' --extra UNIT=1 --extra unit=2
 expect 2 "quor: no script: give a file or -e 'TEXT'" check
 
 # Data of another security by the same key, of a longer period up to its next bar.
@@ -106,6 +116,9 @@ expect 0 'date           A  B
 2024-01-02  null  3
 2024-01-03     7  3' run --bars bars.csv -e 'A:="600000$CLOSE"; B:="WEEK$1$CLOSE";' \
   --reference '600000|11=other.csv' --reference 'WEEK1|11=weeks.csv'
+printf 'date,close\n2023-12-29,7\n' >past.csv
+expect 0 'quor: warning: --reference 600000|11=past.csv has no value at the times of the bars
+date  A' run --bars bars.csv --last 0 -e 'A:="600000$CLOSE";' --reference '600000|11=past.csv'
 expect 1 'quor: --reference 600000|11: the script asks for no such data' \
   run --bars bars.csv -e 'A:=C;' --reference '600000|11=other.csv'
 
@@ -122,6 +135,37 @@ night() {
 [ "$(night -e 'C>3810,NOTICE('\''high'\'');C>3810,BK(3);' --fire --last 0 | head -n 2 | cut -c1-49)" = \
   'notice  2024-01-05 21:15:00  high  {"1":202401052
 signal  2024-01-05 21:15:00  row 2  BK 3' ] || failures=1
+
+# Beside JSON the events go to the error output, as beside comma-separated values.
+same "$(quor run --bars bars.csv -e 'C>0,BK;' --fire --json 2>events.txt | head -c 10)" '{"report":' 'run --fire --json'
+same "$(grep -c '^signal' events.txt)" 2 'signals beside JSON'
+
+# What a script asks for and the user doesn't give. The library asks for named securities alone.
+lacks_calendar='-e:1:3: warning: there is no trading calendar, so DATE gives each bar the date on its clock, not '\
+'its trading day; --calendar gives one, together with --code and --market
+A:DATE;
+  ^~~~'
+calendar=$samples/night-calendar.json
+set -- run --bars "$samples/night.csv" --last 0
+expect 0 "$lacks_calendar
+date  A" "$@" -e 'A:DATE;'
+expect 0 "$lacks_calendar
+date  A" "$@" -e 'A:DATE;' --calendar "$calendar" --code TEST
+expect 1 "$lacks_calendar
+date  A" "$@" -e 'A:DATE;' --calendar "$calendar" --market NIGHT --strict
+expect 0 'date  A' "$@" -e 'A:DATE;' --calendar "$calendar" --code TEST --market NIGHT
+expect 0 'date  A' "$@" -e 'A:TIME;'
+expect 0 'date  A' run -e 'A:DATE;' --bars bars.csv --last 0
+lacks_number='-e:1:3: warning: there is no number for MINPRICE, so it is null on every bar; --extra gives one, '\
+'together with --code
+A:MINPRICE*C;
+  ^~~~~~~~'
+expect 0 "$lacks_number
+date  A" run -e 'A:MINPRICE*C;' --bars bars.csv --last 0
+expect 0 "$lacks_number
+date  A" run -e 'A:MINPRICE*C;' --bars bars.csv --last 0 --extra MINPRICE=1
+expect 0 "quor: warning: --extra UNIT=5: the script doesn't read UNIT
+date  A" run -e 'A:MINPRICE*C;' --bars bars.csv --last 0 --extra MINPRICE=1 --code IF --extra UNIT=5
 
 # texts FILE.svg: the texts of a picture, one in a line.
 texts() {
@@ -182,6 +226,8 @@ if quor --help | grep -q '^  chart '; then
   quor chart --bars "$samples/night.csv" --period 0x3005 --out a.svg -e 'A:C;'
   shows a.svg '5 min' '2024-01-09 15:00' 'Jan 9' 21:05 'Volume 541'
 
+  expect 0 "$lacks_number" chart --bars bars.csv --out a.svg -e 'A:MINPRICE*C;'
+
   # The grounds of both themes, the size.
   daily_chart --out a.svg --theme dark --size 1600x900 -e 'A:C,COLORBLACK;'
   grep -q 'width="1600pt" height="900pt"' a.svg || failures=$((failures + 1))
@@ -215,9 +261,6 @@ quor chart --help tells more' chart -e 'A:=1;' --bars bars.csv --out a.svg --the
   expect 0 '' chart --bars bars.csv --out endless.png -e 'HUGE:C*POW(10,300);ENDLESS:HUGE*HUGE;
     DRAWSL(1,C,POW(10,300),HUGE,3,COLORRED),DOT;GOLDENLINE(1,C,1,H,POW(10,300));
     WAVERULER(1,L,1,H,1,C,POW(10,300));DRAWNUMBER(1,ENDLESS,C,2,COLORRED);'
-  printf "DRAWTEXT(1,C,'\\377');" >latin.quor
-  expect 1 "quor: the drawing records can't be read, texts and numbers stand in them as the script gives \
-them: The input is not valid UTF-8" chart latin.quor --bars bars.csv --out chart.svg
   ln -s /dev/full full.svg
   expect 1 "quor: full.svg: can't be written" chart -e 'A:=1;' --bars bars.csv --out full.svg
   expect 2 'quor: --size: Value 10 not in range 200 to 8000

@@ -1,28 +1,8 @@
 #!/bin/sh
 # Runs `quor scan` and compares its exit status and what it prints.
-#   scan_test.sh QUOR [EMULATOR]
+#   scan_test.sh QUOR SAMPLES [EMULATOR]
 set -u
-program=$1
-emulator=${2:-}
-folder=$(mktemp -d) || exit 1
-trap 'rm -rf "$folder"' EXIT
-cd "$folder" || exit 1
-failures=0
-
-quor() { ${emulator:+"$emulator"} "$program" "$@"; }
-
-# expect STATUS TEXT ARGUMENTS...: runs quor; the whole of what it prints on both channels must be TEXT.
-expect() {
-  status=$1
-  text=$2
-  shift 2
-  printed=$(quor "$@" 2>&1)
-  got=$?
-  [ "$got" -eq "$status" ] && [ "$printed" = "$text" ] && return
-  printf 'quor %s\n' "$*"
-  printf 'expected status %s and\n%s\ngot status %s and\n%s\n\n' "$status" "$text" "$got" "$printed"
-  failures=$((failures + 1))
-}
+. "$(dirname "$0")/support.sh"
 
 mkdir market
 printf 'date,close\n2024-01-03,2\n2024-01-02,1\n' >market/B.csv
@@ -65,9 +45,56 @@ quor: 2 of 5 files failed
 expect 1 'security  date  X
 quor: 1 of 1 files failed
   market/B.csv: no column for VOL (13), which the script reads' scan -e 'X:V;' market/B.csv
-expect 1 'security  date  X
+expect 1 '-e:1:9: warning: the period of STD is negative: -5
+X:STD(C,0-5);
+        ^~~
+security  date  X
 quor: 1 of 1 files failed
   market/B.csv: the period of STD is negative: -5 ("vector too long") (code 4000)' scan -e 'X:STD(C,0-5);' market/B.csv
+
+# The period is told by the bars of each file, as `run` tells it; --period sets one for all.
+printf 'date,close\n2024-01-02 09:35,1\n2024-01-02 09:40,2\n' >minutes.csv
+printf 'date,close\n2024-01-05,1\n2024-01-12,2\n' >weeks.csv
+expect 0 'security  date                    P
+A         2024-01-04 00:00:00  8001
+minutes   2024-01-02 09:40:00  3005
+weeks     2024-01-12 00:00:00  9001' \
+  scan -e 'P:PERIOD*1000+BARINTERVAL;' market/A.CSV minutes.csv weeks.csv
+# period_line EXPECTED ARGUMENTS...
+period_line() {
+  expected=$1
+  shift
+  same "$(quor scan -e 'X:C;' "$@" 2>&1 >/dev/null)" "$expected" "quor scan $*"
+}
+told='by the distances of the bars; --period sets another'
+period_line "quor: period: day, $told" market/A.CSV market/B.csv
+period_line "quor: period: 5min (1 file), day (2 files), $told" market/A.CSV minutes.csv market/B.csv
+period_line '' minutes.csv --period 15min
+
+# What a script and a condition lack is told, and what has no effect; a calendar serves a named market.
+expect 0 "quor: warning: --set M=1: the script doesn't read M
+quor: warning: --extra UNIT=5: the script doesn't read UNIT
+quor: warning: --where DAY=2: there is no trading calendar, so DAY gives each bar the date on its clock, not \
+its trading day; --calendar gives one, together with --market
+-e:1:3: warning: there is no number for MINPRICE, so it is null on every bar; --extra gives one
+X:MINPRICE,RED;
+  ^~~~~~~~
+-e:1:12: warning: RED is no style item and has no effect; did you mean COLORRED?
+X:MINPRICE,RED;
+           ^~~
+security  date                    X
+minutes   2024-01-02 09:40:00  null" \
+  scan -e 'X:MINPRICE,RED;' minutes.csv --set M=1 --extra UNIT=5 --where DAY=2
+printf 'date,close\n2024-01-05 21:05,1\n2024-01-05 21:10,2\n' >TEST.csv
+set -- scan -e 'X:DATE+MINPRICE;' TEST.csv --extra minprice=0.5 --calendar "$samples/night-calendar.json"
+expect 0 'security  date                            X
+TEST      2024-01-05 21:10:00  20240108.500' "$@" --market NIGHT
+expect 0 '-e:1:3: warning: there is no trading calendar, so DATE gives each bar the date on its clock, not '\
+'its trading day; --calendar gives one, together with --market
+X:DATE+MINPRICE;
+  ^~~~
+security  date                            X
+TEST      2024-01-05 21:10:00  20240105.500' "$@"
 
 # What can't be scanned at all.
 expect 1 '-e:2:5: error: nothing defines NOTHING (code 2); declare it above, or as a constant: CONST NOTHING:number;
@@ -82,6 +109,10 @@ expect 1 'quor: none: no such file or folder' scan -e 'X:C;' none
 expect 1 'quor: no files and no folders with bars are given' scan script.quor
 expect 1 'quor: --sort Z: the script has no such line' scan -e 'X:C;' market --sort Z
 expect 1 'quor: --set N: write NAME=NUMBER, as in --set N=5' scan -e 'X:C;' market --set N
+mkdir other
+cp market/B.csv other
+expect 1 'quor: other/B.csv and market/B.csv: two files are of security B' scan -e 'X:C;' market other
+expect 1 'quor: market/B.csv: is given twice' scan -e 'X:C;' market market/B.csv
 mkdir empty
 expect 1 'quor: empty: no file in this folder ends in .csv' scan -e 'X:C;' empty
 
@@ -97,7 +128,8 @@ if [ -z "$emulator" ]; then
   exec 3>&-
   wait "$scan"
   got=$?
-  expected='security,date,X
+  expected='quor: period: day, by the distances of the bars; --period sets another
+security,date,X
 A,2024-01-04,7.5
 slow,2024-01-02,5
 quor: stopped behind 2 of 3 files'

@@ -3,7 +3,8 @@
 import functools
 import os
 import warnings
-from concurrent.futures import ProcessPoolExecutor, ThreadPoolExecutor
+from concurrent.futures import BrokenExecutor, ProcessPoolExecutor, ThreadPoolExecutor
+from concurrent.futures.process import BrokenProcessPool
 
 import numpy as np
 import pandas as pd
@@ -54,10 +55,13 @@ def test_a_scan_takes_odd_frames_as_a_run_does():
         "minutes": frame.set_axis(
             pd.date_range("1969-12-31 23:00", periods=len(frame), freq="min")),
     }
-    result = quor.scan(SCRIPT, odd, last=100, jobs=1)
+    with pytest.warns(quor.ScanWarning, match="1 of 7 .* twice: bars 0 and 10"):
+        some = quor.scan(SCRIPT, odd, last=100, jobs=1)
+    result = quor.scan(SCRIPT, odd, last=100, jobs=1, duplicates="last")
+    assert list(some.attrs["failures"]) == ["twice"] and result.attrs["failures"] == {}
     assert set(result.index.get_level_values(0)) == set(odd) - {"empty"}
     for name in set(odd) - {"empty"}:
-        wanted = SCRIPT.run(odd[name]).rename_axis("time").sort_index()
+        wanted = SCRIPT.run(odd[name], duplicates="last").rename_axis("time").sort_index()
         assert_same(result.loc[name], wanted[~wanted.index.duplicated()])
 
 
@@ -110,8 +114,59 @@ def test_folders_files_and_globs_of_csv(tmp_path):
     assert result.index[3][1] == pd.Timestamp("2024-01-02 09:36")
     assert_same(quor.scan(SCRIPT, str(tmp_path / "S*.csv")), expected().head(3))
     assert len(quor.scan(SCRIPT, tmp_path / "S01.csv", last=4)) == 4
+    functions = {name: functools.partial(str, tmp_path / f"{name}.csv") for name in ["S00", "S01"]}
+    assert_same(quor.scan(SCRIPT, functions), expected().head(2))
     with pytest.raises(ValueError, match="no such CSV files"):
         quor.scan(SCRIPT, tmp_path / "X*.csv")
+
+
+@pytest.mark.parametrize("text, fault", [
+    ("date,close\n01/02/2024,1\n", ":2: '01/02/2024' is no date"),
+    ("date,close\n2024-01-02,1\n13/01/2024,2\n", ":3: '13/01/2024' is no date"),
+    ("date,close\n2023-02-29,1\n", ":2: '2023-02-29' is no date"),
+    ("date,close\n2024-01-02,1\n2024-01-02,2\n", ":3: same date as in line 2"),
+    ("date,close\n2024-01-02,\"1,000\"\n", ":2: '1,000' is no number"),
+    ("date,close\n2024-01-02,inf\n", ":2: 'inf' is no number"),
+    ("date,close\n2024-01-02\n", ":2: 1 cells instead of 2"),
+    ("date,close,C\n2024-01-02,1,2\n", ":1: two columns are the field CLOSE"),
+    ("when,close\n2024-01-02,1\n", ":1: the header names no 'date' column"),
+    ("date,last\n2024-01-02,1\n", ":1: the header names no 'close' column"),
+    ("date,close\n\"2024-01-02,1\n", ": a quote is out of place"),
+    ("date,close\n2024-01-02,\udcb7\udce1\n", ":2: '\ufffd\ufffd' is no number"),
+    ("date,close\n", ": no bars"), ("", ": is empty"),
+])
+def test_odd_files_are_refused_by_their_line(tmp_path, text, fault):
+    path = tmp_path / "odd.csv"
+    path.write_text(text, encoding="utf-8", errors="surrogateescape")
+    with pytest.raises(ValueError, match="odd.csv") as caught:
+        quor.read_csv(path)
+    assert str(caught.value).startswith(str(path)) and fault in str(caught.value)
+    with pytest.warns(quor.ScanWarning, match="1 of 1"):
+        result = quor.scan("A:C;", path)
+    assert result.attrs["failures"] == {"odd": str(caught.value)}
+
+
+def test_a_file_is_read_by_the_names_of_its_columns(tmp_path):
+    path = tmp_path / "odd \udce9.csv"
+    path.write_text("\ufeffDay,Open_Interest,last price,note,HIGH,date\n"
+                    "20240103 0935,7,1.5,x,,bad\n2024-01-02T10:00:00.9+08:00,8,2,,3,bad\n")
+    columns = {"time": "Day", "close": "last price"}
+    frame = quor.read_csv(path, columns)
+    assert list(frame) == ["high", "close", "openinterest"] and frame.index.name == "date"
+    assert list(frame.index) == [pd.Timestamp("2024-01-03 09:35"), pd.Timestamp("2024-01-02 10:00")]
+    assert frame["openinterest"].tolist() == [7, 8]
+    assert frame["high"].isna().tolist() == [True, False]
+    more = {**columns, "open": "a column that nobody reads"}
+    assert quor.scan("A:C+OPI;", {"x": path}, columns=more)["A"].tolist() == [8.5]
+    assert quor.scan("A:C;", {"x": path}, columns={**columns, "close": None})["A"].isna().all()
+    with pytest.warns(quor.ScanWarning, match="reads 'volume', and no column of the file"):
+        assert quor.scan("A:V;", {"x": path}, columns=columns).empty
+    with pytest.raises(ValueError, match="names no 'first price' column"):
+        quor.read_csv(path, {"time": "Day", "close": "first price"})
+    path.write_text("date,close,600000|11\n2024-01-02,1,5\n2024-01-02,2,6\n")
+    script = quor.compile('A:C;B:="600000$CLOSE";')
+    assert quor.scan(script, {"x": path}, duplicates="last").to_numpy().tolist() == [[2.0, 6.0]]
+    assert quor.read_csv(path, duplicates="last")["close"].tolist() == [1, 2]
 
 
 @pytest.mark.parametrize("frames", [{}, [], iter(())])
@@ -126,10 +181,43 @@ def test_what_can_not_be_scanned_is_said_at_once():
         quor.scan(SCRIPT, FRAMES, where="Z>1")
     with pytest.raises(ValueError, match="plain expression"):
         quor.scan(SCRIPT, FRAMES, where="1;X:=2")
-    with pytest.raises(ValueError, match="last"):
-        quor.scan(SCRIPT, FRAMES, last=0)
+    for last in (0, -3, 2.5, "1", None):
+        with pytest.raises(ValueError, match="last must be a whole number"):
+            quor.scan(SCRIPT, FRAMES, last=last)
     with pytest.raises(ValueError, match="'closed' is the name of no field"):
         quor.scan(SCRIPT, FRAMES, columns={"closed": "c"})
+    for where in ("", " ", "\n", 5):
+        with pytest.raises(ValueError, match="where must be"):
+            quor.scan(SCRIPT, FRAMES, where=where)
+    with pytest.raises(ValueError, match="frame.groupby"):
+        quor.scan(SCRIPT, FRAMES["S00"])
+    with pytest.raises(ValueError, match="pairs of a name and bars, and 'ab' is none"):
+        quor.scan(SCRIPT, ["ab"])
+
+
+@pytest.mark.parametrize("jobs", [1, 3])
+def test_a_security_comes_once(tmp_path, jobs):
+    with pytest.raises(ValueError, match="'S03' comes twice"):
+        quor.scan(SCRIPT, [*FRAMES.items(), ("S03", FRAMES["S04"])], jobs=jobs)
+    for folder in ("a", "b"):
+        (tmp_path / folder).mkdir()
+        FRAMES["S00"].to_csv(tmp_path / folder / "S00.csv")
+    with pytest.raises(ValueError, match="'S00' comes twice: .*a.S00.csv and .*b.S00.csv"):
+        quor.scan(SCRIPT, tmp_path / "*" / "*.csv", jobs=jobs)
+
+
+def test_groups_of_a_long_frame_are_securities():
+    long = pd.concat(FRAMES, names=["code", "date"])
+    assert_same(quor.scan(SCRIPT, long.groupby(level="code"), last=2), expected(2))
+    assert_same(quor.scan(SCRIPT, long.reset_index().groupby("code")), expected())
+
+
+def test_odd_bars_are_told_beside_the_results():
+    odd = FRAMES["S05"].assign(close=[*FRAMES["S05"]["close"][:-1], np.inf])
+    with pytest.warns(quor.BarsWarning, match="1 of 30 securities have odd bars, one is S05"):
+        result = quor.scan(SCRIPT, {**FRAMES, "S05": odd})
+    assert list(result.attrs["findings"]) == ["S05"] and result.attrs["failures"] == {}
+    assert "'close' of bar 64" in result.attrs["findings"]["S05"][0].sentence
 
 
 def die_once(marker, seed):
@@ -149,11 +237,68 @@ def test_executors_of_the_standard_interface():
             assert_same(quor.scan(SCRIPT, sources, executor=pool), wanted)
 
 
-def test_a_process_that_dies_leaves_a_list_of_what_is_lost(tmp_path):
-    sources = {"S01": functools.partial(die_once, str(tmp_path / "died"), 1)}
-    with ProcessPoolExecutor(1) as pool, pytest.warns(quor.ScanWarning, match="terminated"):
+def die(seed):
+    """Ends its process."""
+    os._exit(1)
+
+
+def test_what_a_dead_process_leaves_undone_is_done_once_more(tmp_path):
+    names = [f"S{number:03}" for number in range(200)]
+    sources = {name: functools.partial(bars_of_worker, int(name[1:])) for name in names}
+    wanted = pd.concat({name: SCRIPT.run(source()).tail(1) for name, source in sources.items()},
+                       names=["security", "time"])
+    sources["S090"] = functools.partial(die_once, str(tmp_path / "died"), 90)
+    with ProcessPoolExecutor(2) as pool:
         result = quor.scan(SCRIPT, sources, executor=pool)
-    assert result.empty and list(result.attrs["failures"]) == ["S01"]
+        assert (tmp_path / "died").exists() and result.attrs["failures"] == {}
+        assert_same(result, wanted)
+        # The pool is broken now, which costs the next scan nothing but what kills its process.
+        deadly = {**sources, "S017": functools.partial(die, 17), "S019": functools.partial(die, 19)}
+        with pytest.warns(quor.ScanWarning, match="2 of 200 .* S017: BrokenProcessPool: .*termin"):
+            result = quor.scan(SCRIPT, iter(deadly.items()), executor=pool)
+    assert list(result.attrs["failures"]) == ["S017", "S019"]
+    result.attrs.clear()
+    assert_same(result, wanted.drop(index=["S017", "S019"]))
+
+
+def test_processes_that_never_start_end_the_scan():
+    sources = {"S01": functools.partial(bars_of_worker, 1)}
+    with ProcessPoolExecutor(2, initializer=die, initargs=(1,)) as pool:
+        with pytest.raises(BrokenProcessPool):
+            quor.scan(SCRIPT, sources, executor=pool)
+
+
+class _Breaking(ThreadPoolExecutor):
+    """Breaks over some of its tasks, by their numbers."""
+
+    def __init__(self, *numbers):
+        super().__init__(1)
+        self.numbers, self.count = numbers, 0
+
+    def submit(self, *task):
+        self.count += 1
+        if self.count in self.numbers:
+            raise BrokenExecutor("gone")
+        return super().submit(*task)
+
+
+def test_another_executor_that_breaks_is_tried_once_more():
+    with _Breaking(2) as pool:
+        assert_same(quor.scan(SCRIPT, FRAMES, executor=pool), expected())
+    with _Breaking(2, 3) as pool, pytest.warns(quor.ScanWarning, match="14 of 30 .* broke twice"):
+        result = quor.scan(SCRIPT, iter(FRAMES.items()), executor=pool)
+    assert len(result) == 16
+
+
+def interrupted():
+    raise KeyboardInterrupt
+
+
+@pytest.mark.parametrize("jobs", [1, 2, None])
+def test_an_interrupt_in_a_loader_ends_the_scan(jobs):
+    sources = {**FRAMES, "S14": interrupted}
+    with ProcessPoolExecutor(2) as pool, pytest.raises(KeyboardInterrupt):
+        quor.scan(SCRIPT, sources, **({"jobs": jobs} if jobs else {"executor": pool}))
 
 
 def test_a_cluster_of_two_processes_of_which_one_dies(tmp_path):
@@ -195,3 +340,6 @@ def test_bad_sweeps(frame):
         quor.sweep("A:MA(C,N);", frame, lines=["B"], N=[1])
     with pytest.raises(quor.ScriptError, match="with N=-5: .*vector too long"):
         quor.sweep("A:STD(C,N);", frame, N=[3, -5])
+    for values in (5, "35"):
+        with pytest.raises(ValueError, match=r"as in N=\[2, 3\]"):
+            quor.sweep("A:MA(C,N);", frame, N=values)

@@ -1,8 +1,10 @@
 """One script over one frame: values, times, names of columns, errors, events, live bars."""
 
+import datetime
 import pickle
 import re
 import threading
+import warnings
 
 import exports
 import numpy as np
@@ -45,6 +47,20 @@ def test_a_script_describes_itself():
     assert "LINETHIK" in quor.compile("A:C,LINETHIK2;").findings[0].sentence
 
 
+def test_findings_name_what_the_package_has_not():
+    def told(source, **settings):
+        return [str(finding) for finding in quor.compile(source, **settings).findings]
+
+    assert told("A:C;\nB:C/MINPRICE+UNIT;") == [
+        f"2:{column}: warning: there is no number for {word}, so it is null on every bar; "
+        "write the number, or a parameter, in its place"
+        for column, word in ((5, "MINPRICE"), (14, "UNIT"))]
+    assert told("A:DATE;", period=0x3005) == [
+        "1:3: warning: there is no trading calendar, so DATE gives each bar the date on its clock, "
+        "not its trading day; the package has none"]
+    assert told("A:DATE;") == [] and told("A:TIME;", period=0x3005) == []
+
+
 def test_a_text_that_is_no_json_leaves_its_record_readable():
     record = quor.compile("DRAWTEXT(C>1,C,'a\\b,\t');").shapes[0]
     assert (record["ShapeName"], record["Text"]) == ("TextShape", "a\\b,\t")
@@ -64,8 +80,22 @@ def test_a_text_that_is_no_json_leaves_its_record_readable():
     lambda frame: frame.rename(columns={"close": 11, "volume": "13"}),
     lambda frame: frame.astype({"close": "Float64", "volume": "Int64"}),
     lambda frame: frame.astype({"close": object}),
+    lambda frame: frame.reset_index().assign(
+        date=lambda x: x["date"].dt.strftime("%Y%m%d").astype(int).astype(object)),
+    lambda frame: frame.reset_index().assign(
+        date=lambda x: x["date"].dt.date, time=["00:00", *["23:59:59"] * 119]),
+    lambda frame: frame.reset_index().assign(
+        date=lambda x: x["date"].dt.strftime("%Y%m%d"), Time=[datetime.time(9, 35)] * 120),
+    lambda frame: frame.reset_index().assign(time=pd.Timedelta("9h")),
+    lambda frame: frame.set_axis(frame.index.strftime("%Y/%m/%dT%H:%M:%S.5+08:00")),
+    lambda frame: frame.set_axis(pd.Index(
+        [time.to_pydatetime().replace(tzinfo=datetime.timezone(datetime.timedelta(hours=day % 9)))
+         for day, time in enumerate(frame.index)], dtype=object)),
+    lambda frame: frame.reset_index().assign(date=lambda x: x["date"].dt.to_period("D")),
+    lambda frame: frame.astype("category").astype({"high": float}),
 ], ids=["zone", "periods", "column", "Time", "texts", "dates", "integers", "words", "ids",
-        "nullable", "objects"])
+        "nullable", "objects", "integer objects", "clocks", "clock objects", "clock deltas",
+        "zones in texts", "many zones", "period column", "categories"])
 def test_frames_of_every_kind_give_the_same_lines(frame, change):
     changed = change(frame)
     result = AVERAGE.run(changed)
@@ -104,10 +134,67 @@ def test_times_of_all_centuries_are_taken(unit, ticks, first, last, step):
         assert engine.keys(0).tolist() == keys
 
 
+def test_what_is_masked_is_null(frame):
+    hidden = np.arange(len(frame)) % 7 == 3
+    holes = frame.assign(close=frame["close"].mask(hidden))
+    data = {name: frame[name].to_numpy() for name in frame}
+    data["date"] = frame.index.to_numpy()
+    for close in (np.ma.array(frame["close"], mask=hidden),
+                  np.ma.array(frame["close"].to_numpy(object), mask=hidden),
+                  frame["close"].astype("Float64").mask(hidden)):
+        assert same_bits(AVERAGE.run({**data, "close": close}), AVERAGE.run(holes))
+    whole = np.ma.array(frame["volume"], mask=hidden, dtype=np.int64)
+    assert AVERAGE.run({**data, "volume": whole})["B"].isna().tolist() == hidden.tolist()
+    with pytest.raises(ValueError, match="bar 3 .* has no time"):
+        AVERAGE.run({**data, "date": np.ma.array(data["date"], mask=hidden)})
+
+
+def test_an_infinity_is_a_finding(frame):
+    text = r"'close' of bar 40 \(the first is 0\) is infinite, which averages"
+    for value in (np.inf, -np.inf):
+        odd = frame.assign(close=frame["close"].where(np.arange(len(frame)) != 40, value))
+        script = quor.compile("A:EMA(C,5);")
+        with pytest.warns(quor.BarsWarning, match=text):
+            script.run(odd)
+        assert [finding.severity for finding in script.findings] == ["warning"]
+        assert "is infinite" in script.findings[0].sentence
+        script.run(odd.iloc[41:])
+        assert script.findings == []
+        with pytest.warns(quor.BarsWarning, match=text):
+            live = script.live(odd)
+        with pytest.warns(quor.BarsWarning, match="'close' of bar 0"):
+            live.update("2030-01-01", close=value)
+        with pytest.warns(quor.BarsWarning, match=text):
+            quor.sweep("A:EMA(C,N);", odd, N=[2, 3])
+    quor.compile("A:EMA(O,5);").run(odd)  # reads no close
+
+
+def test_bars_of_a_day_that_are_none_are_a_finding(frame):
+    minutes = frame.set_axis(pd.date_range("2024-01-02 09:30", periods=len(frame), freq="min"))
+    script = quor.compile("A:TIME;")
+    with pytest.warns(quor.BarsWarning, match="several bars a day.*0x3005"):
+        script.run(minutes)
+    assert len(script.findings) == 1
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        script.run(frame)
+        quor.compile("A:TIME;", period=0x3001).run(minutes)
+        AVERAGE.run(minutes)
+    for period in (5, "day", 0x4000 + 0.0, True):
+        with pytest.raises(ValueError, match="period is a code"):
+            quor.compile("A:C;", period=period)
+
+
 def test_columns_can_be_named(frame):
     renamed = frame.rename(columns={"close": "last", "volume": "lots"}).reset_index(names="when")
     result = AVERAGE.run(renamed, columns={"close": "last", "Volume": "lots", "time": "when"})
     assert same_bits(result, AVERAGE.run(frame))
+    for columns, text in (({"close": "low", "C": "high"}, "'C' and another name are one field"),
+                          ({"closed": "low"}, "'closed' is the name of no field"),
+                          ({"date": None}, "without their times"),
+                          ({"close": "last"}, "no column 'last'")):
+        with pytest.raises(ValueError, match=text):
+            AVERAGE.run(frame, columns=columns)
     without = AVERAGE.run(frame, columns={"volume": None})
     assert without["B"].isna().all() and same_bits(without["A"], AVERAGE.run(frame)["A"])
 
@@ -117,11 +204,39 @@ def test_bars_in_any_order_come_back_in_theirs(frame):
     assert same_bits(AVERAGE.run(shuffled), AVERAGE.run(frame).loc[shuffled.index])
 
 
-def test_of_repeated_times_the_last_bar_counts(frame):
-    first = frame.iloc[[5]].assign(close=1e6)
-    result = AVERAGE.run(pd.concat([first, frame]))
+def test_repeated_times_are_refused_unless_the_last_bar_shall_count(frame):
+    twice = pd.concat([frame.iloc[[5]].assign(close=1e6), frame])
+    text = r"bars 0 and 6 \(the first is 0\) have one time, 2024-01-08.*groupby.*duplicates"
+    for run in (AVERAGE.run, AVERAGE.live,
+                lambda frame, **more: quor.sweep("A:MA(C,N);", frame, N=[2], **more)):
+        with pytest.raises(ValueError, match=text):
+            run(twice)
+        with pytest.raises(ValueError, match="different times fall into one second"):
+            run(twice.set_axis([twice.index[0] + pd.Timedelta("1ms"), *twice.index[1:]]),
+                duplicates="last")
+        with pytest.raises(ValueError, match="and not 'first'"):
+            run(frame, duplicates="first")
+    result = AVERAGE.run(twice, duplicates="last")
     assert same_bits(result.iloc[1:], AVERAGE.run(frame))
     assert same_bits(result.iloc[0], AVERAGE.run(frame).iloc[5])
+    assert same_bits(AVERAGE.live(twice, duplicates="last").values(), AVERAGE.run(frame))
+    swept = quor.sweep("A:MA(C,N);", twice, N=[2], duplicates="last")
+    assert same_bits(swept[2, "A"].iloc[1:], AVERAGE.run(frame)["A"])
+
+
+def test_a_long_frame_gives_one_security_at_a_time(frame):
+    frames = {"A": frame, "B": frame.set_axis(frame.index + pd.Timedelta("1h")) * 2}
+    long = pd.concat(frames, names=["code", "date"])
+    with pytest.raises(ValueError, match="level 'code' of the index has several values.*groupby"):
+        AVERAGE.run(long)
+    one = long.loc[["B"]]
+    assert AVERAGE.run(one).index is one.index
+    assert same_bits(AVERAGE.run(one), AVERAGE.run(frames["B"]))
+    script = quor.compile("C>0,BK;")
+    script.run(one)
+    assert list(script.events["time"]) == list(frames["B"].index)
+    with pytest.raises(ValueError, match="which level of the index holds the times"):
+        AVERAGE.run(one.rename_axis(["code", "when"]).set_index([np.arange(120.0), np.arange(120)]))
 
 
 @pytest.mark.parametrize("bars", [0, 1])
@@ -138,8 +253,21 @@ def test_few_bars(frame, bars):
     (lambda frame: frame.assign(close=frame.index), "column 'close' holds datetime64"),
     (lambda frame: frame.assign(close=1j), "column 'close' holds complex"),
     (lambda frame: frame.assign(close=[[1]] * len(frame)), "column 'close' holds what is no"),
+    (lambda frame: frame.set_axis(frame.index.strftime("%d/%m/%Y")), "'01/01/2024' is no date"),
+    (lambda frame: frame.set_axis(frame.index.strftime("%m-%d-%y")), "'01-01-24' is no date"),
+    (lambda frame: frame.set_axis(["2024-02-30", *frame.index[1:].strftime("%Y-%m-%d")]),
+     "'2024-02-30' is no date"),
+    (lambda frame: frame.set_axis([None, *frame.index[1:].strftime("%Y-%m-%d")]),
+     r"bar 0 \(the first is 0\) has no time"),
+    (lambda frame: frame.set_axis([1.5, *frame.index[1:]]), r"bar 0 .* has 1.5 for a time"),
+    (lambda frame: frame.reset_index().assign(time=935), "column 'time' holds no times of day"),
+    (lambda frame: frame.reset_index().assign(time="9.35"), "'20000101 9.35' is no date"),
+    (lambda frame: frame.reset_index().assign(
+        date=lambda x: x["date"] + pd.Timedelta("1h"), time="09:35"), "both have times of day"),
+    (lambda frame: frame.reset_index().assign(Date=1), "two columns hold the times: 'date' and"),
+    (lambda frame: frame["close"].tolist(), "a DataFrame or a mapping of arrays, and not list"),
     (lambda frame: frame.set_axis([pd.NaT, *frame.index[1:]]), r"bar 0 \(the first is 0\) has no"),
-    (lambda frame: frame.set_axis(["noon", *frame.index[1:]]), "the times can't be read"),
+    (lambda frame: frame.set_axis(["noon", *frame.index[1:]]), "has 'noon' for a time"),
     (lambda frame: frame.set_axis(range(len(frame))), "integers are times only if written as"),
     (lambda frame: frame.set_axis(frame.index[:1].append(frame.index[:-1] + pd.Timedelta("1ms"))),
      "different times fall into one second"),
@@ -149,7 +277,7 @@ def test_few_bars(frame, bars):
 ])
 def test_bad_frames_are_refused_and_leave_the_script_sound(frame, change, text):
     before = AVERAGE.run(frame)
-    with pytest.raises(ValueError, match=text):
+    with pytest.raises((ValueError, TypeError), match=text):
         AVERAGE.run(change(frame))
     assert same_bits(AVERAGE.run(frame), before)
 
@@ -179,10 +307,47 @@ def test_a_failing_run_raises_and_the_next_one_is_sound(frame):
     assert script.run(frame)["A"].notna().sum() == len(frame) - 3
 
 
-@pytest.mark.parametrize("value", [float("nan"), float("inf"), "many"])
-def test_parameters_are_numbers(value):
-    with pytest.raises(ValueError):
-        quor.compile("A:MA(C,N);", N=value)
+@pytest.mark.parametrize("value", [
+    float("nan"), float("inf"), "many", None, pd.NA, [1], 10**400, 2**53 + 1,
+    0.1234567, 1 / 3, 1e-7, 0.1 + 0.2, 123456789.1234567])
+def test_parameters_are_numbers_that_keep_all_digits(value, frame):
+    for use in (lambda: quor.compile("A:MA(C,N);", N=value),
+                lambda: quor.compile("A:MA(C,N);", parameters={"n": value}),
+                lambda: quor.sweep("A:MA(C,N);", frame, N=[2, value])):
+        with pytest.raises(quor.ParameterError, match="the parameter [Nn] is"):
+            use()
+
+
+@pytest.mark.parametrize("value", [
+    0, -7, 0.123456, -0.000001, 123456789.123456, 2**53, 1e22, np.int64(3), np.float32(0.5)])
+def test_parameters_reach_the_script_with_all_digits(value, frame):
+    assert quor.compile("A:N;", N=value).run(frame)["A"].eq(float(value)).all()
+
+
+@pytest.mark.parametrize("source, name, place, text", [
+    ("B:C;\n CONST N:20;A:MA(C,N);", "N", "2:8: ", "the script's own CONST N stands"),
+    ("A:MA(C,5);", "Q", "", "the script doesn't read Q"),
+    ("N:C;", "N", "", "the script doesn't read N"),
+    ("{N} MA(C,5)>O,NOTICE('N');", "N", "", "the script doesn't read N"),
+    ("A:STD(C,5);", "STD", "", "the script doesn't read STD"),
+    ("A:MA(C,5);", "C", "1:6: ", "this hides the bar field C; take another name"),
+    ("A:DATE;", "date", "1:3: ", "the language's own word DATE stands; take another name"),
+])
+def test_a_parameter_without_its_effect_is_an_error(source, name, place, text, frame):
+    for use in (lambda: quor.compile(source, **{name: 3}),
+                lambda: quor.sweep(source, frame, **{name: [2, 3]})):
+        with pytest.raises(quor.ParameterError) as caught:
+            use()
+        assert str(caught.value) == f"{place}error: parameter {name.upper()}: {text}"
+        assert isinstance(caught.value, ValueError) and isinstance(caught.value, quor.ScriptError)
+
+
+def test_a_parameter_is_given_once_by_its_name_in_capitals(frame):
+    with pytest.raises(quor.ParameterError, match="N is given twice"):
+        quor.compile("A:MA(C,N);", parameters={"n": 3}, N=3)
+    assert quor.compile("A:\u00e9*2;", **{"\u00e9": 3}).run(frame)["A"].eq(6).all()
+    assert quor.compile("A:STD*STD(C,2);", std=3).lines == ["A"]
+    assert quor.sweep(quor.compile("A:N*M;", N=1, M=2), frame, n=[3])[3, "A"].eq(6).all()
 
 
 def test_events_are_values(frame):
@@ -220,8 +385,37 @@ def test_live_bars_must_be_whole_and_have_a_time(frame):
         live.update(None, close=1, open=1)
     assert live.update(pd.Timestamp("2030-01-01", tz="UTC"), close=1, open=2) == {"A": 3.0}
     assert live.values(1).index[0] == pd.Timestamp("2030-01-01 09:00", tz="Asia/Tokyo")
+    assert np.isnan(live.update("2030-01-01 00:00Z", close=None, open=2)["A"]) and len(live) == 121
+    for time, text in (("01/02/2030", "is no date"), (20300102.0, "for a time"), (5, "integers"),
+                       ([1], "isn't one value"), ("2030-02-30", "is no date")):
+        with pytest.raises(ValueError, match=text):
+            live.update(time, close=1, open=2)
+    for value in ("5", [1, 2], [[1]]):
+        with pytest.raises(ValueError, match="column 'close'"):
+            live.update("2030-01-02", close=value, open=2)
+    live.update(20300103, close=1, open=2)
+    live.update(datetime.date(2030, 1, 2), close=1, open=2)
+    assert list(live.values(2).index.day) == [2, 3]
     with pytest.raises(ValueError, match="has a zone"):
         quor.compile("A:C;").live().update(pd.Timestamp("2030-01-01", tz="UTC"), close=1)
+
+
+def test_a_clock_that_is_set_back_shows_no_bar_twice(frame):
+    times = pd.date_range("2024-11-03 00:30", periods=6, freq="30min", tz="America/New_York")
+    bars = frame.head(6).set_axis(times)
+    with pytest.raises(ValueError, match="one time by the clock of their zone, 2024-11-03 01:00"):
+        AVERAGE.run(bars)
+    assert same_bits(AVERAGE.run(bars.tz_convert("UTC")), AVERAGE.run(frame.head(6)))
+    script = quor.compile("A:C;C>0,BK;")
+    for some in (bars.iloc[[0, 1, 2, 5]], bars.iloc[[0, 3, 4]]):
+        live = script.live(some)
+        assert list(live.values().index) == list(some.index)
+        live.update(some.index[1], close=7)
+        assert list(live.events["time"]) == list(some.index[1:])
+        with pytest.raises(ValueError, match="two bars have one time by the clock"):
+            live.update(times[[3, 1][some.index[1] == times[3]]], close=5)
+    with pytest.raises(ValueError, match="never shows 2025-03-09 02:30"):
+        script.live(frame.tz_localize("America/New_York")).update("2025-03-09 02:30", close=1)
 
 
 @pytest.mark.parametrize("source", [

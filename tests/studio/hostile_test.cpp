@@ -132,6 +132,12 @@ TEST_F(HostileTest, scripts_are_saved_in_their_folder_alone) {
   EXPECT_EQ(studio->get("/api/scripts/new%20one.quor").json()["text"], "B:O;");
   EXPECT_EQ(studio->get("/api/start").json()["scripts"], Json({"mine.quor", "new one.quor"}));
   EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()), 5);
+  // Saved anew, a script in another encoding would be spoilt.
+  folder.write("other.quor", "{\xBE\xF9\xCF\xDF}A:C;");
+  const Reply other = studio->get("/api/scripts/other.quor");
+  EXPECT_EQ(other.status, 400);
+  EXPECT_TRUE(other.json()["error"].get<std::string>().ends_with(
+      "other.quor: the text isn't UTF-8 but most likely GB18030 (GBK); save it as UTF-8"));
 }
 
 TEST_F(HostileTest, a_slow_session_blocks_no_other) {

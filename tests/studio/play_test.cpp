@@ -144,7 +144,7 @@ TEST_F(PlayTest, a_scan_has_the_rows_of_the_command_line) {
   EXPECT_EQ(answer["failures"][0]["security"], "bad");
   std::filesystem::remove(folder.path("bad.csv"));
   const Outcome outcome = run_quor({"scan", "-e", "A:MA(C,N);", folder.path(), "--set", "N=5",
-                                    "--where", "C>A", "--last", "3", "--json"});
+                                    "--where", "C>A", "--last", "3", "--period", "day", "--json"});
   const Json expected = Json::parse(outcome.output);
   ASSERT_EQ(answer["rows"].size(), expected["rows"].size()) << expected;
   EXPECT_GE(expected["rows"].size(), 3U);

@@ -260,6 +260,42 @@ TEST_F(SessionTest, hostile_texts_stay_texts) {
   EXPECT_EQ(named.json()["name"], "<b>\"\xEF\xBF\xBD");
 }
 
+TEST_F(SessionTest, a_revision_is_of_what_is_seen) {
+  const std::string session = open();
+  const Json first = run(session, "A:MA(C,2);");
+  const auto bars = [&](size_t count) {
+    return studio.post(session + "/bars", made_bars(count), "text/csv").json();
+  };
+  const auto expect_seen = [&](const Json& drawn, size_t rows) {
+    const View all = view(session, "");
+    EXPECT_EQ(all.header["revision"], drawn["revision"]);
+    EXPECT_EQ(all.header["rows"], rows);
+    EXPECT_EQ(drawn["rows"], rows);
+    for (const Json& line : drawn["lines"]) EXPECT_TRUE(all.columns.contains(line["column"]));
+  };
+  expect_seen(first, 5105);
+
+  const Json other = bars(50);
+  EXPECT_GT(other["revision"], first["revision"]);
+  EXPECT_EQ(other["script"]["revision"], other["revision"]);
+  expect_seen(other["script"], 50);
+
+  const Json broken = run(session, "A:MA(C,2;");
+  EXPECT_FALSE(broken.contains("records"));
+  EXPECT_EQ(broken["revision"], other["revision"]) << "the chart stays as it is";
+  const Json more = bars(60);
+  EXPECT_FALSE(more["script"]["sound"]);
+  EXPECT_EQ(more["script"]["findings"], broken["findings"]);
+  EXPECT_EQ(more["script"]["lines"][0]["name"], "A") << "what was seen is seen over other bars";
+  expect_seen(more["script"], 60);
+
+  const std::string second = open();
+  const Json none = run(second, "A:MA(C,2;");
+  EXPECT_FALSE(none["sound"]);
+  EXPECT_TRUE(none["lines"].empty());
+  EXPECT_EQ(none["records"][0]["ShapeName"], "CandleShape") << "the bars alone";
+}
+
 TEST_F(SessionTest, bars_of_a_text_take_the_place_of_those_before) {
   const std::string session = open();
   run(session, "A:MA(C,2);");

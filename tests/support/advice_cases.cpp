@@ -33,6 +33,18 @@ std::string parameters_json(std::istringstream& words) {
   return json + ']';
 }
 
+quor_advice::Supply supply(std::istringstream& words) {
+  quor_advice::Supply supply{false, {}, "give a calendar", "give a number"};
+  for (std::string word; words >> word;) {
+    if (word == "calendar") {
+      supply.has_calendar = true;
+    } else {
+      supply.constants.push_back(word);
+    }
+  }
+  return supply;
+}
+
 void take_setting(AdviceCase& advice_case, const std::string& line) {
   std::istringstream words(line);
   std::string key;
@@ -41,6 +53,8 @@ void take_setting(AdviceCase& advice_case, const std::string& line) {
     advice_case.parameters = parameters_json(words);
   } else if (key == "@period") {
     words >> std::hex >> advice_case.period;
+  } else if (key == "@supply") {
+    advice_case.supply = supply(words);
   } else if (key == "@run" || key == "@hours") {
     words >> advice_case.bars;
     advice_case.is_hourly = key == "@hours";
@@ -139,6 +153,7 @@ std::vector<quor_advice::Finding> findings_of(const AdviceCase& advice_case) {
   input.parameters = advice_case.parameters;
   input.report = report;
   input.period = static_cast<int32_t>(advice_case.period);
+  input.supply = advice_case.supply;
   if (advice_case.bars > 0) {
     input.run.emplace();
     input.run->keys = keys_of(advice_case);

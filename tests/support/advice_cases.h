@@ -6,6 +6,7 @@
 //   @period 0x4000                 its period code; five minutes by default
 //   @run 20                        runs it over that many bars, one a day, with prices only
 //   @hours 20                      the same with one bar an hour
+//   @supply calendar UNIT          what the host has when the script asks, or nothing
 //   A:EMMA(C,12);                  the script; \t, \r, \n and \\ are a tab, line ends, a backslash
 //   > 1:3-6 error 2: nothing defines EMMA; did you mean EMA?
 //
@@ -14,6 +15,7 @@
 #pragma once
 
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,6 +30,7 @@ struct AdviceCase {
   uint32_t period = 0x3005;
   size_t bars = 0;  ///< 0: the script isn't run
   bool is_hourly = false;
+  std::optional<quor_advice::Supply> supply;
   std::string script;
   std::vector<std::string> findings;
 };

@@ -13,7 +13,7 @@ export class Calculation {
     /** A script is on its way. */
     private readonly sent: () => void,
     private readonly done: (answer: ScriptAnswer) => void,
-    private readonly fail: (error: unknown) => Promise<void> | void,
+    private readonly fail: (error: unknown) => Promise<unknown>,
   ) {}
 
   want(): void {
@@ -24,16 +24,20 @@ export class Calculation {
   private async work(): Promise<void> {
     this.isBusy = true;
     while (this.isWanted) {
-      this.isWanted = false;
-      const { script, parameters } = this.take();
       try {
-        const answer = this.session.script(script, parameters);
-        this.sent();
-        this.done(await answer);
+        await this.session.inTurn(() => this.calculate());
       } catch (error) {
         await this.fail(error);
       }
     }
     this.isBusy = false;
+  }
+
+  private async calculate(): Promise<void> {
+    this.isWanted = false;
+    const { script, parameters } = this.take();
+    const answer = this.session.script(script, parameters);
+    this.sent();
+    this.done(await answer);
   }
 }

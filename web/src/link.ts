@@ -47,17 +47,21 @@ export async function toFragment(shared: Shared): Promise<string> {
   return `#${mark}${toBase64Url(await throughStream(bytes, new CompressionStream('deflate')))}`;
 }
 
-export function isShared(value: unknown): value is Shared {
+export function isNumbers(value: unknown): value is Record<string, number> {
+  return (
+    typeof value === 'object' &&
+    value !== null &&
+    Object.values(value).every((number) => typeof number === 'number' && Number.isFinite(number))
+  );
+}
+
+function isShared(value: unknown): value is Shared {
   if (typeof value !== 'object' || value === null) return false;
   const { script, parameters, security } = value as Record<string, unknown>;
-  const isNumbers =
-    typeof parameters === 'object' &&
-    parameters !== null &&
-    Object.values(parameters).every(
-      (number) => typeof number === 'number' && Number.isFinite(number),
-    );
   return (
-    typeof script === 'string' && isNumbers && ['string', 'undefined'].includes(typeof security)
+    typeof script === 'string' &&
+    isNumbers(parameters) &&
+    ['string', 'undefined'].includes(typeof security)
   );
 }
 

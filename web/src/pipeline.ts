@@ -20,10 +20,8 @@ export interface PipelineEvents {
   /** What to calculate. */
   take: () => { script: string; parameters: Parameter[] };
   answered: (answer: ScriptAnswer) => void;
-  fail: (error: unknown) => Promise<void>;
+  fail: (error: unknown) => Promise<unknown>;
 }
-
-const scriptOfNothing = ''; // draws the bars alone
 
 export class Pipeline {
   readonly chart: Chart;
@@ -32,7 +30,6 @@ export class Pipeline {
   private readonly calculation: Calculation;
   private bars: BarsAnswer | undefined;
   private drawn: Drawn | undefined;
-  private revision = 0;
 
   constructor(
     private readonly session: Session,
@@ -58,7 +55,7 @@ export class Pipeline {
     );
   }
 
-  /** The newest script that is sound. */
+  /** What is to be drawn of the newest script that is sound. */
   get newest(): Drawn | undefined {
     return this.drawn;
   }
@@ -67,9 +64,11 @@ export class Pipeline {
     this.calculation.want();
   }
 
+  /** What was drawn of other bars is of no use for these. */
   takeBars(bars: BarsAnswer): void {
     this.bars = bars;
-    this.revision = bars.revision;
+    this.drawn = undefined;
+    this.loader.forget();
     this.chart.setBars(`${bars.name}  ${bars.period.name}`, bars.rows);
     if (!bars.script) return this.want();
     this.take(bars.script);
@@ -77,15 +76,12 @@ export class Pipeline {
   }
 
   take(answer: ScriptAnswer): void {
-    this.revision = answer.revision;
-    if (answer.sound && answer.records) this.takeDrawn(answer as Drawn);
-    else if (!this.drawn) void this.drawNothing();
+    if (answer.records) this.takeDrawn(answer as Drawn);
   }
 
   /** Another step of play; resolves when it is drawn. */
   async takeStep({ revision, rows }: { revision: number; rows: number }): Promise<void> {
-    this.revision = revision;
-    if (this.drawn) this.takeDrawn({ ...this.drawn, rows });
+    if (this.drawn) this.takeDrawn({ ...this.drawn, revision, rows });
     await this.loader.finished();
   }
 
@@ -100,18 +96,12 @@ export class Pipeline {
     this.load();
   }
 
-  /** The bars alone, as long as no script has been sound. */
-  private async drawNothing(): Promise<void> {
-    const answer = await this.session.script(scriptOfNothing, []).catch(() => undefined);
-    if (answer && !this.drawn) this.take(answer);
-  }
-
   private load(): void {
     if (!this.drawn || !this.bars) return;
     const { sight, pixels } = this.chart.need;
-    const { rows, records } = this.drawn;
+    const { revision, rows, records } = this.drawn;
     const withRecords = records.some(standsAtBars);
-    this.loader.want(sight, pixels, rows, { revision: this.revision, withRecords });
+    this.loader.want(sight, pixels, rows, { revision, withRecords });
   }
 
   /** What is in sight will be wanted of the script that is on its way, too. */
@@ -122,7 +112,7 @@ export class Pipeline {
   }
 
   private draw({ view, shown }: Loaded): void {
-    if (!this.drawn || !this.bars) return;
+    if (!this.drawn || !this.bars || view.revision !== this.drawn.revision) return;
     const { decimals, intraday } = this.bars;
     const theme = this.themeOf(this.drawn);
     this.chart.show(new Sheet(this.drawn, view, shown, theme, decimals, intraday));
@@ -132,10 +122,11 @@ export class Pipeline {
     return new Theme(this.themeName, this.palettes[this.themeName], colours);
   }
 
-  private async valuesAt(row: number): Promise<ReadonlyMap<number, number>> {
-    const { fields, lines } = await this.session.values(row);
+  private async valuesAt(row: number): Promise<ReadonlyMap<number, number> | undefined> {
+    const { revision, fields, lines } = await this.session.values(row);
+    if (revision !== this.drawn?.revision) return undefined;
     const values = new Map(Object.entries(fields).map(([id, value]) => [Number(id), value ?? NaN]));
-    this.drawn?.lines.forEach(({ column }, i) => values.set(column, lines[i] ?? NaN));
+    this.drawn.lines.forEach(({ column }, i) => values.set(column, lines[i] ?? NaN));
     return values;
   }
 }

@@ -1,15 +1,12 @@
 // The page as a whole: its editor, its panels, and what each of them sets in motion.
-import { Refusal, Session } from './api/client.ts';
+import { Session } from './api/client.ts';
 import type { BarsAnswer, Drawn, Parameter, ScriptAnswer, Slider, Start } from './api/types.ts';
 import { byId, saveFile, setText } from './dom.ts';
-import { keepDraft, keptDraft } from './draft.ts';
 import { Editor } from './editor/editor.ts';
-import { fromFragment, type Shared, toFragment } from './link.ts';
 import { Looks } from './looks.ts';
 import { Events } from './panels/events.ts';
 import { Findings } from './panels/findings.ts';
 import { bindHeader } from './panels/header.ts';
-import { Library } from './panels/library.ts';
 import { tell, tellError } from './panels/message.ts';
 import { PeriodMenu } from './panels/period.ts';
 import { Play } from './panels/play.ts';
@@ -18,6 +15,7 @@ import { Securities } from './panels/securities.ts';
 import { numberText, Sliders } from './panels/sliders.ts';
 import { Tabs } from './panels/tabs.ts';
 import { Pipeline } from './pipeline.ts';
+import { type Setting, Writing } from './writing.ts';
 
 /** Where the bars come from: a security of the folder, or a file of the user's. */
 type Source = { security: string } | { file: File };
@@ -42,19 +40,26 @@ export class Studio {
   private readonly events: Events;
   private readonly play: Play;
   private readonly tabs: Tabs;
-  private readonly scripts: Library;
+  private readonly writing: Writing;
   private readonly times = byId('times', HTMLElement);
   private readonly period: PeriodMenu;
   private parameters = new Map<string, number>();
   private source: Source | undefined;
+  /** The one that was asked for last. */
+  private wanted: Source | undefined;
   private bars: BarsAnswer | undefined;
   private isReady = false;
-  private scriptName = '';
+  private renewal: Promise<void> | undefined;
   private areEventsOld = true;
 
   constructor(private readonly start: Start) {
     const fail = (error: unknown) => void this.fail(error);
-    this.editor = new Editor(byId('editor', HTMLElement), start.words, () => this.recalculate());
+    this.editor = new Editor(byId('editor', HTMLElement), start.words, () => this.followScript());
+    this.writing = new Writing(this.editor, start, {
+      setting: () => this.setting,
+      linked: ({ parameters }) => (this.parameters = new Map(Object.entries(parameters))),
+      fail,
+    });
     this.looks = new Looks(byId('theme', HTMLButtonElement), () => this.applyTheme());
     this.pipeline = new Pipeline(this.session, start.theme, this.looks.name, {
       take: () => ({ script: this.editor.take(), parameters: this.parameterList }),
@@ -88,39 +93,22 @@ export class Studio {
       fail,
     });
     this.play = this.makePlay(fail);
-    this.scripts = new Library(
-      byId('library', HTMLSelectElement),
-      start,
-      (name, text) => this.openScript(name, text),
-      fail,
-    );
     this.editor.setDark(this.looks.name === 'dark');
     this.period = new PeriodMenu(byId('period', HTMLSelectElement), start.periods, () => {
-      if (this.source) void this.open(this.source);
+      if (this.wanted) void this.open(this.wanted);
     });
     this.bindButtons(fail);
+    this.bindWindow();
   }
 
   /** Shows the script that a link, this tab, or the command line has, over the first security. */
   async begin(): Promise<void> {
     await this.session.open();
-    window.addEventListener('pagehide', () => this.session.close());
-    window.addEventListener('pageshow', ({ persisted }) => {
-      if (persisted) location.reload(); // its session is gone
-    });
-    window.addEventListener('hashchange', () => void this.openLink());
-    const first =
-      this.start.script ??
-      this.start.samples.find(({ name }) => name === 'macd') ??
-      this.start.samples[0];
-    const shared = (await fromFragment(location.hash)) ?? keptDraft();
-    this.scriptName = shared ? '' : (this.start.script?.name ?? '');
-    this.parameters = new Map(Object.entries(shared?.parameters ?? {}));
-    const known = this.start.securities.map(({ name }) => name);
-    const security = known.find((name) => name === shared?.security) ?? known[0];
-    this.editor.replaceAll(shared?.script ?? first?.text ?? '');
-    this.editor.focus();
+    const given = await this.writing.begin();
+    this.parameters = new Map(Object.entries(given?.parameters ?? {}));
     this.isReady = true;
+    const known = this.start.securities.map(({ name }) => name);
+    const security = known.find((name) => name === given?.security) ?? known[0];
     if (security !== undefined) return this.open({ security });
     tell('Drop a CSV with bars onto the page');
     return this.recalculate();
@@ -130,9 +118,15 @@ export class Studio {
     return [...this.parameters].map(([name, value]) => ({ name, value }));
   }
 
-  private get shared(): Shared {
+  private get setting(): Setting {
     const security = this.source && 'security' in this.source ? this.source.security : undefined;
-    return { script: this.editor.text, parameters: Object.fromEntries(this.parameters), security };
+    return { parameters: Object.fromEntries(this.parameters), security };
+  }
+
+  /** Another text stands in the editor. */
+  private followScript(): void {
+    this.writing.follow();
+    this.recalculate();
   }
 
   private recalculate(): void {
@@ -140,7 +134,6 @@ export class Studio {
     if (this.editor.text.length > this.start.limits.script) {
       return tellError(`A script may be ${this.start.limits.script / 1024} KiB long`);
     }
-    keepDraft(() => this.shared);
     this.pipeline.want();
   }
 
@@ -151,10 +144,8 @@ export class Studio {
     this.findings.show(answer.findings, answer.sound);
     this.takeSliders(answer.sliders);
     const drawn = this.pipeline.newest;
-    if (!answer.sound || !drawn) return;
-    const { compile, calculate } = answer.times;
-    const times = `compiled in ${compile.toFixed(1)} ms, calculated in ${calculate.toFixed(1)} ms`;
-    setText(this.times, times);
+    if (!answer.records || !drawn) return;
+    setText(this.times, answer.sound ? timesText(answer.times) : '');
     this.tellMissing(drawn);
     if (this.play.isOn) return;
     this.areEventsOld = true;
@@ -184,6 +175,7 @@ export class Studio {
   private setParameter(name: string, value: number | undefined): void {
     if (value === undefined) this.parameters.delete(name);
     else this.parameters.set(name, value);
+    this.writing.keep();
     this.recalculate();
   }
 
@@ -192,17 +184,27 @@ export class Studio {
     this.pipeline.setTheme(this.looks.name);
   }
 
+  /** Of several that are asked for one after the other the last one counts. */
   private async open(source: Source): Promise<void> {
-    const period = this.period.chosen;
+    this.wanted = source;
     try {
-      const bars = await ('file' in source
-        ? this.session.readCsv(source.file, source.file.name, period)
-        : this.session.readSecurity(source.security, period));
-      this.source = source;
-      this.takeBars(bars);
+      await this.session.inTurn(async () => {
+        if (source !== this.wanted) return;
+        const bars = await this.read(source);
+        this.source = source;
+        this.takeBars(bars);
+      });
     } catch (error) {
-      await this.fail(error);
+      const isRenewed = await this.fail(error);
+      if (!isRenewed && source === this.wanted) this.wanted = this.source;
     }
+  }
+
+  private read(source: Source): Promise<BarsAnswer> {
+    const period = this.period.chosen;
+    return 'file' in source
+      ? this.session.readCsv(source.file, source.file.name, period)
+      : this.session.readSecurity(source.security, period);
   }
 
   private takeBars(bars: BarsAnswer): void {
@@ -214,21 +216,7 @@ export class Studio {
     );
     document.title = `${bars.name} – quor studio`;
     this.pipeline.takeBars(bars);
-    keepDraft(() => this.shared);
-  }
-
-  private openScript(name: string, text: string): void {
-    this.scriptName = name;
-    this.editor.replaceAll(text);
-    this.editor.focus();
-  }
-
-  private async openLink(): Promise<void> {
-    const shared = await fromFragment(location.hash);
-    if (!shared) return;
-    this.parameters = new Map(Object.entries(shared.parameters));
-    this.openScript('', shared.script);
-    this.recalculate();
+    this.writing.keep();
   }
 
   private refreshEvents(): void {
@@ -238,7 +226,9 @@ export class Studio {
     this.areEventsOld = false;
     this.session
       .events(Math.max(count - newestEvents, 0), newestEvents)
-      .then((answer) => this.events.showAll(answer.events, answer.count))
+      .then(({ revision, events, count }) => {
+        if (revision === this.pipeline.newest?.revision) this.events.showAll(events, count);
+      })
       .catch((error: unknown) => void this.fail(error));
   }
 
@@ -280,10 +270,9 @@ export class Studio {
           saveFile(`${this.fileName}.png`, await this.pipeline.chart.picture()),
         saveCsv: async () => saveFile(`${this.fileName}.csv`, await this.session.csv()),
         openFile: (file) => void this.open({ file }),
-        script: () => ({ name: this.scriptName, text: this.editor.text }),
-        saved: (name) => {
-          this.scriptName = name;
-          this.scripts.add(name);
+        script: () => ({ name: this.writing.fileName, text: this.editor.text }),
+        saved: (name, text) => {
+          this.writing.saved(name, text);
           tell(`Saved as ${name}`);
         },
         fail,
@@ -292,12 +281,19 @@ export class Studio {
     );
   }
 
+  private bindWindow(): void {
+    window.addEventListener('pagehide', () => this.session.close());
+    window.addEventListener('pageshow', ({ persisted }) => {
+      if (persisted) void this.renew(); // its session is gone
+    });
+  }
+
   private get fileName(): string {
     return (this.bars?.name ?? 'chart').replace(/[^\p{L}\p{N}._-]+/gu, '_');
   }
 
   private async copyLink(): Promise<void> {
-    history.replaceState(null, '', await toFragment(this.shared));
+    await this.writing.showLink();
     try {
       await navigator.clipboard.writeText(location.href);
       tell('The link is in the clipboard');
@@ -306,16 +302,31 @@ export class Studio {
     }
   }
 
-  /** Says why, and begins anew where the server has freed the session. */
-  private async fail(error: unknown): Promise<void> {
-    const isFreed = error instanceof Refusal && error.isSessionGone;
-    if (!isFreed) return tellError(error);
+  /** Says why, or begins anew where the server has freed the session: then true. */
+  private async fail(error: unknown): Promise<boolean> {
+    const isGone = await this.session.isGone(error);
+    if (isGone) await this.renew();
+    else tellError(error);
+    return isGone;
+  }
+
+  private renew(): Promise<void> {
+    this.renewal ??= this.renewNow().finally(() => (this.renewal = undefined));
+    return this.renewal;
+  }
+
+  private async renewNow(): Promise<void> {
     try {
       await this.session.open();
-      this.play.reset();
-      if (this.source) await this.open(this.source);
-    } catch (again) {
-      tellError(again);
+    } catch (error) {
+      return tellError(error);
     }
+    this.play.reset();
+    if (this.wanted) void this.open(this.wanted);
+    else this.pipeline.want();
   }
+}
+
+function timesText({ compile, calculate }: ScriptAnswer['times']): string {
+  return `compiled in ${compile.toFixed(1)} ms, calculated in ${calculate.toFixed(1)} ms`;
 }

@@ -22,14 +22,9 @@ export class Refusal extends Error {
   constructor(
     message: string,
     readonly status: number,
-    private readonly path = '',
+    readonly path = '',
   ) {
     super(message);
-  }
-
-  /** The server has freed the session, as it does after a long rest. */
-  get isSessionGone(): boolean {
-    return this.status === 404 && this.path.startsWith(sessionsPath);
   }
 }
 
@@ -95,11 +90,30 @@ export const saveScript = (
 /** The page's own bars and script on the server. */
 export class Session {
   private path = '';
+  private turn: Promise<unknown> = Promise.resolve();
+
+  /** Has what changes bars, script or play asked for, and its answer taken, one after the other: so
+   * the last answer tells how things stand. */
+  inTurn(work: () => Promise<void>): Promise<void> {
+    const done = this.turn.then(work);
+    this.turn = done.catch(() => undefined);
+    return done;
+  }
 
   /** Another one takes the place of a session that the server has freed. */
   async open(): Promise<void> {
     const { id } = await post<{ id: string }>('/api/sessions');
     this.path = sessionsPath + encodeURIComponent(id);
+  }
+
+  /** Whether a request failed for want of its session: the server frees one after a long rest. */
+  async isGone(error: unknown): Promise<boolean> {
+    if (!(error instanceof Refusal) || error.status !== 404) return false;
+    if (!error.path.startsWith(`${this.path}/`)) return false;
+    return this.events(0, 1).then(
+      () => false,
+      (again: unknown) => again instanceof Refusal && again.status === 404,
+    );
   }
 
   /** Without waiting, as the page goes away. */

@@ -106,8 +106,10 @@ export type Colours = Readonly<
   Record<string, Readonly<Record<ThemeName, Readonly<Record<'line' | 'text' | 'area', string>>>>>
 >;
 
-/** A script that compiles, and what is to be drawn. */
+/** What is to be drawn: of a script that compiles, or the bars alone. */
 export interface Drawn {
+  /** Grows whenever something else is to be drawn: what was asked for before is out of date. */
+  revision: number;
   lines: Line[];
   records: ShapeRecord[];
   panes: Pane[];
@@ -118,6 +120,7 @@ export interface Drawn {
   rows: number;
 }
 
+/** A script with an error leaves what is drawn as it is, except over other bars. */
 export interface ScriptAnswer extends Partial<Drawn> {
   revision: number;
   sound: boolean;

@@ -22,7 +22,7 @@ export interface ChartEvents {
   /** A chart with new values has been drawn. */
   drawn: (sheet: Sheet) => void;
   /** Values of columns at a row of which several share a slot. */
-  values: (row: number) => Promise<ReadonlyMap<number, number>>;
+  values: (row: number) => Promise<ReadonlyMap<number, number> | undefined>;
 }
 
 export class Chart {
@@ -65,11 +65,13 @@ export class Chart {
     return this.row;
   }
 
-  /** Bars of another security are on their way, or more of them. */
+  /** Other bars are on their way. What is seen of those before stays until then, but is moved no
+   * more: its rows are other rows. */
   setBars(title: string, rows: number): void {
+    this.moveCrosshair(undefined);
+    this.sheet = undefined;
     this.title = title;
     this.rows = rows;
-    this.row = undefined;
     this.setSight(newest(usualBars, rows));
   }
 
@@ -109,6 +111,7 @@ export class Chart {
     this.sheet = sheet;
     this.exact = undefined;
     if (isAnother) this.takePanes(sheet);
+    if (this.row !== undefined && sheet.view.step > 1) void this.askForValues(this.row);
     this.drawNow();
     this.tellIfWanted();
     this.events.drawn(sheet);

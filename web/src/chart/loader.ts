@@ -32,7 +32,7 @@ export class Loader {
 
   constructor(
     private readonly session: Session,
-    private readonly take: (loaded: Loaded, revision: number) => void,
+    private readonly take: (loaded: Loaded) => void,
     private readonly fail: (error: unknown) => void,
   ) {}
 
@@ -49,6 +49,11 @@ export class Loader {
     if (isThere || rows === 0) return;
     this.next = { wanted, revision, withRecords };
     this.working ??= this.work();
+  }
+
+  /** What was loaded or is to be is of no use any more. */
+  forget(): void {
+    this.loaded = this.next = this.guess = undefined;
   }
 
   /** Asks for a sight behind a script that has just been sent, without waiting for its answer. */
@@ -99,6 +104,6 @@ export class Loader {
     if (data.revision !== goal.revision || records.revision !== goal.revision) return;
     this.loaded = goal;
     const shown = new Map(records.records.map((record) => [record.index, record.shown]));
-    this.take({ view: new View(data), shown }, data.revision);
+    this.take({ view: new View(data), shown });
   }
 }

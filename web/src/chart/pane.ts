@@ -90,6 +90,8 @@ export class ChartPane {
       this.plot.setData(this.ends(), false);
       this.plot.setScale('x', { min: sight.from, max: sight.to });
       this.plot.setScale('y', { min: this.values.low, max: this.values.high });
+      // The texts of the axes hang on more than their scales: on other bars, or a tag.
+      this.plot.redraw(false, true);
     });
   }
 

@@ -41,6 +41,10 @@ export class View {
     this.nothing = { first: nan, second: nan };
   }
 
+  get revision(): number {
+    return this.data.revision;
+  }
+
   /** Behind the last row. */
   get to(): number {
     return Math.min(this.from + this.count * this.step, this.rows);

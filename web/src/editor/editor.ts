@@ -1,10 +1,10 @@
-// The editor of the script: the page's only place that holds its text.
+// The editor of the script that is written, whose text the page holds nowhere else.
 import { closeBrackets, closeBracketsKeymap, completionKeymap } from '@codemirror/autocomplete';
 import { defaultKeymap, history, historyKeymap } from '@codemirror/commands';
 import { bracketMatching } from '@codemirror/language';
 import { type Diagnostic, lintKeymap, setDiagnostics } from '@codemirror/lint';
 import { highlightSelectionMatches, searchKeymap } from '@codemirror/search';
-import { ChangeSet, Compartment, EditorState } from '@codemirror/state';
+import { ChangeSet, Compartment, EditorState, type Extension } from '@codemirror/state';
 import {
   drawSelection,
   EditorView,
@@ -44,7 +44,9 @@ interface Place {
 
 export class Editor {
   private readonly view: EditorView;
+  private readonly extensions: Extension;
   private readonly darkness = new Compartment();
+  private isDark = false;
   /** What changed since a text was taken to be calculated: places in answers are places in that. */
   private sinceTaken = ChangeSet.empty(0);
   /** Something is underlined. */
@@ -53,53 +55,51 @@ export class Editor {
   private readonly places = new Map<string, Place>();
 
   /** The editor lives in a shadow root: there its styles are no inline styles of the page. */
-  constructor(host: HTMLElement, words: readonly Word[], onChange: () => void) {
+  constructor(
+    host: HTMLElement,
+    words: readonly Word[],
+    private readonly onChange: () => void,
+  ) {
     const root = host.attachShadow({ mode: 'open' });
     const parent = element('div');
     parent.style.height = '100%';
     root.append(parent);
-    this.view = new EditorView({
-      parent,
-      root,
-      extensions: [
-        lineNumbers(),
-        EditorView.lineWrapping,
-        highlightActiveLine(),
-        highlightActiveLineGutter(),
-        history(),
-        drawSelection(),
-        bracketMatching(),
-        closeBrackets(),
-        highlightSelectionMatches(),
-        EditorState.allowMultipleSelections.of(true),
-        EditorState.lineSeparator.of('\n'),
-        EditorView.contentAttributes.of({
-          'aria-label': 'Script',
-          spellcheck: 'false',
-          autocapitalize: 'off',
-        }),
-        // Tab leaves the editor, as everywhere on the page.
-        keymap.of([
-          ...closeBracketsKeymap,
-          ...completionKeymap,
-          ...defaultKeymap,
-          ...searchKeymap,
-          ...historyKeymap,
-          ...lintKeymap,
-        ]),
-        overSelection,
-        scriptLanguage(new Set(words.map(({ word }) => word))),
-        wordHelp(words),
-        editorLook,
-        this.darkness.of([]),
-        EditorView.updateListener.of((update) => {
-          if (!update.docChanged) return;
-          this.sinceTaken = this.sinceTaken.compose(update.changes);
-          this.movePlaces(update.changes);
-          onChange();
-        }),
-      ],
-    });
+    this.extensions = [
+      lineNumbers(),
+      EditorView.lineWrapping,
+      highlightActiveLine(),
+      highlightActiveLineGutter(),
+      history(),
+      drawSelection(),
+      bracketMatching(),
+      closeBrackets(),
+      highlightSelectionMatches(),
+      EditorState.allowMultipleSelections.of(true),
+      EditorState.lineSeparator.of('\n'),
+      EditorView.contentAttributes.of({
+        'aria-label': 'Script',
+        spellcheck: 'false',
+        autocapitalize: 'off',
+      }),
+      // Tab leaves the editor, as everywhere on the page.
+      keymap.of([
+        ...closeBracketsKeymap,
+        ...completionKeymap,
+        ...defaultKeymap,
+        ...searchKeymap,
+        ...historyKeymap,
+        ...lintKeymap,
+      ]),
+      overSelection,
+      scriptLanguage(new Set(words.map(({ word }) => word))),
+      wordHelp(words),
+      editorLook,
+      this.darkness.of([]),
+      EditorView.updateListener.of((update) => {
+        if (update.docChanged) this.follow(update.changes);
+      }),
+    ];
+    this.view = new EditorView({ parent, root, state: this.makeDocument('') });
   }
 
   get text(): string {
@@ -113,13 +113,24 @@ export class Editor {
     return text;
   }
 
-  replaceAll(text: string): void {
-    const insert = text.replace(/\r\n?/g, '\n');
-    this.view.dispatch({
-      changes: { from: 0, to: this.view.state.doc.length, insert },
-      selection: { anchor: 0 },
-      scrollIntoView: true,
-    });
+  /** A text with a history of its own, in which it was `before` at first. */
+  makeDocument(text: string, before = text): EditorState {
+    const state = EditorState.create({ doc: before, extensions: this.extensions });
+    if (text === before) return state;
+    return state.update({ changes: { from: 0, to: state.doc.length, insert: text } }).state;
+  }
+
+  /** The text that is written, with its history. */
+  get document(): EditorState {
+    return this.view.state;
+  }
+
+  open(document: EditorState): void {
+    const { length } = this.view.state.doc;
+    this.view.setState(document);
+    this.setDark(this.isDark);
+    this.areFindings = true; // it may have old ones
+    this.follow(ChangeSet.of({ from: 0, to: length, insert: document.doc }, length));
   }
 
   focus(): void {
@@ -127,6 +138,7 @@ export class Editor {
   }
 
   setDark(isDark: boolean): void {
+    this.isDark = isDark;
     this.view.dispatch({ effects: this.darkness.reconfigure(EditorView.darkTheme.of(isDark)) });
   }
 
@@ -169,10 +181,12 @@ export class Editor {
     this.view.dispatch({ changes: { ...place, insert: text } });
   }
 
-  private movePlaces(changes: ChangeSet): void {
+  private follow(changes: ChangeSet): void {
+    this.sinceTaken = this.sinceTaken.compose(changes);
     for (const [name, { from, to }] of this.places) {
       this.places.set(name, { from: changes.mapPos(from, -1), to: changes.mapPos(to, 1) });
     }
+    this.onChange();
   }
 
   /** A place of the text that was taken in the text as it is; side -1 takes in what was written at

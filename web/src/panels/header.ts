@@ -10,9 +10,9 @@ export interface HeaderActions {
   savePicture: () => Promise<void>;
   saveCsv: () => Promise<void>;
   openFile: (file: File) => void;
-  /** The script as it stands, and the name that it was opened by. */
+  /** The script as it stands, and its name if it is one of the folder. */
   script: () => { name: string; text: string };
-  saved: (name: string) => void;
+  saved: (name: string, text: string) => void;
   fail: (error: unknown) => void;
 }
 

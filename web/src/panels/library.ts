@@ -1,53 +1,107 @@
-// The menu of scripts: of the folder, the samples and the cookbook.
+// The menu of scripts: of the folder, the samples and the cookbook, and others that are open.
 import { readScript } from '../api/client.ts';
-import type { Sample, Start } from '../api/types.ts';
-import { element } from '../dom.ts';
+import type { Start } from '../api/types.ts';
+import type { Kept } from '../draft.ts';
+import { element, setText } from '../dom.ts';
+import { folderId, isOfFolder, type Opened, type Source } from '../scripts.ts';
 
 const titles: Readonly<Record<string, string>> = { samples: 'Samples', cookbook: 'Cookbook' };
 
+/** In front of the name of a script that has changes. */
+const unsavedSign = '• ';
+
 export class Library {
-  private readonly samples: readonly Sample[];
+  private readonly samples: readonly Source[];
+  /** Ids of scripts that can be read. */
+  private readonly known: Set<string>;
+  private readonly head = element('option', { value: '' }, 'Open a script…');
   private readonly own = element('optgroup', { label: 'Folder' });
+  /** Open ones that stand nowhere else. */
+  private readonly others = element('optgroup', { label: 'Others' });
+  private readonly leftGroup = element('optgroup', { label: 'Left unsaved', hidden: true });
+  private left: readonly Kept[] = [];
 
   constructor(
     private readonly menu: HTMLSelectElement,
     start: Start,
-    private readonly open: (name: string, text: string) => void,
-    private readonly fail: (error: unknown) => void,
+    choose: (id: string) => void,
   ) {
-    this.samples = start.samples;
-    menu.append(element('option', { value: '' }, 'Open a script…'), this.own);
+    this.samples = start.samples.map(({ name, text }, i) => ({ id: `sample ${i}`, name, text }));
+    this.known = new Set(this.samples.map(({ id }) => id));
+    menu.append(this.head, this.others, this.leftGroup, this.own);
     for (const name of start.scripts) this.add(name);
-    this.own.hidden = start.scripts.length === 0;
     for (const group of new Set(start.samples.map((sample) => sample.group))) {
-      const options = start.samples.flatMap((sample, i) =>
-        sample.group === group ? [element('option', { value: `sample ${i}` }, sample.name)] : [],
-      );
+      const ofGroup = this.samples.filter((_, i) => start.samples[i].group === group);
+      const options = ofGroup.map(({ id, name }) => optionOf(id, name));
       menu.append(element('optgroup', { label: titles[group] ?? group }, ...options));
     }
-    menu.addEventListener('change', () => void this.choose());
+    menu.addEventListener('change', () => {
+      const { value } = menu;
+      menu.value = '';
+      choose(value);
+    });
+  }
+
+  /** A sample to begin with. */
+  get first(): Source | undefined {
+    return this.samples.find(({ name }) => name === 'macd') ?? this.samples[0];
   }
 
   /** A script of the folder. */
   add(name: string): void {
-    const isThere = [...this.own.children].some((option) => option.textContent === name);
-    if (!isThere) this.own.append(element('option', { value: `folder ${name}` }, name));
-    this.own.hidden = false;
+    const id = folderId(name);
+    if (!this.known.has(id)) this.own.append(optionOf(id, name));
+    this.known.add(id);
   }
 
-  private async choose(): Promise<void> {
-    const { value } = this.menu;
-    const [kind, name] = [value.slice(0, value.indexOf(' ')), value.slice(value.indexOf(' ') + 1)];
-    this.menu.value = '';
-    try {
-      if (kind === 'sample') {
-        const sample = this.samples[Number(name)];
-        this.open('', sample.text);
-      } else if (kind === 'folder') {
-        this.open(name, (await readScript(name)).text);
-      }
-    } catch (error) {
-      this.fail(error);
-    }
+  /** Offers scripts that weren't saved when their tabs were closed. */
+  showLeft(left: readonly Kept[]): void {
+    this.left = left;
+    const options = left.map(({ name }, i) => optionOf(leftId(i), name));
+    this.leftGroup.replaceChildren(...options);
+    this.leftGroup.hidden = left.length === 0;
   }
+
+  /** One that was left, which is offered no more. */
+  takeLeft(id: string): Kept | undefined {
+    const taken = this.left.find((_, i) => leftId(i) === id);
+    if (taken) this.showLeft(this.left.filter((one) => one !== taken));
+    return taken;
+  }
+
+  async read(id: string): Promise<Source | undefined> {
+    const sample = this.samples.find((one) => one.id === id);
+    if (sample || !isOfFolder(id)) return sample;
+    const { name, text } = await readScript(id.slice(folderId('').length));
+    return { id, name, text };
+  }
+
+  /** Says which script is written, and which ones have changes. */
+  show(opened: readonly Opened[], currentId: string): void {
+    this.showOthers(opened.filter(({ id }) => !this.known.has(id)));
+    this.own.hidden = this.own.childElementCount === 0;
+    const changed = new Set(opened.flatMap(({ id, isUnsaved }) => (isUnsaved ? [id] : [])));
+    const textOf = (id: string, name: string) => (changed.has(id) ? unsavedSign : '') + name;
+    for (const option of this.menu.options) {
+      const { name } = option.dataset;
+      if (name !== undefined) setText(option, textOf(option.value, name));
+    }
+    const current = opened.find(({ id }) => id === currentId);
+    if (current) setText(this.head, textOf(current.id, current.name));
+    this.menu.title = changed.has(currentId) ? 'Not saved' : '';
+  }
+
+  private showOthers(others: readonly Opened[]): void {
+    const keyOf = (ids: readonly string[]) => ids.join('\n');
+    const shown = [...this.others.querySelectorAll('option')].map(({ value }) => value);
+    if (keyOf(others.map(({ id }) => id)) !== keyOf(shown))
+      this.others.replaceChildren(...others.map(({ id, name }) => optionOf(id, name)));
+    this.others.hidden = others.length === 0;
+  }
+}
+
+const leftId = (i: number): string => `left ${i}`;
+
+function optionOf(id: string, name: string): HTMLOptionElement {
+  return element('option', { value: id, 'data-name': name }, name);
 }

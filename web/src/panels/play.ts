@@ -96,7 +96,7 @@ export class Play {
   private async stop(): Promise<void> {
     this.reset();
     try {
-      this.events.ended(await this.session.stopPlay());
+      await this.session.inTurn(async () => this.events.ended(await this.session.stopPlay()));
     } catch (error) {
       this.events.fail(error);
     }
@@ -105,21 +105,26 @@ export class Play {
   /** Whether play is on, which it is from here on if there are bars. */
   private async begin(): Promise<boolean> {
     if (this.isOn) return true;
-    const row = this.events.firstRow();
-    if (row === undefined || this.isBusy) return false;
+    if (this.isBusy) return false;
     this.isBusy = true;
     try {
-      const answer = await this.session.play(row, Number(this.ticks.value));
-      this.setPhase('paused');
-      this.events.begun(answer);
-      this.tell(answer);
-      return true;
+      await this.session.inTurn(() => this.beginNow());
+      return this.isOn;
     } catch (error) {
       this.events.fail(error);
       return false;
     } finally {
       this.isBusy = false;
     }
+  }
+
+  private async beginNow(): Promise<void> {
+    const row = this.events.firstRow();
+    if (row === undefined) return;
+    const answer = await this.session.play(row, Number(this.ticks.value));
+    this.setPhase('paused');
+    this.events.begun(answer);
+    this.tell(answer);
   }
 
   /** The next step, as much later as is left of its time. */
@@ -132,20 +137,25 @@ export class Play {
     if (this.isBusy) return;
     this.isBusy = true;
     try {
-      const begin = performance.now();
-      const answer = await this.session.step({ ticks: 1 });
-      if (!this.isOn) return;
-      this.tell(answer);
-      await this.events.stepped(answer);
-      if (!this.isOn) return;
-      if (answer.done) return this.finish();
-      if (this.phase === 'running') this.plan(performance.now() - begin);
+      await this.session.inTurn(() => this.advanceNow());
     } catch (error) {
-      this.setPhase('paused');
+      if (this.isOn) this.setPhase('paused');
       this.events.fail(error);
     } finally {
       this.isBusy = false;
     }
+  }
+
+  private async advanceNow(): Promise<void> {
+    if (!this.isOn) return; // other bars have come in first
+    const begin = performance.now();
+    const answer = await this.session.step({ ticks: 1 });
+    if (!this.isOn) return;
+    this.tell(answer);
+    await this.events.stepped(answer);
+    if (!this.isOn) return;
+    if (answer.done) return this.finish();
+    if (this.phase === 'running') this.plan(performance.now() - begin);
   }
 
   private finish(): void {

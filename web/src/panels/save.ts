@@ -14,7 +14,7 @@ export class SaveDialog {
 
   constructor(
     private readonly textOf: () => string,
-    private readonly saved: (name: string) => void,
+    private readonly saved: (name: string, text: string) => void,
   ) {
     byId('save-cancel', HTMLButtonElement).addEventListener('click', () => this.dialog.close());
     this.button.addEventListener('click', () => void this.save());
@@ -41,7 +41,8 @@ export class SaveDialog {
     const typed = this.name.value.trim();
     const name = typed.endsWith(ending) ? typed : typed + ending;
     try {
-      this.saved((await saveScript(name, this.textOf(), this.confirmed === name)).name);
+      const text = this.textOf();
+      this.saved((await saveScript(name, text, this.confirmed === name)).name, text);
       this.dialog.close();
     } catch (error) {
       const isThere = error instanceof Refusal && error.status === 409 && this.confirmed !== name;

@@ -5,7 +5,12 @@ import { mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join, resolve } from 'node:path';
 import { after, afterEach, before, beforeEach } from 'node:test';
-import puppeteer, { type Browser, type Page } from 'puppeteer-core';
+import puppeteer, {
+  type Browser,
+  type HTTPRequest,
+  type KeyInput,
+  type Page,
+} from 'puppeteer-core';
 
 const quor = process.env.QUOR ?? resolve('../build/release/host/quor');
 export const samples = resolve('../samples');
@@ -30,11 +35,11 @@ export function lastBars(count: number): string {
   return [head, ...rows.slice(-count)].join('\n') + '\n';
 }
 
-/** So many bars of a minute that wander. */
-export function manyBars(count: number): string {
+/** So many bars of a minute that wander, from another price and by another way for each seed. */
+export function manyBars(count: number, seed = 0): string {
   const rows = ['date,time,open,high,low,close,volume'];
-  let price = 3000;
-  let random = 12345;
+  let price = 3000 + 700 * seed;
+  let random = 12345 + seed;
   for (let i = 0; i < count; ++i) {
     random = (random * 1103515245 + 12345) % 2147483648;
     const open = price;
@@ -114,6 +119,11 @@ declare global {
 export class Desk {
   /** Errors of the page, refusals of the security policy and requests to elsewhere. */
   readonly faults: string[] = [];
+  private readonly underWay = new Set<HTTPRequest>();
+  private changed = 0;
+  /** How often the page asked whether to leave it. */
+  warnings = 0;
+  private isToLeave = true;
 
   private constructor(readonly page: Page) {}
 
@@ -133,6 +143,12 @@ export class Desk {
       if (['error', 'warn'].includes(message.type()) && !isRefusal)
         desk.faults.push(message.text());
     });
+    desk.followRequests();
+    page.on('dialog', (dialog) => {
+      if (dialog.type() !== 'beforeunload') return;
+      ++desk.warnings;
+      void (desk.isToLeave ? dialog.accept() : dialog.dismiss());
+    });
     page.on('request', (request) => {
       const { origin, protocol } = new URL(request.url());
       if (origin !== studio.origin && !['blob:', 'data:'].includes(protocol))
@@ -149,16 +165,38 @@ export class Desk {
     return desk;
   }
 
-  /** Opens the page anew. */
-  async goTo(address: string): Promise<void> {
-    await this.page.goto(address);
+  /** Opens the page anew by an address, or loads it again. */
+  async goTo(address?: string): Promise<void> {
+    await (address === undefined ? this.page.reload() : this.page.goto(address));
     await this.page.waitForFunction(() => window.drawn.count > 0);
     await this.settled();
   }
 
-  /** Nothing is under way any more. */
+  /** Nothing is under way any more, and hasn't been for a while. */
   async settled(): Promise<void> {
-    await this.page.waitForNetworkIdle({ idleTime: 80, concurrency: 0 });
+    const [idle, longest] = [80, 30_000];
+    const end = Date.now() + longest;
+    this.changed = Date.now();
+    while (this.underWay.size > 0 || Date.now() - this.changed < idle) {
+      assert.ok(Date.now() < end, `under way: ${[...this.underWay].map((one) => one.url())}`);
+      await new Promise((resolve) => setTimeout(resolve, 10));
+    }
+  }
+
+  /** A page that is left may never hear what became of its requests. */
+  private followRequests(): void {
+    const change = (act: () => void) => {
+      act();
+      this.changed = Date.now();
+    };
+    this.page.on('request', (request) => {
+      if (request.resourceType() !== 'ping') change(() => this.underWay.add(request));
+    });
+    this.page.on('response', (response) => {
+      if (response.request().isNavigationRequest()) change(() => this.underWay.clear());
+    });
+    for (const end of ['requestfinished', 'requestfailed'] as const)
+      this.page.on(end, (request) => change(() => this.underWay.delete(request)));
   }
 
   /** Writes a script in place of the one there is. */
@@ -230,6 +268,47 @@ export class Desk {
     return Buffer.from(text, 'base64');
   }
 
+  /** What each pane shows, as the address of a picture. */
+  pictures(): Promise<string[]> {
+    return this.page.$$eval('.pane canvas', (all) =>
+      all.map((canvas) => (canvas as HTMLCanvasElement).toDataURL()),
+    );
+  }
+
+  /** How many pixels aren't the ground's in each of so many parts of the uppermost plot, side by
+   * side. */
+  ink(parts: number): Promise<number[]> {
+    return this.page.$eval(
+      '.pane',
+      (pane, parts) => {
+        const canvas = pane.querySelector('canvas')!;
+        const plot = pane.querySelector('.u-over')!;
+        const ratio = canvas.width / canvas.clientWidth;
+        const [width, height] = [plot.clientWidth * ratio, plot.clientHeight * ratio];
+        const copy = new OffscreenCanvas(width, height).getContext('2d')!;
+        copy.drawImage(canvas, 0, 0);
+        const { data } = copy.getImageData(0, 0, width, height);
+        const found = new Array<number>(parts).fill(0);
+        for (let i = 0; i < data.length; i += 4) {
+          const isColored =
+            Math.max(...data.subarray(i, i + 3)) - Math.min(...data.subarray(i, i + 3)) > 40;
+          if (isColored && data[i + 3] > 0)
+            ++found[Math.floor((((i / 4) % width) / width) * parts)];
+        }
+        return found;
+      },
+      parts,
+    );
+  }
+
+  /** Has a security of the list shown. */
+  async choose(name: string): Promise<void> {
+    const [tab] = await this.page.$$('#tab-securities[aria-selected="false"]');
+    await tab?.click();
+    await this.page.click(`::-p-xpath(//ul[@aria-label="Securities"]//button[.="${name}"])`);
+    await this.settled();
+  }
+
   /** Drops a file onto the chart. */
   async drop(name: string, content: string): Promise<void> {
     await this.page.evaluate(
@@ -247,14 +326,58 @@ export class Desk {
     await this.settled();
   }
 
-  async press(...keys: Parameters<Page['keyboard']['press']>[0][]): Promise<void> {
+  async press(...keys: KeyInput[]): Promise<void> {
     for (const key of keys) await this.page.keyboard.press(key);
     await this.settled();
+  }
+
+  /** A key with another one held. */
+  async chord(held: KeyInput, key: KeyInput): Promise<void> {
+    await this.page.keyboard.down(held);
+    await this.page.keyboard.press(key);
+    await this.page.keyboard.up(held);
+    await this.settled();
+  }
+
+  /** Opens a script from the menu, by what is shown there. */
+  async openScript(name: string, isLeft = false): Promise<void> {
+    const value = await this.page.$eval(
+      '#library',
+      (menu, name, isLeft) => {
+        const shown = [name, `${name}.quor`].flatMap((text) => [text, `• ${text}`]);
+        const options = [...(menu as HTMLSelectElement).options].slice(1);
+        return options.find(({ text, parentElement: group }) => {
+          const isOfLeft = (group as HTMLOptGroupElement).label === 'Left unsaved';
+          return shown.includes(text) && isOfLeft === isLeft;
+        })!.value;
+      },
+      name,
+      isLeft,
+    );
+    await this.page.select('#library', value);
+    await this.settled();
+  }
+
+  /** Has the page loaded again and stays when it asks whether to leave. */
+  async stay(): Promise<void> {
+    this.isToLeave = false;
+    const asked = new Promise((resolve) => this.page.once('dialog', resolve));
+    await this.page.evaluate(() => void setTimeout(() => location.reload()));
+    await asked;
+    this.isToLeave = true;
   }
 
   async close(): Promise<void> {
     assert.deepEqual(this.faults, []);
     await this.page.close();
+  }
+
+  /** Closes as a person does, who is asked. */
+  async leave(): Promise<void> {
+    assert.deepEqual(this.faults, []);
+    const closed = new Promise((resolve) => this.page.once('close', resolve));
+    await this.page.close({ runBeforeUnload: true });
+    await closed;
   }
 }
 

@@ -6,16 +6,10 @@
 
 #include "text.h"
 
-namespace quor_host {
+namespace quor_bars {
 namespace {
 
-struct FieldWord {
-  std::string_view word;
-  uint32_t id;
-};
-
-// The first word of an id is the one that is shown.
-constexpr FieldWord field_words[] = {
+constexpr FieldWord words[] = {
     {"DATE", field_time},
     {"DATETIME", field_time},
     {"TIMESTAMP", field_time},
@@ -33,17 +27,29 @@ constexpr FieldWord field_words[] = {
     {"AMOUNT", 19},
     {"TURNOVER", 19},
     {"OPI", 65},
+    {"OI", 65},
     {"OPENINTEREST", 65},
     {"SETTLE", 72},
+    {"SETTLEMENT", 72},
     {"AVPRICE", 2656718},
+    {"AVERAGEPRICE", 2656718},
+    {"VWAP", 2656718},
 };
 
 }  // namespace
 
+std::span<const FieldWord> field_words() { return words; }
+
+std::string plain_name(std::string_view header) {
+  std::string name = to_upper(header);
+  std::erase_if(name, [](char c) { return c == ' ' || c == '_'; });
+  return name;
+}
+
 std::optional<uint32_t> field_id(std::string_view header) {
-  const std::string word = to_upper(header);
-  const auto* const row = std::ranges::find(field_words, word, &FieldWord::word);
-  if (row != std::end(field_words)) return row->id;
+  const std::string word = plain_name(header);
+  const auto* const row = std::ranges::find(words, word, &FieldWord::word);
+  if (row != std::end(words)) return row->id;
   uint32_t id = 0;
   const char* const end = header.data() + header.size();
   const auto [stop, error] = std::from_chars(header.data(), end, id);
@@ -53,8 +59,8 @@ std::optional<uint32_t> field_id(std::string_view header) {
 
 std::string field_text(uint32_t id) {
   const std::string number = std::to_string(id);
-  const auto* const row = std::ranges::find(field_words, id, &FieldWord::id);
-  return row == std::end(field_words) ? number : std::string(row->word) + " (" + number + ")";
+  const auto* const row = std::ranges::find(words, id, &FieldWord::id);
+  return row == std::end(words) ? number : std::string(row->word) + " (" + number + ")";
 }
 
-}  // namespace quor_host
+}  // namespace quor_bars

@@ -7,7 +7,7 @@
 
 #include "errors.h"
 
-namespace quor_host {
+namespace quor_bars {
 namespace {
 
 /// Hands on row by row, in cells that keep their memory from row to row. An exception waits until
@@ -91,7 +91,7 @@ bool parse(csv_parser& parser, std::string_view text, Reader& reader) {
 struct Parser {
   explicit Parser(const std::string& name) {
     if (csv_init(&state, CSV_STRICT | CSV_STRICT_FINI | CSV_REPALL_NL) != 0) {
-      throw HostError(name + ": no memory to read it");
+      throw ReadError(name + ": no memory to read it");
     }
   }
   ~Parser() { csv_free(&state); }
@@ -110,8 +110,8 @@ void read_csv(std::string_view text, const std::string& name,
   Parser parser(name);
   Reader reader(take);
   if (!parse(parser.state, text, reader)) {
-    throw HostError(name + ":" + std::to_string(reader.line()) + ": a quote is out of place");
+    throw ReadError(name + ":" + std::to_string(reader.line()) + ": a quote is out of place");
   }
 }
 
-}  // namespace quor_host
+}  // namespace quor_bars

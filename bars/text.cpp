@@ -1,0 +1,109 @@
+#include "text.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <istream>
+#include <system_error>
+#include <utility>
+
+#include "errors.h"
+
+namespace quor_bars {
+namespace {
+
+/// The bytes behind the mark that some editors put in front of UTF-8.
+std::string without_byte_order_mark(std::string bytes, const std::string& name) {
+  constexpr std::string_view utf8_mark = "\xEF\xBB\xBF";
+  if (bytes.starts_with(utf8_mark)) bytes.erase(0, utf8_mark.size());
+  if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) {
+    throw ReadError(name + ": the text is UTF-16; save it as UTF-8");
+  }
+  return bytes;
+}
+
+/// The number that a few digits are, perhaps with a sign in front and a point between them; nothing
+/// for any other text. What it divides is exact, so that only the quotient is rounded.
+std::optional<double> short_number(std::string_view text) {
+  constexpr double powers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                               1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+  constexpr size_t most_digits = 15;
+  const bool negative = text.starts_with('-');
+  if (negative) text.remove_prefix(1);
+  if (text.size() > most_digits + 1) return std::nullopt;
+  int64_t digits = 0;
+  size_t point = text.size();
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c >= '0' && c <= '9') {
+      digits = digits * 10 + (c - '0');
+    } else if (c == '.' && point == text.size()) {
+      point = i;
+    } else {
+      return std::nullopt;
+    }
+  }
+  const size_t behind = text.size() - std::min(text.size(), point + 1);
+  const bool has_point = point < text.size();
+  if (point == 0 || (has_point && behind == 0) || point + behind > most_digits) return std::nullopt;
+  const double value = static_cast<double>(digits) / powers[behind];
+  return negative ? -value : value;
+}
+
+}  // namespace
+
+std::string read_stream(std::istream& stream, const std::string& name) {
+  std::string bytes;
+  for (size_t piece = 1 << 16; stream; piece *= 2) {
+    const size_t known = bytes.size();
+    bytes.resize(known + piece);
+    stream.read(bytes.data() + known, static_cast<std::streamsize>(piece));
+    bytes.resize(known + static_cast<size_t>(stream.gcount()));
+  }
+  if (stream.bad()) throw ReadError(name + ": can't be read");
+  bytes = without_byte_order_mark(std::move(bytes), name);
+  if (bytes.empty()) throw ReadError(name + ": is empty");
+  return bytes;
+}
+
+std::string read_file(const std::string& path) {
+  const std::filesystem::path name(std::u8string(path.begin(), path.end()));
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(name, error);
+  if (status.type() == std::filesystem::file_type::not_found) {
+    throw ReadError(path + ": there is no such file");
+  }
+  if (status.type() == std::filesystem::file_type::directory) {
+    throw ReadError(path + ": is a directory, not a file");
+  }
+  errno = 0;
+  std::ifstream file(name, std::ios::binary);
+  if (!file) {
+    const std::string reason = errno == 0 ? "" : ": " + std::generic_category().message(errno);
+    throw ReadError(path + ": can't be opened" + reason);
+  }
+  return read_stream(file, path);
+}
+
+std::string to_upper(std::string_view text) {
+  std::string upper(text);
+  for (char& c : upper) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  }
+  return upper;
+}
+
+std::optional<double> to_number(std::string_view text) {
+  if (text.starts_with('+')) text.remove_prefix(1);
+  if (const auto value = short_number(text)) return value;
+  double value = 0.0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  if (error != std::errc() || stop != end || std::isinf(value)) return std::nullopt;
+  return value;
+}
+
+}  // namespace quor_bars

@@ -1,0 +1,178 @@
+"""From what frames hold as times to ticks since 1970, by the clock of the times' own zone."""
+
+from __future__ import annotations
+
+import datetime
+import re
+from typing import Any
+
+import numpy as np
+import pandas as pd
+
+from . import _engine
+
+#: At the end of a moment that tells its zone.
+_ZONE = re.compile(r"([zZ]|UTC|GMT|:\d\d(\.\d+)? ?[+-]\d\d(:?\d\d)?)$")
+
+_TICKS = {"s": 1, "ms": 10**3, "us": 10**6, "ns": 10**9}
+
+
+def array_of(values: Any) -> np.ndarray:
+    """As np.asarray, which takes longer to find what pandas has and forgets what is masked."""
+    if np.ma.isMaskedArray(values):
+        return _unmasked(values)
+    return np.asarray(values.values if isinstance(values, (pd.Series, pd.Index)) else values)
+
+
+def _unmasked(values: np.ma.MaskedArray) -> np.ndarray:
+    """With nulls for what is masked."""
+    if values.dtype.kind in "mM":
+        return values.filled(np.array("NaT", values.dtype))
+    filled = values.astype(np.float64 if values.dtype.kind in "biuf" else object)
+    return filled.filled(np.nan)
+
+
+def row_of(values: Any, label: Any) -> np.ndarray:
+    """The array of a column."""
+    array = array_of(values)
+    if array.ndim != 1:
+        raise ValueError(f"column {label!r} isn't one value for each bar")
+    return array
+
+
+def moment_of(time: Any) -> pd.Timestamp:
+    """One time, of the kinds that a column may have."""
+    zone = None
+    if isinstance(time, datetime.date) and not isinstance(time, datetime.datetime):
+        time = datetime.datetime(time.year, time.month, time.day)
+    if isinstance(time, (datetime.datetime, np.datetime64)):
+        return pd.Timestamp(time)
+    seconds, _ = times_of(np.array([time], object))
+    if isinstance(time, str) and _ZONE.search(time):
+        zone = pd.Timestamp(time).tz
+    return pd.Timestamp(int(seconds[0]), unit="s").tz_localize(zone)
+
+
+def times_of(values: Any) -> tuple[np.ndarray, int]:
+    """Ticks since 1970, and how many make a second. A time that isn't there is NaT."""
+    dtype = getattr(values, "dtype", None)
+    if isinstance(dtype, pd.PeriodDtype):
+        values = pd.PeriodIndex(values).to_timestamp()
+    elif getattr(dtype, "tz", None) is not None:
+        values = pd.DatetimeIndex(values).tz_localize(None)
+    array = row_of(values, "time")
+    if array.dtype.kind in "iu":
+        array = _of_integers(array)
+    elif array.dtype.kind != "M":
+        array = _of_objects(array)
+    unit = np.datetime_data(array.dtype)[0]
+    if unit not in _TICKS:
+        unit = "s"
+        array = array.astype("datetime64[s]")
+    return array.view(np.int64), _TICKS[unit]
+
+
+def times_of_day(values: Any, label: Any) -> np.ndarray:
+    """Seconds since midnight, from texts such as 09:35 or from what Python has for them."""
+    array = row_of(values, label)
+    if array.dtype.kind == "m":
+        return array.astype("timedelta64[s]").view(np.int64)
+    if all(isinstance(value, str) for value in array):
+        texts = [f"20000101 {value}" for value in array]
+        return _engine.seconds_of_texts(texts) - _seconds_of(datetime.datetime(2000, 1, 1))
+    if all(isinstance(value, datetime.time) for value in array):
+        return np.array([(value.hour * 60 + value.minute) * 60 + value.second for value in array],
+                        np.int64)
+    raise ValueError(f"column {label!r} holds no times of day; name the column of the times: "
+                     'columns={"time": ...}')
+
+
+def index_of(seconds: np.ndarray, name: Any = None) -> pd.DatetimeIndex:
+    """Seconds since 1970 as an index of pandas, which has no times before 1678 and behind 2261."""
+    index = pd.DatetimeIndex(seconds.view("datetime64[s]"), name=name)
+    return index.as_unit("ns") if hasattr(index, "as_unit") else index
+
+
+class Clock:
+    """What clocks of a zone show, and which of two moments it is that they show alike."""
+
+    def __init__(self, zone: Any) -> None:
+        self.zone = zone
+        self._is_later: dict[pd.Timestamp, bool] = {}  #: by what is shown, in whole seconds
+
+    def note(self, moments: pd.DatetimeIndex) -> None:
+        """Raises ValueError for one that a bar can't be told by beside an earlier one."""
+        shown = moments.tz_localize(None)
+        is_twice = shown.tz_localize(self.zone, ambiguous="NaT", nonexistent="NaT").isna()
+        for moment, time in zip(moments[is_twice], shown[is_twice]):
+            is_later = moment != time.tz_localize(self.zone, ambiguous=True)
+            if self._is_later.setdefault(time.floor("s"), is_later) != is_later:
+                raise ValueError(f"two bars have one time by the clock of their zone, {time}, as "
+                                 "it is set back; follow bars in another zone, such as UTC")
+
+    def index(self, seconds: np.ndarray) -> pd.DatetimeIndex:
+        """The moments at which the clock shows so many seconds since 1970."""
+        shown = index_of(seconds)
+        if self.zone is None:
+            return shown
+        is_first = np.full(len(shown), True)
+        if self._is_later:
+            is_first[:] = [not self._is_later.get(time, False) for time in shown]
+        return shown.tz_localize(self.zone, ambiguous=is_first)
+
+
+def index_of_ticks(times: np.ndarray, ticks: int) -> pd.DatetimeIndex:
+    """What `times_of` gives, as an index."""
+    unit = next(unit for unit, count in _TICKS.items() if count == ticks)
+    return pd.DatetimeIndex(times.view(f"datetime64[{unit}]"))
+
+
+def _seconds_of(moment: datetime.datetime) -> int:
+    return int((moment - datetime.datetime(1970, 1, 1)).total_seconds())
+
+
+def _refuse(bar: int, what: str) -> ValueError:
+    return ValueError(f"bar {bar} (the first is 0) {what}")
+
+
+def _of_objects(array: np.ndarray) -> np.ndarray:
+    if not array.size:
+        return array.astype("datetime64[s]")
+    if array.dtype.kind not in "OUS":
+        raise ValueError(f"{array.dtype} are no times")
+    if array.dtype.kind == "S":
+        array = np.char.decode(array, "utf-8", "replace")
+    values = array.tolist()
+    for bar, value in enumerate(values):
+        if value is None or value is pd.NaT or value is pd.NA or value != value:
+            raise _refuse(bar, "has no time")
+    if all(isinstance(value, str) for value in values):
+        return _engine.seconds_of_texts(values).view("datetime64[s]")
+    if all(isinstance(value, int) and not isinstance(value, bool) for value in values):
+        return _of_integers(np.array(values))
+    return _of_moments(array)
+
+
+def _of_moments(array: np.ndarray) -> np.ndarray:
+    """Each by its own clock, of which one column may have several."""
+    moments = []
+    for bar, value in enumerate(array):
+        if isinstance(value, pd.Period):
+            value = value.to_timestamp()
+        elif isinstance(value, np.datetime64):
+            value = pd.Timestamp(value)
+        elif not isinstance(value, datetime.date):
+            raise _refuse(bar, f"has {value!r} for a time")
+        zone = getattr(value, "tzinfo", None)
+        moments.append(value if zone is None else value.replace(tzinfo=None))
+    return np.asarray(pd.DatetimeIndex(pd.to_datetime(moments)))
+
+
+def _of_integers(array: np.ndarray) -> np.ndarray:
+    """Integers are times if they are written as dates: 20240102 or 20240102093500."""
+    texts = array.astype(str).tolist()
+    digits = {len(text) for text in texts}
+    if len(digits) > 1 or not digits <= {8, 14}:
+        raise ValueError("integers are times only if written as 20240102 or as 20240102093500; "
+                         'of others make times first, as pd.to_datetime(..., unit="s") does')
+    return _engine.seconds_of_texts(texts).view("datetime64[s]")

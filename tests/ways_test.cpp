@@ -1,0 +1,120 @@
+// Which way each statement of a script goes, what its calls remember, and what one more bar costs.
+// A script that is sent the slow way has the right values all the same, so that no other test sees
+// it.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "interface/instances.h"
+#include "support/test_host.h"
+
+namespace quor_test {
+namespace {
+
+constexpr size_t rows = 3000;
+
+Bars bars_of_a_year() {
+  Bars bars;
+  uint32_t state = 1;
+  const auto draw = [&state](uint32_t below) {
+    state = state * 1664525 + 1013904223;
+    return static_cast<double>((state >> 8) % below);
+  };
+  double close = 100;
+  for (size_t row = 0; row < rows + 2; ++row) {
+    close = std::max(close + draw(21) / 10 - 1, 20.0);
+    const double open = close + draw(11) / 10 - 0.5;
+    bars["O"].push_back(open);
+    bars["C"].push_back(close);
+    bars["H"].push_back(std::max(open, close) + draw(5) / 10);
+    bars["L"].push_back(std::min(open, close) - draw(5) / 10);
+    bars["V"].push_back(100 + draw(900));
+    bars["AMOUNT"].push_back(1000 + draw(9000));
+  }
+  return bars;
+}
+
+struct Row {
+  int line = 0;
+  std::string script;
+  std::string ways;
+  std::string remembers;
+  uint64_t work = 0;
+};
+
+std::string trimmed(const std::string& text) {
+  const size_t first = text.find_first_not_of(' ');
+  return first == text.npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+std::vector<Row> rows_of(const char* file) {
+  std::vector<Row> table;
+  std::ifstream in(file);
+  std::string text;
+  for (int line = 1; std::getline(in, text); ++line) {
+    if (text.empty() || text[0] == '#') continue;
+    std::istringstream cells(text);
+    Row row;
+    row.line = line;
+    std::string work;
+    std::getline(cells, row.script, '|');
+    std::getline(cells, row.ways, '|');
+    std::getline(cells, row.remembers, '|');
+    std::getline(cells, work);
+    for (std::string* cell : {&row.script, &row.ways, &row.remembers}) *cell = trimmed(*cell);
+    row.work = std::stoull(work);
+    table.push_back(row);
+  }
+  return table;
+}
+
+std::string ways_of(quor::ScriptParser& parser) {
+  std::string ways;
+  for (size_t i = 0; i < parser.pool().script.statement_list.size(); ++i) {
+    ways += parser.calculator().went_by_columns(i) ? 'c' : 'b';
+  }
+  return ways;
+}
+
+/// What the calls remember, in the order in which the script has them.
+std::string memories_of(quor::ScriptParser& parser) {
+  constexpr const char* names[] = {"nothing", "values", "order", "late"};
+  std::string memories;
+  for (const quor::Variable* variable : parser.pool().script.variable_list) {
+    if (variable->memory == nullptr && variable->known_values == nullptr) continue;
+    const char* const name = names[static_cast<size_t>(variable->remembering)];
+    if (!memories.empty()) memories += "; ";
+    memories += variable->function_word + ' ' + name;
+  }
+  return memories;
+}
+
+TEST(Ways, OfEachScriptAndWhatOneMoreBarCosts) {
+  const std::vector<Row> table = rows_of(QUOR_WAYS);
+  ASSERT_FALSE(table.empty());
+  const Bars bars = bars_of_a_year();
+  for (const Row& row : table) {
+    SCOPED_TRACE("ways.txt line " + std::to_string(row.line) + ": " + row.script);
+    TestHost host;
+    auto& parser = quor::find_instance(host.handle())->parser;
+    ASSERT_EQ(host.compile(row.script).code, 0);
+    host.feed(bars, 0, rows);
+    ASSERT_EQ(host.run(), success);
+    EXPECT_EQ(ways_of(parser), row.ways);
+    // The first new bar may still take in what the columns have left out.
+    for (size_t last = rows; last < rows + 2; ++last) {
+      host.feed(bars, last, last + 1);
+      const uint64_t before = parser.calculator().work();
+      host.run(static_cast<uint32_t>(last));
+      if (last == rows) continue;
+      EXPECT_LE(parser.calculator().work() - before, row.work);
+    }
+    EXPECT_EQ(memories_of(parser), row.remembers);
+  }
+}
+
+}  // namespace
+}  // namespace quor_test

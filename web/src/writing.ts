@@ -1,0 +1,150 @@
+// Which script is written, and that none is lost: scripts come from the menu, from a link, from this tab
+// before it was loaded again, and from tabs that were closed.
+import type { Start } from './api/types.ts';
+import { byId } from './dom.ts';
+import { type Draft, keepDraft, keptDraft, leaveDraft, left, takeUp } from './draft.ts';
+import type { Editor } from './editor/editor.ts';
+import { fromFragment, type Shared, toFragment } from './link.ts';
+import { Library } from './panels/library.ts';
+import { folderId, otherId, Scripts } from './scripts.ts';
+
+/** What goes with the scripts into a link or a draft. */
+export type Setting = Omit<Shared, 'script'>;
+
+export interface WritingEvents {
+  /** As things stand. */
+  setting: () => Setting;
+  /** A link has come in. */
+  linked: (setting: Setting) => void;
+  fail: (error: unknown) => void;
+}
+
+/** Whether the page is loaded again or gone back to, not opened by its address or a link. */
+const isComeBack = (): boolean =>
+  performance
+    .getEntriesByType('navigation')
+    .some((entry) => (entry as PerformanceNavigationTiming).type !== 'navigate');
+
+export class Writing {
+  private readonly scripts: Scripts;
+  private readonly library: Library;
+  /** The one in the address bar that was read or made. */
+  private link = '';
+  private isReady = false;
+
+  constructor(
+    private readonly editor: Editor,
+    private readonly start: Start,
+    private readonly events: WritingEvents,
+  ) {
+    this.scripts = new Scripts(editor);
+    this.library = new Library(byId('library', HTMLSelectElement), start, (id) => {
+      this.open(id).catch(events.fail);
+    });
+    window.addEventListener('hashchange', () => void this.openLink());
+    window.addEventListener('beforeunload', (event) => {
+      if (this.scripts.areUnsaved) event.preventDefault();
+    });
+    window.addEventListener('pagehide', () => {
+      if (this.isReady) leaveDraft(this.draft);
+    });
+    window.addEventListener('pageshow', ({ persisted }) => {
+      if (persisted) takeUp(this.scripts.kept);
+    });
+  }
+
+  /** Shows the script that a link, this tab, or the command line has. Gives what goes with it. */
+  async begin(): Promise<Setting | undefined> {
+    const draft = keptDraft();
+    const goesOn = isComeBack() && location.hash === draft?.link;
+    const shared = goesOn ? undefined : await this.readLink();
+    this.link = location.hash;
+    for (const script of draft?.scripts ?? []) this.scripts.restore(script);
+    if (shared) this.scripts.openOther('link', shared.script);
+    else if (draft) await this.openAgain(draft.current);
+    if (!this.scripts.currentId) this.openFirst();
+    this.editor.focus();
+    takeUp(this.scripts.kept);
+    this.library.showLeft(left());
+    this.isReady = true;
+    return shared ?? draft;
+  }
+
+  /** The name by which the script is one of the folder. */
+  get fileName(): string {
+    return this.scripts.fileName;
+  }
+
+  /** Another text is written. */
+  follow(): void {
+    this.library.show(this.scripts.opened, this.scripts.currentId);
+    this.keep();
+  }
+
+  /** Has all of it outlive the page. */
+  keep(): void {
+    if (this.isReady) keepDraft(() => this.draft);
+  }
+
+  /** The text stands in the folder by this name. */
+  saved(name: string, text: string): void {
+    this.scripts.saved(name, text);
+    this.library.add(name);
+    this.follow();
+  }
+
+  /** Has the address bar show a link to what is seen. */
+  async showLink(): Promise<void> {
+    this.link = await toFragment({ script: this.editor.text, ...this.events.setting() });
+    history.replaceState(null, '', this.link);
+    this.keep();
+  }
+
+  private get draft(): Draft {
+    const { kept: scripts, currentId: current } = this.scripts;
+    return { scripts, current, ...this.events.setting(), link: this.link };
+  }
+
+  private async open(id: string): Promise<void> {
+    const one = this.library.takeLeft(id);
+    if (one) {
+      takeUp([one]);
+      this.scripts.showAsItIs(this.scripts.restore(one));
+    } else if (!this.scripts.reopen(id)) {
+      const script = await this.library.read(id);
+      if (script) this.scripts.open(script);
+    }
+    this.editor.focus();
+  }
+
+  /** The script of a draft, which may be gone from the folder by now. */
+  private async openAgain(id: string): Promise<void> {
+    await this.open(id).catch(() => this.scripts.showAsItIs(id));
+  }
+
+  private openFirst(): void {
+    const { script, scripts } = this.start;
+    const { first } = this.library;
+    if (script) {
+      const idOf = scripts.includes(script.name) ? folderId : otherId;
+      this.scripts.open({ id: idOf(script.name), ...script });
+    } else if (first) {
+      this.scripts.open(first);
+    } else {
+      this.scripts.openOther('script', '');
+    }
+  }
+
+  private readLink(): Promise<Shared | undefined> {
+    this.link = location.hash;
+    return fromFragment(this.link);
+  }
+
+  private async openLink(): Promise<void> {
+    const shared = await this.readLink();
+    if (!shared) return;
+    this.events.linked(shared);
+    this.scripts.openOther('link', shared.script);
+    this.editor.focus();
+  }
+}
