@@ -45,7 +45,8 @@ export interface Taken {
 }
 
 export function take(bars: Bars, needs: readonly Need[], timeZone: string | undefined): Taken {
-  if (typeof bars !== 'object' || bars === null) throw new TypeError('bars are an object of arrays');
+  if (typeof bars !== 'object' || bars === null)
+    throw new TypeError('bars are an object of arrays');
   const byName = new Map<string, string[]>();
   for (const name of Object.keys(bars)) {
     const found = byName.get(plain(name));
@@ -80,7 +81,8 @@ function nameOf(need: Need, byName: ReadonlyMap<string, string[]>): string {
   if (name === undefined) {
     throw new TypeError(`the script reads '${what}', and nothing in the bars is called so`);
   }
-  if (other !== undefined) throw new TypeError(`two arrays are '${what}': '${name}' and '${other}'`);
+  if (other !== undefined)
+    throw new TypeError(`two arrays are '${what}': '${name}' and '${other}'`);
   return name;
 }
 

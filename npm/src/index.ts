@@ -52,7 +52,9 @@ export class Engine {
 /**
  * Loads the engine. Each call gives one of its own, with memory of its own.
  */
-export async function load(source: Source = new URL('./quor.wasm', import.meta.url)): Promise<Engine> {
+export async function load(
+  source: Source = new URL('./quor.wasm', import.meta.url),
+): Promise<Engine> {
   return new Engine(await Module.start(await compiledModule(source)));
 }
 

@@ -203,7 +203,9 @@ export class Module {
 
   #text(): string {
     const address = this.#exports.quor_text();
-    return decoder.decode(this.#bytes().subarray(address, address + this.#exports.quor_text_length()));
+    return decoder.decode(
+      this.#bytes().subarray(address, address + this.#exports.quor_text_length()),
+    );
   }
 
   #bytes(): Uint8Array {
@@ -228,6 +230,5 @@ const unknownError: Finding = {
 /** Faults of the module itself. A stack that overflows is an error of the page's own. */
 function isTrap(fault: unknown): boolean {
   if (fault instanceof WebAssembly.RuntimeError) return true;
-  if (fault instanceof WebAssembly.Exception) return true;
   return fault instanceof Error && /call stack|recursion/i.test(fault.message);
 }

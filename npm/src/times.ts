@@ -69,8 +69,7 @@ function keyOfMoment(moment: number, zone: Zone): number | string {
   const year = clock.getUTCFullYear();
   if (year < 1 || year > 9999) return 'has a time beyond the years 1 to 9999';
   const date = year * 10000 + (clock.getUTCMonth() + 1) * 100 + clock.getUTCDate();
-  const time =
-    clock.getUTCHours() * 10000 + clock.getUTCMinutes() * 100 + clock.getUTCSeconds();
+  const time = clock.getUTCHours() * 10000 + clock.getUTCMinutes() * 100 + clock.getUTCSeconds();
   return date * noClock + time;
 }
 

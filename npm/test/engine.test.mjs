@@ -7,7 +7,15 @@ import { EngineStopped, load } from 'quor';
 
 const module = new URL(import.meta.resolve('quor/quor.wasm'));
 const bars = (count) => ({
-  time: Float64Array.from({ length: count }, (_, i) => 20000101000000 + i % 60 + 100 * (Math.floor(i / 60) % 60) + 10000 * (Math.floor(i / 3600) % 24) + 1e6 * Math.floor(i / 86400)),
+  time: Float64Array.from(
+    { length: count },
+    (_, i) =>
+      20000101000000 +
+      (i % 60) +
+      100 * (Math.floor(i / 60) % 60) +
+      10000 * (Math.floor(i / 3600) % 24) +
+      1e6 * Math.floor(i / 86400),
+  ),
   close: Float64Array.from({ length: count }, (_, i) => 100 + Math.sin(i)),
 });
 
@@ -64,7 +72,9 @@ describe('an engine', () => {
   test('takes a script of a million letters', async () => {
     const quor = await load();
     const line = 'A:MA(C,5)+1;';
-    const long = Array.from({ length: 80_000 }, (_, i) => `A${i}:C+1;`).join('').slice(0, 1_000_000);
+    const long = Array.from({ length: 80_000 }, (_, i) => `A${i}:C+1;`)
+      .join('')
+      .slice(0, 1_000_000);
     for (const source of [long, line + ' '.repeat(1_000_000), '('.repeat(1_000_000)]) {
       try {
         quor.compile(source).free();

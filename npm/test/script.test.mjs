@@ -56,10 +56,7 @@ describe('a script', () => {
         assert.ok(error instanceof ScriptError);
         assert.deepEqual([error.code, error.line, error.column], [2, 2, 3]);
         assert.equal(error.sentence, 'nothing defines EMMA');
-        assert.equal(
-          error.message,
-          '2:3: error: nothing defines EMMA (code 2); did you mean EMA?',
-        );
+        assert.equal(error.message, '2:3: error: nothing defines EMMA (code 2); did you mean EMA?');
         return true;
       },
     );
@@ -94,8 +91,13 @@ describe('a script', () => {
   });
 
   test('reads its trading calendar', () => {
-    const sample = (name) => readFileSync(new URL(`../../samples/${name}`, import.meta.url), 'utf8');
-    const rows = sample('night.csv').trim().split('\n').slice(1).map((row) => row.split(','));
+    const sample = (name) =>
+      readFileSync(new URL(`../../samples/${name}`, import.meta.url), 'utf8');
+    const rows = sample('night.csv')
+      .trim()
+      .split('\n')
+      .slice(1)
+      .map((row) => row.split(','));
     const column = (i) => rows.map((row) => Number(row[i]));
     const script = quor.compile(sample('cookbook/session_average.quor'), {
       period: 0x3005,
