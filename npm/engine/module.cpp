@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <new>
 #include <span>
 #include <string>
@@ -35,9 +36,10 @@ struct Handle {
   quor::engine::Subject subject;
   Script script;
   bool run_failed = false;
-  std::vector<int64_t> keys;  ///< of the bars taken in last, in their order
-  std::vector<uint32_t>
-      rows;  ///< where these bars stand; empty if they are the rows in their order
+  /// Of the bars taken in last, in their order.
+  std::vector<int64_t> keys;
+  /// Where these bars stand; empty if they are the rows in their order.
+  std::vector<uint32_t> rows;
 };
 
 std::string answer;
