@@ -65,11 +65,11 @@ describe('a script', () => {
   test('is sound after a run that failed', () => {
     const script = quor.compile('A:STD(C,IFF(C>200,0-5,2));');
     assert.throws(() => script.run(daily([1, 300, 2])), /vector too long/);
-    assert.deepEqual(values(script.run(daily([1, 3, 5]))), { A: [NaN, NaN, 1] });
+    assert.deepEqual(values(script.run(daily([1, 3, 5]))), { A: [NaN, NaN, Math.SQRT2] });
   });
 
   test('takes texts in quotes, other letters and halves of characters', () => {
-    const script = quor.compile('DRAWTEXT(C>1,C,"a\\b,\t均线");');
+    const script = quor.compile("DRAWTEXT(C>1,C,'a\\b,\t均线');");
     assert.equal(script.shapes[0].Text, 'a\\b,\t均线');
     assert.ok(quor.compile("DRAWTEXT(C>1,C,'\ud800');").shapes.length === 1);
   });
@@ -166,7 +166,7 @@ describe('bars', () => {
   const time = [20240101];
   const faults = [
     [{ time }, /reads 'close', and nothing in the bars is called so/],
-    [{ time, C: [1], close: [1] }, /two arrays are 'close': 'C' and 'close'/],
+    [{ time, C: [1], close: [1] }, /two arrays are 'close': 'close' and 'C'/],
     [{ time, C: [1, 2] }, /'C' has 2 values for 1 bars/],
     [{ time, C: ['1'] }, /'C' holds a string in bar 0/],
     [{ time, C: 1 }, /'C' is no array/],
@@ -213,7 +213,7 @@ describe('live bars', () => {
     const script = quor.compile('A:EMA(C,5);CROSS(C,A),BK(1);');
     const whole = script.run(bars);
     const first = Object.fromEntries(Object.entries(bars).map(([k, v]) => [k, v.slice(0, 30)]));
-    using live = script.live(first);
+    const live = script.live(first);
     for (let i = 30; i < 50; ++i) {
       live.update({ time: bars.time[i], close: closes[i] + 3 });
       assert.deepEqual(live.update({ time: bars.time[i], close: closes[i] }), live.last);
@@ -221,10 +221,12 @@ describe('live bars', () => {
     }
     assert.equal(live.length, 50);
     assert.deepEqual(live.values(), whole);
-    assert.deepEqual(live.values(2), { A: whole.A.slice(-2) });
+    assert.deepEqual(values(live.values(2)), { A: [...whole.A.slice(-2)] });
     assert.deepEqual([...live.keys(2)], [20240218000000, 20240219000000]);
     const fires = script.events.some(({ row }) => row === 49);
     assert.equal(live.events.length, fires ? 1 : 0);
+    live[Symbol.dispose]();
+    assert.throws(() => live.last, /given back by free/);
   });
 
   test('start from nothing and want whole bars', () => {
