@@ -36,7 +36,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LES
 endif()
 if(WASI)
   # Sizes have 32 bits there, and so has all memory: rows and bytes can't be more.
-  target_compile_options(quor_options INTERFACE -Wno-shorten-64-to-32)
+  target_compile_options(quor_options INTERFACE -Wno-shorten-64-to-32 -Wno-sign-conversion)
 endif()
 if(QUOR_SANITIZE)
   target_compile_options(quor_options INTERFACE

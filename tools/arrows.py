@@ -24,6 +24,7 @@ ROOMS = {
     "interface": WORDS | {"compiler", "include"},
     "engine": WORDS | {"compiler", "interface"},
     "python": {"engine", "advice", "bars"},
+    "npm": {"engine", "advice"},
     "include": set(),
     "advice": set(),
     "bars": set(),
@@ -40,7 +41,7 @@ CORE_OF_ABSTRACT = {"core/model.h", "core/status.h"}
 # The parts of the host that work on arrays.
 OVER_ENGINE = ("host/scan", "host/studio")
 
-FOLDERS = ("src", "include", "advice", "bars", "host", "python")
+FOLDERS = ("src", "include", "advice", "bars", "host", "python", "npm/engine")
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
 
 

@@ -100,4 +100,4 @@ sources() {
   done
 }
 
-folders="include src advice bars host python examples tests bench fuzz"
+folders="include src advice bars host python npm examples tests bench fuzz"

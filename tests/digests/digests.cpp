@@ -6,8 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <sstream>
 #include <string>
@@ -15,6 +13,7 @@
 
 #include "engine/engine.h"
 #include "support/engine_vectors.h"
+#include "support/files.h"
 
 namespace quor_test {
 namespace {
@@ -80,12 +79,6 @@ void print(const std::string& name, const std::string& source, const Settings& s
     cells = cells_of(script);
   }
   std::printf("%016llx %016llx %s\n", texts.value(), cells.value(), name.c_str());
-}
-
-std::string text_of(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) throw std::runtime_error("no file " + path);
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 /// Bars of a file with a line of names: the date, the time of day or not, and prices.

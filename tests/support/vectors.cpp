@@ -1,8 +1,9 @@
 #include "support/vectors.h"
 
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
+
+#include "support/files.h"
 
 namespace quor_test {
 namespace {
@@ -96,7 +97,7 @@ void PrintTo(const Vector& vector, std::ostream* out) {
 std::vector<Vector> vectors_of(const std::string& path) {
   const size_t name = path.find_last_of("/\\") + 1;
   std::vector<Vector> vectors;
-  std::ifstream file(path);
+  std::istringstream file(text_of(path));
   for (std::string line; std::getline(file, line);) {
     std::istringstream words(line);
     std::string key;

@@ -1,0 +1,137 @@
+/**
+ * Technical-indicator scripts in browsers and Node: `await load()`, `compile` a script, `run` it over bars.
+ */
+
+import { Module } from './module.js';
+import { Script, type Settings } from './script.js';
+
+export type { Bars, Values } from './bars.js';
+export { EngineStopped, OutOfMemory, ScriptError, type Finding } from './errors.js';
+export type {
+  Bar,
+  Line,
+  Lines,
+  Live,
+  Look,
+  Report,
+  RunOptions,
+  Script,
+  ScriptEvent,
+  Settings,
+  Shape,
+} from './script.js';
+export type { Time, Times } from './times.js';
+
+/** Where the module of WebAssembly is had. */
+export type Source = string | URL | Response | BufferSource | WebAssembly.Module;
+
+const day = 0x4000;
+
+export class Engine {
+  readonly #module: Module;
+
+  /** @internal */
+  constructor(module: Module) {
+    this.#module = module;
+  }
+
+  /** How much memory the engine has taken, in bytes. It grows as needed and is used again. */
+  get memory(): number {
+    return this.#module.memory;
+  }
+
+  /**
+   * Compiles a script. A mistake in it is a `ScriptError` with its place.
+   */
+  compile(source: string, settings: Settings = {}): Script {
+    if (typeof source !== 'string') throw new TypeError('a script is a text');
+    return new Script(this.#module, source, wholeSettings(source, settings));
+  }
+}
+
+/**
+ * Loads the engine. Each call gives one of its own, with memory of its own.
+ */
+export async function load(
+  source: Source = new URL('./quor.wasm', import.meta.url),
+): Promise<Engine> {
+  return new Engine(await Module.start(await compiledModule(source)));
+}
+
+let usual: Promise<WebAssembly.Module> | undefined;
+
+async function compiledModule(source: Source): Promise<WebAssembly.Module> {
+  if (source instanceof WebAssembly.Module) return source;
+  if (source instanceof Response) return fromResponse(source);
+  if (!(typeof source === 'string' || source instanceof URL)) return WebAssembly.compile(source);
+  const url = new URL(source, import.meta.url);
+  if (url.href !== new URL('./quor.wasm', import.meta.url).href) return fromAddress(url);
+  // The same code serves all engines; a failed attempt may be repeated.
+  usual ??= fromAddress(url);
+  try {
+    return await usual;
+  } catch (fault) {
+    usual = undefined;
+    throw fault;
+  }
+}
+
+async function fromAddress(url: URL): Promise<WebAssembly.Module> {
+  if (url.protocol !== 'file:') return fromResponse(await fetch(url));
+  const { readFile } = await import('node:fs/promises');
+  return WebAssembly.compile(await readFile(url));
+}
+
+async function fromResponse(response: Response): Promise<WebAssembly.Module> {
+  if (!response.ok) throw new Error(`no engine at ${response.url}: status ${response.status}`);
+  const isNamed = response.headers.get('content-type')?.startsWith('application/wasm') ?? false;
+  if (isNamed) return WebAssembly.compileStreaming(response);
+  return WebAssembly.compile(await response.arrayBuffer());
+}
+
+/** With each setting there, as the module wants them. */
+function wholeSettings(source: string, settings: Settings): object {
+  const { calendar = '' } = settings;
+  return {
+    source: wellFormed(source),
+    parameters: Object.entries(settings.parameters ?? {}).map(([name, value]) => {
+      if (typeof value !== 'number' || !Number.isFinite(value)) {
+        throw new TypeError(`the parameter ${name} is no finite number`);
+      }
+      return [wellFormed(name).toUpperCase(), value];
+    }),
+    period: whole(settings.period ?? day),
+    code: text(settings.code, 'code'),
+    market: text(settings.market, 'market'),
+    timeZone: text(settings.timeZone ?? 'UTC+08:00', 'timeZone'),
+    calendar: wellFormed(typeof calendar === 'string' ? calendar : JSON.stringify(calendar)),
+    minPrice: known(settings.minPrice, 'minPrice'),
+    unit: known(settings.unit, 'unit'),
+    shareCountPerUnit: known(settings.shareCountPerUnit, 'shareCountPerUnit'),
+    isTrading: settings.isTrading === true,
+  };
+}
+
+function whole(period: unknown): number {
+  if (Number.isInteger(period) && Number(period) >= 0 && Number(period) <= 0xffffffff) {
+    return Number(period);
+  }
+  throw new TypeError('period is the code of a period, such as 0x4000');
+}
+
+function text(value: unknown, name: string): string {
+  if (value === undefined) return '';
+  if (typeof value !== 'string') throw new TypeError(`${name} is no text`);
+  return wellFormed(value);
+}
+
+function known(value: unknown, name: string): number | null {
+  if (value === undefined) return null;
+  if (typeof value !== 'number') throw new TypeError(`${name} is no number`);
+  return value;
+}
+
+/** Without halves of characters, which no other system knows. */
+function wellFormed(value: string): string {
+  return new TextDecoder('utf-8', { ignoreBOM: true }).decode(new TextEncoder().encode(value));
+}

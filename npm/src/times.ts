@@ -1,0 +1,118 @@
+// Times of bars as row keys: whole numbers written YYYYMMDDhhmmss, as the clock of a zone shows them.
+
+/** A moment, a text such as "2024-01-02 09:35", or a whole number written 20240102 or 20240102093500. */
+export type Time = Date | string | number | bigint;
+export type Times = ArrayLike<Time>;
+
+const noClock = 1_000_000;
+const firstDate = 10_000;
+const lastDate = 99_991_231;
+
+export function keysOf(times: Times, timeZone = 'UTC'): Float64Array {
+  const keys = new Float64Array(times.length);
+  const zone = new Zone(timeZone);
+  for (let i = 0; i < keys.length; ++i) {
+    const key = keyOf(times[i], zone);
+    if (typeof key === 'string') throw new TypeError(`bar ${i} (the first is 0): ${key}`);
+    keys[i] = key;
+  }
+  return keys;
+}
+
+/** The key, or what is wrong. */
+function keyOf(time: unknown, zone: Zone): number | string {
+  if (typeof time === 'number') return keyOfNumber(time);
+  if (typeof time === 'bigint') return keyOfNumber(Number(time));
+  if (typeof time === 'string') return keyOfText(time, zone);
+  if (time instanceof Date) return keyOfMoment(time.getTime(), zone);
+  return 'has no time';
+}
+
+function keyOfNumber(number: number): number | string {
+  const key = number >= firstDate && number <= lastDate ? number * noClock : number;
+  const date = Math.floor(key / noClock);
+  const clock = key % noClock;
+  const isTime =
+    Number.isInteger(key) &&
+    isDate(Math.floor(date / 10000), Math.floor(date / 100) % 100, date % 100) &&
+    clock < 240000 &&
+    clock % 10000 < 6000 &&
+    clock % 100 < 60;
+  if (isTime) return key;
+  return `numbers are times only if written as 20240102 or as 20240102093500, and ${number} isn't; of others make Dates`;
+}
+
+function isDate(year: number, month: number, day: number): boolean {
+  if (year < 1 || year > 9999 || month < 1 || month > 12 || day < 1) return false;
+  return day <= 28 || day <= new Date(Date.UTC(2000 + (year % 400), month, 0)).getUTCDate();
+}
+
+const form =
+  /^(\d{4})-?(\d\d)-?(\d\d)(?:[T ](\d\d):?(\d\d)(?::?(\d\d)(?:[.,]\d+)?)?)?(Z|[+-]\d\d:?\d\d)?$/;
+
+function keyOfText(text: string, zone: Zone): number | string {
+  const parts = form.exec(text.trim());
+  if (parts === null) return `the time "${text.slice(0, 40)}" can't be read`;
+  const [, year, month, day, hour = '00', minute = '00', second = '00', offset] = parts;
+  const key = keyOfNumber(Number(`${year}${month}${day}${hour}${minute}${second}`));
+  if (offset === undefined || typeof key === 'string') return key;
+  const written = offset === 'Z' ? offset : `${offset.slice(0, 3)}:${offset.slice(-2)}`;
+  return keyOfMoment(
+    Date.parse(`${year}-${month}-${day}T${hour}:${minute}:${second}${written}`),
+    zone,
+  );
+}
+
+function keyOfMoment(moment: number, zone: Zone): number | string {
+  if (Number.isNaN(moment)) return 'has no time';
+  const clock = new Date(moment + zone.offset(moment));
+  const year = clock.getUTCFullYear();
+  if (year < 1 || year > 9999) return 'has a time beyond the years 1 to 9999';
+  const date = year * 10000 + (clock.getUTCMonth() + 1) * 100 + clock.getUTCDate();
+  const time = clock.getUTCHours() * 10000 + clock.getUTCMinutes() * 100 + clock.getUTCSeconds();
+  return date * noClock + time;
+}
+
+/** What clocks of a zone show beside UTC. They change at full quarters of an hour only. */
+class Zone {
+  readonly #format: Intl.DateTimeFormat | undefined;
+  readonly #known = new Map<number, number>();
+
+  constructor(name: string) {
+    if (name === 'UTC') return;
+    this.#format = new Intl.DateTimeFormat('en-US', {
+      timeZone: name,
+      hourCycle: 'h23',
+      year: 'numeric',
+      month: 'numeric',
+      day: 'numeric',
+      hour: 'numeric',
+      minute: 'numeric',
+      second: 'numeric',
+      era: 'short',
+    });
+  }
+
+  /** In milliseconds. */
+  offset(moment: number): number {
+    if (this.#format === undefined) return 0;
+    const quarter = Math.floor(moment / 900_000);
+    let offset = this.#known.get(quarter);
+    if (offset === undefined) {
+      offset = this.#shown(quarter * 900_000) - quarter * 900_000;
+      this.#known.set(quarter, offset);
+    }
+    return offset;
+  }
+
+  #shown(moment: number): number {
+    const parts: Record<string, string> = {};
+    for (const { type, value } of this.#format!.formatToParts(moment)) parts[type] = value;
+    const number = (name: string) => Number(parts[name]);
+    const shown = new Date(0);
+    const year = parts['era'] === 'BC' ? 1 - number('year') : number('year');
+    shown.setUTCFullYear(year, number('month') - 1, number('day'));
+    shown.setUTCHours(number('hour'), number('minute'), number('second'));
+    return shown.getTime();
+  }
+}

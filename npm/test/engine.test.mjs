@@ -1,0 +1,111 @@
+// The engine itself: loading, memory, and its end.
+import assert from 'node:assert/strict';
+import { readFile } from 'node:fs/promises';
+import { brotliCompressSync } from 'node:zlib';
+import { describe, test } from 'node:test';
+import { EngineStopped, load } from 'quor';
+
+const module = new URL(import.meta.resolve('quor/quor.wasm'));
+const bars = (count) => ({
+  time: Float64Array.from(
+    { length: count },
+    (_, i) =>
+      20000101000000 +
+      (i % 60) +
+      100 * (Math.floor(i / 60) % 60) +
+      10000 * (Math.floor(i / 3600) % 24) +
+      1e6 * Math.floor(i / 86400),
+  ),
+  close: Float64Array.from({ length: count }, (_, i) => 100 + Math.sin(i)),
+});
+
+describe('an engine', () => {
+  test('is loaded from an address, bytes, an answer, and a module', async () => {
+    const bytes = await readFile(module);
+    const answer = new Response(bytes, { headers: { 'content-type': 'application/wasm' } });
+    for (const source of [module, module.href, bytes, answer, new WebAssembly.Module(bytes)]) {
+      const lines = (await load(source)).compile('A:C;').run({ time: [20240101], C: [1] });
+      assert.equal(lines.A[0], 1);
+    }
+    await assert.rejects(load(new Response('', { status: 404 })), /status 404/);
+  });
+
+  test('is at most 450 kB, compressed as servers of pages do it', async () => {
+    assert.ok(brotliCompressSync(await readFile(module)).length <= 450_000);
+  });
+
+  test('gives memory back', async () => {
+    const quor = await load();
+    const many = bars(20_000);
+    const grown = () => {
+      for (let i = 0; i < 20; ++i) {
+        const script = quor.compile('A:MA(C,5);B:EMA(C,9);');
+        const live = script.live(many);
+        script.run(many);
+        assert.equal(live.length, 20_000);
+        live.free();
+        script[Symbol.dispose]();
+      }
+      return quor.memory;
+    };
+    const first = grown();
+    grown();
+    assert.equal(grown(), first);
+  });
+
+  test('refuses what was given back', async () => {
+    const script = (await load()).compile('A:C;');
+    const live = script.live();
+    for (const object of [script, live]) {
+      object.free();
+      object.free();
+    }
+    for (const use of [
+      () => script.run({ time: [20240101], C: [1] }),
+      () => script.findings,
+      () => script.shapes,
+      () => live.length,
+      () => live.update({ time: 20240101, C: 1 }),
+    ]) {
+      assert.throws(use, /given back by free/);
+    }
+  });
+
+  test('takes a script of a million letters', async () => {
+    const quor = await load();
+    const line = 'A:MA(C,5)+1;';
+    const long = Array.from({ length: 80_000 }, (_, i) => `A${i}:C+1;`)
+      .join('')
+      .slice(0, 1_000_000);
+    for (const source of [long, line + ' '.repeat(1_000_000), '('.repeat(1_000_000)]) {
+      try {
+        quor.compile(source).free();
+      } catch (error) {
+        assert.match(error.name, /ScriptError|OutOfMemory|EngineStopped/);
+        if (error instanceof EngineStopped) break;
+      }
+    }
+    const other = (await load()).compile('A:C;');
+    assert.equal(other.run({ time: [20240101], C: [1] }).A[0], 1);
+  });
+
+  test('says when it has stopped, and another one works', async () => {
+    const quor = await load();
+    const script = quor.compile('A:C;');
+    // A trap in the midst of a call, while the engine asks for the clock.
+    const { now } = Date;
+    Date.now = () => {
+      throw new WebAssembly.RuntimeError('unreachable');
+    };
+    try {
+      const clock = quor.compile('A:CURRENTTIME;');
+      assert.throws(() => clock.run({ time: [20240101] }), EngineStopped);
+    } finally {
+      Date.now = now;
+    }
+    assert.throws(() => script.run({ time: [20240101], C: [1] }), EngineStopped);
+    assert.throws(() => quor.compile('A:C;'), /load\(\) gives a new one/);
+    script.free();
+    assert.equal((await load()).compile('A:C;').lines.length, 1);
+  });
+});
