@@ -62,19 +62,24 @@ def on_executor(executor: Executor, work: Work, chunks: Iterator[Chunk]) -> Iter
 def _submit(
     submit: Callable[[Chunk], Future], chunks: Iterator[Chunk], window: int, undone: list[Chunk]
 ) -> Iterator[Done]:
-    """Results in the order in which they come. Chunks over which the executor breaks go to
+    """Results in the order in which they come. Securities whose chunk fails as a whole, as for one
+    that can't be sent, are done again alone. Chunks over which the executor breaks go to
     ``undone``, and no others are taken then."""
+    alone: deque[Chunk] = deque()
     waiting: dict[Future, Chunk] = {}
     try:
         while True:
             while not undone and len(waiting) < window:
-                chunk = next(chunks, None)
+                chunk = alone.popleft() if alone else next(chunks, None)
                 if chunk is None:
                     break
                 try:
                     waiting[submit(chunk)] = chunk
                 except BrokenExecutor:
                     undone.append(chunk)
+            if undone:
+                undone.extend(alone)
+                alone.clear()
             if not waiting:
                 return
             for future in wait(waiting, return_when=FIRST_COMPLETED).done:
@@ -82,6 +87,8 @@ def _submit(
                 chunk = waiting.pop(future)
                 if isinstance(result, BrokenExecutor):
                     undone.append(chunk)
+                elif isinstance(result, Exception) and len(chunk) > 1:
+                    alone.extend([item] for item in chunk)
                 else:
                     yield chunk, result
     finally:
@@ -125,10 +132,10 @@ def _in_spares(
                 pool, chunk, is_again = running.pop(future)
                 if not isinstance(result, BrokenExecutor):
                     idle.append(pool)
-                elif not is_again:
+                if isinstance(result, Exception) and not is_again:
                     alone.extend([item] for item in chunk)
-                    continue
-                yield chunk, result
+                else:
+                    yield chunk, result
     finally:
         for pool in [*idle, *(pool for pool, _, _ in running.values())]:
             pool.shutdown(wait=True, cancel_futures=True)

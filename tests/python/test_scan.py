@@ -239,6 +239,9 @@ def test_executors_of_the_standard_interface():
     for pool in (ThreadPoolExecutor(2), ProcessPoolExecutor(2)):
         with pool:
             assert_same(quor.scan(SCRIPT, sources, executor=pool), wanted)
+    with ProcessPoolExecutor(2) as pool, pytest.warns(quor.ScanWarning, match="1 of 31 .*pickle"):
+        result = quor.scan(SCRIPT, {"unsent": lambda: None, **sources}, executor=pool)
+    assert list(result.attrs["failures"]) == ["unsent"] and len(result) == 30
 
 
 def die(seed):
