@@ -14,6 +14,7 @@ from .times import index_of, index_of_ticks, row_of, times_of, times_of_day
 
 Columns = Optional[Mapping[str, Optional[Hashable]]]
 
+_NAT = np.iinfo(np.int64).min
 _TIME = 1  #: the engine's column of the times
 _SHOWN = {13: "volume", 65: "openinterest"}  #: where the first word isn't the usual one in frames
 
@@ -323,11 +324,11 @@ def _with_clock(frame: Any, places: _Places, dates: np.ndarray, ticks: int) -> n
     seconds = times_of_day(frame[clock], clock)
     if len(seconds) != len(dates):
         raise ValueError(f"column {clock!r} has {len(seconds)} values for {len(dates)} bars")
-    is_there = dates != np.iinfo(np.int64).min
+    is_there = (dates != _NAT) & (seconds != _NAT)
     if np.any(dates[is_there] % (86400 * ticks)):
         raise ValueError(f"columns {label!r} and {clock!r} both have times of day; say which one "
                          f'counts: columns={{"time": {label!r}}}')
-    return np.where(is_there, dates + seconds * ticks, dates)
+    return np.where(is_there, dates + seconds * ticks, _NAT)
 
 
 def _zoned(moments: Any) -> pd.DatetimeIndex | None:

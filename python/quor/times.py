@@ -14,6 +14,8 @@ from . import _engine
 #: At the end of a moment that tells its zone.
 _ZONE = re.compile(r"([zZ]|UTC|GMT|:\d\d(\.\d+)? ?[+-]\d\d(:?\d\d)?)$")
 
+_CLOCK = re.compile(r"\d\d:\d\d(:\d\d)?|\d{4}(\d\d)?")
+
 _TICKS = {"s": 1, "ms": 10**3, "us": 10**6, "ns": 10**9}
 
 
@@ -78,6 +80,9 @@ def times_of_day(values: Any, label: Any) -> np.ndarray:
     if array.dtype.kind == "m":
         return array.astype("timedelta64[s]").view(np.int64)
     if all(isinstance(value, str) for value in array):
+        for bar, value in enumerate(array):
+            if not _CLOCK.fullmatch(value):
+                raise _refuse(bar, f"has {value!r} for a time of day; write it as 09:35")
         texts = [f"20000101 {value}" for value in array]
         return _engine.seconds_of_texts(texts) - _seconds_of(datetime.datetime(2000, 1, 1))
     if all(isinstance(value, datetime.time) for value in array):

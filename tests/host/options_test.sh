@@ -21,8 +21,8 @@ expect 0 'date        A
 expect 0 'quor: warning: --set M=1: the script doesn'\''t read M
 quor: warning: --set N=2: the script'\''s own CONST N stands
 quor: warning: --set C=2.5: this hides the bar field C
-date          A
-2024-01-04  2.5' run -e 'CONST N:3;A:=MA(C,N);' --bars bars.csv --set M=1 --set N=2 --set C=2.5 --last 1
+date               A
+2024-01-04  2.500000' run -e 'CONST N:3;A:=MA(C,N);' --bars bars.csv --set M=1 --set N=2 --set C=2.5 --last 1
 expect 1 'quor: --set N: write NAME=NUMBER, as in --set N=5' check -e 'A:N;' --set N
 expect 1 'quor: --set n=3: N is set twice' run -e 'A:N;' --bars bars.csv --set N=2 --set n=3
 expect 1 'quor: --set N=3: N is set twice' scan -e 'A:N;' bars.csv --set N=2 --set N=3

@@ -264,7 +264,9 @@ def test_few_bars(frame, bars):
      r"bar 0 \(the first is 0\) has no time"),
     (lambda frame: frame.set_axis([1.5, *frame.index[1:]]), r"bar 0 .* has 1.5 for a time"),
     (lambda frame: frame.reset_index().assign(time=935), "column 'time' holds no times of day"),
-    (lambda frame: frame.reset_index().assign(time="9.35"), "'20000101 9.35' is no date"),
+    (lambda frame: frame.reset_index().assign(time="9.35"), "bar 0 .*'9.35' for a time of day"),
+    (lambda frame: frame.reset_index().assign(time=[pd.NaT, *[pd.Timedelta("9h")] * 119]),
+     r"bar 0 \(the first is 0\) has no time"),
     (lambda frame: frame.reset_index().assign(
         date=lambda x: x["date"] + pd.Timedelta("1h"), time="09:35"), "both have times of day"),
     (lambda frame: frame.reset_index().assign(Date=1), "two columns hold the times: 'date' and"),
