@@ -194,10 +194,11 @@ test('bars that come while others are played end play', async () => {
   assert.equal(await desk.text('#play-place'), '');
   assert.equal(await desk.text('#message'), '');
   await assertShows('other', 'after play');
+  await desk.choose('one');
   await desk.page.click('#play-step');
   await desk.settled();
   await desk.write('A:MA(C,5;');
   await desk.page.click('#play-stop');
   await desk.settled();
-  await assertShows('other', 'after play that ends with a mistake in the script');
+  await assertShows('one', 'after play that ends with a mistake in the script');
 });

@@ -111,6 +111,14 @@ test('lines far from the price have a pane of their own, and the crosshair tells
   await desk.page.focus('#chart');
   await desk.press('Home');
   assert.match(await desk.text('.caption'), /2000-01-03/);
+  await desk.press('PageDown', 'PageDown', 'PageDown');
+  const [oldest, ...values] = [await desk.text('.caption'), ...Object.values(await desk.legend())];
+  assert.match(
+    oldest,
+    /2003-07-15  O 1003.86/,
+    'row 885, the newest in sight: 260.42 rows, moved three times by 0.8 of it',
+  );
+  for (const value of values) assert.match(value, /^-?[\d,]+(\.\d+)?$/);
 });
 
 test('wheel, drag and keys move the sight', async () => {
@@ -206,7 +214,7 @@ test('a narrow window has all of it, one below the other, and a chart of good he
     [844, 390],
   ]) {
     await desk.page.setViewport({ width, height });
-    await desk.settled();
+    await desk.goTo();
     const { wide, parts, chart, panes } = await desk.page.evaluate(() => {
       const sizeOf = (selector: string) =>
         document.querySelector(selector)!.getBoundingClientRect();
