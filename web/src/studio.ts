@@ -187,6 +187,7 @@ export class Studio {
   /** Of several that are asked for one after the other the last one counts. */
   private async open(source: Source): Promise<void> {
     this.wanted = source;
+    tell('');
     try {
       await this.session.inTurn(async () => {
         if (source !== this.wanted) return;

@@ -126,7 +126,8 @@ export class Session {
   }
 
   async readCsv(file: Blob, name: string, period?: string): Promise<BarsAnswer> {
-    const request = { method: 'POST', headers: { 'Content-Type': 'text/csv' }, body: file };
+    const body = await file.arrayBuffer(); // fails by itself, not as a request, if the file has changed
+    const request = { method: 'POST', headers: { 'Content-Type': 'text/csv' }, body };
     const asked = query({ name, ...(period ? { period } : {}) });
     return (await (await send(`${this.path}/bars?${asked}`, request)).json()) as BarsAnswer;
   }

@@ -240,9 +240,15 @@ export class Chart {
     return (id) => exact?.get(id) ?? this.sheet?.view.valueAt(id, row) ?? NaN;
   }
 
+  /** Of which values are told: the row of the crosshair, or the newest one in sight. */
+  private get toldRow(): number {
+    const { row, sheet, sight, rows } = this;
+    const isThere = row !== undefined && sheet?.view.holds(row);
+    return isThere ? row : Math.min(Math.ceil(sight.to), rows) - 1;
+  }
+
   private entriesOf(pane: ChartPane) {
-    const row = this.row ?? this.rows - 1;
-    return pane.entriesAt(this.valueOf(row));
+    return pane.entriesAt(this.valueOf(this.toldRow));
   }
 
   private showLegends(): void {
@@ -254,7 +260,7 @@ export class Chart {
 
   private priceText(): string {
     const sheet = this.sheet!;
-    const row = this.row ?? this.rows - 1;
+    const row = this.toldRow;
     const valueOf = this.valueOf(row);
     const prices = priceFields
       .filter(([, field]) => sheet.view.has(field) && Number.isFinite(valueOf(field)))

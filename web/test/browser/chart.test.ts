@@ -24,6 +24,27 @@ function compare(
   return { changed, colored };
 }
 
+/** Of the text of an element to what lies behind it, as accessibility guidelines reckon. */
+function contrastOf(of: Element): { text: string; contrast: number } {
+  const canvas = new OffscreenCanvas(1, 1).getContext('2d', { willReadFrequently: true })!;
+  const brightnessOf = (color: string) => {
+    canvas.fillStyle = color;
+    canvas.fillRect(0, 0, 1, 1);
+    const [red, green, blue] = [...canvas.getImageData(0, 0, 1, 1).data].map((byte) =>
+      byte <= 10 ? byte / 255 / 12.92 : ((byte / 255 + 0.055) / 1.055) ** 2.4,
+    );
+    return 0.2126 * red + 0.7152 * green + 0.0722 * blue;
+  };
+  let ground = of;
+  while (getComputedStyle(ground).backgroundColor === 'rgba(0, 0, 0, 0)')
+    ground = ground.parentElement!;
+  const [less, more] = [
+    brightnessOf(getComputedStyle(of).color),
+    brightnessOf(getComputedStyle(ground).backgroundColor),
+  ].sort((one, other) => one - other);
+  return { text: of.textContent!, contrast: (more + 0.05) / (less + 0.05) };
+}
+
 const blue = [0x19, 0xa0, 0xff] as const; // COLORBLUE, a little darker where it must be readable
 
 /** A statement of each kind of record whose ink lies in the price pane and not beyond the bars, how
@@ -90,6 +111,14 @@ test('lines far from the price have a pane of their own, and the crosshair tells
   await desk.page.focus('#chart');
   await desk.press('Home');
   assert.match(await desk.text('.caption'), /2000-01-03/);
+  await desk.press('PageDown', 'PageDown', 'PageDown');
+  const [oldest, ...values] = [await desk.text('.caption'), ...Object.values(await desk.legend())];
+  assert.match(
+    oldest,
+    /2003-07-15  O 1003.86/,
+    'row 885, the newest in sight: 260.42 rows, moved three times by 0.8 of it',
+  );
+  for (const value of values) assert.match(value, /^-?[\d,]+(\.\d+)?$/);
 });
 
 test('wheel, drag and keys move the sight', async () => {
@@ -178,18 +207,57 @@ test('light and dark follow the system until one chooses', async () => {
   assert.equal(await ground(), light);
 });
 
-test('a narrow window has all of it, one below the other', async () => {
-  await desk.page.setViewport({ width: 390, height: 800 });
-  await desk.settled();
-  const { wide, parts } = await desk.page.evaluate(() => ({
-    wide: document.documentElement.scrollWidth,
-    parts: ['editor', 'chart', 'play', 'drawer'].map(
-      (id) => document.getElementById(id)!.getBoundingClientRect().width,
-    ),
-  }));
-  assert.ok(wide <= 390, `${wide} pixels wide`);
-  for (const width of parts) assert.ok(width > 300);
-  assert.ok(new Set(await desk.pixels()).size > 20);
+test('a narrow window has all of it, one below the other, and a chart of good height', async () => {
+  for (const [width, height] of [
+    [390, 800],
+    [360, 640],
+    [844, 390],
+  ]) {
+    await desk.page.setViewport({ width, height });
+    await desk.goTo();
+    const { wide, parts, chart, panes } = await desk.page.evaluate(() => {
+      const sizeOf = (selector: string) =>
+        document.querySelector(selector)!.getBoundingClientRect();
+      return {
+        wide: document.documentElement.scrollWidth,
+        parts: ['#editor', '#chart', '#play', '#drawer'].map((part) => sizeOf(part).width),
+        chart: sizeOf('#chart').height,
+        panes: [...document.querySelectorAll('.pane canvas')].map((pane) => pane.clientHeight),
+      };
+    });
+    assert.ok(wide <= width, `${wide} pixels wide`);
+    for (const part of parts) assert.ok(part > width - 60, `${part} of ${width} pixels`);
+    assert.ok(chart > 0.55 * height && chart < 0.8 * height, `${chart} of ${height} pixels`);
+    const high = panes.reduce((sum, pane) => sum + pane, 0);
+    assert.ok(high > chart - 60, `panes of ${panes} in ${chart} pixels`);
+    const ink = await desk.ink(8);
+    assert.ok(
+      ink.slice(0, 7).every((pixels) => pixels > 20),
+      ink.join(' '),
+    );
+  }
+});
+
+test('what stands on a button can be read, under the pointer or not', async () => {
+  const themes = ['light', 'dark'];
+  for (const theme of themes) {
+    await desk.page.emulateMediaFeatures([
+      { name: 'prefers-color-scheme', value: theme },
+      { name: 'prefers-reduced-motion', value: 'reduce' },
+    ]);
+    const buttons = await desk.page.$$('button:not(:disabled)');
+    let count = 0;
+    for (const button of buttons) {
+      if (!(await button.isVisible())) continue;
+      for (const isPointedAt of [false, true]) {
+        await (isPointedAt ? button.hover() : desk.page.mouse.move(0, 0));
+        const { text, contrast } = await button.evaluate(contrastOf);
+        assert.ok(contrast >= 4.5, `${text}, ${theme}, ${isPointedAt}: ${contrast.toFixed(1)}`);
+        ++count;
+      }
+    }
+    assert.ok(count >= 30, `${count} looked at`);
+  }
 });
 
 test('what can be used has a name for screen readers', async () => {

@@ -306,6 +306,16 @@ export class Desk {
     const [tab] = await this.page.$$('#tab-securities[aria-selected="false"]');
     await tab?.click();
     await this.page.click(`::-p-xpath(//ul[@aria-label="Securities"]//button[.="${name}"])`);
+    await this.captioned(`${name}  `);
+  }
+
+  /** The chart that is drawn has a caption that begins so. */
+  async captioned(start: string): Promise<void> {
+    await this.page.waitForFunction(
+      (start) => document.querySelector('.caption')!.textContent!.startsWith(start),
+      {},
+      start,
+    );
     await this.settled();
   }
 
@@ -322,6 +332,13 @@ export class Desk {
       },
       name,
       content,
+    );
+    await this.page.waitForFunction(
+      (start) =>
+        document.querySelector('#message.error:not(:empty)') ??
+        document.querySelector('.caption')!.textContent!.startsWith(start),
+      {},
+      `${name}  `,
     );
     await this.settled();
   }
