@@ -609,7 +609,7 @@ TEST(CivilTime, ADayBeyondItsMonthIsCarriedOnlyByAShift) {
 
 TEST(ClockWords, TellTheLocalTimeOfTheMachine) {
   const auto local_number = [](const char* format) {
-    const std::time_t now = std::time(nullptr);
+    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
     char text[32];
     std::strftime(text, sizeof text, format, std::localtime(&now));
     return std::stod(text);

@@ -1,7 +1,7 @@
 // Trade signals, notices and sounds: what reaches the host's handlers, columns and records.
 #include <gtest/gtest.h>
 
-#include <ctime>
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -17,6 +17,9 @@ Bars bars(std::string_view closes) {
   result["O"] = Series(result["C"].size(), 0.0);
   return result;
 }
+
+/// Seconds since 1970 by the clock of the library; `std::time` may lag behind it.
+int64_t now() { return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()); }
 
 std::vector<uint32_t> signal_rows() {
   std::vector<uint32_t> rows;
@@ -36,12 +39,12 @@ TEST(TradeSignal, HandsItsArgumentsOverInOrder) {
   TestHost host;
   set_parser_instance_uuid(host.handle(), 77);
   prepare(host, "\nA:=C;\nC>O,SPK(3);", bars("-1 2"));
-  const std::time_t before = std::time(nullptr);
+  const int64_t before = now();
   ASSERT_EQ(host.run(0, true), success);
   ASSERT_EQ(events().signals.size(), 1U);
   const Signal& signal = events().signals[0];
   EXPECT_GE(signal.time, before);
-  EXPECT_LE(signal.time, std::time(nullptr));
+  EXPECT_LE(signal.time, now());
   EXPECT_EQ(signal.bar, 20240101000001);
   EXPECT_EQ(signal.row, 1U);
   EXPECT_EQ(signal.uuid, 77U);
@@ -111,12 +114,12 @@ TEST(Notice, HandsItsArgumentsAndTheRowOver) {
   Bars rows = bars("null 10.5");
   rows["O"] = series("null 1");
   prepare(host, "c>o,notice('Gap');", rows);
-  const std::time_t before = std::time(nullptr);
+  const int64_t before = now();
   ASSERT_EQ(host.run(0, true), success);
   ASSERT_EQ(events().notices.size(), 1U);
   const Notice& notice = events().notices[0];
   EXPECT_GE(notice.time, before);
-  EXPECT_LE(notice.time, std::time(nullptr));
+  EXPECT_LE(notice.time, now());
   EXPECT_EQ(notice.column_id, 20000U);
   EXPECT_EQ(notice.uuid, 78U);
   // The columns in the order in which the compile made them: the key, the notice's own field, then

@@ -10,6 +10,8 @@
 
 namespace quor {
 
+// One clock for all: `std::time` may lag behind it by some milliseconds, and so by a second.
+
 int64_t unix_time() {
   const auto since_epoch = std::chrono::system_clock::now().time_since_epoch();
   return std::chrono::duration_cast<std::chrono::seconds>(since_epoch).count();
@@ -29,7 +31,7 @@ std::time_t seconds_east = 0;
 }  // namespace
 
 LocalTime local_time() {
-  const std::time_t now = std::time(nullptr) + seconds_east;
+  const std::time_t now = unix_time() + seconds_east;
   std::tm parts{};
   if (gmtime_r(&now, &parts) == nullptr) return {};
   return {parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday,
@@ -40,7 +42,7 @@ extern "C" __attribute__((export_name("quor_set_zone"))) void quor_set_zone(int3
 extern "C" void quor_set_zone(int32_t seconds) { seconds_east = seconds; }
 #else
 LocalTime local_time() {
-  const std::time_t now = std::time(nullptr);
+  const std::time_t now = unix_time();
   std::tm parts{};
   if (localtime_r(&now, &parts) == nullptr) return {};
   return {parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday,

@@ -145,8 +145,8 @@ TEST_F(HostileTest, a_slow_session_blocks_no_other) {
   const std::string other = open();
   studio->post(slow + "/bars", made_bars(20000), "text/csv");
   std::string script;
-  for (int i = 0; i < 60; ++i) {
-    script += "A" + std::to_string(i) + ":STD(C," + std::to_string(300 + i) + ");";
+  for (int i = 0; i < 30; ++i) {
+    script += "A" + std::to_string(i) + ":STD(C," + std::to_string(1500 + i) + ");";
   }
   std::atomic<int> refused{0};
   std::atomic<int> done{0};
