@@ -40,7 +40,7 @@ struct Desk {
   /// The values of a bar field or of a column of the script; none for what isn't there.
   std::span<const double> cells(uint32_t column) const;
 
-  std::mutex lock;  ///< guards all down to `play`
+  std::mutex lock;        ///< guards all down to `play`
   uint64_t revision = 0;  ///< of what is seen: grows whenever values or rows become others
   std::shared_ptr<const Security> security;
   std::optional<Task> task;  ///< the last one that was sent
