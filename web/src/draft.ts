@@ -1,5 +1,5 @@
-// What is being written survives that the page is loaded again, in this tab. What wasn't saved when a
-// tab was closed is offered by those that are opened later.
+// What is being written survives that the page is loaded again, in this tab. What wasn't saved when
+// a tab was closed is offered by those that are opened later.
 import { isNumbers } from './link.ts';
 
 /** A script, and what of it is saved. */

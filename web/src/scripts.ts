@@ -1,4 +1,4 @@
-// The scripts that are open: each with its name, a history of its own to undo, and what of it is saved.
+// The scripts that are open: each with its name, a history of its own, and what of it is saved.
 import type { EditorState } from '@codemirror/state';
 import type { Kept } from './draft.ts';
 import type { Editor } from './editor/editor.ts';
@@ -99,8 +99,8 @@ export class Scripts {
     this.open({ ...this.freePlace(name), text });
   }
 
-  /** Takes what was written before the page was loaded, without showing it: one step to undo leads back
-   * to what is saved. Gives its id. */
+  /** Takes what was written before the page was loaded, without showing it: to undo it once leads
+   * back to what is saved. Gives its id. */
   restore({ id, name, saved, text }: Kept): string {
     const before = this.find(id);
     if (before && this.textOf(before) === text) return id;

@@ -1,4 +1,4 @@
-// Which script is written, and that none is lost: scripts come from the menu, from a link, from this tab
+// Which script is written, and that none is lost: they come from the menu, from a link, from this tab
 // before it was loaded again, and from tabs that were closed.
 import type { Start } from './api/types.ts';
 import { byId } from './dom.ts';
