@@ -32,7 +32,7 @@ double rounded(uint64_t mantissa, int64_t exponent) {
   if (mantissa == 0) return 0.0;
   constexpr int64_t least_exponent = -1074;
   constexpr int64_t digits = std::numeric_limits<double>::digits;
-  const int64_t width = std::bit_width(mantissa);
+  const auto width = static_cast<int64_t>(std::bit_width(mantissa));
   const int64_t excess = std::max(width - digits, least_exponent - exponent);
   if (excess > 0) {
     if (excess > std::numeric_limits<uint64_t>::digits) return 0.0;
