@@ -38,8 +38,8 @@ function(quor_precompile target)
   target_precompile_headers(${target} PRIVATE ${headers})
   if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # From precompiled headers this compiler warns of sums of texts what it is silent of otherwise.
-    target_compile_options(${target} PRIVATE
-      $<$<COMPILE_LANGUAGE:CXX>:-Wno-array-bounds> $<$<COMPILE_LANGUAGE:CXX>:-Wno-stringop-overflow>)
+    set(sums_of_texts -Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread)
+    target_compile_options(${target} PRIVATE "$<$<COMPILE_LANGUAGE:CXX>:${sums_of_texts}>")
   endif()
 endfunction()
 

@@ -4,12 +4,12 @@
 #include <cmath>
 #include <utility>
 
+#include "core/base_func.h"
 #include "engine/event_recorder.h"
 #include "engine/line_list.h"
 #include "engine/record_values.h"
 #include "engine/run_calendar.h"
 #include "engine/script_texts.h"
-#include "functions/base_func.h"
 #include "interface/script_parser.h"
 
 namespace quor::engine {

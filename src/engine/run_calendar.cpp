@@ -2,7 +2,7 @@
 
 #include <mutex>
 
-#include "interface/host_callbacks.h"
+#include "callbacks/host_callbacks.h"
 
 namespace quor::engine {
 namespace {
