@@ -7,6 +7,7 @@
 #include "core/columns.h"
 #include "core/reduce.h"
 #include "functions/one_bar.h"
+#include "functions/over_arguments.h"
 #include "tables/field_table.h"
 #include "vocabulary/families.h"
 
@@ -29,40 +30,15 @@ using RANGE = ThreeArguments<[](double x, double a, double b) { return a < x && 
 /// The argument that is ahead of all others. Nulls are passed over; with nothing left the answer is
 /// the finite number that is behind every other.
 template <auto is_ahead>
-class ExtremeOfArguments final : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-
-  Status execute(const Call& call) const override {
-    if (call.scan) return Status::ok;
-    double extreme = is_ahead(1.0, 0.0) ? -greatest : greatest;
-    for (size_t i = 0; i < call.argument_count(); ++i) {
-      double x = null_value;
-      const Status status = call.evaluate(i, x);
-      if (failed(status)) return status;
-      if (is_ahead(x, extreme)) extreme = x;
-    }
-    return call.answer(extreme);
-  }
-  const double* column(const ColumnCall& call) const override {
-    double* extremes = call.scratch();
-    std::fill_n(extremes, call.size(), is_ahead(1.0, 0.0) ? -greatest : greatest);
-    for (size_t argument = 0; argument < call.argument_count(); ++argument) {
-      const double* x = call.values(argument);
-      if (x == nullptr) return nullptr;
-      for (size_t i = 0; i < call.size(); ++i) {
-        extremes[i] = is_ahead(x[i], extremes[i]) ? x[i] : extremes[i];
-      }
-    }
-    return extremes;
-  }
-  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
-
- private:
+struct Foremost {
   static constexpr double greatest = std::numeric_limits<double>::max();
+  static constexpr double start = is_ahead(1.0, 0.0) ? -greatest : greatest;
+  static Status scan(const Call&) { return Status::ok; }
+  static double take(double foremost, double x) { return is_ahead(x, foremost) ? x : foremost; }
+  static double finish(double foremost, size_t) { return foremost; }
 };
-using MAX1 = ExtremeOfArguments<above>;
-using MIN1 = ExtremeOfArguments<below>;
+using MAX1 = OverArguments<Foremost<above>>;
+using MIN1 = OverArguments<Foremost<below>>;
 
 /// How the bar's close stands to its open.
 template <auto compare>

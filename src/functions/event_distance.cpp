@@ -15,66 +15,47 @@
 namespace quor {
 namespace {
 
-/// Bars since X last held. Without a hit the caller's start value stands.
-class BARSLAST final : public BaseFunc {
+/// What `value_of` makes of the newest bar at which a test of X holds.
+template <typename Test, double (*value_of)(NewestHit hit, int32_t row, double start),
+          bool keeps_start>
+class SinceHit final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const override {
     if (call.scan) return call.check_count(1);
-    const int32_t row = newest_one(call);
-    if (row >= 0) call.result = call.row - row;
-    return Status::ok;
+    NewestHit hit;
+    if (call.row >= 0) {
+      const Status status = newest_hit<Test>(call, call.row, 0, hit.row);
+      if (failed(status)) return status;
+    }
+    return call.answer(value_of(hit, call.row, call.result));
   }
   const double* column(const ColumnCall& call) const override {
-    const NewestHit* hits = newest_hits<IsOne>(call, call.rows);
+    const NewestHit* hits = newest_hits<Test>(call, call.rows);
     if (hits == nullptr) return nullptr;
-    double* result = call.scratch();
-    for (size_t i = 0; i < call.size(); ++i) {
-      const int32_t row = call.rows.first + static_cast<int32_t>(i);
-      result[i] = hits[i].row >= 0 ? static_cast<double>(row) - hits[i].row : call.start;
-    }
-    return result;
+    hits -= call.rows.first;
+    return call.each_row(
+        [hits, start = call.start](int32_t row) { return value_of(hits[row], row, start); });
   }
   ColumnTraits column_traits() const override {
-    return {.keeps_state = false, .keeps_start = true, .revisits = true};
+    return {.keeps_state = false, .keeps_start = keeps_start, .revisits = true};
   }
 };
+
+/// Bars since X last held. Without a hit the caller's start value stands.
+double bars_since(NewestHit hit, int32_t row, double start) {
+  return hit.row >= 0 ? static_cast<double>(row) - hit.row : start;
+}
+using BARSLAST = SinceHit<IsOne, bars_since, true>;
 
 bool is_one(double x) { return x == 1.0; }
 bool is_not_one(double x) { return x != 1.0; }
 
-/// For how many bars X has held without a break.
-class BARSLASTCOUNT final : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    if (call.scan) return call.check_count(1);
-    NewestHit fails;
-    if (call.row >= 0) {
-      const Status status = newest_hit<Fails>(call, call.row, 0, fails.row);
-      if (failed(status)) return status;
-    }
-    return call.answer(std::max(bars_behind(fails, call.row), 0.0));
-  }
-  const double* column(const ColumnCall& call) const override {
-    const NewestHit* fails = newest_hits<Fails>(call, call.rows);
-    if (fails == nullptr) return nullptr;
-    double* result = call.scratch();
-    for (size_t i = 0; i < call.size(); ++i) {
-      result[i] = bars_behind(fails[i], call.rows.first + static_cast<int32_t>(i));
-    }
-    return result;
-  }
-  ColumnTraits column_traits() const override { return {.keeps_state = false, .revisits = true}; }
-
- private:
-  using Fails = OneValue<is_not_one>;
-
-  /// All bars where X has never failed.
-  static double bars_behind(const NewestHit& fails, int32_t row) {
-    return row - (fails.row == no_row ? -1.0 : fails.row);
-  }
-};
+/// For how many bars X has held without a break; all bars where it has never failed.
+double bars_held(NewestHit fails, int32_t row, double) {
+  return std::max(row - (fails.row == no_row ? -1.0 : fails.row), 0.0);
+}
+using BARSLASTCOUNT = SinceHit<OneValue<is_not_one>, bars_held, false>;
 
 /// Bars since X first held. Counts on the statement that holds the call: its column has the
 /// previous result.

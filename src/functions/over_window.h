@@ -106,10 +106,6 @@ void reduce_rows(const Reduce& reduce, const double* series, Block rows, size_t 
   for (; i < size; ++i, ++window) results[i] = reduce.finish(reduce(PlainWindow{window, count}));
 }
 
-/// Of words that evaluate a window anew at each bar, beginning with the first full one.
-inline constexpr ColumnTraits back_from_full_windows = {
-    .keeps_state = false, .passes_over = true, .revisits = true};
-
 /// What a word of X and N does around the reduction of its windows.
 struct WindowRule {
   Gate gate = Gate::behind_window;
