@@ -56,20 +56,13 @@ class SeriesUses {
 /// Walks over the parts of one statement.
 class ColumnPlan::Inspection {
  public:
-  /// How a statement comes to a part.
-  struct Way {
-    bool refuses_state = false;  ///< not at every row, or not row after row
-    bool revisits = false;       ///< at other rows than its own, too
-    bool starts_late = false;
-  };
-
   Inspection(const SeriesUses& uses, Entry& entry) : uses_(uses), entry_(entry) {}
 
-  void inspect(const Variable& variable, Way way) {
+  void inspect(const Variable& variable, Reach reach) {
     if (++level_ > most_levels) {
       refuse();
     } else {
-      inspect_kind(variable, way);
+      inspect_kind(variable, reach);
     }
     --level_;
   }
@@ -84,14 +77,14 @@ class ColumnPlan::Inspection {
     note_ahead(program.result.variable);
   }
 
-  void inspect_program(const Program& program, Way way) {
+  void inspect_program(const Program& program, Reach reach) {
     if (program.ending != Ending::value) refuse();
     for (const Step& step : program.steps) {
       if (step.kind == Step::Kind::discard) refuse();
-      inspect_operand(step.right, way);
-      inspect_operand(step.left, way);
+      inspect_operand(step.right, reach);
+      inspect_operand(step.left, reach);
     }
-    inspect_operand(program.result, way);
+    inspect_operand(program.result, reach);
   }
 
  private:
@@ -111,11 +104,11 @@ class ColumnPlan::Inspection {
     }
   }
 
-  void inspect_operand(const Operand& operand, Way way) {
-    if (operand.variable != nullptr) inspect(*operand.variable, way);
+  void inspect_operand(const Operand& operand, Reach reach) {
+    if (operand.variable != nullptr) inspect(*operand.variable, reach);
   }
 
-  void inspect_kind(const Variable& variable, Way way) {
+  void inspect_kind(const Variable& variable, Reach reach) {
     switch (variable.kind) {
       case VariableKind::number:
         return;
@@ -124,26 +117,26 @@ class ColumnPlan::Inspection {
         entry_.reads.push_back(variable.column_index);
         return;
       case VariableKind::expression:
-        inspect_expression(variable, way);
+        inspect_expression(variable, reach);
         return;
       case VariableKind::call:
-        inspect_call(variable, way);
+        inspect_call(variable, reach);
         return;
       default:
         refuse();
     }
   }
 
-  void inspect_expression(const Variable& variable, Way way) {
+  void inspect_expression(const Variable& variable, Reach reach) {
     if (variable.text.starts_with('\'')) return;
     if (!variable.elements.empty()) {
-      inspect_program(variable.program, way);
+      inspect_program(variable.program, reach);
     } else if (variable.text != "DRAWNULL") {
       refuse();
     }
   }
 
-  void inspect_call(const Variable& call, Way way) {
+  void inspect_call(const Variable& call, Reach reach) {
     if (call.function == nullptr) {
       refuse();
       return;
@@ -151,10 +144,10 @@ class ColumnPlan::Inspection {
     const ColumnTraits traits = call.function->column_traits();
     const Traits known = traits_of(call);
     const bool has_state = leaves_state(call);
-    if (!call.function->by_columns() || (has_state && way.refuses_state)) refuse();
+    if (!call.function->by_columns() || (has_state && reach.passed_over)) refuse();
     entry_.looks_back &= known.has(looks_back);
     entry_.looks_ahead |= known.has(reads_forward) || !known.has_any(looks_back | follows_rows);
-    entry_.revisits_state |= has_state && way.revisits;
+    entry_.revisits_state |= has_state && reach.elsewhere;
     for (size_t i = 0; i < call.arguments.size(); ++i) {
       if (!call.function->reads_argument(i)) continue;
       const Variable* argument = call.arguments[i];
@@ -163,13 +156,7 @@ class ColumnPlan::Inspection {
       // A statement of the same text has the series in its column.
       const bool reads_column = traits.series != SeriesPlace::nowhere && i < traits.series_count;
       if (reads_column && argument->has_column()) entry_.reads.push_back(argument->column_index);
-      Way to_argument = way;
-      // What starts late and then looks back comes to rows for the first time behind later ones.
-      to_argument.refuses_state |= (traits.passes_over && i >= traits.passed_over_from) ||
-                                   (traits.revisits && way.starts_late);
-      to_argument.revisits |= traits.revisits;
-      to_argument.starts_late |= traits.starts_late;
-      inspect(*argument, to_argument);
+      inspect(*argument, reach_of_argument(call, i, reach));
     }
   }
 

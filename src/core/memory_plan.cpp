@@ -20,12 +20,9 @@ constexpr int64_t nobody = -1;
 /// Who evaluates a variable.
 struct Uses {
   int64_t first_statement = nobody;
-  bool in_full = false;      ///< a statement that every run calculates from row 0 on
-  bool shared = false;       ///< more than one call or expression
-  bool elsewhere = false;    ///< at other rows than the statement's, too
-  bool revisited = false;    ///< back and forth
-  bool ahead = false;        ///< at rows that the statements have yet to come to
-  bool passed_over = false;  ///< at some rows only, or not in their order
+  bool in_full = false;  ///< a statement that every run calculates from row 0 on
+  bool shared = false;   ///< more than one call or expression
+  Reach reach;           ///< of all of them together
 
   bool operator==(const Uses&) const = default;
 };
@@ -66,7 +63,7 @@ class MemoryPlan {
       note_writer(statements[i]->column_id, static_cast<int64_t>(i), statements[i]->whole_series);
     }
     for (size_t i = 0; i < statements.size(); ++i) {
-      const Uses uses = {static_cast<int64_t>(i), statements[i]->whole_series};
+      const Uses uses = {static_cast<int64_t>(i), statements[i]->whole_series, false, {}};
       visit_elements(*statements[i], uses, 0);
     }
   }
@@ -106,40 +103,34 @@ class MemoryPlan {
     Uses& uses = entry->second;
     uses.shared |= !first;
     uses.in_full |= from.in_full;
-    uses.elsewhere |= from.elsewhere;
-    uses.revisited |= from.revisited;
-    uses.ahead |= from.ahead;
-    uses.passed_over |= from.passed_over;
+    uses.reach = either(uses.reach, from.reach);
     if (!first && uses == before) return;
-    Uses inner = uses;
-    if (variable.kind == VariableKind::expression) visit_elements(variable, inner, level + 1);
+    const Uses here = uses;
+    if (variable.kind == VariableKind::expression) visit_elements(variable, here, level + 1);
     if (variable.kind != VariableKind::call || variable.function == nullptr) return;
     if (first) calls_.push_back(&variable);
-    inner.elsewhere |= variable.function->column_traits().revisits;
-    inner.revisited |= revisits_rows(variable);
-    inner.ahead |= traits_of(variable).has(reads_forward);
     anything_fails_ |= traits_of(variable).has(can_fail);
-    note_set_targets(variable, inner);
+    note_set_targets(variable, here);
     for (size_t i = 0; i < variable.arguments.size(); ++i) {
       if (variable.arguments[i] == nullptr) continue;
-      Uses of_argument = inner;
-      of_argument.passed_over |= passes_over(variable, i);
+      Uses of_argument = here;
+      of_argument.reach = reach_of_argument(variable, i, here.reach);
+      of_argument.reach.passed_over |= period_decides(variable);
       visit(*variable.arguments[i], of_argument, level + 1);
     }
   }
 
-  /// Whether the call may leave an argument unevaluated at a row.
-  static bool passes_over(const Variable& call, size_t position) {
+  /// Whether a period decides which rows a call comes to, if it comes to any. A call in columns
+  /// with such a period goes bar by bar of itself.
+  static bool period_decides(const Variable& call) {
     const ColumnTraits traits = call.function->column_traits();
-    if (traits.passes_over && position >= traits.passed_over_from) return true;
-    // A period decides which rows a word comes to, if it comes to any.
     return (traits.keeps_state || traits.revisits) && !has_fixed_periods(call);
   }
 
   /// A field is written at the row that the call is evaluated at.
   void note_set_targets(const Variable& call, const Uses& uses) {
     if (!call.function->traits().has(sets_arguments)) return;
-    const int64_t statement = uses.elsewhere ? INT64_MAX : uses.first_statement;
+    const int64_t statement = uses.reach.elsewhere ? INT64_MAX : uses.first_statement;
     for (size_t i = 0; i < call.arguments.size(); i += 2) {
       const Variable* target = call.arguments[i];
       if (target != nullptr && target->kind == VariableKind::field) {
@@ -212,7 +203,7 @@ class MemoryPlan {
     if (leaves_state(call)) {
       origin.keeps_state = true;
       const Uses& uses = uses_[&call];
-      origin.is_safe_state &= !uses.shared || !(uses.passed_over || anything_fails_);
+      origin.is_safe_state &= !uses.shared || !(uses.reach.passed_over || anything_fails_);
     }
     return origin;
   }
@@ -249,7 +240,7 @@ class MemoryPlan {
     const Remembering at_least = origin.steady ? Remembering::unchanged : Remembering::nothing;
     if (origin.newest_statement >= uses.first_statement) return at_least;
     // Rows ahead have the columns of earlier statements only where these are finished first.
-    if (uses.ahead && origin.newest_statement != nobody && !each_in_full_) return at_least;
+    if (uses.reach.ahead && origin.newest_statement != nobody && !each_in_full_) return at_least;
     if (origin.from_full_statement && !uses.in_full) return at_least;
     const bool in_order = origin.steady && origin.is_safe_state;
     const bool leaves_no_trace = !stores && in_order && !origin.keeps_state && !origin.can_fail;
@@ -263,7 +254,7 @@ class MemoryPlan {
     if (series == nullptr) return false;
     const Uses& uses = uses_[series];
     // A call that alone keeps a series notices when a value in it becomes another one.
-    return series->kind == VariableKind::field || !uses.revisited ||
+    return series->kind == VariableKind::field || !uses.reach.revisited ||
            (!uses.shared && !series->has_column());
   }
 
