@@ -30,7 +30,7 @@ bool has_value(std::string_view word) { return !quor::OutputFunctionSet().contai
 bool has_story(std::string_view word) {
   const quor::BaseFunc& function = *quor::find_function(word);
   const quor::ColumnTraits traits = function.column_traits();
-  return !function.by_columns() || traits.keeps_state || traits.revisits || traits.passes_over;
+  return !function.by_columns() || traits.leaves_state || traits.revisits || traits.passes_over;
 }
 
 std::vector<std::string_view> words_where(bool (*holds)(std::string_view)) {

@@ -210,7 +210,7 @@ TEST(Traits, EveryWordHasOneRowAndTheVocabulariesAgree) {
     EXPECT_TRUE(!whole || traits.has_any(beyond_the_past)) << word;
     // Whoever isn't steady has a reason, so that no word is slow because it was forgotten.
     EXPECT_NE(traits.has(quor::steady), traits.has_any(beyond_the_past | quor::acts |
-                                                       quor::keeps_state | quor::reads_statement) ||
+                                                       quor::hides_state | quor::reads_statement) ||
                                             word == "ZIG")
         << word;
   }

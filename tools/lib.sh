@@ -6,7 +6,8 @@ cd "$root" || exit 1
 library_packages="g++ cmake ninja-build ccache dpkg-dev libfast-float-dev"
 build_packages=$library_packages
 studio_packages="nlohmann-json3-dev"
-host_packages="libcli11-dev pkg-config libcairo2-dev libpango1.0-dev $studio_packages"
+chart_packages="libcli11-dev pkg-config libcairo2-dev libpango1.0-dev"
+host_packages="$chart_packages $studio_packages"
 font_packages="fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji"
 test_packages="libgtest-dev binutils python3 mono-mcs mono-runtime"
 windows_packages="g++-mingw-w64-x86-64-posix cmake ninja-build ccache dpkg-dev googletest libcli11-dev libfast-float-dev llvm-14"
@@ -79,7 +80,7 @@ need_tools() {
 configure() {
   preset=$1
   shift
-  cmake --preset "$preset" -DQUOR_BUILD_HOST=ON -DQUOR_BUILD_TESTS=ON "$@" >/dev/null ||
+  cmake --preset "$preset" -DQUOR_BUILD_HOST=ON -DQUOR_BUILD_STUDIO=ON -DQUOR_BUILD_TESTS=ON "$@" >/dev/null ||
     die "the configuration of '$preset' failed"
 }
 

@@ -35,8 +35,8 @@ bool leaves_state(const Variable& call) {
   const ColumnTraits traits = call.function->column_traits();
   const bool keeps_series_alone =
       call.function->by_columns() && traits.series != SeriesPlace::nowhere &&
-      !call.function->traits().has(has_result_column) && !traits.carries_on;
-  if (!traits.keeps_state || !keeps_series_alone) return traits.keeps_state;
+      !call.function->traits().has(has_result_column) && !traits.keeps_results;
+  if (!traits.leaves_state || !keeps_series_alone) return traits.leaves_state;
   const std::span arguments(call.arguments);
   return !std::ranges::all_of(arguments.first(std::min(traits.series_count, arguments.size())),
                               [](const Variable* argument) {

@@ -24,20 +24,20 @@ enum class SeriesPlace : uint8_t {
   own_column,          ///< in a column of the argument's own, reserved if there is none
   column_of_argument,  ///< in the argument's own column if there is one, else in one beside it
   column_of_call,      ///< the same with one beside the call
-  in_place,            ///< nowhere: it reads the argument's own column as it finds it
+  as_it_stands,        ///< nowhere: it reads the argument's own column as it finds it
 };
 
 /// How a word comes to its arguments, and what it does when it is worked out column by column.
 struct ColumnTraits {
-  bool keeps_state = true;      ///< an evaluation leaves something in cells or in the call
+  bool leaves_state = true;     ///< an evaluation leaves something in cells or in the call
   bool keeps_start = false;     ///< it may leave the caller's start value
   bool passes_over = false;     ///< it may leave arguments unevaluated at a bar
   size_t passed_over_from = 0;  ///< the first of these
   bool revisits = false;        ///< it evaluates arguments at other bars than its own
   bool displaces = false;       ///< with a fixed period, at one other bar, always as far away
   bool starts_late = false;     ///< it leaves arguments unevaluated at the first rows
-  bool goes_ahead = false;      ///< over fields, by `run_side_by_side`
-  bool carries_on = false;      ///< results of earlier bars, in columns that it takes itself
+  bool side_by_side = false;    ///< over fields, by `run_side_by_side`
+  bool keeps_results = false;   ///< results of earlier bars, in columns that it takes itself
   SeriesPlace series = SeriesPlace::nowhere;  ///< of its first arguments
   size_t series_count = 1;
 };
@@ -66,7 +66,7 @@ class BaseFunc {
   /// Unless the word says more, its arguments may be evaluated at any bars in any order.
   virtual ColumnTraits column_traits() const { return {.passes_over = true, .revisits = true}; }
   /// Whether the call, whose first argument is a field, could be one of these.
-  virtual bool can_go_ahead(const ColumnCall&) const { return false; }
+  virtual bool can_run_side_by_side(const ColumnCall&) const { return false; }
   /// What `column` does, for several calls over the same rows at once, so that their divisions
   /// overlap. The results stand in the columns of the calls, whose cells need not be put back.
   virtual void run_side_by_side(std::span<const ColumnCall>) const {}

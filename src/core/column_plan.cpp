@@ -8,9 +8,6 @@
 namespace quor {
 namespace {
 
-/// Deeper expressions go bar by bar, where the stack is watched.
-constexpr int most_levels = 100;
-
 /// Where the words that take an argument without a column of its own keep its series.
 class SeriesUses {
  public:
@@ -59,7 +56,7 @@ class ColumnPlan::Inspection {
   Inspection(const SeriesUses& uses, Entry& entry) : uses_(uses), entry_(entry) {}
 
   void inspect(const Variable& variable, Reach reach) {
-    if (++level_ > most_levels) {
+    if (++level_ > most_column_levels) {
       refuse();
     } else {
       inspect_kind(variable, reach);
@@ -71,10 +68,10 @@ class ColumnPlan::Inspection {
   void inspect_statement(const Program& program) {
     inspect_program(program, {});
     for (const Step& step : program.steps) {
-      note_ahead(step.right.variable);
-      note_ahead(step.left.variable);
+      note_side_by_side(step.right.variable);
+      note_side_by_side(step.left.variable);
     }
-    note_ahead(program.result.variable);
+    note_side_by_side(program.result.variable);
   }
 
   void inspect_program(const Program& program, Reach reach) {
@@ -90,17 +87,17 @@ class ColumnPlan::Inspection {
  private:
   void refuse() { entry_.by_columns = false; }
 
-  void note_ahead(Variable* operand) {
+  void note_side_by_side(Variable* operand) {
     const bool is_call = operand != nullptr && operand->kind == VariableKind::call;
     if (!is_call || operand->function == nullptr || operand->arguments.empty()) return;
     const auto is_number = [](const Variable* argument) {
       return argument != nullptr && argument->kind == VariableKind::number;
     };
     const Variable* first = operand->arguments.front();
-    if (operand->function->column_traits().goes_ahead && first != nullptr &&
+    if (operand->function->column_traits().side_by_side && first != nullptr &&
         first->kind == VariableKind::field && first->has_column() &&
         std::all_of(operand->arguments.begin() + 1, operand->arguments.end(), is_number)) {
-      entry_.goes_ahead.push_back(operand);
+      entry_.side_by_side.push_back(operand);
     }
   }
 
@@ -128,10 +125,10 @@ class ColumnPlan::Inspection {
   }
 
   void inspect_expression(const Variable& variable, Reach reach) {
-    if (variable.text.starts_with('\'')) return;
+    if (variable.is_text()) return;
     if (!variable.elements.empty()) {
       inspect_program(variable.program, reach);
-    } else if (variable.text != "DRAWNULL") {
+    } else if (!variable.is_draw_null()) {
       refuse();
     }
   }
@@ -146,7 +143,7 @@ class ColumnPlan::Inspection {
     const bool has_state = leaves_state(call);
     if (!call.function->by_columns() || (has_state && reach.passed_over)) refuse();
     entry_.looks_back &= known.has(looks_back);
-    entry_.looks_ahead |= known.has(reads_forward) || !known.has_any(looks_back | follows_rows);
+    entry_.sees_later_rows |= known.has(reads_forward) || !known.has_any(looks_back | follows_rows);
     entry_.revisits_state |= has_state && reach.elsewhere;
     for (size_t i = 0; i < call.arguments.size(); ++i) {
       if (!call.function->reads_argument(i)) continue;
@@ -200,7 +197,7 @@ void ColumnPlan::note_views(bool each_in_full) {
   }
   for (uint32_t i = 0; i < entries_.size(); ++i) {
     Entry& reader = entries_[i];
-    std::erase_if(reader.goes_ahead, [&writers](const Variable* call) {
+    std::erase_if(reader.side_by_side, [&writers](const Variable* call) {
       return writers.contains(call->arguments.front()->column_index);
     });
     for (const int32_t column : reader.reads) {
@@ -212,7 +209,7 @@ void ColumnPlan::note_views(bool each_in_full) {
       const uint32_t writer = found->second;
       if (writer == i) reader.by_columns = false;
       if (each_in_full) continue;
-      if (writer > i || reader.looks_ahead) entries_[writer].by_columns = false;
+      if (writer > i || reader.sees_later_rows) entries_[writer].by_columns = false;
       if (writer > i) reader.by_columns = false;
       if (writer < i) reader.rests_on.push_back(writer);
     }

@@ -12,9 +12,6 @@
 namespace quor {
 namespace {
 
-/// Deeper expressions can't be evaluated.
-constexpr int most_levels = 512;
-
 constexpr int64_t nobody = -1;
 
 /// Who evaluates a variable.
@@ -30,7 +27,7 @@ struct Uses {
 /// What a value at a row comes from.
 struct Origin {
   bool steady = true;  ///< the same whenever it is asked for, from that row and earlier ones
-  bool keeps_state = false;
+  bool has_state = false;
   bool is_safe_state = true;    ///< its calls come to each row after those before it
   bool revisits_state = false;  ///< a call in it comes to rows of a state again
   bool can_fail = false;
@@ -40,7 +37,7 @@ struct Origin {
 
   void take(const Origin& part) {
     steady &= part.steady;
-    keeps_state |= part.keeps_state;
+    has_state |= part.has_state;
     is_safe_state &= part.is_safe_state;
     revisits_state |= part.revisits_state;
     can_fail |= part.can_fail;
@@ -97,7 +94,7 @@ class MemoryPlan {
 
   /// A variable that is come to again is shared, and so are its parts.
   void visit(Variable& variable, const Uses& from, int level) {
-    if (level > most_levels) return;
+    if (level > max_nesting) return;
     const auto [entry, first] = uses_.try_emplace(&variable, from);
     const Uses before = entry->second;
     Uses& uses = entry->second;
@@ -124,7 +121,7 @@ class MemoryPlan {
   /// with such a period goes bar by bar of itself.
   static bool period_decides(const Variable& call) {
     const ColumnTraits traits = call.function->column_traits();
-    return (traits.keeps_state || traits.revisits) && !has_fixed_periods(call);
+    return (traits.leaves_state || traits.revisits) && !has_fixed_periods(call);
   }
 
   /// A field is written at the row that the call is evaluated at.
@@ -142,7 +139,7 @@ class MemoryPlan {
   /// Rings, which hidden names typed by a script may form, are unknown.
   const Origin& origin_of(const Variable& variable, int level) {
     const auto [entry, first] = origins_.try_emplace(&variable, unknown_origin);
-    if (!first || level > most_levels) return entry->second;
+    if (!first || level > max_nesting) return entry->second;
     const Origin origin = find_origin(variable, level);
     return origins_[&variable] = origin;
   }
@@ -172,7 +169,7 @@ class MemoryPlan {
   /// An expression that always has a value, so that no evaluation fails.
   Origin origin_of_expression(const Variable& variable, int level) {
     Origin origin;
-    if (variable.text.starts_with('\'')) return origin;
+    if (variable.is_text()) return origin;
     origin.steady = variable.program.ending == Ending::value;
     for (const MathElement& element : variable.elements) {
       if (element.variable != nullptr) origin.take(origin_of(*element.variable, level + 1));
@@ -195,13 +192,13 @@ class MemoryPlan {
     origin.steady &= is_steady_in_run(call, traits) && !traits.has_any(follows_settings | draws);
     origin.for_one_run |= !traits.has(looks_back);
     origin.can_fail |= traits.has(can_fail);
-    if (origin.keeps_state && goes_out_of_order(call)) origin.is_safe_state = false;
+    if (origin.has_state && goes_out_of_order(call)) origin.is_safe_state = false;
     // What starts late and then looks back comes to rows for the first time behind later ones.
     const bool leaves_rows = column_traits.starts_late || column_traits.passes_over;
     if (origin.revisits_state && leaves_rows) origin.is_safe_state = false;
-    origin.revisits_state |= origin.keeps_state && revisits_rows(call);
+    origin.revisits_state |= origin.has_state && revisits_rows(call);
     if (leaves_state(call)) {
-      origin.keeps_state = true;
+      origin.has_state = true;
       const Uses& uses = uses_[&call];
       origin.is_safe_state &= !uses.shared || !(uses.reach.passed_over || anything_fails_);
     }
@@ -234,7 +231,7 @@ class MemoryPlan {
       }
     }
     const bool stores =
-        traits.series != SeriesPlace::nowhere && traits.series != SeriesPlace::in_place;
+        traits.series != SeriesPlace::nowhere && traits.series != SeriesPlace::as_it_stands;
     const bool reads_cells = stores && cells_are_final(call);
     call.for_one_run |= origin.for_one_run && !reads_cells;
     const Remembering at_least = origin.steady ? Remembering::unchanged : Remembering::nothing;
@@ -243,7 +240,7 @@ class MemoryPlan {
     if (uses.reach.ahead && origin.newest_statement != nobody && !each_in_full_) return at_least;
     if (origin.from_full_statement && !uses.in_full) return at_least;
     const bool in_order = origin.steady && origin.is_safe_state;
-    const bool leaves_no_trace = !stores && in_order && !origin.keeps_state && !origin.can_fail;
+    const bool leaves_no_trace = !stores && in_order && !origin.has_state && !origin.can_fail;
     if (reads_cells || leaves_no_trace) return Remembering::catching_up;
     return in_order ? Remembering::in_order : at_least;
   }

@@ -47,7 +47,7 @@ inline constexpr Traits acts{1 << 5};
 /// Has a record, whose columns it fills; the caller's start value stands.
 inline constexpr Traits draws{1 << 6};
 /// Keeps a state outside of columns, from one evaluation to the next, or changes that of others.
-inline constexpr Traits keeps_state{1 << 7};
+inline constexpr Traits hides_state{1 << 7};
 /// Reads the column of the statement that holds the call.
 inline constexpr Traits reads_statement{1 << 8};
 /// Refuses some values of its arguments, by a status or an exception. Words that can't fail still

@@ -33,7 +33,7 @@ void add_references(std::vector<Reference>& list, Reference::Kind kind,
 /// Whether a call keeps something when all bars are dropped.
 bool outlasts_bars(const CompiledScript& script) {
   return std::ranges::any_of(script.variable_list, [](const Variable* variable) {
-    return variable->function != nullptr && variable->function->traits().has(keeps_state);
+    return variable->function != nullptr && variable->function->traits().has(hides_state);
   });
 }
 
@@ -73,7 +73,7 @@ struct Script::Body {
     if (report.failure) return;
     if (!settings.condition.empty()) compile_with_condition();
     if (report.failure) return;
-    keeps_state_of_bars = outlasts_bars(parser.pool().script);
+    state_outlasts_bars = outlasts_bars(parser.pool().script);
     list_lines();
   }
 
@@ -112,7 +112,7 @@ struct Script::Body {
   /// for once after a compile.
   bool needs_compile_for(const Subject& subject) const {
     const Subject& now = settings.subject;
-    return keeps_state_of_bars || report.needs_calendar || subject.period != now.period ||
+    return state_outlasts_bars || report.needs_calendar || subject.period != now.period ||
            subject.market != now.market || subject.time_zone != now.time_zone;
   }
 
@@ -129,7 +129,7 @@ struct Script::Body {
   ScriptParser parser;
   EventRecorder recorder;
   Report report;
-  bool keeps_state_of_bars = false;  ///< so that other bars need a compile anew
+  bool state_outlasts_bars = false;  ///< so that other bars need a compile anew
   std::vector<Line> lines;
   std::optional<uint32_t> condition_column;
   std::string answer;

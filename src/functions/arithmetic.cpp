@@ -81,7 +81,7 @@ class LOG final : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const override {
-    return {.keeps_state = false, .passes_over = true, .passed_over_from = 1};
+    return {.leaves_state = false, .passes_over = true, .passed_over_from = 1};
   }
 
  private:
@@ -120,7 +120,7 @@ class ROUND final : public BaseFunc {
     }
     return result;
   }
-  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
+  ColumnTraits column_traits() const override { return {.leaves_state = false}; }
 
  private:
   /// The digits are not truncated. Null digits give null.

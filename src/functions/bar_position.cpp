@@ -30,7 +30,7 @@ class BarWord : public BaseFunc {
     }
     return result;
   }
-  ColumnTraits column_traits() const final { return {.keeps_state = false}; }
+  ColumnTraits column_traits() const final { return {.leaves_state = false}; }
 };
 
 double position_from_first(int32_t row, int32_t) { return row + 1.0; }

@@ -20,7 +20,7 @@ double value_in_silence(const Call& call, size_t position) {
 }
 
 constexpr ColumnTraits choosing = {
-    .keeps_state = false, .passes_over = true, .passed_over_from = 1};
+    .leaves_state = false, .passes_over = true, .passed_over_from = 1};
 
 /// A null condition is true, because it isn't equal to 0.
 double choose(const Call& call) {

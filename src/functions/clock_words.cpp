@@ -77,7 +77,7 @@ class Conversion : public BaseFunc {
     for (size_t i = 0; i < call.size(); ++i) result[i] = convert(to_int(times[i]));
     return result;
   }
-  ColumnTraits column_traits() const final { return {.keeps_state = false}; }
+  ColumnTraits column_traits() const final { return {.leaves_state = false}; }
 };
 
 /// HHMMSS to seconds since midnight. What has more than six digits, or a sign, gives 0.

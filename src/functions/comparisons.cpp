@@ -63,7 +63,7 @@ class CloseAgainstOpen final : public BaseFunc {
     for (size_t i = 0; i < call.size(); ++i) result[i] = truth(compare(closes[i], opens[i]));
     return result;
   }
-  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
+  ColumnTraits column_traits() const override { return {.leaves_state = false}; }
 };
 using ISUP = CloseAgainstOpen<above>;
 using ISDOWN = CloseAgainstOpen<below>;
@@ -78,7 +78,7 @@ class NULL_FUNC final : public BaseFunc {
   const double* column(const ColumnCall& call) const override {
     return call.everywhere(null_value);
   }
-  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
+  ColumnTraits column_traits() const override { return {.leaves_state = false}; }
 };
 using DRAWNULL = NULL_FUNC;
 

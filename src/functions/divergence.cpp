@@ -141,7 +141,7 @@ class DIVERGENCE final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {word_row<DIVERGENCE>(
-    "DIVERGENCE", 111, reads_forward | keeps_state | periods_from(2, can_fail))};
+    "DIVERGENCE", 111, reads_forward | hides_state | periods_from(2, can_fail))};
 
 }  // namespace
 

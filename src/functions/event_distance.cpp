@@ -38,7 +38,7 @@ class SinceHit final : public BaseFunc {
         [hits, start = call.start](int32_t row) { return value_of(hits[row], row, start); });
   }
   ColumnTraits column_traits() const override {
-    return {.keeps_state = false, .keeps_start = keeps_start, .revisits = true};
+    return {.leaves_state = false, .keeps_start = keeps_start, .revisits = true};
   }
 };
 
@@ -112,7 +112,7 @@ class BARSSINCEN final : public BaseFunc {
   }
   /// A bar with an older hit doesn't come to X of its own.
   ColumnTraits column_traits() const override {
-    return {.keeps_state = false, .passes_over = true, .revisits = true};
+    return {.leaves_state = false, .passes_over = true, .revisits = true};
   }
 
  private:
@@ -200,7 +200,7 @@ class CONDBARS final : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const override {
-    return {.keeps_state = false, .revisits = true, .series_count = 2};
+    return {.leaves_state = false, .revisits = true, .series_count = 2};
   }
 
  private:
@@ -272,7 +272,7 @@ class SUMBARS final : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const override {
-    return {.keeps_state = false, .passes_over = true, .revisits = true};
+    return {.leaves_state = false, .passes_over = true, .revisits = true};
   }
 
  private:
@@ -309,7 +309,7 @@ class DistanceToBeyond : public BaseFunc {
     return Status::ok;
   }
   ColumnTraits column_traits() const final {
-    return {.keeps_state = false,
+    return {.leaves_state = false,
             .passes_over = true,
             .revisits = true,
             .series_count = series_argument + 1};

@@ -79,7 +79,7 @@ class LookBack final : public BaseFunc {
   }
 
   ColumnTraits column_traits() const override {
-    return {.keeps_state = false, .passes_over = true, .revisits = true};
+    return {.leaves_state = false, .passes_over = true, .revisits = true};
   }
 };
 

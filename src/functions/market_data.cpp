@@ -39,7 +39,7 @@ class COST final : public BaseFunc {
     if (failed(status)) return status;
     return call.answer(price_at(call, percent));
   }
-  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
+  ColumnTraits column_traits() const override { return {.leaves_state = false}; }
 
  private:
   static double price_at(const Call& call, double percent) {
@@ -67,7 +67,7 @@ class WINNER final : public BaseFunc {
     const ChipDistribution chips = chips_at(call);
     return call.answer(chips.empty() ? 0.0 : chips.share_up_to(price));
   }
-  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
+  ColumnTraits column_traits() const override { return {.leaves_state = false}; }
 };
 
 class CODELIKE final : public BaseFunc {

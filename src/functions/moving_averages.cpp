@@ -19,12 +19,12 @@ class MA final : public BaseFunc {
     return failed(status) ? status : call.answer(null_value);
   }
   const double* column(const ColumnCall& call) const override { return moving_average(call); }
-  bool can_go_ahead(const ColumnCall& call) const override { return can_average(call); }
+  bool can_run_side_by_side(const ColumnCall& call) const override { return can_average(call); }
   void run_side_by_side(std::span<const ColumnCall> calls) const override {
     moving_averages(calls);
   }
   ColumnTraits column_traits() const override {
-    return {.goes_ahead = true, .series = SeriesPlace::own_column};
+    return {.side_by_side = true, .series = SeriesPlace::own_column};
   }
 };
 
@@ -187,7 +187,7 @@ class SeededAverage : public BaseFunc {
     return y;
   }
   ColumnTraits column_traits() const final {
-    return {.starts_late = true, .carries_on = true, .series = SeriesPlace::in_place};
+    return {.starts_late = true, .keeps_results = true, .series = SeriesPlace::as_it_stands};
   }
 
  protected:
@@ -299,7 +299,7 @@ class TRMA final : public BaseFunc {
     });
   }
   ColumnTraits column_traits() const override {
-    return {.carries_on = true, .series = SeriesPlace::own_column};
+    return {.keeps_results = true, .series = SeriesPlace::own_column};
   }
 
  private:

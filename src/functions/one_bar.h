@@ -46,7 +46,7 @@ class OneBar final : public BaseFunc {
   }
 
   ColumnTraits column_traits() const override {
-    return {.keeps_state = false, .keeps_start = may_write_nothing};
+    return {.leaves_state = false, .keeps_start = may_write_nothing};
   }
 
  private:

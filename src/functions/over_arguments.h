@@ -39,7 +39,7 @@ class OverArguments final : public BaseFunc {
     return results;
   }
 
-  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
+  ColumnTraits column_traits() const override { return {.leaves_state = false}; }
 };
 
 }  // namespace quor

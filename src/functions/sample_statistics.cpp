@@ -184,7 +184,7 @@ class COUNT final : public BaseFunc {
     }
     return result;
   }
-  ColumnTraits column_traits() const override { return {.keeps_state = false, .revisits = true}; }
+  ColumnTraits column_traits() const override { return {.leaves_state = false, .revisits = true}; }
 
  private:
   /// How many bars up to one count.
@@ -317,7 +317,7 @@ class SortedChoice : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const final {
-    return {.keeps_state = false, .passes_over = true, .passed_over_from = 2};
+    return {.leaves_state = false, .passes_over = true, .passed_over_from = 2};
   }
 
  private:

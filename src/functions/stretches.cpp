@@ -71,7 +71,7 @@ class StretchWord : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const final {
-    return {.keeps_state = false, .revisits = true, .series_count = period_argument};
+    return {.leaves_state = false, .revisits = true, .series_count = period_argument};
   }
 
  private:
@@ -143,7 +143,7 @@ class LAST final : public BaseFunc {
     }
     return result;
   }
-  ColumnTraits column_traits() const override { return {.keeps_state = false, .revisits = true}; }
+  ColumnTraits column_traits() const override { return {.leaves_state = false, .revisits = true}; }
 
  private:
   static Status scan(const Call& call) {
@@ -179,7 +179,7 @@ class Crossing : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const final {
-    return {.keeps_state = false, .revisits = true, .series_count = 2};
+    return {.leaves_state = false, .revisits = true, .series_count = 2};
   }
 
  private:

@@ -231,7 +231,7 @@ class FORCAST final : public BaseFunc {
     });
   }
   ColumnTraits column_traits() const override {
-    return {.carries_on = true, .series = SeriesPlace::own_column};
+    return {.keeps_results = true, .series = SeriesPlace::own_column};
   }
 };
 

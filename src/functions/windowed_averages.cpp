@@ -94,7 +94,7 @@ class SMMA final : public BaseFunc {
     });
   }
   ColumnTraits column_traits() const override {
-    return {.keeps_state = false, .revisits = true, .series = SeriesPlace::in_place};
+    return {.leaves_state = false, .revisits = true, .series = SeriesPlace::as_it_stands};
   }
 
  private:
@@ -204,7 +204,7 @@ class ADMA final : public BaseFunc {
     });
   }
   ColumnTraits column_traits() const override {
-    return {.passes_over = true, .passed_over_from = 2, .carries_on = true};
+    return {.passes_over = true, .passed_over_from = 2, .keeps_results = true};
   }
 
  private:
