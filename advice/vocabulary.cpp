@@ -142,6 +142,8 @@ constexpr PeriodArgument periods[] = {
     {"DOWNNDAY", 1, true},
     {"FILTER", 1},
     {"BACKSET", 1, true},
+    {"LAST", 1, true},
+    {"DIVERGENCE", 2, true},
 };
 
 bool contains(Words words, std::string_view word) {

@@ -9,9 +9,11 @@
 #include <string_view>
 #include <vector>
 
+#include "advice/vocabulary.h"
 #include "core/status.h"
 #include "support/test_host.h"
 #include "vocabulary/function_sets.h"
+#include "vocabulary/registry.h"
 
 namespace quor_test {
 namespace {
@@ -44,6 +46,14 @@ TEST(WordHelp, holds_the_words_of_the_library) {
   std::vector<std::string_view> told;
   for (const WordHelp& help : word_help()) told.push_back(help.word);
   EXPECT_EQ(told, words);
+}
+
+TEST(WordHelp, knows_the_period_of_each_word) {
+  for (const quor::FunctionRow& row : quor::FunctionIdTable()) {
+    const auto* told = quor_advice::find_period(row.word);
+    const size_t period = quor::find_function(row.word)->traits().first_period;
+    EXPECT_EQ(told == nullptr ? quor::Traits::none : told->index, period) << row.word;
+  }
 }
 
 TEST(WordHelp, finds_a_word_in_any_case) {

@@ -11,8 +11,8 @@ struct Traits {
   static constexpr uint8_t none = UINT8_MAX;
 
   uint32_t set = 0;
-  /// The first argument of those that are periods: unless they are numbers and not negative, the
-  /// call has the traits of `with_other_periods`, too.
+  /// The position of the first argument that is a period, counted from 0. Unless they are numbers
+  /// and not negative, the call has the traits of `with_other_periods`, too.
   uint8_t first_period = none;
   uint32_t with_other_periods = 0;
 
@@ -72,6 +72,9 @@ inline constexpr Traits opens_line{1 << 16};
 inline constexpr Traits hides_field{1 << 18};
 /// Gives a trade signal.
 inline constexpr Traits trades{1 << 17};
+
+/// The argument at a position is a period.
+constexpr Traits period_at(uint8_t position) { return {.first_period = position}; }
 
 /// The arguments from `first` on are periods; the call has `otherwise` unless they are fixed.
 constexpr Traits periods_from(uint8_t first, Traits otherwise) {

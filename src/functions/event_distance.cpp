@@ -349,7 +349,7 @@ constexpr WordRow words[] = {
     word_row<BARSLAST>("BARSLAST", 5, steady),
     word_row<BARSLASTCOUNT>("BARSLASTCOUNT", 172, steady),
     word_row<BARSSINCE>("BARSSINCE", 173, looks_back | reads_statement),
-    word_row<BARSSINCEN>("BARSSINCEN", 174, steady),
+    word_row<BARSSINCEN>("BARSSINCEN", 174, steady | period_at(1)),
     word_row<CONDBARS>("CONDBARS", 175, steady),
     word_row<SUMBARS>("SUMBARS", 192, steady, volume_field),
     word_row<NEWHBARS>("NEWHBARS", 183, steady),

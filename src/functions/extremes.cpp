@@ -177,12 +177,12 @@ using HV = EarlierExtreme<Extreme::greatest>;
 using LV = EarlierExtreme<Extreme::smallest>;
 
 constexpr WordRow words[] = {
-    word_row<HHV>("HHV", 51, steady | opens_line),
-    word_row<LLV>("LLV", 54, steady | opens_line),
+    word_row<HHV>("HHV", 51, steady | opens_line | period_at(1)),
+    word_row<LLV>("LLV", 54, steady | opens_line | period_at(1)),
     word_row<HHVBARS>("HHVBARS", 14, steady | periods_from(1, can_fail)),
     word_row<LLVBARS>("LLVBARS", 16, steady | periods_from(1, can_fail)),
-    word_row<HV>("HV", 180, steady),
-    word_row<LV>("LV", 181, steady),
+    word_row<HV>("HV", 180, steady | period_at(1)),
+    word_row<LV>("LV", 181, steady | period_at(1)),
 };
 
 }  // namespace

@@ -344,17 +344,17 @@ class TRMA final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<MA>("MA", 73, steady | has_result_column),
-    word_row<EMA>("EMA", 196, steady | has_result_column),
-    word_row<EXPMA>("EXPMA", 27, steady | has_result_column),
-    word_row<EMAWH>("EMAWH", 178, repeatable | follows_rows),
-    word_row<SMA>("SMA", 62, steady | has_result_column),
+    word_row<MA>("MA", 73, steady | has_result_column | period_at(1)),
+    word_row<EMA>("EMA", 196, steady | has_result_column | period_at(1)),
+    word_row<EXPMA>("EXPMA", 27, steady | has_result_column | period_at(1)),
+    word_row<EMAWH>("EMAWH", 178, repeatable | follows_rows | period_at(1)),
+    word_row<SMA>("SMA", 62, steady | has_result_column | period_at(1)),
     word_row<AMA>("AMA", 46, steady | has_result_column),
     word_row<DMA>("DMA", 49, steady | has_result_column),
     word_row<TMA>("TMA", 70, steady | has_result_column),
-    word_row<MEMA>("MEMA", 38, steady | has_result_column),
-    word_row<EXPMEMA>("EXPMEMA", 13, steady | has_result_column),
-    word_row<TRMA>("TRMA", 193, steady),
+    word_row<MEMA>("MEMA", 38, steady | has_result_column | period_at(1)),
+    word_row<EXPMEMA>("EXPMEMA", 13, steady | has_result_column | period_at(1)),
+    word_row<TRMA>("TRMA", 193, steady | period_at(1)),
 };
 
 }  // namespace

@@ -196,8 +196,8 @@ class SET final : public BaseFunc {
 
 constexpr WordRow words[] = {
     word_row<REF>("REF", 66, steady | periods_from(1, reads_forward)),
-    word_row<REFX>("REFX", 89, repeatable | reads_forward | in_full | told_ahead),
-    word_row<REFX1>("REFX1", 167, repeatable | reads_forward | in_full | told_ahead),
+    word_row<REFX>("REFX", 89, repeatable | reads_forward | in_full | told_ahead | period_at(1)),
+    word_row<REFX1>("REFX1", 167, repeatable | reads_forward | in_full | told_ahead | period_at(1)),
     word_row<VALUEWHEN>("VALUEWHEN", 4, steady),
     word_row<GET>("GET", 68, steady),
     word_row<SET>("SET", 69, hides_state | sets_arguments),

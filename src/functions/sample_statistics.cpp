@@ -369,11 +369,11 @@ class NORMPDF final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<SUM>("SUM", 64, steady | has_result_column),
-    word_row<COUNT>("COUNT", 22, steady),
-    word_row<HARMEAN>("HARMEAN", 179, steady),
+    word_row<SUM>("SUM", 64, steady | has_result_column | period_at(1)),
+    word_row<COUNT>("COUNT", 22, steady | period_at(1)),
+    word_row<HARMEAN>("HARMEAN", 179, steady | period_at(1)),
     word_row<MV>("MV", 182, steady),
-    word_row<PERCENTILE>("PERCENTILE", 187, steady),
+    word_row<PERCENTILE>("PERCENTILE", 187, steady | period_at(1)),
     word_row<SORT>("SORT", 190, steady),
     word_row<SORTPOS>("SORTPOS", 191, steady),
     word_row<NORMPDF>("NORMPDF", 101, steady | can_fail),

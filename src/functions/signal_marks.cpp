@@ -165,9 +165,9 @@ class BACKSET final : public BaseFunc {
 
 constexpr WordRow words[] = {
     word_row<FILTER>("FILTER", 76, looks_back | hides_state | periods_from(1, follows_rows)),
-    word_row<BACKSET>(
-        "BACKSET", 166,
-        repeatable | reads_forward | follows_rows | has_result_column | in_full | told_ahead)};
+    word_row<BACKSET>("BACKSET", 166,
+                      repeatable | reads_forward | follows_rows | has_result_column | in_full |
+                          told_ahead | period_at(1))};
 
 }  // namespace
 

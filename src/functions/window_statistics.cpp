@@ -376,7 +376,7 @@ constexpr WordRow words[] = {
     word_row<VARP>("VARP", 99, steady | periods_from(1, can_fail)),
     word_row<DEVSQ>("DEVSQ", 95, steady | periods_from(1, can_fail)),
     word_row<AVEDEV>("AVEDEV", 18, steady | periods_from(1, can_fail)),
-    word_row<KURTOSIS>("KURTOSIS", 94, steady),
+    word_row<KURTOSIS>("KURTOSIS", 94, steady | period_at(1)),
     word_row<SLOPE>("SLOPE", 75, steady | periods_from(1, can_fail)),
     word_row<FORCAST>("FORCAST", 96, steady | periods_from(1, can_fail)),
     word_row<COVAR>("COVAR", 90, steady | periods_from(2, can_fail)),

@@ -242,8 +242,8 @@ constexpr std::string_view close_field[] = {"CLOSE"};
 constexpr WordRow words[] = {
     word_row<WMA>("WMA", 71, steady | periods_from(1, can_fail) | has_result_column),
     word_row<EMA2>("EMA2", 177, steady | periods_from(1, can_fail) | has_result_column),
-    word_row<SMMA>("SMMA", 189, steady),
-    word_row<TSMA>("TSMA", 194, steady),
+    word_row<SMMA>("SMMA", 189, steady | period_at(1)),
+    word_row<TSMA>("TSMA", 194, steady | period_at(1)),
     word_row<ADMA>("ADMA", 93, steady | periods_from(1, can_fail), close_field),
 };
 
