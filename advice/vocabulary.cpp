@@ -6,51 +6,13 @@
 #include <utility>
 
 #include "letters.h"
+#include "src/tables/fields.h"
 #include "word_help.h"
 
 namespace quor_advice {
 namespace {
 
 using Words = std::span<const std::string_view>;
-
-struct Field {
-  std::string_view word;
-  uint32_t id;
-};
-
-constexpr Field fields[] = {
-    {"CLOSE", 11},
-    {"C", 11},
-    {"HIGH", 8},
-    {"H", 8},
-    {"LOW", 9},
-    {"L", 9},
-    {"OPEN", 7},
-    {"O", 7},
-    {"VOL", 13},
-    {"V", 13},
-    {"AMOUNT", 19},
-    {"OPI", 65},
-    {"SETTLE", 72},
-    {"AVPRICE", 2656718},
-    {"TIME", 1},
-    {"COMMODITY", 901024},
-    {"NOTICE_REALTIME_TIMESTAMP", 199},
-    {"VIX", 80000000},
-    {"VOLATILITY", 80000001},
-    {"IMPLIEDVOLATILITY", 90000000},
-    {"DELTA", 90000001},
-    {"GAMMA", 90000002},
-    {"VEGA", 90000003},
-    {"THETA", 90000004},
-    {"RHO", 90000005},
-    {"TLR", 90000006},
-    {"LR", 90000007},
-    {"PR", 90000008},
-    {"TP", 90000009},
-    {"TV", 90000010},
-    {"INV", 90000011},
-};
 
 constexpr std::string_view quote_fields[] = {
     "NEW",       "OPEN",     "HIGH",    "LOW",      "AVPRICE",  "YCLOSE",        "YSETTLE",
@@ -232,7 +194,7 @@ std::vector<std::string_view> words_of(Vocabulary vocabulary) {
     return words;
   }
   // One letter is as near to any other one; only whole field words can have been meant.
-  for (const Field& field : fields) {
+  for (const quor::Field& field : quor::ReservedFieldTable) {
     if (field.word.size() > 1) words.push_back(field.word);
   }
   for (const WordHelp& help : word_help()) words.push_back(help.word);
@@ -268,13 +230,14 @@ std::vector<std::string_view> market_constants() {
 }
 
 bool is_field(std::string_view word) {
-  return std::ranges::find(fields, word, &Field::word) != std::end(fields);
+  return std::ranges::find(quor::ReservedFieldTable, word, &quor::Field::word) !=
+         std::end(quor::ReservedFieldTable);
 }
 
 std::vector<std::string_view> words_of_field(uint32_t id) {
   std::vector<std::string_view> words;
-  for (const Field& field : fields) {
-    if (field.id == id) words.push_back(field.word);
+  for (const quor::Field& field : quor::ReservedFieldTable) {
+    if (static_cast<uint32_t>(field.id) == id) words.push_back(field.word);
   }
   return words;
 }

@@ -26,8 +26,8 @@ ROOMS = {
     "python": {"engine", "advice", "bars"},
     "npm": {"engine", "advice"},
     "include": set(),
-    "advice": set(),
-    "bars": set(),
+    "advice": {"tables"},
+    "bars": {"tables"},
     "host": {"include", "advice", "bars"},
 }
 # The parts of the host that work on arrays.
