@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <functional>
 #include <map>
@@ -15,8 +16,10 @@
 #include "compiler/pipeline.h"
 #include "core/row_intake.h"
 #include "support/test_host.h"
+#include "support/vectors.h"
 #include "support/word_statements.h"
 #include "tables/field_table.h"
+#include "text/strings.h"
 #include "vocabulary/families.h"
 #include "vocabulary/function_sets.h"
 #include "vocabulary/registry.h"
@@ -213,6 +216,24 @@ TEST(Traits, EveryWordHasOneRowAndTheVocabulariesAgree) {
                                                        quor::hides_state | quor::reads_statement) ||
                                             word == "ZIG")
         << word;
+  }
+}
+
+TEST(Traits, EveryWordHasAnIdOfItsOwnAndNumbersThatSomebodyDerived) {
+  std::set<std::string, std::less<>> derived;
+  for (Vector vector : load_vectors()) {
+    std::ranges::replace_if(
+        vector.script, [](unsigned char c) { return std::isalnum(c) == 0; }, ' ');
+    for (const std::string_view word : quor::split(vector.script, " ")) derived.emplace(word);
+  }
+  std::map<int32_t, std::string> words_of_id;
+  for (const auto& [word, id] : quor::FunctionIdTable()) {
+    words_of_id[id] += std::string(word) + " ";
+    const bool gives_numbers = !all_rows().at(word).has_any(quor::draws | quor::acts);
+    EXPECT_TRUE(derived.contains(word) || !gives_numbers) << word << " has no vectors";
+  }
+  for (const auto& [id, words] : words_of_id) {
+    EXPECT_TRUE(id == 167 ? words == "REFX1 PEAK " : words.find(' ') == words.size() - 1) << words;
   }
 }
 
