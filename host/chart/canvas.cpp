@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 
 #include "../errors.h"
@@ -42,7 +43,7 @@ Canvas::Canvas(const std::string& path, int width, int height)
 
 void Canvas::finish() {
   const std::string file = surface_->finish();
-  std::ofstream out(path_, std::ios::binary);
+  std::ofstream out(std::filesystem::path(path_), std::ios::binary);
   out << file;
   out.close();
   if (!out) throw HostError(path_ + ": can't be written");

@@ -134,7 +134,8 @@ class SvgSurface : public Surface {
       at.x -= anchor.x * width;
     }
     const double top = at.y - anchor.y * height;
-    attributes += set("x", at.x) + set("y", std::round(top + base_line * lettering.size)) +
+    attributes += set("x", at.x) +
+                  set("y", std::round(top) + std::ceil(base_line * lettering.size)) +
                   set("font-size", lettering.size) + filled(lettering.color);
     if (lettering.bold) attributes += set("font-weight", "bold");
     if (lettering.halo) {

@@ -25,8 +25,13 @@ constexpr auto content_security =
 
 /// Two servers on one port would share the requests; the library would let them.
 void set_socket_options(socket_t socket) {
+#ifdef _WIN32
+  constexpr int option = SO_EXCLUSIVEADDRUSE;
+#else
+  constexpr int option = SO_REUSEADDR;
+#endif
   const int yes = 1;
-  setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+  setsockopt(socket, SOL_SOCKET, option, reinterpret_cast<const char*>(&yes), sizeof yes);
 }
 
 Visitor visitor_of(const httplib::Request& request) {
