@@ -18,9 +18,10 @@ HANDLE handle_of(intptr_t id) {
 
 /// Whatever is in quotes is one argument; backslashes count twice in front of a quote.
 std::wstring quoted(const std::string& argument) {
+  const std::filesystem::path wide(argument);
   std::wstring text = L"\"";
   size_t backslashes = 0;
-  for (const wchar_t c : std::filesystem::path(argument).native()) {
+  for (const wchar_t c : wide.native()) {
     if (c == L'"') text.append(backslashes + 1, L'\\');
     backslashes = c == L'\\' ? backslashes + 1 : 0;
     text += c;
