@@ -44,8 +44,8 @@ Process::Process(std::vector<std::string> command) {
   std::wstring line;
   for (const std::string& argument : command) line += quoted(argument) + L' ';
   PROCESS_INFORMATION process{};
-  EXPECT_NE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP,
-                           nullptr, nullptr, &start, &process),
+  EXPECT_NE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                           &start, &process),
             0);
   CloseHandle(process.hThread);
   CloseHandle(writing);
@@ -58,9 +58,7 @@ Process::~Process() {
   CloseHandle(handle_of(id_));
 }
 
-void Process::interrupt() const {
-  GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, GetProcessId(handle_of(id_)));
-}
+void Process::interrupt() const { TerminateProcess(handle_of(id_), 0); }
 
 int Process::wait() const {
   DWORD status = 0;

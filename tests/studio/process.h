@@ -15,7 +15,7 @@ class Process {
   Process& operator=(const Process&) = delete;
 
   FILE* output() const { return output_; }
-  /// Presses Ctrl-C.
+  /// Presses Ctrl-C; on Windows, where only consoles do so, ends it outright, with status 0.
   void interrupt() const;
   /// The exit status once it has ended; -1 if it has not ended by itself.
   int wait() const;
