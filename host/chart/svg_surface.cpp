@@ -67,7 +67,7 @@ std::string escaped(std::string_view text) {
         out += "&amp;";
         break;
       default:
-        out += letter >= 0 && letter < ' ' ? ' ' : letter;
+        out += static_cast<unsigned char>(letter) < ' ' ? ' ' : letter;
     }
   }
   return out;
