@@ -4,6 +4,8 @@
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wconversion"
 #pragma GCC diagnostic ignored "-Wshadow"
+// Bars are large, and asking the system for each 4 KiB of them takes its time.
+#define CPPHTTPLIB_RECV_BUFSIZ (size_t{1} << 16U)
 #include <httplib.h>
 #pragma GCC diagnostic pop
 

@@ -29,6 +29,7 @@ Reply reply_of(const httplib::Result& result) {
 httplib::Client client_of(int port) {
   httplib::Client client("127.0.0.1", port);
   client.set_read_timeout(120);
+  client.set_write_timeout(120);
   return client;
 }
 
