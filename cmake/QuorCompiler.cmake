@@ -54,6 +54,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LES
   # At -O3 this compiler takes any "text" + std::string for a copy onto itself.
   target_compile_options(quor_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()
+if(CMAKE_SYSTEM_PROCESSOR STREQUAL aarch64 AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  # Notes on how a pair of numbers was handed over before version 10.
+  target_compile_options(quor_options INTERFACE -Wno-psabi)
+endif()
 if(WASI)
   # Sizes have 32 bits there, and so has all memory: rows and bytes can't be more.
   target_compile_options(quor_options INTERFACE -Wno-shorten-64-to-32 -Wno-sign-conversion)

@@ -9,12 +9,8 @@
 
 #include "advice/advice.h"
 #include "bars.h"
-#include "encoding.h"
-#ifdef QUOR_CHART_PROGRAM
-#include "program.h"
-#elif defined QUOR_CHART
 #include "chart/chart.h"
-#endif
+#include "encoding.h"
 #include "errors.h"
 #include "events.h"
 #include "fields.h"
@@ -23,6 +19,7 @@
 #include "output.h"
 #include "parameters.h"
 #include "period.h"
+#include "program.h"
 #include "references.h"
 #include "report.h"
 #include "text.h"
@@ -305,21 +302,14 @@ int run_script(const Options& options) {
   });
 }
 
+int draw_script(const Options& options, [[maybe_unused]] char** arguments) {
 #ifdef QUOR_CHART_PROGRAM
-
-int draw_script(const Options& /*options*/, char** arguments) {
-  run_instead(QUOR_CHART_PROGRAM, arguments);
-}
-
-#elif defined QUOR_CHART
-
-int draw_script(const Options& options, char** /*arguments*/) {
+  if (options.chart.path.ends_with(".png")) run_instead(QUOR_CHART_PROGRAM, arguments);
+#endif
   return calculate_and(options,
                        [&options](const Compiled& compiled, const Bars& bars, const Results&) {
                          draw_chart(compiled.session, bars, options.bars_path, options.chart);
                        });
 }
-
-#endif
 
 }  // namespace quor_host

@@ -164,14 +164,12 @@ void add_run(CLI::App& app, Options& options) {
   run.add_flag("--fire", options.fire_signals, "Raise notices and trade signals, and print them");
 }
 
-#ifdef QUOR_CHART
 void add_chart(CLI::App& app, Options& options) {
   CLI::App& chart = *app.add_subcommand("chart", "Draw the bars and what a script draws");
   chart.footer(std::string(chart_examples) + bars_footer);
   add_bar_options(chart, options);
   quor_host::add_chart_options(chart, options.chart);
 }
-#endif
 
 void add_help(CLI::App& app, quor_host::HelpOptions& options) {
   CLI::App& help = *app.add_subcommand(
@@ -254,9 +252,7 @@ int run_command(const CLI::App& command, Options options, [[maybe_unused]] char*
     return exit_usage;
   }
   if (command.get_name() == "check") return check_script(options);
-#ifdef QUOR_CHART
   if (command.get_name() == "chart") return draw_script(options, argv);
-#endif
   if (options.as_csv && count(command, "--last") == 0) {
     options.last = std::numeric_limits<size_t>::max();
   }
@@ -286,9 +282,7 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", "quor " QUOR_VERSION);
     add_check(app, options);
     add_run(app, options);
-#ifdef QUOR_CHART
     add_chart(app, options);
-#endif
     add_scan(app, scan);
 #ifdef QUOR_STUDIO
     quor_host::StudioOptions studio;

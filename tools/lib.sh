@@ -10,7 +10,8 @@ chart_packages="libcli11-dev pkg-config libcairo2-dev libpango1.0-dev"
 host_packages="$chart_packages $studio_packages"
 font_packages="fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji"
 test_packages="libgtest-dev binutils python3 mono-mcs mono-runtime"
-windows_packages="g++-mingw-w64-x86-64-posix cmake ninja-build ccache dpkg-dev googletest libcli11-dev libfast-float-dev llvm-14"
+windows_packages="g++-mingw-w64-x86-64-posix cmake ninja-build ccache dpkg-dev googletest libcli11-dev libfast-float-dev llvm-14
+$studio_packages"
 windows_test_packages="clang-14 lld-14"
 arm64_packages="g++-aarch64-linux-gnu cmake ninja-build ccache dpkg-dev googletest libcli11-dev libfast-float-dev
 $studio_packages"
