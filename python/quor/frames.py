@@ -6,11 +6,13 @@ import os
 from typing import Any, Hashable, Mapping, NamedTuple, Optional, Sequence
 
 import numpy as np
-import pandas as pd
 
 from . import _engine
 from .errors import Finding, note
-from .times import index_of, index_of_ticks, row_of, times_of, times_of_day
+from .optional import (
+    has_pandas, is_datetime_index, is_frame, is_index, is_multi_index, is_series, pd)
+from .references import Series
+from .times import index_of, index_of_ticks, is_missing, row_of, times_of, times_of_day
 
 Columns = Optional[Mapping[str, Optional[Hashable]]]
 
@@ -50,7 +52,7 @@ class Bars(NamedTuple):
     fields: list[tuple[int, np.ndarray]]  #: of numbers; the engine makes float64 of them
     index: Any
     labels: Any  #: of the bars in events: the index, or the level of it that has the times
-    zoned: pd.DatetimeIndex | None  #: the times, if they have a zone
+    zoned: Any  #: the times, if they have a zone, as an index
 
 
 def plain(name: Hashable) -> str:
@@ -67,10 +69,12 @@ class Layout:
     """Which columns of a frame a script reads; worked out once for all frames alike."""
 
     def __init__(self, needs: Sequence[Need], columns: Columns, duplicates: str,
-                 has_days: bool = False) -> None:
+                 has_days: bool = False, series: Sequence[Series] = ()) -> None:
         if duplicates not in ("error", "last"):
             raise ValueError(f'duplicates is "error" or "last", and not {duplicates!r}')
-        self._needs = needs
+        self._series = series
+        served = {one.column for one in series}
+        self._needs = [need for need in needs if need.id not in served]
         self._repeat = duplicates == "last"
         self._has_days = has_days  #: the script asks for the period, which is a day or longer
         self._ids = {word: id_ for id_, words in FIELD_WORDS.items() for word in words}
@@ -113,17 +117,26 @@ class Layout:
         fields = []
         series = _series(frame, labels, len(places.fields))
         for id_, label in places.fields:
-            values = _numbers(series[label], label)
+            values = numbers_of(series[label], label)
             if len(values) != len(times):
                 raise ValueError(
                     f"column {label!r} has {len(values)} values for {len(times)} bars"
                 )
             fields.append((id_, values))
+        self.add_series(fields, times, ticks)
         index = getattr(frame, "index", None)
-        if index is None:
+        if index is None and has_pandas():
             index = index_of_ticks(times, ticks)
         return Bars(times, ticks, fields, index,
-                    index if labels_of_times is None else labels_of_times, _zoned(moments))
+                    index if labels_of_times is None else labels_of_times, zoned_of(moments))
+
+    def add_series(self, fields: list, times: np.ndarray, ticks: int) -> None:
+        """The values of references at the times of bars."""
+        if not self._series:
+            return
+        seconds = times // ticks
+        for series in self._series:
+            fields.append((series.column, series.at(seconds)))
 
     def bars_of_file(self, path: str | os.PathLike) -> Bars:
         """The arrays of a file, with no index."""
@@ -135,6 +148,7 @@ class Layout:
             elif self._given.get(need.id, "") is not None:
                 raise ValueError(f"{os.fspath(path)}: the script reads {need.names[0]!r}, and no "
                                  "column of the file is called so")
+        self.add_series(fields, times, 1)
         return Bars(times, 1, fields, None, None, None)
 
     def read_file(self, path: str | os.PathLike) -> tuple[np.ndarray, dict[int, np.ndarray]]:
@@ -148,6 +162,15 @@ class Layout:
         time = self._given.get(_TIME)
         return _engine.read_bars(
             os.fsencode(path), None if time is None else str(time), named, self._repeat)
+
+    def places_of(self, labels: tuple[Hashable, ...]) -> list[tuple[int, Hashable]]:
+        """The needed fields among columns. Raises ValueError for one that isn't there."""
+        return self._find(labels).fields
+
+    def ids_of(self, labels: tuple[Hashable, ...]) -> dict[Hashable, int]:
+        """The fields of a frame of these columns, as :meth:`bars` has found them."""
+        places = self._known.get(labels)
+        return {} if places is None else {label: id_ for id_, label in places.fields}
 
     def check_times(self, bars: Bars, rows: int) -> None:
         """Refuses bars of which the engine has made fewer rows than they are."""
@@ -181,7 +204,7 @@ class Layout:
                               "compile(..., period=0x3005) for five minutes"))
         if infinity is not None:
             id_, bar = infinity
-            name = next(need.names[0] for need in self._needs if need.id == id_)
+            name = next((need.names[0] for need in self._needs if need.id == id_), "a reference")
             found.append(note(f"{name!r} of bar {bar} (the first is 0) is infinite, which averages "
                               "and sums never recover from", "make it null, or leave the bar out"))
         return found
@@ -273,27 +296,24 @@ def _labels(frame: Any) -> tuple[Hashable, ...]:
             raise TypeError("bars are a DataFrame or a mapping of arrays, and not "
                             f"{type(frame).__name__}")
         labels = frame.keys()
-    return tuple(labels.tolist() if isinstance(labels, pd.Index) else labels)
+    return tuple(labels.tolist() if is_index(labels) else labels)
 
 
 def _level(frame: Any, has_column: bool, is_named: bool) -> Any:
     """The index, or the level of it, that has the times; None if a column has them."""
     index = getattr(frame, "index", None)
-    if has_column and (is_named or not isinstance(index, _TIME_INDEXES)):
+    if has_column and (is_named or not is_datetime_index(index)):
         return None
     if index is None:
         raise ValueError(f"no column holds the times; looked for {', '.join(TIME_WORDS)}")
-    return _level_of_times(index) if isinstance(index, pd.MultiIndex) else index
-
-
-_TIME_INDEXES = (pd.DatetimeIndex, pd.PeriodIndex)
+    return _level_of_times(index) if is_multi_index(index) else index
 
 
 def _level_of_times(index: pd.MultiIndex) -> pd.Index:
     """The level with the times, of an index that tells no bars apart by its other levels."""
     numbers = range(index.nlevels)
     dated = [level for level in numbers
-             if isinstance(index.levels[level], _TIME_INDEXES)
+             if is_datetime_index(index.levels[level])
              or plain(index.names[level]) in TIME_WORDS]
     if len(dated) != 1:
         raise ValueError("which level of the index holds the times? Leave it alone in the index: "
@@ -331,7 +351,8 @@ def _with_clock(frame: Any, places: _Places, dates: np.ndarray, ticks: int) -> n
     return np.where(is_there, dates + seconds * ticks, _NAT)
 
 
-def _zoned(moments: Any) -> pd.DatetimeIndex | None:
+def zoned_of(moments: Any) -> Any:
+    """Times with a zone as an index; None for others."""
     is_zoned = getattr(getattr(moments, "dtype", None), "tz", None) is not None
     return pd.DatetimeIndex(moments) if is_zoned else None
 
@@ -343,12 +364,12 @@ def _have_times_of_day(bars: Bars) -> bool:
 
 def _series(frame: Any, labels: tuple, wanted: int) -> Any:
     """Of a frame without many other columns all at once, which is quicker than one by one."""
-    if isinstance(frame, pd.DataFrame) and len(labels) <= 3 * wanted:
+    if is_frame(frame) and len(labels) <= 3 * wanted:
         return dict(frame.items())
     return frame
 
 
-def _numbers(values: Any, label: Hashable) -> np.ndarray:
+def numbers_of(values: Any, label: Hashable) -> np.ndarray:
     if _is_nullable(values):
         return values.to_numpy(np.float64, na_value=np.nan)
     array = row_of(values, label)
@@ -360,7 +381,8 @@ def _numbers(values: Any, label: Hashable) -> np.ndarray:
         if isinstance(value, (str, bytes)):
             raise ValueError(f"column {label!r} holds text, such as {value!r} in bar {row}")
     try:
-        return np.array([np.nan if pd.isna(value) else float(value) for value in array], np.float64)
+        return np.array([np.nan if is_missing(value) else float(value) for value in array],
+                        np.float64)
     except (TypeError, ValueError) as error:
         raise ValueError(f"column {label!r} holds what is no number: {error}") from None
 
@@ -368,6 +390,6 @@ def _numbers(values: Any, label: Hashable) -> np.ndarray:
 def _is_nullable(values: Any) -> bool:
     """A series of numbers with a mask, which numpy would make objects of."""
     dtype = getattr(values, "dtype", None)
-    return (isinstance(values, pd.Series)
+    return (is_series(values) and not isinstance(dtype, np.dtype)
             and isinstance(dtype, pd.api.extensions.ExtensionDtype)
             and dtype.kind in "fiub" and not isinstance(dtype, pd.SparseDtype))

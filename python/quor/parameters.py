@@ -3,7 +3,8 @@
 from __future__ import annotations
 
 import math
-from typing import Any, Iterable
+import re
+from typing import Any, Iterable, Sequence
 
 from . import _engine
 from .errors import Finding, ParameterError
@@ -49,6 +50,46 @@ def check_names(source: str, names: Iterable[str]) -> None:
     for name, finding in _engine.parameter_faults(source, list(names)):
         fault = Finding(*finding)
         raise ParameterError(fault._replace(sentence=f"parameter {name}: {fault.sentence}"))
+
+
+#: A CONST behind its name, up to the next statement.
+_DECLARED = re.compile(r"\s*:\s*([-+]?(?:\d+\.?\d*|\.\d+)(?:[eE][-+]?\d+)?)\s*;")
+_CONST = re.compile(r"const\s+$", re.IGNORECASE)
+_LINE_END = re.compile(r"\r\n|\r|\n")
+
+
+def declared(source: str) -> dict[str, float]:
+    """The numbers that a script gives names by CONST."""
+    return {name: value for name, (value, _, _) in _declarations(source).items()}
+
+
+def with_overrides(source: str, parameters: Sequence[tuple[str, float]]) -> str:
+    """A script without the CONST of these parameters, which stand in their place then."""
+    declarations = _declarations(source)
+    for name, _ in parameters:
+        if name in declarations:
+            _, start, end = declarations[name]
+            # What follows keeps its place.
+            blank = re.sub(r"[^\r\n]", " ", source[start:end])
+            source = source[:start] + blank + source[end:]
+    return source
+
+
+def _declarations(source: str) -> dict[str, tuple[float, int, int]]:
+    """Value and place of each CONST with a plain number."""
+    _, constants, _ = _engine.names_in(source)
+    starts = [0, *(mark.end() for mark in _LINE_END.finditer(source))]
+    found = {}
+    for name, finding in _engine.parameter_faults(source, constants):
+        fault = Finding(*finding)
+        if not fault.line:
+            continue
+        place = starts[fault.line - 1] + fault.column - 1
+        word = _CONST.search(source, 0, place)
+        number = _DECLARED.match(source, place + len(name))
+        if word and number:
+            found[name] = (float(number.group(1)), word.start(), number.end())
+    return found
 
 
 def _fault(sentence: str, suggestion: str) -> ParameterError:

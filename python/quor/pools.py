@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import functools
 import itertools
+import os
 from collections import deque
 from concurrent.futures import (
     FIRST_COMPLETED, BrokenExecutor, Executor, Future, ProcessPoolExecutor, ThreadPoolExecutor,
@@ -21,6 +22,12 @@ Chunk = list[tuple[Hashable, Any]]
 Work = Callable[[Chunk], list]
 #: A chunk with the outcomes of its securities, or with what kept all of it from being done.
 Done = tuple[Chunk, Any]
+
+
+def processors() -> int:
+    """How many processors this process may use."""
+    count = getattr(os, "sched_getaffinity", None)
+    return len(count(0)) if count else os.cpu_count() or 1
 
 
 def chunks_of(items: Iterable[tuple[Hashable, Any]]) -> Iterator[Chunk]:

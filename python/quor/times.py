@@ -7,9 +7,9 @@ import re
 from typing import Any
 
 import numpy as np
-import pandas as pd
 
 from . import _engine
+from .optional import is_index, is_series, pd
 
 #: At the end of a moment that tells its zone.
 _ZONE = re.compile(r"([zZ]|UTC|GMT|:\d\d(\.\d+)? ?[+-]\d\d(:?\d\d)?)$")
@@ -23,7 +23,7 @@ def array_of(values: Any) -> np.ndarray:
     """As np.asarray, which takes longer to find what pandas has and forgets what is masked."""
     if np.ma.isMaskedArray(values):
         return _unmasked(values)
-    return np.asarray(values.values if isinstance(values, (pd.Series, pd.Index)) else values)
+    return np.asarray(values.values if is_series(values) or is_index(values) else values)
 
 
 def _unmasked(values: np.ma.MaskedArray) -> np.ndarray:
@@ -42,26 +42,30 @@ def row_of(values: Any, label: Any) -> np.ndarray:
     return array
 
 
-def moment_of(time: Any) -> pd.Timestamp:
-    """One time, of the kinds that a column may have."""
-    zone = None
-    if isinstance(time, datetime.date) and not isinstance(time, datetime.datetime):
-        time = datetime.datetime(time.year, time.month, time.day)
-    if isinstance(time, (datetime.datetime, np.datetime64)):
-        return pd.Timestamp(time)
-    seconds, _ = times_of(np.array([time], object))
+def moment_of(time: Any) -> datetime.datetime | None:
+    """One time, of the kinds that a column may have; nothing for one that isn't there."""
+    if time is None or is_missing(time):
+        return None
+    if isinstance(time, datetime.datetime):
+        return time
     if isinstance(time, str) and _ZONE.search(time):
         zone = pd.Timestamp(time).tz
-    return pd.Timestamp(int(seconds[0]), unit="s").tz_localize(zone)
+    else:
+        zone = None
+    values = np.array([time]) if isinstance(time, np.datetime64) else np.array([time], object)
+    ticks, unit = times_of(values)
+    moment = datetime.datetime(1970, 1, 1) + datetime.timedelta(seconds=int(ticks[0]) // unit)
+    return moment if zone is None else pd.Timestamp(moment).tz_localize(zone)
 
 
 def times_of(values: Any) -> tuple[np.ndarray, int]:
     """Ticks since 1970, and how many make a second. A time that isn't there is NaT."""
     dtype = getattr(values, "dtype", None)
-    if isinstance(dtype, pd.PeriodDtype):
-        values = pd.PeriodIndex(values).to_timestamp()
-    elif getattr(dtype, "tz", None) is not None:
-        values = pd.DatetimeIndex(values).tz_localize(None)
+    if not isinstance(dtype, np.dtype) and dtype is not None:
+        if isinstance(dtype, pd.PeriodDtype):
+            values = pd.PeriodIndex(values).to_timestamp()
+        elif getattr(dtype, "tz", None) is not None:
+            values = pd.DatetimeIndex(values).tz_localize(None)
     array = row_of(values, "time")
     if array.dtype.kind in "iu":
         array = _of_integers(array)
@@ -149,7 +153,7 @@ def _of_objects(array: np.ndarray) -> np.ndarray:
         array = np.char.decode(array, "utf-8", "replace")
     values = array.tolist()
     for bar, value in enumerate(values):
-        if value is None or value is pd.NaT or value is pd.NA or value != value:
+        if is_missing(value):
             raise _refuse(bar, "has no time")
     if all(isinstance(value, str) for value in values):
         return _engine.seconds_of_texts(values).view("datetime64[s]")
@@ -158,19 +162,25 @@ def _of_objects(array: np.ndarray) -> np.ndarray:
     return _of_moments(array)
 
 
+def is_missing(value: Any) -> bool:
+    """Whether a single value stands for none."""
+    if value is None or type(value).__name__ in ("NaTType", "NAType"):
+        return True
+    return isinstance(value, (float, np.floating, np.datetime64)) and bool(value != value)
+
+
 def _of_moments(array: np.ndarray) -> np.ndarray:
     """Each by its own clock, of which one column may have several."""
     moments = []
     for bar, value in enumerate(array):
-        if isinstance(value, pd.Period):
+        if hasattr(value, "to_timestamp"):  # a period of pandas
             value = value.to_timestamp()
-        elif isinstance(value, np.datetime64):
-            value = pd.Timestamp(value)
-        elif not isinstance(value, datetime.date):
+        elif not isinstance(value, (np.datetime64, datetime.date)):
             raise _refuse(bar, f"has {value!r} for a time")
         zone = getattr(value, "tzinfo", None)
-        moments.append(value if zone is None else value.replace(tzinfo=None))
-    return np.asarray(pd.DatetimeIndex(pd.to_datetime(moments)))
+        value = value if zone is None else value.replace(tzinfo=None)
+        moments.append(np.datetime64(value, "us"))
+    return np.array(moments, "datetime64[us]")
 
 
 def _of_integers(array: np.ndarray) -> np.ndarray:
