@@ -11,6 +11,7 @@ from . import _engine
 from .errors import Finding, note
 from .optional import (
     has_pandas, is_datetime_index, is_frame, is_index, is_multi_index, is_series, pd)
+from .protocols import adopted
 from .references import Series
 from .times import index_of, index_of_ticks, is_missing, row_of, times_of, times_of_day
 
@@ -105,6 +106,7 @@ class Layout:
             For a needed column that isn't there or stands twice, for values that are no numbers,
             and for times that are none.
         """
+        frame = adopted(frame)
         labels = _labels(frame)
         places = self._known.get(labels)
         if places is None:
@@ -114,10 +116,12 @@ class Layout:
         times, ticks = times_of(moments)
         if labels_of_times is None and places.clocks:
             times = _with_clock(frame, places, times, ticks)
+        arrays = _arrays(frame, labels, places.fields)
         fields = []
-        series = _series(frame, labels, len(places.fields))
         for id_, label in places.fields:
-            values = numbers_of(series[label], label)
+            values = arrays.get(label)
+            if values is None:
+                values = numbers_of(frame[label], label)
             if len(values) != len(times):
                 raise ValueError(
                     f"column {label!r} has {len(values)} values for {len(times)} bars"
@@ -362,11 +366,17 @@ def _have_times_of_day(bars: Bars) -> bool:
     return bool(np.any(days[1:] == days[:-1]))
 
 
-def _series(frame: Any, labels: tuple, wanted: int) -> Any:
-    """Of a frame without many other columns all at once, which is quicker than one by one."""
-    if is_frame(frame) and len(labels) <= 3 * wanted:
-        return dict(frame.items())
-    return frame
+def _arrays(frame: Any, labels: tuple, fields: list) -> dict[Hashable, np.ndarray]:
+    """The columns that are plain arrays of numbers, without a series made around each."""
+    array_at = getattr(frame, "_get_column_array", None)
+    if array_at is None or not is_frame(frame):
+        return {}
+    found = {}
+    for _, label in fields:
+        values = array_at(labels.index(label))
+        if type(values) is np.ndarray and values.dtype.kind in "fiub":
+            found[label] = values
+    return found
 
 
 def numbers_of(values: Any, label: Hashable) -> np.ndarray:

@@ -44,11 +44,11 @@ class Live:
         self._script = script
         self._without = without
         self._engine = script.spec.engine()
-        self._lines = [line.name for line in script.line_details]
+        self._numbers = script.numbers_of(None)
         self._shown = script.lines
-        self._shows_all = self._shown == self._lines
         self._layout = script.layout(without)
         self._clock = Clock(None)
+        self._is_plain = False  #: so that the engine takes a bar at once
         self._events: Events | None = NO_EVENTS
 
     def __getstate__(self) -> dict[str, Any]:
@@ -86,15 +86,13 @@ class Live:
         dict
             Each line's value at the last bar; NaN is null.
         """
-        if self._clock.zone is None and not self._script.series:
+        if self._is_plain:
             last = self._engine.step(time, fields)
-            if last is None:
-                self._take(time, fields)
-                return self.last
-            self._events = None
-            if last is False:
-                raise_error(self._engine)
-            return last if self._shows_all else {name: last[name] for name in self._shown}
+            if last is not None:
+                self._events = None
+                if last is False:
+                    raise_error(self._engine)
+                return last  # type: ignore[no-any-return]
         self._take(time, fields)
         return self.last
 
@@ -108,7 +106,9 @@ class Live:
         warn_of(self._layout.notes(bars, self._engine.infinity()), depth=4)
         ids = self._layout.ids_of(("time", *fields))
         if all(name in ids for name in fields):
-            self._engine.follow(tuple(fields), [ids[name] for name in fields])
+            self._engine.follow(
+                tuple(fields), [ids[name] for name in fields], self._numbers)
+            self._is_plain = self._clock.zone is None and not self._script.series
 
     def _shown_at(self, time: Any) -> datetime.datetime:
         """What the clock of the bars shows at a time."""
@@ -137,14 +137,14 @@ class Live:
         """Each line's value at the last bar; empty without bars."""
         if not len(self):
             return {}
-        last = dict(zip(self._lines, self._engine.values(len(self) - 1)[:, 0].tolist()))
-        return {name: last[name] for name in self._shown}
+        last = self._engine.values(len(self) - 1)[self._numbers, 0]
+        return dict(zip(self._shown, last.tolist()))
 
     def values(self, count: int | None = None) -> pd.DataFrame:
         """The lines over the last ``count`` bars, or over all, by time."""
         first = 0 if count is None else max(len(self) - count, 0)
         index = self._times(self._engine.keys(first))
-        values = self._engine.values(first)[[self._lines.index(name) for name in self._shown]]
+        values = self._engine.values(first)[self._numbers]
         return pd.DataFrame(values.T, index=index, columns=self._shown)
 
     @property

@@ -34,11 +34,18 @@ def has_pandas() -> bool:
     return "pandas" in sys.modules or importlib.util.find_spec("pandas") is not None
 
 
+_classes: dict[str, tuple[type, ...]] = {}
+
+
 def _is(value: Any, *names: str) -> bool:
     """Nothing is of a class of a module that nobody has loaded."""
-    module = sys.modules.get("pandas")
-    return module is not None and isinstance(
-        value, tuple(getattr(module, name) for name in names))
+    classes = _classes.get(names[0])
+    if classes is None:
+        module = sys.modules.get("pandas")
+        if module is None or not hasattr(module, names[-1]):
+            return False
+        classes = _classes[names[0]] = tuple(getattr(module, name) for name in names)
+    return isinstance(value, classes)
 
 
 def is_frame(value: Any) -> bool:

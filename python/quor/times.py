@@ -21,9 +21,11 @@ _TICKS = {"s": 1, "ms": 10**3, "us": 10**6, "ns": 10**9}
 
 def array_of(values: Any) -> np.ndarray:
     """As np.asarray, which takes longer to find what pandas has and forgets what is masked."""
+    if is_series(values) or is_index(values):
+        return np.asarray(values.values)
     if np.ma.isMaskedArray(values):
         return _unmasked(values)
-    return np.asarray(values.values if is_series(values) or is_index(values) else values)
+    return np.asarray(values)
 
 
 def _unmasked(values: np.ma.MaskedArray) -> np.ndarray:

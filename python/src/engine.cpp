@@ -131,13 +131,17 @@ bool Engine::calculate_from_first_key(bool with_events) {
   return calculate(first.value_or(0), with_events);
 }
 
-void Engine::follow(const py::tuple& names, std::vector<uint32_t> ids) {
+void Engine::follow(const py::tuple& names, std::vector<uint32_t> ids,
+                    const std::vector<size_t>& lines) {
   const std::lock_guard guard(lock_);
   names_ = names;
   ids_ = std::move(ids);
   bar_.assign(ids_.size(), 0.0);
-  line_names_.clear();
-  for (const auto& line : script_.lines()) line_names_.emplace_back(line.name);
+  shown_.clear();
+  for (const size_t number : lines) {
+    const auto& line = script_.lines().at(number);
+    shown_.emplace_back(line.name, line.column);
+  }
 }
 
 py::object Engine::step(const py::object& time, const py::dict& fields) {
@@ -169,9 +173,9 @@ py::object Engine::step(const py::object& time, const py::dict& fields) {
 py::dict Engine::last_values() {
   py::dict values;
   const uint32_t last = script_.row_count() - 1;
-  for (size_t i = 0; i < line_names_.size(); ++i) {
-    const double value = script_.column(script_.lines()[i].column)[last];
-    values[line_names_[i]] = py::float_(value);
+  for (const auto& [name, column] : shown_) {
+    const py::float_ value(script_.column(column)[last]);
+    if (PyDict_SetItem(values.ptr(), name.ptr(), value.ptr()) != 0) throw py::error_already_set();
   }
   return values;
 }
@@ -225,7 +229,10 @@ py::list Engine::scan_into(const std::vector<Security>& securities, size_t last,
 
 void Engine::fill(Cells cells, const std::vector<size_t>& lines, size_t first_line) {
   const auto width = static_cast<size_t>(cells.shape(1));
-  double* out = cells.mutable_data(static_cast<py::ssize_t>(first_line), 0);
+  if (first_line + lines.size() > static_cast<size_t>(cells.shape(0))) {
+    throw py::value_error("results need a row for each line");
+  }
+  double* out = cells.mutable_data() + first_line * width;
   const py::gil_scoped_release release;
   const std::lock_guard guard(lock_);
   for (const size_t line : lines) {

@@ -49,9 +49,10 @@ class Engine {
   /// Bars beside those before, and all lines from the first of them on.
   bool update(const Stamps& stamps, int64_t ticks, const FieldList& list, bool with_events);
 
-  /// The names of the fields of `step`, with their ids.
-  void follow(const pybind11::tuple& names, std::vector<uint32_t> ids);
-  /// As `update` with one bar whose time has no zone, and then all lines at the last bar by name.
+  /// The names of the fields of `step`, with their ids, and the lines that it gives.
+  void follow(const pybind11::tuple& names, std::vector<uint32_t> ids,
+              const std::vector<size_t>& lines);
+  /// As `update` with one bar whose time has no zone, and then lines at the last bar by name.
   /// None, with nothing done, unless the fields are those of `follow` in their order, and time and
   /// values need no second look. False for a failure.
   pybind11::object step(const pybind11::object& time, const pybind11::dict& fields);
@@ -153,7 +154,7 @@ class Engine {
   std::optional<pybind11::tuple> names_;   ///< of the fields of `step`
   std::vector<uint32_t> ids_;              ///< of the same
   std::vector<double> bar_;                ///< that `step` takes in
-  std::vector<pybind11::str> line_names_;  ///< for `step`
+  std::vector<std::pair<pybind11::str, uint32_t>> shown_;  ///< the lines of `step`
 };
 
 /// A finding as the tuple of its parts.

@@ -4,6 +4,7 @@
 #include <pybind11/stl.h>
 
 #include "arrays.h"
+#include "arrow.h"
 #include "bar_files.h"
 #include "bars/period.h"
 #include "engine.h"
@@ -70,6 +71,7 @@ PYBIND11_MODULE(_engine, module) {
       .def("error", &Engine::error);
   module.def("parameter_faults", &quor_python::parameter_faults);
   module.def("names_in", &quor_python::names_in);
+  module.def("read_arrow", &quor_python::read_arrow);
   module.def("parse_period", &quor_bars::parse_period);
   module.def("seconds_of_keys", &quor_python::seconds_of);
   quor_python::add_bar_files(module);

@@ -14,7 +14,7 @@ from conftest import bars_of_worker, made_up
 import quor
 from quor import scanning
 
-SCRIPT = quor.compile("M:MA(C,5);BUY:CROSS(C,M);S:=FILTER(BUY,3);")
+SCRIPT = quor.compile("M:MA(C,5);BUY:CROSS(C,M);S:FILTER(BUY,3);")
 FRAMES = {f"S{seed:02}": made_up(seed, 60 + seed) for seed in range(30)}
 
 
@@ -168,7 +168,7 @@ def test_a_file_is_read_by_the_names_of_its_columns(tmp_path):
     with pytest.raises(ValueError, match="names no 'first price' column"):
         quor.read_csv(path, {"time": "Day", "close": "first price"})
     path.write_text("date,close,600000|11\n2024-01-02,1,5\n2024-01-02,2,6\n")
-    script = quor.compile('A:C;B:="600000$CLOSE";')
+    script = quor.compile('A:C;B:"600000$CLOSE";')
     assert quor.scan(script, {"x": path}, duplicates="last").to_numpy().tolist() == [[2.0, 6.0]]
     assert quor.read_csv(path, duplicates="last")["close"].tolist() == [1, 2]
 
@@ -326,11 +326,11 @@ def test_a_cluster_of_two_processes_of_which_one_dies(tmp_path):
 
 
 def test_a_sweep_is_one_run_for_each_combination(frame):
-    result = quor.sweep("A:MA(C,N)*M;B:=REF(C,N);", frame, N=range(2, 6), M=[1, 0.5], jobs=2)
+    result = quor.sweep("A:MA(C,N)*M;B:REF(C,N);", frame, N=range(2, 6), M=[1, 0.5], jobs=2)
     assert result.columns.names == ["N", "M", "line"] and result.shape == (len(frame), 16)
     for n in range(2, 6):
         for m in (1, 0.5):
-            single = quor.compile("A:MA(C,N)*M;B:=REF(C,N);", N=n, M=m).run(frame)
+            single = quor.compile("A:MA(C,N)*M;B:REF(C,N);", N=n, M=m).run(frame)
             some = result.xs((n, m), axis=1)
             pd.testing.assert_frame_equal(some, single, check_names=False, check_exact=True)
     shuffled = frame.sample(frac=1, random_state=2)

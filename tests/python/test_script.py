@@ -14,7 +14,7 @@ from conftest import SAMPLES, made_up
 
 import quor
 
-AVERAGE = quor.compile("A:MA(C,2);B:=V+H;")
+AVERAGE = quor.compile("A:MA(C,2);B:V+H;")
 
 
 def same_bits(a, b):
@@ -288,7 +288,7 @@ def test_bad_frames_are_refused_and_leave_the_script_sound(frame, change, text):
 
 
 def test_data_of_other_securities_comes_by_its_own_name(frame):
-    script = quor.compile('A:C;B:="600000$CLOSE";')
+    script = quor.compile('A:C;B:"600000$CLOSE";')
     assert script.fields == ["close", "600000|11"]
     with pytest.raises(ValueError, match=r"reads '600000\|11'"):
         script.run(frame)
@@ -432,7 +432,7 @@ def test_a_run_remembers_nothing_of_the_one_before(frame, source):
 
 
 def test_one_script_serves_many_threads(frame):
-    script = quor.compile("A:MA(C,5);B:=FILTER(C>100,3);")
+    script = quor.compile("A:MA(C,5);B:FILTER(C>100,3);")
     frames = [made_up(seed) for seed in range(8)]
     expected = [quor.compile(script.source).run(one) for one in frames]
     faults = []
