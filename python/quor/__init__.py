@@ -8,6 +8,7 @@ from .context import Sessions
 from .errors import BarsWarning, Finding, ParameterError, ScanWarning, ScriptError
 from .frames import read_csv
 from .live import Live
+from .ordering import orders
 from .references import Reference
 from .scanning import scan
 from .script import Line, Script, compile
@@ -15,5 +16,6 @@ from .sweeping import sweep
 
 __all__ = [
     "BarsWarning", "Finding", "Line", "Live", "ParameterError", "Reference", "ScanWarning",
-    "Script", "ScriptError", "Sessions", "compile", "read_csv", "scan", "sweep",
+    "Script", "ScriptError", "Sessions", "compile", "orders", "read_csv",
+    "scan", "sweep",
 ]

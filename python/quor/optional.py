@@ -13,15 +13,16 @@ else:
     class _Pandas:
         """The module, in place of itself."""
 
+        _module: Any = None
+
         def __getattr__(self, name: str) -> Any:
-            try:
-                module = importlib.import_module("pandas")
-            except ImportError:
-                raise ImportError('this needs pandas, which isn\'t installed; results without it '
-                                  'come by out="numpy"') from None
-            value = getattr(module, name)
-            setattr(self, name, value)
-            return value
+            if self._module is None:
+                try:
+                    self._module = importlib.import_module("pandas")
+                except ImportError:
+                    raise ImportError("this needs pandas, which isn't installed; results without "
+                                      'it come by out="numpy"') from None
+            return getattr(self._module, name)
 
     pd = _Pandas()
 

@@ -18,6 +18,7 @@ from .frames import Columns, Layout, Need, need_of
 from .interrupts import interruptible
 from .live import Live
 from .optional import pd
+from .ordering import PanelEvents
 from .outputs import Out, lines_of_run, out_of
 from .panels import panel_of, run_panel
 from .parameters import capitals, check_names, declared, numbers, with_overrides
@@ -69,10 +70,12 @@ def needs_of(report: Mapping[str, Any]) -> list[Need]:
 
 
 def layout_of(period: int, report: Mapping[str, Any], columns: Columns, duplicates: str,
-              series: Sequence[Series] = ()) -> Layout:
-    """How the columns of a script are found in frames."""
+              series: Sequence[Series] = (), more: Sequence[Need] = ()) -> Layout:
+    """How the columns of a script are found in frames, and ``more`` that it doesn't read."""
     asks = not _PERIOD_WORDS.isdisjoint(report["words"])
-    return Layout(needs_of(report), columns, duplicates, asks and period >= DAY, series)
+    needs = needs_of(report)
+    needs += [need for need in more if need not in needs]
+    return Layout(needs, columns, duplicates, asks and period >= DAY, series)
 
 
 def compile(source: str, *, period: Period = DAY, code: str = "", market: str = "",
@@ -157,7 +160,7 @@ class Script:
         self._siblings: dict[Any, Script] = {}
         self._idle = [engine]
         self._lock = threading.Lock()
-        self._events = NO_EVENTS
+        self._events: Events | PanelEvents = NO_EVENTS
         self._bar_notes: list[Finding] = []
 
     def __reduce__(self) -> tuple[Any, ...]:
@@ -233,7 +236,7 @@ class Script:
 
         Columns: ``time`` as in the frame's index, ``word`` ("NOTICE", "BK", "SP", ...), ``name`` of
         a notice, ``quantity`` of a signal (NaN if the script gives none) and ``statement``, counted
-        from 0.
+        from 0; behind a panel ``security``, too.
         """
         return self._events.frame()
 
@@ -298,10 +301,11 @@ class Script:
         script = self.within(period=period, code=code, market=market, calendar=calendar,
                              constants=constants, references=references)
         layout = script.layout(columns, duplicates)
-        form = panel_of(frame, by, layout)
-        if form is not None:
-            self._events, self._bar_notes = NO_EVENTS, []
-            return run_panel(script, form, layout, lines, out, jobs)
+        panel = panel_of(frame, by, layout)
+        if panel is not None and (by is not None or panel.wide is not None or len(panel.names) > 1):
+            result = run_panel(script, panel, layout, lines, out, jobs)
+            self._events, self._bar_notes = PanelEvents(script, panel, layout), []
+            return result
         numbers_of_lines = script.numbers_of(lines)
         bars = layout.bars(frame)
         with script.engine(keep) as engine:
@@ -391,16 +395,17 @@ class Script:
                 raise ValueError(f"the script has no line {line!r}; it has {', '.join(names)}")
         return [names.index(capitals(line)) for line in wanted]
 
-    def layout(self, columns: Columns, duplicates: str = "error") -> Layout:
-        """How the script's columns are found in frames."""
+    def layout(self, columns: Columns, duplicates: str = "error",
+               more: tuple[Need, ...] = ()) -> Layout:
+        """How the script's columns are found in frames, and ``more`` that it doesn't read."""
         if columns is not None and not isinstance(columns, Mapping):
             raise ValueError('columns is a mapping, such as {"close": "last price"}, and not '
                              f"{columns!r:.80}")
-        key = (tuple(sorted(columns.items(), key=str)) if columns else (), duplicates)
+        key = (tuple(sorted(columns.items(), key=str)) if columns else (), duplicates, more)
         layout = self._layouts.get(key)
         if layout is None:
             layout = layout_of(self._spec.context.period, self._report, columns, duplicates,
-                               self._series)
+                               self._series, more)
             self._layouts[key] = layout
         return layout
 

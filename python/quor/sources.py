@@ -37,7 +37,7 @@ def items_of(frames: Source, by: Any, layout: Layout) -> tuple[Iterator[Item], i
         return _of_place(os.fspath(frames), by, layout)
     panel = panel_of(frames, by, layout)
     if panel is not None:
-        return _of_panel(panel), len(panel.names)
+        return panel_items(panel), len(panel.names)
     if is_frame(frames):
         raise ValueError('a scan takes several securities: by="..." names the column with them, '
                          "or give a mapping of names to frames, or frame.groupby(...)")
@@ -138,7 +138,8 @@ def _files(place: str) -> list[str]:
     return paths
 
 
-def _of_panel(panel: Panel) -> Iterator[Item]:
+def panel_items(panel: Panel) -> Iterator[Item]:
+    """The securities of a panel with their bars."""
     bounds = panel.starts.tolist()
     for number, name in enumerate(panel.names):
         part = slice(bounds[number], bounds[number + 1])
@@ -174,7 +175,7 @@ def _of_pieces(pieces: Iterable[Any], by: Any, layout: Layout) -> Iterator[Item]
         panel = panel_of(piece, by, layout)
         if panel is None:
             raise ValueError(f"by={by!r} is for frames, and not for {type(piece).__name__}")
-        for name, bars in _of_panel(panel):
+        for name, bars in panel_items(panel):
             if parts and name != open_name:
                 yield open_name, _joined(parts)
                 parts = []

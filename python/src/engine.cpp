@@ -117,6 +117,14 @@ bool Engine::run(const Stamps& stamps, int64_t ticks, const FieldList& list, boo
   });
 }
 
+bool Engine::run_as(std::string code, const Stamps& stamps, int64_t ticks, const FieldList& list) {
+  quor::engine::Subject subject = subject_;
+  subject.security = std::move(code);
+  return work(stamps, list, [&](std::span<const int64_t> times, std::span<const Field> fields) {
+    return run_anew(subject, times, ticks, fields, true);
+  });
+}
+
 bool Engine::update(const Stamps& stamps, int64_t ticks, const FieldList& list, bool with_events) {
   return work(stamps, list, [&](std::span<const int64_t> times, std::span<const Field> fields) {
     set_keys(times, ticks);

@@ -46,6 +46,8 @@ class Engine {
 
   /// Bars in place of those before, and all lines over them. False for a failure.
   bool run(const Stamps& stamps, int64_t ticks, const FieldList& list, bool with_events);
+  /// As `run` with events, for the security of this code.
+  bool run_as(std::string code, const Stamps& stamps, int64_t ticks, const FieldList& list);
   /// Bars beside those before, and all lines from the first of them on.
   bool update(const Stamps& stamps, int64_t ticks, const FieldList& list, bool with_events);
 

@@ -48,6 +48,7 @@ PYBIND11_MODULE(_engine, module) {
       .def(py::init<std::string, quor_python::Numbers, std::string, quor_python::Context>())
       .def("restart", &Engine::restart)
       .def("run", &Engine::run)
+      .def("run_as", &Engine::run_as)
       .def("update", &Engine::update)
       .def("follow", &Engine::follow)
       .def("step", &Engine::step)

@@ -185,7 +185,7 @@ def test_what_can_not_be_scanned_is_said_at_once():
         quor.scan(SCRIPT, FRAMES, where="Z>1")
     with pytest.raises(ValueError, match="plain expression"):
         quor.scan(SCRIPT, FRAMES, where="1;X:=2")
-    for last in (0, -3, 2.5, "1", None):
+    for last in (0, -3, 2.5, "1", True):
         with pytest.raises(ValueError, match="last must be a whole number"):
             quor.scan(SCRIPT, FRAMES, last=last)
     with pytest.raises(ValueError, match="'closed' is the name of no field"):
@@ -193,10 +193,15 @@ def test_what_can_not_be_scanned_is_said_at_once():
     for where in ("", " ", "\n", 5):
         with pytest.raises(ValueError, match="where must be"):
             quor.scan(SCRIPT, FRAMES, where=where)
-    with pytest.raises(ValueError, match="frame.groupby"):
+    with pytest.raises(ValueError, match='by="..." names the column.*frame.groupby'):
         quor.scan(SCRIPT, FRAMES["S00"])
-    with pytest.raises(ValueError, match="pairs of a name and bars, and 'ab' is none"):
-        quor.scan(SCRIPT, ["ab"])
+    with pytest.raises(TypeError, match="the script comes first"):
+        quor.scan(FRAMES["S00"], SCRIPT)
+    for jobs in (0, 1.5):
+        with pytest.raises(ValueError, match="jobs must be a whole number"):
+            quor.scan(SCRIPT, FRAMES, jobs=jobs)
+    with pytest.raises(ValueError, match="pairs of a name and bars, and 5 is none"):
+        quor.scan(SCRIPT, [5])
 
 
 @pytest.mark.parametrize("jobs", [1, 3])

@@ -36,7 +36,7 @@ def test_samples_give_the_bits_of_the_exports(path, index_daily):
 
 def test_a_script_describes_itself():
     script = quor.compile("a:MA(C,N),COLORRED,LINETHICK2;hid:=C;", N=9)
-    assert script.lines == ["A", "HID"]
+    assert script.lines == ["A"] and [line.name for line in script.line_details] == ["A", "HID"]
     assert script.fields == ["close"]
     assert script.look_back == 9
     assert script.report["words"] == ["MA", "POLYLINE"]
@@ -53,11 +53,11 @@ def test_findings_name_what_the_package_has_not():
 
     assert told("A:C;\nB:C/MINPRICE+UNIT;") == [
         f"2:{column}: warning: there is no number for {word}, so it is null on every bar; "
-        "write the number, or a parameter, in its place"
+        "give it with constants="
         for column, word in ((5, "MINPRICE"), (14, "UNIT"))]
     assert told("A:DATE;", period=0x3005) == [
         "1:3: warning: there is no trading calendar, so DATE gives each bar the date on its clock, "
-        "not its trading day; the package has none"]
+        "not its trading day; give it with calendar="]
     assert told("A:DATE;") == [] and told("A:TIME;", period=0x3005) == []
 
 
@@ -183,8 +183,8 @@ def test_bars_of_a_day_that_are_none_are_a_finding(frame):
         script.run(frame)
         quor.compile("A:TIME;", period=0x3001).run(minutes)
         AVERAGE.run(minutes)
-    for period in (5, "day", 0x4000 + 0.0, True):
-        with pytest.raises(ValueError, match="period is a code"):
+    for period in (5, "dya", 0x4000 + 0.0, True):
+        with pytest.raises(ValueError, match="period is a name"):
             quor.compile("A:C;", period=period)
 
 
@@ -227,11 +227,11 @@ def test_repeated_times_are_refused_unless_the_last_bar_shall_count(frame):
     assert same_bits(swept[2, "A"].iloc[1:], AVERAGE.run(frame)["A"])
 
 
-def test_a_long_frame_gives_one_security_at_a_time(frame):
+def test_one_security_of_a_long_frame_is_a_frame_as_others(frame):
     frames = {"A": frame, "B": frame.set_axis(frame.index + pd.Timedelta("1h")) * 2}
     long = pd.concat(frames, names=["code", "date"])
     with pytest.raises(ValueError, match="level 'code' of the index has several values.*groupby"):
-        AVERAGE.run(long)
+        AVERAGE.live(long)
     one = long.loc[["B"]]
     assert AVERAGE.run(one).index is one.index
     assert same_bits(AVERAGE.run(one), AVERAGE.run(frames["B"]))
