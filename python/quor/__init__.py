@@ -4,10 +4,13 @@
 ``Script.live``, try parameters with ``sweep``, and look at whole markets with ``scan``.
 """
 
+from importlib.metadata import PackageNotFoundError, version
+
 from .context import Sessions
 from .errors import BarsWarning, Finding, ParameterError, ScanWarning, ScriptError
 from .frames import read_csv
 from .live import Live
+from .notebook import Chart
 from .ordering import orders
 from .references import Reference
 from .scanning import scan
@@ -15,7 +18,11 @@ from .script import Line, Script, compile
 from .sweeping import sweep
 
 __all__ = [
-    "BarsWarning", "Finding", "Line", "Live", "ParameterError", "Reference", "ScanWarning",
-    "Script", "ScriptError", "Sessions", "compile", "orders", "read_csv",
-    "scan", "sweep",
+    "BarsWarning", "Chart", "Finding", "Line", "Live", "ParameterError", "Reference", "ScanWarning",
+    "Script", "ScriptError", "Sessions", "compile", "orders", "read_csv", "scan", "sweep",
 ]
+
+try:
+    __version__ = version("quor")
+except PackageNotFoundError:  # as it is imported from a build tree
+    __version__ = "0"

@@ -17,6 +17,7 @@ from .events import NO_EVENTS, Events, places_of
 from .frames import Columns, Layout, Need, need_of
 from .interrupts import interruptible
 from .live import Live
+from .notebook import Chart, html_of, plot
 from .optional import pd
 from .ordering import PanelEvents
 from .outputs import Out, lines_of_run, out_of
@@ -178,6 +179,9 @@ class Script:
     def __hash__(self) -> int:
         return hash(self._spec)
 
+    def _repr_html_(self) -> str:
+        return html_of(self)
+
     @property
     def source(self) -> str:
         """The text of the script."""
@@ -335,6 +339,27 @@ class Script:
         script = self.within(period=period, code=code, market=market, calendar=calendar,
                              constants=constants, references=references)
         return Live(script, frame, columns, duplicates)
+
+    def plot(self, frame: Any, columns: Columns = None, duplicates: str = "error", *,
+             last: int = 120, theme: str = "light", size: tuple[int, int] = (1200, 800),
+             volume: bool = True) -> Chart:
+        """Draws the last bars of a frame and what the script draws, as ``quor chart`` does; the
+        program must be installed.
+
+        Parameters
+        ----------
+        frame, columns, duplicates
+            As for :meth:`run`.
+        last : int
+            How many bars to draw.
+        theme : str
+            "light" or "dark".
+        size : tuple of int
+            Width and height in pixels.
+        volume : bool
+            Draws the volume where the script has no panel of its own.
+        """
+        return plot(self, frame, columns, duplicates, last, theme, size, volume)
 
     @property
     def spec(self) -> Spec:

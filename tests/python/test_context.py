@@ -48,9 +48,10 @@ def test_a_calendar_moves_the_night_to_the_next_trading_day():
 
 
 def test_two_calendars_of_one_security_stay_apart():
-    other = quor.Sessions(["2024-01-05", "2024-01-10"], [("09:00", "15:00")])
+    other = quor.Sessions(["2024-01-04", "2024-01-05", "2024-01-09", "2024-01-10"],
+                          [("21:00", "23:00", -1), ("09:00", "15:00")])
     script = quor.compile("A:DATE;", period="5min", code="600000", market="M")
-    wanted = [20240105, 20240110, 20240110, 20240110, 20240110]
+    wanted = [20240105, 20240109, 20240109, 20240109, 20240109]
 
     def work(number):
         return dates(script, calendar=(SESSIONS, other)[number % 2])
