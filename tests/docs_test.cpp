@@ -20,7 +20,7 @@
 #include "core/status.h"
 #include "support/advice_cases.h"
 #include "support/test_host.h"
-#include "tables/function_table.h"
+#include "vocabulary/function_sets.h"
 
 namespace quor_test {
 namespace {

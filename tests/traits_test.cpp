@@ -14,13 +14,12 @@
 #include "compiler/declarations.h"
 #include "compiler/pipeline.h"
 #include "core/row_intake.h"
-#include "functions/families.h"
-#include "functions/registry.h"
 #include "support/test_host.h"
 #include "support/word_statements.h"
 #include "tables/field_table.h"
-#include "tables/function_sets.h"
-#include "tables/function_table.h"
+#include "vocabulary/families.h"
+#include "vocabulary/function_sets.h"
+#include "vocabulary/registry.h"
 
 namespace quor_test {
 namespace {
@@ -204,10 +203,10 @@ TEST(Traits, EveryWordHasOneRowAndTheVocabulariesAgree) {
   for (const auto& [word, id] : quor::FunctionIdTable()) {
     ASSERT_TRUE(rows.contains(word)) << word;
     const Traits traits = rows.at(word);
-    EXPECT_EQ(traits.has(quor::draws), quor::OutputFunctionSet.contains(word)) << word;
-    const bool ahead = quor::LookAheadFunctionSet.contains(word);
+    EXPECT_EQ(traits.has(quor::draws), quor::OutputFunctionSet().contains(word)) << word;
+    const bool ahead = quor::LookAheadFunctionSet().contains(word);
     EXPECT_TRUE(!ahead || traits.has(quor::reads_forward)) << word;
-    const bool whole = quor::WholeSeriesFunctionSet.contains(word);
+    const bool whole = quor::WholeSeriesFunctionSet().contains(word);
     EXPECT_TRUE(!whole || traits.has_any(beyond_the_past)) << word;
     // Whoever isn't steady has a reason, so that no word is slow because it was forgotten.
     EXPECT_NE(traits.has(quor::steady), traits.has_any(beyond_the_past | quor::acts |
@@ -275,7 +274,7 @@ TEST(Traits, AWordThatCanFailDoes) {
     const int failures = for_each_statement(word, [](const auto&, Engine&, Traits) {});
     const bool may_fail = (Traits{traits.with_other_periods} | traits).has(quor::can_fail);
     // A script with one of these is refused before it runs.
-    const bool refused = word == "ZIG" || word == "NOTICE" || quor::TradeSignalSet.contains(word);
+    const bool refused = word == "ZIG" || word == "NOTICE" || quor::TradeSignalSet().contains(word);
     EXPECT_EQ(failures > 0, may_fail && !refused) << word;
   });
 }

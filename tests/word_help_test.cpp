@@ -11,8 +11,7 @@
 
 #include "core/status.h"
 #include "support/test_host.h"
-#include "tables/function_sets.h"
-#include "tables/function_table.h"
+#include "vocabulary/function_sets.h"
 
 namespace quor_test {
 namespace {
@@ -67,7 +66,7 @@ TEST(WordHelp, examples_compile_and_show_their_word) {
 TEST(WordHelp, tells_words_without_parentheses) {
   for (const WordHelp& help : word_help()) {
     const bool bare = help.form == help.word;
-    EXPECT_EQ(bare, quor::BareFunctionSet.contains(help.word)) << help.word;
+    EXPECT_EQ(bare, quor::BareFunctionSet().contains(help.word)) << help.word;
     EXPECT_TRUE(!bare || help.most == 0) << help.word;
   }
 }

@@ -4,8 +4,7 @@
 ``Script.live``, try parameters with ``sweep``, and look at whole markets with ``scan``.
 """
 
-from importlib.metadata import PackageNotFoundError, version
-
+from ._engine import version
 from .context import Sessions
 from .errors import BarsWarning, Finding, ParameterError, ScanWarning, ScriptError
 from .frames import read_csv
@@ -22,7 +21,4 @@ __all__ = [
     "Script", "ScriptError", "Sessions", "compile", "orders", "read_csv", "scan", "sweep",
 ]
 
-try:
-    __version__ = version("quor")
-except PackageNotFoundError:  # as it is imported from a build tree
-    __version__ = "0"
+__version__ = version

@@ -2,6 +2,8 @@ from typing import Any, Mapping, Optional, Sequence, Union
 
 import numpy as np
 
+version: str
+
 class Misuse(ValueError): ...
 
 _Array = np.ndarray[Any, Any]

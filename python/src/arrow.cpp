@@ -190,10 +190,18 @@ struct Type {
 };
 
 constexpr Type types[] = {
-    {"g", numbers<double>},    {"f", numbers<float>},     {"b", bits},
-    {"c", integers<int8_t>},   {"C", integers<uint8_t>},  {"s", integers<int16_t>},
-    {"S", integers<uint16_t>}, {"i", integers<int32_t>},  {"I", integers<uint32_t>},
-    {"l", integers<int64_t>},  {"L", numbers<uint64_t>},  {"u", texts<int32_t>},
+    {"g", numbers<double>},
+    {"f", numbers<float>},
+    {"b", bits},
+    {"c", integers<int8_t>},
+    {"C", integers<uint8_t>},
+    {"s", integers<int16_t>},
+    {"S", integers<uint16_t>},
+    {"i", integers<int32_t>},
+    {"I", integers<uint32_t>},
+    {"l", integers<int64_t>},
+    {"L", numbers<uint64_t>},
+    {"u", texts<int32_t>},
     {"U", texts<int64_t>},
     {"tdD", [](const Batches& batches) { return times<int32_t>(batches, "D"); }},
     {"tdm", [](const Batches& batches) { return times<int64_t>(batches, "ms"); }},
@@ -224,8 +232,8 @@ py::object column(std::string_view format, const Batches& batches) {
 }  // namespace
 
 py::list read_arrow(const py::capsule& capsule) {
-  auto& stream = *static_cast<ArrowArrayStream*>(
-      PyCapsule_GetPointer(capsule.ptr(), "arrow_array_stream"));
+  auto& stream =
+      *static_cast<ArrowArrayStream*>(PyCapsule_GetPointer(capsule.ptr(), "arrow_array_stream"));
   Owned<ArrowSchema> schema;
   if (stream.get_schema(&stream, &schema.value) != 0) fail(stream);
   std::vector<std::unique_ptr<Owned<ArrowArray>>> batches;

@@ -101,8 +101,7 @@ py::tuple tuple_of(const quor_advice::Finding& finding) {
 
 Engine::Engine(std::string source, Numbers parameters, std::string condition, Context context)
     : subject_(subject_of(std::move(context))),
-      script_(std::move(source),
-              {subject_, std::move(parameters), {}, {}, std::move(condition)}) {}
+      script_(std::move(source), {subject_, std::move(parameters), {}, {}, std::move(condition)}) {}
 
 void Engine::restart(Numbers parameters) {
   const py::gil_scoped_release release;

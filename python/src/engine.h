@@ -28,8 +28,7 @@ using FieldList = std::vector<std::pair<uint32_t, Values>>;
 using Numbers = std::vector<std::pair<std::string, double>>;
 /// What bars are about: period, code, market, calendar, and the market constants MINPRICE, UNIT and
 /// SHARECOUNTPERUNIT.
-using Context =
-    std::tuple<uint32_t, std::string, std::string, std::string, std::array<double, 3>>;
+using Context = std::tuple<uint32_t, std::string, std::string, std::string, std::array<double, 3>>;
 /// A security's name and its bars: times, ticks per second, fields.
 using Security = std::tuple<std::string, Stamps, int64_t, FieldList>;
 /// Where an infinity stands: the field and the bar, in the order in which they came.
@@ -148,14 +147,14 @@ class Engine {
   const quor::engine::Subject subject_;
   quor::engine::Script script_;
   bool run_failed_ = false;
-  std::vector<int64_t> keys_;   ///< of the last bars taken in, in their order
-  std::vector<int64_t> times_;  ///< that the keys come from
-  int64_t ticks_ = 0;           ///< of these times; 0 if the keys come from none
+  std::vector<int64_t> keys_;     ///< of the last bars taken in, in their order
+  std::vector<int64_t> times_;    ///< that the keys come from
+  int64_t ticks_ = 0;             ///< of these times; 0 if the keys come from none
   std::vector<int64_t> seconds_;  ///< of the keys, once asked for, if these ascend
   std::optional<Place> infinity_;
-  std::optional<pybind11::tuple> names_;   ///< of the fields of `step`
-  std::vector<uint32_t> ids_;              ///< of the same
-  std::vector<double> bar_;                ///< that `step` takes in
+  std::optional<pybind11::tuple> names_;                   ///< of the fields of `step`
+  std::vector<uint32_t> ids_;                              ///< of the same
+  std::vector<double> bar_;                                ///< that `step` takes in
   std::vector<std::pair<pybind11::str, uint32_t>> shown_;  ///< the lines of `step`
 };
 

@@ -42,6 +42,7 @@ py::array_t<int64_t> seconds_of(const Stamps& keys) {
 PYBIND11_MODULE(_engine, module) {
   using quor_python::Engine;
   module.doc() = "The engine of the package. Use the package.";
+  module.attr("version") = QUOR_VERSION;
   quor_python::prepare_moments();
   py::register_exception<quor::engine::Misuse>(module, "Misuse", PyExc_ValueError);
   py::class_<Engine>(module, "Engine")

@@ -34,7 +34,8 @@ void prepare_moments() { PyDateTime_IMPORT; }
 std::optional<int64_t> plain_key_of(pybind11::handle time) {
   // What stands for no time at all is a datetime without a year to some.
   if (PyDateTime_CheckExact(time.ptr())) return key_of_datetime(time.ptr());
-  if (PyDateTime_Check(time.ptr()) && PyObject_RichCompareBool(time.ptr(), time.ptr(), Py_EQ) == 1) {
+  if (PyDateTime_Check(time.ptr()) &&
+      PyObject_RichCompareBool(time.ptr(), time.ptr(), Py_EQ) == 1) {
     return key_of_datetime(time.ptr());
   }
   if (!PyUnicode_Check(time.ptr())) return std::nullopt;

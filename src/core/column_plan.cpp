@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <unordered_map>
 
-#include "functions/base_func.h"
+#include "core/base_func.h"
 
 namespace quor {
 namespace {
@@ -38,7 +38,7 @@ class SeriesUses {
       const Variable* argument = call.arguments[i];
       if (argument == nullptr || argument->kind != VariableKind::expression) continue;
       Use& use = uses_[argument];
-      if (!traits.by_columns) {
+      if (!call.function->by_columns()) {
         use = {true, true};
       } else if (i < traits.series_count && traits.series == SeriesPlace::own_column) {
         use.gives_own_column = true;
@@ -151,7 +151,7 @@ class ColumnPlan::Inspection {
     const ColumnTraits traits = call.function->column_traits();
     const Traits known = traits_of(call);
     const bool has_state = leaves_state(call);
-    if (!traits.by_columns || (has_state && way.refuses_state)) refuse();
+    if (!call.function->by_columns() || (has_state && way.refuses_state)) refuse();
     entry_.looks_back &= known.has(looks_back);
     entry_.looks_ahead |= known.has(reads_forward) || !known.has_any(looks_back | follows_rows);
     entry_.revisits_state |= has_state && way.revisits;

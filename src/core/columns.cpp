@@ -5,9 +5,9 @@
 #include <bit>
 #include <functional>
 
+#include "core/base_func.h"
 #include "core/data_pool_center.h"
 #include "core/reduce.h"
-#include "functions/base_func.h"
 #include "text/numbers.h"
 
 namespace quor {

@@ -1,11 +1,11 @@
 // The evaluation of variables and expressions.
 #include <stdexcept>
 
+#include "core/base_func.h"
 #include "core/calculate_center.h"
 #include "core/call.h"
 #include "core/reduce.h"
 #include "core/status.h"
-#include "functions/base_func.h"
 #include "text/numbers.h"
 
 namespace quor {

@@ -5,8 +5,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "core/base_func.h"
 #include "core/column_owners.h"
-#include "functions/base_func.h"
 #include "tables/field_table.h"
 
 namespace quor {

@@ -4,12 +4,12 @@
 #include <cmath>
 #include <utility>
 
+#include "core/base_func.h"
 #include "engine/event_recorder.h"
 #include "engine/line_list.h"
 #include "engine/record_values.h"
 #include "engine/run_calendar.h"
 #include "engine/script_texts.h"
-#include "functions/base_func.h"
 #include "interface/script_parser.h"
 
 namespace quor::engine {
@@ -140,7 +140,7 @@ struct Script::Body {
   std::optional<uint32_t> condition_column;
   std::string answer;
   std::vector<Event> events;
-  bool events_are_told = true;  ///< so that `events` are those of the last calculation
+  bool events_are_told = true;       ///< so that `events` are those of the last calculation
   std::vector<FieldColumn> columns;  ///< of the intake under way
 };
 

@@ -7,8 +7,8 @@
 
 #include "calendar/trade_day_cache.h"
 #include "calendar/trade_day_help.h"
+#include "callbacks/host_callbacks.h"
 #include "engine/values.h"
-#include "interface/host_callbacks.h"
 
 namespace quor::engine {
 namespace {

@@ -6,9 +6,9 @@
 #include "core/call.h"
 #include "core/columns.h"
 #include "core/reduce.h"
-#include "functions/families.h"
 #include "functions/one_bar.h"
 #include "tables/field_table.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -56,7 +56,7 @@ class ExtremeOfArguments final : public BaseFunc {
     }
     return extremes;
   }
-  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_state = false}; }
+  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
 
  private:
   static constexpr double greatest = std::numeric_limits<double>::max();
@@ -87,7 +87,7 @@ class CloseAgainstOpen final : public BaseFunc {
     for (size_t i = 0; i < call.size(); ++i) result[i] = truth(compare(closes[i], opens[i]));
     return result;
   }
-  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_state = false}; }
+  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
 };
 using ISUP = CloseAgainstOpen<above>;
 using ISDOWN = CloseAgainstOpen<below>;
@@ -102,18 +102,26 @@ class NULL_FUNC final : public BaseFunc {
   const double* column(const ColumnCall& call) const override {
     return call.everywhere(null_value);
   }
-  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_state = false}; }
+  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
 };
 using DRAWNULL = NULL_FUNC;
 
+constexpr std::string_view body_fields[] = {"CLOSE", "OPEN"};
+
 constexpr WordRow words[] = {
-    word_row<MAX>("MAX", steady),           word_row<MIN>("MIN", steady),
-    word_row<NOT>("NOT", steady),           word_row<ISNULL>("ISNULL", steady),
-    word_row<BETWEEN>("BETWEEN", steady),   word_row<RANGE>("RANGE", steady),
-    word_row<MAX1>("MAX1", steady),         word_row<MIN1>("MIN1", steady),
-    word_row<ISUP>("ISUP", steady),         word_row<ISDOWN>("ISDOWN", steady),
-    word_row<ISEQUAL>("ISEQUAL", steady),   word_row<NULL_FUNC>("NULL", steady),
-    word_row<DRAWNULL>("DRAWNULL", steady),
+    word_row<MAX>("MAX", 56, steady),
+    word_row<MIN>("MIN", 57, steady),
+    word_row<NOT>("NOT", 59, steady),
+    word_row<ISNULL>("ISNULL", 108, steady),
+    word_row<BETWEEN>("BETWEEN", 11, steady),
+    word_row<RANGE>("RANGE", 88, steady),
+    word_row<MAX1>("MAX1", 83, steady),
+    word_row<MIN1>("MIN1", 82, steady),
+    word_row<ISUP>("ISUP", 106, steady | bare, body_fields),
+    word_row<ISDOWN>("ISDOWN", 105, steady | bare, body_fields),
+    word_row<ISEQUAL>("ISEQUAL", 107, steady | bare, body_fields),
+    word_row<NULL_FUNC>("NULL", 109, steady | bare),
+    word_row<DRAWNULL>("DRAWNULL", 8, steady | bare),
 };
 
 }  // namespace

@@ -7,10 +7,10 @@
 #include "core/call.h"
 #include "core/reduce.h"
 #include "functions/beyond_walk.h"
-#include "functions/families.h"
 #include "functions/row_words.h"
 #include "functions/window_extremes.h"
 #include "tables/field_table.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -36,7 +36,7 @@ class BARSLAST final : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .keeps_state = false, .keeps_start = true, .revisits = true};
+    return {.keeps_state = false, .keeps_start = true, .revisits = true};
   }
 };
 
@@ -65,9 +65,7 @@ class BARSLASTCOUNT final : public BaseFunc {
     }
     return result;
   }
-  ColumnTraits column_traits() const override {
-    return {.by_columns = true, .keeps_state = false, .revisits = true};
-  }
+  ColumnTraits column_traits() const override { return {.keeps_state = false, .revisits = true}; }
 
  private:
   using Fails = OneValue<is_not_one>;
@@ -133,7 +131,7 @@ class BARSSINCEN final : public BaseFunc {
   }
   /// A bar with an older hit doesn't come to X of its own.
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .keeps_state = false, .passes_over = true, .revisits = true};
+    return {.keeps_state = false, .passes_over = true, .revisits = true};
   }
 
  private:
@@ -221,7 +219,7 @@ class CONDBARS final : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .keeps_state = false, .revisits = true, .series_count = 2};
+    return {.keeps_state = false, .revisits = true, .series_count = 2};
   }
 
  private:
@@ -293,7 +291,7 @@ class SUMBARS final : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .keeps_state = false, .passes_over = true, .revisits = true};
+    return {.keeps_state = false, .passes_over = true, .revisits = true};
   }
 
  private:
@@ -359,30 +357,24 @@ class DistanceToBeyond : public BaseFunc {
   }
 };
 
-class NEWHBARS final : public DistanceToBeyond<Extreme::greatest, 0> {
-  using DistanceToBeyond::DistanceToBeyond;
-};
-class NEWLBARS final : public DistanceToBeyond<Extreme::smallest, 0> {
-  using DistanceToBeyond::DistanceToBeyond;
-};
-class NEWHBARS1 final : public DistanceToBeyond<Extreme::greatest, 1> {
-  using DistanceToBeyond::DistanceToBeyond;
-};
-class NEWLBARS1 final : public DistanceToBeyond<Extreme::smallest, 1> {
-  using DistanceToBeyond::DistanceToBeyond;
-};
+using NEWHBARS = DistanceToBeyond<Extreme::greatest, 0>;
+using NEWLBARS = DistanceToBeyond<Extreme::smallest, 0>;
+using NEWHBARS1 = DistanceToBeyond<Extreme::greatest, 1>;
+using NEWLBARS1 = DistanceToBeyond<Extreme::smallest, 1>;
+
+constexpr std::string_view volume_field[] = {"VOL"};
 
 constexpr WordRow words[] = {
-    word_row<BARSLAST>("BARSLAST", steady),
-    word_row<BARSLASTCOUNT>("BARSLASTCOUNT", steady),
-    word_row<BARSSINCE>("BARSSINCE", looks_back | reads_statement),
-    word_row<BARSSINCEN>("BARSSINCEN", steady),
-    word_row<CONDBARS>("CONDBARS", steady),
-    word_row<SUMBARS>("SUMBARS", steady),
-    word_row<NEWHBARS>("NEWHBARS", steady),
-    word_row<NEWLBARS>("NEWLBARS", steady),
-    word_row<NEWHBARS1>("NEWHBARS1", steady),
-    word_row<NEWLBARS1>("NEWLBARS1", steady),
+    word_row<BARSLAST>("BARSLAST", 5, steady),
+    word_row<BARSLASTCOUNT>("BARSLASTCOUNT", 172, steady),
+    word_row<BARSSINCE>("BARSSINCE", 173, looks_back | reads_statement),
+    word_row<BARSSINCEN>("BARSSINCEN", 174, steady),
+    word_row<CONDBARS>("CONDBARS", 175, steady),
+    word_row<SUMBARS>("SUMBARS", 192, steady, volume_field),
+    word_row<NEWHBARS>("NEWHBARS", 183, steady),
+    word_row<NEWLBARS>("NEWLBARS", 185, steady),
+    word_row<NEWHBARS1>("NEWHBARS1", 184, steady),
+    word_row<NEWLBARS1>("NEWLBARS1", 186, steady),
 };
 
 }  // namespace

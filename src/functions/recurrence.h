@@ -68,7 +68,7 @@ class Recurrence : public BaseFunc {
     in_groups(calls, lane_of, [size](const auto& lanes) { run(lanes, size); });
   }
 
-  ColumnTraits column_traits() const final { return {.by_columns = true, .goes_ahead = true}; }
+  ColumnTraits column_traits() const final { return {.goes_ahead = true}; }
 
  private:
   struct Lane {

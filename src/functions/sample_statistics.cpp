@@ -8,12 +8,12 @@
 #include "core/columns.h"
 #include "functions/averaging.h"
 #include "functions/call_memory.h"
-#include "functions/families.h"
 #include "functions/over_window.h"
 #include "functions/scratch_frame.h"
 #include "functions/series.h"
 #include "functions/word_steps.h"
 #include "platform/math.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -69,9 +69,7 @@ class SUM final : public BaseFunc {
     }
     return sums;
   }
-  ColumnTraits column_traits() const override {
-    return {.by_columns = true, .series = SeriesPlace::own_column};
-  }
+  ColumnTraits column_traits() const override { return {.series = SeriesPlace::own_column}; }
 
  private:
   struct PlainSum {
@@ -184,9 +182,7 @@ class COUNT final : public BaseFunc {
     }
     return result;
   }
-  ColumnTraits column_traits() const override {
-    return {.by_columns = true, .keeps_state = false, .revisits = true};
-  }
+  ColumnTraits column_traits() const override { return {.keeps_state = false, .revisits = true}; }
 
  private:
   /// How many bars up to one count.
@@ -268,7 +264,7 @@ class MV final : public BaseFunc {
     for (size_t i = 0; i < call.size(); ++i) sums[i] /= static_cast<double>(count);
     return sums;
   }
-  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_state = false}; }
+  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
 };
 
 /// Nulls stand behind all numbers.
@@ -384,7 +380,7 @@ class SortedChoice : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const final {
-    return {.by_columns = true, .keeps_state = false, .passes_over = true, .passed_over_from = 2};
+    return {.keeps_state = false, .passes_over = true, .passed_over_from = 2};
   }
 
  private:
@@ -408,12 +404,8 @@ double place_of(std::span<const double>, size_t position) {
   return static_cast<double>(position + 1);
 }
 
-class SORT final : public SortedChoice<value_at> {
-  using SortedChoice::SortedChoice;
-};
-class SORTPOS final : public SortedChoice<place_of> {
-  using SortedChoice::SortedChoice;
-};
+using SORT = SortedChoice<value_at>;
+using SORTPOS = SortedChoice<place_of>;
 
 /// The density of the normal distribution.
 double normal_density(double x, double mean, double deviation) {
@@ -440,14 +432,14 @@ class NORMPDF final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<SUM>("SUM", steady),
-    word_row<COUNT>("COUNT", steady),
-    word_row<HARMEAN>("HARMEAN", steady),
-    word_row<MV>("MV", steady),
-    word_row<PERCENTILE>("PERCENTILE", steady),
-    word_row<SORT>("SORT", steady),
-    word_row<SORTPOS>("SORTPOS", steady),
-    word_row<NORMPDF>("NORMPDF", steady | can_fail),
+    word_row<SUM>("SUM", 64, steady | has_result_column),
+    word_row<COUNT>("COUNT", 22, steady),
+    word_row<HARMEAN>("HARMEAN", 179, steady),
+    word_row<MV>("MV", 182, steady),
+    word_row<PERCENTILE>("PERCENTILE", 187, steady),
+    word_row<SORT>("SORT", 190, steady),
+    word_row<SORTPOS>("SORTPOS", 191, steady),
+    word_row<NORMPDF>("NORMPDF", 101, steady | can_fail),
 };
 
 }  // namespace

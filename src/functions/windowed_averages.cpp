@@ -3,12 +3,12 @@
 
 #include "core/call.h"
 #include "functions/averaging.h"
-#include "functions/families.h"
 #include "functions/over_window.h"
 #include "functions/power.h"
 #include "functions/series.h"
 #include "functions/word_steps.h"
 #include "tables/field_table.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -54,12 +54,8 @@ constexpr WindowRule weighted = {.gate = Gate::full_window,
                                  .ignores_status = true,
                                  .keeps_result = true};
 
-class WMA final : public OverWindow<WeightedMeanBack, weighted> {
-  using OverWindow::OverWindow;
-};
-class EMA2 final : public OverWindow<WeightedMeanOnly, weighted> {
-  using OverWindow::OverWindow;
-};
+using WMA = OverWindow<WeightedMeanBack, weighted>;
+using EMA2 = OverWindow<WeightedMeanOnly, weighted>;
 
 /// The mean of the window with its last value counted on: (sum - sum/p + x) / p.
 class SMMA final : public BaseFunc {
@@ -97,10 +93,7 @@ class SMMA final : public BaseFunc {
     });
   }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true,
-            .keeps_state = false,
-            .revisits = true,
-            .series = SeriesPlace::in_place};
+    return {.keeps_state = false, .revisits = true, .series = SeriesPlace::in_place};
   }
 
  private:
@@ -234,7 +227,7 @@ class ADMA final : public BaseFunc {
     });
   }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .passes_over = true, .passed_over_from = 2, .carries_on = true};
+    return {.passes_over = true, .passed_over_from = 2, .carries_on = true};
   }
 
  private:
@@ -267,12 +260,14 @@ class ADMA final : public BaseFunc {
   }
 };
 
+constexpr std::string_view close_field[] = {"CLOSE"};
+
 constexpr WordRow words[] = {
-    word_row<WMA>("WMA", steady | periods_from(1, can_fail)),
-    word_row<EMA2>("EMA2", steady | periods_from(1, can_fail)),
-    word_row<SMMA>("SMMA", steady),
-    word_row<TSMA>("TSMA", steady),
-    word_row<ADMA>("ADMA", steady | periods_from(1, can_fail)),
+    word_row<WMA>("WMA", 71, steady | periods_from(1, can_fail) | has_result_column),
+    word_row<EMA2>("EMA2", 177, steady | periods_from(1, can_fail) | has_result_column),
+    word_row<SMMA>("SMMA", 189, steady),
+    word_row<TSMA>("TSMA", 194, steady),
+    word_row<ADMA>("ADMA", 93, steady | periods_from(1, can_fail), close_field),
 };
 
 }  // namespace

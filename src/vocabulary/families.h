@@ -3,8 +3,7 @@
 
 #include <span>
 
-#include "functions/base_func.h"
-#include "functions/word_row.h"
+#include "core/base_func.h"
 
 namespace quor {
 

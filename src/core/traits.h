@@ -1,4 +1,4 @@
-// What is known of a word by those who run its calls or remember what they gave.
+// What is known of a word by those who compile and run its calls or remember what they gave.
 #pragma once
 
 #include <cstdint>
@@ -10,11 +10,11 @@ namespace quor {
 struct Traits {
   static constexpr uint8_t none = UINT8_MAX;
 
-  uint16_t set = 0;
+  uint32_t set = 0;
   /// The first argument of those that are periods: unless they are numbers and not negative, the
   /// call has the traits of `with_other_periods`, too.
   uint8_t first_period = none;
-  uint16_t with_other_periods = 0;
+  uint32_t with_other_periods = 0;
 
   constexpr bool has(Traits wanted) const { return (set & wanted.set) == wanted.set; }
   constexpr bool has_any(Traits wanted) const { return (set & wanted.set) != 0; }
@@ -22,8 +22,8 @@ struct Traits {
 
 constexpr Traits operator|(Traits a, Traits b) {
   const auto either = [](uint8_t one, uint8_t other) { return one == Traits::none ? other : one; };
-  return {static_cast<uint16_t>(a.set | b.set), either(a.first_period, b.first_period),
-          static_cast<uint16_t>(a.with_other_periods | b.with_other_periods)};
+  return {a.set | b.set, either(a.first_period, b.first_period),
+          a.with_other_periods | b.with_other_periods};
 }
 
 /// Evaluated again at a bar, in whatever order, a call gives the same value as long as its
@@ -55,6 +55,23 @@ inline constexpr Traits reads_statement{1 << 8};
 inline constexpr Traits can_fail{1 << 9};
 /// Writes what its first, third, ... arguments name.
 inline constexpr Traits sets_arguments{1 << 10};
+
+/// Is written without an argument list.
+inline constexpr Traits bare{1 << 11};
+/// Every call gets a data column of its own from the compiler.
+inline constexpr Traits has_result_column{1 << 12};
+/// Has the statement that uses it calculated from row 0 on every run.
+inline constexpr Traits in_full{1 << 13};
+/// The report tells hosts that scripts with it look ahead.
+inline constexpr Traits told_ahead{1 << 14};
+/// Chooses one of its arguments, and may not stand as an argument behind another one.
+inline constexpr Traits branches{1 << 15};
+/// Makes a nameless statement that it opens an output line.
+inline constexpr Traits opens_line{1 << 16};
+/// Is the function where a field has the same word.
+inline constexpr Traits hides_field{1 << 18};
+/// Gives a trade signal.
+inline constexpr Traits trades{1 << 17};
 
 /// The arguments from `first` on are periods; the call has `otherwise` unless they are fixed.
 constexpr Traits periods_from(uint8_t first, Traits otherwise) {

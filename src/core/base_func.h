@@ -2,20 +2,21 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
-#include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "core/model.h"
 #include "core/status.h"
-#include "functions/traits.h"
+#include "core/traits.h"
+#include "core/word_row.h"
 
 namespace quor {
 
 struct Call;
 struct ColumnCall;
-struct WordRow;
 
 /// Where a word keeps the values of an argument, its series, from bar to bar.
 enum class SeriesPlace : uint8_t {
@@ -28,7 +29,6 @@ enum class SeriesPlace : uint8_t {
 
 /// How a word comes to its arguments, and what it does when it is worked out column by column.
 struct ColumnTraits {
-  bool by_columns = false;      ///< it can be
   bool keeps_state = true;      ///< an evaluation leaves something in cells or in the call
   bool keeps_start = false;     ///< it may leave the caller's start value
   bool passes_over = false;     ///< it may leave arguments unevaluated at a bar
@@ -50,7 +50,8 @@ inline constexpr ColumnTraits only_a_condition = {.passes_over = true, .passed_o
 /// One object per function word, shared by all calls of all instances and constant.
 class BaseFunc {
  public:
-  explicit BaseFunc(const WordRow& row);
+  /// The row is constant and outlives the object.
+  explicit BaseFunc(const WordRow& row) : row_(row) {}
   virtual ~BaseFunc() = default;
   BaseFunc(const BaseFunc&) = delete;
   BaseFunc& operator=(const BaseFunc&) = delete;
@@ -60,6 +61,8 @@ class BaseFunc {
   /// The values of the call over a block of rows, the same as bar by bar with the same cells
   /// written, or null where it has to go bar by bar; then nothing need be put back.
   virtual const double* column(const ColumnCall&) const { return nullptr; }
+  /// Whether `column` ever gives values: whether the class has one.
+  virtual bool by_columns() const { return row_.by_columns; }
   /// Unless the word says more, its arguments may be evaluated at any bars in any order.
   virtual ColumnTraits column_traits() const { return {.passes_over = true, .revisits = true}; }
   /// Whether the call, whose first argument is a field, could be one of these.
@@ -70,25 +73,30 @@ class BaseFunc {
   /// Whether a bar evaluates the argument at a position.
   virtual bool reads_argument(size_t) const { return true; }
 
-  const std::string& name() const { return name_; }
-  int32_t id() const { return id_; }
-  /// False for a word that is written bare, without an argument list.
-  bool takes_parentheses() const { return takes_parentheses_; }
-  /// Whether the compiler gives every call a column of its own.
-  bool uses_result_column() const { return uses_result_column_; }
+  const WordRow& word() const { return row_; }
+  std::string_view name() const { return row_.word; }
+  int32_t id() const { return row_.id; }
   /// Bar fields that a call reads without naming them.
-  std::span<const std::string_view> required_fields() const { return required_fields_; }
+  std::span<const std::string_view> required_fields() const { return row_.required_fields; }
   /// What is known of the word, whatever its arguments; `traits_of` tells it of one call.
-  Traits traits() const { return traits_; }
+  Traits traits() const { return row_.traits; }
 
  private:
-  std::string name_;
-  int32_t id_;
-  bool takes_parentheses_;
-  bool uses_result_column_;
-  std::span<const std::string_view> required_fields_;
-  Traits traits_;
+  const WordRow& row_;
 };
+
+/// The row of a word that is served by the class `Word`.
+template <typename Word>
+constexpr WordRow word_row(std::string_view word, int32_t id, Traits traits,
+                           std::span<const std::string_view> required_fields = {}) {
+  return {
+      word,
+      id,
+      traits,
+      required_fields,
+      !std::is_same_v<decltype(&Word::column), decltype(&BaseFunc::column)>,
+      [](const WordRow& row) -> std::unique_ptr<BaseFunc> { return std::make_unique<Word>(row); }};
+}
 
 /// What is known of a call of a word, given its arguments.
 Traits traits_of(const Variable& call);

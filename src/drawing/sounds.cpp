@@ -2,8 +2,8 @@
 #include "core/call.h"
 #include "core/column_owners.h"
 #include "drawing/shapes.h"
-#include "functions/families.h"
 #include "text/strings.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -59,8 +59,8 @@ class PLAYSOUND final : public BaseFunc {
   ColumnTraits column_traits() const override { return only_a_condition; }
 };
 
-constexpr WordRow words[] = {word_row<SOUND>("SOUND", draws | steady),
-                             word_row<PLAYSOUND>("PLAYSOUND", draws | steady)};
+constexpr WordRow words[] = {word_row<SOUND>("SOUND", 80, draws | steady),
+                             word_row<PLAYSOUND>("PLAYSOUND", 81, draws | steady)};
 
 }  // namespace
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "drawing/base_shape.h"
+#include "core/base_shape.h"
 
 namespace quor {
 

@@ -1,4 +1,4 @@
-#include "functions/families.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {

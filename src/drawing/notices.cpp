@@ -1,11 +1,11 @@
 // NOTICE: tells the host once that a condition has turned true.
+#include "callbacks/host_callbacks.h"
 #include "core/call.h"
 #include "core/column_owners.h"
 #include "drawing/shapes.h"
-#include "functions/families.h"
-#include "interface/host_callbacks.h"
 #include "platform/clock.h"
 #include "text/numbers.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -108,7 +108,10 @@ class NOTICE final : public BaseFunc {
   }
 };
 
-constexpr WordRow words[] = {word_row<NOTICE>("NOTICE", acts | draws | can_fail)};
+constexpr std::string_view notice_field[] = {"NOTICE_REALTIME_TIMESTAMP"};
+
+constexpr WordRow words[] = {
+    word_row<NOTICE>("NOTICE", 206, acts | draws | can_fail, notice_field)};
 
 }  // namespace
 

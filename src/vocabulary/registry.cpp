@@ -1,4 +1,4 @@
-#include "functions/registry.h"
+#include "vocabulary/registry.h"
 
 #include <functional>
 #include <map>
@@ -6,7 +6,7 @@
 #include <mutex>
 #include <string>
 
-#include "functions/families.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {

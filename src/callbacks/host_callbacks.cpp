@@ -1,4 +1,4 @@
-#include "interface/host_callbacks.h"
+#include "callbacks/host_callbacks.h"
 
 #include <atomic>
 #include <mutex>

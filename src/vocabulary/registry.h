@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "functions/base_func.h"
+#include "core/base_func.h"
 
 namespace quor {
 

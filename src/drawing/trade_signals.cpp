@@ -1,11 +1,11 @@
 // The words that send a trade signal to the host: COND, NAME and an optional QUANTITY.
+#include "callbacks/host_callbacks.h"
 #include "core/call.h"
 #include "core/column_owners.h"
 #include "drawing/shapes.h"
-#include "functions/families.h"
-#include "interface/host_callbacks.h"
 #include "platform/clock.h"
 #include "tables/field_table.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -76,38 +76,24 @@ class TradeSignal : public BaseFunc {
   ColumnTraits column_traits() const override { return only_a_condition; }
 };
 
-class BK final : public TradeSignal<0> {
-  using TradeSignal::TradeSignal;
-};
-class BP final : public TradeSignal<1> {
-  using TradeSignal::TradeSignal;
-};
-class SK final : public TradeSignal<2> {
-  using TradeSignal::TradeSignal;
-};
-class SP final : public TradeSignal<3> {
-  using TradeSignal::TradeSignal;
-};
-class BPK final : public TradeSignal<4> {
-  using TradeSignal::TradeSignal;
-};
-class SPK final : public TradeSignal<5> {
-  using TradeSignal::TradeSignal;
-};
-class CLOSEOUT final : public TradeSignal<6> {
-  using TradeSignal::TradeSignal;
-};
+using BK = TradeSignal<0>;
+using BP = TradeSignal<1>;
+using SK = TradeSignal<2>;
+using SP = TradeSignal<3>;
+using BPK = TradeSignal<4>;
+using SPK = TradeSignal<5>;
+using CLOSEOUT = TradeSignal<6>;
 
 constexpr Traits signal = looks_back | acts | draws | can_fail;
 
 constexpr WordRow words[] = {
-    word_row<BK>("BK", signal),
-    word_row<BP>("BP", signal),
-    word_row<SK>("SK", signal),
-    word_row<SP>("SP", signal),
-    word_row<BPK>("BPK", signal),
-    word_row<SPK>("SPK", signal),
-    word_row<CLOSEOUT>("CLOSEOUT", signal),
+    word_row<BK>("BK", 207, signal | trades),
+    word_row<BP>("BP", 208, signal | trades),
+    word_row<SK>("SK", 209, signal | trades),
+    word_row<SP>("SP", 210, signal | trades),
+    word_row<BPK>("BPK", 212, signal | trades),
+    word_row<SPK>("SPK", 211, signal | trades),
+    word_row<CLOSEOUT>("CLOSEOUT", 213, signal | trades),
 };
 
 }  // namespace

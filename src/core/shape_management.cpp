@@ -1,4 +1,4 @@
-#include "drawing/shape_management.h"
+#include "core/shape_management.h"
 
 namespace quor {
 

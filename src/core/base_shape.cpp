@@ -1,4 +1,4 @@
-#include "drawing/base_shape.h"
+#include "core/base_shape.h"
 
 #include "text/json.h"
 

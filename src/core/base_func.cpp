@@ -1,12 +1,9 @@
-#include "functions/base_func.h"
+#include "core/base_func.h"
 
 #include <algorithm>
 #include <span>
 
 #include "core/data_pool_center.h"
-#include "functions/word_row.h"
-#include "tables/function_sets.h"
-#include "tables/function_table.h"
 
 namespace quor {
 namespace {
@@ -24,14 +21,6 @@ bool has_usual_periods(const Variable& call, size_t first) {
 
 }  // namespace
 
-BaseFunc::BaseFunc(const WordRow& row)
-    : name_(row.word),
-      id_(quor::function_id(row.word).value_or(-1)),
-      takes_parentheses_(!BareFunctionSet.contains(row.word)),
-      uses_result_column_(quor::uses_result_column(row.word)),
-      required_fields_(quor::required_fields(row.word)),
-      traits_(row.traits) {}
-
 Traits traits_of(const Variable& call) {
   Traits traits = call.function->traits();
   if (traits.first_period == Traits::none || has_usual_periods(call, traits.first_period)) {
@@ -44,8 +33,9 @@ Traits traits_of(const Variable& call) {
 
 bool leaves_state(const Variable& call) {
   const ColumnTraits traits = call.function->column_traits();
-  const bool keeps_series_alone = traits.by_columns && traits.series != SeriesPlace::nowhere &&
-                                  !call.function->uses_result_column() && !traits.carries_on;
+  const bool keeps_series_alone =
+      call.function->by_columns() && traits.series != SeriesPlace::nowhere &&
+      !call.function->traits().has(has_result_column) && !traits.carries_on;
   if (!traits.keeps_state || !keeps_series_alone) return traits.keeps_state;
   const std::span arguments(call.arguments);
   return !std::ranges::all_of(arguments.first(std::min(traits.series_count, arguments.size())),
