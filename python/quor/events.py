@@ -6,6 +6,7 @@ from typing import Any, Callable, NamedTuple
 
 import numpy as np
 
+from .arrays import Array
 from .optional import pd
 
 
@@ -13,7 +14,7 @@ class Events(NamedTuple):
     """What a calculation raised, as the engine gives it; the frame is made when asked for."""
 
     raw: Any  #: nothing without events
-    times_of: Callable[[np.ndarray, np.ndarray], Any]  #: of rows and keys
+    times_of: Callable[[Array, Array], Any]  #: of rows and keys
 
     def frame(self) -> pd.DataFrame:
         """Time, word, name, quantity and statement of each."""
@@ -31,7 +32,7 @@ class Events(NamedTuple):
 NO_EVENTS = Events(None, lambda rows, keys: None)
 
 
-def places_of(rows_of_events: np.ndarray, rows: np.ndarray | None) -> np.ndarray:
+def places_of(rows_of_events: Array, rows: Array | None) -> Array:
     """Where in the frame rows of the engine stand; of repeated bars the last."""
     if rows is None:
         return rows_of_events

@@ -8,6 +8,7 @@ from typing import Any, Hashable, Mapping, NamedTuple, Optional, Sequence
 import numpy as np
 
 from . import _engine
+from .arrays import Array
 from .errors import Finding, note
 from .optional import (
     has_pandas, is_datetime_index, is_frame, is_index, is_multi_index, is_series, pd)
@@ -15,6 +16,7 @@ from .protocols import adopted
 from .references import Series
 from .times import index_of, index_of_ticks, is_missing, row_of, times_of, times_of_day
 
+_ByName = dict[str, list[Hashable]]
 Columns = Optional[Mapping[str, Optional[Hashable]]]
 
 _NAT = np.iinfo(np.int64).min
@@ -48,9 +50,9 @@ class Need(NamedTuple):
 class Bars(NamedTuple):
     """What the engine takes, and the index that results get."""
 
-    times: np.ndarray  #: int64, ticks since 1970 by the clock of the bars' own zone
+    times: Array  #: int64, ticks since 1970 by the clock of the bars' own zone
     ticks: int  #: per second
-    fields: list[tuple[int, np.ndarray]]  #: of numbers; the engine makes float64 of them
+    fields: list[tuple[int, Array]]  #: of numbers; the engine makes float64 of them
     index: Any
     labels: Any  #: of the bars in events: the index, or the level of it that has the times
     zoned: Any  #: the times, if they have a zone, as an index
@@ -134,7 +136,7 @@ class Layout:
         return Bars(times, ticks, fields, index,
                     index if labels_of_times is None else labels_of_times, zoned_of(moments))
 
-    def add_series(self, fields: list, times: np.ndarray, ticks: int) -> None:
+    def add_series(self, fields: list[tuple[int, Array]], times: Array, ticks: int) -> None:
         """The values of references at the times of bars."""
         if not self._series:
             return
@@ -142,7 +144,7 @@ class Layout:
         for series in self._series:
             fields.append((series.column, series.at(seconds)))
 
-    def bars_of_file(self, path: str | os.PathLike) -> Bars:
+    def bars_of_file(self, path: str | os.PathLike[str]) -> Bars:
         """The arrays of a file, with no index."""
         times, columns = self.read_file(path)
         fields = []
@@ -155,7 +157,7 @@ class Layout:
         self.add_series(fields, times, 1)
         return Bars(times, 1, fields, None, None, None)
 
-    def read_file(self, path: str | os.PathLike) -> tuple[np.ndarray, dict[int, np.ndarray]]:
+    def read_file(self, path: str | os.PathLike[str]) -> tuple[Array, dict[int, Array]]:
         """Seconds since 1970 and the values of all fields."""
         wanted = {need.id for need in self._needs} or self._given.keys()
         named = {id_: str(label) if id_ in wanted and label is not None else None
@@ -226,7 +228,8 @@ class Layout:
         is_date = _TIME not in self._given and bool(times) and plain(times[0]) == "date"
         return _Places(fields, times, by_name.get("time", []) if is_date else [])
 
-    def _label_of(self, need: Need, by_name: dict, labels: tuple) -> tuple[Hashable, bool]:
+    def _label_of(self, need: Need, by_name: _ByName,
+                  labels: tuple[Hashable, ...]) -> tuple[Hashable, bool]:
         if need.id in self._given:
             label = self._given[need.id]
             if label is not None and label not in labels:
@@ -242,7 +245,7 @@ class Layout:
             raise ValueError(f"two columns are {what!r}: {found[0]!r} and {found[1]!r}")
         raise ValueError(f"the script reads {what!r}, and no column of the frame is called so")
 
-    def _time_labels(self, by_name: dict, labels: tuple) -> list[Hashable]:
+    def _time_labels(self, by_name: _ByName, labels: tuple[Hashable, ...]) -> list[Hashable]:
         """The column of the times; several only if they have one name."""
         if _TIME in self._given:
             label = self._given[_TIME]
@@ -261,7 +264,7 @@ class _Places(NamedTuple):
 
 
 def read_csv(
-    path: str | os.PathLike, columns: Columns = None, duplicates: str = "error"
+    path: str | os.PathLike[str], columns: Columns = None, duplicates: str = "error"
 ) -> pd.DataFrame:
     """Reads a file of bars by the rules of :func:`scan` and of the command line.
 
@@ -300,7 +303,8 @@ def _labels(frame: Any) -> tuple[Hashable, ...]:
             raise TypeError("bars are a DataFrame or a mapping of arrays, and not "
                             f"{type(frame).__name__}")
         labels = frame.keys()
-    return tuple(labels.tolist() if is_index(labels) else labels)
+    names: Any = labels
+    return tuple(names.tolist() if is_index(names) else names)
 
 
 def _level(frame: Any, has_column: bool, is_named: bool) -> Any:
@@ -342,7 +346,7 @@ def _column(frame: Any, places: _Places) -> Any:
     return frame[label]
 
 
-def _with_clock(frame: Any, places: _Places, dates: np.ndarray, ticks: int) -> np.ndarray:
+def _with_clock(frame: Any, places: _Places, dates: Array, ticks: int) -> Array:
     """Dates with the times of day beside them."""
     label, clock = places.times[0], places.clocks[0]
     seconds = times_of_day(frame[clock], clock)
@@ -366,7 +370,8 @@ def _have_times_of_day(bars: Bars) -> bool:
     return bool(np.any(days[1:] == days[:-1]))
 
 
-def _arrays(frame: Any, labels: tuple, fields: list) -> dict[Hashable, np.ndarray]:
+def _arrays(frame: Any, labels: tuple[Hashable, ...],
+            fields: list[tuple[int, Hashable]]) -> dict[Hashable, Array]:
     """The columns that are plain arrays of numbers, without a series made around each."""
     array_at = getattr(frame, "_get_column_array", None)
     if array_at is None or not is_frame(frame):
@@ -379,9 +384,9 @@ def _arrays(frame: Any, labels: tuple, fields: list) -> dict[Hashable, np.ndarra
     return found
 
 
-def numbers_of(values: Any, label: Hashable) -> np.ndarray:
+def numbers_of(values: Any, label: Hashable) -> Array:
     if _is_nullable(values):
-        return values.to_numpy(np.float64, na_value=np.nan)
+        return np.asarray(values.to_numpy(np.float64, na_value=np.nan))
     array = row_of(values, label)
     if array.dtype.kind in "fiub":
         return array

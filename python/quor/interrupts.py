@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import threading
-from typing import Any, Callable, TypeVar
+from typing import Callable, TypeVar, cast
 
 Result = TypeVar("Result")
 
@@ -19,7 +19,7 @@ def interruptible(work: Callable[[], Result], bars: int) -> Result:
     then it runs on to its end, and nobody has its result."""
     if bars < _LONG or threading.current_thread() is not threading.main_thread():
         return work()
-    outcome: list[Any] = []
+    outcome: list[tuple[Result | None, BaseException | None]] = []
     done = threading.Event()
 
     def go() -> None:
@@ -36,4 +36,4 @@ def interruptible(work: Callable[[], Result], bars: int) -> Result:
     result, error = outcome[0]
     if error is not None:
         raise error
-    return result
+    return cast(Result, result)

@@ -8,6 +8,7 @@ from typing import TYPE_CHECKING, Any, Mapping
 import numpy as np
 
 from . import _engine
+from .arrays import Array
 from .errors import raise_error, warn_of
 from .events import NO_EVENTS, Events
 from .frames import Columns
@@ -112,24 +113,24 @@ class Live:
 
     def _shown_at(self, time: Any) -> datetime.datetime:
         """What the clock of the bars shows at a time."""
-        stamp = moment_of(time)
-        if stamp is None:
+        moment = moment_of(time)
+        if moment is None:
             raise ValueError("the bar has no time")
         zone = self._clock.zone
         if zone is None:
-            if stamp.tzinfo is not None:
+            if moment.tzinfo is not None:
                 raise ValueError("the time has a zone and the bars have none")
-            return stamp
-        stamp = pd.Timestamp(stamp)
+            return moment
+        stamp: Any = pd.Timestamp(moment)
         if stamp.tz is None:
             if stamp.tz_localize(zone, ambiguous=True, nonexistent="NaT") is pd.NaT:
                 raise ValueError(f"the clock of the bars never shows {stamp}")
-            return stamp.to_pydatetime(warn=False)
+            return _plain(stamp)
         stamp = stamp.tz_convert(zone)
         self._clock.note(pd.DatetimeIndex([stamp]))
-        return stamp.tz_localize(None).to_pydatetime(warn=False)
+        return _plain(stamp.tz_localize(None))
 
-    def _times(self, keys: np.ndarray) -> pd.DatetimeIndex:
+    def _times(self, keys: Array) -> pd.DatetimeIndex:
         return self._clock.index(_engine.seconds_of_keys(keys))
 
     @property
@@ -155,5 +156,10 @@ class Live:
         return self._events.frame()
 
 
-def _cells(fields: Mapping[str, float | None]) -> dict[str, np.ndarray]:
+def _plain(stamp: Any) -> datetime.datetime:
+    moment: datetime.datetime = stamp.to_pydatetime(warn=False)
+    return moment
+
+
+def _cells(fields: Mapping[str, float | None]) -> dict[str, Array]:
     return {name: np.array([value]) for name, value in fields.items()}

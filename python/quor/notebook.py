@@ -11,8 +11,8 @@ import tempfile
 from pathlib import Path
 from typing import TYPE_CHECKING, Any, Sequence
 
-import numpy as np
 
+from .arrays import Array
 from .errors import Finding
 from .frames import Bars, Columns, need_of
 from .times import index_of
@@ -111,7 +111,7 @@ def plot(script: Script, frame: Any, columns: Columns, duplicates: str, last: in
 
 def _bars_for(script: Script, frame: Any, columns: Columns, duplicates: str) -> Bars:
     """The bars with what candles are drawn from, where the frame has it."""
-    more: list = []
+    more: list[Any] = []
     for id_ in _BAR_FIELDS:
         try:
             script.layout(columns, duplicates, (need_of(id_),)).bars(frame)
@@ -132,7 +132,7 @@ def _written(folder: str, name: str, text: str) -> Path:
     return path
 
 
-def _csv(folder: str, name: str, bars: Bars, fields: dict[int, np.ndarray]) -> Path:
+def _csv(folder: str, name: str, bars: Bars, fields: dict[int, Array]) -> Path:
     names = {id_: need_of(id_).names[0] for id_ in fields}
     texts = index_of(bars.times // bars.ticks).strftime("%Y-%m-%d %H:%M:%S")
     rows = ["date," + ",".join(names.values())]

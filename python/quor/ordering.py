@@ -6,6 +6,7 @@ from typing import TYPE_CHECKING, Any, Hashable, Iterable, NamedTuple
 
 import numpy as np
 
+from .arrays import Array
 from .context import Calendar, Constants, Period
 from .errors import raise_error
 from .events import places_of
@@ -28,8 +29,8 @@ class _Raised(NamedTuple):
 
     name: Hashable
     bars: Bars
-    places: np.ndarray  #: of the bars, in their order by time
-    order: np.ndarray  #: of the bars by time
+    places: Array  #: of the bars, in their order by time
+    order: Array  #: of the bars by time
     raw: Any
 
 
@@ -140,7 +141,7 @@ def _times(raised: _Raised) -> pd.DatetimeIndex:
     return index_of((raised.bars.times // raised.bars.ticks)[raised.order])
 
 
-def _columns(raw: Any) -> tuple[np.ndarray, np.ndarray, np.ndarray, np.ndarray]:
+def _columns(raw: Any) -> tuple[Array, Array, Array, Array]:
     _, _, quantities, statements, numbers, kinds = raw
     words = np.array([word for word, _ in kinds], object)[numbers]
     names = np.array([name for _, name in kinds], object)[numbers]

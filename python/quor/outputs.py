@@ -6,6 +6,7 @@ from typing import Any, Hashable, Optional, Sequence
 
 import numpy as np
 
+from .arrays import Array
 from .optional import has_pandas, pd
 
 Out = Optional[str]
@@ -22,14 +23,14 @@ def out_of(out: Out) -> str:
     return out
 
 
-def lines_of_run(cells: np.ndarray, names: Sequence[str], index: Any, out: Out) -> Any:
+def lines_of_run(cells: Array, names: Sequence[str], index: Any, out: Out) -> Any:
     """Lines, of which ``cells`` has a row each, over the bars of one index. No cell is copied."""
     if out_of(out) == "numpy":
         return dict(zip(names, cells))
     return pd.DataFrame(cells.T, index=index, columns=list(names), copy=False)
 
 
-class Arrays(dict):
+class Arrays(dict[str, Array]):
     """Arrays by name; ``attrs`` as those of a DataFrame."""
 
     def __init__(self, *args: Any) -> None:
@@ -37,8 +38,8 @@ class Arrays(dict):
         self.attrs: dict[str, Any] = {}
 
 
-def labelled(cells: np.ndarray, lines: Sequence[str], names: list[Hashable],
-             seconds: list[np.ndarray], form: str) -> Any:
+def labelled(cells: Array, lines: Sequence[str], names: list[Hashable],
+             seconds: list[Array], form: str) -> Any:
     """Lines, of which ``cells`` has a row each, of securities and their times one behind the
     other."""
     counts = np.array([len(some) for some in seconds], np.int64)
@@ -59,8 +60,8 @@ def labelled(cells: np.ndarray, lines: Sequence[str], names: list[Hashable],
     return pd.DataFrame(cells.T, index=index, columns=list(lines), copy=False)
 
 
-def _wide(cells: np.ndarray, lines: Sequence[str], securities: Any, times: Any,
-          counts: np.ndarray, codes: np.ndarray) -> Any:
+def _wide(cells: Array, lines: Sequence[str], securities: Any, times: Any,
+          counts: Array, codes: Array) -> Any:
     shape = (len(lines), len(securities), len(times))
     if cells.size == np.prod(shape):  # each security has all times
         block = cells.reshape(shape)
@@ -72,12 +73,12 @@ def _wide(cells: np.ndarray, lines: Sequence[str], securities: Any, times: Any,
                         columns=columns, copy=False)
 
 
-def _codes_of(seconds: list[np.ndarray]) -> tuple[np.ndarray, np.ndarray]:
+def _codes_of(seconds: list[Array]) -> tuple[Array, Array]:
     """All times, ascending, and which of them each is. Most securities have those of the one
     before."""
     if not seconds:
         return np.empty(0, np.int64), np.empty(0, np.int64)
-    kinds: list[np.ndarray] = []
+    kinds: list[Array] = []
     numbers = []
     for some in seconds:
         if not kinds or not np.array_equal(kinds[-1], some):

@@ -7,7 +7,8 @@ from typing import TYPE_CHECKING, Any, Hashable, Mapping, NamedTuple, Sequence
 
 import numpy as np
 
-from .errors import error_of, warn_of
+from .arrays import Array
+from .errors import Finding, error_of, warn_of
 from .frames import FIELD_WORDS, TIME_WORDS, Bars, Layout, plain, zoned_of
 from .optional import is_datetime_index, is_frame, is_multi_index, pd
 from .outputs import Out, lines_of_run, out_of
@@ -28,16 +29,18 @@ class Panel(NamedTuple):
     """The bars of securities, one security behind the other, each by ascending times."""
 
     names: list[Hashable]
-    starts: np.ndarray  #: of each security's bars, and the end of the last
-    times: np.ndarray  #: int64 ticks
+    starts: Array  #: of each security's bars, and the end of the last
+    times: Array  #: int64 ticks
     ticks: int
-    fields: list[tuple[int, np.ndarray]]
-    order: np.ndarray | None  #: for each bar its row in the frame; None if they are the rows
+    fields: list[tuple[int, Array]]
+    order: Array | None  #: for each bar its row in the frame; None if they are the rows
     index: Any  #: of the frame; None for a wide one
     zone: Any
     wide: Any  #: the index of times of a wide frame
 
-    def bars_of(self, first: int, end: int) -> list[tuple[bytes, np.ndarray, int, list]]:
+    def bars_of(
+        self, first: int, end: int
+    ) -> list[tuple[bytes, Array, int, list[tuple[int, Array]]]]:
         """Securities as the engine takes them."""
         result = []
         bounds = self.starts.tolist()
@@ -112,9 +115,9 @@ def _long(frame: Any, securities: Any, by: Any, layout: Layout) -> Panel:
     without = frame
     if is_frame(frame) and is_multi_index(frame.index):
         levels = frame.index.names
-        times = [level for level in range(len(levels)) if _has_times(frame.index, level)]
-        if len(times) == 1:
-            without = frame.set_axis(frame.index.get_level_values(times[0]))
+        dated = [level for level in range(len(levels)) if _has_times(frame.index, level)]
+        if len(dated) == 1:
+            without = frame.set_axis(frame.index.get_level_values(dated[0]))
     bars = layout.bars(without)
     codes, names = _codes_of(securities)
     if len(codes) != len(bars.times):
@@ -129,14 +132,15 @@ def _long(frame: Any, securities: Any, by: Any, layout: Layout) -> Panel:
     if order is not None:
         codes, times = codes[order], times[order]
         fields = [(id_, values[order]) for id_, values in fields]
-    marks = np.flatnonzero(np.append(True, codes[1:] != codes[:-1])) if len(codes) else []
+    changes = np.append(np.full(min(len(codes), 1), True), codes[1:] != codes[:-1])
+    marks = np.flatnonzero(changes)
     starts = np.append(marks, len(codes)).astype(np.int64)
     index = getattr(frame, "index", None)
     return Panel([names[code] for code in codes[starts[:-1]]], starts, times, bars.ticks, fields,
                  order, bars.index if index is None else index, bars.zoned, None)
 
 
-def _codes_of(securities: Any) -> tuple[np.ndarray, list[Hashable]]:
+def _codes_of(securities: Any) -> tuple[Array, list[Hashable]]:
     """A number for each security, in the order in which they come, and their names."""
     values = np.asarray(securities)
     if values.ndim != 1:
@@ -152,17 +156,17 @@ def _codes_of(securities: Any) -> tuple[np.ndarray, list[Hashable]]:
         return rank[codes], [names[number] for number in np.argsort(first)]
 
 
-def _order_of(codes: np.ndarray, times: np.ndarray) -> np.ndarray | None:
+def _order_of(codes: Array, times: Array) -> Array | None:
     """The order by security and time, of equal times as they come; None if it is so."""
     is_next = codes[1:] == codes[:-1]
     goes_up = times[1:] >= times[:-1]
     changes = int(np.count_nonzero(~is_next)) + 1
     if np.all(goes_up | ~is_next) and (not len(codes) or changes == int(codes.max()) + 1):
         return None
-    return np.lexsort((times, codes))
+    return np.asarray(np.lexsort((times, codes)))
 
 
-def _is_wide(frames: Mapping) -> bool:
+def _is_wide(frames: Mapping[Hashable, Any]) -> bool:
     """Whether each value is the frame of one field, with a column for each security."""
     words = {word for some in FIELD_WORDS.values() for word in some}
     if not frames or not all(isinstance(name, str) and plain(name) in words for name in frames):
@@ -171,7 +175,7 @@ def _is_wide(frames: Mapping) -> bool:
                for frame in frames.values())
 
 
-def _split_levels(frame: Any) -> Mapping:
+def _split_levels(frame: Any) -> Mapping[Hashable, Any]:
     """Wide frames by the level of the columns that names fields."""
     words = {word for some in FIELD_WORDS.values() for word in some}
     for level in (0, 1):
@@ -181,7 +185,7 @@ def _split_levels(frame: Any) -> Mapping:
     raise ValueError("no level of the columns has the names of fields alone, such as 'close'")
 
 
-def _wide(frames: Mapping, layout: Layout) -> Panel:
+def _wide(frames: Mapping[Hashable, Any], layout: Layout) -> Panel:
     """A panel of a wide frame for each field, of which all have the same times."""
     first_name, first = next(iter(frames.items()))
     names = list(first.columns)
@@ -226,14 +230,14 @@ def run_panel(script: Script, panel: Panel, layout: Layout, lines: Any, out: Out
 
 
 def _calculate(script: Script, panel: Panel, layout: Layout, numbers: list[int],
-               jobs: int | None) -> np.ndarray:
+               jobs: int | None) -> Array:
     """The cells of lines, a row for each, in the order of the frame's rows."""
     total = len(panel.times)
     cells = np.empty((len(numbers), total))
     seconds = np.empty(total, np.int64)
     counted = np.zeros(len(panel.names), np.int64)
     starts = panel.starts.tolist()
-    notes: list = []
+    notes: list[Finding] = []
 
     def work(chunk: tuple[int, int]) -> None:
         first, end = chunk
@@ -290,7 +294,8 @@ def _bars_of(panel: Panel, number: int) -> Bars:
     return Bars(panel.times[part], panel.ticks, [], None, None, None)
 
 
-def _look_again(panel: Panel, number: int, layout: Layout, rows: int, infinity: Any) -> list:
+def _look_again(panel: Panel, number: int, layout: Layout, rows: int,
+                infinity: Any) -> list[Finding]:
     """What there is to say about the bars of one security."""
     name = panel.names[number]
     bars = _bars_of(panel, number)
@@ -302,7 +307,7 @@ def _look_again(panel: Panel, number: int, layout: Layout, rows: int, infinity: 
     return [note._replace(sentence=f"security {name!r}: {note.sentence}") for note in notes]
 
 
-def _repeated(panel: Panel, cells: np.ndarray, counted: np.ndarray) -> np.ndarray:
+def _repeated(panel: Panel, cells: Array, counted: Array) -> Array:
     """For bars of one time, of which the engine makes one row, its values at each."""
     wanted = np.diff(panel.starts)
     for number in np.flatnonzero(counted != wanted):
@@ -313,7 +318,7 @@ def _repeated(panel: Panel, cells: np.ndarray, counted: np.ndarray) -> np.ndarra
     return cells
 
 
-def _wide_lines(panel: Panel, names: list[str], cells: np.ndarray, form: str) -> Any:
+def _wide_lines(panel: Panel, names: list[str], cells: Array, form: str) -> Any:
     rows = len(panel.wide)
     block = cells.reshape(len(names) * len(panel.names), rows)
     if form == "numpy":
@@ -326,7 +331,7 @@ def _wide_lines(panel: Panel, names: list[str], cells: np.ndarray, form: str) ->
     return pd.DataFrame(cells.T, index=index, columns=names, copy=False)
 
 
-def _pivoted(panel: Panel, names: list[str], cells: np.ndarray) -> Any:
+def _pivoted(panel: Panel, names: list[str], cells: Array) -> Any:
     """A column for each line and security, by the times of all."""
     order = np.arange(len(panel.times)) if panel.order is None else panel.order
     union, places = np.unique(panel.times, return_inverse=True)

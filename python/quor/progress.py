@@ -16,6 +16,7 @@ def progress_bar(total: int | None, unit: str, wanted: bool) -> Any:
     """What is told of each step by ``update()``; as a context it clears up after itself."""
     if not wanted or not sys.stderr.isatty() and "ipykernel" not in sys.modules:
         return nullcontext(_Silent())
-    from tqdm.auto import tqdm
+    from tqdm import auto
 
-    return tqdm(total=total, unit=unit, disable=None)
+    bar: Any = auto.tqdm
+    return bar(total=total, unit=unit, disable=None)

@@ -7,6 +7,7 @@ from typing import Any, Hashable, Mapping, NamedTuple, Optional, Sequence
 import numpy as np
 
 from . import _engine
+from .arrays import Array
 
 #: Where the bars of a reference count.
 _RULES = ("closed", "label", "same")
@@ -51,11 +52,11 @@ class Series(NamedTuple):
     """The values of a reference by its own times."""
 
     column: int
-    times: np.ndarray  #: seconds since 1970 from which each value counts, ascending
-    values: np.ndarray
+    times: Array  #: seconds since 1970 from which each value counts, ascending
+    values: Array
     lasts: bool  #: until the next one comes
 
-    def at(self, seconds: np.ndarray) -> np.ndarray:
+    def at(self, seconds: Array) -> Array:
         """The value at each of some times; NaN where there is none."""
         if not len(self.times):
             return np.full(len(seconds), np.nan)
@@ -116,7 +117,7 @@ def _is_meant(name: str, want: Wanted) -> bool:
     return code is not None and code == _engine.parse_period(want.source)
 
 
-def _series(want: Wanted, times: np.ndarray, values: np.ndarray, counts: str | None) -> Series:
+def _series(want: Wanted, times: Array, values: Array, counts: str | None) -> Series:
     if counts is None:
         counts = "closed" if want.kind == "period" else "same"
     if counts == "closed":
@@ -131,7 +132,7 @@ def _series(want: Wanted, times: np.ndarray, values: np.ndarray, counts: str | N
     return Series(want.column, times[is_last], values[is_last], counts != "same")
 
 
-def _ends(times: np.ndarray, code: int) -> np.ndarray:
+def _ends(times: Array, code: int) -> Array:
     """The first second behind the period in which each time lies."""
     if code < _INTRADAY_END:
         length = code - _SECONDS if code > _SECONDS else 60 * (code - _MINUTES or 1)

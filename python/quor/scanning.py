@@ -10,6 +10,7 @@ from typing import Any, Hashable, Iterable, Iterator, NamedTuple
 
 import numpy as np
 
+from .arrays import Array
 from .context import Calendar, Constants, Period
 from .errors import BarsWarning, Finding, ScanWarning, ScriptError, error_of
 from .frames import Bars, Columns, Layout
@@ -42,16 +43,16 @@ class Room(NamedTuple):
     """Where the results of securities go whose sizes are known."""
 
     starts: dict[Hashable, int]
-    seconds: np.ndarray
-    cells: np.ndarray  #: a row for each line
+    seconds: Array
+    cells: Array  #: a row for each line
 
 
 class Outcome(NamedTuple):
     """What a security came to."""
 
     name: Hashable
-    seconds: np.ndarray | None  #: of the bars that count; None for a failure
-    cells: np.ndarray | None  #: of the lines there, a row for each line
+    seconds: Array | None  #: of the bars that count; None for a failure
+    cells: Array | None  #: of the lines there, a row for each line
     failure: str
     notes: list[Finding]
 
@@ -286,7 +287,7 @@ def _warn(outcomes: list[Outcome]) -> None:
 
 def _result(lines: list[str], outcomes: list[Outcome], room: Room | None, form: str) -> Any:
     found = [outcome for outcome in outcomes if outcome.seconds is not None]
-    seconds = [outcome.seconds for outcome in found]
+    seconds = [outcome.seconds for outcome in found if outcome.seconds is not None]
     if room is not None and sum(map(len, seconds)) == len(room.seconds):
         cells = room.cells
     elif found:

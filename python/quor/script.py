@@ -11,6 +11,7 @@ from typing import Any, Iterable, Iterator, Mapping, NamedTuple, Sequence
 import numpy as np
 
 from . import _engine
+from .arrays import Array
 from .context import DAY, Calendar, Constants, Context, Period
 from .errors import Finding, raise_error, warn_of
 from .events import NO_EVENTS, Events, places_of
@@ -313,7 +314,7 @@ class Script:
         numbers_of_lines = script.numbers_of(lines)
         bars = layout.bars(frame)
         with script.engine(keep) as engine:
-            def work() -> tuple[np.ndarray, np.ndarray | None]:
+            def work() -> tuple[Array, Array | None]:
                 if not engine.run(bars.times, bars.ticks, bars.fields, True):
                     raise_error(engine)
                 cells = np.empty((len(numbers_of_lines), engine.row_count()))
@@ -455,7 +456,7 @@ class Script:
             self._idle.append(engine)
 
 
-def _columns_of(frame: Any, fields: Sequence[int]) -> tuple[np.ndarray, dict[int, np.ndarray]]:
+def _columns_of(frame: Any, fields: Sequence[int]) -> tuple[Array, dict[int, Array]]:
     """Seconds and the values of fields of a reference's bars."""
     layout = Layout([need_of(field) for field in fields], None, "error")
     if isinstance(frame, str) or hasattr(frame, "__fspath__"):

@@ -5,10 +5,11 @@ from __future__ import annotations
 import glob
 import os
 from pathlib import Path
-from typing import Any, Hashable, Iterable, Iterator, Mapping, Union
+from typing import Any, Hashable, Iterable, Iterator, Mapping, Sized, Union
 
 import numpy as np
 
+from .arrays import Array
 from .frames import Bars, Layout
 from .optional import is_frame, pd
 from .panels import Panel, panel_of
@@ -50,7 +51,7 @@ def items_of(frames: Source, by: Any, layout: Layout) -> tuple[Iterator[Item], i
     if not isinstance(frames, Iterable):
         raise ValueError("a scan takes a mapping of names to frames, a panel, files or pairs, and "
                          f"not {type(frames).__name__}")
-    count = len(frames) if hasattr(frames, "__len__") else None
+    count = len(frames) if isinstance(frames, Sized) else None
     return (_with_name(item) for item in frames), count
 
 
@@ -147,7 +148,7 @@ def panel_items(panel: Panel) -> Iterator[Item]:
         yield name, Bars(panel.times[part], panel.ticks, fields, None, None, None)
 
 
-def _rows_of(cursor: Any) -> Iterator[Mapping[str, np.ndarray]]:
+def _rows_of(cursor: Any) -> Iterator[Mapping[str, Array]]:
     """The rows that a query gives, as columns."""
     if cursor.description is None:
         raise ValueError("the cursor has no rows to give; execute a query first")
@@ -159,7 +160,7 @@ def _rows_of(cursor: Any) -> Iterator[Mapping[str, np.ndarray]]:
         yield dict(zip(names, (_column(values) for values in zip(*rows))))
 
 
-def _column(values: tuple[Any, ...]) -> np.ndarray:
+def _column(values: tuple[Any, ...]) -> Array:
     array = np.empty(len(values), object)
     array[:] = values
     return array

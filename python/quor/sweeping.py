@@ -9,6 +9,7 @@ from typing import Any, Iterable, Mapping, Sequence
 import numpy as np
 
 from . import _engine
+from .arrays import Array
 from .context import Calendar, Constants, Period
 from .errors import Finding, ParameterError, ScriptError, raise_error, warn_of
 from .frames import Columns
@@ -163,7 +164,7 @@ class _Combinations:
         self.notes: list[Finding] = []
         self._numbers = script.numbers_of(lines)
         self.lines = [script.line_details[number].name for number in self._numbers]
-        self._rows: np.ndarray | None = None
+        self._rows: Array | None = None
         self._count = -1
         self._cells = np.empty((len(combinations) * len(self.lines), 0))
         self._lock = threading.Lock()
@@ -182,7 +183,7 @@ class _Combinations:
             with self._lock:
                 tell()
 
-    def result(self) -> np.ndarray:
+    def result(self) -> Array:
         """A row for each combination and line."""
         return self._cells if self._rows is None else self._cells[:, self._rows]
 

@@ -9,6 +9,7 @@ from typing import Any
 import numpy as np
 
 from . import _engine
+from .arrays import Array
 from .optional import is_index, is_series, pd
 
 #: At the end of a moment that tells its zone.
@@ -19,24 +20,24 @@ _CLOCK = re.compile(r"\d\d:\d\d(:\d\d)?|\d{4}(\d\d)?")
 _TICKS = {"s": 1, "ms": 10**3, "us": 10**6, "ns": 10**9}
 
 
-def array_of(values: Any) -> np.ndarray:
+def array_of(values: Any) -> Array:
     """As np.asarray, which takes longer to find what pandas has and forgets what is masked."""
     if is_series(values) or is_index(values):
         return np.asarray(values.values)
-    if np.ma.isMaskedArray(values):
+    if isinstance(values, np.ma.MaskedArray):
         return _unmasked(values)
     return np.asarray(values)
 
 
-def _unmasked(values: np.ma.MaskedArray) -> np.ndarray:
+def _unmasked(values: Any) -> Array:
     """With nulls for what is masked."""
     if values.dtype.kind in "mM":
-        return values.filled(np.array("NaT", values.dtype))
-    filled = values.astype(np.float64 if values.dtype.kind in "biuf" else object)
-    return filled.filled(np.nan)
+        return np.asarray(values.filled(np.array("NaT", values.dtype)))
+    filled: Any = values.astype(np.float64 if values.dtype.kind in "biuf" else object)
+    return np.asarray(filled.filled(np.nan))
 
 
-def row_of(values: Any, label: Any) -> np.ndarray:
+def row_of(values: Any, label: Any) -> Array:
     """The array of a column."""
     array = array_of(values)
     if array.ndim != 1:
@@ -60,7 +61,7 @@ def moment_of(time: Any) -> datetime.datetime | None:
     return moment if zone is None else pd.Timestamp(moment).tz_localize(zone)
 
 
-def times_of(values: Any) -> tuple[np.ndarray, int]:
+def times_of(values: Any) -> tuple[Array, int]:
     """Ticks since 1970, and how many make a second. A time that isn't there is NaT."""
     dtype = getattr(values, "dtype", None)
     if not isinstance(dtype, np.dtype) and dtype is not None:
@@ -80,7 +81,7 @@ def times_of(values: Any) -> tuple[np.ndarray, int]:
     return array.view(np.int64), _TICKS[unit]
 
 
-def times_of_day(values: Any, label: Any) -> np.ndarray:
+def times_of_day(values: Any, label: Any) -> Array:
     """Seconds since midnight, from texts such as 09:35 or from what Python has for them."""
     array = row_of(values, label)
     if array.dtype.kind == "m":
@@ -98,7 +99,7 @@ def times_of_day(values: Any, label: Any) -> np.ndarray:
                      'columns={"time": ...}')
 
 
-def index_of(seconds: np.ndarray, name: Any = None) -> pd.DatetimeIndex:
+def index_of(seconds: Array, name: Any = None) -> pd.DatetimeIndex:
     """Seconds since 1970 as an index of pandas, which has no times before 1678 and behind 2261."""
     index = pd.DatetimeIndex(seconds.view("datetime64[s]"), name=name)
     return index.as_unit("ns") if hasattr(index, "as_unit") else index
@@ -121,7 +122,7 @@ class Clock:
                 raise ValueError(f"two bars have one time by the clock of their zone, {time}, as "
                                  "it is set back; follow bars in another zone, such as UTC")
 
-    def index(self, seconds: np.ndarray) -> pd.DatetimeIndex:
+    def index(self, seconds: Array) -> pd.DatetimeIndex:
         """The moments at which the clock shows so many seconds since 1970."""
         shown = index_of(seconds)
         if self.zone is None:
@@ -132,7 +133,7 @@ class Clock:
         return shown.tz_localize(self.zone, ambiguous=is_first)
 
 
-def index_of_ticks(times: np.ndarray, ticks: int) -> pd.DatetimeIndex:
+def index_of_ticks(times: Array, ticks: int) -> pd.DatetimeIndex:
     """What `times_of` gives, as an index."""
     unit = next(unit for unit, count in _TICKS.items() if count == ticks)
     return pd.DatetimeIndex(times.view(f"datetime64[{unit}]"))
@@ -146,7 +147,7 @@ def _refuse(bar: int, what: str) -> ValueError:
     return ValueError(f"bar {bar} (the first is 0) {what}")
 
 
-def _of_objects(array: np.ndarray) -> np.ndarray:
+def _of_objects(array: Array) -> Array:
     if not array.size:
         return array.astype("datetime64[s]")
     if array.dtype.kind not in "OUS":
@@ -171,7 +172,7 @@ def is_missing(value: Any) -> bool:
     return isinstance(value, (float, np.floating, np.datetime64)) and bool(value != value)
 
 
-def _of_moments(array: np.ndarray) -> np.ndarray:
+def _of_moments(array: Array) -> Array:
     """Each by its own clock, of which one column may have several."""
     moments = []
     for bar, value in enumerate(array):
@@ -185,7 +186,7 @@ def _of_moments(array: np.ndarray) -> np.ndarray:
     return np.array(moments, "datetime64[us]")
 
 
-def _of_integers(array: np.ndarray) -> np.ndarray:
+def _of_integers(array: Array) -> Array:
     """Integers are times if they are written as dates: 20240102 or 20240102093500."""
     texts = array.astype(str).tolist()
     digits = {len(text) for text in texts}

@@ -74,7 +74,8 @@ def test_what_is_no_calendar_is_refused(calendar, text):
 
 
 @pytest.mark.parametrize("days, sessions, text", [
-    ([], [("09:00", "15:00")], "needs trading days"), (["2024-1-5"], [("09:00", "15:00")], "no day"),
+    ([], [("09:00", "15:00")], "needs trading days"),
+    (["2024-1-5"], [("09:00", "15:00")], "no day"),
     (["2024-01-05"], [], "needs trading days"), (["2024-01-05"], [("9:00", "15:00")], "no time of"),
     (["2024-01-05"], ["09:00-15:00"], "a session is a start"),
     (["2024-01-05"], [("09:00", "15:00", "x")], "whole number of trading days"),

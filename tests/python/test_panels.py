@@ -213,7 +213,8 @@ def test_files_of_frames_are_read_where_there_is_a_reader(tmp_path, monkeypatch)
         assert "needs pyarrow" in failures["S1"] and "needs pyarrow" in failures["S2"]
     monkeypatch.setattr(pd, "read_parquet", pd.read_pickle)
     monkeypatch.setattr(pd, "read_feather", pd.read_pickle)
-    same(quor.scan(SCRIPT, tmp_path), quor.scan(SCRIPT, {name: FRAMES[name] for name in ("S1", "S2")}))
+    two = {name: FRAMES[name] for name in ("S1", "S2")}
+    same(quor.scan(SCRIPT, tmp_path), quor.scan(SCRIPT, two))
 
 
 def test_orders_are_a_tidy_frame():

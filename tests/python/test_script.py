@@ -1,9 +1,14 @@
 """One script over one frame: values, times, names of columns, errors, events, live bars."""
 
 import datetime
+import json
+import os
 import pickle
 import re
+import signal
+import sys
 import threading
+import time
 import warnings
 
 import exports
@@ -13,6 +18,7 @@ import pytest
 from conftest import SAMPLES, made_up
 
 import quor
+from quor import interrupts
 
 AVERAGE = quor.compile("A:MA(C,2);B:V+H;")
 
@@ -355,6 +361,184 @@ def test_a_parameter_is_given_once_by_its_name_in_capitals(frame):
     assert quor.sweep(quor.compile("A:N*M;", N=1, M=2), frame, n=[3])[3, "A"].eq(6).all()
 
 
+def test_parameters_have_defaults_that_may_be_overridden(frame):
+    source = "{CONST Q:1;} const M:-1.5 ; CONST\tN:20;\nA:MA(C,N)*M;\nB:'CONST N:3;';"
+    script = quor.compile(source)
+    assert script.parameters == {"M": -1.5, "N": 20}
+    with pytest.raises(quor.ParameterError, match="the script's own CONST N stands"):
+        quor.compile(source, N=5)
+    changed = quor.compile(source, n=5, override=True)
+    assert changed.parameters == {"M": -1.5, "N": 5}
+    wanted = quor.compile("A:MA(C,5)*0-MA(C,5)*1.5;").run(frame)["A"]
+    assert np.allclose(changed.run(frame)["A"], wanted, equal_nan=True)
+    swept = quor.sweep(source, frame, N=[5, 20], override=True, lines="A")
+    assert same_bits(swept[5, "A"], changed.run(frame)["A"])
+    assert same_bits(swept[20, "A"], script.run(frame)["A"])
+    assert same_bits(quor.sweep(script, frame, parameters={"N": [5]}, override=True)[5, "A"],
+                     swept[5, "A"])
+    with pytest.raises(quor.ScriptError) as caught:
+        quor.compile("CONST N:20;\nA:MA(C,N)+EMMA(C,2);", N=5, override=True)
+    assert (caught.value.line, caught.value.column) == (2, 11)
+    assert quor.compile("A:C*N;", N=2).parameters == {"N": 2}
+
+
+def test_lines_that_only_help_come_on_request(frame):
+    script = quor.compile("H:=C*2;A:H+1;K:=A;")
+    assert list(script.run(frame)) == ["A"]
+    assert list(script.run(frame, lines="all")) == ["H", "A", "K"]
+    assert list(script.run(frame, lines=["k", "H"])) == ["K", "H"]
+    assert list(script.live(frame).last) == ["A"]
+    assert list(quor.scan(script, {"x": frame}, where="K>0", lines="H")) == ["H"]
+    assert quor.sweep("H:=C*N;A:H;", frame, N=[1, 2], lines="all").shape == (120, 4)
+    assert quor.compile("H:=C;").lines == ["H"]
+    for lines in ("Z", ["A", "Z"]):
+        with pytest.raises(ValueError, match="no line 'Z'; it has H, A, K"):
+            script.run(frame, lines=lines)
+
+
+def test_scripts_of_one_meaning_are_equal():
+    script = quor.compile("A:MA(C,N);", N=5)
+    assert script == quor.compile("A:MA(C,N);", N=5) == pickle.loads(pickle.dumps(script))
+    assert hash(script) == hash(quor.compile("A:MA(C,N);", N=5))
+    for other in (quor.compile("A:MA(C,N);", N=6), quor.compile("A:MA(C,N);", N=5, period="week"),
+                  quor.compile("A:MA(C,5);"), "A:MA(C,N);"):
+        assert script != other
+
+
+@pytest.mark.parametrize("source, text", [
+    (None, "a script is a text, and not None"), (SAMPLES / "kdj.quor", "read the file first"),
+    (b"A:C;", "and not bytes")])
+def test_what_is_no_script_is_refused(source, text, frame):
+    for use in (quor.compile, lambda source: quor.scan(source, {"x": frame}),
+                lambda source: quor.sweep(source, frame, N=[1])):
+        with pytest.raises(TypeError, match=text.partition(";")[0].replace("read the", ".*")):
+            use(source)
+    with pytest.raises(TypeError, match="script comes first"):
+        quor.sweep(frame, "A:C*N;", N=[1])
+
+
+def test_live_bars_travel(frame):
+    script = quor.compile("A:EMA(C,5);CROSS(C,A),BK(1);")
+    for bars in (frame, frame.tz_localize("Asia/Tokyo")):
+        live = script.live(bars.head(100))
+        again = pickle.loads(pickle.dumps(live))
+        assert len(again) == 100 and again.last == live.last
+        for moment, bar in bars.tail(20).iterrows():
+            assert again.update(moment, close=bar["close"]) == live.update(
+                moment, close=bar["close"])
+        assert same_bits(again.values(), live.values())
+        assert again.values().index.equals(live.values().index)
+        assert again.events.equals(live.events)
+
+
+def test_bars_that_need_a_second_look_are_as_good_as_others(frame):
+    script = quor.compile("A:C+O;")
+    times = ["2030-01-01", datetime.datetime(2030, 1, 1, 9, 35), pd.Timestamp("2030-01-02"),
+             np.datetime64("2030-01-03"), 20300104, "20300105 0935", "2030-01-06 09:35",
+             datetime.date(2030, 1, 7), pd.Timestamp("2030-01-08 09:35:07.5"), "2030/01/09"]
+    values = [1, 1.5, np.float64(2), np.float32(2.5), True, np.int64(3), 4, 5.0, 6, 7]
+    live = script.live()
+    for moment, value in zip(times, values):
+        assert live.update(moment, close=value, open=1) == {"A": float(value) + 1}
+    live.update(times[-1], open=1, close=8)
+    live.update(times[-1], C=9, O=1)
+    whole = live.values()
+    assert whole["A"].tolist() == [2.0, 2.5, 3.0, 3.5, 2.0, 4.0, 5.0, 6.0, 7.0, 10.0]
+    assert list(whole.index) == [pd.Timestamp(time) for time in (
+        "2030-01-01", "2030-01-01 09:35", "2030-01-02", "2030-01-03", "2030-01-04",
+        "2030-01-05 09:35", "2030-01-06 09:35", "2030-01-07", "2030-01-08 09:35:07", "2030-01-09")]
+    with pytest.raises(ValueError, match="no time"):
+        live.update(pd.NaT, close=1, open=1)
+    with pytest.raises(ValueError, match="reads 'open'"):
+        live.update(times[-1], close=1)
+    with pytest.warns(quor.BarsWarning, match="infinite"):
+        live.update("2030-02-01", close=np.inf, open=1)
+
+
+def test_an_interrupt_ends_a_long_run_and_leaves_the_script_sound(frame, monkeypatch):
+    def interrupted_after(seconds):
+        threading.Timer(seconds, os.kill, (os.getpid(), signal.SIGINT)).start()
+
+    started = time.monotonic()
+    interrupted_after(0.1)
+    with pytest.raises(KeyboardInterrupt):
+        interrupts.interruptible(lambda: time.sleep(20), 10**6)
+    assert time.monotonic() - started < 10
+    wanted = AVERAGE.run(frame)
+    monkeypatch.setattr(interrupts, "_LONG", 1)
+    assert same_bits(AVERAGE.run(frame), wanted)
+    with pytest.raises(ValueError, match="have one time"):
+        AVERAGE.run(pd.concat([frame, frame]))
+
+    class Slow:
+        def __init__(self, engine):
+            self.engine = engine
+
+        def run(self, *bars):
+            time.sleep(1)
+            return self.engine.run(*bars)
+
+        def __getattr__(self, name):
+            return getattr(self.engine, name)
+
+    script = quor.compile(AVERAGE.source)
+    script._idle[0] = Slow(script._idle[0])
+    interrupted_after(0.1)
+    with pytest.raises(KeyboardInterrupt):
+        script.run(frame * 2)
+    assert script._idle == []
+    assert same_bits(script.run(frame), wanted)
+
+
+def test_the_memory_of_many_bars_is_given_back(frame):
+    script = quor.compile("A:MA(C,2);")
+    many = {"time": np.arange("1970-01-01", 70000, dtype="M8[m]").astype("M8[s]"),
+            "close": np.ones(70000)}
+    script.run(many, out="numpy")
+    assert script._idle == []
+    script.run(many, out="numpy", keep=True)
+    assert [engine.row_count() for engine in script._idle] == [70000]
+    assert same_bits(script.run(frame), quor.compile("A:MA(C,2);").run(frame))
+
+
+def test_a_notebook_shows_the_source_with_its_findings():
+    text = quor.compile("A:MA(C,N),LINETHIK2;\nB:C<5 & 'a>b';", N=5)._repr_html_()
+    assert "LINETHIK" in text and "warning" in text and "wavy" in text
+    assert "C&lt;5" in text and "<b>parameters</b> N=5" in text and "<b>fields</b> close" in text
+    assert quor.__version__.count(".") == 2
+
+
+def test_a_plot_asks_the_program_for_its_chart(frame, tmp_path, monkeypatch):
+    program = tmp_path / "quor"
+    program.write_text(f"""#!{sys.executable}
+import json, pathlib, sys
+words = sys.argv[1:]
+bars = pathlib.Path(words[words.index("--bars") + 1]).read_text()
+texts = [words, pathlib.Path(words[1]).read_text(), bars]
+pathlib.Path(words[words.index("--out") + 1]).write_text("<svg>" + json.dumps(texts) + "</svg>")
+""")
+    program.chmod(0o755)
+    monkeypatch.setenv("QUOR_PROGRAM", str(program))
+    script = quor.compile("A:MA(C,N);", N=5, code="600000", period="week")
+    chart = script.plot(frame, last=30, theme="dark", size=(640, 480), volume=False)
+    words, source, bars = json.loads(str(chart)[5:-6])
+    assert source == script.source and words[0] == "chart" and words[-1] == "--no-volume"
+    options = dict(zip(words[2:-1:2], words[3:-1:2]))
+    assert options["--set"] == "N=5.000000" and options["--code"] == "600000"
+    assert (options["--period"], options["--size"]) == ("0x5000", "640x480")
+    (tmp_path / "bars.csv").write_text(bars)
+    pd.testing.assert_frame_equal(quor.read_csv(tmp_path / "bars.csv"), frame.astype(float),
+                                  check_freq=False)
+    chart.save(tmp_path / "chart.svg")
+    assert (tmp_path / "chart.svg").read_text() == str(chart) == chart._repr_svg_()
+    program.write_text("#!/bin/sh\necho no font >&2; exit 1\n")
+    with pytest.raises(RuntimeError, match="could not be drawn: no font"):
+        script.plot(frame)
+    monkeypatch.setenv("QUOR_PROGRAM", str(tmp_path / "nowhere"))
+    with pytest.raises(RuntimeError, match="isn't in PATH"):
+        script.plot(frame)
+
+
 def test_events_are_values(frame):
     script = quor.compile("A:C;CROSS(C,101),NOTICE('up');C<95,SP;C<90,BK(3);")
     shuffled = frame.tz_localize("Asia/Tokyo").sample(frac=1, random_state=1)
@@ -372,9 +556,9 @@ def test_events_are_values(frame):
 def test_live_bars_give_what_a_whole_run_gives(frame):
     script = quor.compile("A:EMA(C,5);CROSS(C,A),BK(1);")
     live = script.live(frame.head(100))
-    for time, bar in frame.tail(20).iterrows():
-        live.update(time, close=bar["close"] + 3)
-        assert live.update(time, close=bar["close"]) == live.last
+    for moment, bar in frame.tail(20).iterrows():
+        live.update(moment, close=bar["close"] + 3)
+        assert live.update(moment, close=bar["close"]) == live.last
     whole = script.run(frame)
     assert len(live) == len(frame)
     assert same_bits(live.values(), whole) and live.values(3).index.equals(whole.index[-3:])
@@ -391,10 +575,10 @@ def test_live_bars_must_be_whole_and_have_a_time(frame):
     assert live.update(pd.Timestamp("2030-01-01", tz="UTC"), close=1, open=2) == {"A": 3.0}
     assert live.values(1).index[0] == pd.Timestamp("2030-01-01 09:00", tz="Asia/Tokyo")
     assert np.isnan(live.update("2030-01-01 00:00Z", close=None, open=2)["A"]) and len(live) == 121
-    for time, text in (("01/02/2030", "is no date"), (20300102.0, "for a time"), (5, "integers"),
-                       ([1], "isn't one value"), ("2030-02-30", "is no date")):
+    for moment, text in (("01/02/2030", "is no date"), (20300102.0, "for a time"),
+                         (5, "integers"), ([1], "isn't one value"), ("2030-02-30", "is no date")):
         with pytest.raises(ValueError, match=text):
-            live.update(time, close=1, open=2)
+            live.update(moment, close=1, open=2)
     for value in ("5", [1, 2], [[1]]):
         with pytest.raises(ValueError, match="column 'close'"):
             live.update("2030-01-02", close=value, open=2)
