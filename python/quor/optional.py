@@ -32,7 +32,12 @@ __all__ = ["has_pandas", "is_datetime_index", "is_frame", "is_index", "is_multi_
 
 def has_pandas() -> bool:
     """Whether frames can be made."""
-    return "pandas" in sys.modules or importlib.util.find_spec("pandas") is not None
+    if "pandas" in sys.modules:
+        return True
+    try:
+        return importlib.util.find_spec("pandas") is not None
+    except ImportError:
+        return False
 
 
 _classes: dict[str, tuple[type, ...]] = {}

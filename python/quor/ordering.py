@@ -13,6 +13,7 @@ from .events import places_of
 from .frames import FIELD_WORDS, Bars, Columns, Layout, need_of, plain
 from .optional import is_frame, pd
 from .panels import panel_of
+from .protocols import adopted
 from .references import Frames
 from .sources import Source, bars_of, items_of, once_each, panel_items
 from .times import index_of
@@ -68,6 +69,7 @@ def orders(script: Script | str, frames: Source, *, by: Hashable = None, price: 
                        constants=constants, references=references)
     field = _field_of(price)
     layout = script.layout(columns, duplicates, (need_of(field),))
+    frames = adopted(frames)
     is_alone = is_frame(frames) and by is None and panel_of(frames, by, layout) is None
     items = iter([(script.spec.context.code, frames)]) if is_alone else items_of(
         frames, by, layout)[0]

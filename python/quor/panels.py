@@ -13,7 +13,6 @@ from .frames import FIELD_WORDS, TIME_WORDS, Bars, Layout, plain, zoned_of
 from .optional import is_datetime_index, is_frame, is_multi_index, pd
 from .outputs import Out, lines_of_run, out_of
 from .pools import processors
-from .protocols import adopted
 from .times import times_of
 
 if TYPE_CHECKING:
@@ -71,8 +70,6 @@ def panel_of(frames: Any, by: Any, layout: Layout) -> Panel | None:
     ValueError
         As :meth:`Layout.bars` does, for a security without a name and for times that repeat.
     """
-    if by is not None or not isinstance(frames, (Mapping, str)):
-        frames = adopted(frames)
     if is_frame(frames):
         if by is None and getattr(frames.columns, "nlevels", 1) == 2:
             return _wide(_split_levels(frames), layout)

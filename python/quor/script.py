@@ -24,6 +24,7 @@ from .ordering import PanelEvents
 from .outputs import Out, lines_of_run, out_of
 from .panels import panel_of, run_panel
 from .parameters import capitals, check_names, declared, numbers, with_overrides
+from .protocols import adopted
 from .references import Frames, Series, series_of, wanted_of
 
 #: The engine wants the moment of a notice under this id, and has none in a frame.
@@ -114,11 +115,8 @@ def compile(source: str, *, period: Period = DAY, code: str = "", market: str = 
         For a parameter that the script doesn't read, or has a CONST for, or that hides a bar
         field; for one that is no finite number, or has more than six decimals.
     """
-    if not isinstance(source, str):
-        raise TypeError(f"a script is a text, and not {_named(source)}"
-                        + ("; read the file first" if hasattr(source, "read_text") else ""))
+    source = text_of(source)
     context = Context().with_(period, code, market, calendar, constants)
-    source = source.removeprefix("\ufeff")
     given = numbers([*(parameters or {}).items(), *params.items()])
     if override:
         source = with_overrides(source, given)
@@ -127,16 +125,21 @@ def compile(source: str, *, period: Period = DAY, code: str = "", market: str = 
     return script if references is None else script.with_references(references)
 
 
-def _named(value: Any) -> str:
-    return "None" if value is None else type(value).__name__
+def text_of(source: Any) -> str:
+    """The text of a script. Raises TypeError for what is none."""
+    if isinstance(source, str):
+        return source.removeprefix("\ufeff")
+    if hasattr(source, "columns"):
+        raise TypeError("the script comes first, and then the bars")
+    name = "None" if source is None else type(source).__name__
+    more = "; read the file first" if hasattr(source, "read_text") else ""
+    raise TypeError(f"a script is a text, and not {name}{more}")
 
 
 def as_script(script: Any, **context: Any) -> Script:
     """A script, or the one of a text, in a context."""
     if isinstance(script, Script):
         return script.within(**context)
-    if not isinstance(script, str) and hasattr(script, "columns"):
-        raise TypeError("the script comes first, and then the bars")
     references = context.pop("references", None)
     given = {name: value for name, value in context.items() if value is not None}
     return compile(script, references=references, **given)
@@ -306,6 +309,7 @@ class Script:
         script = self.within(period=period, code=code, market=market, calendar=calendar,
                              constants=constants, references=references)
         layout = script.layout(columns, duplicates)
+        frame = adopted(frame)
         panel = panel_of(frame, by, layout)
         if panel is not None and (by is not None or panel.wide is not None or len(panel.names) > 1):
             result = run_panel(script, panel, layout, lines, out, jobs)

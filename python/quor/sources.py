@@ -13,6 +13,7 @@ from .arrays import Array
 from .frames import Bars, Layout
 from .optional import is_frame, pd
 from .panels import Panel, panel_of
+from .protocols import adopted
 
 Source = Union[str, "os.PathLike[str]", Mapping[Hashable, Any], Iterable[Any]]
 Item = tuple[Hashable, Any]
@@ -36,6 +37,7 @@ def items_of(frames: Source, by: Any, layout: Layout) -> tuple[Iterator[Item], i
     """
     if isinstance(frames, (str, os.PathLike)):
         return _of_place(os.fspath(frames), by, layout)
+    frames = adopted(frames)
     panel = panel_of(frames, by, layout)
     if panel is not None:
         return panel_items(panel), len(panel.names)
@@ -46,11 +48,11 @@ def items_of(frames: Source, by: Any, layout: Layout) -> tuple[Iterator[Item], i
         return iter(frames.items()), len(frames)
     if hasattr(frames, "fetchmany") and hasattr(frames, "description"):
         return _of_pieces(_rows_of(frames), by, layout), None
-    if by is not None:
-        return _of_pieces(frames, by, layout), None
     if not isinstance(frames, Iterable):
         raise ValueError("a scan takes a mapping of names to frames, a panel, files or pairs, and "
                          f"not {type(frames).__name__}")
+    if by is not None:
+        return _of_pieces(frames, by, layout), None
     count = len(frames) if isinstance(frames, Sized) else None
     return (_with_name(item) for item in frames), count
 
@@ -173,7 +175,7 @@ def _of_pieces(pieces: Iterable[Any], by: Any, layout: Layout) -> Iterator[Item]
     open_name: Hashable = None
     parts: list[Bars] = []
     for piece in pieces:
-        panel = panel_of(piece, by, layout)
+        panel = panel_of(adopted(piece), by, layout)
         if panel is None:
             raise ValueError(f"by={by!r} is for frames, and not for {type(piece).__name__}")
         for name, bars in panel_items(panel):

@@ -19,7 +19,7 @@ from .panels import over_threads
 from .parameters import check_names, numbers, with_overrides
 from .progress import progress_bar
 from .references import Frames
-from .script import Script, Spec, as_script, layout_of
+from .script import Script, Spec, as_script, layout_of, text_of
 
 #: Combinations that a thread works off before others are looked at.
 _CHUNK = 16
@@ -130,7 +130,7 @@ def _spec_of(script: Any, names: list[str], first: Sequence[float], override: bo
         base = script.within(**context).spec
     else:
         own = {name: value for name, value in context.items() if name != "references"}
-        base = as_script("A:=1;", **own).spec._replace(source=_source_of(script))
+        base = as_script("A:=1;", **own).spec._replace(source=text_of(script))
     if override:
         base = base._replace(source=with_overrides(base.source, given))
     check_names(base.source, [name for name, _ in given])
@@ -141,13 +141,6 @@ def _spec_of(script: Any, names: list[str], first: Sequence[float], override: bo
         raise _told(error, dict(zip(names, first))) from None
     references = context["references"]
     return base, compiled if references is None else compiled.with_references(references)
-
-
-def _source_of(script: Any) -> str:
-    if not isinstance(script, str):
-        raise TypeError("the script comes first, and then the bars" if hasattr(script, "columns")
-                        else f"a script is a text, and not {type(script).__name__}")
-    return script.removeprefix("\ufeff")
 
 
 class _Combinations:
