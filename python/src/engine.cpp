@@ -106,7 +106,7 @@ Engine::Engine(std::string source, Numbers parameters, std::string condition, Co
 void Engine::restart(Numbers parameters) {
   const py::gil_scoped_release release;
   const std::lock_guard guard(lock_);
-  script_.restart(std::move(parameters));
+  script_.restart_with(std::move(parameters));
   run_failed_ = false;
 }
 

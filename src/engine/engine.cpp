@@ -184,7 +184,7 @@ void Script::restart(const Subject& subject) {
   }
 }
 
-void Script::restart(std::vector<std::pair<std::string, double>> parameters) {
+void Script::restart_with(std::vector<std::pair<std::string, double>> parameters) {
   Body& body = *body_;
   body.parameters = parameters_json(parameters);
   body.settings.parameters = std::move(parameters);

@@ -61,7 +61,7 @@ class Script {
   /// As new for another subject: no bars and nothing remembered. Cheaper than a new object.
   void restart(const Subject& subject);
   /// As new with other parameters: no bars. Its memory for bars serves again.
-  void restart(std::vector<std::pair<std::string, double>> parameters);
+  void restart_with(std::vector<std::pair<std::string, double>> parameters);
 
   /// Calculates all statements from `first_row` to the last bar. With `with_events` notices and
   /// signals go into `events()`. A failure stops the run; what was written stays. Misuse: a script

@@ -362,7 +362,7 @@ def test_a_parameter_is_given_once_by_its_name_in_capitals(frame):
 
 
 def test_parameters_have_defaults_that_may_be_overridden(frame):
-    source = "{CONST Q:1;} const M:-1.5 ; CONST  N:20;\nA:MA(C,N)*M;\nB:'CONST N:3;';"
+    source = "{CONST Q:1;} const M:-1.5 ; CONST  N:20;\nA:MA(C,N)*M;\nDRAWTEXT(C>0,C,'CONST N:3;');"
     script = quor.compile(source)
     assert script.parameters == {"M": -1.5, "N": 20}
     with pytest.raises(quor.ParameterError, match="the script's own CONST N stands"):
