@@ -4,7 +4,7 @@
 ``Script.live``, try parameters with ``sweep``, and look at whole markets with ``scan``.
 """
 
-from ._engine import version
+from .installation import version
 from .context import Sessions
 from .errors import BarsWarning, Finding, ParameterError, ScanWarning, ScriptError
 from .frames import read_csv

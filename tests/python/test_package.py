@@ -2,6 +2,7 @@
 
 import importlib.util
 import re
+import subprocess
 import sys
 from pathlib import Path
 
@@ -24,6 +25,16 @@ def test_the_module_loads_with_glibc_2_28_and_brings_its_runtime_of_c_plus_plus(
 def test_the_version_is_that_of_the_project():
     text = (ROOT / "CMakeLists.txt").read_text(encoding="utf-8")
     assert f"VERSION {quor.__version__} " in text
+
+
+@pytest.mark.parametrize("without, text", [
+    (["numpy"], "quor needs numpy, which .*python.* hasn't got"),
+    (["quor._engine"], "can't be loaded by Python 3.*built are _engine")])
+def test_what_is_missing_is_said(without, text):
+    hide = "".join(f"sys.modules[{name!r}] = None;" for name in without)
+    done = subprocess.run([sys.executable, "-c", f"import sys;{hide}import quor"],
+                          capture_output=True, text=True, check=False)
+    assert done.returncode == 1 and re.search(text, done.stderr.splitlines()[-1]), done.stderr
 
 
 USER = '''
