@@ -6,10 +6,12 @@ import math
 import re
 from typing import Any, Iterable, Sequence
 
+import numpy as np
+
 from . import _engine
 from .errors import Finding, ParameterError
 
-#: A parameter is a text in the script by the time it is read, with so many decimals.
+#: The engine keeps so many decimals of a parameter, and all digits of a number in a script.
 DECIMALS = 6
 
 
@@ -37,12 +39,24 @@ def number(name: str, value: Any) -> float:
         raise _fault(f"the parameter {name} is {value!r}", "give a number") from None
     if not math.isfinite(result):
         raise _fault(f"the parameter {name} is {result}", "give a finite number")
-    is_cut = isinstance(value, int) and value != result
-    if is_cut or float(f"{result:.{DECIMALS}f}") != result:
-        raise _fault(
-            f"the parameter {name} is {value!r}, and scripts keep {DECIMALS} decimals of a "
-            "parameter", "round it, or write the number into the script")
+    if isinstance(value, int) and value != result:
+        raise _fault(f"the parameter {name} is {value!r}, which no number of 64 bits can hold",
+                     "round it")
     return result
+
+
+def with_digits(source: str, parameters: Iterable[tuple[str, float]]) -> str:
+    """A script in which parameters of more decimals than the engine keeps stand as numbers."""
+    for name, value in parameters:
+        if float(f"{value:.{DECIMALS}f}") == value:
+            continue
+        digits = np.format_float_positional(value, trim="-")
+        text = source.encode()
+        for start, end in reversed(_engine.places_of_word(source, name)):
+            number = f"(0{digits})" if value < 0 else digits
+            text = text[:start] + number.encode() + text[end:]
+        source = text.decode()
+    return source
 
 
 def check_names(source: str, names: Iterable[str]) -> None:

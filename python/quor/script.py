@@ -23,7 +23,7 @@ from .optional import pd
 from .ordering import PanelEvents
 from .outputs import Out, lines_of_run, out_of
 from .panels import panel_of, run_panel
-from .parameters import capitals, check_names, declared, numbers, with_overrides
+from .parameters import capitals, check_names, declared, numbers, with_digits, with_overrides
 from .protocols import adopted
 from .references import Frames, Series, series_of, wanted_of
 
@@ -51,8 +51,8 @@ class Spec(NamedTuple):
 
     def engine(self) -> _engine.Engine:
         """A new engine with the compiled script. Raises ScriptError."""
-        engine = _engine.Engine(
-            self.source, self.parameters, self.condition, self.context.for_engine())
+        engine = _engine.Engine(with_digits(self.source, self.parameters), self.parameters,
+                                self.condition, self.context.for_engine())
         raise_error(engine)
         return engine
 
@@ -113,7 +113,7 @@ def compile(source: str, *, period: Period = DAY, code: str = "", market: str = 
         With code, sentence and place of the mistake.
     ParameterError
         For a parameter that the script doesn't read, or has a CONST for, or that hides a bar
-        field; for one that is no finite number, or has more than six decimals.
+        field; for one that is no finite number, or no number of 64 bits can hold.
     """
     source = text_of(source)
     context = Context().with_(period, code, market, calendar, constants)
@@ -159,7 +159,8 @@ class Script:
         self._report = engine.report()
         self._lines = tuple(Line(**line) for line in engine.lines())
         self._needs = needs_of(self._report)
-        drawn = [line.name for line in self._lines if line.look is not None]
+        declared_so = set(_engine.drawn_lines(spec.source))
+        drawn = [line.name for line in self._lines if line.name in declared_so]
         self._shown = drawn or [line.name for line in self._lines]
         self._layouts: dict[Any, Layout] = {}
         self._siblings: dict[Any, Script] = {}

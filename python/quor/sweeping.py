@@ -16,7 +16,7 @@ from .frames import Columns
 from .optional import pd
 from .outputs import Out, out_of
 from .panels import over_threads
-from .parameters import check_names, numbers, with_overrides
+from .parameters import check_names, numbers, with_digits, with_overrides
 from .progress import progress_bar
 from .references import Frames
 from .script import Script, Spec, as_script, layout_of, text_of
@@ -183,10 +183,12 @@ class _Combinations:
     def _engine_for(self, values: Sequence[float]) -> _engine.Engine:
         """This thread's engine with the script of a combination."""
         parameters = (*self._spec.parameters, *numbers(zip(self._names, values)))
+        spec = self._spec._replace(parameters=parameters)
         engine = getattr(self._threads, "engine", None)
+        if with_digits(spec.source, parameters) != spec.source:
+            return spec.engine()
         if engine is None:
-            engine = self._spec._replace(parameters=parameters).engine()
-            self._threads.engine = engine
+            engine = self._threads.engine = spec.engine()
         else:
             engine.restart(parameters)
             raise_error(engine)

@@ -10,6 +10,7 @@
 #include "engine.h"
 #include "moments.h"
 #include "row_keys.h"
+#include "script_names.h"
 
 namespace py = pybind11;
 
@@ -73,6 +74,8 @@ PYBIND11_MODULE(_engine, module) {
       .def("error", &Engine::error);
   module.def("parameter_faults", &quor_python::parameter_faults);
   module.def("names_in", &quor_python::names_in);
+  module.def("drawn_lines", &quor_python::drawn_lines);
+  module.def("places_of_word", &quor_python::places_of_word);
   module.def("read_arrow", &quor_python::read_arrow);
   module.def("parse_period", &quor_bars::parse_period);
   module.def("seconds_of_keys", &quor_python::seconds_of);

@@ -319,9 +319,8 @@ def test_a_failing_run_raises_and_the_next_one_is_sound(frame):
 
 
 @pytest.mark.parametrize("value", [
-    float("nan"), float("inf"), "many", None, pd.NA, [1], 10**400, 2**53 + 1,
-    0.1234567, 1 / 3, 1e-7, 0.1 + 0.2, 123456789.1234567])
-def test_parameters_are_numbers_that_keep_all_digits(value, frame):
+    float("nan"), float("inf"), "many", None, pd.NA, [1], 10**400, 2**53 + 1])
+def test_parameters_are_finite_numbers(value, frame):
     for use in (lambda: quor.compile("A:MA(C,N);", N=value),
                 lambda: quor.compile("A:MA(C,N);", parameters={"n": value}),
                 lambda: quor.sweep("A:MA(C,N);", frame, N=[2, value])):
@@ -330,9 +329,16 @@ def test_parameters_are_numbers_that_keep_all_digits(value, frame):
 
 
 @pytest.mark.parametrize("value", [
-    0, -7, 0.123456, -0.000001, 123456789.123456, 2**53, 1e22, np.int64(3), np.float32(0.5)])
+    0, -7, 0.123456, -0.000001, 123456789.123456, 2**53, 1e22, np.int64(3), np.float32(0.5),
+    0.1234567, 1 / 3, -1 / 3, 1e-7, -1e-9, 0.1 + 0.2, 123456789.1234567, 1e-300, np.pi])
 def test_parameters_reach_the_script_with_all_digits(value, frame):
-    assert quor.compile("A:N;", N=value).run(frame)["A"].eq(float(value)).all()
+    source = "{N}B:1;//N\nA:N+0*n;M:IFF(C>N,1,0),NOTEXT;DRAWTEXT(C>O,C,'N');"
+    script = quor.compile(source, N=value)
+    assert script.source == source and script.parameters == {"N": float(value)}
+    assert script.lines == ["B", "A", "M"]
+    assert script.run(frame)["A"].eq(float(value)).all()
+    assert quor.sweep(source, frame, N=[value, 2], lines="a")[value, "A"].eq(float(value)).all()
+    assert script.shapes[-1]["Text"] == "N"
 
 
 @pytest.mark.parametrize("source, name, place, text", [
