@@ -42,7 +42,8 @@ def made_up(securities: int, bars: int) -> dict[str, pd.DataFrame]:
     return frames
 
 
-def by_pandas(frame: pd.DataFrame) -> pd.DataFrame:
+def lines_by_pandas(frame) -> dict:
+    """Of one security, or of a market by a wide frame for each field."""
     close, low, high = frame["close"], frame["low"], frame["high"]
     ma5, ma20 = close.rolling(5).mean(), close.rolling(20).mean()
     dif = close.ewm(span=12, adjust=False).mean() - close.ewm(span=26, adjust=False).mean()
@@ -55,7 +56,11 @@ def by_pandas(frame: pd.DataFrame) -> pd.DataFrame:
     buy = (ma5 > ma20) & (ma5.shift() <= ma20.shift())
     lines = {"MA5": ma5, "MA20": ma20, "DIF": dif, "DEA": dea, "MACD": (dif - dea) * 2, "RSV": rsv,
              "K": k, "D": d, "RATIO": ratio, "BUY": buy}
-    return pd.DataFrame(lines)
+    return lines
+
+
+def by_pandas(frame: pd.DataFrame) -> pd.DataFrame:
+    return pd.DataFrame(lines_by_pandas(frame))
 
 
 def quickest(work, clock=time.process_time, rounds: int = 5) -> float:
@@ -85,6 +90,7 @@ def calculation_alone(script: quor.Script, frames: dict[str, pd.DataFrame]) -> f
     return total
 
 
+HISTORY = 5_000_000  #: bars
 SWEPT = "F:MA(C,N);S:EMA(C,M);BUY:CROSS(F,S);"
 FAST, SLOW = range(2, 42), range(5, 30)
 
@@ -106,17 +112,10 @@ def row(name: str, seconds: float, other: float | None = None, note: str = "") -
     print(f"{name:<46}{seconds * 1e3:9.1f} ms {shown:>12}  {note}", flush=True)
 
 
-def memory_of(work) -> float:
-    """How far the most memory that this process has had goes up, in bytes."""
-    before = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
-    kept = work()
-    after = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
-    del kept
-    return (after - before) * 1024
-
-
 def scans(script: quor.Script, frames: dict[str, pd.DataFrame]) -> None:
-    by_hand = quickest(lambda: [by_pandas(frame) for frame in frames.values()], rounds=3)
+    wide = {field: pd.DataFrame({name: frame[field] for name, frame in frames.items()})
+            for field in ("high", "low", "close", "volume")}
+    by_hand = quickest(lambda: lines_by_pandas(wide), rounds=3)
 
     def scan(clock=time.process_time, jobs: int = 1, **more) -> float:
         return quickest(lambda: quor.scan(script, frames, jobs=jobs, progress=False, **more), clock)
@@ -126,7 +125,8 @@ def scans(script: quor.Script, frames: dict[str, pd.DataFrame]) -> None:
     one = scan()
     row("scan, last=1", one, by_hand, f"{one / alone:.2f} of the calculation")
     row("scan, every value of the panel", scan(last=None), by_hand)
-    row("the same as wide frames", scan(last=None, out="wide"), by_hand)
+    row("the same in wide frames and out",
+        quickest(lambda: script.run(wide, out="wide", jobs=1), rounds=3), by_hand)
     clocks = [scan(time.perf_counter, jobs) for jobs in (1, 2)]
     row("scan, last=1, two threads, by the clock", clocks[1],
         note=f"{clocks[0] / clocks[1]:.2f} times quicker than one")
@@ -142,7 +142,8 @@ def files(script: quor.Script, frames: dict[str, pd.DataFrame], program: str, re
         text.write_text(SCRIPT)
 
         def run(*command: str) -> None:
-            subprocess.run(command, check=True, stdout=subprocess.DEVNULL)
+            subprocess.run([*command], check=True, stdout=subprocess.DEVNULL,
+                           stderr=subprocess.DEVNULL)
 
         def read_all() -> list[pd.DataFrame]:
             return [by_pandas(pd.read_csv(Path(folder) / f"{name}.csv", index_col="date",
@@ -166,22 +167,31 @@ def sweeps() -> None:
         quickest(lambda: swept_by_pandas(bars["close"]), rounds=3))
 
 
-def long_history(script: quor.Script, bars: int = 5_000_000) -> None:
-    frame = made_up_minutes(bars)
+def long_history() -> None:
+    """Each in a process of its own, whose most memory tells what it has cost."""
+    told = {who: subprocess.run([sys.executable, __file__, "history", who], check=True,
+                                capture_output=True, text=True).stdout.split()
+            for who in ("quor", "pandas")}
+    (first, again, ours), (_, other, theirs) = (map(float, told[who]) for who in told)
+    row(f"one security, {HISTORY:,} bars", first, other,
+        f"again {again:.2f} s; {ours:.0f} B a bar, pandas {theirs:.0f}")
+
+
+def history(who: str) -> None:
+    """Seconds of two runs, and how far the first puts up the most memory, in bytes for a bar."""
+    frame = made_up_minutes(HISTORY)
+    script = quor.compile(SCRIPT)
+    work = {"quor": script.run, "pandas": by_pandas}[who]
+    before = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
     times = []
-
-    def run() -> pd.DataFrame:
+    for _ in range(2):
         start = time.process_time()
-        result = script.run(frame)
+        kept = work(frame)
         times.append(time.process_time() - start)
-        return result
-
-    ours = memory_of(run) / bars
-    run()
-    start = time.process_time()
-    theirs = memory_of(lambda: by_pandas(frame)) / bars
-    row(f"one security, {bars:,} bars", times[0], time.process_time() - start,
-        f"again {times[1]:.2f} s; {ours:.0f} B a bar, pandas {ours + theirs:.0f} or less")
+        if len(times) == 1:
+            after = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
+        del kept
+    print(*times, (after - before) * 1024 / HISTORY)
 
 
 def made_up_minutes(bars: int) -> pd.DataFrame:
@@ -219,7 +229,7 @@ def main(program: str, reader: str, securities: int = 500, bars: int = 2500) -> 
     script = quor.compile(SCRIPT)
     print(f"{securities} securities x {bars} bars, {len(script.lines)} lines; pandas in the second "
           "column")
-    long_history(script)  # first: it measures the most memory that there has been
+    long_history()
     frames = made_up(securities, bars)
     scans(script, frames)
     files(script, frames, program, reader)
@@ -229,4 +239,7 @@ def main(program: str, reader: str, securities: int = 500, bars: int = 2500) -> 
 
 
 if __name__ == "__main__":
-    main(*sys.argv[1:3], *map(int, sys.argv[3:5]))
+    if sys.argv[1] == "history":
+        history(sys.argv[2])
+    else:
+        main(*sys.argv[1:3], *map(int, sys.argv[3:5]))
