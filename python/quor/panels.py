@@ -95,12 +95,26 @@ def _securities_of(frame: Any, by: Any) -> Any:
         if by in frame.columns:
             return frame[by]
         if by in frame.index.names:
-            return frame.index.get_level_values(by)
+            return _Level(frame.index, frame.index.names.index(by))
         raise ValueError(f"by={by!r}: the frame has no such column and no such level")
     levels = [level for level in range(frame.index.nlevels) if not _has_times(frame.index, level)]
     if frame.index.nlevels != 2 or len(levels) != 1:
         return None
-    return frame.index.get_level_values(levels[0])
+    return _Level(frame.index, levels[0])
+
+
+class _Level(NamedTuple):
+    """A level of an index, which has its values numbered already."""
+
+    index: Any
+    level: int
+
+    def numbered(self) -> tuple[Array, list[Hashable]]:
+        """As of a column."""
+        if not is_multi_index(self.index):
+            return _codes_of(self.index)
+        return np.asarray(self.index.codes[self.level], np.int64), list(
+            self.index.levels[self.level])
 
 
 def _has_times(index: Any, level: int) -> bool:
@@ -116,7 +130,8 @@ def _long(frame: Any, securities: Any, by: Any, layout: Layout) -> Panel:
         if len(dated) == 1:
             without = frame.set_axis(frame.index.get_level_values(dated[0]))
     bars = layout.bars(without)
-    codes, names = _codes_of(securities)
+    is_level = isinstance(securities, _Level)
+    codes, names = securities.numbered() if is_level else _codes_of(securities)
     if len(codes) != len(bars.times):
         raise ValueError(f"by={by!r} has {len(codes)} values for {len(bars.times)} bars")
     if len(codes) and codes.min() < 0:
@@ -157,8 +172,8 @@ def _order_of(codes: Array, times: Array) -> Array | None:
     """The order by security and time, of equal times as they come; None if it is so."""
     is_next = codes[1:] == codes[:-1]
     goes_up = times[1:] >= times[:-1]
-    changes = int(np.count_nonzero(~is_next)) + 1
-    if np.all(goes_up | ~is_next) and (not len(codes) or changes == int(codes.max()) + 1):
+    pieces = int(np.count_nonzero(~is_next)) + 1
+    if np.all(goes_up | ~is_next) and pieces <= max(np.count_nonzero(np.bincount(codes)), 1):
         return None
     return np.asarray(np.lexsort((times, codes)))
 

@@ -6,7 +6,7 @@ import functools
 import sys
 import warnings
 from concurrent.futures import Executor
-from typing import Any, Hashable, Iterable, Iterator, NamedTuple
+from typing import Any, Hashable, Iterable, Iterator, Mapping, NamedTuple
 
 import numpy as np
 
@@ -14,6 +14,7 @@ from .arrays import Array
 from .context import Calendar, Constants, Period
 from .errors import BarsWarning, Finding, ScanWarning, ScriptError, error_of
 from .frames import Bars, Columns, Layout
+from .optional import is_frame
 from .outputs import Out, labelled, out_of
 from .pools import Chunk, chunks_of, on_executor, on_threads, processors
 from .progress import progress_bar
@@ -226,7 +227,8 @@ def scan(
     items, count = items_of(frames, by, layout)
     items = once_each(items)
     room = None
-    if count is not None and executor is None and where is None:
+    is_at_hand = is_frame(frames) or isinstance(frames, (Mapping, list, tuple))
+    if is_at_hand and executor is None and where is None:
         items, room = _with_room(items, task)
     outcomes: list[Outcome] = []
     with progress_bar(count, " securities", progress) as bar:
