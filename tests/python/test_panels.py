@@ -1,7 +1,9 @@
 """Bars of many securities in one piece, in and out; signals as frames."""
 
+import functools
 import sqlite3
 import warnings
+from concurrent.futures import ProcessPoolExecutor
 
 import numpy as np
 import pandas as pd
@@ -189,6 +191,25 @@ def test_a_cursor_of_a_database_serves(database, monkeypatch):
         quor.scan(SCRIPT, database.execute("SELECT * FROM bars ORDER BY date"), by="code")
     with pytest.raises(ValueError, match="by="):
         quor.scan(SCRIPT, database.execute("SELECT * FROM bars"))
+
+
+def bars_from(path, code):
+    with sqlite3.connect(path) as connection:
+        return pd.read_sql("SELECT * FROM bars WHERE code = ?", connection, params=[code])
+
+
+def test_workers_read_their_own_parts_of_a_database_and_take_panels(tmp_path):
+    path = tmp_path / "bars.db"
+    with sqlite3.connect(path) as connection:
+        LONG.reset_index().to_sql("bars", connection, index=False)
+    parts = {code: functools.partial(bars_from, path, code) for code in FRAMES}
+    index = quor.compile('A:"000300$CLOSE";B:C;')
+    references = {"000300": FRAMES["S4"]}
+    with ProcessPoolExecutor(2) as pool:
+        same(quor.scan(SCRIPT, parts, last=2, executor=pool), quor.scan(SCRIPT, FRAMES, last=2))
+        same(quor.scan(SCRIPT, LONG, last=2, executor=pool), quor.scan(SCRIPT, FRAMES, last=2))
+        same(quor.scan(index, parts, executor=pool, references=references),
+             quor.scan(index, FRAMES, references=references))
 
 
 def test_files_with_many_securities_and_lists_of_paths(tmp_path, monkeypatch):
