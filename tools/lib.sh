@@ -18,7 +18,8 @@ $studio_packages"
 arm64_test_packages="qemu-user"
 wasm_packages="clang-19 lld-19 llvm-19 wasi-libc libclang-rt-19-dev-wasm32 cmake ninja-build ccache dpkg-dev libfast-float-dev"
 python_packages="python3 python3-dev python3-venv python3-pip python3-setuptools python3-wheel pybind11-dev
-python3-pybind11 python3-numpy python3-pandas python3-pytest python3-distributed python3-tqdm python3-flake8"
+python3-pybind11 python3-numpy python3-pandas python3-pytest python3-distributed python3-tqdm python3-flake8
+mypy"
 wine_packages="wine wine64"
 format_packages="clang-format-14"
 tidy_packages="clang-tidy-14"

@@ -108,12 +108,18 @@ struct Script::Body {
     pool.trade_time_callback = subject.is_trading ? always_trading : nullptr;
   }
 
-  /// Market and period decide which fields and references the script reads; the calendar is asked
-  /// for once after a compile.
+  /// Market and period decide which fields and references the script reads.
   bool needs_compile_for(const Subject& subject) const {
     const Subject& now = settings.subject;
-    return state_outlasts_bars || report.needs_calendar || subject.period != now.period ||
-           subject.market != now.market || subject.time_zone != now.time_zone;
+    return state_outlasts_bars || subject.period != now.period || subject.market != now.market ||
+           subject.time_zone != now.time_zone;
+  }
+
+  void forget_run() {
+    recorder.clear();
+    events.clear();
+    events_are_told = true;
+    answer.clear();
   }
 
   void require_compiled() const {
@@ -134,6 +140,7 @@ struct Script::Body {
   std::optional<uint32_t> condition_column;
   std::string answer;
   std::vector<Event> events;
+  bool events_are_told = true;       ///< so that `events` are those of the last calculation
   std::vector<FieldColumn> columns;  ///< of the intake under way
 };
 
@@ -168,8 +175,7 @@ void Script::restart(const Subject& subject) {
   Body& body = *body_;
   const bool compile_anew = body.needs_compile_for(subject);
   body.settings.subject = subject;
-  body.events.clear();
-  body.answer.clear();
+  body.forget_run();
   if (compile_anew) {
     body.compile();
   } else {
@@ -178,14 +184,26 @@ void Script::restart(const Subject& subject) {
   }
 }
 
+void Script::restart_with(std::vector<std::pair<std::string, double>> parameters) {
+  Body& body = *body_;
+  body.parameters = parameters_json(parameters);
+  body.settings.parameters = std::move(parameters);
+  body.forget_run();
+  body.compile();
+}
+
 Failure Script::calculate(uint32_t first_row, bool with_events) {
   Body& body = *body_;
   body.require_compiled();
   require(first_row <= std::numeric_limits<int32_t>::max(), "no such row");
   body.recorder.clear();
-  const CalendarOfThisThread calendar(body.settings.subject.calendar);
+  std::optional<CalendarOfThisThread> calendar;
+  if (body.report.needs_calendar) {
+    const Subject& subject = body.settings.subject;
+    calendar.emplace(subject.security, subject.market, subject.calendar);
+  }
+  body.events_are_told = false;
   body.answer = body.parser.exec(static_cast<int32_t>(first_row), with_events);
-  body.events = body.recorder.events(body.table(), body.parser.drawings());
   return failure_of_answer(body.answer);
 }
 
@@ -234,7 +252,14 @@ std::vector<Record> Script::records() const {
   return records;
 }
 
-const std::vector<Event>& Script::events() const { return body_->events; }
+const std::vector<Event>& Script::events() const {
+  Body& body = *body_;
+  if (!body.events_are_told) {
+    body.events = body.recorder.events(body.table(), body.parser.drawings());
+    body.events_are_told = true;
+  }
+  return body.events;
+}
 
 std::vector<std::string> Script::words() const {
   const auto& words = body_->parser.pool().script.invoked_functions;

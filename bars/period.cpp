@@ -9,7 +9,7 @@
 
 #include "text.h"
 
-namespace quor_host {
+namespace quor_bars {
 namespace {
 
 /// A unit of time with the code of one, and how the codes of several go on from a base.
@@ -149,4 +149,4 @@ std::optional<uint32_t> infer_period(std::vector<int64_t> keys) {
   return most->first;
 }
 
-}  // namespace quor_host
+}  // namespace quor_bars
