@@ -56,6 +56,7 @@ class Adviser {
         reading_(read_script(input.script, input.parameters)),
         failure_(read_failure(input.report)) {
     if (failure_.code == 0) failure_ = read_failure(input.answer);
+    reading_.has_seconds = (input.period & 0xFF00) == 0x3100;
   }
 
   std::vector<Finding> run() {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "elsewhere.h"
 #include "explain.h"
 #include "letters.h"
 #include "vocabulary.h"
@@ -10,20 +11,6 @@
 
 namespace quor_advice {
 namespace {
-
-struct Synonym {
-  std::string_view word;
-  std::string_view meant;
-};
-
-// Words that authors bring along from elsewhere.
-constexpr Synonym synonyms[] = {
-    {"VOLUME", "VOL"},    {"TURNOVER", "AMOUNT"}, {"AVERAGE", "MA"},
-    {"AVG", "MA"},        {"HIGHEST", "HHV"},     {"LOWEST", "LLV"},
-    {"STDEV", "STD"},     {"STDDEV", "STD"},      {"XAVERAGE", "EMA"},
-    {"SUMMATION", "SUM"}, {"CROSSOVER", "CROSS"}, {"CROSSUNDER", "CROSSDOWN"},
-    {"POWER", "POW"},     {"SQR", "SQUARE"},      {"CEIL", "CEILING"},
-    {"INT", "INTPART"},   {"OPENINT", "OPI"},     {"ICONDRAW", "DRAWICON"}};
 
 /// A word at fault, alone between its neighbours.
 struct Word {
@@ -179,12 +166,33 @@ bool takes_text(const Word& word) {
   return help != nullptr && help->form.find('\'') != absent;
 }
 
+/// A name of the script's own that is near is sooner meant.
+std::optional<Problem> explain_from_elsewhere(const Word& word) {
+  const std::string& text = word.token().text;
+  std::string advice = advice_for_elsewhere(text);
+  if (advice.empty()) return std::nullopt;
+  if (nearest(text, Vocabulary::names, word.failed.reading.names())) return std::nullopt;
+  return word.undefined(std::move(advice));
+}
+
+std::optional<Problem> explain_bracket(const Word& word) {
+  return explain_index(word.failed.reading, word.token());
+}
+
+/// N of PARAM N:5, which declares PARAMN.
+std::optional<Problem> explain_declared_with_word(const Word& word) {
+  for (const Statement& statement : word.failed.reading.statements) {
+    if (statement.number >= word.statement().number) break;
+    const bool declares = statement.is_named() && statement.name_range.size() == 2 &&
+                          statement.tokens[1].text == word.token().text;
+    if (!declares) continue;
+    if (auto problem = explain_declaring_word(word.failed.reading, statement)) return problem;
+  }
+  return std::nullopt;
+}
+
 std::optional<Problem> explain_by_likeness(const Word& word) {
   const std::string& text = word.token().text;
-  const auto* const synonym = std::ranges::find(synonyms, text, &Synonym::word);
-  if (synonym != std::end(synonyms)) {
-    return word.undefined("did you mean " + std::string(synonym->meant) + "?");
-  }
   if (is_digit(text[0])) {
     return word.problem(word.failed.text(word.token()) + " is neither a number nor a name");
   }
@@ -202,9 +210,11 @@ std::optional<Problem> explain_by_likeness(const Word& word) {
 }
 
 constexpr Explain word_steps[] = {
-    explain_exponent,       explain_torn_name,  explain_order,      explain_comparison_for_name,
-    explain_branch_word,    explain_style_word, explain_short_word, explain_inner_sign,
-    explain_period_in_name, explain_by_likeness};
+    explain_exponent,       explain_torn_name,          explain_order,
+    explain_comparison_for_name, explain_branch_word,   explain_style_word,
+    explain_short_word,     explain_declared_with_word, explain_bracket,
+    explain_from_elsewhere, explain_inner_sign,         explain_period_in_name,
+    explain_by_likeness};
 
 /// The short form of a named statement; authors name what has no value.
 std::optional<Problem> explain_named_form(const Case& failed) {
@@ -242,6 +252,29 @@ std::optional<Problem> explain_signs_in_name(const Case& failed) {
     if (token.kind != TokenKind::sign && token.kind != TokenKind::comma) continue;
     return Problem{place_of(token), "the name of a line can't hold '" + failed.text(token) + "'",
                    "take another name"};
+  }
+  return std::nullopt;
+}
+
+/// C>O,NOTICE('C<O'), whose name is torn at the sign.
+std::optional<Problem> explain_sign_in_notice(const Case& failed) {
+  const Statement& statement = *failed.statement;
+  if (find_word(statement, "NOTICE") == nullptr) return std::nullopt;
+  for (const Token& token : statement.tokens) {
+    const size_t sign = token.kind == TokenKind::text ? token.text.find_first_of("<>=") : absent;
+    if (sign == absent) continue;
+    return Problem{{token.begin + sign, token.begin + sign + 1},
+                   std::string("the name of a notice can't hold '") + token.text[sign] + "'",
+                   "take it away, or write it in words"};
+  }
+  return std::nullopt;
+}
+
+std::optional<Problem> explain_look_alikes(const Case& failed) {
+  for (const Token& token : failed.statement->tokens) {
+    if (!failed.reading.lines.contains(token.text)) {
+      if (auto problem = explain_look_alike(failed.reading, token)) return problem;
+    }
   }
   return std::nullopt;
 }
@@ -290,6 +323,9 @@ std::optional<size_t> first_unknown_word(const Case& failed) {
 std::optional<Problem> explain_word(const Case& failed) {
   if (failed.statement == nullptr) return std::nullopt;
   if (auto problem = explain_constant_statement(failed)) return problem;
+  if (auto problem = explain_sign_in_notice(failed)) return problem;
+  if (auto problem = explain_look_alikes(failed)) return problem;
+  if (auto problem = explain_declaring_word(failed.reading, *failed.statement)) return problem;
   if (auto problem = explain_named_form(failed)) return problem;
   if (auto problem = explain_signs_in_name(failed)) return problem;
   const auto tokens = find_tokens(failed.reading, *failed.statement, failed.failure.message);
