@@ -61,21 +61,6 @@ std::string sentence_for(const std::string& word, Kind kind) {
   return {};
 }
 
-/// The sign of a comment of other languages at the start of a statement.
-std::optional<Problem> explain_comment(const Reading& reading, const Statement& statement) {
-  const Token& first = statement.tokens.front();
-  const bool is_hash = first.kind == TokenKind::word && first.text.starts_with('#');
-  const bool is_dashes = first.is_sign("-") && statement.tokens.size() > 2 &&
-                         statement.tokens[1].is_sign("-") &&
-                         statement.tokens[1].begin == first.end;
-  if (!is_hash && !is_dashes) return std::nullopt;
-  const size_t end = is_hash ? first.begin + 1 : statement.tokens[1].end;
-  const std::string sign(reading.script.substr(first.begin, end - first.begin));
-  return Problem{{first.begin, end},
-                 "'" + sign + "' opens no comment",
-                 "write // in front of it, or { } around it"};
-}
-
 /// A+=C
 std::optional<Problem> explain_update(const Reading& reading, const Statement& statement) {
   if (statement.tokens.size() < 3 || statement.tokens[0].kind != TokenKind::word) return {};
@@ -108,9 +93,23 @@ constexpr LookAlike look_alikes[] = {
 
 }  // namespace
 
+std::optional<Problem> explain_foreign_comment(const Reading& reading, const Statement& statement) {
+  const Token& first = statement.tokens.front();
+  const bool is_hash = first.kind == TokenKind::word && first.text.starts_with('#');
+  const bool is_dashes = first.is_sign("-") && statement.tokens.size() > 2 &&
+                         statement.tokens[1].is_sign("-") &&
+                         statement.tokens[1].begin == first.end;
+  if (!is_hash && !is_dashes) return std::nullopt;
+  const size_t end = is_hash ? first.begin + 1 : statement.tokens[1].end;
+  const std::string sign(reading.script.substr(first.begin, end - first.begin));
+  return Problem{{first.begin, end},
+                 "'" + sign + "' opens no comment",
+                 "write // in front of it, or { } around it"};
+}
+
 std::optional<Problem> explain_declaring_word(const Reading& reading, const Statement& statement) {
   if (statement.tokens.size() < 2) return std::nullopt;
-  if (auto problem = explain_comment(reading, statement)) return problem;
+  if (auto problem = explain_foreign_comment(reading, statement)) return problem;
   if (auto problem = explain_update(reading, statement)) return problem;
   const Token& first = statement.tokens.front();
   const auto* const row = std::ranges::find(declaring_words, first.text, &DeclaringWord::word);

@@ -17,6 +17,9 @@ std::string advice_for_elsewhere(std::string_view word);
 /// The same for a style item or a short form: BUY, RED.
 std::string item_from_elsewhere(std::string_view item);
 
+/// The sign of a comment of other languages in front of a statement.
+std::optional<Problem> explain_foreign_comment(const Reading& reading, const Statement& statement);
+
 /// A statement that begins as other languages declare, loop, return or comment.
 std::optional<Problem> explain_declaring_word(const Reading& reading, const Statement& statement);
 

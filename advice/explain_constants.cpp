@@ -161,7 +161,15 @@ std::optional<Problem> explain_suffix(const Case& failed) {
   const Token* const word = find_word(*failed.statement, message.substr(0, point));
   if (word == nullptr) return explain_numbered_item(failed, name);
   const auto names = arguments_of_form(word->text);
-  const auto index = static_cast<size_t>(std::ranges::find(names, name) - names.begin());
+  const auto index = static_cast<size_t>(
+      std::ranges::find_if(names, [&name](std::string_view role) {
+        return role == name || role == "'" + name + "'";
+      }) - names.begin());
+  if (word->text == "DRAWLASTBARTEXT" && name == "TEXT") {
+    return Problem{place_of_argument(*failed.statement, *word, index),
+                   "DRAWLASTBARTEXT takes a text in single quotes",
+                   "for a number write DRAWLASTBARNUMBER(PRICE,NUMBER,DECIMALS,COLOR)"};
+  }
   const WordHelp* const help = find_word_help(word->text);
   return Problem{place_of_argument(*failed.statement, *word, index),
                  name + " of " + word->text + " is out of bounds or null",
@@ -172,6 +180,7 @@ std::optional<Problem> explain_suffix(const Case& failed) {
 std::optional<Problem> explain_sign_order(const Case& failed, const Call& call) {
   const Statement& statement = *failed.statement;
   if (call.close == absent || call.arguments.size() != 3) return std::nullopt;
+  if (what_gives(failed.reading, statement, call.arguments[2]) != Gives::price) return std::nullopt;
   std::string condition = "1";
   std::string price;
   std::string sign;

@@ -57,8 +57,8 @@ class ArgumentCheck {
     if (call.close == absent || call.arguments.empty()) return;
     if (std::ranges::any_of(call.arguments, [](Range range) { return range.empty(); })) return;
     roles_ = arguments_of_form(word(call));
-    if (word(call) == "IFF") roles_ = {"COND"};
     if (word(call) == "NOT") roles_ = {"COND"};
+    if (word(call) == "IFF" || word(call) == "IFN") take_branch_roles(call);
     check_numbers_as_text(call);
     if (check_exchanged(call)) return;
     for (size_t i = 0; i < std::min(roles_.size(), call.arguments.size()); ++i) {
@@ -81,6 +81,14 @@ class ArgumentCheck {
   }
 
  private:
+  /// A condition, its value, a condition, its value, and the last value.
+  void take_branch_roles(const Call& call) {
+    roles_.clear();
+    for (size_t i = 0; i + 1 < call.arguments.size(); ++i) {
+      roles_.emplace_back(i % 2 == 0 ? "COND" : "VALUE");
+    }
+  }
+
   const std::string& word(const Call& call) const { return statement_.tokens[call.word].text; }
   Gives gives(Range range) const { return what_gives(reading_, statement_, range); }
   std::string text(Range range) const { return reading_.text(statement_, range); }
@@ -145,7 +153,7 @@ class ArgumentCheck {
     const Token* const lone = lone_token(statement_, argument);
     const bool is_mark = lone != nullptr && (lone->kind == TokenKind::text || is_style(lone->text));
     if (is_mark || reading_.constant_value(statement_, argument)) return;
-    for (size_t i = argument.begin; i < argument.end; ++i) {
+    for (size_t i = call.open; i < argument.end; ++i) {
       if (statement_.tokens[i].kind == TokenKind::text) return;
     }
     add(place_of(statement_, argument),

@@ -69,13 +69,18 @@ void warn_of_lost_digits(const Reading& /*reading*/, const Statement& statement,
 
 /// VAR A:=C; declares VARA.
 void warn_of_declaring_word(const Reading& reading, const Statement& statement, Problems& out) {
-  if (!statement.is_named() || statement.name_range.size() != 2) return;
+  if (!statement.is_named() || statement.name_range.empty()) return;
+  if (auto comment = explain_foreign_comment(reading, statement)) {
+    out.push_back(std::move(*comment));
+    return;
+  }
+  if (statement.name_range.size() != 2) return;
   if (auto problem = explain_declaring_word(reading, statement)) out.push_back(std::move(*problem));
 }
 
 using Rule = void (*)(const Reading& reading, const Statement& statement, Problems& out);
-constexpr Rule rules[] = {warn_of_marked_name, warn_of_second_constant, warn_of_lost_digits,
-                          warn_of_declaring_word};
+constexpr Rule rules[] = {warn_of_declaring_word, warn_of_marked_name, warn_of_second_constant,
+                          warn_of_lost_digits};
 
 }  // namespace
 

@@ -126,7 +126,7 @@ class StyleCheck {
   /// NODRAW and NOTEXT behind := may be a habit: they ask for what is so.
   void check_assignment() {
     for (const Range item : statement_.items) {
-      if (item.empty()) continue;
+      if (item.empty() || statement_.expression.empty()) continue;
       const Token& token = statement_.tokens[item.begin];
       const bool is_habit = token.text == "NODRAW" || token.text == "NOTEXT" ||
                             token.text == "LINETHICK0" || !is_style(token.text);

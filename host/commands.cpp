@@ -175,6 +175,10 @@ Findings findings_of(const Compiled& compiled, std::string_view answer = {},
   input.period = compiled.period.value_or(0);
   input.run = std::move(run);
   input.supply = compiled.supply;
+  input.compile = [&compiled](std::string_view script) {
+    const Session session(compiled.subject, compiled.answers);
+    return session.compile(script, compiled.parameters, compiled.line_settings);
+  };
   return quor_advice::advise(input);
 }
 

@@ -154,6 +154,11 @@ std::vector<quor_advice::Finding> findings_of(const AdviceCase& advice_case) {
   input.report = report;
   input.period = static_cast<int32_t>(advice_case.period);
   input.supply = advice_case.supply;
+  input.compile = [&advice_case](std::string_view script) {
+    TestHost other;
+    other.set_info(advice_case.period, "600000", "TEST");
+    return report_of(other, script, advice_case.parameters);
+  };
   if (advice_case.bars > 0) {
     input.run.emplace();
     input.run->keys = keys_of(advice_case);
