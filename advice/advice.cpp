@@ -121,7 +121,15 @@ class Adviser {
     const bool is_sound = failure_.code == 0 && !is_incomplete_;
     if (is_sound) note(supply_warnings(reading_, input_));
     if (is_sound && run != nullptr) note_null_lines();
-    if (failure_.code != quote_open && failure_.code != unfinished) note(script_warnings(reading_));
+    const bool is_cut = failure_.code == quote_open || failure_.code == unfinished;
+    if (!is_cut && !has_no_statement()) note(script_warnings(reading_));
+  }
+
+  /// Whether all statements are left out.
+  bool has_no_statement() const {
+    return is_incomplete_ && std::ranges::all_of(reading_.statements, [](const Statement& s) {
+             return s.form == Form::empty;
+           });
   }
 
   /// A line whose statement has a warning is null for that reason.

@@ -102,7 +102,8 @@ std::optional<Problem> explain_foreign_comment(const Reading& reading, const Sta
   if (!is_hash && !is_dashes) return std::nullopt;
   const size_t end = is_hash ? first.begin + 1 : statement.tokens[1].end;
   const std::string sign(reading.script.substr(first.begin, end - first.begin));
-  return Problem{{first.begin, end},
+  const size_t line_end = std::min(reading.script.find_first_of("\r\n", end), reading.script.size());
+  return Problem{{first.begin, line_end + 1},
                  "'" + sign + "' opens no comment",
                  "write // in front of it, or { } around it"};
 }

@@ -51,7 +51,8 @@ class ErrorSearch {
   bool is_consequence(const Problem& problem) const {
     if (is_unknown_word(failure_.code) && lost_names_.contains(to_upper(failure_.message)))
       return true;
-    return std::ranges::any_of(found_.errors, [&problem](const ToldError& told) {
+    return std::ranges::any_of(found_.errors, [&](const ToldError& told) {
+      if (failure_.code == unfinished && told.code == unfinished) return true;
       const Place place = told.problem.place;
       return place.begin < problem.place.end && problem.place.begin < place.end;
     });
@@ -61,6 +62,10 @@ class ErrorSearch {
   std::optional<Place> place_at_fault(const Reading& reading, const Problem& problem) const {
     const size_t at = problem.place.begin;
     const std::string& text = found_.rest;
+    if (failure_.code == unfinished && reading.scan.half_line_comment) {
+      const size_t comment = *reading.scan.half_line_comment;
+      return Place{comment, line_end(comment)};
+    }
     for (const Statement& statement : reading.statements) {
       if (statement.tokens.empty()) continue;
       const size_t begin = statement.tokens.front().begin;
@@ -114,6 +119,13 @@ class ErrorSearch {
   /// The words in front of a ':' or of a '=' at the start.
   static std::vector<std::string> names_declared_by(const Statement& statement) {
     std::vector<std::string> names;
+    const size_t first = statement.form == Form::constant ? 1 : 0;
+    if (const Token* const token = statement.token(first); token != nullptr) {
+      // A full-width colon is a letter of the name.
+      const auto foreign = std::ranges::find_if(token->text, is_beyond_ascii);
+      const bool holds_sign = foreign != token->text.begin() && foreign != token->text.end();
+      if (holds_sign) names.emplace_back(token->text.begin(), foreign);
+    }
     for (size_t i = 1; i < statement.tokens.size(); ++i) {
       const Token& token = statement.tokens[i];
       const bool declares = token.kind == TokenKind::colon || (i <= 2 && token.is_sign("="));

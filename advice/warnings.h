@@ -40,6 +40,8 @@ void warn_of_arguments(const Reading& reading, const Statement& statement,
 void warn_of_limits(const Reading& reading, const Statement& statement, std::vector<Problem>& out);
 void warn_of_comparison_values(const Reading& reading, const Statement& statement,
                                std::vector<Problem>& out);
+void warn_of_foreign_forms(const Reading& reading, const Statement& statement,
+                           std::vector<Problem>& out);
 void warn_of_names(const Reading& reading, const Statement& statement, std::vector<Problem>& out);
 void warn_of_references(const Reading& reading, const Statement& statement,
                         std::vector<Problem>& out);

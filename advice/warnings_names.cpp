@@ -67,22 +67,18 @@ void warn_of_lost_digits(const Reading& /*reading*/, const Statement& statement,
                  "write the number itself into the expressions"});
 }
 
-/// VAR A:=C; declares VARA.
-void warn_of_declaring_word(const Reading& reading, const Statement& statement, Problems& out) {
-  if (!statement.is_named() || statement.name_range.empty()) return;
-  if (auto comment = explain_foreign_comment(reading, statement)) {
-    out.push_back(std::move(*comment));
-    return;
-  }
-  if (statement.name_range.size() != 2) return;
-  if (auto problem = explain_declaring_word(reading, statement)) out.push_back(std::move(*problem));
-}
-
 using Rule = void (*)(const Reading& reading, const Statement& statement, Problems& out);
-constexpr Rule rules[] = {warn_of_declaring_word, warn_of_marked_name, warn_of_second_constant,
-                          warn_of_lost_digits};
+constexpr Rule rules[] = {warn_of_marked_name, warn_of_second_constant, warn_of_lost_digits};
 
 }  // namespace
+
+void warn_of_foreign_forms(const Reading& reading, const Statement& statement, Problems& out) {
+  if (!statement.is_named() || statement.name_range.empty()) return;
+  std::optional<Problem> problem = explain_foreign_comment(reading, statement);
+  const bool may_declare = statement.name_range.size() == 2;  // VAR A:=C; declares VARA
+  if (!problem && may_declare) problem = explain_declaring_word(reading, statement);
+  if (problem) out.push_back(std::move(*problem));
+}
 
 void warn_of_names(const Reading& reading, const Statement& statement, Problems& out) {
   for (const Rule rule : rules) rule(reading, statement, out);

@@ -90,13 +90,14 @@ INSTANTIATE_TEST_SUITE_P(advice, Sound,
                          testing::ValuesIn(load_advice_cases(QUOR_ADVICE "/sound.txt")));
 
 TEST(Advice, samples_have_no_finding) {
-  size_t scripts = 0;
+  size_t scripts = load_advice_cases(QUOR_ADVICE "/sound.txt").size();
   for (const auto& entry : std::filesystem::recursive_directory_iterator(QUOR_SAMPLES)) {
     if (entry.path().extension() != ".quor") continue;
     ++scripts;
     EXPECT_EQ(findings_text(file_text(entry.path())), "") << entry.path();
   }
-  EXPECT_GT(scripts, 0U);
+  // With those of sound.txt; the guide's own, some two hundred more, are held by its tests.
+  EXPECT_GE(scripts, 270U);
 }
 
 TEST(Advice, prints_as_compilers_do) {
