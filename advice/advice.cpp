@@ -161,7 +161,7 @@ class Adviser {
   const Input& input_;
   Reading reading_;
   Failure failure_;
-  size_t failed_at_ = 0;  ///< the place of the error
+  size_t failed_at_ = 0;        ///< the place of the error
   bool is_incomplete_ = false;  ///< faulty statements are left out of the reading
   std::string rest_;            ///< what is read then
   std::vector<Noted> noted_;

@@ -17,19 +17,18 @@ struct DeclaringWord {
 };
 
 constexpr DeclaringWord declaring_words[] = {
-    {"VAR", Kind::variable},   {"LET", Kind::variable},     {"DEF", Kind::variable},
-    {"FLOAT", Kind::variable}, {"DOUBLE", Kind::variable},  {"SERIES", Kind::variable},
-    {"PARAM", Kind::number},   {"INPUT", Kind::number},     {"INPUTS", Kind::number},
-    {"PARAMETER", Kind::number}, {"RETURN", Kind::result},  {"PLOT", Kind::result},
-    {"FOR", Kind::loop},       {"WHILE", Kind::loop},       {"REPEAT", Kind::loop},
+    {"VAR", Kind::variable},      {"LET", Kind::variable},    {"DEF", Kind::variable},
+    {"FLOAT", Kind::variable},    {"DOUBLE", Kind::variable}, {"SERIES", Kind::variable},
+    {"PARAM", Kind::number},      {"INPUT", Kind::number},    {"INPUTS", Kind::number},
+    {"PARAMETER", Kind::number},  {"RETURN", Kind::result},   {"PLOT", Kind::result},
+    {"FOR", Kind::loop},          {"WHILE", Kind::loop},      {"REPEAT", Kind::loop},
     {"FUNCTION", Kind::function}, {"SUB", Kind::function},
 };
 
 /// The name behind the declaring word, and what is declared.
 std::string rest_of(const Reading& reading, const Statement& statement, size_t from) {
-  return from < statement.tokens.size()
-             ? reading.text(statement, {from, statement.tokens.size()})
-             : std::string();
+  return from < statement.tokens.size() ? reading.text(statement, {from, statement.tokens.size()})
+                                        : std::string();
 }
 
 std::string advice_for(const Reading& reading, const Statement& statement, Kind kind) {
@@ -38,25 +37,33 @@ std::string advice_for(const Reading& reading, const Statement& statement, Kind 
     case Kind::variable:
       return "write the name alone: " + name + ":=" + rest_of(reading, statement, 3) + ";";
     case Kind::number: {
-      const bool is_plain = statement.tokens.size() == 4 &&
-                            statement.tokens[3].kind == TokenKind::number;
+      const bool is_plain =
+          statement.tokens.size() == 4 && statement.tokens[3].kind == TokenKind::number;
       return "write CONST " + name + ":" + (is_plain ? statement.tokens[3].text : "5") +
              ";, or hand it over as a parameter";
     }
-    case Kind::result: return "write NAME:" + rest_of(reading, statement, 1) + "; to draw a line";
-    case Kind::loop: return "each statement runs at every bar; SUM, COUNT, HHV look back";
-    case Kind::function: return "give each step a line of its own";
+    case Kind::result:
+      return "write NAME:" + rest_of(reading, statement, 1) + "; to draw a line";
+    case Kind::loop:
+      return "each statement runs at every bar; SUM, COUNT, HHV look back";
+    case Kind::function:
+      return "give each step a line of its own";
   }
   return {};
 }
 
 std::string sentence_for(const std::string& word, Kind kind) {
   switch (kind) {
-    case Kind::variable: return word + " declares nothing";
-    case Kind::number: return word + " declares no number";
-    case Kind::result: return "there is no " + word + ": what is to be drawn has a name and ':'";
-    case Kind::loop: return "there is no loop";
-    case Kind::function: return "a script declares no function";
+    case Kind::variable:
+      return word + " declares nothing";
+    case Kind::number:
+      return word + " declares no number";
+    case Kind::result:
+      return "there is no " + word + ": what is to be drawn has a name and ':'";
+    case Kind::loop:
+      return "there is no loop";
+    case Kind::function:
+      return "a script declares no function";
   }
   return {};
 }
@@ -66,8 +73,9 @@ std::optional<Problem> explain_update(const Reading& reading, const Statement& s
   if (statement.tokens.size() < 3 || statement.tokens[0].kind != TokenKind::word) return {};
   const Token& sign = statement.tokens[1];
   const Token& equals = statement.tokens[2];
-  const bool updates = sign.kind == TokenKind::sign && equals.is_sign("=") &&
-                       (sign.text == "+" || sign.text == "-" || sign.text == "*" || sign.text == "/");
+  const bool updates =
+      sign.kind == TokenKind::sign && equals.is_sign("=") &&
+      (sign.text == "+" || sign.text == "-" || sign.text == "*" || sign.text == "/");
   if (!updates || sign.end != equals.begin) return {};
   const std::string name = reading.text(place_of(statement.tokens[0]));
   return Problem{{sign.begin, equals.end},
@@ -97,12 +105,12 @@ std::optional<Problem> explain_foreign_comment(const Reading& reading, const Sta
   const Token& first = statement.tokens.front();
   const bool is_hash = first.kind == TokenKind::word && first.text.starts_with('#');
   const bool is_dashes = first.is_sign("-") && statement.tokens.size() > 2 &&
-                         statement.tokens[1].is_sign("-") &&
-                         statement.tokens[1].begin == first.end;
+                         statement.tokens[1].is_sign("-") && statement.tokens[1].begin == first.end;
   if (!is_hash && !is_dashes) return std::nullopt;
   const size_t end = is_hash ? first.begin + 1 : statement.tokens[1].end;
   const std::string sign(reading.script.substr(first.begin, end - first.begin));
-  const size_t line_end = std::min(reading.script.find_first_of("\r\n", end), reading.script.size());
+  const size_t line_end =
+      std::min(reading.script.find_first_of("\r\n", end), reading.script.size());
   return Problem{{first.begin, line_end + 1},
                  "'" + sign + "' opens no comment",
                  "write // in front of it, or { } around it"};

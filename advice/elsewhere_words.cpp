@@ -330,12 +330,17 @@ std::string advice_for_elsewhere(std::string_view word) {
   if (last == "SMA") return "a plain average is MA(X,N), without a dot in its name";
   if (last == "EMA" || last == "WMA" || is_function(last) || is_field(last))
     return "write " + std::string(last) + ", without a dot in its name";
-  return of_word(last);
+  std::string meant = of_word(last);
+  return meant.empty() ? of_word(word.substr(0, word.find('.'))) : meant;
 }
 
 std::string item_from_elsewhere(std::string_view item) {
-  const Row* const row = find(items, item);
-  return row == nullptr ? std::string() : std::string(row->meant);
+  if (const Row* const row = find(items, item)) return std::string(row->meant);
+  for (const std::string_view width : {"LINEWIDTH", "WIDTH", "THICKNESS", "THICK"}) {
+    if (!item.starts_with(width) || item.size() != width.size() + 1) continue;
+    if (is_digit(item.back())) return std::string("LINETHICK") + item.back();
+  }
+  return {};
 }
 
 }  // namespace quor_advice

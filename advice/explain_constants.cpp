@@ -161,10 +161,12 @@ std::optional<Problem> explain_suffix(const Case& failed) {
   const Token* const word = find_word(*failed.statement, message.substr(0, point));
   if (word == nullptr) return explain_numbered_item(failed, name);
   const auto names = arguments_of_form(word->text);
-  const auto index = static_cast<size_t>(
-      std::ranges::find_if(names, [&name](std::string_view role) {
-        return role == name || role == "'" + name + "'";
-      }) - names.begin());
+  const auto index =
+      static_cast<size_t>(std::ranges::find_if(names,
+                                               [&name](std::string_view role) {
+                                                 return role == name || role == "'" + name + "'";
+                                               }) -
+                          names.begin());
   if (word->text == "DRAWLASTBARTEXT" && name == "TEXT") {
     return Problem{place_of_argument(*failed.statement, *word, index),
                    "DRAWLASTBARTEXT takes a text in single quotes",

@@ -3,6 +3,7 @@
 #include <array>
 #include <iterator>
 
+#include "elsewhere.h"
 #include "explain.h"
 #include "letters.h"
 #include "vocabulary.h"
@@ -82,6 +83,15 @@ std::optional<Problem> explain_items(const Case& failed, const std::string& word
   if (first >= statement.tokens.size()) return std::nullopt;
   const Place place = place_of(statement, {first, statement.tokens.size()});
   const Token& item = statement.tokens[first];
+  const std::string meant = item_from_elsewhere(item.text);
+  if (!meant.empty()) {
+    return Problem{place_of(item), item.text + " is no signal, mark or style",
+                   "did you mean " + meant + "?"};
+  }
+  if (acts(item.text) && !is_short_form(item.text)) {
+    return Problem{place_of(item), item.text + " behind a comma does nothing",
+                   "give it a statement of its own"};
+  }
   if (item.text == "WORD") {
     const std::string condition = failed.reading.text(statement, statement.expression);
     return Problem{place_of(item), "the condition of WORD can't hold a ','",

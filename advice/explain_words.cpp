@@ -99,9 +99,25 @@ std::optional<Problem> explain_branch_word(const Word& word) {
   return word.problem(text + " is no word of the language", "write IF(condition,a,b)");
 }
 
+const Call* innermost_call(const Word& word) {
+  const Call* innermost = nullptr;
+  for (const Call& call : word.statement().calls) {
+    const bool holds = call.open < word.index && (call.close == absent || call.close > word.index);
+    if (holds) innermost = &call;
+  }
+  return innermost;
+}
+
 std::optional<Problem> explain_style_word(const Word& word) {
   const std::string& text = word.token().text;
   if (!is_style(text) || text == "SOLID") return std::nullopt;
+  const Call* const call = innermost_call(word);
+  const std::string name = call == nullptr ? "" : word.statement().tokens[call->word].text;
+  const auto roles = arguments_of_form(name);
+  if (is_colour(text) && std::ranges::find(roles, "COLOR") != roles.end()) {
+    return word.problem(name + " takes its colour at another place",
+                        "write " + std::string(find_word_help(name)->form));
+  }
   return word.problem(text + " is a style item",
                       "style items stand behind the comma of an output line");
 }
@@ -111,15 +127,6 @@ std::optional<Problem> explain_short_word(const Word& word) {
   if (!is_short_form(text)) return std::nullopt;
   return word.problem(text + " stands behind a comma, with its condition in front",
                       "write condition," + text);
-}
-
-const Call* innermost_call(const Word& word) {
-  const Call* innermost = nullptr;
-  for (const Call& call : word.statement().calls) {
-    const bool holds = call.open < word.index && (call.close == absent || call.close > word.index);
-    if (holds) innermost = &call;
-  }
-  return innermost;
 }
 
 /// C.5 for C,5, and signs in the middle of a word.
@@ -210,10 +217,9 @@ std::optional<Problem> explain_by_likeness(const Word& word) {
 }
 
 constexpr Explain word_steps[] = {
-    explain_exponent,       explain_torn_name,          explain_order,
-    explain_comparison_for_name, explain_branch_word,   explain_style_word,
-    explain_short_word,     explain_declared_with_word, explain_bracket,
-    explain_from_elsewhere, explain_inner_sign,         explain_period_in_name,
+    explain_exponent,    explain_torn_name,      explain_order,      explain_comparison_for_name,
+    explain_branch_word, explain_style_word,     explain_short_word, explain_declared_with_word,
+    explain_bracket,     explain_from_elsewhere, explain_inner_sign, explain_period_in_name,
     explain_by_likeness};
 
 /// The short form of a named statement; authors name what has no value.
@@ -268,6 +274,16 @@ std::optional<Problem> explain_sign_in_notice(const Case& failed) {
                    "take it away, or write it in words"};
   }
   return std::nullopt;
+}
+
+/// IF(C>O) C ELSE O
+std::optional<Problem> explain_choice(const Statement& statement) {
+  const bool has_else =
+      find_word(statement, "ELSE") != nullptr || find_word(statement, "THEN") != nullptr;
+  const Token* const choice = find_word(statement, "IF");
+  if (!has_else || choice == nullptr || (choice + 1)->kind != TokenKind::open) return std::nullopt;
+  return Problem{place_of(*choice), "THEN and ELSE are no words of the language",
+                 "write IF(COND,A,B)"};
 }
 
 std::optional<Problem> explain_look_alikes(const Case& failed) {
@@ -326,6 +342,7 @@ std::optional<Problem> explain_word(const Case& failed) {
   if (auto problem = explain_sign_in_notice(failed)) return problem;
   if (auto problem = explain_look_alikes(failed)) return problem;
   if (auto problem = explain_declaring_word(failed.reading, *failed.statement)) return problem;
+  if (auto problem = explain_choice(*failed.statement)) return problem;
   if (auto problem = explain_named_form(failed)) return problem;
   if (auto problem = explain_signs_in_name(failed)) return problem;
   const auto tokens = find_tokens(failed.reading, *failed.statement, failed.failure.message);

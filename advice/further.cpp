@@ -140,8 +140,8 @@ class ErrorSearch {
   bool write(Place place, std::string_view stand_in) {
     std::string& text = found_.rest;
     const std::string before = text.substr(place.begin, place.end - place.begin);
-    const auto room = static_cast<size_t>(
-        std::ranges::count_if(before, [](char c) { return !is_line_end(c); }));
+    const auto room =
+        static_cast<size_t>(std::ranges::count_if(before, [](char c) { return !is_line_end(c); }));
     if (stand_in.size() > room) stand_in = {};
     for (size_t i = place.begin; i < place.end; ++i) {
       if (is_line_end(text[i])) continue;

@@ -18,9 +18,9 @@ constexpr std::array<std::string_view, 10> price_words = {
     "OPEN", "O", "HIGH", "H", "LOW", "L", "CLOSE", "C", "AVPRICE", "SETTLE"};
 
 constexpr std::array<std::string_view, 25> condition_words = {
-    "CROSS",    "CROSSUP",  "CROSSDOWN",  "EXIST",    "EVERY",      "NDAY",       "UPNDAY",
-    "DOWNNDAY", "LAST",     "FILTER",     "BACKSET",  "BETWEEN",    "RANGE",      "NOT",
-    "ISNULL",   "WAVEPEAK", "WAVEVALLEY", "CODELIKE", "DIVERGENCE", "ISLASTBAR",  "ISUP",
+    "CROSS",    "CROSSUP",  "CROSSDOWN",  "EXIST",      "EVERY",      "NDAY",      "UPNDAY",
+    "DOWNNDAY", "LAST",     "FILTER",     "BACKSET",    "BETWEEN",    "RANGE",     "NOT",
+    "ISNULL",   "WAVEPEAK", "WAVEVALLEY", "CODELIKE",   "DIVERGENCE", "ISLASTBAR", "ISUP",
     "ISDOWN",   "ISEQUAL",  "WAVEPEAK1",  "WAVEVALLEY1"};
 
 // What gives a price of prices; the first argument tells.
@@ -79,7 +79,8 @@ class Judge {
       const Token& token = statement_.tokens[i];
       if (token.kind == TokenKind::sign) {
         has_minus |= token.text == "-";
-        is_known &= token.text == "-" || token.text == "+" || token.text == "*" || token.text == "/";
+        is_known &=
+            token.text == "-" || token.text == "+" || token.text == "*" || token.text == "/";
         continue;
       }
       only = operand(i);

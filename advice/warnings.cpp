@@ -173,13 +173,13 @@ using Rule = void (*)(const Reading& reading, const Statement& statement, Proble
 
 // Of several warnings of one place the first one stays.
 constexpr Rule rules[] = {
-    warn_of_foreign_forms, warn_of_form,           warn_of_items,          warn_of_no_effect,        warn_of_constant,
-    warn_of_comparisons, warn_of_fatal_argument, warn_of_empty_expression, warn_of_hidden_name,
-    warn_of_names, warn_of_references,     warn_of_words,            warn_of_comparison_values};
+    warn_of_foreign_forms,    warn_of_form,        warn_of_items,          warn_of_no_effect,
+    warn_of_constant,         warn_of_comparisons, warn_of_fatal_argument, warn_of_empty_expression,
+    warn_of_hidden_name,      warn_of_names,       warn_of_references,     warn_of_words,
+    warn_of_comparison_values};
 
 // They come behind the rules of calls.
-constexpr Rule late_rules[] = {warn_of_arguments, warn_of_limits, warn_of_branches,
-                               warn_of_styles};
+constexpr Rule late_rules[] = {warn_of_arguments, warn_of_limits, warn_of_branches, warn_of_styles};
 
 }  // namespace
 

@@ -15,10 +15,9 @@ struct SeriesFirst {
   std::string_view word;
   size_t number;  ///< index of the number's argument
 };
-constexpr SeriesFirst series_first[] = {
-    {"PEAK", 1},       {"PEAKBARS", 1}, {"TROUGH", 1}, {"TROUGHBARS", 1},
-    {"ZIGZAG", 1},     {"ROUND", 1},    {"AMA", 1},
-    {"WAVEPEAK1", 1},  {"WAVEVALLEY1", 1}};
+constexpr SeriesFirst series_first[] = {{"PEAK", 1},       {"PEAKBARS", 1},  {"TROUGH", 1},
+                                        {"TROUGHBARS", 1}, {"ZIGZAG", 1},    {"ROUND", 1},
+                                        {"AMA", 1},        {"WAVEPEAK1", 1}, {"WAVEVALLEY1", 1}};
 
 // Conditions of these must be 1; other words take any number but 0, or any above 0.
 constexpr std::array<std::string_view, 5> wants_one = {"BARSLAST", "BARSLASTCOUNT", "BARSSINCE",
@@ -114,10 +113,10 @@ class ArgumentCheck {
     const Token* const token = statement_.token(operand);
     if (token == nullptr || token->kind != TokenKind::word) return;
     const Token* const next = beyond == absent ? nullptr : statement_.token(beyond);
-    const bool ends = next == nullptr || next->kind == TokenKind::comma ||
-                      next->kind == TokenKind::colon || next->is_sign("&&") || next->is_sign("||") ||
-                      (operand < sign ? next->kind == TokenKind::open
-                                      : next->kind == TokenKind::close);
+    const bool ends =
+        next == nullptr || next->kind == TokenKind::comma || next->kind == TokenKind::colon ||
+        next->is_sign("&&") || next->is_sign("||") ||
+        (operand < sign ? next->kind == TokenKind::open : next->kind == TokenKind::close);
     if (ends) tell_price({operand, operand + 1}, "");
   }
 
@@ -181,9 +180,9 @@ class ArgumentCheck {
       if (!is_condition_role(roles_[i]) || !is_no_condition(call.arguments[i])) continue;
       for (size_t j = 0; j < count; ++j) {
         if (!is_series_role(roles_[j]) || gives(call.arguments[j]) != Gives::condition) continue;
-        return tell_exchanged(call, i, j,
-                              "the condition of " + word(call) + " stands in the place of " +
-                                  std::string(roles_[j]));
+        return tell_exchanged(
+            call, i, j,
+            "the condition of " + word(call) + " stands in the place of " + std::string(roles_[j]));
       }
     }
     return false;
@@ -245,8 +244,8 @@ class ArgumentCheck {
     const auto weight = reading_.constant_value(statement_, call.arguments[2]);
     if (!period || !weight || *weight <= *period || *period <= 0.0) return false;
     return tell_exchanged(call, 1, 2,
-                          "the weight of SMA, " + number_text(*weight) +
-                              ", is above its period, " + number_text(*period));
+                          "the weight of SMA, " + number_text(*weight) + ", is above its period, " +
+                              number_text(*period));
   }
 
   /// The four prices of a candle in another order.
@@ -255,10 +254,10 @@ class ArgumentCheck {
     std::string order;
     for (const Range argument : call.arguments) {
       const Token* const token = lone_token(statement_, argument);
-      const bool is_price = token != nullptr && (token->text == "HIGH" || token->text == "H" ||
-                                                 token->text == "OPEN" || token->text == "O" ||
-                                                 token->text == "LOW" || token->text == "L" ||
-                                                 token->text == "CLOSE" || token->text == "C");
+      const bool is_price = token != nullptr &&
+                            (token->text == "HIGH" || token->text == "H" || token->text == "OPEN" ||
+                             token->text == "O" || token->text == "LOW" || token->text == "L" ||
+                             token->text == "CLOSE" || token->text == "C");
       if (!is_price) return false;
       order += token->text[0];
     }

@@ -12,16 +12,16 @@ namespace {
 
 // What goes on from the bar before.
 constexpr std::array<std::string_view, 25> carried = {
-    "MA",      "EMA",        "EXPMA",       "EMAWH",        "SMA",  "MEMA",      "EXPMEMA",
-    "AMA",     "DMA",        "TMA",         "TRMA",         "ADMA", "BARSCOUNT", "BARSSINCE",
-    "BACKSET", "ZIGZAG",     "PEAK",        "PEAKBARS",     "TROUGH", "TROUGHBARS", "SAR",
+    "MA",      "EMA",         "EXPMA",        "EMAWH",    "SMA",    "MEMA",       "EXPMEMA",
+    "AMA",     "DMA",         "TMA",          "TRMA",     "ADMA",   "BARSCOUNT",  "BARSSINCE",
+    "BACKSET", "ZIGZAG",      "PEAK",         "PEAKBARS", "TROUGH", "TROUGHBARS", "SAR",
     "SAR1",    "SARSHOWTYPE", "SAR1SHOWTYPE", "FILTER"};
 
 // What looks back on the values of an expression, which are noted bar by bar.
 constexpr std::array<std::string_view, 23> looking_back = {
-    "STD",  "STDP", "VAR",     "VARP",    "DEVSQ", "AVEDEV", "KURTOSIS",    "SUM",
-    "HHV",  "LLV",  "HV",      "LV",      "SLOPE", "WMA",    "EMA2",        "COVAR",
-    "FORCAST", "HHVBARS", "LLVBARS", "CORRELATION", "COEFFICIENTR", "SMMA", "HARMEAN"};
+    "STD",     "STDP",    "VAR",     "VARP",        "DEVSQ",        "AVEDEV", "KURTOSIS", "SUM",
+    "HHV",     "LLV",     "HV",      "LV",          "SLOPE",        "WMA",    "EMA2",     "COVAR",
+    "FORCAST", "HHVBARS", "LLVBARS", "CORRELATION", "COEFFICIENTR", "SMMA",   "HARMEAN"};
 
 bool needs_all_bars(const Statement& statement, const Call& call) {
   const std::string& word = statement.tokens[call.word].text;
@@ -31,9 +31,7 @@ bool needs_all_bars(const Statement& statement, const Call& call) {
 }
 
 /// What is calculated only where it is chosen: all but the first condition.
-Range chosen_part(const Call& call) {
-  return {call.arguments[1].begin, call.arguments.back().end};
-}
+Range chosen_part(const Call& call) { return {call.arguments[1].begin, call.arguments.back().end}; }
 
 class BranchCheck {
  public:
@@ -59,11 +57,11 @@ class BranchCheck {
       told = call.close;
       const Place place{statement_.tokens[call.word].begin, statement_.tokens[call.close].end};
       const std::string& word = statement_.tokens[call.word].text;
-      out_.push_back({place,
-                      word + " needs every bar, and here it sees only those for which " +
-                          statement_.tokens[branch.word].text + " chooses it",
-                      "give it a line of its own: X:=" + reading_.text(place) +
-                          "; and write X here"});
+      out_.push_back(
+          {place,
+           word + " needs every bar, and here it sees only those for which " +
+               statement_.tokens[branch.word].text + " chooses it",
+           "give it a line of its own: X:=" + reading_.text(place) + "; and write X here"});
     }
   }
 

@@ -101,7 +101,8 @@ class CallCheck {
     }
     add({word(call).begin, statement_.tokens[call.close].end},
         "the period of " + word(call).text + " stands in the place of the series",
-        "write " + with_exchanged(reading_, statement_, call, 0, find_period(word(call).text)->index));
+        "write " +
+            with_exchanged(reading_, statement_, call, 0, find_period(word(call).text)->index));
   }
 
   const Reading& reading_;

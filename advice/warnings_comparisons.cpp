@@ -101,8 +101,9 @@ class ComparisonCheck {
     const std::string test = "ISNULL(" + reading_.text(statement_, operand) + ")";
     const bool differs = tokens_[sign].text == "<>" || tokens_[sign].text == "!";
     out_.push_back({place_of(statement_, {begin, end}),
-                    std::string("a comparison with ") + (is_right ? tokens_[sign + 1] : tokens_[sign - 1]).text +
-                        " is " + (differs ? "1" : "0") + " on every bar",
+                    std::string("a comparison with ") +
+                        (is_right ? tokens_[sign + 1] : tokens_[sign - 1]).text + " is " +
+                        (differs ? "1" : "0") + " on every bar",
                     "write " + (differs ? "NOT(" + test + ")" : test)});
   }
 
@@ -175,8 +176,7 @@ class ComparisonCheck {
     if (day) {
       add(range, word + " has another form of date", "write " + written(word, value));
     } else {
-      add(range, number_text(value) + " is no date",
-          "write a date as " + written(word, 20240105));
+      add(range, number_text(value) + " is no date", "write a date as " + written(word, 20240105));
     }
   }
 

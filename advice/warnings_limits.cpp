@@ -119,8 +119,7 @@ class LimitCheck {
 
   void tell_later(const Call& call, double value, Range range) {
     const std::string series = reading_.text(statement_, call.arguments[0]);
-    add(range,
-        "a period below 0 reads later bars, which nobody knows while a bar is the newest",
+    add(range, "a period below 0 reads later bars, which nobody knows while a bar is the newest",
         "for an earlier bar write REF(" + series + "," + number_text(-value) + ")");
   }
 
@@ -154,8 +153,7 @@ class LimitCheck {
 
 }  // namespace
 
-void warn_of_limits(const Reading& reading, const Statement& statement,
-                    std::vector<Problem>& out) {
+void warn_of_limits(const Reading& reading, const Statement& statement, std::vector<Problem>& out) {
   LimitCheck check(reading, statement, out);
   for (const Call& call : statement.calls) check.check(call);
 }

@@ -26,8 +26,7 @@ void warn_of_marked_name(const Reading& reading, const Statement& statement, Pro
     std::erase_if(name, [](char c) { return std::string_view("[]{}#$\\'\"").find(c) != absent; });
     const Place place = place_of(statement, statement.name_range);
     if (is_sign) {
-      out.push_back({place,
-                     "no expression can read a name that holds '" + token.text + "'",
+      out.push_back({place, "no expression can read a name that holds '" + token.text + "'",
                      "take a name of letters, digits and '_'"});
     } else {
       out.push_back({place, "the marks belong to this name, too",
@@ -77,6 +76,12 @@ void warn_of_foreign_forms(const Reading& reading, const Statement& statement, P
   std::optional<Problem> problem = explain_foreign_comment(reading, statement);
   const bool may_declare = statement.name_range.size() == 2;  // VAR A:=C; declares VARA
   if (!problem && may_declare) problem = explain_declaring_word(reading, statement);
+  const Token& first = statement.tokens.front();
+  if (!problem && first.text == "IF" && statement.tokens.size() > 1 &&
+      statement.tokens[1].kind != TokenKind::open && statement.name_range.size() > 1) {
+    problem = Problem{place_of(statement, statement.name_range),
+                      "IF chooses a value, not statements", "write X:=IF(COND,A,B);"};
+  }
   if (problem) out.push_back(std::move(*problem));
 }
 

@@ -16,12 +16,12 @@ struct ItemKind {
   std::string_view front;
   char kind;
 };
-constexpr ItemKind item_kinds[] = {
-    {"LINETHICK", 'w'}, {"SOLIDLINE", 'd'}, {"DASHLINE", 'd'}, {"DASHDOTDOT", 'd'},
-    {"DASHDOT", 'd'},   {"DASH", 'd'},      {"DOTLINE", 'd'},  {"DOT", 'd'},
-    {"POINTDOT", 'd'},  {"PRECIS", 'p'},    {"NODRAW", 'n'},   {"NOTEXT", 't'},
-    {"ALIGN", 'a'},     {"VALIGN", 'v'},    {"FONTSIZE", 'f'}, {"SOLID", 's'},
-    {"HOLLOW", 's'},    {"RGB", 'c'}};
+constexpr ItemKind item_kinds[] = {{"LINETHICK", 'w'},  {"SOLIDLINE", 'd'}, {"DASHLINE", 'd'},
+                                   {"DASHDOTDOT", 'd'}, {"DASHDOT", 'd'},   {"DASH", 'd'},
+                                   {"DOTLINE", 'd'},    {"DOT", 'd'},       {"POINTDOT", 'd'},
+                                   {"PRECIS", 'p'},     {"NODRAW", 'n'},    {"NOTEXT", 't'},
+                                   {"ALIGN", 'a'},      {"VALIGN", 'v'},    {"FONTSIZE", 'f'},
+                                   {"SOLID", 's'},      {"HOLLOW", 's'},    {"RGB", 'c'}};
 
 /// What a drawing takes behind it.
 struct Taken {
@@ -171,11 +171,12 @@ class StyleCheck {
   }
 
   bool check_drawing(std::string_view owner, const Token& token, char kind) {
-    const std::string_view drawing = owner == "ICON" ? "DRAWICON" : owner == "WORD" ? "DRAWTEXT" : owner;
+    const std::string_view drawing = owner == "ICON"   ? "DRAWICON"
+                                     : owner == "WORD" ? "DRAWTEXT"
+                                                       : owner;
     const auto* const row = std::ranges::find(taken, drawing, &Taken::word);
     if (row == std::end(taken) || row->kinds.find(kind) != absent) return false;
-    const bool has_colour_inside =
-        kind == 'c' && !row->kinds.empty();
+    const bool has_colour_inside = kind == 'c' && !row->kinds.empty();
     add(token, token.text + " has no effect on " + std::string(owner),
         has_colour_inside ? "its colour stands among the arguments" : "take it away");
     return true;
@@ -188,8 +189,7 @@ class StyleCheck {
 
 }  // namespace
 
-void warn_of_styles(const Reading& reading, const Statement& statement,
-                    std::vector<Problem>& out) {
+void warn_of_styles(const Reading& reading, const Statement& statement, std::vector<Problem>& out) {
   StyleCheck(reading, statement, out).run();
 }
 

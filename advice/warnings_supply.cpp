@@ -54,8 +54,8 @@ void warn_of_constants(const Reading& reading, const Input& input, std::vector<P
   for (const Statement& statement : reading.statements) {
     if (!reads_words(statement)) continue;
     for (const Token& token : statement.tokens) {
-      const bool is_missing = token.kind == TokenKind::word &&
-                              std::ranges::find(missing, token.text) != missing.end();
+      const bool is_missing =
+          token.kind == TokenKind::word && std::ranges::find(missing, token.text) != missing.end();
       if (!is_missing) continue;
       if (!told.insert(token.text).second) continue;
       out.push_back({place_of(token),

@@ -43,8 +43,8 @@ class WordCheck {
       suggestion = "for an earlier bar write REF(" + field + "," + text(call.arguments[0]) + ")";
     } else if (call.arguments.size() == 2) {
       const std::string series = text(call.arguments[0]);
-      suggestion = "for a change write " + series + "-REF(" + series + "," +
-                   text(call.arguments[1]) + ")";
+      suggestion =
+          "for a change write " + series + "-REF(" + series + "," + text(call.arguments[1]) + ")";
     }
     add(place_of_call(call), field + " is a bar field, which takes no arguments",
         std::move(suggestion));
@@ -102,8 +102,7 @@ class WordCheck {
 
 }  // namespace
 
-void warn_of_words(const Reading& reading, const Statement& statement,
-                   std::vector<Problem>& out) {
+void warn_of_words(const Reading& reading, const Statement& statement, std::vector<Problem>& out) {
   WordCheck check(reading, statement, out);
   for (const Call& call : statement.calls) check.check(call);
 }

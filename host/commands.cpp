@@ -257,7 +257,7 @@ std::string calculate(const Options& options, Compiled& compiled, const Bars& ba
 /// Compiles and calculates; with success `use` gets the script, its bars and its results.
 template <typename Use>
 int calculate_and(const Options& options, const Use& use) {
-  const Bars bars = read_bars(options.bars_path);
+  const Bars bars = read_bars(options.bars_path, options.columns);
   if (options.first_row >= bars.keys.size()) {
     throw HostError("--from " + std::to_string(options.first_row) + ": there are only " +
                     std::to_string(bars.keys.size()) + " bars, the first of them is row 0");

@@ -28,6 +28,7 @@ struct Options {
   std::string calendar_path;
   std::vector<std::string> references;  ///< "SOURCE|FIELD=FILE.csv"
   std::string bars_path;
+  std::vector<std::string> columns;  ///< "FIELD=COLUMN", of bars under other names
   size_t last = 10;
   uint32_t first_row = 0;
   ChartOptions chart;

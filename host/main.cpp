@@ -133,6 +133,13 @@ void add_bar_options(CLI::App& command, Options& options) {
                   "Bars, comma-separated, with a header; - for bars from a pipe")
       ->type_name("FILE.csv")
       ->required();
+  command
+      .add_option("--column", options.columns,
+                  "The column of a field that stands under another name, such as "
+                  "close=\"Adj Close\"; may be repeated")
+      ->type_name("FIELD=COLUMN")
+      ->expected(1)
+      ->take_all();
   command.add_option("--calendar", options.calendar_path, "The security's trading calendar, JSON")
       ->type_name("FILE");
   command
