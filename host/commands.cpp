@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <span>
@@ -187,6 +188,30 @@ void show_findings(const Options& options, const Compiled& compiled, const Findi
   std::cerr << quor_advice::compiler_text(findings, compiled.source, name);
 }
 
+bool has_error(const Findings& findings) {
+  return std::ranges::find(findings, quor_advice::Severity::error,
+                           &quor_advice::Finding::severity) != findings.end();
+}
+
+/// The files, and those of folders and the folders in them, by their names.
+std::vector<std::string> scripts_under(const std::vector<std::string>& paths) {
+  std::vector<std::string> scripts;
+  for (const std::string& path : paths) {
+    if (!std::filesystem::is_directory(path)) {
+      scripts.push_back(path);
+      continue;
+    }
+    std::vector<std::string> inside;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(path)) {
+      if (entry.path().extension() == ".quor") inside.push_back(entry.path().string());
+    }
+    if (inside.empty()) throw HostError(path + ": holds no script (*.quor)");
+    std::ranges::sort(inside);
+    scripts.insert(scripts.end(), inside.begin(), inside.end());
+  }
+  return scripts;
+}
+
 int status_of(const Options& options, const Findings& findings) {
   const bool fails = std::ranges::any_of(findings, [&options](const quor_advice::Finding& finding) {
     return options.is_strict || finding.severity == quor_advice::Severity::error;
@@ -295,6 +320,27 @@ int check_script(const Options& options) {
                  parse_texts_under(compiled.session.shapes(), "ShapeName"));
   }
   return status_of(options, findings);
+}
+
+int check_scripts(const Options& options) {
+  Options one = options;
+  size_t sound = 0;
+  size_t faulty = 0;
+  int status = exit_sound;
+  const std::vector<std::string> paths = scripts_under(options.script_paths);
+  for (const std::string& path : paths) {
+    one.script_path = path;
+    const Compiled compiled(one);
+    const Findings findings = findings_of(compiled);
+    show_findings(one, compiled, findings);
+    status = std::max(status, status_of(one, findings));
+    if (findings.empty()) ++sound;
+    if (has_error(findings)) ++faulty;
+  }
+  std::cout << paths.size() << (paths.size() == 1 ? " script: " : " scripts: ") << sound
+            << " sound, " << faulty << " with errors, " << paths.size() - sound - faulty
+            << " with warnings\n";
+  return status;
 }
 
 int run_script(const Options& options) {
