@@ -281,7 +281,10 @@ std::optional<Problem> explain_choice(const Statement& statement) {
   const bool has_else =
       find_word(statement, "ELSE") != nullptr || find_word(statement, "THEN") != nullptr;
   const Token* const choice = find_word(statement, "IF");
-  if (!has_else || choice == nullptr || (choice + 1)->kind != TokenKind::open) return std::nullopt;
+  if (!has_else || choice == nullptr) return std::nullopt;
+  const Token* const next =
+      statement.token(static_cast<size_t>(choice - statement.tokens.data()) + 1);
+  if (next == nullptr || next->kind != TokenKind::open) return std::nullopt;
   return Problem{place_of(*choice), "THEN and ELSE are no words of the language",
                  "write IF(COND,A,B)"};
 }

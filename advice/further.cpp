@@ -11,6 +11,7 @@ namespace quor_advice {
 namespace {
 
 constexpr size_t most_errors = 20;
+constexpr size_t most_compiles = 40;  ///< consequences of errors cost some, too
 constexpr int64_t quote_open = 5;
 constexpr int64_t unfinished = 14;
 
@@ -29,7 +30,8 @@ class ErrorSearch {
   }
 
   AllErrors run() {
-    while (failure_.code != 0 && found_.errors.size() < most_errors) {
+    for (size_t round = 0; failure_.code != 0 && round < most_compiles; ++round) {
+      if (found_.errors.size() == most_errors) break;
       const Reading reading = read_script(found_.rest, input_.parameters);
       if (!take(reading) || !input_.compile) break;
       failure_ = read_failure(input_.compile(found_.rest));

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <span>
@@ -23,6 +22,7 @@
 #include "market_constants.h"
 #include "output.h"
 #include "parameters.h"
+#include "paths.h"
 #include "period.h"
 #include "references.h"
 #include "report.h"
@@ -191,25 +191,6 @@ void show_findings(const Options& options, const Compiled& compiled, const Findi
 bool has_error(const Findings& findings) {
   return std::ranges::find(findings, quor_advice::Severity::error,
                            &quor_advice::Finding::severity) != findings.end();
-}
-
-/// The files, and those of folders and the folders in them, by their names.
-std::vector<std::string> scripts_under(const std::vector<std::string>& paths) {
-  std::vector<std::string> scripts;
-  for (const std::string& path : paths) {
-    if (!std::filesystem::is_directory(path)) {
-      scripts.push_back(path);
-      continue;
-    }
-    std::vector<std::string> inside;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(path)) {
-      if (entry.path().extension() == ".quor") inside.push_back(entry.path().string());
-    }
-    if (inside.empty()) throw HostError(path + ": holds no script (*.quor)");
-    std::ranges::sort(inside);
-    scripts.insert(scripts.end(), inside.begin(), inside.end());
-  }
-  return scripts;
 }
 
 int status_of(const Options& options, const Findings& findings) {

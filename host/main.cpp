@@ -1,7 +1,6 @@
 // quor: compiles and runs scripts from the command line.
 #include <CLI/CLI.hpp>
 #include <exception>
-#include <filesystem>
 #include <iostream>
 #include <limits>
 
@@ -9,6 +8,7 @@
 #include "console.h"
 #include "help.h"
 #include "option_checks.h"
+#include "paths.h"
 #include "scan.h"
 #ifdef QUOR_STUDIO
 #include "studio/studio.h"
@@ -265,8 +265,7 @@ size_t count(const CLI::App& command, const std::string& option) {
 
 int check(Options options) {
   const std::vector<std::string>& paths = options.script_paths;
-  const bool is_one =
-      paths.size() < 2 && (paths.empty() || !std::filesystem::is_directory(paths[0]));
+  const bool is_one = paths.size() < 2 && (paths.empty() || !quor_host::is_folder(paths[0]));
   if (is_one) {
     if (!paths.empty()) options.script_path = paths[0];
     return check_script(options);

@@ -171,6 +171,12 @@ TEST(Advice, takes_any_script) {
          R"("ErrCode":14,"ExtraMsg":"","IsNeedRequestTradeDay":"","ErrLine":99999999999999999999})"}) {
       input.report = report;
       EXPECT_LE(quor_advice::advise(input).size(), 101U);
+      // A library that refuses whatever is left of the script.
+      quor_advice::Input refused = input;
+      const std::string shorter = repeated(part, 200);
+      refused.script = shorter;
+      refused.compile = [report](std::string_view) { return std::string(report); };
+      EXPECT_LE(quor_advice::advise(refused).size(), 101U);
     }
   }
 }
