@@ -171,7 +171,7 @@ TEST(Docs, tasks_show_scripts_that_run) {
     task.bars = 400;
     task.is_hourly = true;
     std::string told;
-    for (const auto& finding : findings_of(task)) told += text_of(finding) + '\n';
+    for (const auto& finding : findings_of(task)) told += finding.sentence + '\n';
     EXPECT_EQ(told, "") << script;
   }
   for (const std::string& line : lines_of(text)) {
