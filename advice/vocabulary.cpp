@@ -156,7 +156,16 @@ size_t tolerance(std::string_view word) {
   const size_t length = count_characters(word);
   if (length == 2) return std::ranges::any_of(word, is_beyond_ascii) ? 1 : 0;
   if (length < 2) return 0;
-  return length <= 5 ? 1 : length <= 8 ? 2 : 3;
+  return length <= 6 ? 1 : length <= 8 ? 2 : 3;
+}
+
+/// A short word with another letter in it is another word: LAG is no LOG, RANK no RAND.
+bool is_another_word(std::string_view word, std::string_view candidate) {
+  const bool is_plain = std::ranges::none_of(word, is_beyond_ascii);
+  if (!is_plain || word.size() > 4 || word.size() != candidate.size()) return false;
+  size_t differences = 0;
+  for (size_t i = 0; i < word.size(); ++i) differences += word[i] == candidate[i] ? 0 : 1;
+  return differences == 1;
 }
 
 /// LINETHIK2: the digits are taken as they stand if the letters in front are near.
@@ -181,6 +190,7 @@ std::optional<std::string> colour_of_digits(std::string_view word) {
 
 std::vector<std::string_view> words_of(Vocabulary vocabulary) {
   std::vector<std::string_view> words;
+  if (vocabulary == Vocabulary::names) return words;
   if (vocabulary == Vocabulary::quote) return {std::begin(quote_fields), std::end(quote_fields)};
   if (vocabulary == Vocabulary::short_form) {
     words.assign(std::begin(other_short_forms), std::end(other_short_forms));
@@ -308,6 +318,7 @@ std::optional<std::string> nearest(std::string_view word, Vocabulary vocabulary,
   for (const std::string_view candidate : words) {
     const size_t edits = edit_distance(word, candidate);
     if (edits == 0 || edits >= fewest) continue;
+    if (vocabulary == Vocabulary::expression && is_another_word(word, candidate)) continue;
     fewest = edits;
     best = candidate;
   }

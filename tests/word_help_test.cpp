@@ -9,8 +9,10 @@
 #include <string_view>
 #include <vector>
 
+#include "advice/topic_help.h"
 #include "advice/vocabulary.h"
 #include "core/status.h"
+#include "support/advice_cases.h"
 #include "support/test_host.h"
 #include "vocabulary/function_sets.h"
 #include "vocabulary/registry.h"
@@ -124,6 +126,50 @@ TEST(WordHelp, forms_show_as_many_arguments_as_are_needed) {
     EXPECT_TRUE(is_open || shown >= help.least) << help.form;
     EXPECT_TRUE(help.most < 0 || shown <= help.most) << help.form;
   }
+}
+
+/// Words in capitals of a text, letters and digits.
+std::vector<std::string> words_of(std::string_view text) {
+  std::vector<std::string> words(1);
+  for (const char c : text) {
+    const bool joins = (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    if (joins) words.back() += c;
+    if (!joins && !words.back().empty()) words.emplace_back();
+  }
+  return words;
+}
+
+TEST(TopicHelp, names_words_of_the_language) {
+  for (const char* const name : {"fields", "colours", "styles"}) {
+    const quor_advice::TopicHelp* const topic = quor_advice::find_topic_help(name);
+    ASSERT_NE(topic, nullptr) << name;
+    for (const auto& line : topic->lines) {
+      if (line.term.find_first_of("(:") != std::string_view::npos) continue;
+      for (const std::string& word : words_of(line.term)) {
+        if (word.empty()) continue;
+        const std::string script =
+            std::string(name) == "fields" ? "A:" + word + ";" : "A:C," + word + ";";
+        const std::string told = findings_text(script);
+        const bool is_known = told.find("no style item") == std::string::npos &&
+                              told.find("nothing defines") == std::string::npos &&
+                              told.find("no colour") == std::string::npos;
+        EXPECT_TRUE(is_known) << word << '\n' << told;
+      }
+    }
+  }
+}
+
+TEST(TopicHelp, finds_words_by_meaning) {
+  using Words = std::vector<std::string_view>;
+  const auto is_among = [](const Words& words, std::string_view word) {
+    return std::ranges::find(words, word) != words.end();
+  };
+  EXPECT_TRUE(is_among(quor_advice::words_about("average"), "MA"));
+  EXPECT_TRUE(is_among(quor_advice::words_about("Greatest"), "HHV"));
+  EXPECT_EQ(quor_advice::words_about("cross"), (Words{"CROSS", "CROSSDOWN", "CROSSUP"}));
+  EXPECT_EQ(quor_advice::words_about("of"), Words());
+  EXPECT_EQ(quor_advice::find_topic_help("COLORS"), quor_advice::find_topic_help("colours"));
+  EXPECT_EQ(quor_advice::find_topic_help("MA"), nullptr);
 }
 
 }  // namespace
