@@ -28,7 +28,7 @@ while read -r package; do
   esac || die "$package can't be unpacked"
 done <build/arm64/packages
 needed=$(dpkg-deb -f dist/quor_*_arm64.deb Depends)
-[ "$needed" = 'libc6 (>= 2.28), libgcc-s1 (>= 4.2), libquor-parser (>= 0.9.0)' ] ||
+[ "$needed" = 'libquor-parser (>= 0.9.0), libc6 (>= 2.28), libgcc-s1 (>= 4.2)' ] ||
   die "the package of the program needs $needed"
 
 # tried PREFIX LIBRARIES: a client says its session, the program draws, and the page is there.
