@@ -133,7 +133,8 @@ TEST_F(HostileTest, scripts_are_saved_in_their_folder_alone) {
   EXPECT_EQ(save("new%20one.quor", false), 201);
   EXPECT_EQ(studio->get("/api/scripts/new%20one.quor").json()["text"], "B:O;");
   EXPECT_EQ(studio->get("/api/start").json()["scripts"], Json({"mine.quor", "new one.quor"}));
-  for (const char* const name : {"a.csv", "mine.quor", "new one.quor", "folder.quor", "link.quor"}) {
+  for (const char* const name :
+       {"a.csv", "mine.quor", "new one.quor", "folder.quor", "link.quor"}) {
     fs::remove(folder.path(name));
   }
   EXPECT_TRUE(fs::is_empty(folder.path()));
