@@ -7,6 +7,7 @@ set -u
 [ "$(id -u)" -eq 0 ] || die "only root may change the root"
 need_packages $try_packages
 suite=$(. /etc/os-release && echo "$VERSION_CODENAME")
+architecture=$(dpkg --print-architecture)
 roots=$root/build/roots
 expected=$root/examples/session.txt
 mkdir -p "$roots"
@@ -27,7 +28,7 @@ says_session() {
 tools/package.sh >"$roots/packages" || exit
 say "Trying the packages"
 lintian --allow-root --fail-on error,warning --suppress-tags copyright-without-copyright-notice \
-  dist/*.deb || die "lintian finds faults"
+  dist/*_"$architecture".deb || die "lintian finds faults"
 
 # A root with nothing but the least, and one to develop in, with all of the packages and clients built
 # in every way.
@@ -36,7 +37,7 @@ debootstrap --variant=minbase "$suite" "$roots/bare" >"$roots/bare.log" 2>&1 ||
   die "no root: $(tail -n 3 "$roots/bare.log")"
 cp -a "$roots/bare" "$roots/developer"
 cp /etc/resolv.conf "$roots/developer/etc"
-cp dist/*.deb "$roots/developer"
+cp dist/*_"$architecture".deb "$roots/developer"
 inside developer '
   export DEBIAN_FRONTEND=noninteractive
   apt-get install -y --no-install-recommends g++ pkg-config fonts-dejavu-core /*.deb' \
@@ -61,7 +62,7 @@ inside developer '
   die "the installed program has no studio"
 
 # Nothing but the library.
-cp dist/libquor-parser_*.deb "$roots/developer/session_c" "$roots/developer/session_cpp" \
+cp dist/libquor-parser_*_"$architecture".deb "$roots/developer/session_c" "$roots/developer/session_cpp" \
   "$roots/bare"
 inside bare 'dpkg -i /*.deb >/dev/null'
 says_session bare /session_c
@@ -69,7 +70,7 @@ says_session bare /session_cpp
 inside bare 'dpkg -P libquor-parser >/dev/null'
 
 # The archive, and a copy of the one file, which nothing was installed for.
-tar -C "$roots/bare" -xzf dist/quor-parser-*-linux-*.tar.gz
+tar -C "$roots/bare" -xzf dist/quor-parser-*-linux-"$(uname -m)".tar.gz
 mv "$roots/bare/quor-parser-"* "$roots/bare/quor"
 inside bare 'mkdir /copy && cp /quor/lib/lib_quor_parser.so /copy'
 says_session bare 'LD_LIBRARY_PATH=/copy /session_c'
