@@ -35,7 +35,6 @@ struct Handle {
 
   quor::engine::Subject subject;
   Script script;
-  bool run_failed = false;
   /// Of the bars taken in last, in their order.
   std::vector<int64_t> keys;
   /// Where these bars stand; empty if they are the rows in their order.
@@ -61,6 +60,11 @@ Outcome guarded(const Work& work) noexcept {
     answer = fault.what();
     return Outcome::misuse;
   }
+}
+
+/// The library takes an end of memory for a failure of the script.
+bool is_end_of_memory(const quor::engine::Failure& failure) {
+  return failure.text == std::bad_alloc().what();
 }
 
 std::string string_of(simdjson::dom::element object, const char* key) {
@@ -187,8 +191,9 @@ void find_rows(Handle& handle) {
 }
 
 Outcome calculate(Handle& handle, uint32_t first, bool with_events) {
-  handle.run_failed = static_cast<bool>(handle.script.calculate(first, with_events));
-  if (!handle.run_failed) return Outcome::done;
+  const auto failure = handle.script.calculate(first, with_events);
+  if (!failure) return Outcome::done;
+  if (is_end_of_memory(failure)) return Outcome::no_memory;
   answer_error(handle);
   return Outcome::script_failed;
 }
@@ -221,6 +226,7 @@ Outcome quor_compile(const char* settings, size_t length, Handle** result) {
     const simdjson::dom::element given = parser.parse(settings, length);
     auto handle = std::make_unique<Handle>(quor_npm::string_of(given, "source"),
                                            quor_npm::settings_of(given));
+    if (quor_npm::is_end_of_memory(handle->script.report().failure)) return Outcome::no_memory;
     if (handle->script.report().failure) {
       quor_npm::answer_error(*handle);
       return Outcome::script_failed;
@@ -233,8 +239,8 @@ Outcome quor_compile(const char* settings, size_t length, Handle** result) {
 
 QUOR_CALL(quor_free) void quor_free(Handle* handle) { delete handle; }
 
-/// Takes bars in place of those before and calculates. Keys are whole numbers; `values` has an array
-/// of each column.
+/// Takes bars in place of those before and calculates. Keys are whole numbers; `values` has an
+/// array of each column.
 QUOR_CALL(quor_run)
 Outcome quor_run(Handle* handle, size_t count, const double* keys, size_t columns,
                  const uint32_t* ids, const double* const* values, bool with_events) {
