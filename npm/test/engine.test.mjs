@@ -74,17 +74,20 @@ describe('an engine', () => {
   test('says when it has stopped, and another one works', async () => {
     const quor = await load();
     const script = quor.compile('A:C;');
-    // A trap in the midst of a call, while the engine asks for the clock.
+    const clock = quor.compile('A:CURRENTTIME;');
+    // A trap in the midst of a call, while the engine asks for the clock; the package asks before.
     const { now } = Date;
+    let asked = 0;
     Date.now = () => {
+      if (++asked === 1) return now();
       throw new WebAssembly.RuntimeError('unreachable');
     };
     try {
-      const clock = quor.compile('A:CURRENTTIME;');
       assert.throws(() => clock.run({ time: [20240101] }), EngineStopped);
     } finally {
       Date.now = now;
     }
+    assert.equal(asked, 2);
     assert.throws(() => script.run({ time: [20240101], C: [1] }), EngineStopped);
     assert.throws(() => quor.compile('A:C;'), /load\(\) gives a new one/);
     script.free();
