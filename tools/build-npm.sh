@@ -4,7 +4,7 @@
 set -u
 . "$(dirname "$0")/lib.sh"
 
-{ command -v npm && node -e 'process.exit(parseInt(process.versions.node) < 20)'; } >/dev/null ||
+{ command -v npm && node -e 'process.exit(parseInt(process.versions.node) < 20 ? 1 : 0)'; } >/dev/null ||
   die "Node 20 or newer is missing, with its npm"
 tools/build-wasm.sh || exit
 cd npm || exit
