@@ -93,7 +93,9 @@ export class BarReader {
     for (let i = 0; i < fields.length; ++i) {
       const name = fields[i]!;
       const number = numberOf(bar[name]);
-      if (number === undefined) throw new TypeError(`'${name}' is a ${typeof bar[name]}`);
+      if (number === undefined) {
+        throw new TypeError(`'${name}' is a ${typeof bar[name]}, and no number`);
+      }
       this.#numbers[1 + i] = number;
     }
     return this.#numbers;
