@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "explain.h"
+#include "further.h"
 #include "letters.h"
 #include "parameter_faults.h"
 #include "warnings.h"
@@ -56,15 +57,19 @@ class Adviser {
         reading_(read_script(input.script, input.parameters)),
         failure_(read_failure(input.report)) {
     if (failure_.code == 0) failure_ = read_failure(input.answer);
+    reading_.has_seconds = (input.period & 0xFF00) == 0x3100;
   }
 
   std::vector<Finding> run() {
-    if (failure_.code != 0) {
+    if (failure_.code != 0 && input_.compile) {
+      note_all_errors();
+    } else if (failure_.code != 0) {
       noted_.push_back({Severity::error, failure_.code, explain(reading_, failure_)});
       failed_at_ = noted_.front().problem.place.begin;
     }
     note_warnings();
     std::vector<Finding> findings;
+    const Reading original = read_script(input_.script, input_.parameters);
     std::ranges::stable_sort(noted_, {},
                              [](const Noted& noted) { return noted.problem.place.begin; });
     const bool contradicts = input_.run && contradicts_period(*input_.run, input_.period);
@@ -74,12 +79,25 @@ class Adviser {
            "there are several bars a day, but their period is said to be a day or longer",
            "name the period of the bars"});
     }
-    const Placer placer(reading_);
+    const Placer placer(original);
     for (const Noted& noted : noted_) findings.push_back(placer.finding(noted));
     return findings;
   }
 
  private:
+  /// What is left without the faulty statements is looked through like a sound script.
+  void note_all_errors() {
+    AllErrors all = find_all_errors(input_, failure_);
+    for (ToldError& error : all.errors) {
+      noted_.push_back({Severity::error, error.code, std::move(error.problem)});
+    }
+    is_incomplete_ = true;
+    rest_ = std::move(all.rest);
+    reading_ = read_script(rest_, input_.parameters);
+    failure_ = all.last;
+    failed_at_ = noted_.back().problem.place.begin;
+  }
+
   /// Where a quote is open or the end is missing, what follows can't be read. Of the statement that
   /// the error is in, the error says enough.
   bool is_readable(const Statement& statement) const {
@@ -100,9 +118,18 @@ class Adviser {
       if (noted_.size() >= most_findings) return;
       if (is_readable(statement)) note(statement_warnings(reading_, statement, run));
     }
-    if (failure_.code == 0) note(supply_warnings(reading_, input_));
-    if (failure_.code == 0 && run != nullptr) note_null_lines();
-    if (failure_.code != quote_open && failure_.code != unfinished) note(script_warnings(reading_));
+    const bool is_sound = failure_.code == 0 && !is_incomplete_;
+    if (is_sound) note(supply_warnings(reading_, input_));
+    if (is_sound && run != nullptr) note_null_lines();
+    const bool is_cut = failure_.code == quote_open || failure_.code == unfinished;
+    if (!is_cut && !has_no_statement()) note(script_warnings(reading_));
+  }
+
+  /// Whether all statements are left out.
+  bool has_no_statement() const {
+    return is_incomplete_ && std::ranges::all_of(reading_.statements, [](const Statement& s) {
+             return s.form == Form::empty;
+           });
   }
 
   /// A line whose statement has a warning is null for that reason.
@@ -134,7 +161,9 @@ class Adviser {
   const Input& input_;
   Reading reading_;
   Failure failure_;
-  size_t failed_at_ = 0;  ///< the place of the error
+  size_t failed_at_ = 0;        ///< the place of the error
+  bool is_incomplete_ = false;  ///< faulty statements are left out of the reading
+  std::string rest_;            ///< what is read then
   std::vector<Noted> noted_;
 };
 

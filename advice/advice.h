@@ -21,8 +21,8 @@
 
 namespace quor_advice {
 
-/// The findings, ordered by their places, those without a place first; at most 100 with a place. At
-/// most one is an error: the library stops at the first.
+/// The findings, ordered by their places, those without a place first; at most 100 with a place.
+/// The library stops at the first error; the others are found if `compile` is given, at most 20.
 std::vector<Finding> advise(const Input& input);
 
 /// The names in a script as the library knows them: in capitals and without blanks, each once, in

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "code_help.h"
+#include "elsewhere.h"
 #include "letters.h"
 
 namespace quor_advice {
@@ -20,6 +21,7 @@ struct Row {
 /// The form of the statement is all there is to say.
 std::optional<Problem> explain_operand(const Case& failed) {
   if (failed.statement == nullptr) return std::nullopt;
+  if (auto problem = explain_declaring_word(failed.reading, *failed.statement)) return problem;
   const auto problems = check_form(failed.reading, *failed.statement);
   if (problems.empty()) return std::nullopt;
   return problems.front();
@@ -142,11 +144,11 @@ std::optional<Problem> explain_foreign(std::string_view character) {
   }
   const auto* const row = std::ranges::find(foreign_signs, character, &ForeignSign::sign);
   if (row == std::end(foreign_signs)) return std::nullopt;
-  const std::string name(row->name);
-  if (row->meant.empty())
-    return Problem{{}, "a " + name + " is no sign of the language", "take it away"};
+  const bool is_vowel = std::string_view("aeiou").find(row->name[0]) != absent;
+  const std::string name = (is_vowel ? "an " : "a ") + std::string(row->name);
+  if (row->meant.empty()) return Problem{{}, name + " is no sign of the language", "take it away"};
   const std::string sentence =
-      "a " + name + " '" + std::string(character) + "' is no sign of the language";
+      name + " '" + std::string(character) + "' is no sign of the language";
   if (row->meant == "'") return Problem{{}, sentence, "write a straight quote: '"};
   if (row->meant == " ") return Problem{{}, sentence, "write a plain blank"};
   return Problem{{}, sentence, "write '" + std::string(row->meant) + "'"};

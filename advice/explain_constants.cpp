@@ -7,6 +7,7 @@
 
 #include "explain.h"
 #include "letters.h"
+#include "values.h"
 #include "vocabulary.h"
 #include "word_help.h"
 
@@ -138,20 +139,65 @@ std::optional<Problem> explain_numbered_item(const Case& failed, const std::stri
   return std::nullopt;
 }
 
+/// A message such as GOLDENLINEGOLDENLINE, of a word whose last argument is null.
+std::optional<Problem> explain_doubled_word(const Case& failed, const std::string& message) {
+  const std::string name = message.substr(0, message.size() / 2);
+  const WordHelp* const help = find_word_help(name);
+  const Token* const word = find_word(*failed.statement, name);
+  if (message != name + name || help == nullptr || word == nullptr) return std::nullopt;
+  const size_t last = arguments_of_form(name).size() - 1;
+  return Problem{place_of_argument(*failed.statement, *word, last),
+                 "the last argument of " + name + " is null or no number",
+                 "it is written " + std::string(help->form)};
+}
+
 /// A message such as DRAWANGLELINE.RATIO names a word and what it was given wrongly.
 std::optional<Problem> explain_suffix(const Case& failed) {
   const std::string& message = failed.failure.message;
   const size_t point = message.find('.');
-  if (point == absent || failed.statement == nullptr) return std::nullopt;
+  if (failed.statement == nullptr) return std::nullopt;
+  if (point == absent) return explain_doubled_word(failed, message);
   const std::string name = message.substr(point + 1);
   const Token* const word = find_word(*failed.statement, message.substr(0, point));
   if (word == nullptr) return explain_numbered_item(failed, name);
   const auto names = arguments_of_form(word->text);
-  const auto index = static_cast<size_t>(std::ranges::find(names, name) - names.begin());
+  const auto index =
+      static_cast<size_t>(std::ranges::find_if(names,
+                                               [&name](std::string_view role) {
+                                                 return role == name || role == "'" + name + "'";
+                                               }) -
+                          names.begin());
+  if (word->text == "DRAWLASTBARTEXT" && name == "TEXT") {
+    return Problem{place_of_argument(*failed.statement, *word, index),
+                   "DRAWLASTBARTEXT takes a text in single quotes",
+                   "for a number write DRAWLASTBARNUMBER(PRICE,NUMBER,DECIMALS,COLOR)"};
+  }
   const WordHelp* const help = find_word_help(word->text);
   return Problem{place_of_argument(*failed.statement, *word, index),
                  name + " of " + word->text + " is out of bounds or null",
                  help == nullptr ? "" : "it is written " + std::string(help->form)};
+}
+
+/// DRAWICON(C>O,1,L): told by what the three arguments give.
+std::optional<Problem> explain_sign_order(const Case& failed, const Call& call) {
+  const Statement& statement = *failed.statement;
+  if (call.close == absent || call.arguments.size() != 3) return std::nullopt;
+  if (what_gives(failed.reading, statement, call.arguments[2]) != Gives::price) return std::nullopt;
+  std::string condition = "1";
+  std::string price;
+  std::string sign;
+  for (const Range argument : call.arguments) {
+    const Gives gives = what_gives(failed.reading, statement, argument);
+    const std::string text = failed.reading.text(statement, argument);
+    if (gives == Gives::condition) condition = text;
+    if (gives == Gives::price) price = text;
+    if (gives == Gives::constant) sign = text;
+  }
+  if (price.empty() || sign.empty()) return std::nullopt;
+  const std::string& word = statement.tokens[call.word].text;
+  return Problem{{statement.tokens[call.word].begin, statement.tokens[call.close].end},
+                 word + " takes its condition, the price and the sign in this order",
+                 "write " + word + "(" + condition + "," + price + "," + sign + ")"};
 }
 
 std::optional<Problem> explain_sign(const Case& failed) {
@@ -159,12 +205,34 @@ std::optional<Problem> explain_sign(const Case& failed) {
   if (word == nullptr) word = find_word(*failed.statement, "ICON");  // which becomes DRAWICON
   if (word == nullptr) return std::nullopt;
   const Call* const call = call_of(*failed.statement, *word);
+  if (call != nullptr && word->text == "DRAWICON") {
+    if (auto problem = explain_sign_order(failed, *call)) return problem;
+  }
   const size_t last = call == nullptr || call->arguments.empty() ? 0 : call->arguments.size() - 1;
   return Problem{place_of_argument(*failed.statement, *word, last),
                  word->text + " knows the signs 1 to 33", "write 1 to 33, or 'ICO1' to 'ICO33'"};
 }
 
+/// GETPRICE and another call in one statement, which the library reads as its field.
+std::optional<Problem> explain_quote_beside_call(const Case& failed) {
+  const Call* quote = nullptr;
+  for (const Call& call : failed.statement->calls) {
+    const Token& word = failed.statement->tokens[call.word];
+    const bool is_quote = word.text == "GETPRICE" || word.text == "GETSTOCKPRICE";
+    if (quote != nullptr) {
+      const Token& told = is_quote ? word : failed.statement->tokens[quote->word];
+      return Problem{place_of(told),
+                     is_quote ? "a second " + word.text + " in one statement"
+                              : "no other call may stand behind " + told.text,
+                     "give " + told.text + " a line of its own and calculate with its name"};
+    }
+    if (is_quote) quote = &call;
+  }
+  return std::nullopt;
+}
+
 std::optional<Problem> explain_quote_field(const Case& failed) {
+  if (auto problem = explain_quote_beside_call(failed)) return problem;
   const std::string& message = failed.failure.message;
   const size_t point = message.find('.');
   const std::string field = point == absent ? message : message.substr(point + 1);
@@ -315,6 +383,23 @@ std::optional<Problem> find_icon_without_text(const Case& failed) {
   return std::nullopt;
 }
 
+/// ALIGNX, of which the library tells no more than that it is no number.
+std::optional<Problem> find_item_without_number(const Reading& reading) {
+  constexpr std::array<std::string_view, 2> placing = {"ALIGN", "VALIGN"};
+  for (const Statement& statement : reading.statements) {
+    for (const Range item : statement.items) {
+      if (item.empty()) continue;
+      const Token& token = statement.tokens[item.begin];
+      for (const std::string_view front : placing) {
+        if (!token.text.starts_with(front) || is_style(token.text)) continue;
+        return Problem{place_of(token), reading.text(place_of(token)) + " has no number",
+                       "write " + bounds_of_style(front)};
+      }
+    }
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 std::optional<Problem> find_fatal_argument(const Reading& reading, const Statement& statement) {
@@ -366,6 +451,7 @@ std::optional<Problem> explain_exception(const Case& failed) {
   const std::string& message = failed.failure.message;
   std::optional<Problem> problem;
   if (message == "invalid string position") problem = find_icon_without_text(failed);
+  if (auto item = find_item_without_number(failed.reading)) return item;
   if (!problem) problem = find_fatal(failed.reading);
   if (!problem && message == "vector too long") problem = find_varying_period(failed.reading);
   if (problem && !message.empty()) problem->sentence += " (\"" + message + "\")";

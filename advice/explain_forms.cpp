@@ -3,6 +3,7 @@
 #include <array>
 #include <iterator>
 
+#include "elsewhere.h"
 #include "explain.h"
 #include "letters.h"
 #include "vocabulary.h"
@@ -81,6 +82,21 @@ std::optional<Problem> explain_items(const Case& failed, const std::string& word
   const size_t first = statement.items.front().begin;
   if (first >= statement.tokens.size()) return std::nullopt;
   const Place place = place_of(statement, {first, statement.tokens.size()});
+  const Token& item = statement.tokens[first];
+  const std::string meant = item_from_elsewhere(item.text);
+  if (!meant.empty()) {
+    return Problem{place_of(item), item.text + " is no signal, mark or style",
+                   "did you mean " + meant + "?"};
+  }
+  if (acts(item.text) && !is_short_form(item.text)) {
+    return Problem{place_of(item), item.text + " behind a comma does nothing",
+                   "give it a statement of its own"};
+  }
+  if (item.text == "WORD") {
+    const std::string condition = failed.reading.text(statement, statement.expression);
+    return Problem{place_of(item), "the condition of WORD can't hold a ','",
+                   "write X:=" + condition + "; and then X," + failed.reading.text(place) + ";"};
+  }
   const Place whole = place_of(statement, {0, statement.tokens.size()});
   return Problem{place, "without a name in front this counts as an argument of " + word,
                  "write NAME:" + failed.reading.text(whole) + ";"};
@@ -123,7 +139,9 @@ std::optional<Problem> explain_count(const Case& failed) {
   return Problem{{statement.tokens[call->word].begin, end},
                  word + " takes " + count_words(least, most) + ": " + form_of(word) + ", and has " +
                      std::to_string(given) + " here",
-                 {}};
+                 (word == "MAX" || word == "MIN") && given > 2
+                     ? word + "1 takes any number of arguments"
+                     : std::string()};
 }
 
 std::optional<Problem> explain_name(const Case& failed) {

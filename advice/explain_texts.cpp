@@ -64,6 +64,19 @@ std::optional<Problem> explain_end_of_script(const Reading& reading) {
                  "take it away, or " + std::string(cure)};
 }
 
+/// IF(C>O) { ... }, where the braces hold a comment.
+std::optional<Problem> explain_choice_of_statements(const Reading& reading,
+                                                    const Statement& statement) {
+  if (statement.calls.empty() || statement.calls[0].word != 0 || reading.scan.comments.empty())
+    return std::nullopt;
+  const Token& word = statement.tokens[0];
+  const bool ends_in_comment = reading.scan.comments.back().begin > statement.tokens.back().begin;
+  if (word.text != "IF" || statement.calls[0].arguments.size() != 1 || !ends_in_comment)
+    return std::nullopt;
+  return Problem{place_of(word), "IF chooses a value, not statements; braces hold a comment",
+                 "write IF(COND,A,B), such as X:=IF(C>O,C,O);"};
+}
+
 std::optional<Problem> explain_half_statement(const Reading& reading) {
   const size_t begin = *reading.scan.half_line_comment;
   const auto& tokens = reading.statements.back().tokens;
@@ -142,6 +155,7 @@ std::optional<Problem> explain_unfinished(const Case& failed) {
   for (const Problem& problem : problems) {
     if (problem.sentence.starts_with("a ';'")) return problem;
   }
+  if (auto problem = explain_choice_of_statements(reading, last)) return problem;
   const size_t end = last.tokens.back().end;
   return Problem{{end, end + 1}, "the last statement has no ';' at its end", "write ';' here"};
 }
@@ -151,6 +165,12 @@ std::optional<Problem> explain_reference(const Case& failed) {
   const auto token =
       std::ranges::find(failed.statement->tokens, TokenKind::reference, &Token::kind);
   if (token == failed.statement->tokens.end()) return double_quote_in_text(*failed.statement);
+  const auto second = std::ranges::find(std::next(token), failed.statement->tokens.end(),
+                                        TokenKind::reference, &Token::kind);
+  if (second != failed.statement->tokens.end()) {
+    return Problem{place_of(*second), "a second reference in double quotes in one statement",
+                   "give each a line of its own and calculate with the names"};
+  }
   const auto* const row =
       std::ranges::find(reference_words, failed.failure.code, &ReferenceWords::code);
   const std::string inner =

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "elsewhere.h"
 #include "explain.h"
 #include "letters.h"
 #include "vocabulary.h"
@@ -10,20 +11,6 @@
 
 namespace quor_advice {
 namespace {
-
-struct Synonym {
-  std::string_view word;
-  std::string_view meant;
-};
-
-// Words that authors bring along from elsewhere.
-constexpr Synonym synonyms[] = {
-    {"VOLUME", "VOL"},    {"TURNOVER", "AMOUNT"}, {"AVERAGE", "MA"},
-    {"AVG", "MA"},        {"HIGHEST", "HHV"},     {"LOWEST", "LLV"},
-    {"STDEV", "STD"},     {"STDDEV", "STD"},      {"XAVERAGE", "EMA"},
-    {"SUMMATION", "SUM"}, {"CROSSOVER", "CROSS"}, {"CROSSUNDER", "CROSSDOWN"},
-    {"POWER", "POW"},     {"SQR", "SQUARE"},      {"CEIL", "CEILING"},
-    {"INT", "INTPART"},   {"OPENINT", "OPI"},     {"ICONDRAW", "DRAWICON"}};
 
 /// A word at fault, alone between its neighbours.
 struct Word {
@@ -112,9 +99,25 @@ std::optional<Problem> explain_branch_word(const Word& word) {
   return word.problem(text + " is no word of the language", "write IF(condition,a,b)");
 }
 
+const Call* innermost_call(const Word& word) {
+  const Call* innermost = nullptr;
+  for (const Call& call : word.statement().calls) {
+    const bool holds = call.open < word.index && (call.close == absent || call.close > word.index);
+    if (holds) innermost = &call;
+  }
+  return innermost;
+}
+
 std::optional<Problem> explain_style_word(const Word& word) {
   const std::string& text = word.token().text;
   if (!is_style(text) || text == "SOLID") return std::nullopt;
+  const Call* const call = innermost_call(word);
+  const std::string name = call == nullptr ? "" : word.statement().tokens[call->word].text;
+  const auto roles = arguments_of_form(name);
+  if (is_colour(text) && std::ranges::find(roles, "COLOR") != roles.end()) {
+    return word.problem(name + " takes its colour at another place",
+                        "write " + std::string(find_word_help(name)->form));
+  }
   return word.problem(text + " is a style item",
                       "style items stand behind the comma of an output line");
 }
@@ -124,15 +127,6 @@ std::optional<Problem> explain_short_word(const Word& word) {
   if (!is_short_form(text)) return std::nullopt;
   return word.problem(text + " stands behind a comma, with its condition in front",
                       "write condition," + text);
-}
-
-const Call* innermost_call(const Word& word) {
-  const Call* innermost = nullptr;
-  for (const Call& call : word.statement().calls) {
-    const bool holds = call.open < word.index && (call.close == absent || call.close > word.index);
-    if (holds) innermost = &call;
-  }
-  return innermost;
 }
 
 /// C.5 for C,5, and signs in the middle of a word.
@@ -179,12 +173,33 @@ bool takes_text(const Word& word) {
   return help != nullptr && help->form.find('\'') != absent;
 }
 
+/// A name of the script's own that is near is sooner meant.
+std::optional<Problem> explain_from_elsewhere(const Word& word) {
+  const std::string& text = word.token().text;
+  std::string advice = advice_for_elsewhere(text);
+  if (advice.empty()) return std::nullopt;
+  if (nearest(text, Vocabulary::names, word.failed.reading.names())) return std::nullopt;
+  return word.undefined(std::move(advice));
+}
+
+std::optional<Problem> explain_bracket(const Word& word) {
+  return explain_index(word.failed.reading, word.token());
+}
+
+/// N of PARAM N:5, which declares PARAMN.
+std::optional<Problem> explain_declared_with_word(const Word& word) {
+  for (const Statement& statement : word.failed.reading.statements) {
+    if (statement.number >= word.statement().number) break;
+    const bool declares = statement.is_named() && statement.name_range.size() == 2 &&
+                          statement.tokens[1].text == word.token().text;
+    if (!declares) continue;
+    if (auto problem = explain_declaring_word(word.failed.reading, statement)) return problem;
+  }
+  return std::nullopt;
+}
+
 std::optional<Problem> explain_by_likeness(const Word& word) {
   const std::string& text = word.token().text;
-  const auto* const synonym = std::ranges::find(synonyms, text, &Synonym::word);
-  if (synonym != std::end(synonyms)) {
-    return word.undefined("did you mean " + std::string(synonym->meant) + "?");
-  }
   if (is_digit(text[0])) {
     return word.problem(word.failed.text(word.token()) + " is neither a number nor a name");
   }
@@ -202,9 +217,10 @@ std::optional<Problem> explain_by_likeness(const Word& word) {
 }
 
 constexpr Explain word_steps[] = {
-    explain_exponent,       explain_torn_name,  explain_order,      explain_comparison_for_name,
-    explain_branch_word,    explain_style_word, explain_short_word, explain_inner_sign,
-    explain_period_in_name, explain_by_likeness};
+    explain_exponent,    explain_torn_name,      explain_order,      explain_comparison_for_name,
+    explain_branch_word, explain_style_word,     explain_short_word, explain_declared_with_word,
+    explain_bracket,     explain_from_elsewhere, explain_inner_sign, explain_period_in_name,
+    explain_by_likeness};
 
 /// The short form of a named statement; authors name what has no value.
 std::optional<Problem> explain_named_form(const Case& failed) {
@@ -242,6 +258,42 @@ std::optional<Problem> explain_signs_in_name(const Case& failed) {
     if (token.kind != TokenKind::sign && token.kind != TokenKind::comma) continue;
     return Problem{place_of(token), "the name of a line can't hold '" + failed.text(token) + "'",
                    "take another name"};
+  }
+  return std::nullopt;
+}
+
+/// C>O,NOTICE('C<O'), whose name is torn at the sign.
+std::optional<Problem> explain_sign_in_notice(const Case& failed) {
+  const Statement& statement = *failed.statement;
+  if (find_word(statement, "NOTICE") == nullptr) return std::nullopt;
+  for (const Token& token : statement.tokens) {
+    const size_t sign = token.kind == TokenKind::text ? token.text.find_first_of("<>=") : absent;
+    if (sign == absent) continue;
+    return Problem{{token.begin + sign, token.begin + sign + 1},
+                   std::string("the name of a notice can't hold '") + token.text[sign] + "'",
+                   "take it away, or write it in words"};
+  }
+  return std::nullopt;
+}
+
+/// IF(C>O) C ELSE O
+std::optional<Problem> explain_choice(const Statement& statement) {
+  const bool has_else =
+      find_word(statement, "ELSE") != nullptr || find_word(statement, "THEN") != nullptr;
+  const Token* const choice = find_word(statement, "IF");
+  if (!has_else || choice == nullptr) return std::nullopt;
+  const Token* const next =
+      statement.token(static_cast<size_t>(choice - statement.tokens.data()) + 1);
+  if (next == nullptr || next->kind != TokenKind::open) return std::nullopt;
+  return Problem{place_of(*choice), "THEN and ELSE are no words of the language",
+                 "write IF(COND,A,B)"};
+}
+
+std::optional<Problem> explain_look_alikes(const Case& failed) {
+  for (const Token& token : failed.statement->tokens) {
+    if (!failed.reading.lines.contains(token.text)) {
+      if (auto problem = explain_look_alike(failed.reading, token)) return problem;
+    }
   }
   return std::nullopt;
 }
@@ -290,6 +342,10 @@ std::optional<size_t> first_unknown_word(const Case& failed) {
 std::optional<Problem> explain_word(const Case& failed) {
   if (failed.statement == nullptr) return std::nullopt;
   if (auto problem = explain_constant_statement(failed)) return problem;
+  if (auto problem = explain_sign_in_notice(failed)) return problem;
+  if (auto problem = explain_look_alikes(failed)) return problem;
+  if (auto problem = explain_declaring_word(failed.reading, *failed.statement)) return problem;
+  if (auto problem = explain_choice(*failed.statement)) return problem;
   if (auto problem = explain_named_form(failed)) return problem;
   if (auto problem = explain_signs_in_name(failed)) return problem;
   const auto tokens = find_tokens(failed.reading, *failed.statement, failed.failure.message);

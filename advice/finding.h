@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -54,6 +55,9 @@ struct Input {
   int32_t period = 0;            ///< period code as set_indicator_extra_info took it; 0: unknown
   std::optional<RunFacts> run;   ///< after a calculation
   std::optional<Supply> supply;  ///< nothing: it isn't known
+  /// Compiles another script with the same parameters and gives its report, so that more than the
+  /// first error is told; empty: there is nobody to ask.
+  std::function<std::string(std::string_view script)> compile;
 };
 
 }  // namespace quor_advice

@@ -73,6 +73,7 @@ struct Reading {
   std::map<std::string, double, std::less<>> constants;  ///< parameters and CONST
   std::map<std::string, size_t, std::less<>> lines;      ///< name to the statement that declares it
   std::map<std::string, double, std::less<>> constant_lines;  ///< lines of one value
+  bool has_seconds = false;  ///< bars come by the second, so that TIME is HHMMSS
 
   std::vector<size_t> line_starts;  ///< offsets
 

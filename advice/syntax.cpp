@@ -73,7 +73,11 @@ class FormCheck {
     for (size_t i = item.begin; i < item.end; ++i) {
       const TokenKind kind = tokens_[i].kind;
       if (kind == TokenKind::colon) {
-        add_second_colon(i);
+        if (i == item.begin + 1) {
+          add_comma_for_end(item.begin - 1);
+        } else {
+          add_second_colon(i);
+        }
         return;
       }
       if (kind == TokenKind::open || kind == TokenKind::close) {
@@ -87,6 +91,12 @@ class FormCheck {
       }
       if (is_style(tokens_[i].text)) add_missing_comma(i);
     }
+  }
+
+  /// A:C,B:O;
+  void add_comma_for_end(size_t comma) {
+    add(place_of(tokens_[comma]), "a ';' ends a statement, and here is a ','",
+        "write ';' in front of " + shown(comma + 1));
   }
 
   void add_missing_comma(size_t index) {
@@ -175,7 +185,11 @@ class FormCheck {
 
   void add_logic_word(size_t index, bool wants_operand, Range range) {
     const bool is_last = index + 1 == range.end;
-    if (!wants_operand && !is_last) {
+    const Token* const next = statement_.token(index + 1);
+    if (wants_operand && next != nullptr && next->kind == TokenKind::open) {
+      add(place_of(tokens_[index]), tokens_[index].text + " stands between two conditions",
+          "write A " + tokens_[index].text + " B");
+    } else if (!wants_operand && !is_last) {
       add_glued(index);
     } else {
       add(place_of(tokens_[index]), std::string("nothing stands ") +

@@ -6,51 +6,13 @@
 #include <utility>
 
 #include "letters.h"
+#include "src/tables/fields.h"
 #include "word_help.h"
 
 namespace quor_advice {
 namespace {
 
 using Words = std::span<const std::string_view>;
-
-struct Field {
-  std::string_view word;
-  uint32_t id;
-};
-
-constexpr Field fields[] = {
-    {"CLOSE", 11},
-    {"C", 11},
-    {"HIGH", 8},
-    {"H", 8},
-    {"LOW", 9},
-    {"L", 9},
-    {"OPEN", 7},
-    {"O", 7},
-    {"VOL", 13},
-    {"V", 13},
-    {"AMOUNT", 19},
-    {"OPI", 65},
-    {"SETTLE", 72},
-    {"AVPRICE", 2656718},
-    {"TIME", 1},
-    {"COMMODITY", 901024},
-    {"NOTICE_REALTIME_TIMESTAMP", 199},
-    {"VIX", 80000000},
-    {"VOLATILITY", 80000001},
-    {"IMPLIEDVOLATILITY", 90000000},
-    {"DELTA", 90000001},
-    {"GAMMA", 90000002},
-    {"VEGA", 90000003},
-    {"THETA", 90000004},
-    {"RHO", 90000005},
-    {"TLR", 90000006},
-    {"LR", 90000007},
-    {"PR", 90000008},
-    {"TP", 90000009},
-    {"TV", 90000010},
-    {"INV", 90000011},
-};
 
 constexpr std::string_view quote_fields[] = {
     "NEW",       "OPEN",     "HIGH",    "LOW",      "AVPRICE",  "YCLOSE",        "YSETTLE",
@@ -142,6 +104,8 @@ constexpr PeriodArgument periods[] = {
     {"DOWNNDAY", 1, true},
     {"FILTER", 1},
     {"BACKSET", 1, true},
+    {"LAST", 1, true},
+    {"DIVERGENCE", 2, true},
 };
 
 bool contains(Words words, std::string_view word) {
@@ -192,7 +156,16 @@ size_t tolerance(std::string_view word) {
   const size_t length = count_characters(word);
   if (length == 2) return std::ranges::any_of(word, is_beyond_ascii) ? 1 : 0;
   if (length < 2) return 0;
-  return length <= 5 ? 1 : length <= 8 ? 2 : 3;
+  return length <= 6 ? 1 : length <= 8 ? 2 : 3;
+}
+
+/// A short word with another letter in it is another word: LAG is no LOG, RANK no RAND.
+bool is_another_word(std::string_view word, std::string_view candidate) {
+  const bool is_plain = std::ranges::none_of(word, is_beyond_ascii);
+  if (!is_plain || word.size() > 4 || word.size() != candidate.size()) return false;
+  size_t differences = 0;
+  for (size_t i = 0; i < word.size(); ++i) differences += word[i] == candidate[i] ? 0 : 1;
+  return differences == 1;
 }
 
 /// LINETHIK2: the digits are taken as they stand if the letters in front are near.
@@ -217,6 +190,7 @@ std::optional<std::string> colour_of_digits(std::string_view word) {
 
 std::vector<std::string_view> words_of(Vocabulary vocabulary) {
   std::vector<std::string_view> words;
+  if (vocabulary == Vocabulary::names) return words;
   if (vocabulary == Vocabulary::quote) return {std::begin(quote_fields), std::end(quote_fields)};
   if (vocabulary == Vocabulary::short_form) {
     words.assign(std::begin(other_short_forms), std::end(other_short_forms));
@@ -230,7 +204,7 @@ std::vector<std::string_view> words_of(Vocabulary vocabulary) {
     return words;
   }
   // One letter is as near to any other one; only whole field words can have been meant.
-  for (const Field& field : fields) {
+  for (const quor::Field& field : quor::ReservedFieldTable) {
     if (field.word.size() > 1) words.push_back(field.word);
   }
   for (const WordHelp& help : word_help()) words.push_back(help.word);
@@ -266,13 +240,14 @@ std::vector<std::string_view> market_constants() {
 }
 
 bool is_field(std::string_view word) {
-  return std::ranges::find(fields, word, &Field::word) != std::end(fields);
+  return std::ranges::find(quor::ReservedFieldTable, word, &quor::Field::word) !=
+         std::end(quor::ReservedFieldTable);
 }
 
 std::vector<std::string_view> words_of_field(uint32_t id) {
   std::vector<std::string_view> words;
-  for (const Field& field : fields) {
-    if (field.id == id) words.push_back(field.word);
+  for (const quor::Field& field : quor::ReservedFieldTable) {
+    if (static_cast<uint32_t>(field.id) == id) words.push_back(field.word);
   }
   return words;
 }
@@ -343,6 +318,7 @@ std::optional<std::string> nearest(std::string_view word, Vocabulary vocabulary,
   for (const std::string_view candidate : words) {
     const size_t edits = edit_distance(word, candidate);
     if (edits == 0 || edits >= fewest) continue;
+    if (vocabulary == Vocabulary::expression && is_another_word(word, candidate)) continue;
     fewest = edits;
     best = candidate;
   }

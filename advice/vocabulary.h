@@ -61,7 +61,7 @@ struct PeriodArgument {
 const PeriodArgument* find_period(std::string_view word);
 
 /// Which words a nearest one is looked for among.
-enum class Vocabulary { expression, style, colour, quote, short_form };
+enum class Vocabulary { expression, style, colour, quote, short_form, names };
 
 /// The word of the vocabulary, or of `more`, that is fewest edits away; nothing if none is near.
 std::optional<std::string> nearest(std::string_view word, Vocabulary vocabulary,

@@ -91,8 +91,12 @@ void warn_of_hidden_name(const Reading& reading, const Statement& statement, Pro
   const Place place = place_of(statement, statement.name_range);
   const std::string shown = reading.text(place);
   if (statement.form == Form::constant) {
-    if (is_field(statement.name))
+    if (is_bare_word(statement.name)) {
+      out.push_back({place, "the language's own word " + shown + " stands, not this constant",
+                     "take another name"});
+    } else if (is_field(statement.name)) {
       out.push_back({place, "this hides the bar field " + shown, "take another name"});
+    }
   } else if (reading.constants.contains(statement.name) && is_read_elsewhere(reading, statement)) {
     out.push_back({place,
                    shown + " is a constant or parameter, too, which is what expressions read",
@@ -169,8 +173,13 @@ using Rule = void (*)(const Reading& reading, const Statement& statement, Proble
 
 // Of several warnings of one place the first one stays.
 constexpr Rule rules[] = {
-    warn_of_form,        warn_of_items,          warn_of_no_effect,        warn_of_constant,
-    warn_of_comparisons, warn_of_fatal_argument, warn_of_empty_expression, warn_of_hidden_name};
+    warn_of_foreign_forms,    warn_of_form,        warn_of_items,          warn_of_no_effect,
+    warn_of_constant,         warn_of_comparisons, warn_of_fatal_argument, warn_of_empty_expression,
+    warn_of_hidden_name,      warn_of_names,       warn_of_references,     warn_of_words,
+    warn_of_comparison_values};
+
+// They come behind the rules of calls.
+constexpr Rule late_rules[] = {warn_of_arguments, warn_of_limits, warn_of_branches, warn_of_styles};
 
 }  // namespace
 
@@ -216,6 +225,7 @@ std::vector<Problem> statement_warnings(const Reading& reading, const Statement&
   if (statement.form == Form::empty) return out;
   for (const Rule rule : rules) rule(reading, statement, out);
   warn_of_calls(reading, statement, run, out);
+  for (const Rule rule : late_rules) rule(reading, statement, out);
   return out;
 }
 

@@ -33,6 +33,20 @@ bool contradicts_period(const RunFacts& run, int32_t period);
 
 // Parts of them, each by its subject.
 void warn_of_items(const Reading& reading, const Statement& statement, std::vector<Problem>& out);
+void warn_of_branches(const Reading& reading, const Statement& statement,
+                      std::vector<Problem>& out);
+void warn_of_arguments(const Reading& reading, const Statement& statement,
+                       std::vector<Problem>& out);
+void warn_of_limits(const Reading& reading, const Statement& statement, std::vector<Problem>& out);
+void warn_of_comparison_values(const Reading& reading, const Statement& statement,
+                               std::vector<Problem>& out);
+void warn_of_foreign_forms(const Reading& reading, const Statement& statement,
+                           std::vector<Problem>& out);
+void warn_of_names(const Reading& reading, const Statement& statement, std::vector<Problem>& out);
+void warn_of_references(const Reading& reading, const Statement& statement,
+                        std::vector<Problem>& out);
+void warn_of_words(const Reading& reading, const Statement& statement, std::vector<Problem>& out);
+void warn_of_styles(const Reading& reading, const Statement& statement, std::vector<Problem>& out);
 void warn_of_calls(const Reading& reading, const Statement& statement, const RunFacts* run,
                    std::vector<Problem>& out);
 

@@ -3,6 +3,7 @@
 
 #include "explain.h"
 #include "letters.h"
+#include "values.h"
 #include "vocabulary.h"
 #include "warnings.h"
 #include "word_help.h"
@@ -87,7 +88,7 @@ class CallCheck {
   /// MA(5,C) for MA(C,5). SUM and COUNT of a constant count bars.
   void check_swapped(const Call& call, Range period) {
     const Range series = call.arguments[0];
-    if (period.size() != 1 || call.arguments.size() != 2) return;
+    if (period.size() != 1) return;
     const Token& name = statement_.tokens[period.begin];
     const bool counts = word(call).text == "SUM" || word(call).text == "COUNT";
     if (name.kind != TokenKind::word ||
@@ -100,8 +101,8 @@ class CallCheck {
     }
     add({word(call).begin, statement_.tokens[call.close].end},
         "the period of " + word(call).text + " stands in the place of the series",
-        "write " + word(call).text + "(" + reading_.text(place_of(name)) + "," +
-            reading_.text(statement_, series) + ")");
+        "write " +
+            with_exchanged(reading_, statement_, call, 0, find_period(word(call).text)->index));
   }
 
   const Reading& reading_;

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 
+#include "elsewhere.h"
 #include "letters.h"
 #include "vocabulary.h"
 #include "warnings.h"
@@ -60,6 +61,7 @@ class ItemCheck {
         is_condition ? nearest(to_upper(shown), Vocabulary::short_form) : std::nullopt;
     const auto near = form ? form : nearest(to_upper(shown), Vocabulary::style);
     const std::string bounds = bounds_of_style(to_upper(shown));
+    const std::string meant = item_from_elsewhere(to_upper(shown));
     if (!bounds.empty()) {
       add(place, shown + " has no effect", "write " + bounds);
       return;
@@ -67,7 +69,9 @@ class ItemCheck {
     add(place,
         shown +
             (is_condition ? " is no signal, mark or style" : " is no style item and has no effect"),
-        near ? "did you mean " + *near + "?" : "");
+        !meant.empty() ? "did you mean " + meant + "?"
+        : near         ? "did you mean " + *near + "?"
+                       : "");
   }
 
   void check_call(size_t index, const Token& word) {

@@ -10,10 +10,9 @@
 namespace quor_advice {
 namespace {
 
-/// Whether a word of the language is read, not a constant of the script's own.
-bool is_read(const Reading& reading, const Token& token) {
-  return token.kind == TokenKind::word && !reading.constants.contains(token.text);
-}
+/// Whether a statement may read words of the language. A constant or parameter of such a name
+/// changes nothing: the language's own word stands.
+bool reads_words(const Statement& statement) { return statement.form != Form::constant; }
 
 /// "DATE", "DATE and DAY", "DATE, DAY and YEAR".
 std::string list(const std::vector<std::string>& words) {
@@ -32,8 +31,9 @@ void warn_of_calendar(const Reading& reading, const Input& input, std::vector<Pr
   std::vector<std::string> words;
   Place place;
   for (const Statement& statement : reading.statements) {
+    if (!reads_words(statement)) continue;
     for (const Token& token : statement.tokens) {
-      if (!is_read(reading, token) || !reads_trading_day(token.text)) continue;
+      if (token.kind != TokenKind::word || !reads_trading_day(token.text)) continue;
       if (words.empty()) place = place_of(token);
       if (std::ranges::find(words, token.text) == words.end()) words.push_back(token.text);
     }
@@ -52,9 +52,11 @@ void warn_of_constants(const Reading& reading, const Input& input, std::vector<P
   const auto missing = missing_constants(input);
   std::set<std::string, std::less<>> told;
   for (const Statement& statement : reading.statements) {
+    if (!reads_words(statement)) continue;
     for (const Token& token : statement.tokens) {
-      if (!is_read(reading, token) || std::ranges::find(missing, token.text) == missing.end())
-        continue;
+      const bool is_missing =
+          token.kind == TokenKind::word && std::ranges::find(missing, token.text) != missing.end();
+      if (!is_missing) continue;
       if (!told.insert(token.text).second) continue;
       out.push_back({place_of(token),
                      "there is no number for " + token.text + ", so it is null on every bar",

@@ -13,6 +13,9 @@ namespace quor_bars {
 struct Bars {
   std::vector<int64_t> keys;  ///< row keys, YYYYMMDDhhmmss, in the order of the file
   std::map<uint32_t, std::vector<double>> columns;  ///< values by field id, NaN for an empty cell
+  /// What no market can have quoted, by kind the first one with its line: "a.csv:5: the high 10 is
+  /// below the low 11". The values are there as they stand in the file.
+  std::vector<std::string> doubts;
 };
 
 /// How a file differs from the usual.

@@ -89,10 +89,13 @@ bool parse(csv_parser& parser, std::string_view text, Reader& reader) {
 
 /// The library's state, freed whatever happens.
 struct Parser {
-  explicit Parser(const std::string& name) {
+  Parser(const std::string& name, char separator) {
     if (csv_init(&state, CSV_STRICT | CSV_STRICT_FINI | CSV_REPALL_NL) != 0) {
       throw ReadError(name + ": no memory to read it");
     }
+    csv_set_delim(&state, static_cast<unsigned char>(separator));
+    if (separator == '\t')
+      csv_set_space_func(&state, [](unsigned char c) { return c == ' ' ? 1 : 0; });
   }
   ~Parser() { csv_free(&state); }
   Parser(const Parser&) = delete;
@@ -103,11 +106,28 @@ struct Parser {
 
 }  // namespace
 
+char separator_of(std::string_view text) {
+  size_t semicolons = 0;
+  size_t tabs = 0;
+  bool is_quoted = false;
+  const size_t begin = std::min(text.find_first_not_of(" \r\n"), text.size());
+  for (const char c : text.substr(begin)) {
+    if (c == '"') is_quoted = !is_quoted;
+    if (is_quoted) continue;
+    if (c == ',') return c;
+    if (c == '\n' || c == '\r') break;
+    if (c == ';') ++semicolons;
+    if (c == '\t') ++tabs;
+  }
+  if (semicolons + tabs == 0) return ',';
+  return semicolons >= tabs ? ';' : '\t';
+}
+
 void read_csv(std::string_view text, const std::string& name,
               const std::function<void(const CsvRow&)>& take) {
   constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
   if (text.starts_with(byte_order_mark)) text.remove_prefix(byte_order_mark.size());
-  Parser parser(name);
+  Parser parser(name, separator_of(text));
   Reader reader(take);
   if (!parse(parser.state, text, reader)) {
     throw ReadError(name + ":" + std::to_string(reader.line()) + ": a quote is out of place");

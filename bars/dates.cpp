@@ -89,6 +89,13 @@ std::optional<int64_t> parse_key(std::string_view text) {
   return key ? key : key_of_plain(plain_date(text));
 }
 
+std::string date_fault(std::string_view text) {
+  const bool has_form =
+      matches_one(text, key_patterns) || matches_one(plain_date(text), key_patterns);
+  if (has_form) return "no calendar and no clock has it";
+  return "write 2024-01-31, 2024-01-31 09:35:00 or 20240131093500, the year first";
+}
+
 std::string key_text(int64_t key, bool with_time) {
   std::string digits = std::to_string(key);
   if (digits.size() != 14) return digits;

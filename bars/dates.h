@@ -14,6 +14,9 @@ namespace quor_bars {
 /// which may have day and month in any order, and for days that no calendar has.
 std::optional<int64_t> parse_key(std::string_view text);
 
+/// Why a text is no date, for a message: "no calendar has this day", or which forms are read.
+std::string date_fault(std::string_view text);
+
 /// "2000-01-03", or with the time of day "2000-01-03 09:35:00".
 std::string key_text(int64_t key, bool with_time);
 

@@ -9,6 +9,10 @@
 namespace quor_bars {
 namespace {
 
+constexpr uint32_t field_open_interest = quor::built_in_field_id("OPI");
+constexpr uint32_t field_settle = quor::built_in_field_id("SETTLE");
+constexpr uint32_t field_average_price = quor::built_in_field_id("AVPRICE");
+
 constexpr FieldWord words[] = {
     {"DATE", field_time},
     {"DATETIME", field_time},
@@ -24,16 +28,16 @@ constexpr FieldWord words[] = {
     {"VOL", field_volume},
     {"V", field_volume},
     {"VOLUME", field_volume},
-    {"AMOUNT", 19},
-    {"TURNOVER", 19},
-    {"OPI", 65},
-    {"OI", 65},
-    {"OPENINTEREST", 65},
-    {"SETTLE", 72},
-    {"SETTLEMENT", 72},
-    {"AVPRICE", 2656718},
-    {"AVERAGEPRICE", 2656718},
-    {"VWAP", 2656718},
+    {"AMOUNT", field_amount},
+    {"TURNOVER", field_amount},
+    {"OPI", field_open_interest},
+    {"OI", field_open_interest},
+    {"OPENINTEREST", field_open_interest},
+    {"SETTLE", field_settle},
+    {"SETTLEMENT", field_settle},
+    {"AVPRICE", field_average_price},
+    {"AVERAGEPRICE", field_average_price},
+    {"VWAP", field_average_price},
 };
 
 }  // namespace

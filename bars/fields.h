@@ -7,15 +7,17 @@
 #include <string>
 #include <string_view>
 
+#include "src/tables/fields.h"
+
 namespace quor_bars {
 
-inline constexpr uint32_t field_time = 1;
-inline constexpr uint32_t field_open = 7;
-inline constexpr uint32_t field_high = 8;
-inline constexpr uint32_t field_low = 9;
-inline constexpr uint32_t field_close = 11;
-inline constexpr uint32_t field_volume = 13;
-inline constexpr uint32_t field_amount = 19;
+inline constexpr uint32_t field_time = quor::built_in_field_id("TIME");
+inline constexpr uint32_t field_open = quor::built_in_field_id("OPEN");
+inline constexpr uint32_t field_high = quor::built_in_field_id("HIGH");
+inline constexpr uint32_t field_low = quor::built_in_field_id("LOW");
+inline constexpr uint32_t field_close = quor::built_in_field_id("CLOSE");
+inline constexpr uint32_t field_volume = quor::built_in_field_id("VOL");
+inline constexpr uint32_t field_amount = quor::built_in_field_id("AMOUNT");
 
 struct FieldWord {
   std::string_view word;  ///< in its plain form

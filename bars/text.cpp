@@ -25,6 +25,31 @@ std::string without_byte_order_mark(std::string bytes, const std::string& name) 
   return bytes;
 }
 
+struct Packed {
+  std::string_view mark;  ///< how such a file begins
+  std::string_view name;
+  std::string_view cure;
+};
+
+constexpr Packed packed_files[] = {
+    {"\x1F\x8B", "packed by gzip", "unpack it by gzip -d, or read it from a pipe of gzip -dc"},
+    {"BZh", "packed by bzip2", "unpack it by bzip2 -d, or read it from a pipe of bzip2 -dc"},
+    {"\xFD"
+     "7zXZ",
+     "packed by xz", "unpack it by xz -d, or read it from a pipe of xz -dc"},
+    {"\x28\xB5\x2F\xFD", "packed by zstd",
+     "unpack it by zstd -d, or read it from a pipe of zstd -dc"},
+    {"PK\x03\x04", "an archive or a workbook", "unpack it, or save its sheet as CSV"},
+    {"\xD0\xCF\x11\xE0", "a workbook", "save its sheet as CSV"},
+};
+
+void refuse_packed(std::string_view bytes, const std::string& name) {
+  for (const Packed& packed : packed_files) {
+    if (!bytes.starts_with(packed.mark)) continue;
+    throw ReadError(name + ": is " + std::string(packed.name) + "; " + std::string(packed.cure));
+  }
+}
+
 /// The number that a few digits are, perhaps with a sign in front and a point between them; nothing
 /// for any other text. What it divides is exact, so that only the quotient is rounded.
 std::optional<double> short_number(std::string_view text) {
@@ -64,6 +89,7 @@ std::string read_stream(std::istream& stream, const std::string& name) {
     bytes.resize(known + static_cast<size_t>(stream.gcount()));
   }
   if (stream.bad()) throw ReadError(name + ": can't be read");
+  refuse_packed(bytes, name);
   bytes = without_byte_order_mark(std::move(bytes), name);
   if (bytes.empty()) throw ReadError(name + ": is empty");
   return bytes;

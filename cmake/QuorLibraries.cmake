@@ -44,9 +44,12 @@ if(NOT WASI)
 endif()
 
 # Headers, of which only the studio has use.
-if(QUOR_BUILD_STUDIO)
+if(QUOR_BUILD_HOST AND QUOR_BUILD_STUDIO)
   find_package(nlohmann_json 3.11 REQUIRED)
   find_path(http_include httplib.h PATH_SUFFIXES include ${there})
   add_library(http::http INTERFACE IMPORTED)
   set_target_properties(http::http PROPERTIES INTERFACE_INCLUDE_DIRECTORIES ${http_include})
+  if(WIN32)
+    target_link_libraries(http::http INTERFACE ws2_32)
+  endif()
 endif()

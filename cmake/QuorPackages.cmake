@@ -40,13 +40,20 @@ about_package(quor quor utils "The program checks scripts of a technical-indicat
 lines over bars from a file of comma-separated values, draws them as a chart,
 and serves a page to write them in.")
 
-# What the tests hold the library to. CPack, if asked to find it out by itself, would also let scripts
-# bring the loader's cache up to date, which is a trigger's task.
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS "libc6 (>= 2.28), libgcc-s1 (>= 4.2)")
+# What the tests hold the library and the program to. CPack, if asked to find it out by itself, would
+# also let scripts bring the loader's cache up to date, which is a trigger's task.
+set(runtime "libc6 (>= 2.28), libgcc-s1 (>= 4.2)")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS ${runtime})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${debian_files}/triggers)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libquor-parser (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_QUOR_PACKAGE_DEPENDS "libquor-parser (>= ${PROJECT_VERSION})")
-set(CPACK_DEBIAN_QUOR_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src)
+if(CMAKE_CROSSCOMPILING)
+  # Without what draws a PNG it needs no more; packages of the other system can't be asked here.
+  set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE arm64)
+  string(APPEND CPACK_DEBIAN_QUOR_PACKAGE_DEPENDS ", ${runtime}")
+else()
+  set(CPACK_DEBIAN_QUOR_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src)
+endif()
 
 include(CPack)

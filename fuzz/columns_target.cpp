@@ -7,9 +7,9 @@
 #include <memory>
 #include <stdexcept>
 
+#include "core/base_func.h"
 #include "core/call.h"
-#include "functions/base_func.h"
-#include "functions/word_row.h"
+#include "core/word_row.h"
 #include "grammar.h"
 #include "support/plain_bars.h"
 
@@ -48,12 +48,13 @@ void hear_signal(int64_t, int64_t, uint32_t row, uint64_t, uint32_t column, uint
 class CountedWord final : public quor::BaseFunc {
  public:
   CountedWord(const quor::BaseFunc& word, int& left)
-      : BaseFunc({word.name(), nullptr, word.traits()}), word_(word), left_(left) {}
+      : BaseFunc(word.word()), word_(word), left_(left) {}
 
   quor::Status execute(const quor::Call& call) const override {
     if (--left_ < 0) throw std::runtime_error("too many evaluations");
     return word_.execute(call);
   }
+  bool by_columns() const override { return false; }
   quor::ColumnTraits column_traits() const override { return word_.column_traits(); }
   bool reads_argument(size_t position) const override { return word_.reads_argument(position); }
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <iterator>
 
-#include "functions/registry.h"
 #include "support/word_statements.h"
-#include "tables/function_table.h"
+#include "vocabulary/function_sets.h"
+#include "vocabulary/registry.h"
 
 namespace quor_fuzz {
 namespace {
@@ -23,13 +23,14 @@ bool is_certain(std::string_view word) {
   return word != "RAND" && word != "CURRENTTIME" && word != "CURRENTDATE";
 }
 
-bool has_value(std::string_view word) { return !quor::OutputFunctionSet.contains(word); }
+bool has_value(std::string_view word) { return !quor::OutputFunctionSet().contains(word); }
 
 /// Whether other bars than its own tell in a call of the word, or it doesn't look at all of its
 /// arguments.
 bool has_story(std::string_view word) {
-  const quor::ColumnTraits traits = quor::find_function(word)->column_traits();
-  return !traits.by_columns || traits.keeps_state || traits.revisits || traits.passes_over;
+  const quor::BaseFunc& function = *quor::find_function(word);
+  const quor::ColumnTraits traits = function.column_traits();
+  return !function.by_columns() || traits.leaves_state || traits.revisits || traits.passes_over;
 }
 
 std::vector<std::string_view> words_where(bool (*holds)(std::string_view)) {
@@ -55,7 +56,7 @@ std::string Grammar::script() {
 
 std::string Grammar::line(const std::string& name) {
   static const auto standing =
-      words_where([](std::string_view word) { return quor::OutputFunctionSet.contains(word); });
+      words_where([](std::string_view word) { return quor::OutputFunctionSet().contains(word); });
   const size_t kind = bytes_.below(64);
   if (kind < 4) {
     const std::string_view word = standing[bytes_.below(standing.size())];

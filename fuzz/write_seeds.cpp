@@ -12,9 +12,9 @@
 #include "support/vectors.h"
 #include "support/word_calls.h"
 #include "tables/field_table.h"
-#include "tables/function_table.h"
 #include "tables/icon_table.h"
 #include "tables/style_table.h"
+#include "vocabulary/function_sets.h"
 
 namespace {
 

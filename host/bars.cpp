@@ -1,13 +1,45 @@
 #include "bars.h"
 
+#include <iostream>
 #include <utility>
 
+#include "bars/fields.h"
+#include "errors.h"
 #include "text.h"
 
 namespace quor_host {
 
-Bars read_bars(const std::string& path) {
-  return quor_bars::parse_bars(read_input(path), input_name(path));
+namespace {
+
+/// "close=Adj Close" for each field that stands under another name.
+quor_bars::Naming naming_of(const std::vector<std::string>& columns) {
+  quor_bars::Naming naming;
+  for (const std::string& column : columns) {
+    const size_t mark = column.find('=');
+    const std::string field = column.substr(0, mark);
+    const auto id = quor_bars::field_id(field);
+    if (mark == std::string::npos || mark == 0 || mark + 1 == column.size()) {
+      throw HostError("--column " + column + ": write FIELD=COLUMN, such as close=\"Adj Close\"");
+    }
+    if (!id) {
+      throw HostError("--column " + column + ": no field is called " + field +
+                      "; fields are date, open, high, low, close, volume, amount");
+    }
+    if (*id == quor_bars::field_time) {
+      naming.time = column.substr(mark + 1);
+    } else {
+      naming.fields[*id] = column.substr(mark + 1);
+    }
+  }
+  return naming;
+}
+
+}  // namespace
+
+Bars read_bars(const std::string& path, const std::vector<std::string>& columns) {
+  Bars bars = quor_bars::parse_bars(read_input(path), input_name(path), naming_of(columns));
+  for (const std::string& doubt : bars.doubts) std::cerr << "quor: warning: " << doubt << '\n';
+  return bars;
 }
 
 std::string rows_json(const Bars& bars, const std::vector<uint32_t>& fields) {

@@ -9,12 +9,8 @@
 
 #include "advice/advice.h"
 #include "bars.h"
-#include "encoding.h"
-#ifdef QUOR_CHART_PROGRAM
-#include "program.h"
-#elif defined QUOR_CHART
 #include "chart/chart.h"
-#endif
+#include "encoding.h"
 #include "errors.h"
 #include "events.h"
 #include "fields.h"
@@ -22,7 +18,9 @@
 #include "market_constants.h"
 #include "output.h"
 #include "parameters.h"
+#include "paths.h"
 #include "period.h"
+#include "program.h"
 #include "references.h"
 #include "report.h"
 #include "text.h"
@@ -175,12 +173,21 @@ Findings findings_of(const Compiled& compiled, std::string_view answer = {},
   input.period = compiled.period.value_or(0);
   input.run = std::move(run);
   input.supply = compiled.supply;
+  input.compile = [&compiled](std::string_view script) {
+    const Session session(compiled.subject, compiled.answers);
+    return session.compile(script, compiled.parameters, compiled.line_settings);
+  };
   return quor_advice::advise(input);
 }
 
 void show_findings(const Options& options, const Compiled& compiled, const Findings& findings) {
   const std::string name = options.script_path.empty() ? "-e" : options.script_path;
   std::cerr << quor_advice::compiler_text(findings, compiled.source, name);
+}
+
+bool has_error(const Findings& findings) {
+  return std::ranges::find(findings, quor_advice::Severity::error,
+                           &quor_advice::Finding::severity) != findings.end();
 }
 
 int status_of(const Options& options, const Findings& findings) {
@@ -253,7 +260,7 @@ std::string calculate(const Options& options, Compiled& compiled, const Bars& ba
 /// Compiles and calculates; with success `use` gets the script, its bars and its results.
 template <typename Use>
 int calculate_and(const Options& options, const Use& use) {
-  const Bars bars = read_bars(options.bars_path);
+  const Bars bars = read_bars(options.bars_path, options.columns);
   if (options.first_row >= bars.keys.size()) {
     throw HostError("--from " + std::to_string(options.first_row) + ": there are only " +
                     std::to_string(bars.keys.size()) + " bars, the first of them is row 0");
@@ -293,6 +300,27 @@ int check_script(const Options& options) {
   return status_of(options, findings);
 }
 
+int check_scripts(const Options& options) {
+  Options one = options;
+  size_t sound = 0;
+  size_t faulty = 0;
+  int status = exit_sound;
+  const std::vector<std::string> paths = scripts_under(options.script_paths);
+  for (const std::string& path : paths) {
+    one.script_path = path;
+    const Compiled compiled(one);
+    const Findings findings = findings_of(compiled);
+    show_findings(one, compiled, findings);
+    status = std::max(status, status_of(one, findings));
+    if (findings.empty()) ++sound;
+    if (has_error(findings)) ++faulty;
+  }
+  std::cout << paths.size() << (paths.size() == 1 ? " script: " : " scripts: ") << sound
+            << " sound, " << faulty << " with errors, " << paths.size() - sound - faulty
+            << " with warnings\n";
+  return status;
+}
+
 int run_script(const Options& options) {
   return calculate_and(options, [&options](const Compiled&, const Bars&, const Results& results) {
     if (options.as_json) {
@@ -305,21 +333,14 @@ int run_script(const Options& options) {
   });
 }
 
+int draw_script(const Options& options, [[maybe_unused]] char** arguments) {
 #ifdef QUOR_CHART_PROGRAM
-
-int draw_script(const Options& /*options*/, char** arguments) {
-  run_instead(QUOR_CHART_PROGRAM, arguments);
-}
-
-#elif defined QUOR_CHART
-
-int draw_script(const Options& options, char** /*arguments*/) {
+  if (options.chart.path.ends_with(".png")) run_instead(QUOR_CHART_PROGRAM, arguments);
+#endif
   return calculate_and(options,
                        [&options](const Compiled& compiled, const Bars& bars, const Results&) {
                          draw_chart(compiled.session, bars, options.bars_path, options.chart);
                        });
 }
-
-#endif
 
 }  // namespace quor_host

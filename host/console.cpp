@@ -46,10 +46,17 @@ void prepare_streams() {
 
 bool is_watched() { return _isatty(_fileno(stderr)) != 0; }
 
+std::optional<size_t> terminal_width() {
+  CONSOLE_SCREEN_BUFFER_INFO screen;
+  if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &screen)) return std::nullopt;
+  return static_cast<size_t>(screen.srWindow.Right - screen.srWindow.Left + 1);
+}
+
 }  // namespace quor_host
 
 #else
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace quor_host {
@@ -61,6 +68,12 @@ std::vector<std::string> utf8_arguments(int argc, char** argv) {
 void prepare_streams() {}
 
 bool is_watched() { return isatty(STDERR_FILENO) != 0; }
+
+std::optional<size_t> terminal_width() {
+  winsize size{};
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return std::nullopt;
+  return size.ws_col;
+}
 
 }  // namespace quor_host
 

@@ -1,6 +1,8 @@
 // What the program gets from the command line, reads and prints to, the same bytes on every system.
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,5 +16,8 @@ void prepare_streams();
 
 /// Whether a person sees what goes to the error output.
 bool is_watched();
+
+/// The columns of the terminal that shows the output; nothing where a file or a program takes it.
+std::optional<size_t> terminal_width();
 
 }  // namespace quor_host

@@ -8,22 +8,30 @@
 #include <string_view>
 
 #include "advice/code_help.h"
+#include "advice/topic_help.h"
 #include "advice/word_help.h"
 #include "advice/word_index.h"
+#include "console.h"
 #include "nearest.h"
 
 namespace quor_host {
 namespace {
 
-constexpr size_t line_width = 92;
+/// Lines are as wide as the terminal, and no wider than is good to read.
+size_t line_width() {
+  constexpr size_t widest = 92;
+  constexpr size_t narrowest = 30;
+  return std::clamp(terminal_width().value_or(widest), narrowest, widest);
+}
 
 /// Words of a text, wrapped, with a margin in front of every line.
 void print_wrapped(std::ostream& out, std::string_view text, size_t margin) {
+  const size_t width = line_width();
   size_t used = margin;
   out << std::string(margin, ' ');
   while (!text.empty()) {
     const size_t blank = std::min(text.find(' '), text.size());
-    if (used > margin && used + blank + 1 > line_width) {
+    if (used > margin && used + blank + 1 > width) {
       out << '\n' << std::string(margin, ' ');
       used = margin;
     } else if (used > margin) {
@@ -79,6 +87,42 @@ bool print_code(std::ostream& out, const std::string& topic) {
   return true;
 }
 
+/// A topic such as fields; false if there is no such topic.
+bool print_language_topic(std::ostream& out, std::string_view name) {
+  const quor_advice::TopicHelp* const help = quor_advice::find_topic_help(name);
+  if (help == nullptr) return false;
+  print_wrapped(out, help->summary, 0);
+  for (const quor_advice::TopicLine& line : help->lines) {
+    out << '\n';
+    print_wrapped(out, line.term, 2);
+    print_wrapped(out, line.meaning, 6);
+  }
+  return true;
+}
+
+/// All codes with their meanings.
+bool print_codes(std::ostream& out, std::string_view name) {
+  if (name != "errors" && name != "codes") return false;
+  for (const quor_advice::CodeHelp& help : quor_advice::code_help()) {
+    print_wrapped(out, std::to_string(help.code) + ": " + std::string(help.meaning), 2);
+  }
+  return true;
+}
+
+/// Words by their meaning, and what a word of elsewhere is here; false if nothing is about it.
+bool print_search(std::ostream& out, const std::string& text) {
+  const std::string advice = quor_advice::word_from_elsewhere(text);
+  if (!advice.empty()) print_wrapped(out, text + " is no word of the language; " + advice, 0);
+  const auto words = quor_advice::words_about(text);
+  if (words.empty()) return !advice.empty();
+  out << (advice.empty() ? "" : "\n") << "Words about " << text << "\n";
+  for (const std::string_view word : words) {
+    const std::string_view summary = quor_advice::find_word_help(word)->summary;
+    print_wrapped(out, std::string(word) + ": " + std::string(summary), 2);
+  }
+  return true;
+}
+
 std::vector<std::string> built_in_words() {
   std::vector<std::string> words;
   for (const quor_advice::WordHelp& help : quor_advice::word_help()) words.emplace_back(help.word);
@@ -96,7 +140,13 @@ bool print_topic(const CLI::App& app, const std::string& topic) {
     known.push_back(command->get_name());
   }
   if (print_word(std::cout, topic) || print_code(std::cout, topic)) return true;
+  if (print_language_topic(std::cout, topic) || print_codes(std::cout, topic)) return true;
+  for (const quor_advice::TopicHelp& help : quor_advice::topic_help())
+    known.emplace_back(help.name);
   const std::string meant = nearest(topic, known);
+  const bool is_misspelt = !meant.empty() && quor_advice::words_about(topic).empty() &&
+                           quor_advice::word_from_elsewhere(topic).empty();
+  if (!is_misspelt && print_search(std::cout, topic)) return true;
   std::cerr << "quor: '" << topic << "' is neither a function word nor a command; "
             << (meant.empty() ? "quor help lists them" : "did you mean " + meant + "?") << '\n';
   return false;
@@ -107,6 +157,12 @@ void print_overview(const CLI::App& app) {
   std::cout << app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal)
             << "\nWords of the language\n\n";
   print_words(std::cout);
+  std::string topics;
+  for (const quor_advice::TopicHelp& help : quor_advice::topic_help()) {
+    topics += std::string(help.name) + ", ";
+  }
+  std::cout << "\nTopics\n\n";
+  print_wrapped(std::cout, topics + "errors", 2);
 }
 
 }  // namespace
@@ -119,6 +175,10 @@ bool print_help(const CLI::App& app, const HelpOptions& options) {
   } else if (options.topics.empty()) {
     print_overview(app);
   }
+  // A topic of two words needs no quotes.
+  std::string joined;
+  for (const std::string& topic : options.topics) joined += (joined.empty() ? "" : " ") + topic;
+  if (options.topics.size() > 1 && print_language_topic(std::cout, joined)) return true;
   bool all_known = true;
   for (const std::string& topic : options.topics) {
     if (&topic != &options.topics.front()) std::cout << '\n';

@@ -8,6 +8,7 @@
 #include "console.h"
 #include "help.h"
 #include "option_checks.h"
+#include "paths.h"
 #include "scan.h"
 #ifdef QUOR_STUDIO
 #include "studio/studio.h"
@@ -74,9 +75,17 @@ Examples: the list of all words, one word, one command, one code.
   quor help run
   quor help 14)";
 
-void add_script_options(CLI::App& command, Options& options) {
-  auto* const path =
-      command.add_option("SCRIPT", options.script_path, "File with the script, - for a pipe");
+/// Of `check` several scripts may be given.
+CLI::Option* add_script_path(CLI::App& command, Options& options, bool takes_several) {
+  if (!takes_several)
+    return command.add_option("SCRIPT", options.script_path, "File with the script, - for a pipe");
+  return command.add_option(
+      "SCRIPT", options.script_paths,
+      "Files with scripts, or folders with such files (*.quor); - for a pipe");
+}
+
+void add_script_options(CLI::App& command, Options& options, bool takes_several = false) {
+  auto* const path = add_script_path(command, options, takes_several);
   auto* const text = command.add_option("-e", options.script_text, "The script itself");
   path->type_name("");
   text->type_name("TEXT")->excludes(path)->check(quor_host::some_text("script"));
@@ -121,18 +130,28 @@ void add_script_options(CLI::App& command, Options& options) {
 void add_check(CLI::App& app, Options& options) {
   CLI::App& check = *app.add_subcommand("check", "Compile a script and say what it needs");
   check.footer(check_footer);
-  add_script_options(check, options);
+  add_script_options(check, options, true);
   check.add_flag("--json", options.as_json, "Print the report and the findings as JSON");
 }
 
 /// What a command that calculates takes.
 void add_bar_options(CLI::App& command, Options& options) {
   add_script_options(command, options);
+  auto* const bars = command
+                         .add_option("--bars", options.bars_path,
+                                     "Bars, comma-separated, with a header; - for bars from a pipe")
+                         ->type_name("FILE.csv");
   command
-      .add_option("--bars", options.bars_path,
-                  "Bars, comma-separated, with a header; - for bars from a pipe")
-      ->type_name("FILE.csv")
-      ->required();
+      .add_option("BARS", options.bars_path, "The same without the word --bars, behind a script")
+      ->type_name("")
+      ->excludes(bars);
+  command
+      .add_option("--column", options.columns,
+                  "The column of a field that stands under another name, such as "
+                  "close=\"Adj Close\"; may be repeated")
+      ->type_name("FIELD=COLUMN")
+      ->expected(1)
+      ->take_all();
   command.add_option("--calendar", options.calendar_path, "The security's trading calendar, JSON")
       ->type_name("FILE");
   command
@@ -164,14 +183,12 @@ void add_run(CLI::App& app, Options& options) {
   run.add_flag("--fire", options.fire_signals, "Raise notices and trade signals, and print them");
 }
 
-#ifdef QUOR_CHART
 void add_chart(CLI::App& app, Options& options) {
   CLI::App& chart = *app.add_subcommand("chart", "Draw the bars and what a script draws");
   chart.footer(std::string(chart_examples) + bars_footer);
   add_bar_options(chart, options);
   quor_host::add_chart_options(chart, options.chart);
 }
-#endif
 
 void add_help(CLI::App& app, quor_host::HelpOptions& options) {
   CLI::App& help = *app.add_subcommand(
@@ -244,19 +261,38 @@ size_t count(const CLI::App& command, const std::string& option) {
   return found == nullptr ? 0 : found->count();
 }
 
+int check(Options options) {
+  const std::vector<std::string>& paths = options.script_paths;
+  const bool is_one = paths.size() < 2 && (paths.empty() || !quor_host::is_folder(paths[0]));
+  if (is_one) {
+    if (!paths.empty()) options.script_path = paths[0];
+    return check_script(options);
+  }
+  if (options.as_json) {
+    std::cerr << "quor: --json is for one script\n";
+    return exit_usage;
+  }
+  return check_scripts(options);
+}
+
 int run_command(const CLI::App& command, Options options, [[maybe_unused]] char** argv) {
   if (count(command, "SCRIPT") + count(command, "-e") == 0) {
     std::cerr << "quor: no script: give a file or -e 'TEXT'\n";
+    return exit_usage;
+  }
+  const bool is_check = command.get_name() == "check";
+  if (!is_check && options.bars_path.empty()) {
+    std::cerr
+        << "quor: --bars is missing; write --bars FILE.csv, or --bars - for bars from a pipe\n"
+        << "quor " << command.get_name() << " --help tells more\n";
     return exit_usage;
   }
   if (options.script_path == "-" && options.bars_path == "-") {
     std::cerr << "quor: the script and the bars can't both come from the pipe\n";
     return exit_usage;
   }
-  if (command.get_name() == "check") return check_script(options);
-#ifdef QUOR_CHART
+  if (is_check) return check(options);
   if (command.get_name() == "chart") return draw_script(options, argv);
-#endif
   if (options.as_csv && count(command, "--last") == 0) {
     options.last = std::numeric_limits<size_t>::max();
   }
@@ -283,12 +319,10 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     app.allow_windows_style_options(false);  // a path may begin with a slash on any system
     app.footer(footer);
-    app.set_version_flag("--version", "quor " QUOR_VERSION);
+    app.set_version_flag("-V,--version", "quor " QUOR_VERSION);
     add_check(app, options);
     add_run(app, options);
-#ifdef QUOR_CHART
     add_chart(app, options);
-#endif
     add_scan(app, scan);
 #ifdef QUOR_STUDIO
     quor_host::StudioOptions studio;

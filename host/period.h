@@ -1,25 +1,13 @@
-// The period of bars: by name, by the library's code, or from the distances of their keys.
+// The periods of bars, as they are read from files and options.
 #pragma once
 
-#include <cstdint>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
+#include "bars/period.h"
 
 namespace quor_host {
 
-inline constexpr uint32_t period_of_a_day = 0x4000;
-
-/// The code of "5min", "15s", "2hour", "day", "week", "month", "quarter", "year", of the same in
-/// other usual spellings, or of a code such as "0x3005" itself.
-std::optional<uint32_t> parse_period(std::string_view text);
-
-/// "5min", "day" and so on; the code in hexadecimal if it has no name.
-std::string period_text(uint32_t code);
-
-/// The period that most of the distances between neighbouring bars stand for, whatever their order
-/// in the list; nothing for fewer than two bars and for distances of no known period.
-std::optional<uint32_t> infer_period(std::vector<int64_t> keys);
+using quor_bars::infer_period;
+using quor_bars::parse_period;
+using quor_bars::period_of_a_day;
+using quor_bars::period_text;
 
 }  // namespace quor_host

@@ -1,11 +1,25 @@
-#ifndef _WIN32
 #include "program.h"
+
+#ifdef _WIN32
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
+namespace quor_host {
+
+std::filesystem::path program_folder() {
+  std::wstring own_path(32768, L'\0');
+  own_path.resize(GetModuleFileNameW(nullptr, own_path.data(), 32768));
+  return std::filesystem::path(own_path).parent_path();
+}
+
+}  // namespace quor_host
+
+#else
 
 #include <sys/auxv.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <system_error>
 
 #include "errors.h"
@@ -26,4 +40,5 @@ void run_instead(const std::string& path, char** arguments) {
 }
 
 }  // namespace quor_host
+
 #endif

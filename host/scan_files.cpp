@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "errors.h"
+#include "paths.h"
 #include "scan_job.h"
 #include "text.h"
 
@@ -9,13 +10,6 @@ namespace quor_host {
 namespace {
 
 namespace fs = std::filesystem;
-
-fs::path path_of(const std::string& text) { return {std::u8string(text.begin(), text.end())}; }
-
-std::string text_of(const fs::path& path) {
-  const std::u8string text = path.generic_u8string();
-  return {text.begin(), text.end()};
-}
 
 std::vector<std::string> files_in(const std::string& folder) {
   std::vector<std::string> files;

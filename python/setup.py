@@ -8,6 +8,7 @@ from pathlib import Path
 
 from setuptools import Extension, setup
 from setuptools.command.build_ext import build_ext
+from wheel.bdist_wheel import bdist_wheel
 
 ROOT = Path(__file__).resolve().parent.parent
 
@@ -44,8 +45,27 @@ class CMakeBuild(build_ext):
                 self.copy_file(str(module), str(out / module.name))
 
 
+def oldest_glibc(module: Path) -> int:
+    """The newest version 2.N of glibc that a module has symbols of: no older one can load it."""
+    versions = re.findall(rb"GLIBC_2\.(\d+)", module.read_bytes())
+    return max((int(version) for version in versions), default=0)
+
+
+class PortableWheel(bdist_wheel):
+    """A wheel that is named after the systems that can load its module."""
+
+    def get_tag(self) -> tuple:
+        python, abi, platform = super().get_tag()
+        modules = list(Path(self.bdist_dir or ".").rglob("_engine.*.so"))
+        machine = platform.partition("linux_")[2]
+        if platform.startswith("linux_") and modules and machine in ("x86_64", "aarch64"):
+            needed = max(28, *(oldest_glibc(module) for module in modules), 0)
+            platform = f"manylinux_2_{needed}_{machine}"
+        return python, abi, platform
+
+
 setup(
     version=version(),
     ext_modules=[Extension("quor._engine", sources=[])],
-    cmdclass={"build_ext": CMakeBuild},
+    cmdclass={"build_ext": CMakeBuild, "bdist_wheel": PortableWheel},
 )

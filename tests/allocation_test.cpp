@@ -4,11 +4,11 @@
 #include <set>
 #include <string>
 
-#include "functions/registry.h"
 #include "support/counting_new.h"
 #include "support/test_host.h"
 #include "support/word_statements.h"
-#include "tables/function_table.h"
+#include "vocabulary/function_sets.h"
+#include "vocabulary/registry.h"
 
 namespace quor_test {
 namespace {

@@ -7,6 +7,7 @@
 #include <bit>
 #include <cstdlib>
 #include <random>
+#include <sstream>
 #include <string>
 
 #include "bars/dates.h"
@@ -83,6 +84,55 @@ TEST(BarColumns, GoByTheirWordsOrAsTheyAreNamed) {
   EXPECT_THROW(quor_bars::parse_bars(text, "a", naming), quor_bars::ReadError);
   naming.fields = {{quor_bars::field_close, "lost"}};
   EXPECT_THROW(quor_bars::parse_bars(text, "a", naming), quor_bars::ReadError);
+}
+
+std::string fault_of(const std::string& text) {
+  try {
+    quor_bars::parse_bars(text, "a");
+  } catch (const quor_bars::ReadError& error) {
+    return error.what();
+  }
+  return {};
+}
+
+TEST(BarFiles, ArePartedByCommasSemicolonsOrTabs) {
+  const std::vector<double> closes = {1.5, 2};
+  for (const char* text :
+       {"date,close\n2024-01-02,1.5\n2024-01-03,2\n", "date;close\n2024-01-02;1.5\n2024-01-03;2\n",
+        "date\tclose\n2024-01-02\t1.5\n2024-01-03\t2\n",
+        "\"date\"\t\"close\"\tnote\n2024-01-02\t1.5\ta;b\n2024-01-03\t2\t\n"}) {
+    EXPECT_EQ(quor_bars::parse_bars(text, "a").columns.at(quor_bars::field_close), closes) << text;
+  }
+}
+
+TEST(BarFiles, SayWhatIsWrongAndWhere) {
+  const std::pair<const char*, const char*> faults[] = {
+      {"date,close\n01/01/2024,1\n",
+       "a:2: '01/01/2024' is no date; write 2024-01-31, 2024-01-31 09:35:00 or 20240131093500, the "
+       "year first"},
+      {"date,close\n2024-02-30,1\n",
+       "a:2: '2024-02-30' is no date; no calendar and no clock has it"},
+      {"date,Adj Close\n2024-01-02,1\n",
+       "a:1: the header names no 'close' column; it names date, Adj Close; 'Adj Close' is near"},
+      {"date,clsoe,cloze\n2024-01-02,1,1\n",
+       "a:1: the header names no 'close' column; it names date, clsoe, cloze; 'cloze' is near"},
+      {"day,close\n2024-01-02,1\n", "a:1: the header names no 'date' column; it names day, close"},
+      {"date;close\n2024-01-02;1,5\n",
+       "a:2: '1,5' in the column of CLOSE (11) is no number; decimals stand behind a point, and "
+       "nothing parts thousands"},
+      {"date,close\n2024-01-02,n/a\n", "a:2: 'n/a' in the column of CLOSE (11) is no number"},
+  };
+  for (const auto& [text, told] : faults) EXPECT_EQ(fault_of(text), told);
+  std::istringstream packed("\x1F\x8B\x08 and more");
+  EXPECT_THROW(quor_bars::read_stream(packed, "a.gz"), quor_bars::ReadError);
+}
+
+TEST(BarFiles, AreDoubtedWhereNoMarketCanHaveQuotedThem) {
+  const auto bars = quor_bars::parse_bars(
+      "date,high,low,close\n2024-01-02,3,1,2\n2024-01-03,1,3.5,2\n2024-01-04,1,4,2\n", "a");
+  EXPECT_EQ(bars.doubts, (std::vector<std::string>{"a:3: the high 1 is below the low 3.5",
+                                                   "a:3: the high 1 is below the close 2",
+                                                   "a:3: the close 2 is below the low 3.5"}));
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 #include "support/test_host.h"
 #include "support/word_statements.h"
 #include "tables/field_table.h"
-#include "tables/function_table.h"
+#include "vocabulary/function_sets.h"
 
 namespace quor_test {
 namespace {

@@ -20,12 +20,13 @@
 #include "core/status.h"
 #include "support/advice_cases.h"
 #include "support/test_host.h"
-#include "tables/function_table.h"
+#include "vocabulary/function_sets.h"
 
 namespace quor_test {
 namespace {
 
 constexpr uint32_t five_minutes = 0x3005;
+constexpr size_t absent = std::string::npos;
 
 std::string text_of(const std::filesystem::path& path) {
   std::ifstream file(path);
@@ -154,6 +155,29 @@ TEST(Docs, language_shows_scripts_that_raise_their_codes) {
     const auto example = example_of(line);
     if (!code || !example) continue;
     EXPECT_EQ(code_for(*example, message), *code) << *example << '\n' << message;
+  }
+}
+
+/// They run over bars of hours, in and out of days, and no line of them stays null. The first table
+/// leads to each.
+TEST(Docs, tasks_show_scripts_that_run) {
+  const std::string text = text_of(QUOR_DOCS "/tasks.md");
+  const std::vector<std::string> scripts = fenced_scripts(text);
+  EXPECT_GE(scripts.size(), 20U);
+  for (const std::string& script : scripts) {
+    AdviceCase task;
+    task.script = script;
+    task.period = 0x303C;
+    task.bars = 400;
+    task.is_hourly = true;
+    std::string told;
+    for (const auto& finding : findings_of(task)) told += finding.sentence + '\n';
+    EXPECT_EQ(told, "") << script;
+  }
+  for (const std::string& line : lines_of(text)) {
+    if (!line.starts_with("## ") || line == "## A first hour" || line.find("writing") != absent)
+      continue;
+    EXPECT_NE(text.find("[" + line.substr(3) + "](#"), absent) << line;
   }
 }
 

@@ -279,6 +279,73 @@ TEST(Engine, AnswersForTheSubjectThatItWasGiven) {
   EXPECT_EQ(values(), "null 0");
 }
 
+/// Trading days with a session of the night before and one of the day.
+std::string calendar_of(const std::string& dates) {
+  return R"({"status_code":0,"data":{"timezone":"UTC+08:00","trade_dates":[)" + dates +
+         R"(],"daylight_save_times":[],"trade_times":[{"start_date":"20230101",)"
+         R"("end_date":"20991231","times":[{"start_time":"21:00:00","end_time":"23:00:00",)"
+         R"("offset":"-1","trans_day_type":"1","type":""},{"start_time":"09:00:00",)"
+         R"("end_time":"15:00:00","offset":"0","trans_day_type":"1","type":""}]}],)"
+         R"("special_trade_times":[]}})";
+}
+
+TEST(Engine, EachRunHasTheCalendarOfItsScript) {
+  struct Case {
+    std::string calendar;
+    double date;  ///< of the bar at 22:00 on 2024-01-08
+  };
+  const Case cases[] = {{{}, 20240108},
+                        {calendar_of(R"("20240109","20240108")"), 20240109},
+                        {calendar_of(R"("20240110","20240108")"), 20240110},
+                        {{}, 20240108}};
+  Settings settings;
+  settings.subject.period = 0x3005;
+  settings.subject.security = "calendars";
+  settings.subject.market = "M";
+  Script script("A:DATE;", settings);
+  const int64_t key = 20240108220000;
+  for (int round = 0; round < 2; ++round) {
+    for (const auto& [calendar, date] : cases) {
+      settings.subject.calendar = calendar;
+      script.restart(settings.subject);
+      script.set_rows({&key, 1}, {});
+      ASSERT_FALSE(script.calculate());
+      EXPECT_EQ(script.column(script.lines()[0].column)[0], date);
+      Script follower("A:DATE;", settings);
+      follower.set_rows({&key, 1}, {});
+      ASSERT_FALSE(follower.calculate());
+      EXPECT_EQ(follower.column(follower.lines()[0].column)[0], date);
+    }
+  }
+  settings.subject.calendar = R"({"status_code":0})";
+  script.restart(settings.subject);
+  EXPECT_THROW(script.calculate(), Misuse);
+}
+
+TEST(Engine, OtherParametersAreAsANewScript) {
+  const int64_t keys[] = {20240102000000, 20240103000000, 20240104000000};
+  const double close[] = {1, 2, 4};
+  const Field fields[] = {{11, close}};
+  Settings settings;
+  settings.parameters = {{"N", 1}};
+  Script script("A:MA(C,N);C>N,BK;", settings);
+  for (const double periods : {3.0, 2.0, 1.0}) {
+    script.restart_with({{"N", periods}});
+    ASSERT_FALSE(script.report().failure);
+    EXPECT_EQ(script.row_count(), 0U);
+    EXPECT_TRUE(script.events().empty());
+    script.set_rows(keys, fields);
+    ASSERT_FALSE(script.calculate(0, true));
+    double sum = 0;
+    for (size_t row = 3 - static_cast<size_t>(periods); row < 3; ++row) sum += close[row];
+    EXPECT_EQ(script.column(script.lines()[0].column)[2], sum / periods);
+    const auto events = std::ranges::count_if(close, [&](double price) { return price > periods; });
+    EXPECT_EQ(script.events().size(), static_cast<size_t>(events));
+  }
+  script.restart_with({});
+  EXPECT_EQ(script.report().failure.code, 1);
+}
+
 TEST(Engine, ReadsTheFieldsOfTheMarketAndOfTradingTime) {
   Settings settings;
   settings.subject.market = "USHA";

@@ -8,7 +8,7 @@ execute_process(COMMAND ${OBJDUMP} --private-headers ${FILE}
 if(FILE MATCHES "[.](dll|exe)$")
   set(pattern "DLL Name: ([^\n]+)")
   set(always kernel32.dll)
-  set(allowed kernel32.dll msvcrt.dll advapi32.dll shell32.dll lib_quor_parser.dll)
+  set(allowed kernel32.dll msvcrt.dll advapi32.dll shell32.dll ws2_32.dll lib_quor_parser.dll)
 else()
   set(pattern "NEEDED +([^\n]+)")
   set(always libc.so.6)

@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <random>
 
-#include "functions/registry.h"
 #include "support/plain_bars.h"
 #include "support/test_host.h"
 #include "support/word_statements.h"
 #include "tables/field_table.h"
-#include "tables/function_table.h"
+#include "vocabulary/function_sets.h"
+#include "vocabulary/registry.h"
 
 namespace quor_test {
 namespace {
@@ -156,7 +156,8 @@ Arguments arguments_with(std::string_view word, std::string_view period, std::st
 std::vector<std::string> inner_calls(const Variation& variation) {
   std::vector<std::string> calls;
   for (const auto& [word, id] : quor::FunctionIdTable()) {
-    if (quor::OutputFunctionSet.contains(word) || word == "RAND" || word == "CURRENTTIME") continue;
+    if (quor::OutputFunctionSet().contains(word) || word == "RAND" || word == "CURRENTTIME")
+      continue;
     const Arguments arguments =
         arguments_with(word, variation.inner_period, variation.inner_closes);
     calls.push_back(call_of(word, join_arguments(arguments)));
@@ -190,7 +191,7 @@ class Pairs : public testing::TestWithParam<Variation> {
 TEST_P(Pairs, LeaveWhatPlainBarsLeave) {
   for (const auto& [word, id] : quor::FunctionIdTable()) {
     const std::string_view usual = arguments_of(word);
-    if (usual.empty() || !quor::find_function(word)->column_traits().by_columns) continue;
+    if (usual.empty() || !quor::find_function(word)->by_columns()) continue;
     // Without a period, a word is another in each variation by what it holds alone.
     const bool has_period = arguments_with(word, "17", "C") != split_arguments(usual);
     if (has_period || GetParam().inner_period == "0") check_all_over(word);

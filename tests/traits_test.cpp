@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <functional>
 #include <map>
@@ -14,13 +15,14 @@
 #include "compiler/declarations.h"
 #include "compiler/pipeline.h"
 #include "core/row_intake.h"
-#include "functions/families.h"
-#include "functions/registry.h"
 #include "support/test_host.h"
+#include "support/vectors.h"
 #include "support/word_statements.h"
 #include "tables/field_table.h"
-#include "tables/function_sets.h"
-#include "tables/function_table.h"
+#include "text/strings.h"
+#include "vocabulary/families.h"
+#include "vocabulary/function_sets.h"
+#include "vocabulary/registry.h"
 
 namespace quor_test {
 namespace {
@@ -204,16 +206,34 @@ TEST(Traits, EveryWordHasOneRowAndTheVocabulariesAgree) {
   for (const auto& [word, id] : quor::FunctionIdTable()) {
     ASSERT_TRUE(rows.contains(word)) << word;
     const Traits traits = rows.at(word);
-    EXPECT_EQ(traits.has(quor::draws), quor::OutputFunctionSet.contains(word)) << word;
-    const bool ahead = quor::LookAheadFunctionSet.contains(word);
+    EXPECT_EQ(traits.has(quor::draws), quor::OutputFunctionSet().contains(word)) << word;
+    const bool ahead = quor::LookAheadFunctionSet().contains(word);
     EXPECT_TRUE(!ahead || traits.has(quor::reads_forward)) << word;
-    const bool whole = quor::WholeSeriesFunctionSet.contains(word);
+    const bool whole = quor::WholeSeriesFunctionSet().contains(word);
     EXPECT_TRUE(!whole || traits.has_any(beyond_the_past)) << word;
     // Whoever isn't steady has a reason, so that no word is slow because it was forgotten.
     EXPECT_NE(traits.has(quor::steady), traits.has_any(beyond_the_past | quor::acts |
-                                                       quor::keeps_state | quor::reads_statement) ||
+                                                       quor::hides_state | quor::reads_statement) ||
                                             word == "ZIG")
         << word;
+  }
+}
+
+TEST(Traits, EveryWordHasAnIdOfItsOwnAndNumbersThatSomebodyDerived) {
+  std::set<std::string, std::less<>> derived;
+  for (Vector vector : load_vectors()) {
+    std::ranges::replace_if(
+        vector.script, [](unsigned char c) { return std::isalnum(c) == 0; }, ' ');
+    for (const std::string_view word : quor::split(vector.script, " ")) derived.emplace(word);
+  }
+  std::map<int32_t, std::string> words_of_id;
+  for (const auto& [word, id] : quor::FunctionIdTable()) {
+    words_of_id[id] += std::string(word) + " ";
+    const bool gives_numbers = !all_rows().at(word).has_any(quor::draws | quor::acts);
+    EXPECT_TRUE(derived.contains(word) || !gives_numbers) << word << " has no vectors";
+  }
+  for (const auto& [id, words] : words_of_id) {
+    EXPECT_TRUE(id == 167 ? words == "REFX1 PEAK " : words.find(' ') == words.size() - 1) << words;
   }
 }
 
@@ -275,7 +295,7 @@ TEST(Traits, AWordThatCanFailDoes) {
     const int failures = for_each_statement(word, [](const auto&, Engine&, Traits) {});
     const bool may_fail = (Traits{traits.with_other_periods} | traits).has(quor::can_fail);
     // A script with one of these is refused before it runs.
-    const bool refused = word == "ZIG" || word == "NOTICE" || quor::TradeSignalSet.contains(word);
+    const bool refused = word == "ZIG" || word == "NOTICE" || quor::TradeSignalSet().contains(word);
     EXPECT_EQ(failures > 0, may_fail && !refused) << word;
   });
 }

@@ -9,10 +9,13 @@
 #include <string_view>
 #include <vector>
 
+#include "advice/topic_help.h"
+#include "advice/vocabulary.h"
 #include "core/status.h"
+#include "support/advice_cases.h"
 #include "support/test_host.h"
-#include "tables/function_sets.h"
-#include "tables/function_table.h"
+#include "vocabulary/function_sets.h"
+#include "vocabulary/registry.h"
 
 namespace quor_test {
 namespace {
@@ -47,6 +50,14 @@ TEST(WordHelp, holds_the_words_of_the_library) {
   EXPECT_EQ(told, words);
 }
 
+TEST(WordHelp, knows_the_period_of_each_word) {
+  for (const quor::FunctionRow& row : quor::FunctionIdTable()) {
+    const auto* told = quor_advice::find_period(row.word);
+    const size_t period = quor::find_function(row.word)->traits().first_period;
+    EXPECT_EQ(told == nullptr ? quor::Traits::none : told->index, period) << row.word;
+  }
+}
+
 TEST(WordHelp, finds_a_word_in_any_case) {
   ASSERT_NE(quor_advice::find_word_help("ma"), nullptr);
   EXPECT_EQ(quor_advice::find_word_help("Ma")->form, "MA(X,N)");
@@ -67,7 +78,7 @@ TEST(WordHelp, examples_compile_and_show_their_word) {
 TEST(WordHelp, tells_words_without_parentheses) {
   for (const WordHelp& help : word_help()) {
     const bool bare = help.form == help.word;
-    EXPECT_EQ(bare, quor::BareFunctionSet.contains(help.word)) << help.word;
+    EXPECT_EQ(bare, quor::BareFunctionSet().contains(help.word)) << help.word;
     EXPECT_TRUE(!bare || help.most == 0) << help.word;
   }
 }
@@ -115,6 +126,50 @@ TEST(WordHelp, forms_show_as_many_arguments_as_are_needed) {
     EXPECT_TRUE(is_open || shown >= help.least) << help.form;
     EXPECT_TRUE(help.most < 0 || shown <= help.most) << help.form;
   }
+}
+
+/// Words in capitals of a text, letters and digits.
+std::vector<std::string> words_of(std::string_view text) {
+  std::vector<std::string> words(1);
+  for (const char c : text) {
+    const bool joins = (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    if (joins) words.back() += c;
+    if (!joins && !words.back().empty()) words.emplace_back();
+  }
+  return words;
+}
+
+TEST(TopicHelp, names_words_of_the_language) {
+  for (const char* const name : {"fields", "colours", "styles"}) {
+    const quor_advice::TopicHelp* const topic = quor_advice::find_topic_help(name);
+    ASSERT_NE(topic, nullptr) << name;
+    for (const auto& line : topic->lines) {
+      if (line.term.find_first_of("(:") != std::string_view::npos) continue;
+      for (const std::string& word : words_of(line.term)) {
+        if (word.empty()) continue;
+        const std::string script =
+            std::string(name) == "fields" ? "A:" + word + ";" : "A:C," + word + ";";
+        const std::string told = findings_text(script);
+        const bool is_known = told.find("no style item") == std::string::npos &&
+                              told.find("nothing defines") == std::string::npos &&
+                              told.find("no colour") == std::string::npos;
+        EXPECT_TRUE(is_known) << word << '\n' << told;
+      }
+    }
+  }
+}
+
+TEST(TopicHelp, finds_words_by_meaning) {
+  using Words = std::vector<std::string_view>;
+  const auto is_among = [](const Words& words, std::string_view word) {
+    return std::ranges::find(words, word) != words.end();
+  };
+  EXPECT_TRUE(is_among(quor_advice::words_about("average"), "MA"));
+  EXPECT_TRUE(is_among(quor_advice::words_about("Greatest"), "HHV"));
+  EXPECT_EQ(quor_advice::words_about("cross"), (Words{"CROSS", "CROSSDOWN", "CROSSUP"}));
+  EXPECT_EQ(quor_advice::words_about("of"), Words());
+  EXPECT_EQ(quor_advice::find_topic_help("COLORS"), quor_advice::find_topic_help("colours"));
+  EXPECT_EQ(quor_advice::find_topic_help("MA"), nullptr);
 }
 
 }  // namespace

@@ -10,34 +10,26 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 
 # Each room and the rooms that it may include besides itself.
-GROUND = {"text", "platform", "tables", "host_callbacks"}
-MODEL = GROUND | {"calendar", "core"}
-WORDS = MODEL | {"functions", "drawing"}
+GROUND = {"text", "platform", "tables", "callbacks"}
+MODEL = GROUND | {"calendar", "core", "vocabulary"}
 ROOMS = {
-    **{room: GROUND for room in GROUND - {"host_callbacks"}},
-    "host_callbacks": set(),
+    **{room: GROUND for room in GROUND - {"callbacks"}},
+    "callbacks": set(),
     "calendar": GROUND,
     "core": GROUND | {"calendar"},
-    "functions": WORDS,
-    "drawing": WORDS,
-    "compiler": WORDS,
-    "interface": WORDS | {"compiler", "include"},
-    "engine": WORDS | {"compiler", "interface"},
+    "vocabulary": {"core"},
+    "functions": MODEL,
+    "drawing": MODEL,
+    "compiler": MODEL | {"drawing"},
+    "interface": MODEL | {"compiler", "include"},
+    "engine": MODEL | {"drawing", "compiler", "interface"},
     "python": {"engine", "advice", "bars"},
     "npm": {"engine", "advice"},
     "include": set(),
-    "advice": set(),
-    "bars": set(),
+    "advice": {"tables"},
+    "bars": {"tables"},
     "host": {"include", "advice", "bars"},
 }
-# What core may see of the rooms above it, and what these headers may need of core.
-ABSTRACT = {
-    "functions/base_func.h",
-    "functions/traits.h",
-    "drawing/base_shape.h",
-    "drawing/shape_management.h",
-}
-CORE_OF_ABSTRACT = {"core/model.h", "core/status.h"}
 # The parts of the host that work on arrays.
 OVER_ENGINE = ("host/scan", "host/studio")
 
@@ -59,8 +51,6 @@ def name_of(path):
 
 
 def room_of(name):
-    if name.startswith("interface/host_callbacks."):
-        return "host_callbacks"
     return name.split("/")[0]
 
 
@@ -74,12 +64,8 @@ def resolved(text, path, known):
 
 def is_allowed(source, target):
     from_room, to_room = room_of(source), room_of(target)
-    if source in ABSTRACT and to_room == "core":
-        return target in CORE_OF_ABSTRACT
     if from_room == to_room or to_room in ROOMS[from_room]:
         return True
-    if from_room == "core":
-        return target in ABSTRACT
     return source.startswith(OVER_ENGINE) and to_room == "engine"
 
 

@@ -3,7 +3,7 @@
 #   tools/bench.sh words     every word of the language instead, as a table
 #   tools/bench.sh cycles    memory over 100,000 instances that come and go
 #   tools/bench.sh wasm      the npm package beside the engine without it
-#   tools/bench.sh scan      scans of a market beside the calculation, pandas and the reading alone
+#   tools/bench.sh scan      what research in Python costs, pandas beside it
 set -u
 . "$(dirname "$0")/lib.sh"
 

@@ -3,8 +3,8 @@
 set -u
 . "$(dirname "$0")/lib.sh"
 
-need_packages $build_packages $host_packages $font_packages
-build release -DQUOR_BUILD_TESTS=OFF
+need_packages $build_packages $chart_packages $font_packages
+build release -DQUOR_BUILD_TESTS=OFF -DQUOR_BUILD_STUDIO=OFF
 quor=build/release/host/quor
 
 show() {

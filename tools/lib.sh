@@ -6,17 +6,20 @@ cd "$root" || exit 1
 library_packages="g++ cmake ninja-build ccache dpkg-dev libfast-float-dev"
 build_packages=$library_packages
 studio_packages="nlohmann-json3-dev"
-host_packages="libcli11-dev pkg-config libcairo2-dev libpango1.0-dev $studio_packages"
+chart_packages="libcli11-dev pkg-config libcairo2-dev libpango1.0-dev"
+host_packages="$chart_packages $studio_packages"
 font_packages="fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji"
 test_packages="libgtest-dev binutils python3 mono-mcs mono-runtime"
-windows_packages="g++-mingw-w64-x86-64-posix cmake ninja-build ccache dpkg-dev googletest libcli11-dev libfast-float-dev llvm-14"
+windows_packages="g++-mingw-w64-x86-64-posix cmake ninja-build ccache dpkg-dev googletest libcli11-dev libfast-float-dev llvm-14
+$studio_packages"
 windows_test_packages="clang-14 lld-14"
 arm64_packages="g++-aarch64-linux-gnu cmake ninja-build ccache dpkg-dev googletest libcli11-dev libfast-float-dev
 $studio_packages"
 arm64_test_packages="qemu-user"
 wasm_packages="clang-19 lld-19 llvm-19 wasi-libc libclang-rt-19-dev-wasm32 cmake ninja-build ccache dpkg-dev libfast-float-dev"
 python_packages="python3 python3-dev python3-venv python3-pip python3-setuptools python3-wheel pybind11-dev
-python3-pybind11 python3-numpy python3-pandas python3-pytest python3-distributed python3-tqdm python3-flake8"
+python3-pybind11 python3-numpy python3-pandas python3-pytest python3-distributed python3-tqdm python3-flake8
+mypy"
 wine_packages="wine wine64"
 format_packages="clang-format-14"
 tidy_packages="clang-tidy-14"
@@ -79,7 +82,7 @@ need_tools() {
 configure() {
   preset=$1
   shift
-  cmake --preset "$preset" -DQUOR_BUILD_HOST=ON -DQUOR_BUILD_TESTS=ON "$@" >/dev/null ||
+  cmake --preset "$preset" -DQUOR_BUILD_HOST=ON -DQUOR_BUILD_STUDIO=ON -DQUOR_BUILD_TESTS=ON "$@" >/dev/null ||
     die "the configuration of '$preset' failed"
 }
 

@@ -123,10 +123,11 @@ http_library() {
   cp "$work/cpp-httplib/httplib.h" "$out/include" || die "the header of cpp-httplib can't be copied"
 }
 
-command_line_library() {
-  copy_header CLI
+# copy_package NAME HEADERS: the same with what CMake finds them by.
+copy_package() {
+  copy_header "$2"
   mkdir -p "$out/share/cmake"
-  cp -R /usr/share/cmake/CLI11 "$out/share/cmake" || die "the package of CLI11 can't be copied"
+  cp -R "/usr/share/cmake/$1" "$out/share/cmake" || die "the package of $1 can't be copied"
 }
 
 # Two configurations at once build them once.
@@ -154,7 +155,8 @@ if has program; then
 fi
 if has cross; then
   cmake_library googletest /usr/src/googletest -DBUILD_GMOCK=OFF
-  command_line_library
+  copy_package CLI11 CLI
+  copy_package nlohmann_json nlohmann
 fi
 rm -rf "$work"
 echo "$recipe" >"$out/recipe"

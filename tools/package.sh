@@ -2,6 +2,7 @@
 # Installs what is missing, builds, with the page of the studio, and makes the packages in dist/. Prints
 # their names.
 #   tools/package.sh            packages for Debian and an archive for any Linux
+#   tools/package.sh arm64      the same for 64-bit ARM
 #   tools/package.sh windows    an archive
 #   tools/package.sh python     a wheel
 set -u
@@ -17,12 +18,12 @@ if [ "$preset" = python ]; then
   ls dist/quor-*.whl
   exit
 fi
-if [ "$preset" = windows ]; then
-  need_packages $windows_packages
-else
-  need_packages $build_packages $host_packages $package_packages
-  tools/build-web.sh >&2 || die "the page of the studio could not be built"
-fi
+case $preset in
+  windows) need_packages $windows_packages ;;
+  arm64) need_packages $arm64_packages $package_packages ;;
+  *) need_packages $build_packages $host_packages $package_packages ;;
+esac
+tools/build-web.sh >&2 || die "the page of the studio could not be built"
 
 # make GENERATOR LIBDIR: each system has its own folder for libraries.
 make() {
@@ -39,6 +40,8 @@ make() {
 if [ "$preset" = windows ]; then
   make ZIP lib
 else
-  make DEB "lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)"
+  architecture=$(dpkg --print-architecture)
+  [ "$preset" != arm64 ] || architecture=arm64
+  make DEB "lib/$(dpkg-architecture -a "$architecture" -f -qDEB_HOST_MULTIARCH)"
   make TGZ lib
 fi

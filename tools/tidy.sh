@@ -26,7 +26,7 @@ changed_sources() {
 }
 
 need_packages $build_packages $host_packages $test_packages $tidy_packages
-configure release -DQUOR_BUILD_BENCH=ON -DQUOR_BUILD_FUZZ=ON
+configure release -DQUOR_BUILD_BENCH=ON -DQUOR_BUILD_FUZZ=ON -DQUOR_PRECOMPILE=OFF
 case ${1:-} in
   '') files=$(sources $tidy_folders | grep -v '\.h$') ;;
   --changed) files=$(changed_sources "${2:-$(base_commit)}") ;;

@@ -2,43 +2,20 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "../panes/color.h"
-#include "placement.h"
+#include "surface.h"
 
 namespace quor_host {
-
-struct Point {
-  double x = 0.0;
-  double y = 0.0;
-
-  bool operator==(const Point&) const = default;
-};
-
-struct Stroke {
-  Color color;
-  double width = 1.0;
-  std::vector<double> dashes = {};
-};
-
-struct Lettering {
-  Color color;
-  double size = 11.0;
-  bool bold = false;
-  std::optional<Color> halo = {};  ///< sets the letters off from what lies under them
-};
 
 /// Lines and areas may have any coordinates: what lies far off the sheet is brought near it, and
 /// what has one that is no number isn't drawn.
 class Canvas {
  public:
   /// A sheet that becomes a PNG or, by the ending of the path, an SVG. Throws HostError for another
-  /// ending.
+  /// ending, and for a PNG where the program can draw none.
   Canvas(const std::string& path, int width, int height);
-  ~Canvas();
 
   /// A line of no length is a dot.
   void line(const std::vector<Point>& points, const Stroke& stroke);
@@ -65,13 +42,12 @@ class Canvas {
   void clip(const Box& box);
   void unclip();
 
-  /// Writes the file. Letters become outlines, so an SVG has its texts in a description, too.
-  /// Throws HostError if the file can't be written.
+  /// Writes the file. Throws HostError if that can't be.
   void finish();
 
  private:
-  struct Sheet;
-  std::unique_ptr<Sheet> sheet_;
+  std::string path_;
+  std::unique_ptr<Surface> surface_;
 };
 
 }  // namespace quor_host

@@ -28,7 +28,8 @@ double luminance(Color color) {
 }
 
 bool is_neutral(Color color) {
-  const auto [low, high] = std::minmax({color.red, color.green, color.blue});
+  const double low = std::min({color.red, color.green, color.blue});
+  const double high = std::max({color.red, color.green, color.blue});
   return high - low < 0.08;
 }
 

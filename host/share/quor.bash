@@ -25,8 +25,8 @@ _quor() {
   options='-e --set --params --lines --period --code --market --timezone --extra --trading --strict --help'
   case $command in
     check) options="$options --json" ;;
-    run) options="$options --bars --calendar --reference --last --json --csv --from --fire" ;;
-    chart) options="$options --bars --calendar --reference --last --out --size --theme --no-volume" ;;
+    run) options="$options --bars --column --calendar --reference --last --json --csv --from --fire" ;;
+    chart) options="$options --bars --column --calendar --reference --last --out --size --theme --no-volume" ;;
     scan) options='-e --set --period --market --calendar --extra --last --where --jobs --sort --reverse --csv --json --help' ;;
     studio) options='--bars --port --no-open --help' ;;
     help)

@@ -26,6 +26,7 @@ complete -c quor -n "__fish_seen_subcommand_from $scripts" -l strict -d 'Exit wi
 complete -c quor -n '__fish_seen_subcommand_from check run' -l json -d 'Print JSON'
 
 complete -c quor -n '__fish_seen_subcommand_from run chart' -l bars -r -F -d 'Bars, comma-separated'
+complete -c quor -n '__fish_seen_subcommand_from run chart' -l column -x -d 'Column of a field under another name'
 complete -c quor -n '__fish_seen_subcommand_from run chart' -l calendar -r -F -d 'Trading calendar, JSON'
 complete -c quor -n '__fish_seen_subcommand_from run chart' -l reference -x -d 'Data of another security or period'
 complete -c quor -n '__fish_seen_subcommand_from run chart' -l last -x -d 'How many bars'

@@ -1,5 +1,21 @@
 #include "browser.h"
 
+#ifdef _WIN32
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+// Behind the header that it builds on.
+#include <shellapi.h>
+
+namespace quor_host {
+
+void open_browser(const std::string& link) {
+  ShellExecuteA(nullptr, "open", link.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+}
+
+}  // namespace quor_host
+
+#else
+
 #include <fcntl.h>
 #include <spawn.h>
 #include <unistd.h>
@@ -49,3 +65,5 @@ void open_browser(const std::string& link) {
 }
 
 }  // namespace quor_host
+
+#endif

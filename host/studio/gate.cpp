@@ -1,13 +1,10 @@
 #include "gate.h"
 
-#include <sys/random.h>
-
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <random>
 #include <string_view>
-
-#include "../errors.h"
 
 namespace quor_host {
 namespace {
@@ -40,12 +37,10 @@ std::string_view cookie_of(std::string_view cookies, std::string_view name) {
 
 std::string random_text() {
   constexpr std::string_view digits = "0123456789abcdef";
-  std::array<unsigned char, 16> bytes{};
-  if (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
-    throw HostError("the system gives no random numbers");
-  }
+  std::random_device system;
+  std::uniform_int_distribution<size_t> digit(0, digits.size() - 1);
   std::string text;
-  for (const unsigned char byte : bytes) text += {digits[byte >> 4U], digits[byte & 15U]};
+  for (int i = 0; i < 32; ++i) text += digits[digit(system)];
   return text;
 }
 

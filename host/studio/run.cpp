@@ -79,6 +79,10 @@ std::vector<quor_advice::Finding> Run::findings(const Bars& bars) const {
       if (is_null) facts.null_lines.push_back(line.name);
     }
   }
+  input.compile = [this](std::string_view script) {
+    const quor::engine::Script other(std::string(script), settings_of(task_, period_));
+    return other.report().text;
+  };
   return quor_advice::advise(input);
 }
 

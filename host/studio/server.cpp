@@ -4,6 +4,8 @@
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wconversion"
 #pragma GCC diagnostic ignored "-Wshadow"
+// Bars are large, and asking the system for each 4 KiB of them takes its time.
+#define CPPHTTPLIB_RECV_BUFSIZ (size_t{1} << 16U)
 #include <httplib.h>
 #pragma GCC diagnostic pop
 
@@ -25,8 +27,13 @@ constexpr auto content_security =
 
 /// Two servers on one port would share the requests; the library would let them.
 void set_socket_options(socket_t socket) {
+#ifdef _WIN32
+  constexpr int option = SO_EXCLUSIVEADDRUSE;
+#else
+  constexpr int option = SO_REUSEADDR;
+#endif
   const int yes = 1;
-  setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+  setsockopt(socket, SOL_SOCKET, option, reinterpret_cast<const char*>(&yes), sizeof yes);
 }
 
 Visitor visitor_of(const httplib::Request& request) {

@@ -1,9 +1,7 @@
 #include "studio.h"
 
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
-#include <ctime>
 #include <future>
 #include <iostream>
 #include <memory>
@@ -11,6 +9,7 @@
 
 #include "../program.h"
 #include "browser.h"
+#include "end_signals.h"
 #include "server.h"
 #include "service.h"
 
@@ -23,27 +22,6 @@ StudioFiles files_of(const StudioOptions& options) {
       options.page_path.empty() ? share / "studio" : std::filesystem::path(options.page_path);
   return {page, share / "samples", options.bars_path, options.script_path};
 }
-
-/// The signals by which a user ends the program. From now on no thread that is started hears them,
-/// but they can be waited for.
-class EndSignals {
- public:
-  EndSignals() {
-    sigemptyset(&signals_);
-    sigaddset(&signals_, SIGINT);
-    sigaddset(&signals_, SIGTERM);
-    sigprocmask(SIG_BLOCK, &signals_, nullptr);
-  }
-
-  /// True if one came in the time.
-  bool wait(std::chrono::seconds time) const {
-    const timespec limit{time.count(), 0};
-    return sigtimedwait(&signals_, nullptr, &limit) > 0;
-  }
-
- private:
-  sigset_t signals_{};
-};
 
 /// Does the work on a thread of its own, and ends the program if that takes long: a calculation
 /// can't be broken off, and nobody who ends the program wants to wait for it.

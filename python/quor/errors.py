@@ -2,7 +2,11 @@
 
 from __future__ import annotations
 
-from typing import NamedTuple
+import warnings
+from typing import TYPE_CHECKING, Any, NamedTuple, Sequence
+
+if TYPE_CHECKING:
+    from . import _engine
 
 
 class Finding(NamedTuple):
@@ -69,3 +73,21 @@ class BarsWarning(UserWarning):
 def note(sentence: str, suggestion: str) -> Finding:
     """A warning without a place in a script."""
     return Finding("warning", 0, sentence, suggestion, 0, 0, 0)
+
+
+def error_of(finding: Sequence[Any]) -> ScriptError:
+    """The exception for an error as the engine gives it."""
+    return ScriptError(Finding(*finding))
+
+
+def raise_error(engine: _engine.Engine) -> None:
+    """Raises ScriptError if the last compile or calculation of an engine failed."""
+    error = engine.error()
+    if error is not None:
+        raise error_of(error)
+
+
+def warn_of(notes: Sequence[Finding], depth: int = 3) -> None:
+    """Warns of what the bars hold, at the place of the caller's caller or further out."""
+    for finding in notes:
+        warnings.warn(f"{finding.sentence}; {finding.suggestion}", BarsWarning, stacklevel=depth)

@@ -6,12 +6,17 @@ import os
 from typing import Any, Hashable, Mapping, NamedTuple, Optional, Sequence
 
 import numpy as np
-import pandas as pd
 
 from . import _engine
+from .arrays import Array
 from .errors import Finding, note
-from .times import index_of, index_of_ticks, row_of, times_of, times_of_day
+from .optional import (
+    has_pandas, is_datetime_index, is_frame, is_index, is_multi_index, is_series, pd)
+from .protocols import adopted
+from .references import Series
+from .times import index_of, index_of_ticks, is_missing, row_of, times_of, times_of_day
 
+_ByName = dict[str, list[Hashable]]
 Columns = Optional[Mapping[str, Optional[Hashable]]]
 
 _NAT = np.iinfo(np.int64).min
@@ -45,12 +50,12 @@ class Need(NamedTuple):
 class Bars(NamedTuple):
     """What the engine takes, and the index that results get."""
 
-    times: np.ndarray  #: int64, ticks since 1970 by the clock of the bars' own zone
+    times: Array  #: int64, ticks since 1970 by the clock of the bars' own zone
     ticks: int  #: per second
-    fields: list[tuple[int, np.ndarray]]  #: of numbers; the engine makes float64 of them
+    fields: list[tuple[int, Array]]  #: of numbers; the engine makes float64 of them
     index: Any
     labels: Any  #: of the bars in events: the index, or the level of it that has the times
-    zoned: pd.DatetimeIndex | None  #: the times, if they have a zone
+    zoned: Any  #: the times, if they have a zone, as an index
 
 
 def plain(name: Hashable) -> str:
@@ -67,10 +72,12 @@ class Layout:
     """Which columns of a frame a script reads; worked out once for all frames alike."""
 
     def __init__(self, needs: Sequence[Need], columns: Columns, duplicates: str,
-                 has_days: bool = False) -> None:
+                 has_days: bool = False, series: Sequence[Series] = ()) -> None:
         if duplicates not in ("error", "last"):
             raise ValueError(f'duplicates is "error" or "last", and not {duplicates!r}')
-        self._needs = needs
+        self._series = series
+        served = {one.column for one in series}
+        self._needs = [need for need in needs if need.id not in served]
         self._repeat = duplicates == "last"
         self._has_days = has_days  #: the script asks for the period, which is a day or longer
         self._ids = {word: id_ for id_, words in FIELD_WORDS.items() for word in words}
@@ -101,6 +108,7 @@ class Layout:
             For a needed column that isn't there or stands twice, for values that are no numbers,
             and for times that are none.
         """
+        frame = adopted(frame)
         labels = _labels(frame)
         places = self._known.get(labels)
         if places is None:
@@ -110,22 +118,33 @@ class Layout:
         times, ticks = times_of(moments)
         if labels_of_times is None and places.clocks:
             times = _with_clock(frame, places, times, ticks)
+        arrays = _arrays(frame, labels, places.fields)
         fields = []
-        series = _series(frame, labels, len(places.fields))
         for id_, label in places.fields:
-            values = _numbers(series[label], label)
+            values = arrays.get(label)
+            if values is None:
+                values = numbers_of(frame[label], label)
             if len(values) != len(times):
                 raise ValueError(
                     f"column {label!r} has {len(values)} values for {len(times)} bars"
                 )
             fields.append((id_, values))
+        self.add_series(fields, times, ticks)
         index = getattr(frame, "index", None)
-        if index is None:
+        if index is None and has_pandas():
             index = index_of_ticks(times, ticks)
         return Bars(times, ticks, fields, index,
-                    index if labels_of_times is None else labels_of_times, _zoned(moments))
+                    index if labels_of_times is None else labels_of_times, zoned_of(moments))
 
-    def bars_of_file(self, path: str | os.PathLike) -> Bars:
+    def add_series(self, fields: list[tuple[int, Array]], times: Array, ticks: int) -> None:
+        """The values of references at the times of bars."""
+        if not self._series:
+            return
+        seconds = times // ticks
+        for series in self._series:
+            fields.append((series.column, series.at(seconds)))
+
+    def bars_of_file(self, path: str | os.PathLike[str]) -> Bars:
         """The arrays of a file, with no index."""
         times, columns = self.read_file(path)
         fields = []
@@ -135,9 +154,10 @@ class Layout:
             elif self._given.get(need.id, "") is not None:
                 raise ValueError(f"{os.fspath(path)}: the script reads {need.names[0]!r}, and no "
                                  "column of the file is called so")
+        self.add_series(fields, times, 1)
         return Bars(times, 1, fields, None, None, None)
 
-    def read_file(self, path: str | os.PathLike) -> tuple[np.ndarray, dict[int, np.ndarray]]:
+    def read_file(self, path: str | os.PathLike[str]) -> tuple[Array, dict[int, Array]]:
         """Seconds since 1970 and the values of all fields."""
         wanted = {need.id for need in self._needs} or self._given.keys()
         named = {id_: str(label) if id_ in wanted and label is not None else None
@@ -148,6 +168,15 @@ class Layout:
         time = self._given.get(_TIME)
         return _engine.read_bars(
             os.fsencode(path), None if time is None else str(time), named, self._repeat)
+
+    def places_of(self, labels: tuple[Hashable, ...]) -> list[tuple[int, Hashable]]:
+        """The needed fields among columns. Raises ValueError for one that isn't there."""
+        return self._find(labels).fields
+
+    def ids_of(self, labels: tuple[Hashable, ...]) -> dict[Hashable, int]:
+        """The fields of a frame of these columns, as :meth:`bars` has found them."""
+        places = self._known.get(labels)
+        return {} if places is None else {label: id_ for id_, label in places.fields}
 
     def check_times(self, bars: Bars, rows: int) -> None:
         """Refuses bars of which the engine has made fewer rows than they are."""
@@ -181,7 +210,7 @@ class Layout:
                               "compile(..., period=0x3005) for five minutes"))
         if infinity is not None:
             id_, bar = infinity
-            name = next(need.names[0] for need in self._needs if need.id == id_)
+            name = next((need.names[0] for need in self._needs if need.id == id_), "a reference")
             found.append(note(f"{name!r} of bar {bar} (the first is 0) is infinite, which averages "
                               "and sums never recover from", "make it null, or leave the bar out"))
         return found
@@ -199,7 +228,8 @@ class Layout:
         is_date = _TIME not in self._given and bool(times) and plain(times[0]) == "date"
         return _Places(fields, times, by_name.get("time", []) if is_date else [])
 
-    def _label_of(self, need: Need, by_name: dict, labels: tuple) -> tuple[Hashable, bool]:
+    def _label_of(self, need: Need, by_name: _ByName,
+                  labels: tuple[Hashable, ...]) -> tuple[Hashable, bool]:
         if need.id in self._given:
             label = self._given[need.id]
             if label is not None and label not in labels:
@@ -215,7 +245,7 @@ class Layout:
             raise ValueError(f"two columns are {what!r}: {found[0]!r} and {found[1]!r}")
         raise ValueError(f"the script reads {what!r}, and no column of the frame is called so")
 
-    def _time_labels(self, by_name: dict, labels: tuple) -> list[Hashable]:
+    def _time_labels(self, by_name: _ByName, labels: tuple[Hashable, ...]) -> list[Hashable]:
         """The column of the times; several only if they have one name."""
         if _TIME in self._given:
             label = self._given[_TIME]
@@ -234,7 +264,7 @@ class _Places(NamedTuple):
 
 
 def read_csv(
-    path: str | os.PathLike, columns: Columns = None, duplicates: str = "error"
+    path: str | os.PathLike[str], columns: Columns = None, duplicates: str = "error"
 ) -> pd.DataFrame:
     """Reads a file of bars by the rules of :func:`scan` and of the command line.
 
@@ -273,27 +303,25 @@ def _labels(frame: Any) -> tuple[Hashable, ...]:
             raise TypeError("bars are a DataFrame or a mapping of arrays, and not "
                             f"{type(frame).__name__}")
         labels = frame.keys()
-    return tuple(labels.tolist() if isinstance(labels, pd.Index) else labels)
+    names: Any = labels
+    return tuple(names.tolist() if is_index(names) else names)
 
 
 def _level(frame: Any, has_column: bool, is_named: bool) -> Any:
     """The index, or the level of it, that has the times; None if a column has them."""
     index = getattr(frame, "index", None)
-    if has_column and (is_named or not isinstance(index, _TIME_INDEXES)):
+    if has_column and (is_named or not is_datetime_index(index)):
         return None
     if index is None:
         raise ValueError(f"no column holds the times; looked for {', '.join(TIME_WORDS)}")
-    return _level_of_times(index) if isinstance(index, pd.MultiIndex) else index
-
-
-_TIME_INDEXES = (pd.DatetimeIndex, pd.PeriodIndex)
+    return _level_of_times(index) if is_multi_index(index) else index
 
 
 def _level_of_times(index: pd.MultiIndex) -> pd.Index:
     """The level with the times, of an index that tells no bars apart by its other levels."""
     numbers = range(index.nlevels)
     dated = [level for level in numbers
-             if isinstance(index.levels[level], _TIME_INDEXES)
+             if is_datetime_index(index.levels[level])
              or plain(index.names[level]) in TIME_WORDS]
     if len(dated) != 1:
         raise ValueError("which level of the index holds the times? Leave it alone in the index: "
@@ -318,7 +346,7 @@ def _column(frame: Any, places: _Places) -> Any:
     return frame[label]
 
 
-def _with_clock(frame: Any, places: _Places, dates: np.ndarray, ticks: int) -> np.ndarray:
+def _with_clock(frame: Any, places: _Places, dates: Array, ticks: int) -> Array:
     """Dates with the times of day beside them."""
     label, clock = places.times[0], places.clocks[0]
     seconds = times_of_day(frame[clock], clock)
@@ -331,7 +359,8 @@ def _with_clock(frame: Any, places: _Places, dates: np.ndarray, ticks: int) -> n
     return np.where(is_there, dates + seconds * ticks, _NAT)
 
 
-def _zoned(moments: Any) -> pd.DatetimeIndex | None:
+def zoned_of(moments: Any) -> Any:
+    """Times with a zone as an index; None for others."""
     is_zoned = getattr(getattr(moments, "dtype", None), "tz", None) is not None
     return pd.DatetimeIndex(moments) if is_zoned else None
 
@@ -341,16 +370,23 @@ def _have_times_of_day(bars: Bars) -> bool:
     return bool(np.any(days[1:] == days[:-1]))
 
 
-def _series(frame: Any, labels: tuple, wanted: int) -> Any:
-    """Of a frame without many other columns all at once, which is quicker than one by one."""
-    if isinstance(frame, pd.DataFrame) and len(labels) <= 3 * wanted:
-        return dict(frame.items())
-    return frame
+def _arrays(frame: Any, labels: tuple[Hashable, ...],
+            fields: list[tuple[int, Hashable]]) -> dict[Hashable, Array]:
+    """The columns that are plain arrays of numbers, without a series made around each."""
+    array_at = getattr(frame, "_get_column_array", None)
+    if array_at is None or not is_frame(frame):
+        return {}
+    found = {}
+    for _, label in fields:
+        values = array_at(labels.index(label))
+        if type(values) is np.ndarray and values.dtype.kind in "fiub":
+            found[label] = values
+    return found
 
 
-def _numbers(values: Any, label: Hashable) -> np.ndarray:
+def numbers_of(values: Any, label: Hashable) -> Array:
     if _is_nullable(values):
-        return values.to_numpy(np.float64, na_value=np.nan)
+        return np.asarray(values.to_numpy(np.float64, na_value=np.nan))
     array = row_of(values, label)
     if array.dtype.kind in "fiub":
         return array
@@ -360,7 +396,8 @@ def _numbers(values: Any, label: Hashable) -> np.ndarray:
         if isinstance(value, (str, bytes)):
             raise ValueError(f"column {label!r} holds text, such as {value!r} in bar {row}")
     try:
-        return np.array([np.nan if pd.isna(value) else float(value) for value in array], np.float64)
+        return np.array([np.nan if is_missing(value) else float(value) for value in array],
+                        np.float64)
     except (TypeError, ValueError) as error:
         raise ValueError(f"column {label!r} holds what is no number: {error}") from None
 
@@ -368,6 +405,6 @@ def _numbers(values: Any, label: Hashable) -> np.ndarray:
 def _is_nullable(values: Any) -> bool:
     """A series of numbers with a mask, which numpy would make objects of."""
     dtype = getattr(values, "dtype", None)
-    return (isinstance(values, pd.Series)
+    return (is_series(values) and not isinstance(dtype, np.dtype)
             and isinstance(dtype, pd.api.extensions.ExtensionDtype)
             and dtype.kind in "fiub" and not isinstance(dtype, pd.SparseDtype))

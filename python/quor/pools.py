@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import functools
 import itertools
+import os
 from collections import deque
 from concurrent.futures import (
     FIRST_COMPLETED, BrokenExecutor, Executor, Future, ProcessPoolExecutor, ThreadPoolExecutor,
@@ -18,9 +19,15 @@ WINDOW = 64
 WINDOW_OF_THREAD = 3
 
 Chunk = list[tuple[Hashable, Any]]
-Work = Callable[[Chunk], list]
+Work = Callable[[Chunk], list[Any]]
 #: A chunk with the outcomes of its securities, or with what kept all of it from being done.
 Done = tuple[Chunk, Any]
+
+
+def processors() -> int:
+    """How many processors this process may use."""
+    count = getattr(os, "sched_getaffinity", None)
+    return len(count(0)) if count else os.cpu_count() or 1
 
 
 def chunks_of(items: Iterable[tuple[Hashable, Any]]) -> Iterator[Chunk]:
@@ -60,17 +67,18 @@ def on_executor(executor: Executor, work: Work, chunks: Iterator[Chunk]) -> Iter
 
 
 def _submit(
-    submit: Callable[[Chunk], Future], chunks: Iterator[Chunk], window: int, undone: list[Chunk]
+    submit: Callable[[Chunk], Future[Any]], chunks: Iterator[Chunk], window: int,
+    undone: list[Chunk],
 ) -> Iterator[Done]:
     """Results in the order in which they come. Securities whose chunk fails as a whole, as for one
     that can't be sent, are done again alone. Chunks over which the executor breaks go to
     ``undone``, and no others are taken then."""
     alone: deque[Chunk] = deque()
-    waiting: dict[Future, Chunk] = {}
+    waiting: dict[Future[Any], Chunk] = {}
     try:
         while True:
             while not undone and len(waiting) < window:
-                chunk = alone.popleft() if alone else next(chunks, None)
+                chunk = _next(alone, chunks)
                 if chunk is None:
                     break
                 try:
@@ -96,7 +104,14 @@ def _submit(
             future.cancel()
 
 
-def _result_of(future: Future) -> Any:
+def _next(alone: deque[Chunk], chunks: Iterator[Chunk]) -> Chunk | None:
+    """What is done again goes first."""
+    if alone:
+        return alone.popleft()
+    return next(chunks, None)
+
+
+def _result_of(future: Future[Any]) -> Any:
     """The result, or the exception in its place. Raises what is no plain exception, such as an
     interrupt: it ends the scan."""
     error = future.exception()
@@ -114,13 +129,14 @@ def _in_spares(
     that are done again alone, so that none is lost for another's sake. Raises BrokenExecutor if
     such pools don't start."""
     alone = deque([item] for chunk in undone for item in chunk)
+    workers: int = getattr(executor, "_max_workers")
     idle: list[ProcessPoolExecutor] = []
-    running: dict[Future, tuple[ProcessPoolExecutor, Chunk, bool]] = {}
+    running: dict[Future[Any], tuple[ProcessPoolExecutor, Chunk, bool]] = {}
     try:
         while True:
-            while len(running) < executor._max_workers:
+            while len(running) < workers:
                 is_again = bool(alone)
-                chunk = alone.popleft() if alone else next(chunks, None)
+                chunk = _next(alone, chunks)
                 if chunk is None:
                     break
                 pool = idle.pop() if idle else _spare(executor)

@@ -3,46 +3,57 @@
 from __future__ import annotations
 
 import functools
-import glob
-import os
+import sys
 import warnings
 from concurrent.futures import Executor
-from pathlib import Path
-from typing import Any, Hashable, Iterable, Iterator, Mapping, NamedTuple, Union
+from typing import Any, Hashable, Iterable, Iterator, Mapping, NamedTuple
 
 import numpy as np
-import pandas as pd
-from tqdm.auto import tqdm
 
-from .errors import BarsWarning, Finding, ScanWarning, ScriptError
+from .arrays import Array
+from .context import Calendar, Constants, Period
+from .errors import BarsWarning, Finding, ScanWarning, ScriptError, error_of
 from .frames import Bars, Columns, Layout
-from .pools import Chunk, chunks_of, on_executor, on_threads
-from .script import Script, Spec, as_script, error_of, times_of_keys
+from .optional import is_frame
+from .outputs import Out, labelled, out_of
+from .pools import Chunk, chunks_of, on_executor, on_threads, processors
+from .progress import progress_bar
+from .references import Frames, Series
+from .script import Script, Spec, as_script
+from .sources import Source, bars_of, items_of, once_each, size_of
 
 #: Bars that the engine takes in one call, unless one security has more.
 BARS = 1 << 16
 
-#: Row keys that an index of pandas has room for.
-FIRST_KEY, LAST_KEY = 16780101000000, 22611231235959
-
-Source = Union[str, os.PathLike, Mapping[Hashable, Any], Iterable]
+#: Seconds since 1970 that an index of pandas has room for.
+FIRST_SECOND, LAST_SECOND = -9214560000, 9214646399
 
 
 class Task(NamedTuple):
     """What all chunks of a scan have in common."""
 
     spec: Spec
+    series: tuple[Series, ...]
     columns: tuple[tuple[str, Hashable | None], ...]
     duplicates: str
     last: int
+    lines: tuple[int, ...]
+
+
+class Room(NamedTuple):
+    """Where the results of securities go whose sizes are known."""
+
+    starts: dict[Hashable, int]
+    seconds: Array
+    cells: Array  #: a row for each line
 
 
 class Outcome(NamedTuple):
     """What a security came to."""
 
     name: Hashable
-    keys: np.ndarray | None  #: of the bars that count; None for a failure
-    values: np.ndarray | None  #: of the lines there, a row for each bar
+    seconds: Array | None  #: of the bars that count; None for a failure
+    cells: Array | None  #: of the lines there, a row for each line
     failure: str
     notes: list[Finding]
 
@@ -52,22 +63,19 @@ def failed(name: Hashable, reason: str) -> Outcome:
     return Outcome(name, None, None, reason, [])
 
 
-#: For where no script is at hand: another process has many chunks of a task.
-_script_of = functools.lru_cache(maxsize=4)(Script)
-
-
-def processors() -> int:
-    """How many processors this process may use."""
-    count = getattr(os, "sched_getaffinity", None)
-    return len(count(0)) if count else os.cpu_count() or 1
+@functools.lru_cache(maxsize=4)
+def _script_of(spec: Spec) -> Script:
+    """For where no script is at hand: another process has many chunks of a task."""
+    return Script(spec)
 
 
 def scan_chunk(task: Task, chunk: Chunk) -> list[Outcome]:
     """What each security of a chunk comes to."""
-    return scan_by(_script_of(task.spec), task, chunk)
+    script = Script(task.spec, task.series) if task.series else _script_of(task.spec)
+    return scan_by(script, task, None, chunk)
 
 
-def scan_by(script: Script, task: Task, chunk: Chunk) -> list[Outcome]:
+def scan_by(script: Script, task: Task, room: Room | None, chunk: Chunk) -> list[Outcome]:
     """As :func:`scan_chunk`, with the script of the task."""
     outcomes: list[Outcome] = []
     layout = script.layout(dict(task.columns), task.duplicates)
@@ -75,45 +83,43 @@ def scan_by(script: Script, task: Task, chunk: Chunk) -> list[Outcome]:
     count = 0
     for name, source in chunk:
         try:
-            bars = _bars_of(source, layout)
+            bars = bars_of(source, layout)
         except Exception as error:  # one security's fault is not the others'
             outcomes.append(failed(name, reason_of(error)))
             continue
         ready.append((name, bars))
         count += len(bars.times)
         if count >= BARS:
-            outcomes += _calculate(script, layout, ready, task.last)
+            outcomes += _calculate(script, layout, ready, task, room)
             ready, count = [], 0
-    outcomes += _calculate(script, layout, ready, task.last)
+    outcomes += _calculate(script, layout, ready, task, room)
     return outcomes
 
 
-def _bars_of(source: Any, layout: Layout) -> Bars:
-    if callable(source):
-        source = source()
-    is_path = isinstance(source, (str, os.PathLike))
-    return layout.bars_of_file(source) if is_path else layout.bars(source)
-
-
-def _calculate(
-    script: Script, layout: Layout, ready: list[tuple[Hashable, Bars]], last: int
-) -> Iterator[Outcome]:
+def _calculate(script: Script, layout: Layout, ready: list[tuple[Hashable, Bars]], task: Task,
+               room: Room | None) -> Iterator[Outcome]:
     """One call of the engine, so that the threads seldom wait for the interpreter."""
     securities = [(str(name).encode(errors="replace"), bars.times, bars.ticks, bars.fields)
                   for name, bars in ready]
-    with script.engine() as engine:
-        counts, keys, values = engine.scan(securities, last)
-    end = 0
-    for (name, bars), (count, rows, failure, infinity) in zip(ready, counts):
-        start, end = end, end + count
+    with script.engine(keep=True) as engine:
+        if room is None:
+            counts, seconds, cells = engine.scan(securities, task.last, task.lines)
+            ends = np.cumsum([count for count, *_ in counts], dtype=np.int64)
+            starts = [end - count for end, (count, *_) in zip(ends.tolist(), counts)]
+        else:
+            seconds, cells = room.seconds, room.cells
+            starts = [room.starts[name] for name, _ in ready]
+            counts = engine.scan_into(securities, task.last, task.lines, starts, seconds, cells)
+    for (name, bars), (count, rows, failure, infinity), start in zip(ready, counts, starts):
         try:
             if failure is not None:
                 raise ValueError(failure) if isinstance(failure, str) else error_of(failure)
             layout.check_times(bars, rows)
-            found = keys[start:end]
-            if np.any((found < FIRST_KEY) | (found > LAST_KEY)):
+            found = seconds[start:start + count]
+            if count and (found[0] < FIRST_SECOND or found[-1] > LAST_SECOND):
                 raise ValueError("an index of pandas has no times before 1678 and behind 2261")
-            yield Outcome(name, found, values[start:end], "", layout.notes(bars, infinity))
+            yield Outcome(name, found, cells[:, start:start + count], "",
+                          layout.notes(bars, infinity))
         except (ValueError, ScriptError) as error:
             yield failed(name, reason_of(error))
 
@@ -129,29 +135,47 @@ def scan(
     script: Script | str,
     frames: Source,
     *,
-    last: int = 1,
+    by: Hashable = None,
+    last: int | None = 1,
     where: str | None = None,
+    lines: str | Iterable[str] | None = None,
+    out: Out = None,
     executor: Executor | None = None,
     progress: bool = True,
     columns: Columns = None,
     duplicates: str = "error",
     jobs: int | None = None,
-) -> pd.DataFrame:
-    """Runs a script over many securities and gives the latest values.
+    period: Period | None = None,
+    market: str | None = None,
+    calendar: Calendar = None,
+    constants: Constants = None,
+    references: Frames = None,
+) -> Any:
+    """Runs a script over many securities and gives the latest values, or all.
 
     Parameters
     ----------
     script : Script or str
-    frames : mapping, iterable of pairs, folder, file or glob
+    frames : mapping, panel, iterable of pairs, folder, file, glob or cursor
         A security's name and its bars: a frame as :meth:`Script.run` takes it, the path of a CSV
-        file as :func:`read_csv` reads it, or a function without arguments that gives either. Paths
-        and functions are worked off where the calculation runs. An iterable is taken piece by
-        piece; ``frame.groupby(...)`` is one.
-    last : int
-        How many bars of each security to look at.
+        file as :func:`read_csv` reads it, of a Parquet or Feather file where pandas reads them, or
+        a function without arguments that gives either. Paths and functions are worked off where
+        the calculation runs. An iterable is taken piece by piece; ``frame.groupby(...)`` is one,
+        and so is a list of paths. A panel is what :meth:`Script.run` takes as one. With ``by`` an
+        iterable of long frames in the order of their securities, such as ``pandas.read_sql(...,
+        chunksize=...)`` gives, the cursor of a database, or files with many securities each.
+    by : str, optional
+        The column or the level of the index with the securities.
+    last : int or None
+        How many bars of each security to look at; None for all.
     where : str, optional
         An expression over the script's lines, such as ``"BUY"`` or ``"K<20 AND D<20"``; only bars
         at which it holds (neither 0 nor null) are kept.
+    lines : str or iterable of str, optional
+        As for :meth:`Script.run`.
+    out : str, optional
+        "long", the default, "wide" for times by lines and securities, or "numpy" for a mapping of
+        ``security``, ``time`` and the lines to arrays.
     executor : concurrent.futures.Executor, optional
         Where to calculate. Without one, on ``jobs`` threads of this process. What a
         ProcessPoolExecutor leaves undone when one of its processes dies is done once more, in
@@ -162,6 +186,8 @@ def scan(
         As for :meth:`Script.run`.
     jobs : int, optional
         Threads, by default one per processor.
+    period, market, calendar, constants, references
+        As for :func:`compile`, for all securities; the code is each security's name.
 
     Returns
     -------
@@ -179,75 +205,66 @@ def scan(
         For ``last`` below 1, for an empty condition, for a place without files and for a security
         that comes twice.
     """
-    if not isinstance(last, (int, np.integer)) or last < 1:
-        raise ValueError(f"last must be a whole number from 1 on, and not {last!r}")
+    if last is None:
+        last = sys.maxsize
+    elif isinstance(last, bool) or not isinstance(last, (int, np.integer)) or last < 1:
+        raise ValueError(f"last must be a whole number from 1 on, or None for all bars, and not "
+                         f"{last!r}")
     if where is not None and (not isinstance(where, str) or not where.strip()):
         raise ValueError(f"where must be an expression, and not {where!r}; without it all bars are "
                          "kept")
-    script = as_script(script)
-    spec = script.spec._replace(condition=where or "")
-    lines = script.lines
-    if spec != script.spec:
-        script = Script(spec)
-    script.layout(columns, duplicates)
-    task = Task(spec, tuple((columns or {}).items()), duplicates, last)
-    items, count = _items(frames)
+    if jobs is not None and (isinstance(jobs, bool) or not isinstance(jobs, int) or jobs < 1):
+        raise ValueError(f"jobs must be a whole number from 1 on, and not {jobs!r}")
+    form = out_of(out)
+    script = as_script(script, period=period, market=market, calendar=calendar,
+                       constants=constants, references=references)
+    numbers = tuple(script.numbers_of(lines))
+    names = [script.line_details[number].name for number in numbers]
+    script = script.with_condition(where or "")
+    layout = script.layout(columns, duplicates)
+    task = Task(script.spec, script.series, tuple((columns or {}).items()), duplicates, int(last),
+                numbers)
+    items, count = items_of(frames, by, layout)
+    items = once_each(items)
+    room = None
+    is_at_hand = is_frame(frames) or isinstance(frames, (Mapping, list, tuple))
+    if is_at_hand and executor is None and where is None:
+        items, room = _with_room(items, task)
     outcomes: list[Outcome] = []
-    with tqdm(total=count, unit=" securities", disable=None if progress else True) as bar:
-        for outcome in _work(script, task, chunks_of(_once_each(items)), executor, jobs):
+    with progress_bar(count, " securities", progress) as bar:
+        for outcome in _work(script, task, room, chunks_of(items), executor, jobs):
             bar.update()
             outcomes.append(outcome)
     outcomes.sort(key=lambda outcome: str(outcome.name))
     _warn(outcomes)
-    return _result(lines, outcomes)
+    return _result(names, outcomes, room, form)
 
 
-def _items(frames: Source) -> tuple[Iterator[tuple[Hashable, Any]], int | None]:
-    if isinstance(frames, (str, os.PathLike)):
-        paths = _files(os.fspath(frames))
-        return ((Path(path).stem, path) for path in paths), len(paths)
-    if isinstance(frames, pd.DataFrame):
-        raise ValueError("a scan takes the frames of several securities: a mapping of names to "
-                         "frames, or frame.groupby(...)")
-    if isinstance(frames, Mapping):
-        return iter(frames.items()), len(frames)
-    count = len(frames) if hasattr(frames, "__len__") else None
-    return iter(frames), count
-
-
-def _once_each(items: Iterable) -> Iterator[tuple[Hashable, Any]]:
-    """Securities with their bars. Raises ValueError for one that comes again."""
-    seen: dict[Hashable, Any] = {}
-    for item in items:
-        if not isinstance(item, (tuple, list)) or len(item) != 2:
-            raise ValueError(f"a scan takes pairs of a name and bars, and {item!r:.100} is none")
-        name, source = item
-        if name in seen:
-            both = f": {seen[name]} and {source}" if isinstance(source, str) else ""
-            raise ValueError(f"the security {name!r} comes twice{both}; give each its own name")
-        seen[name] = source if isinstance(source, str) else None
-        yield name, source
-
-
-def _files(place: str) -> list[str]:
-    if os.path.isdir(place):
-        names = sorted(os.listdir(place))
-        paths = [os.path.join(place, name) for name in names if name.lower().endswith(".csv")]
-    elif os.path.exists(place):
-        paths = [place]
-    else:
-        paths = sorted(glob.glob(place))
-    if not paths:
-        raise ValueError(f"{place}: no such CSV files")
-    return paths
+def _with_room(items: Iterator[tuple[Hashable, Any]], task: Task
+               ) -> tuple[Iterator[tuple[Hashable, Any]], Room | None]:
+    """Room for the results, in the order in which they are given, if all sizes are known."""
+    known = list(items)
+    sizes: dict[Hashable, int] = {}
+    for name, source in known:
+        size = size_of(source)
+        if size is None:
+            return iter(known), None
+        sizes[name] = min(size, task.last)
+    starts = {}
+    total = 0
+    for name in sorted(sizes, key=str):
+        starts[name] = total
+        total += sizes[name]
+    room = Room(starts, np.empty(total, np.int64), np.empty((len(task.lines), total)))
+    return iter(known), room
 
 
 def _work(
-    script: Script, task: Task, chunks: Iterator[Chunk], executor: Executor | None,
-    jobs: int | None,
+    script: Script, task: Task, room: Room | None, chunks: Iterator[Chunk],
+    executor: Executor | None, jobs: int | None,
 ) -> Iterator[Outcome]:
     if executor is None:
-        work = functools.partial(scan_by, script, task)
+        work = functools.partial(scan_by, script, task, room)
         results = on_threads(work, chunks, jobs or processors())
     else:
         results = on_executor(executor, functools.partial(scan_chunk, task), chunks)
@@ -260,7 +277,7 @@ def _work(
 
 def _warn(outcomes: list[Outcome]) -> None:
     """Of what failed and of what is odd, with an example of each."""
-    lost = [outcome for outcome in outcomes if outcome.keys is None]
+    lost = [outcome for outcome in outcomes if outcome.seconds is None]
     if lost:
         warnings.warn(f"{len(lost)} of {len(outcomes)} securities failed, one is {lost[0].name}: "
                       f"{lost[0].failure}", ScanWarning, stacklevel=3)
@@ -270,16 +287,17 @@ def _warn(outcomes: list[Outcome]) -> None:
                       f"{odd[0].name}: {odd[0].notes[0].sentence}", BarsWarning, stacklevel=3)
 
 
-def _result(lines: list[str], outcomes: list[Outcome]) -> pd.DataFrame:
-    found = [outcome for outcome in outcomes if outcome.keys is not None]
-    keys = [outcome.keys for outcome in found]
-    times = times_of_keys(np.concatenate(keys) if keys else np.array([], np.int64))
-    securities = [outcome.name for outcome in found for _ in outcome.keys]
-    values = np.concatenate([outcome.values for outcome in found]) if found else None
-    index = pd.MultiIndex.from_arrays(
-        [pd.Index(securities, dtype=object), times], names=["security", "time"])
-    frame = pd.DataFrame(values, index=index, columns=lines, dtype=np.float64)
-    frame.attrs["failures"] = {
-        outcome.name: outcome.failure for outcome in outcomes if outcome.keys is None}
-    frame.attrs["findings"] = {outcome.name: outcome.notes for outcome in found if outcome.notes}
-    return frame
+def _result(lines: list[str], outcomes: list[Outcome], room: Room | None, form: str) -> Any:
+    found = [outcome for outcome in outcomes if outcome.seconds is not None]
+    seconds = [outcome.seconds for outcome in found if outcome.seconds is not None]
+    if room is not None and sum(map(len, seconds)) == len(room.seconds):
+        cells = room.cells
+    elif found:
+        cells = np.concatenate([outcome.cells for outcome in found], axis=1)
+    else:
+        cells = np.empty((len(lines), 0))
+    result = labelled(cells, lines, [outcome.name for outcome in found], seconds, form)
+    result.attrs["failures"] = {
+        outcome.name: outcome.failure for outcome in outcomes if outcome.seconds is None}
+    result.attrs["findings"] = {outcome.name: outcome.notes for outcome in found if outcome.notes}
+    return result

@@ -1,25 +1,31 @@
-"""Scripts over the bars of one security."""
+"""Scripts over the bars of one security, or of several at a time."""
 
 from __future__ import annotations
 
 import json
 import re
 import threading
-import warnings
 from contextlib import contextmanager
-from typing import Any, Callable, Iterator, Mapping, NamedTuple, Sequence
+from typing import Any, Iterable, Iterator, Mapping, NamedTuple, Sequence
 
 import numpy as np
-import pandas as pd
 
 from . import _engine
-from .errors import BarsWarning, Finding, ScriptError
+from .arrays import Array
+from .context import DAY, Calendar, Constants, Context, Period
+from .errors import Finding, raise_error, warn_of
+from .events import NO_EVENTS, Events, places_of
 from .frames import Columns, Layout, Need, need_of
-from .parameters import check_names, numbers
-from .times import Clock, index_of, moment_of
-
-DAY = 0x4000
-_FIRST_PERIOD = 0x1000
+from .interrupts import interruptible
+from .live import Live
+from .notebook import Chart, html_of, plot
+from .optional import pd
+from .ordering import PanelEvents
+from .outputs import Out, lines_of_run, out_of
+from .panels import panel_of, run_panel
+from .parameters import capitals, check_names, declared, numbers, with_digits, with_overrides
+from .protocols import adopted
+from .references import Frames, Series, series_of, wanted_of
 
 #: The engine wants the moment of a notice under this id, and has none in a frame.
 _NOTICE_TIME = 199
@@ -28,20 +34,25 @@ _ROW_KEY = 1
 #: Words whose values follow the period, beside the time of the bars.
 _PERIOD_WORDS = frozenset({"BARINTERVAL", "BARTYPE", "PERIOD", "TIME"})
 
+#: An engine with more bars gives their memory back after a run.
+_KEPT_ROWS = 1 << 16
+
+#: Scripts for other contexts that one script remembers.
+_SIBLINGS = 8
+
 
 class Spec(NamedTuple):
     """All that a compile takes; can be hashed and sent to another process."""
 
     source: str
-    parameters: tuple[tuple[str, float], ...]
-    condition: str
-    period: int
-    security: str
-    market: str
+    parameters: tuple[tuple[str, float], ...] = ()
+    condition: str = ""
+    context: Context = Context()
 
     def engine(self) -> _engine.Engine:
         """A new engine with the compiled script. Raises ScriptError."""
-        engine = _engine.Engine(*self)
+        engine = _engine.Engine(with_digits(self.source, self.parameters), self.parameters,
+                                self.condition, self.context.for_engine())
         raise_error(engine)
         return engine
 
@@ -54,46 +65,47 @@ class Line(NamedTuple):
     look: dict[str, Any] | None  #: shape, style, colour, width, dash; None if it isn't drawn
 
 
-def raise_error(engine: _engine.Engine) -> None:
-    """Raises ScriptError if the last compile or calculation of an engine failed."""
-    error = engine.error()
-    if error is not None:
-        raise error_of(error)
-
-
-def error_of(finding: Sequence[Any]) -> ScriptError:
-    """The exception for an error as the engine gives it."""
-    return ScriptError(Finding(*finding))
-
-
 def needs_of(report: Mapping[str, Any]) -> list[Need]:
     """The columns that a script reads."""
     fields = [need_of(id_) for id_ in report["fields"] if id_ not in (_ROW_KEY, _NOTICE_TIME)]
-    references = [Need(column, (source.lower(),)) for source, column in report["references"]]
+    references = [Need(column, (source.lower(),)) for source, column, _ in report["references"]]
     return fields + references
 
 
-def layout_of(
-    period: int, report: Mapping[str, Any], columns: Columns, duplicates: str
-) -> Layout:
-    """How the columns of a script are found in frames."""
+def layout_of(period: int, report: Mapping[str, Any], columns: Columns, duplicates: str,
+              series: Sequence[Series] = (), more: Sequence[Need] = ()) -> Layout:
+    """How the columns of a script are found in frames, and ``more`` that it doesn't read."""
     asks = not _PERIOD_WORDS.isdisjoint(report["words"])
-    return Layout(needs_of(report), columns, duplicates, asks and period >= DAY)
+    needs = needs_of(report)
+    needs += [need for need in more if need not in needs]
+    return Layout(needs, columns, duplicates, asks and period >= DAY, series)
 
 
-def compile(source: str, *, period: int = DAY, security: str = "", market: str = "",
-            parameters: Mapping[str, float] | None = None, **params: float) -> Script:
+def compile(source: str, *, period: Period = DAY, code: str = "", market: str = "",
+            calendar: Calendar = None, constants: Constants = None, references: Frames = None,
+            parameters: Mapping[str, float] | None = None, override: bool = False,
+            **params: float) -> Script:
     """Compiles a script.
 
     Parameters
     ----------
     source : str
-    period : int
-        The period code of the bars: 0x4000 one day, 0x3005 five minutes.
-    security, market : str
-        What the words that ask for them read.
+    period : str or int
+        Of the bars: "5min", "2hour", "day", "week" and so on, or a code such as 0x3005.
+    code, market : str
+        The security and its market, for the words that ask for them.
+    calendar : Sessions, JSON as text or mapping, or path, optional
+        The trading calendar, by which bars of a night belong to the next trading day.
+    constants : mapping, optional
+        MINPRICE, UNIT and SHARECOUNTPERUNIT of the security.
+    references : mapping, optional
+        Bars of the other securities and periods that the script reads, by code or period:
+        ``{"000300": frame, "week": frame}``. See :class:`Reference` for the bars at which they
+        count.
     parameters, **params : float
         The script's parameters by name, in any case: ``compile("A:MA(C,N);", N=5)``.
+    override : bool
+        Parameters take the place of the script's own CONST of their name.
 
     Raises
     ------
@@ -101,46 +113,79 @@ def compile(source: str, *, period: int = DAY, security: str = "", market: str =
         With code, sentence and place of the mistake.
     ParameterError
         For a parameter that the script doesn't read, or has a CONST for, or that hides a bar
-        field; for one that is no finite number, or has more than six decimals.
+        field; for one that is no finite number, or no number of 64 bits can hold.
     """
-    if isinstance(period, bool) or not isinstance(period, int) or period < _FIRST_PERIOD:
-        raise ValueError(f"period is a code, 0x4000 for a day and 0x3005 for five minutes, and not "
-                         f"{period!r}")
-    source = source.removeprefix("\ufeff")
+    source = text_of(source)
+    context = Context().with_(period, code, market, calendar, constants)
     given = numbers([*(parameters or {}).items(), *params.items()])
-    script = Script(Spec(source, given, "", period, security, market))
+    if override:
+        source = with_overrides(source, given)
+    script = Script(Spec(source, given, "", context))
     check_names(source, [name for name, _ in given])
-    return script
+    return script if references is None else script.with_references(references)
 
 
-def as_script(script: Script | str) -> Script:
-    """A script, or the one of a text."""
-    return script if isinstance(script, Script) else compile(script)
+def text_of(source: Any) -> str:
+    """The text of a script. Raises TypeError for what is none."""
+    if isinstance(source, str):
+        return source.removeprefix("\ufeff")
+    if hasattr(source, "columns"):
+        raise TypeError("the script comes first, and then the bars")
+    name = "None" if source is None else type(source).__name__
+    more = "; read the file first" if hasattr(source, "read_text") else ""
+    raise TypeError(f"a script is a text, and not {name}{more}")
+
+
+def as_script(script: Any, **context: Any) -> Script:
+    """A script, or the one of a text, in a context."""
+    if isinstance(script, Script):
+        return script.within(**context)
+    references = context.pop("references", None)
+    given = {name: value for name, value in context.items() if value is not None}
+    return compile(script, references=references, **given)
 
 
 class Script:
     """A compiled script. Made by :func:`compile`; safe to use from several threads.
 
-    Pickling sends the text and compiles it anew.
+    Scripts of one text, parameters and context are equal. Pickling sends the text and compiles it
+    anew.
     """
 
-    def __init__(self, spec: Spec) -> None:
+    def __init__(self, spec: Spec, series: tuple[Series, ...] = ()) -> None:
         self._spec = spec
+        self._series = series
         engine = spec.engine()
         self._report = engine.report()
         self._lines = tuple(Line(**line) for line in engine.lines())
         self._needs = needs_of(self._report)
+        declared_so = set(_engine.drawn_lines(spec.source))
+        drawn = [line.name for line in self._lines if line.name in declared_so]
+        self._shown = drawn or [line.name for line in self._lines]
         self._layouts: dict[Any, Layout] = {}
+        self._siblings: dict[Any, Script] = {}
         self._idle = [engine]
         self._lock = threading.Lock()
-        self._events = _no_events()
+        self._events: Events | PanelEvents = NO_EVENTS
         self._bar_notes: list[Finding] = []
 
-    def __reduce__(self) -> tuple:
-        return Script, (self._spec,)
+    def __reduce__(self) -> tuple[Any, ...]:
+        return Script, (self._spec, self._series)
 
     def __repr__(self) -> str:
-        return f"<quor.Script of {len(self._lines)} lines: {', '.join(self.lines)}>"
+        return f"<quor.Script of {len(self.lines)} lines: {', '.join(self.lines)}>"
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, Script):
+            return NotImplemented
+        return self is other or (self._spec == other._spec and not self._series
+                                 and not other._series)
+
+    def __hash__(self) -> int:
+        return hash(self._spec)
+
+    def _repr_html_(self) -> str:
+        return html_of(self)
 
     @property
     def source(self) -> str:
@@ -149,23 +194,32 @@ class Script:
 
     @property
     def lines(self) -> list[str]:
-        """The names of the lines, in the order of the script: the columns of results."""
-        return [line.name for line in self._lines]
+        """The names of the lines that results have unless others are asked for: those declared with
+        ``:``, or all of a script that has none of these."""
+        return list(self._shown)
 
     @property
     def line_details(self) -> list[Line]:
-        """The lines with their statements and how they are drawn."""
+        """All lines with their statements and how they are drawn, those declared with ``:=``
+        included."""
         return list(self._lines)
+
+    @property
+    def parameters(self) -> dict[str, float]:
+        """The numbers that can be chosen: those given beside the script, and the defaults that it
+        declares by ``CONST``, for which ``override=True`` lets others stand."""
+        return {**declared(self.source), **dict(self._spec.parameters)}
 
     @property
     def fields(self) -> list[str]:
         """The columns that a frame must have, by the names that messages use."""
-        return [need.names[0] for need in self._needs]
+        served = {one.column for one in self._series}
+        return [need.names[0] for need in self._needs if need.id not in served]
 
     @property
     def look_back(self) -> int:
         """How many bars the script looks back."""
-        return self._report["look_back"]
+        return int(self._report["look_back"])
 
     @property
     def report(self) -> dict[str, Any]:
@@ -191,31 +245,52 @@ class Script:
 
         Columns: ``time`` as in the frame's index, ``word`` ("NOTICE", "BK", "SP", ...), ``name`` of
         a notice, ``quantity`` of a signal (NaN if the script gives none) and ``statement``, counted
-        from 0.
+        from 0; behind a panel ``security``, too.
         """
-        return self._events.copy()
+        return self._events.frame()
 
-    def run(self, frame: Any, columns: Columns = None, duplicates: str = "error") -> pd.DataFrame:
-        """Calculates all lines over all bars.
+    def run(self, frame: Any, columns: Columns = None, duplicates: str = "error", *,
+            by: str | None = None, lines: str | Iterable[str] | None = None, out: Out = None,
+            keep: bool = False, jobs: int | None = None, period: Period | None = None,
+            code: str | None = None, market: str | None = None, calendar: Calendar = None,
+            constants: Constants = None, references: Frames = None) -> Any:
+        """Calculates lines over all bars, of one security or of each in a panel.
 
         Parameters
         ----------
-        frame : DataFrame or mapping of arrays
+        frame : DataFrame, mapping of arrays, or what offers itself by a protocol of arrays
             n bars in any order. The index, or a column called ``date`` or ``time``, holds their
             times: datetimes of any resolution, in a time zone or in none. Parts of a second are
             dropped. Columns of fields go by the usual words in any case, such as ``open`` or
-            ``Volume``.
+            ``Volume``. A panel has a column ``by`` with the security of each bar, or an index of
+            securities and times in either order; or it is a wide frame for each field,
+            ``{"close": frame, "high": frame}``, with a column for each security.
         columns : mapping, optional
             The frame's column for a field ("close", "time", ...); None for a field without data,
             which then is null.
         duplicates : str
             "error", or "last": of bars with one time the last counts, and all of them get its
             values.
+        by : str, optional
+            The column or the level of the index with the securities.
+        lines : str or iterable of str, optional
+            The lines to give: "all" for those declared with ``:=``, too, or some by name. By
+            default :attr:`lines`.
+        out : str, optional
+            "long", the default, "wide" for a column for each line and security of a panel, or
+            "numpy" for a mapping of lines to arrays, which is the default without pandas.
+        keep : bool
+            Keeps the memory of many bars for the next run.
+        jobs : int, optional
+            Threads for a panel, by default one per processor.
+        period, code, market, calendar, constants, references
+            As for :func:`compile`, in place of what was said there.
 
         Returns
         -------
         DataFrame
-            n rows with the frame's index, float64, a column for each line; NaN is null.
+            n rows with the frame's index in its order, float64, a column for each line; NaN is
+            null.
 
         Raises
         ------
@@ -231,44 +306,142 @@ class Script:
             For an infinity among the values, and for several bars a day in a script that asks for
             the period, which is a day or longer.
         """
-        layout = self.layout(columns, duplicates)
+        out_of(out)
+        script = self.within(period=period, code=code, market=market, calendar=calendar,
+                             constants=constants, references=references)
+        layout = script.layout(columns, duplicates)
+        frame = adopted(frame)
+        panel = panel_of(frame, by, layout)
+        if panel is not None and (by is not None or panel.wide is not None or len(panel.names) > 1):
+            result = run_panel(script, panel, layout, lines, out, jobs)
+            self._events, self._bar_notes = PanelEvents(script, panel, layout), []
+            return result
+        numbers_of_lines = script.numbers_of(lines)
         bars = layout.bars(frame)
-        with self.engine() as engine:
-            if not engine.run(bars.times, bars.ticks, bars.fields, True):
-                raise_error(engine)
-            values = engine.values(0)
-            rows = engine.rows_of_bars()
+        with script.engine(keep) as engine:
+            def work() -> tuple[Array, Array | None]:
+                if not engine.run(bars.times, bars.ticks, bars.fields, True):
+                    raise_error(engine)
+                cells = np.empty((len(numbers_of_lines), engine.row_count()))
+                engine.fill(cells, numbers_of_lines, 0)
+                return cells, engine.rows_of_bars()
+
+            cells, rows = interruptible(work, len(bars.times))
             if rows is not None:
                 layout.check_times(bars, engine.row_count())
-                values = values[:, rows]
-            self._events = _events_of(
-                engine, lambda places, _: bars.labels[_places(places, rows)])
+                cells = cells[:, rows]
+            self._events = Events(engine.events(),
+                                  lambda places, _: bars.labels[places_of(places, rows)])
             self._bar_notes = layout.notes(bars, engine.infinity())
         warn_of(self._bar_notes)
-        return pd.DataFrame(values.T, index=bars.index, columns=self.lines, copy=False)
+        names = [script._lines[number].name for number in numbers_of_lines]
+        return lines_of_run(cells, names, bars.index, out)
 
-    def live(
-        self, frame: Any = None, columns: Columns = None, duplicates: str = "error"
-    ) -> Live:
+    def live(self, frame: Any = None, columns: Columns = None, duplicates: str = "error", *,
+             period: Period | None = None, code: str | None = None, market: str | None = None,
+             calendar: Calendar = None, constants: Constants = None,
+             references: Frames = None) -> Live:
         """Follows bars as they come in, from the bars of ``frame`` on, which raise no events."""
-        return Live(self, frame, columns, duplicates)
+        script = self.within(period=period, code=code, market=market, calendar=calendar,
+                             constants=constants, references=references)
+        return Live(script, frame, columns, duplicates)
+
+    def plot(self, frame: Any, columns: Columns = None, duplicates: str = "error", *,
+             last: int = 120, theme: str = "light", size: tuple[int, int] = (1200, 800),
+             volume: bool = True) -> Chart:
+        """Draws the last bars of a frame and what the script draws, as ``quor chart`` does; the
+        program must be installed.
+
+        Parameters
+        ----------
+        frame, columns, duplicates
+            As for :meth:`run`.
+        last : int
+            How many bars to draw.
+        theme : str
+            "light" or "dark".
+        size : tuple of int
+            Width and height in pixels.
+        volume : bool
+            Draws the volume where the script has no panel of its own.
+        """
+        return plot(self, frame, columns, duplicates, last, theme, size, volume)
 
     @property
     def spec(self) -> Spec:
         """What this script was compiled from."""
         return self._spec
 
-    def layout(self, columns: Columns, duplicates: str = "error") -> Layout:
-        """How the script's columns are found in frames."""
-        key = (tuple(sorted(columns.items(), key=str)) if columns else (), duplicates)
+    @property
+    def needs(self) -> list[Need]:
+        """The columns that the script reads, with the engine's ids."""
+        return list(self._needs)
+
+    @property
+    def series(self) -> tuple[Series, ...]:
+        """The references that the script has been given."""
+        return self._series
+
+    def within(self, *, period: Period | None = None, code: str | None = None,
+               market: str | None = None, calendar: Calendar = None, constants: Constants = None,
+               references: Frames = None) -> Script:
+        """This script in another context: what isn't None stands in place of what it has."""
+        context = self._spec.context.with_(period, code, market, calendar, constants)
+        script = self
+        if context != self._spec.context:
+            with self._lock:
+                found = self._siblings.get(context)
+            if found is None:
+                found = Script(self._spec._replace(context=context), self._series)
+                with self._lock:
+                    self._siblings[context] = found
+                    while len(self._siblings) > _SIBLINGS:
+                        del self._siblings[next(iter(self._siblings))]
+            script = found
+        return script if references is None else script.with_references(references)
+
+    def with_references(self, references: Frames) -> Script:
+        """This script with bars of other securities and periods."""
+        series = series_of(references, wanted_of(self._report), _columns_of)
+        given = {one.column for one in series}
+        kept = tuple(one for one in self._series if one.column not in given)
+        return Script(self._spec, kept + series)
+
+    def with_condition(self, condition: str) -> Script:
+        """This script with a condition as one more line."""
+        if condition == self._spec.condition:
+            return self
+        return Script(self._spec._replace(condition=condition), self._series)
+
+    def numbers_of(self, lines: str | Iterable[str] | None) -> list[int]:
+        """Which of all lines are asked for. Raises ValueError for one that there isn't."""
+        names = [line.name for line in self._lines]
+        if lines is None:
+            return [names.index(name) for name in self._shown]
+        if isinstance(lines, str) and lines.lower() == "all" and "ALL" not in names:
+            return list(range(len(names)))
+        wanted = [lines] if isinstance(lines, str) else [str(line) for line in lines]
+        for line in wanted:
+            if capitals(line) not in names:
+                raise ValueError(f"the script has no line {line!r}; it has {', '.join(names)}")
+        return [names.index(capitals(line)) for line in wanted]
+
+    def layout(self, columns: Columns, duplicates: str = "error",
+               more: tuple[Need, ...] = ()) -> Layout:
+        """How the script's columns are found in frames, and ``more`` that it doesn't read."""
+        if columns is not None and not isinstance(columns, Mapping):
+            raise ValueError('columns is a mapping, such as {"close": "last price"}, and not '
+                             f"{columns!r:.80}")
+        key = (tuple(sorted(columns.items(), key=str)) if columns else (), duplicates, more)
         layout = self._layouts.get(key)
         if layout is None:
-            layout = self._layouts[key] = layout_of(
-                self._spec.period, self._report, columns, duplicates)
+            layout = layout_of(self._spec.context.period, self._report, columns, duplicates,
+                               self._series, more)
+            self._layouts[key] = layout
         return layout
 
     @contextmanager
-    def engine(self) -> Iterator[_engine.Engine]:
+    def engine(self, keep: bool = False) -> Iterator[_engine.Engine]:
         """An engine that nobody else works with; a new one only for a further thread."""
         with self._lock:
             engine = self._idle.pop() if self._idle else None
@@ -276,110 +449,26 @@ class Script:
             engine = self._spec.engine()
         try:
             yield engine
-        finally:
-            with self._lock:
-                self._idle.append(engine)
+        except Exception:
+            self._give_back(engine, keep)
+            raise
+        self._give_back(engine, keep)  # not behind an interrupt, over which it works on
+
+    def _give_back(self, engine: _engine.Engine, keep: bool) -> None:
+        if not keep and engine.row_count() > _KEPT_ROWS:
+            return
+        with self._lock:
+            self._idle.append(engine)
 
 
-class Live:
-    """A script over bars that come in one by one. Made by :meth:`Script.live`; for one thread."""
-
-    def __init__(self, script: Script, frame: Any, columns: Columns, duplicates: str) -> None:
-        self._engine = script.spec.engine()
-        self._lines = script.lines
-        without = {name: None for name, label in (columns or {}).items() if label is None}
-        self._layout = script.layout(without)
-        self._clock = Clock(None)
-        self._events = _no_events()
-        if frame is not None:
-            layout = script.layout(columns, duplicates)
-            bars = layout.bars(frame)
-            if bars.zoned is not None:
-                self._clock = Clock(bars.zoned.tz)
-            if not self._engine.run(bars.times, bars.ticks, bars.fields, False):
-                raise_error(self._engine)
-            layout.check_times(bars, len(self))
-            if bars.zoned is not None and duplicates != "last":
-                self._clock.note(bars.zoned)
-            warn_of(layout.notes(bars, self._engine.infinity()), depth=4)
-
-    def __len__(self) -> int:
-        """The number of bars."""
-        return self._engine.row_count()
-
-    def update(self, time: Any, **fields: float) -> dict[str, float]:
-        """Appends the bar of a time, or replaces it, and calculates from it on.
-
-        Parameters
-        ----------
-        time : datetime, Timestamp, datetime64 or text
-            In the time zone of the first bars, if they had one. Texts are written as
-            2024-01-31 09:35, perhaps with a zone behind them.
-        **fields : float
-            All fields that the script reads: ``open=9.5, close=9.7``; None for a null.
-
-        Returns
-        -------
-        dict
-            Each line's value at the last bar; NaN is null.
-        """
-        stamp = self._stamp(time)
-        bars = self._layout.bars({"time": np.array([stamp.to_datetime64()]), **_cells(fields)})
-        if not self._engine.update(bars.times, bars.ticks, bars.fields, True):
-            raise_error(self._engine)
-        warn_of(self._layout.notes(bars, self._engine.infinity()))
-        self._events = _events_of(self._engine, lambda _, keys: self._times(keys))
-        return self.last
-
-    def _stamp(self, time: Any) -> pd.Timestamp:
-        """What the clock of the bars shows at a time."""
-        stamp = moment_of(time)
-        if stamp is pd.NaT:
-            raise ValueError("the bar has no time")
-        zone = self._clock.zone
-        if zone is None:
-            if stamp.tz is not None:
-                raise ValueError("the time has a zone and the bars have none")
-            return stamp
-        if stamp.tz is None:
-            if stamp.tz_localize(zone, ambiguous=True, nonexistent="NaT") is pd.NaT:
-                raise ValueError(f"the clock of the bars never shows {stamp}")
-            return stamp
-        stamp = stamp.tz_convert(zone)
-        self._clock.note(pd.DatetimeIndex([stamp]))
-        return stamp.tz_localize(None)
-
-    def _times(self, keys: np.ndarray) -> pd.DatetimeIndex:
-        return self._clock.index(_engine.seconds_of_keys(keys))
-
-    @property
-    def last(self) -> dict[str, float]:
-        """Each line's value at the last bar; empty without bars."""
-        if not len(self):
-            return {}
-        return dict(zip(self._lines, self._engine.values(len(self) - 1)[:, 0].tolist()))
-
-    def values(self, count: int | None = None) -> pd.DataFrame:
-        """The lines over the last ``count`` bars, or over all, by time."""
-        first = 0 if count is None else max(len(self) - count, 0)
-        index = self._times(self._engine.keys(first))
-        return pd.DataFrame(self._engine.values(first).T, index=index, columns=self._lines)
-
-    @property
-    def events(self) -> pd.DataFrame:
-        """Notices and signals of the last update, as in :attr:`Script.events`."""
-        return self._events.copy()
-
-
-def times_of_keys(keys: np.ndarray) -> pd.DatetimeIndex:
-    """The times that row keys spell."""
-    return index_of(_engine.seconds_of_keys(keys))
-
-
-def warn_of(notes: list[Finding], depth: int = 3) -> None:
-    """Warns of what the bars hold, at the place of the caller's caller or further out."""
-    for finding in notes:
-        warnings.warn(f"{finding.sentence}; {finding.suggestion}", BarsWarning, stacklevel=depth)
+def _columns_of(frame: Any, fields: Sequence[int]) -> tuple[Array, dict[int, Array]]:
+    """Seconds and the values of fields of a reference's bars."""
+    layout = Layout([need_of(field) for field in fields], None, "error")
+    if isinstance(frame, str) or hasattr(frame, "__fspath__"):
+        bars = layout.bars_of_file(frame)
+    else:
+        bars = layout.bars(frame)
+    return bars.times // bars.ticks, dict(bars.fields)
 
 
 _RECORD_KEY = re.compile(r'[{,]"(\w+)":')
@@ -388,43 +477,10 @@ _RECORD_KEY = re.compile(r'[{,]"(\w+)":')
 def record_of(text: str) -> dict[str, Any]:
     """A drawing record. The engine doesn't escape what JSON would want escaped in texts."""
     try:
-        return json.loads(text)
+        return dict(json.loads(text))
     except ValueError:
         marks = list(_RECORD_KEY.finditer(text))
         ends = [mark.start() for mark in marks[1:]] + [len(text) - 1]
         cells = {mark.group(1): text[mark.end():end] for mark, end in zip(marks, ends)}
         return {key: cell[1:-1] if cell.startswith('"') else json.loads(cell)
                 for key, cell in cells.items()}
-
-
-def _cells(fields: Mapping[str, float]) -> dict[str, np.ndarray]:
-    return {name: np.array([value]) for name, value in fields.items()}
-
-
-def _no_events() -> pd.DataFrame:
-    return pd.DataFrame({"time": pd.DatetimeIndex([]), "word": [], "name": [], "quantity": [],
-                         "statement": []})
-
-
-def _events_of(
-    engine: _engine.Engine, times_of: Callable[[list[int], np.ndarray], Any]
-) -> pd.DataFrame:
-    """The events of a calculation, with the times of their rows and keys."""
-    events = engine.events()
-    if not events:
-        return _no_events()
-    row, key, word, name, quantity, statement = zip(*events)
-    return pd.DataFrame({
-        "time": times_of(list(row), np.array(key)), "word": word, "name": name,
-        "quantity": [np.nan if number == -1 else float(number) for number in quantity],
-        "statement": statement,
-    })
-
-
-def _places(rows_of_events: list[int], rows: np.ndarray | None) -> np.ndarray:
-    """Where in the frame rows of the engine stand; of repeated bars the last."""
-    if rows is None:
-        return np.array(rows_of_events)
-    places = np.zeros(int(rows.max()) + 1, np.int64)
-    places[rows] = np.arange(len(rows))
-    return places[rows_of_events]

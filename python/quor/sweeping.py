@@ -2,32 +2,49 @@
 
 from __future__ import annotations
 
-from concurrent.futures import ThreadPoolExecutor
+import threading
 from itertools import product
 from typing import Any, Iterable, Mapping, Sequence
 
 import numpy as np
-import pandas as pd
-from tqdm.auto import tqdm
 
-from .errors import Finding, ScriptError
+from . import _engine
+from .arrays import Array
+from .context import Calendar, Constants, Period
+from .errors import Finding, ParameterError, ScriptError, raise_error, warn_of
 from .frames import Columns
-from .parameters import capitals, check_names, numbers
-from .scanning import processors
-from .script import DAY, Script, Spec, layout_of, raise_error, warn_of
+from .optional import pd
+from .outputs import Out, out_of
+from .panels import over_threads
+from .parameters import check_names, numbers, with_digits, with_overrides
+from .progress import progress_bar
+from .references import Frames
+from .script import Script, Spec, as_script, layout_of, text_of
+
+#: Combinations that a thread works off before others are looked at.
+_CHUNK = 16
 
 
 def sweep(
     script: Script | str,
     frame: Any,
     *,
-    lines: Iterable[str] | None = None,
+    lines: str | Iterable[str] | None = None,
+    out: Out = None,
     columns: Columns = None,
     duplicates: str = "error",
     jobs: int | None = None,
     progress: bool = True,
+    override: bool = False,
+    parameters: Mapping[str, Iterable[float]] | None = None,
+    period: Period | None = None,
+    code: str | None = None,
+    market: str | None = None,
+    calendar: Calendar = None,
+    constants: Constants = None,
+    references: Frames = None,
     **ranges: Iterable[float],
-) -> pd.DataFrame:
+) -> Any:
     """Runs a script over one frame with every combination of parameters.
 
     Each combination is compiled once. One compile can't serve for several: a parameter may decide
@@ -38,12 +55,19 @@ def sweep(
     script : Script or str
     frame : DataFrame or mapping of arrays
         n bars, as for :meth:`Script.run`.
-    lines : iterable of str, optional
-        The lines to keep, by default all.
+    lines : str or iterable of str, optional
+        The lines to keep, as for :meth:`Script.run`.
+    out : str, optional
+        "long" or "wide", which are one here, or "numpy" for an array of three dimensions:
+        combinations, lines, bars.
     columns, duplicates, jobs, progress
         As for :func:`scan`.
-    **ranges : iterables of float
+    override : bool
+        The parameters take the place of the script's own CONST of their names.
+    parameters, **ranges : iterables of float
         The values of each parameter: ``N=range(5, 60), M=[2, 3]``.
+    period, code, market, calendar, constants, references
+        As for :func:`compile`.
 
     Returns
     -------
@@ -65,19 +89,25 @@ def sweep(
     BarsWarning
         As :meth:`Script.run` does.
     """
-    names = list(ranges)
-    combinations = list(product(*(_values_of(name, values) for name, values in ranges.items())))
-    if not names or not combinations:
-        raise ValueError("a sweep needs parameters and values for each of them")
-    spec = script.spec if isinstance(script, Script) else Spec(script, (), "", DAY, "", "")
-    work = _Combinations(spec, names, frame, (columns, duplicates), lines, combinations[0])
-    with ThreadPoolExecutor(jobs or processors(), "quor-sweep") as pool:
-        blocks = list(tqdm(pool.map(work.run, combinations), total=len(combinations),
-                           unit=" combinations", disable=None if progress else True))
+    form = out_of(out)
+    ranges = {**(parameters or {}), **ranges}
+    values = [_values_of(name, values) for name, values in ranges.items()]
+    combinations = list(product(*values))
+    if not ranges or not combinations:
+        raise ValueError("a sweep needs parameters and values for each of them, as in N=[2, 3]")
+    spec, script = _spec_of(script, list(ranges), combinations[0], override, {
+        "period": period, "code": code, "market": market, "calendar": calendar,
+        "constants": constants, "references": references})
+    work = _Combinations(script, spec, list(ranges), frame, (columns, duplicates), lines,
+                         combinations)
+    with progress_bar(len(combinations), " combinations", progress) as bar:
+        over_threads(lambda chunk: work.run(chunk, bar.update), work.chunks(), jobs)
     warn_of(work.notes)
-    index = pd.MultiIndex.from_tuples(
-        [(*values, line) for values in combinations for line in work.lines], names=[*names, "line"])
-    return pd.DataFrame(np.concatenate(blocks).T, index=work.bars.index, columns=index)
+    cells = work.result()
+    if form == "numpy":
+        return cells.reshape(len(combinations), len(work.lines), -1)
+    index = pd.MultiIndex.from_product([*values, work.lines], names=[*ranges, "line"])
+    return pd.DataFrame(cells.T, index=work.bars.index, columns=index, copy=False)
 
 
 def _values_of(name: str, values: Iterable[float]) -> list[float]:
@@ -87,56 +117,103 @@ def _values_of(name: str, values: Iterable[float]) -> list[float]:
     values = list(values)
     for value in values:
         numbers([(name, value)])
+    if len(set(values)) < len(values):
+        raise ValueError(f"{name}: a value comes twice")
     return values
 
 
-class _Combinations:
-    """What the combinations of a sweep have in common, taken from the first."""
+def _spec_of(script: Any, names: list[str], first: Sequence[float], override: bool,
+             context: Mapping[str, Any]) -> tuple[Spec, Script]:
+    """What all combinations are compiled from, and the script of the first."""
+    given = numbers(zip(names, first))
+    if isinstance(script, Script):
+        base = script.within(**context).spec
+    else:
+        own = {name: value for name, value in context.items() if name != "references"}
+        base = as_script("A:=1;", **own).spec._replace(source=text_of(script))
+    if override:
+        base = base._replace(source=with_overrides(base.source, given))
+    check_names(base.source, [name for name, _ in given])
+    try:
+        compiled = Script(base._replace(parameters=(*base.parameters, *given)),
+                          script.series if isinstance(script, Script) else ())
+    except ScriptError as error:
+        raise _told(error, dict(zip(names, first))) from None
+    references = context["references"]
+    return base, compiled if references is None else compiled.with_references(references)
 
-    def __init__(self, spec: Spec, names: list[str], frame: Any, form: tuple[Columns, str],
-                 lines: Iterable[str] | None, first: Sequence[float]) -> None:
+
+class _Combinations:
+    """What the combinations of a sweep have in common."""
+
+    def __init__(self, script: Script, spec: Spec, names: list[str], frame: Any,
+                 form: tuple[Columns, str], lines: str | Iterable[str] | None,
+                 combinations: list[tuple[float, ...]]) -> None:
         self._spec = spec
         self._names = names
-        engine = self._engine(first)
-        check_names(spec.source, [name for name, _ in numbers(zip(names, first))])
-        self._layout = layout_of(spec.period, engine.report(), *form)
+        self._combinations = combinations
+        self._layout = layout_of(spec.context.period, script.report, *form, script.series)
         self.bars = self._layout.bars(frame)
         self.notes: list[Finding] = []
-        all_lines = [line["name"] for line in engine.lines()]
-        wanted = [lines] if isinstance(lines, str) else lines
-        self.lines = all_lines if wanted is None else [capitals(str(line)) for line in wanted]
-        for line in self.lines:
-            if line not in all_lines:
-                raise ValueError(f"the script has no line {line!r}")
-        self._places = [all_lines.index(line) for line in self.lines]
+        self._numbers = script.numbers_of(lines)
+        self.lines = [script.line_details[number].name for number in self._numbers]
+        self._rows: Array | None = None
+        self._count = -1
+        self._cells = np.empty((len(combinations) * len(self.lines), 0))
+        self._lock = threading.Lock()
+        self._threads = threading.local()
 
-    def _engine(self, values: Sequence[float]) -> Any:
-        chosen = dict(zip(self._names, values))
-        parameters = (*self._spec.parameters, *numbers(chosen.items()))
-        try:
-            return self._spec._replace(parameters=parameters).engine()
-        except ScriptError as error:
-            raise _told(error, chosen) from None
+    def chunks(self) -> list[range]:
+        """Numbers of combinations; the first alone tells how many rows there are."""
+        count = len(self._combinations)
+        self.run(range(0, 1), lambda: None)
+        return [range(first, min(first + _CHUNK, count)) for first in range(1, count, _CHUNK)]
 
-    def run(self, values: Sequence[float]) -> np.ndarray:
-        """The wanted lines, a row for each."""
-        engine = self._engine(values)
+    def run(self, chunk: range, tell: Any) -> None:
+        """The wanted lines of some combinations."""
+        for number in chunk:
+            self._run(number)
+            with self._lock:
+                tell()
+
+    def result(self) -> Array:
+        """A row for each combination and line."""
+        return self._cells if self._rows is None else self._cells[:, self._rows]
+
+    def _engine_for(self, values: Sequence[float]) -> _engine.Engine:
+        """This thread's engine with the script of a combination."""
+        parameters = (*self._spec.parameters, *numbers(zip(self._names, values)))
+        spec = self._spec._replace(parameters=parameters)
+        engine = getattr(self._threads, "engine", None)
+        if with_digits(spec.source, parameters) != spec.source:
+            return spec.engine()
+        if engine is None:
+            engine = self._threads.engine = spec.engine()
+        else:
+            engine.restart(parameters)
+            raise_error(engine)
+        return engine
+
+    def _run(self, number: int) -> None:
+        values = self._combinations[number]
         bars = self.bars
-        if not engine.run(bars.times, bars.ticks, bars.fields, False):
-            try:
+        try:
+            engine = self._engine_for(values)
+            if not engine.run(bars.times, bars.ticks, bars.fields, False):
                 raise_error(engine)
-            except ScriptError as error:
-                raise _told(error, dict(zip(self._names, values))) from None
-        self.notes = self._layout.notes(bars, engine.infinity())
-        block = engine.values(0)[self._places]
-        rows = engine.rows_of_bars()
-        if rows is None:
-            return block
-        self._layout.check_times(bars, engine.row_count())
-        return block[:, rows]
+        except ScriptError as error:
+            raise _told(error, dict(zip(self._names, values))) from None
+        if self._count < 0:
+            self._count = engine.row_count()
+            self._rows = engine.rows_of_bars()
+            self._layout.check_times(bars, self._count)
+            self.notes = self._layout.notes(bars, engine.infinity())
+            self._cells = np.empty((len(self._cells), self._count))
+        engine.fill(self._cells, self._numbers, number * len(self._numbers))
 
 
 def _told(error: ScriptError, chosen: Mapping[str, float]) -> ScriptError:
     finding: Finding = error.args[0]
     where = ", ".join(f"{name}={value}" for name, value in chosen.items())
-    return ScriptError(finding._replace(sentence=f"with {where}: {finding.sentence}"))
+    kind = ParameterError if isinstance(error, ParameterError) else ScriptError
+    return kind(finding._replace(sentence=f"with {where}: {finding.sentence}"))

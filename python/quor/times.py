@@ -7,9 +7,10 @@ import re
 from typing import Any
 
 import numpy as np
-import pandas as pd
 
 from . import _engine
+from .arrays import Array
+from .optional import is_index, is_series, pd
 
 #: At the end of a moment that tells its zone.
 _ZONE = re.compile(r"([zZ]|UTC|GMT|:\d\d(\.\d+)? ?[+-]\d\d(:?\d\d)?)$")
@@ -19,22 +20,24 @@ _CLOCK = re.compile(r"\d\d:\d\d(:\d\d)?|\d{4}(\d\d)?")
 _TICKS = {"s": 1, "ms": 10**3, "us": 10**6, "ns": 10**9}
 
 
-def array_of(values: Any) -> np.ndarray:
+def array_of(values: Any) -> Array:
     """As np.asarray, which takes longer to find what pandas has and forgets what is masked."""
-    if np.ma.isMaskedArray(values):
+    if is_series(values) or is_index(values):
+        return np.asarray(values.values)
+    if isinstance(values, np.ma.MaskedArray):
         return _unmasked(values)
-    return np.asarray(values.values if isinstance(values, (pd.Series, pd.Index)) else values)
+    return np.asarray(values)
 
 
-def _unmasked(values: np.ma.MaskedArray) -> np.ndarray:
+def _unmasked(values: Any) -> Array:
     """With nulls for what is masked."""
     if values.dtype.kind in "mM":
-        return values.filled(np.array("NaT", values.dtype))
-    filled = values.astype(np.float64 if values.dtype.kind in "biuf" else object)
-    return filled.filled(np.nan)
+        return np.asarray(values.filled(np.array("NaT", values.dtype)))
+    filled: Any = values.astype(np.float64 if values.dtype.kind in "biuf" else object)
+    return np.asarray(filled.filled(np.nan))
 
 
-def row_of(values: Any, label: Any) -> np.ndarray:
+def row_of(values: Any, label: Any) -> Array:
     """The array of a column."""
     array = array_of(values)
     if array.ndim != 1:
@@ -42,26 +45,30 @@ def row_of(values: Any, label: Any) -> np.ndarray:
     return array
 
 
-def moment_of(time: Any) -> pd.Timestamp:
-    """One time, of the kinds that a column may have."""
-    zone = None
-    if isinstance(time, datetime.date) and not isinstance(time, datetime.datetime):
-        time = datetime.datetime(time.year, time.month, time.day)
-    if isinstance(time, (datetime.datetime, np.datetime64)):
-        return pd.Timestamp(time)
-    seconds, _ = times_of(np.array([time], object))
+def moment_of(time: Any) -> datetime.datetime | None:
+    """One time, of the kinds that a column may have; nothing for one that isn't there."""
+    if time is None or is_missing(time):
+        return None
+    if isinstance(time, datetime.datetime):
+        return time
     if isinstance(time, str) and _ZONE.search(time):
         zone = pd.Timestamp(time).tz
-    return pd.Timestamp(int(seconds[0]), unit="s").tz_localize(zone)
+    else:
+        zone = None
+    values = np.array([time]) if isinstance(time, np.datetime64) else np.array([time], object)
+    ticks, unit = times_of(values)
+    moment = datetime.datetime(1970, 1, 1) + datetime.timedelta(seconds=int(ticks[0]) // unit)
+    return moment if zone is None else pd.Timestamp(moment).tz_localize(zone)
 
 
-def times_of(values: Any) -> tuple[np.ndarray, int]:
+def times_of(values: Any) -> tuple[Array, int]:
     """Ticks since 1970, and how many make a second. A time that isn't there is NaT."""
     dtype = getattr(values, "dtype", None)
-    if isinstance(dtype, pd.PeriodDtype):
-        values = pd.PeriodIndex(values).to_timestamp()
-    elif getattr(dtype, "tz", None) is not None:
-        values = pd.DatetimeIndex(values).tz_localize(None)
+    if not isinstance(dtype, np.dtype) and dtype is not None:
+        if isinstance(dtype, pd.PeriodDtype):
+            values = pd.PeriodIndex(values).to_timestamp()
+        elif getattr(dtype, "tz", None) is not None:
+            values = pd.DatetimeIndex(values).tz_localize(None)
     array = row_of(values, "time")
     if array.dtype.kind in "iu":
         array = _of_integers(array)
@@ -74,7 +81,7 @@ def times_of(values: Any) -> tuple[np.ndarray, int]:
     return array.view(np.int64), _TICKS[unit]
 
 
-def times_of_day(values: Any, label: Any) -> np.ndarray:
+def times_of_day(values: Any, label: Any) -> Array:
     """Seconds since midnight, from texts such as 09:35 or from what Python has for them."""
     array = row_of(values, label)
     if array.dtype.kind == "m":
@@ -92,7 +99,7 @@ def times_of_day(values: Any, label: Any) -> np.ndarray:
                      'columns={"time": ...}')
 
 
-def index_of(seconds: np.ndarray, name: Any = None) -> pd.DatetimeIndex:
+def index_of(seconds: Array, name: Any = None) -> pd.DatetimeIndex:
     """Seconds since 1970 as an index of pandas, which has no times before 1678 and behind 2261."""
     index = pd.DatetimeIndex(seconds.view("datetime64[s]"), name=name)
     return index.as_unit("ns") if hasattr(index, "as_unit") else index
@@ -115,7 +122,7 @@ class Clock:
                 raise ValueError(f"two bars have one time by the clock of their zone, {time}, as "
                                  "it is set back; follow bars in another zone, such as UTC")
 
-    def index(self, seconds: np.ndarray) -> pd.DatetimeIndex:
+    def index(self, seconds: Array) -> pd.DatetimeIndex:
         """The moments at which the clock shows so many seconds since 1970."""
         shown = index_of(seconds)
         if self.zone is None:
@@ -126,7 +133,7 @@ class Clock:
         return shown.tz_localize(self.zone, ambiguous=is_first)
 
 
-def index_of_ticks(times: np.ndarray, ticks: int) -> pd.DatetimeIndex:
+def index_of_ticks(times: Array, ticks: int) -> pd.DatetimeIndex:
     """What `times_of` gives, as an index."""
     unit = next(unit for unit, count in _TICKS.items() if count == ticks)
     return pd.DatetimeIndex(times.view(f"datetime64[{unit}]"))
@@ -140,7 +147,7 @@ def _refuse(bar: int, what: str) -> ValueError:
     return ValueError(f"bar {bar} (the first is 0) {what}")
 
 
-def _of_objects(array: np.ndarray) -> np.ndarray:
+def _of_objects(array: Array) -> Array:
     if not array.size:
         return array.astype("datetime64[s]")
     if array.dtype.kind not in "OUS":
@@ -149,7 +156,7 @@ def _of_objects(array: np.ndarray) -> np.ndarray:
         array = np.char.decode(array, "utf-8", "replace")
     values = array.tolist()
     for bar, value in enumerate(values):
-        if value is None or value is pd.NaT or value is pd.NA or value != value:
+        if is_missing(value):
             raise _refuse(bar, "has no time")
     if all(isinstance(value, str) for value in values):
         return _engine.seconds_of_texts(values).view("datetime64[s]")
@@ -158,22 +165,28 @@ def _of_objects(array: np.ndarray) -> np.ndarray:
     return _of_moments(array)
 
 
-def _of_moments(array: np.ndarray) -> np.ndarray:
+def is_missing(value: Any) -> bool:
+    """Whether a single value stands for none."""
+    if value is None or type(value).__name__ in ("NaTType", "NAType"):
+        return True
+    return isinstance(value, (float, np.floating, np.datetime64)) and bool(value != value)
+
+
+def _of_moments(array: Array) -> Array:
     """Each by its own clock, of which one column may have several."""
     moments = []
     for bar, value in enumerate(array):
-        if isinstance(value, pd.Period):
+        if hasattr(value, "to_timestamp"):  # a period of pandas
             value = value.to_timestamp()
-        elif isinstance(value, np.datetime64):
-            value = pd.Timestamp(value)
-        elif not isinstance(value, datetime.date):
+        elif not isinstance(value, (np.datetime64, datetime.date)):
             raise _refuse(bar, f"has {value!r} for a time")
         zone = getattr(value, "tzinfo", None)
-        moments.append(value if zone is None else value.replace(tzinfo=None))
-    return np.asarray(pd.DatetimeIndex(pd.to_datetime(moments)))
+        value = value if zone is None else value.replace(tzinfo=None)
+        moments.append(np.datetime64(value, "us"))
+    return np.array(moments, "datetime64[us]")
 
 
-def _of_integers(array: np.ndarray) -> np.ndarray:
+def _of_integers(array: Array) -> Array:
     """Integers are times if they are written as dates: 20240102 or 20240102093500."""
     texts = array.astype(str).tolist()
     digits = {len(text) for text in texts}

@@ -85,17 +85,18 @@ void fill_keys(std::span<const int64_t> times, int64_t ticks, std::vector<int64_
   unit->fill(times, keys);
 }
 
+int64_t seconds_of_key(int64_t key) {
+  const auto part = [key](int64_t unit) { return static_cast<unsigned>(key / unit % 100); };
+  const std::chrono::sys_days day{std::chrono::year{static_cast<int>(key / 10000000000)} /
+                                  std::chrono::month{part(100000000)} /
+                                  std::chrono::day{part(1000000)}};
+  return int64_t{day.time_since_epoch().count()} * day_seconds + part(10000) * 3600 +
+         part(100) * 60 + part(1);
+}
+
 std::vector<int64_t> seconds_of_keys(std::span<const int64_t> keys) {
-  std::vector<int64_t> seconds;
-  seconds.reserve(keys.size());
-  for (const int64_t key : keys) {
-    const auto part = [key](int64_t unit) { return static_cast<unsigned>(key / unit % 100); };
-    const std::chrono::sys_days day{std::chrono::year{static_cast<int>(key / 10000000000)} /
-                                    std::chrono::month{part(100000000)} /
-                                    std::chrono::day{part(1000000)}};
-    seconds.push_back(int64_t{day.time_since_epoch().count()} * day_seconds + part(10000) * 3600 +
-                      part(100) * 60 + part(1));
-  }
+  std::vector<int64_t> seconds(keys.size());
+  std::ranges::transform(keys, seconds.begin(), seconds_of_key);
   return seconds;
 }
 

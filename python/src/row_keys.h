@@ -13,6 +13,9 @@ namespace quor_python {
 /// interpreter.
 void fill_keys(std::span<const int64_t> times, int64_t ticks, std::vector<int64_t>& keys);
 
+/// The seconds since 1970 that a row key spells. Needs no interpreter.
+int64_t seconds_of_key(int64_t key);
+
 /// The seconds since 1970 of each row key. Needs no interpreter.
 std::vector<int64_t> seconds_of_keys(std::span<const int64_t> keys);
 

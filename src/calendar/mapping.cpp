@@ -4,7 +4,7 @@
 
 #include "calendar/trade_day_cache.h"
 #include "calendar/trade_day_help.h"
-#include "interface/host_callbacks.h"
+#include "callbacks/host_callbacks.h"
 
 namespace quor::trade_day_help {
 namespace {

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <unordered_map>
 
-#include "interface/host_callbacks.h"
+#include "callbacks/host_callbacks.h"
 
 namespace quor::trade_day_help {
 namespace {

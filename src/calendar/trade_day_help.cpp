@@ -2,7 +2,7 @@
 
 #include "calendar/calendar_intake.h"
 #include "calendar/trade_day_cache.h"
-#include "interface/host_callbacks.h"
+#include "callbacks/host_callbacks.h"
 
 namespace quor::trade_day_help {
 namespace {

@@ -14,11 +14,11 @@
 #include "core/lowering.h"
 #include "core/status.h"
 #include "drawing/colour_text.h"
-#include "functions/registry.h"
-#include "tables/function_sets.h"
 #include "tables/style_table.h"
 #include "text/numbers.h"
 #include "text/strings.h"
+#include "vocabulary/function_sets.h"
+#include "vocabulary/registry.h"
 
 namespace quor {
 namespace {
@@ -34,9 +34,9 @@ std::string_view declared_name(std::string_view text) {
   return declaration.declares() ? declaration.name : std::string_view();
 }
 
-bool names_reserved_field(const DataPoolCenter& pool, std::string_view piece) {
-  // TIME is a field and a function; in a script it is always the function.
-  return piece != "TIME" && pool.script.find_reserved(piece) != nullptr;
+bool names_reserved_field(const DataPoolCenter& pool, const BaseFunc& function) {
+  return !function.traits().has(hides_field) &&
+         pool.script.find_reserved(function.name()) != nullptr;
 }
 
 /// Where parentheses close, found without walking the text anew for every word.
@@ -70,7 +70,7 @@ class Parentheses {
 /// longer word. A bare word is found wherever it stands.
 size_t find_call_start(std::string_view text, std::string_view word, size_t from) {
   size_t found = text.find(word, from);
-  if (BareFunctionSet.contains(word)) return found;
+  if (BareFunctionSet().contains(word)) return found;
   while (found != std::string_view::npos && found > 1 && is_capital(text[found - 1])) {
     found = text.find(word, found + 1);
   }
@@ -94,8 +94,8 @@ bool locate_call(std::string_view text, std::string_view word, size_t from, cons
                  size_t& start, size_t& end) {
   const size_t found = find_call_start(text, word, from);
   if (found == std::string_view::npos) return false;
-  const bool bare = BareFunctionSet.contains(word);
-  const auto closing = bare ? std::optional(found + word.size()) : closes(found);
+  const bool is_bare = BareFunctionSet().contains(word);
+  const auto closing = is_bare ? std::optional(found + word.size()) : closes(found);
   if (!closing) return false;
   start = found;
   end = *closing;
@@ -180,7 +180,7 @@ class Hoisting {
     const Status status = collect(text, calls);
     if (failed(status)) return status;
     for (const BaseFunc* function : calls) {
-      if (OutputFunctionSet.contains(function->name())) ++output_count_;
+      if (function->traits().has(draws)) ++output_count_;
     }
     if (output_count_ >= 2) return fail(Status::second_output, text);
     ShrinkingText rest(text);
@@ -207,7 +207,7 @@ class Hoisting {
       for (const std::string_view piece : split_in_order(token.text, piece_separators)) {
         if (!name.empty() && piece.data() == text.data() && piece == name) continue;
         const BaseFunc* function = find_function(piece);
-        if (function == nullptr || names_reserved_field(context_.pool, piece)) continue;
+        if (function == nullptr || names_reserved_field(context_.pool, *function)) continue;
         size_t start = 0;
         size_t end = 0;
         const auto closes = [&](size_t from) { return parentheses.closing_behind(from); };
@@ -223,8 +223,8 @@ class Hoisting {
   }
 
   Status hoist(ShrinkingText& text, const BaseFunc& function, uint32_t parent_column_id) {
-    const bool parentheses = function.takes_parentheses();
-    const std::string pattern = function.name() + (parentheses ? "(" : "");
+    const bool parentheses = !function.traits().has(bare);
+    const std::string pattern = std::string(function.name()) + (parentheses ? "(" : "");
     size_t start = 0;
     size_t end = 0;
     if (!text.find(pattern, start, end)) return Status::ok;
@@ -250,7 +250,7 @@ class Hoisting {
     call.function = &function;
     call.line = line_;
     call.name = pool.script.next_hidden_name();
-    if (function.uses_result_column()) {
+    if (function.traits().has(has_result_column)) {
       call.column_id = pool.table().take_auxiliary_id();
       call.column_index = pool.table().add_column(call.column_id);
     }

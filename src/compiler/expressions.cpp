@@ -3,15 +3,15 @@
 #include <algorithm>
 
 #include "compiler/tokenizer.h"
+#include "core/base_func.h"
 #include "core/lowering.h"
 #include "core/status.h"
-#include "functions/base_func.h"
 #include "tables/field_table.h"
-#include "tables/function_sets.h"
 #include "tables/operator_table.h"
 #include "tables/style_table.h"
 #include "text/numbers.h"
 #include "text/strings.h"
+#include "vocabulary/registry.h"
 
 namespace quor {
 namespace {
@@ -82,9 +82,11 @@ void note_use(CompileContext& context, const ElementRequest& request, Variable& 
     used.owner_column_id = request.column_id;
     used.owner_column_index = pool.table().column_index_of(request.column_id);
   }
-  if (used.whole_series || WholeSeriesFunctionSet.contains(used.text)) whole_series = true;
-  if (LookAheadFunctionSet.contains(used.text)) pool.script.looks_ahead = true;
-  if (used.text == "SET") pool.script.sets_variables = true;
+  const BaseFunc* word = find_function(used.text);
+  const Traits traits = word != nullptr ? word->traits() : Traits();
+  whole_series |= used.whole_series || traits.has(in_full);
+  pool.script.looks_ahead |= traits.has(told_ahead);
+  pool.script.sets_variables |= traits.has(sets_arguments);
   if (used.function != nullptr) require_fields_of(pool, *used.function);
   const bool reads_field = request.caller_kind != VariableKind::call && used.reserved &&
                            !used.reference && reserved_field_id(used.text).has_value();

@@ -4,9 +4,9 @@
 #include <span>
 #include <vector>
 
-#include "tables/function_sets.h"
 #include "tables/style_table.h"
 #include "text/strings.h"
+#include "vocabulary/function_sets.h"
 
 namespace quor {
 namespace {
@@ -91,7 +91,7 @@ Status rewrite_dot_words(DataPoolCenter& pool, std::string& slot, const Statemen
 }
 
 void name_series_call(DataPoolCenter& pool, std::string& slot) {
-  for (const std::string_view word : BranchRangeFunctionSet) {
+  for (const std::string_view word : BranchRangeFunctionSet()) {
     if (!slot.starts_with(word) || slot.substr(word.size(), 1) != "(") continue;
     put_generated_name(pool, slot);
     return;

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "compiler/call_hoisting.h"
-#include "tables/function_sets.h"
 #include "text/numbers.h"
 #include "text/strings.h"
+#include "vocabulary/function_sets.h"
 
 namespace quor {
 namespace {
@@ -129,7 +129,7 @@ void rewrite_rgb_one_by_one(std::string& slot) {
 
 Status check_branches(std::string_view slot, const StatementErrors& errors) {
   if (!contains(slot, "@")) return Status::ok;
-  for (const std::string_view word : BranchFunctionSet) {
+  for (const std::string_view word : BranchFunctionSet()) {
     const size_t at = slot.find(std::string(word) + "(");
     if (at == absent || at == 0 || slot[at - 1] != '@') continue;
     return errors.fail(Status::branch_as_argument, word);

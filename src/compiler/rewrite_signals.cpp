@@ -4,10 +4,10 @@
 #include <optional>
 
 #include "compiler/tokenizer.h"
-#include "tables/function_sets.h"
 #include "text/numbers.h"
 #include "text/strings.h"
 #include "text/utf8.h"
+#include "vocabulary/function_sets.h"
 
 namespace quor {
 namespace {
@@ -99,7 +99,7 @@ Status rewrite_notice(std::string& slot, std::string_view source, const Statemen
 Status rewrite_trade_word(std::string& slot, std::string_view source,
                           const StatementErrors& errors) {
   const auto found =
-      find_word(slot, [](std::string_view piece) { return TradeSignalSet.contains(piece); });
+      find_word(slot, [](std::string_view piece) { return TradeSignalSet().contains(piece); });
   if (!found) return Status::ok;
   if (!found->behind_comma(slot)) {
     const bool refused = found->position == 0 || found->ends(slot);

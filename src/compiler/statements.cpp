@@ -10,9 +10,9 @@
 #include "compiler/tokenizer.h"
 #include "core/lowering.h"
 #include "core/status.h"
-#include "functions/registry.h"
 #include "text/numbers.h"
 #include "text/strings.h"
+#include "vocabulary/registry.h"
 
 namespace quor {
 namespace {

@@ -161,33 +161,33 @@ Status CalculateCenter::run_block(std::span<const uint32_t> statements, Block ro
   is_finished_.assign(pool_.script.statement_list.size(), 0);
   bar_by_bar_.clear();
   columns_.begin(rows);
-  run_ahead(statements, run_from);
+  run_early(statements, run_from);
   for (const uint32_t position : statements) {
     is_finished_[position] = can_take(position, run_from) &&
                              columns_.calculate(*pool_.script.statement_list[position], position);
     if (is_finished_[position] != 0) continue;
-    columns_.give_up_ahead(position);
+    columns_.give_up_early(position);
     bar_by_bar_.push_back(position);
   }
   pool_.table().write_blanks_before(rows.end);
   if (bar_by_bar_.empty()) return Status::ok;
   try {
     const Status status = run_rows(bar_by_bar_, rows, error);
-    if (failed(status)) columns_.put_back(at_.row, at_.statement);
+    if (failed(status)) columns_.put_back(progress_.row, progress_.statement);
     return status;
   } catch (...) {
-    columns_.put_back(at_.row, at_.statement);
+    columns_.put_back(progress_.row, progress_.statement);
     throw;
   }
 }
 
-void CalculateCenter::run_ahead(std::span<const uint32_t> statements, int32_t run_from) {
-  ahead_.clear();
+void CalculateCenter::run_early(std::span<const uint32_t> statements, int32_t run_from) {
+  early_.clear();
   for (const uint32_t position : statements) {
     if (!plan_.by_columns(position, run_from)) continue;
-    for (Variable* call : plan_.goes_ahead(position)) ahead_.push_back({call, position});
+    for (Variable* call : plan_.side_by_side(position)) early_.push_back({call, position});
   }
-  columns_.run_ahead(ahead_);
+  columns_.run_early(early_);
 }
 
 bool CalculateCenter::can_take(uint32_t statement, int32_t run_from) const {

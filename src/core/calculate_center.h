@@ -13,11 +13,6 @@
 
 namespace quor {
 
-/// How deep variables may nest. A call and its argument are two levels. A level takes at most half
-/// a kilobyte of stack in an optimised build, so that the deepest script fits into a quarter of the
-/// one megabyte that a thread of a Windows host has.
-inline constexpr int max_nesting = 512;
-
 /// Throws std::runtime_error with "expression nested too deeply".
 [[noreturn]] void refuse_nesting();
 
@@ -118,7 +113,7 @@ class CalculateCenter {
   Status run_block(std::span<const uint32_t> statements, Block rows, int32_t run_from,
                    std::string& error);
   void write_blanks_for(int32_t first, int32_t end);
-  void run_ahead(std::span<const uint32_t> statements, int32_t run_from);
+  void run_early(std::span<const uint32_t> statements, int32_t run_from);
   bool can_take(uint32_t statement, int32_t run_from) const;
   Status run_rows(std::span<const uint32_t> statements, Block rows, std::string& error);
   Status run_statement(Variable& statement, int32_t row, std::string& error);
@@ -134,7 +129,7 @@ class CalculateCenter {
     int32_t row = 0;
     uint32_t statement = 0;
   };
-  Place at_;
+  Place progress_;
   BlockRule block_rule_;
   uint64_t seen_layout_ = UINT64_MAX;
   Columns columns_{pool_, *this};
@@ -143,7 +138,7 @@ class CalculateCenter {
   bool each_in_full_ = false;
   std::vector<uint32_t> statements_;   ///< the positions of all of them
   std::vector<uint32_t> bar_by_bar_;   ///< of those that a block leaves
-  std::vector<Columns::Ahead> ahead_;  ///< what a block works out first
+  std::vector<Columns::Early> early_;  ///< what a block works out first
   std::vector<uint8_t> is_finished_;   ///< for the block, by position
 };
 

@@ -9,7 +9,7 @@ namespace quor {
 
 std::string Call::argument_text(size_t position) const {
   const std::string& text = argument(position).text;
-  if (text.starts_with('\''))
+  if (argument(position).is_text())
     return text.size() < 2 ? std::string() : text.substr(1, text.size() - 2);
   if (text == "CIRCLEDOT") return "\u25CF";
   if (text == "POINTDOT") return "\u00B7";

@@ -3,13 +3,10 @@
 #include <algorithm>
 #include <unordered_map>
 
-#include "functions/base_func.h"
+#include "core/base_func.h"
 
 namespace quor {
 namespace {
-
-/// Deeper expressions go bar by bar, where the stack is watched.
-constexpr int most_levels = 100;
 
 /// Where the words that take an argument without a column of its own keep its series.
 class SeriesUses {
@@ -38,7 +35,7 @@ class SeriesUses {
       const Variable* argument = call.arguments[i];
       if (argument == nullptr || argument->kind != VariableKind::expression) continue;
       Use& use = uses_[argument];
-      if (!traits.by_columns) {
+      if (!call.function->by_columns()) {
         use = {true, true};
       } else if (i < traits.series_count && traits.series == SeriesPlace::own_column) {
         use.gives_own_column = true;
@@ -56,20 +53,13 @@ class SeriesUses {
 /// Walks over the parts of one statement.
 class ColumnPlan::Inspection {
  public:
-  /// How a statement comes to a part.
-  struct Way {
-    bool refuses_state = false;  ///< not at every row, or not row after row
-    bool revisits = false;       ///< at other rows than its own, too
-    bool starts_late = false;
-  };
-
   Inspection(const SeriesUses& uses, Entry& entry) : uses_(uses), entry_(entry) {}
 
-  void inspect(const Variable& variable, Way way) {
-    if (++level_ > most_levels) {
+  void inspect(const Variable& variable, Reach reach) {
+    if (++level_ > most_column_levels) {
       refuse();
     } else {
-      inspect_kind(variable, way);
+      inspect_kind(variable, reach);
     }
     --level_;
   }
@@ -78,44 +68,44 @@ class ColumnPlan::Inspection {
   void inspect_statement(const Program& program) {
     inspect_program(program, {});
     for (const Step& step : program.steps) {
-      note_ahead(step.right.variable);
-      note_ahead(step.left.variable);
+      note_side_by_side(step.right.variable);
+      note_side_by_side(step.left.variable);
     }
-    note_ahead(program.result.variable);
+    note_side_by_side(program.result.variable);
   }
 
-  void inspect_program(const Program& program, Way way) {
+  void inspect_program(const Program& program, Reach reach) {
     if (program.ending != Ending::value) refuse();
     for (const Step& step : program.steps) {
       if (step.kind == Step::Kind::discard) refuse();
-      inspect_operand(step.right, way);
-      inspect_operand(step.left, way);
+      inspect_operand(step.right, reach);
+      inspect_operand(step.left, reach);
     }
-    inspect_operand(program.result, way);
+    inspect_operand(program.result, reach);
   }
 
  private:
   void refuse() { entry_.by_columns = false; }
 
-  void note_ahead(Variable* operand) {
+  void note_side_by_side(Variable* operand) {
     const bool is_call = operand != nullptr && operand->kind == VariableKind::call;
     if (!is_call || operand->function == nullptr || operand->arguments.empty()) return;
     const auto is_number = [](const Variable* argument) {
       return argument != nullptr && argument->kind == VariableKind::number;
     };
     const Variable* first = operand->arguments.front();
-    if (operand->function->column_traits().goes_ahead && first != nullptr &&
+    if (operand->function->column_traits().side_by_side && first != nullptr &&
         first->kind == VariableKind::field && first->has_column() &&
         std::all_of(operand->arguments.begin() + 1, operand->arguments.end(), is_number)) {
-      entry_.goes_ahead.push_back(operand);
+      entry_.side_by_side.push_back(operand);
     }
   }
 
-  void inspect_operand(const Operand& operand, Way way) {
-    if (operand.variable != nullptr) inspect(*operand.variable, way);
+  void inspect_operand(const Operand& operand, Reach reach) {
+    if (operand.variable != nullptr) inspect(*operand.variable, reach);
   }
 
-  void inspect_kind(const Variable& variable, Way way) {
+  void inspect_kind(const Variable& variable, Reach reach) {
     switch (variable.kind) {
       case VariableKind::number:
         return;
@@ -124,26 +114,26 @@ class ColumnPlan::Inspection {
         entry_.reads.push_back(variable.column_index);
         return;
       case VariableKind::expression:
-        inspect_expression(variable, way);
+        inspect_expression(variable, reach);
         return;
       case VariableKind::call:
-        inspect_call(variable, way);
+        inspect_call(variable, reach);
         return;
       default:
         refuse();
     }
   }
 
-  void inspect_expression(const Variable& variable, Way way) {
-    if (variable.text.starts_with('\'')) return;
+  void inspect_expression(const Variable& variable, Reach reach) {
+    if (variable.is_text()) return;
     if (!variable.elements.empty()) {
-      inspect_program(variable.program, way);
-    } else if (variable.text != "DRAWNULL") {
+      inspect_program(variable.program, reach);
+    } else if (!variable.is_draw_null()) {
       refuse();
     }
   }
 
-  void inspect_call(const Variable& call, Way way) {
+  void inspect_call(const Variable& call, Reach reach) {
     if (call.function == nullptr) {
       refuse();
       return;
@@ -151,10 +141,10 @@ class ColumnPlan::Inspection {
     const ColumnTraits traits = call.function->column_traits();
     const Traits known = traits_of(call);
     const bool has_state = leaves_state(call);
-    if (!traits.by_columns || (has_state && way.refuses_state)) refuse();
+    if (!call.function->by_columns() || (has_state && reach.passed_over)) refuse();
     entry_.looks_back &= known.has(looks_back);
-    entry_.looks_ahead |= known.has(reads_forward) || !known.has_any(looks_back | follows_rows);
-    entry_.revisits_state |= has_state && way.revisits;
+    entry_.sees_later_rows |= known.has(reads_forward) || !known.has_any(looks_back | follows_rows);
+    entry_.revisits_state |= has_state && reach.elsewhere;
     for (size_t i = 0; i < call.arguments.size(); ++i) {
       if (!call.function->reads_argument(i)) continue;
       const Variable* argument = call.arguments[i];
@@ -163,13 +153,7 @@ class ColumnPlan::Inspection {
       // A statement of the same text has the series in its column.
       const bool reads_column = traits.series != SeriesPlace::nowhere && i < traits.series_count;
       if (reads_column && argument->has_column()) entry_.reads.push_back(argument->column_index);
-      Way to_argument = way;
-      // What starts late and then looks back comes to rows for the first time behind later ones.
-      to_argument.refuses_state |= (traits.passes_over && i >= traits.passed_over_from) ||
-                                   (traits.revisits && way.starts_late);
-      to_argument.revisits |= traits.revisits;
-      to_argument.starts_late |= traits.starts_late;
-      inspect(*argument, to_argument);
+      inspect(*argument, reach_of_argument(call, i, reach));
     }
   }
 
@@ -213,7 +197,7 @@ void ColumnPlan::note_views(bool each_in_full) {
   }
   for (uint32_t i = 0; i < entries_.size(); ++i) {
     Entry& reader = entries_[i];
-    std::erase_if(reader.goes_ahead, [&writers](const Variable* call) {
+    std::erase_if(reader.side_by_side, [&writers](const Variable* call) {
       return writers.contains(call->arguments.front()->column_index);
     });
     for (const int32_t column : reader.reads) {
@@ -225,7 +209,7 @@ void ColumnPlan::note_views(bool each_in_full) {
       const uint32_t writer = found->second;
       if (writer == i) reader.by_columns = false;
       if (each_in_full) continue;
-      if (writer > i || reader.looks_ahead) entries_[writer].by_columns = false;
+      if (writer > i || reader.sees_later_rows) entries_[writer].by_columns = false;
       if (writer > i) reader.by_columns = false;
       if (writer < i) reader.rests_on.push_back(writer);
     }

@@ -36,20 +36,20 @@ class ColumnPlan {
   }
   /// Calls of the statement that can be worked out before all statements: they read numbers and
   /// fields that no statement writes.
-  std::span<Variable* const> goes_ahead(size_t statement) const {
-    return entries_[statement].goes_ahead;
+  std::span<Variable* const> side_by_side(size_t statement) const {
+    return entries_[statement].side_by_side;
   }
 
  private:
   struct Entry {
     bool by_columns = true;
-    bool looks_ahead = false;
+    bool sees_later_rows = false;
     bool looks_back = true;  ///< alone: no call sees later rows or follows their number
     /// Evaluates calls that keep a state again at bars that it has passed. That changes nothing
     /// where all bars have been passed in order, from row 0 on.
     bool revisits_state = false;
     std::vector<int32_t> reads;  ///< columns
-    std::vector<Variable*> goes_ahead;
+    std::vector<Variable*> side_by_side;
     std::vector<uint32_t> rests_on;
   };
   class Inspection;

@@ -5,9 +5,9 @@
 #include <bit>
 #include <functional>
 
+#include "core/base_func.h"
 #include "core/data_pool_center.h"
 #include "core/reduce.h"
-#include "functions/base_func.h"
 #include "text/numbers.h"
 
 namespace quor {
@@ -15,9 +15,6 @@ namespace {
 
 /// Room that is worth keeping for numbers that stand at every row of a block.
 constexpr size_t most_broadcasts = 64;
-
-/// Deeper expressions go bar by bar, where the stack is watched.
-constexpr int most_levels = 100;
 
 }  // namespace
 
@@ -44,45 +41,46 @@ void Columns::begin(Block block) {
   overwritten_.clear();
   old_values_.clear();
   memories_.clear();
-  ahead_.clear();
+  early_.clear();
 }
 
-void Columns::run_ahead(std::span<Ahead> calls) {
-  std::ranges::sort(calls, {}, [](const Ahead& ahead) {
-    return std::pair(ahead.call->function->id(), ahead.position);
+void Columns::run_early(std::span<Early> calls) {
+  std::ranges::sort(calls, {}, [](const Early& early) {
+    return std::pair(early.call->function->id(), early.position);
   });
   scratch_.release();
   for (auto first = calls.begin(); first != calls.end();) {
-    const auto end = std::find_if(first, calls.end(), [first](const Ahead& ahead) {
-      return ahead.call->function != first->call->function;
+    const auto end = std::find_if(first, calls.end(), [first](const Early& early) {
+      return early.call->function != first->call->function;
     });
     if (end - first > 1) run_group({first, end});
     first = end;
   }
 }
 
-void Columns::run_group(std::span<const Ahead> calls) {
+void Columns::run_group(std::span<const Early> calls) {
   group_.clear();
-  for (const Ahead& ahead : calls) {
-    const ColumnCall call{*this, *ahead.call, block_, null_value};
-    if (is_ahead(*ahead.call, block_) || !ahead.call->function->can_go_ahead(call)) continue;
-    position_ = ahead.position;
-    overwrite(ahead.call->column_index, block_);
-    for (const int32_t column : ahead.call->aux_column_indexes) overwrite(column, block_);
-    ahead_.push_back(ahead);
+  for (const Early& early : calls) {
+    const ColumnCall call{*this, *early.call, block_, null_value};
+    if (is_early(*early.call, block_) || !early.call->function->can_run_side_by_side(call))
+      continue;
+    position_ = early.position;
+    overwrite(early.call->column_index, block_);
+    for (const int32_t column : early.call->aux_column_indexes) overwrite(column, block_);
+    early_.push_back(early);
     group_.push_back(call);
   }
   if (!group_.empty()) calls.front().call->function->run_side_by_side(group_);
 }
 
-bool Columns::is_ahead(const Variable& call, Block rows) const {
+bool Columns::is_early(const Variable& call, Block rows) const {
   return rows.first == block_.first && rows.end == block_.end &&
-         std::ranges::find(ahead_, &call, &Ahead::call) != ahead_.end();
+         std::ranges::find(early_, &call, &Early::call) != early_.end();
 }
 
-void Columns::give_up_ahead(size_t position) {
-  const auto belongs = [position](const Ahead& ahead) { return ahead.position == position; };
-  if (std::erase_if(ahead_, belongs) == 0) return;
+void Columns::give_up_early(size_t position) {
+  const auto belongs = [position](const Early& early) { return early.position == position; };
+  if (std::erase_if(early_, belongs) == 0) return;
   for (const Overwritten& cells : overwritten_) {
     if (cells.position == position) put_back(cells, cells.rows.first);
   }
@@ -120,7 +118,7 @@ bool Columns::calculate(Variable& statement, size_t position) {
 
 double* Columns::overwrite(int32_t column, Block rows) {
   DataTable& table = pool_.table();
-  const bool were_blank = table.take_blanks(column, rows.first, rows.end);
+  const bool were_blank = table.claim_blanks(column, rows.first, rows.end);
   double* cells = table.writable_cells(column, rows.first).data();
   overwritten_.push_back({position_, column, rows, old_values_.size(), were_blank});
   if (!were_blank) old_values_.insert(old_values_.end(), cells, cells + rows.size());
@@ -183,10 +181,11 @@ const double* Columns::values(Variable& variable, Block rows, double start) {
     case VariableKind::expression:
       return expression_values(variable, rows, start);
     case VariableKind::call:
-      if (is_ahead(variable, rows)) {
+      if (is_early(variable, rows)) {
         return pool_.table().cells(variable.column_index).data() + rows.first;
       }
-      if (variable.function == nullptr || nesting_ >= most_levels || rows.first < 1) return nullptr;
+      if (variable.function == nullptr || nesting_ >= most_column_levels || rows.first < 1)
+        return nullptr;
       ++nesting_;
       {
         const double* result = variable.function->column({*this, variable, rows, start});
@@ -199,9 +198,9 @@ const double* Columns::values(Variable& variable, Block rows, double start) {
 }
 
 const double* Columns::expression_values(Variable& variable, Block rows, double start) {
-  if (variable.text.starts_with('\'')) return everywhere(literal_value(variable.text), rows.size());
+  if (variable.is_text()) return everywhere(literal_value(variable.text), rows.size());
   if (variable.elements.empty()) {
-    return variable.text == "DRAWNULL" ? everywhere(null_value, rows.size()) : nullptr;
+    return variable.is_draw_null() ? everywhere(null_value, rows.size()) : nullptr;
   }
   return program_values(variable.program, rows, start, nullptr);
 }
@@ -271,7 +270,7 @@ void Columns::put_back(int32_t row, size_t position) {
   for (size_t i = overwritten_.size(); i-- > 0;) {
     const Overwritten& cells = overwritten_[i];
     const int32_t first = cells.position < position ? row + 1 : row;
-    // What looks back writes as many rows earlier.
+    // A word that works out rows before its own, as HV does, has come as much less far.
     put_back(cells, first + cells.rows.end - block_.end);
   }
   for (const Memory& taken : memories_) {

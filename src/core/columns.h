@@ -46,7 +46,7 @@ class ColumnScratch {
 /// Works out statements over a block, one after the other, as bar by bar would: the same values in
 /// the same cells. What can't be done so is declined, and the cells are put back.
 ///
-/// A value is a pointer to the first of `Block::size()` numbers, null for "bar by bar, please".
+/// A value is a pointer to the first of `Block::size()` numbers, null if it is declined.
 ///
 /// Row 0 is always a bar: no block begins there, and no call is asked for a window of one that
 /// does. So a column form finds a row before its own, whatever word holds it.
@@ -63,15 +63,15 @@ class Columns {
   /// Calculates a statement over the block; false if it has to go bar by bar.
   bool calculate(Variable& statement, size_t position);
 
-  /// A call that `ColumnPlan::goes_ahead` names.
-  struct Ahead {
+  /// A call that `ColumnPlan::side_by_side` names, to be worked out early.
+  struct Early {
     Variable* call;
     size_t position;  ///< of its statement
   };
-  /// Works out calls ahead of their statements, where there are several of a word.
-  void run_ahead(std::span<Ahead> calls);
-  /// Puts back what was worked out ahead for a statement that goes bar by bar after all.
-  void give_up_ahead(size_t position);
+  /// Works out calls before their statements, where there are several of a word.
+  void run_early(std::span<Early> calls);
+  /// Puts back what was worked out early for a statement that goes bar by bar after all.
+  void give_up_early(size_t position);
 
   /// Puts back the cells that the block has overwritten and that bar by bar would not have come to:
   /// those behind `row`, and those of `row` that statements from `position` on have written.
@@ -116,8 +116,8 @@ class Columns {
   const double* program_values(const Program& program, Block rows, double start, double* target);
   const double* operand_values(const Operand& operand, Block rows, double start,
                                const double* const* partials);
-  bool is_ahead(const Variable& call, Block rows) const;
-  void run_group(std::span<const Ahead> calls);
+  bool is_early(const Variable& call, Block rows) const;
+  void run_group(std::span<const Early> calls);
   void put_back(const Overwritten& cells, int32_t first);
   void put_back_since(size_t cells, size_t memories);
 
@@ -128,7 +128,7 @@ class Columns {
   std::vector<Overwritten> overwritten_;
   std::vector<double> old_values_;
   std::vector<Memory> memories_;
-  std::vector<Ahead> ahead_;       ///< what has been worked out
+  std::vector<Early> early_;       ///< what has been worked out
   std::vector<ColumnCall> group_;  ///< what is worked out at once
   Block block_;
   size_t position_ = 0;
@@ -137,6 +137,9 @@ class Columns {
 
 /// What `column` receives: a call, the rows, and what a bar leaves at which the word writes
 /// nothing.
+///
+/// Three ways to count: a row counts from row 0 of the table, as do the `cells` of a column; a
+/// place counts from the first row of the block, as do all values and what `overwrite` gives.
 struct ColumnCall {
   Columns& columns;
   Variable& variable;
@@ -175,7 +178,7 @@ struct ColumnCall {
     std::copy_n(found, size(), overwrite(column));
     return found;
   }
-  /// The cells of a column at the rows of a call that goes ahead, which need no putting back.
+  /// The cells of a column at the rows of a call that runs early, which need no putting back.
   double* own_cells(int32_t column) const {
     return table().writable_cells(column, rows.first).data();
   }

@@ -13,7 +13,7 @@
 
 #include "core/model.h"
 #include "core/name_index.h"
-#include "drawing/shape_management.h"
+#include "core/shape_management.h"
 
 namespace quor {
 

@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
+#include "callbacks/host_callbacks.h"
 #include "core/compiled_script.h"
 #include "core/data_table.h"
-#include "interface/host_callbacks.h"
 #include "tables/period_table.h"
 
 namespace quor {

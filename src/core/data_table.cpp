@@ -145,7 +145,7 @@ void DataTable::write_blanks() {
   has_blanks_ = false;
 }
 
-bool DataTable::take_blanks(int32_t index, int32_t first, int32_t end) {
+bool DataTable::claim_blanks(int32_t index, int32_t first, int32_t end) {
   Column& column = columns_[static_cast<size_t>(index)];
   const bool are_blank = column.blank_from <= first;
   write_blanks_before(column, are_blank ? first : end);
@@ -155,8 +155,8 @@ bool DataTable::take_blanks(int32_t index, int32_t first, int32_t end) {
 
 namespace {
 
-/// Sorts by eleven bits of the keys after the other, the last ones first, and keeps the order of
-/// equal keys. Keys of bars differ in few of their bits only.
+/// A radix sort: by eleven bits of the keys after the other, the last ones first, so that equal
+/// keys keep their order, of which the last counts. Keys of bars differ in few of their bits only.
 void sort_by_key(std::vector<BatchRow>& rows, std::vector<BatchRow>& sorted) {
   constexpr int width = 11;
   constexpr size_t digits = 1 << width;

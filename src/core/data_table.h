@@ -121,7 +121,7 @@ class DataTable {
   void write_blanks_before(int32_t row);
   void write_blanks_of(int32_t column);
   /// To be told that all cells of some rows are going to be written. Whether they were blank.
-  bool take_blanks(int32_t column, int32_t first, int32_t end);
+  bool claim_blanks(int32_t column, int32_t first, int32_t end);
   /// Takes a batch in one merge. Cells of existing rows that the batch doesn't name keep their
   /// values, those of new rows are null; column 1 holds the key.
   void merge_rows(RowBatch& batch);

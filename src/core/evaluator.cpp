@@ -1,11 +1,11 @@
 // The evaluation of variables and expressions.
 #include <stdexcept>
 
+#include "core/base_func.h"
 #include "core/calculate_center.h"
 #include "core/call.h"
 #include "core/reduce.h"
 #include "core/status.h"
-#include "functions/base_func.h"
 #include "text/numbers.h"
 
 namespace quor {
@@ -58,12 +58,12 @@ Status CalculateCenter::evaluate_call(Variable& variable, int32_t row, bool scan
 
 Status CalculateCenter::evaluate_expression(Variable& variable, int32_t row, bool scan,
                                             std::string& error, double& result) {
-  if (variable.text.starts_with('\'')) {
+  if (variable.is_text()) {
     result = literal_value(variable.text);
     return Status::ok;
   }
   if (variable.elements.empty()) {
-    if (variable.text == "DRAWNULL") {
+    if (variable.is_draw_null()) {
       result = null_value;
       return Status::ok;
     }
@@ -181,10 +181,11 @@ Status CalculateCenter::end_without_value(const Program& program, int32_t line,
 
 Status CalculateCenter::run_rows(std::span<const uint32_t> statements, Block rows,
                                  std::string& error) {
-  for (at_.row = rows.first; at_.row < rows.end; ++at_.row) {
+  for (progress_.row = rows.first; progress_.row < rows.end; ++progress_.row) {
     for (const uint32_t position : statements) {
-      at_.statement = position;
-      const Status status = run_statement(*pool_.script.statement_list[position], at_.row, error);
+      progress_.statement = position;
+      const Status status =
+          run_statement(*pool_.script.statement_list[position], progress_.row, error);
       if (failed(status)) return status;
     }
   }

@@ -5,6 +5,7 @@
 namespace quor {
 namespace {
 
+/// By operator precedence, with a stack of operators and one of operands.
 class Lowering {
  public:
   explicit Lowering(const std::vector<MathElement>& elements) : elements_(elements) {}
@@ -144,7 +145,7 @@ class Lowering {
     const Operand& last = operands_.back();
     const bool bare = operands_.size() == 1 && last.variable != nullptr &&
                       last.variable->kind == VariableKind::expression &&
-                      last.variable->text != "DRAWNULL";
+                      !last.variable->is_draw_null();
     end(bare ? Ending::bare_reference : Ending::value, last);
   }
 

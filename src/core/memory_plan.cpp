@@ -5,27 +5,21 @@
 #include <unordered_map>
 #include <vector>
 
+#include "core/base_func.h"
 #include "core/column_owners.h"
-#include "functions/base_func.h"
 #include "tables/field_table.h"
 
 namespace quor {
 namespace {
-
-/// Deeper expressions can't be evaluated.
-constexpr int most_levels = 512;
 
 constexpr int64_t nobody = -1;
 
 /// Who evaluates a variable.
 struct Uses {
   int64_t first_statement = nobody;
-  bool in_full = false;      ///< a statement that every run calculates from row 0 on
-  bool shared = false;       ///< more than one call or expression
-  bool elsewhere = false;    ///< at other rows than the statement's, too
-  bool revisited = false;    ///< back and forth
-  bool ahead = false;        ///< at rows that the statements have yet to come to
-  bool passed_over = false;  ///< at some rows only, or not in their order
+  bool in_full = false;  ///< a statement that every run calculates from row 0 on
+  bool shared = false;   ///< more than one call or expression
+  Reach reach;           ///< of all of them together
 
   bool operator==(const Uses&) const = default;
 };
@@ -33,7 +27,7 @@ struct Uses {
 /// What a value at a row comes from.
 struct Origin {
   bool steady = true;  ///< the same whenever it is asked for, from that row and earlier ones
-  bool keeps_state = false;
+  bool has_state = false;
   bool is_safe_state = true;    ///< its calls come to each row after those before it
   bool revisits_state = false;  ///< a call in it comes to rows of a state again
   bool can_fail = false;
@@ -43,7 +37,7 @@ struct Origin {
 
   void take(const Origin& part) {
     steady &= part.steady;
-    keeps_state |= part.keeps_state;
+    has_state |= part.has_state;
     is_safe_state &= part.is_safe_state;
     revisits_state |= part.revisits_state;
     can_fail |= part.can_fail;
@@ -66,7 +60,7 @@ class MemoryPlan {
       note_writer(statements[i]->column_id, static_cast<int64_t>(i), statements[i]->whole_series);
     }
     for (size_t i = 0; i < statements.size(); ++i) {
-      const Uses uses = {static_cast<int64_t>(i), statements[i]->whole_series};
+      const Uses uses = {static_cast<int64_t>(i), statements[i]->whole_series, false, {}};
       visit_elements(*statements[i], uses, 0);
     }
   }
@@ -100,46 +94,40 @@ class MemoryPlan {
 
   /// A variable that is come to again is shared, and so are its parts.
   void visit(Variable& variable, const Uses& from, int level) {
-    if (level > most_levels) return;
+    if (level > max_nesting) return;
     const auto [entry, first] = uses_.try_emplace(&variable, from);
     const Uses before = entry->second;
     Uses& uses = entry->second;
     uses.shared |= !first;
     uses.in_full |= from.in_full;
-    uses.elsewhere |= from.elsewhere;
-    uses.revisited |= from.revisited;
-    uses.ahead |= from.ahead;
-    uses.passed_over |= from.passed_over;
+    uses.reach = either(uses.reach, from.reach);
     if (!first && uses == before) return;
-    Uses inner = uses;
-    if (variable.kind == VariableKind::expression) visit_elements(variable, inner, level + 1);
+    const Uses here = uses;
+    if (variable.kind == VariableKind::expression) visit_elements(variable, here, level + 1);
     if (variable.kind != VariableKind::call || variable.function == nullptr) return;
     if (first) calls_.push_back(&variable);
-    inner.elsewhere |= variable.function->column_traits().revisits;
-    inner.revisited |= revisits_rows(variable);
-    inner.ahead |= traits_of(variable).has(reads_forward);
     anything_fails_ |= traits_of(variable).has(can_fail);
-    note_set_targets(variable, inner);
+    note_set_targets(variable, here);
     for (size_t i = 0; i < variable.arguments.size(); ++i) {
       if (variable.arguments[i] == nullptr) continue;
-      Uses of_argument = inner;
-      of_argument.passed_over |= passes_over(variable, i);
+      Uses of_argument = here;
+      of_argument.reach = reach_of_argument(variable, i, here.reach);
+      of_argument.reach.passed_over |= period_decides(variable);
       visit(*variable.arguments[i], of_argument, level + 1);
     }
   }
 
-  /// Whether the call may leave an argument unevaluated at a row.
-  static bool passes_over(const Variable& call, size_t position) {
+  /// Whether a period decides which rows a call comes to, if it comes to any. A call in columns
+  /// with such a period goes bar by bar of itself.
+  static bool period_decides(const Variable& call) {
     const ColumnTraits traits = call.function->column_traits();
-    if (traits.passes_over && position >= traits.passed_over_from) return true;
-    // A period decides which rows a word comes to, if it comes to any.
-    return (traits.keeps_state || traits.revisits) && !has_fixed_periods(call);
+    return (traits.leaves_state || traits.revisits) && !has_fixed_periods(call);
   }
 
   /// A field is written at the row that the call is evaluated at.
   void note_set_targets(const Variable& call, const Uses& uses) {
     if (!call.function->traits().has(sets_arguments)) return;
-    const int64_t statement = uses.elsewhere ? INT64_MAX : uses.first_statement;
+    const int64_t statement = uses.reach.elsewhere ? INT64_MAX : uses.first_statement;
     for (size_t i = 0; i < call.arguments.size(); i += 2) {
       const Variable* target = call.arguments[i];
       if (target != nullptr && target->kind == VariableKind::field) {
@@ -151,7 +139,7 @@ class MemoryPlan {
   /// Rings, which hidden names typed by a script may form, are unknown.
   const Origin& origin_of(const Variable& variable, int level) {
     const auto [entry, first] = origins_.try_emplace(&variable, unknown_origin);
-    if (!first || level > most_levels) return entry->second;
+    if (!first || level > max_nesting) return entry->second;
     const Origin origin = find_origin(variable, level);
     return origins_[&variable] = origin;
   }
@@ -181,7 +169,7 @@ class MemoryPlan {
   /// An expression that always has a value, so that no evaluation fails.
   Origin origin_of_expression(const Variable& variable, int level) {
     Origin origin;
-    if (variable.text.starts_with('\'')) return origin;
+    if (variable.is_text()) return origin;
     origin.steady = variable.program.ending == Ending::value;
     for (const MathElement& element : variable.elements) {
       if (element.variable != nullptr) origin.take(origin_of(*element.variable, level + 1));
@@ -204,15 +192,15 @@ class MemoryPlan {
     origin.steady &= is_steady_in_run(call, traits) && !traits.has_any(follows_settings | draws);
     origin.for_one_run |= !traits.has(looks_back);
     origin.can_fail |= traits.has(can_fail);
-    if (origin.keeps_state && goes_out_of_order(call)) origin.is_safe_state = false;
+    if (origin.has_state && goes_out_of_order(call)) origin.is_safe_state = false;
     // What starts late and then looks back comes to rows for the first time behind later ones.
     const bool leaves_rows = column_traits.starts_late || column_traits.passes_over;
     if (origin.revisits_state && leaves_rows) origin.is_safe_state = false;
-    origin.revisits_state |= origin.keeps_state && revisits_rows(call);
+    origin.revisits_state |= origin.has_state && revisits_rows(call);
     if (leaves_state(call)) {
-      origin.keeps_state = true;
+      origin.has_state = true;
       const Uses& uses = uses_[&call];
-      origin.is_safe_state &= !uses.shared || !(uses.passed_over || anything_fails_);
+      origin.is_safe_state &= !uses.shared || !(uses.reach.passed_over || anything_fails_);
     }
     return origin;
   }
@@ -243,16 +231,16 @@ class MemoryPlan {
       }
     }
     const bool stores =
-        traits.series != SeriesPlace::nowhere && traits.series != SeriesPlace::in_place;
+        traits.series != SeriesPlace::nowhere && traits.series != SeriesPlace::as_it_stands;
     const bool reads_cells = stores && cells_are_final(call);
     call.for_one_run |= origin.for_one_run && !reads_cells;
     const Remembering at_least = origin.steady ? Remembering::unchanged : Remembering::nothing;
     if (origin.newest_statement >= uses.first_statement) return at_least;
     // Rows ahead have the columns of earlier statements only where these are finished first.
-    if (uses.ahead && origin.newest_statement != nobody && !each_in_full_) return at_least;
+    if (uses.reach.ahead && origin.newest_statement != nobody && !each_in_full_) return at_least;
     if (origin.from_full_statement && !uses.in_full) return at_least;
     const bool in_order = origin.steady && origin.is_safe_state;
-    const bool leaves_no_trace = !stores && in_order && !origin.keeps_state && !origin.can_fail;
+    const bool leaves_no_trace = !stores && in_order && !origin.has_state && !origin.can_fail;
     if (reads_cells || leaves_no_trace) return Remembering::catching_up;
     return in_order ? Remembering::in_order : at_least;
   }
@@ -263,7 +251,7 @@ class MemoryPlan {
     if (series == nullptr) return false;
     const Uses& uses = uses_[series];
     // A call that alone keeps a series notices when a value in it becomes another one.
-    return series->kind == VariableKind::field || !uses.revisited ||
+    return series->kind == VariableKind::field || !uses.reach.revisited ||
            (!uses.shared && !series->has_column());
   }
 

@@ -16,6 +16,13 @@ class BaseShape;
 class DataPoolCenter;
 struct Variable;
 
+/// How deep variables may nest. A call and its argument are two levels. A level takes at most half
+/// a kilobyte of stack in an optimised build, so that the deepest script fits into a quarter of the
+/// one megabyte that a thread of a Windows host has.
+inline constexpr int max_nesting = 512;
+/// Deeper expressions go bar by bar, where the stack is watched.
+inline constexpr int most_column_levels = 100;
+
 /// The place of a variable that stands in no list.
 inline constexpr size_t unlisted = SIZE_MAX;
 
@@ -62,6 +69,11 @@ struct Variable {
 
   /// Whether the variable's own column holds its series: an argument id is no data column.
   bool has_column() const { return static_cast<int32_t>(column_id) >= 0 && column_index != -1; }
+
+  /// Of an expression: a quoted text, which is read as the number that it begins with.
+  bool is_text() const { return text.starts_with('\''); }
+  /// Of an expression without elements: the word that is null, where others are undefined names.
+  bool is_draw_null() const { return text == "DRAWNULL"; }
 
   DataPoolCenter* pool;
   VariableKind kind = VariableKind::undeclared;

@@ -2,7 +2,7 @@
 // (the word alone) and a straight form (the word behind DRAW, with a colour at a position). The
 // library hands on the anchors; geometry is the host's.
 #include "drawing/drawing_frame.h"
-#include "functions/families.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -91,48 +91,28 @@ constexpr auto drawwaveruler =
                                                   ratio_at(6, ".RATIO"));
 // clang-format on
 
-class ANGLELINE final : public DrawingWord<angleline> {
-  using DrawingWord::DrawingWord;
-};
-class DRAWANGLELINE final : public DrawingWord<drawangleline> {
-  using DrawingWord::DrawingWord;
-};
-class HORIZONTALLINE final : public DrawingWord<horizontalline> {
-  using DrawingWord::DrawingWord;
-};
-class DRAWHORIZONTALLINE final : public DrawingWord<drawhorizontalline> {
-  using DrawingWord::DrawingWord;
-};
-class TRENDLINES final : public DrawingWord<trendlines> {
-  using DrawingWord::DrawingWord;
-};
-class DRAWTRENDLINE final : public DrawingWord<drawtrendline> {
-  using DrawingWord::DrawingWord;
-};
-class GOLDENLINE final : public DrawingWord<goldenline> {
-  using DrawingWord::DrawingWord;
-};
-class DRAWGOLDENLINE final : public DrawingWord<drawgoldenline> {
-  using DrawingWord::DrawingWord;
-};
-class WAVERULER final : public DrawingWord<waveruler> {
-  using DrawingWord::DrawingWord;
-};
-class DRAWWAVERULER final : public DrawingWord<drawwaveruler> {
-  using DrawingWord::DrawingWord;
-};
+using ANGLELINE = DrawingWord<angleline>;
+using DRAWANGLELINE = DrawingWord<drawangleline>;
+using HORIZONTALLINE = DrawingWord<horizontalline>;
+using DRAWHORIZONTALLINE = DrawingWord<drawhorizontalline>;
+using TRENDLINES = DrawingWord<trendlines>;
+using DRAWTRENDLINE = DrawingWord<drawtrendline>;
+using GOLDENLINE = DrawingWord<goldenline>;
+using DRAWGOLDENLINE = DrawingWord<drawgoldenline>;
+using WAVERULER = DrawingWord<waveruler>;
+using DRAWWAVERULER = DrawingWord<drawwaveruler>;
 
 constexpr WordRow words[] = {
-    word_row<ANGLELINE>("ANGLELINE", draws | steady),
-    word_row<DRAWANGLELINE>("DRAWANGLELINE", draws | steady),
-    word_row<HORIZONTALLINE>("HORIZONTALLINE", draws | steady),
-    word_row<DRAWHORIZONTALLINE>("DRAWHORIZONTALLINE", draws | steady),
-    word_row<TRENDLINES>("TRENDLINES", draws | steady),
-    word_row<DRAWTRENDLINE>("DRAWTRENDLINE", draws | steady),
-    word_row<GOLDENLINE>("GOLDENLINE", draws | steady),
-    word_row<DRAWGOLDENLINE>("DRAWGOLDENLINE", draws | steady),
-    word_row<WAVERULER>("WAVERULER", draws | steady),
-    word_row<DRAWWAVERULER>("DRAWWAVERULER", draws | steady),
+    word_row<ANGLELINE>("ANGLELINE", 149, draws | steady),
+    word_row<DRAWANGLELINE>("DRAWANGLELINE", 150, draws | steady),
+    word_row<HORIZONTALLINE>("HORIZONTALLINE", 151, draws | steady),
+    word_row<DRAWHORIZONTALLINE>("DRAWHORIZONTALLINE", 152, draws | steady),
+    word_row<TRENDLINES>("TRENDLINES", 153, draws | steady),
+    word_row<DRAWTRENDLINE>("DRAWTRENDLINE", 154, draws | steady),
+    word_row<GOLDENLINE>("GOLDENLINE", 155, draws | steady),
+    word_row<DRAWGOLDENLINE>("DRAWGOLDENLINE", 156, draws | steady),
+    word_row<WAVERULER>("WAVERULER", 157, draws | steady),
+    word_row<DRAWWAVERULER>("DRAWWAVERULER", 158, draws | steady),
 };
 
 }  // namespace

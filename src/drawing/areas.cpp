@@ -2,8 +2,8 @@
 // of a colour.
 #include "core/call.h"
 #include "drawing/drawing_frame.h"
-#include "functions/families.h"
 #include "text/numbers.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -84,12 +84,8 @@ Status set_second_title(Draft& draft) {
   return Status::ok;
 }
 
-class DRAWGBK final : public DrawingWord<drawgbk> {
-  using DrawingWord::DrawingWord;
-};
-class DRAWGBK1 final : public DrawingWord<drawgbk1> {
-  using DrawingWord::DrawingWord;
-};
+using DRAWGBK = DrawingWord<drawgbk>;
+using DRAWGBK1 = DrawingWord<drawgbk1>;
 class FILLRGN final : public DrawingWord<fillrgn> {
   using DrawingWord::DrawingWord;
   Status own_rules(Draft& draft) const override { return set_second_title(draft); }
@@ -98,9 +94,7 @@ class FILLRGN1 final : public DrawingWord<fillrgn1> {
   using DrawingWord::DrawingWord;
   Status own_rules(Draft& draft) const override { return set_second_title(draft); }
 };
-class BACKGROUNDSTYLE final : public DrawingWord<backgroundstyle> {
-  using DrawingWord::DrawingWord;
-};
+using BACKGROUNDSTYLE = DrawingWord<backgroundstyle>;
 
 /// Draws nothing: the number of a colour from its parts.
 class RGB final : public BaseFunc {
@@ -125,12 +119,12 @@ class RGB final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<DRAWGBK>("DRAWGBK", draws | steady),
-    word_row<DRAWGBK1>("DRAWGBK1", draws | steady),
-    word_row<FILLRGN>("FILLRGN", draws | steady),
-    word_row<FILLRGN1>("FILLRGN1", draws | steady),
-    word_row<BACKGROUNDSTYLE>("BACKGROUNDSTYLE", draws | steady),
-    word_row<RGB>("RGB", steady | can_fail),
+    word_row<DRAWGBK>("DRAWGBK", 144, draws | steady),
+    word_row<DRAWGBK1>("DRAWGBK1", 145, draws | steady),
+    word_row<FILLRGN>("FILLRGN", 74, draws | steady),
+    word_row<FILLRGN1>("FILLRGN1", 130, draws | steady),
+    word_row<BACKGROUNDSTYLE>("BACKGROUNDSTYLE", 159, draws | steady),
+    word_row<RGB>("RGB", 78, steady | can_fail),
 };
 
 }  // namespace

@@ -1,8 +1,8 @@
 // Candles from four prices, and the colouring of the chart's own candles.
 #include "core/call.h"
 #include "drawing/drawing_frame.h"
-#include "functions/families.h"
 #include "tables/field_table.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -51,9 +51,7 @@ constexpr DrawingRow drawcolorkline = {
     .colours = {{field<&C::FilledColor>, ColourFrom::argument, 1}},
 };
 
-class DRAWBARLINE final : public DrawingWord<drawbarline> {
-  using DrawingWord::DrawingWord;
-};
+using DRAWBARLINE = DrawingWord<drawbarline>;
 
 class DRAWKLINE : public DrawingWord<drawkline> {
  public:
@@ -67,19 +65,15 @@ class DRAWKLINE : public DrawingWord<drawkline> {
   bool has_usual_bars() const override { return false; }
 };
 
-class DRAWKLINE1 final : public DRAWKLINE {
-  using DRAWKLINE::DRAWKLINE;
-};
+using DRAWKLINE1 = DRAWKLINE;
 
-class DRAWCOLORKLINE final : public DrawingWord<drawcolorkline> {
-  using DrawingWord::DrawingWord;
-};
+using DRAWCOLORKLINE = DrawingWord<drawcolorkline>;
 
 constexpr WordRow words[] = {
-    word_row<DRAWBARLINE>("DRAWBARLINE", draws | steady),
-    word_row<DRAWKLINE>("DRAWKLINE", draws | steady),
-    word_row<DRAWKLINE1>("DRAWKLINE1", draws | steady),
-    word_row<DRAWCOLORKLINE>("DRAWCOLORKLINE", draws | steady),
+    word_row<DRAWBARLINE>("DRAWBARLINE", 133, draws | steady),
+    word_row<DRAWKLINE>("DRAWKLINE", 2, draws | steady),
+    word_row<DRAWKLINE1>("DRAWKLINE1", 131, draws | steady),
+    word_row<DRAWCOLORKLINE>("DRAWCOLORKLINE", 134, draws | steady, bar_fields),
 };
 
 }  // namespace

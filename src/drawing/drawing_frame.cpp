@@ -175,11 +175,11 @@ Status DrawingFunc::write_column(const Call& call, BaseShape& record, size_t pos
   return Status::ok;
 }
 
+bool DrawingFunc::by_columns() const { return has_usual_bars() && !row_.last_row_only; }
+
 ColumnTraits DrawingFunc::column_traits() const {
-  const bool is_usual = has_usual_bars() && !row_.last_row_only;
-  return {.by_columns = is_usual,
-          .passes_over = !is_usual,
-          .revisits = !is_usual,
+  return {.passes_over = !by_columns(),
+          .revisits = !by_columns(),
           .series = SeriesPlace::column_of_argument,
           .series_count = SIZE_MAX};
 }

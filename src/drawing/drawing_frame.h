@@ -14,10 +14,10 @@
 #include <string_view>
 #include <vector>
 
+#include "core/base_func.h"
 #include "core/call.h"
 #include "core/value.h"
 #include "drawing/shapes.h"
-#include "functions/base_func.h"
 
 namespace quor {
 
@@ -181,6 +181,7 @@ class DrawingFunc : public BaseFunc {
 
   Status execute(const Call& call) const override;
   const double* column(const ColumnCall& call) const override;
+  bool by_columns() const override;
   ColumnTraits column_traits() const override;
   /// Whether a bar evaluates the argument: the others are constants, colours and style items.
   bool reads_argument(size_t position) const override;

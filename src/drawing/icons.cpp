@@ -3,10 +3,10 @@
 
 #include "core/call.h"
 #include "drawing/drawing_frame.h"
-#include "functions/families.h"
 #include "tables/icon_table.h"
 #include "text/numbers.h"
 #include "text/strings.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -98,10 +98,10 @@ class DRAWBKBMP final : public DrawingWord<drawbkbmp> {
 };
 
 constexpr WordRow words[] = {
-    word_row<DRAWICON>("DRAWICON", draws | steady),
-    word_row<DRAWLASTBARICON>("DRAWLASTBARICON", draws | follows_rows),
-    word_row<DRAWBMP>("DRAWBMP", draws | steady),
-    word_row<DRAWBKBMP>("DRAWBKBMP", draws | steady),
+    word_row<DRAWICON>("DRAWICON", 7, draws | steady),
+    word_row<DRAWLASTBARICON>("DRAWLASTBARICON", 123, draws | follows_rows),
+    word_row<DRAWBMP>("DRAWBMP", 160, draws | steady),
+    word_row<DRAWBKBMP>("DRAWBKBMP", 161, draws | steady),
 };
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include "core/data_table.h"
 #include "core/model.h"
 #include "drawing/drawing_frame.h"
-#include "functions/families.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -160,10 +160,10 @@ class DRAWLASTBARNUMBER final : public NumberWord<drawlastbarnumber, 1> {
 };
 
 constexpr WordRow words[] = {
-    word_row<DRAWNUMBER>("DRAWNUMBER", draws | steady),
-    word_row<DRAWNUMBER1>("DRAWNUMBER1", draws | steady),
-    word_row<DRAWSHIFTNUMBER>("DRAWSHIFTNUMBER", draws | steady),
-    word_row<DRAWLASTBARNUMBER>("DRAWLASTBARNUMBER", draws | follows_rows),
+    word_row<DRAWNUMBER>("DRAWNUMBER", 126, draws | steady),
+    word_row<DRAWNUMBER1>("DRAWNUMBER1", 127, draws | steady),
+    word_row<DRAWSHIFTNUMBER>("DRAWSHIFTNUMBER", 128, draws | steady),
+    word_row<DRAWLASTBARNUMBER>("DRAWLASTBARNUMBER", 124, draws | follows_rows),
 };
 
 }  // namespace

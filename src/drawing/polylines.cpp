@@ -2,7 +2,7 @@
 // becomes.
 #include "core/call.h"
 #include "drawing/drawing_frame.h"
-#include "functions/families.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -120,25 +120,17 @@ class POLYLINE final : public DrawingWord<polyline> {
   }
 };
 
-class POLYLINE1 final : public DrawingWord<polyline1> {
-  using DrawingWord::DrawingWord;
-};
-class PARTLINE final : public DrawingWord<partline> {
-  using DrawingWord::DrawingWord;
-};
-class PARTLINE1 final : public DrawingWord<partline1> {
-  using DrawingWord::DrawingWord;
-};
-class DRAWCOLORLINE final : public DrawingWord<drawcolorline> {
-  using DrawingWord::DrawingWord;
-};
+using POLYLINE1 = DrawingWord<polyline1>;
+using PARTLINE = DrawingWord<partline>;
+using PARTLINE1 = DrawingWord<partline1>;
+using DRAWCOLORLINE = DrawingWord<drawcolorline>;
 
 constexpr WordRow words[] = {
-    word_row<POLYLINE>("POLYLINE", draws | steady),
-    word_row<POLYLINE1>("POLYLINE1", draws | steady),
-    word_row<PARTLINE>("PARTLINE", draws | steady),
-    word_row<PARTLINE1>("PARTLINE1", draws | steady),
-    word_row<DRAWCOLORLINE>("DRAWCOLORLINE", draws | steady),
+    word_row<POLYLINE>("POLYLINE", 10, draws | steady),
+    word_row<POLYLINE1>("POLYLINE1", 132, draws | steady),
+    word_row<PARTLINE>("PARTLINE", 141, draws | steady),
+    word_row<PARTLINE1>("PARTLINE1", 142, draws | steady),
+    word_row<DRAWCOLORLINE>("DRAWCOLORLINE", 143, draws | steady),
 };
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "drawing/base_shape.h"
+#include "core/base_shape.h"
 #include "tables/style_table.h"
 
 namespace quor {

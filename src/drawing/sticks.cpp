@@ -4,8 +4,8 @@
 #include "core/call.h"
 #include "core/model.h"
 #include "drawing/drawing_frame.h"
-#include "functions/families.h"
 #include "text/strings.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -151,18 +151,14 @@ class STICKLINE : public DrawingWord<stickline> {
   }
 };
 
-class STICKLINE1 final : public STICKLINE {
-  using STICKLINE::STICKLINE;
-};
+using STICKLINE1 = STICKLINE;
 
-class DRAWCOLUMN final : public DrawingWord<drawcolumnchart> {
-  using DrawingWord::DrawingWord;
-};
+using DRAWCOLUMN = DrawingWord<drawcolumnchart>;
 
 constexpr WordRow words[] = {
-    word_row<STICKLINE>("STICKLINE", draws | steady),
-    word_row<STICKLINE1>("STICKLINE1", draws | steady),
-    word_row<DRAWCOLUMN>("DRAWCOLUMNCHART", draws | steady),
+    word_row<STICKLINE>("STICKLINE", 3, draws | steady),
+    word_row<STICKLINE1>("STICKLINE1", 122, draws | steady),
+    word_row<DRAWCOLUMN>("DRAWCOLUMNCHART", 146, draws | steady),
 };
 
 }  // namespace

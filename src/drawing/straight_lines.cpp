@@ -2,7 +2,7 @@
 #include "core/call.h"
 #include "core/model.h"
 #include "drawing/drawing_frame.h"
-#include "functions/families.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -144,37 +144,23 @@ class DRAWLINE final : public DrawingWord<drawline> {
   }
 };
 
-class DRAWLINE1 final : public DrawingWord<drawline1> {
-  using DrawingWord::DrawingWord;
-};
-class DRAWLINE3 final : public DrawingWord<drawline3> {
-  using DrawingWord::DrawingWord;
-};
-class DRAWLASTBARLINE final : public DrawingWord<drawlastbarline> {
-  using DrawingWord::DrawingWord;
-};
-class DRAWSL final : public DrawingWord<drawsl> {
-  using DrawingWord::DrawingWord;
-};
-class DRAWSL1 final : public DrawingWord<drawsl1> {
-  using DrawingWord::DrawingWord;
-};
-class VERTLINE final : public DrawingWord<vertline> {
-  using DrawingWord::DrawingWord;
-};
-class VERTLINE1 final : public DrawingWord<vertline1> {
-  using DrawingWord::DrawingWord;
-};
+using DRAWLINE1 = DrawingWord<drawline1>;
+using DRAWLINE3 = DrawingWord<drawline3>;
+using DRAWLASTBARLINE = DrawingWord<drawlastbarline>;
+using DRAWSL = DrawingWord<drawsl>;
+using DRAWSL1 = DrawingWord<drawsl1>;
+using VERTLINE = DrawingWord<vertline>;
+using VERTLINE1 = DrawingWord<vertline1>;
 
 constexpr WordRow words[] = {
-    word_row<DRAWLINE>("DRAWLINE", draws | steady),
-    word_row<DRAWLINE1>("DRAWLINE1", draws | steady),
-    word_row<DRAWLINE3>("DRAWLINE3", draws | steady),
-    word_row<DRAWLASTBARLINE>("DRAWLASTBARLINE", draws | follows_rows),
-    word_row<DRAWSL>("DRAWSL", draws | steady),
-    word_row<DRAWSL1>("DRAWSL1", draws | steady),
-    word_row<VERTLINE>("VERTLINE", draws | steady),
-    word_row<VERTLINE1>("VERTLINE1", draws | steady),
+    word_row<DRAWLINE>("DRAWLINE", 135, draws | steady),
+    word_row<DRAWLINE1>("DRAWLINE1", 136, draws | steady),
+    word_row<DRAWLINE3>("DRAWLINE3", 137, draws | steady),
+    word_row<DRAWLASTBARLINE>("DRAWLASTBARLINE", 138, draws | follows_rows),
+    word_row<DRAWSL>("DRAWSL", 147, draws | steady),
+    word_row<DRAWSL1>("DRAWSL1", 148, draws | steady),
+    word_row<VERTLINE>("VERTLINE", 139, draws | steady),
+    word_row<VERTLINE1>("VERTLINE1", 140, draws | steady),
 };
 
 }  // namespace

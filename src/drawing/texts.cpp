@@ -1,8 +1,8 @@
 // Texts at a bar.
 #include "core/call.h"
 #include "drawing/drawing_frame.h"
-#include "functions/families.h"
 #include "text/numbers.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -89,9 +89,9 @@ class KTEXT final : public DrawingWord<ktext> {
 };
 
 constexpr WordRow words[] = {
-    word_row<DRAWTEXT>("DRAWTEXT", draws | steady),
-    word_row<DRAWLASTBARTEXT>("DRAWLASTBARTEXT", draws | follows_rows),
-    word_row<KTEXT>("KTEXT", draws | steady),
+    word_row<DRAWTEXT>("DRAWTEXT", 9, draws | steady),
+    word_row<DRAWLASTBARTEXT>("DRAWLASTBARTEXT", 125, draws | follows_rows),
+    word_row<KTEXT>("KTEXT", 129, draws | steady),
 };
 
 }  // namespace

@@ -4,12 +4,12 @@
 #include <cmath>
 #include <utility>
 
+#include "core/base_func.h"
 #include "engine/event_recorder.h"
 #include "engine/line_list.h"
 #include "engine/record_values.h"
 #include "engine/run_calendar.h"
 #include "engine/script_texts.h"
-#include "functions/base_func.h"
 #include "interface/script_parser.h"
 
 namespace quor::engine {
@@ -33,7 +33,7 @@ void add_references(std::vector<Reference>& list, Reference::Kind kind,
 /// Whether a call keeps something when all bars are dropped.
 bool outlasts_bars(const CompiledScript& script) {
   return std::ranges::any_of(script.variable_list, [](const Variable* variable) {
-    return variable->function != nullptr && variable->function->traits().has(keeps_state);
+    return variable->function != nullptr && variable->function->traits().has(hides_state);
   });
 }
 
@@ -73,7 +73,7 @@ struct Script::Body {
     if (report.failure) return;
     if (!settings.condition.empty()) compile_with_condition();
     if (report.failure) return;
-    keeps_state_of_bars = outlasts_bars(parser.pool().script);
+    state_outlasts_bars = outlasts_bars(parser.pool().script);
     list_lines();
   }
 
@@ -108,12 +108,18 @@ struct Script::Body {
     pool.trade_time_callback = subject.is_trading ? always_trading : nullptr;
   }
 
-  /// Market and period decide which fields and references the script reads; the calendar is asked
-  /// for once after a compile.
+  /// Market and period decide which fields and references the script reads.
   bool needs_compile_for(const Subject& subject) const {
     const Subject& now = settings.subject;
-    return keeps_state_of_bars || report.needs_calendar || subject.period != now.period ||
-           subject.market != now.market || subject.time_zone != now.time_zone;
+    return state_outlasts_bars || subject.period != now.period || subject.market != now.market ||
+           subject.time_zone != now.time_zone;
+  }
+
+  void forget_run() {
+    recorder.clear();
+    events.clear();
+    events_are_told = true;
+    answer.clear();
   }
 
   void require_compiled() const {
@@ -129,11 +135,12 @@ struct Script::Body {
   ScriptParser parser;
   EventRecorder recorder;
   Report report;
-  bool keeps_state_of_bars = false;  ///< so that other bars need a compile anew
+  bool state_outlasts_bars = false;  ///< so that other bars need a compile anew
   std::vector<Line> lines;
   std::optional<uint32_t> condition_column;
   std::string answer;
   std::vector<Event> events;
+  bool events_are_told = true;       ///< so that `events` are those of the last calculation
   std::vector<FieldColumn> columns;  ///< of the intake under way
 };
 
@@ -168,8 +175,7 @@ void Script::restart(const Subject& subject) {
   Body& body = *body_;
   const bool compile_anew = body.needs_compile_for(subject);
   body.settings.subject = subject;
-  body.events.clear();
-  body.answer.clear();
+  body.forget_run();
   if (compile_anew) {
     body.compile();
   } else {
@@ -178,14 +184,26 @@ void Script::restart(const Subject& subject) {
   }
 }
 
+void Script::restart_with(std::vector<std::pair<std::string, double>> parameters) {
+  Body& body = *body_;
+  body.parameters = parameters_json(parameters);
+  body.settings.parameters = std::move(parameters);
+  body.forget_run();
+  body.compile();
+}
+
 Failure Script::calculate(uint32_t first_row, bool with_events) {
   Body& body = *body_;
   body.require_compiled();
   require(first_row <= std::numeric_limits<int32_t>::max(), "no such row");
   body.recorder.clear();
-  const CalendarOfThisThread calendar(body.settings.subject.calendar);
+  std::optional<CalendarOfThisThread> calendar;
+  if (body.report.needs_calendar) {
+    const Subject& subject = body.settings.subject;
+    calendar.emplace(subject.security, subject.market, subject.calendar);
+  }
+  body.events_are_told = false;
   body.answer = body.parser.exec(static_cast<int32_t>(first_row), with_events);
-  body.events = body.recorder.events(body.table(), body.parser.drawings());
   return failure_of_answer(body.answer);
 }
 
@@ -234,7 +252,14 @@ std::vector<Record> Script::records() const {
   return records;
 }
 
-const std::vector<Event>& Script::events() const { return body_->events; }
+const std::vector<Event>& Script::events() const {
+  Body& body = *body_;
+  if (!body.events_are_told) {
+    body.events = body.recorder.events(body.table(), body.parser.drawings());
+    body.events_are_told = true;
+  }
+  return body.events;
+}
 
 std::vector<std::string> Script::words() const {
   const auto& words = body_->parser.pool().script.invoked_functions;

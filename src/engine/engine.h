@@ -60,10 +60,12 @@ class Script {
   void clear_rows();
   /// As new for another subject: no bars and nothing remembered. Cheaper than a new object.
   void restart(const Subject& subject);
+  /// As new with other parameters: no bars. Its memory for bars serves again.
+  void restart_with(std::vector<std::pair<std::string, double>> parameters);
 
   /// Calculates all statements from `first_row` to the last bar. With `with_events` notices and
   /// signals go into `events()`. A failure stops the run; what was written stays. Misuse: a script
-  /// with an error.
+  /// with an error, a calendar that is none.
   Failure calculate(uint32_t first_row = 0, bool with_events = false);
 
   uint32_t row_count() const;
@@ -86,7 +88,8 @@ class Script {
   std::vector<std::string> shapes() const;
   /// The same as values.
   std::vector<Record> records() const;
-  /// The notices and signals of the last calculation, in the order in which they came.
+  /// The notices and signals of the last calculation, in the order in which they came; to be asked
+  /// for before rows come or go.
   const std::vector<Event>& events() const;
   /// The words that the script calls, by bytes.
   std::vector<std::string> words() const;

@@ -3,10 +3,10 @@
 
 #include <vector>
 
+#include "callbacks/host_callbacks.h"
 #include "core/data_table.h"
-#include "drawing/shape_management.h"
+#include "core/shape_management.h"
 #include "engine/values.h"
-#include "interface/host_callbacks.h"
 
 namespace quor::engine {
 

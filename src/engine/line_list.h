@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "core/data_pool_center.h"
-#include "drawing/shape_management.h"
+#include "core/shape_management.h"
 #include "engine/values.h"
 
 namespace quor::engine {

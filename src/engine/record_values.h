@@ -1,7 +1,7 @@
 // Drawing records as values, for the facade.
 #pragma once
 
-#include "drawing/base_shape.h"
+#include "core/base_shape.h"
 #include "engine/values.h"
 
 namespace quor::engine {

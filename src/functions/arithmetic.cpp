@@ -5,11 +5,11 @@
 #include <optional>
 
 #include "core/call.h"
-#include "functions/families.h"
 #include "functions/one_bar.h"
 #include "functions/series.h"
 #include "platform/math.h"
 #include "platform/random.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -81,7 +81,7 @@ class LOG final : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .keeps_state = false, .passes_over = true, .passed_over_from = 1};
+    return {.leaves_state = false, .passes_over = true, .passed_over_from = 1};
   }
 
  private:
@@ -120,7 +120,7 @@ class ROUND final : public BaseFunc {
     }
     return result;
   }
-  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_state = false}; }
+  ColumnTraits column_traits() const override { return {.leaves_state = false}; }
 
  private:
   /// The digits are not truncated. Null digits give null.
@@ -199,31 +199,31 @@ class RAND final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<ABS>("ABS", steady),
-    word_row<ACOS>("ACOS", steady),
-    word_row<ASIN>("ASIN", steady),
-    word_row<ATAN>("ATAN", steady),
-    word_row<COS>("COS", steady),
-    word_row<SIN>("SIN", steady),
-    word_row<TAN>("TAN", steady),
-    word_row<EXP>("EXP", steady),
-    word_row<LN>("LN", steady),
-    word_row<LOG10>("LOG10", steady),
-    word_row<SQRT>("SQRT", steady),
-    word_row<CEILING>("CEILING", steady),
-    word_row<FLOOR>("FLOOR", steady),
-    word_row<INTPART>("INTPART", steady),
-    word_row<FRACPART>("FRACPART", steady),
-    word_row<REVERSE>("REVERSE", steady),
-    word_row<SQUARE>("SQUARE", steady),
-    word_row<CUBE>("CUBE", steady),
-    word_row<SIGN>("SIGN", steady),
-    word_row<POW>("POW", steady),
-    word_row<MOD>("MOD", steady),
-    word_row<LOG>("LOG", steady),
-    word_row<ROUND>("ROUND", steady),
-    word_row<NUMPOW>("NUMPOW", steady | periods_from(1, can_fail)),
-    word_row<RAND>("RAND", looks_back | acts),
+    word_row<ABS>("ABS", 45, steady),
+    word_row<ACOS>("ACOS", 32, steady),
+    word_row<ASIN>("ASIN", 33, steady),
+    word_row<ATAN>("ATAN", 34, steady),
+    word_row<COS>("COS", 47, steady),
+    word_row<SIN>("SIN", 61, steady),
+    word_row<TAN>("TAN", 65, steady),
+    word_row<EXP>("EXP", 50, steady),
+    word_row<LN>("LN", 85, steady),
+    word_row<LOG10>("LOG10", 84, steady),
+    word_row<SQRT>("SQRT", 42, steady),
+    word_row<CEILING>("CEILING", 12, steady),
+    word_row<FLOOR>("FLOOR", 28, steady),
+    word_row<INTPART>("INTPART", 15, steady),
+    word_row<FRACPART>("FRACPART", 87, steady),
+    word_row<REVERSE>("REVERSE", 17, steady),
+    word_row<SQUARE>("SQUARE", 20, steady),
+    word_row<CUBE>("CUBE", 86, steady),
+    word_row<SIGN>("SIGN", 41, steady),
+    word_row<POW>("POW", 60, steady),
+    word_row<MOD>("MOD", 58, steady),
+    word_row<LOG>("LOG", 55, steady),
+    word_row<ROUND>("ROUND", 30, steady),
+    word_row<NUMPOW>("NUMPOW", 100, steady | periods_from(1, can_fail)),
+    word_row<RAND>("RAND", 40, looks_back | acts),
 };
 
 }  // namespace

@@ -4,11 +4,11 @@
 #include <cstdint>
 #include <span>
 
+#include "core/base_func.h"
 #include "core/call.h"
 #include "core/columns.h"
 #include "core/data_table.h"
 #include "core/value.h"
-#include "functions/base_func.h"
 #include "functions/series.h"
 
 namespace quor {

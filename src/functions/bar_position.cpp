@@ -2,9 +2,9 @@
 #include "core/call.h"
 #include "core/columns.h"
 #include "core/reduce.h"
-#include "functions/families.h"
 #include "functions/row_words.h"
 #include "functions/series.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -30,7 +30,7 @@ class BarWord : public BaseFunc {
     }
     return result;
   }
-  ColumnTraits column_traits() const final { return {.by_columns = true, .keeps_state = false}; }
+  ColumnTraits column_traits() const final { return {.leaves_state = false}; }
 };
 
 double position_from_first(int32_t row, int32_t) { return row + 1.0; }
@@ -41,24 +41,12 @@ double first_or_last(int32_t row, int32_t rows) {
   return row == 0 ? 1.0 : 2.0 * is_last(row, rows);
 }
 
-class BARPOS final : public BarWord<position_from_first, InScan::computes> {
-  using BarWord::BarWord;
-};
-class DATACOUNT final : public BarWord<count_of_all, InScan::computes> {
-  using BarWord::BarWord;
-};
-class TOTALBARSCOUNT final : public BarWord<count_of_all, InScan::computes> {
-  using BarWord::BarWord;
-};
-class CURRBARSCOUNT final : public BarWord<position_from_last, InScan::leaves_result> {
-  using BarWord::BarWord;
-};
-class ISLASTBAR final : public BarWord<is_last, InScan::computes> {
-  using BarWord::BarWord;
-};
-class BARSTATUS final : public BarWord<first_or_last, InScan::leaves_result> {
-  using BarWord::BarWord;
-};
+using BARPOS = BarWord<position_from_first, InScan::computes>;
+using DATACOUNT = BarWord<count_of_all, InScan::computes>;
+using TOTALBARSCOUNT = BarWord<count_of_all, InScan::computes>;
+using CURRBARSCOUNT = BarWord<position_from_last, InScan::leaves_result>;
+using ISLASTBAR = BarWord<is_last, InScan::computes>;
+using BARSTATUS = BarWord<first_or_last, InScan::leaves_result>;
 
 /// Bars since X first had a value. The count lies in the call's own column; a null interrupts it.
 class BARSCOUNT final : public BaseFunc {
@@ -86,7 +74,7 @@ class BARSCOUNT final : public BaseFunc {
     }
     return result;
   }
-  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_start = true}; }
+  ColumnTraits column_traits() const override { return {.keeps_start = true}; }
   bool reads_argument(size_t position) const override { return position == 0; }
 
  private:
@@ -107,13 +95,13 @@ class BARSCOUNT final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<BARPOS>("BARPOS", steady),
-    word_row<DATACOUNT>("DATACOUNT", repeatable | follows_rows),
-    word_row<TOTALBARSCOUNT>("TOTALBARSCOUNT", repeatable | follows_rows),
-    word_row<CURRBARSCOUNT>("CURRBARSCOUNT", repeatable | follows_rows),
-    word_row<ISLASTBAR>("ISLASTBAR", repeatable | follows_rows),
-    word_row<BARSTATUS>("BARSTATUS", repeatable | follows_rows),
-    word_row<BARSCOUNT>("BARSCOUNT", steady),
+    word_row<BARPOS>("BARPOS", 112, steady | bare),
+    word_row<DATACOUNT>("DATACOUNT", 205, repeatable | follows_rows | bare | in_full),
+    word_row<TOTALBARSCOUNT>("TOTALBARSCOUNT", 115, repeatable | follows_rows | bare | in_full),
+    word_row<CURRBARSCOUNT>("CURRBARSCOUNT", 0, repeatable | follows_rows | bare | in_full),
+    word_row<ISLASTBAR>("ISLASTBAR", 110, repeatable | follows_rows | bare),
+    word_row<BARSTATUS>("BARSTATUS", 102, repeatable | follows_rows | bare),
+    word_row<BARSCOUNT>("BARSCOUNT", 1, steady),
 };
 
 }  // namespace

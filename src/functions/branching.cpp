@@ -1,11 +1,11 @@
 // Words that choose. A branch that isn't taken isn't evaluated, so what its words keep from bar to
 // bar stands still.
+#include "core/base_func.h"
 #include "core/call.h"
 #include "core/columns.h"
 #include "core/reduce.h"
 #include "core/value.h"
-#include "functions/base_func.h"
-#include "functions/families.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -20,7 +20,7 @@ double value_in_silence(const Call& call, size_t position) {
 }
 
 constexpr ColumnTraits choosing = {
-    .by_columns = true, .keeps_state = false, .passes_over = true, .passed_over_from = 1};
+    .leaves_state = false, .passes_over = true, .passed_over_from = 1};
 
 /// A null condition is true, because it isn't equal to 0.
 double choose(const Call& call) {
@@ -120,10 +120,10 @@ using IFF = Chain<false, false>;
 using IFN = Chain<true, true>;
 
 constexpr WordRow words[] = {
-    word_row<IF>("IF", steady),
-    word_row<IFELSE>("IFELSE", steady),
-    word_row<IFF>("IFF", steady),
-    word_row<IFN>("IFN", steady),
+    word_row<IF>("IF", 197, steady | branches | opens_line),
+    word_row<IFN>("IFN", 53, steady | branches | opens_line),
+    word_row<IFELSE>("IFELSE", 77, steady | branches | opens_line),
+    word_row<IFF>("IFF", 52, steady),
 };
 
 }  // namespace

@@ -154,7 +154,7 @@ int32_t known_of(const RowStates<State>* states) {
 }
 
 /// The states of a call after the rows of a block; `step(size_t place, State& state)` takes a state
-/// over the row at a place of the block. Null for "bar by bar, please".
+/// over the row at a place of the block. Null if it is declined.
 template <typename State, typename Step>
 const State* follow(const ColumnCall& call, Block rows, const Step& step) {
   if (call.variable.remembering < Remembering::in_order) return nullptr;

@@ -1,8 +1,8 @@
 // Words that tell the wall clock and the period of the instance, and conversions of times.
 #include "core/call.h"
 #include "core/value.h"
-#include "functions/families.h"
 #include "platform/clock.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -30,12 +30,8 @@ double clock_time(const LocalTime& now) {
   return (now.hour * 100 + now.minute) * 100 + now.second;
 }
 
-class CURRENTDATE final : public WallClockWord<clock_date> {
-  using WallClockWord::WallClockWord;
-};
-class CURRENTTIME final : public WallClockWord<clock_time> {
-  using WallClockWord::WallClockWord;
-};
+using CURRENTDATE = WallClockWord<clock_date>;
+using CURRENTTIME = WallClockWord<clock_time>;
 
 class PERIOD final : public BaseFunc {
  public:
@@ -58,12 +54,8 @@ class PeriodNumber : public BaseFunc {
   }
 };
 
-class BARINTERVAL final : public PeriodNumber<&Period::multiple> {
-  using PeriodNumber::PeriodNumber;
-};
-class BARTYPE final : public PeriodNumber<&Period::period_class> {
-  using PeriodNumber::PeriodNumber;
-};
+using BARINTERVAL = PeriodNumber<&Period::multiple>;
+using BARTYPE = PeriodNumber<&Period::period_class>;
 
 /// A time in another notation.
 template <double (*convert)(int32_t)>
@@ -85,7 +77,7 @@ class Conversion : public BaseFunc {
     for (size_t i = 0; i < call.size(); ++i) result[i] = convert(to_int(times[i]));
     return result;
   }
-  ColumnTraits column_traits() const final { return {.by_columns = true, .keeps_state = false}; }
+  ColumnTraits column_traits() const final { return {.leaves_state = false}; }
 };
 
 /// HHMMSS to seconds since midnight. What has more than six digits, or a sign, gives 0.
@@ -101,21 +93,17 @@ double to_clock_digits(int32_t seconds) {
   return static_cast<double>((hours * 100 + seconds / 60 % 60) * 100 + seconds % 60);
 }
 
-class TIMETOT0 final : public Conversion<to_seconds> {
-  using Conversion::Conversion;
-};
-class T0TOTIME final : public Conversion<to_clock_digits> {
-  using Conversion::Conversion;
-};
+using TIMETOT0 = Conversion<to_seconds>;
+using T0TOTIME = Conversion<to_clock_digits>;
 
 constexpr WordRow words[] = {
-    word_row<CURRENTDATE>("CURRENTDATE", looks_back | acts),
-    word_row<CURRENTTIME>("CURRENTTIME", looks_back | acts),
-    word_row<PERIOD>("PERIOD", steady | follows_settings),
-    word_row<BARINTERVAL>("BARINTERVAL", steady | follows_settings),
-    word_row<BARTYPE>("BARTYPE", steady | follows_settings),
-    word_row<TIMETOT0>("TIMETOT0", steady),
-    word_row<T0TOTIME>("T0TOTIME", steady),
+    word_row<CURRENTDATE>("CURRENTDATE", 113, looks_back | acts | bare),
+    word_row<CURRENTTIME>("CURRENTTIME", 114, looks_back | acts | bare),
+    word_row<PERIOD>("PERIOD", 117, steady | follows_settings | bare),
+    word_row<BARINTERVAL>("BARINTERVAL", 198, steady | follows_settings | bare),
+    word_row<BARTYPE>("BARTYPE", 199, steady | follows_settings | bare),
+    word_row<TIMETOT0>("TIMETOT0", 119, steady),
+    word_row<T0TOTIME>("T0TOTIME", 120, steady),
 };
 
 }  // namespace

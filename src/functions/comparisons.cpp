@@ -6,9 +6,10 @@
 #include "core/call.h"
 #include "core/columns.h"
 #include "core/reduce.h"
-#include "functions/families.h"
 #include "functions/one_bar.h"
+#include "functions/over_arguments.h"
 #include "tables/field_table.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -29,40 +30,15 @@ using RANGE = ThreeArguments<[](double x, double a, double b) { return a < x && 
 /// The argument that is ahead of all others. Nulls are passed over; with nothing left the answer is
 /// the finite number that is behind every other.
 template <auto is_ahead>
-class ExtremeOfArguments final : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-
-  Status execute(const Call& call) const override {
-    if (call.scan) return Status::ok;
-    double extreme = is_ahead(1.0, 0.0) ? -greatest : greatest;
-    for (size_t i = 0; i < call.argument_count(); ++i) {
-      double x = null_value;
-      const Status status = call.evaluate(i, x);
-      if (failed(status)) return status;
-      if (is_ahead(x, extreme)) extreme = x;
-    }
-    return call.answer(extreme);
-  }
-  const double* column(const ColumnCall& call) const override {
-    double* extremes = call.scratch();
-    std::fill_n(extremes, call.size(), is_ahead(1.0, 0.0) ? -greatest : greatest);
-    for (size_t argument = 0; argument < call.argument_count(); ++argument) {
-      const double* x = call.values(argument);
-      if (x == nullptr) return nullptr;
-      for (size_t i = 0; i < call.size(); ++i) {
-        extremes[i] = is_ahead(x[i], extremes[i]) ? x[i] : extremes[i];
-      }
-    }
-    return extremes;
-  }
-  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_state = false}; }
-
- private:
+struct Foremost {
   static constexpr double greatest = std::numeric_limits<double>::max();
+  static constexpr double start = is_ahead(1.0, 0.0) ? -greatest : greatest;
+  static Status scan(const Call&) { return Status::ok; }
+  static double take(double foremost, double x) { return is_ahead(x, foremost) ? x : foremost; }
+  static double finish(double foremost, size_t) { return foremost; }
 };
-using MAX1 = ExtremeOfArguments<above>;
-using MIN1 = ExtremeOfArguments<below>;
+using MAX1 = OverArguments<Foremost<above>>;
+using MIN1 = OverArguments<Foremost<below>>;
 
 /// How the bar's close stands to its open.
 template <auto compare>
@@ -87,7 +63,7 @@ class CloseAgainstOpen final : public BaseFunc {
     for (size_t i = 0; i < call.size(); ++i) result[i] = truth(compare(closes[i], opens[i]));
     return result;
   }
-  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_state = false}; }
+  ColumnTraits column_traits() const override { return {.leaves_state = false}; }
 };
 using ISUP = CloseAgainstOpen<above>;
 using ISDOWN = CloseAgainstOpen<below>;
@@ -102,18 +78,26 @@ class NULL_FUNC final : public BaseFunc {
   const double* column(const ColumnCall& call) const override {
     return call.everywhere(null_value);
   }
-  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_state = false}; }
+  ColumnTraits column_traits() const override { return {.leaves_state = false}; }
 };
 using DRAWNULL = NULL_FUNC;
 
+constexpr std::string_view body_fields[] = {"CLOSE", "OPEN"};
+
 constexpr WordRow words[] = {
-    word_row<MAX>("MAX", steady),           word_row<MIN>("MIN", steady),
-    word_row<NOT>("NOT", steady),           word_row<ISNULL>("ISNULL", steady),
-    word_row<BETWEEN>("BETWEEN", steady),   word_row<RANGE>("RANGE", steady),
-    word_row<MAX1>("MAX1", steady),         word_row<MIN1>("MIN1", steady),
-    word_row<ISUP>("ISUP", steady),         word_row<ISDOWN>("ISDOWN", steady),
-    word_row<ISEQUAL>("ISEQUAL", steady),   word_row<NULL_FUNC>("NULL", steady),
-    word_row<DRAWNULL>("DRAWNULL", steady),
+    word_row<MAX>("MAX", 56, steady),
+    word_row<MIN>("MIN", 57, steady),
+    word_row<NOT>("NOT", 59, steady),
+    word_row<ISNULL>("ISNULL", 108, steady),
+    word_row<BETWEEN>("BETWEEN", 11, steady),
+    word_row<RANGE>("RANGE", 88, steady),
+    word_row<MAX1>("MAX1", 83, steady),
+    word_row<MIN1>("MIN1", 82, steady),
+    word_row<ISUP>("ISUP", 106, steady | bare, body_fields),
+    word_row<ISDOWN>("ISDOWN", 105, steady | bare, body_fields),
+    word_row<ISEQUAL>("ISEQUAL", 107, steady | bare, body_fields),
+    word_row<NULL_FUNC>("NULL", 109, steady | bare),
+    word_row<DRAWNULL>("DRAWNULL", 8, steady | bare),
 };
 
 }  // namespace

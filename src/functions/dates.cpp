@@ -1,7 +1,7 @@
 // Words that tell the date and the time of a bar.
 #include "calendar/civil_time.h"
 #include "core/call.h"
-#include "functions/families.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -84,33 +84,15 @@ int64_t seconds_since_midnight(const BarTime& time) {
   return (time.hour * 60 + time.minute) * 60 + time.second;
 }
 
-class YEAR final : public MomentWord<year> {
-  using MomentWord::MomentWord;
-};
-class MONTH final : public MomentWord<unless_blank<month>> {
-  using MomentWord::MomentWord;
-};
-class DAY final : public MomentWord<unless_blank<day>> {
-  using MomentWord::MomentWord;
-};
-class HOUR final : public MomentWord<unless_blank<hour>> {
-  using MomentWord::MomentWord;
-};
-class MINUTE final : public MomentWord<minute> {
-  using MomentWord::MomentWord;
-};
-class QUARTER final : public MomentWord<quarter> {
-  using MomentWord::MomentWord;
-};
-class DATE final : public MomentWord<unless_blank<full_date>> {
-  using MomentWord::MomentWord;
-};
-class DATE1 final : public MomentWord<compact_date> {
-  using MomentWord::MomentWord;
-};
-class WEEKDAY final : public MomentWord<weekday> {
-  using MomentWord::MomentWord;
-};
+using YEAR = MomentWord<year>;
+using MONTH = MomentWord<unless_blank<month>>;
+using DAY = MomentWord<unless_blank<day>>;
+using HOUR = MomentWord<unless_blank<hour>>;
+using MINUTE = MomentWord<minute>;
+using QUARTER = MomentWord<quarter>;
+using DATE = MomentWord<unless_blank<full_date>>;
+using DATE1 = MomentWord<compact_date>;
+using WEEKDAY = MomentWord<weekday>;
 
 /// A bar of a day or longer has the close of the session as its time.
 class TIME final : public TimeWord {
@@ -138,12 +120,17 @@ class TIME0 final : public MomentWord<unless_blank<seconds_since_midnight>> {
 constexpr Traits of_calendar = looks_back | acts | follows_settings;
 
 constexpr WordRow words[] = {
-    word_row<YEAR>("YEAR", of_calendar),       word_row<MONTH>("MONTH", of_calendar),
-    word_row<DAY>("DAY", of_calendar),         word_row<HOUR>("HOUR", of_calendar),
-    word_row<MINUTE>("MINUTE", of_calendar),   word_row<QUARTER>("QUARTER", of_calendar),
-    word_row<DATE>("DATE", of_calendar),       word_row<DATE1>("DATE1", of_calendar),
-    word_row<WEEKDAY>("WEEKDAY", of_calendar), word_row<TIME>("TIME", of_calendar),
-    word_row<TIME0>("TIME0", of_calendar),
+    word_row<YEAR>("YEAR", 44, of_calendar | bare),
+    word_row<MONTH>("MONTH", 29, of_calendar | bare),
+    word_row<DAY>("DAY", 48, of_calendar | bare),
+    word_row<HOUR>("HOUR", 36, of_calendar | bare),
+    word_row<MINUTE>("MINUTE", 19, of_calendar | bare),
+    word_row<QUARTER>("QUARTER", 118, of_calendar | bare),
+    word_row<DATE>("DATE", 35, of_calendar | bare),
+    word_row<DATE1>("DATE1", 116, of_calendar | bare),
+    word_row<WEEKDAY>("WEEKDAY", 79, of_calendar | bare),
+    word_row<TIME>("TIME", 43, of_calendar | bare | hides_field),
+    word_row<TIME0>("TIME0", 31, of_calendar | bare),
 };
 
 }  // namespace

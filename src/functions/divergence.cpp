@@ -2,10 +2,10 @@
 #include <algorithm>
 
 #include "core/call.h"
-#include "functions/families.h"
 #include "functions/row_words.h"
 #include "functions/series.h"
 #include "functions/window_extremes.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -140,8 +140,8 @@ class DIVERGENCE final : public BaseFunc {
   }
 };
 
-constexpr WordRow words[] = {
-    word_row<DIVERGENCE>("DIVERGENCE", reads_forward | keeps_state | periods_from(2, can_fail))};
+constexpr WordRow words[] = {word_row<DIVERGENCE>(
+    "DIVERGENCE", 111, reads_forward | hides_state | periods_from(2, can_fail))};
 
 }  // namespace
 

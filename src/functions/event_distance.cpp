@@ -7,76 +7,55 @@
 #include "core/call.h"
 #include "core/reduce.h"
 #include "functions/beyond_walk.h"
-#include "functions/families.h"
 #include "functions/row_words.h"
 #include "functions/window_extremes.h"
 #include "tables/field_table.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
 
-/// Bars since X last held. Without a hit the caller's start value stands.
-class BARSLAST final : public BaseFunc {
+/// What `value_of` makes of the newest bar at which a test of X holds.
+template <typename Test, double (*value_of)(NewestHit hit, int32_t row, double start),
+          bool keeps_start>
+class SinceHit final : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const override {
     if (call.scan) return call.check_count(1);
-    const int32_t row = newest_one(call);
-    if (row >= 0) call.result = call.row - row;
-    return Status::ok;
+    NewestHit hit;
+    if (call.row >= 0) {
+      const Status status = newest_hit<Test>(call, call.row, 0, hit.row);
+      if (failed(status)) return status;
+    }
+    return call.answer(value_of(hit, call.row, call.result));
   }
   const double* column(const ColumnCall& call) const override {
-    const NewestHit* hits = newest_hits<IsOne>(call, call.rows);
+    const NewestHit* hits = newest_hits<Test>(call, call.rows);
     if (hits == nullptr) return nullptr;
-    double* result = call.scratch();
-    for (size_t i = 0; i < call.size(); ++i) {
-      const int32_t row = call.rows.first + static_cast<int32_t>(i);
-      result[i] = hits[i].row >= 0 ? static_cast<double>(row) - hits[i].row : call.start;
-    }
-    return result;
+    hits -= call.rows.first;
+    return call.each_row(
+        [hits, start = call.start](int32_t row) { return value_of(hits[row], row, start); });
   }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .keeps_state = false, .keeps_start = true, .revisits = true};
+    return {.leaves_state = false, .keeps_start = keeps_start, .revisits = true};
   }
 };
+
+/// Bars since X last held. Without a hit the caller's start value stands.
+double bars_since(NewestHit hit, int32_t row, double start) {
+  return hit.row >= 0 ? static_cast<double>(row) - hit.row : start;
+}
+using BARSLAST = SinceHit<IsOne, bars_since, true>;
 
 bool is_one(double x) { return x == 1.0; }
 bool is_not_one(double x) { return x != 1.0; }
 
-/// For how many bars X has held without a break.
-class BARSLASTCOUNT final : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    if (call.scan) return call.check_count(1);
-    NewestHit fails;
-    if (call.row >= 0) {
-      const Status status = newest_hit<Fails>(call, call.row, 0, fails.row);
-      if (failed(status)) return status;
-    }
-    return call.answer(std::max(bars_behind(fails, call.row), 0.0));
-  }
-  const double* column(const ColumnCall& call) const override {
-    const NewestHit* fails = newest_hits<Fails>(call, call.rows);
-    if (fails == nullptr) return nullptr;
-    double* result = call.scratch();
-    for (size_t i = 0; i < call.size(); ++i) {
-      result[i] = bars_behind(fails[i], call.rows.first + static_cast<int32_t>(i));
-    }
-    return result;
-  }
-  ColumnTraits column_traits() const override {
-    return {.by_columns = true, .keeps_state = false, .revisits = true};
-  }
-
- private:
-  using Fails = OneValue<is_not_one>;
-
-  /// All bars where X has never failed.
-  static double bars_behind(const NewestHit& fails, int32_t row) {
-    return row - (fails.row == no_row ? -1.0 : fails.row);
-  }
-};
+/// For how many bars X has held without a break; all bars where it has never failed.
+double bars_held(NewestHit fails, int32_t row, double) {
+  return std::max(row - (fails.row == no_row ? -1.0 : fails.row), 0.0);
+}
+using BARSLASTCOUNT = SinceHit<OneValue<is_not_one>, bars_held, false>;
 
 /// Bars since X first held. Counts on the statement that holds the call: its column has the
 /// previous result.
@@ -133,7 +112,7 @@ class BARSSINCEN final : public BaseFunc {
   }
   /// A bar with an older hit doesn't come to X of its own.
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .keeps_state = false, .passes_over = true, .revisits = true};
+    return {.leaves_state = false, .passes_over = true, .revisits = true};
   }
 
  private:
@@ -221,7 +200,7 @@ class CONDBARS final : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .keeps_state = false, .revisits = true, .series_count = 2};
+    return {.leaves_state = false, .revisits = true, .series_count = 2};
   }
 
  private:
@@ -293,7 +272,7 @@ class SUMBARS final : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .keeps_state = false, .passes_over = true, .revisits = true};
+    return {.leaves_state = false, .passes_over = true, .revisits = true};
   }
 
  private:
@@ -330,7 +309,7 @@ class DistanceToBeyond : public BaseFunc {
     return Status::ok;
   }
   ColumnTraits column_traits() const final {
-    return {.keeps_state = false,
+    return {.leaves_state = false,
             .passes_over = true,
             .revisits = true,
             .series_count = series_argument + 1};
@@ -359,30 +338,24 @@ class DistanceToBeyond : public BaseFunc {
   }
 };
 
-class NEWHBARS final : public DistanceToBeyond<Extreme::greatest, 0> {
-  using DistanceToBeyond::DistanceToBeyond;
-};
-class NEWLBARS final : public DistanceToBeyond<Extreme::smallest, 0> {
-  using DistanceToBeyond::DistanceToBeyond;
-};
-class NEWHBARS1 final : public DistanceToBeyond<Extreme::greatest, 1> {
-  using DistanceToBeyond::DistanceToBeyond;
-};
-class NEWLBARS1 final : public DistanceToBeyond<Extreme::smallest, 1> {
-  using DistanceToBeyond::DistanceToBeyond;
-};
+using NEWHBARS = DistanceToBeyond<Extreme::greatest, 0>;
+using NEWLBARS = DistanceToBeyond<Extreme::smallest, 0>;
+using NEWHBARS1 = DistanceToBeyond<Extreme::greatest, 1>;
+using NEWLBARS1 = DistanceToBeyond<Extreme::smallest, 1>;
+
+constexpr std::string_view volume_field[] = {"VOL"};
 
 constexpr WordRow words[] = {
-    word_row<BARSLAST>("BARSLAST", steady),
-    word_row<BARSLASTCOUNT>("BARSLASTCOUNT", steady),
-    word_row<BARSSINCE>("BARSSINCE", looks_back | reads_statement),
-    word_row<BARSSINCEN>("BARSSINCEN", steady),
-    word_row<CONDBARS>("CONDBARS", steady),
-    word_row<SUMBARS>("SUMBARS", steady),
-    word_row<NEWHBARS>("NEWHBARS", steady),
-    word_row<NEWLBARS>("NEWLBARS", steady),
-    word_row<NEWHBARS1>("NEWHBARS1", steady),
-    word_row<NEWLBARS1>("NEWLBARS1", steady),
+    word_row<BARSLAST>("BARSLAST", 5, steady),
+    word_row<BARSLASTCOUNT>("BARSLASTCOUNT", 172, steady),
+    word_row<BARSSINCE>("BARSSINCE", 173, looks_back | reads_statement),
+    word_row<BARSSINCEN>("BARSSINCEN", 174, steady | period_at(1)),
+    word_row<CONDBARS>("CONDBARS", 175, steady),
+    word_row<SUMBARS>("SUMBARS", 192, steady, volume_field),
+    word_row<NEWHBARS>("NEWHBARS", 183, steady),
+    word_row<NEWLBARS>("NEWLBARS", 185, steady),
+    word_row<NEWHBARS1>("NEWHBARS1", 184, steady),
+    word_row<NEWLBARS1>("NEWLBARS1", 186, steady),
 };
 
 }  // namespace

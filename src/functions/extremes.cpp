@@ -3,11 +3,11 @@
 
 #include "core/call.h"
 #include "functions/call_memory.h"
-#include "functions/families.h"
 #include "functions/over_window.h"
 #include "functions/series.h"
 #include "functions/window_extremes.h"
 #include "functions/word_steps.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -101,8 +101,7 @@ const double* extremes_over(const ColumnCall& call) {
   return results;
 }
 
-constexpr ColumnTraits extreme_traits = {.by_columns = true,
-                                         .series = SeriesPlace::column_of_argument};
+constexpr ColumnTraits extreme_traits = {.series = SeriesPlace::column_of_argument};
 
 template <Extreme extreme>
 class WindowExtreme : public BaseFunc {
@@ -170,32 +169,20 @@ class EarlierExtreme : public BaseFunc {
   }
 };
 
-class HHV final : public WindowExtreme<Extreme::greatest> {
-  using WindowExtreme::WindowExtreme;
-};
-class LLV final : public WindowExtreme<Extreme::smallest> {
-  using WindowExtreme::WindowExtreme;
-};
-class HHVBARS final : public BarsSinceExtreme<Extreme::greatest> {
-  using BarsSinceExtreme::BarsSinceExtreme;
-};
-class LLVBARS final : public BarsSinceExtreme<Extreme::smallest> {
-  using BarsSinceExtreme::BarsSinceExtreme;
-};
-class HV final : public EarlierExtreme<Extreme::greatest> {
-  using EarlierExtreme::EarlierExtreme;
-};
-class LV final : public EarlierExtreme<Extreme::smallest> {
-  using EarlierExtreme::EarlierExtreme;
-};
+using HHV = WindowExtreme<Extreme::greatest>;
+using LLV = WindowExtreme<Extreme::smallest>;
+using HHVBARS = BarsSinceExtreme<Extreme::greatest>;
+using LLVBARS = BarsSinceExtreme<Extreme::smallest>;
+using HV = EarlierExtreme<Extreme::greatest>;
+using LV = EarlierExtreme<Extreme::smallest>;
 
 constexpr WordRow words[] = {
-    word_row<HHV>("HHV", steady),
-    word_row<LLV>("LLV", steady),
-    word_row<HHVBARS>("HHVBARS", steady | periods_from(1, can_fail)),
-    word_row<LLVBARS>("LLVBARS", steady | periods_from(1, can_fail)),
-    word_row<HV>("HV", steady),
-    word_row<LV>("LV", steady),
+    word_row<HHV>("HHV", 51, steady | opens_line | period_at(1)),
+    word_row<LLV>("LLV", 54, steady | opens_line | period_at(1)),
+    word_row<HHVBARS>("HHVBARS", 14, steady | periods_from(1, can_fail)),
+    word_row<LLVBARS>("LLVBARS", 16, steady | periods_from(1, can_fail)),
+    word_row<HV>("HV", 180, steady | period_at(1)),
+    word_row<LV>("LV", 181, steady | period_at(1)),
 };
 
 }  // namespace

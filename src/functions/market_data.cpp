@@ -4,9 +4,9 @@
 
 #include "core/call.h"
 #include "functions/chip_distribution.h"
-#include "functions/families.h"
 #include "functions/one_bar.h"
 #include "tables/field_table.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -39,7 +39,7 @@ class COST final : public BaseFunc {
     if (failed(status)) return status;
     return call.answer(price_at(call, percent));
   }
-  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
+  ColumnTraits column_traits() const override { return {.leaves_state = false}; }
 
  private:
   static double price_at(const Call& call, double percent) {
@@ -67,7 +67,7 @@ class WINNER final : public BaseFunc {
     const ChipDistribution chips = chips_at(call);
     return call.answer(chips.empty() ? 0.0 : chips.share_up_to(price));
   }
-  ColumnTraits column_traits() const override { return {.keeps_state = false}; }
+  ColumnTraits column_traits() const override { return {.leaves_state = false}; }
 };
 
 class CODELIKE final : public BaseFunc {
@@ -99,13 +99,16 @@ using MINPRICE = MarketConstant<&DataPoolCenter::min_price>;
 using UNIT = MarketConstant<&DataPoolCenter::unit>;
 using SHARECOUNTPERUNIT = MarketConstant<&DataPoolCenter::share_count_per_unit>;
 
+constexpr std::string_view chip_fields[] = {"HIGH", "LOW", "VOL", "AMOUNT"};
+
 constexpr WordRow words[] = {
-    word_row<COST>("COST", steady | follows_settings),
-    word_row<WINNER>("WINNER", steady | follows_settings),
-    word_row<CODELIKE>("CODELIKE", steady | follows_settings),
-    word_row<MINPRICE>("MINPRICE", looks_back | acts | follows_settings),
-    word_row<UNIT>("UNIT", looks_back | acts | follows_settings),
-    word_row<SHARECOUNTPERUNIT>("SHARECOUNTPERUNIT", looks_back | acts | follows_settings),
+    word_row<COST>("COST", 176, steady | follows_settings, chip_fields),
+    word_row<WINNER>("WINNER", 195, steady | follows_settings, chip_fields),
+    word_row<CODELIKE>("CODELIKE", 121, steady | follows_settings),
+    word_row<MINPRICE>("MINPRICE", 201, looks_back | acts | follows_settings | bare),
+    word_row<UNIT>("UNIT", 200, looks_back | acts | follows_settings | bare),
+    word_row<SHARECOUNTPERUNIT>("SHARECOUNTPERUNIT", 202,
+                                looks_back | acts | follows_settings | bare),
 };
 
 }  // namespace

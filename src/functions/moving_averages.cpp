@@ -2,9 +2,9 @@
 #include "core/call.h"
 #include "core/column_owners.h"
 #include "functions/averaging.h"
-#include "functions/families.h"
 #include "functions/recurrence.h"
 #include "functions/word_steps.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -19,12 +19,12 @@ class MA final : public BaseFunc {
     return failed(status) ? status : call.answer(null_value);
   }
   const double* column(const ColumnCall& call) const override { return moving_average(call); }
-  bool can_go_ahead(const ColumnCall& call) const override { return can_average(call); }
+  bool can_run_side_by_side(const ColumnCall& call) const override { return can_average(call); }
   void run_side_by_side(std::span<const ColumnCall> calls) const override {
     moving_averages(calls);
   }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .goes_ahead = true, .series = SeriesPlace::own_column};
+    return {.side_by_side = true, .series = SeriesPlace::own_column};
   }
 };
 
@@ -54,12 +54,8 @@ struct ExponentialStep {
   }
 };
 
-class EMA final : public Recurrence<ExponentialStep> {
-  using Recurrence::Recurrence;
-};
-class EXPMA final : public Recurrence<ExponentialStep> {
-  using Recurrence::Recurrence;
-};
+using EMA = Recurrence<ExponentialStep>;
+using EXPMA = Recurrence<ExponentialStep>;
 
 /// As EMA where the table has the N bars at all.
 struct BoundedExponentialStep : ExponentialStep {
@@ -70,9 +66,7 @@ struct BoundedExponentialStep : ExponentialStep {
   }
 };
 
-class EMAWH final : public Recurrence<BoundedExponentialStep> {
-  using Recurrence::Recurrence;
-};
+using EMAWH = Recurrence<BoundedExponentialStep>;
 
 /// The weight M/N; a null keeps the value before.
 struct SmoothingStep {
@@ -102,9 +96,7 @@ struct SmoothingStep {
   double next(double x, double prev) const { return smoothing_step(x, prev, n, m); }
 };
 
-class SMA final : public Recurrence<SmoothingStep> {
-  using Recurrence::Recurrence;
-};
+using SMA = Recurrence<SmoothingStep>;
 
 /// (x - prev) * A + prev. A null is written, so that the next bar starts over.
 struct WeightStep {
@@ -124,9 +116,7 @@ struct WeightStep {
   }
 };
 
-class AMA final : public Recurrence<WeightStep> {
-  using Recurrence::Recurrence;
-};
+using AMA = Recurrence<WeightStep>;
 
 /// (1-A) * prev + A*x for a weight strictly between 0 and 1. Such a weight asks for no look-back.
 struct FractionStep {
@@ -152,9 +142,7 @@ struct FractionStep {
   }
 };
 
-class DMA final : public Recurrence<FractionStep> {
-  using Recurrence::Recurrence;
-};
+using DMA = Recurrence<FractionStep>;
 
 /// A*prev + B*x. Nothing starts it over: behind a null all bars are null.
 struct TwoWeightsStep {
@@ -172,9 +160,7 @@ struct TwoWeightsStep {
   double next(double x, double prev) const { return x * new_weight + prev * old_weight; }
 };
 
-class TMA final : public Recurrence<TwoWeightsStep> {
-  using Recurrence::Recurrence;
-};
+using TMA = Recurrence<TwoWeightsStep>;
 
 /// An average that starts from a sum over X's own column, where it has one. An X without a column
 /// seeds nothing, and so has no average.
@@ -201,10 +187,7 @@ class SeededAverage : public BaseFunc {
     return y;
   }
   ColumnTraits column_traits() const final {
-    return {.by_columns = true,
-            .starts_late = true,
-            .carries_on = true,
-            .series = SeriesPlace::in_place};
+    return {.starts_late = true, .keeps_results = true, .series = SeriesPlace::as_it_stands};
   }
 
  protected:
@@ -316,7 +299,7 @@ class TRMA final : public BaseFunc {
     });
   }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .carries_on = true, .series = SeriesPlace::own_column};
+    return {.keeps_results = true, .series = SeriesPlace::own_column};
   }
 
  private:
@@ -361,12 +344,17 @@ class TRMA final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<MA>("MA", steady),       word_row<EMA>("EMA", steady),
-    word_row<EXPMA>("EXPMA", steady), word_row<EMAWH>("EMAWH", repeatable | follows_rows),
-    word_row<SMA>("SMA", steady),     word_row<AMA>("AMA", steady),
-    word_row<DMA>("DMA", steady),     word_row<TMA>("TMA", steady),
-    word_row<MEMA>("MEMA", steady),   word_row<EXPMEMA>("EXPMEMA", steady),
-    word_row<TRMA>("TRMA", steady),
+    word_row<MA>("MA", 73, steady | has_result_column | period_at(1)),
+    word_row<EMA>("EMA", 196, steady | has_result_column | period_at(1)),
+    word_row<EXPMA>("EXPMA", 27, steady | has_result_column | period_at(1)),
+    word_row<EMAWH>("EMAWH", 178, repeatable | follows_rows | period_at(1)),
+    word_row<SMA>("SMA", 62, steady | has_result_column | period_at(1)),
+    word_row<AMA>("AMA", 46, steady | has_result_column),
+    word_row<DMA>("DMA", 49, steady | has_result_column),
+    word_row<TMA>("TMA", 70, steady | has_result_column),
+    word_row<MEMA>("MEMA", 38, steady | has_result_column | period_at(1)),
+    word_row<EXPMEMA>("EXPMEMA", 13, steady | has_result_column | period_at(1)),
+    word_row<TRMA>("TRMA", 193, steady | period_at(1)),
 };
 
 }  // namespace

@@ -10,10 +10,10 @@
 #include <type_traits>
 #include <utility>
 
+#include "core/base_func.h"
 #include "core/call.h"
 #include "core/columns.h"
 #include "core/value.h"
-#include "functions/base_func.h"
 
 namespace quor {
 
@@ -42,11 +42,11 @@ class OneBar final : public BaseFunc {
   }
 
   const double* column(const ColumnCall& call) const override {
-    return column(call, std::make_index_sequence<count>());
+    return values_of(call, std::make_index_sequence<count>());
   }
 
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .keeps_state = false, .keeps_start = may_write_nothing};
+    return {.leaves_state = false, .keeps_start = may_write_nothing};
   }
 
  private:
@@ -55,7 +55,7 @@ class OneBar final : public BaseFunc {
                    std::optional<double>>;
 
   template <size_t... position>
-  static const double* column(const ColumnCall& call, std::index_sequence<position...>) {
+  static const double* values_of(const ColumnCall& call, std::index_sequence<position...>) {
     const std::array<const double*, count> arguments = {call.values(position)...};
     if (std::ranges::find(arguments, nullptr) != arguments.end()) return nullptr;
     double* values = call.scratch();

@@ -5,11 +5,11 @@
 #include <concepts>
 #include <cstdint>
 
+#include "core/base_func.h"
 #include "core/column_owners.h"
 #include "core/columns.h"
 #include "core/data_table.h"
 #include "functions/averaging.h"
-#include "functions/base_func.h"
 #include "functions/series.h"
 #include "functions/word_steps.h"
 
@@ -106,10 +106,6 @@ void reduce_rows(const Reduce& reduce, const double* series, Block rows, size_t 
   for (; i < size; ++i, ++window) results[i] = reduce.finish(reduce(PlainWindow{window, count}));
 }
 
-/// Of words that evaluate a window anew at each bar, beginning with the first full one.
-inline constexpr ColumnTraits back_from_full_windows = {
-    .by_columns = true, .keeps_state = false, .passes_over = true, .revisits = true};
-
 /// What a word of X and N does around the reduction of its windows.
 struct WindowRule {
   Gate gate = Gate::behind_window;
@@ -176,7 +172,7 @@ class OverWindow : public BaseFunc {
   }
 
   ColumnTraits column_traits() const final {
-    return {.by_columns = true, .starts_late = !rule.stores_before_gate, .series = rule.place};
+    return {.starts_late = !rule.stores_before_gate, .series = rule.place};
   }
 };
 

@@ -59,7 +59,7 @@ class Recurrence : public BaseFunc {
     run<1>({{{step, x, y, y[-1]}}}, call.size());
     return y;
   }
-  bool can_go_ahead(const ColumnCall& call) const final {
+  bool can_run_side_by_side(const ColumnCall& call) const final {
     Step step;
     return takes_numbers(call, step) && call.variable.has_column();
   }
@@ -68,7 +68,7 @@ class Recurrence : public BaseFunc {
     in_groups(calls, lane_of, [size](const auto& lanes) { run(lanes, size); });
   }
 
-  ColumnTraits column_traits() const final { return {.by_columns = true, .goes_ahead = true}; }
+  ColumnTraits column_traits() const final { return {.side_by_side = true}; }
 
  private:
   struct Lane {

@@ -5,8 +5,8 @@
 
 #include "core/call.h"
 #include "core/columns.h"
-#include "functions/families.h"
 #include "functions/row_words.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -36,7 +36,7 @@ class REF final : public BaseFunc {
     return period ? moved(call, to_int(*period)) : gathered(call);
   }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .keeps_state = false, .revisits = true, .displaces = true};
+    return {.leaves_state = false, .revisits = true, .displaces = true};
   }
 
  private:
@@ -87,7 +87,7 @@ class REFX final : public BaseFunc {
   using BaseFunc::BaseFunc;
   Status execute(const Call& call) const override { return value_at_distance(call, 1); }
   ColumnTraits column_traits() const override {
-    return {.keeps_state = false, .revisits = true, .displaces = true};
+    return {.leaves_state = false, .revisits = true, .displaces = true};
   }
 };
 
@@ -110,7 +110,7 @@ class REFX1 final : public BaseFunc {
                             call.result);
   }
   ColumnTraits column_traits() const override {
-    return {.keeps_state = false, .revisits = true, .displaces = true};
+    return {.leaves_state = false, .revisits = true, .displaces = true};
   }
 };
 
@@ -138,11 +138,7 @@ class VALUEWHEN final : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true,
-            .keeps_state = false,
-            .passes_over = true,
-            .passed_over_from = 1,
-            .revisits = true};
+    return {.leaves_state = false, .passes_over = true, .passed_over_from = 1, .revisits = true};
   }
 
  private:
@@ -169,7 +165,7 @@ class GET final : public BaseFunc {
     return call.evaluate(0, call.result);
   }
   const double* column(const ColumnCall& call) const override { return call.values(0); }
-  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_state = false}; }
+  ColumnTraits column_traits() const override { return {.leaves_state = false}; }
 };
 
 /// Takes its arguments in pairs of a target and an expression, in order; a target without a partner
@@ -199,12 +195,12 @@ class SET final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<REF>("REF", steady | periods_from(1, reads_forward)),
-    word_row<REFX>("REFX", repeatable | reads_forward),
-    word_row<REFX1>("REFX1", repeatable | reads_forward),
-    word_row<VALUEWHEN>("VALUEWHEN", steady),
-    word_row<GET>("GET", steady),
-    word_row<SET>("SET", keeps_state | sets_arguments),
+    word_row<REF>("REF", 66, steady | periods_from(1, reads_forward)),
+    word_row<REFX>("REFX", 89, repeatable | reads_forward | in_full | told_ahead | period_at(1)),
+    word_row<REFX1>("REFX1", 167, repeatable | reads_forward | in_full | told_ahead | period_at(1)),
+    word_row<VALUEWHEN>("VALUEWHEN", 4, steady),
+    word_row<GET>("GET", 68, steady),
+    word_row<SET>("SET", 69, hides_state | sets_arguments),
 };
 
 }  // namespace

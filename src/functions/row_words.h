@@ -126,7 +126,7 @@ Status newest_hit(const Call& call, int32_t row, int64_t lowest, int32_t& found)
   return Status::ok;
 }
 
-/// The newest hits of a call over a block; null for "bar by bar, please".
+/// The newest hits of a call over a block; null if it is declined.
 template <typename Test>
 const NewestHit* newest_hits(const ColumnCall& call, Block rows) {
   Test test;

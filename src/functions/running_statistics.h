@@ -1,4 +1,5 @@
-// The moments of a sample, gathered in one pass.
+// The moments of a sample, gathered in one pass by the method of Welford. Its rounding is the
+// result: a second pass over the distances would give other last bits.
 #pragma once
 
 #include <cstdint>

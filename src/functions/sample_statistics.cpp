@@ -8,12 +8,14 @@
 #include "core/columns.h"
 #include "functions/averaging.h"
 #include "functions/call_memory.h"
-#include "functions/families.h"
+#include "functions/look_back.h"
+#include "functions/over_arguments.h"
 #include "functions/over_window.h"
 #include "functions/scratch_frame.h"
 #include "functions/series.h"
 #include "functions/word_steps.h"
 #include "platform/math.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -69,9 +71,7 @@ class SUM final : public BaseFunc {
     }
     return sums;
   }
-  ColumnTraits column_traits() const override {
-    return {.by_columns = true, .series = SeriesPlace::own_column};
-  }
+  ColumnTraits column_traits() const override { return {.series = SeriesPlace::own_column}; }
 
  private:
   struct PlainSum {
@@ -184,9 +184,7 @@ class COUNT final : public BaseFunc {
     }
     return result;
   }
-  ColumnTraits column_traits() const override {
-    return {.by_columns = true, .keeps_state = false, .revisits = true};
-  }
+  ColumnTraits column_traits() const override { return {.leaves_state = false, .revisits = true}; }
 
  private:
   /// How many bars up to one count.
@@ -196,130 +194,65 @@ class COUNT final : public BaseFunc {
 };
 
 /// The harmonic mean of the last N bars; null if one of them is null or 0.
-class HARMEAN final : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    if (call.scan) return scan_period(call, 2, 1);
-    double period = null_value;
-    if (const Status status = call.evaluate(1, period); failed(status)) return status;
-    if (!(period > 0.0) || period - 1.0 > call.row) return call.answer(null_value);
-    const int32_t count = to_int(std::ceil(period));
-    double sum = 0.0;
-    for (int32_t back = 0; back < count; ++back) {
-      double x;
-      if (const Status status = call.recall(0, call.row - back, x); failed(status)) return status;
-      if (is_null(x) || x == 0.0) return call.answer(null_value);
-      sum += 1.0 / x;
-    }
-    return call.answer(sum == 0.0 ? null_value : 1.0 / (sum / count));
-  }
-  const double* column(const ColumnCall& call) const override {
-    const std::optional<double> period = call.number(1);
-    if (!period) return nullptr;
-    if (!(*period > 0.0)) return call.everywhere(null_value);
-    const double bars = std::ceil(*period);
-    if (!(bars <= call.rows.first)) return nullptr;
-    const auto count = static_cast<int32_t>(bars);
-    const double* x = call.values(0, {call.rows.first - count + 1, call.rows.end});
-    if (x == nullptr) return nullptr;
-    double* result = call.scratch();
-    for (size_t i = 0; i < call.size(); ++i) result[i] = harmonic_mean(x + i, count);
-    return result;
-  }
-  ColumnTraits column_traits() const override { return back_from_full_windows; }
+struct HarmonicMean {
+  static constexpr size_t parameters = 1;
+  static constexpr bool newest_first = true;
+  static constexpr bool reorders = false;
+  double period = 0.0;
 
- private:
-  /// From the newest to the oldest.
-  static double harmonic_mean(const double* x, int32_t count) {
+  static Status scan(const Call& call) { return scan_period(call, 2, 1); }
+  bool take(size_t, double value) { return (period = value) > 0.0; }
+  int32_t bars() const { return to_int(std::ceil(period)); }
+  static bool ends(double x) { return is_null(x) || x == 0.0; }
+  static double value(std::span<const double> x, int32_t) {
     double sum = 0.0;
-    for (int32_t i = count; i-- > 0;) {
-      if (is_null(x[i]) || x[i] == 0.0) return null_value;
+    for (size_t i = x.size(); i-- > 0;) {
+      if (ends(x[i])) return null_value;
       sum += 1.0 / x[i];
     }
-    return sum == 0.0 ? null_value : 1.0 / (sum / count);
+    return sum == 0.0 ? null_value : 1.0 / (sum / static_cast<double>(x.size()));
   }
 };
+using HARMEAN = LookBack<HarmonicMean>;
 
 /// The mean of its arguments.
-class MV final : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    const size_t count = call.argument_count();
-    if (call.scan) return call.check_count(2, 16);
-    double sum = 0.0;
-    for (size_t i = 0; i < count; ++i) {
-      double value = null_value;
-      if (const Status status = call.evaluate(i, value); failed(status)) return status;
-      sum += value;
-    }
-    return call.answer(sum / static_cast<double>(count));
-  }
-  const double* column(const ColumnCall& call) const override {
-    double* sums = call.scratch();
-    std::fill_n(sums, call.size(), 0.0);
-    const size_t count = call.argument_count();
-    for (size_t argument = 0; argument < count; ++argument) {
-      const double* x = call.values(argument);
-      if (x == nullptr) return nullptr;
-      for (size_t i = 0; i < call.size(); ++i) sums[i] += x[i];
-    }
-    for (size_t i = 0; i < call.size(); ++i) sums[i] /= static_cast<double>(count);
-    return sums;
-  }
-  ColumnTraits column_traits() const override { return {.by_columns = true, .keeps_state = false}; }
+struct Mean {
+  static constexpr double start = 0.0;
+  static Status scan(const Call& call) { return call.check_count(2, 16); }
+  static double take(double sum, double x) { return sum + x; }
+  static double finish(double sum, size_t count) { return sum / static_cast<double>(count); }
 };
+using MV = OverArguments<Mean>;
 
 /// Nulls stand behind all numbers.
 bool is_before(double a, double b) { return is_null(b) ? !is_null(a) : a < b; }
 
 /// The P-th percentile of the last N bars: one of their values, none is blended from two.
-class PERCENTILE final : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    if (call.scan) return call.check_count(3);
-    double period = null_value;
-    if (const Status status = call.evaluate(1, period); failed(status)) return status;
-    double percent = null_value;
-    if (const Status status = call.evaluate(2, percent); failed(status)) return status;
-    const int32_t n = to_int(period);
-    const bool in_range = percent >= 0.0 && percent <= 100.0;
-    if (n < 1 || call.row < n - 1 || !in_range) return call.answer(null_value);
+struct Percentile {
+  static constexpr size_t parameters = 2;
+  static constexpr bool newest_first = false;
+  static constexpr bool reorders = true;
+  int32_t n = 0;
+  double percent = 0.0;
 
-    ScratchFrame sample(call.calculator);
-    for (int32_t back = n; back-- > 0;) {
-      double x;
-      if (const Status status = call.recall(0, call.row - back, x); failed(status)) return status;
-      sample.push(x);
+  static Status scan(const Call& call) { return call.check_count(3); }
+  bool take(size_t position, double value) {
+    if (position == 1) {
+      n = to_int(value);
+      return true;
     }
-    const std::span<double> values = sample.values();
-    const auto place = values.begin() + to_int(std::ceil((n - 1) * (percent / 100.0)));
-    std::nth_element(values.begin(), place, values.end(), is_before);
-    return call.answer(*place);
+    percent = value;
+    return percent >= 0.0 && percent <= 100.0;
   }
-  const double* column(const ColumnCall& call) const override {
-    const std::optional<double> period = call.number(1);
-    const std::optional<double> percent = call.number(2);
-    if (!period || !percent) return nullptr;
-    const int32_t n = to_int(*period);
-    if (n < 1 || !(*percent >= 0.0 && *percent <= 100.0)) return call.everywhere(null_value);
-    if (n > call.rows.first) return nullptr;
-    const double* x = call.values(0, {call.rows.first - n + 1, call.rows.end});
-    if (x == nullptr) return nullptr;
-    double* result = call.scratch();
-    double* sample = call.columns.scratch(static_cast<size_t>(n));
-    double* const place = sample + to_int(std::ceil((n - 1) * (*percent / 100.0)));
-    for (size_t i = 0; i < call.size(); ++i) {
-      std::copy_n(x + i, n, sample);
-      std::nth_element(sample, place, sample + n, is_before);
-      result[i] = *place;
-    }
-    return result;
+  int32_t bars() const { return n; }
+  static bool ends(double) { return false; }
+  double value(std::span<double> x, int32_t) const {
+    const auto place = x.begin() + to_int(std::ceil((n - 1) * (percent / 100.0)));
+    std::nth_element(x.begin(), place, x.end(), is_before);
+    return *place;
   }
-  ColumnTraits column_traits() const override { return back_from_full_windows; }
 };
+using PERCENTILE = LookBack<Percentile>;
 
 /// How many values stand in front of the value at a position; equal ones in their own order.
 size_t rank_of(std::span<const double> values, size_t position, bool descending) {
@@ -384,7 +317,7 @@ class SortedChoice : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const final {
-    return {.by_columns = true, .keeps_state = false, .passes_over = true, .passed_over_from = 2};
+    return {.leaves_state = false, .passes_over = true, .passed_over_from = 2};
   }
 
  private:
@@ -408,12 +341,8 @@ double place_of(std::span<const double>, size_t position) {
   return static_cast<double>(position + 1);
 }
 
-class SORT final : public SortedChoice<value_at> {
-  using SortedChoice::SortedChoice;
-};
-class SORTPOS final : public SortedChoice<place_of> {
-  using SortedChoice::SortedChoice;
-};
+using SORT = SortedChoice<value_at>;
+using SORTPOS = SortedChoice<place_of>;
 
 /// The density of the normal distribution.
 double normal_density(double x, double mean, double deviation) {
@@ -440,14 +369,14 @@ class NORMPDF final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<SUM>("SUM", steady),
-    word_row<COUNT>("COUNT", steady),
-    word_row<HARMEAN>("HARMEAN", steady),
-    word_row<MV>("MV", steady),
-    word_row<PERCENTILE>("PERCENTILE", steady),
-    word_row<SORT>("SORT", steady),
-    word_row<SORTPOS>("SORTPOS", steady),
-    word_row<NORMPDF>("NORMPDF", steady | can_fail),
+    word_row<SUM>("SUM", 64, steady | has_result_column | period_at(1)),
+    word_row<COUNT>("COUNT", 22, steady | period_at(1)),
+    word_row<HARMEAN>("HARMEAN", 179, steady | period_at(1)),
+    word_row<MV>("MV", 182, steady),
+    word_row<PERCENTILE>("PERCENTILE", 187, steady | period_at(1)),
+    word_row<SORT>("SORT", 190, steady),
+    word_row<SORTPOS>("SORTPOS", 191, steady),
+    word_row<NORMPDF>("NORMPDF", 101, steady | can_fail),
 };
 
 }  // namespace

@@ -8,10 +8,10 @@
 
 #include "core/call.h"
 #include "core/column_owners.h"
-#include "functions/families.h"
 #include "functions/row_words.h"
 #include "functions/window_extremes.h"
 #include "tables/field_table.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -214,24 +214,16 @@ class SarWord : public BaseFunc {
   }
 };
 
-class SAR final : public SarWord<true, false> {
-  using SarWord::SarWord;
-};
-class SARSHOWTYPE final : public SarWord<true, true> {
-  using SarWord::SarWord;
-};
-class SAR1 final : public SarWord<false, false> {
-  using SarWord::SarWord;
-};
-class SAR1SHOWTYPE final : public SarWord<false, true> {
-  using SarWord::SarWord;
-};
+using SAR = SarWord<true, false>;
+using SARSHOWTYPE = SarWord<true, true>;
+using SAR1 = SarWord<false, false>;
+using SAR1SHOWTYPE = SarWord<false, true>;
 
 constexpr WordRow words[] = {
-    word_row<SAR>("SAR", steady | can_fail),
-    word_row<SARSHOWTYPE>("SARSHOWTYPE", steady | can_fail),
-    word_row<SAR1>("SAR1", steady | can_fail),
-    word_row<SAR1SHOWTYPE>("SAR1SHOWTYPE", steady | can_fail),
+    word_row<SAR>("SAR", 67, steady | can_fail | has_result_column, bar_fields),
+    word_row<SARSHOWTYPE>("SARSHOWTYPE", 203, steady | can_fail | has_result_column, bar_fields),
+    word_row<SAR1>("SAR1", 188, steady | can_fail | has_result_column, bar_fields),
+    word_row<SAR1SHOWTYPE>("SAR1SHOWTYPE", 204, steady | can_fail | has_result_column, bar_fields),
 };
 
 }  // namespace

@@ -1,10 +1,10 @@
 // Where a window word finds the past values of its argument.
 #pragma once
 
+#include "core/base_func.h"
 #include "core/call.h"
 #include "core/data_table.h"
 #include "core/model.h"
-#include "functions/base_func.h"
 
 namespace quor {
 

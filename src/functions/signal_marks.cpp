@@ -2,8 +2,8 @@
 #include <algorithm>
 
 #include "core/call.h"
-#include "functions/families.h"
 #include "functions/row_words.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -164,8 +164,10 @@ class BACKSET final : public BaseFunc {
 };
 
 constexpr WordRow words[] = {
-    word_row<FILTER>("FILTER", looks_back | keeps_state | periods_from(1, follows_rows)),
-    word_row<BACKSET>("BACKSET", repeatable | reads_forward | follows_rows)};
+    word_row<FILTER>("FILTER", 76, looks_back | hides_state | periods_from(1, follows_rows)),
+    word_row<BACKSET>("BACKSET", 166,
+                      repeatable | reads_forward | follows_rows | has_result_column | in_full |
+                          told_ahead | period_at(1))};
 
 }  // namespace
 

@@ -7,8 +7,8 @@
 #include "core/call.h"
 #include "core/columns.h"
 #include "core/reduce.h"
-#include "functions/families.h"
 #include "functions/row_words.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -71,10 +71,7 @@ class StretchWord : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const final {
-    return {.by_columns = true,
-            .keeps_state = false,
-            .revisits = true,
-            .series_count = period_argument};
+    return {.leaves_state = false, .revisits = true, .series_count = period_argument};
   }
 
  private:
@@ -98,15 +95,9 @@ bool is_not_falling(double before, double value) { return value >= before; }
 
 using IsPositive = OneValue<is_positive>;
 
-class EXIST final : public StretchWord<IsPositive, Length::truncated, 1, true> {
-  using StretchWord::StretchWord;
-};
-class EVERY final : public StretchWord<OneValue<is_not_positive>, Length::fractional, 1, false> {
-  using StretchWord::StretchWord;
-};
-class NDAY final : public StretchWord<TwoValues<is_reached>, Length::truncated, 2, false> {
-  using StretchWord::StretchWord;
-};
+using EXIST = StretchWord<IsPositive, Length::truncated, 1, true>;
+using EVERY = StretchWord<OneValue<is_not_positive>, Length::fractional, 1, false>;
+using NDAY = StretchWord<TwoValues<is_reached>, Length::truncated, 2, false>;
 class UPNDAY final
     : public StretchWord<ValueAndBefore<is_not_rising>, Length::unchecked, 1, false> {
   using StretchWord::StretchWord;
@@ -152,9 +143,7 @@ class LAST final : public BaseFunc {
     }
     return result;
   }
-  ColumnTraits column_traits() const override {
-    return {.by_columns = true, .keeps_state = false, .revisits = true};
-  }
+  ColumnTraits column_traits() const override { return {.leaves_state = false, .revisits = true}; }
 
  private:
   static Status scan(const Call& call) {
@@ -190,7 +179,7 @@ class Crossing : public BaseFunc {
     return result;
   }
   ColumnTraits column_traits() const final {
-    return {.by_columns = true, .keeps_state = false, .revisits = true, .series_count = 2};
+    return {.leaves_state = false, .revisits = true, .series_count = 2};
   }
 
  private:
@@ -204,26 +193,20 @@ class Crossing : public BaseFunc {
   }
 };
 
-class CROSS final : public Crossing<0, 1> {
-  using Crossing::Crossing;
-};
-class CROSSUP final : public Crossing<0, 1> {
-  using Crossing::Crossing;
-};
-class CROSSDOWN final : public Crossing<1, 0> {
-  using Crossing::Crossing;
-};
+using CROSS = Crossing<0, 1>;
+using CROSSUP = Crossing<0, 1>;
+using CROSSDOWN = Crossing<1, 0>;
 
 constexpr WordRow words[] = {
-    word_row<EXIST>("EXIST", steady | periods_from(1, follows_rows)),
-    word_row<EVERY>("EVERY", steady | periods_from(1, follows_rows)),
-    word_row<NDAY>("NDAY", steady | periods_from(2, follows_rows)),
-    word_row<UPNDAY>("UPNDAY", steady | periods_from(1, follows_rows)),
-    word_row<DOWNNDAY>("DOWNNDAY", steady | periods_from(1, follows_rows)),
-    word_row<LAST>("LAST", steady | periods_from(1, follows_rows)),
-    word_row<CROSS>("CROSS", steady),
-    word_row<CROSSUP>("CROSSUP", steady),
-    word_row<CROSSDOWN>("CROSSDOWN", steady),
+    word_row<EXIST>("EXIST", 26, steady | periods_from(1, follows_rows)),
+    word_row<EVERY>("EVERY", 25, steady | periods_from(1, follows_rows)),
+    word_row<NDAY>("NDAY", 39, steady | periods_from(2, follows_rows)),
+    word_row<UPNDAY>("UPNDAY", 21, steady | periods_from(1, follows_rows)),
+    word_row<DOWNNDAY>("DOWNNDAY", 6, steady | periods_from(1, follows_rows)),
+    word_row<LAST>("LAST", 37, steady | periods_from(1, follows_rows)),
+    word_row<CROSS>("CROSS", 23, steady),
+    word_row<CROSSUP>("CROSSUP", 104, steady),
+    word_row<CROSSDOWN>("CROSSDOWN", 103, steady),
 };
 
 }  // namespace

@@ -2,11 +2,11 @@
 #include <algorithm>
 
 #include "core/call.h"
-#include "functions/families.h"
 #include "functions/row_words.h"
 #include "functions/series.h"
 #include "functions/window_extremes.h"
 #include "tables/field_table.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -83,24 +83,19 @@ class SeriesWave : public BaseFunc {
   }
 };
 
-class WAVEPEAK final : public FieldWave<Extreme::greatest, high_column_id> {
-  using FieldWave::FieldWave;
-};
-class WAVEVALLEY final : public FieldWave<Extreme::smallest, low_column_id> {
-  using FieldWave::FieldWave;
-};
-class WAVEPEAK1 final : public SeriesWave<Extreme::greatest> {
-  using SeriesWave::SeriesWave;
-};
-class WAVEVALLEY1 final : public SeriesWave<Extreme::smallest> {
-  using SeriesWave::SeriesWave;
-};
+using WAVEPEAK = FieldWave<Extreme::greatest, high_column_id>;
+using WAVEVALLEY = FieldWave<Extreme::smallest, low_column_id>;
+using WAVEPEAK1 = SeriesWave<Extreme::greatest>;
+using WAVEVALLEY1 = SeriesWave<Extreme::smallest>;
+
+constexpr std::string_view high_field[] = {"HIGH"};
+constexpr std::string_view low_field[] = {"LOW"};
 
 constexpr WordRow words[] = {
-    word_row<WAVEPEAK>("WAVEPEAK", reads_forward),
-    word_row<WAVEPEAK1>("WAVEPEAK1", reads_forward),
-    word_row<WAVEVALLEY>("WAVEVALLEY", reads_forward),
-    word_row<WAVEVALLEY1>("WAVEVALLEY1", reads_forward),
+    word_row<WAVEPEAK>("WAVEPEAK", 162, reads_forward | told_ahead, high_field),
+    word_row<WAVEPEAK1>("WAVEPEAK1", 163, reads_forward | in_full | told_ahead),
+    word_row<WAVEVALLEY>("WAVEVALLEY", 164, reads_forward | told_ahead, low_field),
+    word_row<WAVEVALLEY1>("WAVEVALLEY1", 165, reads_forward | in_full | told_ahead),
 };
 
 }  // namespace

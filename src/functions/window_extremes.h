@@ -41,8 +41,10 @@ size_t place_of_extreme(const Window& window, size_t count) {
 }
 
 /// The extremes of `count` windows of n values, the first of which begins at `values`, as
-/// `place_of_extreme` has them. The values are cut into pieces as long as a window, which so is the
-/// end of one piece and the beginning of the next. `ends` has room for the values of all windows.
+/// `place_of_extreme` has them, by the algorithm of van Herk and of Gil and Werman: exact, since an
+/// extreme is one of the values, however they are grouped. The values are cut into pieces as long
+/// as a window, which so is the end of one piece and the beginning of the next. `ends` has room for
+/// the values of all windows.
 template <Extreme extreme>
 void window_extremes(const double* values, size_t n, size_t count, double* results, double* ends) {
   constexpr double innermost = extreme == Extreme::greatest
@@ -74,8 +76,8 @@ void window_extremes(const double* values, size_t n, size_t count, double* resul
   }
 }
 
-/// The rows of a window that can still come to hold its extreme. From bar to bar one row joins and
-/// some leave, so that a bar costs the same whatever the size of the window.
+/// The rows of a window that can still come to hold its extreme: a monotone queue. From bar to bar
+/// one row joins and some leave, so that a bar costs the same whatever the size of the window.
 template <Extreme extreme>
 class ExtremeRows {
  public:

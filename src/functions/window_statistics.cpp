@@ -4,12 +4,12 @@
 
 #include "core/call.h"
 #include "functions/averaging.h"
-#include "functions/families.h"
 #include "functions/over_window.h"
 #include "functions/power.h"
 #include "functions/running_statistics.h"
 #include "functions/series.h"
 #include "functions/word_steps.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -127,22 +127,11 @@ struct ExcessKurtosis : PlainReduction {
 
 constexpr WindowRule behind_window = {};
 
-class STD final : public OverWindow<Deviation<SampleVariance>,
-                                    WindowRule{.place = SeriesPlace::column_of_call}> {
-  using OverWindow::OverWindow;
-};
-class STDP final : public OverWindow<Deviation<PopulationVariance>, behind_window> {
-  using OverWindow::OverWindow;
-};
-class VAR final : public OverWindow<SampleVariance, behind_window> {
-  using OverWindow::OverWindow;
-};
-class VARP final : public OverWindow<PopulationVariance, behind_window> {
-  using OverWindow::OverWindow;
-};
-class DEVSQ final : public OverWindow<SquaresAboutMean, behind_window> {
-  using OverWindow::OverWindow;
-};
+using STD = OverWindow<Deviation<SampleVariance>, WindowRule{.place = SeriesPlace::column_of_call}>;
+using STDP = OverWindow<Deviation<PopulationVariance>, behind_window>;
+using VAR = OverWindow<SampleVariance, behind_window>;
+using VARP = OverWindow<PopulationVariance, behind_window>;
+using DEVSQ = OverWindow<SquaresAboutMean, behind_window>;
 class KURTOSIS final
     : public OverWindow<ExcessKurtosis, WindowRule{.gate = Gate::behind_windows_of_four}> {
   using OverWindow::OverWindow;
@@ -193,10 +182,8 @@ class RegressionSlope {
   double squares_ = 0.0;
 };
 
-class SLOPE final : public OverWindow<RegressionSlope, WindowRule{.gate = Gate::full_window,
-                                                                  .stores_before_gate = true}> {
-  using OverWindow::OverWindow;
-};
+using SLOPE =
+    OverWindow<RegressionSlope, WindowRule{.gate = Gate::full_window, .stores_before_gate = true}>;
 
 /// The regression line's value at its last bar, given the mean of the values.
 double regression_end(const Window& window, double mean, int32_t n) {
@@ -244,7 +231,7 @@ class FORCAST final : public BaseFunc {
     });
   }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .carries_on = true, .series = SeriesPlace::own_column};
+    return {.keeps_results = true, .series = SeriesPlace::own_column};
   }
 };
 
@@ -302,7 +289,7 @@ class OverWindowPair : public BaseFunc {
     });
   }
   ColumnTraits column_traits() const final {
-    return {.by_columns = true, .series = SeriesPlace::own_column, .series_count = 2};
+    return {.series = SeriesPlace::own_column, .series_count = 2};
   }
 };
 
@@ -383,18 +370,18 @@ class COEFFICIENTR final : public OverWindowPair<pearson_coefficient> {
 };
 
 constexpr WordRow words[] = {
-    word_row<STD>("STD", steady | periods_from(1, can_fail)),
-    word_row<STDP>("STDP", steady | periods_from(1, can_fail)),
-    word_row<VAR>("VAR", steady | periods_from(1, can_fail)),
-    word_row<VARP>("VARP", steady | periods_from(1, can_fail)),
-    word_row<DEVSQ>("DEVSQ", steady | periods_from(1, can_fail)),
-    word_row<AVEDEV>("AVEDEV", steady | periods_from(1, can_fail)),
-    word_row<KURTOSIS>("KURTOSIS", steady),
-    word_row<SLOPE>("SLOPE", steady | periods_from(1, can_fail)),
-    word_row<FORCAST>("FORCAST", steady | periods_from(1, can_fail)),
-    word_row<COVAR>("COVAR", steady | periods_from(2, can_fail)),
-    word_row<CORRELATION>("CORRELATION", steady | periods_from(2, can_fail)),
-    word_row<COEFFICIENTR>("COEFFICIENTR", steady | periods_from(2, can_fail)),
+    word_row<STD>("STD", 63, steady | periods_from(1, can_fail)),
+    word_row<STDP>("STDP", 97, steady | periods_from(1, can_fail)),
+    word_row<VAR>("VAR", 98, steady | periods_from(1, can_fail)),
+    word_row<VARP>("VARP", 99, steady | periods_from(1, can_fail)),
+    word_row<DEVSQ>("DEVSQ", 95, steady | periods_from(1, can_fail)),
+    word_row<AVEDEV>("AVEDEV", 18, steady | periods_from(1, can_fail)),
+    word_row<KURTOSIS>("KURTOSIS", 94, steady | period_at(1)),
+    word_row<SLOPE>("SLOPE", 75, steady | periods_from(1, can_fail)),
+    word_row<FORCAST>("FORCAST", 96, steady | periods_from(1, can_fail)),
+    word_row<COVAR>("COVAR", 90, steady | periods_from(2, can_fail)),
+    word_row<CORRELATION>("CORRELATION", 91, steady | periods_from(2, can_fail)),
+    word_row<COEFFICIENTR>("COEFFICIENTR", 92, steady | periods_from(2, can_fail)),
 };
 
 }  // namespace

@@ -3,12 +3,13 @@
 
 #include "core/call.h"
 #include "functions/averaging.h"
-#include "functions/families.h"
+#include "functions/look_back.h"
 #include "functions/over_window.h"
 #include "functions/power.h"
 #include "functions/series.h"
 #include "functions/word_steps.h"
 #include "tables/field_table.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -54,12 +55,8 @@ constexpr WindowRule weighted = {.gate = Gate::full_window,
                                  .ignores_status = true,
                                  .keeps_result = true};
 
-class WMA final : public OverWindow<WeightedMeanBack, weighted> {
-  using OverWindow::OverWindow;
-};
-class EMA2 final : public OverWindow<WeightedMeanOnly, weighted> {
-  using OverWindow::OverWindow;
-};
+using WMA = OverWindow<WeightedMeanBack, weighted>;
+using EMA2 = OverWindow<WeightedMeanOnly, weighted>;
 
 /// The mean of the window with its last value counted on: (sum - sum/p + x) / p.
 class SMMA final : public BaseFunc {
@@ -97,10 +94,7 @@ class SMMA final : public BaseFunc {
     });
   }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true,
-            .keeps_state = false,
-            .revisits = true,
-            .series = SeriesPlace::in_place};
+    return {.leaves_state = false, .revisits = true, .series = SeriesPlace::as_it_stands};
   }
 
  private:
@@ -129,64 +123,40 @@ class SMMA final : public BaseFunc {
 };
 
 /// The regression line through the window, one bar ahead.
-class TSMA final : public BaseFunc {
- public:
-  using BaseFunc::BaseFunc;
-  Status execute(const Call& call) const override {
-    if (call.scan && call.argument_count() != 2) return call.wrong_count();
-    double period = null_value;
-    if (const Status status = call.evaluate(1, period); failed(status)) return status;
-    const int64_t n = to_int(std::floor(period));
-    // The trial run at row 0 never gets further.
-    if (n < 2 || call.row < n - 1) return call.answer(null_value);
-    Sums sums;
-    for (int64_t row = call.row; row > call.row - n; --row) {
-      double x;
-      const auto i = static_cast<int32_t>(row);
-      if (const Status status = call.recall(0, i, x); failed(status)) return status;
-      sums.add(i, x);
-    }
-    return call.answer(next_value(sums, static_cast<double>(n), call.row));
-  }
-  const double* column(const ColumnCall& call) const override {
-    const std::optional<double> period = call.number(1);
-    if (!period) return nullptr;
-    const int32_t n = to_int(std::floor(*period));
-    if (n < 2 || call.rows.end < n) return call.everywhere(null_value);
-    if (call.rows.first < n - 1) return nullptr;
-    const double* x = call.values(0, {call.rows.first - (n - 1), call.rows.end});
-    if (x == nullptr) return nullptr;
-    x -= call.rows.first - (n - 1);
-    return call.each_row([n, x](int32_t row) {
-      Sums sums;
-      for (int32_t i = row; i > row - n; --i) sums.add(i, x[i]);
-      return next_value(sums, static_cast<double>(n), row);
-    });
-  }
-  ColumnTraits column_traits() const override { return back_from_full_windows; }
+struct RegressionAhead {
+  static constexpr size_t parameters = 1;
+  static constexpr bool newest_first = true;
+  static constexpr bool reorders = false;
+  int32_t n = 0;
 
- private:
-  struct Sums {
+  /// The trial run at row 0 never has a window.
+  static Status scan(const Call& call) {
+    if (call.argument_count() != 2) return call.wrong_count();
+    double period = null_value;
+    const Status status = call.evaluate(1, period);
+    return failed(status) ? status : call.answer(null_value);
+  }
+  bool take(size_t, double period) { return (n = to_int(std::floor(period))) >= 2; }
+  int32_t bars() const { return n; }
+  static bool ends(double) { return false; }
+  double value(std::span<const double> window, int32_t row) const {
     double x = 0.0;
     double t = 0.0;
     double tt = 0.0;
     double tx = 0.0;
-
-    /// Squares of rows wrap at 32 bits.
-    void add(int32_t row, double value) {
-      x += value;
-      t += row;
-      tt += wrapping_multiply(row, row);
-      tx += row * value;
+    for (int32_t at = row; at > row - n; --at) {
+      const double newer = window[static_cast<size_t>(at - row + n - 1)];
+      x += newer;
+      t += at;
+      tt += wrapping_multiply(at, at);  // squares of rows wrap at 32 bits
+      tx += at * newer;
     }
-  };
-
-  static double next_value(const Sums& sums, double n, int32_t row) {
-    const double mean = sums.x / n;
-    const double slope = (sums.tx - mean * sums.t) / (sums.tt - sums.t / n * sums.t);
-    return mean - slope * sums.t / n + row * slope + slope;
+    const double mean = x / n;
+    const double slope = (tx - mean * t) / (tt - t / n * t);
+    return mean - slope * t / n + row * slope + slope;
   }
 };
+using TSMA = LookBack<RegressionAhead>;
 
 /// An average whose weight grows with how straight the close went over N bars. From bar to bar it
 /// carries a plain exponential average, not what it answers with.
@@ -234,7 +204,7 @@ class ADMA final : public BaseFunc {
     });
   }
   ColumnTraits column_traits() const override {
-    return {.by_columns = true, .passes_over = true, .passed_over_from = 2, .carries_on = true};
+    return {.passes_over = true, .passed_over_from = 2, .keeps_results = true};
   }
 
  private:
@@ -267,12 +237,14 @@ class ADMA final : public BaseFunc {
   }
 };
 
+constexpr std::string_view close_field[] = {"CLOSE"};
+
 constexpr WordRow words[] = {
-    word_row<WMA>("WMA", steady | periods_from(1, can_fail)),
-    word_row<EMA2>("EMA2", steady | periods_from(1, can_fail)),
-    word_row<SMMA>("SMMA", steady),
-    word_row<TSMA>("TSMA", steady),
-    word_row<ADMA>("ADMA", steady | periods_from(1, can_fail)),
+    word_row<WMA>("WMA", 71, steady | periods_from(1, can_fail) | has_result_column),
+    word_row<EMA2>("EMA2", 177, steady | periods_from(1, can_fail) | has_result_column),
+    word_row<SMMA>("SMMA", 189, steady | period_at(1)),
+    word_row<TSMA>("TSMA", 194, steady | period_at(1)),
+    word_row<ADMA>("ADMA", 93, steady | periods_from(1, can_fail), close_field),
 };
 
 }  // namespace

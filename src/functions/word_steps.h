@@ -1,9 +1,9 @@
 // What many words do in scan mode.
 #pragma once
 
+#include "core/base_func.h"
 #include "core/call.h"
 #include "core/value.h"
-#include "functions/base_func.h"
 
 namespace quor {
 

@@ -10,8 +10,8 @@
 
 #include "core/call.h"
 #include "core/column_owners.h"
-#include "functions/families.h"
 #include "functions/row_words.h"
+#include "vocabulary/families.h"
 
 namespace quor {
 namespace {
@@ -273,26 +273,22 @@ class TurnWord : public BaseFunc {
   }
 };
 
-class PEAK final : public TurnWord<Turn::peak, Output::value> {
-  using TurnWord::TurnWord;
-};
-class PEAKBARS final : public TurnWord<Turn::peak, Output::distance> {
-  using TurnWord::TurnWord;
-};
-class TROUGH final : public TurnWord<Turn::trough, Output::value> {
-  using TurnWord::TurnWord;
-};
-class TROUGHBARS final : public TurnWord<Turn::trough, Output::distance> {
-  using TurnWord::TurnWord;
-};
+using PEAK = TurnWord<Turn::peak, Output::value>;
+using PEAKBARS = TurnWord<Turn::peak, Output::distance>;
+using TROUGH = TurnWord<Turn::trough, Output::value>;
+using TROUGHBARS = TurnWord<Turn::trough, Output::distance>;
 
 constexpr WordRow words[] = {
-    word_row<ZIG>("ZIG", can_fail),
-    word_row<ZIGZAG>("ZIGZAG", reads_forward | follows_rows),
-    word_row<PEAK>("PEAK", repeatable | reads_forward | follows_rows),
-    word_row<PEAKBARS>("PEAKBARS", repeatable | reads_forward | follows_rows),
-    word_row<TROUGH>("TROUGH", repeatable | reads_forward | follows_rows),
-    word_row<TROUGHBARS>("TROUGHBARS", repeatable | reads_forward | follows_rows),
+    word_row<ZIG>("ZIG", 72, can_fail),
+    word_row<ZIGZAG>("ZIGZAG", 171,
+                     reads_forward | follows_rows | has_result_column | in_full | told_ahead),
+    word_row<PEAK>("PEAK", 167, repeatable | reads_forward | follows_rows | in_full | told_ahead),
+    word_row<PEAKBARS>("PEAKBARS", 168,
+                       repeatable | reads_forward | follows_rows | in_full | told_ahead),
+    word_row<TROUGH>("TROUGH", 169,
+                     repeatable | reads_forward | follows_rows | in_full | told_ahead),
+    word_row<TROUGHBARS>("TROUGHBARS", 170,
+                         repeatable | reads_forward | follows_rows | in_full | told_ahead),
 };
 
 }  // namespace

@@ -5,9 +5,9 @@
 #include "compiler/report.h"
 #include "core/results.h"
 #include "core/status.h"
-#include "functions/registry.h"
 #include "tables/field_table.h"
 #include "text/json.h"
+#include "vocabulary/registry.h"
 
 namespace quor {
 namespace {

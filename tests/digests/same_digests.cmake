@@ -14,6 +14,6 @@ list(REMOVE_ITEM missing ${printed})
 if(others OR missing)
   list(JOIN others "\n  " others)
   list(JOIN missing "\n  " missing)
-  message(FATAL_ERROR "Scripts give other values than on the system that wrote ${EXPECTED}:\n  ${others}\n"
+  message(FATAL_ERROR "This system gives other values than the one that wrote ${EXPECTED}:\n  ${others}\n"
     "instead of\n  ${missing}")
 endif()

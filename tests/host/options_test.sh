@@ -5,9 +5,9 @@
 set -u
 . "$(dirname "$0")/support.sh"
 share=$samples/../host/share
-# A program may be built without these.
+# A program may be built without the studio.
 has() { quor --help | grep -q "^  $1 "; }
-commands="check, run, $(! has chart || echo 'chart, ')scan, $(! has studio || echo 'studio, ')help"
+commands="check, run, chart, scan, $(! has studio || echo 'studio, ')help"
 
 # Numbers for parameters: the option beats the file, and what has no effect is told.
 printf 'date,close\n2024-01-02,1\n2024-01-03,2\n2024-01-04,4\n' >bars.csv
@@ -123,7 +123,7 @@ printf '\276\371\317\337:C;' >gbk.quor
 expect 1 "quor: gbk.quor: $guess" run gbk.quor --bars bars.csv
 same "$(quor run - --bars bars.csv 2>&1 <gbk.quor | grep -v period)" "quor: standard input: $guess" 'quor run -'
 expect 1 "quor: gbk.quor: $guess" check -e 'A:C;' --params gbk.quor
-if has chart; then expect 1 "quor: gbk.quor: $guess" chart gbk.quor --bars bars.csv --out a.svg; fi
+expect 1 "quor: gbk.quor: $guess" chart gbk.quor --bars bars.csv --out a.svg
 if has studio; then
   mkdir page
   echo >page/index.html
@@ -199,7 +199,44 @@ expect 0 "$(quor run -e 'A:C;' --bars bars.csv --last 10 2>/dev/null)" run -e 'A
 expect 2 'quor: --json and --csv don'\''t go together: give one of them
 quor run --help tells more' run mark.quor --bars bars.csv --json --csv
 expect 2 'quor: one argument too many; a text with blanks or signs such as ; and ( stands in quotes
-quor check --help tells more' check mark.quor A:C
+quor run --help tells more' run mark.quor bars.csv A:C
+mkdir -p scripts/inner
+echo 'A:C;' >scripts/a.quor
+echo 'A:EMMA(C,5);B:XX;' >scripts/inner/b.quor
+echo 'C>O;' >warned.quor
+expect 1 "scripts/inner/b.quor:1:3: error: nothing defines EMMA (code 2); did you mean EMA?
+A:EMMA(C,5);B:XX;
+  ^~~~
+scripts/inner/b.quor:1:15: error: nothing defines XX (code 2); declare it above, or as a constant: CONST XX:number;
+A:EMMA(C,5);B:XX;
+              ^~
+warned.quor:1:1: warning: this statement has no effect; write a name and ':=' in front to keep its value, or ':' to draw it
+C>O;
+^~~
+3 scripts: 1 sound, 1 with errors, 1 with warnings" check scripts warned.quor
+expect 2 'quor: --json is for one script' check scripts --json
+mkdir empty
+expect 1 'quor: empty: holds no script (*.quor)' check empty
+same "$(quor -V)" "$(quor --version)" 'quor -V'
+echo 'A:=C;' >short.quor
+same "$(quor run short.quor bars.csv 2>&1)" "$(quor run short.quor --bars bars.csv 2>&1)" 'bars without --bars'
+
+# Files of bars as others write them.
+printf 'date\tAdj Close\thigh\tlow\n2024-01-02\t1.5\t1\t2\n' >tabs.csv
+expect 0 'quor: warning: tabs.csv:2: the high 1 is below the low 2
+quor: warning: tabs.csv:2: the high 1 is below the close 1.5
+quor: warning: tabs.csv:2: the close 1.5 is below the low 2
+date               A
+2024-01-02  1.500000' run -e 'A:=C;' --bars tabs.csv --column 'close=Adj Close'
+expect 1 "quor: tabs.csv:1: the header names no 'close' column; it names date, Adj Close, high, low; 'Adj Close' is near" \
+  run -e 'A:=C;' --bars tabs.csv
+expect 1 'quor: --column close: write FIELD=COLUMN, such as close="Adj Close"' \
+  run -e 'A:=C;' --bars tabs.csv --column close
+expect 1 'quor: --column price=x: no field is called price; fields are date, open, high, low, close, volume, amount' \
+  run -e 'A:=C;' --bars tabs.csv --column price=x
+printf '\037\213\010' >packed.csv.gz
+expect 1 'quor: packed.csv.gz: is packed by gzip; unpack it by gzip -d, or read it from a pipe of gzip -dc' \
+  run -e 'A:=C;' --bars packed.csv.gz
 
 expect 2 'quor: -e: an empty text is no script
 quor run --help tells more' run -e '' --bars bars.csv
@@ -235,6 +272,12 @@ expect 0 "Code 14: the statement has no ';' at its end
 
 What to do
   close it; // may stand only where no statement is under way" help 14
+for topic in fields operators colours signs styles 'short forms' settings statements null references errors; do
+  quor help "$topic" >/dev/null 2>&1 || same 'is unknown' 'a page' "quor help $topic"
+done
+same "$(quor help short forms)" "$(quor help 'short forms')" 'a topic of two words'
+quor help highest | grep -q '^  HHV: ' || same "$(quor help highest)" HHV 'quor help highest'
+quor help rma | grep -q 'SMA(X,N,1)' || same "$(quor help rma)" 'SMA(X,N,1)' 'quor help rma'
 expect 1 "quor: '2005' is neither a function word nor a command; quor help lists them" help 2005
 expect 1 "quor: 'EMMA' is neither a function word nor a command; did you mean EMA?" help EMMA
 expect 1 "quor: 'rnu' is neither a function word nor a command; did you mean run?" help rnu

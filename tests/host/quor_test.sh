@@ -169,7 +169,7 @@ date  A" run -e 'A:MINPRICE*C;' --bars bars.csv --last 0 --extra MINPRICE=1 --co
 
 # texts FILE.svg: the texts of a picture, one in a line.
 texts() {
-  sed -n '/<desc>/,/<\/desc>/p' "$1" | sed '1d;$d'
+  sed -n 's/^<text[^>]*>\(.*\)<\/text>$/\1/p' "$1"
 }
 
 # shows FILE.svg TEXT...: whether each of the texts stands in the picture, as a whole line.
@@ -199,80 +199,85 @@ daily_chart() {
   expect 0 '' chart --bars "$samples/index-daily.csv" "$@"
 }
 
-# Pictures; a program built without the means to draw doesn't offer them.
-if quor --help | grep -q '^  chart '; then
-  expect 0 '' chart --bars bars.csv --out chart.svg \
-    -e "MID:(H+L)/2; DRAWTEXT(C>10,H,'<up>'); DRAWNUMBER(C<10,L,C*2,1,COLORRED);"
-  # A mark at one bar of the two each; the legend with the value of the last bar.
-  shows chart.svg bars Daily 2024-01-03 '&lt;up&gt;' 19.0 'MID 9.00'
+# Pictures.
+# A PNG wants more than an SVG, and a program may be built without it.
+png=
+if ! quor chart -e 'A:C;' --bars bars.csv --out a.png 2>&1 | grep -q 'draws no PNG'; then
+  png=endless.png
+  same "$(head -c 4 a.png | tail -c 3)" PNG 'a picture a.png'
+fi
 
-  # Title, last price, decimals of the prices, large numbers, months; the volume where there's room.
-  daily_chart --out a.svg -e 'MA5:MA(C,5);'
-  shows a.svg index-daily Daily 2020-04-17 2874.56 '+75.01 (+2.68%)' 'MA5 2813.03' 'Volume 5.79B' 8B \
-    2020 Feb
-  daily_chart --out a.svg --no-volume -e 'MA5:MA(C,5);'
-  lacks a.svg Volume
-  daily_chart --out a.svg --period 0x5001 --code IX500 --market TEST \
-    -e 'OBV:SUM(IF(C>REF(C,1),V,IF(C<REF(C,1),-V,0)),0);'
-  shows a.svg 'IX500 · TEST' Weekly 'OBV 1.10T'
-  lacks a.svg Volume
-  # A level has its value on the axis, in the panel of the lines around it, written before or behind.
-  daily_chart --out a.svg --last 5 -e \
-    'WEAK:30;R:SMA(MAX(C-REF(C,1),0),6,1)/SMA(ABS(C-REF(C,1)),6,1)*100;STRONG:70;'
-  shows a.svg 30 70 'R 70.48' 'WEAK 30.00' 'STRONG 70.00'
-  # Signals have their words.
-  daily_chart --out a.svg -e 'C>REF(C,1)*1.03,BK(2);C<REF(C,1)*0.97,SPK;H=HHV(H,60),CLOSEOUT;'
-  shows a.svg 'BK 2' SPK CLOSEOUT
-  quor chart --bars "$samples/night.csv" --period 0x3005 --out a.svg -e 'A:C;'
-  shows a.svg '5 min' '2024-01-09 15:00' 'Jan 9' 21:05 'Volume 541'
+expect 0 '' chart --bars bars.csv --out chart.svg \
+  -e "MID:(H+L)/2; DRAWTEXT(C>10,H,'<up>'); DRAWNUMBER(C<10,L,C*2,1,COLORRED);"
+# A mark at one bar of the two each; the legend with the value of the last bar.
+shows chart.svg bars Daily 2024-01-03 '&lt;up&gt;' 19.0 'MID 9.00'
 
-  expect 0 "$lacks_number" chart --bars bars.csv --out a.svg -e 'A:MINPRICE*C;'
+# Title, last price, decimals of the prices, large numbers, months; the volume where there's room.
+daily_chart --out a.svg -e 'MA5:MA(C,5);'
+shows a.svg index-daily Daily 2020-04-17 2874.56 '+75.01 (+2.68%)' 'MA5 2813.03' 'Volume 5.79B' 8B \
+  2020 Feb
+daily_chart --out a.svg --no-volume -e 'MA5:MA(C,5);'
+lacks a.svg Volume
+daily_chart --out a.svg --period 0x5001 --code IX500 --market TEST \
+  -e 'OBV:SUM(IF(C>REF(C,1),V,IF(C<REF(C,1),-V,0)),0);'
+shows a.svg 'IX500 · TEST' Weekly 'OBV 1.10T'
+lacks a.svg Volume
+# A level has its value on the axis, in the panel of the lines around it, written before or behind.
+daily_chart --out a.svg --last 5 -e \
+  'WEAK:30;R:SMA(MAX(C-REF(C,1),0),6,1)/SMA(ABS(C-REF(C,1)),6,1)*100;STRONG:70;'
+shows a.svg 30 70 'R 70.48' 'WEAK 30.00' 'STRONG 70.00'
+# Signals have their words.
+daily_chart --out a.svg -e 'C>REF(C,1)*1.03,BK(2);C<REF(C,1)*0.97,SPK;H=HHV(H,60),CLOSEOUT;'
+shows a.svg 'BK 2' SPK CLOSEOUT
+quor chart --bars "$samples/night.csv" --period 0x3005 --out a.svg -e 'A:C;'
+shows a.svg '5 min' '2024-01-09 15:00' 'Jan 9' 21:05 'Volume 541'
 
-  # The grounds of both themes, the size.
-  daily_chart --out a.svg --theme dark --size 1600x900 -e 'A:C,COLORBLACK;'
-  grep -q 'width="1600pt" height="900pt"' a.svg || failures=$((failures + 1))
-  grep -q 'rgb(7.4*[0-9]*%,9.0*[0-9]*%,13.3*[0-9]*%)' a.svg || failures=$((failures + 1))
-  expect 2 'quor: --theme: blue not in {light,dark}
+expect 0 "$lacks_number" chart --bars bars.csv --out a.svg -e 'A:MINPRICE*C;'
+
+# The grounds of both themes, the size.
+daily_chart --out a.svg --theme dark --size 1600x900 -e 'A:C,COLORBLACK;'
+grep -q 'width="1600" height="900"' a.svg || failures=$((failures + 1))
+same "$(sed -n 's/^<polygon.*0,900" fill="\(.*\)".*/\1/p' a.svg)" '#131722' 'the dark ground'
+expect 2 'quor: --theme: blue not in {light,dark}
 quor chart --help tells more' chart -e 'A:=1;' --bars bars.csv --out a.svg --theme blue
 
-  # Far more bars than pixels. Processor time, since other work may keep the clock waiting; a build for
-  # the sanitizers takes ten times as long.
-  awk 'BEGIN {
-    print "date,time,open,high,low,close,volume"
-    for (i = 0; i < 200000; ++i) {
-      day = int(i / 480); minute = i % 480; price = 100 + 50 * sin(i / 9000) + 5 * sin(i / 17)
-      printf "%d-%02d-%02d,%02d:%02d,%.2f,%.2f,%.2f,%.2f,%d\n", 2020 + int(day / 336),
-        int(day / 28) % 12 + 1, day % 28 + 1, 9 + int(minute / 60), minute % 60,
-        price, price + 1, price - 1, price + sin(i), 100 + i % 900
-    }
-  }' >long.csv
-  times >times.txt
-  before=$(processor_seconds)
-  expect 0 '' chart --bars long.csv --period 0x3000 --last 200000 --out long.svg \
-    -e 'MA20:MA(C,20); C>O,BK; C<O,SK; DRAWNUMBER(C>O,H,C,2,COLORRED); DRAWLINE(C>O,L,C>O,H,COLORBLUE);'
-  times >times.txt
-  took=$(($(processor_seconds) - before))
-  [ $took -le 20 ] || { echo "200,000 bars took $took s"; failures=$((failures + 1)); }
-  [ "$(wc -c <long.svg)" -lt 30000000 ] || failures=$((failures + 1))
-  shows long.svg '1 min' 2021
-  # Values so large that a step of the axis is lost on them once kept it from ending.
-  expect 0 '' chart -e 'A:10000000000000000+2*(C>9);' --bars bars.csv --out huge.svg
-  # Values, slopes and ratios beyond all bounds.
-  expect 0 '' chart --bars bars.csv --out endless.png -e 'HUGE:C*POW(10,300);ENDLESS:HUGE*HUGE;
-    DRAWSL(1,C,POW(10,300),HUGE,3,COLORRED),DOT;GOLDENLINE(1,C,1,H,POW(10,300));
-    WAVERULER(1,L,1,H,1,C,POW(10,300));DRAWNUMBER(1,ENDLESS,C,2,COLORRED);'
-  expect 1 "quor: the drawing records can't be read, texts and numbers stand in them as the script gives \
+# Far more bars than pixels. Processor time, since other work may keep the clock waiting; a build for
+# the sanitizers takes ten times as long.
+awk 'BEGIN {
+  print "date,time,open,high,low,close,volume"
+  for (i = 0; i < 200000; ++i) {
+    day = int(i / 480); minute = i % 480; price = 100 + 50 * sin(i / 9000) + 5 * sin(i / 17)
+    printf "%d-%02d-%02d,%02d:%02d,%.2f,%.2f,%.2f,%.2f,%d\n", 2020 + int(day / 336),
+      int(day / 28) % 12 + 1, day % 28 + 1, 9 + int(minute / 60), minute % 60,
+      price, price + 1, price - 1, price + sin(i), 100 + i % 900
+  }
+}' >long.csv
+times >times.txt
+before=$(processor_seconds)
+expect 0 '' chart --bars long.csv --period 0x3000 --last 200000 --out long.svg \
+  -e 'MA20:MA(C,20); C>O,BK; C<O,SK; DRAWNUMBER(C>O,H,C,2,COLORRED); DRAWLINE(C>O,L,C>O,H,COLORBLUE);'
+times >times.txt
+took=$(($(processor_seconds) - before))
+[ $took -le 20 ] || { echo "200,000 bars took $took s"; failures=$((failures + 1)); }
+[ "$(wc -c <long.svg)" -lt 30000000 ] || failures=$((failures + 1))
+shows long.svg '1 min' 2021
+# Values so large that a step of the axis is lost on them once kept it from ending.
+expect 0 '' chart -e 'A:10000000000000000+2*(C>9);' --bars bars.csv --out huge.svg
+# Values, slopes and ratios beyond all bounds.
+for picture in endless.svg $png; do
+  expect 0 '' chart --bars bars.csv --out $picture -e 'HUGE:C*POW(10,300);ENDLESS:HUGE*HUGE;
+  DRAWSL(1,C,POW(10,300),HUGE,3,COLORRED),DOT;GOLDENLINE(1,C,1,H,POW(10,300));
+  WAVERULER(1,L,1,H,1,C,POW(10,300));DRAWNUMBER(1,ENDLESS,C,2,COLORRED);'
+done
+same "$(grep -c 'nan\|inf' endless.svg)" 0 'numbers without bounds in a picture'
+expect 1 "quor: the drawing records can't be read, texts and numbers stand in them as the script gives \
 them: A string is opened, but never closed." chart -e "DRAWTEXT(1,C,'\\');" --bars bars.csv --out chart.svg
-  ln -s /dev/full full.svg
-  expect 1 "quor: full.svg: can't be written" chart -e 'A:=1;' --bars bars.csv --out full.svg
-  expect 2 'quor: --size: Value 10 not in range 200 to 8000
+ln -s /dev/full full.svg
+expect 1 "quor: full.svg: can't be written" chart -e 'A:=1;' --bars bars.csv --out full.svg
+expect 2 'quor: --size: Value 10 not in range 200 to 8000
 quor chart --help tells more' chart -e 'A:=1;' --bars bars.csv --out chart.svg --size 10x800
-  expect 1 'quor: --out chart.gif: neither .svg nor .png' \
-    chart -e 'A:=1;' --bars bars.csv --out chart.gif
-else
-  studio=$(! quor --help | grep -q '^  studio ' || echo 'studio, ')
-  expect 2 "quor: 'chart' is no command; write one of check, run, scan, ${studio}help" chart
-fi
+expect 1 'quor: --out chart.gif: neither .svg nor .png' \
+  chart -e 'A:=1;' --bars bars.csv --out chart.gif
 
 for script in "$samples"/*.quor; do
   quor run "$script" --bars "$samples/index-daily.csv" --last 1 >/dev/null || failures=1

@@ -10,7 +10,7 @@ def test_the_examples_run(monkeypatch, capsys):
     monkeypatch.chdir(ROOT)
     text = (ROOT / "python" / "README.md").read_text(encoding="utf-8")
     examples = re.findall(r"```python\n(.*?)```", text, re.S)
-    assert len(examples) == 6
+    assert len(examples) == 11
     session = {}
     for example in examples:
         exec(compile(example, "README.md", "exec"), session)

@@ -14,7 +14,7 @@ from conftest import bars_of_worker, made_up
 import quor
 from quor import scanning
 
-SCRIPT = quor.compile("M:MA(C,5);BUY:CROSS(C,M);S:=FILTER(BUY,3);")
+SCRIPT = quor.compile("M:MA(C,5);BUY:CROSS(C,M);S:FILTER(BUY,3);")
 FRAMES = {f"S{seed:02}": made_up(seed, 60 + seed) for seed in range(30)}
 
 
@@ -168,7 +168,7 @@ def test_a_file_is_read_by_the_names_of_its_columns(tmp_path):
     with pytest.raises(ValueError, match="names no 'first price' column"):
         quor.read_csv(path, {"time": "Day", "close": "first price"})
     path.write_text("date,close,600000|11\n2024-01-02,1,5\n2024-01-02,2,6\n")
-    script = quor.compile('A:C;B:="600000$CLOSE";')
+    script = quor.compile('A:C;B:"600000$CLOSE";')
     assert quor.scan(script, {"x": path}, duplicates="last").to_numpy().tolist() == [[2.0, 6.0]]
     assert quor.read_csv(path, duplicates="last")["close"].tolist() == [1, 2]
 
@@ -185,7 +185,7 @@ def test_what_can_not_be_scanned_is_said_at_once():
         quor.scan(SCRIPT, FRAMES, where="Z>1")
     with pytest.raises(ValueError, match="plain expression"):
         quor.scan(SCRIPT, FRAMES, where="1;X:=2")
-    for last in (0, -3, 2.5, "1", None):
+    for last in (0, -3, 2.5, "1", True):
         with pytest.raises(ValueError, match="last must be a whole number"):
             quor.scan(SCRIPT, FRAMES, last=last)
     with pytest.raises(ValueError, match="'closed' is the name of no field"):
@@ -193,10 +193,15 @@ def test_what_can_not_be_scanned_is_said_at_once():
     for where in ("", " ", "\n", 5):
         with pytest.raises(ValueError, match="where must be"):
             quor.scan(SCRIPT, FRAMES, where=where)
-    with pytest.raises(ValueError, match="frame.groupby"):
+    with pytest.raises(ValueError, match='by="..." names the column.*frame.groupby'):
         quor.scan(SCRIPT, FRAMES["S00"])
-    with pytest.raises(ValueError, match="pairs of a name and bars, and 'ab' is none"):
-        quor.scan(SCRIPT, ["ab"])
+    with pytest.raises(TypeError, match="the script comes first"):
+        quor.scan(FRAMES["S00"], SCRIPT)
+    for jobs in (0, 1.5):
+        with pytest.raises(ValueError, match="jobs must be a whole number"):
+            quor.scan(SCRIPT, FRAMES, jobs=jobs)
+    with pytest.raises(ValueError, match="pairs of a name and bars, and 5 is none"):
+        quor.scan(SCRIPT, [5])
 
 
 @pytest.mark.parametrize("jobs", [1, 3])
@@ -326,11 +331,11 @@ def test_a_cluster_of_two_processes_of_which_one_dies(tmp_path):
 
 
 def test_a_sweep_is_one_run_for_each_combination(frame):
-    result = quor.sweep("A:MA(C,N)*M;B:=REF(C,N);", frame, N=range(2, 6), M=[1, 0.5], jobs=2)
+    result = quor.sweep("A:MA(C,N)*M;B:REF(C,N);", frame, N=range(2, 6), M=[1, 0.5], jobs=2)
     assert result.columns.names == ["N", "M", "line"] and result.shape == (len(frame), 16)
     for n in range(2, 6):
         for m in (1, 0.5):
-            single = quor.compile("A:MA(C,N)*M;B:=REF(C,N);", N=n, M=m).run(frame)
+            single = quor.compile("A:MA(C,N)*M;B:REF(C,N);", N=n, M=m).run(frame)
             some = result.xs((n, m), axis=1)
             pd.testing.assert_frame_equal(some, single, check_names=False, check_exact=True)
     shuffled = frame.sample(frac=1, random_state=2)

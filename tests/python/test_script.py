@@ -1,9 +1,14 @@
 """One script over one frame: values, times, names of columns, errors, events, live bars."""
 
 import datetime
+import json
+import os
 import pickle
 import re
+import signal
+import sys
 import threading
+import time
 import warnings
 
 import exports
@@ -13,8 +18,9 @@ import pytest
 from conftest import SAMPLES, made_up
 
 import quor
+from quor import interrupts
 
-AVERAGE = quor.compile("A:MA(C,2);B:=V+H;")
+AVERAGE = quor.compile("A:MA(C,2);B:V+H;")
 
 
 def same_bits(a, b):
@@ -36,7 +42,7 @@ def test_samples_give_the_bits_of_the_exports(path, index_daily):
 
 def test_a_script_describes_itself():
     script = quor.compile("a:MA(C,N),COLORRED,LINETHICK2;hid:=C;", N=9)
-    assert script.lines == ["A", "HID"]
+    assert script.lines == ["A"] and [line.name for line in script.line_details] == ["A", "HID"]
     assert script.fields == ["close"]
     assert script.look_back == 9
     assert script.report["words"] == ["MA", "POLYLINE"]
@@ -53,11 +59,11 @@ def test_findings_name_what_the_package_has_not():
 
     assert told("A:C;\nB:C/MINPRICE+UNIT;") == [
         f"2:{column}: warning: there is no number for {word}, so it is null on every bar; "
-        "write the number, or a parameter, in its place"
+        "give it with constants="
         for column, word in ((5, "MINPRICE"), (14, "UNIT"))]
     assert told("A:DATE;", period=0x3005) == [
         "1:3: warning: there is no trading calendar, so DATE gives each bar the date on its clock, "
-        "not its trading day; the package has none"]
+        "not its trading day; give it with calendar="]
     assert told("A:DATE;") == [] and told("A:TIME;", period=0x3005) == []
 
 
@@ -183,8 +189,8 @@ def test_bars_of_a_day_that_are_none_are_a_finding(frame):
         script.run(frame)
         quor.compile("A:TIME;", period=0x3001).run(minutes)
         AVERAGE.run(minutes)
-    for period in (5, "day", 0x4000 + 0.0, True):
-        with pytest.raises(ValueError, match="period is a code"):
+    for period in (5, "dya", 0x4000 + 0.0, True):
+        with pytest.raises(ValueError, match="period is a name"):
             quor.compile("A:C;", period=period)
 
 
@@ -227,11 +233,11 @@ def test_repeated_times_are_refused_unless_the_last_bar_shall_count(frame):
     assert same_bits(swept[2, "A"].iloc[1:], AVERAGE.run(frame)["A"])
 
 
-def test_a_long_frame_gives_one_security_at_a_time(frame):
+def test_one_security_of_a_long_frame_is_a_frame_as_others(frame):
     frames = {"A": frame, "B": frame.set_axis(frame.index + pd.Timedelta("1h")) * 2}
     long = pd.concat(frames, names=["code", "date"])
     with pytest.raises(ValueError, match="level 'code' of the index has several values.*groupby"):
-        AVERAGE.run(long)
+        AVERAGE.live(long)
     one = long.loc[["B"]]
     assert AVERAGE.run(one).index is one.index
     assert same_bits(AVERAGE.run(one), AVERAGE.run(frames["B"]))
@@ -288,7 +294,7 @@ def test_bad_frames_are_refused_and_leave_the_script_sound(frame, change, text):
 
 
 def test_data_of_other_securities_comes_by_its_own_name(frame):
-    script = quor.compile('A:C;B:="600000$CLOSE";')
+    script = quor.compile('A:C;B:"600000$CLOSE";')
     assert script.fields == ["close", "600000|11"]
     with pytest.raises(ValueError, match=r"reads '600000\|11'"):
         script.run(frame)
@@ -313,9 +319,8 @@ def test_a_failing_run_raises_and_the_next_one_is_sound(frame):
 
 
 @pytest.mark.parametrize("value", [
-    float("nan"), float("inf"), "many", None, pd.NA, [1], 10**400, 2**53 + 1,
-    0.1234567, 1 / 3, 1e-7, 0.1 + 0.2, 123456789.1234567])
-def test_parameters_are_numbers_that_keep_all_digits(value, frame):
+    float("nan"), float("inf"), "many", None, pd.NA, [1], 10**400, 2**53 + 1])
+def test_parameters_are_finite_numbers(value, frame):
     for use in (lambda: quor.compile("A:MA(C,N);", N=value),
                 lambda: quor.compile("A:MA(C,N);", parameters={"n": value}),
                 lambda: quor.sweep("A:MA(C,N);", frame, N=[2, value])):
@@ -324,9 +329,16 @@ def test_parameters_are_numbers_that_keep_all_digits(value, frame):
 
 
 @pytest.mark.parametrize("value", [
-    0, -7, 0.123456, -0.000001, 123456789.123456, 2**53, 1e22, np.int64(3), np.float32(0.5)])
+    0, -7, 0.123456, -0.000001, 123456789.123456, 2**53, 1e22, np.int64(3), np.float32(0.5),
+    0.1234567, 1 / 3, -1 / 3, 1e-7, -1e-9, 0.1 + 0.2, 123456789.1234567, 1e-300, np.pi])
 def test_parameters_reach_the_script_with_all_digits(value, frame):
-    assert quor.compile("A:N;", N=value).run(frame)["A"].eq(float(value)).all()
+    source = "{N}B:1;//N\nA:N+0*n;M:IFF(C>N,1,0),NOTEXT;DRAWTEXT(C>O,C,'N');"
+    script = quor.compile(source, N=value)
+    assert script.source == source and script.parameters == {"N": float(value)}
+    assert script.lines == ["B", "A", "M"]
+    assert script.run(frame)["A"].eq(float(value)).all()
+    assert quor.sweep(source, frame, N=[value, 2], lines="a")[value, "A"].eq(float(value)).all()
+    assert script.shapes[-1]["Text"] == "N"
 
 
 @pytest.mark.parametrize("source, name, place, text", [
@@ -355,6 +367,184 @@ def test_a_parameter_is_given_once_by_its_name_in_capitals(frame):
     assert quor.sweep(quor.compile("A:N*M;", N=1, M=2), frame, n=[3])[3, "A"].eq(6).all()
 
 
+def test_parameters_have_defaults_that_may_be_overridden(frame):
+    source = "{CONST Q:1;} const M:-1.5 ; CONST  N:20;\nA:MA(C,N)*M;\nDRAWTEXT(C>0,C,'CONST N:3;');"
+    script = quor.compile(source)
+    assert script.parameters == {"M": -1.5, "N": 20}
+    with pytest.raises(quor.ParameterError, match="the script's own CONST N stands"):
+        quor.compile(source, N=5)
+    changed = quor.compile(source, n=5, override=True)
+    assert changed.parameters == {"M": -1.5, "N": 5}
+    wanted = quor.compile("A:MA(C,5)*0-MA(C,5)*1.5;").run(frame)["A"]
+    assert np.allclose(changed.run(frame)["A"], wanted, equal_nan=True)
+    swept = quor.sweep(source, frame, N=[5, 20], override=True, lines="A")
+    assert same_bits(swept[5, "A"], changed.run(frame)["A"])
+    assert same_bits(swept[20, "A"], script.run(frame)["A"])
+    assert same_bits(quor.sweep(script, frame, parameters={"N": [5]}, override=True)[5, "A"],
+                     swept[5, "A"])
+    with pytest.raises(quor.ScriptError) as caught:
+        quor.compile("CONST N:20;\nA:MA(C,N)+EMMA(C,2);", N=5, override=True)
+    assert (caught.value.line, caught.value.column) == (2, 11)
+    assert quor.compile("A:C*N;", N=2).parameters == {"N": 2}
+
+
+def test_lines_that_only_help_come_on_request(frame):
+    script = quor.compile("G:=C*2;A:G+1;K:=A;")
+    assert list(script.run(frame)) == ["A"]
+    assert list(script.run(frame, lines="all")) == ["G", "A", "K"]
+    assert list(script.run(frame, lines=["k", "g"])) == ["K", "G"]
+    assert list(script.live(frame).last) == ["A"]
+    assert list(quor.scan(script, {"x": frame}, where="K>0", lines="G")) == ["G"]
+    assert quor.sweep("G:=C*N;A:G;", frame, N=[1, 2], lines="all").shape == (120, 4)
+    assert quor.compile("G:=C;").lines == ["G"]
+    for lines in ("Z", ["A", "Z"]):
+        with pytest.raises(ValueError, match="no line 'Z'; it has G, A, K"):
+            script.run(frame, lines=lines)
+
+
+def test_scripts_of_one_meaning_are_equal():
+    script = quor.compile("A:MA(C,N);", N=5)
+    assert script == quor.compile("A:MA(C,N);", N=5) == pickle.loads(pickle.dumps(script))
+    assert hash(script) == hash(quor.compile("A:MA(C,N);", N=5))
+    for other in (quor.compile("A:MA(C,N);", N=6), quor.compile("A:MA(C,N);", N=5, period="week"),
+                  quor.compile("A:MA(C,5);"), "A:MA(C,N);"):
+        assert script != other
+
+
+@pytest.mark.parametrize("source, text", [
+    (None, "a script is a text, and not None"), (SAMPLES / "kdj.quor", "read the file first"),
+    (b"A:C;", "and not bytes")])
+def test_what_is_no_script_is_refused(source, text, frame):
+    for use in (quor.compile, lambda source: quor.scan(source, {"x": frame}),
+                lambda source: quor.sweep(source, frame, N=[1])):
+        with pytest.raises(TypeError, match=text.partition(";")[0].replace("read the", ".*")):
+            use(source)
+    with pytest.raises(TypeError, match="script comes first"):
+        quor.sweep(frame, "A:C*N;", N=[1])
+
+
+def test_live_bars_travel(frame):
+    script = quor.compile("A:EMA(C,5);CROSS(C,A),BK(1);")
+    for bars in (frame, frame.tz_localize("Asia/Tokyo")):
+        live = script.live(bars.head(100))
+        again = pickle.loads(pickle.dumps(live))
+        assert len(again) == 100 and again.last == live.last
+        for moment, bar in bars.tail(20).iterrows():
+            assert again.update(moment, close=bar["close"]) == live.update(
+                moment, close=bar["close"])
+        assert same_bits(again.values(), live.values())
+        assert again.values().index.equals(live.values().index)
+        assert again.events.equals(live.events)
+
+
+def test_bars_that_need_a_second_look_are_as_good_as_others(frame):
+    script = quor.compile("A:C+O;")
+    times = ["2030-01-01", datetime.datetime(2030, 1, 1, 9, 35), pd.Timestamp("2030-01-02"),
+             np.datetime64("2030-01-03"), 20300104, "20300105 0935", "2030-01-06 09:35",
+             datetime.date(2030, 1, 7), pd.Timestamp("2030-01-08 09:35:07.5"), "2030/01/09"]
+    values = [1, 1.5, np.float64(2), np.float32(2.5), True, np.int64(3), 4, 5.0, 6, 7]
+    live = script.live()
+    for moment, value in zip(times, values):
+        assert live.update(moment, close=value, open=1) == {"A": float(value) + 1}
+    live.update(times[-1], open=1, close=8)
+    live.update(times[-1], C=9, O=1)
+    whole = live.values()
+    assert whole["A"].tolist() == [2.0, 2.5, 3.0, 3.5, 2.0, 4.0, 5.0, 6.0, 7.0, 10.0]
+    assert list(whole.index) == [pd.Timestamp(time) for time in (
+        "2030-01-01", "2030-01-01 09:35", "2030-01-02", "2030-01-03", "2030-01-04",
+        "2030-01-05 09:35", "2030-01-06 09:35", "2030-01-07", "2030-01-08 09:35:07", "2030-01-09")]
+    with pytest.raises(ValueError, match="no time"):
+        live.update(pd.NaT, close=1, open=1)
+    with pytest.raises(ValueError, match="reads 'open'"):
+        live.update(times[-1], close=1)
+    with pytest.warns(quor.BarsWarning, match="infinite"):
+        live.update("2030-02-01", close=np.inf, open=1)
+
+
+def test_an_interrupt_ends_a_long_run_and_leaves_the_script_sound(frame, monkeypatch):
+    def interrupted_after(seconds):
+        threading.Timer(seconds, os.kill, (os.getpid(), signal.SIGINT)).start()
+
+    started = time.monotonic()
+    interrupted_after(0.1)
+    with pytest.raises(KeyboardInterrupt):
+        interrupts.interruptible(lambda: time.sleep(20), 10**6)
+    assert time.monotonic() - started < 10
+    wanted = AVERAGE.run(frame)
+    monkeypatch.setattr(interrupts, "_LONG", 1)
+    assert same_bits(AVERAGE.run(frame), wanted)
+    with pytest.raises(ValueError, match="have one time"):
+        AVERAGE.run(pd.concat([frame, frame]))
+
+    class Slow:
+        def __init__(self, engine):
+            self.engine = engine
+
+        def run(self, *bars):
+            time.sleep(1)
+            return self.engine.run(*bars)
+
+        def __getattr__(self, name):
+            return getattr(self.engine, name)
+
+    script = quor.compile(AVERAGE.source)
+    script._idle[0] = Slow(script._idle[0])
+    interrupted_after(0.1)
+    with pytest.raises(KeyboardInterrupt):
+        script.run(frame * 2)
+    assert script._idle == []
+    assert same_bits(script.run(frame), wanted)
+
+
+def test_the_memory_of_many_bars_is_given_back(frame):
+    script = quor.compile("A:MA(C,2);")
+    many = {"time": np.arange("1970-01-01", 70000, dtype="M8[m]").astype("M8[s]"),
+            "close": np.ones(70000)}
+    script.run(many, out="numpy")
+    assert script._idle == []
+    script.run(many, out="numpy", keep=True)
+    assert [engine.row_count() for engine in script._idle] == [70000]
+    assert same_bits(script.run(frame), quor.compile("A:MA(C,2);").run(frame))
+
+
+def test_a_notebook_shows_the_source_with_its_findings():
+    text = quor.compile("A:MA(C,N),LINETHIK2;\nB:C<5;", N=5)._repr_html_()
+    assert "LINETHIK" in text and "warning" in text and "wavy" in text
+    assert "C&lt;5" in text and "<b>parameters</b> N=5" in text and "<b>fields</b> close" in text
+    assert quor.__version__.count(".") == 2
+
+
+def test_a_plot_asks_the_program_for_its_chart(frame, tmp_path, monkeypatch):
+    program = tmp_path / "quor"
+    program.write_text(f"""#!{sys.executable}
+import json, pathlib, sys
+words = sys.argv[1:]
+bars = pathlib.Path(words[words.index("--bars") + 1]).read_text()
+texts = [words, pathlib.Path(words[1]).read_text(), bars]
+pathlib.Path(words[words.index("--out") + 1]).write_text("<svg>" + json.dumps(texts) + "</svg>")
+""")
+    program.chmod(0o755)
+    monkeypatch.setenv("QUOR_PROGRAM", str(program))
+    script = quor.compile("A:MA(C,N);", N=5, code="600000", period="week")
+    chart = script.plot(frame, last=30, theme="dark", size=(640, 480), volume=False)
+    words, source, bars = json.loads(str(chart)[5:-6])
+    assert source == script.source and words[0] == "chart" and words[-1] == "--no-volume"
+    options = dict(zip(words[2:-1:2], words[3:-1:2]))
+    assert options["--set"] == "N=5.000000" and options["--code"] == "600000"
+    assert (options["--period"], options["--size"]) == ("0x5000", "640x480")
+    (tmp_path / "bars.csv").write_text(bars)
+    pd.testing.assert_frame_equal(quor.read_csv(tmp_path / "bars.csv"), frame.astype(float),
+                                  check_freq=False)
+    chart.save(tmp_path / "chart.svg")
+    assert (tmp_path / "chart.svg").read_text() == str(chart) == chart._repr_svg_()
+    program.write_text("#!/bin/sh\necho no font >&2; exit 1\n")
+    with pytest.raises(RuntimeError, match="could not be drawn: no font"):
+        script.plot(frame)
+    monkeypatch.setenv("QUOR_PROGRAM", str(tmp_path / "nowhere"))
+    with pytest.raises(RuntimeError, match="isn't in PATH"):
+        script.plot(frame)
+
+
 def test_events_are_values(frame):
     script = quor.compile("A:C;CROSS(C,101),NOTICE('up');C<95,SP;C<90,BK(3);")
     shuffled = frame.tz_localize("Asia/Tokyo").sample(frac=1, random_state=1)
@@ -372,9 +562,9 @@ def test_events_are_values(frame):
 def test_live_bars_give_what_a_whole_run_gives(frame):
     script = quor.compile("A:EMA(C,5);CROSS(C,A),BK(1);")
     live = script.live(frame.head(100))
-    for time, bar in frame.tail(20).iterrows():
-        live.update(time, close=bar["close"] + 3)
-        assert live.update(time, close=bar["close"]) == live.last
+    for moment, bar in frame.tail(20).iterrows():
+        live.update(moment, close=bar["close"] + 3)
+        assert live.update(moment, close=bar["close"]) == live.last
     whole = script.run(frame)
     assert len(live) == len(frame)
     assert same_bits(live.values(), whole) and live.values(3).index.equals(whole.index[-3:])
@@ -391,10 +581,10 @@ def test_live_bars_must_be_whole_and_have_a_time(frame):
     assert live.update(pd.Timestamp("2030-01-01", tz="UTC"), close=1, open=2) == {"A": 3.0}
     assert live.values(1).index[0] == pd.Timestamp("2030-01-01 09:00", tz="Asia/Tokyo")
     assert np.isnan(live.update("2030-01-01 00:00Z", close=None, open=2)["A"]) and len(live) == 121
-    for time, text in (("01/02/2030", "is no date"), (20300102.0, "for a time"), (5, "integers"),
-                       ([1], "isn't one value"), ("2030-02-30", "is no date")):
+    for moment, text in (("01/02/2030", "is no date"), (20300102.0, "for a time"),
+                         (5, "integers"), ([1], "isn't one value"), ("2030-02-30", "is no date")):
         with pytest.raises(ValueError, match=text):
-            live.update(time, close=1, open=2)
+            live.update(moment, close=1, open=2)
     for value in ("5", [1, 2], [[1]]):
         with pytest.raises(ValueError, match="column 'close'"):
             live.update("2030-01-02", close=value, open=2)
@@ -432,7 +622,7 @@ def test_a_run_remembers_nothing_of_the_one_before(frame, source):
 
 
 def test_one_script_serves_many_threads(frame):
-    script = quor.compile("A:MA(C,5);B:=FILTER(C>100,3);")
+    script = quor.compile("A:MA(C,5);B:FILTER(C>100,3);")
     frames = [made_up(seed) for seed in range(8)]
     expected = [quor.compile(script.source).run(one) for one in frames]
     faults = []

@@ -110,14 +110,16 @@ TEST_F(HostileTest, scripts_are_saved_in_their_folder_alone) {
   };
   Folder outside;
   outside.write("other.quor", "A:H;");
-  fs::create_symlink(outside.path("other.quor"), folder.path("link.quor"));
   fs::create_directory(folder.path("folder.quor"));
-  for (const std::string& name :
-       {std::string("..%2Fx.quor"), std::string("%2Ftmp%2Fx.quor"), std::string("..%5Cx.quor"),
-        std::string(".quor"), std::string(".x.quor"), std::string("x.txt"), std::string("a.csv"),
-        std::string("x"), std::string("x%00.quor"), std::string("x%0A.quor"),
-        std::string(101, 'x') + ".quor", std::string("C:x.quor"), std::string("link.quor"),
-        std::string("folder.quor")}) {
+  std::vector<std::string> names{"..%2Fx.quor", "%2Ftmp%2Fx.quor", "..%5Cx.quor", ".quor",
+                                 ".x.quor",     "x.txt",           "a.csv",       "x",
+                                 "x%00.quor",   "x%0A.quor",       "C:x.quor",    "folder.quor"};
+  names.push_back(std::string(101, 'x') + ".quor");
+#ifndef _WIN32  // where nobody but an administrator makes links
+  fs::create_symlink(outside.path("other.quor"), folder.path("link.quor"));
+  names.emplace_back("link.quor");
+#endif
+  for (const std::string& name : names) {
     const int status = save(name, true);
     EXPECT_TRUE(status == 400 || status == 404 || status == 409) << name << ": " << status;
     EXPECT_NE(studio->get("/api/scripts/" + name).status, 200) << name;
@@ -131,7 +133,10 @@ TEST_F(HostileTest, scripts_are_saved_in_their_folder_alone) {
   EXPECT_EQ(save("new%20one.quor", false), 201);
   EXPECT_EQ(studio->get("/api/scripts/new%20one.quor").json()["text"], "B:O;");
   EXPECT_EQ(studio->get("/api/start").json()["scripts"], Json({"mine.quor", "new one.quor"}));
-  EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()), 5);
+  for (const char* const name : {"a.csv", "mine.quor", "new one.quor", "folder.quor", "link.quor"}) {
+    fs::remove(folder.path(name));
+  }
+  EXPECT_TRUE(fs::is_empty(folder.path()));
   // Saved anew, a script in another encoding would be spoilt.
   folder.write("other.quor", "{\xBE\xF9\xCF\xDF}A:C;");
   const Reply other = studio->get("/api/scripts/other.quor");

@@ -1,15 +1,9 @@
 #include "studio.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <httplib.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
-#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -18,37 +12,11 @@
 
 namespace {
 
-/// Starts the program with its output on a pipe.
-struct Process {
-  pid_t id = 0;
-  FILE* output = nullptr;
-};
-
-Process start_quor(std::vector<std::string> arguments) {
-  arguments.insert(arguments.begin(), QUOR_PROGRAM);
-  std::vector<char*> pointers;
-  for (std::string& argument : arguments) pointers.push_back(argument.data());
-  pointers.push_back(nullptr);
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) return {};
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, ends[1], STDERR_FILENO);
-  Process process;
-  const int error =
-      posix_spawn(&process.id, QUOR_PROGRAM, &actions, nullptr, pointers.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  close(ends[1]);
-  process.output = fdopen(ends[0], "r");
-  EXPECT_EQ(error, 0);
-  return process;
-}
-
-int wait_for(pid_t process) {
-  int status = -1;
-  waitpid(process, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+/// The program, run by an emulator where it is for another system.
+std::vector<std::string> command_of(const std::vector<std::string>& arguments) {
+  std::vector<std::string> command{QUOR_COMMAND};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  return command;
 }
 
 Reply reply_of(const httplib::Result& result) {
@@ -61,6 +29,7 @@ Reply reply_of(const httplib::Result& result) {
 httplib::Client client_of(int port) {
   httplib::Client client("127.0.0.1", port);
   client.set_read_timeout(120);
+  client.set_write_timeout(120);
   return client;
 }
 
@@ -75,8 +44,9 @@ Json Reply::json() const {
 }
 
 Folder::Folder() {
-  std::string name = std::filesystem::temp_directory_path() / "quor_studio_XXXXXX";
-  path_ = mkdtemp(name.data());
+  std::random_device system;
+  path_ = std::filesystem::temp_directory_path() / ("quor_studio_" + std::to_string(system()));
+  EXPECT_TRUE(std::filesystem::create_directory(path_));
 }
 
 Folder::~Folder() { std::filesystem::remove_all(path_); }
@@ -90,14 +60,13 @@ std::string Folder::read(const std::string& name) const {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-Outcome run_quor(std::vector<std::string> arguments) {
-  const Process process = start_quor(std::move(arguments));
+Outcome run_quor(const std::vector<std::string>& arguments) {
+  const Process process(command_of(arguments));
   Outcome outcome;
-  for (int c = fgetc(process.output); c != EOF; c = fgetc(process.output)) {
+  for (int c = fgetc(process.output()); c != EOF; c = fgetc(process.output())) {
     outcome.output += static_cast<char>(c);
   }
-  fclose(process.output);
-  outcome.status = wait_for(process.id);
+  outcome.status = process.wait();
   return outcome;
 }
 
@@ -110,13 +79,11 @@ Studio::Studio(std::vector<std::string> arguments) {
     arguments.push_back(argument);
   }
   std::rotate(arguments.begin(), arguments.end() - 4, arguments.end());
-  const Process process = start_quor(std::move(arguments));
-  process_ = process.id;
-  output_ = process.output;
+  process_ = std::make_unique<Process>(command_of(arguments));
   const std::regex link("http://127\\.0\\.0\\.1:(\\d+)/\\?token=([0-9a-f]+)");
   std::string text;
   std::smatch parts;
-  for (char line[300]; fgets(line, sizeof line, process.output) != nullptr;) {
+  for (char line[300]; fgets(line, sizeof line, process_->output()) != nullptr;) {
     text += line;
     if (std::regex_search(text, parts, link)) break;
   }
@@ -129,9 +96,8 @@ Studio::Studio(std::vector<std::string> arguments) {
 }
 
 Studio::~Studio() {
-  kill(process_, SIGINT);
-  EXPECT_EQ(wait_for(process_), 0);
-  fclose(output_);
+  process_->interrupt();
+  EXPECT_EQ(process_->wait(), 0);
 }
 
 void Studio::enter() {

@@ -1,14 +1,14 @@
 // A studio in a process of its own, and the page's side of it.
 #pragma once
 
-#include <sys/types.h>
-
-#include <cstdio>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
+
+#include "process.h"
 
 using Json = nlohmann::json;
 
@@ -44,7 +44,7 @@ struct Outcome {
   int status = -1;
   std::string output;  ///< both streams
 };
-Outcome run_quor(std::vector<std::string> arguments);
+Outcome run_quor(const std::vector<std::string>& arguments);
 
 class Studio {
  public:
@@ -74,8 +74,7 @@ class Studio {
   Headers with_cookie(Headers headers) const;
 
   Folder page_;
-  pid_t process_ = 0;
-  FILE* output_ = nullptr;  ///< open as long as the program may print
+  std::unique_ptr<Process> process_;
   int port_ = 0;
   std::string token_;
   std::string cookie_;

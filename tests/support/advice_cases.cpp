@@ -89,8 +89,10 @@ std::vector<int64_t> keys_of(const AdviceCase& advice_case) {
   std::vector<int64_t> keys;
   for (size_t i = 0; i < advice_case.bars; ++i) {
     const auto number = static_cast<int64_t>(i);
-    keys.push_back(advice_case.is_hourly ? 20240101090000 + number * 10000
-                                         : 20240101000000 + number * 1000000);
+    // Eight hours a day, months of 28 days.
+    const int64_t day = advice_case.is_hourly ? number / 8 : number;
+    const int64_t date = 20240101 + day / 28 * 100 + day % 28;
+    keys.push_back(date * 1000000 + (advice_case.is_hourly ? 90000 + number % 8 * 10000 : 0));
   }
   return keys;
 }
@@ -154,6 +156,11 @@ std::vector<quor_advice::Finding> findings_of(const AdviceCase& advice_case) {
   input.report = report;
   input.period = static_cast<int32_t>(advice_case.period);
   input.supply = advice_case.supply;
+  input.compile = [&advice_case](std::string_view script) {
+    TestHost other;
+    other.set_info(advice_case.period, "600000", "TEST");
+    return report_of(other, script, advice_case.parameters);
+  };
   if (advice_case.bars > 0) {
     input.run.emplace();
     input.run->keys = keys_of(advice_case);

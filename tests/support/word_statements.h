@@ -6,22 +6,22 @@
 #include <vector>
 
 #include "support/word_calls.h"
-#include "tables/function_sets.h"
+#include "vocabulary/function_sets.h"
 
 namespace quor_test {
 
 /// The call of a word; `arguments` don't count for words that take none.
 inline std::string call_of(std::string_view word, std::string_view arguments) {
   const std::string text(word);
-  return quor::BareFunctionSet.contains(word) ? text : text + "(" + std::string(arguments) + ")";
+  return quor::BareFunctionSet().contains(word) ? text : text + "(" + std::string(arguments) + ")";
 }
 
 /// What draws or acts stands alone, any other word gives its value to A.
 inline std::string statement_of(std::string_view word, std::string_view arguments) {
-  if (quor::TradeSignalSet.contains(word)) return "C>O," + std::string(word) + ";";
+  if (quor::TradeSignalSet().contains(word)) return "C>O," + std::string(word) + ";";
   if (word == "NOTICE") return "C>O,NOTICE('name');";
   // SOUND with nothing in front of it is a short form without its condition.
-  const bool stands_alone = quor::OutputFunctionSet.contains(word) && word != "SOUND";
+  const bool stands_alone = quor::OutputFunctionSet().contains(word) && word != "SOUND";
   return (stands_alone ? "" : "A:=") + call_of(word, arguments) + ";";
 }
 

@@ -1,0 +1,197 @@
+#include "topic_help.h"
+
+#include <algorithm>
+#include <array>
+
+#include "elsewhere.h"
+#include "letters.h"
+#include "word_help.h"
+
+namespace quor_advice {
+namespace {
+
+constexpr TopicLine fields[] = {
+    {"OPEN O, HIGH H, LOW L, CLOSE C", "the prices of the bar"},
+    {"VOL V, AMOUNT", "volume and turnover"},
+    {"OPI", "open interest; on stock markets it reads AMOUNT"},
+    {"AVPRICE, SETTLE", "average price and settlement, where the bars have them"},
+    {"VIX VOLATILITY IMPLIEDVOLATILITY DELTA GAMMA VEGA THETA RHO TLR LR PR TP TV INV",
+     "figures of options, where the host has them"},
+    {"REF(C,1)", "a field of an earlier bar; fields take no arguments"},
+};
+
+constexpr TopicLine operators[] = {
+    {"( )", "binds tightest, then a sign as in -X"},
+    {"/", "quotient; 0 where the divisor is 0. It binds tighter than *"},
+    {"*", "product"},
+    {"%", "remainder of two numbers cut to integers"},
+    {"+ -", "sum, difference"},
+    {"> >= < <=", "1 or 0; each has a rank of its own, so write parentheses"},
+    {"<> !=", "1 where both differ; \"not\" is NOT(X)"},
+    {"= ==", "1 where both are equal; a name is declared by : or :="},
+    {"AND && &", "1 if both sides are other than 0; the word needs blanks around it"},
+    {"OR || |", "1 if one side is other than 0"},
+    {"POW(X,Y)", "a power; ^ is no operator"},
+};
+
+constexpr TopicLine colours[] = {
+    {"COLORRED COLORGREEN COLORBLUE COLORMAGENTA COLORYELLOW COLORCYAN", "colours"},
+    {"COLORLIRED COLORLIGREEN COLORLIBLUE", "lighter ones"},
+    {"COLORGRAY COLORLIGRAY COLORBLACK COLORWHITE", "without a hue"},
+    {"COLORAUTO", "the next of ten automatic colours, as without a colour"},
+    {"COLORFF8000", "red, green and blue as hexadecimal digits"},
+    {"RGB(255,128,0)", "the same in numbers"},
+};
+
+constexpr TopicLine signs[] = {
+    {"1 to 33", "the signs of DRAWICON, by number or as 'ICO1' to 'ICO33'; 16 and 17 are the same"},
+    {"COND,ICON(1,'ICO1');", "a sign at the high; 0 in place of 1: at the low"},
+    {"docs/signs.png", "shows all of them; the host's font says how they look"},
+};
+
+constexpr TopicLine styles[] = {
+    {"LINETHICK1 to LINETHICK9", "width of a line"},
+    {"SOLIDLINE DASHLINE DASH DOTLINE DOT DASHDOT POINTDOT DASHDOTDOT", "form of a line"},
+    {"PRECIS0 to PRECIS6", "decimals of the shown value"},
+    {"NODRAW", "hides the drawing and keeps the values"},
+    {"NOTEXT", "hides title and value"},
+    {"ALIGN0 to ALIGN2, VALIGN0 to VALIGN2", "place of a text"},
+    {"FONTSIZE8 to FONTSIZE72", "size of a text"},
+    {"SOLID HOLLOW", "filled or empty sticks"},
+    {"A:C,COLORRED,LINETHICK2;", "items stand behind commas; the later of two of a kind wins"},
+};
+
+constexpr TopicLine short_forms[] = {
+    {"COND,ICON(1,'ICO3');", "a sign at the high, for 0 at the low"},
+    {"COND,WORD(1,'text');", "a text at the high, for 0 at the low; COND holds no comma"},
+    {"COND,NOTICE('name');", "a notice of 1 to 10 characters"},
+    {"COND,BK; COND,BK(2);", "a trade signal, as BP, SK, SP, BPK, SPK, CLOSEOUT"},
+    {"COND,SOUND('A');", "one of the sounds A to J"},
+    {"X,STICK; X,COLORSTICK; X,VOLSTICK;", "sticks from 0 to the value"},
+    {"X,CROSSDOT; X,CIRCLEDOT;", "a mark at the value of each bar"},
+    {"CJLVOL(0);", "the volume"},
+};
+
+constexpr TopicLine settings[] = {
+    {"CONST N:5;", "a constant, valid in the whole script; it keeps six decimals"},
+    {"--set N=5", "a parameter from the command line, for a name that the script doesn't declare"},
+    {"--params FILE", "parameters as JSON"},
+    {"--lines FILE", "colours and widths of lines, which beat the script's"},
+};
+
+constexpr TopicLine statements[] = {
+    {"NAME:expression,styles;", "calculates a line and draws it"},
+    {"NAME:=expression;", "calculates a line"},
+    {"CONST NAME:number;", "a constant"},
+    {"CALL(...),styles;", "a drawing"},
+    {"COND,NOTICE('up');", "short forms: quor help short forms"},
+    {"{ } /* */ //", "comments; // stands only between statements"},
+};
+
+constexpr TopicLine nulls[] = {
+    {"NULL", "a cell without a value: windows that aren't full, fields that aren't there"},
+    {"ISNULL(X)", "1 if X is null; a comparison with NULL is never true"},
+    {"X>0", "0 for null, where a bare X counts as true"},
+    {"IFF(ISNULL(X),0,X)", "0 in place of null"},
+};
+
+constexpr TopicLine references[] = {
+    {"A:\"600000$CLOSE\";", "a field of another security, on a line of its own"},
+    {"A:\"DAY$1$CLOSE\";",
+     "a field of a longer period: MIN, HOUR, DAY, WEEK, MONTH; windows over it count bars"},
+    {"A:GETPRICE('NEW');", "a live quote"},
+    {"--reference '600000|11=other.csv'", "hands the data over"},
+};
+
+constexpr TopicHelp topics[] = {
+    {"fields", "field", "Words for what a bar holds.", fields},
+    {"operators", "operator precedence", "From the tightest to the loosest.", operators},
+    {"colours", "colour colors color", "Words for colours.", colours},
+    {"signs", "sign icons icon", "Marks of DRAWICON and ICON.", signs},
+    {"styles", "style items", "What stands behind the comma of a line or drawing.", styles},
+    {"short forms", "shortforms forms form", "Statements that need no name.", short_forms},
+    {"settings", "setting parameters parameter constants constant",
+     "Numbers that a script takes from elsewhere.", settings},
+    {"statements", "statement syntax comments comment", "What a script is made of.", statements},
+    {"null", "nulls missing", "What no value does.", nulls},
+    {"references", "reference securities periods", "Data beside the bars.", references},
+};
+
+/// What is asked for, and how the help writes it.
+struct Synonym {
+  std::string_view asked;
+  std::string_view written;
+};
+constexpr Synonym synonyms[] = {
+    {"highest", "greatest"},   {"maximum", "greatest"},
+    {"lowest", "smallest"},    {"minimum", "smallest"},
+    {"average", "mean"},       {"median", "sorted"},
+    {"momentum", "earlier"},   {"previous", "bars ago"},
+    {"lag", "bars ago"},       {"volatility", "deviation"},
+    {"regression", "slope"},   {"trend", "regression"},
+    {"signal", "trade"},       {"alert", "notice"},
+    {"label", "text"},         {"arrow", "sign"},
+    {"candle", "candles"},     {"weekday", "day of the week"},
+    {"power", "to the power"}, {"absolute", "absolute value"},
+};
+
+bool names(const TopicHelp& topic, std::string_view name) {
+  if (topic.name == name) return true;
+  const std::string others = ' ' + std::string(topic.others) + ' ';
+  return !name.empty() && name.find(' ') == absent &&
+         others.find(' ' + std::string(name) + ' ') != absent;
+}
+
+std::string in_small_letters(std::string_view text) {
+  std::string small(text);
+  for (char& c : small) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return small;
+}
+
+}  // namespace
+
+std::span<const TopicHelp> topic_help() { return topics; }
+
+const TopicHelp* find_topic_help(std::string_view name) {
+  const std::string small = in_small_letters(name);
+  const auto* const topic =
+      std::ranges::find_if(topics, [&small](const TopicHelp& t) { return names(t, small); });
+  return topic == std::end(topics) ? nullptr : topic;
+}
+
+std::vector<std::string_view> words_about(std::string_view text) {
+  constexpr size_t most = 20;
+  constexpr size_t shortest = 3;  // fewer letters stand in too many texts
+  std::vector<std::string_view> words;
+  if (text.size() < shortest) return words;
+  std::vector<std::string> wanted = {in_small_letters(text)};
+  for (const Synonym& row : synonyms) {
+    if (row.asked == wanted[0]) wanted.emplace_back(row.written);
+  }
+  const auto take = [&](const auto& holds) {
+    for (const WordHelp& help : word_help()) {
+      const bool is_known = std::ranges::find(words, help.word) != words.end();
+      if (!is_known && words.size() < most && holds(help)) words.push_back(help.word);
+    }
+  };
+  const auto stands_in = [&wanted](std::string_view place) {
+    const std::string small = in_small_letters(place);
+    return std::ranges::any_of(
+        wanted, [&small](const std::string& part) { return small.find(part) != absent; });
+  };
+  take([&](const WordHelp& help) { return stands_in(help.word); });
+  take([&](const WordHelp& help) { return stands_in(help.summary); });
+  take([&](const WordHelp& help) { return stands_in(help.arguments); });
+  return words;
+}
+
+std::string word_from_elsewhere(std::string_view word) {
+  const std::string capitals = to_upper(word);
+  const std::string meant = item_from_elsewhere(capitals);
+  std::string advice = advice_for_elsewhere(capitals);
+  return advice.empty() && !meant.empty() ? "did you mean " + meant + "?" : advice;
+}
+
+}  // namespace quor_advice
