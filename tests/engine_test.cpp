@@ -8,6 +8,7 @@
 #include <bit>
 #include <cctype>
 #include <charconv>
+#include <ctime>
 #include <iterator>
 #include <random>
 #include <thread>
@@ -404,6 +405,41 @@ TEST_P(EngineVectors, GiveTheSameAsByTheExportsAlsoBehindAnotherSecurity) {
     EXPECT_NE(answer.find('"' + failure.text + '"'), std::string::npos) << answer;
   }
   expect_same_lines(script, host, vector.name + ": ");
+}
+
+/// `count` pieces behind a head, each with its number for the "#".
+std::string long_script(std::string_view head, std::string_view piece, int count) {
+  std::string script(head);
+  for (int i = 0; i < count; ++i) {
+    for (const char c : piece) script += c == '#' ? std::to_string(i) : std::string(1, c);
+  }
+  return script + ';';
+}
+
+/// By the processor's own clock: what else the machine does counts for little.
+double seconds_to_compile(const std::string& source) {
+  const std::clock_t start = std::clock();
+  const Script script(source);
+  EXPECT_FALSE(script.report().failure) << script.report().failure.text;
+  return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+}
+
+// Each piece was looked up among all others, so that eight times the script took sixty times as
+// long.
+TEST(Engine, compiles_in_time_that_grows_with_the_script) {
+  const struct {
+    std::string_view head;
+    std::string_view piece;
+  } scripts[] = {
+      {"A:C", "+MA(C,5)"},      // calls of one statement
+      {"", "A#:C+1;"},          // statements of one text
+      {"", "A#:REFX(C,1)+#;"},  // lines that look ahead
+  };
+  for (const auto& [head, piece] : scripts) {
+    const double once = seconds_to_compile(long_script(head, piece, 2000));
+    const double eight_times = seconds_to_compile(long_script(head, piece, 16000));
+    EXPECT_LT(eight_times, 24 * once) << piece;
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Vectors, EngineVectors, testing::ValuesIn(load_vectors()));

@@ -37,12 +37,14 @@ build_runtime() {
     cmake --build "$work/build" && cmake --install "$work/build"
 }
 
-# What raises exceptions here is left out of the archive for all but one C library.
+# What raises exceptions here is left out of the archive for all but one C library, and what walks
+# the registers of other processors isn't.
 add_unwinder() {
   unwind=$work/llvm/libunwind
   clang-19 --target=wasm32-wasi -O2 -fwasm-exceptions -fdeclspec -DNDEBUG \
     -I "$unwind/include" -I "$unwind/src" -c "$unwind/src/Unwind-wasm.c" -o "$work/Unwind-wasm.o" &&
-    llvm-ar-19 rcs "$out/lib/libunwind.a" "$work/Unwind-wasm.o"
+    llvm-ar-19 rcs "$out/lib/libunwind.a" "$work/Unwind-wasm.o" &&
+    llvm-ar-19 d "$out/lib/libunwind.a" UnwindRegistersRestore.S.o UnwindRegistersSave.S.o
 }
 
 mkdir -p "$root/build/libraries"

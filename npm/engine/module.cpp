@@ -35,11 +35,13 @@ struct Handle {
 
   quor::engine::Subject subject;
   Script script;
-  bool run_failed = false;
   /// Of the bars taken in last, in their order.
   std::vector<int64_t> keys;
   /// Where these bars stand; empty if they are the rows in their order.
   std::vector<uint32_t> rows;
+  /// A bar that comes alone: its key and its values, and behind them what its lines come to.
+  std::vector<double> bar;
+  std::vector<Field> bar_fields;  ///< views of its values
 };
 
 std::string answer;
@@ -58,6 +60,11 @@ Outcome guarded(const Work& work) noexcept {
     answer = fault.what();
     return Outcome::misuse;
   }
+}
+
+/// The library takes an end of memory for a failure of the script.
+bool is_end_of_memory(const quor::engine::Failure& failure) {
+  return failure.text == std::bad_alloc().what();
 }
 
 std::string string_of(simdjson::dom::element object, const char* key) {
@@ -184,10 +191,16 @@ void find_rows(Handle& handle) {
 }
 
 Outcome calculate(Handle& handle, uint32_t first, bool with_events) {
-  handle.run_failed = static_cast<bool>(handle.script.calculate(first, with_events));
-  if (!handle.run_failed) return Outcome::done;
+  const auto failure = handle.script.calculate(first, with_events);
+  if (!failure) return Outcome::done;
+  if (is_end_of_memory(failure)) return Outcome::no_memory;
   answer_error(handle);
   return Outcome::script_failed;
+}
+
+void write_last_values(const Script& script, std::span<double> values) {
+  const auto& lines = script.lines();
+  for (size_t i = 0; i < lines.size(); ++i) values[i] = script.column(lines[i].column).back();
 }
 
 }  // namespace
@@ -213,6 +226,7 @@ Outcome quor_compile(const char* settings, size_t length, Handle** result) {
     const simdjson::dom::element given = parser.parse(settings, length);
     auto handle = std::make_unique<Handle>(quor_npm::string_of(given, "source"),
                                            quor_npm::settings_of(given));
+    if (quor_npm::is_end_of_memory(handle->script.report().failure)) return Outcome::no_memory;
     if (handle->script.report().failure) {
       quor_npm::answer_error(*handle);
       return Outcome::script_failed;
@@ -225,24 +239,49 @@ Outcome quor_compile(const char* settings, size_t length, Handle** result) {
 
 QUOR_CALL(quor_free) void quor_free(Handle* handle) { delete handle; }
 
-/// Takes bars and calculates: in place of those before, or with `adds` beside them and from the
-/// first of them on. Keys are whole numbers; `values` has an array of each column.
+/// Takes bars in place of those before and calculates. Keys are whole numbers; `values` has an
+/// array of each column.
 QUOR_CALL(quor_run)
 Outcome quor_run(Handle* handle, size_t count, const double* keys, size_t columns,
-                 const uint32_t* ids, const double* const* values, bool adds, bool with_events) {
+                 const uint32_t* ids, const double* const* values, bool with_events) {
   return guarded([&] {
     handle->keys.assign(keys, keys + count);
     std::vector<quor_npm::Field> fields;
     for (size_t i = 0; i < columns; ++i) fields.push_back({ids[i], {values[i], count}});
-    if (!adds) handle->script.restart(handle->subject);
+    handle->script.restart(handle->subject);
     handle->script.set_rows(handle->keys, fields);
-    uint32_t first = 0;
-    if (adds && count > 0) {
-      first = handle->script.row_of(*std::ranges::min_element(handle->keys)).value_or(0);
-    }
     quor_npm::find_rows(*handle);
-    if (adds && count == 0) return Outcome::done;
-    return quor_npm::calculate(*handle, first, with_events);
+    return quor_npm::calculate(*handle, 0, with_events);
+  });
+}
+
+/// Makes a place for bars that come alone, with these columns, and puts its address to `result`: of
+/// the key, the values of the columns and, after `quor_update`, each line's value at the last bar.
+QUOR_CALL(quor_make_place)
+Outcome quor_make_place(Handle* handle, size_t columns, const uint32_t* ids, double** result) {
+  return guarded([&] {
+    handle->bar.assign(1 + columns + handle->script.lines().size(), 0.0);
+    handle->bar_fields.clear();
+    for (size_t i = 0; i < columns; ++i) {
+      handle->bar_fields.push_back({ids[i], {&handle->bar[1 + i], 1}});
+    }
+    *result = handle->bar.data();
+    return Outcome::done;
+  });
+}
+
+/// Takes the bar in the place that was made, beside those before, and calculates from it on.
+QUOR_CALL(quor_update) Outcome quor_update(Handle* handle) {
+  return guarded([&] {
+    const auto key = static_cast<int64_t>(handle->bar[0]);
+    handle->script.set_rows({&key, 1}, handle->bar_fields);
+    const uint32_t row = handle->script.row_of(key).value_or(0);
+    const Outcome outcome = quor_npm::calculate(*handle, row, true);
+    if (outcome == Outcome::done) {
+      const size_t values = 1 + handle->bar_fields.size();
+      quor_npm::write_last_values(handle->script, std::span(handle->bar).subspan(values));
+    }
+    return outcome;
   });
 }
 

@@ -1,7 +1,8 @@
 // From the bars of a caller to what the engine takes.
 
+import { roomFor } from './errors.js';
 import type { Column } from './module.js';
-import { keysOf, type Times } from './times.js';
+import { keyIn, keysOf, type Time, type Times, type Zone } from './times.js';
 
 /** Numbers of a field, one per bar. Null, undefined and NaN are no value. */
 export type Values = ArrayLike<number | bigint | boolean | null | undefined>;
@@ -44,26 +45,86 @@ export interface Taken {
   readonly columns: Column[];
 }
 
-export function take(bars: Bars, needs: readonly Need[], timeZone: string | undefined): Taken {
+export function take(bars: Bars, needs: readonly Need[], zone: Zone): Taken {
   if (typeof bars !== 'object' || bars === null)
     throw new TypeError('bars are an object of arrays');
+  const names = namesIn(Object.keys(bars), needs);
+  const times = arrayOf<Times>(bars, names.time);
+  const fields = names.fields.map((name) => arrayOf<Values>(bars, name));
+  fields.forEach(({ length }, i) => {
+    if (length === times.length) return;
+    throw new TypeError(`'${names.fields[i]}' has ${length} values for ${times.length} bars`);
+  });
+  const keys = keysOf(times, zone);
+  const columns = fields.map((values, i) => ({
+    id: needs[i]!.id,
+    values: numbersOf(values, names.fields[i]!),
+  }));
+  return { keys, columns };
+}
+
+/** A bar that comes in: its time, and all fields that the script reads. */
+export interface Bar {
+  readonly time: Time;
+  readonly [field: string]: Time | number | null;
+}
+
+/** Reads bars that come one by one, mostly with the same names. */
+export class BarReader {
+  readonly #needs: readonly Need[];
+  readonly #zone: Zone;
+  readonly #numbers: Float64Array;
+  #given: readonly string[] = [];
+  #names: Names | undefined;
+
+  constructor(needs: readonly Need[], zone: Zone) {
+    this.#needs = needs;
+    this.#zone = zone;
+    this.#numbers = new Float64Array(1 + needs.length);
+  }
+
+  /** The key, and the values of what is needed; good until the next bar. */
+  read(bar: Bar): Float64Array {
+    if (typeof bar !== 'object' || bar === null) throw new TypeError('a bar is an object');
+    const { time, fields } = this.#namesOf(Object.keys(bar));
+    const key = keyIn(bar[time], this.#zone);
+    if (typeof key === 'string') throw new TypeError(`the bar: ${key}`);
+    this.#numbers[0] = key;
+    for (let i = 0; i < fields.length; ++i) {
+      const name = fields[i]!;
+      const number = numberOf(bar[name]);
+      if (number === undefined) {
+        throw new TypeError(`'${name}' is a ${typeof bar[name]}, and no number`);
+      }
+      this.#numbers[1 + i] = number;
+    }
+    return this.#numbers;
+  }
+
+  #namesOf(given: readonly string[]): Names {
+    const isKnown =
+      given.length === this.#given.length && given.every((name, i) => name === this.#given[i]);
+    if (this.#names !== undefined && isKnown) return this.#names;
+    this.#names = namesIn(given, this.#needs);
+    this.#given = given;
+    return this.#names;
+  }
+}
+
+/** What holds the times, and each need in their order. */
+interface Names {
+  readonly time: string;
+  readonly fields: readonly string[];
+}
+
+function namesIn(given: readonly string[], needs: readonly Need[]): Names {
   const byName = new Map<string, string[]>();
-  for (const name of Object.keys(bars)) {
+  for (const name of given) {
     const found = byName.get(plain(name));
     if (found === undefined) byName.set(plain(name), [name]);
     else found.push(name);
   }
-  const times = arrayOf<Times>(bars, timeNameIn(byName));
-  const keys = keysOf(times, timeZone);
-  const columns = needs.map((need) => {
-    const name = nameOf(need, byName);
-    const values = numbersOf(arrayOf<Values>(bars, name), name);
-    if (values.length !== keys.length) {
-      throw new TypeError(`'${name}' has ${values.length} values for ${keys.length} bars`);
-    }
-    return { id: need.id, values };
-  });
-  return { keys, columns };
+  return { time: timeNameIn(byName), fields: needs.map((need) => nameOf(need, byName)) };
 }
 
 function timeNameIn(byName: ReadonlyMap<string, string[]>): string {
@@ -108,13 +169,21 @@ function isDetached(buffer: ArrayBufferLike): boolean {
 
 function numbersOf(values: Values, name: string): Float64Array {
   if (values instanceof Float64Array) return values;
-  const numbers = new Float64Array(values.length);
+  const numbers = roomFor(values.length);
   for (let i = 0; i < numbers.length; ++i) {
-    const value: unknown = values[i];
-    if (typeof value === 'number') numbers[i] = value;
-    else if (value === null || value === undefined) numbers[i] = NaN;
-    else if (typeof value === 'bigint' || typeof value === 'boolean') numbers[i] = Number(value);
-    else throw new TypeError(`'${name}' holds a ${typeof value} in bar ${i}, and no number`);
+    const number = numberOf(values[i]);
+    if (number === undefined) {
+      throw new TypeError(`'${name}' holds a ${typeof values[i]} in bar ${i}, and no number`);
+    }
+    numbers[i] = number;
   }
   return numbers;
+}
+
+/** Nothing for what is neither a number nor no value. */
+function numberOf(value: unknown): number | undefined {
+  if (typeof value === 'number') return value;
+  if (value === null || value === undefined) return NaN;
+  if (typeof value === 'bigint' || typeof value === 'boolean') return Number(value);
+  return undefined;
 }

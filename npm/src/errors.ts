@@ -52,6 +52,15 @@ export class OutOfMemory extends Error {
   }
 }
 
+/** Numbers all 0, for the caller to fill in. */
+export function roomFor(count: number): Float64Array {
+  try {
+    return new Float64Array(count);
+  } catch {
+    throw new OutOfMemory();
+  }
+}
+
 function textOf(finding: Finding): string {
   const place = finding.line > 0 ? `${finding.line}:${finding.column}: ` : '';
   const suggestion = finding.suggestion === '' ? '' : `; ${finding.suggestion}`;

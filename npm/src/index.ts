@@ -5,10 +5,9 @@
 import { Module } from './module.js';
 import { Script, type Settings } from './script.js';
 
-export type { Bars, Values } from './bars.js';
+export type { Bar, Bars, Values } from './bars.js';
 export { EngineStopped, OutOfMemory, ScriptError, type Finding } from './errors.js';
 export type {
-  Bar,
   Line,
   Lines,
   Live,
@@ -22,7 +21,7 @@ export type {
 } from './script.js';
 export type { Time, Times } from './times.js';
 
-/** Where the module of WebAssembly is had. */
+/** Where the module of WebAssembly is had. A page's own addresses start from that of the page. */
 export type Source = string | URL | Response | BufferSource | WebAssembly.Module;
 
 const day = 0x4000;
@@ -45,6 +44,7 @@ export class Engine {
    */
   compile(source: string, settings: Settings = {}): Script {
     if (typeof source !== 'string') throw new TypeError('a script is a text');
+    if (!isObject(settings)) throw new TypeError('settings are an object');
     return new Script(this.#module, source, wholeSettings(source, settings));
   }
 }
@@ -52,28 +52,36 @@ export class Engine {
 /**
  * Loads the engine. Each call gives one of its own, with memory of its own.
  */
-export async function load(
-  source: Source = new URL('./quor.wasm', import.meta.url),
-): Promise<Engine> {
-  return new Engine(await Module.start(await compiledModule(source)));
+export async function load(source?: Source | PromiseLike<Source>): Promise<Engine> {
+  const given = await source;
+  const compiled = given === undefined ? usualModule() : compiledModule(given);
+  return new Engine(await Module.start(await compiled));
 }
 
 let usual: Promise<WebAssembly.Module> | undefined;
 
-async function compiledModule(source: Source): Promise<WebAssembly.Module> {
-  if (source instanceof WebAssembly.Module) return source;
-  if (source instanceof Response) return fromResponse(source);
-  if (!(typeof source === 'string' || source instanceof URL)) return WebAssembly.compile(source);
-  const url = new URL(source, import.meta.url);
-  if (url.href !== new URL('./quor.wasm', import.meta.url).href) return fromAddress(url);
-  // The same code serves all engines; a failed attempt may be repeated.
-  usual ??= fromAddress(url);
+/** The same code serves all engines; a failed attempt may be repeated. */
+async function usualModule(): Promise<WebAssembly.Module> {
+  usual ??= fromAddress(new URL('./quor.wasm', import.meta.url));
   try {
     return await usual;
   } catch (fault) {
     usual = undefined;
     throw fault;
   }
+}
+
+async function compiledModule(source: Source): Promise<WebAssembly.Module> {
+  if (source instanceof WebAssembly.Module) return source;
+  if (typeof source === 'string' || source instanceof URL) {
+    return fromAddress(new URL(source, globalThis.location?.href ?? import.meta.url));
+  }
+  if (source instanceof ArrayBuffer || ArrayBuffer.isView(source)) {
+    return WebAssembly.compile(source);
+  }
+  // Last, because Node first loads all that belongs to it.
+  if (source instanceof Response) return fromResponse(source);
+  throw new TypeError('an engine comes from an address, bytes, an answer of fetch, or a module');
 }
 
 async function fromAddress(url: URL): Promise<WebAssembly.Module> {
@@ -91,25 +99,62 @@ async function fromResponse(response: Response): Promise<WebAssembly.Module> {
 
 /** With each setting there, as the module wants them. */
 function wholeSettings(source: string, settings: Settings): object {
-  const { calendar = '' } = settings;
+  for (const name of Object.keys(settings)) {
+    if (!settingNames.has(name)) throw new TypeError(`no setting is called '${name}'`);
+  }
   return {
     source: wellFormed(source),
-    parameters: Object.entries(settings.parameters ?? {}).map(([name, value]) => {
-      if (typeof value !== 'number' || !Number.isFinite(value)) {
-        throw new TypeError(`the parameter ${name} is no finite number`);
-      }
-      return [wellFormed(name).toUpperCase(), value];
-    }),
+    parameters: parametersOf(settings.parameters ?? {}),
     period: whole(settings.period ?? day),
     code: text(settings.code, 'code'),
     market: text(settings.market, 'market'),
     timeZone: text(settings.timeZone ?? 'UTC+08:00', 'timeZone'),
-    calendar: wellFormed(typeof calendar === 'string' ? calendar : JSON.stringify(calendar)),
+    calendar: calendarOf(settings.calendar ?? ''),
     minPrice: known(settings.minPrice, 'minPrice'),
     unit: known(settings.unit, 'unit'),
     shareCountPerUnit: known(settings.shareCountPerUnit, 'shareCountPerUnit'),
-    isTrading: settings.isTrading === true,
+    isTrading: yesOrNo(settings.isTrading, 'isTrading'),
   };
+}
+
+const settingNames: ReadonlySet<string> = new Set<keyof Settings>([
+  'parameters',
+  'period',
+  'code',
+  'market',
+  'timeZone',
+  'calendar',
+  'minPrice',
+  'unit',
+  'shareCountPerUnit',
+  'isTrading',
+]);
+
+function isObject(value: unknown): value is object {
+  return typeof value === 'object' && value !== null;
+}
+
+function parametersOf(parameters: unknown): [string, number][] {
+  if (!isObject(parameters) || parameters instanceof Map) {
+    throw new TypeError('parameters are an object of numbers');
+  }
+  return Object.entries(parameters).map(([name, value]) => {
+    if (typeof value !== 'number' || !Number.isFinite(value)) {
+      throw new TypeError(`the parameter ${name} is no finite number`);
+    }
+    return [wellFormed(name).toUpperCase(), value];
+  });
+}
+
+function calendarOf(calendar: unknown): string {
+  if (typeof calendar === 'string') return wellFormed(calendar);
+  if (!isObject(calendar)) throw new TypeError('a calendar is an object or its JSON');
+  return wellFormed(JSON.stringify(calendar));
+}
+
+function yesOrNo(value: unknown, name: string): boolean {
+  if (value === undefined || typeof value === 'boolean') return value ?? false;
+  throw new TypeError(`${name} is true or false`);
 }
 
 function whole(period: unknown): number {

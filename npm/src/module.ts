@@ -1,6 +1,6 @@
 // The module of WebAssembly behind its calls: texts and arrays go in and out by copies.
 
-import { EngineStopped, OutOfMemory, ScriptError, type Finding } from './errors.js';
+import { EngineStopped, OutOfMemory, roomFor, ScriptError, type Finding } from './errors.js';
 import { wasiImports } from './wasi.js';
 
 /** An address in the module's memory. */
@@ -23,9 +23,10 @@ interface Exports {
     columns: number,
     ids: Address,
     values: Address,
-    adds: number,
     withEvents: number,
   ): number;
+  quor_make_place(handle: Address, columns: number, ids: Address, result: Address): number;
+  quor_update(handle: Address): number;
   quor_row_count(handle: Address): number;
   quor_rows(handle: Address): Address;
   quor_line(handle: Address, line: number): Address;
@@ -47,9 +48,17 @@ export interface Column {
   readonly values: Float64Array;
 }
 
+const largestBlock = 0xffff_ffff;
+
+/** Clocks of a zone change at full quarters of an hour only. */
+const quarter = 900_000;
+
 export class Module {
   readonly #exports: Exports;
   #end: EngineStopped | undefined;
+  /** All memory; empty once the memory has grown. */
+  #cells = new Float64Array();
+  #quarterOfZone = NaN;
 
   private constructor(exports: Exports) {
     this.#exports = exports;
@@ -84,8 +93,8 @@ export class Module {
     if (this.#end === undefined) this.#work(() => this.#exports.quor_free(handle));
   }
 
-  /** Takes bars, in place of those before or beside them, and calculates. */
-  run(handle: Address, keys: Float64Array, columns: Column[], adds: boolean, events: boolean) {
+  /** Takes bars in place of those before and calculates. */
+  run(handle: Address, keys: Float64Array, columns: Column[], events: boolean) {
     this.#work(() => {
       this.#tellZone();
       const arrays = [keys, ...columns.map((column) => column.values)];
@@ -108,11 +117,34 @@ export class Module {
             columns.length,
             ids,
             addresses,
-            Number(adds),
             Number(events),
           ),
         );
       });
+    });
+  }
+
+  /** Makes a place for bars that come alone, with the values of these columns. */
+  makePlace(handle: Address, ids: readonly number[]): Address {
+    return this.#work(() =>
+      this.#withBlock(4 + ids.length * 4, (result) => {
+        const view = this.#view();
+        ids.forEach((id, i) => view.setUint32(result + 4 + i * 4, id, true));
+        this.#settle(this.#exports.quor_make_place(handle, ids.length, result + 4, result));
+        return this.#view().getUint32(result, true);
+      }),
+    );
+  }
+
+  /** Takes a bar, its key in front of its values, and calculates from it on. Fills in `last`. */
+  update(handle: Address, place: Address, bar: Float64Array, last: Float64Array): void {
+    this.#work(() => {
+      this.#tellZone();
+      this.#memoryCells().set(bar, place / 8);
+      this.#settle(this.#exports.quor_update(handle));
+      const cells = this.#memoryCells();
+      const first = place / 8 + bar.length;
+      for (let i = 0; i < last.length; ++i) last[i] = cells[first + i]!;
     });
   }
 
@@ -134,7 +166,9 @@ export class Module {
     return this.#work(() => {
       const count = this.#exports.quor_row_count(handle) - first;
       const address = this.#exports.quor_line(handle, line) + first * 8;
-      return new Float64Array(this.#exports.memory.buffer, address, count).slice();
+      const cells = roomFor(count);
+      cells.set(new Float64Array(this.#exports.memory.buffer, address, count));
+      return cells;
     });
   }
 
@@ -182,7 +216,7 @@ export class Module {
   }
 
   #withBlock<Result>(size: number, task: (address: Address) => Result): Result {
-    const address = this.#exports.malloc(size);
+    const address = size > largestBlock ? 0 : this.#exports.malloc(size);
     if (address === 0) throw new OutOfMemory();
     let result: Result;
     try {
@@ -198,7 +232,15 @@ export class Module {
 
   /** The words of the wall clock follow the zone of the page. */
   #tellZone(): void {
+    const now = Math.floor(Date.now() / quarter);
+    if (now === this.#quarterOfZone) return;
     this.#exports.quor_set_zone(-60 * new Date().getTimezoneOffset());
+    this.#quarterOfZone = now;
+  }
+
+  #memoryCells(): Float64Array {
+    if (this.#cells.length === 0) this.#cells = new Float64Array(this.#exports.memory.buffer);
+    return this.#cells;
   }
 
   #text(): string {
@@ -227,8 +269,8 @@ const unknownError: Finding = {
   length: 0,
 };
 
-/** Faults of the module itself. A stack that overflows is an error of the page's own. */
+/** Faults of the module itself: traps, exceptions of its own, a stack that overflows. */
 function isTrap(fault: unknown): boolean {
-  if (fault instanceof WebAssembly.RuntimeError) return true;
-  return fault instanceof Error && /call stack|recursion/i.test(fault.message);
+  if (!(fault instanceof Error) || fault instanceof WebAssembly.RuntimeError) return true;
+  return /call stack|recursion/i.test(fault.message);
 }

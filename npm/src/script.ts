@@ -1,7 +1,7 @@
-import { needOf, take, type Bars, type Need } from './bars.js';
+import { BarReader, needOf, take, type Bar, type Bars, type Need } from './bars.js';
 import type { Finding } from './errors.js';
 import type { Address, Module } from './module.js';
-import type { Time } from './times.js';
+import { Zone } from './times.js';
 
 export interface Settings {
   /** The script's parameters by name, in any case. */
@@ -182,8 +182,8 @@ export class Script {
    */
   run(bars: Bars, options: RunOptions = {}): Lines {
     const handle = this.#holder.handle;
-    const { keys, columns } = take(bars, this.#needs, options.timeZone);
-    this.#module.run(handle, keys, columns, false, true);
+    const { keys, columns } = take(bars, this.#needs, zoneOf(options));
+    this.#module.run(handle, keys, columns, true);
     const rows = this.#module.rows(handle, keys.length);
     const cells = (line: number) => {
       const values = this.#module.line(handle, line);
@@ -209,19 +209,14 @@ export class Script {
   }
 }
 
-/** A bar that comes in: its time, and all fields that the script reads. */
-export interface Bar {
-  readonly time: Time;
-  readonly [field: string]: Time | number | null;
-}
-
 /** A script over bars that come in one by one. Made by `Script.live`. */
 export class Live {
   readonly #module: Module;
   readonly #holder: Holder;
   readonly #lines: readonly Line[];
-  readonly #needs: readonly Need[];
-  readonly #options: RunOptions;
+  readonly #reader: BarReader;
+  readonly #place: Address;
+  readonly #last: Float64Array;
 
   /** @internal */
   constructor(
@@ -235,13 +230,18 @@ export class Live {
     this.#module = module;
     this.#holder = holder;
     this.#lines = lines;
-    this.#needs = needs;
-    this.#options = options;
+    this.#last = new Float64Array(lines.length);
     forgotten.register(this, () => holder.free(), this);
-    if (bars === undefined) return;
     try {
-      const { keys, columns } = take(bars, needs, options.timeZone);
-      module.run(holder.handle, keys, columns, false, false);
+      const zone = zoneOf(options);
+      this.#reader = new BarReader(needs, zone);
+      this.#place = module.makePlace(
+        holder.handle,
+        needs.map((need) => need.id),
+      );
+      if (bars === undefined) return;
+      const { keys, columns } = take(bars, needs, zone);
+      module.run(holder.handle, keys, columns, false);
     } catch (fault) {
       this.free();
       throw fault;
@@ -256,12 +256,10 @@ export class Live {
   /** Appends the bar of a time, or replaces it, and calculates from it on. Gives the last values. */
   update(bar: Bar): Record<string, number> {
     const handle = this.#holder.handle;
-    if (typeof bar !== 'object' || bar === null) throw new TypeError('a bar is an object');
-    const bars: Record<string, (Time | number | null)[]> = {};
-    for (const [name, value] of Object.entries(bar)) bars[name] = [value];
-    const { keys, columns } = take(bars as Bars, this.#needs, this.#options.timeZone);
-    this.#module.run(handle, keys, columns, true, true);
-    return this.last;
+    this.#module.update(handle, this.#place, this.#reader.read(bar), this.#last);
+    const last: Record<string, number> = {};
+    for (let i = 0; i < this.#lines.length; ++i) last[this.#lines[i]!.name] = this.#last[i]!;
+    return last;
   }
 
   /** Each line's value at the last bar; NaN is null. Empty without bars. */
@@ -275,7 +273,7 @@ export class Live {
   /** The lines over the last `count` bars, or over all, oldest bar first. */
   values(count = Infinity): Lines {
     const handle = this.#holder.handle;
-    const first = Math.max(0, this.length - count);
+    const first = Math.max(0, this.length - countOf(count));
     return byName(this.#lines, (line) => this.#module.line(handle, line, first));
   }
 
@@ -283,7 +281,7 @@ export class Live {
   keys(count = Infinity): Float64Array {
     const handle = this.#holder.handle;
     const length = this.length;
-    const first = Math.max(0, length - count);
+    const first = Math.max(0, length - countOf(count));
     return Float64Array.from({ length: length - first }, (_, i) =>
       this.#module.key(handle, first + i),
     );
@@ -303,6 +301,16 @@ export class Live {
   [dispose](): void {
     this.free();
   }
+}
+
+function zoneOf(options: RunOptions): Zone {
+  if (typeof options !== 'object' || options === null) throw new TypeError('options are an object');
+  return new Zone(options.timeZone);
+}
+
+function countOf(bars: unknown): number {
+  if (bars === Infinity || (Number.isInteger(bars) && Number(bars) >= 0)) return Number(bars);
+  throw new TypeError('a count of bars is a whole number, 0 or more');
 }
 
 function byName(lines: readonly Line[], cells: (line: number) => Float64Array): Lines {

@@ -1,5 +1,7 @@
 // Times of bars as row keys: whole numbers written YYYYMMDDhhmmss, as the clock of a zone shows them.
 
+import { roomFor } from './errors.js';
+
 /** A moment, a text such as "2024-01-02 09:35", or a whole number written 20240102 or 20240102093500. */
 export type Time = Date | string | number | bigint;
 export type Times = ArrayLike<Time>;
@@ -8,11 +10,11 @@ const noClock = 1_000_000;
 const firstDate = 10_000;
 const lastDate = 99_991_231;
 
-export function keysOf(times: Times, timeZone = 'UTC'): Float64Array {
-  const keys = new Float64Array(times.length);
-  const zone = new Zone(timeZone);
+export function keysOf(times: Times, zone: Zone): Float64Array {
+  const keys = roomFor(times.length);
   for (let i = 0; i < keys.length; ++i) {
-    const key = keyOf(times[i], zone);
+    const time = times[i];
+    const key = typeof time === 'number' && isKey(time) ? time : keyIn(time, zone);
     if (typeof key === 'string') throw new TypeError(`bar ${i} (the first is 0): ${key}`);
     keys[i] = key;
   }
@@ -20,7 +22,7 @@ export function keysOf(times: Times, timeZone = 'UTC'): Float64Array {
 }
 
 /** The key, or what is wrong. */
-function keyOf(time: unknown, zone: Zone): number | string {
+export function keyIn(time: unknown, zone: Zone): number | string {
   if (typeof time === 'number') return keyOfNumber(time);
   if (typeof time === 'bigint') return keyOfNumber(Number(time));
   if (typeof time === 'string') return keyOfText(time, zone);
@@ -30,16 +32,24 @@ function keyOf(time: unknown, zone: Zone): number | string {
 
 function keyOfNumber(number: number): number | string {
   const key = number >= firstDate && number <= lastDate ? number * noClock : number;
-  const date = Math.floor(key / noClock);
-  const clock = key % noClock;
-  const isTime =
-    Number.isInteger(key) &&
-    isDate(Math.floor(date / 10000), Math.floor(date / 100) % 100, date % 100) &&
-    clock < 240000 &&
-    clock % 10000 < 6000 &&
-    clock % 100 < 60;
-  if (isTime) return key;
+  if (isKey(key)) return key;
   return `numbers are times only if written as 20240102 or as 20240102093500, and ${number} isn't; of others make Dates`;
+}
+
+/** Whether a number is written YYYYMMDDhhmmss. */
+function isKey(number: number): boolean {
+  const date = Math.floor(number / noClock);
+  const clock = number - date * noClock;
+  if (!(date >= firstDate && date <= lastDate) || Math.floor(clock) !== clock) return false;
+  // Whole numbers of 32 bits, by which long histories are read several times as fast.
+  const day = date | 0;
+  const time = clock | 0;
+  return (
+    time < 240000 &&
+    time % 10000 < 6000 &&
+    time % 100 < 60 &&
+    isDate((day / 10000) | 0, ((day / 100) | 0) % 100, day % 100)
+  );
 }
 
 function isDate(year: number, month: number, day: number): boolean {
@@ -74,23 +84,18 @@ function keyOfMoment(moment: number, zone: Zone): number | string {
 }
 
 /** What clocks of a zone show beside UTC. They change at full quarters of an hour only. */
-class Zone {
+export class Zone {
   readonly #format: Intl.DateTimeFormat | undefined;
   readonly #known = new Map<number, number>();
 
-  constructor(name: string) {
-    if (name === 'UTC') return;
-    this.#format = new Intl.DateTimeFormat('en-US', {
-      timeZone: name,
-      hourCycle: 'h23',
-      year: 'numeric',
-      month: 'numeric',
-      day: 'numeric',
-      hour: 'numeric',
-      minute: 'numeric',
-      second: 'numeric',
-      era: 'short',
-    });
+  constructor(name: unknown) {
+    if (name === undefined || name === 'UTC') return;
+    if (typeof name !== 'string') throw new TypeError('a time zone is a text');
+    try {
+      this.#format = formatIn(name);
+    } catch {
+      throw new TypeError(`no time zone is called '${name}'; 'Asia/Shanghai' is one`);
+    }
   }
 
   /** In milliseconds. */
@@ -115,4 +120,18 @@ class Zone {
     shown.setUTCHours(number('hour'), number('minute'), number('second'));
     return shown.getTime();
   }
+}
+
+function formatIn(timeZone: string): Intl.DateTimeFormat {
+  return new Intl.DateTimeFormat('en-US', {
+    timeZone,
+    hourCycle: 'h23',
+    year: 'numeric',
+    month: 'numeric',
+    day: 'numeric',
+    hour: 'numeric',
+    minute: 'numeric',
+    second: 'numeric',
+    era: 'short',
+  });
 }

@@ -71,38 +71,23 @@ describe('an engine', () => {
     }
   });
 
-  test('takes a script of a million letters', async () => {
-    const quor = await load();
-    const line = 'A:MA(C,5)+1;';
-    const long = Array.from({ length: 80_000 }, (_, i) => `A${i}:C+1;`)
-      .join('')
-      .slice(0, 1_000_000);
-    for (const source of [long, line + ' '.repeat(1_000_000), '('.repeat(1_000_000)]) {
-      try {
-        quor.compile(source).free();
-      } catch (error) {
-        assert.match(error.name, /ScriptError|OutOfMemory|EngineStopped/);
-        if (error instanceof EngineStopped) break;
-      }
-    }
-    const other = (await load()).compile('A:C;');
-    assert.equal(other.run({ time: [20240101], C: [1] }).A[0], 1);
-  });
-
   test('says when it has stopped, and another one works', async () => {
     const quor = await load();
     const script = quor.compile('A:C;');
-    // A trap in the midst of a call, while the engine asks for the clock.
+    const clock = quor.compile('A:CURRENTTIME;');
+    // A trap in the midst of a call, while the engine asks for the clock; the package asks before.
     const { now } = Date;
+    let asked = 0;
     Date.now = () => {
+      if (++asked === 1) return now();
       throw new WebAssembly.RuntimeError('unreachable');
     };
     try {
-      const clock = quor.compile('A:CURRENTTIME;');
       assert.throws(() => clock.run({ time: [20240101] }), EngineStopped);
     } finally {
       Date.now = now;
     }
+    assert.equal(asked, 2);
     assert.throws(() => script.run({ time: [20240101], C: [1] }), EngineStopped);
     assert.throws(() => quor.compile('A:C;'), /load\(\) gives a new one/);
     script.free();

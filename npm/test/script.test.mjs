@@ -178,15 +178,49 @@ describe('bars', () => {
     [{ time: ['noon'], C: [1] }, /"noon" can't be read/],
     [{ time: [20230229], C: [1] }, /20230229 isn't/],
     [{ time: [1704067200000], C: [1] }, /of others make Dates/],
+    [{ time, C: [Symbol('1')] }, /'C' holds a symbol in bar 0/],
+    [{ time, C: new DataView(new ArrayBuffer(8)) }, /'C' is no array/],
+    [{ time: Float64Array.of(20240101.5), C: [1] }, /20240101.5 isn't/],
+    [{ time: [20240101n, 'noon'], C: [1, 2] }, /bar 1 .*"noon" can't be read/],
+    [{ time: 20240101, C: [1] }, /'time' is no array/],
     [null, /bars are an object/],
+    [5, /bars are an object/],
   ];
   for (const [bars, message] of faults) {
     test(`are refused: ${message.source}`, () => {
       const script = quor.compile('A:C;');
       assert.throws(() => script.run(bars), { name: 'TypeError', message });
+      assert.throws(() => script.live(bars), { name: 'TypeError', message });
       assert.deepEqual(values(script.run({ time, C: [5] })), { A: [5] });
     });
   }
+
+  test('are refused with options that are none', () => {
+    const script = quor.compile('A:C;');
+    for (const [options, message] of [
+      [null, /options are an object/],
+      [{ timeZone: 8 }, /a time zone is a text/],
+      [{ timeZone: 'Mars' }, /no time zone is called 'Mars'/],
+    ]) {
+      const fault = { name: 'TypeError', message };
+      assert.throws(() => script.run({ time, C: [5] }, options), fault);
+      assert.throws(() => script.live({ time, C: [5] }, options), fault);
+    }
+  });
+
+  test('of big numbers, truths and shared memory are numbers', () => {
+    const shared = new Float64Array(new SharedArrayBuffer(8));
+    shared[0] = 7;
+    for (const [C, expected] of [
+      [[3n], 3],
+      [BigInt64Array.of(4n), 4],
+      [[true], 1],
+      [shared, 7],
+      [Int8Array.of(-5), -5],
+    ]) {
+      assert.deepEqual(values(run('A:C;', { time, C })), { A: [expected] });
+    }
+  });
 });
 
 describe('settings', () => {
@@ -194,7 +228,12 @@ describe('settings', () => {
     [{ parameters: { N: NaN } }, /N is no finite number/],
     [{ parameters: { N: '5' } }, /N is no finite number/],
     [{ period: 'day' }, /period/],
+    [{ parameters: new Map([['N', 5]]) }, /parameters are an object of numbers/],
     [{ code: 600000 }, /code is no text/],
+    [{ calendar: 5 }, /a calendar is an object/],
+    [{ isTrading: 1 }, /isTrading is true or false/],
+    [{ paramters: { N: 5 } }, /no setting is called 'paramters'/],
+    [null, /settings are an object/],
     [{ minPrice: '1' }, /minPrice is no number/],
   ]) {
     test(`are refused: ${JSON.stringify(settings)}`, () => {
@@ -227,6 +266,28 @@ describe('live bars', () => {
     assert.equal(live.events.length, fires ? 1 : 0);
     live[Symbol.dispose]();
     assert.throws(() => live.last, /given back by free/);
+  });
+
+  test('refuse what is no bar and no count, and go on', () => {
+    const live = quor.compile('A:C;').live();
+    live.update({ time: 20240101, C: 1 });
+    for (const [bar, message] of [
+      [null, /a bar is an object/],
+      [{ C: 1 }, /nothing holds the times/],
+      [{ time: NaN, C: 1 }, /the bar: .*NaN isn't/],
+      [{ time: 20240102, C: '1' }, /'C' is a string/],
+      [{ time: 20240102, C: 1, close: 2 }, /two arrays are 'close'/],
+    ]) {
+      assert.throws(() => live.update(bar), { name: 'TypeError', message });
+    }
+    for (const count of [NaN, -1, 1.5, '1', null]) {
+      assert.throws(() => live.values(count), { name: 'TypeError', message: /a count of bars/ });
+      assert.throws(() => live.keys(count), { name: 'TypeError', message: /a count of bars/ });
+    }
+    assert.deepEqual(values(live.values()), { A: [1] });
+    assert.deepEqual(live.update({ C: null, Time: 20240102 }), { A: NaN });
+    assert.deepEqual(live.update({ time: 20240101, close: 4 }), { A: NaN });
+    assert.deepEqual([...live.values(5).A], [4, NaN]);
   });
 
   test('start from nothing and want whole bars', () => {

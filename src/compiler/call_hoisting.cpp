@@ -1,7 +1,10 @@
 #include "compiler/call_hoisting.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <map>
 #include <optional>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -74,19 +77,72 @@ size_t find_call_start(std::string_view text, std::string_view word, size_t from
   return found;
 }
 
-/// The extent of a call, as `find_call` tells it.
-bool locate_call(std::string_view text, const Parentheses& parentheses, std::string_view word,
-                 size_t from, size_t& start, size_t& end) {
+/// The same as `Parentheses` has, for a text that is asked for few places.
+std::optional<size_t> closing_behind(std::string_view text, size_t from) {
+  int depth = 0;
+  for (size_t at = from; at < text.size(); ++at) {
+    if (text[at] == '(') ++depth;
+    if (text[at] == ')' && --depth == 0) return at;
+  }
+  return std::nullopt;
+}
+
+/// The extent of a call, as `find_call` tells it, by a function that tells where the parentheses
+/// behind a place close.
+template <typename Closing>
+bool locate_call(std::string_view text, std::string_view word, size_t from, const Closing& closes,
+                 size_t& start, size_t& end) {
   const size_t found = find_call_start(text, word, from);
   if (found == std::string_view::npos) return false;
   const bool is_bare = BareFunctionSet().contains(word);
-  const auto closing =
-      is_bare ? std::optional(found + word.size()) : parentheses.closing_behind(found);
+  const auto closing = is_bare ? std::optional(found + word.size()) : closes(found);
   if (!closing) return false;
   start = found;
   end = *closing;
   return true;
 }
+
+/// A text whose calls give way to names one after the other. What lies in front of a call stays as
+/// it is when the call goes, so that the next search for a word need not start from the front.
+class ShrinkingText {
+ public:
+  explicit ShrinkingText(std::string& text) : text_(text), colons_(std::ranges::count(text, ':')) {}
+
+  /// The first call of the word, or the first behind the name that the text declares where both
+  /// hold the word: a name doesn't capture a call.
+  bool find(std::string_view word, size_t& start, size_t& end) {
+    size_t& from = first_places_.try_emplace(std::string(word)).first->second;
+    if (!find_call(text_, word, from, start, end)) return false;
+    from = start;
+    const size_t name_end = end_of_name_with(word);
+    return name_end == 0 || find_call(text_, word, name_end, start, end);
+  }
+
+  std::string_view between(size_t start, size_t end) const {
+    return std::string_view(text_).substr(start, end - start);
+  }
+
+  void replace(size_t start, size_t end, std::string_view name) {
+    colons_ -= std::ranges::count(between(start, end), ':');
+    text_.replace(start, end - start, name);
+    for (auto& [word, place] : first_places_) place = std::min(place, start);
+  }
+
+ private:
+  /// 0 if the text has no name that holds the word, or the word nowhere behind it.
+  size_t end_of_name_with(std::string_view word) const {
+    if (colons_ == 0) return 0;
+    const size_t colon = text_.find(':');
+    if (colon != 0 && !contains(between(0, colon), word)) return 0;
+    const auto pieces = split(text_, ":");
+    if (pieces.size() != 2 || !contains(pieces[0], word) || !contains(pieces[1], word)) return 0;
+    return static_cast<size_t>(pieces[1].data() - text_.data());
+  }
+
+  std::string& text_;
+  ptrdiff_t colons_;
+  std::map<std::string, size_t> first_places_;  ///< no call of the word starts in front of it
+};
 
 /// How deep calls nest in the text; parentheses of other sorts don't count.
 int call_nesting(std::string_view text) {
@@ -127,8 +183,9 @@ class Hoisting {
       if (function->traits().has(draws)) ++output_count_;
     }
     if (output_count_ >= 2) return fail(Status::second_output, text);
+    ShrinkingText rest(text);
     for (const BaseFunc* function : calls) {
-      const Status call_status = hoist(text, *function, parent_column_id);
+      const Status call_status = hoist(rest, *function, parent_column_id);
       if (failed(call_status)) return call_status;
     }
     return Status::ok;
@@ -153,7 +210,8 @@ class Hoisting {
         if (function == nullptr || names_reserved_field(context_.pool, *function)) continue;
         size_t start = 0;
         size_t end = 0;
-        if (!locate_call(text, parentheses, piece, token.position, start, end)) {
+        const auto closes = [&](size_t from) { return parentheses.closing_behind(from); };
+        if (!locate_call(text, piece, token.position, closes, start, end)) {
           return fail(Status::parentheses_missing, piece);
         }
         if (end <= greatest_end) continue;
@@ -164,35 +222,22 @@ class Hoisting {
     return Status::ok;
   }
 
-  /// Where the search for a pattern starts: a name that holds a function word doesn't capture the
-  /// call behind the ":".
-  static size_t search_start(const std::string& text, std::string_view pattern) {
-    const auto pieces = split(text, ":");
-    if (pieces.size() != 2 || !contains(pieces[0], pattern) || !contains(pieces[1], pattern)) {
-      return 0;
-    }
-    return static_cast<size_t>(pieces[1].data() - text.data());
-  }
-
-  Status hoist(std::string& text, const BaseFunc& function, uint32_t parent_column_id) {
+  Status hoist(ShrinkingText& text, const BaseFunc& function, uint32_t parent_column_id) {
     const bool parentheses = !function.traits().has(bare);
     const std::string pattern = std::string(function.name()) + (parentheses ? "(" : "");
-    if (!contains(text, pattern)) return Status::ok;
     size_t start = 0;
     size_t end = 0;
-    if (!find_call(text, pattern, 0, start, end) || end == 0) return Status::ok;
-    const size_t from = search_start(text, pattern);
-    if (from != 0 && !find_call(text, pattern, from, start, end)) return Status::ok;
+    if (!text.find(pattern, start, end)) return Status::ok;
     Variable& call = make_call(function);
     Status status = build_own_elements(call, parent_column_id);
     if (failed(status)) return status;
     if (parentheses) {
       const size_t first = start + pattern.size();
-      status = compile_arguments(call, text.substr(first, end - first));
+      status = compile_arguments(call, std::string(text.between(first, end)));
       if (failed(status)) return status;
       ++end;
     }
-    text.replace(start, end - start, call.name);
+    text.replace(start, end, call.name);
     return Status::ok;
   }
 
@@ -309,7 +354,8 @@ class Hoisting {
 
 bool find_call(std::string_view text, std::string_view word, size_t from, size_t& start,
                size_t& end) {
-  return locate_call(text, Parentheses(text), word, from, start, end);
+  const auto closes = [text](size_t place) { return closing_behind(text, place); };
+  return locate_call(text, word, from, closes, start, end);
 }
 
 Status hoist_calls(CompileContext& context, std::string& text, int32_t line,

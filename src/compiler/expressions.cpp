@@ -164,8 +164,8 @@ void spread_whole_series(DataPoolCenter& pool, Variable& variable, VariableKind 
     return;
   }
   if (kind != VariableKind::field || variable.column_id == no_column) return;
-  for (Variable* other : pool.script.variable_list) {
-    if (other == &variable || other->column_id != variable.column_id) continue;
+  for (Variable* other : pool.script.variables_of_column(variable.column_id)) {
+    if (other == &variable) continue;
     if (other->kind == VariableKind::call) {
       for (Variable* argument : other->arguments) {
         if (argument != nullptr)

@@ -45,11 +45,16 @@ Parts take_apart(std::string_view work) {
   return parts;
 }
 
-/// The variable that a hidden name such as "~17" names by its index; null for any other text.
+/// Whether a text is of the form of hidden names, such as "~17".
+bool is_hidden_name(std::string_view text) {
+  return text.size() > 1 && text[0] == '~' &&
+         text.find_first_not_of("0123456789", 1) == std::string_view::npos;
+}
+
+/// The variable that a hidden name names by its index; null for any other text.
 Variable* variable_of_hidden_name(const DataPoolCenter& pool, std::string_view text) {
-  if (text.size() < 2 || text[0] != '~') return nullptr;
+  if (!is_hidden_name(text)) return nullptr;
   text.remove_prefix(1);
-  if (text.find_first_not_of("0123456789") != std::string_view::npos) return nullptr;
   const auto index = static_cast<size_t>(leading_integer(text));
   const size_t reserved = pool.script.reserved_list.size();
   if (index < reserved) return pool.script.reserved_list[index];
@@ -172,7 +177,7 @@ class StatementCompiler {
   /// A statement that only names something shares its column. A plain number makes the statement a
   /// constant.
   uint32_t column_of_text(Variable& statement) {
-    if (statement.text.starts_with('~')) {
+    if (is_hidden_name(statement.text)) {
       const Variable* named =
           pool_.script.find_variable(statement.text, [&statement](const Variable& variable) {
             return variable.name == statement.text && variable.column_id != no_column;
@@ -196,9 +201,12 @@ class StatementCompiler {
     if (failed(status)) return status;
     if (whole_series) {
       statement.whole_series = true;
-      const auto first =
-          std::ranges::find(pool_.script.variable_list, statement.column_id, &Variable::column_id);
-      if (first != pool_.script.variable_list.end()) (*first)->whole_series = true;
+      const CompiledScript& script = pool_.script;
+      const auto& variables = statement.column_id == no_column
+                                  ? script.variable_list
+                                  : script.variables_of_column(statement.column_id);
+      const auto first = std::ranges::find(variables, statement.column_id, &Variable::column_id);
+      if (first != variables.end()) (*first)->whole_series = true;
     }
     set_elements(statement, std::move(elements));
     statement.kind = VariableKind::expression;

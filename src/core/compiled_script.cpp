@@ -23,7 +23,15 @@ void CompiledScript::list_reserved(Variable& variable) {
 }
 
 void CompiledScript::note_column(Variable& variable) {
-  if (variable.place != unlisted) column_index_.insert_by_place(variable);
+  if (variable.place == unlisted) return;
+  column_index_.insert_by_place(variable);
+  insert_by_place(by_column_[variable.column_id], variable);
+}
+
+const std::vector<Variable*>& CompiledScript::variables_of_column(uint32_t column_id) const {
+  static const std::vector<Variable*> none;
+  const auto found = by_column_.find(column_id);
+  return found != by_column_.end() ? found->second : none;
 }
 
 Variable* CompiledScript::find_with_column(std::string_view text) const {

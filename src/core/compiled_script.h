@@ -39,8 +39,10 @@ class CompiledScript {
   }
   /// The first variable of the text that has a column or an argument id.
   Variable* find_with_column(std::string_view text) const;
-  /// To be told of every listed variable that gets a column or an argument id.
+  /// To be told of every listed variable that gets a column or an argument id, which it keeps.
   void note_column(Variable& variable);
+  /// The listed variables of a column or an argument id, in the order of the list.
+  const std::vector<Variable*>& variables_of_column(uint32_t column_id) const;
   /// The first variable of the text that stands for a cell of the table.
   Variable* find_field(std::string_view text) const;
   Variable* find_reserved(std::string_view text) const;
@@ -92,6 +94,7 @@ class CompiledScript {
   NameIndex compiled_index_;
   NameIndex field_index_;   ///< of the compiled variables that are fields
   NameIndex column_index_;  ///< of those with a column or an argument id
+  std::unordered_map<uint32_t, std::vector<Variable*>> by_column_;
 };
 
 }  // namespace quor

@@ -10,6 +10,12 @@
 
 namespace quor {
 
+/// Puts a variable among others in the order of the list.
+inline void insert_by_place(std::vector<Variable*>& variables, Variable& variable) {
+  variables.insert(std::ranges::upper_bound(variables, variable.place, {}, &Variable::place),
+                   &variable);
+}
+
 /// The variables of a list under their hidden names and their texts, which must stand before a
 /// variable is added. The keys are views of both.
 class NameIndex {
@@ -23,9 +29,7 @@ class NameIndex {
 
   /// As `add` by its text alone, for variables that come in another order than that of the list.
   void insert_by_place(Variable& variable) {
-    auto& called_so = variables_[variable.text];
-    called_so.insert(std::ranges::upper_bound(called_so, variable.place, {}, &Variable::place),
-                     &variable);
+    quor::insert_by_place(variables_[variable.text], variable);
   }
 
   void clear() { variables_.clear(); }

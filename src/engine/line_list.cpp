@@ -1,6 +1,8 @@
 #include "engine/line_list.h"
 
 #include <algorithm>
+#include <string_view>
+#include <unordered_map>
 
 #include "drawing/shapes.h"
 
@@ -31,6 +33,10 @@ Look look_of(const BaseShape& record) {
 }  // namespace
 
 std::vector<Line> lines_of(const DataPoolCenter& pool, const ShapeManagement& drawings) {
+  std::unordered_map<std::string_view, std::vector<const BaseShape*>> by_title;
+  for (const auto& record : drawings.records()) {
+    if (record->TitleVisible != 0) by_title[record->Field1Text].push_back(record.get());
+  }
   std::vector<Line> lines;
   for (const Variable* variable : pool.script.variable_list) {
     // A declaration lists a field of its own beside the statement.
@@ -40,12 +46,12 @@ std::vector<Line> lines_of(const DataPoolCenter& pool, const ShapeManagement& dr
     line.column = variable->column_id;
     line.statement = variable->line;
     // A record that isn't a line's own has a name that was made for it.
-    const auto draws = [&line](const auto& record) {
-      return record->Field1Text == line.name && record->TitleVisible != 0 &&
-             static_cast<uint32_t>(record->Field1Id) == line.column;
+    const auto draws = [&line](const BaseShape* record) {
+      return static_cast<uint32_t>(record->Field1Id) == line.column;
     };
-    const auto record = std::ranges::find_if(drawings.records(), draws);
-    if (record != drawings.records().end()) line.look = look_of(**record);
+    const auto& records = by_title[variable->text];
+    const auto record = std::ranges::find_if(records, draws);
+    if (record != records.end()) line.look = look_of(**record);
   }
   return lines;
 }
