@@ -51,6 +51,7 @@ TEST(WordHelp, holds_the_words_of_the_library) {
 }
 
 TEST(WordHelp, knows_the_period_of_each_word) {
+  quor::build_function_registry();
   for (const quor::FunctionRow& row : quor::FunctionIdTable()) {
     const auto* told = quor_advice::find_period(row.word);
     const size_t period = quor::find_function(row.word)->traits().first_period;
