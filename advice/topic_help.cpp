@@ -150,6 +150,15 @@ std::string in_small_letters(std::string_view text) {
   return small;
 }
 
+/// Whether a word of the text begins with the part, both in small letters.
+bool begins_a_word(const std::string& text, const std::string& part) {
+  const auto is_letter = [](char c) { return c >= 'a' && c <= 'z'; };
+  for (size_t at = text.find(part); at != absent; at = text.find(part, at + 1)) {
+    if (at == 0 || !is_letter(text[at - 1])) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 std::span<const TopicHelp> topic_help() { return topics; }
@@ -179,7 +188,7 @@ std::vector<std::string_view> words_about(std::string_view text) {
   const auto stands_in = [&wanted](std::string_view place) {
     const std::string small = in_small_letters(place);
     return std::ranges::any_of(
-        wanted, [&small](const std::string& part) { return small.find(part) != absent; });
+        wanted, [&small](const std::string& part) { return begins_a_word(small, part); });
   };
   take([&](const WordHelp& help) { return stands_in(help.word); });
   take([&](const WordHelp& help) { return stands_in(help.summary); });

@@ -1,6 +1,7 @@
 #include "paths.h"
 
 #include <algorithm>
+#include <system_error>
 
 #include "errors.h"
 #include "text.h"
@@ -30,7 +31,11 @@ std::string text_of(const fs::path& path) {
   return {text.begin(), text.end()};
 }
 
-bool is_folder(const std::string& path) { return fs::is_directory(path_of(path)); }
+bool is_folder(const std::string& path) {
+  // What can't be looked at is no folder; whoever opens it tells why it can't be.
+  std::error_code unread;
+  return fs::is_directory(path_of(path), unread);
+}
 
 std::vector<std::string> scripts_under(const std::vector<std::string>& paths) {
   std::vector<std::string> scripts;

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <filesystem>
+#include <system_error>
 
 #include "errors.h"
 #include "paths.h"
@@ -30,9 +31,9 @@ std::string security_of(const std::string& path) { return text_of(path_of(path).
 std::vector<std::string> bar_files(const std::vector<std::string>& paths) {
   std::vector<std::string> files;
   for (const std::string& path : paths) {
-    if (fs::is_directory(path_of(path))) {
+    if (is_folder(path)) {
       std::ranges::copy(files_in(path), std::back_inserter(files));
-    } else if (fs::exists(path_of(path))) {
+    } else if (std::error_code unread; fs::exists(path_of(path), unread)) {
       files.push_back(path);
     } else {
       throw HostError(path + ": no such file or folder");

@@ -169,6 +169,7 @@ TEST(TopicHelp, finds_words_by_meaning) {
   EXPECT_TRUE(is_among(quor_advice::words_about("Greatest"), "HHV"));
   EXPECT_EQ(quor_advice::words_about("cross"), (Words{"CROSS", "CROSSDOWN", "CROSSUP"}));
   EXPECT_EQ(quor_advice::words_about("of"), Words());
+  EXPECT_EQ(quor_advice::words_about("rnu"), Words());  // DRAWLASTBARNUMBER
   EXPECT_EQ(quor_advice::find_topic_help("COLORS"), quor_advice::find_topic_help("colours"));
   EXPECT_EQ(quor_advice::find_topic_help("MA"), nullptr);
 }

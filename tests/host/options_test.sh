@@ -97,7 +97,7 @@ same "$(quor run - --bars dates.csv --csv <mark.quor 2>/dev/null)" "$lines" 'quo
 expect 0 'date,A
 2024-01-02 10:05:00,7' run -e 'A:=C;' --bars dates.csv --csv --last 1
 printf 'date,close\n20240102.5,1\n' >fraction.csv
-expect 1 "quor: fraction.csv:2: '20240102.5' is no date" run -e 'A:=C;' --bars fraction.csv
+expect 1 "quor: fraction.csv:2: '20240102.5' is no date; write 2024-01-31, 2024-01-31 09:35:00 or 20240131093500, the year first" run -e 'A:=C;' --bars fraction.csv
 printf '\377\376d\000' >wide.csv
 expect 1 'quor: wide.csv: the text is UTF-16; save it as UTF-8' run -e 'A:=C;' --bars wide.csv
 

@@ -12,7 +12,7 @@ bad_bars() {
 
 # Windows line ends, a blank line, a quoted cell, an unknown column, an empty cell, bars out of order.
 printf 'Date,open,HIGH,low,Close,note,volume\r\n\r\n' >bars.csv
-printf '2024-01-03,1,12,6,"10.5",x,1.001e3\r\n2024-01-02,1,11,4,9.5,,\r\n' >>bars.csv
+printf '2024-01-03,7,12,6,"10.5",x,1.001e3\r\n2024-01-02,5,11,4,9.5,,\r\n' >>bars.csv
 printf 'date,time,close\n2024-01-02,09:35,1\n2024-01-02,09:40:00,2\n' >minutes.csv
 
 expect 0 'date             MID     VOL2  三
@@ -92,12 +92,12 @@ date                        A
 bad_bars ': is empty' ''
 bad_bars ': no line with the names of the columns' '\n'
 bad_bars ': no bars' 'date,close\n'
-bad_bars ":1: the header names no 'date' column" 'close\n1\n'
-bad_bars ":1: the header names no 'close' column" 'date,open\n'
+bad_bars ":1: the header names no 'date' column; it names close" 'close\n1\n'
+bad_bars ":1: the header names no 'close' column; it names date, open" 'date,open\n'
 bad_bars ':1: two columns are the field VOL (13)' 'date,close,vol,volume\n'
 bad_bars ':4: 1 cells instead of 2' 'date,close\n2024-01-02,1\n\n2024-01-03\n'
-bad_bars ":3: '1O' is no number" 'date,close\n2024-01-02,1\n2024-01-03,1O\n'
-bad_bars ":2: '2024-13-02' is no date" 'date,close\n2024-13-02,1\n'
+bad_bars ":3: '1O' in the column of CLOSE (11) is no number" 'date,close\n2024-01-02,1\n2024-01-03,1O\n'
+bad_bars ":2: '2024-13-02' is no date; no calendar and no clock has it" 'date,close\n2024-13-02,1\n'
 bad_bars ':3: same date as in line 2' 'date,close\n2024-01-02,1\n20240102,2\n'
 bad_bars ':2: a quote is out of place' 'date,close\n2024-01-02,"1"2\n'
 

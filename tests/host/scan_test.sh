@@ -41,7 +41,7 @@ B,2024-01-03,2
 "C,1",2024-01-02,
 quor: 2 of 5 files failed
   market/D.csv:3: same date as in line 2
-  market/E.csv:2: '"'many'"' is no number' scan -e 'X:C;' market --csv
+  market/E.csv:2: '"'many'"' in the column of CLOSE (11) is no number' scan -e 'X:C;' market --csv
 expect 1 'security  date  X
 quor: 1 of 1 files failed
   market/B.csv: no column for VOL (13), which the script reads' scan -e 'X:V;' market/B.csv
