@@ -129,14 +129,14 @@ def test_folders_files_and_globs_of_csv(tmp_path):
     ("date,close\n2024-01-02,1\n13/01/2024,2\n", ":3: '13/01/2024' is no date"),
     ("date,close\n2023-02-29,1\n", ":2: '2023-02-29' is no date"),
     ("date,close\n2024-01-02,1\n2024-01-02,2\n", ":3: same date as in line 2"),
-    ("date,close\n2024-01-02,\"1,000\"\n", ":2: '1,000' is no number"),
-    ("date,close\n2024-01-02,inf\n", ":2: 'inf' is no number"),
+    ("date,close\n2024-01-02,\"1,000\"\n", ":2: '1,000' in the column of CLOSE (11) is no number"),
+    ("date,close\n2024-01-02,inf\n", ":2: 'inf' in the column of CLOSE (11) is no number"),
     ("date,close\n2024-01-02\n", ":2: 1 cells instead of 2"),
     ("date,close,C\n2024-01-02,1,2\n", ":1: two columns are the field CLOSE"),
     ("when,close\n2024-01-02,1\n", ":1: the header names no 'date' column"),
     ("date,last\n2024-01-02,1\n", ":1: the header names no 'close' column"),
     ("date,close\n\"2024-01-02,1\n", ": a quote is out of place"),
-    ("date,close\n2024-01-02,\udcb7\udce1\n", ":2: '\ufffd\ufffd' is no number"),
+    ("date,close\n2024-01-02,\udcb7\udce1\n", ":2: '\ufffd\ufffd' in the column of CLOSE (11)"),
     ("date,close\n", ": no bars"), ("", ": is empty"),
 ])
 def test_odd_files_are_refused_by_their_line(tmp_path, text, fault):

@@ -461,7 +461,16 @@ def test_bars_that_need_a_second_look_are_as_good_as_others(frame):
         live.update("2030-02-01", close=np.inf, open=1)
 
 
-def test_an_interrupt_ends_a_long_run_and_leaves_the_script_sound(frame, monkeypatch):
+@pytest.fixture
+def interrupts_arrive():
+    """A shell starts programs in the background deaf to interrupts."""
+    before = signal.signal(signal.SIGINT, signal.default_int_handler)
+    yield
+    signal.signal(signal.SIGINT, before)
+
+
+def test_an_interrupt_ends_a_long_run_and_leaves_the_script_sound(
+        frame, monkeypatch, interrupts_arrive):
     def interrupted_after(seconds):
         threading.Timer(seconds, os.kill, (os.getpid(), signal.SIGINT)).start()
 
