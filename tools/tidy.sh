@@ -26,7 +26,8 @@ changed_sources() {
 }
 
 need_packages $build_packages $host_packages $test_packages $tidy_packages
-configure release -DQUOR_BUILD_BENCH=ON -DQUOR_BUILD_FUZZ=ON -DQUOR_PRECOMPILE=OFF
+# Its own folder: it reads no precompiled headers, and the release build keeps its own.
+configure release -B build/tidy -DQUOR_BUILD_BENCH=ON -DQUOR_BUILD_FUZZ=ON -DQUOR_PRECOMPILE=OFF
 case ${1:-} in
   '') files=$(sources $tidy_folders | grep -v '\.h$') ;;
   --changed) files=$(changed_sources "${2:-$(base_commit)}") ;;
@@ -35,6 +36,6 @@ esac
 [ -n "$files" ] || exit 0
 # The error channel carries only counts of what is suppressed in other people's headers.
 printf '%s\n' $files |
-  xargs -P "$(nproc)" -n 1 clang-tidy-14 -p build/release --quiet \
+  xargs -P "$(nproc)" -n 1 clang-tidy-14 -p build/tidy --quiet \
     --extra-arg=-Wno-unknown-warning-option --extra-arg=-I"$root/include" \
     --header-filter="^$root/($(echo $tidy_folders | tr ' ' '|'))/" 2>/dev/null
