@@ -57,12 +57,25 @@ class BranchCheck {
       told = call.close;
       const Place place{statement_.tokens[call.word].begin, statement_.tokens[call.close].end};
       const std::string& word = statement_.tokens[call.word].text;
-      out_.push_back(
-          {place,
-           word + " needs every bar, and here it sees only those for which " +
-               statement_.tokens[branch.word].text + " chooses it",
-           "give it a line of its own: X:=" + reading_.text(place) + "; and write X here"});
+      const std::string name = free_name(call);
+      out_.push_back({place,
+                      word + " needs every bar, and here it sees only those for which " +
+                          statement_.tokens[branch.word].text + " chooses it",
+                      "give it a line of its own: " + name + ":=" + reading_.text(place) +
+                          "; and write " + name + " here"});
     }
+  }
+
+  /// A name for what a call gives: MA5 for MA(C,5), and X, X2 and so on where that is taken.
+  std::string free_name(const Call& call) const {
+    const std::string period =
+        call.arguments.empty() ? "" : reading_.text(statement_, call.arguments.back());
+    const bool is_count = !period.empty() && std::ranges::all_of(period, is_digit);
+    std::string name = statement_.tokens[call.word].text + period;
+    if (!is_count || is_function(name)) name = "X";
+    const std::string front = name;
+    for (int n = 2; reading_.lines.contains(name); ++n) name = front + "X" + std::to_string(n);
+    return name;
   }
 
   const Reading& reading_;
