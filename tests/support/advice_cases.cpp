@@ -150,12 +150,14 @@ std::vector<quor_advice::Finding> findings_of(const AdviceCase& advice_case) {
   host.set_info(advice_case.period, "600000", "TEST");
   const std::string report = report_of(host, advice_case.script, advice_case.parameters);
   std::string answer;
-  quor_advice::Input input;
-  input.script = advice_case.script;
-  input.parameters = advice_case.parameters;
-  input.report = report;
-  input.period = static_cast<int32_t>(advice_case.period);
-  input.supply = advice_case.supply;
+  quor_advice::Input input{.script = advice_case.script,
+                           .parameters = advice_case.parameters,
+                           .report = report,
+                           .answer = {},
+                           .period = static_cast<int32_t>(advice_case.period),
+                           .run = {},
+                           .supply = advice_case.supply,
+                           .compile = {}};
   input.compile = [&advice_case](std::string_view script) {
     TestHost other;
     other.set_info(advice_case.period, "600000", "TEST");
