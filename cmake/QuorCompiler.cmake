@@ -26,7 +26,7 @@ endif()
 
 # quor_precompile(TARGET [HEADER...]): the standard headers that most sources use, which cost more time
 # than the sources themselves, and the given ones are read once. Sources still include what they use.
-# The sanitizers' builds precompile nothing, so that a missing include or a warning shows there.
+# The preset `asan` precompiles nothing, so that a missing include or a warning shows there.
 option(QUOR_PRECOMPILE "Precompile headers that many sources use" ON)
 function(quor_precompile target)
   if(NOT QUOR_PRECOMPILE)

@@ -4,21 +4,9 @@ import { readFile } from 'node:fs/promises';
 import { brotliCompressSync } from 'node:zlib';
 import { describe, test } from 'node:test';
 import { EngineStopped, load } from 'quor';
+import { bars } from './support/made.mjs';
 
 const module = new URL(import.meta.resolve('quor/quor.wasm'));
-const bars = (count) => ({
-  time: Float64Array.from(
-    { length: count },
-    (_, i) =>
-      20000101000000 +
-      (i % 60) +
-      100 * (Math.floor(i / 60) % 60) +
-      10000 * (Math.floor(i / 3600) % 24) +
-      1e6 * Math.floor(i / 86400),
-  ),
-  close: Float64Array.from({ length: count }, (_, i) => 100 + Math.sin(i)),
-});
-
 describe('an engine', () => {
   test('is loaded from an address, bytes, an answer, and a module', async () => {
     const bytes = await readFile(module);

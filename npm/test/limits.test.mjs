@@ -3,6 +3,7 @@ import assert from 'node:assert/strict';
 import { readFile } from 'node:fs/promises';
 import { describe, test } from 'node:test';
 import { load, OutOfMemory } from 'quor';
+import { bars, faultOf } from './support/made.mjs';
 
 const bytes = await readFile(new URL(import.meta.resolve('quor/quor.wasm')));
 const memorySection = 5;
@@ -37,28 +38,6 @@ function moduleWith(room) {
     return Buffer.concat([bytes.subarray(0, start), Buffer.from(head), bytes.subarray(at)]);
   }
 }
-
-const bars = (count) => ({
-  time: Float64Array.from(
-    { length: count },
-    (_, i) =>
-      20000101000000 +
-      (i % 60) +
-      100 * (Math.floor(i / 60) % 60) +
-      10000 * (Math.floor(i / 3600) % 24) +
-      1e6 * Math.floor(i / 86400),
-  ),
-  close: Float64Array.from({ length: count }, (_, i) => 100 + Math.sin(i)),
-});
-
-const faultOf = (work) => {
-  try {
-    work();
-    return undefined;
-  } catch (fault) {
-    return fault;
-  }
-};
 
 describe('without memory', () => {
   test('a history is refused and what was there stands', async () => {

@@ -113,29 +113,29 @@ size_t rows_of(const Batches& batches) {
   return rows;
 }
 
-template <typename Number>
-py::object numbers(const Batches& batches) {
+/// What `read(cells, row)` gives; a cell that isn't there is null.
+template <typename Read>
+py::object numbers_by(const Batches& batches, const Read& read) {
   py::array_t<double> array(static_cast<py::ssize_t>(rows_of(batches)));
   double* out = array.mutable_data();
   for (const Cells& cells : batches) {
     for (int64_t row = 0; row < cells.size(); ++row) {
-      *out++ = cells.is_there(row) ? static_cast<double>(cells.number<Number>(row))
-                                   : std::numeric_limits<double>::quiet_NaN();
+      *out++ = cells.is_there(row) ? read(cells, row) : std::numeric_limits<double>::quiet_NaN();
     }
   }
   return array;
 }
 
+template <typename Number>
+py::object numbers(const Batches& batches) {
+  return numbers_by(batches, [](const Cells& cells, int64_t row) {
+    return static_cast<double>(cells.number<Number>(row));
+  });
+}
+
 py::object bits(const Batches& batches) {
-  py::array_t<double> array(static_cast<py::ssize_t>(rows_of(batches)));
-  double* out = array.mutable_data();
-  for (const Cells& cells : batches) {
-    for (int64_t row = 0; row < cells.size(); ++row) {
-      *out++ = cells.is_there(row) ? (cells.bit(row) ? 1.0 : 0.0)
-                                   : std::numeric_limits<double>::quiet_NaN();
-    }
-  }
-  return array;
+  return numbers_by(batches,
+                    [](const Cells& cells, int64_t row) { return cells.bit(row) ? 1.0 : 0.0; });
 }
 
 /// Whole numbers may be dates, 20240102, so that they stay whole where none is null.

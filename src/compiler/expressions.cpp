@@ -165,7 +165,8 @@ void spread_whole_series(DataPoolCenter& pool, Variable& variable, VariableKind 
   }
   if (kind != VariableKind::field || variable.column_id == no_column) return;
   for (Variable* other : pool.script.variables_of_column(variable.column_id)) {
-    if (other == &variable) continue;
+    // What was an argument may have got a data column since.
+    if (other == &variable || other->column_id != variable.column_id) continue;
     if (other->kind == VariableKind::call) {
       for (Variable* argument : other->arguments) {
         if (argument != nullptr)

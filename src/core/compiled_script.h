@@ -39,9 +39,10 @@ class CompiledScript {
   }
   /// The first variable of the text that has a column or an argument id.
   Variable* find_with_column(std::string_view text) const;
-  /// To be told of every listed variable that gets a column or an argument id, which it keeps.
+  /// To be told of every listed variable that gets a column or an argument id.
   void note_column(Variable& variable);
-  /// The listed variables of a column or an argument id, in the order of the list.
+  /// The listed variables that have got a column or an argument id, in the order of the list;
+  /// some of them may have another one by now.
   const std::vector<Variable*>& variables_of_column(uint32_t column_id) const;
   /// The first variable of the text that stands for a cell of the table.
   Variable* find_field(std::string_view text) const;

@@ -68,10 +68,10 @@ inline constexpr Traits told_ahead{1 << 14};
 inline constexpr Traits branches{1 << 15};
 /// Makes a nameless statement that it opens an output line.
 inline constexpr Traits opens_line{1 << 16};
-/// Is the function where a field has the same word.
-inline constexpr Traits hides_field{1 << 18};
 /// Gives a trade signal.
 inline constexpr Traits trades{1 << 17};
+/// Is the function where a field has the same word.
+inline constexpr Traits hides_field{1 << 18};
 
 /// The argument at a position is a period.
 constexpr Traits period_at(uint8_t position) { return {.first_period = position}; }

@@ -16,6 +16,12 @@ std::vector<FunctionRow> rows_by_id() {
   return rows;
 }
 
+template <Traits trait>
+const WordsWith& words_with() {
+  static const WordsWith words(trait);
+  return words;
+}
+
 }  // namespace
 
 std::span<const FunctionRow> FunctionIdTable() {
@@ -35,39 +41,12 @@ bool WordsWith::contains(std::string_view word) const {
   return std::ranges::find(words_, word) != words_.end();
 }
 
-const WordsWith& OutputFunctionSet() {
-  static const WordsWith words(draws);
-  return words;
-}
-
-const WordsWith& WholeSeriesFunctionSet() {
-  static const WordsWith words(in_full);
-  return words;
-}
-
-const WordsWith& LookAheadFunctionSet() {
-  static const WordsWith words(told_ahead);
-  return words;
-}
-
-const WordsWith& BareFunctionSet() {
-  static const WordsWith words(bare);
-  return words;
-}
-
-const WordsWith& BranchFunctionSet() {
-  static const WordsWith words(branches);
-  return words;
-}
-
-const WordsWith& BranchRangeFunctionSet() {
-  static const WordsWith words(opens_line);
-  return words;
-}
-
-const WordsWith& TradeSignalSet() {
-  static const WordsWith words(trades);
-  return words;
-}
+const WordsWith& OutputFunctionSet() { return words_with<draws>(); }
+const WordsWith& WholeSeriesFunctionSet() { return words_with<in_full>(); }
+const WordsWith& LookAheadFunctionSet() { return words_with<told_ahead>(); }
+const WordsWith& BareFunctionSet() { return words_with<bare>(); }
+const WordsWith& BranchFunctionSet() { return words_with<branches>(); }
+const WordsWith& BranchRangeFunctionSet() { return words_with<opens_line>(); }
+const WordsWith& TradeSignalSet() { return words_with<trades>(); }
 
 }  // namespace quor

@@ -44,6 +44,7 @@ const WordsWith& BareFunctionSet();
 const WordsWith& BranchFunctionSet();
 /// Words that make a nameless statement an output line when they open it.
 const WordsWith& BranchRangeFunctionSet();
+/// Words that give a trade signal.
 const WordsWith& TradeSignalSet();
 
 }  // namespace quor

@@ -27,7 +27,7 @@ const isComeBack = (): boolean =>
 
 export class Writing {
   private readonly scripts: Scripts;
-  private readonly library: Library;
+  private readonly menu: Library;
   /** The one in the address bar that was read or made. */
   private link = '';
   private isReady = false;
@@ -38,7 +38,7 @@ export class Writing {
     private readonly events: WritingEvents,
   ) {
     this.scripts = new Scripts(editor);
-    this.library = new Library(byId('library', HTMLSelectElement), start, (id) => {
+    this.menu = new Library(byId('library', HTMLSelectElement), start, (id) => {
       this.open(id).catch(events.fail);
     });
     window.addEventListener('hashchange', () => void this.openLink());
@@ -65,7 +65,7 @@ export class Writing {
     if (!this.scripts.currentId) this.openFirst();
     this.editor.focus();
     takeUp(this.scripts.kept);
-    this.library.showLeft(left());
+    this.menu.showLeft(left());
     this.isReady = true;
     return shared ?? draft;
   }
@@ -77,7 +77,7 @@ export class Writing {
 
   /** Another text is written. */
   follow(): void {
-    this.library.show(this.scripts.opened, this.scripts.currentId);
+    this.menu.show(this.scripts.opened, this.scripts.currentId);
     this.keep();
   }
 
@@ -89,7 +89,7 @@ export class Writing {
   /** The text stands in the folder by this name. */
   saved(name: string, text: string): void {
     this.scripts.saved(name, text);
-    this.library.add(name);
+    this.menu.add(name);
     this.follow();
   }
 
@@ -106,12 +106,12 @@ export class Writing {
   }
 
   private async open(id: string): Promise<void> {
-    const one = this.library.takeLeft(id);
+    const one = this.menu.takeLeft(id);
     if (one) {
       takeUp([one]);
       this.scripts.showAsItIs(this.scripts.restore(one));
     } else if (!this.scripts.reopen(id)) {
-      const script = await this.library.read(id);
+      const script = await this.menu.read(id);
       if (script) this.scripts.open(script);
     }
     this.editor.focus();
@@ -124,7 +124,7 @@ export class Writing {
 
   private openFirst(): void {
     const { script, scripts } = this.start;
-    const { first } = this.library;
+    const { first } = this.menu;
     if (script) {
       const idOf = scripts.includes(script.name) ? folderId : otherId;
       this.scripts.open({ id: idOf(script.name), ...script });

@@ -2,15 +2,7 @@
 import assert from 'node:assert/strict';
 import { describe, test } from 'node:test';
 import { load, ScriptError } from 'quor';
-
-const faultOf = (work) => {
-  try {
-    work();
-    return undefined;
-  } catch (fault) {
-    return fault;
-  }
-};
+import { faultOf } from '../support/made.mjs';
 
 describe('a script of a million letters', () => {
   const numbered = (piece) => {
