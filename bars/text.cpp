@@ -1,29 +1,14 @@
 #include "text.h"
 
+#include <fast_float/fast_float.h>
+
 #include <algorithm>
-#include <cerrno>
-#include <charconv>
 #include <cmath>
-#include <filesystem>
-#include <fstream>
-#include <istream>
-#include <system_error>
-#include <utility>
 
 #include "errors.h"
 
 namespace quor_bars {
 namespace {
-
-/// The bytes behind the mark that some editors put in front of UTF-8.
-std::string without_byte_order_mark(std::string bytes, const std::string& name) {
-  constexpr std::string_view utf8_mark = "\xEF\xBB\xBF";
-  if (bytes.starts_with(utf8_mark)) bytes.erase(0, utf8_mark.size());
-  if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) {
-    throw ReadError(name + ": the text is UTF-16; save it as UTF-8");
-  }
-  return bytes;
-}
 
 struct Packed {
   std::string_view mark;  ///< how such a file begins
@@ -80,38 +65,12 @@ std::optional<double> short_number(std::string_view text) {
 
 }  // namespace
 
-std::string read_stream(std::istream& stream, const std::string& name) {
-  std::string bytes;
-  for (size_t piece = 1 << 16; stream; piece *= 2) {
-    const size_t known = bytes.size();
-    bytes.resize(known + piece);
-    stream.read(bytes.data() + known, static_cast<std::streamsize>(piece));
-    bytes.resize(known + static_cast<size_t>(stream.gcount()));
-  }
-  if (stream.bad()) throw ReadError(name + ": can't be read");
+void require_plain_text(std::string_view bytes, const std::string& name) {
   refuse_packed(bytes, name);
-  bytes = without_byte_order_mark(std::move(bytes), name);
-  if (bytes.empty()) throw ReadError(name + ": is empty");
-  return bytes;
-}
-
-std::string read_file(const std::string& path) {
-  const std::filesystem::path name(std::u8string(path.begin(), path.end()));
-  std::error_code error;
-  const std::filesystem::file_status status = std::filesystem::status(name, error);
-  if (status.type() == std::filesystem::file_type::not_found) {
-    throw ReadError(path + ": there is no such file");
+  if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) {
+    throw ReadError(name + ": the text is UTF-16; save it as UTF-8");
   }
-  if (status.type() == std::filesystem::file_type::directory) {
-    throw ReadError(path + ": is a directory, not a file");
-  }
-  errno = 0;
-  std::ifstream file(name, std::ios::binary);
-  if (!file) {
-    const std::string reason = errno == 0 ? "" : ": " + std::generic_category().message(errno);
-    throw ReadError(path + ": can't be opened" + reason);
-  }
-  return read_stream(file, path);
+  if (bytes.empty() || bytes == utf8_mark) throw ReadError(name + ": is empty");
 }
 
 std::string to_upper(std::string_view text) {
@@ -127,7 +86,7 @@ std::optional<double> to_number(std::string_view text) {
   if (const auto value = short_number(text)) return value;
   double value = 0.0;
   const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  const auto [stop, error] = fast_float::from_chars(text.data(), end, value);
   if (error != std::errc() || stop != end || std::isinf(value)) return std::nullopt;
   return value;
 }

@@ -35,17 +35,17 @@ add_library(decimals::decimals INTERFACE IMPORTED)
 set_target_properties(decimals::decimals PROPERTIES INTERFACE_INCLUDE_DIRECTORIES ${decimals_include})
 
 # What reads files of bars.
-if(NOT WASI)
-  find_path(csv_include csv.h PATH_SUFFIXES include ${there})
-  find_library(csv_library csv PATH_SUFFIXES lib lib/${CMAKE_LIBRARY_ARCHITECTURE} ${there})
-  add_library(csv::csv UNKNOWN IMPORTED)
-  set_target_properties(csv::csv PROPERTIES
-    IMPORTED_LOCATION ${csv_library} INTERFACE_INCLUDE_DIRECTORIES ${csv_include})
-endif()
+find_path(csv_include csv.h PATH_SUFFIXES include ${there})
+find_library(csv_library csv PATH_SUFFIXES lib lib/${CMAKE_LIBRARY_ARCHITECTURE} ${there})
+add_library(csv::csv UNKNOWN IMPORTED)
+set_target_properties(csv::csv PROPERTIES
+  IMPORTED_LOCATION ${csv_library} INTERFACE_INCLUDE_DIRECTORIES ${csv_include})
 
-# Headers, of which only the studio has use.
-if(QUOR_BUILD_HOST AND QUOR_BUILD_STUDIO)
+# Headers, of which only the studio has use, and its page.
+if(WASI OR (QUOR_BUILD_HOST AND QUOR_BUILD_STUDIO))
   find_package(nlohmann_json 3.11 REQUIRED)
+endif()
+if(QUOR_BUILD_HOST AND QUOR_BUILD_STUDIO)
   find_path(http_include httplib.h PATH_SUFFIXES include ${there})
   add_library(http::http INTERFACE IMPORTED)
   set_target_properties(http::http PROPERTIES INTERFACE_INCLUDE_DIRECTORIES ${http_include})

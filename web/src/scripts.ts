@@ -48,6 +48,11 @@ export class Scripts {
     return this.current && isOfFolder(this.current.id) ? this.current.name : '';
   }
 
+  /** What is kept of the current one. */
+  get savedText(): string {
+    return this.current?.saved ?? '';
+  }
+
   get opened(): Opened[] {
     return this.all.map((script) => {
       const { id, name } = script;
@@ -115,6 +120,13 @@ export class Scripts {
     if (!this.current) return;
     if (before && before !== this.current) this.giveWay(before);
     Object.assign(this.current, { id, name, saved: text });
+  }
+
+  /** The current one has been changed where it is kept, and that is written on. */
+  takeOther(text: string): void {
+    if (!this.current) return;
+    this.current.saved = plain(text);
+    this.editor.write(this.current.saved);
   }
 
   /** Another script has been saved under the name of one that is open. */

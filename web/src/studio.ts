@@ -1,8 +1,10 @@
 // The page as a whole: its editor, its panels, and what each of them sets in motion.
-import { Session } from './api/client.ts';
-import type { BarsAnswer, Drawn, Parameter, ScriptAnswer, Slider, Start } from './api/types.ts';
+import { readBars, readSampleBars } from './api/server.ts';
 import { byId, saveFile, setText } from './dom.ts';
 import { Editor } from './editor/editor.ts';
+import { Ended } from './engine/line.ts';
+import { Session } from './engine/session.ts';
+import type { BarsAnswer, Drawn, Parameter, ScriptAnswer, Slider } from './engine/types.ts';
 import { Looks } from './looks.ts';
 import { Events } from './panels/events.ts';
 import { Findings } from './panels/findings.ts';
@@ -10,15 +12,21 @@ import { bindHeader } from './panels/header.ts';
 import { tell, tellError } from './panels/message.ts';
 import { PeriodMenu } from './panels/period.ts';
 import { Play } from './panels/play.ts';
+import { SaveDialog } from './panels/save.ts';
 import { Scan } from './panels/scan.ts';
 import { Securities } from './panels/securities.ts';
 import { numberText, Sliders } from './panels/sliders.ts';
 import { Tabs } from './panels/tabs.ts';
 import { Pipeline } from './pipeline.ts';
+import type { Shelf } from './shelf.ts';
+import type { Beginning } from './start.ts';
 import { type Setting, Writing } from './writing.ts';
 
-/** Where the bars come from: a security of the folder, or a file of the user's. */
+/** Where the bars come from: a security, or a file of the user's. */
 type Source = { security: string } | { file: File };
+
+/** The bars that the page brings. */
+const sample = 'index-daily';
 
 const tabs = [
   { id: 'securities', title: 'Securities' },
@@ -30,7 +38,6 @@ const newestEvents = 1000;
 const barsToPlay = 200;
 
 export class Studio {
-  private readonly session = new Session();
   private readonly editor: Editor;
   private readonly pipeline: Pipeline;
   private readonly looks: Looks;
@@ -49,22 +56,35 @@ export class Studio {
   private wanted: Source | undefined;
   private bars: BarsAnswer | undefined;
   private isReady = false;
-  private renewal: Promise<void> | undefined;
+  private readonly limits: { script: number };
+  /** Of the securities. */
+  private readonly names: readonly string[];
+  /** They are files of a folder, over which a scan can go. */
+  private readonly hasFolder: boolean;
   private areEventsOld = true;
 
-  constructor(private readonly start: Start) {
-    const fail = (error: unknown) => void this.fail(error);
-    this.editor = new Editor(byId('editor', HTMLElement), start.words, () => this.followScript());
-    this.writing = new Writing(this.editor, start, {
+  constructor(
+    private readonly session: Session,
+    { start, language, samples, shelf }: Beginning,
+  ) {
+    const fail = (error: unknown) => this.fail(error);
+    this.limits = language.limits;
+    const names = start.files.securities.map(({ name }) => name);
+    this.names = names.length > 0 ? names : [sample];
+    this.hasFolder = names.length > 0;
+    this.editor = new Editor(byId('editor', HTMLElement), language.words, () =>
+      this.followScript(),
+    );
+    this.writing = new Writing(this.editor, start, samples, shelf, {
       setting: () => this.setting,
       linked: ({ parameters }) => (this.parameters = new Map(Object.entries(parameters))),
       fail,
     });
     this.looks = new Looks(byId('theme', HTMLButtonElement), () => this.applyTheme());
-    this.pipeline = new Pipeline(this.session, start.theme, this.looks.name, {
+    this.pipeline = new Pipeline(session, language.theme, this.looks.name, {
       take: () => ({ script: this.editor.take(), parameters: this.parameterList }),
       answered: (answer) => this.show(answer),
-      fail: (error) => this.fail(error),
+      fail,
     });
     this.findings = new Findings(byId('findings', HTMLElement), (finding) =>
       this.editor.goTo(finding),
@@ -74,12 +94,12 @@ export class Studio {
       add: (name, value) => this.setParameter(name, value),
       remove: (name) => this.setParameter(name, undefined),
     });
-    this.tabs = new Tabs(byId('drawer', HTMLElement), byId('tabs', HTMLElement), tabs, () =>
+    this.tabs = new Tabs(byId('drawer', HTMLElement), byId('tabs', HTMLElement), this.tabList, () =>
       this.refreshEvents(),
     );
     this.securities = new Securities(
       this.tabs.panel('securities'),
-      start.securities,
+      this.names,
       (name) => void this.open({ security: name }),
     );
     this.events = new Events(
@@ -87,31 +107,37 @@ export class Studio {
       (row) => this.pipeline.chart.showRow(row),
       (count) => this.tabs.setCount('events', count),
     );
-    new Scan(this.tabs.panel('scan'), this.session, {
-      script: () => ({ script: this.editor.text, parameters: this.parameterList }),
-      open: (security) => void this.open({ security }),
-      fail,
-    });
+    if (this.hasFolder) {
+      new Scan(this.tabs.panel('scan'), {
+        script: () => ({ script: this.editor.text, parameters: this.parameterList }),
+        open: (security) => void this.open({ security }),
+        fail,
+      });
+    }
     this.play = this.makePlay(fail);
     this.editor.setDark(this.looks.name === 'dark');
-    this.period = new PeriodMenu(byId('period', HTMLSelectElement), start.periods, () => {
+    this.period = new PeriodMenu(byId('period', HTMLSelectElement), language.periods, () => {
       if (this.wanted) void this.open(this.wanted);
     });
-    this.bindButtons(fail);
-    this.bindWindow();
+    this.bindButtons(fail, this.makeSaveDialog(shelf));
   }
 
   /** Shows the script that a link, this tab, or the command line has, over the first security. */
   async begin(): Promise<void> {
-    await this.session.open();
     const given = await this.writing.begin();
     this.parameters = new Map(Object.entries(given?.parameters ?? {}));
     this.isReady = true;
-    const known = this.start.securities.map(({ name }) => name);
-    const security = known.find((name) => name === given?.security) ?? known[0];
-    if (security !== undefined) return this.open({ security });
-    tell('Drop a CSV with bars onto the page');
-    return this.recalculate();
+    const security = this.names.find((name) => name === given?.security) ?? this.names[0];
+    await this.open({ security });
+  }
+
+  /** The engine was stopped, and has all of the bars again. */
+  takeRestored(bars: BarsAnswer): void {
+    if (this.play.isOn) this.takeBars(bars);
+  }
+
+  private get tabList() {
+    return tabs.filter(({ id }) => id !== 'scan' || this.hasFolder);
   }
 
   private get parameterList(): Parameter[] {
@@ -131,8 +157,8 @@ export class Studio {
 
   private recalculate(): void {
     if (!this.isReady) return;
-    if (this.editor.text.length > this.start.limits.script) {
-      return tellError(`A script may be ${this.start.limits.script / 1024} KiB long`);
+    if (this.editor.text.length > this.limits.script) {
+      return tellError(`A script may be ${this.limits.script / 1024} KiB long`);
     }
     this.pipeline.want();
   }
@@ -189,23 +215,23 @@ export class Studio {
     this.wanted = source;
     tell('');
     try {
-      await this.session.inTurn(async () => {
-        if (source !== this.wanted) return;
-        const bars = await this.read(source);
-        this.source = source;
-        this.takeBars(bars);
-      });
+      const { name, content } = await this.read(source);
+      if (source !== this.wanted) return;
+      this.session.supersede();
+      const bars = await this.session.takeBars({ name, content, period: this.period.chosen });
+      if (source !== this.wanted) return; // others are on their way to the desk
+      this.source = source;
+      this.takeBars(bars);
     } catch (error) {
-      const isRenewed = await this.fail(error);
-      if (!isRenewed && source === this.wanted) this.wanted = this.source;
+      this.fail(error);
+      if (source === this.wanted) this.wanted = this.source;
     }
   }
 
-  private read(source: Source): Promise<BarsAnswer> {
-    const period = this.period.chosen;
-    return 'file' in source
-      ? this.session.readCsv(source.file, source.file.name, period)
-      : this.session.readSecurity(source.security, period);
+  private async read(source: Source): Promise<{ name: string; content: Blob }> {
+    if ('file' in source) return { name: source.file.name, content: source.file };
+    const name = source.security;
+    return { name, content: await (this.hasFolder ? readBars(name) : readSampleBars()) };
   }
 
   private takeBars(bars: BarsAnswer): void {
@@ -227,10 +253,8 @@ export class Studio {
     this.areEventsOld = false;
     this.session
       .events(Math.max(count - newestEvents, 0), newestEvents)
-      .then(({ revision, events, count }) => {
-        if (revision === this.pipeline.newest?.revision) this.events.showAll(events, count);
-      })
-      .catch((error: unknown) => void this.fail(error));
+      .then(({ events, count }) => this.events.showAll(events, count))
+      .catch((error: unknown) => this.fail(error));
   }
 
   private makePlay(fail: (error: unknown) => void): Play {
@@ -261,7 +285,18 @@ export class Studio {
     });
   }
 
-  private bindButtons(fail: (error: unknown) => void): void {
+  private makeSaveDialog(shelf: Shelf): SaveDialog {
+    return new SaveDialog(shelf, {
+      script: () => this.writing.script,
+      saved: (name, text) => {
+        this.writing.saved(name, text);
+        tell(`Saved as ${name}`);
+      },
+      takeOther: (text) => this.writing.takeOther(text),
+    });
+  }
+
+  private bindButtons(fail: (error: unknown) => void, dialog: SaveDialog): void {
     bindHeader(
       {
         zoom: (factor) => this.pipeline.chart.zoom(factor),
@@ -271,22 +306,10 @@ export class Studio {
           saveFile(`${this.fileName}.png`, await this.pipeline.chart.picture()),
         saveCsv: async () => saveFile(`${this.fileName}.csv`, await this.session.csv()),
         openFile: (file) => void this.open({ file }),
-        script: () => ({ name: this.writing.fileName, text: this.editor.text }),
-        saved: (name, text) => {
-          this.writing.saved(name, text);
-          tell(`Saved as ${name}`);
-        },
         fail,
       },
-      this.start.can_save,
+      dialog,
     );
-  }
-
-  private bindWindow(): void {
-    window.addEventListener('pagehide', () => this.session.close());
-    window.addEventListener('pageshow', ({ persisted }) => {
-      if (persisted) void this.renew(); // its session is gone
-    });
   }
 
   private get fileName(): string {
@@ -303,28 +326,9 @@ export class Studio {
     }
   }
 
-  /** Says why, or begins anew where the server has freed the session: then true. */
-  private async fail(error: unknown): Promise<boolean> {
-    const isGone = await this.session.isGone(error);
-    if (isGone) await this.renew();
-    else tellError(error);
-    return isGone;
-  }
-
-  private renew(): Promise<void> {
-    this.renewal ??= this.renewNow().finally(() => (this.renewal = undefined));
-    return this.renewal;
-  }
-
-  private async renewNow(): Promise<void> {
-    try {
-      await this.session.open();
-    } catch (error) {
-      return tellError(error);
-    }
-    this.play.reset();
-    if (this.wanted) void this.open(this.wanted);
-    else this.pipeline.want();
+  /** Says why; what the user or a newer script has ended needs no saying. */
+  private fail(error: unknown): void {
+    if (!(error instanceof Ended)) tellError(error);
   }
 }
 

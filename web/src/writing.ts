@@ -1,12 +1,14 @@
 // Which script is written, and that none is lost: they come from the menu, from a link, from this tab
 // before it was loaded again, and from tabs that were closed.
-import type { Start } from './api/types.ts';
+import type { Sample, Start } from './api/types.ts';
 import { byId } from './dom.ts';
 import { type Draft, keepDraft, keptDraft, leaveDraft, left, takeUp } from './draft.ts';
 import type { Editor } from './editor/editor.ts';
 import { fromFragment, type Shared, toFragment } from './link.ts';
 import { Library } from './panels/library.ts';
+import type { Writable } from './panels/save.ts';
 import { folderId, otherId, Scripts } from './scripts.ts';
+import type { Shelf } from './shelf.ts';
 
 /** What goes with the scripts into a link or a draft. */
 export type Setting = Omit<Shared, 'script'>;
@@ -35,10 +37,12 @@ export class Writing {
   constructor(
     private readonly editor: Editor,
     private readonly start: Start,
+    samples: readonly Sample[],
+    private readonly shelf: Shelf,
     private readonly events: WritingEvents,
   ) {
     this.scripts = new Scripts(editor);
-    this.menu = new Library(byId('library', HTMLSelectElement), start, (id) => {
+    this.menu = new Library(byId('library', HTMLSelectElement), samples, shelf, (id) => {
       this.open(id).catch(events.fail);
     });
     window.addEventListener('hashchange', () => void this.openLink());
@@ -70,9 +74,15 @@ export class Writing {
     return shared ?? draft;
   }
 
-  /** The name by which the script is one of the folder. */
-  get fileName(): string {
-    return this.scripts.fileName;
+  /** The script as it stands, and as it is kept by its name. */
+  get script(): Writable {
+    const { fileName: name, savedText: saved } = this.scripts;
+    return { name, text: this.editor.text, saved };
+  }
+
+  takeOther(text: string): void {
+    this.scripts.takeOther(text);
+    this.follow();
   }
 
   /** Another text is written. */
@@ -123,10 +133,10 @@ export class Writing {
   }
 
   private openFirst(): void {
-    const { script, scripts } = this.start;
+    const { script } = this.start;
     const { first } = this.menu;
     if (script) {
-      const idOf = scripts.includes(script.name) ? folderId : otherId;
+      const idOf = this.shelf.names().includes(script.name) ? folderId : otherId;
       this.scripts.open({ id: idOf(script.name), ...script });
     } else if (first) {
       this.scripts.open(first);

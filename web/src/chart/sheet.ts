@@ -1,5 +1,5 @@
 // What a chart is drawn from: a script's records and the values that were loaded for them.
-import type { Drawn, Shown } from '../api/types.ts';
+import type { Drawn, Shown } from '../engine/types.ts';
 import type { Sight } from './frame.ts';
 import type { ShapeRecord } from './records.ts';
 import type { Theme } from './theme.ts';

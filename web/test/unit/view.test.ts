@@ -1,10 +1,10 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { readView } from '../../src/api/view_answer.ts';
+import { readView } from '../../src/engine/view_answer.ts';
 import { rangeInSight } from '../../src/chart/range.ts';
 import { View } from '../../src/chart/view.ts';
 
-/** An answer as the server writes it: rows 100 to 105 in slots of two. */
+/** An answer as the desk writes it: rows 100 to 105 in slots of two. */
 function answer(): ArrayBuffer {
   const columns = [
     { id: 11, as: 'last' },
@@ -12,7 +12,6 @@ function answer(): ArrayBuffer {
     { id: 20001, as: 'any' },
   ];
   let text = JSON.stringify({
-    revision: 7,
     from: 100,
     to: 105,
     rows: 105,
