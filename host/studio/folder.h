@@ -22,7 +22,8 @@ class Securities {
   /// A file of bars, or a folder with such files. Throws HostError for neither.
   explicit Securities(const std::string& path);
 
-  /// By their names, those of their files without the ending, as the folder has them at this moment.
+  /// By their names, those of their files without the ending, as the folder has them at this
+  /// moment.
   std::vector<File> files() const;
   /// The file of a security. Throws Refusal for a name that isn't among them.
   std::string path_of(const std::string& name) const;

@@ -4,8 +4,8 @@
 #include <thread>
 #include <utility>
 
-#include "../period.h"
 #include "../bars.h"
+#include "../period.h"
 #include "../scan_findings.h"
 #include "gate.h"
 #include "refusal.h"

@@ -18,8 +18,8 @@ class Searches {
   /// Beyond these the oldest one ends.
   static constexpr size_t most = 8;
 
-  /// Begins a scan and gives its id. Throws Refusal for a script or a condition that has an error or
-  /// reads other securities.
+  /// Begins a scan and gives its id. Throws Refusal for a script or a condition that has an error
+  /// or reads other securities.
   Json start(const Securities& securities, const Json& request);
   /// What came since a place. Throws Refusal for an id that isn't known, as the two below.
   Json progress(const std::string& id, size_t since);

@@ -20,7 +20,8 @@ constexpr size_t thread_count = 64;
 constexpr size_t largest_body = size_t{4} << 20U;
 
 constexpr auto content_security =
-    "default-src 'none'; script-src 'self' 'wasm-unsafe-eval'; worker-src 'self'; style-src 'self'; "
+    "default-src 'none'; script-src 'self' 'wasm-unsafe-eval'; worker-src 'self'; style-src "
+    "'self'; "
     "img-src 'self' data: blob:; font-src 'self'; connect-src 'self'; base-uri 'none'; "
     "form-action 'none'; "
     "frame-ancestors 'none'";
@@ -52,8 +53,12 @@ std::string content_type(const httplib::Request& request) {
 }
 
 Request request_of(const httplib::Request& request) {
-  Request plain{request.method, request.path, {}, content_type(request),
-                request.get_header_value("If-None-Match"), {}};
+  Request plain{request.method,
+                request.path,
+                {},
+                content_type(request),
+                request.get_header_value("If-None-Match"),
+                {}};
   for (const auto& [key, value] : request.params) plain.query.emplace(key, value);
   return plain;
 }

@@ -27,7 +27,8 @@ std::unique_ptr<Server> server_for(const StudioOptions& options, const Service& 
     return std::make_unique<Server>(options.port.value_or(usual_port), service);
   } catch (const HostError&) {
     if (options.port) throw;
-    std::cerr << "quor: note: port " << usual_port << " is taken, so links of that studio lead there\n";
+    std::cerr << "quor: note: port " << usual_port
+              << " is taken, so links of that studio lead there\n";
     return std::make_unique<Server>(0, service);
   }
 }
@@ -35,9 +36,9 @@ std::unique_ptr<Server> server_for(const StudioOptions& options, const Service& 
 int export_page(const std::filesystem::path& page, const std::filesystem::path& folder) {
   Page{page};  // says what is missing
   std::filesystem::create_directories(folder);
-  std::filesystem::copy(page, folder,
-                        std::filesystem::copy_options::recursive |
-                            std::filesystem::copy_options::overwrite_existing);
+  std::filesystem::copy(
+      page, folder,
+      std::filesystem::copy_options::recursive | std::filesystem::copy_options::overwrite_existing);
   std::cout << "The page is in " << folder.string() << "; any server of files can have it.\n";
   return EXIT_SUCCESS;
 }
@@ -64,8 +65,8 @@ int run_studio(const StudioOptions& options) {
   if (!options.export_path.empty()) return export_page(page_of(options), options.export_path);
   auto service = std::make_unique<StudioService>(
       StudioFiles{page_of(options), options.bars_path, options.script_path});
-  const auto server = server_for(
-      options, [&service](const Request& request) { return service->answer(request); });
+  const auto server =
+      server_for(options, [&service](const Request& request) { return service->answer(request); });
   const EndSignals signals;
   const std::string link =
       "http://127.0.0.1:" + std::to_string(server->port()) + "/?token=" + server->gate().token();

@@ -74,11 +74,8 @@ Studio::Studio(std::vector<std::string> arguments) {
   page_.write("index.html", "<!doctype html><title>page</title>");
   page_.write("studio.js", "'use strict';");
   page_.write("secret.key", "not for the page");
-  for (const std::string& argument :
-       {std::string("studio"), std::string("--page"), page_.path(), std::string("--no-open")}) {
-    arguments.push_back(argument);
-  }
-  std::rotate(arguments.begin(), arguments.end() - 4, arguments.end());
+  const std::string first[] = {"studio", "--page", page_.path(), "--no-open", "--port", "0"};
+  arguments.insert(arguments.begin(), std::begin(first), std::end(first));
   process_ = std::make_unique<Process>(command_of(arguments));
   const std::regex link("http://127\\.0\\.0\\.1:(\\d+)/\\?token=([0-9a-f]+)");
   std::string text;
@@ -131,12 +128,6 @@ Reply Studio::send(const std::string& method, const std::string& path) const {
   request.path = path;
   request.headers = headers_of(with_cookie({}));
   return reply_of(client_of(port_).send(request));
-}
-
-std::string Studio::open() const {
-  const Reply reply = post("/api/sessions", "", "application/json");
-  EXPECT_EQ(reply.status, 201);
-  return "/api/sessions/" + reply.json().value("id", "");
 }
 
 std::string made_bars(size_t count, unsigned seed) {

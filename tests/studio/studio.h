@@ -67,9 +67,6 @@ class Studio {
   /// Another method, without a body.
   Reply send(const std::string& method, const std::string& path) const;
 
-  /// The path of a new session.
-  std::string open() const;
-
  private:
   Headers with_cookie(Headers headers) const;
 

@@ -132,7 +132,6 @@ test('a scan is cancelled, and a page closed in its middle leaves the server wel
   const closed = await Desk.open(browser, busy);
   const slow = 'A:HHV(H,500);B:LLV(L,500);D:STD(C,300);E:PERCENTILE(C,200,90);';
   await closed.write(slow);
-  const scanning = closed.page.waitForRequest((request) => request.url().includes('/scan?'));
   await closed.page.click('#tab-scan');
   await closed.page.click('#scan-start');
   await closed.page.waitForFunction(() =>
@@ -146,30 +145,18 @@ test('a scan is cancelled, and a page closed in its middle leaves the server wel
   await closed.page.waitForFunction(() =>
     document.getElementById('scan-state')!.textContent?.startsWith('running'),
   );
-  const session = (await scanning).url();
+  const scanning = await closed.page.waitForRequest((request) =>
+    /scans\/\w+\?/.test(request.url()),
+  );
+  const scan = scanning.url().replace(/\?.*/, '');
   const { href } = new URL('/', busy.origin);
   await closed.close();
   const page = await browser.newPage();
   await page.goto(href);
   await page.waitForSelector('.legend dd');
-  const status = await page.evaluate(async (session) => (await fetch(session)).status, session);
-  assert.equal(status, 404, 'the session went with its page');
+  await page.waitForFunction(async (scan) => (await fetch(scan)).status === 404, {}, scan);
   await page.close();
   await busy.stop();
-});
-
-test('a session that the server has freed is begun anew', async () => {
-  const opened = desk.page.waitForRequest((request) =>
-    /sessions\/\w+\/script$/.test(request.url()),
-  );
-  await desk.drop('mine.csv', lastBars(90));
-  await desk.write('A:MA(C,3);');
-  const address = (await opened).url().replace(/script$/, 'close');
-  await desk.page.evaluate((address) => fetch(address, { method: 'POST' }), address);
-  await desk.write('B:MA(C,4);');
-  assert.deepEqual(Object.keys(await desk.legend()).slice(0, 1), ['B']);
-  assert.match(await desk.text('.caption'), /^mine/);
-  assert.equal(await desk.text('#message'), '');
 });
 
 test('a CSV that is dropped is shown, one that is none is refused', async () => {
@@ -261,6 +248,7 @@ test('no path leads outside, and no other page is answered', async () => {
   const paths = [
     '/api/scripts/..%2F..%2Fetc%2Fpasswd',
     '/api/scripts/%2Fetc%2Fpasswd.quor',
+    '/api/bars/..%2F..%2Fetc%2Fpasswd',
     '/..%2f..%2fREADME.md',
     '/%2e%2e/%2e%2e/etc/passwd',
   ];
@@ -272,25 +260,9 @@ test('no path leads outside, and no other page is answered', async () => {
     inside.every((status) => status >= 400 && status < 500),
     inside.join(' '),
   );
-  const outside = await desk.page.evaluate(async () => {
-    const { id } = await (
-      await fetch('/api/sessions', {
-        method: 'POST',
-        headers: { 'Content-Type': 'application/json' },
-        body: '{}',
-      })
-    ).json();
-    const request = {
-      method: 'POST',
-      headers: { 'Content-Type': 'application/json' },
-      body: '{"security":"../../../etc/passwd"}',
-    };
-    return (await fetch(`/api/sessions/${id}/bars`, request)).status;
-  });
-  assert.ok(outside >= 400 && outside < 500);
   const cookie = (await browser.cookies()).map(({ name, value }) => `${name}=${value}`).join('; ');
   const ask = async (headers: Record<string, string>) =>
-    (await fetch(`${studio.origin}/api/start`, { headers })).status;
+    (await fetch(`${studio.origin}/api/files`, { headers })).status;
   assert.equal(await ask({ cookie }), 200);
   assert.equal(await ask({}), 403);
   assert.equal(await ask({ cookie, origin: 'http://evil.example' }), 403);

@@ -73,7 +73,7 @@ export class Studio {
   }
 
   static async start(...options: string[]): Promise<Studio> {
-    const server = spawn(quor, ['studio', '--no-open', ...options], {
+    const server = spawn(quor, ['studio', '--no-open', '--port', '0', ...options], {
       stdio: ['ignore', 'pipe', 'inherit'],
     });
     const link = await new Promise<string>((found, fail) => {
@@ -177,10 +177,20 @@ export class Desk {
     const [idle, longest] = [80, 30_000];
     const end = Date.now() + longest;
     this.changed = Date.now();
-    while (this.underWay.size > 0 || Date.now() - this.changed < idle) {
+    while (
+      this.underWay.size > 0 ||
+      (await this.calculates()) ||
+      Date.now() - this.changed < idle
+    ) {
       assert.ok(Date.now() < end, `under way: ${[...this.underWay].map((one) => one.url())}`);
       await new Promise((resolve) => setTimeout(resolve, 10));
     }
+  }
+
+  private async calculates(): Promise<boolean> {
+    const found = await this.page.$('#chart[aria-busy="true"]');
+    if (found) this.changed = Date.now();
+    return found !== null;
   }
 
   /** A page that is left may never hear what became of its requests. */
