@@ -17,7 +17,9 @@ namespace {
 /// Idle connections hold a thread each.
 constexpr size_t thread_count = 64;
 /// A script with what its text, and the one before, may grow by as JSON.
-constexpr size_t largest_body = size_t{4} << 20U;
+constexpr size_t most_kept = size_t{4} << 20U;
+/// So much is read of a body, so that the connection can go on.
+constexpr size_t largest_body = size_t{65} << 20U;
 
 constexpr auto content_security =
     "default-src 'none'; script-src 'self' 'wasm-unsafe-eval'; worker-src 'self'; style-src "
@@ -75,11 +77,13 @@ void give(const Answer& answer, httplib::Response& response) {
 /// Throws Refusal for one that can't be read or is too large.
 std::string body_of(const httplib::ContentReader& reader) {
   std::string body;
-  const bool is_whole = reader([&body](const char* data, size_t count) {
-    body.append(data, count);
-    return body.size() <= largest_body;
+  size_t size = 0;
+  const bool is_whole = reader([&](const char* data, size_t count) {
+    size += count;
+    if (size <= most_kept) body.append(data, count);
+    return size <= largest_body;
   });
-  if (body.size() > largest_body) throw Refusal(413, "the body is too large");
+  if (size > most_kept) throw Refusal(413, "the body is too large");
   if (!is_whole) throw Refusal(400, "the body can't be read");
   return body;
 }

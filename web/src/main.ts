@@ -17,7 +17,7 @@ try {
   const session = new Session(
     await readModule(),
     makeWorker,
-    (isBusy) => busy.set(isBusy),
+    (isBusy, isLayingOut) => busy.set(isBusy, isLayingOut),
     (bars) => studio?.takeRestored(bars),
   );
   studio = new Studio(session, await readBeginning(session));

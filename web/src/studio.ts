@@ -223,8 +223,10 @@ export class Studio {
       this.source = source;
       this.takeBars(bars);
     } catch (error) {
+      if (source !== this.wanted) return;
+      if (error instanceof Ended && !error.isByUser) return this.open(source); // now with the newer script
       this.fail(error);
-      if (source === this.wanted) this.wanted = this.source;
+      this.wanted = this.source;
     }
   }
 

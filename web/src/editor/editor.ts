@@ -1,6 +1,6 @@
 // The editor of the script that is written, whose text the page holds nowhere else.
 import { closeBrackets, closeBracketsKeymap, completionKeymap } from '@codemirror/autocomplete';
-import { defaultKeymap, history, historyKeymap } from '@codemirror/commands';
+import { defaultKeymap, history, historyKeymap, isolateHistory } from '@codemirror/commands';
 import { bracketMatching } from '@codemirror/language';
 import { type Diagnostic, lintKeymap, setDiagnostics } from '@codemirror/lint';
 import { highlightSelectionMatches, searchKeymap } from '@codemirror/search';
@@ -135,7 +135,10 @@ export class Editor {
 
   /** Has another text in place of the one that is written, which to undo it leads back to. */
   write(text: string): void {
-    this.view.dispatch({ changes: { from: 0, to: this.view.state.doc.length, insert: text } });
+    this.view.dispatch({
+      changes: { from: 0, to: this.view.state.doc.length, insert: text },
+      annotations: isolateHistory.of('full'),
+    });
   }
 
   focus(): void {

@@ -10,9 +10,9 @@ export interface Asked {
 export type Told =
   { id: number; answer: Uint8Array<ArrayBuffer> } | { id: number; message: string; status: number };
 
-/** What was asked of a worker that is no more. */
+/** What was asked of a worker that is no more: the user has stopped it, or a newer wish. */
 export class Ended extends Error {
-  constructor() {
+  constructor(readonly isByUser: boolean) {
     super('the calculation was stopped');
   }
 }
@@ -53,10 +53,10 @@ export class Line {
   }
 
   /** Ends what is calculated, and all that waits behind it: another worker begins, with nothing. */
-  cut(): void {
+  cut(reason: Ended): void {
     this.worker.terminate();
     this.worker = this.begin();
-    this.fail(new Ended());
+    this.fail(reason);
   }
 
   private begin(): WorkerLike {

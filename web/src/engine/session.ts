@@ -1,6 +1,6 @@
 // What the page asks of its desk, and how the desk is laid out again after its worker was ended.
 import type { ViewData } from '../chart/view.ts';
-import { Line, type WorkerLike } from './line.ts';
+import { Ended, Line, type WorkerLike } from './line.ts';
 import type {
   BarsAnswer,
   EventsAnswer,
@@ -46,11 +46,12 @@ export class Session {
   constructor(
     compiled: WebAssembly.Module,
     makeWorker: () => WorkerLike,
-    busy: (isBusy: boolean) => void,
+    /** Calls are under way, or none are any more; they lay out the desk without being asked for. */
+    busy: (isBusy: boolean, isLayingOut: boolean) => void,
     /** The bars are there again, all of them. */
     private readonly restored: (bars: BarsAnswer) => void,
   ) {
-    this.line = new Line(compiled, makeWorker, busy);
+    this.line = new Line(compiled, makeWorker, (isBusy) => busy(isBusy, this.isLayingOut));
   }
 
   /** What is under way has been asked for in vain: it is ended, unless it is over soon. */
@@ -59,14 +60,13 @@ export class Session {
     if (oldest === undefined || oldest === this.doomed || this.isLayingOut) return;
     this.doomed = oldest;
     setTimeout(() => {
-      if (this.line.oldest === oldest) this.stop();
+      if (this.line.oldest === oldest) this.end(new Ended(false));
     }, patience);
   }
 
   /** Ends what is calculated. What was seen before is at the desk again, but no play. */
   stop(): void {
-    this.line.cut();
-    this.ready = this.layOut();
+    this.end(new Ended(true));
   }
 
   /** A call would be answered as soon as it is calculated. */
@@ -124,8 +124,13 @@ export class Session {
     return new Blob([await this.ask({ call: 'csv' })], { type: 'text/csv' });
   }
 
-  private async layOut(): Promise<void> {
+  private end(reason: Ended): void {
     this.isLayingOut = true;
+    this.line.cut(reason);
+    this.ready = this.layOut();
+  }
+
+  private async layOut(): Promise<void> {
     try {
       if (this.sound) await this.line.ask({ call: 'script', ...this.sound });
       if (this.bars) this.restored(await this.postNow(this.bars));

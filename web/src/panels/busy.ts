@@ -13,10 +13,10 @@ export class Busy {
     byId('stop', HTMLButtonElement).addEventListener('click', stop);
   }
 
-  set(isBusy: boolean): void {
+  set(isBusy: boolean, isLayingOut: boolean): void {
     clearTimeout(this.timer);
     this.chart.setAttribute('aria-busy', String(isBusy));
-    if (isBusy) this.timer = setTimeout(() => (this.root.hidden = false), patience);
+    if (isBusy && !isLayingOut) this.timer = setTimeout(() => (this.root.hidden = false), patience);
     else this.root.hidden = true;
   }
 }

@@ -100,7 +100,7 @@ function column(title: string, text: string, other: string): HTMLElement {
   const known = new Set(other.split('\n'));
   const lines = text
     .split('\n')
-    .map((line) => element(known.has(line) ? 'span' : 'mark', {}, `${line}\n`));
+    .map((line) => element(known.has(line) || line === '' ? 'span' : 'mark', {}, `${line}\n`));
   return element(
     'section',
     { 'aria-label': title },

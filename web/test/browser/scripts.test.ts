@@ -31,7 +31,10 @@ async function prepend(text: string, on = desk): Promise<void> {
   await on.settled();
 }
 
-const undo = (on = desk) => on.chord('Control', 'z');
+const undo = async (on = desk) => {
+  await on.page.focus('#editor >>> .cm-content');
+  await on.chord('Control', 'z');
+};
 
 /** The script of the folder that would be saved, and what the menu says of it. */
 async function names(on = desk): Promise<{ file: string; shown: string }> {
@@ -91,7 +94,7 @@ test('a sample that is saved becomes a file, and a file is read anew', async () 
 });
 
 test('a page with unsaved text warns, and has all of it when it is loaded again', async () => {
-  await desk.page.reload();
+  await desk.goTo();
   assert.equal(desk.warnings, 0, 'without changes there is nothing to warn of');
   await desk.openScript('one');
   await prepend('X:C;');
@@ -152,4 +155,30 @@ test('a link opens beside what is written, and writing on goes on when it is loa
   assert.equal(await desk.script(), `X:C;${texts.one}`);
   await desk.openScript('link');
   assert.equal(await desk.script(), 'K:O;LINKED:MA(C,3);');
+});
+
+test('Ctrl-S saves, and shows both texts where the file has been changed meanwhile', async () => {
+  await desk.openScript('one');
+  await prepend('X:C;');
+  await desk.chord('Control', 's');
+  assert.equal(readFileSync(fileOf('one'), 'utf8'), `X:C;${texts.one}`);
+  assert.equal(await desk.text('#message'), 'Saved as one.quor');
+  assert.deepEqual(await names(), { file: 'one.quor', shown: 'one.quor' });
+  writeFileSync(fileOf('one'), 'ELSEWHERE:C;\n');
+  await prepend('Y:O;');
+  await desk.chord('Control', 's');
+  assert.equal(await desk.text('#save-note'), 'one.quor has been changed elsewhere');
+  assert.deepEqual(await desk.texts('#save-both mark'), [
+    'ELSEWHERE:C;\n',
+    `Y:O;X:C;${texts.one}\n`,
+  ]);
+  assert.equal(readFileSync(fileOf('one'), 'utf8'), 'ELSEWHERE:C;\n');
+  await desk.page.click('#save-take');
+  await desk.settled();
+  assert.equal(await desk.script(), 'ELSEWHERE:C;\n');
+  assert.equal((await names()).shown, 'one.quor');
+  await undo();
+  assert.equal(await desk.script(), `Y:O;X:C;${texts.one}`, 'what was written is one step away');
+  await desk.chord('Control', 's');
+  assert.equal(readFileSync(fileOf('one'), 'utf8'), `Y:O;X:C;${texts.one}`);
 });

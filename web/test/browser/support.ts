@@ -112,6 +112,8 @@ declare global {
   interface Window {
     /** Charts that have been drawn with new values, and when the newest was. */
     drawn: { count: number; at: number };
+    /** What the engine was asked for. */
+    asked: { call: string; to?: number; points?: number }[];
   }
 }
 
@@ -128,8 +130,8 @@ export class Desk {
   private constructor(readonly page: Page) {}
 
   static async open(
-    browser: Browser,
-    studio: Studio,
+    browser: Pick<Browser, 'newPage'>,
+    studio: Pick<Studio, 'origin' | 'takeEntry'>,
     fragment = '',
     theme = 'light',
   ): Promise<Desk> {
@@ -156,6 +158,12 @@ export class Desk {
     });
     await page.evaluateOnNewDocument(() => {
       window.drawn = { count: 0, at: 0 };
+      window.asked = [];
+      const { postMessage } = Worker.prototype;
+      Worker.prototype.postMessage = function (message, ...transfer: never[]) {
+        if (message.call) window.asked.push(message.call);
+        postMessage.call(this, message, ...transfer);
+      };
       const note = () => (window.drawn = { count: window.drawn.count + 1, at: performance.now() });
       window.addEventListener('drawn', note, { capture: true });
     });
@@ -309,6 +317,14 @@ export class Desk {
       },
       parts,
     );
+  }
+
+  /** The views that the engine is asked for while something is done. */
+  async views(act: () => Promise<unknown>): Promise<Window['asked']> {
+    await this.page.evaluate(() => (window.asked = []));
+    await act();
+    await this.settled();
+    return this.page.evaluate(() => window.asked.filter(({ call }) => call === 'view'));
   }
 
   /** Has a security of the list shown. */
