@@ -29,11 +29,12 @@ ROOMS = {
     "advice": {"tables"},
     "bars": {"tables"},
     "host": {"include", "advice", "bars"},
+    "web": {"engine", "advice", "bars", "host"},
 }
 # The parts of the host that work on arrays.
 OVER_ENGINE = ("host/scan", "host/studio")
 
-FOLDERS = ("src", "include", "advice", "bars", "host", "python", "npm/engine")
+FOLDERS = ("src", "include", "advice", "bars", "host", "python", "npm/engine", "web/engine")
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
 
 

@@ -47,4 +47,5 @@ const licences = [...packages].sort().map(async (name) => {
   if (!file) throw new Error(`${name} has no licence`);
   return `${name}\n\n${(await readFile(`node_modules/${name}/${file}`, 'utf8')).trim()}\n`;
 });
-await writeFile('dist/licences.txt', (await Promise.all(licences)).join('\n\n'));
+const own = `quor\n\n${await readFile('../LICENCE', 'utf8')}`;
+await writeFile('dist/licences.txt', [own, ...(await Promise.all(licences))].join('\n\n'));

@@ -28,7 +28,7 @@ _quor() {
     run) options="$options --bars --column --calendar --reference --last --json --csv --from --fire" ;;
     chart) options="$options --bars --column --calendar --reference --last --out --size --theme --no-volume" ;;
     scan) options='-e --set --period --market --calendar --extra --last --where --jobs --sort --reverse --csv --json --help' ;;
-    studio) options='--bars --port --no-open --help' ;;
+    studio) options='--bars --port --export --no-open --help' ;;
     help)
       COMPREPLY=($(compgen -W "check run chart scan studio help $(quor help --list 2>/dev/null)" -- "${current^^}"))
       [ ${#COMPREPLY[@]} -gt 0 ] || COMPREPLY=($(compgen -W 'check run chart scan studio help' -- "$current"))
