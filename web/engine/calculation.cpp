@@ -196,6 +196,7 @@ Json calculate_anew(Desk& desk, Attempt attempt) {
 }  // namespace
 
 Security read_security(const std::string& name, std::string_view csv, const std::string& period) {
+  quor_bars::require_plain_text(csv, name);
   Security security{name, parse_bars(csv, name), 0, period.empty()};
   if (security.bars.keys.size() > most_rows) throw Refusal(413, "these are too many bars");
   sort_bars(security.bars);
@@ -207,7 +208,10 @@ Security read_security(const std::string& name, std::string_view csv, const std:
 Json take_script(Desk& desk, Task task) {
   Attempt attempt = attempt_of(task, security_of(desk));
   desk.task = std::move(task);
-  return calculate(desk, std::move(attempt), Task());
+  const Task seen = desk.run ? desk.run->task() : Task();
+  // Values of a long script fill the memory, so those of before make room for them.
+  if (attempt.run->is_sound()) desk.run.reset();
+  return calculate(desk, std::move(attempt), seen);
 }
 
 Json recalculate(Desk& desk) { return calculate_anew(desk, last_attempt(desk, security_of(desk))); }

@@ -28,6 +28,7 @@ std::string library(Desk& /*desk*/, const Json& /*call*/, std::string_view /*bod
   return json_text({{"words", words_json()},
                     {"periods", periods_json()},
                     {"theme", themes_json()},
+                    {"measures", measures_json()},
                     {"limits", {{"script", longest_script}}}});
 }
 

@@ -49,6 +49,8 @@ Json record_json(const Drawing& drawing, const Record& record) {
                {"pane", pane_of(drawing, record)},
                {"layer", layer_of(record)},
                {"own", index > 0 && !record.is("VolumeShape")},
+               {"always", shows_always(record)},
+               {"valued", !has_no_value(record)},
                {"title", title_of(record)}};
   if (record.is("FuturesTradeShape")) {
     const auto& [word, side] = trade_word(record.text("Field1Text"));

@@ -1,6 +1,7 @@
 #include "library.h"
 
 #include "advice/word_help.h"
+#include "host/panes/measures.h"
 #include "host/period.h"
 
 namespace quor_host {
@@ -16,6 +17,13 @@ Json words_json() {
                      {"section", help.section}});
   }
   return words;
+}
+
+Json measures_json() {
+  return {{"timeMarkRoom", time_mark_room},
+          {"tickRoom", tick_room},
+          {"leastTickRoom", least_tick_room},
+          {"enoughTicks", enough_ticks}};
 }
 
 Json periods_json() {

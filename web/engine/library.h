@@ -8,6 +8,9 @@ namespace quor_host {
 /// All built-in words with what `quor help` says of them.
 Json words_json();
 
+/// The numbers by which axes are laid out.
+Json measures_json();
+
 /// The periods that bars usually have.
 Json periods_json();
 

@@ -2,7 +2,7 @@
 import type {
   BarsAnswer,
   Drawn,
-  Palette,
+  Language,
   Parameter,
   ScriptAnswer,
   ThemeName,
@@ -33,7 +33,7 @@ export class Pipeline {
 
   constructor(
     private readonly session: Session,
-    private readonly palettes: Readonly<Record<ThemeName, Palette>>,
+    private readonly language: Language,
     private themeName: ThemeName,
     private readonly events: PipelineEvents,
   ) {
@@ -105,12 +105,13 @@ export class Pipeline {
   private draw({ view, shown }: Loaded): void {
     if (!this.drawn || !this.bars) return;
     const { decimals, intraday } = this.bars;
+    const { measures } = this.language;
     const theme = this.themeOf(this.drawn);
-    this.chart.show(new Sheet(this.drawn, view, shown, theme, decimals, intraday));
+    this.chart.show(new Sheet(this.drawn, view, shown, theme, decimals, intraday, measures));
   }
 
   private themeOf({ colours }: Drawn): Theme {
-    return new Theme(this.themeName, this.palettes[this.themeName], colours);
+    return new Theme(this.themeName, this.language.theme[this.themeName], colours);
   }
 
   private async valuesAt(row: number): Promise<ReadonlyMap<number, number> | undefined> {

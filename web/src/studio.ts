@@ -81,7 +81,7 @@ export class Studio {
       fail,
     });
     this.looks = new Looks(byId('theme', HTMLButtonElement), () => this.applyTheme());
-    this.pipeline = new Pipeline(session, language.theme, this.looks.name, {
+    this.pipeline = new Pipeline(session, language, this.looks.name, {
       take: () => ({ script: this.editor.take(), parameters: this.parameterList }),
       answered: (answer) => this.show(answer),
       fail,

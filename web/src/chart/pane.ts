@@ -195,7 +195,7 @@ export class ChartPane {
   }
 
   private ticks(): { step: number; values: number[] } {
-    return ticksOf(this.values, this.plotHeight(), this.spec.digits === 0);
+    return ticksOf(this.values, this.plotHeight(), this.spec.digits === 0, this.sheet.measures);
   }
 
   private tags(): Tag[] {

@@ -1,5 +1,6 @@
 // What the page asks of its desk, and how the desk is laid out again after its worker was ended.
 import type { ViewData } from '../chart/view.ts';
+import { Refusal } from '../refusal.ts';
 import { Ended, Line, type WorkerLike } from './line.ts';
 import type {
   BarsAnswer,
@@ -85,9 +86,15 @@ export class Session {
   }
 
   async script(script: string, parameters: Parameter[]): Promise<ScriptAnswer> {
-    const answer = await this.get<ScriptAnswer>({ call: 'script', script, parameters });
-    if (answer.sound) this.sound = { script, parameters };
-    return answer;
+    try {
+      const answer = await this.get<ScriptAnswer>({ call: 'script', script, parameters });
+      if (answer.sound) this.sound = { script, parameters };
+      return answer;
+    } catch (error) {
+      // At the end of memory nobody knows what is left of the desk.
+      if (error instanceof Refusal && error.status >= 500) this.end(new Ended(true));
+      throw error;
+    }
   }
 
   /** Rows from `from` up to `to`, in slots of the same number of rows so that there are `points`. */

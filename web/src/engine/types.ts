@@ -35,11 +35,23 @@ export interface Period {
   name: string;
 }
 
+/** How axes are laid out, in pixels. */
+export interface Measures {
+  /** Between the marks of the time axis, at least. */
+  timeMarkRoom: number;
+  /** Between ticks: as much as one likes, and as little as there may be. */
+  tickRoom: number;
+  leastTickRoom: number;
+  /** Ticks that are sought for at closer distances than one likes. */
+  enoughTicks: number;
+}
+
 /** What the page knows of scripts and bars. */
 export interface Language {
   words: Word[];
   periods: Period[];
   theme: Record<ThemeName, Palette>;
+  measures: Measures;
   limits: { script: number };
 }
 

@@ -208,11 +208,12 @@ test('bars that are none leave those before', async () => {
     '"'.repeat(5000),
     '\0'.repeat(1000),
     'date,close\n2024-01-01,1\n2024-01-01,2\n',
-    'PK\u0003\u0004',
   ]) {
     const { status, message } = refusal(() => desk.bars(csv, 'mine'));
     assert.ok(status === 400 && message.startsWith('mine'), `${csv.slice(0, 30)}: ${message}`);
   }
+  const workbook = refusal(() => desk.bars('PK\u0003\u0004', 'mine'));
+  assert.match(workbook.message, /save its sheet as CSV/);
   assert.equal(refusal(() => desk.bars(madeBars(9), 'mine', 'often')).status, 400);
   assert.equal(desk.values(299).row, 299);
 });

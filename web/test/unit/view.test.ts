@@ -56,7 +56,7 @@ test('the range of a pane leaves out what is hidden or out of sight', () => {
   };
   const { low, high } = rangeInSight([line], [], view, 100, 105);
   assert.ok(low > 2.5 && high < 6.5, `${low} to ${high}`);
-  const always = rangeInSight([{ ...line, Style: 'ColorPolyline' }], [], view, 100, 105);
+  const always = rangeInSight([{ ...line, always: true }], [], view, 100, 105);
   assert.ok(always.low < -40);
   const first = rangeInSight([line], [], view, 100, 101);
   assert.ok(first.low > 4.5);
@@ -64,7 +64,7 @@ test('the range of a pane leaves out what is hidden or out of sight', () => {
 
 test('a level counts, a signal has no value, and a pane of nothing has a range', () => {
   const view = new View(readView(answer()));
-  const notice = { ShapeName: 'NoticeShape', Field1Id: 20000 };
+  const notice = { ShapeName: 'NoticeShape', Field1Id: 20000, valued: false };
   assert.deepEqual(rangeInSight([notice], [], view, 100, 105), { low: 0, high: 1 });
   assert.ok(rangeInSight([notice], [80], view, 100, 105).high > 80);
 });
