@@ -1,21 +1,13 @@
 #include "server.h"
 
-// Its own warnings are its own.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wconversion"
-#pragma GCC diagnostic ignored "-Wshadow"
-#include <httplib.h>
-#pragma GCC diagnostic pop
-
 #include <algorithm>
 
 #include "../errors.h"
+#include "patient_http.h"
 
 namespace quor_host {
 namespace {
 
-/// Idle connections hold a thread each.
-constexpr size_t thread_count = 64;
 /// A script with what its text, and the one before, may grow by as JSON.
 constexpr size_t most_kept = size_t{4} << 20U;
 /// So much is read of a body, so that the connection can go on.
@@ -91,14 +83,13 @@ std::string body_of(const httplib::ContentReader& reader) {
 }  // namespace
 
 struct Server::Http {
-  httplib::Server server;
+  PatientServer server;
 };
 
 Server::Server(int port, Service service)
     : http_(std::make_unique<Http>()), service_(std::move(service)) {
   constexpr auto address = "127.0.0.1";
   httplib::Server& server = http_->server;
-  server.new_task_queue = [] { return new httplib::ThreadPool(thread_count); };
   server.set_socket_options(set_socket_options);
   server.set_tcp_nodelay(true);
   server.set_payload_max_length(largest_body);

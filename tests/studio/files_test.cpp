@@ -1,7 +1,10 @@
 // Files that are read and saved, and requests that no page of ours would send.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <filesystem>
+#include <thread>
 
 #include "studio.h"
 
@@ -80,6 +83,54 @@ TEST_F(FilesTest, links_that_lead_out_of_the_folder_are_not_read) {
   EXPECT_EQ(scan.json()["files"], 2);
 }
 #endif
+
+TEST_F(FilesTest, requests_that_drip_in_hold_up_no_others_and_are_ended) {
+  std::vector<std::unique_ptr<Wire>> wires;
+  for (int i = 0; i < 80; ++i) {
+    wires.push_back(std::make_unique<Wire>(studio->port()));
+    EXPECT_TRUE(wires.back()->send("GET / HTTP/1.1\r\nX: "));
+  }
+  std::atomic<bool> is_answered{false};
+  std::thread dripping([&] {
+    while (!is_answered) {
+      for (const auto& wire : wires) wire->send("x");
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+  });
+  EXPECT_EQ(studio->get("/api/files").status, 200);
+  is_answered = true;
+  dripping.join();
+  // However often a byte comes, the end comes, too.
+  int sent = 0;
+  while (wires.front()->send("x") && sent < 2000) {
+    ++sent;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  EXPECT_LT(sent, 2000);
+}
+
+TEST_F(FilesTest, requests_that_can_be_read_in_two_ways_are_refused) {
+  const std::string host = "Host: 127.0.0.1:" + std::to_string(studio->port()) + "\r\n";
+  const struct {
+    std::string head;
+    std::string status;
+  } cases[] = {
+      {"POST /api/scans HTTP/1.1\r\n" + host + "Content-Length: 2\r\nContent-Length: 40\r\n",
+       "400"},
+      {"POST /api/scans HTTP/1.1\r\n" + host +
+           "Content-Length: 2\r\nTransfer-Encoding: chunked\r\n",
+       "400"},
+      {"GET /index.html HTTP/1.1\r\n" + host + "Range: bytes=0-1,0-1,0-1\r\n", "416"},
+      {"GET /index.html HTTP/1.1\r\n" + host + "Range: bytes=999999999-\r\n", "416"},
+  };
+  for (const auto& [head, status] : cases) {
+    const Wire wire(studio->port());
+    EXPECT_TRUE(wire.send(head + "\r\n{}GET / HTTP/1.1\r\n" + host + "\r\n"));
+    const std::string answer = wire.read_all();
+    EXPECT_TRUE(answer.starts_with("HTTP/1.1 " + status)) << head << answer.substr(0, 200);
+    EXPECT_EQ(answer.find("HTTP/1.1", 1), std::string::npos) << "one answer: " << head;
+  }
+}
 
 TEST_F(FilesTest, scripts_are_saved_in_their_folder_alone) {
   const auto save = [this](const std::string& name, const char* before) {
