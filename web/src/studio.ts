@@ -65,7 +65,7 @@ export class Studio {
 
   constructor(
     private readonly session: Session,
-    { start, language, samples, shelf }: Beginning,
+    { start, language, samples, shelf, drafts }: Beginning,
   ) {
     const fail = (error: unknown) => this.fail(error);
     this.limits = language.limits;
@@ -75,7 +75,7 @@ export class Studio {
     this.editor = new Editor(byId('editor', HTMLElement), language.words, () =>
       this.followScript(),
     );
-    this.writing = new Writing(this.editor, start, samples, shelf, {
+    this.writing = new Writing(this.editor, start, samples, shelf, drafts, {
       setting: () => this.setting,
       linked: ({ parameters }) => (this.parameters = new Map(Object.entries(parameters))),
       fail,

@@ -182,3 +182,37 @@ test('Ctrl-S saves, and shows both texts where the file has been changed meanwhi
   await desk.chord('Control', 's');
   assert.equal(readFileSync(fileOf('one'), 'utf8'), `Y:O;X:C;${texts.one}`);
 });
+
+test('open scripts stand in tabs, with changes and an undo of their own', async () => {
+  const tabs = () => desk.texts('#scripts [role="tab"]');
+  const current = () => desk.text('#scripts [aria-selected="true"]');
+  await desk.openScript('one');
+  await prepend('X:C;');
+  await desk.openScript('two');
+  assert.deepEqual((await tabs()).slice(-2), ['• one.quor', 'two.quor']);
+  await desk.page.click('::-p-xpath(//*[@id="scripts"]//button[.="• one.quor"])');
+  await desk.settled();
+  assert.equal(await desk.script(), `X:C;${texts.one}`);
+  await desk.page.focus('#scripts [aria-selected="true"]');
+  await desk.press('ArrowRight');
+  assert.equal(await current(), 'two.quor');
+  await desk.page.click('[aria-label="New script"]');
+  await desk.page.keyboard.type('NEW:H;');
+  await desk.settled();
+  assert.equal(await current(), '• script');
+  const asked = new Promise<string>((resolve) =>
+    desk.page.once('dialog', (dialog) => {
+      resolve(dialog.message());
+      void dialog.accept();
+    }),
+  );
+  await desk.page.click('[aria-label="Close script"]');
+  assert.match(await asked, /script has changes that are not saved/);
+  await desk.settled();
+  assert.equal(await current(), 'two.quor');
+  await desk.page.click('[aria-label="Close two.quor"]');
+  await desk.settled();
+  assert.equal(await current(), '• one.quor');
+  await undo();
+  assert.equal(await desk.script(), texts.one);
+});
