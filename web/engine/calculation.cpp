@@ -79,27 +79,39 @@ Json missing_json(const Run& run) {
   return missing;
 }
 
-/// All that a page wants to know of a sound script.
-void add_drawing(Json& answer, const Desk& desk) {
+/// Data of others that the script reads, and whether it is there.
+Json references_json(const Desk& desk) {
   Json references = Json::array();
   for (const auto& reference : desk.run->script().report().references) {
-    references.push_back(reference.source);
+    const OtherField other(reference);
+    const bool is_security = reference.kind == quor::engine::Reference::Kind::security;
+    references.push_back({{"name", other.name},
+                          {"text", other.name + ' ' + field_text(other.field)},
+                          {"security", is_security},
+                          {"given", bars_for(desk.around, reference) != nullptr}});
   }
+  return references;
+}
+
+/// All that a page wants to know of a sound script.
+void add_drawing(Json& answer, const Desk& desk) {
   answer["lines"] = lines_json(*desk.run);
   answer["records"] = records_json(desk.drawing);
   answer["panes"] = panes_json(desk.drawing);
   answer["colours"] = colours_json(desk.drawing.records);
   answer["columns"] = columns_of(desk.drawing, *desk.run, desk.bars());
   answer["missing"] = missing_json(*desk.run);
-  answer["references"] = std::move(references);
+  answer["references"] = references_json(desk);
+  answer["needs"] = {{"calendar", desk.run->script().report().needs_calendar},
+                     {"constants", desk.run->script().report().needs_market_constants}};
   answer["events"] = desk.run->events().size();
   answer["rows"] = desk.row_count();
 }
 
 /// A name that no parameter can have is the request's fault.
-std::unique_ptr<Run> run_of(const Task& task, uint32_t period) {
+std::unique_ptr<Run> run_of(const Task& task, const Surroundings& around, uint32_t period) {
   try {
-    return std::make_unique<Run>(task, period);
+    return std::make_unique<Run>(task, around, period);
   } catch (const quor::engine::Misuse& misuse) {
     throw Refusal(400, misuse.what());
   }
@@ -118,9 +130,10 @@ struct Attempt {
   double compile_time = 0.0;
 };
 
-Attempt attempt_of(const Task& task, const Security* security) {
+Attempt attempt_of(const Desk& desk, const Task& task, const Security* security) {
   const Clock::time_point start = Clock::now();
-  Attempt attempt{run_of(task, security == nullptr ? period_of_a_day : security->period)};
+  const uint32_t period = security == nullptr ? period_of_a_day : security->period;
+  Attempt attempt{run_of(task, desk.around, period)};
   attempt.compile_time = milliseconds(Clock::now() - start);
   require_room(*attempt.run, security);
   return attempt;
@@ -128,7 +141,7 @@ Attempt attempt_of(const Task& task, const Security* security) {
 
 /// The task that was sent last; no run without one.
 Attempt last_attempt(const Desk& desk, const Security* security) {
-  return desk.task ? attempt_of(*desk.task, security) : Attempt();
+  return desk.task ? attempt_of(desk, *desk.task, security) : Attempt();
 }
 
 const Security* security_of(const Desk& desk) { return desk.security ? &*desk.security : nullptr; }
@@ -145,7 +158,7 @@ void show(Desk& desk, std::unique_ptr<Run> run) {
 /// In place of a script that can't be seen the one that was, or else the bars alone.
 void show_instead(Desk& desk, const Task& seen) {
   for (const Task& task : {seen, Task()}) {
-    Attempt attempt = attempt_of(task, security_of(desk));
+    Attempt attempt = attempt_of(desk, task, security_of(desk));
     if (calculates(*attempt.run, desk.bars())) return show(desk, std::move(attempt.run));
   }
 }
@@ -206,12 +219,27 @@ Security read_security(const std::string& name, std::string_view csv, const std:
 }
 
 Json take_script(Desk& desk, Task task) {
-  Attempt attempt = attempt_of(task, security_of(desk));
+  Attempt attempt = attempt_of(desk, task, security_of(desk));
   desk.task = std::move(task);
   const Task seen = desk.run ? desk.run->task() : Task();
   // Values of a long script fill the memory, so those of before make room for them.
   if (attempt.run->is_sound()) desk.run.reset();
   return calculate(desk, std::move(attempt), seen);
+}
+
+Json take_subject(Desk& desk, quor::engine::Subject subject) {
+  std::swap(desk.around.subject, subject);
+  try {
+    return recalculate(desk);
+  } catch (const Refusal&) {
+    desk.around.subject = std::move(subject);
+    throw;
+  }
+}
+
+Json take_other(Desk& desk, Security security) {
+  desk.around.others[to_upper(security.name)] = std::move(security.bars);
+  return recalculate(desk);
 }
 
 Json recalculate(Desk& desk) { return calculate_anew(desk, last_attempt(desk, security_of(desk))); }

@@ -18,6 +18,10 @@ Security read_security(const std::string& name, std::string_view csv, const std:
 /// Each gives the answer for the page. What is refused changes nothing.
 Json take_bars(Desk& desk, Security security);
 Json take_script(Desk& desk, Task task);
+/// What is known of the security, and bars of another one: both give the answer to the script anew,
+/// null without one.
+Json take_subject(Desk& desk, quor::engine::Subject subject);
+Json take_other(Desk& desk, Security security);
 /// For other bars: the last task again and, if that has an error by now, the script that was seen,
 /// or else the bars alone. Null without a task.
 Json recalculate(Desk& desk);

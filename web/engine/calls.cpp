@@ -37,6 +37,14 @@ std::string bars(Desk& desk, const Json& call, std::string_view body) {
       take_bars(desk, read_security(text_of(call, "name"), body, text_of(call, "period", ""))));
 }
 
+std::string subject(Desk& desk, const Json& call, std::string_view /*body*/) {
+  return json_text(take_subject(desk, subject_of(call)));
+}
+
+std::string other(Desk& desk, const Json& call, std::string_view body) {
+  return json_text(take_other(desk, read_security(text_of(call, "name"), body, "")));
+}
+
 std::string script(Desk& desk, const Json& call, std::string_view /*body*/) {
   return json_text(take_script(desk, task_of(call)));
 }
@@ -100,9 +108,10 @@ struct Row {
   std::string (*answer)(Desk& desk, const Json& call, std::string_view body);
 };
 constexpr Row rows[] = {
-    {"library", library}, {"bars", bars},     {"script", script}, {"view", view},
-    {"records", records}, {"values", values}, {"events", events}, {"play", play},
-    {"step", step},       {"stop", stop},     {"csv", csv},
+    {"library", library}, {"bars", bars}, {"script", script},   {"subject", subject},
+    {"other", other},     {"view", view}, {"records", records}, {"values", values},
+    {"events", events},   {"play", play}, {"step", step},       {"stop", stop},
+    {"csv", csv},
 };
 
 }  // namespace

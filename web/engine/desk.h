@@ -35,6 +35,7 @@ struct Desk {
   /// The values of a bar field or of a column of the script; none for what isn't there.
   std::span<const double> cells(uint32_t column) const;
 
+  Surroundings around;
   std::optional<Security> security;
   std::optional<Task> task;  ///< the last one that was sent
   std::unique_ptr<Run> run;  ///< of the last sound script

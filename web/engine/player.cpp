@@ -157,7 +157,7 @@ Json start_play(Desk& desk, size_t row, size_t ticks) {
   if (row < 1 || row >= all.keys.size()) throw Refusal(400, "\"row\" must be one behind the first");
   Play play{first_bars(all, row), row, 0, ticks};
   if (desk.run) {
-    auto run = std::make_unique<Run>(desk.run->task(), desk.security->period);
+    auto run = std::make_unique<Run>(desk.run->task(), desk.around, desk.security->period);
     if (!run->calculate(play.bars)) throw Refusal(409, "the script fails on the bars so far");
     desk.run = std::move(run);
   }

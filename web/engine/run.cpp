@@ -9,11 +9,31 @@
 namespace quor_host {
 namespace {
 
-quor::engine::Settings settings_of(const Task& task, uint32_t period) {
+quor::engine::Settings settings_of(const Task& task, const quor::engine::Subject& subject) {
   quor::engine::Settings settings;
-  settings.subject.period = period;
+  settings.subject = subject;
   settings.parameters = task.parameters;
   return settings;
+}
+
+quor::engine::Subject with_period(quor::engine::Subject subject, uint32_t period) {
+  subject.period = period;
+  return subject;
+}
+
+quor_advice::Supply supply_of(const quor::engine::Subject& subject) {
+  const std::pair<const char*, double> constants[] = {
+      {"MINPRICE", subject.min_price},
+      {"UNIT", subject.unit},
+      {"SHARECOUNTPERUNIT", subject.share_count_per_unit}};
+  quor_advice::Supply supply;
+  supply.has_calendar = !subject.calendar.empty();
+  for (const auto& [name, value] : constants) {
+    if (!std::isnan(value)) supply.constants.emplace_back(name);
+  }
+  supply.calendar_advice = "give it in the tab Data";
+  supply.constant_advice = "give it in the tab Data";
+  return supply;
 }
 
 std::vector<Record> records_of(const quor::engine::Script& script) {
@@ -28,8 +48,11 @@ std::vector<Record> records_of(const quor::engine::Script& script) {
 
 }  // namespace
 
-Run::Run(Task task, uint32_t period)
-    : task_(std::move(task)), period_(period), script_(task_.script, settings_of(task_, period)) {
+Run::Run(Task task, const Surroundings& around, uint32_t period)
+    : task_(std::move(task)),
+      around_(around),
+      subject_(with_period(around.subject, period)),
+      script_(task_.script, settings_of(task_, subject_)) {
   if (is_sound()) records_ = records_of(script_);
 }
 
@@ -44,7 +67,15 @@ void Run::feed(const Bars& bars, size_t first) {
       missing_.push_back(id);
     }
   }
-  script_.set_rows(std::span(bars.keys).subspan(first), fields);
+  const auto keys = std::span(bars.keys).subspan(first);
+  std::vector<std::vector<double>> others;  // whose values keep their places
+  for (const auto& reference : script_.report().references) {
+    const Bars* const other = bars_for(around_, reference);
+    if (other == nullptr) continue;
+    others.push_back(values_under(keys, *other, OtherField(reference).field));
+    fields.push_back({reference.column, others.back()});
+  }
+  script_.set_rows(keys, fields);
 }
 
 bool Run::calculate(const Bars& bars) {
@@ -68,7 +99,8 @@ std::vector<quor_advice::Finding> Run::findings(const Bars& bars) const {
   input.parameters = script_.parameters();
   input.report = script_.report().text;
   input.answer = script_.answer();
-  input.period = static_cast<int32_t>(period_);
+  input.period = static_cast<int32_t>(subject_.period);
+  input.supply = supply_of(subject_);
   if (is_calculated_ && is_sound() && !bars.keys.empty()) {
     quor_advice::RunFacts& facts = input.run.emplace();
     facts.keys = bars.keys;
@@ -80,7 +112,7 @@ std::vector<quor_advice::Finding> Run::findings(const Bars& bars) const {
     }
   }
   input.compile = [this](std::string_view script) {
-    const quor::engine::Script other(std::string(script), settings_of(task_, period_));
+    const quor::engine::Script other(std::string(script), settings_of(task_, subject_));
     return other.report().text;
   };
   return quor_advice::advise(input);

@@ -11,13 +11,14 @@
 #include "host/bars.h"
 #include "host/panes/records.h"
 #include "host/studio/task.h"
+#include "surroundings.h"
 
 namespace quor_host {
 
 class Run {
  public:
-  /// Compiles. A script with an error takes no bars.
-  Run(Task task, uint32_t period);
+  /// Compiles. A script with an error takes no bars. What is around must outlive it.
+  Run(Task task, const Surroundings& around, uint32_t period);
 
   const Task& task() const { return task_; }
   bool is_sound() const { return !script_.report().failure; }
@@ -47,7 +48,8 @@ class Run {
   void feed(const Bars& bars, size_t first);
 
   Task task_;
-  uint32_t period_;
+  const Surroundings& around_;
+  quor::engine::Subject subject_;
   quor::engine::Script script_;
   std::vector<Record> records_;
   std::vector<uint32_t> missing_;

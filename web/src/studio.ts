@@ -6,6 +6,7 @@ import { Ended } from './engine/line.ts';
 import { Session } from './engine/session.ts';
 import type { BarsAnswer, Drawn, Parameter, ScriptAnswer, Slider } from './engine/types.ts';
 import { Looks } from './looks.ts';
+import { Data } from './panels/data.ts';
 import { Events } from './panels/events.ts';
 import { Findings } from './panels/findings.ts';
 import { bindHeader } from './panels/header.ts';
@@ -31,6 +32,7 @@ const sample = 'index-daily';
 const tabs = [
   { id: 'securities', title: 'Securities' },
   { id: 'events', title: 'Events' },
+  { id: 'data', title: 'Data' },
   { id: 'scan', title: 'Scan' },
 ];
 const newestEvents = 1000;
@@ -45,6 +47,9 @@ export class Studio {
   private readonly sliders: Sliders;
   private readonly securities: Securities;
   private readonly events: Events;
+  private readonly data: Data;
+  /** Securities that a script asked for, whether they could be had or not. */
+  private readonly sought = new Set<string>();
   private readonly play: Play;
   private readonly tabs: Tabs;
   private readonly writing: Writing;
@@ -107,6 +112,10 @@ export class Studio {
       (row) => this.pipeline.chart.showRow(row),
       (count) => this.tabs.setCount('events', count),
     );
+    this.data = new Data(this.tabs.panel('data'), {
+      changed: (subject) => this.redo(() => this.session.subject(subject)),
+      take: (name, content) => this.redo(() => this.session.takeOther({ name, content })),
+    });
     if (this.hasFolder) {
       new Scan(this.tabs.panel('scan'), {
         script: () => ({ script: this.editor.text, parameters: this.parameterList }),
@@ -173,6 +182,8 @@ export class Studio {
     if (!answer.records || !drawn) return;
     setText(this.times, answer.sound ? timesText(answer.times) : '');
     this.tellMissing(drawn);
+    this.data.show(drawn);
+    this.seekOthers(drawn);
     if (this.play.isOn) return;
     this.areEventsOld = true;
     this.tabs.setCount('events', drawn.events);
@@ -181,8 +192,31 @@ export class Studio {
 
   private tellMissing({ missing, references }: Drawn): void {
     const texts = missing.map(({ text }) => text);
-    if (references.length > 0) texts.push(`null here: ${references.join(', ')}`);
+    const absent = references.filter(({ given }) => !given).map(({ text }) => text);
+    if (absent.length > 0) texts.push(`null here: ${absent.join(', ')}`);
     if (texts.length > 0) tell(texts.join('; '));
+  }
+
+  /** Other securities that the script reads come from the folder. */
+  private seekOthers({ references }: Drawn): void {
+    if (!this.hasFolder) return;
+    for (const { name, security, given } of references) {
+      const known = this.names.find((one) => one.toUpperCase() === name);
+      if (given || !security || known === undefined || this.sought.has(name)) continue;
+      this.sought.add(name);
+      this.redo(async () => this.session.takeOther({ name, content: await readBars(known) }));
+    }
+  }
+
+  /** Something changes what the script gives. */
+  private redo(work: () => Promise<ScriptAnswer | null>): void {
+    work()
+      .then((answer) => {
+        if (!answer) return;
+        this.pipeline.take(answer);
+        this.show(answer);
+      })
+      .catch((error: unknown) => this.fail(error));
   }
 
   private takeSliders(sliders: readonly Slider[]): void {

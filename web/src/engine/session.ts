@@ -11,6 +11,7 @@ import type {
   RecordsAnswer,
   ScriptAnswer,
   StepAnswer,
+  Subject,
   ValuesAnswer,
 } from './types.ts';
 import { readView } from './view_answer.ts';
@@ -43,6 +44,8 @@ export class Session {
   /** What a new worker has to be told. */
   private bars: BarsText | undefined;
   private sound: Task | undefined;
+  private knownSubject: Subject = {};
+  private readonly others = new Map<string, BarsText>();
 
   constructor(
     compiled: WebAssembly.Module,
@@ -82,6 +85,21 @@ export class Session {
   async takeBars(bars: BarsText): Promise<BarsAnswer> {
     const answer = await this.post(bars);
     this.bars = bars;
+    return answer;
+  }
+
+  /** What is known of the security. Gives the script anew, as the one below; null without one. */
+  async subject(subject: Subject): Promise<ScriptAnswer | null> {
+    const answer = await this.get<ScriptAnswer | null>({ call: 'subject', ...subject });
+    this.knownSubject = subject;
+    return answer;
+  }
+
+  /** Bars of another security, for scripts that read them. */
+  async takeOther(other: BarsText): Promise<ScriptAnswer | null> {
+    await this.ready;
+    const answer = await this.postNow<ScriptAnswer | null>(other, 'other');
+    this.others.set(other.name, other);
     return answer;
   }
 
@@ -139,8 +157,10 @@ export class Session {
 
   private async layOut(): Promise<void> {
     try {
+      await this.line.ask({ call: 'subject', ...this.knownSubject });
+      for (const other of this.others.values()) await this.postNow(other, 'other');
       if (this.sound) await this.line.ask({ call: 'script', ...this.sound });
-      if (this.bars) this.restored(await this.postNow(this.bars));
+      if (this.bars) this.restored(await this.postNow<BarsAnswer>(this.bars, 'bars'));
     } catch {
       // It was ended, too, or the bars are gone.
     } finally {
@@ -150,12 +170,12 @@ export class Session {
 
   private async post(bars: BarsText): Promise<BarsAnswer> {
     await this.ready;
-    return this.postNow(bars);
+    return this.postNow<BarsAnswer>(bars, 'bars');
   }
 
-  private async postNow(bars: BarsText): Promise<BarsAnswer> {
-    const body = await bytesOf(bars); // fails by itself if the file has changed
-    return answerOf(await this.line.ask(callOf(bars), body));
+  private async postNow<T>({ name, period, content }: BarsText, call: string): Promise<T> {
+    const body = new Uint8Array(await content.arrayBuffer()); // fails if the file has changed
+    return answerOf<T>(await this.line.ask({ call, name, period }, body));
   }
 
   private async get<T>(call: object): Promise<T> {
@@ -167,10 +187,5 @@ export class Session {
     return this.line.ask(call, body);
   }
 }
-
-const callOf = ({ name, period }: BarsText): object => ({ call: 'bars', name, period });
-
-const bytesOf = async ({ content }: BarsText): Promise<Uint8Array> =>
-  new Uint8Array(await content.arrayBuffer());
 
 const answerOf = <T>(bytes: Uint8Array): T => JSON.parse(decoder.decode(bytes)) as T;

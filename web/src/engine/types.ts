@@ -101,6 +101,27 @@ export type Colours = Readonly<
   Record<string, Readonly<Record<ThemeName, Readonly<Record<'line' | 'text' | 'area', string>>>>>
 >;
 
+/** Data of another security or period that the script reads. */
+export interface Reference {
+  /** Of the security, in capitals. */
+  name: string;
+  text: string;
+  /** Whether it is another security's. */
+  security: boolean;
+  given: boolean;
+}
+
+/** What is known of the security beside its bars. */
+export interface Subject {
+  code?: string;
+  market?: string;
+  minPrice?: number;
+  unit?: number;
+  shareCountPerUnit?: number;
+  /** JSON. */
+  calendar?: string;
+}
+
 /** What is to be drawn: of a script that compiles, or the bars alone. */
 export interface Drawn {
   lines: Line[];
@@ -108,7 +129,8 @@ export interface Drawn {
   panes: Pane[];
   colours: Colours;
   missing: { field: number; text: string }[];
-  references: string[];
+  references: Reference[];
+  needs: { calendar: boolean; constants: boolean };
   events: number;
   rows: number;
 }

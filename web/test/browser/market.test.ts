@@ -104,6 +104,27 @@ test('a step forms the bar tick by tick', async () => {
   assert.equal(await desk.text('#play-place'), 'bar 391 of 400');
 });
 
+test('what a script asks for comes from the folder, or is named', async () => {
+  await desk.write('B:"beta$CLOSE";\nO:"other$CLOSE";\nM:MINPRICE;');
+  await desk.page.waitForFunction(
+    () => document.querySelector('.legend dd:not(:empty)')?.textContent !== '–',
+  );
+  const newest = lastBars(1).split('\n')[1].split(',');
+  const close = newest[lastBars(1).split('\n')[0].split(',').indexOf('close')];
+  assert.equal((await desk.legend()).B.replaceAll(',', ''), Number(close).toFixed(2));
+  await desk.page.click('#tab-data');
+  assert.deepEqual(await desk.texts('.need-list li'), [
+    '✓ BETA CLOSE (11)',
+    '– OTHER CLOSE (11): no other.csv is known: choose one',
+    '– Constants of the market: give them below',
+  ]);
+  await desk.page.type('#panel-data input[type="number"]', '0.5');
+  await desk.page.click('#panel-data button[type="submit"]');
+  await desk.settled();
+  assert.equal((await desk.texts('.need-list .there')).length, 2);
+  assert.equal((await desk.legend()).M, '0.50');
+});
+
 test('a scan fills a table, and a click on it opens the chart', async () => {
   await desk.write('M:MA(C,5);');
   await desk.page.click('#tab-scan');

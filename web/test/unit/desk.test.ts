@@ -3,6 +3,7 @@ import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
 import { readdirSync, readFileSync } from 'node:fs';
 import { test } from 'node:test';
+import type { ScriptAnswer } from '../../src/engine/types.ts';
 import type { Refusal } from '../../src/refusal.ts';
 import { Desk, madeBars, sampleBars } from './support.ts';
 
@@ -222,7 +223,7 @@ test('calls that no page of ours makes are refused', async () => {
   const desk = await Desk.make(madeBars(30));
   const cases: [object, number][] = [
     [{}, 400],
-    [{ call: 'other' }, 404],
+    [{ call: 'none' }, 404],
     [{ call: 'script' }, 400],
     [{ call: 'script', script: 'A'.repeat(1 << 20) }, 413],
     [{ call: 'script', script: 'A:C;', parameters: [{ name: 'N' }] }, 400],
@@ -241,4 +242,35 @@ test('calls that no page of ours makes are refused', async () => {
     assert.equal(refused.status, status, JSON.stringify(call).slice(0, 80));
     assert.ok(refused.message.length > 5);
   }
+});
+
+test('other securities come by their keys, and a script says what it lacks', async () => {
+  const desk = await Desk.make('date,close\n2024-01-02,10\n2024-01-03,20\n2024-01-04,30\n');
+  const first = desk.script('A:"bbb$CLOSE"/C;');
+  assert.deepEqual(first.references, [
+    { name: 'BBB', text: 'BBB CLOSE (11)', security: true, given: false },
+  ]);
+  assert.equal(desk.csv(), 'date,A\n2024-01-02,\n2024-01-03,\n2024-01-04,\n');
+  const answer = desk.json<ScriptAnswer>(
+    { call: 'other', name: 'bbb' },
+    'date,close\n2024-01-04,3\n2024-01-02,1\n',
+  );
+  assert.equal(answer.references![0].given, true);
+  assert.equal(desk.csv(), 'date,A\n2024-01-02,0.1\n2024-01-03,\n2024-01-04,0.1\n');
+  desk.play(1);
+  desk.step({ bars: 2 });
+  assert.equal(desk.csv(), 'date,A\n2024-01-02,0.1\n2024-01-03,\n2024-01-04,0.1\n');
+});
+
+test('a script has the code, the market and the constants of its security', async () => {
+  const desk = await Desk.make(madeBars(3));
+  const lacking = desk.script("A:MINPRICE;B:CODELIKE('6');");
+  assert.deepEqual(lacking.needs, { calendar: false, constants: true });
+  assert.ok(lacking.findings.some(({ suggestion }) => suggestion.includes('tab Data')));
+  const answer = desk.json<ScriptAnswer>({ call: 'subject', code: '600000', minPrice: 0.01 });
+  assert.deepEqual(answer.findings, []);
+  assert.deepEqual(desk.values(2).lines, [0.01, 1]);
+  const bad = refusal(() => desk.json({ call: 'subject', calendar: 'none' }));
+  assert.ok(bad.status === 400 && bad.message.length > 5);
+  assert.deepEqual(desk.values(2).lines, [0.01, 1], 'what was known before stays');
 });

@@ -76,7 +76,7 @@ test('what was seen is at the desk again when a calculation was stopped', async 
     FakeWorker.made.map(({ isEnded }) => isEnded),
     [true, false],
   );
-  assert.deepEqual(FakeWorker.made[1].calls, ['script', 'bars', 'values']);
+  assert.deepEqual(FakeWorker.made[1].calls, ['subject', 'script', 'bars', 'values']);
   assert.deepEqual(
     restored.map(({ name, rows }) => [name, rows]),
     [['made', 100]],
