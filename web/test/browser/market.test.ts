@@ -105,13 +105,16 @@ test('a step forms the bar tick by tick', async () => {
 });
 
 test('what a script asks for comes from the folder, or is named', async () => {
-  await desk.write('B:"beta$CLOSE";\nO:"other$CLOSE";\nM:MINPRICE;');
-  await desk.page.waitForFunction(
-    () => document.querySelector('.legend dd:not(:empty)')?.textContent !== '–',
+  await desk.write('BETA:"beta$CLOSE";\nLACK:"other$CLOSE";\nMIN:MINPRICE;');
+  await desk.page.waitForFunction(() =>
+    [...document.querySelectorAll('.legend > div')].some(
+      ({ children: [title, value] }) =>
+        title.textContent === 'BETA' && /\d/.test(value.textContent!),
+    ),
   );
   const newest = lastBars(1).split('\n')[1].split(',');
   const close = newest[lastBars(1).split('\n')[0].split(',').indexOf('close')];
-  assert.equal((await desk.legend()).B.replaceAll(',', ''), Number(close).toFixed(2));
+  assert.equal((await desk.legend()).BETA.replaceAll(',', ''), Number(close).toFixed(2));
   await desk.page.click('#tab-data');
   assert.deepEqual(await desk.texts('.need-list li'), [
     '✓ BETA CLOSE (11)',
@@ -122,7 +125,7 @@ test('what a script asks for comes from the folder, or is named', async () => {
   await desk.page.click('#panel-data button[type="submit"]');
   await desk.settled();
   assert.equal((await desk.texts('.need-list .there')).length, 2);
-  assert.equal((await desk.legend()).M, '0.50');
+  assert.equal((await desk.legend()).MIN, '0.50');
 });
 
 test('a scan fills a table, and a click on it opens the chart', async () => {
