@@ -105,7 +105,7 @@ test('a step forms the bar tick by tick', async () => {
 });
 
 test('what a script asks for comes from the folder, or is named', async () => {
-  await desk.write('BETA:"beta$CLOSE";\nLACK:"other$CLOSE";\nMIN:MINPRICE;');
+  await desk.write('BETA:"beta$CLOSE";\nLACK:"other$CLOSE";\nLEAST:MINPRICE;');
   await desk.page.waitForFunction(() =>
     [...document.querySelectorAll('.legend > div')].some(
       ({ children: [title, value] }) =>
@@ -125,7 +125,7 @@ test('what a script asks for comes from the folder, or is named', async () => {
   await desk.page.click('#panel-data button[type="submit"]');
   await desk.settled();
   assert.equal((await desk.texts('.need-list .there')).length, 2);
-  assert.equal((await desk.legend()).MIN, '0.50');
+  assert.equal(Number((await desk.legend()).LEAST), 0.5);
 });
 
 test('a scan fills a table, and a click on it opens the chart', async () => {
