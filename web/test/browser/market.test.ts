@@ -36,7 +36,7 @@ test('200 bars are played, and fire what the command line fires', async () => {
   );
   await desk.page.click('#play-toggle');
   const end = () => document.getElementById('play-place')!.textContent === 'bar 400 of 400';
-  await desk.page.waitForFunction(end, { timeout: 60_000 });
+  await desk.page.waitForFunction(end);
   await desk.settled();
   const played = await desk.texts('.event-list li[data-final="true"] .word');
   const times = await desk.texts('.event-list .time');

@@ -96,6 +96,9 @@ export class Studio {
   }
 }
 
+/** In milliseconds, for machines that have much else to do. */
+const longestWait = 150_000;
+
 export async function startBrowser(): Promise<Browser> {
   return puppeteer.launch({
     executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium',
@@ -137,6 +140,7 @@ export class Desk {
   ): Promise<Desk> {
     const page = await browser.newPage();
     const desk = new Desk(page);
+    page.setDefaultTimeout(longestWait);
     await page.setViewport({ width: 1360, height: 860 });
     await page.emulateMediaFeatures([{ name: 'prefers-color-scheme', value: theme }]);
     page.on('pageerror', (error) => desk.faults.push(String(error)));
@@ -182,8 +186,8 @@ export class Desk {
 
   /** Nothing is under way any more, and hasn't been for a while. */
   async settled(): Promise<void> {
-    const [idle, longest] = [80, 30_000];
-    const end = Date.now() + longest;
+    const idle = 80;
+    const end = Date.now() + longestWait;
     this.changed = Date.now();
     while (
       this.underWay.size > 0 ||
