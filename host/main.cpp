@@ -6,6 +6,7 @@
 
 #include "commands.h"
 #include "console.h"
+#include "format.h"
 #include "help.h"
 #include "option_checks.h"
 #include "paths.h"
@@ -324,6 +325,8 @@ int main(int argc, char** argv) {
     add_run(app, options);
     add_chart(app, options);
     add_scan(app, scan);
+    quor_host::FormatOptions format;
+    add_format(app, format);
 #ifdef QUOR_STUDIO
     quor_host::StudioOptions studio;
     add_studio(app, studio);
@@ -340,6 +343,7 @@ int main(int argc, char** argv) {
     const CLI::App& command = *app.get_subcommands().front();
     if (command.get_name() == "help") return finish(print_help(app, help) ? 0 : exit_failure);
     if (command.get_name() == "scan") return finish(scan_files(scan));
+    if (command.get_name() == "format") return finish(format_scripts(format));
 #ifdef QUOR_STUDIO
     if (command.get_name() == "studio") return run_studio(studio);
 #endif
