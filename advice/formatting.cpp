@@ -77,8 +77,8 @@ class Formatter {
       const size_t begin = statement.tokens.front().begin;
       const size_t end = slot.is_closed ? slot.end + 1 : slot.end;
       begin_line(begin);
-      const std::string_view written = script_.substr(begin, end - begin);
-      text_ += formatted(statement, slot, slot.is_closed ? written : without_end_blanks(written));
+      const std::string text = formatted(statement, slot, script_.substr(begin, end - begin));
+      text_ += slot.is_closed ? std::string_view(text) : without_end_blanks(text);
       skip_asides(slot.end);
       done_ = end;
     }

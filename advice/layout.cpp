@@ -133,8 +133,10 @@ class Layout {
   void close() { parts_.push_back({Part::Kind::close, {}}); }
 
   bool ends_in_blank() const {
-    return parts_.empty() || parts_.back().kind == Part::Kind::line ||
-           parts_.back().text.ends_with(' ') || parts_.back().kind == Part::Kind::open;
+    const auto last = std::find_if(parts_.rbegin(), parts_.rend(), [](const Part& part) {
+      return part.kind == Part::Kind::text || part.kind == Part::Kind::line;
+    });
+    return last == parts_.rend() || last->kind == Part::Kind::line || last->text.ends_with(' ');
   }
 
   /// The comments in front of a place, each with blanks around.

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -121,18 +122,18 @@ std::vector<AdviceCase> all_scripts() {
   return all;
 }
 
+/// Without the number of the statement that an error is in.
+std::string without_places(const std::string& answer) {
+  return std::regex_replace(answer, std::regex("\"ErrLine\":\"?-?[0-9]*"), "");
+}
+
 /// All that the library tells of a script: the report and, if it compiles, the answer of a run, its
 /// drawings and every cell. Where a statement stands moves with the layout.
 std::string told_of(const AdviceCase& script) {
   clear_events();
   TestHost host;
   host.set_info(static_cast<int32_t>(script.period), "600000", "USHA");
-  std::string told = report_of(host, script.script, script.parameters);
-  const size_t line = told.find("\"ErrLine\":");
-  if (line != std::string::npos) {
-    const size_t digits = line + std::string_view("\"ErrLine\":").size();
-    told.erase(digits, told.find_first_not_of("-0123456789", digits) - digits);
-  }
+  std::string told = without_places(report_of(host, script.script, script.parameters));
   if (told.find("\"ErrCode\":0,") == std::string::npos) return told;
   Bars bars;
   for (size_t i = 0; i < 40; ++i) {
@@ -144,7 +145,7 @@ std::string told_of(const AdviceCase& script) {
     bars["V"].push_back(100.0 + wave);
   }
   host.feed(bars);
-  told += host.run(0, true) + host.shapes();
+  told += without_places(host.run(0, true)) + host.shapes();
   const auto names = quor_advice::names_in(script.script);
   // Random numbers are others in every run.
   if (std::ranges::find(names.words, "RAND") != names.words.end()) return told;
