@@ -8,6 +8,7 @@
 #include "console.h"
 #include "format.h"
 #include "help.h"
+#include "lsp/lsp.h"
 #include "option_checks.h"
 #include "paths.h"
 #include "scan.h"
@@ -327,6 +328,7 @@ int main(int argc, char** argv) {
     add_scan(app, scan);
     quor_host::FormatOptions format;
     add_format(app, format);
+    quor_lsp::add_lsp(app);
 #ifdef QUOR_STUDIO
     quor_host::StudioOptions studio;
     add_studio(app, studio);
@@ -343,6 +345,7 @@ int main(int argc, char** argv) {
     const CLI::App& command = *app.get_subcommands().front();
     if (command.get_name() == "help") return finish(print_help(app, help) ? 0 : exit_failure);
     if (command.get_name() == "scan") return finish(scan_files(scan));
+    if (command.get_name() == "lsp") return quor_lsp::run_lsp();
     if (command.get_name() == "format") return finish(format_scripts(format));
 #ifdef QUOR_STUDIO
     if (command.get_name() == "studio") return run_studio(studio);
