@@ -119,37 +119,50 @@ class Fixer {
     add({0, 0}, "CONST " + name + " : 5;" + end, "declare " + name + " as a constant, 5 at first");
   }
 
-  std::vector<std::string> told(std::string_view script, std::string_view report) const {
+  std::vector<Finding> findings_of(std::string_view script, std::string_view report) const {
     Input input = input_;
     input.script = script;
     input.report = report;
     input.answer = {};
-    std::vector<std::string> told;
-    for (const Finding& finding : advise(input)) {
-      told.push_back(finding.sentence);
-    }
-    std::ranges::sort(told);
-    return told;
+    return advise(input);
   }
 
   /// Leaves those that are of use, each once.
   void try_all() {
     if (fixes_.empty()) return;
-    const auto before = told(input_.script, input_.report);
+    const auto before = findings_of(input_.script, input_.report);
     std::vector<Fix> good;
     for (Fix& fix : fixes_) {
       const bool is_known = std::ranges::any_of(good, [&fix](const Fix& other) {
         return other.text == fix.text && other.place.begin == fix.place.begin;
       });
-      if (is_known) continue;
-      std::string script(input_.script);
-      script.replace(fix.place.begin, fix.place.end - fix.place.begin, fix.text);
-      const std::string report = input_.compile(script);
-      const auto after = told(script, report);
-      if (after.size() < before.size() && std::ranges::includes(before, after))
-        good.push_back(std::move(fix));
+      if (!is_known && is_of_use(fix, before)) good.push_back(std::move(fix));
     }
     fixes_ = std::move(good);
+  }
+
+  /// The finding is gone, there are no more errors than before, and nothing is to be said about what
+  /// is written now. What the mistake has hidden may come to light elsewhere.
+  bool is_of_use(const Fix& fix, const std::vector<Finding>& before) const {
+    std::string script(input_.script);
+    script.replace(fix.place.begin, fix.place.end - fix.place.begin, fix.text);
+    const std::string report = input_.compile(script);
+    const auto after = findings_of(script, report);
+    const auto same = [this](const Finding& finding) {
+      return finding.sentence == finding_.sentence;
+    };
+    const auto is_error = [](const Finding& finding) {
+      return finding.severity == Severity::error;
+    };
+    if (std::ranges::count_if(after, same) >= std::ranges::count_if(before, same)) return false;
+    if (std::ranges::count_if(after, is_error) > std::ranges::count_if(before, is_error))
+      return false;
+    const Reading reading = read_script(script, input_.parameters);
+    const Place written{fix.place.begin, fix.place.begin + fix.text.size()};
+    return std::ranges::none_of(after, [&](const Finding& finding) {
+      const Place place = place_of(reading, finding);
+      return finding.line > 0 && place.begin < written.end && written.begin < place.end;
+    });
   }
 
   const Input& input_;

@@ -7,6 +7,7 @@
 #include "layout.h"
 #include "letters.h"
 #include "reading.h"
+#include "syntax.h"
 
 namespace quor_advice {
 namespace {
@@ -120,6 +121,8 @@ class Formatter {
 
   std::string formatted(const Statement& statement, const Slot& slot,
                         std::string_view written) const {
+    // A mistake in it may be a ";" that is missing, which joins what its author has on two lines.
+    if (!check_form(reading_, statement).empty()) return std::string(written);
     const std::vector<Aside>& asides = reading_.scan.asides;
     for (size_t i = aside_; i < asides.size() && asides[i].begin < slot.end; ++i) {
       if (!can_move(asides[i], statement)) return std::string(written);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "colours.h"
 #include "letters.h"
 #include "src/tables/fields.h"
 #include "symbols.h"
@@ -11,7 +12,7 @@
 namespace quor_advice {
 namespace {
 
-std::string code(std::string_view text) { return "```quor\n" + std::string(text) + "\n```"; }
+std::string fenced(std::string_view text) { return "```quor\n" + std::string(text) + "\n```"; }
 
 /// The signs of Markdown as they stand.
 std::string plain(std::string_view text) {
@@ -62,7 +63,7 @@ std::string drawing_of(const Reading& reading, const Statement& statement) {
 
 std::string about_symbol(const Reading& reading, const Symbol& symbol) {
   const Statement& statement = reading.statements[symbol.statement];
-  std::string text = code(reading.text(symbol.whole));
+  std::string text = fenced(reading.text(symbol.whole));
   if (symbol.kind == SymbolKind::constant) {
     text += "\n\nA constant of the script: " + number_text(reading.constants.at(symbol.name)) + '.';
   } else {
@@ -107,7 +108,10 @@ std::string about_field(std::string_view word) {
 }
 
 std::string about_style(std::string_view word) {
-  if (const auto colour = colour_code(word)) return "A colour, for a style item or an argument.";
+  if (const auto code = colour_code(word)) {
+    const std::string digits = colour_texts(*code).rbegin()[1].substr(std::string_view("COLOR").size());
+    return "The colour #" + digits + ", for a style item or an argument.";
+  }
   std::string_view meaning = topic_line("styles", word);
   const size_t letters = word.find_last_not_of("0123456789") + 1;
   const std::string bounds = bounds_of_style(word);
@@ -151,7 +155,7 @@ std::optional<Hover> hover_at(const Reading& reading, size_t offset) {
 }
 
 std::string help_markdown(const WordHelp& help) {
-  std::string text = code(help.form) + "\n\n" + plain(help.summary);
+  std::string text = fenced(help.form) + "\n\n" + plain(help.summary);
   if (!help.arguments.empty()) {
     text += "\n\n";
     for (std::string_view rest = help.arguments; !rest.empty();) {
@@ -161,7 +165,7 @@ std::string help_markdown(const WordHelp& help) {
     }
   }
   if (!help.nulls.empty()) text += "\n\nFirst value and null: " + plain(help.nulls);
-  return text + "\n\n" + code(help.example);
+  return text + "\n\n" + fenced(help.example);
 }
 
 }  // namespace quor_advice

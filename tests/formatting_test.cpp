@@ -58,9 +58,10 @@ TEST(Formatting, has_one_layout) {
       {"A:{x}=C;", "A:{x}=C;\n"},
       // A line end at the end of a script heals some of them, which is the author's to do.
       {"A:C; /* end */", "A : C; /* end */"},
-      // Half a statement is laid out, and stays half of one.
-      {"A:C;B:MA(C", "A : C;\nB : MA(C\n"},
-      {"A:MA(C,5)+);", "A : MA(C, 5) + );\n"},
+      // A statement with a mistake in its form stays as well: what looks like a long one may be two.
+      {"A:C;B:MA(C", "A : C;\nB:MA(C\n"},
+      {"A:MA(C,5)\nB:MA(C,10);D:c;", "A:MA(C,5)\nB:MA(C,10);\nD : c;\n"},
+      {"A:MA(C,5)+);", "A:MA(C,5)+);\n"},
   };
   for (const auto& [written, laid_out] : cases) {
     EXPECT_EQ(format_script(written).text, laid_out) << written;

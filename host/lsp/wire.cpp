@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
 
 namespace quor_lsp {
 namespace {
@@ -38,18 +39,19 @@ std::optional<size_t> length_of(std::string_view line) {
 }  // namespace
 
 std::optional<std::string> read_message(std::istream& in) {
-  std::optional<size_t> length;
+  constexpr size_t unknown = SIZE_MAX;
+  size_t length = unknown;
   while (const auto line = read_line(in)) {
-    if (const auto told = length_of(*line)) length = told;
-    if (!line->empty() || !length) continue;
-    if (*length > longest_message) {
-      in.ignore(static_cast<std::streamsize>(std::min<size_t>(*length, 1U << 31U)));
-      length.reset();
+    length = length_of(*line).value_or(length);
+    if (!line->empty() || length == unknown) continue;
+    if (length > longest_message) {
+      in.ignore(static_cast<std::streamsize>(std::min<size_t>(length, INT64_MAX)));
+      length = unknown;
       continue;
     }
-    std::string message(*length, '\0');
-    in.read(message.data(), static_cast<std::streamsize>(*length));
-    if (static_cast<size_t>(in.gcount()) < *length) return std::nullopt;
+    std::string message(length, '\0');
+    in.read(message.data(), static_cast<std::streamsize>(length));
+    if (static_cast<size_t>(in.gcount()) < length) return std::nullopt;
     return message;
   }
   return std::nullopt;
