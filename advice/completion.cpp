@@ -69,6 +69,7 @@ void add_functions(std::vector<Completion>& items, bool takes_acting) {
 
 void add_fields(std::vector<Completion>& items) {
   for (const quor::Field& field : quor::ReservedFieldTable) {
+    if (is_function(field.word)) continue;  // it says more there
     // A word with its shorter one: CLOSE, C.
     std::string detail = "bar field";
     for (const std::string_view word : words_of_field(static_cast<uint32_t>(field.id))) {
@@ -177,25 +178,24 @@ class Completer {
       return;
     }
     replace_from(begin);
-    const auto call = call_around(reading_, quoted.begin);
-    const std::string_view word = call ? call->help->word : std::string_view();
-    if (word == "DRAWICON" || word == "ICON" || is_icon_form(quoted.begin)) add_signs(items());
+    const std::string_view word = called_around(quoted.begin);
+    if (word == "DRAWICON" || word == "ICON") add_signs(items());
     if (word == "GETPRICE" || word == "GETSTOCKPRICE") {
       for (const std::string_view field : words_among(Vocabulary::quote))
         items().push_back(plain(field, CompletionKind::text, "field of a quote"));
     }
   }
 
-  /// Whether the text is that of COND,ICON(1,'...').
-  bool is_icon_form(size_t begin) const {
-    if (statement_ == nullptr) return false;
-    std::string_view word;
-    for (size_t i = 1; i < statement_->tokens.size(); ++i) {
-      if (statement_->tokens[i].begin >= begin) break;
-      const bool opens = statement_->tokens[i].kind == TokenKind::open;
-      if (opens) word = statement_->tokens[i - 1].text;
+  /// The word of the innermost parentheses that are open at a place; short forms have no help.
+  std::string_view called_around(size_t place) const {
+    std::vector<std::string_view> open;
+    for (size_t i = 1; statement_ != nullptr && i < statement_->tokens.size(); ++i) {
+      const Token& token = statement_->tokens[i];
+      if (token.begin >= place) break;
+      if (token.kind == TokenKind::open) open.emplace_back(statement_->tokens[i - 1].text);
+      if (token.kind == TokenKind::close && !open.empty()) open.pop_back();
     }
-    return word == "ICON";
+    return open.empty() ? std::string_view() : open.back();
   }
 
   void complete_word() {
@@ -265,6 +265,8 @@ std::vector<Completion> statement_forms() {
       {"label", "DRAWTEXT(${1:C > O}, ${2:H}, '${3:text}'), ${4:COLORRED};",
        "a text where a condition holds", ""},
       {"sticks", "${1:C - O}, COLORSTICK;", "sticks from 0 to a value", ""},
+      {"quote", "${1:NAME} : GETPRICE('${2:NEW}');", "a field of the live quote", ""},
+      {"reference", "${1:NAME} : \"${2:600000}\\$${3:CLOSE}\";", "a field of another security", ""},
   };
   std::vector<Completion> all;
   for (const auto& [label, insert, detail, about] : forms) {

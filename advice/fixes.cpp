@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
+#include <utility>
 
 #include "advice.h"
 #include "letters.h"
@@ -119,7 +121,8 @@ class Fixer {
     add({0, 0}, "CONST " + name + " : 5;" + end, "declare " + name + " as a constant, 5 at first");
   }
 
-  std::vector<Finding> findings_of(std::string_view script, std::string_view report) const {
+  std::vector<Finding> findings_of(std::string_view script) const {
+    const std::string report = input_.compile(script);
     Input input = input_;
     input.script = script;
     input.report = report;
@@ -127,49 +130,94 @@ class Fixer {
     return advise(input);
   }
 
+  /// Whether it is the finding that is to be mended.
+  bool is_meant(const Finding& finding) const { return finding.sentence == finding_.sentence; }
+
+  /// The finding's statement with those that it reads, and where in this text it begins: enough to
+  /// try changes on, and soon compiled.
+  void make_excerpt() {
+    const auto number = statement_at(reading_, place_.begin);
+    if (!number || reading_.statements[*number].tokens.empty()) return;
+    std::set<size_t> wanted = {*number};
+    for (std::vector<size_t> open = {*number}; !open.empty();) {
+      const size_t next = open.back();
+      open.pop_back();
+      for (const Token& token : reading_.statements[next].tokens) {
+        const auto line = reading_.lines.find(token.text);
+        if (line != reading_.lines.end() && wanted.insert(line->second).second)
+          open.push_back(line->second);
+      }
+    }
+    for (const Statement& statement : reading_.statements) {
+      const bool is_constant = statement.form == Form::constant;
+      if (!is_constant && !wanted.contains(statement.number)) continue;
+      const Slot& slot = reading_.scan.slots[statement.number];
+      const size_t begin = statement.tokens.front().begin;
+      if (statement.number == *number) moved_ = {begin, trial_.size()};
+      const size_t end = slot.is_closed ? slot.end + 1 : slot.end;
+      trial_ += std::string(input_.script.substr(begin, end - begin)) + '\n';
+    }
+  }
+
   /// Leaves those that are of use, each once.
   void try_all() {
     if (fixes_.empty()) return;
-    const auto before = findings_of(input_.script, input_.report);
+    make_excerpt();
+    before_ = findings_of(trial_);
+    const auto is_same = [this](const Finding& finding) { return is_meant(finding); };
+    if (std::ranges::none_of(before_, is_same)) {
+      trial_ = input_.script;
+      moved_ = {};
+      before_ = findings_of(trial_);
+    }
     std::vector<Fix> good;
     for (Fix& fix : fixes_) {
       const bool is_known = std::ranges::any_of(good, [&fix](const Fix& other) {
         return other.text == fix.text && other.place.begin == fix.place.begin;
       });
-      if (!is_known && is_of_use(fix, before)) good.push_back(std::move(fix));
+      if (!is_known && is_of_use(fix)) good.push_back(std::move(fix));
     }
     fixes_ = std::move(good);
   }
 
   /// The finding is gone, there are no more errors than before, and nothing is to be said about what
   /// is written now. What the mistake has hidden may come to light elsewhere.
-  bool is_of_use(const Fix& fix, const std::vector<Finding>& before) const {
-    std::string script(input_.script);
-    script.replace(fix.place.begin, fix.place.end - fix.place.begin, fix.text);
-    const std::string report = input_.compile(script);
-    const auto after = findings_of(script, report);
-    const auto same = [this](const Finding& finding) {
-      return finding.sentence == finding_.sentence;
-    };
+  bool is_of_use(const Fix& fix) const {
+    std::string script = trial_;
+    // What is put in front of everything stays there.
+    const size_t begin = fix.place.end == 0 ? 0 : fix.place.begin - moved_.from + moved_.to;
+    if (begin > script.size()) return false;
+    script.replace(begin, fix.place.end - fix.place.begin, fix.text);
+    const auto after = findings_of(script);
+    const auto is_same = [this](const Finding& finding) { return is_meant(finding); };
     const auto is_error = [](const Finding& finding) {
       return finding.severity == Severity::error;
     };
-    if (std::ranges::count_if(after, same) >= std::ranges::count_if(before, same)) return false;
-    if (std::ranges::count_if(after, is_error) > std::ranges::count_if(before, is_error))
+    if (std::ranges::count_if(after, is_same) >= std::ranges::count_if(before_, is_same))
+      return false;
+    if (std::ranges::count_if(after, is_error) > std::ranges::count_if(before_, is_error))
       return false;
     const Reading reading = read_script(script, input_.parameters);
-    const Place written{fix.place.begin, fix.place.begin + fix.text.size()};
     return std::ranges::none_of(after, [&](const Finding& finding) {
       const Place place = place_of(reading, finding);
-      return finding.line > 0 && place.begin < written.end && written.begin < place.end;
+      return finding.line > 0 && place.begin < begin + fix.text.size() && begin < place.end;
     });
   }
+
+  /// From an offset of the script to one of the text that is tried on.
+  struct Moved {
+    size_t from = 0;
+    size_t to = 0;
+  };
 
   const Input& input_;
   const Finding& finding_;
   Reading reading_;
   Place place_;
   std::vector<Fix> fixes_;
+  std::string trial_;  ///< what changes are tried on
+  Moved moved_;
+  std::vector<Finding> before_;  ///< of that
 };
 
 }  // namespace

@@ -58,6 +58,7 @@ size_t Positions::length_of(quor_advice::Place place) const {
   size_t units = 0;
   for (size_t at = place.begin; at < place.end;) {
     const size_t size = quor_advice::front_character(text_.substr(at));
+    if (at + size > place.end) break;  // in the middle of a character
     units += units_of(text_.substr(at, size), encoding_);
     at += size;
   }
