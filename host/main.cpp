@@ -201,6 +201,7 @@ void add_help(CLI::App& app, quor_host::HelpOptions& options) {
   // For completion and for those who keep the documentation.
   help.add_flag("--list", options.lists_words, "Print all words, one in a line")->group("");
   help.add_flag("--index", options.prints_index, "Print the index of words in Markdown")->group("");
+  help.add_flag("--grammar", options.prints_grammar, "Print the grammar for editors")->group("");
 }
 
 void add_scan(CLI::App& app, ScanOptions& options) {
