@@ -18,7 +18,7 @@ namespace quor_lsp {
 /// What scripts are compiled with.
 struct Settings {
   std::string parameters;  ///< JSON as the library takes it
-  int32_t period = 0x4000;
+  int32_t period = 0;      ///< of the bars, a code; 0 if the author hasn't said
 };
 
 class Document {

@@ -48,6 +48,14 @@ TEST(Lsp, tells_findings_of_the_text_as_it_is) {
 }
 
 TEST(Lsp, knows_what_a_host_would_set) {
+  const auto findings_with = [](const Json& options) {
+    Editor editor(Json{{"capabilities", Json::object()}, {"initializationOptions", options}});
+    editor.open("A:\"MIN$1$CLOSE\";");
+    return editor.findings().size();
+  };
+  EXPECT_EQ(findings_with(nullptr), 0U) << "any bars may be meant";
+  EXPECT_EQ(findings_with({{"period", "day"}}), 1U);
+  EXPECT_EQ(findings_with({{"period", "no period"}}), 0U);
   Editor editor(Json{{"capabilities", Json::object()},
                      {"initializationOptions", {{"parameters", {{"n", 5}}}}}});
   editor.open("A:MA(C,N);");

@@ -43,6 +43,8 @@ export class Session {
     await this.connection.sendRequest(InitializeRequest.type, {
       processId: process.pid,
       rootUri: null,
+      // As long as the bars that the cases of the tests are about.
+      initializationOptions: { period: '5min' },
       capabilities: { textDocument: { completion: { completionItem: { snippetSupport } } } },
     });
     await this.connection.sendNotification(InitializedNotification.type, {});
