@@ -16,8 +16,12 @@ namespace quor_lsp {
 namespace {
 
 constexpr auto footer = R"(
-An editor starts it and speaks with it over the standard input and output: the Language Server
-Protocol. editors/ in the sources tells how several editors are set up.)";
+Example: what an editor starts, with a file for what goes wrong.
+
+  quor lsp 2>log.txt
+
+An editor says in `initializationOptions` what scripts are compiled with, if anything:
+{"parameters": {"N": 5}, "period": "5min"}.)";
 
 /// Messages as they come, so that it shows whether another one waits.
 class Inbox {
