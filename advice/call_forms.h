@@ -12,7 +12,7 @@
 namespace quor_advice {
 
 struct CallForm {
-  std::string_view text;  ///< "LOG(X,B)", "COND,BK(QUANTITY)"
+  std::string_view text;         ///< "LOG(X,B)", "COND,BK(QUANTITY)"
   std::vector<Place> arguments;  ///< places in the text of what stands in its parentheses
 };
 

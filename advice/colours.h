@@ -10,7 +10,7 @@
 namespace quor_advice {
 
 struct ColourAt {
-  Place place;  ///< of a word or of a whole call of RGB
+  Place place;        ///< of a word or of a whole call of RGB
   uint32_t code = 0;  ///< 0xRRGGBB
 };
 

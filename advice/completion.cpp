@@ -37,8 +37,7 @@ std::string snippet_of(const CallForm& form) {
     if (argument == "...") continue;
     const bool is_text = argument.size() > 1 && argument.starts_with('\'');
     if (is_text) argument = argument.substr(1, argument.size() - 2);
-    const std::string hole =
-        "${" + std::to_string(++number) + ':' + as_snippet(argument) + '}';
+    const std::string hole = "${" + std::to_string(++number) + ':' + as_snippet(argument) + '}';
     out += (number > 1 ? ", " : "") + (is_text ? "'" + hole + "'" : hole);
   }
   return out + ')';

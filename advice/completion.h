@@ -14,9 +14,9 @@ enum class CompletionKind { function, field, line, constant, style, colour, text
 struct Completion {
   std::string label;
   CompletionKind kind = CompletionKind::function;
-  std::string detail;   ///< its form, or what it is, in a few words
-  std::string about;    ///< sentences; may be empty
-  std::string insert;   ///< a snippet: ${1:X} is a place to fill in, $0 where one goes on
+  std::string detail;  ///< its form, or what it is, in a few words
+  std::string about;   ///< sentences; may be empty
+  std::string insert;  ///< a snippet: ${1:X} is a place to fill in, $0 where one goes on
 };
 
 struct Completions {

@@ -79,7 +79,8 @@ class Fixer {
   void add_written_text() {
     const auto rest = behind(finding_.suggestion, "write ");
     if (!rest) return;
-    for (const std::string_view stop : {"", ",", ";", " or ", " for ", " in front", " between", " to "}) {
+    for (const std::string_view stop :
+         {"", ",", ";", " or ", " for ", " in front", " between", " to "}) {
       const size_t end = stop.empty() ? rest->size() : rest->find(stop);
       if (end == absent || end == 0) continue;
       const std::string_view text = without_quotes(rest->substr(0, end));
@@ -180,8 +181,8 @@ class Fixer {
     fixes_ = std::move(good);
   }
 
-  /// The finding is gone, there are no more errors than before, and nothing is to be said about what
-  /// is written now. What the mistake has hidden may come to light elsewhere.
+  /// The finding is gone, there are no more errors than before, and nothing is to be said about
+  /// what is written now. What the mistake has hidden may come to light elsewhere.
   bool is_of_use(const Fix& fix) const {
     std::string script = trial_;
     // What is put in front of everything stays there.

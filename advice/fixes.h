@@ -16,9 +16,9 @@ struct Fix {
   std::string title;  ///< "write EMA", "take it away"
 };
 
-/// The changes that a finding's suggestion tells, each of which leaves fewer findings and no new one:
-/// it is tried by `compile`. Without that they are those that need no trial: a word in place of a
-/// misspelt one, a sign that is missing.
+/// The changes that a finding's suggestion tells, each of which leaves fewer findings and no new
+/// one: it is tried by `compile`. Without that they are those that need no trial: a word in place
+/// of a misspelt one, a sign that is missing.
 std::vector<Fix> fixes_of(const Input& input, const Finding& finding);
 
 /// Where a finding stands; an empty place at the front for one without.

@@ -45,8 +45,7 @@ bool reads_the_same(const Reading& a, const Reading& b) {
   while (next(a, i) && next(b, j)) {
     const Slot& slot = a.scan.slots[i];
     const Slot& other = b.scan.slots[j];
-    const bool is_equal =
-        slot.text.bytes == other.text.bytes && slot.is_closed == other.is_closed;
+    const bool is_equal = slot.text.bytes == other.text.bytes && slot.is_closed == other.is_closed;
     if (!is_equal || !is_same(a.statements[i++], b.statements[j++])) return false;
   }
   return !next(a, i) && !next(b, j) && a.scan.ends_well == b.scan.ends_well &&
@@ -127,16 +126,14 @@ class Formatter {
     for (size_t i = aside_; i < asides.size() && asides[i].begin < slot.end; ++i) {
       if (!can_move(asides[i], statement)) return std::string(written);
     }
-    std::string laid_out =
-        lay_out(statement, script_, asides, slot.is_closed, slot.end);
+    std::string laid_out = lay_out(statement, script_, asides, slot.is_closed, slot.end);
     return reads_as(laid_out, slot, statement) ? laid_out : std::string(written);
   }
 
   /// A comment of one line between two tokens.
   bool can_move(const Aside& aside, const Statement& statement) const {
     if (script_.substr(aside.begin, aside.end - aside.begin).find('\n') != absent) return false;
-    const auto next =
-        std::ranges::upper_bound(statement.tokens, aside.begin, {}, &Token::begin);
+    const auto next = std::ranges::upper_bound(statement.tokens, aside.begin, {}, &Token::begin);
     return next == statement.tokens.begin() || (next - 1)->end <= aside.begin;
   }
 

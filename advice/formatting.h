@@ -10,7 +10,8 @@
 namespace quor_advice {
 
 /// A script in its layout. The library reads the same statements in it: it is compared before it is
-/// given. What can't be laid out without a change of meaning, a statement at most, stays as written.
+/// given. What can't be laid out without a change of meaning, a statement at most, stays as
+/// written.
 struct Formatted {
   std::string text;
   /// Why the text is the script as it was: an open quote, or a "//" in the middle of a statement;
@@ -19,8 +20,5 @@ struct Formatted {
 };
 
 Formatted format_script(std::string_view script);
-
-/// The widest line that is left whole, in places on a screen.
-inline constexpr size_t widest_line = 100;
 
 }  // namespace quor_advice

@@ -62,7 +62,8 @@ std::string json_string(std::string_view text) {
 }
 
 std::string json_of(const Rule& rule) {
-  return "{ \"name\": " + json_string(rule.scope) + ", \"match\": " + json_string(rule.match) + " }";
+  return "{ \"name\": " + json_string(rule.scope) + ", \"match\": " + json_string(rule.match) +
+         " }";
 }
 
 std::string json_of_span(std::string_view scope, std::string_view begin, std::string_view end) {

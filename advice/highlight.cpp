@@ -55,8 +55,8 @@ std::vector<Highlight> highlights_of(const Reading& reading) {
       const bool is_silent = token.kind == TokenKind::open || token.kind == TokenKind::close ||
                              token.kind == TokenKind::comma || token.kind == TokenKind::colon;
       if (is_silent) continue;
-      all.push_back({place_of(token), shade_of_token(reading, statement, i),
-                     is_declared(statement, i)});
+      all.push_back(
+          {place_of(token), shade_of_token(reading, statement, i), is_declared(statement, i)});
     }
   }
   std::ranges::sort(all, {}, [](const Highlight& highlight) { return highlight.place.begin; });

@@ -29,11 +29,12 @@ std::string comment_of(const Reading& reading, Place whole) {
   std::string comment;
   for (const Aside& aside : reading.scan.asides) {
     const size_t line = reading.line_of(aside.end);
-    const bool is_above = aside.end <= whole.begin && line + 1 >= reading.line_of(whole.begin) &&
-                          reading.script.substr(aside.end, whole.begin - aside.end)
-                                  .find_first_not_of(" \t\r\n") == absent;
-    const bool is_behind = aside.begin >= whole.end && reading.line_of(aside.begin) ==
-                                                            reading.line_of(whole.end);
+    const bool is_above =
+        aside.end <= whole.begin && line + 1 >= reading.line_of(whole.begin) &&
+        reading.script.substr(aside.end, whole.begin - aside.end).find_first_not_of(" \t\r\n") ==
+            absent;
+    const bool is_behind =
+        aside.begin >= whole.end && reading.line_of(aside.begin) == reading.line_of(whole.end);
     if (!is_above && !is_behind) continue;
     std::string_view text = reading.script.substr(aside.begin, aside.end - aside.begin);
     const size_t begin = text.find_first_not_of("/*{ \t");
@@ -78,7 +79,8 @@ std::string about_symbol(const Reading& reading, const Symbol& symbol) {
 
 std::string about_name(const Reading& reading, const std::string& name) {
   const auto symbols = symbols_of(reading);
-  if (const Symbol* const symbol = find_symbol(symbols, name)) return about_symbol(reading, *symbol);
+  if (const Symbol* const symbol = find_symbol(symbols, name))
+    return about_symbol(reading, *symbol);
   return "A parameter of the script: " + number_text(reading.constants.at(name)) + '.';
 }
 
@@ -98,8 +100,7 @@ std::string_view topic_line(std::string_view topic, std::string_view word) {
 
 std::string about_field(std::string_view word) {
   std::string text = "Bar field " + std::string(word);
-  const auto* const field =
-      std::ranges::find(quor::ReservedFieldTable, word, &quor::Field::word);
+  const auto* const field = std::ranges::find(quor::ReservedFieldTable, word, &quor::Field::word);
   for (const std::string_view other : words_of_field(static_cast<uint32_t>(field->id))) {
     if (other != word) text += ", the same as " + std::string(other);
   }
@@ -109,7 +110,8 @@ std::string about_field(std::string_view word) {
 
 std::string about_style(std::string_view word) {
   if (const auto code = colour_code(word)) {
-    const std::string digits = colour_texts(*code).rbegin()[1].substr(std::string_view("COLOR").size());
+    const std::string digits =
+        colour_texts(*code).rbegin()[1].substr(std::string_view("COLOR").size());
     return "The colour #" + digits + ", for a style item or an argument.";
   }
   std::string_view meaning = topic_line("styles", word);

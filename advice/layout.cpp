@@ -4,21 +4,20 @@
 #include <array>
 #include <utility>
 
-#include "formatting.h"
 #include "letters.h"
 
 namespace quor_advice {
 namespace {
 
-/// A stretch of text, a place where a line may end, or an edge of a group of such places: either all
-/// of a group's lines end there or none.
+/// A stretch of text, a place where a line may end, or an edge of a group of such places: either
+/// all of a group's lines end there or none.
 struct Part {
   enum class Kind { text, line, open, close };
   Kind kind = Kind::text;
   std::string text;  ///< of a line: what stands there if it doesn't end
 };
 
-constexpr size_t step = 4;           ///< blanks that a group is moved in
+constexpr size_t step = 4;            ///< blanks that a group is moved in
 constexpr size_t deepest_group = 40;  ///< parentheses in one another; what is deeper isn't broken
 
 /// Prints parts by the rule that an outer group breaks before an inner one.
@@ -84,14 +83,8 @@ int looseness(const Token& token) {
     std::string_view sign;
     int looseness;
   };
-  constexpr std::array<Rank, 8> ranks = {{{"||", 5},
-                                          {"|", 5},
-                                          {"&&", 4},
-                                          {"&", 4},
-                                          {"+", 2},
-                                          {"-", 2},
-                                          {"*", 1},
-                                          {"/", 1}}};
+  constexpr std::array<Rank, 8> ranks = {
+      {{"||", 5}, {"|", 5}, {"&&", 4}, {"&", 4}, {"+", 2}, {"-", 2}, {"*", 1}, {"/", 1}}};
   const auto* const row = std::ranges::find(ranks, token.text, &Rank::sign);
   if (row != ranks.end()) return row->looseness;
   return is_comparison(token) ? 3 : 1;

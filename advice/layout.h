@@ -9,8 +9,11 @@
 
 namespace quor_advice {
 
-/// The statement, which ends at an offset, with its ";" if it is closed. Comments inside it, one line
-/// each, keep their places.
+/// The widest line that is left whole, in places on a screen.
+inline constexpr size_t widest_line = 100;
+
+/// The statement, which ends at an offset, with its ";" if it is closed. Comments inside it, one
+/// line each, keep their places.
 std::string lay_out(const Statement& statement, std::string_view script,
                     const std::vector<Aside>& asides, bool is_closed, size_t end);
 

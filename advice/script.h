@@ -34,8 +34,8 @@ struct Comment {
   size_t end = 0;    ///< offset of its closing mark
 };
 
-/// What stands in a script and isn't read: a comment of any kind with its marks, up to the end of its
-/// line or of the script if these end it; or a closing mark outside of comments.
+/// What stands in a script and isn't read: a comment of any kind with its marks, up to the end of
+/// its line or of the script if these end it; or a closing mark outside of comments.
 struct Aside {
   size_t begin = 0;
   size_t end = 0;

@@ -22,9 +22,7 @@ bool declares(const Statement& statement) {
   return !statement.name.empty() && !statement.name_range.empty();
 }
 
-bool is_name_byte(char c) {
-  return is_letter(c) || is_digit(c) || is_beyond_ascii(c) || c == '_';
-}
+bool is_name_byte(char c) { return is_letter(c) || is_digit(c) || is_beyond_ascii(c) || c == '_'; }
 
 }  // namespace
 
@@ -84,7 +82,8 @@ std::optional<NameAt> name_at(const Reading& reading, size_t offset) {
   const Statement& statement = reading.statements[*statement_at(reading, token->begin)];
   if (declares(statement)) {
     const Place place = place_of(statement, statement.name_range);
-    if (place.begin <= token->begin && token->end <= place.end) return NameAt{statement.name, place};
+    if (place.begin <= token->begin && token->end <= place.end)
+      return NameAt{statement.name, place};
   }
   if (token->kind != TokenKind::word) return std::nullopt;
   const bool is_known =
@@ -112,7 +111,8 @@ std::string rename_fault(const Reading& reading, std::string_view name, std::str
   const std::string upper = to_upper(other);
   const bool is_name = !other.empty() && !is_digit(other[0]) &&
                        std::ranges::all_of(other, is_name_byte) && !to_number(other).has_value();
-  if (!is_name) return "a name is made of letters, digits and _, and begins with none of the digits";
+  if (!is_name)
+    return "a name is made of letters, digits and _, and begins with none of the digits";
   if (upper == "CONST" || upper == "AND" || upper == "OR") {
     return upper + " is a word of the language";
   }

@@ -37,7 +37,7 @@ struct NumberedStyle {
   int most_told;
 };
 constexpr NumberedStyle numbered_styles[] = {
-    {"LINETHICK", 0, 9, 1, 9}, {"PRECIS", 0, 6, 0, 6},      {"ALIGN", 0, 2, 0, 2},
+    {"LINETHICK", 0, 9, 1, 9}, {"PRECIS", 0, 6, 0, 6},     {"ALIGN", 0, 2, 0, 2},
     {"VALIGN", 0, 2, 0, 2},    {"FONTSIZE", 1, 99, 8, 72},
 };
 

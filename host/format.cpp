@@ -55,8 +55,9 @@ std::string formatted(const std::string& script, const std::string& name) {
   if (!formatted.unreadable_at) return std::move(formatted.text);
   const auto front = script.begin() + static_cast<std::ptrdiff_t>(*formatted.unreadable_at);
   const auto line = std::count(script.begin(), front, '\n') + 1;
-  throw HostError(name + ':' + std::to_string(line) +
-                  ": a quote is left open or a comment cuts a statement here; quor check tells more");
+  throw HostError(
+      name + ':' + std::to_string(line) +
+      ": a quote is left open or a comment cuts a statement here; quor check tells more");
 }
 
 /// Whether all is as it shall be.

@@ -22,8 +22,8 @@
  *
  * Text
  *   Every text that goes in is a pointer and a length in bytes, without a terminator, UTF-8; a null
- * pointer with length 0 is an empty text. It is read during the call only. Every text that comes out
- * ends in a zero that its length, where one is told, excludes. Unless a call says otherwise it
+ * pointer with length 0 is an empty text. It is read during the call only. Every text that comes
+ * out ends in a zero that its length, where one is told, excludes. Unless a call says otherwise it
  * belongs to the object that it was got from and lives as long.
  *
  * Bad calls
@@ -111,7 +111,8 @@ typedef struct quor_advice_input {
   void* context; /* handed to `compile` */
 } quor_advice_input;
 
-#define QUOR_ADVICE_INPUT {QUOR_ADVICE_VERSION, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}
+#define QUOR_ADVICE_INPUT \
+  { QUOR_ADVICE_VERSION, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0 }
 
 /* The findings of a script. */
 typedef struct quor_findings quor_findings;
@@ -139,8 +140,8 @@ QUOR_ADVICE_API const char* quor_advice_cure(int32_t code);
 /* The code at a place in the table of all codes, from 0; 0 behind the last one. */
 QUOR_ADVICE_API int32_t quor_advice_code(uint32_t index);
 
-/* The script in its one layout, as `quor format` writes it; the same text if it can't be read. To be
- * given back through quor_advice_release_text. */
+/* The script in its one layout, as `quor format` writes it; the same text if it can't be read. To
+ * be given back through quor_advice_release_text. */
 QUOR_ADVICE_API char* quor_advice_format(const char* script, uint32_t script_length,
                                          uint32_t* length);
 QUOR_ADVICE_API void quor_advice_release_text(char* text);

@@ -1,5 +1,5 @@
-// The layout of scripts: how it looks, that it is its own layout, and that it changes nothing that a
-// script calculates, draws or raises.
+// The layout of scripts: how it looks, that it is its own layout, and that it changes nothing that
+// a script calculates, draws or raises.
 #include "advice/formatting.h"
 
 #include <gtest/gtest.h>
@@ -46,7 +46,8 @@ TEST(Formatting, has_one_layout) {
       {"A:C;\r\nB:O;\r\n", "A : C;\r\nB : O;\r\n"},
       {"A:C;\rB:O;", "A : C;\nB : O;\n"},
       // Comments stay beside what they stand beside.
-      {"// top\t \n\nA:C; // end\n{ one }B:O;{ two }\n", "// top\n\nA : C; // end\n{ one }\nB : O; { two }\n"},
+      {"// top\t \n\nA:C; // end\n{ one }B:O;{ two }\n",
+       "// top\n\nA : C; // end\n{ one }\nB : O; { two }\n"},
       {"A:C{why}+O /* how */;", "A : C {why} + O /* how */;\n"},
       {"/* one\n   two */A:C;{open", "/* one\n   two */\nA : C; {open\n"},
       {"A:C;}B:O;", "A : C; }\nB : O;\n"},
@@ -58,7 +59,8 @@ TEST(Formatting, has_one_layout) {
       {"A:{x}=C;", "A:{x}=C;\n"},
       // A line end at the end of a script heals some of them, which is the author's to do.
       {"A:C; /* end */", "A : C; /* end */"},
-      // A statement with a mistake in its form stays as well: what looks like a long one may be two.
+      // A statement with a mistake in its form stays as well: what looks like a long one may be
+      // two.
       {"A:C;B:MA(C", "A : C;\nB:MA(C\n"},
       {"A:MA(C,5)\nB:MA(C,10);D:c;", "A:MA(C,5)\nB:MA(C,10);\nD : c;\n"},
       {"A:MA(C,5)+);", "A:MA(C,5)+);\n"},
@@ -70,20 +72,25 @@ TEST(Formatting, has_one_layout) {
 
 TEST(Formatting, breaks_what_is_too_long) {
   const LayoutCase cases[] = {
-      {"MTR:=SUM(MAX(MAX(HIGHEST-LOWEST,ABS(HIGHEST-REF(CLOSE,1))),ABS(REF(CLOSE,1)-LOWEST)),NUMBER_OF);",
+      {"MTR:=SUM(MAX(MAX(HIGHEST-LOWEST,ABS(HIGHEST-REF(CLOSE,1))),ABS(REF(CLOSE,1)-LOWEST)),"
+       "NUMBER_OF);",
        "MTR := SUM(\n"
-       "    MAX(MAX(HIGHEST - LOWEST, ABS(HIGHEST - REF(CLOSE, 1))), ABS(REF(CLOSE, 1) - LOWEST)),\n"
+       "    MAX(MAX(HIGHEST - LOWEST, ABS(HIGHEST - REF(CLOSE, 1))), ABS(REF(CLOSE, 1) - "
+       "LOWEST)),\n"
        "    NUMBER_OF);\n"},
-      {"FOUND:CLOSE>REF(CLOSE,1) AND VOLUME_OF_BAR>REF(VOLUME_OF_BAR,1) AND (CLOSE-REF(CLOSE,1))*100>LEAST,NODRAW;",
+      {"FOUND:CLOSE>REF(CLOSE,1) AND VOLUME_OF_BAR>REF(VOLUME_OF_BAR,1) AND "
+       "(CLOSE-REF(CLOSE,1))*100>LEAST,NODRAW;",
        "FOUND : CLOSE > REF(CLOSE, 1)\n"
        "    AND VOLUME_OF_BAR > REF(VOLUME_OF_BAR, 1)\n"
        "    AND (CLOSE - REF(CLOSE, 1)) * 100 > LEAST, NODRAW;\n"},
       // Items that fit nowhere else stand on a line of their own.
-      {"A:MA(CLOSE,5)+MA(CLOSE,10)+MA(CLOSE,20)+MA(CLOSE,30)+MA(CLOSE,60),COLORRED,LINETHICK2,PRECIS2;",
+      {"A:MA(CLOSE,5)+MA(CLOSE,10)+MA(CLOSE,20)+MA(CLOSE,30)+MA(CLOSE,60),COLORRED,LINETHICK2,"
+       "PRECIS2;",
        "A : MA(CLOSE, 5) + MA(CLOSE, 10) + MA(CLOSE, 20) + MA(CLOSE, 30) + MA(CLOSE, 60),\n"
        "    COLORRED, LINETHICK2, PRECIS2;\n"},
       // A wide letter takes two places.
-      {"均线均线均线均线均线:=均线均线均线均线均线均线均线均线均线均线+均线均线均线均线均线均线均线均线均线均线;",
+      {"均线均线均线均线均线:=均线均线均线均线均线均线均线均线均线均线+"
+       "均线均线均线均线均线均线均线均线均线均线;",
        "均线均线均线均线均线 := 均线均线均线均线均线均线均线均线均线均线\n"
        "    + 均线均线均线均线均线均线均线均线均线均线;\n"},
   };
@@ -162,7 +169,8 @@ TEST(Formatting, changes_nothing_that_is_compiled_or_calculated) {
     laid_out.script = format_script(script.script).text;
     EXPECT_EQ(format_script(laid_out.script).text, laid_out.script) << "laid out twice";
     if (laid_out.script != script.script) ++changed;
-    EXPECT_EQ(told_of(laid_out), told_of(script)) << script.script << "\n-- as\n" << laid_out.script;
+    EXPECT_EQ(told_of(laid_out), told_of(script)) << script.script << "\n-- as\n"
+                                                  << laid_out.script;
   }
   EXPECT_GE(changed, 600U);
 }
@@ -170,10 +178,10 @@ TEST(Formatting, changes_nothing_that_is_compiled_or_calculated) {
 /// Pieces in any order, so that marks of comments and quotes meet where no author puts them.
 TEST(Formatting, is_its_own_layout_whatever_it_reads) {
   constexpr std::string_view pieces[] = {
-      "A",  ":",  ":=", "C",  ",",  ";",  ";",    "\n",  "\n",    " ",     "\t", "(",
-      ")",  "-",  "+",  "*",  "=",  "!",  "{",    "}",   "/*",    "*/",    "//", "'",
-      "\"", "<",  ">",  "&",  "|",  "5",  " AND ", " or ", "CONST", "均线", "\r", "\xC2\xA0",
-      "@",  "~",  ".",  "1E", "[",  "]",  "\xFF", "MA(", "COLORRED"};
+      "A",  ":", ":=", "C",  ",", ";", ";",     "\n",   "\n",      " ",    "\t", "(",
+      ")",  "-", "+",  "*",  "=", "!", "{",     "}",    "/*",      "*/",   "//", "'",
+      "\"", "<", ">",  "&",  "|", "5", " AND ", " or ", "CONST",   "均线", "\r", "\xC2\xA0",
+      "@",  "~", ".",  "1E", "[", "]", "\xFF",  "MA(",  "COLORRED"};
   std::mt19937 random(7);
   std::uniform_int_distribution<size_t> piece(0, std::size(pieces) - 1);
   for (int round = 0; round < 20000; ++round) {

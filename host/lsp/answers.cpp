@@ -125,8 +125,8 @@ Json prepared_rename(const Asked& asked) {
   const auto symbols = quor_advice::symbols_of(asked.reading());
   if (quor_advice::find_symbol(symbols, name->name) == nullptr) return nullptr;
   return {{"range", asked.document.positions().range_of(name->place)},
-          {"placeholder", asked.document.text().substr(name->place.begin,
-                                                       name->place.end - name->place.begin)}};
+          {"placeholder",
+           asked.document.text().substr(name->place.begin, name->place.end - name->place.begin)}};
 }
 
 Json renamed(const Asked& asked) {
@@ -137,8 +137,7 @@ Json renamed(const Asked& asked) {
   if (!fault.empty()) throw Refusal{fault};
   Json edits = Json::array();
   for (const Place place : quor_advice::places_of(asked.reading(), name->name)) {
-    edits.push_back(
-        {{"range", asked.document.positions().range_of(place)}, {"newText", other}});
+    edits.push_back({{"range", asked.document.positions().range_of(place)}, {"newText", other}});
   }
   return edit_of_workspace(asked, std::move(edits));
 }
@@ -193,8 +192,8 @@ Json colour_texts(const Asked& asked) {
   }
   Json texts = Json::array();
   for (const std::string& text : quor_advice::colour_texts(code)) {
-    texts.push_back({{"label", text},
-                     {"textEdit", {{"range", asked.params.at("range")}, {"newText", text}}}});
+    texts.push_back(
+        {{"label", text}, {"textEdit", {{"range", asked.params.at("range")}, {"newText", text}}}});
   }
   return texts;
 }
@@ -210,7 +209,8 @@ Json formatted(const Asked& asked) {
   while (front < shorter && text[front] == laid_out[front]) ++front;
   front = front == 0 ? 0 : text.rfind('\n', front - 1) + 1;
   size_t back = 0;
-  while (back < shorter - front && text[text.size() - back - 1] == laid_out[laid_out.size() - back - 1])
+  while (back < shorter - front &&
+         text[text.size() - back - 1] == laid_out[laid_out.size() - back - 1])
     ++back;
   const size_t line_end = text.find('\n', text.size() - back);
   back = line_end == std::string::npos ? 0 : text.size() - line_end - 1;

@@ -9,8 +9,8 @@ namespace quor_lsp {
 namespace {
 
 std::string compile(std::string_view script, const Settings& settings) {
-  // A script may read any period that is longer than that of its bars: while nobody has said how long
-  // they are, they are as short as can be.
+  // A script may read any period that is longer than that of its bars: while nobody has said how
+  // long they are, they are as short as can be.
   constexpr int32_t one_second = 0x3101;
   quor_host::Subject subject;
   subject.period = static_cast<uint32_t>(settings.period == 0 ? one_second : settings.period);

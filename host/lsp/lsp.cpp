@@ -68,7 +68,8 @@ class Inbox {
 }  // namespace
 
 void add_lsp(CLI::App& app) {
-  CLI::App& lsp = *app.add_subcommand("lsp", "Serve editors that speak the Language Server Protocol");
+  CLI::App& lsp =
+      *app.add_subcommand("lsp", "Serve editors that speak the Language Server Protocol");
   lsp.footer(footer);
   // Editors give it whether they need it or not.
   lsp.add_flag("--stdio")->group("");

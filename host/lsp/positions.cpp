@@ -45,7 +45,8 @@ quor_advice::Place Positions::place_of(const Json& range) const {
 
 size_t Positions::line_of(size_t offset) const {
   return static_cast<size_t>(std::ranges::upper_bound(line_starts_, offset) -
-                             line_starts_.begin()) - 1;
+                             line_starts_.begin()) -
+         1;
 }
 
 size_t Positions::end_of_line(size_t line) const {

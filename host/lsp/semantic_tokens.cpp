@@ -24,11 +24,16 @@ struct TokenKind {
 
 /// The kinds are numbered by their place in this list.
 constexpr TokenKind kinds[] = {
-    {Shade::comment, "comment", 0},        {Shade::keyword, "keyword", 0},
-    {Shade::function, "function", built_in}, {Shade::field, "property", built_in},
-    {Shade::name, "variable", 0},          {Shade::constant, "variable", readonly},
-    {Shade::style, "enumMember", built_in}, {Shade::number, "number", 0},
-    {Shade::text, "string", 0},            {Shade::sign, "operator", 0},
+    {Shade::comment, "comment", 0},
+    {Shade::keyword, "keyword", 0},
+    {Shade::function, "function", built_in},
+    {Shade::field, "property", built_in},
+    {Shade::name, "variable", 0},
+    {Shade::constant, "variable", readonly},
+    {Shade::style, "enumMember", built_in},
+    {Shade::number, "number", 0},
+    {Shade::text, "string", 0},
+    {Shade::sign, "operator", 0},
 };
 
 }  // namespace

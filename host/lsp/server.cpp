@@ -96,9 +96,8 @@ void Server::send(const Json& message) {
 }
 
 void Server::refuse(const Json& id, const Error& error) {
-  send({{"jsonrpc", "2.0"},
-        {"id", id},
-        {"error", {{"code", error.code}, {"message", error.text}}}});
+  send(
+      {{"jsonrpc", "2.0"}, {"id", id}, {"error", {{"code", error.code}, {"message", error.text}}}});
 }
 
 void Server::take(std::string_view message) {
@@ -182,8 +181,8 @@ Json Server::initialize(const Json& params) {
   if (is_initialized_) throw Error{invalid_request, "the server is initialized"};
   is_initialized_ = true;
   const Json encodings = member(params, {"capabilities", "general", "positionEncodings"});
-  const bool takes_utf8 = encodings.is_array() &&
-                          std::ranges::find(encodings, Json("utf-8")) != encodings.end();
+  const bool takes_utf8 =
+      encodings.is_array() && std::ranges::find(encodings, Json("utf-8")) != encodings.end();
   client_.encoding = takes_utf8 ? Encoding::utf8 : Encoding::utf16;
   client_.takes_snippets = member(params, {"capabilities", "textDocument", "completion",
                                            "completionItem", "snippetSupport"}) == Json(true);

@@ -49,9 +49,9 @@ Json Editor::ask_about(const std::string& method, Json params, size_t line, size
 }
 
 void Editor::open(const std::string& script, const std::string& uri) {
-  notify("textDocument/didOpen",
-         {{"textDocument",
-           {{"uri", uri}, {"languageId", "quor"}, {"version", 1}, {"text", script}}}});
+  notify(
+      "textDocument/didOpen",
+      {{"textDocument", {{"uri", uri}, {"languageId", "quor"}, {"version", 1}, {"text", script}}}});
 }
 
 std::vector<std::string> Editor::findings(const std::string& uri) {

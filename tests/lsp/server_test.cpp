@@ -73,8 +73,9 @@ TEST(Lsp, counts_places_in_either_encoding) {
   const Json takes_both = {{"general", {{"positionEncodings", {"utf-8", "utf-16"}}}}};
   Editor bytes(Json{{"capabilities", takes_both}});
   bytes.open(script);
-  EXPECT_EQ(bytes.findings(), Texts{"0:26-30 error: nothing defines QQQQ; declare it above, or as a "
-                                    "constant: CONST QQQQ:number;"});
+  EXPECT_EQ(bytes.findings(),
+            Texts{"0:26-30 error: nothing defines QQQQ; declare it above, or as a "
+                  "constant: CONST QQQQ:number;"});
   Editor units(Json{{"capabilities", Json::object()}});
   units.open(script);
   EXPECT_EQ(units.findings().at(0).substr(0, 8), "0:14-18 ");
@@ -145,7 +146,8 @@ TEST(Lsp, completes_what_fits_the_place) {
     for (const Json& item : answer["items"]) {
       EXPECT_TRUE(labels.insert(item["label"]).second) << item["label"] << " twice in " << text;
     }
-    for (const std::string& word : words_of(offered)) EXPECT_TRUE(labels.contains(word)) << text << word;
+    for (const std::string& word : words_of(offered))
+      EXPECT_TRUE(labels.contains(word)) << text << word;
     for (const std::string& word : words_of(not_offered))
       EXPECT_FALSE(labels.contains(word)) << text << word;
   }
@@ -253,13 +255,15 @@ TEST(Lsp, leads_between_a_name_and_its_uses) {
   EXPECT_EQ(edited(cursor.script, renamed["changes"][Editor::main_script]),
             "gap:=C;\nB:gap+gap*MA(gap,5); // a\nDRAWTEXT(B>gap,L,'A');\n");
   const auto refusal = [&](const char* name) {
-    return editor.ask_about("rename", {{"newName", name}}, cursor.line, cursor.character)["error"]
-        ["message"].get<std::string>();
+    return editor
+        .ask_about("rename", {{"newName", name}}, cursor.line, cursor.character)["error"]["message"]
+        .get<std::string>();
   };
   EXPECT_EQ(refusal("ma"), "MA is a word of the language");
   EXPECT_EQ(refusal("close"), "CLOSE is a bar field");
   EXPECT_EQ(refusal("b"), "the script has a B already");
-  EXPECT_EQ(refusal("A B"), "a name is made of letters, digits and _, and begins with none of the digits");
+  EXPECT_EQ(refusal("A B"),
+            "a name is made of letters, digits and _, and begins with none of the digits");
   EXPECT_EQ(refusal("5A"), refusal(""));
   EXPECT_TRUE(editor.ask_about("prepareRename", {}, 1, 7).is_null()) << "a word of the language";
 }
@@ -331,8 +335,9 @@ TEST(Lsp, shades_words_by_what_they_are) {
 }
 
 TEST(Lsp, formats_what_is_written_otherwise) {
-  const std::string scripts[] = {"A:C;B:O;\nD : H;\n", "A : C;\nB:O;\nD : H;\n", "A : C;\n",
-                                 "A:C", "", "A:C;\r\nB:O;\r\n", "A : C;\n\n\n\nB : O;"};
+  const std::string scripts[] = {
+      "A:C;B:O;\nD : H;\n", "A : C;\nB:O;\nD : H;\n", "A : C;\n", "A:C", "",
+      "A:C;\r\nB:O;\r\n",   "A : C;\n\n\n\nB : O;"};
   for (const std::string& script : scripts) {
     Editor editor;
     editor.open(script);
@@ -373,8 +378,16 @@ TEST(Lsp, mends_what_it_finds) {
 TEST(Lsp, lives_through_whatever_comes) {
   Editor editor;
   editor.open("A:MA(C,5);\n");
-  const std::string broken[] = {"", "{", "null", "[]", "5", "\"text\"", "{\"id\":1}", "\xFF\xFE",
-                                "{\"method\":5,\"id\":1}", "{\"method\":\"x\",\"id\":{}}",
+  const std::string broken[] = {"",
+                                "{",
+                                "null",
+                                "[]",
+                                "5",
+                                "\"text\"",
+                                "{\"id\":1}",
+                                "\xFF\xFE",
+                                "{\"method\":5,\"id\":1}",
+                                "{\"method\":\"x\",\"id\":{}}",
                                 "[{\"method\":\"shutdown\",\"id\":1}]",
                                 std::string(100000, '[')};
   for (const std::string& message : broken) {
@@ -386,16 +399,26 @@ TEST(Lsp, lives_through_whatever_comes) {
   EXPECT_EQ(editor.ask("no/such", nullptr)["error"]["code"], -32601);
   EXPECT_EQ(editor.ask_about("hover", {}, 99999999, 7), nullptr);
   // Any request and notification with parameters of any kind.
-  const Json values[] = {nullptr, 5, -1, "text", Json::array(), Json::object(), 1e300, true,
-                         {{"uri", Editor::main_script}}, {{"line", -5}, {"character", -5}},
-                         {{"start", 1}, {"end", {}}}, UINT64_MAX};
-  const char* const keys[] = {"textDocument", "position", "range", "newName", "color",
-                              "contentChanges", "context", "settings", "label"};
-  const char* const methods[] = {
-      "completion", "hover", "signatureHelp", "definition", "references", "documentHighlight",
-      "prepareRename", "rename", "documentSymbol", "foldingRange", "documentColor",
-      "colorPresentation", "formatting", "codeAction", "semanticTokens/full", "didChange",
-      "didClose", "didOpen"};
+  const Json values[] = {nullptr,
+                         5,
+                         -1,
+                         "text",
+                         Json::array(),
+                         Json::object(),
+                         1e300,
+                         true,
+                         {{"uri", Editor::main_script}},
+                         {{"line", -5}, {"character", -5}},
+                         {{"start", 1}, {"end", {}}},
+                         UINT64_MAX};
+  const char* const keys[] = {"textDocument",   "position", "range",    "newName", "color",
+                              "contentChanges", "context",  "settings", "label"};
+  const char* const methods[] = {"completion",    "hover",         "signatureHelp",
+                                 "definition",    "references",    "documentHighlight",
+                                 "prepareRename", "rename",        "documentSymbol",
+                                 "foldingRange",  "documentColor", "colorPresentation",
+                                 "formatting",    "codeAction",    "semanticTokens/full",
+                                 "didChange",     "didClose",      "didOpen"};
   std::mt19937 random(3);
   for (const char* const method : methods) {
     for (int round = 0; round < 100; ++round) {

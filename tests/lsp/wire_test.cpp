@@ -29,9 +29,11 @@ TEST(LspWire, reads_frames_and_passes_over_the_rest) {
   EXPECT_EQ(messages_in("Content-Length: 0\r\n\r\nContent-Length: 2\r\n\r\n{}"),
             (Messages{"", "{}"}));
   EXPECT_EQ(messages_in("Content-Length: 99999999999999999999\r\n\r\n"), Messages{});
-  EXPECT_EQ(messages_in("Content-Length: 9999999999\r\n\r\n{}"), Messages{}) << "its end never comes";
+  EXPECT_EQ(messages_in("Content-Length: 9999999999\r\n\r\n{}"), Messages{})
+      << "its end never comes";
   EXPECT_EQ(messages_in("Content-Length: 5\r\n\r\n{}"), Messages{}) << "cut off";
-  EXPECT_EQ(messages_in(std::string(100000, 'x') + "\nContent-Length: 2\r\n\r\n{}"), Messages{"{}"});
+  EXPECT_EQ(messages_in(std::string(100000, 'x') + "\nContent-Length: 2\r\n\r\n{}"),
+            Messages{"{}"});
 }
 
 TEST(LspWire, writes_what_it_reads) {
