@@ -7,6 +7,7 @@
 #include "advice/advice.h"
 #include "advice/code_help.h"
 #include "quor_advice.h"
+#include "quor_advice.hpp"
 #include "quor_parser.h"
 #include "support/advice_cases.h"
 #include "support/test_host.h"
@@ -155,6 +156,39 @@ TEST(AdviceFace, lays_scripts_out) {
   char* const nothing = quor_advice_format(nullptr, 0, nullptr);
   EXPECT_STREQ(nothing, "");
   quor_advice_release_text(nothing);
+}
+
+TEST(AdviceFace, comes_by_value_in_cpp) {
+  std::string script = "A:EMMA(C,N);B:MIA(C,3);D:\"MIN$1$C\";";
+  quor::Setting setting;
+  setting.parameters = R"([{"PARAM_NAME":"N","DEFAULT":5}])";
+  setting.period = quor::period_minutes + 5;
+  quor::Parser parser;
+  parser.set_subject(setting.period, "", "");
+  std::string told;
+  // Every finding with a change is mended by its best one.
+  for (int rounds = 0; rounds < 3; ++rounds) {
+    const quor::Answer report = parser.compile(script, setting.parameters);
+    const auto findings = quor::findings(script, report, setting);
+    for (const quor::Finding& finding : findings) {
+      told += std::to_string(finding.line) + ':' + std::to_string(finding.column) +
+              (finding.is_error ? " error " : " warning ") + std::to_string(finding.code) + ' ' +
+              finding.sentence + '\n';
+    }
+    for (const quor::Finding& finding : findings) {
+      if (finding.fixes.empty()) continue;
+      script = quor::changed(script, finding.fixes[0]);
+      break;
+    }
+  }
+  const std::string period = "1:26 error 2009 the period isn't longer than that of the bars\n";
+  EXPECT_EQ(told, "1:3 error 2 nothing defines EMMA\n1:15 error 2 nothing defines MIA\n" + period +
+                      "1:14 error 2 nothing defines MIA\n1:25" + period.substr(4) + "1:24" +
+                      period.substr(4));
+  EXPECT_EQ(script, "A:EMA(C,N);B:MA(C,3);D:\"MIN$1$C\";");
+  EXPECT_EQ(quor::meaning(14), "the statement has no ';' at its end");
+  EXPECT_EQ(quor::cure(99), "");
+  EXPECT_EQ(quor::laid_out("A:C;"), "A : C;\n");
 }
 
 }  // namespace
