@@ -71,9 +71,9 @@ bool is_in_comment(const Reading& reading, size_t offset) {
   const auto next = std::ranges::lower_bound(asides, offset, {}, &Aside::begin);
   if (next == asides.begin()) return false;
   const Aside& aside = *(next - 1);
-  // At the end of a line comment one still writes it; a block comment is closed.
   const std::string_view text = reading.script.substr(aside.begin, aside.end - aside.begin);
-  return offset < aside.end || (offset == aside.end && text.starts_with("//"));
+  const bool is_closed = text.ends_with('}') || text.ends_with("*/");
+  return offset < aside.end || (offset == aside.end && !is_closed);
 }
 
 std::optional<NameAt> name_at(const Reading& reading, size_t offset) {

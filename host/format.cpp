@@ -31,7 +31,9 @@ broken at commas and operators. Comments stay, and so does what a script calcula
 
 /// Replaces the file as a whole, so that nobody ever finds half of one.
 void replace_file(const std::string& path, const std::string& text) {
-  const fs::path target = fs::canonical(path_of(path));
+  // A link stays one.
+  const bool is_link = fs::is_symlink(path_of(path));
+  const fs::path target = is_link ? fs::canonical(path_of(path)) : path_of(path);
   fs::path draft = target;
   draft += ".draft";
   std::error_code error;

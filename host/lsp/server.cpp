@@ -1,6 +1,7 @@
 #include "server.h"
 
 #include <algorithm>
+#include <iostream>
 #include <iterator>
 #include <utility>
 
@@ -19,6 +20,7 @@ constexpr int not_initialized = -32002;
 constexpr int request_failed = -32803;
 
 constexpr int incremental = 2;  ///< changes of texts come as ranges
+constexpr int deepest = 64;     ///< levels of a message; deeper ones are left out
 
 Json capabilities(const Client& client) {
   return {
@@ -101,7 +103,11 @@ void Server::refuse(const Json& id, const Error& error) {
 }
 
 void Server::take(std::string_view message) {
-  const Json json = Json::parse(message, nullptr, false);
+  // What is copied and written calls itself for every level; the protocol needs a dozen of them.
+  const auto is_shallow = [](int depth, Json::parse_event_t /*event*/, const Json& /*value*/) {
+    return depth < deepest;
+  };
+  const Json json = Json::parse(message, is_shallow, false);
   if (json.is_discarded()) return refuse(nullptr, {parse_error, "the message is no JSON"});
   const bool is_message = json.is_object() && json.contains("method") && json["method"].is_string();
   if (is_message) return take_json(json);
@@ -160,7 +166,7 @@ void Server::notify(const std::string& method, const Json& params) {
     (this->*found->take)(params);
   } catch (const Error&) {
     // A notification has no answer: one about a script that isn't open is passed over.
-  } catch (const Json::exception&) {
+  } catch (const std::exception&) {
     // As is one whose parameters can't be read.
   }
 }
@@ -169,11 +175,19 @@ void Server::publish() {
   for (auto& [uri, document] : documents_) {
     if (document->is_published) continue;
     document->is_published = true;
-    Json params = {{"uri", uri}, {"diagnostics", diagnostics(*document, settings_)}};
-    if (document->version().is_number_integer()) params["version"] = document->version();
+    send_findings(uri, *document);
+  }
+}
+
+void Server::send_findings(const std::string& uri, Document& document) {
+  try {
+    Json params = {{"uri", uri}, {"diagnostics", diagnostics(document, settings_)}};
+    if (document.version().is_number_integer()) params["version"] = document.version();
     send({{"jsonrpc", "2.0"},
           {"method", "textDocument/publishDiagnostics"},
           {"params", std::move(params)}});
+  } catch (const std::exception& error) {
+    std::cerr << "quor: " << uri << ": " << error.what() << '\n';
   }
 }
 
@@ -229,8 +243,10 @@ void Server::close(const Json& params) {
 
 void Server::configure(const Json& params) {
   const Json settings = member(params, {"settings"});
-  const Json own = member(settings, {"quor"});
-  take_settings(own.is_null() ? settings : own);
+  const Json own = settings.contains("quor") ? settings["quor"] : settings;
+  // Editors that have nothing to set may say so, which takes nothing back.
+  if (!own.contains("parameters") && !own.contains("period")) return;
+  take_settings(own);
   for (auto& [uri, document] : documents_) document->forget();
 }
 

@@ -56,6 +56,7 @@ class Server {
   Json result_of(const std::string& method, const Json& params);
   void notify(const std::string& method, const Json& params);
   void send(const Json& message);
+  void send_findings(const std::string& uri, Document& document);
   void refuse(const Json& id, const Error& error);
 
   Json initialize(const Json& params);

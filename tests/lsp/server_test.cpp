@@ -62,6 +62,9 @@ TEST(Lsp, knows_what_a_host_would_set) {
   EXPECT_EQ(editor.findings(), Texts{});
   EXPECT_EQ(editor.ask_about("hover", {}, 0, 7)["contents"]["value"],
             "A parameter of the script: 5.");
+  editor.notify("workspace/didChangeConfiguration", {{"settings", Json::object()}});
+  EXPECT_EQ(editor.ask_about("hover", {}, 0, 7)["contents"]["value"],
+            "A parameter of the script: 5.");
   editor.notify("workspace/didChangeConfiguration",
                 {{"settings", {{"quor", {{"parameters", Json::object()}}}}}});
   EXPECT_EQ(editor.findings().size(), 1U);
@@ -135,6 +138,8 @@ TEST(Lsp, completes_what_fits_the_place) {
       {"DRAWTEXT(C>O,L,'M|", "", "MA"},
       {"A:C; // M|", "", "MA CLOSE"},
       {"{ M| }", "", "MA CLOSE"},
+      {"A:C; { M|", "", "MA CLOSE"},
+      {"{ M }|", "MA CLOSE", ""},
       {"A:12|", "", "MA CLOSE"},
   };
   for (const auto& [text, offered, not_offered] : cases) {
@@ -395,6 +400,14 @@ TEST(Lsp, lives_through_whatever_comes) {
     editor.send(message);
     ASSERT_EQ(editor.messages.size(), 1U) << message.substr(0, 40);
     EXPECT_TRUE(editor.messages[0].contains("error"));
+  }
+  const std::string nested = std::string(200000, '[') + std::string(200000, ']');
+  for (const char* const method : {"completionItem/resolve", "textDocument/hover", "initialize"}) {
+    editor.messages.clear();
+    editor.send(R"({"jsonrpc":"2.0","id":0,"method":")" + std::string(method) +
+                R"(","params":{"label":)" + nested + "}}");
+    ASSERT_EQ(editor.messages.size(), 1U) << method;
+    EXPECT_TRUE(editor.messages[0].contains("error")) << method;
   }
   EXPECT_EQ(editor.ask("no/such", nullptr)["error"]["code"], -32601);
   EXPECT_EQ(editor.ask_about("hover", {}, 99999999, 7), nullptr);
