@@ -263,7 +263,7 @@ void Server::take_settings(const Json& settings) {
   const Json period = member(settings, {"period"});
   if (!period.is_string()) return;
   const auto code = quor_host::parse_period(period.get<std::string>());
-  if (code) settings_.period = *code;
+  if (code) settings_.period = static_cast<int32_t>(*code);
 }
 
 }  // namespace quor_lsp
