@@ -1,6 +1,6 @@
 #include "grammar.h"
 
-#include <algorithm>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -20,10 +20,8 @@ constexpr std::string_view in_front = R"((?i)(?<![\p{L}\p{N}_]))";
 constexpr std::string_view behind = R"((?![\p{L}\p{N}_]))";
 
 /// One of the words, and not as part of another.
-std::string any_of(std::vector<std::string> words) {
-  std::ranges::sort(words);
-  const auto repeated = std::ranges::unique(words);
-  words.erase(repeated.begin(), repeated.end());
+std::string any_of(const std::vector<std::string>& given) {
+  const std::set<std::string> words(given.begin(), given.end());
   std::string all;
   for (const std::string& word : words) all += (all.empty() ? "" : "|") + word;
   return std::string(in_front) + '(' + all + ')' + std::string(behind);
