@@ -43,9 +43,13 @@ if(NOT WASI)
     IMPORTED_LOCATION ${csv_library} INTERFACE_INCLUDE_DIRECTORIES ${csv_include})
 endif()
 
-# Headers, of which only the studio has use.
-if(QUOR_BUILD_HOST AND QUOR_BUILD_STUDIO)
+# What the host writes JSON by.
+if(QUOR_BUILD_HOST)
   find_package(nlohmann_json 3.11 REQUIRED)
+endif()
+
+# A header of which only the studio has use.
+if(QUOR_BUILD_HOST AND QUOR_BUILD_STUDIO)
   find_path(http_include httplib.h PATH_SUFFIXES include ${there})
   add_library(http::http INTERFACE IMPORTED)
   set_target_properties(http::http PROPERTIES INTERFACE_INCLUDE_DIRECTORIES ${http_include})

@@ -6,7 +6,9 @@
 
 #include "commands.h"
 #include "console.h"
+#include "format.h"
 #include "help.h"
+#include "lsp/lsp.h"
 #include "option_checks.h"
 #include "paths.h"
 #include "scan.h"
@@ -199,6 +201,7 @@ void add_help(CLI::App& app, quor_host::HelpOptions& options) {
   // For completion and for those who keep the documentation.
   help.add_flag("--list", options.lists_words, "Print all words, one in a line")->group("");
   help.add_flag("--index", options.prints_index, "Print the index of words in Markdown")->group("");
+  help.add_flag("--grammar", options.prints_grammar, "Print the grammar for editors")->group("");
 }
 
 void add_scan(CLI::App& app, ScanOptions& options) {
@@ -324,6 +327,9 @@ int main(int argc, char** argv) {
     add_run(app, options);
     add_chart(app, options);
     add_scan(app, scan);
+    quor_host::FormatOptions format;
+    add_format(app, format);
+    quor_lsp::add_lsp(app);
 #ifdef QUOR_STUDIO
     quor_host::StudioOptions studio;
     add_studio(app, studio);
@@ -340,6 +346,8 @@ int main(int argc, char** argv) {
     const CLI::App& command = *app.get_subcommands().front();
     if (command.get_name() == "help") return finish(print_help(app, help) ? 0 : exit_failure);
     if (command.get_name() == "scan") return finish(scan_files(scan));
+    if (command.get_name() == "lsp") return quor_lsp::run_lsp();
+    if (command.get_name() == "format") return finish(format_scripts(format));
 #ifdef QUOR_STUDIO
     if (command.get_name() == "studio") return run_studio(studio);
 #endif

@@ -66,6 +66,8 @@ def is_allowed(source, target):
     from_room, to_room = room_of(source), room_of(target)
     if from_room == to_room or to_room in ROOMS[from_room]:
         return True
+    if source.startswith("advice/c_face") and to_room == "include":
+        return True
     return source.startswith(OVER_ENGINE) and to_room == "engine"
 
 

@@ -6,7 +6,7 @@ _quor() {
   local options=
   COMPREPLY=()
   if [ "$COMP_CWORD" -eq 1 ]; then
-    COMPREPLY=($(compgen -W 'check run chart scan studio help --help --version' -- "$current"))
+    COMPREPLY=($(compgen -W 'check run chart scan format lsp studio help --help --version' -- "$current"))
     return
   fi
   case $previous in
@@ -28,10 +28,12 @@ _quor() {
     run) options="$options --bars --column --calendar --reference --last --json --csv --from --fire" ;;
     chart) options="$options --bars --column --calendar --reference --last --out --size --theme --no-volume" ;;
     scan) options='-e --set --period --market --calendar --extra --last --where --jobs --sort --reverse --csv --json --help' ;;
+    format) options='--check --stdin --help' ;;
+    lsp) options='--help' ;;
     studio) options='--bars --port --no-open --help' ;;
     help)
-      COMPREPLY=($(compgen -W "check run chart scan studio help $(quor help --list 2>/dev/null)" -- "${current^^}"))
-      [ ${#COMPREPLY[@]} -gt 0 ] || COMPREPLY=($(compgen -W 'check run chart scan studio help' -- "$current"))
+      COMPREPLY=($(compgen -W "check run chart scan format lsp studio help $(quor help --list 2>/dev/null)" -- "${current^^}"))
+      [ ${#COMPREPLY[@]} -gt 0 ] || COMPREPLY=($(compgen -W 'check run chart scan format lsp studio help' -- "$current"))
       return
       ;;
   esac

@@ -1,5 +1,5 @@
 # Completion of quor for fish.
-set -l commands check run chart scan studio help
+set -l commands check run chart scan format lsp studio help
 set -l scripts check run chart
 
 complete -c quor -n "not __fish_seen_subcommand_from $commands" -f
@@ -7,6 +7,8 @@ complete -c quor -n "not __fish_seen_subcommand_from $commands" -a check -d 'Com
 complete -c quor -n "not __fish_seen_subcommand_from $commands" -a run -d 'Run a script over bars and print its lines'
 complete -c quor -n "not __fish_seen_subcommand_from $commands" -a chart -d 'Draw the bars and what a script draws'
 complete -c quor -n "not __fish_seen_subcommand_from $commands" -a scan -d 'Run a script over many securities'
+complete -c quor -n "not __fish_seen_subcommand_from $commands" -a format -d 'Write scripts in one layout, in place'
+complete -c quor -n "not __fish_seen_subcommand_from $commands" -a lsp -d 'Serve editors'
 complete -c quor -n "not __fish_seen_subcommand_from $commands" -a studio -d 'Open a page to write scripts, see the chart and play bars'
 complete -c quor -n "not __fish_seen_subcommand_from $commands" -a help -d 'Explain words of the language, commands and codes of errors'
 complete -c quor -n "not __fish_seen_subcommand_from $commands" -l version -d 'The version'
@@ -53,8 +55,11 @@ complete -c quor -n $market -l reverse -d 'Sort the other way round'
 complete -c quor -n $market -l csv -d 'Print comma-separated values'
 complete -c quor -n $market -l json -d 'Print JSON'
 
+complete -c quor -n '__fish_seen_subcommand_from format' -l check -d 'Only say what is not in the layout'
+complete -c quor -n '__fish_seen_subcommand_from format' -l stdin -d 'From the standard input to the output'
+
 complete -c quor -n '__fish_seen_subcommand_from studio' -l bars -r -F -d 'A file or a folder of bars'
 complete -c quor -n '__fish_seen_subcommand_from studio' -l port -x -d 'The port'
 complete -c quor -n '__fish_seen_subcommand_from studio' -l no-open -d 'Print the link only'
 
-complete -c quor -n '__fish_seen_subcommand_from help' -f -a 'check run chart scan studio help (quor help --list 2>/dev/null)'
+complete -c quor -n '__fish_seen_subcommand_from help' -f -a 'check run chart scan format lsp studio help (quor help --list 2>/dev/null)'

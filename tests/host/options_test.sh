@@ -7,7 +7,7 @@ set -u
 share=$samples/../host/share
 # A program may be built without the studio.
 has() { quor --help | grep -q "^  $1 "; }
-commands="check, run, chart, scan, $(! has studio || echo 'studio, ')help"
+commands="check, run, chart, scan, format, lsp, $(! has studio || echo 'studio, ')help"
 
 # Numbers for parameters: the option beats the file, and what has no effect is told.
 printf 'date,close\n2024-01-02,1\n2024-01-03,2\n2024-01-04,4\n' >bars.csv
@@ -291,11 +291,11 @@ done
 
 # The options of all commands are those of the manual page and of each completion.
 quor_options() {
-  for command in '' check run chart scan studio; do quor $command --help; done
+  for command in '' check run chart scan format lsp studio; do quor $command --help; done
 }
 options_in() { grep -o -e '--[a-z][a-z-]*' | sort -u; }
 options=$(quor_options | options_in)
-if [ "$commands" = 'check, run, chart, scan, studio, help' ]; then
+if [ "$commands" = 'check, run, chart, scan, format, lsp, studio, help' ]; then
   same "$(sed 's/\\-/-/g' "$share/quor.1" | options_in)" "$options" quor.1
   # Completions ask for the list of words, which isn't meant for people.
   same "$(grep -v '^#' "$share/quor.bash" | sed 's/help --list//' | options_in)" "$options" quor.bash
