@@ -1,0 +1,300 @@
+#include "watch.h"
+
+#include <algorithm>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "console.h"
+#include "errors.h"
+#include "fields.h"
+#include "growing_input.h"
+#include "interrupt.h"
+#include "messages.h"
+#include "period.h"
+#include "script_run.h"
+#include "text.h"
+#include "watch_output.h"
+
+namespace quor_host {
+namespace {
+
+using quor::engine::Event;
+using quor::engine::Field;
+using quor::engine::Script;
+
+constexpr int exit_sound = 0;
+constexpr int exit_failure = 1;
+
+/// A bar that has been read.
+struct ReadBar {
+  int64_t key = 0;
+  std::vector<double> values;  ///< of the reader's fields
+};
+
+/// Signals are raised anew with each calculation of a bar; a signal is news if it didn't stand at
+/// the calculation before. Notices come once by themselves.
+class News {
+ public:
+  /// Of the events of a calculation those to tell. `first` is the first row that it was about.
+  std::vector<Event> of(const std::vector<Event>& events, uint32_t first) {
+    std::vector<Event> news;
+    for (const Event& event : events) {
+      if (event.word == "NOTICE" || !stands(event)) news.push_back(event);
+    }
+    std::erase_if(standing_, [first](const Signal& signal) { return signal.row >= first; });
+    // The bar before the last one is calculated again, no other.
+    std::erase_if(standing_, [first](const Signal& signal) { return signal.row + 2 < first; });
+    for (const Event& event : events) {
+      if (event.word != "NOTICE") standing_.push_back({event.row, event.column, event.quantity});
+    }
+    return news;
+  }
+
+ private:
+  struct Signal {
+    uint32_t row;
+    uint32_t column;
+    int64_t quantity;
+  };
+
+  bool stands(const Event& event) const {
+    return std::ranges::any_of(standing_, [&event](const Signal& signal) {
+      return signal.row == event.row && signal.column == event.column;
+    });
+  }
+
+  std::vector<Signal> standing_;
+};
+
+/// A script that takes bars one after the other and prints what it comes to.
+class Watch {
+ public:
+  Watch(const WatchOptions& options, Script& script, Circumstances about,
+        std::span<const uint32_t> fields, const References& references)
+      : options_(options), script_(script), about_(std::move(about)) {
+    for (const uint32_t id : script_.report().fields) {
+      const auto place = std::ranges::find(fields, id);
+      if (place == fields.end()) continue;
+      fields_.emplace_back(id, static_cast<size_t>(place - fields.begin()));
+    }
+    series_ = references.series_for(script_.report());
+    const auto lines = shown_lines(script_, options.lines);
+    for (const ShownLine& line : lines) columns_.push_back(line.column);
+    output_ = make_output(options, lines);
+    values_.resize(columns_.size());
+  }
+
+  /// Bars that are there at the start: of the past, so that nobody is told of their events. False
+  /// for an error.
+  bool begin_with(const std::vector<ReadBar>& bars) {
+    for (const ReadBar& bar : bars) take_in(bar);
+    if (!calculate(0)) return false;
+    const uint32_t rows = script_.row_count();
+    const auto first = static_cast<uint32_t>(rows - std::min<size_t>(rows, options_.last));
+    for (size_t i = 0; i < columns_.size(); ++i) {
+      output_->learn(i, script_.column(columns_[i]));
+    }
+    for (uint32_t row = first; row < rows; ++row) show(row);
+    output_->flush();
+    return true;
+  }
+
+  /// A new bar or one that has changed. False for an error.
+  bool take(const ReadBar& bar) {
+    if (!options_.finished_alone) return take_now(bar);
+    const std::optional<ReadBar> held = std::exchange(held_, bar);
+    return !held || held->key == bar.key || take_now(*held);
+  }
+
+  void flush() { output_->flush(); }
+  void finish() { output_->finish(); }
+
+ private:
+  bool take_now(const ReadBar& bar) {
+    const uint32_t before = script_.row_count();
+    take_in(bar);
+    const uint32_t row = *script_.row_of(bar.key);
+    const uint32_t rows = script_.row_count();
+    const bool is_new = rows > before;
+    // A new bar takes marks of the last one from the bar before; one between others moves all.
+    const bool is_last = row + 1 == rows;
+    if (!is_last) warn_of_order(bar.key);
+    const uint32_t first = !is_last ? 0 : is_new && row > 0 ? row - 1 : row;
+    const auto news = calculate(first);
+    if (!news) return false;
+    show(row);
+    for (const Event& event : *news) {
+      if (event.row == row || event.row + 1 >= rows) output_->tell(event);
+    }
+    return true;
+  }
+
+  void take_in(const ReadBar& bar) {
+    cells_.clear();
+    for (const auto& [id, place] : fields_) cells_.push_back({id, {&bar.values[place], 1}});
+    reference_values_.clear();
+    reference_values_.reserve(series_.size());
+    for (const ReferenceSeries& series : series_) {
+      reference_values_.push_back(series.at(bar.key));
+      cells_.push_back({series.column(), {&reference_values_.back(), 1}});
+    }
+    script_.set_rows({&bar.key, 1}, cells_);
+  }
+
+  /// The events to tell, or nothing for an error, which is told.
+  std::optional<std::vector<Event>> calculate(uint32_t first) {
+    if (!script_.calculate(first, true)) return news_.of(script_.events(), first);
+    output_->flush();
+    show_findings(findings_of(script_, about_), script_.source(), options_.script.name());
+    return std::nullopt;
+  }
+
+  void show(uint32_t row) {
+    for (size_t i = 0; i < columns_.size(); ++i) values_[i] = script_.column(columns_[i])[row];
+    output_->show(script_.key_of(row), values_);
+  }
+
+  void warn_of_order(int64_t key) {
+    if (std::exchange(is_warned_, true)) return;
+    output_->flush();
+    warn("the bar of " + key_text(key, true) + " comes behind a later one");
+  }
+
+  const WatchOptions& options_;
+  Script& script_;
+  Circumstances about_;
+  std::vector<std::pair<uint32_t, size_t>> fields_;  ///< by id, with their places in a bar
+  std::vector<ReferenceSeries> series_;
+  std::vector<uint32_t> columns_;
+  std::unique_ptr<WatchOutput> output_;
+  News news_;
+  std::optional<ReadBar> held_;
+  bool is_warned_ = false;
+  std::vector<Field> cells_;
+  std::vector<double> reference_values_;
+  std::vector<double> values_;
+};
+
+/// The way from bytes to a watch: the first bars tell the period.
+class Watcher {
+ public:
+  explicit Watcher(const WatchOptions& options)
+      : options_(options),
+        name_(input_name(options.bars.path)),
+        about_{settings_of(options.script), 0, std::nullopt, std::nullopt},
+        script_(source_of(options.script), about_.settings),
+        references_(options.bars),
+        input_(options.bars.path),
+        reader_(name_, naming_of(options.bars.form),
+                [this](const quor_bars::BarRow& row) { take(row); }) {}
+
+  int work() {
+    warn_of_idle(options_.script, script_.source());
+    if (script_.report().failure) {
+      show_findings(findings_of(script_, about_), script_.source(), options_.script.name());
+      return exit_failure;
+    }
+    const StopOnInterrupt interrupt;
+    while (const auto bytes = input_.read()) {
+      reader_.feed(*bytes);
+      const bool is_caught_up = bytes->empty() || !input_.is_file();
+      if (is_caught_up && !watch_ && !first_.empty()) begin();
+      if (status_) break;
+      if (watch_) watch_->flush();
+      if (!std::cout) return exit_failure;
+      if (!bytes->empty() || !input_.is_file()) continue;
+      const std::string fate = input_.wait();
+      if (!fate.empty()) return end_of_file(fate);
+    }
+    return finish();
+  }
+
+ private:
+  void take(const quor_bars::BarRow& row) {
+    bar_.key = row.key;
+    bar_.values.assign(row.values.begin(), row.values.end());
+    if (!watch_) {
+      first_.push_back(bar_);
+    } else if (!status_ && !watch_->take(bar_)) {
+      status_ = exit_failure;
+    }
+  }
+
+  void begin() {
+    std::vector<int64_t> keys;
+    for (const ReadBar& bar : first_) keys.push_back(bar.key);
+    about_.period = period_of(options_.script, keys).value_or(0);
+    if (about_.period != 0) about_.settings.subject.period = about_.period;
+    about_.supply = supply_of(options_.script, false);
+    script_.restart(about_.settings.subject);
+    references_.require_use(script_.report());
+    tell_what_lacks();
+    const Findings findings = findings_of(script_, about_);
+    show_findings(findings, script_.source(), options_.script.name());
+    if (status_of(options_.script, findings) != exit_sound) {
+      status_ = exit_failure;
+      return;
+    }
+    watch_.emplace(options_, script_, about_, reader_.fields(), references_);
+    const std::vector<ReadBar> first = std::exchange(first_, {});
+    bool goes_on = true;
+    if (input_.is_file()) {
+      goes_on = watch_->begin_with(first);
+      if (is_watched()) {
+        note(std::to_string(first.size()) + (first.size() == 1 ? " bar" : " bars") +
+             " so far; waiting for more, Ctrl-C ends");
+      }
+    } else {
+      for (size_t i = 0; i < first.size() && goes_on; ++i) goes_on = watch_->take(first[i]);
+    }
+    if (!goes_on) status_ = exit_failure;
+  }
+
+  void tell_what_lacks() const {
+    const auto fields = reader_.fields();
+    for (const uint32_t id : script_.report().fields) {
+      if (is_given_elsewhere(id) || std::ranges::find(fields, id) != fields.end()) continue;
+      warn(name_ + " has no column for " + field_text(id) + ", which reads as null");
+    }
+    for (const std::string& text : references_.missing(script_.report())) {
+      warn("no data for " + text + ", which reads as null; --reference gives it");
+    }
+  }
+
+  int end_of_file(const std::string& fate) {
+    if (watch_) watch_->finish();
+    tell_error(fate);
+    return exit_failure;
+  }
+
+  int finish() {
+    // What Ctrl-C cuts off isn't whole; a pipe that has ended is.
+    if (!status_ && !input_.is_file() && !StopOnInterrupt::has_come()) {
+      reader_.finish();
+      if (!watch_ && first_.empty()) throw HostError(name_ + ": no bars");
+      if (!watch_) begin();
+    }
+    if (watch_) watch_->finish();
+    return status_.value_or(exit_sound);
+  }
+
+  const WatchOptions& options_;
+  std::string name_;
+  Circumstances about_;
+  Script script_;
+  References references_;
+  GrowingInput input_;
+  quor_bars::BarReader reader_;
+  ReadBar bar_;
+  std::vector<ReadBar> first_;  ///< until the watch begins
+  std::optional<Watch> watch_;
+  std::optional<int> status_;  ///< once it is decided
+};
+
+}  // namespace
+
+int watch_bars(const WatchOptions& options) { return Watcher(options).work(); }
+
+}  // namespace quor_host
