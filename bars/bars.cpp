@@ -262,6 +262,8 @@ struct BarReader::Body {
 
   void take_row(const CsvRow& row) {
     if (!layout) return take_header(row);
+    // Files behind one another bring their first lines along.
+    if (row.cells.size() == layout->width && row.cells[*layout->date] == date_name) return;
     if (row.cells.size() != layout->width) {
       fail(name, row.line,
            std::to_string(row.cells.size()) + " cells instead of " + std::to_string(layout->width));
@@ -278,12 +280,14 @@ struct BarReader::Body {
     layout = read_header(row, name, naming);
     for (const auto& [position, id] : layout->fields) fields.push_back(id);
     values.resize(fields.size());
+    date_name = row.cells[*layout->date];
   }
 
   std::string name;
   Naming naming;
   std::function<void(const BarRow&)> take;
   std::optional<Layout> layout;
+  std::string date_name;
   std::vector<uint32_t> fields;
   std::vector<double> values;  ///< of the row under way
   CsvReader rows;

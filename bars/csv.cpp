@@ -1,6 +1,7 @@
 #include "csv.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -122,8 +123,8 @@ class RowScanner {
 }  // namespace
 
 char separator_of(std::string_view text) {
-  size_t semicolons = 0;
-  size_t tabs = 0;
+  constexpr std::string_view others = ";\t|";
+  std::array<size_t, others.size()> counts{};
   bool is_quoted = false;
   const size_t begin = std::min(text.find_first_not_of(" \r\n"), text.size());
   for (const char c : text.substr(begin)) {
@@ -131,11 +132,10 @@ char separator_of(std::string_view text) {
     if (is_quoted) continue;
     if (c == ',') return c;
     if (is_line_end(c)) break;
-    if (c == ';') ++semicolons;
-    if (c == '\t') ++tabs;
+    if (const size_t place = others.find(c); place != others.npos) ++counts[place];
   }
-  if (semicolons + tabs == 0) return ',';
-  return semicolons >= tabs ? ';' : '\t';
+  const auto most = std::ranges::max_element(counts);
+  return *most == 0 ? ',' : others[static_cast<size_t>(most - counts.begin())];
 }
 
 CsvReader::CsvReader(std::string name, std::optional<char> separator, Take take)

@@ -1,4 +1,4 @@
-// Text of cells parted by commas, semicolons or tabs as rows.
+// Text of cells parted by commas, semicolons, tabs or bars as rows.
 #pragma once
 
 #include <cstddef>
@@ -15,8 +15,8 @@ struct CsvRow {
   std::vector<std::string_view> cells;
 };
 
-/// What parts the cells of a text: the comma, or the semicolon or tab where its first line has no
-/// comma outside of quotes and at least one of these.
+/// What parts the cells of a text: the comma, or where its first line has none outside of quotes the
+/// one of semicolon, tab and bar that it has most of.
 char separator_of(std::string_view text);
 
 /// Reads a text that comes piece by piece, cut anywhere, and hands on each row once its end is

@@ -77,7 +77,7 @@ void drop_columns(Bars& bars, const Script& script, bool keeps_others) {
 template <typename Use>
 int calculate_and(const Calculation& task, const Use& use) {
   const auto& [options, bar_options, first_row, fire_signals, as_json, keeps_bars] = task;
-  Circumstances about{settings_of(options), 0, std::nullopt, std::nullopt};
+  Circumstances about{first_settings_of(options), 0, std::nullopt, std::nullopt};
   Script script(source_of(options), about.settings);
   warn_of_idle(options, script.source());
   if (script.report().failure) {
@@ -91,9 +91,12 @@ int calculate_and(const Calculation& task, const Use& use) {
                      std::to_string(bars.keys.size()) + ", and the first of them is row 0");
   }
   about.period = period_of(options, bars.keys).value_or(0);
-  if (about.period != 0) about.settings.subject.period = about.period;
+  about.settings.subject.period = about.period == 0 ? period_of_a_day : about.period;
   about.supply = supply_of(options, false);
   script.restart(about.settings.subject);
+  if (script.report().failure) {
+    return report_failure(options, script, findings_of(script, about), as_json);
+  }
   references.require_use(script.report());
   const std::string name = input_name(bar_options.path);
   {
@@ -107,7 +110,7 @@ int calculate_and(const Calculation& task, const Use& use) {
     about.run->keys = bars.keys;
     return report_failure(options, script, findings_of(script, about), as_json);
   }
-  about.run->keys = bars.keys;
+  about.run->keys = keeps_bars ? bars.keys : std::exchange(bars.keys, {});
   about.run->null_lines = null_lines(script, first_row);
   const uint32_t period = about.settings.subject.period;
   const Findings findings = findings_of(script, std::move(about));

@@ -36,8 +36,8 @@ std::string coloured(std::string_view text, quor_advice::Severity severity) {
   const size_t marks = rest.find_last_of('^');
   const size_t marks_line = marks == std::string_view::npos ? marks : rest.rfind('\n', marks);
   if (marks_line == std::string_view::npos) return shown.append(rest);
-  shown.append(rest.substr(0, marks_line));
-  rest.remove_prefix(marks_line);
+  shown.append(rest.substr(0, marks_line + 1));
+  rest.remove_prefix(marks_line + 1);
   const size_t end = rest.find_last_not_of('\n') + 1;
   return shown + in_colour(rest.substr(0, end), green) + std::string(rest.substr(end));
 }

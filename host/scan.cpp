@@ -42,7 +42,7 @@ void refuse_namesakes(const std::vector<std::string>& files) {
 ScanJob job_of(const ScanOptions& options, const std::vector<std::string>& paths) {
   ScanJob job;
   job.script = source_of(options.script);
-  job.settings = settings_of(options.script);
+  job.settings = first_settings_of(options.script);
   job.settings.condition = options.condition;
   job.infers_period = options.script.period.empty();
   if (paths.empty()) throw UsageError("no files and no folders with bars are given");

@@ -42,6 +42,9 @@ class Worker {
     if (job_.infers_period) subject_.period = infer_period(bars.keys).value_or(period_of_a_day);
     outcome.period = subject_.period;
     script_.restart(subject_);
+    if (script_.report().failure) {
+      throw HostError(path + ": " + error_text(findings_of(script_)));
+    }
     const auto missing = feed(script_, bars, references_at(bars.keys));
     if (!missing.empty()) {
       throw HostError(path + ": no column for " + field_text(missing.front()) +

@@ -81,6 +81,13 @@ Settings settings_of(const ScriptOptions& options) {
   return settings;
 }
 
+Settings first_settings_of(const ScriptOptions& options) {
+  constexpr uint32_t one_second = 0x3101;
+  Settings settings = settings_of(options);
+  if (options.period.empty()) settings.subject.period = one_second;
+  return settings;
+}
+
 quor_advice::Supply supply_of(const ScriptOptions& options, bool has_code) {
   quor_advice::Supply supply;
   supply.has_calendar = !options.calendar_path.empty() && !options.market.empty() &&

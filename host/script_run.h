@@ -22,6 +22,9 @@ std::string source_of(const ScriptOptions& options);
 /// What the options say, with the period of a day where they name none. Throws UsageError for what
 /// can't be read in them.
 quor::engine::Settings settings_of(const ScriptOptions& options);
+/// The same for a first compile, before bars tell the period: one that is shorter than that of any
+/// reference.
+quor::engine::Settings first_settings_of(const ScriptOptions& options);
 
 /// What a calculation can have beside bars. Scans take the code of a security from its file.
 quor_advice::Supply supply_of(const ScriptOptions& options, bool has_code);

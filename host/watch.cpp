@@ -37,31 +37,33 @@ struct ReadBar {
 /// the calculation before. Notices come once by themselves.
 class News {
  public:
-  /// Of the events of a calculation those to tell. `first` is the first row that it was about.
-  std::vector<Event> of(const std::vector<Event>& events, uint32_t first) {
+  /// Of the events of a calculation from the bar of a key on those to tell.
+  std::vector<Event> of(const std::vector<Event>& events, int64_t first_key) {
     std::vector<Event> news;
     for (const Event& event : events) {
       if (event.word == "NOTICE" || !stands(event)) news.push_back(event);
     }
-    std::erase_if(standing_, [first](const Signal& signal) { return signal.row >= first; });
-    // The bar before the last one is calculated again, no other.
-    std::erase_if(standing_, [first](const Signal& signal) { return signal.row + 2 < first; });
+    std::erase_if(standing_, [&](const Signal& signal) { return signal.key >= first_key; });
     for (const Event& event : events) {
-      if (event.word != "NOTICE") standing_.push_back({event.row, event.column, event.quantity});
+      if (event.word != "NOTICE") standing_.push_back({event.key, event.column});
     }
     return news;
   }
 
+  /// Bars before the one of the key aren't calculated again, but by one that comes late.
+  void forget_before(int64_t key) {
+    std::erase_if(standing_, [key](const Signal& signal) { return signal.key < key; });
+  }
+
  private:
   struct Signal {
-    uint32_t row;
+    int64_t key;
     uint32_t column;
-    int64_t quantity;
   };
 
   bool stands(const Event& event) const {
     return std::ranges::any_of(standing_, [&event](const Signal& signal) {
-      return signal.row == event.row && signal.column == event.column;
+      return signal.key == event.key && signal.column == event.column;
     });
   }
 
@@ -126,7 +128,7 @@ class Watch {
     if (!news) return false;
     show(row);
     for (const Event& event : *news) {
-      if (event.row == row || event.row + 1 >= rows) output_->tell(event);
+      if (event.row == row || event.row + 2 >= rows) output_->tell(event);
     }
     return true;
   }
@@ -145,9 +147,17 @@ class Watch {
 
   /// The events to tell, or nothing for an error, which is told.
   std::optional<std::vector<Event>> calculate(uint32_t first) {
-    if (!script_.calculate(first, true)) return news_.of(script_.events(), first);
+    if (!script_.calculate(first, true)) {
+      auto news = news_.of(script_.events(), script_.key_of(first));
+      news_.forget_before(script_.key_of(std::max(script_.row_count(), 2U) - 2));
+      return news;
+    }
     output_->flush();
-    show_findings(findings_of(script_, about_), script_.source(), options_.script.name());
+    Findings findings = findings_of(script_, about_);
+    std::erase_if(findings, [](const quor_advice::Finding& finding) {
+      return finding.severity != quor_advice::Severity::error;
+    });
+    show_findings(findings, script_.source(), options_.script.name());
     return std::nullopt;
   }
 
@@ -183,7 +193,7 @@ class Watcher {
   explicit Watcher(const WatchOptions& options)
       : options_(options),
         name_(input_name(options.bars.path)),
-        about_{settings_of(options.script), 0, std::nullopt, std::nullopt},
+        about_{first_settings_of(options.script), 0, std::nullopt, std::nullopt},
         script_(source_of(options.script), about_.settings),
         references_(options.bars),
         input_(options.bars.path),
@@ -226,11 +236,13 @@ class Watcher {
     std::vector<int64_t> keys;
     for (const ReadBar& bar : first_) keys.push_back(bar.key);
     about_.period = period_of(options_.script, keys).value_or(0);
-    if (about_.period != 0) about_.settings.subject.period = about_.period;
+    about_.settings.subject.period = about_.period == 0 ? period_of_a_day : about_.period;
     about_.supply = supply_of(options_.script, false);
     script_.restart(about_.settings.subject);
-    references_.require_use(script_.report());
-    tell_what_lacks();
+    if (!script_.report().failure) {
+      references_.require_use(script_.report());
+      tell_what_lacks();
+    }
     const Findings findings = findings_of(script_, about_);
     show_findings(findings, script_.source(), options_.script.name());
     if (status_of(options_.script, findings) != exit_sound) {
