@@ -191,7 +191,7 @@ int run_script_command(const CLI::App& command, Told& told, [[maybe_unused]] cha
   }
   const std::string lack = lack_of(command, found->script, found->bars);
   if (!lack.empty()) throw UsageError(lack);
-  if (found->script.is_quiet) quor_host::be_quiet();
+  if (found->script.is_quiet) quor_host::be_quiet(found->script.is_strict);
   return found->work();
 }
 

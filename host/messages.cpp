@@ -8,6 +8,7 @@ namespace quor_host {
 namespace {
 
 bool quiet = false;
+bool hides_warnings = false;
 
 constexpr std::string_view red = "\033[1;31m";
 constexpr std::string_view magenta = "\033[1;35m";
@@ -44,7 +45,10 @@ std::string coloured(std::string_view text, quor_advice::Severity severity) {
 
 }  // namespace
 
-void be_quiet() { quiet = true; }
+void be_quiet(bool warnings_fail) {
+  quiet = true;
+  hides_warnings = !warnings_fail;
+}
 bool is_quiet() { return quiet; }
 
 void note(const std::string& text) {
@@ -52,7 +56,7 @@ void note(const std::string& text) {
 }
 
 void warn(const std::string& text) {
-  if (quiet) return;
+  if (hides_warnings) return;
   std::cerr << in_colour("quor:", bold) << ' ' << in_colour("warning:", magenta) << ' ' << text
             << '\n';
 }
@@ -64,7 +68,7 @@ void tell_error(const std::string& text) {
 void show_findings(const std::vector<quor_advice::Finding>& findings, std::string_view script,
                    std::string_view name) {
   for (const quor_advice::Finding& finding : findings) {
-    if (quiet && finding.severity != quor_advice::Severity::error) continue;
+    if (hides_warnings && finding.severity != quor_advice::Severity::error) continue;
     std::cerr << coloured(quor_advice::compiler_text({finding}, script, name), finding.severity);
   }
 }

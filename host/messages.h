@@ -9,8 +9,8 @@
 
 namespace quor_host {
 
-/// From now on nothing but errors is told.
-void be_quiet();
+/// From now on no notes are told, and no warnings but where they fail.
+void be_quiet(bool warnings_fail);
 bool is_quiet();
 
 /// "quor: " and a sentence: what the user should know, what may be wrong, what stopped the program.
