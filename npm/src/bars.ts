@@ -2,14 +2,24 @@
 
 import { roomFor } from './errors.js';
 import type { Column } from './module.js';
-import { keyIn, keysOf, type Time, type Times, type Zone } from './times.js';
+import {
+  apart,
+  joinedTime,
+  joinedTimes,
+  keyIn,
+  keysOf,
+  type Time,
+  type Times,
+  type Zone,
+} from './times.js';
 
 /** Numbers of a field, one per bar. Null, undefined and NaN are no value. */
 export type Values = ArrayLike<number | bigint | boolean | null | undefined>;
 
 /**
  * n bars in any order, as arrays: `time`, and the fields by the usual words in any case, such as `open`
- * or `Volume`, by their ids, or by the source of a reference ("600000|11").
+ * or `Volume`, by their ids, or by the source of a reference ("600000|11"). The times may stand as days
+ * in `date` and clock times in `time`.
  */
 export type Bars = { readonly [field: string]: Times | Values };
 
@@ -55,7 +65,8 @@ export function take(bars: Bars, needs: readonly Need[], zone: Zone): Taken {
     if (length === times.length) return;
     throw new TypeError(`'${names.fields[i]}' has ${length} values for ${times.length} bars`);
   });
-  const keys = keysOf(times, zone);
+  const clocks = names.clock === undefined ? undefined : arrayOf<Times>(bars, names.clock);
+  const keys = keysOf(clocks === undefined ? times : joinedTimes(times, clocks), zone);
   const columns = fields.map((values, i) => ({
     id: needs[i]!.id,
     values: numbersOf(values, names.fields[i]!),
@@ -86,8 +97,10 @@ export class BarReader {
   /** The key, and the values of what is needed; good until the next bar. */
   read(bar: Bar): Float64Array {
     if (typeof bar !== 'object' || bar === null) throw new TypeError('a bar is an object');
-    const { time, fields } = this.#namesOf(Object.keys(bar));
-    const key = keyIn(bar[time], this.#zone);
+    const { time, clock, fields } = this.#namesOf(Object.keys(bar));
+    const moment = clock === undefined ? bar[time] : joinedTime(bar[time], bar[clock]);
+    if (moment === undefined && clock !== undefined) throw new TypeError(`the bar: ${apart}`);
+    const key = keyIn(moment, this.#zone);
     if (typeof key === 'string') throw new TypeError(`the bar: ${key}`);
     this.#numbers[0] = key;
     for (let i = 0; i < fields.length; ++i) {
@@ -114,6 +127,8 @@ export class BarReader {
 /** What holds the times, and each need in their order. */
 interface Names {
   readonly time: string;
+  /** What holds the clock times, if `time` holds days. */
+  readonly clock: string | undefined;
   readonly fields: readonly string[];
 }
 
@@ -124,7 +139,9 @@ function namesIn(given: readonly string[], needs: readonly Need[]): Names {
     if (found === undefined) byName.set(plain(name), [name]);
     else found.push(name);
   }
-  return { time: timeNameIn(byName), fields: needs.map((need) => nameOf(need, byName)) };
+  const time = timeNameIn(byName);
+  const [clock] = plain(time) === 'date' ? (byName.get('time') ?? []) : [];
+  return { time, clock, fields: needs.map((need) => nameOf(need, byName)) };
 }
 
 function timeNameIn(byName: ReadonlyMap<string, string[]>): string {

@@ -21,6 +21,32 @@ export function keysOf(times: Times, zone: Zone): Float64Array {
   return keys;
 }
 
+const day = /^\d{4}-?\d\d-?\d\d$/;
+const clockTime = /^\d?\d:\d\d(?::\d\d(?:[.,]\d+)?)?$/;
+
+/** Of a day and a clock time that stand apart: the time that they make, or what is wrong. */
+export function joinedTimes(days: Times, clocks: ArrayLike<unknown>): string[] {
+  if (clocks.length !== days.length)
+    throw new TypeError(`'time' has ${clocks.length} values for ${days.length} days of 'date'`);
+  return Array.from({ length: days.length }, (_, i) => {
+    const joined = joinedTime(days[i], clocks[i]);
+    if (joined === undefined) throw new TypeError(`bar ${i} (the first is 0): ${apart}`);
+    return joined;
+  });
+}
+
+export const apart =
+  "a 'date' with a 'time' beside it is a day such as \"2024-01-02\" or 20240102, and the 'time' a text such as \"09:35\"; name other arrays otherwise";
+
+/** Nothing for what doesn't make a time. */
+export function joinedTime(date: unknown, clock: unknown): string | undefined {
+  const written = typeof date === 'number' ? String(date) : date;
+  if (typeof written !== 'string' || typeof clock !== 'string') return undefined;
+  const time = clock.trim();
+  if (!day.test(written.trim()) || !clockTime.test(time)) return undefined;
+  return `${written.trim()} ${time.indexOf(':') === 1 ? '0' : ''}${time}`;
+}
+
 /** The key, or what is wrong. */
 export function keyIn(time: unknown, zone: Zone): number | string {
   if (typeof time === 'number') return keyOfNumber(time);

@@ -133,6 +133,17 @@ describe('bars', () => {
     });
   }
 
+  test('have times as days and clock times apart', () => {
+    const script = quor.compile('D:=DATE;T:=TIME;', { period: 0x3005 });
+    const bars = { date: ['2024-01-02', '20240103'], Time: ['23:59', '0:00:00'] };
+    assert.deepEqual(values(script.run(bars)), expected);
+    assert.deepEqual(values(script.run({ ...bars, date: [20240102, 20240103] })), expected);
+    const live = script.live(bars);
+    live.update({ date: 20240103, time: '09:30' });
+    assert.deepEqual(live.last, { D: 20240103, T: 930 });
+    assert.throws(() => live.update({ date: 20240103, time: 931 }), /"09:35"/);
+  });
+
   test('reach the script as the clock of a zone shows them', () => {
     const script = quor.compile('D:=DATE;T:=TIME;', { period: 0x3005 });
     // Summer time begins in New York on the tenth, at seven by UTC.
@@ -179,6 +190,11 @@ describe('bars', () => {
     [{ time: [20230229], C: [1] }, /20230229 isn't/],
     [{ time: [1704067200000], C: [1] }, /of others make Dates/],
     [{ time, C: [Symbol('1')] }, /'C' holds a symbol in bar 0/],
+    [
+      { date: time, time: [930], C: [1] },
+      /bar 0 .*20240102, and the 'time' a text such as "09:35"/,
+    ],
+    [{ date: time, time: [], C: [1] }, /'time' has 0 values for 1 days of 'date'/],
     [{ time, C: new DataView(new ArrayBuffer(8)) }, /'C' is no array/],
     [{ time: Float64Array.of(20240101.5), C: [1] }, /20240101.5 isn't/],
     [{ time: [20240101n, 'noon'], C: [1, 2] }, /bar 1 .*"noon" can't be read/],

@@ -46,32 +46,6 @@ bool leaves_state(const Variable& call) {
                               });
 }
 
-bool has_fixed_periods(const Variable& call) {
-  const std::span arguments(call.arguments);
-  const size_t series = std::min(call.function->column_traits().series_count, arguments.size());
-  return std::ranges::all_of(arguments.subspan(series), [](const Variable* period) {
-    return period != nullptr && period->kind == VariableKind::number;
-  });
-}
-
-bool revisits_rows(const Variable& call) {
-  const ColumnTraits traits = call.function->column_traits();
-  return traits.revisits && !(traits.displaces && has_fixed_periods(call));
-}
-
-Reach reach_of_argument(const Variable& call, size_t position, Reach reach) {
-  const ColumnTraits traits = call.function->column_traits();
-  reach.passed_over |= traits.passes_over && position >= traits.passed_over_from;
-  // What starts late and then looks back, as in REF(STD(C-O,20),5), comes to rows for the first
-  // time behind later ones.
-  reach.passed_over |= traits.revisits && reach.starts_late;
-  reach.elsewhere |= traits.revisits;
-  reach.revisited |= revisits_rows(call);
-  reach.ahead |= traits_of(call).has(reads_forward);
-  reach.starts_late |= traits.starts_late;
-  return reach;
-}
-
 bool has_state(const Variable& argument) {
   if (argument.kind == VariableKind::expression) {
     return std::ranges::any_of(argument.elements, [](const MathElement& element) {

@@ -108,31 +108,6 @@ bool leaves_state(const Variable& call);
 /// Whether an evaluation of an argument leaves something in cells or in calls.
 bool has_state(const Variable& argument);
 
-/// Whether the arguments behind the series of the call are numbers.
-bool has_fixed_periods(const Variable& call);
-
-/// Whether the call comes to rows of its arguments other than its own, back and forth.
-bool revisits_rows(const Variable& call);
-
-/// How a statement comes to a part of it. All false: at each row that it is calculated at, once.
-struct Reach {
-  bool passed_over = false;  ///< at some rows only, or not in their order
-  bool elsewhere = false;    ///< at other rows, too
-  bool revisited = false;    ///< at these, back and forth
-  bool ahead = false;        ///< at rows that the statements have yet to come to
-  bool starts_late = false;  ///< not at the first rows
-
-  bool operator==(const Reach&) const = default;
-};
-
-constexpr Reach either(Reach a, Reach b) {
-  return {a.passed_over || b.passed_over, a.elsewhere || b.elsewhere, a.revisited || b.revisited,
-          a.ahead || b.ahead, a.starts_late || b.starts_late};
-}
-
-/// How it comes to an argument of a call that it comes to so.
-Reach reach_of_argument(const Variable& call, size_t position, Reach reach);
-
 /// Whether an argument may write nothing, so that its caller's start value stands.
 bool may_keep_start(const Variable& argument);
 

@@ -5,7 +5,6 @@
 #include <numeric>
 
 #include "calendar/trade_day_help.h"
-#include "core/memory_plan.h"
 #include "core/status.h"
 #include "platform/clock.h"
 
@@ -79,19 +78,23 @@ Status CalculateCenter::scan_statements(std::string& error) {
   return Status::ok;
 }
 
+/// A plan holds as long as the table has the same columns.
+void CalculateCenter::keep_plan() {
+  if (pool_.script.planned_layout == pool_.table().layout()) return;
+  plan_.make(pool_.script, pool_.table());
+}
+
 Status CalculateCenter::run_statements(int32_t first_row, std::string& error) {
   if (pool_.script.needs_trade_day) load_calendar();
   const int32_t rows = pool_.table().row_count();
   // A negative first row selects no rows.
   const int32_t first = first_row < 0 ? rows : first_row;
-  if (!pool_.script.memories_are_planned) plan_memories(pool_.script, pool_.table());
+  keep_plan();
   pool_.script.forget_rows(std::min(first, pool_.table().take_first_changed_row()));
   const auto& statements = pool_.script.statement_list;
   statements_.resize(statements.size());
   std::iota(statements_.begin(), statements_.end(), 0U);
-  each_in_full_ = std::ranges::any_of(
-      statements, [](const Variable* statement) { return statement->whole_series; });
-  if (!each_in_full_) return run_range(statements_, first, rows, error);
+  if (!plan_.each_in_full()) return run_range(statements_, first, rows, error);
   for (const uint32_t position : statements_) {
     const int32_t start = statements[position]->whole_series ? 0 : first;
     const Status status = run_range({&position, 1}, start, rows, error);
@@ -126,7 +129,7 @@ Status CalculateCenter::run_range(std::span<const uint32_t> statements, int32_t 
 void CalculateCenter::write_blanks_for(int32_t first, int32_t end) {
   DataTable& table = pool_.table();
   if (!table.has_blanks()) return;
-  if (first != 0 || table.layout() != planned_layout_ || !plan_.is_whole()) {
+  if (first != 0 || !plan_.is_whole()) {
     table.write_blanks();
     return;
   }
@@ -153,11 +156,7 @@ Status CalculateCenter::run_by_blocks(std::span<const uint32_t> statements, int3
 /// What can go by columns does, statement after statement; the others follow bar by bar.
 Status CalculateCenter::run_block(std::span<const uint32_t> statements, Block rows,
                                   int32_t run_from, std::string& error) {
-  const uint64_t layout = pool_.table().layout();
-  if (layout != planned_layout_) {
-    plan_.make(pool_.script.statement_list, pool_.script.variable_list, each_in_full_);
-    planned_layout_ = layout;
-  }
+  keep_plan();
   is_finished_.assign(pool_.script.statement_list.size(), 0);
   bar_by_bar_.clear();
   columns_.begin(rows);
@@ -192,9 +191,9 @@ void CalculateCenter::run_early(std::span<const uint32_t> statements, int32_t ru
 
 bool CalculateCenter::can_take(uint32_t statement, int32_t run_from) const {
   return plan_.by_columns(statement, run_from) &&
-         (each_in_full_ || std::ranges::all_of(plan_.rests_on(statement), [this](uint32_t writer) {
-            return is_finished_[writer] != 0;
-          }));
+         (plan_.each_in_full() ||
+          std::ranges::all_of(plan_.rests_on(statement),
+                              [this](uint32_t writer) { return is_finished_[writer] != 0; }));
 }
 
 /// Asks once after a compile for about 1000 days back and 30 days ahead.

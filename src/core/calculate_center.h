@@ -5,9 +5,9 @@
 #include <span>
 #include <string>
 
-#include "core/column_plan.h"
 #include "core/columns.h"
 #include "core/data_pool_center.h"
+#include "core/plan.h"
 #include "core/status.h"
 #include "core/word_scratch.h"
 
@@ -104,6 +104,7 @@ class CalculateCenter {
 
   void refresh_column_indexes();
   Status scan_statements(std::string& error);
+  void keep_plan();
   Status run_statements(int32_t first_row, std::string& error);
   void load_calendar();
   Status run_range(std::span<const uint32_t> statements, int32_t first, int32_t end,
@@ -133,9 +134,7 @@ class CalculateCenter {
   BlockRule block_rule_;
   uint64_t seen_layout_ = UINT64_MAX;
   Columns columns_{pool_, *this};
-  ColumnPlan plan_;
-  uint64_t planned_layout_ = UINT64_MAX;
-  bool each_in_full_ = false;
+  Plan plan_;
   std::vector<uint32_t> statements_;   ///< the positions of all of them
   std::vector<uint32_t> bar_by_bar_;   ///< of those that a block leaves
   std::vector<Columns::Early> early_;  ///< what a block works out first

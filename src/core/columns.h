@@ -63,7 +63,7 @@ class Columns {
   /// Calculates a statement over the block; false if it has to go bar by bar.
   bool calculate(Variable& statement, size_t position);
 
-  /// A call that `ColumnPlan::side_by_side` names, to be worked out early.
+  /// A call that `Plan::side_by_side` names, to be worked out early.
   struct Early {
     Variable* call;
     size_t position;  ///< of its statement

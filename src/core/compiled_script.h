@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -59,7 +60,8 @@ class CompiledScript {
   /// Has calls forget what comes from a row or those behind it.
   void forget_rows(int32_t first);
 
-  bool memories_are_planned = false;
+  std::optional<uint64_t> planned_layout;  ///< of the table that `Plan` was made for last
+  bool may_remember = true;                ///< its calls may carry anything from bar to bar
   /// A field that it reads may be a column of its own: every bar is worked out anew.
   bool shares_columns = false;
   std::vector<Variable*> remembering_calls;  ///< those with a memory

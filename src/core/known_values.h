@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "core/model.h"
-#include "core/row_changes.h"
 
 namespace quor {
 
@@ -16,7 +15,7 @@ class KnownValues final : public CallMemory {
  public:
   /// Null for one that isn't known.
   const double* find(size_t position, int32_t row, const RowChanges& changes) {
-    keep_up(changes);
+    go_by_values(changes);
     const auto& values = values_[position];
     const auto place = static_cast<size_t>(row);
     return place < values.size() && values[place].is_known ? &values[place].value : nullptr;
@@ -24,7 +23,7 @@ class KnownValues final : public CallMemory {
 
   /// The first of the rows from one on, or else `end`, at which the argument isn't known.
   int32_t known_end(size_t position, int32_t row, int32_t end, const RowChanges& changes) {
-    keep_up(changes);
+    go_by_values(changes);
     const auto& values = values_[position];
     end = std::min(end, static_cast<int32_t>(values.size()));
     while (row < end && values[static_cast<size_t>(row)].is_known) ++row;
@@ -38,12 +37,6 @@ class KnownValues final : public CallMemory {
     values[place] = {value, true};
   }
 
-  void cut(int32_t row) override {
-    for (auto& values : values_) {
-      values.resize(std::min(values.size(), static_cast<size_t>(std::max(row, 0))));
-    }
-  }
-
   static constexpr size_t most_arguments = 2;
 
  private:
@@ -52,13 +45,12 @@ class KnownValues final : public CallMemory {
     bool is_known = false;
   };
 
-  void keep_up(const RowChanges& changes) {
-    if (seen_ == changes.now()) return;
-    cut(changes.first_since(seen_));
-    seen_ = changes.now();
+  void drop_from(int32_t row) override {
+    for (auto& values : values_) {
+      values.resize(std::min(values.size(), static_cast<size_t>(row)));
+    }
   }
 
-  uint64_t seen_ = 0;
   std::vector<Value> values_[most_arguments];  ///< by argument and row
 };
 

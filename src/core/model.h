@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "core/call_memory.h"
 #include "core/program.h"
 #include "tables/field_table.h"
 
@@ -50,14 +51,6 @@ enum class Remembering : uint8_t {
   unchanged,    ///< values of its arguments, until a result changes that they may rest on
   in_order,     ///< what it makes of them, too, as long as it has passed them one after the other
   catching_up,  ///< and it may pass those late that it has been left out at
-};
-
-/// What a call keeps beside its columns to get at the next bar's value sooner. It never changes a
-/// value, so a word may drop it at any time.
-struct CallMemory {
-  virtual ~CallMemory() = default;
-  /// Drops what comes from a row or those behind it.
-  virtual void cut(int32_t row) = 0;
 };
 
 /// One statement, one function call, one argument of a call or one data field.

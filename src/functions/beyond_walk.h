@@ -51,29 +51,13 @@ class BlockExtremes final : public CallMemory {
   /// left out: evaluating again what keeps a state may change it there.
   bool pass(int32_t row) {
     // At the first row that was left out the order begins again.
-    if (goes_by_values_ && row == passed_) {
+    if (goes_by_values() && row == passed_) {
       cut(row);
-      goes_by_values_ = false;
+      go_in_order();
     }
-    if (row > passed_ || goes_by_values_) return false;
+    if (row > passed_ || goes_by_values()) return false;
     passed_ = std::max(passed_, row + 1);
     return true;
-  }
-  /// From now on only values that are known are learned, and cut where results change.
-  void go_by_values(const RowChanges& changes) {
-    if (goes_by_values_) cut(changes.first_since(seen_));
-    goes_by_values_ = true;
-    seen_ = changes.now();
-  }
-  bool goes_by_values() const { return goes_by_values_; }
-
-  void cut(int32_t row) override {
-    if (row <= 0) goes_by_values_ = false;
-    passed_ = std::min(passed_, std::max(row, 0));
-    for (std::vector<RowBlock>& blocks : levels_) {
-      row = std::max(row, 0) / fan;
-      if (static_cast<size_t>(row) < blocks.size()) blocks.resize(static_cast<size_t>(row));
-    }
   }
 
  private:
@@ -81,6 +65,14 @@ class BlockExtremes final : public CallMemory {
     double outermost = null_value;  ///< null if all values are
     bool is_known = false;
   };
+
+  void drop_from(int32_t row) override {
+    passed_ = std::min(passed_, row);
+    for (std::vector<RowBlock>& blocks : levels_) {
+      row /= fan;
+      if (static_cast<size_t>(row) < blocks.size()) blocks.resize(static_cast<size_t>(row));
+    }
+  }
 
   static bool knows(const std::vector<RowBlock>& blocks, size_t place) {
     return place < blocks.size() && blocks[place].is_known;
@@ -102,8 +94,6 @@ class BlockExtremes final : public CallMemory {
 
   std::array<std::vector<RowBlock>, 4> levels_;
   int32_t passed_ = 0;  ///< the rows before have been evaluated one after the other
-  uint64_t seen_ = 0;   ///< the moment up to which changes have been taken in
-  bool goes_by_values_ = false;
 };
 
 /// One walk down the rows of an argument. It leaps over blocks that are known to hold nothing

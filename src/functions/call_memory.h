@@ -2,12 +2,10 @@
 //
 // A call whose arguments say the same whenever they are asked (`Variable::remembering`) keeps its
 // state after each row that it has passed, from row 0 on without a gap. At the next row it
-// evaluates its arguments there and takes one step. The calculator cuts the states to the rows that
-// intake hasn't changed and that lie before the start of a run, so that a state is never older than
-// what it was made from.
+// evaluates its arguments there and takes one step.
 //
-// A call that comes to its rows in another order goes by values: its states end where a value of an
-// argument isn't known (`Call::recall`) or a result has changed since, and it walks down to there.
+// The states of a call that goes by values end where a value of an argument isn't known or a result
+// has changed since, and it walks down to there.
 #pragma once
 
 #include <algorithm>
@@ -56,14 +54,6 @@ class RowStates final : public CallMemory {
     states_.resize(std::max(states_.size(), static_cast<size_t>(rows.end)));
     return states_.data() + rows.first;
   }
-  void cut(int32_t row) override {
-    if (row < known()) states_.resize(static_cast<size_t>(std::max(row, 0)));
-    if (row > 0) return;
-    goes_by_values_ = false;
-    below_ = {};
-    below_end_ = 0;
-  }
-
   /// Takes a state down from row -1 to `lowest` at most, as far as it stays what it is. No cell
   /// lies there, so that the steps are the same whenever they are taken.
   template <typename Step>
@@ -76,19 +66,15 @@ class RowStates final : public CallMemory {
     return Status::ok;
   }
 
-  /// Whether the states have to be cut where results change.
-  bool goes_by_values() const { return goes_by_values_; }
-  void go_by_values(const RowChanges& changes) {
-    if (goes_by_values_) cut(changes.first_since(seen_));
-    goes_by_values_ = true;
-    seen_ = changes.now();
-  }
-  void go_in_order() { goes_by_values_ = false; }
-
  private:
+  void drop_from(int32_t row) override {
+    if (row < known()) states_.resize(static_cast<size_t>(row));
+    if (row > 0) return;
+    below_ = {};
+    below_end_ = 0;
+  }
+
   std::vector<State> states_;
-  uint64_t seen_ = 0;  ///< the moment up to which changes have been taken in
-  bool goes_by_values_ = false;
   State below_;  ///< what the rows below 0 give, from `below_end_` up
   int32_t below_end_ = 0;
 };

@@ -23,7 +23,8 @@ struct ExtremeMemory final : CallMemory {
   ExtremeRows<extreme> rows;
   ExtremeRows<extreme> of_block;  ///< begun anew by each
 
-  void cut(int32_t row) override { rows.cut(row); }
+ private:
+  void drop_from(int32_t row) override { rows.cut(row); }
 };
 
 template <Extreme extreme>

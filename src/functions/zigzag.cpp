@@ -235,7 +235,8 @@ class TurnWord : public BaseFunc {
     int32_t end = 0;
     std::vector<int32_t> rows;
 
-    void cut(int32_t row) override {
+   private:
+    void drop_from(int32_t row) override {
       end = std::min(end, row);
       while (!rows.empty() && rows.back() >= row) rows.pop_back();
     }

@@ -15,8 +15,7 @@ inline constexpr quor::BlockRule bar_by_bar = {.shortest_run = std::numeric_limi
 inline void go_by_plain_bars(int64_t handle) {
   quor::ScriptParser& parser = quor::find_instance(handle)->parser;
   parser.calculator().set_block_rule(bar_by_bar);
-  // The plan says what may be remembered.
-  parser.pool().script.memories_are_planned = true;
+  parser.pool().script.may_remember = false;
 }
 
 }  // namespace quor_test

@@ -1,28 +1,13 @@
-#include "core/memory_plan.h"
+#include "core/plan_memories.h"
 
 #include <algorithm>
-#include <span>
 #include <unordered_map>
-#include <vector>
 
 #include "core/base_func.h"
-#include "core/column_owners.h"
 #include "tables/field_table.h"
 
 namespace quor {
 namespace {
-
-constexpr int64_t nobody = -1;
-
-/// Who evaluates a variable.
-struct Uses {
-  int64_t first_statement = nobody;
-  bool in_full = false;  ///< a statement that every run calculates from row 0 on
-  bool shared = false;   ///< more than one call or expression
-  Reach reach;           ///< of all of them together
-
-  bool operator==(const Uses&) const = default;
-};
 
 /// What a value at a row comes from.
 struct Origin {
@@ -33,7 +18,7 @@ struct Origin {
   bool can_fail = false;
   bool for_one_run = false;  ///< steady, but not from one run to the next
   bool from_full_statement = false;
-  int64_t newest_statement = nobody;  ///< the last one whose column is read
+  int64_t newest_statement = no_statement;  ///< the last one whose column is read
 
   void take(const Origin& part) {
     steady &= part.steady;
@@ -51,91 +36,17 @@ constexpr Origin unknown_origin = {.steady = false};
 
 class MemoryPlan {
  public:
-  explicit MemoryPlan(CompiledScript& script) : script_(script) {
-    const auto& statements = script_.statement_list;
-    for (size_t i = 0; i < statements.size(); ++i) {
-      each_in_full_ |= statements[i]->whole_series;
-      // A line that only names another one writes what stands there.
-      if (names_own_column(*statements[i])) continue;
-      note_writer(statements[i]->column_id, static_cast<int64_t>(i), statements[i]->whole_series);
-    }
-    for (size_t i = 0; i < statements.size(); ++i) {
-      const Uses uses = {static_cast<int64_t>(i), statements[i]->whole_series, false, {}};
-      visit_elements(*statements[i], uses, 0);
-    }
-  }
+  MemoryPlan(const CompiledScript& script, const PlanWalk& walk) : script_(script), walk_(walk) {}
 
   void apply() {
-    for (Variable* call : calls_) {
-      const Uses uses = uses_[call];
+    for (Variable* call : walk_.calls()) {
+      const Uses uses = walk_.uses_of(*call);
       call->for_one_run = uses.in_full;
       call->remembering = remembering_of(*call, uses);
     }
   }
 
  private:
-  struct Writer {
-    int64_t statement = nobody;
-    bool in_full = false;
-  };
-
-  void note_writer(uint32_t column_id, int64_t statement, bool in_full) {
-    if (column_id == no_column) return;
-    Writer& writer = writers_[column_id];
-    writer.statement = std::max(writer.statement, statement);
-    writer.in_full |= in_full;
-  }
-
-  void visit_elements(const Variable& variable, const Uses& from, int level) {
-    for (const MathElement& element : variable.elements) {
-      if (element.variable != nullptr) visit(*element.variable, from, level);
-    }
-  }
-
-  /// A variable that is come to again is shared, and so are its parts.
-  void visit(Variable& variable, const Uses& from, int level) {
-    if (level > max_nesting) return;
-    const auto [entry, first] = uses_.try_emplace(&variable, from);
-    const Uses before = entry->second;
-    Uses& uses = entry->second;
-    uses.shared |= !first;
-    uses.in_full |= from.in_full;
-    uses.reach = either(uses.reach, from.reach);
-    if (!first && uses == before) return;
-    const Uses here = uses;
-    if (variable.kind == VariableKind::expression) visit_elements(variable, here, level + 1);
-    if (variable.kind != VariableKind::call || variable.function == nullptr) return;
-    if (first) calls_.push_back(&variable);
-    anything_fails_ |= traits_of(variable).has(can_fail);
-    note_set_targets(variable, here);
-    for (size_t i = 0; i < variable.arguments.size(); ++i) {
-      if (variable.arguments[i] == nullptr) continue;
-      Uses of_argument = here;
-      of_argument.reach = reach_of_argument(variable, i, here.reach);
-      of_argument.reach.passed_over |= period_decides(variable);
-      visit(*variable.arguments[i], of_argument, level + 1);
-    }
-  }
-
-  /// Whether a period decides which rows a call comes to, if it comes to any. A call in columns
-  /// with such a period goes bar by bar of itself.
-  static bool period_decides(const Variable& call) {
-    const ColumnTraits traits = call.function->column_traits();
-    return (traits.leaves_state || traits.revisits) && !has_fixed_periods(call);
-  }
-
-  /// A field is written at the row that the call is evaluated at.
-  void note_set_targets(const Variable& call, const Uses& uses) {
-    if (!call.function->traits().has(sets_arguments)) return;
-    const int64_t statement = uses.reach.elsewhere ? INT64_MAX : uses.first_statement;
-    for (size_t i = 0; i < call.arguments.size(); i += 2) {
-      const Variable* target = call.arguments[i];
-      if (target != nullptr && target->kind == VariableKind::field) {
-        note_writer(target->column_id, statement, uses.in_full);
-      }
-    }
-  }
-
   /// Rings, which hidden names typed by a script may form, are unknown.
   const Origin& origin_of(const Variable& variable, int level) {
     const auto [entry, first] = origins_.try_emplace(&variable, unknown_origin);
@@ -160,10 +71,9 @@ class MemoryPlan {
   }
 
   Origin origin_of_column(uint32_t column_id) const {
-    const auto writer = writers_.find(column_id);
-    if (writer == writers_.end()) return {};
-    return {.from_full_statement = writer->second.in_full,
-            .newest_statement = writer->second.statement};
+    const Writer* writer = walk_.writer_of(column_id);
+    if (writer == nullptr) return {};
+    return {.from_full_statement = writer->in_full, .newest_statement = writer->statement};
   }
 
   /// An expression that always has a value, so that no evaluation fails.
@@ -199,8 +109,9 @@ class MemoryPlan {
     origin.revisits_state |= origin.has_state && revisits_rows(call);
     if (leaves_state(call)) {
       origin.has_state = true;
-      const Uses& uses = uses_[&call];
-      origin.is_safe_state &= !uses.shared || !(uses.reach.passed_over || anything_fails_);
+      const Uses uses = walk_.uses_of(call);
+      const bool in_order = !uses.reach.passed_over && !uses.reach.by_period;
+      origin.is_safe_state &= !uses.shared || (in_order && !walk_.anything_fails());
     }
     return origin;
   }
@@ -208,7 +119,7 @@ class MemoryPlan {
   /// The number of rows doesn't change before the next run; nor do later rows, where the statement
   /// is calculated over all of them.
   bool is_steady_in_run(const Variable& call, Traits traits) {
-    return traits.has(repeatable) && (uses_[&call].in_full || !traits.has(reads_forward));
+    return traits.has(repeatable) && (walk_.uses_of(call).in_full || !traits.has(reads_forward));
   }
 
   /// Whether the call may come to a row of its arguments for the first time when it has passed a
@@ -237,7 +148,8 @@ class MemoryPlan {
     const Remembering at_least = origin.steady ? Remembering::unchanged : Remembering::nothing;
     if (origin.newest_statement >= uses.first_statement) return at_least;
     // Rows ahead have the columns of earlier statements only where these are finished first.
-    if (uses.reach.ahead && origin.newest_statement != nobody && !each_in_full_) return at_least;
+    if (uses.reach.ahead && origin.newest_statement != no_statement && !walk_.each_in_full())
+      return at_least;
     if (origin.from_full_statement && !uses.in_full) return at_least;
     const bool in_order = origin.steady && origin.is_safe_state;
     const bool leaves_no_trace = !stores && in_order && !origin.has_state && !origin.can_fail;
@@ -249,36 +161,21 @@ class MemoryPlan {
   bool cells_are_final(const Variable& call) {
     Variable* series = call.arguments.empty() ? nullptr : call.arguments.front();
     if (series == nullptr) return false;
-    const Uses& uses = uses_[series];
+    const Uses uses = walk_.uses_of(*series);
     // A call that alone keeps a series notices when a value in it becomes another one.
     return series->kind == VariableKind::field || !uses.reach.revisited ||
-           (!uses.shared && !series->has_column());
+           (!uses.shared && walk_.writer_of(series->column_id) == nullptr);
   }
 
-  CompiledScript& script_;
-  std::unordered_map<uint32_t, Writer> writers_;  ///< by column id
-  std::unordered_map<const Variable*, Uses> uses_;
-  std::vector<Variable*> calls_;
-  bool anything_fails_ = false;
-  bool each_in_full_ = false;
+  const CompiledScript& script_;
+  const PlanWalk& walk_;
   std::unordered_map<const Variable*, Origin> origins_;
 };
 
-/// Whether a field that the script reads may be a column that one of its variables writes.
-bool shares_columns(const CompiledScript& script, const DataTable& table) {
-  const uint64_t end = table.next_auxiliary_id() + most_columns * script.variable_count();
-  return std::ranges::any_of(script.extra_field_set, [end](int32_t id) {
-    const auto column = static_cast<uint32_t>(id);
-    return column >= DataTable::first_auxiliary_id && column < end;
-  });
-}
-
 }  // namespace
 
-void plan_memories(CompiledScript& script, const DataTable& table) {
-  script.shares_columns = shares_columns(script, table);
-  if (!script.shares_columns) MemoryPlan(script).apply();
-  script.memories_are_planned = true;
+void plan_memories(CompiledScript& script, const PlanWalk& walk) {
+  MemoryPlan(script, walk).apply();
 }
 
 }  // namespace quor

@@ -1,0 +1,116 @@
+#include "core/plan.h"
+
+#include <algorithm>
+
+#include "core/base_func.h"
+#include "core/column_owners.h"
+#include "core/data_table.h"
+#include "core/plan_memories.h"
+#include "core/plan_walk.h"
+
+namespace quor {
+namespace {
+
+/// Whether a field that the script reads may be a column that one of its variables writes.
+bool shares_columns(const CompiledScript& script, const DataTable& table) {
+  const uint64_t end = table.next_auxiliary_id() + most_columns * script.variable_count();
+  return std::ranges::any_of(script.extra_field_set, [end](int32_t id) {
+    const auto column = static_cast<uint32_t>(id);
+    return column >= DataTable::first_auxiliary_id && column < end;
+  });
+}
+
+/// Whether one call hands the argument a column that another one would not have given it.
+bool is_in_conflict(const Uses& argument) {
+  return argument.has_own_column && argument.has_other_place;
+}
+
+bool is_number(const Variable* argument) {
+  return argument != nullptr && argument->kind == VariableKind::number;
+}
+
+/// Whether a call of some words over a field that the host gives, and else numbers.
+bool can_go_early(const Variable& call, const PlanWalk& walk) {
+  if (call.kind != VariableKind::call || call.function == nullptr || call.arguments.empty()) {
+    return false;
+  }
+  const Variable* first = call.arguments.front();
+  return call.function->column_traits().side_by_side && first != nullptr &&
+         first->kind == VariableKind::field && first->has_column() &&
+         walk.writer_of(first->column_id) == nullptr &&
+         std::all_of(call.arguments.begin() + 1, call.arguments.end(), is_number);
+}
+
+}  // namespace
+
+void Plan::make(CompiledScript& script, const DataTable& table) {
+  if (!script.planned_layout) script.shares_columns = shares_columns(script, table);
+  script.planned_layout = table.layout();
+  const PlanWalk walk(script);
+  each_in_full_ = walk.each_in_full();
+  find_ways(script, walk);
+  if (!script.shares_columns && script.may_remember) plan_memories(script, walk);
+}
+
+void Plan::find_ways(const CompiledScript& script, const PlanWalk& walk) {
+  const auto& statements = script.statement_list;
+  ways_.assign(statements.size(), {});
+  is_whole_ = !each_in_full_;
+  for (size_t i = 0; i < statements.size(); ++i) {
+    const StatementParts& parts = walk.statements()[i];
+    const Writer* writer = walk.writer_of(statements[i]->column_id);
+    ways_[i].by_columns = parts.has_columns && (writer == nullptr || writer->is_alone) &&
+                          std::ranges::none_of(parts.arguments, [&walk](const Variable* argument) {
+                            return is_in_conflict(walk.uses_of(*argument));
+                          });
+    ways_[i].revisits_state = parts.revisits_state;
+    is_whole_ &= parts.looks_back;
+    note_side_by_side(*statements[i], ways_[i], walk);
+  }
+  note_reads(walk);
+  if (!each_in_full_) refuse_what_rests_on_others();
+  is_whole_ &= std::ranges::all_of(ways_, [](const Way& way) { return way.by_columns; });
+}
+
+void Plan::note_side_by_side(const Variable& statement, Way& way, const PlanWalk& walk) {
+  const auto note = [&](const Operand& operand) {
+    if (operand.variable != nullptr && can_go_early(*operand.variable, walk)) {
+      way.side_by_side.push_back(operand.variable);
+    }
+  };
+  for (const Step& step : statement.program.steps) {
+    note(step.right);
+    note(step.left);
+  }
+  note(statement.program.result);
+}
+
+void Plan::note_reads(const PlanWalk& walk) {
+  given_.clear();
+  for (uint32_t i = 0; i < ways_.size(); ++i) {
+    const StatementParts& parts = walk.statements()[i];
+    for (const Variable* read : parts.reads) {
+      const Writer* found = walk.writer_of(read->column_id);
+      if (found == nullptr) {
+        if (read->column_index != -1) given_.push_back(read->column_index);
+        continue;
+      }
+      const bool is_later = found->statement > i;
+      if (found->statement == i || (is_later && !each_in_full_)) ways_[i].by_columns = false;
+      if (each_in_full_ || found->statement == i) continue;
+      const auto writer = static_cast<size_t>(found->statement);
+      if (writer >= ways_.size()) continue;
+      if (is_later || parts.sees_later_rows) ways_[writer].by_columns = false;
+      if (!is_later) ways_[i].rests_on.push_back(static_cast<uint32_t>(writer));
+    }
+  }
+}
+
+void Plan::refuse_what_rests_on_others() {
+  for (Way& way : ways_) {
+    way.by_columns &= std::ranges::all_of(
+        way.rests_on, [this](uint32_t writer) { return ways_[writer].by_columns; });
+  }
+}
+
+}  // namespace quor
