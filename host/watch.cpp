@@ -70,12 +70,38 @@ class News {
   std::vector<Signal> standing_;
 };
 
+/// All bars by their keys, for a script that has to see all of them again.
+class History {
+ public:
+  void put(const ReadBar& bar) {
+    columns_.resize(bar.values.size());
+    const auto place = std::ranges::lower_bound(keys_, bar.key);
+    const auto at = place - keys_.begin();
+    const bool is_known = place != keys_.end() && *place == bar.key;
+    if (!is_known) keys_.insert(place, bar.key);
+    for (size_t i = 0; i < columns_.size(); ++i) {
+      if (!is_known) columns_[i].insert(columns_[i].begin() + at, 0.0);
+      columns_[i][static_cast<size_t>(at)] = bar.values[i];
+    }
+  }
+
+  const std::vector<int64_t>& keys() const { return keys_; }
+  const std::vector<double>& column(size_t place) const { return columns_[place]; }
+
+ private:
+  std::vector<int64_t> keys_;
+  std::vector<std::vector<double>> columns_;  ///< as the values of a bar
+};
+
 /// A script that takes bars one after the other and prints what it comes to.
 class Watch {
  public:
   Watch(const WatchOptions& options, Script& script, Circumstances about,
         std::span<const uint32_t> fields, const References& references)
-      : options_(options), script_(script), about_(std::move(about)) {
+      : options_(options),
+        script_(script),
+        about_(std::move(about)),
+        is_whole_(script.follows_later_bars()) {
     for (const uint32_t id : script_.report().fields) {
       const auto place = std::ranges::find(fields, id);
       if (place == fields.end()) continue;
@@ -91,7 +117,10 @@ class Watch {
   /// Bars that are there at the start: of the past, so that nobody is told of their events. False
   /// for an error.
   bool begin_with(const std::vector<ReadBar>& bars) {
-    for (const ReadBar& bar : bars) take_in(bar);
+    for (const ReadBar& bar : bars) {
+      take_in(bar);
+      if (is_whole_) history_.put(bar);
+    }
     if (!calculate(0)) return false;
     const uint32_t rows = script_.row_count();
     const auto first = static_cast<uint32_t>(rows - std::min<size_t>(rows, options_.last));
@@ -115,22 +144,41 @@ class Watch {
 
  private:
   bool take_now(const ReadBar& bar) {
-    const uint32_t before = script_.row_count();
-    take_in(bar);
-    const uint32_t row = *script_.row_of(bar.key);
-    const uint32_t rows = script_.row_count();
-    const bool is_new = rows > before;
-    // A new bar takes marks of the last one from the bar before; one between others moves all.
-    const bool is_last = row + 1 == rows;
-    if (!is_last) warn_of_order(bar.key);
-    const uint32_t first = !is_last ? 0 : is_new && row > 0 ? row - 1 : row;
-    const auto news = calculate(first);
+    const bool is_behind = script_.row_count() > 0 && bar.key < script_.key_of(last_row());
+    if (is_behind) warn_of_order(bar.key);
+    const auto news = is_whole_ ? calculate_whole(bar) : calculate_on(bar, is_behind);
     if (!news) return false;
+    const uint32_t row = *script_.row_of(bar.key);
     show(row);
     for (const Event& event : *news) {
-      if (event.row == row || event.row + 2 >= rows) output_->tell(event);
+      if (event.row == row || event.row + 2 > last_row()) output_->tell(event);
     }
     return true;
+  }
+
+  uint32_t last_row() const { return script_.row_count() - 1; }
+
+  std::optional<std::vector<Event>> calculate_whole(const ReadBar& bar) {
+    history_.put(bar);
+    script_.restart(about_.settings.subject);
+    std::vector<Field> fields;
+    for (const auto& [id, place] : fields_) fields.push_back({id, history_.column(place)});
+    std::vector<std::vector<double>> columns(series_.size());
+    for (size_t i = 0; i < series_.size(); ++i) {
+      for (const int64_t key : history_.keys()) columns[i].push_back(series_[i].at(key));
+      fields.push_back({series_[i].column(), columns[i]});
+    }
+    script_.set_rows(history_.keys(), fields);
+    return calculate(0);
+  }
+
+  /// A new bar takes marks of the last one from the bar before, which is calculated with it; one
+  /// between others moves all behind it.
+  std::optional<std::vector<Event>> calculate_on(const ReadBar& bar, bool is_behind) {
+    const uint32_t before = script_.row_count();
+    take_in(bar);
+    const bool is_new = script_.row_count() > before;
+    return calculate(is_behind ? 0 : last_row() - (is_new && before > 0 ? 1 : 0));
   }
 
   void take_in(const ReadBar& bar) {
@@ -175,6 +223,8 @@ class Watch {
   const WatchOptions& options_;
   Script& script_;
   Circumstances about_;
+  bool is_whole_;    ///< each bar asks for a calculation of all
+  History history_;  ///< only then
   std::vector<std::pair<uint32_t, size_t>> fields_;  ///< by id, with their places in a bar
   std::vector<ReferenceSeries> series_;
   std::vector<uint32_t> columns_;
