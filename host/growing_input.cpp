@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "errors.h"
 #include "interrupt.h"
@@ -36,7 +37,8 @@ bool has_come(int /*descriptor*/) { return true; }  // Ctrl-C ends what is read 
 ptrdiff_t read_some(int descriptor, char* to, size_t size) {
   return _read(descriptor, to, static_cast<unsigned>(size));
 }
-bool is_same_file(int /*descriptor*/, const std::string& /*path*/) { return true; }
+/// Nothing else may take the name of an open file there.
+std::pair<uint64_t, uint64_t> identity_of(const std::string& /*path*/) { return {}; }
 
 #else
 
@@ -52,11 +54,10 @@ bool has_come(int descriptor) {
 
 ptrdiff_t read_some(int descriptor, char* to, size_t size) { return ::read(descriptor, to, size); }
 
-bool is_same_file(int descriptor, const std::string& path) {
-  struct stat open_one {};
-  struct stat named_one {};
-  if (::fstat(descriptor, &open_one) != 0 || ::stat(path.c_str(), &named_one) != 0) return true;
-  return open_one.st_ino == named_one.st_ino && open_one.st_dev == named_one.st_dev;
+std::pair<uint64_t, uint64_t> identity_of(const std::string& path) {
+  struct stat file {};
+  if (::stat(path.c_str(), &file) != 0) return {};
+  return {file.st_dev, file.st_ino};
 }
 
 #endif
@@ -71,6 +72,7 @@ GrowingInput::GrowingInput(const std::string& path) : path_(path), piece_(piece_
     throw HostError(path + ": can't be opened: " + std::generic_category().message(errno));
   }
   is_file_ = std::filesystem::is_regular_file(path_of(path));
+  identity_ = identity_of(path);
 }
 
 GrowingInput::~GrowingInput() {
@@ -97,7 +99,7 @@ std::string GrowingInput::wait() {
   std::error_code error;
   const uint64_t size = std::filesystem::file_size(path_of(path_), error);
   if (error) return path_ + ": is gone";
-  if (!is_same_file(descriptor_, path_)) return path_ + ": is another file now";
+  if (identity_of(path_) != identity_) return path_ + ": is another file now";
   if (size < position_) return path_ + ": is shorter than it was";
   return {};
 }

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace quor_host {
@@ -34,6 +35,7 @@ class GrowingInput {
   int descriptor_ = 0;
   bool is_file_ = false;
   uint64_t position_ = 0;
+  std::pair<uint64_t, uint64_t> identity_;  ///< of the file that had the name at first
   std::vector<char> piece_;
 };
 

@@ -34,18 +34,20 @@ struct ReadBar {
 };
 
 /// Signals are raised anew with each calculation of a bar; a signal is news if it didn't stand at
-/// the calculation before. Notices come once by themselves.
+/// the calculation before. Notices come once by themselves, unless all bars are calculated as new.
 class News {
  public:
+  explicit News(bool notices_repeat) : notices_repeat_(notices_repeat) {}
+
   /// Of the events of a calculation from the bar of a key on those to tell.
   std::vector<Event> of(const std::vector<Event>& events, int64_t first_key) {
     std::vector<Event> news;
     for (const Event& event : events) {
-      if (event.word == "NOTICE" || !stands(event)) news.push_back(event);
+      if (!repeats(event) || !stands(event)) news.push_back(event);
     }
     std::erase_if(standing_, [&](const Signal& signal) { return signal.key >= first_key; });
     for (const Event& event : events) {
-      if (event.word != "NOTICE") standing_.push_back({event.key, event.column});
+      if (repeats(event)) standing_.push_back({event.key, event.column});
     }
     return news;
   }
@@ -61,12 +63,14 @@ class News {
     uint32_t column;
   };
 
+  bool repeats(const Event& event) const { return notices_repeat_ || event.word != "NOTICE"; }
   bool stands(const Event& event) const {
     return std::ranges::any_of(standing_, [&event](const Signal& signal) {
       return signal.key == event.key && signal.column == event.column;
     });
   }
 
+  bool notices_repeat_;
   std::vector<Signal> standing_;
 };
 
@@ -101,7 +105,8 @@ class Watch {
       : options_(options),
         script_(script),
         about_(std::move(about)),
-        is_whole_(script.follows_later_bars()) {
+        is_whole_(script.follows_later_bars()),
+        news_(is_whole_) {
     for (const uint32_t id : script_.report().fields) {
       const auto place = std::ranges::find(fields, id);
       if (place == fields.end()) continue;

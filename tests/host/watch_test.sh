@@ -107,9 +107,20 @@ for bars in 62 63 70 75 89 91; do
   same "$(grep "^${whole%%,*}," watched.csv)" "$whole" "quor watch at bar $bars"
 done
 
+# The events of such a script are told once, too.
+printf 'date,close\n2024-01-02,1\n2024-01-03,2\n2024-01-03,2\n2024-01-04,3\n2024-01-04,4\n' >bars.csv
+watches 0 'date,N
+2024-01-02,1
+2024-01-03,1
+signal  2024-01-03  row 1  BK
+notice  2024-01-03  row 1  up
+2024-01-03,1
+2024-01-04,1
+signal  2024-01-04  row 2  BK
+2024-01-04,1' -e "N:CURRBARSCOUNT;C>1,BK;C>1,NOTICE('up');" -b - --csv
+
 # A file that grows: a line counts once its end is there; the bars of the past raise nothing.
 if [ -z "$emulator" ]; then
-  : >out
   wait_for() { # until a file holds a text, for ten seconds
     for _ in $(seq 200); do
       grep -q "$2" "$1" && return
@@ -118,6 +129,7 @@ if [ -z "$emulator" ]; then
     same "$(cat "$1")" "a line with $2" "$1"
   }
   printf 'date,close\n2024-01-02,1\n2024-01-03,2\n2024-01-04,3\n' >grow.csv
+  : >out
   "$program" watch -e 'A:C;C>REF(C,1),BK;' grow.csv -n 2 -q --csv >out 2>&1 &
   watch=$!
   wait_for out 2024-01-04
@@ -140,6 +152,7 @@ signal  2024-01-05  row 3  BK
   for end in 'rm' 'mv -f other.csv' 'cp short.csv'; do
     printf 'date,close\n2024-01-02,1\n2024-01-03,2\n' | tee grow.csv >other.csv
     head -n 1 grow.csv >short.csv
+    : >out
     "$program" watch -e 'A:C;' grow.csv -q >out 2>&1 &
     watch=$!
     wait_for out 2024-01-03
@@ -156,6 +169,7 @@ signal  2024-01-05  row 3  BK
 
   # Ctrl-C while a pipe is silent.
   mkfifo pipe
+  : >out
   "$program" watch -e 'A:C;' -b pipe -q --csv >out 2>&1 &
   watch=$!
   exec 3>pipe
