@@ -28,7 +28,7 @@ struct Naming {
   /// Columns by field id, for fields that have no usual word or stand under another; a field
   /// without a column is one that the file doesn't have.
   std::map<uint32_t, std::optional<std::string>> fields;
-  bool dates_repeat = false;  ///< bars of one date are all read
+  bool dates_repeat = false;      ///< bars of one date are all read
   std::optional<char> separator;  ///< of its cells; else the first line tells it
 };
 

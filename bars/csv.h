@@ -15,8 +15,8 @@ struct CsvRow {
   std::vector<std::string_view> cells;
 };
 
-/// What parts the cells of a text: the comma, or where its first line has none outside of quotes the
-/// one of semicolon, tab and bar that it has most of.
+/// What parts the cells of a text: the comma, or where its first line has none outside of quotes
+/// the one of semicolon, tab and bar that it has most of.
 char separator_of(std::string_view text);
 
 /// Reads a text that comes piece by piece, cut anywhere, and hands on each row once its end is

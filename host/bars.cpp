@@ -31,14 +31,16 @@ void add_column(quor_bars::Naming& naming, const std::string& column) {
 }
 
 char separator_named(const std::string& text) {
-  constexpr std::pair<std::string_view, char> names[] = {
-      {"comma", ','}, {"semicolon", ';'}, {"tab", '\t'}, {"\\t", '\t'}, {"pipe", '|'}, {"space", ' '}};
+  constexpr std::pair<std::string_view, char> names[] = {{"comma", ','}, {"semicolon", ';'},
+                                                         {"tab", '\t'},  {"\\t", '\t'},
+                                                         {"pipe", '|'},  {"space", ' '}};
   for (const auto& [name, character] : names) {
     if (text == name) return character;
   }
   constexpr std::string_view impossible = "\"\r\n";
   if (text.size() == 1 && impossible.find(text[0]) == std::string_view::npos) return text[0];
-  throw UsageError("--delimiter " + text + ": write one character, or comma, semicolon, tab or pipe");
+  throw UsageError("--delimiter " + text +
+                   ": write one character, or comma, semicolon, tab or pipe");
 }
 
 }  // namespace

@@ -178,8 +178,9 @@ Table table_of(const Script& script, const LineOptions& lines, size_t count) {
 
 void print_events(std::ostream& out, const Script& script) {
   const auto& events = script.events();
-  const bool with_time = std::ranges::any_of(
-      events, [](const auto& event) { return have_times({&event.key, 1}); });
+  const bool with_time = std::ranges::any_of(events, [](const auto& event) {
+    return have_times({&event.key, 1});
+  });
   for (const auto& event : events) out << event_text(event, with_time) << '\n';
 }
 

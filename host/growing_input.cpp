@@ -87,7 +87,8 @@ std::optional<std::string_view> GrowingInput::read() {
   const ptrdiff_t count = read_some(descriptor_, piece_.data(), piece_.size());
   if (count < 0) {
     if (errno == EINTR) return std::string_view();
-    throw HostError(input_name(path_) + ": can't be read: " + std::generic_category().message(errno));
+    throw HostError(input_name(path_) +
+                    ": can't be read: " + std::generic_category().message(errno));
   }
   if (count == 0 && !is_file_) return std::nullopt;
   position_ += static_cast<uint64_t>(count);

@@ -23,7 +23,7 @@ MarketConstants market_constants(const std::vector<std::string>& texts) {
     const auto value = mark == std::string::npos ? std::nullopt : to_number(text.substr(mark + 1));
     if (!value || std::isnan(*value) || std::ranges::find(keys, key_of(text)) == std::end(keys)) {
       throw UsageError("--extra " + text +
-                      ": write MINPRICE=NUMBER, UNIT=NUMBER or SHARECOUNTPERUNIT=NUMBER");
+                       ": write MINPRICE=NUMBER, UNIT=NUMBER or SHARECOUNTPERUNIT=NUMBER");
     }
     if (!constants.emplace(key_of(text), *value).second) {
       throw UsageError("--extra " + text + ": " + key_of(text) + " is given twice");

@@ -14,8 +14,7 @@ void add_script_text(CLI::App& command, ScriptOptions& options) {
 
 void add_script_options(CLI::App& command, ScriptOptions& options) {
   add_script_text(command, options);
-  command.add_option("SCRIPT", options.path, "File with the script, - for a pipe")
-      ->type_name("");
+  command.add_option("SCRIPT", options.path, "File with the script, - for a pipe")->type_name("");
   add_setting_options(command, options);
   add_security_option(command, options);
 }
@@ -25,8 +24,7 @@ void add_setting_options(CLI::App& command, ScriptOptions& options) {
       .add_option("--params", options.parameters_path,
                   "JSON: [{\"PARAM_NAME\":\"N\",\"DEFAULT\":5}, ...]")
       ->type_name("FILE");
-  command
-      .add_option("-s,--set", options.settings, "The value of a parameter; may be repeated")
+  command.add_option("-s,--set", options.settings, "The value of a parameter; may be repeated")
       ->type_name("NAME=NUMBER")
       ->expected(1)
       ->take_all();
@@ -38,9 +36,7 @@ void add_setting_options(CLI::App& command, ScriptOptions& options) {
       ->type_name("PERIOD")
       ->check(period());
   command.add_option("--market", options.market, "The market of the security")->type_name("WORD");
-  command
-      .add_option("--timezone", options.time_zone,
-                  "Its time zone; calendars bring their own")
+  command.add_option("--timezone", options.time_zone, "Its time zone; calendars bring their own")
       ->type_name("TEXT")
       ->capture_default_str();
   command
@@ -69,8 +65,7 @@ void add_bar_path(CLI::App& command, BarOptions& options) {
                       "Bars, comma-separated, with a header, perhaps packed by gzip; - for bars "
                       "from a pipe")
           ->type_name("FILE.csv");
-  command
-      .add_option("BARS", options.path, "The same without the word --bars, behind a script")
+  command.add_option("BARS", options.path, "The same without the word --bars, behind a script")
       ->type_name("")
       ->excludes(bars);
 }
@@ -84,8 +79,9 @@ void add_bar_options(CLI::App& command, ScriptOptions& script, BarOptions& optio
       ->expected(1)
       ->take_all();
   command
-      .add_option("-d,--delimiter", options.form.delimiter,
-                  "What parts the cells: one character, or tab; by default what the first line tells")
+      .add_option(
+          "-d,--delimiter", options.form.delimiter,
+          "What parts the cells: one character, or tab; by default what the first line tells")
       ->type_name("CHARACTER");
   command.add_option("--calendar", script.calendar_path, "The trading calendar, JSON")
       ->type_name("FILE");
@@ -103,8 +99,7 @@ void add_bar_options(CLI::App& command, ScriptOptions& script, BarOptions& optio
 
 void add_line_options(CLI::App& command, LineOptions& options) {
   auto* const all = command.add_flag("-a,--all", options.all, "Lines declared by ':=', too");
-  command
-      .add_option("--columns", options.columns, "These lines alone, in this order")
+  command.add_option("--columns", options.columns, "These lines alone, in this order")
       ->type_name("NAME,NAME...")
       ->delimiter(',')
       ->excludes(all);

@@ -239,8 +239,8 @@ std::string event_text(const quor::engine::Event& event, bool with_time) {
 }
 
 std::string event_json(const quor::engine::Event& event, bool with_time) {
-  std::string text = "{\"date\":\"" + key_text(event.key, with_time) +
-                     "\",\"event\":" + json_string(event.word);
+  std::string text =
+      "{\"date\":\"" + key_text(event.key, with_time) + "\",\"event\":" + json_string(event.word);
   if (event.word == "NOTICE") text += ",\"name\":" + json_string(event.name);
   if (event.quantity >= 0) text += ",\"quantity\":" + std::to_string(event.quantity);
   return text + '}';

@@ -25,7 +25,8 @@ struct Wanted {
 Wanted wanted_of(const Reference& reference) {
   const size_t mark = std::min(reference.source.rfind('|'), reference.source.size());
   Wanted wanted{reference.source.substr(0, mark), 0};
-  const std::string_view id = std::string_view(reference.source).substr(std::min(mark + 1, reference.source.size()));
+  const std::string_view id =
+      std::string_view(reference.source).substr(std::min(mark + 1, reference.source.size()));
   std::from_chars(id.data(), id.data() + id.size(), wanted.field);
   return wanted;
 }

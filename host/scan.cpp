@@ -34,8 +34,8 @@ void refuse_namesakes(const std::vector<std::string>& files) {
     const auto [other, is_new] = known.emplace(security_of(file), file);
     if (is_new) continue;
     throw UsageError(file == other->second ? file + ": is given twice"
-                                          : file + " and " + other->second +
-                                                ": two files are of security " + other->first);
+                                           : file + " and " + other->second +
+                                                 ": two files are of security " + other->first);
   }
 }
 

@@ -92,9 +92,8 @@ quor_advice::Supply supply_of(const ScriptOptions& options, bool has_code) {
   quor_advice::Supply supply;
   supply.has_calendar = !options.calendar_path.empty() && !options.market.empty() &&
                         (has_code || !options.security.empty());
-  supply.calendar_advice = has_code
-                               ? "--calendar gives one, together with --market"
-                               : "--calendar gives one, together with --code and --market";
+  supply.calendar_advice = has_code ? "--calendar gives one, together with --market"
+                                    : "--calendar gives one, together with --code and --market";
   supply.constant_advice = "--extra gives one";
   for (const auto& [key, value] : market_constants(options.market_constants)) {
     supply.constants.push_back(key);
@@ -172,8 +171,8 @@ void warn_of_nulls(const Script& script, const Bars& bars, const std::string& pa
 
 std::vector<ShownLine> shown_lines(const Script& script, const LineOptions& options) {
   if (!options.columns.empty()) return lines_named(script, options.columns);
-  const bool draws_some = std::ranges::any_of(
-      script.lines(), [](const auto& line) { return line.look.has_value(); });
+  const bool draws_some =
+      std::ranges::any_of(script.lines(), [](const auto& line) { return line.look.has_value(); });
   std::vector<ShownLine> shown;
   for (const auto& line : script.lines()) {
     if (options.all || !draws_some || line.look) shown.push_back({line.name, line.column});

@@ -228,8 +228,8 @@ class Watch {
   const WatchOptions& options_;
   Script& script_;
   Circumstances about_;
-  bool is_whole_;    ///< each bar asks for a calculation of all
-  History history_;  ///< only then
+  bool is_whole_;                                    ///< each bar asks for a calculation of all
+  History history_;                                  ///< only then
   std::vector<std::pair<uint32_t, size_t>> fields_;  ///< by id, with their places in a bar
   std::vector<ReferenceSeries> series_;
   std::vector<uint32_t> columns_;

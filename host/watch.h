@@ -11,7 +11,7 @@ struct WatchOptions {
   ScriptOptions script;
   BarOptions bars;
   LineOptions lines;
-  size_t last = 10;            ///< bars to print of those that are there at the start
+  size_t last = 10;             ///< bars to print of those that are there at the start
   bool finished_alone = false;  ///< a bar is taken once the next one has begun
   bool as_csv = false;
   bool as_json = false;

@@ -28,18 +28,20 @@ void add_watch(CLI::App& app, WatchOptions& options) {
   add_bar_path(watch, options.bars);
   add_bar_options(watch, options.script, options.bars);
   add_line_options(watch, options.lines);
-  watch.add_option("-n,--last", options.last,
-                   "How many bars to print of those that the file has at the start")
+  watch
+      .add_option("-n,--last", options.last,
+                  "How many bars to print of those that the file has at the start")
       ->type_name("N")
       ->transform(whole_number(0))
       ->capture_default_str();
   watch.add_flag("--finished", options.finished_alone,
                  "A bar counts once the next one has begun, so that none is taken back");
-  auto* const json = watch.add_flag(
-      "--json", options.as_json, "Print each bar, notice and signal as JSON, one in a line");
-  watch.add_flag("--csv", options.as_csv,
-                 "Print comma-separated values in full precision; notices and signals go to the "
-                 "error output")
+  auto* const json = watch.add_flag("--json", options.as_json,
+                                    "Print each bar, notice and signal as JSON, one in a line");
+  watch
+      .add_flag("--csv", options.as_csv,
+                "Print comma-separated values in full precision; notices and signals go to the "
+                "error output")
       ->excludes(json);
 }
 

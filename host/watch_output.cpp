@@ -16,8 +16,8 @@ namespace {
 
 using quor::engine::Event;
 
-/// Text that gathers until it is flushed. Dates are shown with their time from the first bar on that
-/// has one.
+/// Text that gathers until it is flushed. Dates are shown with their time from the first bar on
+/// that has one.
 class Gathering : public WatchOutput {
  public:
   void flush() override {

@@ -33,7 +33,8 @@ std::unique_ptr<Surface> surface_for(const std::string& path, int width, int hei
 #ifdef QUOR_PNG
   return png_surface(width, height);
 #else
-  throw UsageError("--out " + path + ": this build of quor draws no PNG; name the picture FILE.svg");
+  throw UsageError("--out " + path +
+                   ": this build of quor draws no PNG; name the picture FILE.svg");
 #endif
 }
 

@@ -24,7 +24,7 @@ double View::value(std::optional<uint32_t> column, size_t row) const {
   const auto field = bars_.columns.find(*column);
   const bool is_here = field != bars_.columns.end() && !field->second.empty();
   const double value = !is_here ? cells_(static_cast<uint32_t>(row), *column)
-                                                    : field->second[order_.empty() ? row : order_[row]];
+                                : field->second[order_.empty() ? row : order_[row]];
   // Sums and ratios of what lies below stay finite.
   return std::abs(value) < 1e100 ? value : nan;
 }

@@ -18,7 +18,6 @@ namespace {
 
 constexpr size_t all = std::numeric_limits<size_t>::max();
 
-
 Answer bars(Desk& desk, const Securities& securities, const Request& request) {
   if (request.type == "text/csv") {
     const std::string name = request.text("name").empty() ? "bars" : request.text("name");

@@ -70,7 +70,8 @@ class Script {
 
   /// Whether another bar may change values at bars before, as a look ahead or the number of bars
   /// does: a bar that comes or changes then gives the values of a run over all bars only if all are
-  /// set and calculated again, behind a restart. Else it is enough to calculate from the bar before.
+  /// set and calculated again, behind a restart. Else it is enough to calculate from the bar
+  /// before.
   bool follows_later_bars() const;
 
   uint32_t row_count() const;

@@ -341,13 +341,25 @@ for command in $(echo "$commands" | tr -d ,); do
   quor $command --help | grep -q "^  quor $command " || same 'no example' 'an example' "quor $command --help"
 done
 
+# What the tasks show of the command line is what it does.
+mkdir tasks
+awk '/^```csv / { file = "tasks/" $2; next }
+  /^```console/ { file = "tasks/" ++count ".console"; next }
+  /^```/ { file = "" }
+  file != "" { print > file }' "$samples/../docs/tasks.md"
+for shown in tasks/*.console; do
+  command=$(sed -n '1s/^\$ //p' "$shown")
+  same "$(cd tasks && eval "$command" 2>/dev/null)" "$(sed 1d "$shown")" "$command"
+done
+same "$(ls tasks/*.console | wc -l | tr -d ' ')" 3 'commands in docs/tasks.md'
+
 # The options of all commands are those of the manual page and of each completion.
 quor_options() {
   for command in '' check run chart scan watch studio; do quor $command --help; done
 }
 options_in() { grep -o -e '--[a-z][a-z-]*' | sort -u; }
 options=$(quor_options | options_in)
-if [ "$commands" = 'check, run, chart, scan, studio, help' ]; then
+if [ "$commands" = 'check, run, chart, scan, watch, studio, help' ]; then
   same "$(sed 's/\\-/-/g' "$share/quor.1" | options_in)" "$options" quor.1
   # Completions ask for the list of words, which isn't meant for people.
   same "$(grep -v '^#' "$share/quor.bash" | sed 's/help --list//' | options_in)" "$options" quor.bash
