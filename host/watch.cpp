@@ -27,6 +27,11 @@ using quor::engine::Script;
 constexpr int exit_sound = 0;
 constexpr int exit_failure = 1;
 
+WatchForm form_of(const WatchOptions& options) {
+  if (options.as_csv) return WatchForm::csv;
+  return options.as_json ? WatchForm::json : WatchForm::table;
+}
+
 /// A bar that has been read.
 struct ReadBar {
   int64_t key = 0;
@@ -115,7 +120,7 @@ class Watch {
     series_ = references.series_for(script_.report());
     const auto lines = shown_lines(script_, options.lines);
     for (const ShownLine& line : lines) columns_.push_back(line.column);
-    output_ = make_output(options, lines);
+    output_ = make_output(form_of(options), lines);
     values_.resize(columns_.size());
   }
 

@@ -167,10 +167,9 @@ class TableOutput : public Gathering {
 
 }  // namespace
 
-std::unique_ptr<WatchOutput> make_output(const WatchOptions& options,
-                                         const std::vector<ShownLine>& lines) {
-  if (options.as_csv) return std::make_unique<CsvOutput>(lines);
-  if (options.as_json) return std::make_unique<JsonOutput>(lines);
+std::unique_ptr<WatchOutput> make_output(WatchForm form, const std::vector<ShownLine>& lines) {
+  if (form == WatchForm::csv) return std::make_unique<CsvOutput>(lines);
+  if (form == WatchForm::json) return std::make_unique<JsonOutput>(lines);
   return std::make_unique<TableOutput>(lines);
 }
 

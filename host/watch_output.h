@@ -8,9 +8,10 @@
 
 #include "engine/engine.h"
 #include "script_run.h"
-#include "watch.h"
 
 namespace quor_host {
+
+enum class WatchForm { table, csv, json };
 
 class WatchOutput {
  public:
@@ -26,7 +27,6 @@ class WatchOutput {
   virtual void finish() { flush(); }
 };
 
-std::unique_ptr<WatchOutput> make_output(const WatchOptions& options,
-                                         const std::vector<ShownLine>& lines);
+std::unique_ptr<WatchOutput> make_output(WatchForm form, const std::vector<ShownLine>& lines);
 
 }  // namespace quor_host

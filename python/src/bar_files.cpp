@@ -60,7 +60,9 @@ py::tuple read_bars(const std::string& path, std::optional<std::string> time,
   for (auto& [id, values] : file.bars.columns) {
     columns[py::int_(id)] = array_of(std::move(values));
   }
-  return py::make_tuple(array_of(std::move(file.seconds)), columns);
+  py::list doubts;
+  for (const std::string& doubt : file.bars.doubts) doubts.append(text_of(doubt));
+  return py::make_tuple(array_of(std::move(file.seconds)), columns, doubts);
 }
 
 py::array_t<int64_t> seconds_of_texts(const std::vector<std::string>& texts) {
