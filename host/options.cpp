@@ -1,10 +1,26 @@
 #include "options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <string_view>
 
 #include "option_checks.h"
 
 namespace quor_host {
+namespace {
+
+/// What stands between commas.
+std::vector<std::string> parts_of(std::string_view text) {
+  std::vector<std::string> parts;
+  for (;;) {
+    const size_t end = std::min(text.find(','), text.size());
+    parts.emplace_back(text.substr(0, end));
+    if (end == text.size()) return parts;
+    text.remove_prefix(end + 1);
+  }
+}
+
+}  // namespace
 
 void add_script_text(CLI::App& command, ScriptOptions& options) {
   command.add_option("-e", options.text, "The script itself, in place of a file")
@@ -99,9 +115,11 @@ void add_bar_options(CLI::App& command, ScriptOptions& script, BarOptions& optio
 
 void add_line_options(CLI::App& command, LineOptions& options) {
   auto* const all = command.add_flag("-a,--all", options.all, "Lines declared by ':=', too");
-  command.add_option("--columns", options.columns, "These lines alone, in this order")
-      ->type_name("NAME,NAME...")
-      ->delimiter(',')
+  command
+      .add_option_function<std::string>(
+          "--columns", [&options](const std::string& names) { options.columns = parts_of(names); },
+          "These lines alone, in this order")
+      ->type_name("NAME,NAME")
       ->excludes(all);
 }
 

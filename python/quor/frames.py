@@ -9,7 +9,7 @@ import numpy as np
 
 from . import _engine
 from .arrays import Array
-from .errors import Finding, note
+from .errors import Finding, note, warn_of
 from .optional import (
     has_pandas, is_datetime_index, is_frame, is_index, is_multi_index, is_series, pd)
 from .protocols import adopted

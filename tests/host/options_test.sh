@@ -268,6 +268,8 @@ expect 0 'date        A  B
 2024-01-04  4  5' "$@" 'A:C;B:=C+1;' --all
 expect 0 'date        B  A
 2024-01-04  5  4' "$@" 'A:C;B:=C+1;' --columns b,A
+expect 0 'date        B
+2024-01-04  5' run -q -n 1 -e 'A:C;B:=C+1;' --columns B bars.csv
 misused '--columns BB: the script has no such line; did you mean B?' "$@" 'A:C;B:=C+1;' --columns A,BB
 # JSON and comma-separated values have one form of date.
 same "$(quor run bars.csv -q -e 'A:C;' --json -n 2 | grep dates)" '"dates":["2024-01-03","2024-01-04"],' 'dates in JSON'
