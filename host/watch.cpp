@@ -124,9 +124,14 @@ class Watch {
     values_.resize(columns_.size());
   }
 
-  /// Bars that are there at the start: of the past, so that nobody is told of their events. False
-  /// for an error.
-  bool begin_with(const std::vector<ReadBar>& bars) {
+  /// Bars that are there at the start: of the past, so that nobody is told of their events. Whether
+  /// the last of them is finished isn't known. False for an error.
+  bool begin_with(std::vector<ReadBar> bars) {
+    if (options_.finished_alone) {
+      held_ = std::move(bars.back());
+      bars.pop_back();
+      if (bars.empty()) return true;
+    }
     for (const ReadBar& bar : bars) {
       take_in(bar);
       if (is_whole_) history_.put(bar);
@@ -310,18 +315,22 @@ class Watcher {
       return;
     }
     watch_.emplace(options_, script_, about_, reader_.fields(), references_);
-    const std::vector<ReadBar> first = std::exchange(first_, {});
-    bool goes_on = true;
-    if (input_.is_file()) {
-      goes_on = watch_->begin_with(first);
-      if (is_watched()) {
-        note(std::to_string(first.size()) + (first.size() == 1 ? " bar" : " bars") +
-             " so far; waiting for more, Ctrl-C ends");
-      }
-    } else {
-      for (size_t i = 0; i < first.size() && goes_on; ++i) goes_on = watch_->take(first[i]);
+    if (!take_first()) status_ = exit_failure;
+  }
+
+  /// Those of a file are of the past, those of a pipe come now. False for an error.
+  bool take_first() {
+    std::vector<ReadBar> first = std::exchange(first_, {});
+    if (!input_.is_file()) {
+      return std::ranges::all_of(first, [this](const ReadBar& bar) { return watch_->take(bar); });
     }
-    if (!goes_on) status_ = exit_failure;
+    const size_t count = first.size();
+    if (!watch_->begin_with(std::move(first))) return false;
+    if (is_watched()) {
+      note(std::to_string(count) + (count == 1 ? " bar" : " bars") +
+           " so far; waiting for more, Ctrl-C ends");
+    }
+    return true;
   }
 
   void tell_what_lacks() const {

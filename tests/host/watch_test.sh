@@ -149,6 +149,23 @@ if [ -z "$emulator" ]; then
 signal  2024-01-05  row 3  BK
 2024-01-08,1' 'a file that grows, and Ctrl-C'
 
+  # Whether the last bar of a file is finished isn't known.
+  printf 'date,close\n2024-01-02,1\n2024-01-03,2\n2024-01-04,3\n' >grow.csv
+  : >out
+  "$program" watch -e 'A:C;C>REF(C,1),BK;' grow.csv -q --csv --finished >out 2>&1 &
+  watch=$!
+  wait_for out 2024-01-03
+  printf '2024-01-04,4\n2024-01-05,5\n' >>grow.csv
+  wait_for out 2024-01-04
+  wait_for out signal
+  kill "$watch"
+  wait "$watch"
+  same "$? $(cat out)" '0 date,A
+2024-01-02,1
+2024-01-03,2
+2024-01-04,4
+signal  2024-01-04  row 2  BK' 'finished bars of a file, and a polite kill'
+
   for end in 'rm' 'mv -f other.csv' 'cp short.csv'; do
     printf 'date,close\n2024-01-02,1\n2024-01-03,2\n' | tee grow.csv >other.csv
     head -n 1 grow.csv >short.csv
