@@ -14,7 +14,7 @@
 namespace quor {
 
 template <typename T>
-constexpr T square(T value) {
+constexpr T square(const T& value) {
   return value * value;
 }
 

@@ -10,14 +10,11 @@
 #include "core/columns.h"
 #include "core/data_table.h"
 #include "functions/averaging.h"
+#include "functions/lanes.h"
 #include "functions/series.h"
 #include "functions/word_steps.h"
 
 namespace quor {
-
-/// The values of two rows side by side: windows of neighbouring rows are reduced in one go, each
-/// in its own order, so that both results are those of one window after the other.
-using Pair [[gnu::vector_size(16)]] = double;
 
 /// A window that lies whole in its column.
 struct PlainWindow {
@@ -30,15 +27,16 @@ struct PlainWindow {
   double operator[](size_t i) const { return values[i]; }
 };
 
-/// The windows of two neighbouring rows.
-struct PairedWindow {
-  using Number = Pair;
+/// The windows of neighbouring rows. With `fused` their divisions are `fused_quotient`.
+template <typename Part, bool fused>
+struct LaneWindow {
+  using Number = Lanes<Part>;
   const double* values;  ///< of the first one
   size_t count;
 
   size_t size() const { return count; }
   bool empty() const { return count == 0; }
-  Pair operator[](size_t i) const { return Pair{values[i], values[i + 1]}; }
+  Number operator[](size_t i) const { return lanes_at<Part>(values + i); }
 };
 
 template <typename W>
@@ -49,12 +47,24 @@ template <>
 struct NumberOf<Window> {
   using type = double;
 };
-/// What a reduction of such a window works with: a number, or two side by side.
+/// What a reduction of such a window works with: a number, or one for each of its rows.
 template <typename W>
 using Number = typename NumberOf<W>::type;
 
-inline double absolute(double value) { return std::fabs(value); }
-inline Pair absolute(Pair values) { return Pair{std::fabs(values[0]), std::fabs(values[1])}; }
+template <typename W>
+inline constexpr bool is_fused = false;
+template <typename Part>
+inline constexpr bool is_fused<LaneWindow<Part, true>> = true;
+
+/// x / d for the numbers of a window. A fused one has no zero below 0, which sums don't show.
+template <typename W>
+Number<W> quotient(const Number<W>& x, Divisor d) {
+  if constexpr (is_fused<W>) {
+    return fused_quotient(x, d);
+  } else {
+    return x / d.value;
+  }
+}
 
 /// From which row on a window word of N bars has a value.
 enum class Gate : uint8_t {
@@ -89,21 +99,47 @@ inline const double* series_over(const ColumnCall& call, size_t position, Series
   return column == -1 ? nullptr : call.cells(column);
 }
 
+/// Rows of windows of one length, one after the other.
+struct WindowRows {
+  const double* window;  ///< of the first row
+  size_t count;
+  size_t rows;
+  double* results;
+};
+
+/// Takes as many rows as there are lanes at a time; some are left.
+template <typename W, typename Reduce>
+void reduce_lanes(const Reduce& reduce, WindowRows& left) {
+  constexpr size_t lanes = Number<W>::count;
+  for (; left.rows >= lanes; left.rows -= lanes, left.window += lanes, left.results += lanes) {
+    const Number<W> reduced = reduce(W{left.window, left.count});
+    for (size_t i = 0; i < lanes; ++i) left.results[i] = reduce.finish(reduced[i]);
+  }
+}
+
+template <typename Reduce>
+QUOR_FUSED void reduce_fused_lanes(const Reduce& reduce, WindowRows& left) {
+  reduce_lanes<LaneWindow<Quad, true>>(reduce, left);
+}
+
 /// What `reduce` makes of the windows of `count` values that end at the rows of the block.
 template <typename Reduce>
 void reduce_rows(const Reduce& reduce, const double* series, Block rows, size_t count,
                  double* results) {
   const double* window = series + rows.first - (static_cast<ptrdiff_t>(count) - 1);
-  const size_t size = rows.size();
-  size_t i = 0;
-  if constexpr (Reduce::in_pairs) {
-    for (; i + 1 < size; i += 2, window += 2) {
-      const Pair pair = reduce(PairedWindow{window, count});
-      results[i] = reduce.finish(pair[0]);
-      results[i + 1] = reduce.finish(pair[1]);
+  WindowRows left{window, count, rows.size(), results};
+  if constexpr (Reduce::in_lanes) {
+    if constexpr (requires { Reduce::longest_fused; }) {
+      if (can_fuse() && count <= Reduce::longest_fused &&
+          are_moderate(window, count - 1 + rows.size())) {
+        reduce_fused_lanes(reduce, left);
+      }
     }
+    reduce_lanes<LaneWindow<Pair, false>>(reduce, left);
   }
-  for (; i < size; ++i, ++window) results[i] = reduce.finish(reduce(PlainWindow{window, count}));
+  for (; left.rows > 0; --left.rows, ++left.window, ++left.results) {
+    *left.results = reduce.finish(reduce(PlainWindow{left.window, left.count}));
+  }
 }
 
 /// What a word of X and N does around the reduction of its windows.
@@ -128,8 +164,8 @@ inline int32_t store_at(SeriesPlace place, const Call& call, Variable& argument,
   }
 }
 
-/// A word of X and N. `Reduce` is made of N, takes a window of one or of two rows at once (with
-/// `in_pairs`), and finishes the number of each row.
+/// A word of X and N. `Reduce` is made of N, takes a window of one row or of several at once (with
+/// `in_lanes`), and finishes the number of each row.
 template <typename Reduce, WindowRule rule>
 class OverWindow : public BaseFunc {
  public:

@@ -75,7 +75,7 @@ class SUM final : public BaseFunc {
 
  private:
   struct PlainSum {
-    static constexpr bool in_pairs = true;
+    static constexpr bool in_lanes = true;
     template <typename W>
     Number<W> operator()(const W& window) const {
       Number<W> sum{};

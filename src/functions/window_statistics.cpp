@@ -1,5 +1,6 @@
 // Words that reduce the last N values of one or two series to a number. The series are read in
 // place from columns, oldest value first.
+#include <array>
 #include <cmath>
 
 #include "core/call.h"
@@ -31,8 +32,30 @@ double running_mean(const W& window) {
 }
 
 double zero_unless_null(double value) { return is_null(value) ? value : 0.0; }
-Pair zero_unless_null(Pair values) {
-  return Pair{zero_unless_null(values[0]), zero_unless_null(values[1])};
+template <typename Part>
+Lanes<Part> zero_unless_null(const Lanes<Part>& lanes) {
+  return each_lane(lanes, [](double value) { return zero_unless_null(value); });
+}
+
+/// j * (j+1), which the sum of squares divides by at place j.
+constexpr auto place_divisors = [] {
+  std::array<Divisor, 512> divisors{};
+  for (size_t j = 1; j < divisors.size(); ++j) {
+    const auto product = static_cast<double>(j * (j + 1));
+    divisors[j] = {product, 1.0 / product};
+  }
+  return divisors;
+}();
+
+/// A sum's part at place j of a window: over j * (j+1).
+template <typename W>
+Number<W> over_place(const Number<W>& square, size_t j) {
+  if constexpr (is_fused<W>) {
+    return fused_quotient(square, place_divisors[j]);
+  } else {
+    const auto before = static_cast<double>(j);
+    return square / ((before + 1.0) * before);
+  }
 }
 
 /// The sum of the squared distances from the mean, in one pass: value j adds
@@ -44,17 +67,16 @@ Number<W> squared_distances(const W& window) {
   // A null alone in its window has no distance; in a longer one it spreads by the total.
   Number<W> sum = zero_unless_null(window[0]);
   for (size_t j = 1; j < window.size(); ++j) {
-    const auto before = static_cast<double>(j);
-    const double count = before + 1.0;
-    total += window[j];
-    sum += square(count * window[j] - total) / (count * before);
+    const Number<W> value = window[j];
+    total += value;
+    sum += over_place<W>(square(value * static_cast<double>(j + 1) - total), j);
   }
   return sum;
 }
 
 /// Most reductions have nothing to be made once per N.
 struct PlainReduction {
-  static constexpr bool in_pairs = true;
+  static constexpr bool in_lanes = true;
   explicit PlainReduction(int32_t) {}
   static Status scan(const Call& call) { return scan_period(call, 2, 1); }
   static double finish(double value) { return value; }
@@ -62,6 +84,7 @@ struct PlainReduction {
 
 struct SampleVariance : PlainReduction {
   using PlainReduction::PlainReduction;
+  static constexpr size_t longest_fused = place_divisors.size();
   template <typename W>
   Number<W> operator()(const W& window) const {
     if (window.size() < 2) return Number<W>{} + null_value;
@@ -71,6 +94,7 @@ struct SampleVariance : PlainReduction {
 
 struct PopulationVariance : PlainReduction {
   using PlainReduction::PlainReduction;
+  static constexpr size_t longest_fused = place_divisors.size();
   template <typename W>
   Number<W> operator()(const W& window) const {
     return squared_distances(window) / size_of(window);
@@ -85,7 +109,7 @@ struct Deviation : Variance {
 
 struct SquaresAboutMean : PlainReduction {
   using PlainReduction::PlainReduction;
-  static constexpr bool in_pairs = false;
+  static constexpr bool in_lanes = false;
   template <typename W>
   double operator()(const W& window) const {
     const double mean = running_mean(window);
@@ -99,21 +123,22 @@ struct SquaresAboutMean : PlainReduction {
 /// which they make null.
 struct MeanAbsoluteDeviation : PlainReduction {
   using PlainReduction::PlainReduction;
+  static constexpr size_t longest_fused = INT32_MAX;
   static Status scan(const Call& call) { return scan_unchecked_period(call, 2, 1); }
   template <typename W>
   Number<W> operator()(const W& window) const {
-    const double size = size_of(window);
+    const Divisor size{size_of(window), 1.0 / size_of(window)};
     Number<W> mean{};
-    for (size_t i = 0; i < window.size(); ++i) mean += window[i] / size;
+    for (size_t i = 0; i < window.size(); ++i) mean += quotient<W>(window[i], size);
     Number<W> sum{};
-    for (size_t i = 0; i < window.size(); ++i) sum += absolute(window[i] - mean) / size;
+    for (size_t i = 0; i < window.size(); ++i) sum += quotient<W>(absolute(window[i] - mean), size);
     return sum;
   }
 };
 
 struct ExcessKurtosis : PlainReduction {
   using PlainReduction::PlainReduction;
-  static constexpr bool in_pairs = false;
+  static constexpr bool in_lanes = false;
   template <typename W>
   double operator()(const W& window) const {
     RunningStatistics moments;
@@ -153,7 +178,7 @@ double sum_up_to(int64_t n) {
 /// and from 0 in their mean.
 class RegressionSlope {
  public:
-  static constexpr bool in_pairs = true;
+  static constexpr bool in_lanes = true;
   static Status scan(const Call& call) { return scan_period(call, 2, 1); }
   static double finish(double slope) { return slope; }
 

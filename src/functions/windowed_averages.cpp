@@ -18,7 +18,7 @@ namespace {
 /// window has.
 class WeightedMean {
  public:
-  static constexpr bool in_pairs = true;
+  static constexpr bool in_lanes = true;
 
   explicit WeightedMean(int32_t n)
       : weights_(static_cast<double>((int64_t{n} + 1) * int64_t{n}) * 0.5) {}

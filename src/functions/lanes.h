@@ -1,0 +1,149 @@
+// Rows of a window word side by side: windows that end at neighbouring rows are reduced in one go,
+// each in its own order, so that every result is that of one window after the other.
+#pragma once
+
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+#include <utility>
+
+#ifndef __clang__
+// Lanes are handed over inside the library alone, whose compiler is one.
+#pragma GCC diagnostic ignored "-Wpsabi"
+#endif
+
+namespace quor {
+
+/// Numbers that the processor takes at once. Any has the smaller one.
+using Pair [[gnu::vector_size(16)]] = double;
+using Quad [[gnu::vector_size(32)]] = double;
+
+/// A number for each of some neighbouring rows. Four parts keep the processor busy while each waits
+/// for its own last sum.
+template <typename Part>
+struct Lanes {
+  static constexpr size_t part_size = sizeof(Part) / sizeof(double);
+  static constexpr size_t count = 4 * part_size;
+
+  Part parts[4];
+
+  double operator[](size_t i) const { return parts[i / part_size][i % part_size]; }
+};
+
+template <typename Part, typename Change>
+Lanes<Part> each_part(const Change& change) {
+  return {change(0), change(1), change(2), change(3)};
+}
+
+template <typename Part>
+Lanes<Part> lanes_at(const double* values) {
+  return each_part<Part>([values](size_t i) {
+    Part part;
+    std::memcpy(&part, values + i * Lanes<Part>::part_size, sizeof(Part));
+    return part;
+  });
+}
+
+template <typename Part>
+Lanes<Part> operator+(const Lanes<Part>& a, const Lanes<Part>& b) {
+  return each_part<Part>([&](size_t i) { return a.parts[i] + b.parts[i]; });
+}
+template <typename Part>
+Lanes<Part> operator+(const Lanes<Part>& a, double b) {
+  return each_part<Part>([&](size_t i) { return a.parts[i] + b; });
+}
+template <typename Part>
+Lanes<Part> operator-(const Lanes<Part>& a, const Lanes<Part>& b) {
+  return each_part<Part>([&](size_t i) { return a.parts[i] - b.parts[i]; });
+}
+template <typename Part>
+Lanes<Part> operator*(const Lanes<Part>& a, const Lanes<Part>& b) {
+  return each_part<Part>([&](size_t i) { return a.parts[i] * b.parts[i]; });
+}
+template <typename Part>
+Lanes<Part> operator*(const Lanes<Part>& a, double b) {
+  return each_part<Part>([&](size_t i) { return a.parts[i] * b; });
+}
+template <typename Part>
+Lanes<Part> operator*(double a, const Lanes<Part>& b) {
+  return b * a;
+}
+template <typename Part>
+Lanes<Part> operator/(const Lanes<Part>& a, double b) {
+  return each_part<Part>([&](size_t i) { return a.parts[i] / b; });
+}
+template <typename Part>
+Lanes<Part>& operator+=(Lanes<Part>& a, const Lanes<Part>& b) {
+  return a = a + b;
+}
+
+/// What `change` makes of each number.
+template <typename Part, typename Change>
+Lanes<Part> each_lane(const Lanes<Part>& lanes, const Change& change) {
+  return each_part<Part>([&](size_t i) {
+    const Part& part = lanes.parts[i];
+    return [&]<size_t... place>(std::index_sequence<place...>) {
+      return Part{change(part[place])...};
+    }
+    (std::make_index_sequence<Lanes<Part>::part_size>());
+  });
+}
+
+inline double absolute(double value) { return std::fabs(value); }
+template <typename Part>
+Lanes<Part> absolute(const Lanes<Part>& lanes) {
+  return each_lane(lanes, [](double value) { return std::fabs(value); });
+}
+
+/// Whole divisors and their reciprocals.
+struct Divisor {
+  double value;
+  double reciprocal;
+};
+
+/// x / d, by a multiplication and one correction; x and d are `is_moderate`, d is whole.
+///
+/// With r the reciprocal of d as a double, q = x * r is less than two units of its last place from
+/// x/d, so that x - q*d is exact, and q + (x - q*d) * r misses x/d by less than 2^-51 of such a
+/// unit before it is rounded, once. That rounding is the one of x/d unless a midpoint of two
+/// doubles lies between. It doesn't: x/d is never a midpoint, which has a bit more than any x that
+/// d divides, and differs from one by a 2d-th of the unit at least.
+template <typename Part>
+Lanes<Part> fused_quotient(const Lanes<Part>& x, Divisor d) {
+  return each_lane(x, [d](double value) {
+    const double quotient = value * d.reciprocal;
+    const double rest = __builtin_fma(-quotient, d.value, value);
+    return __builtin_fma(rest, d.reciprocal, quotient);
+  });
+}
+
+/// Whether sums of the values, their differences and the squares of these stay where no bit is lost
+/// at either end of the doubles: all are zeros or of a middling size. A null isn't.
+inline bool are_moderate(const double* values, size_t count) {
+  constexpr double least = 0x1p-300;
+  constexpr double most = 0x1p300;
+  bool all = true;
+  for (size_t i = 0; i < count; ++i) {
+    const double size = std::fabs(values[i]);
+    all &= (size == 0.0) | ((size >= least) & (size <= most));
+  }
+  return all;
+}
+
+#if defined(__x86_64__) && !defined(__clang__)
+/// For a function that runs only where `can_fuse`: everything that it calls is compiled into it for
+/// such processors.
+#define QUOR_FUSED [[gnu::target("avx2,fma"), gnu::flatten]]
+inline bool can_fuse() {
+  static const bool can = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
+  return can;
+}
+#elif defined(__aarch64__)
+#define QUOR_FUSED
+constexpr bool can_fuse() { return true; }
+#else
+#define QUOR_FUSED
+constexpr bool can_fuse() { return false; }
+#endif
+
+}  // namespace quor
