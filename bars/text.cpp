@@ -5,7 +5,6 @@
 #include <charconv>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <istream>
 #include <system_error>
 #include <utility>
@@ -14,16 +13,6 @@
 
 namespace quor_bars {
 namespace {
-
-/// The bytes behind the mark that some editors put in front of UTF-8.
-std::string without_byte_order_mark(std::string bytes, const std::string& name) {
-  constexpr std::string_view utf8_mark = "\xEF\xBB\xBF";
-  if (bytes.starts_with(utf8_mark)) bytes.erase(0, utf8_mark.size());
-  if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) {
-    throw ReadError(name + ": the text is UTF-16; save it as UTF-8");
-  }
-  return bytes;
-}
 
 struct Packed {
   std::string_view mark;  ///< how such a file begins
@@ -89,13 +78,22 @@ std::string read_stream(std::istream& stream, const std::string& name) {
     bytes.resize(known + static_cast<size_t>(stream.gcount()));
   }
   if (stream.bad()) throw ReadError(name + ": can't be read");
+  bytes.erase(0, bytes.size() - beginning_of_text(bytes, name).size());
+  return bytes;
+}
+
+std::string_view beginning_of_text(std::string_view bytes, const std::string& name) {
   refuse_packed(bytes, name);
-  bytes = without_byte_order_mark(std::move(bytes), name);
+  constexpr std::string_view utf8_mark = "\xEF\xBB\xBF";
+  if (bytes.starts_with(utf8_mark)) bytes.remove_prefix(utf8_mark.size());
+  if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) {
+    throw ReadError(name + ": the text is UTF-16; save it as UTF-8");
+  }
   if (bytes.empty()) throw ReadError(name + ": is empty");
   return bytes;
 }
 
-std::string read_file(const std::string& path) {
+std::ifstream open_file(const std::string& path) {
   const std::filesystem::path name(std::u8string(path.begin(), path.end()));
   std::error_code error;
   const std::filesystem::file_status status = std::filesystem::status(name, error);
@@ -111,6 +109,11 @@ std::string read_file(const std::string& path) {
     const std::string reason = errno == 0 ? "" : ": " + std::generic_category().message(errno);
     throw ReadError(path + ": can't be opened" + reason);
   }
+  return file;
+}
+
+std::string read_file(const std::string& path) {
+  std::ifstream file = open_file(path);
   return read_stream(file, path);
 }
 

@@ -120,14 +120,13 @@ Answer cancel(Desk& desk, const Securities& /*securities*/, const Request& /*req
 Answer export_csv(Desk& desk, const Securities& /*securities*/, const Request& /*request*/) {
   const Turn turn(desk);
   if (!desk.run || desk.row_count() == 0) throw Refusal(409, "there are no lines to export");
-  Results results;
-  results.keys = desk.bars().keys;
+  Table table;
+  table.keys = desk.bars().keys;
   for (const auto& line : desk.run->script().lines()) {
-    const auto cells = desk.run->column(line.column);
-    results.lines.push_back({line.name, line.column, {cells.begin(), cells.end()}});
+    table.lines.push_back({line.name, desk.run->column(line.column)});
   }
   std::ostringstream out;
-  print_csv(out, results, all);
+  print_csv(out, table);
   return {200,
           "text/csv; charset=utf-8",
           std::move(out).str(),
