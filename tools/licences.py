@@ -15,7 +15,7 @@ TARGETS = {
     "simdjson": "simdjson",
     "decimals": "fast_float",
     "mathematics": "musl",
-    "csv": "libcsv",
+    "ZLIB": "zlib",
     "http": "cpp-httplib",
     "nlohmann_json": "nlohmann-json",
     "CLI11": "CLI11",

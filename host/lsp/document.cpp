@@ -2,8 +2,9 @@
 
 #include <utility>
 
-#include "../session.h"
 #include "advice/advice.h"
+#include "advice/parameters.h"
+#include "engine/engine.h"
 
 namespace quor_lsp {
 namespace {
@@ -12,10 +13,12 @@ std::string compile(std::string_view script, const Settings& settings) {
   // A script may read any period that is longer than that of its bars: while nobody has said how
   // long they are, they are as short as can be.
   constexpr int32_t one_second = 0x3101;
-  quor_host::Subject subject;
-  subject.period = static_cast<uint32_t>(settings.period == 0 ? one_second : settings.period);
-  const quor_host::Session session(subject, {});
-  return session.compile(script, settings.parameters, {});
+  quor::engine::Settings all;
+  all.subject.period = static_cast<uint32_t>(settings.period == 0 ? one_second : settings.period);
+  for (const auto& [name, value] : quor_advice::read_parameters(settings.parameters)) {
+    all.parameters.emplace_back(name, value);
+  }
+  return quor::engine::Script(std::string(script), all).report().text;
 }
 
 }  // namespace

@@ -71,8 +71,9 @@ TEST_F(SessionTest, lines_are_those_of_the_command_line) {
     const Json answer = run(session, text);
     ASSERT_TRUE(answer["sound"]) << sample["name"];
     folder.write("script.quor", text);
-    const Outcome outcome = run_quor({"run", folder.path("script.quor"), "--csv", "--period", "day",
-                                      "--bars", QUOR_SAMPLES "/index-daily.csv"});
+    const Outcome outcome =
+        run_quor({"run", folder.path("script.quor"), "--csv", "--all", "--period", "day", "--bars",
+                  QUOR_SAMPLES "/index-daily.csv"});
     const std::string csv = studio.get(session + "/export.csv").body;
     ASSERT_FALSE(csv.empty());
     EXPECT_TRUE(outcome.output.ends_with(csv)) << sample["name"];
