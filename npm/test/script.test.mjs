@@ -64,7 +64,10 @@ describe('a script', () => {
       () => quor.compile('A:EMMA(C,5);\nB:C;\nD:MA(C);'),
       (error) => {
         const places = error.errors.map(({ code, line }) => [code, line]);
-        assert.deepEqual(places, [[2, 1], [7, 3]]);
+        assert.deepEqual(places, [
+          [2, 1],
+          [7, 3],
+        ]);
         assert.match(error.message, /nothing defines EMMA.*\n3:3: error: MA takes 2 arguments/);
         return true;
       },
