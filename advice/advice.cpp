@@ -94,8 +94,21 @@ class Adviser {
     is_incomplete_ = true;
     rest_ = std::move(all.rest);
     reading_ = read_script(rest_, input_.parameters);
+    note_stand_ins();
     failure_ = all.last;
     failed_at_ = noted_.back().problem.place.begin;
+  }
+
+  /// The statements of the rest that aren't the author's.
+  void note_stand_ins() {
+    for (const Statement& statement : reading_.statements) {
+      if (statement.tokens.empty()) continue;
+      const size_t begin = statement.tokens.front().begin;
+      const size_t end = reading_.scan.slots[statement.number].end;
+      const bool is_own =
+          input_.script.substr(begin, end - begin) == reading_.script.substr(begin, end - begin);
+      if (!is_own) reading_.stand_ins.insert(statement.number);
+    }
   }
 
   /// Where a quote is open or the end is missing, what follows can't be read. Of the statement that

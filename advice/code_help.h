@@ -8,7 +8,7 @@
 
 namespace quor_advice {
 
-/// The texts are plain English, without markup, and live as long as the program.
+/// The texts are plain English, without markup, end in a zero, and live as long as the program.
 struct CodeHelp {
   int64_t code = 0;
   std::string_view meaning;  ///< "a quote is left open"; no capital at its start, no full stop

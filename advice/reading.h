@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -73,7 +74,8 @@ struct Reading {
   std::map<std::string, double, std::less<>> constants;  ///< parameters and CONST
   std::map<std::string, size_t, std::less<>> lines;      ///< name to the statement that declares it
   std::map<std::string, double, std::less<>> constant_lines;  ///< lines of one value
-  bool has_seconds = false;  ///< bars come by the second, so that TIME is HHMMSS
+  std::set<size_t> stand_ins;  ///< statements written for faulty ones: their values tell nothing
+  bool has_seconds = false;    ///< bars come by the second, so that TIME is HHMMSS
 
   std::vector<size_t> line_starts;  ///< offsets
 

@@ -19,7 +19,9 @@ class Scanner {
       script_.slots.push_back({std::move(current_), end_place(), false});
       script_.is_unfinished = true;
     }
+    script_.ends_well = last_ == ';' || last_ == '\n' || text_.bytes.empty();
     if (in_comment_ && !in_line_comment_) script_.open_comment = comment_begin_;
+    if (in_comment_) script_.asides.push_back({comment_begin_, end_place()});
     return std::move(script_);
   }
 
@@ -100,6 +102,7 @@ class Scanner {
     } else {
       script_.stray_ends.push_back(place());
     }
+    script_.asides.push_back({in_comment_ ? comment_begin_ : place(), place() + size});
     in_comment_ = false;
     at_ += size;
   }
@@ -125,7 +128,10 @@ class Scanner {
   }
 
   void end_line() {
-    if (in_comment_ && in_line_comment_) in_comment_ = in_line_comment_ = false;
+    if (in_comment_ && in_line_comment_) {
+      script_.asides.push_back({comment_begin_, place()});
+      in_comment_ = in_line_comment_ = false;
+    }
     if (!in_comment_ && last_ == ';') {
       last_ = '\n';
     } else if (current_.bytes.empty()) {

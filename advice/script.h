@@ -34,14 +34,23 @@ struct Comment {
   size_t end = 0;    ///< offset of its closing mark
 };
 
+/// What stands in a script and isn't read: a comment of any kind with its marks, up to the end of
+/// its line or of the script if these end it; or a closing mark outside of comments.
+struct Aside {
+  size_t begin = 0;
+  size_t end = 0;
+};
+
 struct ScannedScript {
   std::vector<Slot> slots;  ///< by the number under which the library reports errors
   std::vector<Quoted> quoted;
   std::vector<Comment> comments;            ///< the closed ones
+  std::vector<Aside> asides;                ///< all that isn't read
   std::vector<size_t> stray_ends;           ///< offsets of closing marks outside of comments
   std::optional<size_t> open_comment;       ///< where a block comment opens that nothing closes
   std::optional<size_t> half_line_comment;  ///< a "//" behind half a statement, which ends the scan
   bool is_unfinished = false;               ///< the last statement has no ";"
+  bool ends_well = true;  ///< false where the library misses the end of the last statement
 };
 
 ScannedScript scan_script(std::string_view script);

@@ -122,6 +122,7 @@ class Judge {
 
   Gives of_line(size_t number) const {
     if (number >= statement_.number || depth_ >= deepest) return Gives::unknown;
+    if (reading_.stand_ins.contains(number)) return Gives::unknown;
     const Statement& line = reading_.statements[number];
     return Judge(reading_, line, depth_ + 1).judge(line.expression);
   }

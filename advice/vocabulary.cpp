@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <span>
 #include <utility>
 
 #include "letters.h"
+#include "src/tables/colours.h"
 #include "src/tables/fields.h"
 #include "word_help.h"
 
@@ -21,11 +23,6 @@ constexpr std::string_view quote_fields[] = {
     "BIDVOL2",   "BIDVOL3",  "BIDVOL4", "BIDVOL5",  "ASK1",     "ASK2",          "ASK3",
     "ASK4",      "ASK5",     "ASKVOL1", "ASKVOL2",  "ASKVOL3",  "ASKVOL4",       "ASKVOL5"};
 
-constexpr std::string_view colours[] = {
-    "COLORRED",     "COLORLIRED",  "COLORGREEN", "COLORLIGREEN", "COLORBLUE", "COLORLIBLUE",
-    "COLORMAGENTA", "COLORYELLOW", "COLORCYAN",  "COLORGRAY",    "COLORGREY", "COLORLIGRAY",
-    "COLORLIGREY",  "COLORBLACK",  "COLORWHITE", "COLORAUTO"};
-
 constexpr std::string_view plain_styles[] = {
     "SOLIDLINE", "DASHLINE",   "DASH",       "DOTLINE",  "DOT",        "DASHDOT",
     "POINTDOT",  "DASHDOTDOT", "NODRAW",     "NOTEXT",   "SOLID",      "HOLLOW",
@@ -36,14 +33,12 @@ struct NumberedStyle {
   std::string_view front;
   int least;
   int most;
-  std::string_view told;  ///< the bounds within which they differ
+  int least_told;  ///< the bounds within which they differ
+  int most_told;
 };
 constexpr NumberedStyle numbered_styles[] = {
-    {"LINETHICK", 0, 9, "LINETHICK1 to LINETHICK9"},
-    {"PRECIS", 0, 6, "PRECIS0 to PRECIS6"},
-    {"ALIGN", 0, 2, "ALIGN0 to ALIGN2"},
-    {"VALIGN", 0, 2, "VALIGN0 to VALIGN2"},
-    {"FONTSIZE", 1, 99, "FONTSIZE8 to FONTSIZE72"},
+    {"LINETHICK", 0, 9, 1, 9}, {"PRECIS", 0, 6, 0, 6},     {"ALIGN", 0, 2, 0, 2},
+    {"VALIGN", 0, 2, 0, 2},    {"FONTSIZE", 1, 99, 8, 72},
 };
 
 constexpr std::string_view trade_words[] = {"BK", "BP", "SK", "SP", "BPK", "SPK", "CLOSEOUT"};
@@ -110,6 +105,16 @@ constexpr PeriodArgument periods[] = {
 
 bool contains(Words words, std::string_view word) {
   return std::ranges::find(words, word) != words.end();
+}
+
+const std::vector<std::string_view>& colour_words() {
+  static const std::vector<std::string_view> words = [] {
+    std::vector<std::string_view> all;
+    for (const quor::Colour& colour : quor::ColorBrushTable) all.push_back(colour.word);
+    all.emplace_back("COLORAUTO");
+    return all;
+  }();
+  return words;
 }
 
 bool is_in_range(std::string_view digits, const NumberedStyle& style) {
@@ -198,7 +203,7 @@ std::vector<std::string_view> words_of(Vocabulary vocabulary) {
     return words;
   }
   if (vocabulary != Vocabulary::expression) {
-    words.assign(std::begin(colours), std::end(colours));
+    words = colour_words();
     if (vocabulary == Vocabulary::colour) return words;
     words.insert(words.end(), std::begin(plain_styles), std::end(plain_styles));
     return words;
@@ -212,6 +217,42 @@ std::vector<std::string_view> words_of(Vocabulary vocabulary) {
 }
 
 }  // namespace
+
+std::vector<std::string_view> words_among(Vocabulary vocabulary) { return words_of(vocabulary); }
+
+std::optional<uint32_t> colour_code(std::string_view word) {
+  constexpr size_t digits = 6;
+  std::string_view text = word;
+  if (text.starts_with("COLOR")) text.remove_prefix(5);
+  const auto* const row = std::ranges::find(quor::ColorBrushTable, word, &quor::Colour::word);
+  if (row != std::end(quor::ColorBrushTable)) {
+    text = row->brush.substr(row->brush.size() - digits);
+  } else if (text.size() != digits || text.size() == word.size()) {
+    return std::nullopt;
+  }
+  uint32_t code = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + digits, code, 16);
+  if (error != std::errc() || end != text.data() + digits) return std::nullopt;
+  return code;
+}
+
+std::optional<std::string_view> word_of_colour(uint32_t code) {
+  for (const quor::Colour& colour : quor::ColorBrushTable) {
+    if (colour_code(colour.word) == code) return colour.word;
+  }
+  return std::nullopt;
+}
+
+std::vector<std::string> style_words() {
+  std::vector<std::string> words;
+  for (const std::string_view word : plain_styles) words.emplace_back(word);
+  for (const NumberedStyle& style : numbered_styles) {
+    for (int number = style.least_told; number <= style.most_told; ++number) {
+      words.push_back(std::string(style.front) + std::to_string(number));
+    }
+  }
+  return words;
+}
 
 bool is_function(std::string_view word) { return find_word_help(word) != nullptr; }
 
@@ -271,7 +312,9 @@ std::string bounds_of_style(std::string_view item) {
   const size_t letters = item.find_last_not_of("0123456789") + 1;
   const auto* const row =
       std::ranges::find(numbered_styles, item.substr(0, letters), &NumberedStyle::front);
-  return row == std::end(numbered_styles) ? std::string() : std::string(row->told);
+  if (row == std::end(numbered_styles)) return {};
+  const std::string front(row->front);
+  return front + std::to_string(row->least_told) + " to " + front + std::to_string(row->most_told);
 }
 
 bool is_style(std::string_view item) {
@@ -286,7 +329,7 @@ bool is_colour(std::string_view item) {
 }
 
 bool is_known_colour(std::string_view item) {
-  if (contains(colours, item)) return true;
+  if (contains(colour_words(), item)) return true;
   if (!item.starts_with("COLOR")) return false;
   const std::string_view digits = item.substr(5);
   return digits.size() >= 6 && digits.size() <= 8 && std::ranges::all_of(digits, is_hexadecimal);

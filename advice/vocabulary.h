@@ -51,6 +51,13 @@ bool is_style(std::string_view item);
 bool is_colour(std::string_view item);
 bool is_known_colour(std::string_view item);
 
+/// 0xRRGGBB of a colour word or of COLOR and six digits, in capitals; nothing for COLORAUTO.
+std::optional<uint32_t> colour_code(std::string_view word);
+std::optional<std::string_view> word_of_colour(uint32_t code);
+
+/// The style items that aren't colours, each of those with a number.
+std::vector<std::string> style_words();
+
 /// Which argument of a word is the number of bars that it looks at.
 struct PeriodArgument {
   std::string_view word;
@@ -62,6 +69,8 @@ const PeriodArgument* find_period(std::string_view word);
 
 /// Which words a nearest one is looked for among.
 enum class Vocabulary { expression, style, colour, quote, short_form, names };
+
+std::vector<std::string_view> words_among(Vocabulary vocabulary);
 
 /// The word of the vocabulary, or of `more`, that is fewest edits away; nothing if none is near.
 std::optional<std::string> nearest(std::string_view word, Vocabulary vocabulary,

@@ -79,9 +79,11 @@ class CallCheck {
       check_swapped(call, argument);
     } else if (run_ != nullptr && !run_->keys.empty() &&
                *value > static_cast<double>(run_->keys.size())) {
-      add(place_of(statement_, argument), "the period of " + word(call).text + " is " +
-                                              number_text(*value) + ", there are only " +
-                                              std::to_string(run_->keys.size()) + " bars");
+      const size_t bars = run_->keys.size();
+      const std::string there =
+          bars == 1 ? "there is only one bar" : "there are only " + std::to_string(bars) + " bars";
+      add(place_of(statement_, argument),
+          "the period of " + word(call).text + " is " + number_text(*value) + ", " + there);
     }
   }
 

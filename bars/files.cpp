@@ -18,12 +18,11 @@ std::string read_stream(std::istream& stream, const std::string& name) {
     bytes.resize(known + static_cast<size_t>(stream.gcount()));
   }
   if (stream.bad()) throw ReadError(name + ": can't be read");
-  require_plain_text(bytes, name);
-  if (bytes.starts_with(utf8_mark)) bytes.erase(0, utf8_mark.size());
+  bytes.erase(0, bytes.size() - beginning_of_text(bytes, name).size());
   return bytes;
 }
 
-std::string read_file(const std::string& path) {
+std::ifstream open_file(const std::string& path) {
   const std::filesystem::path name(std::u8string(path.begin(), path.end()));
   std::error_code error;
   const std::filesystem::file_status status = std::filesystem::status(name, error);
@@ -39,6 +38,11 @@ std::string read_file(const std::string& path) {
     const std::string reason = errno == 0 ? "" : ": " + std::generic_category().message(errno);
     throw ReadError(path + ": can't be opened" + reason);
   }
+  return file;
+}
+
+std::string read_file(const std::string& path) {
+  std::ifstream file = open_file(path);
   return read_stream(file, path);
 }
 

@@ -96,15 +96,6 @@ std::optional<uint32_t> period_of_distance(int64_t seconds) {
   return row->code;
 }
 
-int64_t seconds_of(int64_t key) {
-  const auto part = [key](int64_t unit) { return key / unit % 100; };
-  const std::chrono::year_month_day first{
-      std::chrono::year(static_cast<int>(key / 10000000000)),
-      std::chrono::month(static_cast<unsigned>(part(100000000))), std::chrono::day(1)};
-  const int64_t days = std::chrono::sys_days(first).time_since_epoch().count() + part(1000000) - 1;
-  return ((days * 24 + part(10000)) * 60 + part(100)) * 60 + part(1);
-}
-
 }  // namespace
 
 std::optional<uint32_t> parse_period(std::string_view text) {
@@ -135,8 +126,43 @@ std::string period_text(uint32_t code) {
   return "0x" + std::string(digits.data(), end);
 }
 
+int64_t seconds_of(int64_t key) {
+  const auto part = [key](int64_t unit) { return key / unit % 100; };
+  const std::chrono::year_month_day first{
+      std::chrono::year(static_cast<int>(key / 10000000000)),
+      std::chrono::month(static_cast<unsigned>(part(100000000))), std::chrono::day(1)};
+  const int64_t days = std::chrono::sys_days(first).time_since_epoch().count() + part(1000000) - 1;
+  return ((days * 24 + part(10000)) * 60 + part(100)) * 60 + part(1);
+}
+
+int64_t end_of_period(int64_t seconds, uint32_t code) {
+  constexpr uint32_t first_second = 0x3101;
+  constexpr uint32_t one_minute = 0x3000;
+  constexpr uint32_t one_week = 0x5000;
+  constexpr uint32_t one_month = 0x6000;
+  constexpr uint32_t one_year = 0x7000;
+  if (code < period_of_a_day) {
+    if (code >= first_second) return seconds + (code - (first_second - 1));
+    return seconds + 60 * int64_t{code == one_minute ? 1 : code - one_minute};
+  }
+  const std::chrono::sys_days date(std::chrono::days(seconds / day));
+  const auto second_of = [](std::chrono::sys_days first) {
+    return first.time_since_epoch().count() * day;
+  };
+  if (code < one_week) return second_of(date + std::chrono::days(1));
+  if (code < one_month) {
+    return second_of(date - (std::chrono::weekday(date) - std::chrono::Monday) +
+                     std::chrono::days(7));
+  }
+  const std::chrono::year_month_day parts(date);
+  const unsigned months = code >= one_year ? 12 : code == one_month + 3 ? 3 : 1;
+  const unsigned begun = (static_cast<unsigned>(parts.month()) - 1) / months * months + 1;
+  const auto next = parts.year() / std::chrono::month(begun) + std::chrono::months(months);
+  return second_of(next / std::chrono::day(1));
+}
+
 std::optional<uint32_t> infer_period(std::vector<int64_t> keys) {
-  std::ranges::sort(keys);
+  if (!std::ranges::is_sorted(keys)) std::ranges::sort(keys);
   std::map<uint32_t, size_t> counts;
   for (size_t i = 1; i < keys.size(); ++i) {
     const auto code = period_of_distance(seconds_of(keys[i]) - seconds_of(keys[i - 1]));

@@ -22,4 +22,12 @@ std::string period_text(uint32_t code);
 /// in the list; nothing for fewer than two bars and for distances of no known period.
 std::optional<uint32_t> infer_period(std::vector<int64_t> keys);
 
+/// A row key as seconds since 1970, on the clock of the bars.
+int64_t seconds_of(int64_t key);
+
+/// The first second behind the period in which a moment lies: behind the day, the week from Monday
+/// on, the month or the year of the calendar, and for a period within the day so long behind the
+/// moment itself.
+int64_t end_of_period(int64_t seconds, uint32_t code);
+
 }  // namespace quor_bars

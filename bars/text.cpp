@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "errors.h"
 
@@ -65,12 +66,15 @@ std::optional<double> short_number(std::string_view text) {
 
 }  // namespace
 
-void require_plain_text(std::string_view bytes, const std::string& name) {
+std::string_view beginning_of_text(std::string_view bytes, const std::string& name) {
   refuse_packed(bytes, name);
+  constexpr std::string_view utf8_mark = "\xEF\xBB\xBF";
+  if (bytes.starts_with(utf8_mark)) bytes.remove_prefix(utf8_mark.size());
   if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) {
     throw ReadError(name + ": the text is UTF-16; save it as UTF-8");
   }
-  if (bytes.empty() || bytes == utf8_mark) throw ReadError(name + ": is empty");
+  if (bytes.empty()) throw ReadError(name + ": is empty");
+  return bytes;
 }
 
 std::string to_upper(std::string_view text) {

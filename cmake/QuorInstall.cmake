@@ -5,14 +5,16 @@ include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/quor_parser)
 set(doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/quor-parser)
 
-install(TARGETS quor_parser EXPORT quor_parser
+install(TARGETS quor_parser quor_advice_shared EXPORT quor_parser
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT library
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
-install(FILES include/quor_parser.h include/quor_parser.hpp
+install(FILES include/quor_parser.h include/quor_parser.hpp include/quor_advice.h
+  include/quor_advice.hpp
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
-if(QUOR_IMPORT_LIBRARY)
-  install(FILES ${QUOR_IMPORT_LIBRARY}
+get_property(import_libraries GLOBAL PROPERTY QUOR_IMPORT_LIBRARIES)
+if(import_libraries)
+  install(FILES ${import_libraries}
     DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 endif()
 if(TARGET quor)
@@ -30,14 +32,16 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/quor_parser-config-version.cmake
 install(EXPORT quor_parser NAMESPACE quor:: FILE quor_parser-config.cmake
   DESTINATION ${package_dir} COMPONENT development)
 
-# quor_parser.pc for everything else, with paths that start from where the file lies.
+# quor_parser.pc and quor_advice.pc for everything else, with paths that start from where the file lies.
 file(RELATIVE_PATH pc_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" pc_prefix ${pc_prefix})
 file(RELATIVE_PATH pc_libdir ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
 file(RELATIVE_PATH pc_includedir ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
-configure_file(cmake/quor_parser.pc.in quor_parser.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/quor_parser.pc
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+foreach(name IN ITEMS parser advice)
+  configure_file(cmake/quor_${name}.pc.in quor_${name}.pc @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/quor_${name}.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+endforeach()
 
 # The texts keep their places relative to each other, so that their links hold.
 install(FILES CHANGELOG.md LICENCE DESTINATION ${doc_dir} COMPONENT development)

@@ -1,5 +1,5 @@
 # The libraries that are linked in, so that what is built needs them nowhere: simdjson::simdjson,
-# decimals::decimals, mathematics::mathematics, csv::csv and http::http. One script builds them for every
+# decimals::decimals, mathematics::mathematics and http::http. One script builds them for every
 # system, when they are missing or when it has changed.
 set(QUOR_LIBRARIES "" CACHE PATH
   "Prefix of all of them; if empty, tools/libraries.sh builds them from Debian's sources")
@@ -34,17 +34,12 @@ find_path(decimals_include fast_float/fast_float.h PATH_SUFFIXES include ${there
 add_library(decimals::decimals INTERFACE IMPORTED)
 set_target_properties(decimals::decimals PROPERTIES INTERFACE_INCLUDE_DIRECTORIES ${decimals_include})
 
-# What reads files of bars.
-find_path(csv_include csv.h PATH_SUFFIXES include ${there})
-find_library(csv_library csv PATH_SUFFIXES lib lib/${CMAKE_LIBRARY_ARCHITECTURE} ${there})
-add_library(csv::csv UNKNOWN IMPORTED)
-set_target_properties(csv::csv PROPERTIES
-  IMPORTED_LOCATION ${csv_library} INTERFACE_INCLUDE_DIRECTORIES ${csv_include})
-
-# Headers, of which only the studio has use, and its page.
-if(WASI OR (QUOR_BUILD_HOST AND QUOR_BUILD_STUDIO))
+# What the host and the studio write JSON by.
+if(WASI OR QUOR_BUILD_HOST)
   find_package(nlohmann_json 3.11 REQUIRED)
 endif()
+
+# A header of which only the studio has use, and its page.
 if(QUOR_BUILD_HOST AND QUOR_BUILD_STUDIO)
   find_path(http_include httplib.h PATH_SUFFIXES include ${there})
   add_library(http::http INTERFACE IMPORTED)

@@ -1,4 +1,4 @@
-// Bars from a file, and the row text that the library takes.
+// Bars from a file.
 #pragma once
 
 #include <string>
@@ -13,11 +13,16 @@ using quor_bars::Bars;
 using quor_bars::key_text;
 using quor_bars::parse_bars;
 
-/// Reads bars from a file, or from the standard input for "-", as `parse_bars` does, and tells the
-/// user of what is doubtful in them. `columns` are the user's, such as "close=Adj Close".
-Bars read_bars(const std::string& path, const std::vector<std::string>& columns = {});
+/// What the user says of files of bars that differ from the usual.
+struct BarForm {
+  std::vector<std::string> columns;  ///< "close=Adj Close"
+  std::string delimiter;             ///< a character or its name; empty if the file tells it
+};
 
-/// The bars as the text of `set_row_data`, with the given fields only.
-std::string rows_json(const Bars& bars, const std::vector<uint32_t>& fields);
+/// Throws UsageError for a text of another form.
+quor_bars::Naming naming_of(const BarForm& form);
+
+/// Reads bars from a file, or from the standard input for "-", as `parse_bars` does.
+Bars read_bars(const std::string& path, const quor_bars::Naming& naming = {});
 
 }  // namespace quor_host

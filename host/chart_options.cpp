@@ -7,10 +7,10 @@
 namespace quor_host {
 
 void add_chart_options(CLI::App& command, ChartOptions& options) {
-  command.add_option("--out", options.path, "The picture")
+  command.add_option("-o,--out", options.path, "The picture; - for SVG on the standard output")
       ->type_name("FILE.svg|FILE.png")
       ->required();
-  command.add_option("--last", options.last, "How many bars to draw")
+  command.add_option("-n,--last", options.last, "How many bars to draw")
       ->type_name("N")
       ->transform(whole_number(1))
       ->capture_default_str();

@@ -1,5 +1,22 @@
 #include "console.h"
 
+#include <cstdlib>
+#include <string_view>
+
+namespace quor_host {
+namespace {
+
+/// NO_COLOR counts if it is set to anything but nothing.
+bool colours_are_unwanted() {
+  const char* const unwanted = std::getenv("NO_COLOR");
+  const char* const terminal = std::getenv("TERM");
+  return (unwanted != nullptr && *unwanted != '\0') ||
+         (terminal != nullptr && std::string_view(terminal) == "dumb");
+}
+
+}  // namespace
+}  // namespace quor_host
+
 #ifdef _WIN32
 #define WIN32_LEAN_AND_MEAN
 #include <fcntl.h>
@@ -46,6 +63,17 @@ void prepare_streams() {
 
 bool is_watched() { return _isatty(_fileno(stderr)) != 0; }
 
+bool is_output_watched() { return _isatty(_fileno(stdout)) != 0; }
+
+bool takes_colours() {
+  if (!is_watched() || colours_are_unwanted()) return false;
+  // Consoles show colours once they are told to.
+  HANDLE const console = GetStdHandle(STD_ERROR_HANDLE);
+  constexpr DWORD shows_colours = 0x0004;
+  DWORD mode = 0;
+  return GetConsoleMode(console, &mode) != 0 && SetConsoleMode(console, mode | shows_colours) != 0;
+}
+
 std::optional<size_t> terminal_width() {
   CONSOLE_SCREEN_BUFFER_INFO screen;
   if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &screen)) return std::nullopt;
@@ -68,6 +96,10 @@ std::vector<std::string> utf8_arguments(int argc, char** argv) {
 void prepare_streams() {}
 
 bool is_watched() { return isatty(STDERR_FILENO) != 0; }
+
+bool is_output_watched() { return isatty(STDOUT_FILENO) != 0; }
+
+bool takes_colours() { return is_watched() && !colours_are_unwanted(); }
 
 std::optional<size_t> terminal_width() {
   winsize size{};

@@ -17,6 +17,13 @@ void prepare_streams();
 /// Whether a person sees what goes to the error output.
 bool is_watched();
 
+/// Whether what goes to the error output may be in colours: a person sees it on a terminal that
+/// shows them, and hasn't set NO_COLOR.
+bool takes_colours();
+
+/// Whether a terminal shows the output.
+bool is_output_watched();
+
 /// The columns of the terminal that shows the output; nothing where a file or a program takes it.
 std::optional<size_t> terminal_width();
 

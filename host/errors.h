@@ -5,7 +5,13 @@
 
 namespace quor_host {
 
-/// Wrong options stop it as files do that can't be read.
+/// A file that can't be read, or one that holds something else.
 using HostError = quor_bars::ReadError;
+
+/// A command line that says something impossible.
+class UsageError : public HostError {
+ public:
+  using HostError::HostError;
+};
 
 }  // namespace quor_host

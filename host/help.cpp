@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "advice/code_help.h"
+#include "advice/grammar.h"
 #include "advice/topic_help.h"
 #include "advice/word_help.h"
 #include "advice/word_index.h"
@@ -172,6 +173,8 @@ bool print_help(const CLI::App& app, const HelpOptions& options) {
     for (const std::string& word : built_in_words()) std::cout << word << '\n';
   } else if (options.prints_index) {
     std::cout << quor_advice::word_index();
+  } else if (options.prints_grammar) {
+    std::cout << quor_advice::textmate_grammar();
   } else if (options.topics.empty()) {
     print_overview(app);
   }

@@ -15,6 +15,7 @@ struct HelpOptions {
   std::vector<std::string> topics;  ///< words of the language, commands
   bool lists_words = false;         ///< one in a line
   bool prints_index = false;        ///< for the language reference
+  bool prints_grammar = false;      ///< the grammar for editors
 };
 
 /// Prints it. False if a topic is neither a word nor a command, which is said.

@@ -4,6 +4,7 @@
 
 #include "encoding.h"
 #include "errors.h"
+#include "text.h"
 
 namespace quor_host {
 namespace {
@@ -25,6 +26,11 @@ std::string read_array(const std::string& path, std::string_view form) {
   return text;
 }
 
+bool is_json(const std::string& text) {
+  dom::parser parser;
+  return parser.parse(text).error() == simdjson::SUCCESS;
+}
+
 std::vector<std::string> names_of_settings(const std::string& json) {
   dom::parser parser;
   dom::array list;
@@ -36,6 +42,23 @@ std::vector<std::string> names_of_settings(const std::string& json) {
     if (has_name) names.emplace_back(name);
   }
   return names;
+}
+
+std::vector<std::pair<std::string, double>> parameters_in(const std::string& json) {
+  dom::parser parser;
+  dom::array list;
+  std::vector<std::pair<std::string, double>> parameters;
+  if (parser.parse(json).get(list) != simdjson::SUCCESS) return parameters;
+  for (const dom::element entry : list) {
+    std::string_view name;
+    double value = 0.0;
+    if (entry.at_key_case_insensitive("PARAM_NAME").get(name) != simdjson::SUCCESS) continue;
+    if (entry.at_key_case_insensitive("DEFAULT").get(value) != simdjson::SUCCESS) continue;
+    const std::string upper = to_upper(name);
+    std::erase_if(parameters, [&](const auto& other) { return other.first == upper; });
+    parameters.emplace_back(upper, value);
+  }
+  return parameters;
 }
 
 std::string read_calendar(const std::string& path) {

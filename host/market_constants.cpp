@@ -22,11 +22,11 @@ MarketConstants market_constants(const std::vector<std::string>& texts) {
     const size_t mark = text.find('=');
     const auto value = mark == std::string::npos ? std::nullopt : to_number(text.substr(mark + 1));
     if (!value || std::isnan(*value) || std::ranges::find(keys, key_of(text)) == std::end(keys)) {
-      throw HostError("--extra " + text +
-                      ": write MINPRICE=NUMBER, UNIT=NUMBER or SHARECOUNTPERUNIT=NUMBER");
+      throw UsageError("--extra " + text +
+                       ": write MINPRICE=NUMBER, UNIT=NUMBER or SHARECOUNTPERUNIT=NUMBER");
     }
     if (!constants.emplace(key_of(text), *value).second) {
-      throw HostError("--extra " + text + ": " + key_of(text) + " is given twice");
+      throw UsageError("--extra " + text + ": " + key_of(text) + " is given twice");
     }
   }
   return constants;

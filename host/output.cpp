@@ -10,6 +10,8 @@
 
 #include "bars.h"
 #include "fields.h"
+#include "json_files.h"
+#include "references.h"
 #include "text.h"
 
 namespace quor_host {
@@ -29,32 +31,6 @@ size_t width_of(std::string_view text) {
   return width;
 }
 
-std::string with_width(const std::string& text, size_t width, bool to_the_right) {
-  const std::string blanks(width - std::min(width, width_of(text)), ' ');
-  return to_the_right ? blanks + text : text + blanks;
-}
-
-/// Enough decimals for the size of the numbers; whole numbers need none.
-int decimals_of(std::span<const double> values) {
-  double largest = 0.0;
-  bool whole = true;
-  for (const double value : values) {
-    if (!std::isfinite(value)) continue;
-    largest = std::max(largest, std::abs(value));
-    whole = whole && value == std::trunc(value);
-  }
-  if (whole) return 0;
-  return largest < 10.0 ? 6 : 3;
-}
-
-std::string number_text(double value, int decimals) {
-  if (std::isnan(value)) return "null";
-  std::array<char, 400> digits{};
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value,
-                                 std::chars_format::fixed, decimals);
-  return {digits.data(), end.ptr};
-}
-
 std::string join(const std::vector<std::string>& texts) {
   if (texts.empty()) return "none";
   std::string joined;
@@ -62,11 +38,12 @@ std::string join(const std::vector<std::string>& texts) {
   return joined;
 }
 
-std::string reference_texts(const std::vector<Reference>& references) {
+std::string reference_texts(const quor::engine::Report& report,
+                            quor::engine::Reference::Kind kind) {
   std::vector<std::string> texts;
-  for (const Reference& reference : references) {
-    texts.push_back(reference.source + ' ' + field_text(reference.field) + " into column " +
-                    std::to_string(reference.column));
+  for (const auto& reference : report.references) {
+    if (reference.kind != kind) continue;
+    texts.push_back(reference_text(reference) + " into column " + std::to_string(reference.column));
   }
   return join(texts);
 }
@@ -86,37 +63,30 @@ void print_item(std::ostream& out, const std::string& title, const std::string& 
   out << "  " << with_width(title, 18, false) << text << '\n';
 }
 
-template <typename List, typename Write>
-void print_array(std::ostream& out, const List& list, const Write& write) {
-  out << '[';
-  bool first = true;
-  for (const auto& entry : list) {
-    if (!std::exchange(first, false)) out << ',';
-    out << write(entry);
-  }
-  out << ']';
-}
-
-size_t first_of_last(const Results& results, size_t count) {
-  return results.keys.size() - std::min(results.keys.size(), count);
-}
-
-/// A cell as the readers of comma-separated values expect it.
-std::string csv_cell(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-  std::string quoted = "\"";
-  for (const char c : text) quoted += c == '"' ? "\"\"" : std::string(1, c);
-  return quoted + '"';
-}
-
-std::string csv_number(double value) {
-  if (std::isnan(value)) return {};
-  if (std::isinf(value)) return value > 0 ? "inf" : "-inf";
-  return json_number(value);
+/// Writes what has gathered once it is worth a call.
+void write_some(std::ostream& out, std::string& text) {
+  constexpr size_t enough = 1 << 16;
+  if (text.size() < enough) return;
+  out << text;
+  text.clear();
 }
 
 /// Texts of the library are not escaped; one that is no JSON for that reason goes out as a string.
 std::string as_json(const std::string& text) { return is_json(text) ? text : json_string(text); }
+
+std::string shapes_json(const std::vector<std::string>& shapes) {
+  std::string text = "[";
+  for (const std::string& shape : shapes) text += (text.size() > 1 ? "," : "") + shape;
+  return as_json(text + ']');
+}
+
+std::string events_json(const std::vector<quor::engine::Event>& events, bool with_time) {
+  std::string text = "[";
+  for (const auto& event : events) {
+    text += (text.size() > 1 ? ",\n" : "\n") + event_json(event, with_time);
+  }
+  return text + ']';
+}
 
 }  // namespace
 
@@ -124,49 +94,83 @@ void print_findings(std::ostream& out, const std::string& report, const std::str
   out << "{\"report\":" << as_json(report) << ",\n\"findings\":" << findings << "}\n";
 }
 
-void print_report(std::ostream& out, const Report& report, bool is_sound,
-                  const std::vector<Line>& lines, const std::vector<std::string>& functions,
-                  const std::vector<std::string>& drawings) {
+void print_report(std::ostream& out, const quor::engine::Script& script, bool is_sound) {
+  using Kind = quor::engine::Reference::Kind;
+  const quor::engine::Report& report = script.report();
   std::vector<std::string> fields;
   for (const uint32_t id : report.fields) fields.push_back(field_text(id));
   std::vector<std::string> columns;
-  for (const Line& line : lines)
+  for (const auto& line : script.lines())
     columns.push_back(line.name + " (" + std::to_string(line.column) + ')');
+  std::vector<std::string> drawings;
+  for (const auto& record : script.records()) {
+    for (const auto& [key, text] : record.texts) {
+      if (key == "ShapeName") drawings.push_back(text);
+    }
+  }
   out << (is_sound ? "The script is sound.\n" : "The script compiles, with warnings.\n");
   print_item(out, "lines", join(columns));
-  print_item(out, "functions", join(functions));
+  print_item(out, "functions", join(script.words()));
   print_item(out, "drawings", counted(drawings));
-  print_item(out, "look-back", std::to_string(report.look_back) + " bars");
+  print_item(out, "look-back",
+             std::to_string(report.look_back) + (report.look_back == 1 ? " bar" : " bars"));
   print_item(out, "fields", join(fields));
-  print_item(out, "other securities", reference_texts(report.securities));
-  print_item(out, "other periods", reference_texts(report.periods));
-  print_item(out, "quotes", reference_texts(report.quotes));
+  print_item(out, "other securities", reference_texts(report, Kind::security));
+  print_item(out, "other periods", reference_texts(report, Kind::period));
+  print_item(out, "quotes", reference_texts(report, Kind::quote));
   print_item(out, "market constants", report.needs_market_constants ? "needed" : "none");
   print_item(out, "calendar", report.needs_calendar ? "needed" : "none");
   print_item(out, "notices", report.has_notices ? "raised" : "none");
 }
 
+std::string with_width(const std::string& text, size_t width, bool to_the_right) {
+  const std::string blanks(width - std::min(width, width_of(text)), ' ');
+  return to_the_right ? blanks + text : text + blanks;
+}
+
+bool have_times(std::span<const int64_t> keys) {
+  constexpr int64_t day = 1000000;
+  return std::ranges::any_of(keys, [](int64_t key) { return key % day != 0; });
+}
+
+int decimals_to_show(std::span<const double> values) {
+  double largest = 0.0;
+  bool whole = true;
+  for (const double value : values) {
+    if (!std::isfinite(value)) continue;
+    largest = std::max(largest, std::abs(value));
+    whole = whole && value == std::trunc(value);
+  }
+  if (whole) return 0;
+  return largest < 10.0 ? 6 : 3;
+}
+
+std::string number_cell(double value, int decimals) {
+  if (std::isnan(value)) return "null";
+  std::array<char, 400> digits{};
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value,
+                                 std::chars_format::fixed, decimals);
+  return {digits.data(), end.ptr};
+}
+
 Cells number_cells(const std::string& name, std::span<const double> values) {
   Cells cells{name};
-  const int decimals = decimals_of(values);
-  for (const double value : values) cells.push_back(number_text(value, decimals));
+  const int decimals = decimals_to_show(values);
+  for (const double value : values) cells.push_back(number_cell(value, decimals));
   return cells;
 }
 
 Cells key_cells(std::span<const int64_t> keys) {
-  constexpr int64_t day = 1000000;
-  const bool with_time = std::ranges::any_of(keys, [](int64_t key) { return key % day != 0; });
+  const bool with_time = have_times(keys);
   Cells cells{"date"};
   for (const int64_t key : keys) cells.push_back(key_text(key, with_time));
   return cells;
 }
 
-void print_table(std::ostream& out, const Results& results, size_t count) {
-  count = std::min(count, results.keys.size());
-  std::vector<Cells> columns{key_cells(std::span(results.keys).last(count))};
-  for (const Line& line : results.lines) {
-    const std::span values(line.values);
-    columns.push_back(number_cells(line.name, values.last(std::min(count, values.size()))));
+void print_table(std::ostream& out, const Table& table) {
+  std::vector<Cells> columns{key_cells(table.keys)};
+  for (const ShownValues& line : table.lines) {
+    columns.push_back(number_cells(line.name, line.values));
   }
   print_cells(out, columns, 1);
 }
@@ -185,30 +189,61 @@ void print_cells(std::ostream& out, const std::vector<Cells>& columns, size_t le
   }
 }
 
-void print_csv(std::ostream& out, const Results& results, size_t count) {
-  const size_t first = first_of_last(results, count);
-  const Cells keys = key_cells(std::span(results.keys).subspan(first));
-  out << keys[0];
-  for (const Line& line : results.lines) out << ',' << csv_cell(line.name);
-  out << '\n';
-  for (size_t row = first; row < results.keys.size(); ++row) {
-    out << keys[row - first + 1];
-    for (const Line& line : results.lines) out << ',' << csv_number(line.values[row]);
-    out << '\n';
+void print_csv(std::ostream& out, const Table& table) {
+  const bool with_time = have_times(table.keys);
+  std::string text = "date";
+  for (const ShownValues& line : table.lines) text += ',' + csv_cell(line.name);
+  text += '\n';
+  for (size_t row = 0; row < table.keys.size(); ++row) {
+    text += key_text(table.keys[row], with_time);
+    for (const ShownValues& line : table.lines) {
+      text += ',';
+      append_csv_number(text, line.values[row]);
+    }
+    text += '\n';
+    write_some(out, text);
   }
+  out << text;
 }
 
-void print_json(std::ostream& out, const Results& results) {
-  out << "{\"report\":" << as_json(results.report) << ",\n\"findings\":" << results.findings
-      << ",\n\"keys\":";
-  print_array(out, results.keys, [](int64_t key) { return std::to_string(key); });
-  out << ",\n\"lines\":{";
-  bool first = true;
-  for (const Line& line : results.lines) {
-    out << (std::exchange(first, false) ? "\n" : ",\n") << json_string(line.name) << ':';
-    print_array(out, line.values, json_number);
+void print_json(std::ostream& out, const Table& table, const RunTexts& texts) {
+  const bool with_time = have_times(table.keys);
+  std::string text = "{\"report\":" + as_json(texts.report) + ",\n\"findings\":" + texts.findings;
+  text += ",\n\"dates\":[";
+  for (size_t row = 0; row < table.keys.size(); ++row) {
+    text += (row == 0 ? "\"" : ",\"") + key_text(table.keys[row], with_time) + '"';
+    write_some(out, text);
   }
-  out << "},\n\"shapes\":" << as_json(results.shapes) << "}\n";
+  text += "],\n\"lines\":{";
+  for (const ShownValues& line : table.lines) {
+    text += (&line == &table.lines.front() ? "\n" : ",\n") + json_string(line.name) + ":[";
+    for (size_t row = 0; row < line.values.size(); ++row) {
+      if (row > 0) text += ',';
+      append_json_number(text, line.values[row]);
+      write_some(out, text);
+    }
+    text += ']';
+  }
+  out << text << "},\n\"shapes\":" << shapes_json(texts.shapes);
+  if (texts.events != nullptr) out << ",\n\"events\":" << events_json(*texts.events, with_time);
+  out << "}\n";
+}
+
+std::string event_text(const quor::engine::Event& event, bool with_time) {
+  const bool is_notice = event.word == "NOTICE";
+  std::string text = is_notice ? "notice  " : "signal  ";
+  text += key_text(event.key, with_time) + "  row " + std::to_string(event.row) + "  " +
+          (is_notice ? event.name : event.word);
+  if (event.quantity >= 0) text += ' ' + std::to_string(event.quantity);
+  return text;
+}
+
+std::string event_json(const quor::engine::Event& event, bool with_time) {
+  std::string text =
+      "{\"date\":\"" + key_text(event.key, with_time) + "\",\"event\":" + json_string(event.word);
+  if (event.word == "NOTICE") text += ",\"name\":" + json_string(event.name);
+  if (event.quantity >= 0) text += ",\"quantity\":" + std::to_string(event.quantity);
+  return text + '}';
 }
 
 }  // namespace quor_host

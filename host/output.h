@@ -7,36 +7,45 @@
 #include <string>
 #include <vector>
 
-#include "report.h"
+#include "engine/engine.h"
 
 namespace quor_host {
 
-/// A named line of a script with its values.
-struct Line {
+/// A line of a script with its values at the bars that are shown, oldest bar first.
+struct ShownValues {
   std::string name;
-  uint32_t column = 0;
-  std::vector<double> values;  ///< oldest bar first
+  std::span<const double> values;
 };
 
-/// Everything that a run gave.
-struct Results {
+/// The bars that are shown.
+struct Table {
   std::vector<int64_t> keys;
-  std::vector<Line> lines;
-  std::string report;  ///< the library's own JSON texts
-  std::string shapes;
-  std::string findings;  ///< a JSON array
+  std::vector<ShownValues> lines;
+};
+
+/// What a run tells beside its lines, in JSON.
+struct RunTexts {
+  std::string report;
+  std::string findings;
+  std::vector<std::string> shapes;
+  const std::vector<quor::engine::Event>* events = nullptr;  ///< null if none were raised
 };
 
 /// The report and what there is to say about the script, as one JSON object.
 void print_findings(std::ostream& out, const std::string& report, const std::string& findings);
 
 /// What a script that compiles needs and gives; `is_sound` if there is nothing to say against it.
-void print_report(std::ostream& out, const Report& report, bool is_sound,
-                  const std::vector<Line>& lines, const std::vector<std::string>& functions,
-                  const std::vector<std::string>& drawings);
+void print_report(std::ostream& out, const quor::engine::Script& script, bool is_sound);
 
 /// The cells of one column of a table, its title first.
 using Cells = std::vector<std::string>;
+
+/// Whether any of the bars is of a time of day, so that all dates are shown with it.
+bool have_times(std::span<const int64_t> keys);
+
+/// Enough decimals for the size of the numbers; whole numbers need none.
+int decimals_to_show(std::span<const double> values);
+std::string number_cell(double value, int decimals);
 
 /// Numbers with as many decimals as their size asks for, and dates.
 Cells number_cells(const std::string& name, std::span<const double> values);
@@ -44,16 +53,20 @@ Cells key_cells(std::span<const int64_t> keys);
 
 /// Columns of one length beside each other, the first `left_columns` to the left.
 void print_cells(std::ostream& out, const std::vector<Cells>& columns, size_t left_columns);
+/// Blanks in front of a text, or behind it, up to a width on the screen.
+std::string with_width(const std::string& text, size_t width, bool to_the_right);
 
-/// The last `count` bars of every line, one bar in a row.
-void print_table(std::ostream& out, const Results& results, size_t count);
+/// One bar in a row.
+void print_table(std::ostream& out, const Table& table);
 
-/// The last `count` bars of every line as comma-separated values that read back to the same bits;
-/// a null is an empty cell.
-void print_csv(std::ostream& out, const Results& results, size_t count);
+/// The same as comma-separated values that read back to the same bits; a null is an empty cell.
+void print_csv(std::ostream& out, const Table& table);
 
-/// All bars of every line with the report, the findings and the drawing records, as one JSON
-/// object.
-void print_json(std::ostream& out, const Results& results);
+/// The same with report, findings, drawing records and events, as one JSON object.
+void print_json(std::ostream& out, const Table& table, const RunTexts& texts);
+
+/// A notice or signal as a line of text without its end, and as a JSON object.
+std::string event_text(const quor::engine::Event& event, bool with_time);
+std::string event_json(const quor::engine::Event& event, bool with_time);
 
 }  // namespace quor_host

@@ -14,16 +14,6 @@
 namespace quor_host {
 namespace {
 
-/// The text of the file up to the bracket that closes its array.
-std::string open_array(const std::string& path) {
-  if (path.empty()) return "[";
-  const std::string text = read_array(path, R"([{"PARAM_NAME":"N","DEFAULT":5}, ...])");
-  std::string open = text.substr(0, text.rfind(']'));
-  const bool is_empty = open.find_first_not_of(" \t\r\n", open.find('[') + 1) == std::string::npos;
-  if (!is_empty) open += ',';
-  return open;
-}
-
 /// The number as the library keeps it, with six decimals.
 std::string kept_text(double value) {
   std::array<char, 400> digits{};
@@ -38,11 +28,11 @@ Setting parse_setting(const std::string& text) {
   const size_t mark = text.find('=');
   const auto value = mark == std::string::npos ? std::nullopt : to_number(text.substr(mark + 1));
   if (mark == 0 || !value || std::isnan(*value)) {
-    throw HostError("--set " + text + ": write NAME=NUMBER, as in --set N=5");
+    throw UsageError("--set " + text + ": write NAME=NUMBER, as in --set N=5");
   }
   const std::string kept = kept_text(*value);
   if (to_number(kept) != value) {
-    throw HostError("--set " + text + ": six decimals are kept, which makes it " + kept);
+    throw UsageError("--set " + text + ": six decimals are kept, which makes it " + kept);
   }
   return {to_upper(text.substr(0, mark)), *value};
 }
@@ -52,21 +42,25 @@ std::vector<Setting> parse_settings(const std::vector<std::string>& texts) {
   for (const std::string& text : texts) {
     Setting setting = parse_setting(text);
     if (std::ranges::find(settings, setting.name, &Setting::name) != settings.end()) {
-      throw HostError("--set " + text + ": " + setting.name + " is set twice");
+      throw UsageError("--set " + text + ": " + setting.name + " is set twice");
     }
     settings.push_back(std::move(setting));
   }
   return settings;
 }
 
-std::string parameters_json(const std::string& path, const std::vector<std::string>& settings) {
-  std::string json = open_array(path);
-  for (const Setting& setting : parse_settings(settings)) {
-    json += "{\"PARAM_NAME\":" + json_string(setting.name) +
-            ",\"DEFAULT\":" + json_number(setting.value) + "},";
+std::vector<std::pair<std::string, double>> parameters_of(
+    const std::string& path, const std::vector<std::string>& settings) {
+  std::vector<std::pair<std::string, double>> parameters;
+  if (!path.empty()) {
+    const std::string text = read_array(path, R"([{"PARAM_NAME":"N","DEFAULT":5}, ...])");
+    parameters = parameters_in(text);
   }
-  if (json.ends_with(',')) json.pop_back();
-  return json == "[" ? std::string() : json + ']';
+  for (Setting& setting : parse_settings(settings)) {
+    std::erase_if(parameters, [&](const auto& other) { return other.first == setting.name; });
+    parameters.emplace_back(std::move(setting.name), setting.value);
+  }
+  return parameters;
 }
 
 std::vector<std::string> faults_of_settings(const std::vector<std::string>& settings,

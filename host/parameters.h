@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace quor_host {
@@ -12,16 +13,17 @@ struct Setting {
   double value = 0.0;
 };
 
-/// The number set as "NAME=NUMBER". Throws HostError for any other text.
+/// The number set as "NAME=NUMBER". Throws UsageError for any other text.
 Setting parse_setting(const std::string& text);
 
 /// The same of several, in their order. Throws for a name that is set twice, too.
 std::vector<Setting> parse_settings(const std::vector<std::string>& texts);
 
-/// The JSON array of parameters that the library takes: the file's text, if there is one, and
-/// behind it the numbers set as "NAME=NUMBER", so that these win. Throws HostError for a file that
-/// holds no such array and for a number that can't be read.
-std::string parameters_json(const std::string& path, const std::vector<std::string>& settings);
+/// The numbers of a file [{"PARAM_NAME":"N","DEFAULT":5}, ...], if there is one, and behind them
+/// those set as "NAME=NUMBER", so that these win. Throws HostError for a file that holds no such
+/// array and UsageError for a number that can't be read.
+std::vector<std::pair<std::string, double>> parameters_of(const std::string& path,
+                                                          const std::vector<std::string>& settings);
 
 /// What keeps settings from having an effect, or hides a word of the language, one text for each:
 /// "--set N=2: the script doesn't read N".

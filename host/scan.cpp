@@ -3,23 +3,21 @@
 #include <algorithm>
 #include <cmath>
 #include <iostream>
-#include <iterator>
-#include <limits>
 #include <map>
+#include <memory>
+#include <optional>
 #include <thread>
 #include <utility>
 
 #include "advice/advice.h"
 #include "advice/reading.h"
-#include "encoding.h"
 #include "errors.h"
-#include "json_files.h"
-#include "market_constants.h"
-#include "parameters.h"
+#include "messages.h"
 #include "period.h"
 #include "scan_console.h"
 #include "scan_findings.h"
 #include "scan_output.h"
+#include "script_run.h"
 #include "text.h"
 
 namespace quor_host {
@@ -29,82 +27,43 @@ constexpr int exit_sound = 0;
 constexpr int exit_failure = 1;
 constexpr int exit_interrupted = 130;
 
-double constant_of(const MarketConstants& constants, const std::string& key) {
-  const auto row = constants.find(key);
-  return row == constants.end() ? std::numeric_limits<double>::quiet_NaN() : row->second;
-}
-
-quor::engine::Subject subject_of(const ScanOptions& options) {
-  quor::engine::Subject subject;
-  subject.period = parse_period(options.period).value_or(period_of_a_day);
-  subject.market = options.market;
-  if (!options.calendar_path.empty()) subject.calendar = read_calendar(options.calendar_path);
-  const auto constants = market_constants(options.market_constants);
-  subject.min_price = constant_of(constants, "MINPRICE");
-  subject.unit = constant_of(constants, "UNIT");
-  subject.share_count_per_unit = constant_of(constants, "SHARECOUNTPERUNIT");
-  return subject;
-}
-
-quor_advice::Supply supply_of(const ScanOptions& options) {
-  quor_advice::Supply supply;
-  supply.has_calendar = !options.calendar_path.empty() && !options.market.empty();
-  supply.calendar_advice = "--calendar gives one, together with --market";
-  supply.constant_advice = "--extra gives one";
-  for (const auto& [key, value] : market_constants(options.market_constants)) {
-    supply.constants.push_back(key);
-  }
-  return supply;
-}
-
 /// Rows of two files under one name couldn't be told apart.
 void refuse_namesakes(const std::vector<std::string>& files) {
   std::map<std::string, std::string> known;
   for (const std::string& file : files) {
     const auto [other, is_new] = known.emplace(security_of(file), file);
     if (is_new) continue;
-    throw HostError(file == other->second ? file + ": is given twice"
-                                          : file + " and " + other->second +
-                                                ": two files are of security " + other->first);
+    throw UsageError(file == other->second ? file + ": is given twice"
+                                           : file + " and " + other->second +
+                                                 ": two files are of security " + other->first);
   }
 }
 
-ScanJob job_of(const ScanOptions& options) {
+ScanJob job_of(const ScanOptions& options, const std::vector<std::string>& paths) {
   ScanJob job;
-  std::vector<std::string> paths = options.paths;
-  if (options.script_text.empty()) {
-    job.script = read_text_input(paths.front());
-    paths.erase(paths.begin());
-  } else {
-    job.script = options.script_text;
-    require_utf8(job.script, "-e");
-  }
-  if (paths.empty()) throw HostError("no files and no folders with bars are given");
-  for (Setting& setting : parse_settings(options.parameters)) {
-    job.settings.parameters.emplace_back(std::move(setting.name), setting.value);
-  }
-  job.infers_period = options.period.empty();
-  job.settings.subject = subject_of(options);
+  job.script = source_of(options.script);
+  job.settings = first_settings_of(options.script);
   job.settings.condition = options.condition;
+  job.infers_period = options.script.period.empty();
+  if (paths.empty()) throw UsageError("no files and no folders with bars are given");
   job.files = bar_files(paths);
   refuse_namesakes(job.files);
+  job.naming = naming_of(options.bars.form);
+  job.references = std::make_shared<const References>(options.bars);
   job.last = options.last;
   const size_t processors = std::max(1U, std::thread::hardware_concurrency());
   job.threads = std::min(options.jobs == 0 ? processors : options.jobs, job.files.size());
   return job;
 }
 
-std::string script_name(const ScanOptions& options) {
-  return options.script_text.empty() ? options.paths.front() : "-e";
-}
-
 /// Prints what is wrong with the script, which then serves for no file.
-int print_script_failure(const quor::engine::Script& script, const ScanOptions& options) {
-  const auto findings = findings_of(script);
+int print_script_failure(const quor::engine::Script& script, const ScanJob& job,
+                         const ScanOptions& options) {
+  const auto findings = findings_of(script, {job.settings, 0, std::nullopt, std::nullopt});
   if (script.report().failure.in_condition) {
     throw HostError("--where " + options.condition + ": " + error_text(findings));
   }
-  std::cerr << quor_advice::compiler_text(findings, script.source(), script_name(options));
+  show_findings(findings, script.source(), options.script.name());
   return exit_failure;
 }
 
@@ -119,35 +78,33 @@ std::string period_list(const std::map<uint32_t, size_t>& periods) {
   return text;
 }
 
-void print_idle_settings(const quor::engine::Script& script, const ScanOptions& options) {
-  const auto names = quor_advice::names_in(script.source());
-  auto texts = faults_of_settings(options.parameters, script.source());
-  std::ranges::move(idle_constants(options.market_constants, names), std::back_inserter(texts));
-  for (const std::string& text : texts) std::cerr << "quor: warning: " << text << '\n';
-}
-
 void print_periods(const ScanJob& job, const ScanResult& result) {
   if (!job.infers_period || result.periods.empty()) return;
-  std::cerr << "quor: period: " << period_list(result.periods)
-            << ", by the distances of the bars; --period sets another\n";
+  note("period: " + period_list(result.periods) +
+       ", by the distances of the bars; --period sets another");
 }
 
-/// What there is to say about the script and about the condition, which stands behind it. Of
-/// several periods the first is below a day if any is, and asks for most.
-void print_warnings(const quor::engine::Script& script, const ScanOptions& options,
-                    const ScanResult& result) {
-  if (result.periods.empty()) return;
-  auto findings = findings_of(script, result.periods.begin()->first, supply_of(options));
+/// What there is to say about the script and about the condition, which stands behind it; tells how
+/// many findings there are. Of several periods the first is below a day if any is, and asks for
+/// most.
+size_t print_warnings(const quor::engine::Script& script, const ScanJob& job,
+                      const ScanOptions& options, const ScanResult& result) {
+  for (const std::string& doubt : result.doubts) warn(doubt);
+  if (result.periods.empty()) return 0;
+  auto findings = findings_of(script, {job.settings, result.periods.begin()->first,
+                                       supply_of(options.script, true), std::nullopt});
+  const size_t count = findings.size();
   if (script.has_condition()) {
     const size_t last_line = quor_advice::read_script(script.source(), {}).line_starts.size();
     std::erase_if(findings, [&](const quor_advice::Finding& finding) {
       if (finding.line != last_line) return false;
-      std::cerr << "quor: warning: --where " << options.condition << ": " << finding.sentence
-                << (finding.suggestion.empty() ? "" : "; ") << finding.suggestion << '\n';
+      warn("--where " + options.condition + ": " + finding.sentence +
+           (finding.suggestion.empty() ? "" : "; ") + finding.suggestion);
       return true;
     });
   }
-  std::cerr << quor_advice::compiler_text(findings, script.source(), script_name(options));
+  show_findings(findings, script.source(), options.script.name());
+  return count;
 }
 
 /// By the names of the securities, or by the values of a line with the nulls last.
@@ -165,8 +122,18 @@ void sort_rows(std::vector<ScanRow>& rows, std::optional<size_t> line, bool reve
 std::optional<size_t> place_of(const std::string& name, const std::vector<std::string>& lines) {
   if (name.empty()) return std::nullopt;
   const auto found = std::ranges::find(lines, to_upper(name));
-  if (found == lines.end()) throw HostError("--sort " + name + ": the script has no such line");
+  if (found == lines.end()) throw UsageError("--sort " + name + ": the script has no such line");
   return static_cast<size_t>(found - lines.begin());
+}
+
+/// The rows with the lines that are shown alone.
+void keep_shown(std::vector<ScanRow>& rows, const std::vector<size_t>& places) {
+  for (ScanRow& row : rows) {
+    std::vector<double> values;
+    values.reserve(places.size());
+    for (const size_t place : places) values.push_back(row.values[place]);
+    row.values = std::move(values);
+  }
 }
 
 void print_result(const ScanOptions& options, const std::vector<std::string>& lines,
@@ -180,36 +147,61 @@ void print_result(const ScanOptions& options, const std::vector<std::string>& li
   }
   std::cout.flush();
   if (result.failures.empty()) return;
-  std::cerr << "quor: " << result.failures.size() << " of " << result.done << " files failed\n";
+  tell_error(std::to_string(result.failures.size()) + " of " + std::to_string(result.done) +
+             (result.done == 1 ? " file failed" : " files failed"));
   for (const ScanFailure& failure : result.failures) std::cerr << "  " << failure.reason << '\n';
+}
+
+/// The script stands first among the paths unless its text is given.
+std::vector<std::string> take_script(ScanOptions& options) {
+  std::vector<std::string> paths = options.paths;
+  if (options.script.text.empty() && !paths.empty()) {
+    options.script.path = paths.front();
+    paths.erase(paths.begin());
+  }
+  return paths;
+}
+
+int scan_with(const ScanOptions& options, const std::vector<std::string>& paths) {
+  const ScanJob job = job_of(options, paths);
+  const quor::engine::Script script(job.script, job.settings);
+  const auto& report = script.report();
+  if (report.failure) return print_script_failure(script, job, options);
+  job.references->require_use(report);
+  for (const std::string& missing : job.references->missing(report)) {
+    warn("no data for " + missing + ", which reads as null; --reference gives it");
+  }
+  warn_of_idle(options.script, script.source());
+  std::vector<std::string> lines;
+  for (const auto& line : script.lines()) lines.push_back(line.name);
+  const auto sort_place = place_of(options.sort_line, lines);
+  std::vector<std::string> names;
+  std::vector<size_t> places;
+  for (const ShownLine& line : shown_lines(script, options.lines)) {
+    names.push_back(line.name);
+    places.push_back(*place_of(line.name, lines));
+  }
+
+  ScanResult result = run_scan(job);
+  print_periods(job, result);
+  const size_t warnings = print_warnings(script, job, options, result);
+  sort_rows(result.rows, sort_place, options.reverse);
+  keep_shown(result.rows, places);
+  print_result(options, names, result);
+  if (result.done < job.files.size()) {
+    tell_error("stopped behind " + std::to_string(result.done) + " of " +
+               std::to_string(job.files.size()) + " files");
+    return exit_interrupted;
+  }
+  const bool fails = !result.failures.empty() || (options.script.is_strict && warnings > 0);
+  return fails ? exit_failure : exit_sound;
 }
 
 }  // namespace
 
-int scan_files(const ScanOptions& options) {
-  const ScanJob job = job_of(options);
-  const quor::engine::Script script(job.script, job.settings);
-  const auto& report = script.report();
-  if (report.failure) return print_script_failure(script, options);
-  if (!report.references.empty()) {
-    throw HostError("the script reads " + report.references.front().source +
-                    ", and a scan has data of each security alone");
-  }
-  print_idle_settings(script, options);
-  std::vector<std::string> lines;
-  for (const auto& line : script.lines()) lines.push_back(line.name);
-  const auto sort_place = place_of(options.sort_line, lines);
-
-  ScanResult result = run_scan(job);
-  print_periods(job, result);
-  print_warnings(script, options, result);
-  sort_rows(result.rows, sort_place, options.reverse);
-  print_result(options, lines, result);
-  if (result.done < job.files.size()) {
-    std::cerr << "quor: stopped behind " << result.done << " of " << job.files.size() << " files\n";
-    return exit_interrupted;
-  }
-  return result.failures.empty() ? exit_sound : exit_failure;
+int scan_files(ScanOptions options) {
+  const std::vector<std::string> paths = take_script(options);
+  return scan_with(options, paths);
 }
 
 }  // namespace quor_host

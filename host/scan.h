@@ -6,17 +6,16 @@
 #include <string>
 #include <vector>
 
+#include "options.h"
+
 namespace quor_host {
 
 struct ScanOptions {
+  ScriptOptions script;
+  BarOptions bars;
+  LineOptions lines;
   std::vector<std::string> paths;  ///< the script, unless its text is given; then files and folders
-  std::string script_text;
-  std::string condition;                ///< over the script's lines; empty for all bars
-  std::vector<std::string> parameters;  ///< "NAME=NUMBER"
-  std::string period;                   ///< as the user names it; empty if the bars tell it
-  std::string market;
-  std::string calendar_path;
-  std::vector<std::string> market_constants;  ///< "KEY=NUMBER", of all securities
+  std::string condition;           ///< over the script's lines; empty for all bars
   size_t last = 1;
   size_t jobs = 0;  ///< 0 for as many as there are processors
   std::string sort_line;
@@ -25,8 +24,10 @@ struct ScanOptions {
   bool as_json = false;
 };
 
+void add_scan(CLI::App& app, ScanOptions& options);
+
 /// Gives the exit status: 1 if the script has an error or a file failed, 130 if the user stopped
-/// it; what was done by then is printed. Throws HostError for a wrong option.
-int scan_files(const ScanOptions& options);
+/// it; what was done by then is printed. Throws UsageError for a wrong option.
+int scan_files(ScanOptions options);
 
 }  // namespace quor_host

@@ -1,39 +1,16 @@
 #include "scan_console.h"
 
 #include <algorithm>
-#include <csignal>
 #include <iostream>
 #include <iterator>
 
 #include "console.h"
+#include "interrupt.h"
 
 namespace quor_host {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-std::atomic<bool> stop_asked{false};
-static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may set it");
-
-/// For its life Ctrl-C asks the scan to stop; pressed again it ends the program.
-class StopOnInterrupt {
- public:
-  StopOnInterrupt() {
-    stop_asked = false;
-    before_ = std::signal(SIGINT, ask);
-  }
-  ~StopOnInterrupt() { std::signal(SIGINT, before_); }
-  StopOnInterrupt(const StopOnInterrupt&) = delete;
-  StopOnInterrupt& operator=(const StopOnInterrupt&) = delete;
-
- private:
-  static void ask(int number) {
-    stop_asked = true;
-    std::signal(number, SIG_DFL);
-  }
-
-  void (*before_)(int) = SIG_DFL;
-};
 
 std::string clock_text(std::chrono::seconds time) {
   const auto seconds = time.count() % 60;
@@ -62,6 +39,7 @@ ScanResult result_of(const Scan& scan) {
       result.failures.push_back({scan.job().files[outcome.file], outcome.reason});
     }
     if (outcome.period != 0) ++result.periods[outcome.period];
+    std::ranges::move(outcome.doubts, std::back_inserter(result.doubts));
     std::ranges::move(outcome.rows, std::back_inserter(result.rows));
   }
   return result;
@@ -70,12 +48,12 @@ ScanResult result_of(const Scan& scan) {
 }  // namespace
 
 ScanResult run_scan(const ScanJob& job) {
-  const StopOnInterrupt stop;
+  const StopOnInterrupt interrupt;
   const bool shows_progress = is_watched();
   const Clock::time_point start = Clock::now();
   Scan scan(job);
   while (!scan.wait(std::chrono::milliseconds(200))) {
-    if (stop_asked) scan.stop();
+    if (StopOnInterrupt::has_come()) scan.stop();
     if (shows_progress) show_progress(scan, Clock::now() - start);
   }
   if (shows_progress) std::cerr << "\r\033[K" << std::flush;

@@ -18,6 +18,7 @@ struct ScanFailure {
 struct ScanResult {
   std::vector<ScanRow> rows;  ///< in the order of the files, oldest bar first
   std::vector<ScanFailure> failures;
+  std::vector<std::string> doubts;     ///< about bars
   std::map<uint32_t, size_t> periods;  ///< how many files have bars of it
   size_t done = 0;                     ///< files, those that failed among them
 };

@@ -8,11 +8,11 @@
 #include "fields.h"
 #include "period.h"
 #include "scan_findings.h"
+#include "script_run.h"
 
 namespace quor_host {
 namespace {
 
-using quor::engine::Field;
 using quor::engine::Script;
 
 /// One script and its thread's way through the files.
@@ -22,7 +22,7 @@ class Worker {
       : job_(job), subject_(job.settings.subject), script_(job.script, job.settings) {}
 
   ScanOutcome scan(size_t file) {
-    ScanOutcome outcome{file, {}, {}, 0};
+    ScanOutcome outcome{file, {}, {}, 0, {}};
     const std::string& path = job_.files[file];
     try {
       scan(path, outcome);
@@ -36,27 +36,28 @@ class Worker {
 
  private:
   void scan(const std::string& path, ScanOutcome& outcome) {
-    const Bars bars = read_bars(path);
+    Bars bars = read_bars(path, job_.naming);
+    outcome.doubts = std::move(bars.doubts);
     subject_.security = security_of(path);
     if (job_.infers_period) subject_.period = infer_period(bars.keys).value_or(period_of_a_day);
     outcome.period = subject_.period;
     script_.restart(subject_);
-    feed(bars, path);
+    if (script_.report().failure) {
+      throw HostError(path + ": " + error_text(findings_of(script_)));
+    }
+    const auto missing = feed(script_, bars, references_at(bars.keys));
+    if (!missing.empty()) {
+      throw HostError(path + ": no column for " + field_text(missing.front()) +
+                      ", which the script reads");
+    }
+    bars = {};
     if (script_.calculate()) throw HostError(path + ": " + error_text(findings_of(script_)));
     take_rows(outcome.rows);
   }
 
-  void feed(const Bars& bars, const std::string& path) {
-    fields_.clear();
-    for (const uint32_t id : script_.report().fields) {
-      const auto column = bars.columns.find(id);
-      if (column != bars.columns.end()) {
-        fields_.push_back({id, column->second});
-      } else if (!is_given_elsewhere(id)) {
-        throw HostError(path + ": no column for " + field_text(id) + ", which the script reads");
-      }
-    }
-    script_.set_rows(bars.keys, fields_);
+  std::vector<FilledColumn> references_at(std::span<const int64_t> keys) const {
+    if (job_.references == nullptr) return {};
+    return job_.references->columns_for(script_.report(), keys);
   }
 
   void take_rows(std::vector<ScanRow>& rows) const {
@@ -83,7 +84,6 @@ class Worker {
   const ScanJob& job_;
   quor::engine::Subject subject_;
   Script script_;
-  std::vector<Field> fields_;
 };
 
 }  // namespace

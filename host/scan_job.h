@@ -6,12 +6,15 @@
 #include <condition_variable>
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "bars/bars.h"
 #include "engine/engine.h"
+#include "references.h"
 
 namespace quor_host {
 
@@ -26,8 +29,9 @@ struct ScanRow {
 struct ScanOutcome {
   size_t file = 0;  ///< among the files of the job
   std::vector<ScanRow> rows;
-  std::string reason;   ///< of a failure; empty for none
-  uint32_t period = 0;  ///< of the bars; 0 if they could not be read
+  std::string reason;               ///< of a failure; empty for none
+  uint32_t period = 0;              ///< of the bars; 0 if they could not be read
+  std::vector<std::string> doubts;  ///< about the bars
 };
 
 struct ScanJob {
@@ -35,6 +39,8 @@ struct ScanJob {
   quor::engine::Settings settings;
   bool infers_period = false;  ///< of each file by its bars, which then beats that of the settings
   std::vector<std::string> files;
+  quor_bars::Naming naming;                      ///< of all files
+  std::shared_ptr<const References> references;  ///< the same for all; null for none
   size_t last = 1;
   size_t threads = 1;
 };
@@ -71,11 +77,11 @@ class Scan {
   std::vector<std::thread> threads_;
 };
 
-/// The name of a security: that of its file without the ending.
+/// The name of a security: that of its file without the ending, .csv.gz too.
 std::string security_of(const std::string& path);
 
-/// Files as they are, folders as the files in them that end in ".csv", by name. Throws HostError
-/// for one that isn't there and for a folder without such files.
+/// Files as they are, folders as the files in them that end in .csv or .csv.gz, by name. Throws
+/// HostError for one that isn't there and for a folder without such files.
 std::vector<std::string> bar_files(const std::vector<std::string>& paths);
 
 }  // namespace quor_host

@@ -1,7 +1,6 @@
 #include "scan_output.h"
 
 #include <algorithm>
-#include <cmath>
 #include <ostream>
 #include <utility>
 
@@ -12,23 +11,9 @@
 namespace quor_host {
 namespace {
 
-/// A cell of comma-separated values, in quotes if it needs them.
-std::string csv_text(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-  std::string quoted = "\"";
-  for (const char c : text) quoted += c == '"' ? "\"\"" : std::string(1, c);
-  return quoted + '"';
-}
-
-std::string csv_number(double value) {
-  if (std::isnan(value)) return {};
-  if (std::isinf(value)) return value > 0 ? "inf" : "-inf";
-  return json_number(value);
-}
-
-std::string date_text(int64_t key) {
-  constexpr int64_t day = 1000000;
-  return key_text(key, key % day != 0);
+/// Whether any bar is of a time of day, so that all dates are shown with it.
+bool any_has_time(const std::vector<ScanRow>& rows) {
+  return std::ranges::any_of(rows, [](const ScanRow& row) { return have_times({&row.key, 1}); });
 }
 
 }  // namespace
@@ -51,24 +36,32 @@ void print_scan_table(std::ostream& out, const std::vector<std::string>& lines,
 void print_scan_csv(std::ostream& out, const std::vector<std::string>& lines,
                     const std::vector<ScanRow>& rows) {
   out << "security,date";
-  for (const std::string& line : lines) out << ',' << csv_text(line);
+  for (const std::string& line : lines) out << ',' << csv_cell(line);
   out << '\n';
+  const bool with_time = any_has_time(rows);
   for (const ScanRow& row : rows) {
-    out << csv_text(row.security) << ',' << date_text(row.key);
-    for (const double value : row.values) out << ',' << csv_number(value);
-    out << '\n';
+    std::string text = csv_cell(row.security) + ',' + key_text(row.key, with_time);
+    for (const double value : row.values) {
+      text += ',';
+      append_csv_number(text, value);
+    }
+    out << text << '\n';
   }
 }
 
 void print_scan_json(std::ostream& out, const std::vector<std::string>& lines,
                      const ScanResult& result) {
   out << "{\"rows\":[";
+  const bool with_time = any_has_time(result.rows);
   bool first = true;
   for (const ScanRow& row : result.rows) {
     out << (std::exchange(first, false) ? "\n" : ",\n")
-        << "{\"security\":" << json_string(row.security) << ",\"key\":" << row.key;
+        << "{\"security\":" << json_string(row.security) << ",\"date\":\""
+        << key_text(row.key, with_time) << '"';
     for (size_t i = 0; i < lines.size(); ++i) {
-      out << ',' << json_string(lines[i]) << ':' << json_number(row.values[i]);
+      std::string text = ',' + json_string(lines[i]) + ':';
+      append_json_number(text, row.values[i]);
+      out << text;
     }
     out << '}';
   }

@@ -27,14 +27,34 @@ std::string json_string(std::string_view text) {
   return json;
 }
 
-std::string json_number(double value) {
-  if (std::isnan(value)) return "null";
-  if (std::isinf(value)) return value > 0 ? "\"inf\"" : "\"-inf\"";
-  char digits[32];
-  // The short form writes large values as integers, which JSON readers refuse beyond 64 bits.
-  const auto form =
-      std::abs(value) < 1e15 ? std::chars_format::general : std::chars_format::scientific;
-  return {digits, std::to_chars(digits, digits + sizeof digits, value, form).ptr};
+std::string csv_cell(const std::string& text) {
+  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  std::string quoted = "\"";
+  for (const char c : text) quoted += c == '"' ? "\"\"" : std::string(1, c);
+  return quoted + '"';
+}
+
+void append_csv_number(std::string& text, double value) {
+  if (std::isnan(value)) return;
+  if (std::isinf(value)) {
+    text += value > 0 ? "inf" : "-inf";
+  } else {
+    append_json_number(text, value);
+  }
+}
+
+void append_json_number(std::string& text, double value) {
+  if (std::isnan(value)) {
+    text += "null";
+  } else if (std::isinf(value)) {
+    text += value > 0 ? "\"inf\"" : "\"-inf\"";
+  } else {
+    char digits[32];
+    // The short form writes large values as integers, which JSON readers refuse beyond 64 bits.
+    const auto form =
+        std::abs(value) < 1e15 ? std::chars_format::general : std::chars_format::scientific;
+    text.append(digits, std::to_chars(digits, digits + sizeof digits, value, form).ptr);
+  }
 }
 
 }  // namespace quor_host

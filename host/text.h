@@ -22,7 +22,12 @@ std::string input_name(const std::string& path);
 /// A JSON string with its quotes.
 std::string json_string(std::string_view text);
 
-/// A JSON number that reads back to the same bits; null for a NaN, a string for an infinity.
-std::string json_number(double value);
+/// A cell of comma-separated values, in quotes if it needs them.
+std::string csv_cell(const std::string& text);
+
+/// Appends a number that reads back to the same bits: to comma-separated values, where a null is
+/// empty, and to JSON, where it is null and an infinity is a string.
+void append_csv_number(std::string& text, double value);
+void append_json_number(std::string& text, double value);
 
 }  // namespace quor_host

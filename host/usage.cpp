@@ -30,7 +30,13 @@ constexpr OptionExample option_examples[] = {
     {"--timezone", "--timezone UTC+08:00"},
     {"--extra", "--extra MINPRICE=0.01"},
     {"--calendar", "--calendar FILE.json"},
-    {"--reference", "--reference '600000|11=FILE.csv'"},
+    {"--reference", "--reference 600000=FILE.csv"},
+    {"--column", "--column close='Adj Close'"},
+    {"--columns", "--columns A,B"},
+    {"--delimiter", "--delimiter tab"},
+    {"--where", "--where 'BUY=1'"},
+    {"--sort", "--sort NAME"},
+    {"--jobs", "--jobs 2"},
     {"-e", "-e 'A:MA(C,5);'"},
 };
 

@@ -9,10 +9,12 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <tuple>
 
 #include "bars/dates.h"
 #include "bars/errors.h"
 #include "bars/fields.h"
+#include "bars/period.h"
 #include "bars/text.h"
 
 namespace {
@@ -102,6 +104,81 @@ TEST(BarFiles, ArePartedByCommasSemicolonsOrTabs) {
         "date\tclose\n2024-01-02\t1.5\n2024-01-03\t2\n",
         "\"date\"\t\"close\"\tnote\n2024-01-02\t1.5\ta;b\n2024-01-03\t2\t\n"}) {
     EXPECT_EQ(quor_bars::parse_bars(text, "a").columns.at(quor_bars::field_close), closes) << text;
+  }
+}
+
+/// Whole, as parsed from one text.
+quor_bars::Bars whole(const std::string& text) { return quor_bars::parse_bars(text, "a"); }
+
+/// The same text cut into pieces of a length.
+quor_bars::Bars in_pieces(const std::string& text, size_t length) {
+  quor_bars::Bars bars;
+  quor_bars::BarReader reader("a", {}, [&](const quor_bars::BarRow& row) {
+    bars.keys.push_back(row.key);
+    for (size_t i = 0; i < row.values.size(); ++i) {
+      bars.columns[reader.fields()[i]].push_back(row.values[i]);
+    }
+  });
+  for (size_t at = 0; at < text.size(); at += length) reader.feed(text.substr(at, length));
+  reader.finish();
+  return bars;
+}
+
+TEST(BarFiles, MayComeInPiecesCutAnywhere) {
+  for (const char* text : {
+           "date,close,note\n2024-01-02,1.5,x\n2024-01-03,2,\n",
+           "\xEF\xBB\xBF\r\n \r\ndate,close\r\n\r\n2024-01-02,1\r\n2024-01-03,2",
+           "date,close\r2024-01-02,1\r2024-01-03,2\r",
+           "\"date\" , \"close\"\n2024-01-02,\"1\"\n\"2024-01-03\" ,2 \n\n",
+           "date,note,close\n2024-01-02,\"a, \"\"b\"\"\nc\",1\n2024-01-03,\"\",2\n",
+           "date|close\n2024-01-02|1\ndate|close\n2024-01-03|2\n",
+       }) {
+    const quor_bars::Bars expected = whole(text);
+    EXPECT_EQ(expected.keys, (std::vector<int64_t>{20240102000000, 20240103000000})) << text;
+    for (const size_t length : {1, 2, 3, 7}) {
+      const quor_bars::Bars bars = in_pieces(text, length);
+      EXPECT_EQ(bars.keys, expected.keys) << text << length;
+      EXPECT_EQ(bars.columns, expected.columns) << text << length;
+    }
+  }
+}
+
+TEST(BarFiles, CountLineEndsInsideOfQuotes) {
+  for (const char* text :
+       {"date,note,close\n2024-01-02,\"a\n\nb\",1\nx,,1\n", "date,close\n\n\r\n \nx,1\n"}) {
+    EXPECT_EQ(fault_of(text).substr(0, 8), "a:5: 'x'") << text;
+  }
+  EXPECT_EQ(fault_of("date,close\n2024-01-02,1\n2024-01-03,\"2\n2024-01-04,3\n"),
+            "a:3: a quote is out of place");
+  EXPECT_EQ(fault_of("date,close\n2024-01-02,1\n2024-01-03,2\"2\n"),
+            "a:3: a quote is out of place");
+}
+
+TEST(BarFiles, HaveEachDateOnce) {
+  // Upward, downward, and neither.
+  for (const char* text : {"date,close\n20240102,1\n\n20240103,2\n20240103,3\n",
+                           "date,close\n20240103,1\n\n20240102,2\n20240102,3\n",
+                           "date,close\n20240102,1\n\n20240104,2\n20240103,3\n20240104,3\n"}) {
+    EXPECT_EQ(fault_of(text).substr(3), ": same date as in line 4") << text;
+  }
+}
+
+TEST(BarPeriods, EndBehindTheirBars) {
+  const auto end = [](int64_t key, const char* period) {
+    return quor_bars::end_of_period(quor_bars::seconds_of(key),
+                                    quor_bars::parse_period(period).value());
+  };
+  const std::tuple<int64_t, const char*, int64_t> cases[] = {
+      {20240228150000, "day", 20240229000000},     {20240229000000, "day", 20240301000000},
+      {20240226000000, "week", 20240304000000},    {20240303235959, "week", 20240304000000},
+      {20240229150000, "month", 20240301000000},   {20231231000000, "month", 20240101000000},
+      {20240331000000, "quarter", 20240401000000}, {20241001000000, "quarter", 20250101000000},
+      {20240615000000, "year", 20250101000000},    {20240228235500, "5min", 20240229000000},
+      {20240228093000, "1min", 20240228093100},    {20240228093000, "2hour", 20240228113000},
+      {20240228093000, "15s", 20240228093015},     {20240228093000, "1s", 20240228093001},
+  };
+  for (const auto& [key, period, expected] : cases) {
+    EXPECT_EQ(end(key, period), quor_bars::seconds_of(expected)) << key << ' ' << period;
   }
 }
 

@@ -256,6 +256,7 @@ constexpr const char* entangled[] = {
     "A:=MV(C,REF(O,C-50));B:=EMA(A,3);",
     "A:=SMMA(BARSCOUNT(H),17);B:=SMMA(SUM(C,0),17);D:=SMMA(MA(C,2),33);",
     "A:=COVAR(C,C-O,4);B:=HHV(C-O,5);D:=CROSS(O,C-O)+A;",
+    "A:=BARSSINCEN(C>O,0.3);B:=COUNT(C>O,0.3)+MA(A,3);",
     "A:=COUNT(C>O,EMA(BARPOS,3));B:=SUM(V,BARPOS/2);D:=MA(C,3+(C>O)*2);",
     "A:=MA(C,3);B:=MA(O,5)-MA(C,3);D:=MA(V,2);E:=STD(C,5-(BARPOS=41)*10);F:=MA(L,9)+MA(H,1);",
     "A:EMA(C,3)-EMA(C,9);B:=REF(EMA(C,3),2);D:=EMA(C,0)+EMA(O,2);E:=BARSSINCE(C>O)+EMA(O,4);",
@@ -284,7 +285,7 @@ TEST(Columns, StatementsThatSeeEachOther) {
 /// A word of the host may name a column that the script's calls write.
 TEST(Columns, AFieldThatIsAColumnOfTheScript) {
   for (uint32_t id = 20000; id < 20010; ++id) {
-    const std::string word = new_word("X");
+    const std::string word = new_word("HOSTSCOLUMN");
     Siblings siblings("A:" + word + "+1;B:MA(" + word + ",2);D:COUNT(" + word + ">1,0);", usual);
     siblings.declare_field(word, id);
     ASSERT_TRUE(siblings.compile());

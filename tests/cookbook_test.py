@@ -24,7 +24,7 @@ def read_bars(path):
 
 
 def run(quor, script, bars, *options):
-    command = [quor, "run", str(script), "--bars", str(bars), "--csv", *options]
+    command = [quor, "run", str(script), "--bars", str(bars), "--csv", "--all", *options]
     done = subprocess.run(command, check=True, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
     rows = list(csv.DictReader(io.StringIO(done.stdout.decode())))
     return {

@@ -499,6 +499,16 @@ TEST(Drawing, TheRowThatWasTheLastOneKeepsItsMark) {
   EXPECT_TRUE(same(host.column(20000), {-10000, -10000, -10000, 1}));
 }
 
+TEST(Drawing, StylesOfALineAreDrawnAtEveryBar) {
+  for (const char* const style : {"CIRCLEDOT", "CROSSDOT", "COLORRED", "COLORSTICK"}) {
+    TestHost host;
+    ASSERT_EQ(host.compile(std::string("A:C*2,") + style + ';').code, 0);
+    host.feed(bars);
+    ASSERT_EQ(host.run(), success);
+    EXPECT_TRUE(same(host.column(20001), {1, 1, 1, 1})) << style;
+  }
+}
+
 /// The second price takes the shared argument's column anew, and the first record is left with one
 /// that nothing writes.
 TEST(Drawing, APriceThatTwoCallsShare) {

@@ -1,7 +1,7 @@
-# Fails unless the library shows exactly the functions of its interface, the definition file of the import
-# library the same, and the header for C++ reaches them all.
-#   cmake -DNM=... -DOBJDUMP=... -DLIBRARY=... -DSOURCES=... -P exports.cmake
-set(expected
+# Fails unless a library shows exactly the functions of its interface, the definition file of the import
+# library the same, and its header, or for the parser that for C++, reaches them all.
+#   cmake -DNM=... -DOBJDUMP=... -DWHICH=parser|advice -DLIBRARY=... -DSOURCES=... -P exports.cmake
+set(parser_calls
   clear_data create_instance create_reserved_field delete_instance exec_parser_cal get_column_num
   get_current_row_index get_data_arr get_data_by_col_row get_field_id_by_param_name
   get_field_val_by_index get_invoke_functions get_parser_variable_fields get_pre_parse_res
@@ -9,6 +9,15 @@ set(expected
   set_get_trade_dates_callback set_get_trade_time_callback set_indicator_extra_info
   set_logger_handler set_parser_instance_uuid set_parser_notice_callback_handler set_row_data
   set_trade_callback)
+set(advice_calls
+  quor_advice_code quor_advice_cure quor_advice_format quor_advice_meaning quor_advice_release_text
+  quor_advice_version quor_advise quor_findings_at quor_findings_count quor_findings_free
+  quor_findings_json quor_findings_text)
+set(parser_files src/interface/lib_quor_parser.def include/quor_parser.hpp)
+set(advice_files advice/c_face/lib_quor_advice.def include/quor_advice.h)
+set(expected ${${WHICH}_calls})
+list(GET ${WHICH}_files 0 definition)
+list(GET ${WHICH}_files 1 header)
 
 if(LIBRARY MATCHES "[.]dll$")
   execute_process(COMMAND ${OBJDUMP} --private-headers ${LIBRARY}
@@ -26,15 +35,15 @@ if(NOT found STREQUAL expected)
   message(FATAL_ERROR "The library exports\n  ${found}\ninstead of\n  ${expected}")
 endif()
 
-file(STRINGS ${SOURCES}/src/interface/lib_quor_parser.def defined REGEX "^ ")
+file(STRINGS ${SOURCES}/${definition} defined REGEX "^ ")
 list(TRANSFORM defined STRIP)
 if(NOT defined STREQUAL expected)
-  message(FATAL_ERROR "lib_quor_parser.def defines\n  ${defined}\ninstead of\n  ${expected}")
+  message(FATAL_ERROR "${definition} defines\n  ${defined}\ninstead of\n  ${expected}")
 endif()
 
-file(READ ${SOURCES}/include/quor_parser.hpp wrapper)
+file(READ ${SOURCES}/${header} wrapper)
 foreach(name IN LISTS expected)
   if(NOT wrapper MATCHES "[^a-z_]${name}[^a-z_]")
-    message(FATAL_ERROR "quor_parser.hpp doesn't reach ${name}")
+    message(FATAL_ERROR "${header} doesn't reach ${name}")
   endif()
 endforeach()

@@ -37,11 +37,16 @@ expected=$(cat "$examples/session.txt")
 }
 same "$(by-cmake/session)" "$expected" "the client in C built by CMake"
 same "$(by-cmake/session_cpp)" "$expected" "the client in C++ built by CMake"
+same "$(by-cmake/advice)" "$(cat "$examples/advice.txt")" "the client of advice built by CMake"
 
 export PKG_CONFIG_PATH="$libraries/pkgconfig"
 same "$(pkg-config --modversion quor_parser)" "$version" pkg-config
 "$cc" $warnings "$examples/session.c" $(pkg-config --cflags --libs quor_parser) -o session
 same "$(LD_LIBRARY_PATH=$libraries ./session)" "$expected" "the client built through pkg-config"
+
+same "$(pkg-config --modversion quor_advice)" "$version" "pkg-config for advice"
+"$cc" $warnings "$examples/advice.c" $(pkg-config --cflags --libs quor_advice quor_parser) -o advice
+same "$(LD_LIBRARY_PATH=$libraries ./advice)" "$(cat "$examples/advice.txt")" "advice through pkg-config"
 
 # The one file is the library, whatever stands beside it.
 mkdir alone && cp "$libraries/lib_quor_parser.so" alone

@@ -87,6 +87,14 @@ class Player {
   }
 
  private:
+  static constexpr int32_t changed_row = 70;
+
+  static Bars bars_with_a_change() {
+    Bars bars = make_bars();
+    for (auto& [field, values] : bars) values[changed_row] += 1;
+    return bars;
+  }
+
   void play(Record& record) {
     record.values.clear();
     record.parts.clear();
@@ -95,6 +103,10 @@ class Player {
     read(0, record);
     read(40, record);
     run(60, record);
+    // A reading behind a bar that has changed comes before the run that takes the change in.
+    host_.feed(changed_bars_, changed_row, changed_row + 1);
+    read(changed_row + 5, record);
+    run(changed_row, record);
     run(row_count - 1, record);
   }
 
@@ -123,6 +135,7 @@ class Player {
   TestHost host_;
   quor::ScriptParser& parser_ = quor::find_instance(host_.handle())->parser;
   const Bars bars_ = make_bars();
+  const Bars changed_bars_ = bars_with_a_change();
   std::vector<int64_t> keys_;
   std::vector<quor::FieldColumn> fields_;
   Record found_;

@@ -74,7 +74,7 @@ TEST(Numbers, HexadecimalsAreRoundedOnceToTheEvenNeighbour) {
       {"0x0p5", 0},
   };
   for (const auto& [text, value] : numbers) EXPECT_EQ(leading_number(text), value) << text;
-  for (const char* text : {"0x1p", "0x1p+", "0x1.2.3", "0x1g"})
+  for (const char* text : {"0x1p", "0x1p+", "0x1p+-3", "0x1p-+3", "0x1.2.3", "0x1g"})
     EXPECT_FALSE(to_number(text)) << text;
 }
 

@@ -6,7 +6,7 @@ cd "$root" || exit 1
 library_packages="g++ cmake ninja-build ccache dpkg-dev libfast-float-dev"
 build_packages=$library_packages
 studio_packages="nlohmann-json3-dev"
-chart_packages="libcli11-dev pkg-config libcairo2-dev libpango1.0-dev"
+chart_packages="libcli11-dev zlib1g-dev pkg-config libcairo2-dev libpango1.0-dev"
 host_packages="$chart_packages $studio_packages"
 font_packages="fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji"
 test_packages="libgtest-dev binutils python3 mono-mcs mono-runtime"

@@ -9,9 +9,9 @@ count() {
   done | grep -c '[^[:space:]]'
 }
 
-tested="include src advice bars host python web"
-tests="tests web/test*"
-not_code=":!web/test* :!*/package-lock.json"
+tested="include src advice bars host python web editors"
+tests="tests web/test* editors/code/test*"
+not_code=":!web/test* :!editors/code/test* :!*/package-lock.json"
 
 for folder in $tested; do
   [ -d "$folder" ] && printf '%-10s%7d\n' "$folder" "$(count "$folder" $not_code)"

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <fstream>
+#include <iostream>
 
 #include "../errors.h"
+#include "../paths.h"
 
 namespace quor_host {
 namespace {
@@ -27,12 +28,13 @@ std::vector<Point> brought_near(std::vector<Point> points) {
 }
 
 std::unique_ptr<Surface> surface_for(const std::string& path, int width, int height) {
-  if (path.ends_with(".svg")) return svg_surface(width, height);
-  if (!path.ends_with(".png")) throw HostError("--out " + path + ": neither .svg nor .png");
+  if (path == "-" || path.ends_with(".svg")) return svg_surface(width, height);
+  if (!path.ends_with(".png")) throw UsageError("--out " + path + ": neither .svg nor .png");
 #ifdef QUOR_PNG
   return png_surface(width, height);
 #else
-  throw HostError("--out " + path + ": this build of quor draws no PNG; name the picture FILE.svg");
+  throw UsageError("--out " + path +
+                   ": this build of quor draws no PNG; name the picture FILE.svg");
 #endif
 }
 
@@ -43,7 +45,11 @@ Canvas::Canvas(const std::string& path, int width, int height)
 
 void Canvas::finish() {
   const std::string file = surface_->finish();
-  std::ofstream out(std::filesystem::path(path_), std::ios::binary);
+  if (path_ == "-") {
+    std::cout << file;
+    return;
+  }
+  std::ofstream out(path_of(path_), std::ios::binary);
   out << file;
   out.close();
   if (!out) throw HostError(path_ + ": can't be written");

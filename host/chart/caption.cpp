@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 
 #include "../fields.h"
 #include "../panes/numbers.h"
@@ -25,13 +24,6 @@ constexpr NamedPeriod named_periods[] = {
     {0x6000, "Monthly"}, {0x6001, "Monthly"}, {0x6003, "Quarterly"}, {0x7000, "Yearly"},
     {0x7001, "Yearly"},
 };
-
-std::string name_of(const Subject& subject, const std::string& bars_path) {
-  if (subject.security.empty()) {
-    return bars_path == "-" ? "" : std::filesystem::path(bars_path).stem().string();
-  }
-  return subject.security + (subject.market.empty() ? "" : " · " + subject.market);
-}
 
 std::string signed_text(double value, int digits) {
   return (value > 0.0 ? "+" : "") + number_text(value, digits);
@@ -85,14 +77,14 @@ std::string period_name(uint32_t code, bool intraday) {
   return "";
 }
 
-void draw_title(const Sheet& sheet, const Subject& subject, const std::string& bars_path,
-                double top, double right) {
+void draw_title(const Sheet& sheet, const std::string& name, uint32_t period, double top,
+                double right) {
   const auto& [canvas, view, theme] = sheet;
   const bool intraday = is_intraday(view.keys());
   Line line(canvas, {sheet_margin, top + title_size / 2 + 2}, right);
-  line.add(name_of(subject, bars_path), {theme.ink, title_size, true}, 12);
+  line.add(name, {theme.ink, title_size, true}, 12);
   const Lettering plain{theme.label, 13.0};
-  line.add(period_name(subject.period, intraday), plain, 12);
+  line.add(period_name(period, intraday), plain, 12);
   line.add(key_text(view.keys().back(), intraday).substr(0, 16), plain, 16);
   const double close = view.value(field_close, view.last_row());
   if (!std::isfinite(close)) return;

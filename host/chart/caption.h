@@ -5,15 +5,13 @@
 #include <vector>
 
 #include "../panes/panels.h"
-#include "../session.h"
 #include "sheet.h"
 
 namespace quor_host {
 
 /// Name, period and date of the last bar, its close and how far that is from the one before.
-/// A subject without a code goes by the name of its file.
-void draw_title(const Sheet& sheet, const Subject& subject, const std::string& bars_path,
-                double top, double right);
+void draw_title(const Sheet& sheet, const std::string& name, uint32_t period, double top,
+                double right);
 
 /// "Daily", "5 min"; empty for a code of no known period, or one of days where the bars are of
 /// times.

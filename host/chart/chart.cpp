@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <map>
+#include <span>
 
 #include "../panes/layout.h"
 #include "../panes/measures.h"
@@ -37,6 +40,31 @@ void draw_layers(Painter painter, const Panel& panel, const Record& bars) {
   for (const Record* record : layers) painter.draw(*record);
 }
 
+/// Values of the columns of a script, NaN for a column that it doesn't have.
+class Columns {
+ public:
+  explicit Columns(const quor::engine::Script& script) : script_(script) {}
+
+  double value(uint32_t row, uint32_t column) {
+    const auto [known, is_new] = columns_.try_emplace(column);
+    if (is_new) known->second = find(column);
+    if (known->second.empty()) return std::numeric_limits<double>::quiet_NaN();
+    return known->second[row];
+  }
+
+ private:
+  std::span<const double> find(uint32_t column) const {
+    try {
+      return script_.column(column);
+    } catch (const quor::engine::Misuse&) {
+      return {};
+    }
+  }
+
+  const quor::engine::Script& script_;
+  std::map<uint32_t, std::span<const double>> columns_;
+};
+
 /// What the volume is drawn by where it is wanted, and as many panels as the height has room for.
 std::vector<Panel> panels_of_sheet(const View& view, const View& wide,
                                    const std::vector<Record>& records, const Record& volume,
@@ -49,14 +77,15 @@ std::vector<Panel> panels_of_sheet(const View& view, const View& wide,
 
 }  // namespace
 
-void draw_chart(const Session& session, const Bars& bars, const std::string& bars_path,
+void draw_chart(const quor::engine::Script& script, const ChartTitle& title, const Bars& bars,
                 const ChartOptions& options) {
-  const CellReader cells = [&session](uint32_t row, uint32_t column) {
-    return session.cell(row, column);
+  Columns columns(script);
+  const CellReader cells = [&columns](uint32_t row, uint32_t column) {
+    return columns.value(row, column);
   };
   const View view(cells, bars, options.last);
   const View wide(cells, bars, std::max(options.last, enough_bars));
-  std::vector<Record> records = parse_records(session.shapes());
+  std::vector<Record> records = drawing_records(script);
   records.insert(records.begin(), bars_record(view));
   const Record volume = volume_record();
   std::vector<Panel> panels = panels_of_sheet(view, wide, records, volume, options);
@@ -66,7 +95,7 @@ void draw_chart(const Session& session, const Bars& bars, const std::string& bar
   const Theme& theme = theme_named(options.theme);
   const Sheet sheet{canvas, view, theme};
   canvas.fill({0.0, 0.0, width, height}, theme.ground);
-  draw_title(sheet, session.subject(), bars_path, sheet_margin, width - sheet_margin);
+  draw_title(sheet, title.name, title.period, sheet_margin, width - sheet_margin);
 
   std::vector<Legend> legends;
   for (const Panel& panel : panels) {

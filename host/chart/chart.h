@@ -1,16 +1,24 @@
 // A picture of the bars and of everything that a script draws.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "../bars.h"
 #include "../chart_options.h"
-#include "../session.h"
+#include "engine/engine.h"
 
 namespace quor_host {
 
-/// Draws the last bars of a calculated script, which came from a file, into an SVG or PNG file.
-void draw_chart(const Session& session, const Bars& bars, const std::string& bars_path,
+/// What stands above a picture.
+struct ChartTitle {
+  std::string name;
+  uint32_t period = 0;
+};
+
+/// Draws the last bars of a calculated script into an SVG or PNG file, or as SVG to the standard
+/// output.
+void draw_chart(const quor::engine::Script& script, const ChartTitle& title, const Bars& bars,
                 const ChartOptions& options);
 
 }  // namespace quor_host

@@ -3,6 +3,7 @@
 #include <simdjson.h>
 
 #include <string_view>
+#include <utility>
 
 #include "../errors.h"
 
@@ -42,6 +43,16 @@ std::string title_of(const Record& record) {
   std::string title = record.text("Field1Text");
   if (!record.flag("TitleVisible") || title.starts_with("EMPTY_LINE_NAME_RESERVED")) return "";
   return title;
+}
+
+std::vector<Record> drawing_records(const quor::engine::Script& script) {
+  std::vector<Record> records;
+  for (quor::engine::Record& record : script.records()) {
+    Record& taken = records.emplace_back();
+    for (auto& [key, text] : record.texts) taken.texts.emplace(key, std::move(text));
+    for (auto& [key, number] : record.numbers) taken.numbers.emplace(key, number);
+  }
+  return records;
 }
 
 std::vector<Record> parse_records(const std::string& json) {

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "engine/engine.h"
+
 namespace quor_host {
 
 struct Record {
@@ -44,6 +46,9 @@ bool has_no_value(const Record& record);
 
 /// The title to show in a legend; empty where the record isn't meant to have one.
 std::string title_of(const Record& record);
+
+/// The records of a compiled script.
+std::vector<Record> drawing_records(const quor::engine::Script& script);
 
 /// Throws HostError if the records are no JSON: a quote or bytes that are no UTF-8 in a text, or an
 /// infinite number, go into them unchanged.

@@ -8,19 +8,23 @@
 namespace quor_host {
 
 View::View(CellReader cells, const Bars& bars, size_t last)
-    : cells_(std::move(cells)), bars_(bars), order_(bars.keys.size()) {
+    : cells_(std::move(cells)),
+      bars_(bars),
+      first_(bars.keys.size() - std::clamp<size_t>(last, 1, bars.keys.size())) {
+  if (std::ranges::is_sorted(bars.keys)) return;
+  order_.resize(bars.keys.size());
   std::iota(order_.begin(), order_.end(), size_t{0});
   std::ranges::sort(order_, {}, [&bars](size_t i) { return bars.keys[i]; });
-  for (const size_t place : order_) keys_.push_back(bars.keys[place]);
-  first_ = order_.size() - std::clamp<size_t>(last, 1, order_.size());
+  for (const size_t place : order_) sorted_keys_.push_back(bars.keys[place]);
 }
 
 double View::value(std::optional<uint32_t> column, size_t row) const {
   constexpr double nan = std::numeric_limits<double>::quiet_NaN();
   if (!column) return nan;
   const auto field = bars_.columns.find(*column);
-  const double value = field == bars_.columns.end() ? cells_(static_cast<uint32_t>(row), *column)
-                                                    : field->second[order_[row]];
+  const bool is_here = field != bars_.columns.end() && !field->second.empty();
+  const double value = !is_here ? cells_(static_cast<uint32_t>(row), *column)
+                                : field->second[order_.empty() ? row : order_[row]];
   // Sums and ratios of what lies below stay finite.
   return std::abs(value) < 1e100 ? value : nan;
 }

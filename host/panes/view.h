@@ -46,14 +46,14 @@ using CellReader = std::function<double(uint32_t row, uint32_t column)>;
 
 class View {
  public:
-  /// The bars must outlive it.
+  /// The bars must outlive it. Fields of theirs without values are read as columns of the run.
   View(CellReader cells, const Bars& bars, size_t last);
 
   size_t first_row() const { return first_; }
-  size_t row_count() const { return order_.size(); }
-  size_t last_row() const { return order_.size() - 1; }
+  size_t row_count() const { return bars_.keys.size(); }
+  size_t last_row() const { return row_count() - 1; }
   /// The keys of all rows, in ascending order.
-  const std::vector<int64_t>& keys() const { return keys_; }
+  const std::vector<int64_t>& keys() const { return order_.empty() ? bars_.keys : sorted_keys_; }
   bool has(uint32_t field) const { return bars_.columns.contains(field); }
 
   /// A value of a column or of a field of the bars, by the library's ids, in sight or not. NaN
@@ -73,8 +73,8 @@ class View {
  private:
   CellReader cells_;
   const Bars& bars_;
-  std::vector<size_t> order_;  ///< where the bar of a row stands in the file
-  std::vector<int64_t> keys_;
+  std::vector<size_t> order_;  ///< where the bar of a row stands; empty if the file is in order
+  std::vector<int64_t> sorted_keys_;  ///< empty with the order
   size_t first_ = 0;
   mutable std::map<uint32_t, std::vector<double>> read_;  ///< columns that have been asked for
 };

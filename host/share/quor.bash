@@ -6,11 +6,11 @@ _quor() {
   local options=
   COMPREPLY=()
   if [ "$COMP_CWORD" -eq 1 ]; then
-    COMPREPLY=($(compgen -W 'check run chart scan studio help --help --version' -- "$current"))
+    COMPREPLY=($(compgen -W 'check run chart scan watch format lsp studio help --help --version' -- "$current"))
     return
   fi
   case $previous in
-    --period)
+    -p | --period)
       COMPREPLY=($(compgen -W '15s 1min 5min 15min 30min 1hour day week month quarter year' -- "$current"))
       return
       ;;
@@ -20,18 +20,24 @@ _quor() {
       return
       ;;
     --theme) COMPREPLY=($(compgen -W 'light dark' -- "$current")); return ;;
-    -e | --set | --code | --market | --timezone | --last | --from | --size | --where | --jobs | --sort | --port) return ;;
+    -d | --delimiter) COMPREPLY=($(compgen -W 'comma semicolon tab pipe' -- "$current")); return ;;
+    -e | -s | --set | --code | --market | --timezone | -n | --last | --from | --size | -w | --where | -j | --jobs | --sort | --port | --columns) return ;;
   esac
-  options='-e --set --params --lines --period --code --market --timezone --extra --trading --strict --help'
+  options='-e --set --params --period --market --timezone --extra --trading --strict --quiet --help'
+  local bars='--column --delimiter --calendar --reference --forming --last'
+  local lines='--columns --all --csv --json'
   case $command in
-    check) options="$options --json" ;;
-    run) options="$options --bars --column --calendar --reference --last --json --csv --from --fire" ;;
-    chart) options="$options --bars --column --calendar --reference --last --out --size --theme --no-volume" ;;
-    scan) options='-e --set --period --market --calendar --extra --last --where --jobs --sort --reverse --csv --json --help' ;;
+    check) options="$options --code --lines --json" ;;
+    run) options="$options --code --lines --bars $bars $lines --from --fire" ;;
+    chart) options="$options --code --lines --bars $bars --out --size --theme --no-volume" ;;
+    scan) options="$options $bars $lines --where --jobs --sort --reverse" ;;
+    watch) options="$options --code --lines --bars $bars $lines --finished" ;;
+    format) options='--check --stdin --help' ;;
+    lsp) options='--help' ;;
     studio) options='--bars --port --export --no-open --help' ;;
     help)
-      COMPREPLY=($(compgen -W "check run chart scan studio help $(quor help --list 2>/dev/null)" -- "${current^^}"))
-      [ ${#COMPREPLY[@]} -gt 0 ] || COMPREPLY=($(compgen -W 'check run chart scan studio help' -- "$current"))
+      COMPREPLY=($(compgen -W "check run chart scan watch format lsp studio help $(quor help --list 2>/dev/null)" -- "${current^^}"))
+      [ ${#COMPREPLY[@]} -gt 0 ] || COMPREPLY=($(compgen -W 'check run chart scan watch format lsp studio help' -- "$current"))
       return
       ;;
   esac

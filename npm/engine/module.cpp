@@ -30,9 +30,12 @@ enum class Outcome : int32_t { done = 0, script_failed = 1, misuse = 2, no_memor
 
 /// A script with the bars of one security.
 struct Handle {
-  explicit Handle(std::string source, Settings settings)
-      : subject(settings.subject), script(std::move(source), std::move(settings)) {}
+  explicit Handle(std::string source, Settings given)
+      : settings(std::move(given)),
+        subject(settings.subject),
+        script(std::move(source), settings) {}
 
+  Settings settings;
   quor::engine::Subject subject;
   Script script;
   /// Of the bars taken in last, in their order.
@@ -103,10 +106,15 @@ std::vector<Finding> advice_for(const Handle& handle) {
   input.report = handle.script.report().text;
   input.answer = handle.script.answer();
   input.period = static_cast<int32_t>(handle.subject.period);
+  input.compile = [&handle](std::string_view script) {
+    Settings settings = handle.settings;
+    settings.subject = handle.subject;
+    return Script(std::string(script), std::move(settings)).report().text;
+  };
   return quor_advice::advise(input);
 }
 
-/// Puts the one error among the findings into the answer.
+/// Puts the errors among the findings into the answer.
 void answer_error(const Handle& handle) {
   std::vector<Finding> findings = advice_for(handle);
   std::erase_if(findings, [](const Finding& finding) {

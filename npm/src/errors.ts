@@ -23,9 +23,12 @@ export class ScriptError extends Error {
   /** The place in the script, counted from 1; 0 if the error has none. */
   readonly line: number;
   readonly column: number;
+  /** All errors of the script, of which the one above is the first. */
+  readonly errors: readonly Finding[];
 
-  constructor(finding: Finding) {
-    super(textOf(finding));
+  constructor(finding: Finding, ...others: Finding[]) {
+    super([finding, ...others].map(textOf).join('\n'));
+    this.errors = [finding, ...others];
     this.code = finding.code;
     this.sentence = finding.sentence;
     this.suggestion = finding.suggestion;

@@ -212,7 +212,8 @@ export class Module {
     if (outcome === outcomes.noMemory) throw new OutOfMemory();
     const text = this.#text();
     if (outcome === outcomes.misuse) throw new TypeError(text);
-    throw new ScriptError((JSON.parse(text) as Finding[])[0] ?? unknownError);
+    const [first = unknownError, ...others] = JSON.parse(text) as Finding[];
+    throw new ScriptError(first, ...others);
   }
 
   #withBlock<Result>(size: number, task: (address: Address) => Result): Result {

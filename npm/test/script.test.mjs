@@ -60,6 +60,18 @@ describe('a script', () => {
         return true;
       },
     );
+    assert.throws(
+      () => quor.compile('A:EMMA(C,5);\nB:C;\nD:MA(C);'),
+      (error) => {
+        const places = error.errors.map(({ code, line }) => [code, line]);
+        assert.deepEqual(places, [
+          [2, 1],
+          [7, 3],
+        ]);
+        assert.match(error.message, /nothing defines EMMA.*\n3:3: error: MA takes 2 arguments/);
+        return true;
+      },
+    );
   });
 
   test('is sound after a run that failed', () => {

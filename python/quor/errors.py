@@ -44,10 +44,13 @@ class ScriptError(Exception):
         What to write instead, or an empty text.
     line, column : int
         The place in the script, counted from 1; 0 if the error has none.
+    errors : tuple of Finding
+        All errors of the script, of which the one above is the first.
     """
 
-    def __init__(self, finding: Finding) -> None:
-        super().__init__(finding)
+    def __init__(self, finding: Finding, *others: Finding) -> None:
+        super().__init__(finding, *others)
+        self.errors = (finding, *others)
         self.code = finding.code
         self.sentence = finding.sentence
         self.suggestion = finding.suggestion
@@ -55,7 +58,7 @@ class ScriptError(Exception):
         self.column = finding.column
 
     def __str__(self) -> str:
-        return str(self.args[0])
+        return "\n".join(map(str, self.errors))
 
 
 class ParameterError(ScriptError, ValueError):
@@ -82,9 +85,9 @@ def error_of(finding: Sequence[Any]) -> ScriptError:
 
 def raise_error(engine: _engine.Engine) -> None:
     """Raises ScriptError if the last compile or calculation of an engine failed."""
-    error = engine.error()
-    if error is not None:
-        raise error_of(error)
+    errors = engine.errors()
+    if errors:
+        raise ScriptError(*(Finding(*error) for error in errors))
 
 
 def warn_of(notes: Sequence[Finding], depth: int = 3) -> None:

@@ -9,7 +9,7 @@ import numpy as np
 
 from . import _engine
 from .arrays import Array
-from .errors import Finding, note
+from .errors import Finding, note, warn_of
 from .optional import (
     has_pandas, is_datetime_index, is_frame, is_index, is_multi_index, is_series, pd)
 from .protocols import adopted
@@ -56,6 +56,7 @@ class Bars(NamedTuple):
     index: Any
     labels: Any  #: of the bars in events: the index, or the level of it that has the times
     zoned: Any  #: the times, if they have a zone, as an index
+    doubts: Sequence[str] = ()  #: what no market can have quoted in the file
 
 
 def plain(name: Hashable) -> str:
@@ -146,7 +147,7 @@ class Layout:
 
     def bars_of_file(self, path: str | os.PathLike[str]) -> Bars:
         """The arrays of a file, with no index."""
-        times, columns = self.read_file(path)
+        times, columns, doubts = self.read_file(path)
         fields = []
         for need in self._needs:
             if need.id in columns:
@@ -155,10 +156,12 @@ class Layout:
                 raise ValueError(f"{os.fspath(path)}: the script reads {need.names[0]!r}, and no "
                                  "column of the file is called so")
         self.add_series(fields, times, 1)
-        return Bars(times, 1, fields, None, None, None)
+        return Bars(times, 1, fields, None, None, None, doubts)
 
-    def read_file(self, path: str | os.PathLike[str]) -> tuple[Array, dict[int, Array]]:
-        """Seconds since 1970 and the values of all fields."""
+    def read_file(
+        self, path: str | os.PathLike[str]
+    ) -> tuple[Array, dict[int, Array], list[str]]:
+        """Seconds since 1970, the values of all fields, and what is doubtful in them."""
         wanted = {need.id for need in self._needs} or self._given.keys()
         named = {id_: str(label) if id_ in wanted and label is not None else None
                  for id_, label in self._given.items() if id_ != _TIME}
@@ -203,7 +206,7 @@ class Layout:
 
     def notes(self, bars: Bars, infinity: tuple[int, int] | None) -> list[Finding]:
         """What there is to say about bars, of an infinity in which field and bar are given."""
-        found = []
+        found = notes_of_doubts(bars.doubts)
         if self._has_days and _have_times_of_day(bars):
             found.append(note("there are several bars a day, but their period is said to be a day "
                               "or longer, and the script asks for it", "name the period, as in "
@@ -291,9 +294,15 @@ def read_csv(
     ValueError
         With the line at which the file is wrong.
     """
-    seconds, values = Layout((), columns, duplicates).read_file(path)
+    seconds, values, doubts = Layout((), columns, duplicates).read_file(path)
+    warn_of(notes_of_doubts(doubts))
     names = {need_of(id_).names[0]: column for id_, column in values.items()}
     return pd.DataFrame(names, index=index_of(seconds, name="date"))
+
+
+def notes_of_doubts(doubts: Sequence[str]) -> list[Finding]:
+    """What no market can have quoted in a file, as advice."""
+    return [note(doubt, "correct the file, or leave the bar out") for doubt in doubts]
 
 
 def _labels(frame: Any) -> tuple[Hashable, ...]:

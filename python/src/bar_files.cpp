@@ -55,12 +55,14 @@ Read read(const std::string& path, const quor_bars::Naming& naming) {
 
 py::tuple read_bars(const std::string& path, std::optional<std::string> time,
                     std::map<uint32_t, std::optional<std::string>> fields, bool dates_repeat) {
-  Read file = read(path, {std::move(time), std::move(fields), dates_repeat});
+  Read file = read(path, {std::move(time), std::move(fields), dates_repeat, {}});
   py::dict columns;
   for (auto& [id, values] : file.bars.columns) {
     columns[py::int_(id)] = array_of(std::move(values));
   }
-  return py::make_tuple(array_of(std::move(file.seconds)), columns);
+  py::list doubts;
+  for (const std::string& doubt : file.bars.doubts) doubts.append(text_of(doubt));
+  return py::make_tuple(array_of(std::move(file.seconds)), columns, doubts);
 }
 
 py::array_t<int64_t> seconds_of_texts(const std::vector<std::string>& texts) {

@@ -101,12 +101,14 @@ py::tuple tuple_of(const quor_advice::Finding& finding) {
 
 Engine::Engine(std::string source, Numbers parameters, std::string condition, Context context)
     : subject_(subject_of(std::move(context))),
-      script_(std::move(source), {subject_, std::move(parameters), {}, {}, std::move(condition)}) {}
+      parameters_(std::move(parameters)),
+      script_(std::move(source), {subject_, parameters_, {}, {}, std::move(condition)}) {}
 
 void Engine::restart(Numbers parameters) {
   const py::gil_scoped_release release;
   const std::lock_guard guard(lock_);
-  script_.restart_with(std::move(parameters));
+  parameters_ = std::move(parameters);
+  script_.restart_with(parameters_);
   run_failed_ = false;
 }
 
@@ -368,6 +370,18 @@ py::list Engine::findings() {
   return list;
 }
 
+py::list Engine::errors() {
+  const std::lock_guard guard(lock_);
+  py::list list;
+  if (!first_error()) return list;
+  for (Finding& finding : advise()) {
+    if (finding.severity != quor_advice::Severity::error) continue;
+    if (script_.report().failure.in_condition) finding.line = finding.column = 0;
+    list.append(tuple_of(finding));
+  }
+  return list;
+}
+
 std::optional<py::tuple> Engine::error() {
   const std::lock_guard guard(lock_);
   const auto finding = first_error();
@@ -532,6 +546,11 @@ std::vector<Engine::Finding> Engine::advise() const {
   input.answer = script_.answer();
   input.period = static_cast<int32_t>(subject_.period);
   input.supply = std::move(supply);
+  input.compile = [this](std::string_view script) {
+    return quor::engine::Script(std::string(script), {subject_, parameters_, {}, {}, {}})
+        .report()
+        .text;
+  };
   return quor_advice::advise(input);
 }
 

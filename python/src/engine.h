@@ -93,6 +93,8 @@ class Engine {
   std::vector<std::string> shapes();
   /// What the advice says about the last compile and the last calculation.
   pybind11::list findings();
+  /// All errors if the last compile or calculation failed.
+  pybind11::list errors();
   /// The failure of the last compile or calculation, as a finding; nothing without one. That of a
   /// condition has no place in the script.
   std::optional<pybind11::tuple> error();
@@ -145,6 +147,7 @@ class Engine {
 
   std::mutex lock_;  ///< guards all below
   const quor::engine::Subject subject_;
+  Numbers parameters_;
   quor::engine::Script script_;
   bool run_failed_ = false;
   std::vector<int64_t> keys_;     ///< of the last bars taken in, in their order

@@ -71,6 +71,7 @@ PYBIND11_MODULE(_engine, module) {
       .def("lines", &Engine::lines)
       .def("shapes", &Engine::shapes)
       .def("findings", &Engine::findings)
+      .def("errors", &Engine::errors)
       .def("error", &Engine::error);
   module.def("parameter_faults", &quor_python::parameter_faults);
   module.def("names_in", &quor_python::names_in);

@@ -36,7 +36,7 @@ struct ColumnTraits {
   bool revisits = false;        ///< it evaluates arguments at other bars than its own
   bool displaces = false;       ///< with a fixed period, at one other bar, always as far away
   bool starts_late = false;     ///< it leaves arguments unevaluated at the first rows
-  bool side_by_side = false;    ///< over fields, by `run_side_by_side`
+  bool side_by_side = false;    ///< by `run_side_by_side`
   bool keeps_results = false;   ///< results of earlier bars, in columns that it takes itself
   SeriesPlace series = SeriesPlace::nowhere;  ///< of its first arguments
   size_t series_count = 1;
@@ -65,11 +65,12 @@ class BaseFunc {
   virtual bool by_columns() const { return row_.by_columns; }
   /// Unless the word says more, its arguments may be evaluated at any bars in any order.
   virtual ColumnTraits column_traits() const { return {.passes_over = true, .revisits = true}; }
-  /// Whether the call, whose first argument is a field, could be one of these.
+  /// Whether the call could be one of these.
   virtual bool can_run_side_by_side(const ColumnCall&) const { return false; }
   /// What `column` does, for several calls over the same rows at once, so that their divisions
   /// overlap. The results stand in the columns of the calls, whose cells need not be put back.
-  virtual void run_side_by_side(std::span<const ColumnCall>) const {}
+  /// False where one of them has to go bar by bar.
+  virtual bool run_side_by_side(std::span<const ColumnCall>) const { return false; }
   /// Whether a bar evaluates the argument at a position.
   virtual bool reads_argument(size_t) const { return true; }
 

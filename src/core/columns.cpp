@@ -70,7 +70,34 @@ void Columns::run_group(std::span<const Early> calls) {
     early_.push_back(early);
     group_.push_back(call);
   }
-  if (!group_.empty()) calls.front().call->function->run_side_by_side(group_);
+  if (group_.empty() || calls.front().call->function->run_side_by_side(group_)) return;
+  for (const Early& early : calls) give_up_early(early.position);
+}
+
+/// A call that waits for its own last value at each row, and that hasn't been worked out.
+bool Columns::can_pair(const Operand& operand, Block rows) {
+  if (operand.source != Operand::Source::reference) return false;
+  Variable& call = *operand.variable;
+  if (call.kind != VariableKind::call || call.function == nullptr || is_early(call, rows))
+    return false;
+  return call.function->column_traits().side_by_side && nesting_ < most_column_levels &&
+         call.function->can_run_side_by_side({*this, call, rows, null_value});
+}
+
+/// Two such calls of one word, the operands of a step. False where the step is declined.
+bool Columns::run_pair(const Step& step) {
+  Variable* const calls[] = {step.right.variable, step.left.variable};
+  for (const Variable* call : calls) {
+    overwrite(call->column_index, block_);
+    for (const int32_t column : call->aux_column_indexes) overwrite(column, block_);
+  }
+  const ColumnCall pair[] = {{*this, *calls[0], block_, null_value},
+                             {*this, *calls[1], block_, null_value}};
+  ++nesting_;
+  const bool is_done = calls[0]->function->run_side_by_side(pair);
+  --nesting_;
+  for (Variable* call : calls) early_.push_back({call, position_});
+  return is_done;
 }
 
 bool Columns::is_early(const Variable& call, Block rows) const {
@@ -248,7 +275,13 @@ const double* Columns::program_values(const Program& program, Block rows, double
     partials = many.data();
   }
   const size_t size = rows.size();
+  const bool is_block = rows.first == block_.first && rows.end == block_.end;
   for (const Step& step : program.steps) {
+    if (is_block && step.kind == Step::Kind::reduce && can_pair(step.right, rows) &&
+        can_pair(step.left, rows) && step.right.variable != step.left.variable &&
+        step.right.variable->function == step.left.variable->function && !run_pair(step)) {
+      return nullptr;
+    }
     const double* right = operand_values(step.right, rows, 0.0, partials);
     const bool reduces = step.kind == Step::Kind::reduce;
     const double* left = reduces ? operand_values(step.left, rows, 0.0, partials) : right;

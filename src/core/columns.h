@@ -118,6 +118,8 @@ class Columns {
                                const double* const* partials);
   bool is_early(const Variable& call, Block rows) const;
   void run_group(std::span<const Early> calls);
+  bool can_pair(const Operand& operand, Block rows);
+  bool run_pair(const Step& step);
   void put_back(const Overwritten& cells, int32_t first);
   void put_back_since(size_t cells, size_t memories);
 
@@ -128,7 +130,7 @@ class Columns {
   std::vector<Overwritten> overwritten_;
   std::vector<double> old_values_;
   std::vector<Memory> memories_;
-  std::vector<Early> early_;       ///< what has been worked out
+  std::vector<Early> early_;       ///< what has been worked out ahead of its step
   std::vector<ColumnCall> group_;  ///< what is worked out at once
   Block block_;
   size_t position_ = 0;
@@ -178,7 +180,8 @@ struct ColumnCall {
     std::copy_n(found, size(), overwrite(column));
     return found;
   }
-  /// The cells of a column at the rows of a call that runs early, which need no putting back.
+  /// The cells of a column at the rows of a call that runs beside others, which need no putting
+  /// back.
   double* own_cells(int32_t column) const {
     return table().writable_cells(column, rows.first).data();
   }

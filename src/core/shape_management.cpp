@@ -13,11 +13,6 @@ std::string ShapeManagement::title_of(const BaseShape& record) const {
   return record.ShapeName + std::to_string(count);
 }
 
-void ShapeManagement::clear() {
-  records_.clear();
-  shape_serial_.clear();
-}
-
 std::string ShapeManagement::to_json() const {
   std::string text = "[";
   for (const auto& record : records_) {

@@ -15,7 +15,6 @@ class ShapeManagement {
   void add(std::shared_ptr<BaseShape> record);
   /// The record's ShapeName and the count of that name so far, at least 1.
   std::string title_of(const BaseShape& record) const;
-  void clear();
   /// All records in order of creation.
   const std::vector<std::shared_ptr<BaseShape>>& records() const { return records_; }
   /// The same as a JSON array, "[]" for none.

@@ -37,6 +37,14 @@ bool outlasts_bars(const CompiledScript& script) {
   });
 }
 
+/// Whether another bar may change what a call gave at bars before.
+bool follows_later_bars(const CompiledScript& script) {
+  return std::ranges::any_of(script.variable_list, [](const Variable* variable) {
+    return variable->function != nullptr &&
+           traits_of(*variable).has_any(in_full | reads_forward | follows_rows);
+  });
+}
+
 Report report_of(const DataPoolCenter& pool, std::string text) {
   Report report;
   report.failure = failure_of_report(text);
@@ -205,6 +213,10 @@ Failure Script::calculate(uint32_t first_row, bool with_events) {
   body.events_are_told = false;
   body.answer = body.parser.exec(static_cast<int32_t>(first_row), with_events);
   return failure_of_answer(body.answer);
+}
+
+bool Script::follows_later_bars() const {
+  return engine::follows_later_bars(body_->parser.pool().script);
 }
 
 uint32_t Script::row_count() const { return static_cast<uint32_t>(body_->table().row_count()); }

@@ -68,6 +68,12 @@ class Script {
   /// with an error, a calendar that is none.
   Failure calculate(uint32_t first_row = 0, bool with_events = false);
 
+  /// Whether another bar may change values at bars before, as a look ahead or the number of bars
+  /// does: a bar that comes or changes then gives the values of a run over all bars only if all are
+  /// set and calculated again, behind a restart. Else it is enough to calculate from the bar
+  /// before.
+  bool follows_later_bars() const;
+
   uint32_t row_count() const;
   /// Misuse: a row that isn't there.
   int64_t key_of(uint32_t row) const;

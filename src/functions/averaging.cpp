@@ -205,13 +205,14 @@ const double* moving_average(const ColumnCall& call) {
   return results;
 }
 
-void moving_averages(std::span<const ColumnCall> calls) {
+bool moving_averages(std::span<const ColumnCall> calls) {
   const auto lane_of_own = [](const ColumnCall& call) {
-    return lane_of(call, call.values(0), call.own_cells(call.variable.column_index),
+    return lane_of(call, call.stored(0, call.argument(0)->column_index),
+                   call.own_cells(call.variable.column_index),
                    call.own_cells(call.variable.aux_column_indexes[0]));
   };
   const size_t size = calls.front().size();
-  in_groups(calls, lane_of_own, [size](const auto& lanes) {
+  return in_groups(calls, lane_of_own, [size](const auto& lanes) {
     const bool all_steady =
         std::ranges::all_of(lanes, [](const MeanLane& lane) { return lane.is_steady(0); });
     const size_t end = all_steady ? steady_means(lanes, 0, size) : 0;

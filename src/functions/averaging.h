@@ -117,8 +117,8 @@ double moving_average(const Call& call);
 const double* moving_average(const ColumnCall& call);
 /// Whether the call's columns are there.
 bool can_average(const ColumnCall& call);
-/// The same for several such calls side by side.
-void moving_averages(std::span<const ColumnCall> calls);
+/// The same for several such calls side by side; false where one is declined.
+bool moving_averages(std::span<const ColumnCall> calls);
 
 /// Writes the bar's state or result into a column and gives it back.
 inline double stored(const Call& call, int32_t column, double value) {

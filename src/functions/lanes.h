@@ -2,8 +2,10 @@
 // each in its own order, so that every result is that of one window after the other.
 #pragma once
 
+#include <bit>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <utility>
 
@@ -117,19 +119,6 @@ Lanes<Part> fused_quotient(const Lanes<Part>& x, Divisor d) {
   });
 }
 
-/// Whether sums of the values, their differences and the squares of these stay where no bit is lost
-/// at either end of the doubles: all are zeros or of a middling size. A null isn't.
-inline bool are_moderate(const double* values, size_t count) {
-  constexpr double least = 0x1p-300;
-  constexpr double most = 0x1p300;
-  bool all = true;
-  for (size_t i = 0; i < count; ++i) {
-    const double size = std::fabs(values[i]);
-    all &= (size == 0.0) | ((size >= least) & (size <= most));
-  }
-  return all;
-}
-
 #if defined(__x86_64__) && !defined(__clang__)
 /// For a function that runs only where `can_fuse`: everything that it calls is compiled into it for
 /// such processors.
@@ -145,5 +134,20 @@ constexpr bool can_fuse() { return true; }
 #define QUOR_FUSED
 constexpr bool can_fuse() { return false; }
 #endif
+
+/// Whether sums of the values, their differences and the squares of these stay where no bit is lost
+/// at either end of the doubles: all are zeros or of a middling size. A null isn't.
+QUOR_FUSED inline bool are_moderate(const double* values, size_t count) {
+  constexpr auto least = std::bit_cast<int64_t>(0x1p-300);
+  constexpr auto most = std::bit_cast<int64_t>(0x1p300);
+  int64_t others = 0;
+  for (size_t i = 0; i < count; ++i) {
+    // Without their sign doubles are in the order of their bits.
+    const int64_t size = std::bit_cast<int64_t>(values[i]) & INT64_MAX;
+    others |=
+        static_cast<int64_t>(size != 0) & static_cast<int64_t>((size < least) | (size > most));
+  }
+  return others == 0;
+}
 
 }  // namespace quor

@@ -20,8 +20,8 @@ class MA final : public BaseFunc {
   }
   const double* column(const ColumnCall& call) const override { return moving_average(call); }
   bool can_run_side_by_side(const ColumnCall& call) const override { return can_average(call); }
-  void run_side_by_side(std::span<const ColumnCall> calls) const override {
-    moving_averages(calls);
+  bool run_side_by_side(std::span<const ColumnCall> calls) const override {
+    return moving_averages(calls);
   }
   ColumnTraits column_traits() const override {
     return {.side_by_side = true, .series = SeriesPlace::own_column};

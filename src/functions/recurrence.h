@@ -63,9 +63,9 @@ class Recurrence : public BaseFunc {
     Step step;
     return takes_numbers(call, step) && call.variable.has_column();
   }
-  void run_side_by_side(std::span<const ColumnCall> calls) const final {
+  bool run_side_by_side(std::span<const ColumnCall> calls) const final {
     const size_t size = calls.front().size();
-    in_groups(calls, lane_of, [size](const auto& lanes) { run(lanes, size); });
+    return in_groups(calls, lane_of, [size](const auto& lanes) { run(lanes, size); });
   }
 
   ColumnTraits column_traits() const final { return {.side_by_side = true}; }

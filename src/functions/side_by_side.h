@@ -1,6 +1,7 @@
 // Loops over rows that each wait for their own last result, taken several at once.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <span>
@@ -11,20 +12,26 @@
 namespace quor {
 
 /// Hands lanes of the calls to `run`, as arrays of `count`, as long as there are enough calls.
+/// False at a lane without a series, which the calls from there on don't get over.
 template <size_t count, typename LaneOf, typename Run>
-void in_groups_of(std::span<const ColumnCall>& calls, const LaneOf& lane_of, const Run& run) {
+bool in_groups_of(std::span<const ColumnCall>& calls, const LaneOf& lane_of, const Run& run) {
   for (; calls.size() >= count; calls = calls.subspan(count)) {
-    [&]<size_t... i>(std::index_sequence<i...>) { run(std::array{lane_of(calls[i])...}); }
+    const auto lanes = [&]<size_t... i>(std::index_sequence<i...>) {
+      return std::array{lane_of(calls[i])...};
+    }
     (std::make_index_sequence<count>());
+    if (std::ranges::any_of(lanes, [](const auto& lane) { return lane.x == nullptr; }))
+      return false;
+    run(lanes);
   }
+  return true;
 }
 
 /// Hands what `lane_of` makes of the calls to `run` by four, by two and one by one.
 template <typename LaneOf, typename Run>
-void in_groups(std::span<const ColumnCall> calls, const LaneOf& lane_of, const Run& run) {
-  in_groups_of<4>(calls, lane_of, run);
-  in_groups_of<2>(calls, lane_of, run);
-  in_groups_of<1>(calls, lane_of, run);
+bool in_groups(std::span<const ColumnCall> calls, const LaneOf& lane_of, const Run& run) {
+  return in_groups_of<4>(calls, lane_of, run) && in_groups_of<2>(calls, lane_of, run) &&
+         in_groups_of<1>(calls, lane_of, run);
 }
 
 }  // namespace quor

@@ -3,24 +3,10 @@
 #include <algorithm>
 #include <array>
 
+#include "tables/colours.h"
+
 namespace quor {
 namespace {
-
-struct ColourRow {
-  std::string_view word;
-  std::string_view brush;
-};
-
-constexpr ColourRow ColorBrushTable[] = {
-    {"COLORRED", "TempBrushKey.#CC3030"},     {"COLORLIRED", "TempBrushKey.#FF7575"},
-    {"COLORGREEN", "TempBrushKey.#0C993F"},   {"COLORLIGREEN", "TempBrushKey.#5BE58E"},
-    {"COLORBLUE", "TempBrushKey.#19A0FF"},    {"COLORLIBLUE", "TempBrushKey.#75C6FF"},
-    {"COLORMAGENTA", "TempBrushKey.#EF39B2"}, {"COLORYELLOW", "TempBrushKey.#FFD933"},
-    {"COLORCYAN", "TempBrushKey.#00C6D1"},    {"COLORGRAY", "TempBrushKey.#434448"},
-    {"COLORGREY", "TempBrushKey.#434448"},    {"COLORLIGRAY", "TempBrushKey.#B4B6B8"},
-    {"COLORLIGREY", "TempBrushKey.#B4B6B8"},  {"COLORBLACK", "TempBrushKey.#000000"},
-    {"COLORWHITE", "TempBrushKey.#FFFFFF"},
-};
 
 constexpr std::array<std::string_view, 10> AutoColorPalette = {
     "Brush.Cyan7", "Brush.Green7", "Brush.Orange7", "Brush.Pink7", "Brush.Blue7",
@@ -57,7 +43,7 @@ constinit const WordSet StickWordSet(stick_words);
 constinit const WordSet DotWordSet(dot_words);
 
 std::optional<std::string_view> colour_brush(std::string_view word) {
-  const auto row = std::ranges::find(ColorBrushTable, word, &ColourRow::word);
+  const auto row = std::ranges::find(ColorBrushTable, word, &Colour::word);
   if (row == std::end(ColorBrushTable)) return std::nullopt;
   return row->brush;
 }

@@ -7,7 +7,7 @@ set -u
 share=$samples/../host/share
 # A program may be built without the studio.
 has() { quor --help | grep -q "^  $1 "; }
-commands="check, run, chart, scan, $(! has studio || echo 'studio, ')help"
+commands="check, run, chart, scan, watch, format, lsp, $(! has studio || echo 'studio, ')help"
 
 # Numbers for parameters: the option beats the file, and what has no effect is told.
 printf 'date,close\n2024-01-02,1\n2024-01-03,2\n2024-01-04,4\n' >bars.csv
@@ -23,10 +23,10 @@ quor: warning: --set N=2: the script'\''s own CONST N stands
 quor: warning: --set C=2.5: this hides the bar field C
 date               A
 2024-01-04  2.500000' run -e 'CONST N:3;A:=MA(C,N);' --bars bars.csv --set M=1 --set N=2 --set C=2.5 --last 1
-expect 1 'quor: --set N: write NAME=NUMBER, as in --set N=5' check -e 'A:N;' --set N
-expect 1 'quor: --set n=3: N is set twice' run -e 'A:N;' --bars bars.csv --set N=2 --set n=3
-expect 1 'quor: --set N=3: N is set twice' scan -e 'A:N;' bars.csv --set N=2 --set N=3
-expect 1 'quor: --set N=0.0000004: six decimals are kept, which makes it 0.000000' \
+misused '--set N: write NAME=NUMBER, as in --set N=5' check -e 'A:N;' --set N
+misused '--set n=3: N is set twice' run -e 'A:N;' --bars bars.csv --set N=2 --set n=3
+misused '--set N=3: N is set twice' scan -e 'A:N;' bars.csv --set N=2 --set N=3
+misused '--set N=0.0000004: six decimals are kept, which makes it 0.000000' \
   check -e 'A:N;' --set N=0.0000004
 expect 0 'date        A
 2024-01-04  1' run -e 'A:=C*N=4*0.123456;' --bars bars.csv --set N=0.123456 --last 1
@@ -164,7 +164,7 @@ if [ -z "$emulator" ]; then
   expect 1 "quor: $long: can't be opened: File name too long" check "$long"
 fi
 expect 1 'quor: folder.csv: is a directory, not a file' run -e 'A:=C;' --bars folder.csv
-expect 2 "quor: the script and the bars can't both come from the pipe" run - --bars -
+misused "the script and the bars can't both come from the pipe" run - --bars -
 
 # Mistakes of the command line: what to write instead.
 expect 2 "quor: 'rnu' is no command; did you mean run?" rnu a.quor --bars bars.csv
@@ -214,7 +214,7 @@ warned.quor:1:1: warning: this statement has no effect; write a name and ':=' in
 C>O;
 ^~~
 3 scripts: 1 sound, 1 with errors, 1 with warnings" check scripts warned.quor
-expect 2 'quor: --json is for one script' check scripts --json
+misused '--json is for one script' check scripts --json
 mkdir empty
 expect 1 'quor: empty: holds no script (*.quor)' check empty
 same "$(quor -V)" "$(quor --version)" 'quor -V'
@@ -230,19 +230,81 @@ date               A
 2024-01-02  1.500000' run -e 'A:=C;' --bars tabs.csv --column 'close=Adj Close'
 expect 1 "quor: tabs.csv:1: the header names no 'close' column; it names date, Adj Close, high, low; 'Adj Close' is near" \
   run -e 'A:=C;' --bars tabs.csv
-expect 1 'quor: --column close: write FIELD=COLUMN, such as close="Adj Close"' \
+misused '--column close: write FIELD=COLUMN, such as close="Adj Close"' \
   run -e 'A:=C;' --bars tabs.csv --column close
-expect 1 'quor: --column price=x: no field is called price; fields are date, open, high, low, close, volume, amount' \
+misused '--column price=x: no field is called price; fields are date, open, high, low, close, volume, amount' \
   run -e 'A:=C;' --bars tabs.csv --column price=x
-printf '\037\213\010' >packed.csv.gz
-expect 1 'quor: packed.csv.gz: is packed by gzip; unpack it by gzip -d, or read it from a pipe of gzip -dc' \
-  run -e 'A:=C;' --bars packed.csv.gz
+expect 0 'date               B         A
+2024-01-02  2.500000  1.500000' run -e 'A:=C;B:=C+1;' tabs.csv -q -d tab --column 'close=Adj Close' --columns b,a
+sed 's/\t/^/g' tabs.csv >carets.csv
+expect 0 'date               A
+2024-01-02  1.500000' run -e 'A:C;B:=C;' carets.csv -q -d ^ --column 'close=Adj Close'
+misused '--delimiter ab: write one character, or comma, semicolon, tab or pipe' run -e 'A:C;' tabs.csv -d ab
+if command -v gzip >/dev/null; then
+  # Two packed texts behind one another are one, with a first line in each.
+  { gzip -c <bars.csv && sed 's/2024/2025/' bars.csv | gzip -c; } >packed.csv.gz
+  head -c 30 packed.csv.gz >cut.csv.gz
+  printf '\037\213\010\000\000\000\000\000\000\003\377damaged' >damaged.csv.gz
+  if quor run -e 'A:C;' packed.csv.gz 2>&1 | grep -q 'unpack it by'; then
+    # A program may be built without what unpacks.
+    for packed in packed cut damaged; do
+      expect 1 "quor: $packed.csv.gz: is packed by gzip; unpack it by gzip -d, or read it from a pipe of gzip -dc" \
+        run -e 'A:C;' $packed.csv.gz
+    done
+  else
+    expect 0 'date,A
+2024-01-02,1
+2024-01-03,2
+2024-01-04,4
+2025-01-02,1
+2025-01-03,2
+2025-01-04,4' run -e 'A:C;' -b packed.csv.gz --csv
+    expect 0 'security  date        A
+packed    2025-01-04  4' scan -e 'A:C;' packed.csv.gz
+    expect 1 'quor: cut.csv.gz: ends in the middle of what is packed' run -e 'A:C;' cut.csv.gz
+    expect 1 'quor: damaged.csv.gz: is packed by gzip and damaged' run -e 'A:C;' damaged.csv.gz
+  fi
+fi
+
+# Which lines are printed: those that are drawn, all where none is, or as the user says.
+set -- run bars.csv -q -n 1 -e
+expect 0 'date        A
+2024-01-04  4' "$@" 'A:C;B:=C+1;'
+expect 0 'date        B
+2024-01-04  5' "$@" 'B:=C+1;'
+expect 0 'date        A  B
+2024-01-04  4  5' "$@" 'A:C;B:=C+1;' --all
+expect 0 'date        B  A
+2024-01-04  5  4' "$@" 'A:C;B:=C+1;' --columns b,A
+expect 0 'date        B
+2024-01-04  5' run -q -n 1 -e 'A:C;B:=C+1;' --columns B bars.csv
+misused '--columns BB: the script has no such line; did you mean B?' "$@" 'A:C;B:=C+1;' --columns A,BB
+# JSON and comma-separated values have one form of date.
+same "$(quor run bars.csv -q -e 'A:C;' --json -n 2 | grep dates)" '"dates":["2024-01-03","2024-01-04"],' 'dates in JSON'
+same "$(quor scan bars.csv -q -e 'A:C;B:=C;' --json | grep date)" '{"security":"bars","date":"2024-01-04","A":4}],' 'a date of a scan in JSON'
+
+# Quiet: what is wrong, and nothing else.
+expect 0 '' check -e 'A:C^2;' --quiet
+expect 1 "-e:1:4: warning: '^' is no operator; write POW(x,y) for a power
+A:C^2;
+   ^" check -e 'A:C^2;' --quiet --strict
+same "$(quor run -e 'A:C;' -b bars.csv --quiet -n 0 2>&1)" 'date  A' 'quor run --quiet'
+same "$(quor check -q -e 'A:X;' 2>&1 | head -n 1)" \
+  '-e:1:3: error: nothing defines X (code 2); declare it above, or as a constant: CONST X:number;' 'quor check -q'
+
+# Colours on a terminal alone.
+if [ -z "$emulator" ] && command -v script >/dev/null; then
+  on_terminal() { TERM=xterm script -qec "$1" /dev/null | tr -d '\r' | sed 's/\x1b/ESC/g'; }
+  same "$(on_terminal "$program check -e 'A:X;'" | head -n 1)" 'ESC[1m-e:1:3:ESC[0m ESC[1;31merror:ESC[0m nothing '\
+'defines X (code 2); declare it above, or as a constant: CONST X:number;' 'an error on a terminal'
+  same "$(NO_COLOR=1 on_terminal "$program check -e 'A:X;'" | grep -c ESC)" 0 'NO_COLOR'
+fi
 
 expect 2 'quor: -e: an empty text is no script
 quor run --help tells more' run -e '' --bars bars.csv
 expect 2 'quor: --where: an empty text is no expression
 quor scan --help tells more' scan -e 'A:C;' bars.csv --where ' '
-expect 1 'quor: --from 3: there are only 3 bars, the first of them is row 0' run -e 'A:C;' --bars bars.csv --from 3
+misused '--from 3: the bars are 3, and the first of them is row 0' run -e 'A:C;' --bars bars.csv --from 3
 if [ -z "$emulator" ]; then
   for command in 'run -e A:C; --bars bars.csv' 'scan -e A:C; bars.csv' 'check -e A:C;' 'help MA' 'run --help'; do
     same "$({ quor $command 2>&1 >/dev/full; echo $?; } | tail -n 2)" "quor: the output can't be written
@@ -289,13 +351,25 @@ for command in $(echo "$commands" | tr -d ,); do
   quor $command --help | grep -q "^  quor $command " || same 'no example' 'an example' "quor $command --help"
 done
 
+# What the tasks show of the command line is what it does.
+mkdir tasks
+awk '/^```csv / { file = "tasks/" $2; next }
+  /^```console/ { file = "tasks/" ++count ".console"; next }
+  /^```/ { file = "" }
+  file != "" { print > file }' "$samples/../docs/tasks.md"
+for shown in tasks/*.console; do
+  command=$(sed -n '1s/^\$ //p' "$shown")
+  same "$(cd tasks && eval "$command" 2>/dev/null)" "$(sed 1d "$shown")" "$command"
+done
+same "$(ls tasks/*.console | wc -l | tr -d ' ')" 3 'commands in docs/tasks.md'
+
 # The options of all commands are those of the manual page and of each completion.
 quor_options() {
-  for command in '' check run chart scan studio; do quor $command --help; done
+  for command in '' check run chart scan watch format lsp studio; do quor $command --help; done
 }
 options_in() { grep -o -e '--[a-z][a-z-]*' | sort -u; }
 options=$(quor_options | options_in)
-if [ "$commands" = 'check, run, chart, scan, studio, help' ]; then
+if [ "$commands" = 'check, run, chart, scan, watch, format, lsp, studio, help' ]; then
   same "$(sed 's/\\-/-/g' "$share/quor.1" | options_in)" "$options" quor.1
   # Completions ask for the list of words, which isn't meant for people.
   same "$(grep -v '^#' "$share/quor.bash" | sed 's/help --list//' | options_in)" "$options" quor.bash

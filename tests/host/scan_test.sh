@@ -28,7 +28,7 @@ expect 0 'security,date,M,UP
 B,2024-01-03,1.5,1
 A,2024-01-04,4.25,1' scan script.quor market --set N=2 --csv --reverse
 expect 0 '{"rows":[
-{"security":"B","key":20240103000000,"X":2}],
+{"security":"B","date":"2024-01-03","X":2}],
 "failures":[]}' scan -e 'X:C;' market --where 'C=2' --json --jobs 7
 expect 0 'security  date  X' scan -e 'X:C;' market --where 'X>100'
 
@@ -43,13 +43,13 @@ quor: 2 of 5 files failed
   market/D.csv:3: same date as in line 2
   market/E.csv:2: '"'many'"' in the column of CLOSE (11) is no number' scan -e 'X:C;' market --csv
 expect 1 'security  date  X
-quor: 1 of 1 files failed
+quor: 1 of 1 file failed
   market/B.csv: no column for VOL (13), which the script reads' scan -e 'X:V;' market/B.csv
 expect 1 '-e:1:9: warning: the period of STD is negative: -5
 X:STD(C,0-5);
         ^~~
 security  date  X
-quor: 1 of 1 files failed
+quor: 1 of 1 file failed
   market/B.csv: the period of STD is negative: -5 ("vector too long") (code 4000)' scan -e 'X:STD(C,0-5);' market/B.csv
 
 # The period is told by the bars of each file, as `run` tells it; --period sets one for all.
@@ -103,16 +103,36 @@ X:C+NOTHING;
 X:C+NOTHING;' market
 expect 1 'quor: --where Z>1: nothing defines Z (code 2)' scan -e 'X:C;' market --where 'Z>1'
 expect 1 "quor: the condition 'X;Y' isn't one plain expression" scan -e 'X:C;' market --where 'X;Y'
-expect 1 'quor: the script reads 600000|11, and a scan has data of each security alone' \
-  scan -e 'X:"600000$CLOSE";' market
+# Data of another security is the same for all; what a file of bars lacks is told once.
+printf 'date,close\n2024-01-03,10\n2024-01-04,20\n' >index.csv
+set -- scan -e 'I:="600000$CLOSE";X:C/I;' market/A.CSV market/B.csv
+expect 0 'security  date               X
+A         2024-01-04  0.375000
+B         2024-01-03  0.200000' "$@" --reference 600000=index.csv
+expect 0 'quor: warning: no data for 600000 CLOSE (11), which reads as null; --reference gives it
+security  date           X
+A         2024-01-04  null
+B         2024-01-03  null' "$@"
+printf 'date|high|last\n2024-01-02|1|2\n' >strange.csv
+expect 0 'quor: warning: strange.csv:2: the high 1 is below the close 2
+security  date        X
+strange   2024-01-02  2' scan -e 'X:C;' strange.csv --column close=last
+expect 1 '-e:1:5: warning: RED is no style item and has no effect; did you mean COLORRED?
+X:C,RED;Y:=C;
+    ^~~
+security  date         X
+index     2024-01-04  20' scan -e 'X:C,RED;Y:=C;' index.csv --strict
+expect 0 'security  date         Y
+index     2024-01-04  21' scan -e 'X:C;Y:=C+1;' index.csv --columns Y
+
 expect 1 'quor: none: no such file or folder' scan -e 'X:C;' none
-expect 1 'quor: no files and no folders with bars are given' scan script.quor
-expect 1 'quor: --sort Z: the script has no such line' scan -e 'X:C;' market --sort Z
-expect 1 'quor: --set N: write NAME=NUMBER, as in --set N=5' scan -e 'X:C;' market --set N
+misused 'no files and no folders with bars are given' scan script.quor
+misused '--sort Z: the script has no such line' scan -e 'X:C;' market --sort Z
+misused '--set N: write NAME=NUMBER, as in --set N=5' scan -e 'X:C;' market --set N
 mkdir other
 cp market/B.csv other
-expect 1 'quor: other/B.csv and market/B.csv: two files are of security B' scan -e 'X:C;' market other
-expect 1 'quor: market/B.csv: is given twice' scan -e 'X:C;' market market/B.csv
+misused 'other/B.csv and market/B.csv: two files are of security B' scan -e 'X:C;' market other
+misused 'market/B.csv: is given twice' scan -e 'X:C;' market market/B.csv
 mkdir empty
 expect 1 'quor: empty: no file in this folder ends in .csv' scan -e 'X:C;' empty
 

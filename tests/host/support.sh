@@ -25,6 +25,14 @@ expect() {
   failures=$((failures + 1))
 }
 
+# misused TEXT COMMAND ARGUMENTS...: the command line says something impossible, and help is near.
+misused() {
+  said=$1
+  shift
+  expect 2 "quor: $said
+quor $1 --help tells more" "$@"
+}
+
 # same TEXT EXPECTED WHAT
 same() {
   [ "$1" = "$2" ] && return

@@ -150,6 +150,15 @@ def test_odd_files_are_refused_by_their_line(tmp_path, text, fault):
     assert result.attrs["failures"] == {"odd": str(caught.value)}
 
 
+def test_what_no_market_has_quoted_is_doubted(tmp_path):
+    path = tmp_path / "odd.csv"
+    path.write_text("date,high,low,close\n2024-01-02,1,3,2\n")
+    with pytest.warns(quor.BarsWarning, match="odd.csv:2: the high 1 is below the low 3"):
+        assert quor.read_csv(path)["high"].tolist() == [1]
+    with pytest.warns(quor.BarsWarning, match="odd.csv:2: the high 1 is below"):
+        assert quor.scan("A:C;", path)["A"].tolist() == [2]
+
+
 def test_a_file_is_read_by_the_names_of_its_columns(tmp_path):
     path = tmp_path / "odd \udce9.csv"
     path.write_text("\ufeffDay,Open_Interest,last price,note,HIGH,date\n"

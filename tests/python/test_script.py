@@ -309,6 +309,12 @@ def test_errors_tell_code_sentence_and_place():
     assert error.sentence == "nothing defines EMMA"
     assert str(error) == "2:3: error: nothing defines EMMA (code 2); did you mean EMA?"
     assert str(pickle.loads(pickle.dumps(error))) == str(error)
+    with pytest.raises(quor.ScriptError) as caught:
+        quor.compile("A:EMMA(C,5);\nB:C;\nD:MA(C);")
+    assert [(one.code, one.line) for one in caught.value.errors] == [(2, 1), (7, 3)]
+    assert caught.value.sentence == "nothing defines EMMA"
+    assert str(caught.value).splitlines()[1].startswith("3:3: error: MA takes 2 arguments")
+    assert pickle.loads(pickle.dumps(caught.value)).errors == caught.value.errors
 
 
 def test_a_failing_run_raises_and_the_next_one_is_sound(frame):

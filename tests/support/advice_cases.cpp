@@ -74,17 +74,6 @@ void take_line(AdviceCase& advice_case, const std::string& line) {
   }
 }
 
-std::string report_of(const TestHost& host, std::string_view script, std::string_view parameters) {
-  uint32_t length = 0;
-  char* const buffer = get_pre_parse_res(host.handle(), script.empty() ? "" : script.data(),
-                                         parameters.empty() ? "" : parameters.data(), "",
-                                         static_cast<uint32_t>(script.size()),
-                                         static_cast<uint32_t>(parameters.size()), 0, &length);
-  std::string report(buffer, length);
-  release_ptr_val(buffer);
-  return report;
-}
-
 std::vector<int64_t> keys_of(const AdviceCase& advice_case) {
   std::vector<int64_t> keys;
   for (size_t i = 0; i < advice_case.bars; ++i) {
@@ -118,6 +107,17 @@ bool is_null_everywhere(const TestHost& host, const std::string& line) {
 }
 
 }  // namespace
+
+std::string report_of(const TestHost& host, std::string_view script, std::string_view parameters) {
+  uint32_t length = 0;
+  char* const buffer = get_pre_parse_res(host.handle(), script.empty() ? "" : script.data(),
+                                         parameters.empty() ? "" : parameters.data(), "",
+                                         static_cast<uint32_t>(script.size()),
+                                         static_cast<uint32_t>(parameters.size()), 0, &length);
+  std::string report(buffer, length);
+  release_ptr_val(buffer);
+  return report;
+}
 
 void PrintTo(const AdviceCase& advice_case, std::ostream* out) {
   *out << advice_case.group << '\n' << advice_case.script;

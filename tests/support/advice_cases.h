@@ -39,6 +39,11 @@ void PrintTo(const AdviceCase& advice_case, std::ostream* out);
 
 std::vector<AdviceCase> load_advice_cases(const std::string& path);
 
+class TestHost;
+
+/// The library's report as it is.
+std::string report_of(const TestHost& host, std::string_view script, std::string_view parameters);
+
 /// Compiles, runs if the case says so, and asks for advice.
 std::vector<quor_advice::Finding> findings_of(const AdviceCase& advice_case);
 

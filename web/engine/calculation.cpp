@@ -209,8 +209,8 @@ Json calculate_anew(Desk& desk, Attempt attempt) {
 }  // namespace
 
 Security read_security(const std::string& name, std::string_view csv, const std::string& period) {
-  quor_bars::require_plain_text(csv, name);
-  Security security{name, parse_bars(csv, name), 0, period.empty()};
+  Security security{name, parse_bars(quor_bars::beginning_of_text(csv, name), name), 0,
+                    period.empty()};
   if (security.bars.keys.size() > most_rows) throw Refusal(413, "these are too many bars");
   sort_bars(security.bars);
   security.period = period.empty() ? infer_period(security.bars.keys).value_or(period_of_a_day)

@@ -1,0 +1,34 @@
+// The forms in which a word is called, with their arguments, and the call that a place is in.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "reading.h"
+#include "word_help.h"
+
+namespace quor_advice {
+
+struct CallForm {
+  std::string_view text;         ///< "LOG(X,B)", "COND,BK(QUANTITY)"
+  std::vector<Place> arguments;  ///< places in the text of what stands in its parentheses
+};
+
+/// Each form of a word, "LOG(X)" and "LOG(X,B)"; of one without parentheses none.
+std::vector<CallForm> call_forms(const WordHelp& help);
+
+/// What the help says of an argument, "the series"; empty if it says nothing.
+std::string_view argument_help(const WordHelp& help, std::string_view argument);
+
+/// The innermost call of a word with help whose parentheses a place is in.
+struct CallAt {
+  const WordHelp* help = nullptr;
+  size_t statement = 0;
+  size_t word = 0;      ///< its token
+  size_t argument = 0;  ///< the one that the place is in, from 0
+};
+std::optional<CallAt> call_around(const Reading& reading, size_t offset);
+
+}  // namespace quor_advice
