@@ -92,6 +92,7 @@ async function endsOfViews(act: () => Promise<unknown>): Promise<number[]> {
     const { pathname, searchParams } = new URL(request.url());
     if (pathname.endsWith('/view')) ends.push(Number(searchParams.get('to')));
   };
+  await desk.settled();
   desk.page.on('request', note);
   await act();
   await desk.settled();
