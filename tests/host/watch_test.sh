@@ -121,8 +121,8 @@ signal  2024-01-04  row 2  BK
 
 # A file that grows: a line counts once its end is there; the bars of the past raise nothing.
 if [ -z "$emulator" ]; then
-  wait_for() { # until a file holds a text, for ten seconds
-    for _ in $(seq 200); do
+  wait_for() { # until a file holds a text, for two minutes
+    for _ in $(seq 2400); do
       grep -q "$2" "$1" && return
       sleep 0.05
     done
