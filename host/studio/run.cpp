@@ -16,21 +16,11 @@ quor::engine::Settings settings_of(const Task& task, uint32_t period) {
   return settings;
 }
 
-std::vector<Record> records_of(const quor::engine::Script& script) {
-  std::vector<Record> records;
-  for (quor::engine::Record& record : script.records()) {
-    Record& taken = records.emplace_back();
-    for (auto& [key, text] : record.texts) taken.texts.emplace(key, std::move(text));
-    for (auto& [key, number] : record.numbers) taken.numbers.emplace(key, number);
-  }
-  return records;
-}
-
 }  // namespace
 
 Run::Run(Task task, uint32_t period)
     : task_(std::move(task)), period_(period), script_(task_.script, settings_of(task_, period)) {
-  if (is_sound()) records_ = records_of(script_);
+  if (is_sound()) records_ = drawing_records(script_);
 }
 
 void Run::feed(const Bars& bars, size_t first) {
