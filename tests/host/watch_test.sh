@@ -184,7 +184,7 @@ signal  2024-01-04  row 2  BK' 'finished bars of a file, and a polite kill'
     same "$got $(tail -n 1 out)" "1 quor: grow.csv: $fate" "$end"
   done
 
-  # Ctrl-C while a pipe is silent.
+  # Ctrl-C while a pipe is silent, which was opened once: a second time would end who writes.
   mkfifo pipe
   : >out
   "$program" watch -e 'A:C;' -b pipe -q --csv >out 2>&1 &
