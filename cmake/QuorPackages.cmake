@@ -33,8 +33,8 @@ lines, drawings, notices and trade signals. A client drives the library
 through 27 C functions.
 .
 This package has")
-about_package(library libquor-parser libs "${about} the shared library, and beside it one that tells the authors of
-scripts what is wrong with them.")
+about_package(library libquor-parser libs "${about} the shared library, and beside it one that
+tells the authors of scripts what is wrong with them.")
 about_package(development libquor-parser-dev libdevel "${about} the headers for C and C++, the
 documentation, and clients to start from in C, C++, C# and Python.")
 about_package(quor quor utils "The program checks scripts of a technical-indicator language, prints their

@@ -66,10 +66,11 @@ std::pair<uint64_t, uint64_t> identity_of(const std::string& path) {
 
 GrowingInput::GrowingInput(const std::string& path) : path_(path), piece_(piece_size) {
   if (path == "-") return;
-  quor_bars::open_file(path);  // tells why it can't be
-  descriptor_ = open_file(path);
+  // Once only: who writes to a pipe is ended when its reader goes, if only to come back.
+  descriptor_ = std::filesystem::is_directory(path_of(path)) ? -1 : open_file(path);
   if (descriptor_ < 0) {
-    throw HostError(path + ": can't be opened: " + std::generic_category().message(errno));
+    quor_bars::open_file(path);  // tells why it can't be
+    throw HostError(path + ": can't be opened");
   }
   is_file_ = std::filesystem::is_regular_file(path_of(path));
   identity_ = identity_of(path);

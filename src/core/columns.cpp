@@ -96,8 +96,9 @@ bool Columns::run_pair(const Step& step) {
   ++nesting_;
   const bool is_done = calls[0]->function->run_side_by_side(pair);
   --nesting_;
+  if (!is_done) return false;
   for (Variable* call : calls) early_.push_back({call, position_});
-  return is_done;
+  return true;
 }
 
 bool Columns::is_early(const Variable& call, Block rows) const {

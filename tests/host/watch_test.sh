@@ -121,8 +121,8 @@ signal  2024-01-04  row 2  BK
 
 # A file that grows: a line counts once its end is there; the bars of the past raise nothing.
 if [ -z "$emulator" ]; then
-  wait_for() { # until a file holds a text, for ten seconds
-    for _ in $(seq 200); do
+  wait_for() { # until a file holds a text, for two minutes
+    for _ in $(seq 2400); do
       grep -q "$2" "$1" && return
       sleep 0.05
     done
@@ -184,7 +184,7 @@ signal  2024-01-04  row 2  BK' 'finished bars of a file, and a polite kill'
     same "$got $(tail -n 1 out)" "1 quor: grow.csv: $fate" "$end"
   done
 
-  # Ctrl-C while a pipe is silent.
+  # Ctrl-C while a pipe is silent, which was opened once: a second time would end who writes.
   mkfifo pipe
   : >out
   "$program" watch -e 'A:C;' -b pipe -q --csv >out 2>&1 &

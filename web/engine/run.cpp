@@ -36,16 +36,6 @@ quor_advice::Supply supply_of(const quor::engine::Subject& subject) {
   return supply;
 }
 
-std::vector<Record> records_of(const quor::engine::Script& script) {
-  std::vector<Record> records;
-  for (quor::engine::Record& record : script.records()) {
-    Record& taken = records.emplace_back();
-    for (auto& [key, text] : record.texts) taken.texts.emplace(key, std::move(text));
-    for (auto& [key, number] : record.numbers) taken.numbers.emplace(key, number);
-  }
-  return records;
-}
-
 }  // namespace
 
 Run::Run(Task task, const Surroundings& around, uint32_t period)
@@ -53,7 +43,7 @@ Run::Run(Task task, const Surroundings& around, uint32_t period)
       around_(around),
       subject_(with_period(around.subject, period)),
       script_(task_.script, settings_of(task_, subject_)) {
-  if (is_sound()) records_ = records_of(script_);
+  if (is_sound()) records_ = drawing_records(script_);
 }
 
 void Run::feed(const Bars& bars, size_t first) {
