@@ -92,14 +92,12 @@ std::string stop(Desk& desk, const Json& /*call*/, std::string_view /*body*/) {
 /// Comma-separated values, those of `quor run --csv`.
 std::string csv(Desk& desk, const Json& /*call*/, std::string_view /*body*/) {
   if (!desk.run || desk.row_count() == 0) throw Refusal(409, "there are no lines to export");
-  Results results;
-  results.keys = desk.bars().keys;
+  Table table{desk.bars().keys, {}};
   for (const auto& line : desk.run->script().lines()) {
-    const auto cells = desk.run->column(line.column);
-    results.lines.push_back({line.name, line.column, {cells.begin(), cells.end()}});
+    table.lines.push_back({line.name, desk.run->column(line.column)});
   }
   std::ostringstream out;
-  print_csv(out, results, all);
+  print_csv(out, table);
   return std::move(out).str();
 }
 
