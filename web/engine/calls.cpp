@@ -93,7 +93,7 @@ std::string stop(Desk& desk, const Json& /*call*/, std::string_view /*body*/) {
 std::string csv(Desk& desk, const Json& /*call*/, std::string_view /*body*/) {
   if (!desk.run || desk.row_count() == 0) throw Refusal(409, "there are no lines to export");
   Table table{desk.bars().keys, {}};
-  for (const auto& line : desk.run->script().lines()) {
+  for (const auto& line : drawn_lines(desk.run->script(), false)) {
     table.lines.push_back({line.name, desk.run->column(line.column)});
   }
   std::ostringstream out;

@@ -149,7 +149,8 @@ export class Play {
     try {
       await this.advanceNow();
     } catch (error) {
-      if (this.isOn) this.setPhase('paused');
+      if (!this.isOn) return; // other bars came while it was on its way
+      this.setPhase('paused');
       this.events.fail(error);
     } finally {
       this.isBusy = false;

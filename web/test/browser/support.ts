@@ -139,8 +139,6 @@ export class Desk {
     theme = 'light',
   ): Promise<Desk> {
     const page = await browser.newPage();
-    // A state that comes late on a busy machine comes all the same.
-    page.setDefaultTimeout(120_000);
     const desk = new Desk(page);
     page.setDefaultTimeout(longestWait);
     await page.setViewport({ width: 1360, height: 860 });

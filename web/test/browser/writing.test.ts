@@ -123,7 +123,6 @@ test('the CSV is that of the command line, the picture is one', async () => {
   const expected = quorSays(
     'run',
     '--csv',
-    '--all',
     join(samples, 'kdj.quor'),
     '--bars',
     join(samples, 'index-daily.csv'),
