@@ -1,12 +1,9 @@
 #include "text.h"
 
+#include <fast_float/fast_float.h>
+
 #include <algorithm>
-#include <cerrno>
-#include <charconv>
 #include <cmath>
-#include <filesystem>
-#include <istream>
-#include <system_error>
 #include <utility>
 
 #include "errors.h"
@@ -69,19 +66,6 @@ std::optional<double> short_number(std::string_view text) {
 
 }  // namespace
 
-std::string read_stream(std::istream& stream, const std::string& name) {
-  std::string bytes;
-  for (size_t piece = 1 << 16; stream; piece *= 2) {
-    const size_t known = bytes.size();
-    bytes.resize(known + piece);
-    stream.read(bytes.data() + known, static_cast<std::streamsize>(piece));
-    bytes.resize(known + static_cast<size_t>(stream.gcount()));
-  }
-  if (stream.bad()) throw ReadError(name + ": can't be read");
-  bytes.erase(0, bytes.size() - beginning_of_text(bytes, name).size());
-  return bytes;
-}
-
 std::string_view beginning_of_text(std::string_view bytes, const std::string& name) {
   refuse_packed(bytes, name);
   constexpr std::string_view utf8_mark = "\xEF\xBB\xBF";
@@ -91,30 +75,6 @@ std::string_view beginning_of_text(std::string_view bytes, const std::string& na
   }
   if (bytes.empty()) throw ReadError(name + ": is empty");
   return bytes;
-}
-
-std::ifstream open_file(const std::string& path) {
-  const std::filesystem::path name(std::u8string(path.begin(), path.end()));
-  std::error_code error;
-  const std::filesystem::file_status status = std::filesystem::status(name, error);
-  if (status.type() == std::filesystem::file_type::not_found) {
-    throw ReadError(path + ": there is no such file");
-  }
-  if (status.type() == std::filesystem::file_type::directory) {
-    throw ReadError(path + ": is a directory, not a file");
-  }
-  errno = 0;
-  std::ifstream file(name, std::ios::binary);
-  if (!file) {
-    const std::string reason = errno == 0 ? "" : ": " + std::generic_category().message(errno);
-    throw ReadError(path + ": can't be opened" + reason);
-  }
-  return file;
-}
-
-std::string read_file(const std::string& path) {
-  std::ifstream file = open_file(path);
-  return read_stream(file, path);
 }
 
 std::string to_upper(std::string_view text) {
@@ -130,7 +90,7 @@ std::optional<double> to_number(std::string_view text) {
   if (const auto value = short_number(text)) return value;
   double value = 0.0;
   const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  const auto [stop, error] = fast_float::from_chars(text.data(), end, value);
   if (error != std::errc() || stop != end || std::isinf(value)) return std::nullopt;
   return value;
 }

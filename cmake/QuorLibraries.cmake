@@ -34,12 +34,12 @@ find_path(decimals_include fast_float/fast_float.h PATH_SUFFIXES include ${there
 add_library(decimals::decimals INTERFACE IMPORTED)
 set_target_properties(decimals::decimals PROPERTIES INTERFACE_INCLUDE_DIRECTORIES ${decimals_include})
 
-# What the host writes JSON by.
-if(QUOR_BUILD_HOST)
+# What the host and the studio write JSON by.
+if(WASI OR QUOR_BUILD_HOST)
   find_package(nlohmann_json 3.11 REQUIRED)
 endif()
 
-# A header of which only the studio has use.
+# A header of which only the studio has use, and its page.
 if(QUOR_BUILD_HOST AND QUOR_BUILD_STUDIO)
   find_path(http_include httplib.h PATH_SUFFIXES include ${there})
   add_library(http::http INTERFACE IMPORTED)

@@ -90,6 +90,16 @@ std::string events_json(const std::vector<quor::engine::Event>& events, bool wit
 
 }  // namespace
 
+std::vector<ShownLine> drawn_lines(const quor::engine::Script& script, bool all) {
+  const bool draws_some =
+      std::ranges::any_of(script.lines(), [](const auto& line) { return line.look.has_value(); });
+  std::vector<ShownLine> drawn;
+  for (const auto& line : script.lines()) {
+    if (all || !draws_some || line.look) drawn.push_back({line.name, line.column});
+  }
+  return drawn;
+}
+
 void print_findings(std::ostream& out, const std::string& report, const std::string& findings) {
   out << "{\"report\":" << as_json(report) << ",\n\"findings\":" << findings << "}\n";
 }

@@ -11,6 +11,15 @@
 
 namespace quor_host {
 
+/// A line that is shown.
+struct ShownLine {
+  std::string name;
+  uint32_t column = 0;
+};
+
+/// The lines that a script draws; all of them if it draws none, or where `all` is asked for.
+std::vector<ShownLine> drawn_lines(const quor::engine::Script& script, bool all);
+
 /// A line of a script with its values at the bars that are shown, oldest bar first.
 struct ShownValues {
   std::string name;

@@ -171,13 +171,7 @@ void warn_of_nulls(const Script& script, const Bars& bars, const std::string& pa
 
 std::vector<ShownLine> shown_lines(const Script& script, const LineOptions& options) {
   if (!options.columns.empty()) return lines_named(script, options.columns);
-  const bool draws_some =
-      std::ranges::any_of(script.lines(), [](const auto& line) { return line.look.has_value(); });
-  std::vector<ShownLine> shown;
-  for (const auto& line : script.lines()) {
-    if (options.all || !draws_some || line.look) shown.push_back({line.name, line.column});
-  }
-  return shown;
+  return drawn_lines(script, options.all);
 }
 
 std::optional<uint32_t> period_of(const ScriptOptions& options, std::span<const int64_t> keys) {

@@ -10,6 +10,7 @@
 #include "advice/advice.h"
 #include "engine/engine.h"
 #include "options.h"
+#include "output.h"
 #include "references.h"
 
 namespace quor_host {
@@ -51,12 +52,6 @@ std::vector<uint32_t> feed(quor::engine::Script& script, const Bars& bars,
 void warn_of_nulls(const quor::engine::Script& script, const Bars& bars, const std::string& path,
                    const std::vector<uint32_t>& missing, const References& references,
                    const std::vector<FilledColumn>& filled);
-
-/// A line that is shown.
-struct ShownLine {
-  std::string name;
-  uint32_t column = 0;
-};
 
 /// The lines that the user asks for: by name, all, or those that are drawn; all of a script that
 /// draws none. Throws UsageError for a name that the script doesn't have.

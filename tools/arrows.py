@@ -29,9 +29,10 @@ ROOMS = {
     "advice": {"tables"},
     "bars": {"tables"},
     "host": {"engine", "advice", "bars"},
+    "web": {"engine", "advice", "bars", "host"},
 }
 
-FOLDERS = ("src", "include", "advice", "bars", "host", "python", "npm/engine")
+FOLDERS = ("src", "include", "advice", "bars", "host", "python", "npm/engine", "web/engine")
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
 
 

@@ -1,11 +1,12 @@
 #!/bin/sh
-# Installs what is missing, checks the page of `quor studio` and builds it into web/dist.
+# Installs what is missing, checks the page of `quor studio` and builds it, with its engine, into web/dist.
 set -u
 . "$(dirname "$0")/lib.sh"
 
 for tool in node npm; do
   command -v "$tool" >/dev/null || need_packages nodejs npm
 done
+tools/build-wasm.sh studio_wasm || die "the page has no engine, which clang-19 and its parts build: $wasm_packages"
 cd web || exit
 npm ci --silent || die "the packages of the page can't be installed"
 ! grep -q '"resolved"' package-lock.json || die "web/package-lock.json names a registry"

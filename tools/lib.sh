@@ -103,4 +103,4 @@ sources() {
   done
 }
 
-folders="include src advice bars host python npm examples tests bench fuzz"
+folders="include src advice bars host python npm web examples tests bench fuzz"

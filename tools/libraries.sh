@@ -32,18 +32,19 @@ case $system in
     toolchain="--toolchain $root/cmake/arm64.cmake"
     ;;
   wasi)
-    needed=$wasm_packages
+    needed="$wasm_packages $studio_packages"
     cc="clang-19 --target=wasm32-wasi"
+    parts="page"
     ar=llvm-ar-19
     toolchain="--toolchain $root/cmake/wasm.cmake"
-    parts=
     ;;
   *) die "unknown system '$system'" ;;
 esac
 pic=-fPIC
 [ "$system" != wasi ] || pic=
 
-# has PART: of the program `quor`; of a cross build, whose libraries can't be this machine's
+# has PART: of the program `quor`; of the page of its studio; of a cross build, whose libraries can't be
+# this machine's
 has() {
   case " $parts " in
     *" $1 "*) return 0 ;;
@@ -147,16 +148,16 @@ json_library
 mathematics_library >"$work/mathematics.log" 2>&1 ||
   die "the build of the mathematics failed: $(tail -n 20 "$work/mathematics.log")"
 copy_header fast_float
+fetch_source libcsv
+csv_library
 if has program; then
-  fetch_source libcsv
-  csv_library
   fetch_source cpp-httplib
   http_library
 fi
 if has cross; then
   cmake_library googletest /usr/src/googletest -DBUILD_GMOCK=OFF
   copy_package CLI11 CLI
-  copy_package nlohmann_json nlohmann
 fi
+! has cross && ! has page || copy_package nlohmann_json nlohmann
 rm -rf "$work"
 echo "$recipe" >"$out/recipe"

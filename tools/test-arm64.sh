@@ -40,7 +40,7 @@ tried() {
     --bars "$1/share/doc/quor-parser/samples/index-daily.csv" --out "$tree/picture.svg" 2>/dev/null
   grep -qxF "$(cksum <"$tree/picture.svg") kdj.quor" tests/host/pictures.txt ||
     die "the program of $1 draws another picture"
-  [ -s "$1/share/quor/studio/index.html" ] || die "$1 has no page of the studio"
+  [ -s "$1/share/quor/studio/studio.wasm" ] || die "$1 has no page of the studio"
 }
 tried "$tree/packages/usr" "$tree/packages/usr/lib/aarch64-linux-gnu"
 tried "$tree/archive" "$tree/archive/lib"

@@ -60,7 +60,7 @@ inside developer '
 inside developer '
   cd /
   timeout --signal INT 5 quor studio --no-open || [ $? -eq 124 ]
-  test -s /usr/share/quor/studio/index.html' | grep -q token= ||
+  test -s /usr/share/quor/studio/studio.wasm' | grep -q token= ||
   die "the installed program has no studio"
 
 # Nothing but the library.

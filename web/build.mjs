@@ -1,12 +1,12 @@
-// Bundles the page into dist/: index.html, studio.js, studio.css, the icon, and the licences of the
-// packages that are in them.
+// Bundles the page into dist/: index.html, studio.js, worker.js, studio.css, the icon, the engine, the
+// samples, and the licences of the packages that are in them.
 import { build } from 'esbuild';
 import { copyFile, mkdir, readdir, readFile, rm, writeFile } from 'node:fs/promises';
 
 await rm('dist', { recursive: true, force: true });
 await mkdir('dist', { recursive: true });
 const { metafile } = await build({
-  entryPoints: { studio: 'src/main.ts' },
+  entryPoints: { studio: 'src/main.ts', worker: 'src/engine/worker.ts' },
   outdir: 'dist',
   bundle: true,
   minify: true,
@@ -18,6 +18,25 @@ const { metafile } = await build({
 });
 for (const file of ['index.html', 'icon.svg']) await copyFile(`src/${file}`, `dist/${file}`);
 
+await copyFile('../build/wasm/web/studio.wasm', 'dist/studio.wasm');
+
+// What the server of `quor studio` answers by itself; any other server has these files.
+const start = { script: null, folder: null, files: { scripts: [], securities: [] } };
+await writeFile('dist/start.json', JSON.stringify(start));
+await copyFile('../samples/index-daily.csv', 'dist/index-daily.csv');
+const samples = [];
+for (const [group, folder] of [
+  ['samples', '../samples'],
+  ['cookbook', '../samples/cookbook'],
+]) {
+  const files = (await readdir(folder)).filter((name) => name.endsWith('.quor')).sort();
+  for (const file of files) {
+    const text = await readFile(`${folder}/${file}`, 'utf8');
+    samples.push({ name: file.replace(/\.quor$/, ''), group, text });
+  }
+}
+await writeFile('dist/samples.json', JSON.stringify(samples));
+
 const packageOf = /^node_modules\/((?:@[^/]+\/)?[^/]+)\//;
 const packages = new Set(
   Object.keys(metafile.inputs).flatMap((input) => packageOf.exec(input)?.[1] ?? []),
@@ -28,4 +47,5 @@ const licences = [...packages].sort().map(async (name) => {
   if (!file) throw new Error(`${name} has no licence`);
   return `${name}\n\n${(await readFile(`node_modules/${name}/${file}`, 'utf8')).trim()}\n`;
 });
-await writeFile('dist/licences.txt', (await Promise.all(licences)).join('\n\n'));
+const own = `quor\n\n${await readFile('../LICENCE', 'utf8')}`;
+await writeFile('dist/licences.txt', [own, ...(await Promise.all(licences))].join('\n\n'));

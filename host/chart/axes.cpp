@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "../fields.h"
+#include "../panes/measures.h"
 #include "../panes/numbers.h"
 
 namespace quor_host {
@@ -44,16 +45,13 @@ double tag_y(const Panel& panel, double value) {
 }  // namespace
 
 Ticks ticks_of(const Panel& panel) {
-  constexpr double room = 54.0;
-  constexpr double least_room = 18.0;
-  constexpr size_t enough = 3;
-  const double most = std::max(1.0, panel.height() / least_room);
-  double count = std::max(1.0, panel.height() / room);
+  const double most = std::max(1.0, panel.height() / least_tick_room);
+  double count = std::max(1.0, panel.height() / tick_room);
   Ticks ticks;
   do {
     ticks.step = std::max(nice_step(panel.range.span(), count), panel.digits == 0 ? 1.0 : 0.0);
     ticks.values = multiples(ticks.step, panel.range);
-  } while (ticks.values.size() < enough && (count *= 1.5) < most);
+  } while (ticks.values.size() < enough_ticks && (count *= 1.5) < most);
   return ticks;
 }
 

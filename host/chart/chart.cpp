@@ -7,6 +7,7 @@
 #include <span>
 
 #include "../panes/layout.h"
+#include "../panes/measures.h"
 #include "axes.h"
 #include "caption.h"
 #include "painter.h"
@@ -105,7 +106,7 @@ void draw_chart(const quor::engine::Script& script, const ChartTitle& title, con
   const TimeAxis axis(sheet_margin, std::floor(width - value_axis_width(sheet, panels)),
                       view.first_row(), view.row_count() - view.first_row());
   const std::vector<TimeMark> marks =
-      time_marks(view.keys(), view.first_row(), 46.0 / axis.row_width());
+      time_marks(view.keys(), view.first_row(), time_mark_room / axis.row_width());
   for (const Panel& panel : panels) draw_grid(sheet, panel, axis, marks);
   draw_time_axis(sheet, axis, marks, panels.back().bottom);
   for (size_t i = 0; i < panels.size(); ++i) {

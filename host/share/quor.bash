@@ -34,7 +34,7 @@ _quor() {
     watch) options="$options --code --lines --bars $bars $lines --finished" ;;
     format) options='--check --stdin --help' ;;
     lsp) options='--help' ;;
-    studio) options='--bars --port --no-open --help' ;;
+    studio) options='--bars --port --export --no-open --help' ;;
     help)
       COMPREPLY=($(compgen -W "check run chart scan watch format lsp studio help $(quor help --list 2>/dev/null)" -- "${current^^}"))
       [ ${#COMPREPLY[@]} -gt 0 ] || COMPREPLY=($(compgen -W 'check run chart scan watch format lsp studio help' -- "$current"))

@@ -59,6 +59,7 @@ complete -c quor -n '__fish_seen_subcommand_from format' -l stdin -d 'From the s
 
 complete -c quor -n '__fish_seen_subcommand_from studio' -l bars -r -F -d 'A file or a folder of bars'
 complete -c quor -n '__fish_seen_subcommand_from studio' -l port -x -d 'The port'
+complete -c quor -n '__fish_seen_subcommand_from studio' -l export -x -a '(__fish_complete_directories)' -d 'Write the page into a folder'
 complete -c quor -n '__fish_seen_subcommand_from studio' -l no-open -d 'Print the link only'
 
 complete -c quor -n '__fish_seen_subcommand_from help' -f -a 'check run chart scan watch format lsp studio help (quor help --list 2>/dev/null)'

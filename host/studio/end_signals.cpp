@@ -21,17 +21,13 @@ EndSignals::EndSignals() {
   SetConsoleCtrlHandler(note_end, TRUE);
 }
 
-bool EndSignals::wait(std::chrono::seconds time) const {
-  const auto milliseconds = std::chrono::milliseconds(time).count();
-  return WaitForSingleObject(end_event(), static_cast<DWORD>(milliseconds)) == WAIT_OBJECT_0;
-}
+void EndSignals::wait() const { WaitForSingleObject(end_event(), INFINITE); }
 
 }  // namespace quor_host
 
 #else
 
 #include <csignal>
-#include <ctime>
 
 namespace quor_host {
 namespace {
@@ -51,10 +47,10 @@ EndSignals::EndSignals() {
   sigprocmask(SIG_BLOCK, &signals, nullptr);
 }
 
-bool EndSignals::wait(std::chrono::seconds time) const {
+void EndSignals::wait() const {
   const sigset_t signals = end_signals();
-  const timespec limit{time.count(), 0};
-  return sigtimedwait(&signals, nullptr, &limit) > 0;
+  int signal = 0;
+  sigwait(&signals, &signal);
 }
 
 }  // namespace quor_host

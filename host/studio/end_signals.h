@@ -1,8 +1,6 @@
 // How a user ends the program.
 #pragma once
 
-#include <chrono>
-
 namespace quor_host {
 
 /// Ctrl-C and its like. From the construction on they end nothing by themselves, but can be waited
@@ -11,8 +9,7 @@ class EndSignals {
  public:
   EndSignals();
 
-  /// True if one came in the time.
-  bool wait(std::chrono::seconds time) const;
+  void wait() const;
 };
 
 }  // namespace quor_host

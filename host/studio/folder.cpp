@@ -9,6 +9,7 @@
 #include "../scan_job.h"
 #include "gate.h"
 #include "refusal.h"
+#include "task.h"
 
 namespace quor_host {
 namespace {
@@ -41,6 +42,18 @@ bool is_plain_file(const fs::path& path) {
   return fs::is_regular_file(fs::symlink_status(path, error));
 }
 
+bool leads_out_of(const fs::path& folder, const fs::path& path) {
+  std::error_code error;
+  const fs::path target = fs::canonical(path, error);
+  return error || target.parent_path() != folder;
+}
+
+std::string stamp_of(const fs::path& path) {
+  std::error_code error;
+  const auto time = fs::last_write_time(path, error).time_since_epoch().count();
+  return std::to_string(time) + '-' + std::to_string(fs::file_size(path, error));
+}
+
 void write_file(const fs::path& path, const std::string& text) {
   std::ofstream file(path, std::ios::binary);
   file << text;
@@ -52,12 +65,20 @@ void write_file(const fs::path& path, const std::string& text) {
 
 Securities::Securities(const std::string& path) : path_(path) { bar_files({path}); }
 
-std::vector<std::string> Securities::paths() const { return bar_files({path_}); }
+std::vector<std::string> Securities::paths() const {
+  std::vector<std::string> paths = bar_files({path_});
+  if (fs::is_directory(path_)) {
+    std::erase_if(paths, [folder = fs::canonical(path_)](const std::string& path) {
+      return leads_out_of(folder, path);
+    });
+  }
+  return paths;
+}
 
-std::vector<std::string> Securities::names() const {
-  std::vector<std::string> names;
-  for (const std::string& path : paths()) names.push_back(security_of(path));
-  return names;
+std::vector<File> Securities::files() const {
+  std::vector<File> files;
+  for (const std::string& path : paths()) files.push_back({security_of(path), stamp_of(path)});
+  return files;
 }
 
 std::string Securities::path_of(const std::string& name) const {
@@ -69,14 +90,16 @@ std::string Securities::path_of(const std::string& name) const {
 
 std::string ScriptFolder::name() const { return name_of(fs::canonical(folder_)); }
 
-std::vector<std::string> ScriptFolder::names() const {
-  std::vector<std::string> names;
+std::vector<File> ScriptFolder::files() const {
+  std::vector<File> files;
   for (const fs::directory_entry& entry : fs::directory_iterator(folder_)) {
     const std::string name = name_of(entry.path());
-    if (is_script_name(name) && is_plain_file(entry.path())) names.push_back(name);
+    if (is_script_name(name) && is_plain_file(entry.path())) {
+      files.push_back({name, stamp_of(entry.path())});
+    }
   }
-  std::ranges::sort(names);
-  return names;
+  std::ranges::sort(files, {}, &File::name);
+  return files;
 }
 
 fs::path ScriptFolder::path_of(const std::string& name) const {
@@ -94,11 +117,14 @@ std::string ScriptFolder::read(const std::string& name) const {
   return read_text(path.string());
 }
 
-void ScriptFolder::save(const std::string& name, const std::string& text, bool replaces) const {
+std::optional<std::string> ScriptFolder::save(const std::string& name, const std::string& text,
+                                              const std::optional<std::string>& before) const {
   const fs::path path = path_of(name);
-  const bool is_there = fs::exists(fs::symlink_status(path));
-  if (is_there && !is_plain_file(path)) throw Refusal(409, "what has this name is no script");
-  if (is_there && !replaces) throw Refusal(409, "there is a script of this name");
+  if (fs::exists(fs::symlink_status(path))) {
+    if (!is_plain_file(path)) throw Refusal(409, "what has this name is no script");
+    std::string there = read(name);
+    if (there != before) return there;
+  }
   const fs::path draft = folder_ / ("." + random_text() + ".draft");
   try {
     write_file(draft, text);
@@ -108,6 +134,7 @@ void ScriptFolder::save(const std::string& name, const std::string& text, bool r
     fs::remove(draft, error);
     throw;
   }
+  return std::nullopt;
 }
 
 }  // namespace quor_host

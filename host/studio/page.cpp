@@ -20,6 +20,8 @@ constexpr FileType file_types[] = {
     {".js", "text/javascript; charset=utf-8"},
     {".css", "text/css; charset=utf-8"},
     {".json", "application/json"},
+    {".wasm", "application/wasm"},
+    {".csv", "text/csv; charset=utf-8"},
     {".map", "application/json"},
     {".svg", "image/svg+xml"},
     {".png", "image/png"},
@@ -35,6 +37,13 @@ std::string read_bytes(const fs::path& path) {
   return bytes;
 }
 
+/// A checksum, in the quotes that tags of browsers stand in.
+std::string tag_of(std::string_view bytes) {
+  uint64_t sum = 0xCBF29CE484222325;
+  for (const char byte : bytes) sum = (sum ^ static_cast<unsigned char>(byte)) * 0x100000001B3;
+  return '"' + std::to_string(sum) + '"';
+}
+
 }  // namespace
 
 Page::Page(const fs::path& folder) {
@@ -47,15 +56,24 @@ Page::Page(const fs::path& folder) {
     const auto* const row = std::ranges::find(file_types, ending, &FileType::ending);
     if (row == std::end(file_types) || !entry.is_regular_file()) continue;
     const std::string path = '/' + entry.path().lexically_relative(folder).generic_string();
-    files_[path] = {std::string(row->type), read_bytes(entry.path())};
+    std::string bytes = read_bytes(entry.path());
+    std::string tag = tag_of(bytes);
+    files_[path] = {std::string(row->type), std::move(bytes), std::move(tag)};
   }
   files_["/"] = files_.at("/index.html");
 }
 
-Answer Page::answer(const std::string& path) const {
-  const auto file = files_.find(path);
-  if (file == files_.end()) throw Refusal(404, "there is no such page");
-  return {200, file->second.type, file->second.bytes};
+Answer Page::answer(const Request& request) const {
+  const auto found = files_.find(request.path);
+  if (found == files_.end()) throw Refusal(404, "there is no such page");
+  const auto& [type, bytes, tag] = found->second;
+  Answer answer{200, type, {}, {{"ETag", tag}, {"Cache-Control", "no-cache"}}};
+  if (request.known_tag == tag) {
+    answer.status = 304;
+  } else {
+    answer.body = bytes;
+  }
+  return answer;
 }
 
 }  // namespace quor_host

@@ -14,13 +14,15 @@ class Page {
   /// Throws HostError if there is no page in the folder.
   explicit Page(const std::filesystem::path& folder);
 
-  /// The file at a path, "/" the front page. Throws Refusal for a path without one.
-  Answer answer(const std::string& path) const;
+  /// The file at the path of the request, "/" the front page; without its bytes if the browser has
+  /// them. Throws Refusal for a path without one.
+  Answer answer(const Request& request) const;
 
  private:
   struct File {
     std::string type;
     std::string bytes;
+    std::string tag;  ///< another one for other bytes
   };
   std::map<std::string, File> files_;  ///< by path
 };

@@ -4,10 +4,12 @@
 #include <thread>
 #include <utility>
 
+#include "../bars.h"
 #include "../period.h"
 #include "../scan_findings.h"
-#include "calculation.h"
+#include "gate.h"
 #include "refusal.h"
+#include "task.h"
 
 namespace quor_host {
 namespace {
@@ -54,54 +56,58 @@ Json lines_or_refusal(const ScanJob& job) {
   }
 }
 
-std::shared_ptr<Scan> scan_of(Desk& desk) {
-  const std::lock_guard guard(desk.scan_lock);
-  if (!desk.scan) throw Refusal(409, "there was no scan");
-  return desk.scan;
-}
-
 /// With its place on the way, as far as it came.
-Json progress_json(const Desk& desk, Scan& scan) {
+Json progress_json(Scan& scan, bool is_cancelled) {
   const bool is_running = !scan.wait(std::chrono::milliseconds(0));
   return {{"running", is_running},
-          {"cancelled", desk.is_scan_cancelled.load()},
+          {"cancelled", is_cancelled},
           {"done", scan.done()},
           {"files", scan.job().files.size()}};
 }
 
+void add_rows(Json& rows, const ScanOutcome& outcome) {
+  for (const ScanRow& row : outcome.rows) {
+    rows.push_back({{"security", row.security},
+                    {"key", row.key},
+                    {"text", key_text(row.key, row.key % 1000000 != 0)},
+                    {"values", row.values}});
+  }
+}
+
 }  // namespace
 
-Json start_scan(Desk& desk, const Securities& securities, const Json& request) {
+Json Searches::start(const Securities& securities, const Json& request) {
   ScanJob job = job_of(securities, request);
   Json lines = lines_or_refusal(job);
   const size_t count = job.files.size();
-  auto scan = std::make_shared<Scan>(std::move(job));
-  {
-    const std::lock_guard guard(desk.scan_lock);
-    std::swap(desk.scan, scan);
-    desk.is_scan_cancelled = false;
-  }
-  // The one before ends here, outside of the lock.
-  return {{"files", count}, {"lines", std::move(lines)}};
+  Search search{random_text(), std::make_unique<Scan>(std::move(job))};
+  Json answer = {{"id", search.id}, {"files", count}, {"lines", std::move(lines)}};
+  std::list<Search> ended;  // outside of the lock, as its threads have to end first
+  const std::lock_guard guard(lock_);
+  searches_.push_back(std::move(search));
+  if (searches_.size() > most) ended.splice(ended.begin(), searches_, searches_.begin());
+  return answer;
 }
 
-Json scan_json(Desk& desk, size_t since) {
-  const std::shared_ptr<Scan> scan = scan_of(desk);
+std::list<Searches::Search>::iterator Searches::find(const std::string& id) {
+  const auto search = std::ranges::find(searches_, id, &Search::id);
+  if (search == searches_.end()) throw Refusal(404, "there is no such scan");
+  return search;
+}
+
+Json Searches::progress(const std::string& id, size_t since) {
+  const std::lock_guard guard(lock_);
+  const Search& search = *find(id);
   // Before the outcomes, so that the last answer that says it runs on isn't the last one with rows.
-  Json json = progress_json(desk, *scan);
+  Json json = progress_json(*search.scan, search.is_cancelled);
   Json rows = Json::array();
   Json failures = Json::array();
-  const std::vector<ScanOutcome> outcomes = scan->outcomes(since);
+  const std::vector<ScanOutcome> outcomes = search.scan->outcomes(since);
   for (const ScanOutcome& outcome : outcomes) {
-    for (const ScanRow& row : outcome.rows) {
-      rows.push_back({{"security", row.security},
-                      {"key", row.key},
-                      {"text", key_text(row.key, row.key % 1000000 != 0)},
-                      {"values", row.values}});
-    }
+    add_rows(rows, outcome);
     if (outcome.reason.empty()) continue;
-    failures.push_back(
-        {{"security", security_of(scan->job().files[outcome.file])}, {"reason", outcome.reason}});
+    failures.push_back({{"security", security_of(search.scan->job().files[outcome.file])},
+                        {"reason", outcome.reason}});
   }
   json["next"] = since + outcomes.size();
   json["rows"] = std::move(rows);
@@ -109,11 +115,18 @@ Json scan_json(Desk& desk, size_t since) {
   return json;
 }
 
-Json cancel_scan(Desk& desk) {
-  const std::shared_ptr<Scan> scan = scan_of(desk);
-  scan->stop();
-  desk.is_scan_cancelled = true;
-  return progress_json(desk, *scan);
+Json Searches::cancel(const std::string& id) {
+  const std::lock_guard guard(lock_);
+  Search& search = *find(id);
+  search.scan->stop();
+  search.is_cancelled = true;
+  return progress_json(*search.scan, true);
+}
+
+void Searches::close(const std::string& id) {
+  std::list<Search> ended;
+  const std::lock_guard guard(lock_);
+  ended.splice(ended.begin(), searches_, find(id));
 }
 
 }  // namespace quor_host

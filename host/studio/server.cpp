@@ -1,28 +1,23 @@
 #include "server.h"
 
-// Its own warnings are its own.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wconversion"
-#pragma GCC diagnostic ignored "-Wshadow"
-// Bars are large, and asking the system for each 4 KiB of them takes its time.
-#define CPPHTTPLIB_RECV_BUFSIZ (size_t{1} << 16U)
-#include <httplib.h>
-#pragma GCC diagnostic pop
-
 #include <algorithm>
 
 #include "../errors.h"
+#include "patient_http.h"
 
 namespace quor_host {
 namespace {
 
-/// Requests may wait for a calculation, and idle connections hold a thread each.
-constexpr size_t thread_count = 64;
+/// A script with what its text, and the one before, may grow by as JSON.
+constexpr size_t most_kept = size_t{4} << 20U;
+/// So much is read of a body, so that the connection can go on.
 constexpr size_t largest_body = size_t{65} << 20U;
 
 constexpr auto content_security =
-    "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' data: blob:; "
-    "font-src 'self'; connect-src 'self'; base-uri 'none'; form-action 'none'; "
+    "default-src 'none'; script-src 'self' 'wasm-unsafe-eval'; worker-src 'self'; style-src "
+    "'self'; "
+    "img-src 'self' data: blob:; font-src 'self'; connect-src 'self'; base-uri 'none'; "
+    "form-action 'none'; "
     "frame-ancestors 'none'";
 
 /// Two servers on one port would share the requests; the library would let them.
@@ -52,41 +47,49 @@ std::string content_type(const httplib::Request& request) {
 }
 
 Request request_of(const httplib::Request& request) {
-  Request plain{request.method, request.path, {}, content_type(request), {}};
+  Request plain{request.method,
+                request.path,
+                {},
+                content_type(request),
+                request.get_header_value("If-None-Match"),
+                {}};
   for (const auto& [key, value] : request.params) plain.query.emplace(key, value);
   return plain;
 }
 
 void give(const Answer& answer, httplib::Response& response) {
   response.status = answer.status;
-  for (const auto& [key, value] : answer.headers) response.set_header(key, value);
+  for (const auto& [key, value] : answer.headers) {
+    response.headers.erase(key);  // one of those that all answers have
+    response.set_header(key, value);
+  }
   if (!answer.body.empty()) response.set_content(answer.body, answer.type);
 }
 
-/// Reads all of a body, so that the connection can go on, and keeps no more than the limit. False
-/// for a larger one.
-bool read_body(const httplib::ContentReader& reader, size_t limit, std::string& body) {
+/// Throws Refusal for one that can't be read or is too large.
+std::string body_of(const httplib::ContentReader& reader) {
+  std::string body;
   size_t size = 0;
   const bool is_whole = reader([&](const char* data, size_t count) {
     size += count;
-    if (size <= limit) body.append(data, count);
+    if (size <= most_kept) body.append(data, count);
     return size <= largest_body;
   });
-  if (!is_whole && size <= largest_body) throw Refusal(400, "the body can't be read");
-  return size <= limit;
+  if (size > most_kept) throw Refusal(413, "the body is too large");
+  if (!is_whole) throw Refusal(400, "the body can't be read");
+  return body;
 }
 
 }  // namespace
 
 struct Server::Http {
-  httplib::Server server;
+  PatientServer server;
 };
 
-Server::Server(int port, Service service, BodyLimit limit)
-    : http_(std::make_unique<Http>()), service_(std::move(service)), limit_(std::move(limit)) {
+Server::Server(int port, Service service)
+    : http_(std::make_unique<Http>()), service_(std::move(service)) {
   constexpr auto address = "127.0.0.1";
   httplib::Server& server = http_->server;
-  server.new_task_queue = [] { return new httplib::ThreadPool(thread_count); };
   server.set_socket_options(set_socket_options);
   server.set_tcp_nodelay(true);
   server.set_payload_max_length(largest_body);
@@ -144,13 +147,8 @@ Server::Server(int port, Service service, BodyLimit limit)
     guard(response, [&] {
       if (request.is_multipart_form_data()) throw Refusal(415, "no forms are taken here");
       Request plain = request_of(request);
-      const char* const reason = obstacle(request);
-      const size_t most = reason == nullptr ? limit_(plain.path) : 0;
-      const bool is_sized = read_body(reader, most, plain.body);
-      if (reason != nullptr) throw Refusal(403, reason);
-      if (!is_sized) {
-        throw Refusal(413, "the body is larger than " + std::to_string(most >> 10U) + " KiB");
-      }
+      plain.body = body_of(reader);
+      if (const char* const reason = obstacle(request)) throw Refusal(403, reason);
       give(service_(plain), response);
     });
   });

@@ -13,13 +13,10 @@ namespace quor_host {
 /// Answers a request that the gate has let in. Called from several threads.
 using Service = std::function<Answer(const Request&)>;
 
-/// How large a body may be, by the path it is sent to.
-using BodyLimit = std::function<size_t(const std::string& path)>;
-
 class Server {
  public:
   /// Takes a port; any that is free for 0. Throws HostError if it is taken.
-  Server(int port, Service service, BodyLimit limit);
+  Server(int port, Service service);
   ~Server();
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
@@ -36,7 +33,6 @@ class Server {
   int port_;
   std::unique_ptr<Gate> gate_;
   Service service_;
-  BodyLimit limit_;
 };
 
 }  // namespace quor_host

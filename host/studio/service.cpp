@@ -2,30 +2,24 @@
 
 #include "../encoding.h"
 #include "../errors.h"
-#include "calculation.h"
-#include "colours.h"
-#include "desk_requests.h"
-#include "library.h"
-#include "player.h"
+#include "../text.h"
+#include "task.h"
 
 namespace quor_host {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr size_t most_bar_bytes = size_t{64} << 20U;
-/// A script with what its text may grow by as JSON.
-constexpr size_t most_request_bytes = size_t{2} << 20U;
-
-std::string bars_path(const StudioFiles& files) {
-  return files.bars.empty() ? (files.samples / "index-daily.csv").string() : files.bars;
-}
-
 /// The folder that a file lies in, or the folder itself.
 fs::path folder_of(const std::string& path) {
   if (fs::is_directory(path)) return path;
   const fs::path folder = fs::path(path).parent_path();
   return folder.empty() ? fs::path(".") : folder;
+}
+
+std::optional<Securities> securities_of(const StudioFiles& files) {
+  if (files.bars.empty()) return std::nullopt;
+  return Securities(files.bars);
 }
 
 /// Scripts belong beside the one that was given, else beside the bars.
@@ -46,59 +40,58 @@ void require_method(const Request& request, const char* method) {
   if (request.method != method) throw Refusal(405, "this wants " + std::string(method));
 }
 
-std::string joined(const std::vector<std::string>& pieces, size_t first) {
-  std::string path;
-  for (size_t i = first; i < pieces.size(); ++i) path += (path.empty() ? "" : "/") + pieces[i];
-  return path;
+Json files_of(const std::vector<File>& files) {
+  Json list = Json::array();
+  for (const File& file : files) list.push_back({{"name", file.name}, {"stamp", file.stamp}});
+  return list;
 }
 
 }  // namespace
 
-StudioService::StudioService(const StudioFiles& files, std::chrono::seconds idle)
-    : files_(files),
-      page_(files.page),
-      securities_(bars_path(files)),
+StudioService::StudioService(const StudioFiles& files)
+    : page_(files.page),
+      securities_(securities_of(files)),
       scripts_(script_folder(files)),
-      script_(first_script(files.script)),
-      sessions_(idle) {}
-
-size_t StudioService::body_limit(const std::string& path) {
-  return path.ends_with("/bars") ? most_bar_bytes : most_request_bytes;
-}
+      script_(first_script(files.script)) {}
 
 Answer StudioService::answer(const Request& request) {
   const std::vector<std::string> pieces = pieces_of(request.path);
   if (!pieces.empty() && pieces.front() == "api") return answer_api(pieces, request);
   require_method(request, "GET");
-  return page_.answer(request.path);
+  return request.path == "/start.json" ? start() : page_.answer(request);
 }
 
 Answer StudioService::answer_api(const std::vector<std::string>& pieces, const Request& request) {
   const std::string& what = pieces.size() > 1 ? pieces[1] : pieces[0];
-  if (pieces.size() == 2 && what == "start") {
+  if (pieces.size() == 2 && what == "files") {
     require_method(request, "GET");
-    return start();
+    return json_answer(files_json());
+  }
+  if (pieces.size() == 3 && what == "bars" && securities_) {
+    require_method(request, "GET");
+    return {200, "text/csv", read_file(securities_->path_of(pieces[2]))};
   }
   if (pieces.size() == 3 && what == "scripts") return answer_script(pieces[2], request);
-  if (what == "sessions") return answer_session(pieces, request);
+  if (what == "scans") return answer_scan(pieces, request);
   throw Refusal(404, "there is no such request");
 }
 
-Answer StudioService::answer_session(const std::vector<std::string>& pieces,
-                                     const Request& request) {
+Answer StudioService::answer_scan(const std::vector<std::string>& pieces, const Request& request) {
   if (pieces.size() == 2) {
     require_method(request, "POST");
-    return json_answer({{"id", sessions_.open()}}, 201);
+    if (!securities_) throw Refusal(409, "quor studio --bars FOLDER gives securities to scan");
+    return json_answer(searches_.start(*securities_, request.json()), 201);
   }
   const std::string& id = pieces[2];
-  const std::string what = joined(pieces, 3);
-  if (what == "close") {
-    require_method(request, "POST");
-    sessions_.close(id);
-    return {204, {}, {}};
+  if (pieces.size() == 3) {
+    require_method(request, "GET");
+    return json_answer(searches_.progress(id, request.number("since", 0)));
   }
-  const std::shared_ptr<Desk> desk = sessions_.find(id);
-  return answer_at(*desk, what, securities_, request);
+  require_method(request, "POST");
+  if (pieces[3] == "cancel") return json_answer(searches_.cancel(id));
+  if (pieces[3] != "close") throw Refusal(404, "there is no such request");
+  searches_.close(id);
+  return {204, {}, {}};
 }
 
 Answer StudioService::answer_script(const std::string& name, const Request& request) {
@@ -113,32 +106,24 @@ Answer StudioService::answer_script(const std::string& name, const Request& requ
   const std::string text = text_of(json, "text");
   if (text.empty()) throw Refusal(400, "there is no script to save");
   if (text.size() > longest_script) throw Refusal(413, "the script is too long");
-  scripts_->save(name, text, flag_of(json, "overwrite"));
+  std::optional<std::string> before;
+  if (json.contains("before")) before = text_of(json, "before");
+  const auto other = scripts_->save(name, text, before);
+  if (other) {
+    return json_answer({{"error", "there is another script of this name"}, {"text", *other}}, 409);
+  }
   return json_answer({{"name", name}}, 201);
 }
 
+Json StudioService::files_json() const {
+  return {{"scripts", files_of(scripts_ ? scripts_->files() : std::vector<File>())},
+          {"securities", files_of(securities_ ? securities_->files() : std::vector<File>())}};
+}
+
 Answer StudioService::start() const {
-  const char* const origin = files_.bars.empty() ? "sample" : "folder";
-  Json securities = Json::array();
-  for (const std::string& name : securities_.names()) {
-    securities.push_back({{"name", name}, {"origin", origin}});
-  }
-  return json_answer({{"version", QUOR_VERSION},
-                      {"script", script_},
+  return json_answer({{"script", script_},
                       {"folder", scripts_ ? Json(scripts_->name()) : Json()},
-                      {"can_save", scripts_.has_value()},
-                      {"scripts", scripts_ ? Json(scripts_->names()) : Json::array()},
-                      {"securities", std::move(securities)},
-                      {"samples", samples_json(files_.samples)},
-                      {"words", words_json()},
-                      {"periods", periods_json()},
-                      {"theme", themes_json()},
-                      {"limits",
-                       {{"script", longest_script},
-                        {"bars", most_bar_bytes},
-                        {"rows", most_rows},
-                        {"sessions", Sessions::most},
-                        {"step", most_steps}}}});
+                      {"files", files_json()}});
 }
 
 }  // namespace quor_host

@@ -1,12 +1,12 @@
 #include "studio.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <future>
 #include <iostream>
 #include <memory>
 #include <thread>
 
+#include "../errors.h"
 #include "../program.h"
 #include "browser.h"
 #include "end_signals.h"
@@ -16,14 +16,34 @@
 namespace quor_host {
 namespace {
 
-StudioFiles files_of(const StudioOptions& options) {
-  const std::filesystem::path share = program_folder() / QUOR_SHARE;
-  const std::filesystem::path page =
-      options.page_path.empty() ? share / "studio" : std::filesystem::path(options.page_path);
-  return {page, share / "samples", options.bars_path, options.script_path};
+std::filesystem::path page_of(const StudioOptions& options) {
+  if (!options.page_path.empty()) return options.page_path;
+  return program_folder() / QUOR_SHARE / "studio";
 }
 
-/// Does the work on a thread of its own, and ends the program if that takes long: a calculation
+/// The usual port keeps links alive; who has it taken already runs another studio.
+std::unique_ptr<Server> server_for(const StudioOptions& options, const Service& service) {
+  try {
+    return std::make_unique<Server>(options.port.value_or(usual_port), service);
+  } catch (const HostError&) {
+    if (options.port) throw;
+    std::cerr << "quor: note: port " << usual_port
+              << " is taken, so links of that studio lead there\n";
+    return std::make_unique<Server>(0, service);
+  }
+}
+
+int export_page(const std::filesystem::path& page, const std::filesystem::path& folder) {
+  Page{page};  // says what is missing
+  std::filesystem::create_directories(folder);
+  std::filesystem::copy(
+      page, folder,
+      std::filesystem::copy_options::recursive | std::filesystem::copy_options::overwrite_existing);
+  std::cout << "The page is in " << folder.string() << "; any server of files can have it.\n";
+  return EXIT_SUCCESS;
+}
+
+/// Does the work on a thread of its own, and ends the program if that takes long: a file of a scan
 /// can't be broken off, and nobody who ends the program wants to wait for it.
 template <typename Work>
 void end_soon(const Work& work) {
@@ -42,22 +62,21 @@ void end_soon(const Work& work) {
 }  // namespace
 
 int run_studio(const StudioOptions& options) {
-  auto service = std::make_unique<StudioService>(files_of(options),
-                                                 std::chrono::seconds(options.idle_seconds));
-  Server server(
-      options.port, [&service](const Request& request) { return service->answer(request); },
-      StudioService::body_limit);
+  if (!options.export_path.empty()) return export_page(page_of(options), options.export_path);
+  auto service = std::make_unique<StudioService>(
+      StudioFiles{page_of(options), options.bars_path, options.script_path});
+  const auto server =
+      server_for(options, [&service](const Request& request) { return service->answer(request); });
   const EndSignals signals;
   const std::string link =
-      "http://127.0.0.1:" + std::to_string(server.port()) + "/?token=" + server.gate().token();
+      "http://127.0.0.1:" + std::to_string(server->port()) + "/?token=" + server->gate().token();
   std::cout << "The studio is at\n\n  " << link
             << "\n\nThe link serves one browser. Ctrl-C ends the studio." << std::endl;
   if (!options.no_open) open_browser(link);
-  std::thread serving([&server] { server.run(); });
-  const auto pause = std::chrono::seconds(std::clamp(options.idle_seconds / 2, 1, 30));
-  while (!signals.wait(pause)) service->sweep();
+  std::thread serving([&server] { server->run(); });
+  signals.wait();
   end_soon([&] {
-    server.stop();
+    server->stop();
     serving.join();
     service.reset();
   });

@@ -11,7 +11,7 @@ Examples: the sample bars; the securities of a folder, with a script to begin wi
   quor studio
   quor studio averages.quor --bars bars/
 
-The page is served on this machine's own address alone, and the link holds a secret that serves one
+The page calculates by itself; --export writes it into a folder for any server of files. It is served on this machine's own address alone, and the link holds a secret that serves one
 browser. The studio reads the bars that it is given, and saves scripts beside SCRIPT, or without one
 beside the bars.)";
 
@@ -27,13 +27,16 @@ void add_studio(CLI::App& app, StudioOptions& options) {
       .add_option("--bars", options.bars_path,
                   "A file of bars, or a folder with such files (*.csv), by default sample bars")
       ->type_name("FILE|FOLDER");
-  studio.add_option("--port", options.port, "The port, by default one that is free")
+  studio
+      .add_option("--port", options.port,
+                  "The port, by default " + std::to_string(usual_port) + " or one that is free")
       ->type_name("N")
       ->check(CLI::Range(0, 65535));
   studio.add_flag("--no-open", options.no_open, "Print the link only, don't open the browser");
+  studio.add_option("--export", options.export_path, "Write the page into a folder and end")
+      ->type_name("FOLDER");
   // For those who work on the page, and for tests.
   studio.add_option("--page", options.page_path, "")->group("");
-  studio.add_option("--idle", options.idle_seconds, "")->group("")->check(CLI::Range(1, 86400));
 }
 
 }  // namespace quor_host

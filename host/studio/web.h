@@ -15,7 +15,8 @@ struct Request {
   std::string method;
   std::string path;                          ///< decoded
   std::map<std::string, std::string> query;  ///< decoded; of a repeated key the first
-  std::string type;  ///< of the content, in small letters, without parameters
+  std::string type;       ///< of the content, in small letters, without parameters
+  std::string known_tag;  ///< of what the browser has kept of this path
   std::string body;
 
   std::string text(const std::string& key) const;

@@ -6,7 +6,7 @@ set -u
 
 mkdir page
 echo >page/index.html
-${emulator:+"$emulator"} "$program" studio --no-open --page page >printed.txt 2>&1 &
+${emulator:+"$emulator"} "$program" studio --no-open --port 0 --page page >printed.txt 2>&1 &
 studio=$!
 waited=0
 until grep -q 'Ctrl-C ends the studio' printed.txt || [ $waited -eq 60 ]; do

@@ -49,9 +49,9 @@ TEST_F(GateTest, only_the_own_page_may_ask) {
       {{{"Sec-Fetch-Site", "cross-site"}}, 403},
   };
   for (const auto& [headers, status] : cases) {
-    EXPECT_EQ(studio.get("/api/start", headers).status, status) << Json(headers);
-    const Reply posted = studio.post("/api/sessions/none/close", "", "text/plain", headers);
-    EXPECT_EQ(posted.status, status == 200 ? 204 : 403) << Json(headers);
+    EXPECT_EQ(studio.get("/api/files", headers).status, status) << Json(headers);
+    const Reply posted = studio.post("/api/scans/none/close", "", "text/plain", headers);
+    EXPECT_EQ(posted.status, status == 200 ? 404 : 403) << Json(headers);
   }
 }
 
@@ -64,19 +64,22 @@ TEST_F(GateTest, serves_the_page_and_nothing_else) {
   EXPECT_EQ(front.body, studio.get("/index.html").body);
   EXPECT_EQ(front.headers.at("Content-Type"), "text/html; charset=utf-8");
   const std::string policy = front.headers.at("Content-Security-Policy");
-  EXPECT_TRUE(policy.starts_with("default-src 'none'; script-src 'self'; style-src 'self';"));
-  EXPECT_EQ(policy.find("unsafe"), std::string::npos);
+  EXPECT_TRUE(policy.starts_with("default-src 'none'; script-src 'self' 'wasm-unsafe-eval'; "));
+  EXPECT_EQ(policy.find("'unsafe"), std::string::npos);
   EXPECT_EQ(front.headers.at("X-Content-Type-Options"), "nosniff");
   EXPECT_EQ(studio.get("/studio.js").headers.at("Content-Type"), "text/javascript; charset=utf-8");
-  for (const char* const path : {"/secret.key", "/../secret.key", "/%2e%2e/etc/passwd", "/other",
-                                 "//", "/api", "/api/", "/api/other", "/api/sessions/x/y/z/"}) {
+  for (const char* const path :
+       {"/secret.key", "/../secret.key", "/%2e%2e/etc/passwd", "/other", "//", "/api", "/api/",
+        "/api/other", "/api/bars/x/y/", "/api/scans/x"}) {
     const Reply reply = studio.get(path);
     EXPECT_TRUE(reply.status == 404 || reply.status == 405) << path << ": " << reply.status;
     EXPECT_TRUE(reply.json().contains("error")) << path;
   }
   EXPECT_EQ(studio.send("PUT", "/").status, 404);
-  EXPECT_EQ(studio.send("DELETE", "/api/start").status, 404);
-  EXPECT_EQ(studio.post("/api/start", Json::object()).status, 405);
+  EXPECT_EQ(studio.send("DELETE", "/api/files").status, 404);
+  for (const char* const path : {"/start.json", "/studio.js", "/api/files", "/api/bars/a"}) {
+    EXPECT_EQ(studio.post(path, Json::object()).status, 405) << path;
+  }
 }
 
 TEST_F(GateTest, tells_the_page_what_there_is_to_begin_with) {
@@ -85,21 +88,60 @@ TEST_F(GateTest, tells_the_page_what_there_is_to_begin_with) {
   folder.write("notes.txt", "no script");
   Studio studio({folder.path("mine.quor"), "--bars", folder.path()});
   studio.enter();
-  const Json start = studio.get("/api/start").json();
+  const Json start = studio.get("/start.json").json();
   EXPECT_EQ(start["script"], Json({{"name", "mine.quor"}, {"text", "A:C;"}}));
-  EXPECT_EQ(start["securities"], Json::parse(R"([{"name":"a","origin":"folder"},
-                                                 {"name":"b","origin":"folder"}])"));
-  EXPECT_EQ(start["scripts"], Json({"mine.quor"}));
-  EXPECT_EQ(start["words"].size(), 214U);
-  EXPECT_TRUE(start["can_save"]);
-  const Json samples = start["samples"];
-  const auto has = [&samples](const char* group, const char* name) {
-    return std::ranges::any_of(samples, [&](const Json& sample) {
-      return sample["group"] == group && sample["name"] == name && !sample["text"].empty();
-    });
+  const auto names = [](const Json& files) {
+    std::vector<std::string> all;
+    for (const Json& file : files) all.push_back(file["name"]);
+    return all;
   };
-  EXPECT_TRUE(has("samples", "kdj"));
-  EXPECT_TRUE(has("cookbook", "aroon"));
+  EXPECT_EQ(names(start["files"]["securities"]), (std::vector<std::string>{"a", "b"}));
+  EXPECT_EQ(names(start["files"]["scripts"]), (std::vector<std::string>{"mine.quor"}));
+  EXPECT_EQ(studio.get("/api/bars/b").body, made_bars(50));
+}
+
+TEST_F(GateTest, tells_a_changed_file_from_the_one_before) {
+  Studio studio({"--bars", folder.path()});
+  studio.enter();
+  const auto stamp = [&] { return studio.get("/api/files").json()["securities"][0]["stamp"]; };
+  const Json before = stamp();
+  EXPECT_EQ(stamp(), before);
+  folder.write("a.csv", made_bars(51));
+  EXPECT_NE(stamp(), before);
+}
+
+TEST_F(GateTest, without_bars_there_are_no_files) {
+  Studio studio({});
+  studio.enter();
+  const Json start = studio.get("/start.json").json();
+  EXPECT_EQ(start["folder"], Json());
+  EXPECT_EQ(start["files"], Json::parse(R"({"scripts":[],"securities":[]})"));
+  EXPECT_EQ(studio.get("/api/bars/a").status, 404);
+  EXPECT_EQ(studio.post("/api/scripts/a.quor", {{"text", "A:C;"}}).status, 409);
+  EXPECT_EQ(studio.post("/api/scans", {{"script", "A:C;"}}).status, 409);
+}
+
+TEST_F(GateTest, a_page_that_the_browser_has_is_not_sent_again) {
+  Studio studio({});
+  studio.enter();
+  const Reply first = studio.get("/studio.js");
+  EXPECT_EQ(first.headers.at("Cache-Control"), "no-cache");
+  const Reply second = studio.get("/studio.js", {{"If-None-Match", first.headers.at("ETag")}});
+  EXPECT_EQ(second.status, 304);
+  EXPECT_TRUE(second.body.empty());
+  EXPECT_EQ(studio.get("/", {{"If-None-Match", first.headers.at("ETag")}}).status, 200);
+  EXPECT_EQ(studio.get("/start.json").headers.at("Cache-Control"), "no-store");
+}
+
+TEST_F(GateTest, writes_the_page_into_a_folder) {
+  folder.write("index.html", "page");
+  Folder out;
+  const Outcome done =
+      run_quor({"studio", "--page", folder.path(), "--export", out.path("site/studio")});
+  EXPECT_EQ(done.status, 0) << done.output;
+  EXPECT_EQ(out.read("site/studio/index.html"), "page");
+  Folder none;
+  EXPECT_EQ(run_quor({"studio", "--page", none.path(), "--export", out.path("other")}).status, 1);
 }
 
 TEST_F(GateTest, says_what_keeps_it_from_beginning) {

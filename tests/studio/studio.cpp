@@ -74,11 +74,8 @@ Studio::Studio(std::vector<std::string> arguments) {
   page_.write("index.html", "<!doctype html><title>page</title>");
   page_.write("studio.js", "'use strict';");
   page_.write("secret.key", "not for the page");
-  for (const std::string& argument :
-       {std::string("studio"), std::string("--page"), page_.path(), std::string("--no-open")}) {
-    arguments.push_back(argument);
-  }
-  std::rotate(arguments.begin(), arguments.end() - 4, arguments.end());
+  const std::string first[] = {"studio", "--page", page_.path(), "--no-open", "--port", "0"};
+  arguments.insert(arguments.begin(), std::begin(first), std::end(first));
   process_ = std::make_unique<Process>(command_of(arguments));
   const std::regex link("http://127\\.0\\.0\\.1:(\\d+)/\\?token=([0-9a-f]+)");
   std::string text;
@@ -133,10 +130,35 @@ Reply Studio::send(const std::string& method, const std::string& path) const {
   return reply_of(client_of(port_).send(request));
 }
 
-std::string Studio::open() const {
-  const Reply reply = post("/api/sessions", "", "application/json");
-  EXPECT_EQ(reply.status, 201);
-  return "/api/sessions/" + reply.json().value("id", "");
+Wire::Wire(int port) {
+  httplib::Error error = httplib::Error::Success;
+  socket_ = static_cast<std::intptr_t>(httplib::detail::create_client_socket(
+      "127.0.0.1", "", port, AF_INET, true, nullptr, 30, 0, 120, 0, 120, 0, "", error));
+  EXPECT_EQ(error, httplib::Error::Success);
+}
+
+Wire::~Wire() { httplib::detail::close_socket(static_cast<socket_t>(socket_)); }
+
+bool Wire::send(const std::string& bytes) const {
+#ifdef _WIN32
+  constexpr int quietly = 0;
+#else
+  constexpr int quietly = MSG_NOSIGNAL;
+#endif
+  const auto socket = static_cast<socket_t>(socket_);
+  return httplib::detail::send_socket(socket, bytes.data(), bytes.size(), quietly) ==
+         static_cast<ssize_t>(bytes.size());
+}
+
+std::string Wire::read_all() const {
+  const auto socket = static_cast<socket_t>(socket_);
+  std::string all;
+  char piece[4096];
+  for (;;) {
+    const ssize_t size = httplib::detail::read_socket(socket, piece, sizeof piece, 0);
+    if (size <= 0) return all;
+    all.append(piece, static_cast<size_t>(size));
+  }
 }
 
 std::string made_bars(size_t count, unsigned seed) {

@@ -1,6 +1,7 @@
 // A studio in a process of its own, and the page's side of it.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -67,9 +68,6 @@ class Studio {
   /// Another method, without a body.
   Reply send(const std::string& method, const std::string& path) const;
 
-  /// The path of a new session.
-  std::string open() const;
-
  private:
   Headers with_cookie(Headers headers) const;
 
@@ -78,6 +76,23 @@ class Studio {
   int port_ = 0;
   std::string token_;
   std::string cookie_;
+};
+
+/// A connection by which a test sends what no library would.
+class Wire {
+ public:
+  explicit Wire(int port);
+  ~Wire();
+  Wire(const Wire&) = delete;
+  Wire& operator=(const Wire&) = delete;
+
+  /// False if the other side has closed.
+  bool send(const std::string& bytes) const;
+  /// All that comes until the other side closes.
+  std::string read_all() const;
+
+ private:
+  std::intptr_t socket_;
 };
 
 /// Bars of days with a price that goes up and down, as comma-separated values.

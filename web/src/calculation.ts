@@ -1,6 +1,7 @@
-// Has the server calculate the script: one at a time, and after it the newest that was wanted.
-import type { Session } from './api/client.ts';
-import type { Parameter, ScriptAnswer } from './api/types.ts';
+// Has the script calculated: one at a time, and after it the newest that was wanted. A newer script
+// ends one that takes long.
+import type { Session } from './engine/session.ts';
+import type { Parameter, ScriptAnswer } from './engine/types.ts';
 
 export class Calculation {
   private isWanted = false;
@@ -10,14 +11,13 @@ export class Calculation {
     private readonly session: Session,
     /** What to calculate, asked for when its turn has come. */
     private readonly take: () => { script: string; parameters: Parameter[] },
-    /** A script is on its way. */
-    private readonly sent: () => void,
     private readonly done: (answer: ScriptAnswer) => void,
-    private readonly fail: (error: unknown) => Promise<unknown>,
+    private readonly fail: (error: unknown) => void,
   ) {}
 
   want(): void {
     this.isWanted = true;
+    this.session.supersede();
     if (!this.isBusy) void this.work();
   }
 
@@ -25,19 +25,14 @@ export class Calculation {
     this.isBusy = true;
     while (this.isWanted) {
       try {
-        await this.session.inTurn(() => this.calculate());
+        await this.session.laidOut();
+        this.isWanted = false;
+        const { script, parameters } = this.take();
+        this.done(await this.session.script(script, parameters));
       } catch (error) {
-        await this.fail(error);
+        this.fail(error);
       }
     }
     this.isBusy = false;
-  }
-
-  private async calculate(): Promise<void> {
-    this.isWanted = false;
-    const { script, parameters } = this.take();
-    const answer = this.session.script(script, parameters);
-    this.sent();
-    this.done(await answer);
   }
 }

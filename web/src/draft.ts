@@ -1,5 +1,5 @@
-// What is being written survives that the page is loaded again, in this tab. What wasn't saved when
-// a tab was closed is offered by those that are opened later.
+// What is being written survives: that the page is loaded again, that its tab is closed, and a crash.
+// Each tab keeps a draft of its own; what isn't saved in those of tabs that are no more is offered.
 import { isNumbers } from './link.ts';
 
 /** A script, and what of it is saved. */
@@ -11,7 +11,7 @@ export interface Kept {
 }
 
 export interface Draft {
-  /** The one that was being written and all that aren't saved. */
+  /** Those that are open, in their order. */
   scripts: Kept[];
   current: string;
   /** Values by the name of the parameter. */
@@ -22,58 +22,102 @@ export interface Draft {
   link: string;
 }
 
-const draftKey = 'quor-studio-draft';
-const leftKey = 'quor-studio-left';
+const tabKey = 'quor-studio-tab';
+const draftKey = 'quor-studio-draft ';
 
-let timer: ReturnType<typeof setTimeout> | undefined;
+type Store = Pick<Storage, 'getItem' | 'setItem' | 'removeItem' | 'key' | 'length'>;
 
-/** Soon, so that one who types doesn't wait for it. */
-export function keepDraft(draftOf: () => Draft): void {
-  clearTimeout(timer);
-  timer = setTimeout(() => write(sessionStorage, draftKey, draftOf()), 200);
+/** Which tabs there are: each one holds a lock as long as it lives. */
+export interface Tabs {
+  /** Whether the id was free, and is this tab's from now on. */
+  take: (id: string) => Promise<boolean>;
+  living: () => Promise<ReadonlySet<string>>;
 }
 
-/** The page goes away, whether it is to be loaded again or not. */
-export function leaveDraft(draft: Draft): void {
-  clearTimeout(timer);
-  write(sessionStorage, draftKey, draft);
-  const unsaved = draft.scripts.filter(({ saved, text }) => saved !== text);
-  if (unsaved.length > 0) write(localStorage, leftKey, [...without(left(), unsaved), ...unsaved]);
-}
+export class Drafts {
+  private timer: ReturnType<typeof setTimeout> | undefined;
 
-export function keptDraft(): Draft | undefined {
-  const value = read(sessionStorage, draftKey);
-  return isDraft(value) ? value : undefined;
-}
+  private constructor(
+    private readonly id: string,
+    private readonly store: Store,
+    /** That of this tab before it was loaded again. */
+    readonly own: Draft | undefined,
+    private left: Kept[],
+  ) {}
 
-/** Scripts that weren't saved when their tabs were closed. */
-export function left(): Kept[] {
-  const value = read(localStorage, leftKey);
-  return isListOfKept(value) ? value : [];
-}
+  static async open(
+    session: Pick<Storage, 'getItem' | 'setItem'> = sessionStorage,
+    store: Store = localStorage,
+    tabs: Tabs = lockedTabs,
+  ): Promise<Drafts> {
+    const before = session.getItem(tabKey) ?? '';
+    const own = before ? read(store, before) : undefined;
+    // A tab that was made from another one has its id.
+    const id = before && (await tabs.take(before)) ? before : newId();
+    if (id !== before) await tabs.take(id);
+    session.setItem(tabKey, id);
+    return new Drafts(id, store, own, await leftOf(store, await tabs.living()));
+  }
 
-/** Scripts that were left are in the hands of a tab again. */
-export function takeUp(scripts: readonly Kept[]): void {
-  write(localStorage, leftKey, without(left(), scripts));
-}
+  /** Scripts with changes, of tabs that are no more. */
+  get leftScripts(): readonly Kept[] {
+    return this.left;
+  }
 
-function without(all: readonly Kept[], scripts: readonly Kept[]): Kept[] {
-  const isSame = (one: Kept) => scripts.some(({ id, text }) => one.id === id && one.text === text);
-  return all.filter((one) => !isSame(one));
-}
+  /** Soon, so that one who types doesn't wait for it. */
+  keep(draftOf: () => Draft): void {
+    clearTimeout(this.timer);
+    this.timer = setTimeout(() => this.keepNow(draftOf()), 200);
+  }
 
-function write(storage: Storage, key: string, value: unknown): void {
-  try {
-    storage.setItem(key, JSON.stringify(value));
-  } catch {
-    // There is no room for it: no draft rather than an old one, and what others left stays.
-    if (key === draftKey) storage.removeItem(key);
+  keepNow(draft: Draft): void {
+    clearTimeout(this.timer);
+    try {
+      this.store.setItem(draftKey + this.id, JSON.stringify(draft));
+    } catch {
+      this.store.removeItem(draftKey + this.id); // no room: no draft rather than an old one
+    }
+  }
+
+  /** Scripts that were left are in the hands of this tab. */
+  takeUp(scripts: readonly Kept[]): void {
+    const isSame = (one: Kept) =>
+      scripts.some(({ id, text }) => one.id === id && one.text === text);
+    this.left = this.left.filter((one) => !isSame(one));
+    for (const id of idsIn(this.store)) {
+      const draft = id === this.id ? undefined : read(this.store, id);
+      if (!draft?.scripts.some(isSame)) continue;
+      const rest = draft.scripts.filter((one) => !isSame(one));
+      this.store.setItem(draftKey + id, JSON.stringify({ ...draft, scripts: rest }));
+    }
   }
 }
 
-function read(storage: Storage, key: string): unknown {
+const newId = (): string => String(crypto.getRandomValues(new Uint32Array(2)).join('-'));
+
+/** Drafts of tabs that are no more, of which only what isn't saved is kept. */
+async function leftOf(store: Store, living: ReadonlySet<string>): Promise<Kept[]> {
+  return idsIn(store)
+    .filter((id) => !living.has(id))
+    .flatMap((id) => {
+      const unsaved = read(store, id)?.scripts.filter(({ saved, text }) => saved !== text) ?? [];
+      if (unsaved.length === 0) store.removeItem(draftKey + id);
+      return unsaved;
+    });
+}
+
+function idsIn(store: Store): string[] {
+  const keys = Array.from({ length: store.length }, (_, i) => store.key(i) ?? '');
+  return keys
+    .filter((key) => key.startsWith(draftKey))
+    .map((key) => key.slice(draftKey.length))
+    .sort();
+}
+
+function read(store: Store, id: string): Draft | undefined {
   try {
-    return JSON.parse(storage.getItem(key) ?? 'null');
+    const value: unknown = JSON.parse(store.getItem(draftKey + id) ?? 'null');
+    return isDraft(value) ? value : undefined;
   } catch {
     return undefined;
   }
@@ -100,3 +144,21 @@ function isDraft(value: unknown): value is Draft {
     typeof link === 'string'
   );
 }
+
+/** Locks go with their tab, however it ends. Where a browser has none, every tab seems to live. */
+const lockedTabs: Tabs = {
+  take: (id) =>
+    new Promise((resolve) => {
+      if (!navigator.locks) return resolve(true);
+      void navigator.locks.request(draftKey + id, { ifAvailable: true }, (lock) => {
+        resolve(lock !== null);
+        return lock === null ? undefined : new Promise<void>(() => {}); // for as long as it lives
+      });
+      return undefined;
+    }),
+  living: async () => {
+    if (!navigator.locks) return new Set(idsIn(localStorage));
+    const { held = [] } = await navigator.locks.query();
+    return new Set(held.map(({ name = '' }) => name.slice(draftKey.length)));
+  },
+};

@@ -1,10 +1,27 @@
 import './style/studio.css';
-import { readStart } from './api/client.ts';
-import { tellError } from './panels/message.ts';
+import { readModule } from './api/server.ts';
+import { Session } from './engine/session.ts';
+import { Busy } from './panels/busy.ts';
+import { tell, tellError } from './panels/message.ts';
+import { readBeginning } from './start.ts';
 import { Studio } from './studio.ts';
 
+const makeWorker = () => new Worker(new URL('worker.js', import.meta.url), { type: 'module' });
+
 try {
-  await new Studio(await readStart()).begin();
+  const busy = new Busy(() => {
+    session.stop();
+    tell('Stopped');
+  });
+  let studio: Studio | undefined;
+  const session = new Session(
+    await readModule(),
+    makeWorker,
+    (isBusy, isLayingOut) => busy.set(isBusy, isLayingOut),
+    (bars) => studio?.takeRestored(bars),
+  );
+  studio = new Studio(session, await readBeginning(session));
+  await studio.begin();
 } catch (error) {
   tellError(error);
 }

@@ -1,13 +1,12 @@
 // What is calculated is loaded, what is loaded is drawn.
-import type { Session } from './api/client.ts';
 import type {
   BarsAnswer,
   Drawn,
-  Palette,
+  Language,
   Parameter,
   ScriptAnswer,
   ThemeName,
-} from './api/types.ts';
+} from './engine/types.ts';
 import { Calculation } from './calculation.ts';
 import { Chart } from './chart/chart.ts';
 import { type Loaded, Loader } from './chart/loader.ts';
@@ -15,12 +14,13 @@ import { standsAtBars } from './chart/records.ts';
 import { Sheet } from './chart/sheet.ts';
 import { Theme } from './chart/theme.ts';
 import { byId } from './dom.ts';
+import type { Session } from './engine/session.ts';
 
 export interface PipelineEvents {
   /** What to calculate. */
   take: () => { script: string; parameters: Parameter[] };
   answered: (answer: ScriptAnswer) => void;
-  fail: (error: unknown) => Promise<unknown>;
+  fail: (error: unknown) => void;
 }
 
 export class Pipeline {
@@ -33,7 +33,7 @@ export class Pipeline {
 
   constructor(
     private readonly session: Session,
-    private readonly palettes: Readonly<Record<ThemeName, Palette>>,
+    private readonly language: Language,
     private themeName: ThemeName,
     private readonly events: PipelineEvents,
   ) {
@@ -46,7 +46,6 @@ export class Pipeline {
     this.calculation = new Calculation(
       session,
       events.take,
-      () => this.loadAhead(),
       (answer) => {
         this.take(answer);
         events.answered(answer);
@@ -68,7 +67,6 @@ export class Pipeline {
   takeBars(bars: BarsAnswer): void {
     this.bars = bars;
     this.drawn = undefined;
-    this.loader.forget();
     this.chart.setBars(`${bars.name}  ${bars.period.name}`, bars.rows);
     if (!bars.script) return this.want();
     this.take(bars.script);
@@ -80,8 +78,8 @@ export class Pipeline {
   }
 
   /** Another step of play; resolves when it is drawn. */
-  async takeStep({ revision, rows }: { revision: number; rows: number }): Promise<void> {
-    if (this.drawn) this.takeDrawn({ ...this.drawn, revision, rows });
+  async takeStep({ rows }: { rows: number }): Promise<void> {
+    if (this.drawn) this.takeDrawn({ ...this.drawn, rows });
     await this.loader.finished();
   }
 
@@ -92,6 +90,7 @@ export class Pipeline {
 
   private takeDrawn(drawn: Drawn): void {
     this.drawn = drawn;
+    this.loader.forget();
     this.chart.setRows(drawn.rows);
     this.load();
   }
@@ -99,32 +98,25 @@ export class Pipeline {
   private load(): void {
     if (!this.drawn || !this.bars) return;
     const { sight, pixels } = this.chart.need;
-    const { revision, rows, records } = this.drawn;
-    const withRecords = records.some(standsAtBars);
-    this.loader.want(sight, pixels, rows, { revision, withRecords });
-  }
-
-  /** What is in sight will be wanted of the script that is on its way, too. */
-  private loadAhead(): void {
-    if (!this.drawn || !this.bars) return;
-    const { sight, pixels } = this.chart.need;
-    this.loader.askAhead(sight, pixels, this.drawn.rows);
+    const { rows, records } = this.drawn;
+    this.loader.want(sight, pixels, rows, records.some(standsAtBars));
   }
 
   private draw({ view, shown }: Loaded): void {
-    if (!this.drawn || !this.bars || view.revision !== this.drawn.revision) return;
+    if (!this.drawn || !this.bars) return;
     const { decimals, intraday } = this.bars;
+    const { measures } = this.language;
     const theme = this.themeOf(this.drawn);
-    this.chart.show(new Sheet(this.drawn, view, shown, theme, decimals, intraday));
+    this.chart.show(new Sheet(this.drawn, view, shown, theme, decimals, intraday, measures));
   }
 
   private themeOf({ colours }: Drawn): Theme {
-    return new Theme(this.themeName, this.palettes[this.themeName], colours);
+    return new Theme(this.themeName, this.language.theme[this.themeName], colours);
   }
 
   private async valuesAt(row: number): Promise<ReadonlyMap<number, number> | undefined> {
-    const { revision, fields, lines } = await this.session.values(row);
-    if (revision !== this.drawn?.revision) return undefined;
+    const { fields, lines } = await this.session.values(row);
+    if (!this.drawn) return undefined;
     const values = new Map(Object.entries(fields).map(([id, value]) => [Number(id), value ?? NaN]));
     this.drawn.lines.forEach(({ column }, i) => values.set(column, lines[i] ?? NaN));
     return values;

@@ -48,6 +48,11 @@ export class Scripts {
     return this.current && isOfFolder(this.current.id) ? this.current.name : '';
   }
 
+  /** What is kept of the current one. */
+  get savedText(): string {
+    return this.current?.saved ?? '';
+  }
+
   get opened(): Opened[] {
     return this.all.map((script) => {
       const { id, name } = script;
@@ -61,12 +66,10 @@ export class Scripts {
 
   /** What a page that is loaded again needs. */
   get kept(): Kept[] {
-    return this.all
-      .filter((script) => script === this.current || this.isUnsaved(script))
-      .map((script) => {
-        const { id, name, saved } = script;
-        return { id, name, saved, text: this.textOf(script) };
-      });
+    return this.all.map((script) => {
+      const { id, name, saved } = script;
+      return { id, name, saved, text: this.textOf(script) };
+    });
   }
 
   /** Shows a script that is open with changes, or can't be read anew; false for all that can. */
@@ -84,14 +87,30 @@ export class Scripts {
     return script !== undefined;
   }
 
+  /** Closes a script with what isn't saved of it, and shows its neighbour in place of the current
+   * one. */
+  close(id: string): void {
+    const at = this.all.findIndex((script) => script.id === id);
+    if (at < 0) return;
+    const [closed] = this.all.splice(at, 1);
+    if (closed !== this.current) return;
+    this.current = undefined;
+    const next = this.all[Math.min(at, this.all.length - 1)];
+    if (next) this.show(next);
+    else this.openOther('script', '');
+  }
+
   /** Shows a script that was read, or the changes that it has here. */
   open({ id, name, text }: Source): void {
     if (this.reopen(id)) return;
     const saved = plain(text);
     const before = this.find(id);
     if (before?.saved === saved) return this.show(before);
-    if (before) this.all.splice(this.all.indexOf(before), 1);
-    this.show(this.add({ id, name, saved, document: this.editor.makeDocument(saved) }));
+    const script = { id, name, saved, document: this.editor.makeDocument(saved) };
+    if (!before) return this.show(this.add(script));
+    if (before === this.current) this.current = undefined;
+    this.all[this.all.indexOf(before)] = script;
+    this.show(script);
   }
 
   /** Shows a script that can't be read again, say one of a link. */
@@ -115,6 +134,13 @@ export class Scripts {
     if (!this.current) return;
     if (before && before !== this.current) this.giveWay(before);
     Object.assign(this.current, { id, name, saved: text });
+  }
+
+  /** The current one has been changed where it is kept, and that is written on. */
+  takeOther(text: string): void {
+    if (!this.current) return;
+    this.current.saved = plain(text);
+    this.editor.write(this.current.saved);
   }
 
   /** Another script has been saved under the name of one that is open. */

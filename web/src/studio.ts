@@ -1,28 +1,38 @@
 // The page as a whole: its editor, its panels, and what each of them sets in motion.
-import { Session } from './api/client.ts';
-import type { BarsAnswer, Drawn, Parameter, ScriptAnswer, Slider, Start } from './api/types.ts';
+import { readBars, readSampleBars } from './api/server.ts';
 import { byId, saveFile, setText } from './dom.ts';
 import { Editor } from './editor/editor.ts';
+import { Ended } from './engine/line.ts';
+import { Session } from './engine/session.ts';
+import type { BarsAnswer, Drawn, Parameter, ScriptAnswer, Slider } from './engine/types.ts';
 import { Looks } from './looks.ts';
+import { Data } from './panels/data.ts';
 import { Events } from './panels/events.ts';
 import { Findings } from './panels/findings.ts';
 import { bindHeader } from './panels/header.ts';
 import { tell, tellError } from './panels/message.ts';
 import { PeriodMenu } from './panels/period.ts';
 import { Play } from './panels/play.ts';
+import { SaveDialog } from './panels/save.ts';
 import { Scan } from './panels/scan.ts';
 import { Securities } from './panels/securities.ts';
 import { numberText, Sliders } from './panels/sliders.ts';
 import { Tabs } from './panels/tabs.ts';
 import { Pipeline } from './pipeline.ts';
+import type { Shelf } from './shelf.ts';
+import type { Beginning } from './start.ts';
 import { type Setting, Writing } from './writing.ts';
 
-/** Where the bars come from: a security of the folder, or a file of the user's. */
+/** Where the bars come from: a security, or a file of the user's. */
 type Source = { security: string } | { file: File };
+
+/** The bars that the page brings. */
+const sample = 'index-daily';
 
 const tabs = [
   { id: 'securities', title: 'Securities' },
   { id: 'events', title: 'Events' },
+  { id: 'data', title: 'Data' },
   { id: 'scan', title: 'Scan' },
 ];
 const newestEvents = 1000;
@@ -30,7 +40,6 @@ const newestEvents = 1000;
 const barsToPlay = 200;
 
 export class Studio {
-  private readonly session = new Session();
   private readonly editor: Editor;
   private readonly pipeline: Pipeline;
   private readonly looks: Looks;
@@ -38,6 +47,9 @@ export class Studio {
   private readonly sliders: Sliders;
   private readonly securities: Securities;
   private readonly events: Events;
+  private readonly data: Data;
+  /** Securities that a script asked for, whether they could be had or not. */
+  private readonly sought = new Set<string>();
   private readonly play: Play;
   private readonly tabs: Tabs;
   private readonly writing: Writing;
@@ -49,22 +61,35 @@ export class Studio {
   private wanted: Source | undefined;
   private bars: BarsAnswer | undefined;
   private isReady = false;
-  private renewal: Promise<void> | undefined;
+  private readonly limits: { script: number };
+  /** Of the securities. */
+  private readonly names: readonly string[];
+  /** They are files of a folder, over which a scan can go. */
+  private readonly hasFolder: boolean;
   private areEventsOld = true;
 
-  constructor(private readonly start: Start) {
-    const fail = (error: unknown) => void this.fail(error);
-    this.editor = new Editor(byId('editor', HTMLElement), start.words, () => this.followScript());
-    this.writing = new Writing(this.editor, start, {
+  constructor(
+    private readonly session: Session,
+    { start, language, samples, shelf, drafts }: Beginning,
+  ) {
+    const fail = (error: unknown) => this.fail(error);
+    this.limits = language.limits;
+    const names = start.files.securities.map(({ name }) => name);
+    this.names = names.length > 0 ? names : [sample];
+    this.hasFolder = names.length > 0;
+    this.editor = new Editor(byId('editor', HTMLElement), language.words, () =>
+      this.followScript(),
+    );
+    this.writing = new Writing(this.editor, start, samples, shelf, drafts, {
       setting: () => this.setting,
       linked: ({ parameters }) => (this.parameters = new Map(Object.entries(parameters))),
       fail,
     });
     this.looks = new Looks(byId('theme', HTMLButtonElement), () => this.applyTheme());
-    this.pipeline = new Pipeline(this.session, start.theme, this.looks.name, {
+    this.pipeline = new Pipeline(session, language, this.looks.name, {
       take: () => ({ script: this.editor.take(), parameters: this.parameterList }),
       answered: (answer) => this.show(answer),
-      fail: (error) => this.fail(error),
+      fail,
     });
     this.findings = new Findings(byId('findings', HTMLElement), (finding) =>
       this.editor.goTo(finding),
@@ -74,12 +99,12 @@ export class Studio {
       add: (name, value) => this.setParameter(name, value),
       remove: (name) => this.setParameter(name, undefined),
     });
-    this.tabs = new Tabs(byId('drawer', HTMLElement), byId('tabs', HTMLElement), tabs, () =>
+    this.tabs = new Tabs(byId('drawer', HTMLElement), byId('tabs', HTMLElement), this.tabList, () =>
       this.refreshEvents(),
     );
     this.securities = new Securities(
       this.tabs.panel('securities'),
-      start.securities,
+      this.names,
       (name) => void this.open({ security: name }),
     );
     this.events = new Events(
@@ -87,31 +112,41 @@ export class Studio {
       (row) => this.pipeline.chart.showRow(row),
       (count) => this.tabs.setCount('events', count),
     );
-    new Scan(this.tabs.panel('scan'), this.session, {
-      script: () => ({ script: this.editor.text, parameters: this.parameterList }),
-      open: (security) => void this.open({ security }),
-      fail,
+    this.data = new Data(this.tabs.panel('data'), {
+      changed: (subject) => this.redo(() => this.session.subject(subject)),
+      take: (name, content) => this.redo(() => this.session.takeOther({ name, content })),
     });
+    if (this.hasFolder) {
+      new Scan(this.tabs.panel('scan'), {
+        script: () => ({ script: this.editor.text, parameters: this.parameterList }),
+        open: (security) => void this.open({ security }),
+        fail,
+      });
+    }
     this.play = this.makePlay(fail);
     this.editor.setDark(this.looks.name === 'dark');
-    this.period = new PeriodMenu(byId('period', HTMLSelectElement), start.periods, () => {
+    this.period = new PeriodMenu(byId('period', HTMLSelectElement), language.periods, () => {
       if (this.wanted) void this.open(this.wanted);
     });
-    this.bindButtons(fail);
-    this.bindWindow();
+    this.bindButtons(fail, this.makeSaveDialog(shelf));
   }
 
   /** Shows the script that a link, this tab, or the command line has, over the first security. */
   async begin(): Promise<void> {
-    await this.session.open();
     const given = await this.writing.begin();
     this.parameters = new Map(Object.entries(given?.parameters ?? {}));
     this.isReady = true;
-    const known = this.start.securities.map(({ name }) => name);
-    const security = known.find((name) => name === given?.security) ?? known[0];
-    if (security !== undefined) return this.open({ security });
-    tell('Drop a CSV with bars onto the page');
-    return this.recalculate();
+    const security = this.names.find((name) => name === given?.security) ?? this.names[0];
+    await this.open({ security });
+  }
+
+  /** The engine was stopped, and has all of the bars again. */
+  takeRestored(bars: BarsAnswer): void {
+    if (this.play.isOn) this.takeBars(bars);
+  }
+
+  private get tabList() {
+    return tabs.filter(({ id }) => id !== 'scan' || this.hasFolder);
   }
 
   private get parameterList(): Parameter[] {
@@ -131,8 +166,8 @@ export class Studio {
 
   private recalculate(): void {
     if (!this.isReady) return;
-    if (this.editor.text.length > this.start.limits.script) {
-      return tellError(`A script may be ${this.start.limits.script / 1024} KiB long`);
+    if (this.editor.text.length > this.limits.script) {
+      return tellError(`A script may be ${this.limits.script / 1024} KiB long`);
     }
     this.pipeline.want();
   }
@@ -147,6 +182,8 @@ export class Studio {
     if (!answer.records || !drawn) return;
     setText(this.times, answer.sound ? timesText(answer.times) : '');
     this.tellMissing(drawn);
+    this.data.show(drawn);
+    this.seekOthers(drawn);
     if (this.play.isOn) return;
     this.areEventsOld = true;
     this.tabs.setCount('events', drawn.events);
@@ -155,8 +192,31 @@ export class Studio {
 
   private tellMissing({ missing, references }: Drawn): void {
     const texts = missing.map(({ text }) => text);
-    if (references.length > 0) texts.push(`null here: ${references.join(', ')}`);
+    const absent = references.filter(({ given }) => !given).map(({ text }) => text);
+    if (absent.length > 0) texts.push(`null here: ${absent.join(', ')}`);
     if (texts.length > 0) tell(texts.join('; '));
+  }
+
+  /** Other securities that the script reads come from the folder. */
+  private seekOthers({ references }: Drawn): void {
+    if (!this.hasFolder) return;
+    for (const { name, security, given } of references) {
+      const known = this.names.find((one) => one.toUpperCase() === name);
+      if (given || !security || known === undefined || this.sought.has(name)) continue;
+      this.sought.add(name);
+      this.redo(async () => this.session.takeOther({ name, content: await readBars(known) }));
+    }
+  }
+
+  /** Something changes what the script gives. */
+  private redo(work: () => Promise<ScriptAnswer | null>): void {
+    work()
+      .then((answer) => {
+        if (!answer) return;
+        this.pipeline.take(answer);
+        this.show(answer);
+      })
+      .catch((error: unknown) => this.fail(error));
   }
 
   private takeSliders(sliders: readonly Slider[]): void {
@@ -189,23 +249,25 @@ export class Studio {
     this.wanted = source;
     tell('');
     try {
-      await this.session.inTurn(async () => {
-        if (source !== this.wanted) return;
-        const bars = await this.read(source);
-        this.source = source;
-        this.takeBars(bars);
-      });
+      const { name, content } = await this.read(source);
+      if (source !== this.wanted) return;
+      this.session.supersede();
+      const bars = await this.session.takeBars({ name, content, period: this.period.chosen });
+      if (source !== this.wanted) return; // others are on their way to the desk
+      this.source = source;
+      this.takeBars(bars);
     } catch (error) {
-      const isRenewed = await this.fail(error);
-      if (!isRenewed && source === this.wanted) this.wanted = this.source;
+      if (source !== this.wanted) return;
+      if (error instanceof Ended && !error.isByUser) return this.open(source); // now with the newer script
+      this.fail(error);
+      this.wanted = this.source;
     }
   }
 
-  private read(source: Source): Promise<BarsAnswer> {
-    const period = this.period.chosen;
-    return 'file' in source
-      ? this.session.readCsv(source.file, source.file.name, period)
-      : this.session.readSecurity(source.security, period);
+  private async read(source: Source): Promise<{ name: string; content: Blob }> {
+    if ('file' in source) return { name: source.file.name, content: source.file };
+    const name = source.security;
+    return { name, content: await (this.hasFolder ? readBars(name) : readSampleBars()) };
   }
 
   private takeBars(bars: BarsAnswer): void {
@@ -227,10 +289,8 @@ export class Studio {
     this.areEventsOld = false;
     this.session
       .events(Math.max(count - newestEvents, 0), newestEvents)
-      .then(({ revision, events, count }) => {
-        if (revision === this.pipeline.newest?.revision) this.events.showAll(events, count);
-      })
-      .catch((error: unknown) => void this.fail(error));
+      .then(({ events, count }) => this.events.showAll(events, count))
+      .catch((error: unknown) => this.fail(error));
   }
 
   private makePlay(fail: (error: unknown) => void): Play {
@@ -261,7 +321,18 @@ export class Studio {
     });
   }
 
-  private bindButtons(fail: (error: unknown) => void): void {
+  private makeSaveDialog(shelf: Shelf): SaveDialog {
+    return new SaveDialog(shelf, {
+      script: () => this.writing.script,
+      saved: (name, text) => {
+        this.writing.saved(name, text);
+        tell(`Saved as ${name}`);
+      },
+      takeOther: (text) => this.writing.takeOther(text),
+    });
+  }
+
+  private bindButtons(fail: (error: unknown) => void, dialog: SaveDialog): void {
     bindHeader(
       {
         zoom: (factor) => this.pipeline.chart.zoom(factor),
@@ -271,22 +342,10 @@ export class Studio {
           saveFile(`${this.fileName}.png`, await this.pipeline.chart.picture()),
         saveCsv: async () => saveFile(`${this.fileName}.csv`, await this.session.csv()),
         openFile: (file) => void this.open({ file }),
-        script: () => ({ name: this.writing.fileName, text: this.editor.text }),
-        saved: (name, text) => {
-          this.writing.saved(name, text);
-          tell(`Saved as ${name}`);
-        },
         fail,
       },
-      this.start.can_save,
+      dialog,
     );
-  }
-
-  private bindWindow(): void {
-    window.addEventListener('pagehide', () => this.session.close());
-    window.addEventListener('pageshow', ({ persisted }) => {
-      if (persisted) void this.renew(); // its session is gone
-    });
   }
 
   private get fileName(): string {
@@ -303,28 +362,9 @@ export class Studio {
     }
   }
 
-  /** Says why, or begins anew where the server has freed the session: then true. */
-  private async fail(error: unknown): Promise<boolean> {
-    const isGone = await this.session.isGone(error);
-    if (isGone) await this.renew();
-    else tellError(error);
-    return isGone;
-  }
-
-  private renew(): Promise<void> {
-    this.renewal ??= this.renewNow().finally(() => (this.renewal = undefined));
-    return this.renewal;
-  }
-
-  private async renewNow(): Promise<void> {
-    try {
-      await this.session.open();
-    } catch (error) {
-      return tellError(error);
-    }
-    this.play.reset();
-    if (this.wanted) void this.open(this.wanted);
-    else this.pipeline.want();
+  /** Says why; what the user or a newer script has ended needs no saying. */
+  private fail(error: unknown): void {
+    if (!(error instanceof Ended)) tellError(error);
   }
 }
 

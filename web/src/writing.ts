@@ -1,12 +1,15 @@
 // Which script is written, and that none is lost: they come from the menu, from a link, from this tab
 // before it was loaded again, and from tabs that were closed.
-import type { Start } from './api/types.ts';
+import type { Sample, Start } from './api/types.ts';
 import { byId } from './dom.ts';
-import { type Draft, keepDraft, keptDraft, leaveDraft, left, takeUp } from './draft.ts';
+import type { Draft, Drafts } from './draft.ts';
 import type { Editor } from './editor/editor.ts';
 import { fromFragment, type Shared, toFragment } from './link.ts';
 import { Library } from './panels/library.ts';
+import type { Writable } from './panels/save.ts';
+import { ScriptTabs } from './panels/script_tabs.ts';
 import { folderId, otherId, Scripts } from './scripts.ts';
+import type { Shelf } from './shelf.ts';
 
 /** What goes with the scripts into a link or a draft. */
 export type Setting = Omit<Shared, 'script'>;
@@ -28,6 +31,7 @@ const isComeBack = (): boolean =>
 export class Writing {
   private readonly scripts: Scripts;
   private readonly menu: Library;
+  private readonly tabs: ScriptTabs;
   /** The one in the address bar that was read or made. */
   private link = '';
   private isReady = false;
@@ -35,27 +39,38 @@ export class Writing {
   constructor(
     private readonly editor: Editor,
     private readonly start: Start,
+    samples: readonly Sample[],
+    private readonly shelf: Shelf,
+    private readonly drafts: Drafts,
     private readonly events: WritingEvents,
   ) {
     this.scripts = new Scripts(editor);
-    this.menu = new Library(byId('library', HTMLSelectElement), start, (id) => {
+    this.menu = new Library(byId('library', HTMLSelectElement), samples, shelf, (id) => {
       this.open(id).catch(events.fail);
+    });
+    this.tabs = new ScriptTabs(byId('scripts', HTMLElement), {
+      show: (id) => void this.openAgain(id),
+      close: (id) => {
+        this.scripts.close(id);
+        this.follow();
+      },
+      add: () => {
+        this.scripts.openOther('script', '');
+        this.editor.focus();
+      },
     });
     window.addEventListener('hashchange', () => void this.openLink());
     window.addEventListener('beforeunload', (event) => {
       if (this.scripts.areUnsaved) event.preventDefault();
     });
     window.addEventListener('pagehide', () => {
-      if (this.isReady) leaveDraft(this.draft);
-    });
-    window.addEventListener('pageshow', ({ persisted }) => {
-      if (persisted) takeUp(this.scripts.kept);
+      if (this.isReady) this.drafts.keepNow(this.draft);
     });
   }
 
   /** Shows the script that a link, this tab, or the command line has. Gives what goes with it. */
   async begin(): Promise<Setting | undefined> {
-    const draft = keptDraft();
+    const draft = this.drafts.own;
     const goesOn = isComeBack() && location.hash === draft?.link;
     const shared = goesOn ? undefined : await this.readLink();
     this.link = location.hash;
@@ -64,26 +79,35 @@ export class Writing {
     else if (draft) await this.openAgain(draft.current);
     if (!this.scripts.currentId) this.openFirst();
     this.editor.focus();
-    takeUp(this.scripts.kept);
-    this.menu.showLeft(left());
+    this.drafts.takeUp(this.scripts.kept);
+    this.menu.showLeft(this.drafts.leftScripts);
     this.isReady = true;
+    this.keep();
     return shared ?? draft;
   }
 
-  /** The name by which the script is one of the folder. */
-  get fileName(): string {
-    return this.scripts.fileName;
+  /** The script as it stands, and as it is kept by its name. */
+  get script(): Writable {
+    const { fileName: name, savedText: saved } = this.scripts;
+    return { name, text: this.editor.text, saved };
+  }
+
+  takeOther(text: string): void {
+    this.scripts.takeOther(text);
+    this.follow();
   }
 
   /** Another text is written. */
   follow(): void {
-    this.menu.show(this.scripts.opened, this.scripts.currentId);
+    const { opened, currentId } = this.scripts;
+    this.menu.show(opened, currentId);
+    this.tabs.show(opened, currentId);
     this.keep();
   }
 
   /** Has all of it outlive the page. */
   keep(): void {
-    if (this.isReady) keepDraft(() => this.draft);
+    if (this.isReady) this.drafts.keep(() => this.draft);
   }
 
   /** The text stands in the folder by this name. */
@@ -108,7 +132,7 @@ export class Writing {
   private async open(id: string): Promise<void> {
     const one = this.menu.takeLeft(id);
     if (one) {
-      takeUp([one]);
+      this.drafts.takeUp([one]);
       this.scripts.showAsItIs(this.scripts.restore(one));
     } else if (!this.scripts.reopen(id)) {
       const script = await this.menu.read(id);
@@ -123,10 +147,10 @@ export class Writing {
   }
 
   private openFirst(): void {
-    const { script, scripts } = this.start;
+    const { script } = this.start;
     const { first } = this.menu;
     if (script) {
-      const idOf = scripts.includes(script.name) ? folderId : otherId;
+      const idOf = this.shelf.names().includes(script.name) ? folderId : otherId;
       this.scripts.open({ id: idOf(script.name), ...script });
     } else if (first) {
       this.scripts.open(first);

@@ -1,34 +1,4 @@
-// What the server answers.
-import type { ShapeRecord } from '../chart/records.ts';
-
-export type ThemeName = 'light' | 'dark';
-
-export type Palette = Readonly<
-  Record<
-    | 'ground'
-    | 'grid'
-    | 'mark'
-    | 'label'
-    | 'ink'
-    | 'rise'
-    | 'fall'
-    | 'buy'
-    | 'sell'
-    | 'close_out'
-    | 'notice',
-    string
-  >
->;
-
-export interface Word {
-  word: string;
-  form: string;
-  summary: string;
-  arguments: string;
-  nulls: string;
-  example: string;
-  section: string;
-}
+// What the server of files answers.
 
 export interface Sample {
   name: string;
@@ -36,166 +6,27 @@ export interface Sample {
   text: string;
 }
 
-export interface Security {
+/** A file as the server has it. */
+export interface FileEntry {
   name: string;
-  origin: string;
+  /** Another one when the file has changed. */
+  stamp: string;
 }
 
-export interface Period {
-  code: number;
-  name: string;
+export interface Files {
+  scripts: FileEntry[];
+  securities: FileEntry[];
 }
 
+/** How the page begins: what the server has, or nothing of it where files alone are served. */
 export interface Start {
-  version: string;
   script: { name: string; text: string } | null;
   folder: string | null;
-  can_save: boolean;
-  scripts: string[];
-  securities: Security[];
-  samples: Sample[];
-  words: Word[];
-  periods: Period[];
-  theme: Record<ThemeName, Palette>;
-  limits: { script: number; bars: number; rows: number; sessions: number; step: number };
-}
-
-export interface Parameter {
-  name: string;
-  value: number;
-}
-
-export interface Finding {
-  severity: 'error' | 'warning';
-  from: number | null;
-  to: number | null;
-  line: number | null;
-  column: number | null;
-  sentence: string;
-  suggestion: string;
-}
-
-export interface Slider {
-  kind: 'const' | 'parameter';
-  name: string;
-  value: number;
-  low: number;
-  high: number;
-  step: number;
-  /** Where the number of a constant stands in the script. */
-  from: number | null;
-  to: number | null;
-  /** The script doesn't read this parameter. */
-  idle?: boolean;
-}
-
-export interface Line {
-  name: string;
-  column: number;
-  drawn: boolean;
-}
-
-export interface Pane {
-  records: number[];
-  levels: { record: number; value: number }[];
-  digits: number;
-  weight: number;
-}
-
-export type Colours = Readonly<
-  Record<string, Readonly<Record<ThemeName, Readonly<Record<'line' | 'text' | 'area', string>>>>>
->;
-
-/** What is to be drawn: of a script that compiles, or the bars alone. */
-export interface Drawn {
-  /** Grows whenever something else is to be drawn: what was asked for before is out of date. */
-  revision: number;
-  lines: Line[];
-  records: ShapeRecord[];
-  panes: Pane[];
-  colours: Colours;
-  missing: { field: number; text: string }[];
-  references: string[];
-  events: number;
-  rows: number;
-}
-
-/** A script with an error leaves what is drawn as it is, except over other bars. */
-export interface ScriptAnswer extends Partial<Drawn> {
-  revision: number;
-  sound: boolean;
-  findings: Finding[];
-  sliders: Slider[];
-  times: { compile: number; calculate: number; total: number };
-}
-
-export interface BarsAnswer {
-  revision: number;
-  name: string;
-  rows: number;
-  first: number;
-  last: number;
-  period: { code: number; name: string; guessed: boolean };
-  intraday: boolean;
-  fields: number[];
-  decimals: number;
-  script: ScriptAnswer | null;
-}
-
-/** A bar at which a record shows, and the values of the columns that it names. */
-export interface Shown {
-  row: number;
-  values: Readonly<Record<string, number | null>>;
-  first?: number;
-  second?: number;
-  third?: number;
-}
-
-export interface RecordsAnswer {
-  revision: number;
-  records: { index: number; shown: Shown[]; cut: boolean }[];
-}
-
-export interface ValuesAnswer {
-  revision: number;
-  row: number;
-  /** Of the bar, by their ids. */
-  fields: Readonly<Record<string, number | null>>;
-  lines: (number | null)[];
-}
-
-/** A notice or a signal. */
-export interface Fired {
-  row: number;
-  key: number;
-  text: string;
-  word: string;
-  name: string;
-  quantity: number | null;
-  statement: number;
-  /** Whether the bar is whole; only while bars are played. */
-  final?: boolean;
-}
-
-export interface EventsAnswer {
-  revision: number;
-  count: number;
-  events: Fired[];
-}
-
-export interface PlayAnswer {
-  revision: number;
-  row: number;
-  rows: number;
-  of: number;
-}
-
-export interface StepAnswer extends PlayAnswer {
-  done: boolean;
-  steps: { row: number; key: number; tick: number; final: boolean; events: Fired[] }[];
+  files: Files;
 }
 
 export interface ScanStart {
+  id: string;
   files: number;
   lines: string[];
 }

@@ -265,7 +265,8 @@ export class Chart {
     const prices = priceFields
       .filter(([, field]) => sheet.view.has(field) && Number.isFinite(valueOf(field)))
       .map(([sign, field]) => `${sign} ${groupedText(valueOf(field), sheet.decimals)}`);
-    return [sheet.timeText(row), ...prices].filter(Boolean).join('  ');
+    const change = sheet.changeText(row);
+    return [sheet.timeText(row), ...prices, change].filter(Boolean).join('  ');
   }
 
   /** What the crosshair shows, for a screen reader. */

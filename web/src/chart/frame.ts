@@ -1,5 +1,5 @@
 // The plot of a pane while it is drawn: what is in sight, and where it lies on the canvas.
-import type { Shown } from '../api/types.ts';
+import type { Shown } from '../engine/types.ts';
 import { type Box, Placement } from './placement.ts';
 import { flagOf, isKind, numberOf, type ShapeRecord, textOf } from './records.ts';
 import type { Theme } from './theme.ts';

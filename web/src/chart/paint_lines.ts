@@ -1,5 +1,5 @@
 // Lines: through the values of all bars, between marked bars, and the analytical figures.
-import type { Shown } from '../api/types.ts';
+import type { Shown } from '../engine/types.ts';
 import type { Frame, Point, Stroke } from './frame.ts';
 import { columnOf, flagOf, numberOf, type ShapeRecord, textOf } from './records.ts';
 

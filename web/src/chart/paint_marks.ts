@@ -9,26 +9,6 @@ const space = 3;
 /** From where on a text needs a line to its point. */
 const farAway = 11;
 
-type Side = 'buy' | 'sell' | 'none';
-
-const tradeWords: ReadonlyMap<string, Side> = new Map([
-  ['BK', 'buy'],
-  ['BP', 'buy'],
-  ['BPK', 'buy'],
-  ['SK', 'sell'],
-  ['SP', 'sell'],
-  ['SPK', 'sell'],
-  ['CLOSEOUT', 'none'],
-]);
-
-/** The word of a statement such as "CROSS(C,MA5),BK(2)": the last piece between commas that is one. */
-export function tradeWord(statement: string): string {
-  const pieces = statement
-    .split(',')
-    .map((piece) => piece.toUpperCase().replaceAll(' ', '').split('(')[0]);
-  return pieces.reverse().find((piece) => tradeWords.has(piece)) ?? 'CLOSEOUT';
-}
-
 function lead(frame: Frame, from: Point, to: Box, color: string): void {
   const end = Math.min(Math.max(from.y, to.top), to.bottom);
   if (Math.abs(end - from.y) < farAway) return;
@@ -184,12 +164,12 @@ export function drawSound(frame: Frame, record: ShapeRecord): void {
 }
 
 export function drawTrade(frame: Frame, record: ShapeRecord): void {
-  const word = tradeWord(textOf(record, 'Field1Text'));
-  const side = tradeWords.get(word) ?? 'none';
+  const word = textOf(record, 'word');
+  const side = textOf(record, 'side');
   const count = numberOf(record, 'trade_count');
   const text = count > 0 ? `${word} ${count}` : word;
   const { buy, sell, close_out: closeOut } = frame.theme.palette;
-  const color = { buy, sell, none: closeOut }[side];
+  const color = side === 'buy' ? buy : side === 'sell' ? sell : closeOut;
   for (const slot of frame.slotsThatHold(record, 'Field1Id')) {
     const bar = frame.barAt(slot);
     if (bar) drawSign(frame, frame.slotX(slot), bar, { text, color, side });
@@ -202,7 +182,7 @@ function drawSign(
   frame: Frame,
   x: number,
   bar: Box,
-  sign: { text: string; color: string; side: Side },
+  sign: { text: string; color: string; side: string },
 ): void {
   const half = 5;
   const height = 9;

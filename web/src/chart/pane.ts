@@ -1,6 +1,6 @@
 // One pane of the chart: axes, grid and crosshair by the charting library, records by our painters.
 import uPlot from 'uplot';
-import type { Pane as PaneSpec } from '../api/types.ts';
+import type { Pane as PaneSpec } from '../engine/types.ts';
 import { element } from '../dom.ts';
 import { fontFamily, Frame, type Sight } from './frame.ts';
 import { Legend, type LegendEntry } from './legend.ts';
@@ -195,7 +195,7 @@ export class ChartPane {
   }
 
   private ticks(): { step: number; values: number[] } {
-    return ticksOf(this.values, this.plotHeight(), this.spec.digits === 0);
+    return ticksOf(this.values, this.plotHeight(), this.spec.digits === 0, this.sheet.measures);
   }
 
   private tags(): Tag[] {

@@ -1,5 +1,5 @@
 // The range of values that a pane shows.
-import { flagOf, isFigure, isKind, numberOf, type ShapeRecord, textOf } from './records.ts';
+import { isFigure, isKind, numberOf, type ShapeRecord, textOf } from './records.ts';
 import type { Track, View } from './view.ts';
 
 export class Range {
@@ -47,17 +47,6 @@ const places = [
   ['LowField', 'Field1VisibleId'],
 ] as const;
 
-/** The only column of signals says when, not at which value. */
-const withoutValue = new Set(['NoticeShape', 'FuturesTradeShape', 'SoundShape', 'YAxisRange']);
-
-/** Some records show at every bar, and their marks choose how. */
-function showsAlways(record: ShapeRecord): boolean {
-  return (
-    ['ColorPolyline', 'DoubleRect'].includes(textOf(record, 'Style')) ||
-    flagOf(record, 'IsVolStick')
-  );
-}
-
 function takeRecord(
   range: Range,
   record: ShapeRecord,
@@ -65,11 +54,11 @@ function takeRecord(
   begin: number,
   end: number,
 ): void {
-  if (withoutValue.has(textOf(record, 'ShapeName')) || isFigure(record)) return;
+  if (record.valued === false || isKind(record, 'YAxisRange') || isFigure(record)) return;
   if (textOf(record, 'Style') === 'DoubleRect' || isKind(record, 'VolumeShape')) range.take(0);
   for (const [key, ownMark] of places) {
     const mark = numberOf(record, ownMark, -1) < 0 ? 'Field1VisibleId' : ownMark;
-    const shows = showsAlways(record) ? () => true : view.marks(record, mark);
+    const shows = record.always ? () => true : view.marks(record, mark);
     range.takeTrack(view.column(record, key), shows, begin, end);
   }
 }

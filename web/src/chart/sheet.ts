@@ -1,14 +1,13 @@
 // What a chart is drawn from: a script's records and the values that were loaded for them.
-import type { Drawn, Shown } from '../api/types.ts';
+import type { Drawn, Measures, Shown } from '../engine/types.ts';
 import type { Sight } from './frame.ts';
+import { groupedText } from './numbers.ts';
 import type { ShapeRecord } from './records.ts';
 import type { Theme } from './theme.ts';
 import { keyText, timeMarks } from './time.ts';
 import { type View } from './view.ts';
 
 const closeField = 11;
-/** Between the texts of the time axis. */
-const markRoom = 62;
 
 export interface PlacedMark {
   /** On the time axis, in rows. */
@@ -28,6 +27,7 @@ export class Sheet {
     /** Of the prices. */
     readonly decimals: number,
     readonly intraday: boolean,
+    readonly measures: Measures,
   ) {}
 
   shownOf(record: ShapeRecord): readonly Shown[] {
@@ -35,7 +35,8 @@ export class Sheet {
   }
 
   withTheme(theme: Theme): Sheet {
-    return new Sheet(this.drawn, this.view, this.shown, theme, this.decimals, this.intraday);
+    const { drawn, view, shown, decimals, intraday, measures } = this;
+    return new Sheet(drawn, view, shown, theme, decimals, intraday, measures);
   }
 
   /** NaN while the newest bar isn't loaded. */
@@ -54,13 +55,24 @@ export class Sheet {
     return slot >= 0 && slot < count ? keyText(keys[slot], this.intraday) : '';
   }
 
+  /** From the close before to that of a row; none while bars share slots. */
+  changeText(row: number): string {
+    if (this.view.step > 1) return '';
+    const [before, close] = [row - 1, row].map((at) => this.view.valueAt(closeField, at));
+    const change = close - before;
+    if (!Number.isFinite(change / before)) return '';
+    const sign = change > 0 ? '+' : '';
+    const share = ((100 * change) / before).toFixed(2);
+    return `${sign}${groupedText(change, this.decimals)} (${sign}${share}%)`;
+  }
+
   timeMarks(sight: Sight, width: number): PlacedMark[] {
     const { from, to } = sight;
     if (this.marks?.from === from && this.marks.to === to && this.marks.width === width)
       return this.marks.marks;
     const { begin, end } = this.view.slots(from, to);
     const keys = this.view.keys.subarray(begin, end);
-    const room = markRoom / ((width / (to - from)) * this.view.step);
+    const room = this.measures.timeMarkRoom / ((width / (to - from)) * this.view.step);
     const marks = timeMarks(keys, room).map(({ index, text }) => ({
       place: this.view.middle(begin + index),
       text,

@@ -1,4 +1,5 @@
 // The value axis of a pane: its ticks, and tags for the newest close and for levels.
+import type { Measures } from '../engine/types.ts';
 import { inkOn, withAlpha } from './color.ts';
 import type { Frame } from './frame.ts';
 import { multiples, niceStep, shortText, tickText } from './numbers.ts';
@@ -20,10 +21,6 @@ export interface Tag {
   isFilled: boolean;
 }
 
-/** Pixels between ticks: as many as one likes, and as few as there may be. */
-const room = 54;
-const leastRoom = 18;
-const enoughTicks = 3;
 const tagHeight = 16;
 
 /** Whole numbers only for a pane of whole values. */
@@ -31,9 +28,10 @@ export function ticksOf(
   { low, high }: Values,
   height: number,
   isWhole: boolean,
+  { tickRoom, leastTickRoom, enoughTicks }: Measures,
 ): { step: number; values: number[] } {
-  const most = Math.max(1, height / leastRoom);
-  let count = Math.max(1, height / room);
+  const most = Math.max(1, height / leastTickRoom);
+  let count = Math.max(1, height / tickRoom);
   for (;;) {
     const step = Math.max(niceStep(high - low, count), isWhole ? 1 : 0);
     const values = multiples(step, low, high);

@@ -10,7 +10,6 @@ export interface Track {
 }
 
 export interface ViewData {
-  revision: number;
   /** The first row of the first slot. */
   from: number;
   /** Rows that there are, in sight or not. */
@@ -39,10 +38,6 @@ export class View {
     this.count = data.keys.length;
     const nan = new Float64Array(this.count).fill(NaN);
     this.nothing = { first: nan, second: nan };
-  }
-
-  get revision(): number {
-    return this.data.revision;
   }
 
   /** Behind the last row. */

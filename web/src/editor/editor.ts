@@ -1,6 +1,6 @@
 // The editor of the script that is written, whose text the page holds nowhere else.
 import { closeBrackets, closeBracketsKeymap, completionKeymap } from '@codemirror/autocomplete';
-import { defaultKeymap, history, historyKeymap } from '@codemirror/commands';
+import { defaultKeymap, history, historyKeymap, isolateHistory } from '@codemirror/commands';
 import { bracketMatching } from '@codemirror/language';
 import { type Diagnostic, lintKeymap, setDiagnostics } from '@codemirror/lint';
 import { highlightSelectionMatches, searchKeymap } from '@codemirror/search';
@@ -13,7 +13,7 @@ import {
   keymap,
   lineNumbers,
 } from '@codemirror/view';
-import type { Finding, Word } from '../api/types.ts';
+import type { Finding, Word } from '../engine/types.ts';
 import { element } from '../dom.ts';
 import { wordHelp } from './help.ts';
 import { scriptLanguage } from './language.ts';
@@ -131,6 +131,14 @@ export class Editor {
     this.setDark(this.isDark);
     this.areFindings = true; // it may have old ones
     this.follow(ChangeSet.of({ from: 0, to: length, insert: document.doc }, length));
+  }
+
+  /** Has another text in place of the one that is written, which to undo it leads back to. */
+  write(text: string): void {
+    this.view.dispatch({
+      changes: { from: 0, to: this.view.state.doc.length, insert: text },
+      annotations: isolateHistory.of('full'),
+    });
   }
 
   focus(): void {

@@ -8,7 +8,7 @@ import {
 } from '@codemirror/autocomplete';
 import type { Extension } from '@codemirror/state';
 import { hoverTooltip } from '@codemirror/view';
-import type { Word } from '../api/types.ts';
+import type { Word } from '../engine/types.ts';
 import { element } from '../dom.ts';
 
 const wordAt = /[\p{L}_][\p{L}\p{N}_]*/gu;

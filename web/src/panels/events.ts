@@ -1,5 +1,5 @@
 // Notices and signals in a list; a click shows the bar.
-import type { Fired } from '../api/types.ts';
+import type { Fired } from '../engine/types.ts';
 import { element, setText } from '../dom.ts';
 
 const mostShown = 2000;

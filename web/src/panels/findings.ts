@@ -1,5 +1,5 @@
 // The findings of the script as a list, each leading to its place.
-import type { Finding } from '../api/types.ts';
+import type { Finding } from '../engine/types.ts';
 import { element, setText } from '../dom.ts';
 import { sentenceOf } from '../editor/editor.ts';
 

@@ -1,9 +1,9 @@
 // The menu of scripts: of the folder, the samples and the cookbook, and others that are open.
-import { readScript } from '../api/client.ts';
-import type { Start } from '../api/types.ts';
+import type { Sample } from '../api/types.ts';
 import type { Kept } from '../draft.ts';
 import { element, setText } from '../dom.ts';
 import { folderId, isOfFolder, type Opened, type Source } from '../scripts.ts';
+import type { Shelf } from '../shelf.ts';
 
 const titles: Readonly<Record<string, string>> = { samples: 'Samples', cookbook: 'Cookbook' };
 
@@ -15,7 +15,7 @@ export class Library {
   /** Ids of scripts that can be read. */
   private readonly known: Set<string>;
   private readonly head = element('option', { value: '' }, 'Open a script…');
-  private readonly own = element('optgroup', { label: 'Folder' });
+  private readonly own = element('optgroup');
   /** Open ones that stand nowhere else. */
   private readonly others = element('optgroup', { label: 'Others' });
   private readonly leftGroup = element('optgroup', { label: 'Left unsaved', hidden: true });
@@ -23,15 +23,17 @@ export class Library {
 
   constructor(
     private readonly menu: HTMLSelectElement,
-    start: Start,
+    samples: readonly Sample[],
+    private readonly shelf: Shelf,
     choose: (id: string) => void,
   ) {
-    this.samples = start.samples.map(({ name, text }, i) => ({ id: `sample ${i}`, name, text }));
+    this.own.label = shelf.title;
+    this.samples = samples.map(({ name, text }, i) => ({ id: `sample ${i}`, name, text }));
     this.known = new Set(this.samples.map(({ id }) => id));
     menu.append(this.head, this.others, this.leftGroup, this.own);
-    for (const name of start.scripts) this.add(name);
-    for (const group of new Set(start.samples.map((sample) => sample.group))) {
-      const ofGroup = this.samples.filter((_, i) => start.samples[i].group === group);
+    for (const name of shelf.names()) this.add(name);
+    for (const group of new Set(samples.map((sample) => sample.group))) {
+      const ofGroup = this.samples.filter((_, i) => samples[i].group === group);
       const options = ofGroup.map(({ id, name }) => optionOf(id, name));
       menu.append(element('optgroup', { label: titles[group] ?? group }, ...options));
     }
@@ -72,8 +74,8 @@ export class Library {
   async read(id: string): Promise<Source | undefined> {
     const sample = this.samples.find((one) => one.id === id);
     if (sample || !isOfFolder(id)) return sample;
-    const { name, text } = await readScript(id.slice(folderId('').length));
-    return { id, name, text };
+    const name = id.slice(folderId('').length);
+    return { id, name, text: await this.shelf.read(name) };
   }
 
   /** Says which script is written, and which ones have changes. */

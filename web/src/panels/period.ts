@@ -1,5 +1,5 @@
 // The period of the bars: as they say, or as the user says.
-import type { BarsAnswer, Period } from '../api/types.ts';
+import type { BarsAnswer, Period } from '../engine/types.ts';
 import { element } from '../dom.ts';
 
 export class PeriodMenu {

@@ -1,7 +1,7 @@
 // Play: bars arrive one by one, the newest of them forming, at a speed the user sets.
-import type { Session } from '../api/client.ts';
-import type { PlayAnswer, ScriptAnswer, StepAnswer } from '../api/types.ts';
 import { element, setText } from '../dom.ts';
+import type { Session } from '../engine/session.ts';
+import type { PlayAnswer, ScriptAnswer, StepAnswer } from '../engine/types.ts';
 
 export interface PlayEvents {
   /** The row to begin with, if there are bars. */
@@ -15,6 +15,9 @@ export interface PlayEvents {
 }
 
 type Phase = 'idle' | 'paused' | 'running';
+
+/** Ticks that a step catches up with at most where the screen is slower than play. */
+const mostTicks = 200;
 
 /** Bars per second by the place of the slider. */
 const speeds = [1, 2, 4, 8, 16, 32, 64];
@@ -42,6 +45,8 @@ export class Play {
   private phase: Phase = 'idle';
   private timer: ReturnType<typeof setTimeout> | undefined;
   private isBusy = false;
+  /** Up to when all ticks have come. */
+  private clock = 0;
 
   constructor(
     root: HTMLElement,
@@ -68,7 +73,7 @@ export class Play {
     return this.phase !== 'idle';
   }
 
-  /** Other bars have come in, which ends play on the server. */
+  /** Other bars have come in, which ends play. */
   reset(): void {
     clearTimeout(this.timer);
     this.setPhase('idle');
@@ -81,6 +86,7 @@ export class Play {
     }
     if (!(await this.begin())) return undefined;
     this.setPhase('running');
+    this.clock = performance.now();
     this.plan();
     return undefined;
   }
@@ -96,7 +102,7 @@ export class Play {
   private async stop(): Promise<void> {
     this.reset();
     try {
-      await this.session.inTurn(async () => this.events.ended(await this.session.stopPlay()));
+      this.events.ended(await this.session.stopPlay());
     } catch (error) {
       this.events.fail(error);
     }
@@ -108,7 +114,7 @@ export class Play {
     if (this.isBusy) return false;
     this.isBusy = true;
     try {
-      await this.session.inTurn(() => this.beginNow());
+      await this.beginNow();
       return this.isOn;
     } catch (error) {
       this.events.fail(error);
@@ -127,19 +133,24 @@ export class Play {
     this.tell(answer);
   }
 
-  /** The next step, as much later as is left of its time. */
-  private plan(used = 0): void {
-    const perSecond = this.barsPerSecond * Number(this.ticks.value);
-    this.timer = setTimeout(() => void this.advance(), Math.max(1000 / perSecond - used, 0));
+  /** When so many ticks will have come, on the clock of play. */
+  private timeOf(ticks: number): number {
+    return (1000 * ticks) / (this.barsPerSecond * Number(this.ticks.value));
+  }
+
+  private plan(): void {
+    const wait = this.clock + this.timeOf(1) - performance.now();
+    this.timer = setTimeout(() => void this.advance(), Math.max(wait, 0));
   }
 
   private async advance(): Promise<void> {
     if (this.isBusy) return;
     this.isBusy = true;
     try {
-      await this.session.inTurn(() => this.advanceNow());
+      await this.advanceNow();
     } catch (error) {
-      if (this.isOn) this.setPhase('paused');
+      if (!this.isOn) return; // other bars came while it was on its way
+      this.setPhase('paused');
       this.events.fail(error);
     } finally {
       this.isBusy = false;
@@ -147,15 +158,22 @@ export class Play {
   }
 
   private async advanceNow(): Promise<void> {
-    if (!this.isOn) return; // other bars have come in first
-    const begin = performance.now();
-    const answer = await this.session.step({ ticks: 1 });
+    const answer = await this.session.step({ ticks: this.dueTicks() });
     if (!this.isOn) return;
     this.tell(answer);
     await this.events.stepped(answer);
     if (!this.isOn) return;
     if (answer.done) return this.finish();
-    if (this.phase === 'running') this.plan(performance.now() - begin);
+    if (this.phase === 'running') this.plan();
+  }
+
+  /** As many as have come since the step before; at a single step one. */
+  private dueTicks(): number {
+    if (this.phase !== 'running') return 1;
+    const late = performance.now() - this.clock;
+    const due = Math.min(Math.max(Math.floor(late / this.timeOf(1)), 1), mostTicks);
+    this.clock = due < mostTicks ? this.clock + this.timeOf(due) : performance.now();
+    return due;
   }
 
   private finish(): void {

@@ -1,8 +1,9 @@
 // Scan: the script over the folder's securities, as a table that fills while it runs.
-import type { Session } from '../api/client.ts';
-import type { Parameter, ScanAnswer } from '../api/types.ts';
+import { ScanRun } from '../api/server.ts';
+import type { ScanAnswer } from '../api/types.ts';
 import { shortText } from '../chart/numbers.ts';
 import { element, setText } from '../dom.ts';
+import type { Parameter } from '../engine/types.ts';
 
 type Row = ScanAnswer['rows'][number];
 
@@ -43,12 +44,11 @@ export class Scan {
   private rows: Row[] = [];
   private lines: string[] = [];
   private order: { column: number; isDown: boolean } | undefined;
-  /** Counts scans: answers of an earlier one are dropped. */
-  private run = 0;
+  /** The one that is seen: answers of an earlier one are dropped. */
+  private run: ScanRun | undefined;
 
   constructor(
     root: HTMLElement,
-    private readonly session: Session,
     private readonly events: ScanEvents,
   ) {
     const bar = element(
@@ -61,6 +61,7 @@ export class Scan {
       this.state,
     );
     root.append(bar, element('div', { class: 'scroll' }, this.table, this.failures));
+    window.addEventListener('pagehide', () => this.close());
     this.start.addEventListener('click', () => void this.begin());
     this.cancel.addEventListener('click', () => void this.stop());
     this.where.addEventListener('keydown', (event) => {
@@ -69,30 +70,31 @@ export class Scan {
   }
 
   private async begin(): Promise<void> {
-    const run = ++this.run;
     const { script, parameters } = this.events.script();
+    this.close();
     this.rows = [];
     this.order = undefined;
     this.failures.replaceChildren();
     try {
-      const { files, lines } = await this.session.scan(script, parameters, this.where.value.trim());
-      if (run !== this.run) return;
-      this.lines = lines;
-      this.progress.max = Math.max(files, 1);
+      const run = await ScanRun.begin(script, parameters, this.where.value.trim());
+      this.close(); // another one that was begun meanwhile
+      this.run = run;
+      this.lines = run.start.lines;
+      this.progress.max = Math.max(run.start.files, 1);
       this.fillTable();
       this.cancel.disabled = false;
       await this.follow(run);
-    } catch (error) {
-      if (run === this.run) setText(this.state, '');
-      this.events.fail(error);
-    } finally {
       if (run === this.run) this.cancel.disabled = true;
+    } catch (error) {
+      this.cancel.disabled = true;
+      setText(this.state, '');
+      this.events.fail(error);
     }
   }
 
-  private async follow(run: number): Promise<void> {
+  private async follow(run: ScanRun): Promise<void> {
     for (let since = 0; run === this.run;) {
-      const answer = await this.session.scanned(since);
+      const answer = await run.progress(since);
       if (run !== this.run) return;
       since = answer.next;
       this.take(answer);
@@ -101,9 +103,14 @@ export class Scan {
     }
   }
 
+  private close(): void {
+    this.run?.close();
+    this.run = undefined;
+  }
+
   private async stop(): Promise<void> {
     try {
-      await this.session.cancelScan();
+      await this.run?.cancel();
     } catch (error) {
       this.events.fail(error);
     }

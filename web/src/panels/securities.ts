@@ -1,5 +1,4 @@
 // The securities of the folder.
-import type { Security } from '../api/types.ts';
 import { element } from '../dom.ts';
 
 /** A list that is longer is narrowed down by its filter. */
@@ -17,11 +16,11 @@ export class Securities {
 
   constructor(
     root: HTMLElement,
-    private readonly securities: readonly Security[],
+    private readonly names: readonly string[],
     private readonly open: (name: string) => void,
   ) {
     root.append(this.filter, this.list, this.note);
-    this.filter.hidden = securities.length < 12;
+    this.filter.hidden = names.length < 12;
     this.filter.addEventListener('input', () => this.fill());
     this.fill();
   }
@@ -33,9 +32,9 @@ export class Securities {
 
   private fill(): void {
     const part = this.filter.value.toLowerCase();
-    const found = this.securities.filter(({ name }) => name.toLowerCase().includes(part));
+    const found = this.names.filter((name) => name.toLowerCase().includes(part));
     this.list.replaceChildren(
-      ...found.slice(0, mostShown).map(({ name }) => {
+      ...found.slice(0, mostShown).map((name) => {
         const button = element('button', { type: 'button' }, name);
         button.addEventListener('click', () => this.open(name));
         this.mark(button);

@@ -1,5 +1,5 @@
 // Sliders for the parameters and for the CONST numbers of the script.
-import type { Slider } from '../api/types.ts';
+import type { Slider } from '../engine/types.ts';
 import { element, setText } from '../dom.ts';
 
 export interface SliderEvents {

@@ -85,21 +85,6 @@ async function assertShows(name: string, way: string, text = script): Promise<vo
     assert.deepEqual(one, afresh[i], `${way}, ${nameOf(i)}`);
 }
 
-/** Rows up to which views are asked for while something is done. */
-async function endsOfViews(act: () => Promise<unknown>): Promise<number[]> {
-  const ends: number[] = [];
-  const note = (request: { url(): string }) => {
-    const { pathname, searchParams } = new URL(request.url());
-    if (pathname.endsWith('/view')) ends.push(Number(searchParams.get('to')));
-  };
-  await desk.settled();
-  desk.page.on('request', note);
-  await act();
-  await desk.settled();
-  desk.page.off('request', note);
-  return ends;
-}
-
 test('whatever was seen before, the chart is that of its bars', async () => {
   await desk.write(script);
   const ways: readonly (readonly [name: string, way: string, act: () => Promise<unknown>])[] = [
@@ -110,7 +95,7 @@ test('whatever was seen before, the chart is that of its bars', async () => {
   ];
   await desk.choose('few');
   for (const [name, way, act] of ways) {
-    const ends = await endsOfViews(act);
+    const ends = (await desk.views(act)).map(({ to }) => to);
     assert.ok(ends.length > 0 && ends.every((end) => end === rowsOf(name)), `${way}: ${ends}`);
     await assertShows(name, way);
   }

@@ -36,7 +36,7 @@ test('200 bars are played, and fire what the command line fires', async () => {
   );
   await desk.page.click('#play-toggle');
   const end = () => document.getElementById('play-place')!.textContent === 'bar 400 of 400';
-  await desk.page.waitForFunction(end, { timeout: 60_000 });
+  await desk.page.waitForFunction(end);
   await desk.settled();
   const played = await desk.texts('.event-list li[data-final="true"] .word');
   const times = await desk.texts('.event-list .time');
@@ -104,6 +104,30 @@ test('a step forms the bar tick by tick', async () => {
   assert.equal(await desk.text('#play-place'), 'bar 391 of 400');
 });
 
+test('what a script asks for comes from the folder, or is named', async () => {
+  await desk.write('BETA:"beta$CLOSE";\nLACK:"other$CLOSE";\nLEAST:MINPRICE;');
+  await desk.page.waitForFunction(() =>
+    [...document.querySelectorAll('.legend > div')].some(
+      ({ children: [title, value] }) =>
+        title.textContent === 'BETA' && /\d/.test(value.textContent!),
+    ),
+  );
+  const newest = lastBars(1).split('\n')[1].split(',');
+  const close = newest[lastBars(1).split('\n')[0].split(',').indexOf('close')];
+  assert.equal((await desk.legend()).BETA.replaceAll(',', ''), Number(close).toFixed(2));
+  await desk.page.click('#tab-data');
+  assert.deepEqual(await desk.texts('.need-list li'), [
+    '✓ BETA CLOSE (11)',
+    '– OTHER CLOSE (11): no other.csv is known: choose one',
+    '– Constants of the market: give them below',
+  ]);
+  await desk.page.type('#panel-data input[type="number"]', '0.5');
+  await desk.page.click('#panel-data button[type="submit"]');
+  await desk.settled();
+  assert.equal((await desk.texts('.need-list .there')).length, 2);
+  assert.equal(Number((await desk.legend()).LEAST), 0.5);
+});
+
 test('a scan fills a table, and a click on it opens the chart', async () => {
   await desk.write('M:MA(C,5);');
   await desk.page.click('#tab-scan');
@@ -133,7 +157,6 @@ test('a scan is cancelled, and a page closed in its middle leaves the server wel
   // A scan of minutes, which is under way however late one looks.
   const slow = Array.from({ length: 20 }, (_, i) => `A${i}:PERCENTILE(C,${900 + i},90);`).join('');
   await closed.write(slow);
-  const scanning = closed.page.waitForRequest((request) => request.url().includes('/scan?'));
   await closed.page.click('#tab-scan');
   await closed.page.click('#scan-start');
   await closed.page.waitForFunction(() =>
@@ -147,30 +170,18 @@ test('a scan is cancelled, and a page closed in its middle leaves the server wel
   await closed.page.waitForFunction(() =>
     document.getElementById('scan-state')!.textContent?.startsWith('running'),
   );
-  const session = (await scanning).url();
+  const scanning = await closed.page.waitForRequest((request) =>
+    /scans\/\w+\?/.test(request.url()),
+  );
+  const scan = scanning.url().replace(/\?.*/, '');
   const { href } = new URL('/', busy.origin);
   await closed.close();
   const page = await browser.newPage();
   await page.goto(href);
   await page.waitForSelector('.legend dd');
-  const status = await page.evaluate(async (session) => (await fetch(session)).status, session);
-  assert.equal(status, 404, 'the session went with its page');
+  await page.waitForFunction(async (scan) => (await fetch(scan)).status === 404, {}, scan);
   await page.close();
   await busy.stop();
-});
-
-test('a session that the server has freed is begun anew', async () => {
-  const opened = desk.page.waitForRequest((request) =>
-    /sessions\/\w+\/script$/.test(request.url()),
-  );
-  await desk.drop('mine.csv', lastBars(90));
-  await desk.write('A:MA(C,3);');
-  const address = (await opened).url().replace(/script$/, 'close');
-  await desk.page.evaluate((address) => fetch(address, { method: 'POST' }), address);
-  await desk.write('B:MA(C,4);');
-  assert.deepEqual(Object.keys(await desk.legend()).slice(0, 1), ['B']);
-  assert.match(await desk.text('.caption'), /^mine/);
-  assert.equal(await desk.text('#message'), '');
 });
 
 test('a CSV that is dropped is shown, one that is none is refused', async () => {
@@ -245,13 +256,16 @@ test('a script is saved in the folder, over another one only if one says so', as
   await desk.write('ONE:C;');
   await save('mine');
   assert.equal(readFileSync(join(folder, 'mine.quor'), 'utf8'), 'ONE:C;');
+  writeFileSync(join(folder, 'theirs.quor'), 'THEIRS:C;');
   await desk.write('TWO:C;');
-  await save('mine');
-  assert.equal(readFileSync(join(folder, 'mine.quor'), 'utf8'), 'ONE:C;');
+  await save('theirs');
+  assert.equal(readFileSync(join(folder, 'theirs.quor'), 'utf8'), 'THEIRS:C;');
+  assert.deepEqual(await desk.texts('#save-both pre'), ['THEIRS:C;\n', 'TWO:C;\n']);
   assert.equal(await desk.text('#save-do'), 'Overwrite');
   await desk.page.click('#save-do');
   await desk.settled();
-  assert.equal(readFileSync(join(folder, 'mine.quor'), 'utf8'), 'TWO:C;');
+  assert.equal(readFileSync(join(folder, 'theirs.quor'), 'utf8'), 'TWO:C;');
+  assert.equal(readFileSync(join(folder, 'mine.quor'), 'utf8'), 'ONE:C;');
   await save('../outside');
   assert.ok((await desk.text('#save-note')).length > 5);
   assert.ok(!existsSync(join(folder, '..', 'outside.quor')));
@@ -262,6 +276,7 @@ test('no path leads outside, and no other page is answered', async () => {
   const paths = [
     '/api/scripts/..%2F..%2Fetc%2Fpasswd',
     '/api/scripts/%2Fetc%2Fpasswd.quor',
+    '/api/bars/..%2F..%2Fetc%2Fpasswd',
     '/..%2f..%2fREADME.md',
     '/%2e%2e/%2e%2e/etc/passwd',
   ];
@@ -273,25 +288,9 @@ test('no path leads outside, and no other page is answered', async () => {
     inside.every((status) => status >= 400 && status < 500),
     inside.join(' '),
   );
-  const outside = await desk.page.evaluate(async () => {
-    const { id } = await (
-      await fetch('/api/sessions', {
-        method: 'POST',
-        headers: { 'Content-Type': 'application/json' },
-        body: '{}',
-      })
-    ).json();
-    const request = {
-      method: 'POST',
-      headers: { 'Content-Type': 'application/json' },
-      body: '{"security":"../../../etc/passwd"}',
-    };
-    return (await fetch(`/api/sessions/${id}/bars`, request)).status;
-  });
-  assert.ok(outside >= 400 && outside < 500);
   const cookie = (await browser.cookies()).map(({ name, value }) => `${name}=${value}`).join('; ');
   const ask = async (headers: Record<string, string>) =>
-    (await fetch(`${studio.origin}/api/start`, { headers })).status;
+    (await fetch(`${studio.origin}/api/files`, { headers })).status;
   assert.equal(await ask({ cookie }), 200);
   assert.equal(await ask({}), 403);
   assert.equal(await ask({ cookie, origin: 'http://evil.example' }), 403);

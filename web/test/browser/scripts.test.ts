@@ -31,11 +31,14 @@ async function prepend(text: string, on = desk): Promise<void> {
   await on.settled();
 }
 
-const undo = (on = desk) => on.chord('Control', 'z');
+const undo = async (on = desk) => {
+  await on.page.focus('#editor >>> .cm-content');
+  await on.chord('Control', 'z');
+};
 
 /** The script of the folder that would be saved, and what the menu says of it. */
 async function names(on = desk): Promise<{ file: string; shown: string }> {
-  await on.chord('Control', 's');
+  await on.page.click('#save');
   const file = await on.page.$eval('#save-name', (input) => (input as HTMLInputElement).value);
   await on.page.click('#save-cancel');
   const shown = await on.page.$eval(
@@ -64,10 +67,6 @@ test('undo stays within a script, and its name with its text', async () => {
   assert.equal(await desk.script(), `Y:O;${texts.two}`);
   assert.deepEqual(Object.keys(await desk.legend()).slice(0, 2), ['Y', 'TWO']);
   await desk.chord('Control', 's');
-  await desk.page.click('#save-do');
-  await desk.settled();
-  await desk.page.click('#save-do');
-  await desk.settled();
   assert.equal(readFileSync(fileOf('two'), 'utf8'), `Y:O;${texts.two}`);
   assert.equal(readFileSync(fileOf('one'), 'utf8'), texts.one);
   assert.deepEqual(await names(), { file: 'two.quor', shown: 'two.quor' });
@@ -95,7 +94,7 @@ test('a sample that is saved becomes a file, and a file is read anew', async () 
 });
 
 test('a page with unsaved text warns, and has all of it when it is loaded again', async () => {
-  await desk.page.reload();
+  await desk.goTo();
   assert.equal(desk.warnings, 0, 'without changes there is nothing to warn of');
   await desk.openScript('one');
   await prepend('X:C;');
@@ -156,4 +155,64 @@ test('a link opens beside what is written, and writing on goes on when it is loa
   assert.equal(await desk.script(), `X:C;${texts.one}`);
   await desk.openScript('link');
   assert.equal(await desk.script(), 'K:O;LINKED:MA(C,3);');
+});
+
+test('Ctrl-S saves, and shows both texts where the file has been changed meanwhile', async () => {
+  await desk.openScript('one');
+  await prepend('X:C;');
+  await desk.chord('Control', 's');
+  assert.equal(readFileSync(fileOf('one'), 'utf8'), `X:C;${texts.one}`);
+  assert.equal(await desk.text('#message'), 'Saved as one.quor');
+  assert.deepEqual(await names(), { file: 'one.quor', shown: 'one.quor' });
+  writeFileSync(fileOf('one'), 'ELSEWHERE:C;\n');
+  await prepend('Y:O;');
+  await desk.chord('Control', 's');
+  assert.equal(await desk.text('#save-note'), 'one.quor has been changed elsewhere');
+  assert.deepEqual(await desk.texts('#save-both mark'), [
+    'ELSEWHERE:C;\n',
+    `Y:O;X:C;${texts.one}\n`,
+  ]);
+  assert.equal(readFileSync(fileOf('one'), 'utf8'), 'ELSEWHERE:C;\n');
+  await desk.page.click('#save-take');
+  await desk.settled();
+  assert.equal(await desk.script(), 'ELSEWHERE:C;\n');
+  assert.equal((await names()).shown, 'one.quor');
+  await undo();
+  assert.equal(await desk.script(), `Y:O;X:C;${texts.one}`, 'what was written is one step away');
+  await desk.chord('Control', 's');
+  assert.equal(readFileSync(fileOf('one'), 'utf8'), `Y:O;X:C;${texts.one}`);
+});
+
+test('open scripts stand in tabs, with changes and an undo of their own', async () => {
+  const tabs = () => desk.texts('#scripts [role="tab"]');
+  const current = () => desk.text('#scripts [aria-selected="true"]');
+  await desk.openScript('one');
+  await prepend('X:C;');
+  await desk.openScript('two');
+  assert.deepEqual((await tabs()).slice(-2), ['• one.quor', 'two.quor']);
+  await desk.page.click('::-p-xpath(//*[@id="scripts"]//button[.="• one.quor"])');
+  await desk.settled();
+  assert.equal(await desk.script(), `X:C;${texts.one}`);
+  await desk.page.focus('#scripts [aria-selected="true"]');
+  await desk.press('ArrowRight');
+  assert.equal(await current(), 'two.quor');
+  await desk.page.click('[aria-label="New script"]');
+  await desk.page.keyboard.type('NEW:H;');
+  await desk.settled();
+  assert.equal(await current(), '• script');
+  const asked = new Promise<string>((resolve) =>
+    desk.page.once('dialog', (dialog) => {
+      resolve(dialog.message());
+      void dialog.accept();
+    }),
+  );
+  await desk.page.click('[aria-label="Close script"]');
+  assert.match(await asked, /script has changes that are not saved/);
+  await desk.settled();
+  assert.equal(await current(), 'two.quor');
+  await desk.page.click('[aria-label="Close two.quor"]');
+  await desk.settled();
+  assert.equal(await current(), '• one.quor');
+  await undo();
+  assert.equal(await desk.script(), texts.one);
 });

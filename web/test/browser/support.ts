@@ -73,7 +73,7 @@ export class Studio {
   }
 
   static async start(...options: string[]): Promise<Studio> {
-    const server = spawn(quor, ['studio', '--no-open', ...options], {
+    const server = spawn(quor, ['studio', '--no-open', '--port', '0', ...options], {
       stdio: ['ignore', 'pipe', 'inherit'],
     });
     const link = await new Promise<string>((found, fail) => {
@@ -96,6 +96,9 @@ export class Studio {
   }
 }
 
+/** In milliseconds, for machines that have much else to do. */
+const longestWait = 150_000;
+
 export async function startBrowser(): Promise<Browser> {
   return puppeteer.launch({
     executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium',
@@ -112,6 +115,8 @@ declare global {
   interface Window {
     /** Charts that have been drawn with new values, and when the newest was. */
     drawn: { count: number; at: number };
+    /** What the engine was asked for. */
+    asked: { call: string; to?: number; points?: number }[];
   }
 }
 
@@ -128,15 +133,14 @@ export class Desk {
   private constructor(readonly page: Page) {}
 
   static async open(
-    browser: Browser,
-    studio: Studio,
+    browser: Pick<Browser, 'newPage'>,
+    studio: Pick<Studio, 'origin' | 'takeEntry'>,
     fragment = '',
     theme = 'light',
   ): Promise<Desk> {
     const page = await browser.newPage();
-    // A state that comes late on a busy machine comes all the same.
-    page.setDefaultTimeout(120_000);
     const desk = new Desk(page);
+    page.setDefaultTimeout(longestWait);
     await page.setViewport({ width: 1360, height: 860 });
     await page.emulateMediaFeatures([{ name: 'prefers-color-scheme', value: theme }]);
     page.on('pageerror', (error) => desk.faults.push(String(error)));
@@ -158,6 +162,12 @@ export class Desk {
     });
     await page.evaluateOnNewDocument(() => {
       window.drawn = { count: 0, at: 0 };
+      window.asked = [];
+      const { postMessage } = Worker.prototype;
+      Worker.prototype.postMessage = function (message, ...transfer: never[]) {
+        if (message.call) window.asked.push(message.call);
+        postMessage.call(this, message, ...transfer);
+      };
       const note = () => (window.drawn = { count: window.drawn.count + 1, at: performance.now() });
       window.addEventListener('drawn', note, { capture: true });
     });
@@ -176,13 +186,23 @@ export class Desk {
 
   /** Nothing is under way any more, and hasn't been for a while. */
   async settled(): Promise<void> {
-    const [idle, longest] = [80, 30_000];
-    const end = Date.now() + longest;
+    const idle = 80;
+    const end = Date.now() + longestWait;
     this.changed = Date.now();
-    while (this.underWay.size > 0 || Date.now() - this.changed < idle) {
+    while (
+      this.underWay.size > 0 ||
+      (await this.calculates()) ||
+      Date.now() - this.changed < idle
+    ) {
       assert.ok(Date.now() < end, `under way: ${[...this.underWay].map((one) => one.url())}`);
       await new Promise((resolve) => setTimeout(resolve, 10));
     }
+  }
+
+  private async calculates(): Promise<boolean> {
+    const found = await this.page.$('#chart[aria-busy="true"]');
+    if (found) this.changed = Date.now();
+    return found !== null;
   }
 
   /** A page that is left may never hear what became of its requests. */
@@ -301,6 +321,14 @@ export class Desk {
       },
       parts,
     );
+  }
+
+  /** The views that the engine is asked for while something is done. */
+  async views(act: () => Promise<unknown>): Promise<Window['asked']> {
+    await this.page.evaluate(() => (window.asked = []));
+    await act();
+    await this.settled();
+    return this.page.evaluate(() => window.asked.filter(({ call }) => call === 'view'));
   }
 
   /** Has a security of the list shown. */

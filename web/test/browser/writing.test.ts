@@ -95,7 +95,7 @@ test('a link opens the same script with the same parameters', async () => {
 
 test('what is being written survives a reload', async () => {
   await desk.write('MINE:MA(C,7);');
-  await desk.page.waitForFunction(() => Object.values(sessionStorage).join().includes('MINE'));
+  await desk.page.waitForFunction(() => Object.values(localStorage).join().includes('MINE'));
   await desk.page.reload();
   await desk.page.waitForFunction(() => window.drawn.count > 0);
   await desk.settled();
@@ -123,7 +123,6 @@ test('the CSV is that of the command line, the picture is one', async () => {
   const expected = quorSays(
     'run',
     '--csv',
-    '--all',
     join(samples, 'kdj.quor'),
     '--bars',
     join(samples, 'index-daily.csv'),

@@ -2,7 +2,6 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { inkOn, withAlpha } from '../../src/chart/color.ts';
 import { groupedText, multiples, niceStep, shortText, tickText } from '../../src/chart/numbers.ts';
-import { tradeWord } from '../../src/chart/paint_marks.ts';
 import { isIntraday, keyText, timeMarks } from '../../src/chart/time.ts';
 
 test('numbers are grouped before the point only, and great ones have units', () => {
@@ -52,12 +51,6 @@ test('within a day the time is told', () => {
   assert.equal(keyText(20240109090530, true), '2024-01-09 09:05:30');
   assert.equal(keyText(20240109090500, false), '2024-01-09');
   assert.equal(keyText(NaN, true), '');
-});
-
-test('the word of a signal is the last one of its statement', () => {
-  assert.equal(tradeWord('CROSS(C,MA5),BK(2)'), 'BK');
-  assert.equal(tradeWord("CODELIKE('SK,BP'), spk ,LINETHICK2"), 'SPK');
-  assert.equal(tradeWord('<b>'), 'CLOSEOUT');
 });
 
 test('letters on a colour are black or white, whichever is easier to read', () => {

@@ -1,10 +1,10 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { readView } from '../../src/api/view_answer.ts';
+import { readView } from '../../src/engine/view_answer.ts';
 import { rangeInSight } from '../../src/chart/range.ts';
 import { View } from '../../src/chart/view.ts';
 
-/** An answer as the server writes it: rows 100 to 105 in slots of two. */
+/** An answer as the desk writes it: rows 100 to 105 in slots of two. */
 function answer(): ArrayBuffer {
   const columns = [
     { id: 11, as: 'last' },
@@ -12,7 +12,6 @@ function answer(): ArrayBuffer {
     { id: 20001, as: 'any' },
   ];
   let text = JSON.stringify({
-    revision: 7,
     from: 100,
     to: 105,
     rows: 105,
@@ -57,7 +56,7 @@ test('the range of a pane leaves out what is hidden or out of sight', () => {
   };
   const { low, high } = rangeInSight([line], [], view, 100, 105);
   assert.ok(low > 2.5 && high < 6.5, `${low} to ${high}`);
-  const always = rangeInSight([{ ...line, Style: 'ColorPolyline' }], [], view, 100, 105);
+  const always = rangeInSight([{ ...line, always: true }], [], view, 100, 105);
   assert.ok(always.low < -40);
   const first = rangeInSight([line], [], view, 100, 101);
   assert.ok(first.low > 4.5);
@@ -65,7 +64,7 @@ test('the range of a pane leaves out what is hidden or out of sight', () => {
 
 test('a level counts, a signal has no value, and a pane of nothing has a range', () => {
   const view = new View(readView(answer()));
-  const notice = { ShapeName: 'NoticeShape', Field1Id: 20000 };
+  const notice = { ShapeName: 'NoticeShape', Field1Id: 20000, valued: false };
   assert.deepEqual(rangeInSight([notice], [], view, 100, 105), { low: 0, high: 1 });
   assert.ok(rangeInSight([notice], [80], view, 100, 105).high > 80);
 });

@@ -1,0 +1,123 @@
+#include "calls.h"
+
+#include <algorithm>
+#include <iterator>
+#include <limits>
+#include <sstream>
+
+#include "calculation.h"
+#include "colours.h"
+#include "host/output.h"
+#include "host/studio/refusal.h"
+#include "library.h"
+#include "player.h"
+#include "shown.h"
+#include "window.h"
+
+namespace quor_host {
+namespace {
+
+constexpr size_t all = std::numeric_limits<size_t>::max();
+
+/// A row, or as many as there are.
+size_t row_of(const Json& call, const char* key, size_t absent) {
+  return count_of(call, key, absent, 0, most_rows);
+}
+
+std::string library(Desk& /*desk*/, const Json& /*call*/, std::string_view /*body*/) {
+  return json_text({{"words", words_json()},
+                    {"periods", periods_json()},
+                    {"theme", themes_json()},
+                    {"measures", measures_json()},
+                    {"limits", {{"script", longest_script}}}});
+}
+
+std::string bars(Desk& desk, const Json& call, std::string_view body) {
+  return json_text(
+      take_bars(desk, read_security(text_of(call, "name"), body, text_of(call, "period", ""))));
+}
+
+std::string subject(Desk& desk, const Json& call, std::string_view /*body*/) {
+  return json_text(take_subject(desk, subject_of(call)));
+}
+
+std::string other(Desk& desk, const Json& call, std::string_view body) {
+  return json_text(take_other(desk, read_security(text_of(call, "name"), body, "")));
+}
+
+std::string script(Desk& desk, const Json& call, std::string_view /*body*/) {
+  return json_text(take_script(desk, task_of(call)));
+}
+
+/// Bytes, as `window_bytes` tells.
+std::string view(Desk& desk, const Json& call, std::string_view /*body*/) {
+  return window_bytes(desk, {row_of(call, "from", 0), row_of(call, "to", all),
+                             count_of(call, "points", 2000, 16, 20000)});
+}
+
+std::string records(Desk& desk, const Json& call, std::string_view /*body*/) {
+  return json_text(shown_json(desk, row_of(call, "from", 0), row_of(call, "to", all)));
+}
+
+std::string values(Desk& desk, const Json& call, std::string_view /*body*/) {
+  return json_text(values_json(desk, row_of(call, "row", all)));
+}
+
+std::string events(Desk& desk, const Json& call, std::string_view /*body*/) {
+  const size_t since = row_of(call, "since", 0);
+  const size_t limit = count_of(call, "limit", 1000, 0, 10000);
+  Json list = Json::array();
+  const size_t count = desk.run ? desk.run->events().size() : 0;
+  for (size_t i = since; i < count && list.size() < limit; ++i) {
+    list.push_back(event_json(desk, desk.run->events()[i]));
+  }
+  return json_text({{"count", count}, {"events", std::move(list)}});
+}
+
+std::string play(Desk& desk, const Json& call, std::string_view /*body*/) {
+  return json_text(
+      start_play(desk, row_of(call, "row", 0), count_of(call, "ticks", 1, 1, most_ticks)));
+}
+
+std::string step(Desk& desk, const Json& call, std::string_view /*body*/) {
+  const size_t bar_count = count_of(call, "bars", 0, 0, most_steps);
+  const size_t ticks = count_of(call, "ticks", bar_count == 0 ? 1 : 0, 0, most_steps);
+  return json_text(bar_count > 0 ? step_bars(desk, bar_count) : step_ticks(desk, ticks));
+}
+
+std::string stop(Desk& desk, const Json& /*call*/, std::string_view /*body*/) {
+  return json_text(stop_play(desk));
+}
+
+/// Comma-separated values, those of `quor run --csv`.
+std::string csv(Desk& desk, const Json& /*call*/, std::string_view /*body*/) {
+  if (!desk.run || desk.row_count() == 0) throw Refusal(409, "there are no lines to export");
+  Table table{desk.bars().keys, {}};
+  for (const auto& line : drawn_lines(desk.run->script(), false)) {
+    table.lines.push_back({line.name, desk.run->column(line.column)});
+  }
+  std::ostringstream out;
+  print_csv(out, table);
+  return std::move(out).str();
+}
+
+struct Row {
+  const char* name;
+  std::string (*answer)(Desk& desk, const Json& call, std::string_view body);
+};
+constexpr Row rows[] = {
+    {"library", library}, {"bars", bars}, {"script", script},   {"subject", subject},
+    {"other", other},     {"view", view}, {"records", records}, {"values", values},
+    {"events", events},   {"play", play}, {"step", step},       {"stop", stop},
+    {"csv", csv},
+};
+
+}  // namespace
+
+std::string answer_to(Desk& desk, const Json& call, std::string_view body) {
+  const auto* const row = std::ranges::find(rows, text_of(call, "call"), &Row::name);
+  if (row == std::end(rows)) throw Refusal(404, "there is no such call");
+  return row->answer(desk, call, body);
+}
+
+}  // namespace quor_host

@@ -1,0 +1,205 @@
+// What the desk answers.
+import type { ShapeRecord } from '../chart/records.ts';
+
+export type ThemeName = 'light' | 'dark';
+
+export type Palette = Readonly<
+  Record<
+    | 'ground'
+    | 'grid'
+    | 'mark'
+    | 'label'
+    | 'ink'
+    | 'rise'
+    | 'fall'
+    | 'buy'
+    | 'sell'
+    | 'close_out'
+    | 'notice',
+    string
+  >
+>;
+
+export interface Word {
+  word: string;
+  form: string;
+  summary: string;
+  arguments: string;
+  nulls: string;
+  example: string;
+  section: string;
+}
+
+export interface Period {
+  code: number;
+  name: string;
+}
+
+/** How axes are laid out, in pixels. */
+export interface Measures {
+  /** Between the marks of the time axis, at least. */
+  timeMarkRoom: number;
+  /** Between ticks: as much as one likes, and as little as there may be. */
+  tickRoom: number;
+  leastTickRoom: number;
+  /** Ticks that are sought for at closer distances than one likes. */
+  enoughTicks: number;
+}
+
+/** What the page knows of scripts and bars. */
+export interface Language {
+  words: Word[];
+  periods: Period[];
+  theme: Record<ThemeName, Palette>;
+  measures: Measures;
+  limits: { script: number };
+}
+
+export interface Parameter {
+  name: string;
+  value: number;
+}
+
+export interface Finding {
+  severity: 'error' | 'warning';
+  from: number | null;
+  to: number | null;
+  line: number | null;
+  column: number | null;
+  sentence: string;
+  suggestion: string;
+}
+
+export interface Slider {
+  kind: 'const' | 'parameter';
+  name: string;
+  value: number;
+  low: number;
+  high: number;
+  step: number;
+  /** Where the number of a constant stands in the script. */
+  from: number | null;
+  to: number | null;
+  /** The script doesn't read this parameter. */
+  idle?: boolean;
+}
+
+export interface Line {
+  name: string;
+  column: number;
+  drawn: boolean;
+}
+
+export interface Pane {
+  records: number[];
+  levels: { record: number; value: number }[];
+  digits: number;
+  weight: number;
+}
+
+export type Colours = Readonly<
+  Record<string, Readonly<Record<ThemeName, Readonly<Record<'line' | 'text' | 'area', string>>>>>
+>;
+
+/** Data of another security or period that the script reads. */
+export interface Reference {
+  /** Of the security, in capitals. */
+  name: string;
+  text: string;
+  /** Whether it is another security's. */
+  security: boolean;
+  given: boolean;
+}
+
+/** What is known of the security beside its bars. */
+export interface Subject {
+  code?: string;
+  market?: string;
+  minPrice?: number;
+  unit?: number;
+  shareCountPerUnit?: number;
+  /** JSON. */
+  calendar?: string;
+}
+
+/** What is to be drawn: of a script that compiles, or the bars alone. */
+export interface Drawn {
+  lines: Line[];
+  records: ShapeRecord[];
+  panes: Pane[];
+  colours: Colours;
+  missing: { field: number; text: string }[];
+  references: Reference[];
+  needs: { calendar: boolean; constants: boolean };
+  events: number;
+  rows: number;
+}
+
+/** A script with an error leaves what is drawn as it is, except over other bars. */
+export interface ScriptAnswer extends Partial<Drawn> {
+  sound: boolean;
+  findings: Finding[];
+  sliders: Slider[];
+  times: { compile: number; calculate: number; total: number };
+}
+
+export interface BarsAnswer {
+  name: string;
+  rows: number;
+  first: number;
+  last: number;
+  period: { code: number; name: string; guessed: boolean };
+  intraday: boolean;
+  fields: number[];
+  decimals: number;
+  script: ScriptAnswer | null;
+}
+
+/** A bar at which a record shows, and the values of the columns that it names. */
+export interface Shown {
+  row: number;
+  values: Readonly<Record<string, number | null>>;
+  first?: number;
+  second?: number;
+  third?: number;
+}
+
+export interface RecordsAnswer {
+  records: { index: number; shown: Shown[]; cut: boolean }[];
+}
+
+export interface ValuesAnswer {
+  row: number;
+  /** Of the bar, by their ids. */
+  fields: Readonly<Record<string, number | null>>;
+  lines: (number | null)[];
+}
+
+/** A notice or a signal. */
+export interface Fired {
+  row: number;
+  key: number;
+  text: string;
+  word: string;
+  name: string;
+  quantity: number | null;
+  statement: number;
+  /** Whether the bar is whole; only while bars are played. */
+  final?: boolean;
+}
+
+export interface EventsAnswer {
+  count: number;
+  events: Fired[];
+}
+
+export interface PlayAnswer {
+  row: number;
+  rows: number;
+  of: number;
+}
+
+export interface StepAnswer extends PlayAnswer {
+  done: boolean;
+  steps: { row: number; key: number; tick: number; final: boolean; events: Fired[] }[];
+}

@@ -1,0 +1,64 @@
+// Calculations that take long: the page stays free, they can be stopped, and a newer script ends them.
+import assert from 'node:assert/strict';
+import { test } from 'node:test';
+import { Desk, manyBars, onDesks } from './support.ts';
+
+let desk: Desk;
+
+onDesks((opened) => ({ desk } = opened));
+
+/** Far longer than any test waits. */
+const endless = Array.from({ length: 200 }, (_, i) => `A${i}:STD(C,${9000 + i});`).join('\n');
+
+const busy = () => !document.getElementById('busy')!.hidden;
+
+/** Has a script for ever in work over many bars, of which another one is drawn. */
+async function beginEndless(): Promise<void> {
+  await desk.write('QUICK:MA(C,5);');
+  await desk.drop('many.csv', manyBars(60_000));
+  await desk.page.locator('#editor >>> .cm-content').click();
+  await desk.page.keyboard.down('Control');
+  await desk.page.keyboard.press('a');
+  await desk.page.keyboard.up('Control');
+  await desk.page.keyboard.sendCharacter(endless);
+  await desk.page.waitForFunction(busy);
+}
+
+test('a long calculation is stopped, and the chart of before lives on', async () => {
+  await beginEndless();
+  const began = Date.now();
+  await desk.page.click('#stop');
+  await desk.page.waitForFunction(() => document.getElementById('busy')!.hidden);
+  console.log(`stopped in ${Date.now() - began} ms`);
+  await desk.settled();
+  assert.equal(await desk.text('#message'), 'Stopped');
+  assert.ok('QUICK' in (await desk.legend()));
+  const before = await desk.pixels();
+  await desk.page.click('#zoom-all');
+  await desk.settled();
+  assert.ok(!before.equals(await desk.pixels()), 'other rows are drawn');
+  assert.match(await desk.text('.caption'), /^many/);
+});
+
+test('a newer script ends an older one, and who types waits for neither', async () => {
+  await beginEndless();
+  const waits: number[] = [];
+  for (let i = 0; i < 10; ++i) {
+    const began = Date.now();
+    await desk.page.keyboard.type('B');
+    waits.push(Date.now() - began);
+  }
+  console.log(`a key while a script is calculated: ${Math.max(...waits)} ms at worst`);
+  await desk.write('NEWER:MA(C,9);');
+  assert.deepEqual(Object.keys(await desk.legend()).slice(0, 1), ['NEWER']);
+  assert.match(await desk.text('.caption'), /^many/);
+});
+
+test('other bars end a calculation, too', async () => {
+  await beginEndless();
+  await desk.page.click('::-p-xpath(//ul[@aria-label="Securities"]//button)');
+  await desk.page.waitForFunction(busy);
+  await desk.write('NEWER:MA(C,9);');
+  await desk.captioned('index-daily');
+  assert.deepEqual(Object.keys(await desk.legend()).slice(0, 1), ['NEWER']);
+});

@@ -1,0 +1,276 @@
+// Scripts over bars, as the page has them calculated.
+import assert from 'node:assert/strict';
+import { execFileSync } from 'node:child_process';
+import { readdirSync, readFileSync } from 'node:fs';
+import { test } from 'node:test';
+import type { ScriptAnswer } from '../../src/engine/types.ts';
+import type { Refusal } from '../../src/refusal.ts';
+import { Desk, madeBars, sampleBars } from './support.ts';
+
+const quor = process.env.QUOR ?? '../build/release/host/quor';
+const samples = ['../samples', '../samples/cookbook'].flatMap((folder) =>
+  readdirSync(folder)
+    .filter((name) => name.endsWith('.quor'))
+    .map((name) => `${folder}/${name}`),
+);
+
+function refusal(work: () => unknown): Refusal {
+  try {
+    work();
+  } catch (error) {
+    return error as Refusal;
+  }
+  return assert.fail('nothing was refused');
+}
+
+test('lines are those of the command line, to the last bit', async () => {
+  const desk = await Desk.make(sampleBars);
+  assert.ok(samples.length >= 25);
+  for (const path of samples) {
+    assert.ok(desk.script(readFileSync(path, 'utf8')).sound, path);
+    const options = ['--csv', '--period', 'day', '--bars', '../samples/index-daily.csv'];
+    const printed = execFileSync(quor, ['run', path, ...options], {
+      encoding: 'utf8',
+      maxBuffer: 1 << 28,
+    });
+    assert.ok(desk.csv() === printed, path);
+  }
+});
+
+test('a mistake is told at its place, and the chart of before stays', async () => {
+  const desk = await Desk.make(sampleBars);
+  desk.script('A:MA(C,5);');
+  // The note takes two units in front of the place, though it is one character of four bytes.
+  const script = '{\u{1d11e} é}\nA:MA(C,5);\r\nB:EMMA(C,3);';
+  const answer = desk.script(script);
+  assert.ok(!answer.sound && !('records' in answer));
+  const { sentence, line, from, to } = answer.findings.at(-1)!;
+  assert.deepEqual({ sentence, line }, { sentence: 'nothing defines EMMA', line: 3 });
+  assert.equal(script.slice(from!, to!), 'EMMA');
+  assert.equal(desk.values(10).lines.length, 1);
+});
+
+test('sliders have parameters and constants', async () => {
+  const desk = await Desk.make(sampleBars);
+  const script = 'CONST N:20;\nCONST F:-0.5;A:MA(C,N)*F+MA(C,M);';
+  const given = [
+    { name: 'm', value: 6 },
+    { name: 'X', value: 1 },
+  ];
+  const { sliders, sound } = desk.script(script, given);
+  assert.ok(sound);
+  for (const { low, value, high, step } of sliders)
+    assert.ok(low <= value && value <= high && step > 0);
+  const found = Object.fromEntries(
+    sliders.map(({ name, from, to, idle }) => [
+      name,
+      from === null ? idle : script.slice(from, to!),
+    ]),
+  );
+  assert.deepEqual(found, { M: false, X: true, N: '20', F: '-0.5' });
+});
+
+test('a view has the values of all its rows', async () => {
+  const desk = await Desk.make(sampleBars);
+  const { lines } = desk.script('A:MA(C,5);B:=C>O;');
+  const view = desk.view({ from: 100, to: 140, points: 40 });
+  assert.deepEqual([view.step, view.from, view.count, view.rows], [1, 100, 40, 5105]);
+  for (const row of [100, 117, 139]) {
+    const values = desk.values(row);
+    assert.equal(values.fields['11'], view.valueAt(11, row));
+    lines!.forEach(({ column }, i) => assert.equal(values.lines[i], view.valueAt(column, row)));
+  }
+  assert.equal(refusal(() => desk.values(5105)).status, 404);
+  assert.equal(desk.view({ from: 9000, to: 9100 }).count, 0);
+});
+
+test('a thinned view keeps the ends of its slots', async () => {
+  const desk = await Desk.make(sampleBars);
+  const { lines, records } = desk.script('A:C-O;PARTLINE(C>O,C*2,COLORRED);');
+  const part = records!.find(({ Style }) => Style === 'PartLine')!;
+  const [value, mark] = [part.Field1Id as number, part.Field1VisibleId as number];
+  const all = desk.view({ points: 20000 });
+  const few = desk.view({ from: 3, to: 5105, points: 100 });
+  assert.equal(few.step, 52);
+  const shown = (column: number, row: number) =>
+    column === value && all.valueAt(mark, row) !== 1 ? NaN : all.valueAt(column, row);
+  for (let slot = 0; slot < few.count; ++slot) {
+    const begin = 3 + slot * 52;
+    const rows = Array.from({ length: Math.min(52, 5105 - begin) }, (_, i) => begin + i);
+    const of = (column: number) => rows.map((row) => shown(column, row));
+    const first = (column: number) => few.track(column).first[slot];
+    assert.equal(first(7), of(7)[0]);
+    assert.equal(first(8), Math.max(...of(8)));
+    assert.equal(first(9), Math.min(...of(9)));
+    assert.equal(first(11), of(11).at(-1));
+    assert.equal(
+      first(13),
+      of(13).reduce((sum, one) => sum + one),
+    );
+    for (const column of [lines![0].column, value]) {
+      const values = of(column).filter((one) => !Number.isNaN(one));
+      const ends = [Math.min(...values), Math.max(...values)];
+      const inOrder = ends.sort((one, other) => values.indexOf(one) - values.indexOf(other));
+      const { second } = few.track(column);
+      assert.deepEqual([first(column), second[slot]], inOrder, `${column} at ${begin}`);
+    }
+  }
+});
+
+test('panes hold what shares an axis', async () => {
+  const desk = await Desk.make(sampleBars);
+  const { panes, records, colours } = desk.script('A:MA(C,20);OSC:MA(C>O,9)*100;EIGHTY:80;');
+  assert.deepEqual(
+    panes!.map((pane) => pane.records),
+    [
+      [0, 1],
+      [2, 3],
+    ],
+  );
+  assert.deepEqual(panes![1].levels, [{ record: 3, value: 80 }]);
+  assert.ok(Math.abs(panes![0].weight + panes![1].weight - 1) < 1e-9);
+  assert.deepEqual([records![2].title, records![2].pane], ['OSC', 1]);
+  assert.ok((records![2].LineColor as string) in colours!);
+  const alone = desk.script('A:MA(C,20);');
+  assert.equal(alone.panes!.length, 2);
+  assert.equal(alone.records!.at(-1)!.ShapeName, 'VolumeShape');
+});
+
+test('all kinds of records say where they show', async () => {
+  const desk = await Desk.make(sampleBars);
+  const script =
+    "BACKGROUNDSTYLE(1);PLAYSOUND(C>O,'A');FILLRGN(C>O,O,C,COLORRED);" +
+    "CROSS(C,MA(C,5)),NOTICE('up');CROSS(C,MA(C,9)),BK(1);";
+  const showcases = samples.filter((path) => path.includes('showcase'));
+  const [kinds, shown] = [new Set(), new Set()];
+  for (const text of [script, ...showcases.map((path) => readFileSync(path, 'utf8'))]) {
+    const { records } = desk.script(text);
+    for (const { ShapeName } of records!) kinds.add(ShapeName);
+    for (const { index, shown: bars } of desk.records(4900, 5105).records) {
+      if (bars.length > 0) shown.add(records![index].ShapeName);
+      assert.ok(bars.every(({ row }) => row < 5105));
+    }
+  }
+  const atBars =
+    'FuturesTradeShape ImageShape NoticeShape PolylineShape RectShape SoundShape StraightLineShape TextShape';
+  const others = 'BarShape CandleShape PolygonShape YAxisRange';
+  for (const kind of atBars.split(' ')) assert.ok(shown.has(kind), kind);
+  for (const kind of others.split(' ')) assert.ok(kinds.has(kind), kind);
+});
+
+test('an answer tells what is to be drawn, whatever came before', async () => {
+  const desk = await Desk.make(sampleBars);
+  const expectSeen = (drawn: { rows?: number; lines?: { column: number }[] }, rows: number) => {
+    const view = desk.view();
+    assert.deepEqual([drawn.rows, view.rows], [rows, rows]);
+    for (const { column } of drawn.lines!) assert.ok(view.has(column));
+  };
+  expectSeen(desk.script('A:MA(C,2);'), 5105);
+  expectSeen(desk.bars(madeBars(50)).script!, 50);
+  const broken = desk.script('A:MA(C,2;');
+  assert.ok(!('records' in broken), 'the chart stays as it is');
+  const more = desk.bars(madeBars(60)).script!;
+  assert.ok(!more.sound);
+  assert.deepEqual(more.findings, broken.findings);
+  assert.equal(more.lines![0].name, 'A', 'what was seen is seen over other bars');
+  expectSeen(more, 60);
+  const none = (await Desk.make(madeBars(9))).script('A:MA(C,2;');
+  assert.deepEqual([none.sound, none.lines], [false, []]);
+  assert.equal(none.records![0].ShapeName, 'CandleShape', 'the bars alone');
+});
+
+test('bars of a text take the place of those before, in the order of their times', async () => {
+  const desk = await Desk.make(sampleBars);
+  desk.script('A:MA(C,2);');
+  const answer = desk.bars(
+    '\uFEFFdate,close\n2024-01-02 09:35,2\n2024-01-02 09:30,1\n2024-01-02 09:40,4\n',
+    '<b>"',
+  );
+  assert.deepEqual(
+    [answer.name, answer.rows, answer.period.name, answer.intraday, answer.script!.sound],
+    ['<b>"', 3, '5min', true, true],
+  );
+  assert.equal(
+    desk.csv(),
+    'date,A\n2024-01-02 09:30:00,\n2024-01-02 09:35:00,1.5\n2024-01-02 09:40:00,3\n',
+  );
+  assert.equal(desk.script('A:V;').missing![0].field, 13);
+});
+
+test('bars that are none leave those before', async () => {
+  const desk = await Desk.make(madeBars(300));
+  for (const csv of [
+    '',
+    'x',
+    'date,close\n2024-01-01\n',
+    'date,close\n2024-01-01,x\n',
+    'date,close\n1,1\n',
+    'date,close\n',
+    '"'.repeat(5000),
+    '\0'.repeat(1000),
+    'date,close\n2024-01-01,1\n2024-01-01,2\n',
+  ]) {
+    const { status, message } = refusal(() => desk.bars(csv, 'mine'));
+    assert.ok(status === 400 && message.startsWith('mine'), `${csv.slice(0, 30)}: ${message}`);
+  }
+  const workbook = refusal(() => desk.bars('PK\u0003\u0004', 'mine'));
+  assert.match(workbook.message, /save its sheet as CSV/);
+  assert.equal(refusal(() => desk.bars(madeBars(9), 'mine', 'often')).status, 400);
+  assert.equal(desk.values(299).row, 299);
+});
+
+test('calls that no page of ours makes are refused', async () => {
+  const desk = await Desk.make(madeBars(30));
+  const cases: [object, number][] = [
+    [{}, 400],
+    [{ call: 'none' }, 404],
+    [{ call: 'script' }, 400],
+    [{ call: 'script', script: 'A'.repeat(1 << 20) }, 413],
+    [{ call: 'script', script: 'A:C;', parameters: [{ name: 'N' }] }, 400],
+    [{ call: 'script', script: 'A:C;', parameters: [{ name: 'A"B', value: 1 }] }, 400],
+    [{ call: 'view', from: -1 }, 400],
+    [{ call: 'view', points: 1e9 }, 400],
+    [{ call: 'csv' }, 409],
+    [{ call: 'step' }, 409],
+    [{ call: 'play', row: 0 }, 400],
+    [{ call: 'play', row: 30 }, 400],
+    [{ call: 'play', row: 1.5 }, 400],
+    [{ call: 'play', row: 5, ticks: 99 }, 400],
+  ];
+  for (const [call, status] of cases) {
+    const refused = refusal(() => desk.text(call));
+    assert.equal(refused.status, status, JSON.stringify(call).slice(0, 80));
+    assert.ok(refused.message.length > 5);
+  }
+});
+
+test('other securities come by their keys, and a script says what it lacks', async () => {
+  const desk = await Desk.make('date,close\n2024-01-02,10\n2024-01-03,20\n2024-01-04,30\n');
+  const first = desk.script('A:"bbb$CLOSE"/C;');
+  assert.deepEqual(first.references, [
+    { name: 'BBB', text: 'BBB CLOSE (11)', security: true, given: false },
+  ]);
+  assert.equal(desk.csv(), 'date,A\n2024-01-02,\n2024-01-03,\n2024-01-04,\n');
+  const answer = desk.json<ScriptAnswer>(
+    { call: 'other', name: 'bbb' },
+    'date,close\n2024-01-04,3\n2024-01-02,1\n',
+  );
+  assert.equal(answer.references![0].given, true);
+  assert.equal(desk.csv(), 'date,A\n2024-01-02,0.1\n2024-01-03,\n2024-01-04,0.1\n');
+  desk.play(1);
+  desk.step({ bars: 2 });
+  assert.equal(desk.csv(), 'date,A\n2024-01-02,0.1\n2024-01-03,\n2024-01-04,0.1\n');
+});
+
+test('a script has the code, the market and the constants of its security', async () => {
+  const desk = await Desk.make(madeBars(3));
+  const lacking = desk.script("A:MINPRICE;B:CODELIKE('6');");
+  assert.deepEqual(lacking.needs, { calendar: false, constants: true });
+  assert.ok(lacking.findings.some(({ suggestion }) => suggestion.includes('tab Data')));
+  const answer = desk.json<ScriptAnswer>({ call: 'subject', code: '600000', minPrice: 0.01 });
+  assert.deepEqual(answer.findings, []);
+  assert.deepEqual(desk.values(2).lines, [0.01, 1]);
+  const bad = refusal(() => desk.json({ call: 'subject', calendar: 'none' }));
+  assert.ok(bad.status === 400 && bad.message.length > 5);
+  assert.deepEqual(desk.values(2).lines, [0.01, 1], 'what was known before stays');
+});
