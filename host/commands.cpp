@@ -110,11 +110,12 @@ int calculate_and(const Calculation& task, const Use& use) {
     about.run->keys = bars.keys;
     return report_failure(options, script, findings_of(script, about), as_json);
   }
-  about.run->keys = keeps_bars ? bars.keys : std::exchange(bars.keys, {});
+  about.run->keys = bars.keys;
   about.run->null_lines = null_lines(script, first_row);
   const uint32_t period = about.settings.subject.period;
   const Findings findings = findings_of(script, std::move(about));
   show_findings(findings, script.source(), options.name());
+  if (!keeps_bars) bars = {};
   use(Calculated{script, period, std::move(bars), findings});
   return status_of(options, findings);
 }
