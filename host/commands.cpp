@@ -7,12 +7,12 @@
 
 #include "chart/chart.h"
 #include "errors.h"
-#include "messages.h"
-#include "output.h"
-#include "paths.h"
-#include "period.h"
-#include "program.h"
-#include "scan_job.h"
+#include "input/paths.h"
+#include "options/period.h"
+#include "output/messages.h"
+#include "output/output.h"
+#include "process/program.h"
+#include "scan/scan_job.h"
 #include "script_run.h"
 #include "text.h"
 

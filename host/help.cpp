@@ -12,8 +12,8 @@
 #include "advice/topic_help.h"
 #include "advice/word_help.h"
 #include "advice/word_index.h"
-#include "console.h"
 #include "nearest.h"
+#include "output/console.h"
 
 namespace quor_host {
 namespace {

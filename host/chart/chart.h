@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "../bars.h"
-#include "../chart_options.h"
+#include "../input/bars.h"
+#include "../options/chart_options.h"
 #include "engine/engine.h"
 
 namespace quor_host {

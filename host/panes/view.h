@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "../bars.h"
+#include "../input/bars.h"
 #include "records.h"
 
 namespace quor_host {

@@ -7,7 +7,7 @@
 #include <thread>
 
 #include "../errors.h"
-#include "../program.h"
+#include "../process/program.h"
 #include "browser.h"
 #include "end_signals.h"
 #include "server.h"

@@ -8,9 +8,9 @@
 
 #include "colours.h"
 #include "host/errors.h"
-#include "host/fields.h"
+#include "host/input/fields.h"
+#include "host/options/period.h"
 #include "host/panes/numbers.h"
-#include "host/period.h"
 #include "host/studio/refusal.h"
 #include "host/text.h"
 #include "places.h"

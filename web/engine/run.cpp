@@ -4,7 +4,7 @@
 #include <cmath>
 #include <utility>
 
-#include "host/fields.h"
+#include "host/input/fields.h"
 
 namespace quor_host {
 namespace {

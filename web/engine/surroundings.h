@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "engine/engine.h"
-#include "host/bars.h"
+#include "host/input/bars.h"
 #include "host/studio/json.h"
 
 namespace quor_host {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "bars.h"
+#include "../input/bars.h"
 
 namespace CLI {
 class App;

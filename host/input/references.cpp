@@ -6,10 +6,10 @@
 #include <numeric>
 #include <utility>
 
-#include "errors.h"
+#include "../errors.h"
+#include "../options/period.h"
+#include "../text.h"
 #include "fields.h"
-#include "period.h"
-#include "text.h"
 
 namespace quor_host {
 namespace {

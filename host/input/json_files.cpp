@@ -2,9 +2,9 @@
 
 #include <simdjson.h>
 
+#include "../errors.h"
+#include "../text.h"
 #include "encoding.h"
-#include "errors.h"
-#include "text.h"
 
 namespace quor_host {
 namespace {

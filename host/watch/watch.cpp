@@ -6,15 +6,15 @@
 #include <optional>
 #include <utility>
 
-#include "console.h"
-#include "errors.h"
-#include "fields.h"
-#include "growing_input.h"
-#include "interrupt.h"
-#include "messages.h"
-#include "period.h"
-#include "script_run.h"
-#include "text.h"
+#include "../errors.h"
+#include "../input/fields.h"
+#include "../input/growing_input.h"
+#include "../options/period.h"
+#include "../output/console.h"
+#include "../output/messages.h"
+#include "../process/interrupt.h"
+#include "../script_run.h"
+#include "../text.h"
 #include "watch_output.h"
 
 namespace quor_host {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "options.h"
+#include "../options/options.h"
 
 namespace quor_host {
 

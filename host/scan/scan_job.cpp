@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "bars.h"
-#include "errors.h"
-#include "fields.h"
-#include "period.h"
+#include "../errors.h"
+#include "../input/bars.h"
+#include "../input/fields.h"
+#include "../options/period.h"
+#include "../script_run.h"
 #include "scan_findings.h"
-#include "script_run.h"
 
 namespace quor_host {
 namespace {

@@ -8,11 +8,11 @@
 #include <ostream>
 #include <utility>
 
-#include "bars.h"
-#include "fields.h"
-#include "json_files.h"
-#include "references.h"
-#include "text.h"
+#include "../input/bars.h"
+#include "../input/fields.h"
+#include "../input/json_files.h"
+#include "../input/references.h"
+#include "../text.h"
 
 namespace quor_host {
 namespace {

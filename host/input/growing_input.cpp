@@ -9,10 +9,10 @@
 #include <thread>
 #include <utility>
 
-#include "errors.h"
-#include "interrupt.h"
+#include "../errors.h"
+#include "../process/interrupt.h"
+#include "../text.h"
 #include "paths.h"
-#include "text.h"
 
 #ifdef _WIN32
 #include <io.h>

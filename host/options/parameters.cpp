@@ -6,10 +6,10 @@
 #include <cmath>
 #include <utility>
 
+#include "../errors.h"
+#include "../input/json_files.h"
+#include "../text.h"
 #include "advice/advice.h"
-#include "errors.h"
-#include "json_files.h"
-#include "text.h"
 
 namespace quor_host {
 namespace {

@@ -1,7 +1,7 @@
 #include <CLI/CLI.hpp>
 
+#include "../watch/watch.h"
 #include "option_checks.h"
-#include "watch.h"
 
 namespace quor_host {
 

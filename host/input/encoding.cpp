@@ -6,9 +6,9 @@
 #include <iterator>
 #include <optional>
 
+#include "../errors.h"
+#include "../text.h"
 #include "advice/letters.h"
-#include "errors.h"
-#include "text.h"
 
 namespace quor_host {
 namespace {

@@ -4,9 +4,9 @@
 #include <ostream>
 #include <utility>
 
-#include "bars.h"
-#include "output.h"
-#include "text.h"
+#include "../input/bars.h"
+#include "../output/output.h"
+#include "../text.h"
 
 namespace quor_host {
 namespace {

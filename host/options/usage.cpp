@@ -4,7 +4,7 @@
 #include <iterator>
 #include <string_view>
 
-#include "nearest.h"
+#include "../nearest.h"
 
 namespace quor_host {
 namespace {

@@ -4,8 +4,8 @@
 #include <iostream>
 #include <iterator>
 
-#include "console.h"
-#include "interrupt.h"
+#include "../output/console.h"
+#include "../process/interrupt.h"
 
 namespace quor_host {
 namespace {

@@ -9,16 +9,16 @@
 #include <thread>
 #include <utility>
 
+#include "../errors.h"
+#include "../options/period.h"
+#include "../output/messages.h"
+#include "../script_run.h"
+#include "../text.h"
 #include "advice/advice.h"
 #include "advice/reading.h"
-#include "errors.h"
-#include "messages.h"
-#include "period.h"
 #include "scan_console.h"
 #include "scan_findings.h"
 #include "scan_output.h"
-#include "script_run.h"
-#include "text.h"
 
 namespace quor_host {
 namespace {

@@ -9,9 +9,9 @@
 #include <utility>
 #include <vector>
 
+#include "../options/options.h"
 #include "bars.h"
 #include "engine/engine.h"
-#include "options.h"
 
 namespace quor_host {
 

@@ -22,7 +22,7 @@ std::filesystem::path program_folder() {
 #include <cerrno>
 #include <system_error>
 
-#include "errors.h"
+#include "../errors.h"
 
 namespace quor_host {
 

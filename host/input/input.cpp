@@ -4,14 +4,14 @@
 #include <iostream>
 #include <utility>
 
-#include "text.h"
+#include "../text.h"
 
 #ifdef QUOR_ZLIB
 #include <zlib.h>
 
 #include <vector>
 
-#include "errors.h"
+#include "../errors.h"
 #endif
 
 namespace quor_host {

@@ -2,10 +2,10 @@
 
 #include <utility>
 
+#include "../errors.h"
+#include "../text.h"
 #include "bars/fields.h"
-#include "errors.h"
 #include "input.h"
-#include "text.h"
 
 namespace quor_host {
 

@@ -12,9 +12,9 @@
 #include <thread>
 #include <vector>
 
+#include "../input/references.h"
 #include "bars/bars.h"
 #include "engine/engine.h"
-#include "references.h"
 
 namespace quor_host {
 

@@ -2,10 +2,10 @@
 #include <filesystem>
 #include <system_error>
 
-#include "errors.h"
-#include "paths.h"
+#include "../errors.h"
+#include "../input/paths.h"
+#include "../text.h"
 #include "scan_job.h"
-#include "text.h"
 
 namespace quor_host {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "options.h"
+#include "../options/options.h"
 
 namespace quor_host {
 

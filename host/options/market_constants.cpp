@@ -5,8 +5,8 @@
 #include <iterator>
 #include <optional>
 
-#include "errors.h"
-#include "text.h"
+#include "../errors.h"
+#include "../text.h"
 
 namespace quor_host {
 namespace {

@@ -1,7 +1,7 @@
 #include <CLI/CLI.hpp>
 
+#include "../scan/scan.h"
 #include "option_checks.h"
-#include "scan.h"
 
 namespace quor_host {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <system_error>
 
-#include "errors.h"
-#include "text.h"
+#include "../errors.h"
+#include "../text.h"
 
 namespace quor_host {
 namespace {

@@ -28,7 +28,7 @@ bool colours_are_unwanted() {
 
 #include <memory>
 
-#include "errors.h"
+#include "../errors.h"
 
 namespace quor_host {
 namespace {

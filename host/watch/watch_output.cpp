@@ -6,10 +6,10 @@
 #include <string>
 #include <utility>
 
-#include "bars.h"
-#include "console.h"
-#include "output.h"
-#include "text.h"
+#include "../input/bars.h"
+#include "../output/console.h"
+#include "../output/output.h"
+#include "../text.h"
 
 namespace quor_host {
 namespace {

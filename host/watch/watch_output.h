@@ -6,8 +6,8 @@
 #include <span>
 #include <vector>
 
+#include "../script_run.h"
 #include "engine/engine.h"
-#include "script_run.h"
 
 namespace quor_host {
 
