@@ -192,8 +192,9 @@ def test_arrow_frames_may_be_panels_and_have_zones(form, rows, offset):
         ("C", "g", long["close"].to_numpy(), np.ones(20, bool)),
         ("V", "l", long["volume"].to_numpy(), np.ones(20, bool))], rows=rows, offset=offset)
     result = quor.scan(SCRIPT, table, by="what", last=None)
-    assert np.array_equal(result.loc["größer als zwölf"]["A"], SCRIPT.run(frame)["A"], equal_nan=True)
-    assert list(result.loc["größer als zwölf"].index) == list(frame.index)
+    found = result.loc["größer als zwölf"]
+    assert np.array_equal(found["A"], SCRIPT.run(frame)["A"], equal_nan=True)
+    assert list(found.index) == list(frame.index)
 
 
 def test_arrow_dictionaries_may_hold_nulls_and_numbers():
