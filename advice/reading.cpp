@@ -266,6 +266,7 @@ Reading read_script(std::string_view script, std::string_view parameters) {
   reading.script = script;
   reading.line_starts = find_line_starts(script);
   reading.scan = scan_script(script);
+  reading.statements.reserve(reading.scan.slots.size());
   for (size_t i = 0; i < reading.scan.slots.size(); ++i) {
     reading.statements.push_back(read_statement(reading.scan.slots[i], i, script));
   }
