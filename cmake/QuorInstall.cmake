@@ -10,7 +10,7 @@ install(TARGETS quor_parser quor_advice_shared EXPORT quor_parser
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 install(FILES include/quor_parser.h include/quor_parser.hpp include/quor_advice.h
-  include/quor_advice.hpp
+  include/quor_advice.hpp include/quor_values.hpp
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 get_property(import_libraries GLOBAL PROPERTY QUOR_IMPORT_LIBRARIES)
 if(import_libraries)
