@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Says which links in the texts of the project lead nowhere: to a file that isn't kept, or to a heading
-that isn't in its page. Links to other machines aren't followed.
+"""Says which links in the texts of the project lead nowhere: to a file that isn't kept, or to a
+heading that isn't in its page. Links to other machines aren't followed.
 """
 
 import re
