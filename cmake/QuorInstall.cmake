@@ -29,8 +29,10 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/quor_parser-config-
   COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/quor_parser-config-version.cmake
   DESTINATION ${package_dir} COMPONENT development)
-install(EXPORT quor_parser NAMESPACE quor:: FILE quor_parser-config.cmake
+install(EXPORT quor_parser NAMESPACE quor:: FILE quor_parser-targets.cmake
   DESTINATION ${package_dir} COMPONENT development)
+install(FILES cmake/quor_parser-config.cmake DESTINATION ${package_dir} COMPONENT development)
+include(QuorEngine)
 
 # quor_parser.pc and quor_advice.pc for everything else, with paths that start from where the file lies.
 file(RELATIVE_PATH pc_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
