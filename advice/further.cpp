@@ -38,7 +38,7 @@ class ErrorSearch {
     for (size_t round = 0; failure_.code != 0 && round < most_rounds; ++round) {
       if (found_.errors.size() == most_errors) break;
       if (!take(reading) || !input_.compile) break;
-      reading = read_script(found_.rest, input_.parameters);
+      reading = read_again(std::move(reading), found_.rest, input_.parameters, changed_);
       failure_ = next_failure(reading);
     }
     found_.last = failure_;
@@ -168,6 +168,7 @@ class ErrorSearch {
 
   /// Line ends stay; false if nothing was there but blanks.
   bool write(Place place, std::string_view stand_in) {
+    changed_ = place;
     std::string& text = found_.rest;
     const std::string before = text.substr(place.begin, place.end - place.begin);
     const auto room =
@@ -185,6 +186,7 @@ class ErrorSearch {
   Failure failure_;
   AllErrors found_;
   std::set<std::string, std::less<>> lost_names_;
+  Place changed_;              ///< what has been left out last
   size_t checked_ = 0;         ///< what stands in front of this offset compiles
   std::set<size_t> left_out_;  ///< where the statements that were left out begin
 };
