@@ -50,4 +50,6 @@ install(FILES CHANGELOG.md LICENCE DESTINATION ${doc_dir} COMPONENT development)
 install(DIRECTORY docs examples samples DESTINATION ${doc_dir} COMPONENT development
   PATTERN examples/build EXCLUDE
   PATTERN examples/session EXCLUDE
+  PATTERN examples/live EXCLUDE
+  PATTERN __pycache__ EXCLUDE
   PATTERN *.exe EXCLUDE)
