@@ -37,6 +37,13 @@ Failure read_failure(std::string_view text) {
   failure.statement = leading_number<size_t>(line);
   // A failed calculation without a statement has its text in the place of the number.
   if (is_text && !failure.statement && failure.message.empty()) failure.message = line;
+  // Of errors in one another each has its own line, and the number is 0.
+  constexpr std::string_view mark = "ErrLine.";
+  const size_t inner = failure.message.find(mark);
+  if (inner != absent) {
+    failure.statement = leading_number<size_t>(behind(failure.message, inner, mark));
+    failure.message.resize(inner);
+  }
   // No place belongs to an exception and to a signal with a name; the number is 0 all the same.
   if (failure.code == 8 || failure.code == 4000) failure.statement.reset();
   return failure;

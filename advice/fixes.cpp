@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <optional>
-#include <set>
 #include <utility>
 
 #include "advice.h"
+#include "excerpt.h"
 #include "letters.h"
 #include "symbols.h"
 
@@ -139,25 +139,11 @@ class Fixer {
   void make_excerpt() {
     const auto number = statement_at(reading_, place_.begin);
     if (!number || reading_.statements[*number].tokens.empty()) return;
-    std::set<size_t> wanted = {*number};
-    for (std::vector<size_t> open = {*number}; !open.empty();) {
-      const size_t next = open.back();
-      open.pop_back();
-      for (const Token& token : reading_.statements[next].tokens) {
-        const auto line = reading_.lines.find(token.text);
-        if (line != reading_.lines.end() && wanted.insert(line->second).second)
-          open.push_back(line->second);
-      }
-    }
-    for (const Statement& statement : reading_.statements) {
-      const bool is_constant = statement.form == Form::constant;
-      if (!is_constant && !wanted.contains(statement.number)) continue;
-      const Slot& slot = reading_.scan.slots[statement.number];
-      const size_t begin = statement.tokens.front().begin;
-      if (statement.number == *number) moved_ = {begin, trial_.size()};
-      const size_t end = slot.is_closed ? slot.end + 1 : slot.end;
-      trial_ += std::string(input_.script.substr(begin, end - begin)) + '\n';
-    }
+    Excerpt excerpt = excerpt_of(reading_, {*number});
+    const auto own = std::ranges::find(excerpt.numbers, *number) - excerpt.numbers.begin();
+    moved_ = {reading_.statements[*number].tokens.front().begin,
+              excerpt.begins[static_cast<size_t>(own)]};
+    trial_ = std::move(excerpt.script);
   }
 
   /// Leaves those that are of use, each once.

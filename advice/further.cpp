@@ -4,6 +4,7 @@
 #include <set>
 #include <utility>
 
+#include "excerpt.h"
 #include "letters.h"
 #include "vocabulary.h"
 
@@ -11,7 +12,7 @@ namespace quor_advice {
 namespace {
 
 constexpr size_t most_errors = 20;
-constexpr size_t most_compiles = 40;  ///< consequences of errors cost some, too
+constexpr size_t most_rounds = 40;  ///< consequences of errors cost some, too
 constexpr int64_t quote_open = 5;
 constexpr int64_t unfinished = 14;
 
@@ -23,6 +24,9 @@ bool is_unknown_word(int64_t code) { return code == 1 || code == 2; }
 /// Codes of a name that can't be declared: nothing stands in for it.
 bool is_of_name(int64_t code) { return code == 12 || code == 13 || code == 2004; }
 
+/// Codes that depend on more than the statement and what it reads.
+bool is_of_script(int64_t code) { return code == quote_open || code == unfinished; }
+
 class ErrorSearch {
  public:
   ErrorSearch(const Input& input, Failure first) : input_(input), failure_(std::move(first)) {
@@ -30,11 +34,12 @@ class ErrorSearch {
   }
 
   AllErrors run() {
-    for (size_t round = 0; failure_.code != 0 && round < most_compiles; ++round) {
+    Reading reading = read_script(found_.rest, input_.parameters);
+    for (size_t round = 0; failure_.code != 0 && round < most_rounds; ++round) {
       if (found_.errors.size() == most_errors) break;
-      const Reading reading = read_script(found_.rest, input_.parameters);
       if (!take(reading) || !input_.compile) break;
-      failure_ = read_failure(input_.compile(found_.rest));
+      reading = read_again(std::move(reading), found_.rest, input_.parameters, changed_);
+      failure_ = next_failure(reading);
     }
     found_.last = failure_;
     return std::move(found_);
@@ -47,6 +52,28 @@ class ErrorSearch {
     const std::optional<Place> place = place_at_fault(reading, problem);
     if (!is_consequence(problem)) found_.errors.push_back({failure_.code, std::move(problem)});
     return place && leave_out(reading, *place);
+  }
+
+  /// What the library refuses next. As a compile of a long script takes its time, it is looked
+  /// through in pieces first; that the whole compiles is the proof.
+  Failure next_failure(const Reading& reading) {
+    while (const auto stretch = stretch_from(reading, checked_)) {
+      Failure failure = read_failure(input_.compile(stretch->excerpt.script));
+      if (failure.code == 0) {
+        checked_ = stretch->end;
+        continue;
+      }
+      const auto& numbers = stretch->excerpt.numbers;
+      if (is_of_script(failure.code) || !failure.statement || *failure.statement >= numbers.size())
+        break;
+      const size_t number = numbers[*failure.statement];
+      const size_t begin = reading.statements[number].tokens.front().begin;
+      if (begin < stretch->begin) break;
+      failure.statement = number;
+      checked_ = begin;
+      return failure;
+    }
+    return read_failure(input_.compile(found_.rest));
   }
 
   /// A word that a faulty statement was to declare, or a place that has been told already.
@@ -113,6 +140,7 @@ class ErrorSearch {
         if (!is_taken) stand_in += name + ":C;";
       }
     }
+    checked_ = std::min(checked_, place.begin);
     const bool is_second = !left_out_.insert(place.begin).second;
     if (is_second) stand_in.clear();
     return write(place, stand_in) || !is_second;
@@ -140,6 +168,7 @@ class ErrorSearch {
 
   /// Line ends stay; false if nothing was there but blanks.
   bool write(Place place, std::string_view stand_in) {
+    changed_ = place;
     std::string& text = found_.rest;
     const std::string before = text.substr(place.begin, place.end - place.begin);
     const auto room =
@@ -157,6 +186,8 @@ class ErrorSearch {
   Failure failure_;
   AllErrors found_;
   std::set<std::string, std::less<>> lost_names_;
+  Place changed_;              ///< what has been left out last
+  size_t checked_ = 0;         ///< what stands in front of this offset compiles
   std::set<size_t> left_out_;  ///< where the statements that were left out begin
 };
 

@@ -214,6 +214,34 @@ void take_names(Reading& reading) {
   }
 }
 
+/// The statements of a reading by where they begin, to be taken out in this order.
+class Known {
+ public:
+  Known(Reading& reading, Place changed) : reading_(reading), changed_(changed) {}
+
+  /// The statement that was read from this slot; null if there was another text.
+  Statement* find(const Slot& slot) {
+    if (slot.text.places.empty()) return nullptr;
+    const size_t begin = slot.text.places.front();
+    while (next_ < reading_.statements.size() && begin_of(next_) < begin) ++next_;
+    if (next_ == reading_.statements.size() || begin_of(next_) != begin) return nullptr;
+    const bool is_apart = slot.end < changed_.begin || begin >= changed_.end;
+    const bool is_same = slot.text.bytes == reading_.scan.slots[next_].text.bytes;
+    return is_apart && is_same ? &reading_.statements[next_] : nullptr;
+  }
+
+ private:
+  /// 0 for a blank line, which is passed over.
+  size_t begin_of(size_t number) const {
+    const auto& places = reading_.scan.slots[number].text.places;
+    return places.empty() ? 0 : places.front();
+  }
+
+  Reading& reading_;
+  Place changed_;
+  size_t next_ = 0;
+};
+
 std::vector<size_t> find_line_starts(std::string_view script) {
   std::vector<size_t> starts = {0};
   for (size_t i = 0; i < script.size(); ++i) {
@@ -262,12 +290,23 @@ std::vector<std::string> Reading::names() const {
 }
 
 Reading read_script(std::string_view script, std::string_view parameters) {
+  return read_again({}, script, parameters, {0, script.size()});
+}
+
+Reading read_again(Reading before, std::string_view script, std::string_view parameters,
+                   Place changed) {
   Reading reading;
   reading.script = script;
   reading.line_starts = find_line_starts(script);
   reading.scan = scan_script(script);
+  reading.statements.reserve(reading.scan.slots.size());
+  Known known(before, changed);
   for (size_t i = 0; i < reading.scan.slots.size(); ++i) {
-    reading.statements.push_back(read_statement(reading.scan.slots[i], i, script));
+    const Slot& slot = reading.scan.slots[i];
+    Statement* const same = known.find(slot);
+    reading.statements.push_back(same != nullptr ? std::move(*same)
+                                                 : read_statement(slot, i, script));
+    reading.statements.back().number = i;
   }
   reading.constants = read_parameters(parameters);
   take_names(reading);

@@ -96,4 +96,9 @@ struct Reading {
 /// Parameters are a JSON text as the library takes it.
 Reading read_script(std::string_view script, std::string_view parameters);
 
+/// The same for a script that differs from the one before in the text at a place alone, which is as
+/// long as it was.
+Reading read_again(Reading before, std::string_view script, std::string_view parameters,
+                   Place changed);
+
 }  // namespace quor_advice

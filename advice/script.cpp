@@ -31,7 +31,11 @@ class Scanner {
     if (script_.half_line_comment) return *script_.half_line_comment;
     return text_.places.empty() ? 0 : text_.places.back() + 1;
   }
-  bool at(std::string_view mark) const { return text_.bytes.compare(at_, mark.size(), mark) == 0; }
+  /// Whether these two bytes stand here.
+  bool at(std::string_view mark) const {
+    return text_.bytes[at_] == mark[0] && at_ + 1 < text_.bytes.size() &&
+           text_.bytes[at_ + 1] == mark[1];
+  }
 
   void take(char c) {
     toggle(c, '\'', in_single_);

@@ -24,6 +24,7 @@ class Tokenizer {
       : bytes_(slot.text.bytes), places_(slot.text.places), script_(script) {}
 
   std::vector<Token> run() {
+    tokens_.reserve(bytes_.size() / 3);
     while (at_ < bytes_.size()) {
       const char c = bytes_[at_];
       if (c == ' ') {

@@ -10,7 +10,7 @@ install(TARGETS quor_parser quor_advice_shared EXPORT quor_parser
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 install(FILES include/quor_parser.h include/quor_parser.hpp include/quor_advice.h
-  include/quor_advice.hpp
+  include/quor_advice.hpp include/quor_values.hpp
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 get_property(import_libraries GLOBAL PROPERTY QUOR_IMPORT_LIBRARIES)
 if(import_libraries)
@@ -29,8 +29,10 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/quor_parser-config-
   COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/quor_parser-config-version.cmake
   DESTINATION ${package_dir} COMPONENT development)
-install(EXPORT quor_parser NAMESPACE quor:: FILE quor_parser-config.cmake
+install(EXPORT quor_parser NAMESPACE quor:: FILE quor_parser-targets.cmake
   DESTINATION ${package_dir} COMPONENT development)
+install(FILES cmake/quor_parser-config.cmake DESTINATION ${package_dir} COMPONENT development)
+include(QuorEngine)
 
 # quor_parser.pc and quor_advice.pc for everything else, with paths that start from where the file lies.
 file(RELATIVE_PATH pc_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
@@ -48,4 +50,6 @@ install(FILES CHANGELOG.md LICENCE DESTINATION ${doc_dir} COMPONENT development)
 install(DIRECTORY docs examples samples DESTINATION ${doc_dir} COMPONENT development
   PATTERN examples/build EXCLUDE
   PATTERN examples/session EXCLUDE
+  PATTERN examples/live EXCLUDE
+  PATTERN __pycache__ EXCLUDE
   PATTERN *.exe EXCLUDE)

@@ -56,7 +56,7 @@ bool run_session(quor::Parser& parser) {
   parser.set_tag(1);
   parser.set_subject(quor::period_day, "600000", "USHA");
   parser.on_notice(show_notice);
-  const quor::Answer report = parser.compile(script, parameters);
+  const quor::Report report = parser.compile(script, parameters);
   show_text("report", report.text);
 
   parser.feed({bar(20240102000000, 12, 12.5, 11.5, 12, 300),
@@ -74,14 +74,14 @@ bool run_session(quor::Parser& parser) {
   if (!calculate_live(parser, 20240105000000, "next bar")) return false;
   show_text("last two values",
             parser.values_json(*parser.column_of("AVG"), parser.row_count() - 1, 2));
-  show_text("draw list", parser.shapes());
+  show_text("draw list", parser.shapes_json());
   return true;
 }
 
 /// The report names what is wrong and the statement, the first one being 0.
 bool show_error() {
   quor::Parser parser;
-  const quor::Answer report = parser.compile("AVG:MA(C,N);TWICE:AVRAGE(C,N)*2;", parameters);
+  const quor::Report report = parser.compile("AVG:MA(C,N);TWICE:AVRAGE(C,N)*2;", parameters);
   show_text("report", report.text);
   return !report;
 }

@@ -1,9 +1,8 @@
 // quor_advice.hpp - what to tell the author of a script, for hosts in C++17 or later. Header only,
 // over quor_advice.h and quor_parser.hpp; links both libraries.
 //
-//   quor::Parser parser;
-//   const quor::Answer report = parser.compile(script);
-//   for (const quor::Finding& finding : quor::findings(script, report))
+//   quor::Script script("DIF:EMMA(C,12)-EMA(C,26);");
+//   for (const quor::Finding& finding : script.findings())
 //     std::cout << finding.line << ':' << finding.column << ": " << finding.sentence << '\n';
 //
 // Nothing here throws but what the standard library throws when memory runs out.
@@ -16,6 +15,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "quor_advice.h"
@@ -56,13 +56,17 @@ struct Setting {
 
 namespace detail {
 
+inline void set_subject(Parser& parser, const Setting& setting) {
+  parser.set_subject(setting.period == 0 ? period_day : setting.period, setting.security,
+                     setting.market);
+}
+
 /// Compiles on an instance of its own, whatever goes on in the one that the script is used in.
 inline char* compile_again(void* context, const char* script, uint32_t script_length,
                            uint32_t* report_length) {
   const Setting& setting = *static_cast<const Setting*>(context);
   Parser parser;
-  parser.set_subject(setting.period == 0 ? period_day : setting.period, setting.security,
-                     setting.market);
+  set_subject(parser, setting);
   const Text parameters(setting.parameters);
   return get_pre_parse_res(parser.handle(), script, parameters.data, "", script_length,
                            parameters.size, 0, report_length);
@@ -117,6 +121,43 @@ inline std::vector<Finding> findings(std::string_view script, const Answer& repo
     found.push_back(detail::finding_of(*quor_findings_at(all.get(), i)));
   return found;
 }
+
+/// A script with its parser: compiled as soon as it is made, with findings before and behind each
+/// calculation.
+class Script {
+ public:
+  /// Handlers that a compile asks are set on a parser that is handed over.
+  explicit Script(std::string text, Setting setting = {}, Parser parser = {})
+      : text_(std::move(text)), setting_(std::move(setting)), parser_(std::move(parser)) {
+    detail::set_subject(parser_, setting_);
+    report_ = parser_.compile(text_, setting_.parameters);
+  }
+
+  /// Whether it compiled.
+  explicit operator bool() const { return static_cast<bool>(report_); }
+  const std::string& text() const { return text_; }
+  const Report& report() const { return report_; }
+  std::vector<Shape> shapes() const { return parser_.shapes(); }
+  /// For handlers, bars and reading; another script must not be compiled with it.
+  Parser& parser() { return parser_; }
+
+  /// As Parser::calculate; findings tell of the last one.
+  Answer calculate(uint32_t first_row, bool with_signals = false) {
+    answer_ = parser_.calculate(first_row, with_signals);
+    return answer_;
+  }
+
+  std::vector<Finding> findings() const {
+    return quor::findings(text_, report_, setting_, answer_);
+  }
+
+ private:
+  std::string text_;
+  Setting setting_;
+  Parser parser_;
+  Report report_;
+  Answer answer_;
+};
 
 /// The script after a change.
 inline std::string changed(std::string script, const Fix& fix) {

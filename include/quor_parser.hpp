@@ -1,13 +1,15 @@
 // quor_parser.hpp - the parser for hosts in C++17 or later. Header only, over the calls of
-// quor_parser.h, whose rules on order, threads, fields and results hold here, too.
+// quor_parser.h, whose rules on order, threads, fields and results hold here, too. It needs
+// quor_values.hpp beside it, and nothing else to read JSON.
 //
 //   quor::Parser parser;
 //   parser.on_notice([](const quor::Notice& notice) { std::cout << notice.cells << '\n'; });
-//   const quor::Answer report = parser.compile("AVG:MA(C,2);");
+//   const quor::Report report = parser.compile("AVG:MA(C,2);");
 //   if (!report) std::cerr << report.message << " in statement " << report.statement << '\n';
 //   parser.feed({{20240102000000, {{quor::close_column, 12.0}}}});
 //   parser.calculate(0);
-//   const std::vector<double> average = parser.values("AVG");
+//   for (const quor::Line& line : report.lines())
+//     std::cout << line.name << ' ' << parser.values(line.column).back() << '\n';
 //
 // Nothing here throws but what the standard library throws when memory runs out. A text of 4 GiB or
 // more counts as a bad call.
@@ -26,11 +28,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
 #include "quor_parser.h"
+#include "quor_values.hpp"
 
 namespace quor {
 
@@ -45,16 +47,6 @@ inline constexpr uint32_t volume_column = 13;
 /// Period codes; a minute code takes the number of minutes on top.
 inline constexpr uint32_t period_minutes = 0x3000;
 inline constexpr uint32_t period_day = 0x4000;
-
-/// A report of a compile or the answer of a run, by value: true if it went well.
-struct Answer {
-  int code = -1;        ///< 0 for success, -1 if the library gave no answer
-  std::string message;  ///< what the error is about, mostly the word at fault; may be empty
-  int statement = -1;   ///< at which statement, 0 the first one; -1 if none is told
-  std::string text;     ///< the whole as the library gives it, JSON
-
-  explicit operator bool() const { return code == 0; }
-};
 
 /// A cell of a bar; a NaN is a null.
 struct Cell {
@@ -129,54 +121,6 @@ inline std::string_view view(const char* text) { return text == nullptr ? "" : t
 inline std::string take(char* buffer, uint32_t length) {
   const std::unique_ptr<char, decltype(&release_ptr_val)> owner(buffer, &release_ptr_val);
   return owner == nullptr ? std::string() : std::string(buffer, length);
-}
-
-inline int number_at(std::string_view text, size_t place, int otherwise) {
-  int number = otherwise;
-  std::from_chars(text.data() + place, text.data() + text.size(), number);
-  return number;
-}
-
-inline constexpr int named_signal = 8;  ///< codes whose place isn't known
-inline constexpr int exception = 4000;
-
-/// Takes the value of ErrLine: the number of a statement, in a run's answer in quotes, or the text
-/// of an exception in the place of both. A report has 0 where an error has no place.
-inline void take_line(Answer& answer, std::string_view value) {
-  const bool is_text = value.substr(0, 1) == "\"";
-  if (!is_text && (answer.code == named_signal || answer.code == exception)) return;
-  if (is_text) value.remove_prefix(1);
-  value = value.substr(0, value.rfind(is_text ? '"' : '}'));
-  int statement = -1;
-  const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), statement);
-  if (error == std::errc() && end == value.data() + value.size()) {
-    answer.statement = statement;
-  } else if (answer.message.empty()) {
-    answer.message = value;
-  }
-}
-
-/// Reads code, message and statement. Texts aren't escaped, so the message ends at the last place
-/// where the key behind it can stand.
-inline Answer read_answer(std::string text) {
-  constexpr std::string_view code = "\"ErrCode\":";
-  constexpr std::string_view message = "\"ExtraMsg\":\"";
-  constexpr std::string_view statement = "\"ErrLine\":";
-  Answer answer;
-  const size_t code_at = text.find(code);
-  const size_t message_at = text.find(message, code_at);
-  const size_t statement_at = text.rfind(statement);
-  if (message_at != std::string::npos && statement_at != std::string::npos) {
-    answer.code = number_at(text, code_at + code.size(), -1);
-    const size_t begin = message_at + message.size();
-    size_t end = text.rfind("\",\"IsNeedRequestTradeDay\":");
-    if (end == std::string::npos) end = text.rfind("\",\"ErrLine\":");
-    answer.message = text.substr(begin, end - begin);
-    if (answer.code != 0)
-      take_line(answer, std::string_view(text).substr(statement_at + statement.size()));
-  }
-  answer.text = std::move(text);
-  return answer;
 }
 
 inline void write_number(std::string& out, double value) {
@@ -399,21 +343,29 @@ class Parser {
   // ---- Compile ----
 
   /// Compiles a script, and drops all bars. `parameters` and `lines` are JSON.
-  Answer compile(std::string_view script, std::string_view parameters = {},
+  Report compile(std::string_view script, std::string_view parameters = {},
                  std::string_view lines = {}) {
     const detail::Text texts[] = {detail::Text(script), detail::Text(parameters),
                                   detail::Text(lines)};
-    return answer([&](uint32_t* length) {
+    Report report = detail::read_report(answer_text([&](uint32_t* length) {
       return get_pre_parse_res(handle_, texts[0].data, texts[1].data, texts[2].data, texts[0].size,
                                texts[1].size, texts[2].size, length);
-    });
+    }));
+    if (report) report.drawn_lines = drawn_lines();
+    return report;
   }
 
-  /// The words of the functions that the script calls, the ids of the fields and columns that it
-  /// uses, and what it draws: arrays in JSON.
-  std::string functions() const { return text(&get_invoke_functions); }
-  std::string fields() const { return text(&get_parser_variable_fields); }
-  std::string shapes() const { return text(&get_shapes); }
+  /// The words of the functions that the script calls.
+  std::vector<std::string> functions() const {
+    return detail::read_list(text(&get_invoke_functions));
+  }
+  /// The ids of the fields that it reads and of the columns that it declares.
+  std::vector<uint32_t> fields() const {
+    return detail::read_ids(text(&get_parser_variable_fields));
+  }
+  /// What it draws, and the same as the library gives it, JSON.
+  std::vector<Shape> shapes() const { return detail::read_shapes(shapes_json()); }
+  std::string shapes_json() const { return text(&get_shapes); }
 
   // ---- Bars ----
 
@@ -451,9 +403,9 @@ class Parser {
 
   /// Calculates from a row on. Notices and signals are for what happens now: history goes without.
   Answer calculate(uint32_t first_row, bool with_signals = false) {
-    return answer([&](uint32_t* length) {
+    return detail::read_answer(answer_text([&](uint32_t* length) {
       return exec_parser_cal(handle_, first_row, with_signals ? 1 : 0, length);
-    });
+    }));
   }
 
   // ---- Read ----
@@ -520,11 +472,22 @@ class Parser {
   }
 
   template <typename Call>
-  Answer answer(const Call& call) {
+  std::string answer_text(const Call& call) {
     const detail::Entered entered(handlers_.get());
     uint32_t length = 0;
     char* const buffer = call(&length);
-    return detail::read_answer(detail::take(buffer, length));
+    return detail::take(buffer, length);
+  }
+
+  /// A record whose title is the name of its column draws a line; others have titles made for them.
+  std::vector<Line> drawn_lines() const {
+    std::vector<Line> lines;
+    for (const Shape& shape : shapes()) {
+      const bool is_line =
+          shape.title_visible && shape.column && column_of(shape.title) == shape.column;
+      if (is_line) lines.push_back(detail::line_of(shape));
+    }
+    return lines;
   }
 
   std::string text(char* (*call)(int64_t, uint32_t*)) const {

@@ -163,13 +163,10 @@ TEST(AdviceFace, comes_by_value_in_cpp) {
   quor::Setting setting;
   setting.parameters = R"([{"PARAM_NAME":"N","DEFAULT":5}])";
   setting.period = quor::period_minutes + 5;
-  quor::Parser parser;
-  parser.set_subject(setting.period, "", "");
   std::string told;
   // Every finding with a change is mended by its best one.
   for (int rounds = 0; rounds < 3; ++rounds) {
-    const quor::Answer report = parser.compile(script, setting.parameters);
-    const auto findings = quor::findings(script, report, setting);
+    const auto findings = quor::Script(script, setting).findings();
     for (const quor::Finding& finding : findings) {
       told += std::to_string(finding.line) + ':' + std::to_string(finding.column) +
               (finding.is_error ? " error " : " warning ") + std::to_string(finding.code) + ' ' +
@@ -186,6 +183,15 @@ TEST(AdviceFace, comes_by_value_in_cpp) {
                       "1:14 error 2 nothing defines MIA\n1:25" + period.substr(4) + "1:24" +
                       period.substr(4));
   EXPECT_EQ(script, "A:EMA(C,N);B:MA(C,3);D:\"MIN$1$C\";");
+  quor::Script stopped("N:=BARSLAST(C>O)-9;A:STD(C,N);");
+  EXPECT_TRUE(stopped);
+  EXPECT_TRUE(stopped.findings().empty());
+  stopped.parser().feed({{20240102000000, {{quor::close_column, 2}, {quor::open_column, 1}}},
+                         {20240103000000, {{quor::close_column, 1}, {quor::open_column, 2}}}});
+  EXPECT_FALSE(stopped.calculate(0));
+  ASSERT_EQ(stopped.findings().size(), 1U) << "what ended the calculation";
+  EXPECT_EQ(stopped.findings()[0].code, 4000);
+  EXPECT_EQ(stopped.findings()[0].column, 28U);
   EXPECT_EQ(quor::meaning(14), "the statement has no ';' at its end");
   EXPECT_EQ(quor::cure(99), "");
   EXPECT_EQ(quor::laid_out("A:C;"), "A : C;\n");

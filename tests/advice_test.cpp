@@ -150,6 +150,65 @@ TEST(Advice, says_what_a_parameter_can_not_be_called) {
   EXPECT_EQ(told(4), "DATE idle 2:14 the language's own word DATE stands");
 }
 
+/// Lines without a mistake: short chains, each read by a line far below its own.
+std::string sound_lines(size_t first, size_t count) {
+  std::string text;
+  for (size_t i = first; i < first + count; ++i) {
+    const std::string number = std::to_string(i);
+    const std::string far = std::to_string(i - i % 20);
+    text += "ZA" + number + ":=EMA(C,5)" + (i % 20 == 0 ? "" : "-ZA" + far) + ";\n";
+    text += "ZB" + number + ":MA(ZA" + number + ",3),COLORRED;\n";
+  }
+  return text;
+}
+
+struct LongScript {
+  AdviceCase all;
+  size_t compiled_bytes = 0;
+
+  std::vector<std::string> told() {
+    std::vector<std::string> told;
+    for (const Finding& finding : findings_of(all, &compiled_bytes))
+      told.push_back(text_of(finding));
+    return told;
+  }
+};
+
+/// A long script is looked through in pieces. A quote in a comment has it compiled as a whole: both
+/// ways find the same.
+TEST(Advice, finds_in_pieces_what_the_whole_shows) {
+  std::vector<AdviceCase> cases = load_advice_cases(QUOR_ADVICE "/mistakes.txt");
+  std::ranges::copy(load_advice_cases(QUOR_ADVICE "/findings.txt"), std::back_inserter(cases));
+  std::erase_if(cases, [](const AdviceCase& one) { return !one.parameters.empty(); });
+  // The second of a pair reads the first by what is no word of its own.
+  for (const char* const text :
+       {"C>O,BK;", ":=BK,();X:EMMA(C,3);", "M 5:=C;", "B:M 5+1;X:EMMA(C,3);"}) {
+    cases.emplace_back().script = text;
+  }
+  size_t in_pieces = 0;
+  for (size_t i = cases.size() % 2; i + 1 < cases.size(); i += 2) {
+    const std::string text = sound_lines(0, 20) + cases[i].script + '\n' + sound_lines(20, 10) +
+                             cases[i + 1].script + '\n' + sound_lines(40, 5);
+    LongScript script{cases[i]};
+    script.all.script = "{xx}\n" + text;
+    LongScript whole{cases[i]};
+    whole.all.script = "{''}\n" + text;
+    EXPECT_EQ(script.told(), whole.told()) << script.all.script;
+    if (script.compiled_bytes != whole.compiled_bytes) ++in_pieces;
+  }
+  EXPECT_GT(in_pieces, 200U);
+}
+
+/// An answer while one types: the errors of 500 lines cost little more than three compiles.
+TEST(Advice, compiles_little_for_many_errors) {
+  LongScript script;
+  for (size_t i = 0; i < 20; ++i) {
+    script.all.script += sound_lines(i * 12, 12) + "X" + std::to_string(i) + ":EMMA(C,3);\n";
+  }
+  EXPECT_EQ(script.told().size(), 20U);
+  EXPECT_LT(script.compiled_bytes, 4 * script.all.script.size());
+}
+
 /// Advice costs little and ends, whatever the script: here what nests and repeats without end.
 TEST(Advice, takes_any_script) {
   const auto repeated = [](std::string_view text, size_t count) {

@@ -1,6 +1,7 @@
 // The header for hosts in C++: what it makes of answers, bars and handlers.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -10,7 +11,9 @@
 #include <utility>
 #include <vector>
 
+#include "engine/engine.h"
 #include "quor_parser.hpp"
+#include "support/word_statements.h"
 
 namespace {
 
@@ -94,9 +97,91 @@ TEST(CppHeader, TellsWhatAScriptUses) {
   quor::Parser parser;
   parser.add_field("SPREADHPP", 4711);
   ASSERT_TRUE(parser.compile("MA(SPREADHPP,2),NOTICE('n');"));
-  EXPECT_EQ(parser.functions(), R"(["MA","NOTICE"])");
-  EXPECT_NE(parser.fields().find("4711"), std::string::npos);
-  EXPECT_NE(parser.shapes().find("NoticeShape"), std::string::npos);
+  EXPECT_EQ(parser.functions(), (std::vector<std::string>{"MA", "NOTICE"}));
+  EXPECT_EQ(parser.fields(), (std::vector<uint32_t>{199, 4711}));
+}
+
+TEST(CppHeader, ReportsTellWhatIsNeededAndDrawn) {
+  quor::Parser parser;
+  const quor::Report report = parser.compile(
+      "A:MA(C,20),COLORRED,LINETHICK2,PRECIS3; B:=O; D:\"600000$HIGH\",COLORSTICK; E:REF(A,1),DOT;"
+      "F:C,CIRCLEDOT,COLORBLUE; POLYLINE(C>O,L,COLORRED); C>O,NOTICE('n'); "
+      "G:GETPRICE('NEW')+DATE;");
+  ASSERT_TRUE(report) << report.text;
+  EXPECT_EQ(report.look_back, 20);
+  EXPECT_TRUE(report.has_notices);
+  EXPECT_TRUE(report.needs_calendar);
+  EXPECT_FALSE(report.needs_market_constants);
+  for (const uint32_t field : {7U, 9U, quor::close_column})
+    EXPECT_EQ(std::count(report.fields.begin(), report.fields.end(), field), 1) << field;
+
+  ASSERT_EQ(report.references.size(), 2U);
+  EXPECT_EQ(report.references[0].kind, quor::Reference::Kind::security);
+  EXPECT_EQ(report.references[0].source, "600000");
+  EXPECT_EQ(report.references[0].field, "8");
+  EXPECT_EQ(report.references[1].kind, quor::Reference::Kind::quote);
+  EXPECT_NE(report.references[0].column, report.references[1].column);
+
+  std::string lines;
+  for (const quor::Line& line : report.lines()) {
+    EXPECT_EQ(line.column, parser.column_of(line.name)) << line.name;
+    EXPECT_TRUE(line.marks) << line.name;
+    lines += line.name + ' ' + line.form + ' ' + line.colour + ' ' + line.dash + ' ' +
+             std::to_string(static_cast<int>(line.width)) + ' ' + std::to_string(line.digits) +
+             '\n';
+  }
+  EXPECT_EQ(lines,
+            "A Polyline TempBrushKey.#CC3030 SOLIDLINE 2 3\n"
+            "D Line Brush.Red6  1 -1\n"
+            "E Polyline Brush.Cyan7 DOT 1 -1\n"
+            "F TextShape TempBrushKey.#19A0FF  -1 -1\n"
+            "G Polyline Brush.Green7 SOLIDLINE 1 -1\n");
+
+  const quor::Report failed = parser.compile("A:C;B:AVRAGE(C);");
+  EXPECT_TRUE(failed.lines().empty() && failed.fields.empty());
+  EXPECT_EQ(failed.message, "AVRAGE");
+}
+
+/// The reader of the header gives what the engine has, whatever stands in the texts of a script.
+TEST(CppHeader, ReadsDrawingRecordsAsTheyAre) {
+  std::vector<std::string> scripts = {
+      "A:C;B:\"600000$HIGH\">C,NOTICE('x');",
+      R"(C>O,NOTICE('a"},{"b');DRAWTEXT(C>O,L,'{"x":1,[]}\');)",
+      R"(DRAWTEXT(C>O,L,'"');DRAWTEXT(C>O,L,'"');)",
+  };
+  for (const std::string_view word : quor::OutputFunctionSet())
+    scripts.push_back("A:C;" + quor_test::statement_of(word));
+  size_t compared = 0;
+  for (const std::string& source : scripts) {
+    const quor::engine::Script script(source);
+    std::string text = "[";
+    for (const std::string& record : script.shapes()) text += (text == "[" ? "" : ",") + record;
+    const std::vector<quor::Shape> shapes = quor::detail::read_shapes(text + ']');
+    const std::vector<quor::engine::Record> records = script.records();
+    ASSERT_EQ(shapes.size(), records.size()) << source;
+    for (size_t i = 0; i < shapes.size(); ++i) {
+      EXPECT_EQ(shapes[i].texts, records[i].texts) << source;
+      ASSERT_EQ(shapes[i].numbers.size(), records[i].numbers.size()) << source;
+      for (size_t j = 0; j < shapes[i].numbers.size(); ++j) {
+        EXPECT_EQ(shapes[i].numbers[j].first, records[i].numbers[j].first);
+        EXPECT_NEAR(shapes[i].numbers[j].second, records[i].numbers[j].second, 1e-6) << source;
+      }
+      ++compared;
+    }
+  }
+  EXPECT_GT(compared, 80U);
+}
+
+/// Whatever a text is, reading it ends within it.
+TEST(CppHeader, ReadsWhatIsNoDrawList) {
+  const std::string whole = R"([{"TitleVisible":1,"Field1Text":"a","Digit":2},{"Style":"x"}])";
+  EXPECT_EQ(quor::detail::read_shapes(whole).size(), 2U);
+  for (size_t size = 0; size < whole.size(); ++size) {
+    EXPECT_LE(quor::detail::read_shapes(std::string_view(whole).substr(0, size)).size(), 2U);
+    EXPECT_LE(quor::detail::read_shapes(std::string_view(whole).substr(size)).size(), 2U);
+    EXPECT_EQ(quor::detail::read_report(whole.substr(size)).code, -1);
+  }
+  EXPECT_TRUE(quor::detail::read_list("[1,2").empty());
 }
 
 TEST(CppHeader, HandlersBelongToTheirParser) {

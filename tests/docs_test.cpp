@@ -194,6 +194,17 @@ TEST(Docs, cookbook_shows_every_sample) {
   EXPECT_EQ(samples, fenced_scripts(page).size());
 }
 
+/// The front page shows a sample without its comments, beside its picture.
+TEST(Docs, front_page_shows_a_sample) {
+  std::string script;
+  for (const std::string& line : lines_of(text_of(QUOR_SAMPLES "/cookbook/donchian.quor"))) {
+    if (!line.starts_with("//")) script += line + '\n';
+  }
+  const std::string page = text_of(QUOR_DOCS "/../README.md");
+  EXPECT_EQ(fenced_scripts(page), std::vector<std::string>{script});
+  EXPECT_NE(page.find("gallery/donchian-"), absent);
+}
+
 /// "TempBrushKey.#CC3030": the value behind the key that a script's line has.
 std::string colour_value(const std::string& word) {
   TestHost host;

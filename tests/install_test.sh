@@ -37,6 +37,9 @@ expected=$(cat "$examples/session.txt")
 }
 same "$(by-cmake/session)" "$expected" "the client in C built by CMake"
 same "$(by-cmake/session_cpp)" "$expected" "the client in C++ built by CMake"
+if [ -e "$libraries/libquor_engine.a" ]; then
+  same "$(by-cmake/arrays)" "$(cat "$examples/arrays.txt")" "the client of the engine"
+fi
 same "$(by-cmake/advice)" "$(cat "$examples/advice.txt")" "the client of advice built by CMake"
 
 export PKG_CONFIG_PATH="$libraries/pkgconfig"

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Installs what is missing, builds, with the page of the studio, and makes the packages in dist/. Prints
-# their names.
+# Installs what is missing, builds, with the page of the studio and the manual, and makes the packages
+# in dist/. Prints their names.
 #   tools/package.sh            packages for Debian and an archive for any Linux
 #   tools/package.sh arm64      the same for 64-bit ARM
 #   tools/package.sh windows    an archive
@@ -24,6 +24,7 @@ case $preset in
   *) need_packages $build_packages $host_packages $package_packages ;;
 esac
 tools/build-web.sh >&2 || die "the page of the studio could not be built"
+tools/build-manual.sh >&2 || die "the manual could not be made"
 
 # make GENERATOR LIBDIR: each system has its own folder for libraries.
 make() {

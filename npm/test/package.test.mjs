@@ -44,6 +44,13 @@ test('the programs of the README print what it says', () => {
   assert.deepEqual(run('readme.mjs', programs.join('\n')).trim().split('\n'), said);
 });
 
+test('the live client prints what those of other languages print', () => {
+  const example = (name) =>
+    readFileSync(new URL(`../../examples/${name}`, import.meta.url), 'utf8');
+  const printed = run('live.mjs', example('live.mjs'), example('live.csv'));
+  assert.equal(printed, example('live.txt'));
+});
+
 test('the worker of the README answers', () => {
   const worker = blocks.find((block) => block.includes('onmessage'));
   const stage = `let answer;

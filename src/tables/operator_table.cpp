@@ -1,6 +1,7 @@
 #include "tables/operator_table.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 namespace quor {
@@ -34,14 +35,25 @@ constexpr OperatorRow OperatorRankTable[] = {
     {"||", op_or},
 };
 
+/// Whether each byte alone is a sign. Compiling asks that of every byte of a statement.
+constexpr auto is_sign = [] {
+  std::array<bool, 256> bytes{};
+  for (const OperatorRow& row : OperatorRankTable) {
+    if (row.sign.size() == 1) bytes[static_cast<unsigned char>(row.sign[0])] = true;
+  }
+  return bytes;
+}();
+
 }  // namespace
 
 std::optional<OpCode> operator_code(std::string_view sign) {
+  // Every sign begins with a byte that is one.
+  if (sign.empty() || !is_operator_sign(sign[0])) return std::nullopt;
   const auto row = std::ranges::find(OperatorRankTable, sign, &OperatorRow::sign);
   if (row == std::end(OperatorRankTable)) return std::nullopt;
   return row->code;
 }
 
-bool is_operator_sign(char sign) { return operator_code({&sign, 1}).has_value(); }
+bool is_operator_sign(char sign) { return is_sign[static_cast<unsigned char>(sign)]; }
 
 }  // namespace quor

@@ -1,17 +1,17 @@
 #include "vocabulary/registry.h"
 
-#include <functional>
-#include <map>
 #include <memory>
 #include <mutex>
-#include <string>
+#include <string_view>
+#include <unordered_map>
 
 #include "vocabulary/families.h"
 
 namespace quor {
 namespace {
 
-using Registry = std::map<std::string, std::unique_ptr<BaseFunc>, std::less<>>;
+/// By words of the families' tables, which last as long as the program.
+using Registry = std::unordered_map<std::string_view, std::unique_ptr<BaseFunc>>;
 
 std::once_flag built;
 Registry registry;

@@ -145,7 +145,8 @@ std::vector<AdviceCase> load_advice_cases(const std::string& path) {
   return cases;
 }
 
-std::vector<quor_advice::Finding> findings_of(const AdviceCase& advice_case) {
+std::vector<quor_advice::Finding> findings_of(const AdviceCase& advice_case,
+                                              size_t* compiled_bytes) {
   TestHost host;
   host.set_info(advice_case.period, "600000", "TEST");
   const std::string report = report_of(host, advice_case.script, advice_case.parameters);
@@ -159,7 +160,8 @@ std::vector<quor_advice::Finding> findings_of(const AdviceCase& advice_case) {
                            .run = {},
                            .supply = advice_case.supply,
                            .compile = {}};
-  input.compile = [&advice_case](std::string_view script) {
+  input.compile = [&advice_case, compiled_bytes](std::string_view script) {
+    if (compiled_bytes != nullptr) *compiled_bytes += script.size();
     TestHost other;
     other.set_info(advice_case.period, "600000", "TEST");
     return report_of(other, script, advice_case.parameters);

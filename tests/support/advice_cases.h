@@ -44,8 +44,9 @@ class TestHost;
 /// The library's report as it is.
 std::string report_of(const TestHost& host, std::string_view script, std::string_view parameters);
 
-/// Compiles, runs if the case says so, and asks for advice.
-std::vector<quor_advice::Finding> findings_of(const AdviceCase& advice_case);
+/// Compiles, runs if the case says so, and asks for advice. What that compiles besides is counted.
+std::vector<quor_advice::Finding> findings_of(const AdviceCase& advice_case,
+                                              size_t* compiled_bytes = nullptr);
 
 /// A finding as it stands in the files, without the "> " in front.
 std::string text_of(const quor_advice::Finding& finding);

@@ -1,0 +1,16 @@
+include(${CMAKE_CURRENT_LIST_DIR}/quor_parser-targets.cmake)
+
+# The libraries need no component to be named; `engine` is one.
+foreach(component IN LISTS quor_parser_FIND_COMPONENTS)
+  set(quor_parser_${component}_FOUND FALSE)
+  if(component STREQUAL engine)
+    include(${CMAKE_CURRENT_LIST_DIR}/quor_parser-engine.cmake OPTIONAL RESULT_VARIABLE found)
+    if(found)
+      set(quor_parser_engine_FOUND TRUE)
+    endif()
+  endif()
+  if(quor_parser_FIND_REQUIRED_${component} AND NOT quor_parser_${component}_FOUND)
+    set(quor_parser_FOUND FALSE)
+    set(quor_parser_NOT_FOUND_MESSAGE "this installation of quor_parser has no component ${component}")
+  endif()
+endforeach()
