@@ -15,6 +15,7 @@ import { PeriodMenu } from './panels/period.ts';
 import { Play } from './panels/play.ts';
 import { SaveDialog } from './panels/save.ts';
 import { Scan } from './panels/scan.ts';
+import { bindScale } from './panels/scale.ts';
 import { Securities } from './panels/securities.ts';
 import { numberText, Sliders } from './panels/sliders.ts';
 import { Tabs } from './panels/tabs.ts';
@@ -128,6 +129,7 @@ export class Studio {
     this.period = new PeriodMenu(byId('period', HTMLSelectElement), language.periods, () => {
       if (this.wanted) void this.open(this.wanted);
     });
+    bindScale((name) => this.pipeline.chart.setScale(name));
     this.bindButtons(fail, this.makeSaveDialog(shelf));
   }
 

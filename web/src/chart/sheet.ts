@@ -48,6 +48,12 @@ export class Sheet {
     return this.view.step === 1 ? this.view.valueAt(closeField, this.view.rows - 2) : NaN;
   }
 
+  /** Of the bars from a row on; NaN without one. */
+  firstClose(from: number): number {
+    const { begin } = this.view.slots(from, this.view.to);
+    return this.view.track(closeField).first.subarray(begin).find(Number.isFinite) ?? NaN;
+  }
+
   /** The date and time of a row that is loaded. */
   timeText(row: number): string {
     const slot = Math.floor((row - this.view.from) / this.view.step);
