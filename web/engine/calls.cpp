@@ -12,6 +12,7 @@
 #include "library.h"
 #include "player.h"
 #include "shown.h"
+#include "why.h"
 #include "window.h"
 
 namespace quor_host {
@@ -63,6 +64,19 @@ std::string values(Desk& desk, const Json& call, std::string_view /*body*/) {
   return json_text(values_json(desk, row_of(call, "row", all)));
 }
 
+std::string why(Desk& desk, const Json& call, std::string_view /*body*/) {
+  return json_text(why_json(desk, row_of(call, "line", all), row_of(call, "row", all)));
+}
+
+/// The row of a key, or the last one before it.
+std::string row(Desk& desk, const Json& call, std::string_view /*body*/) {
+  const auto& keys = desk.bars().keys;
+  const auto key = static_cast<int64_t>(number_of(call, "key").value_or(0.0));
+  const auto behind = std::ranges::upper_bound(keys, key);
+  if (behind == keys.begin()) throw Refusal(404, "there is no such bar");
+  return json_text({{"row", behind - keys.begin() - 1}});
+}
+
 std::string events(Desk& desk, const Json& call, std::string_view /*body*/) {
   const size_t since = row_of(call, "since", 0);
   const size_t limit = count_of(call, "limit", 1000, 0, 10000);
@@ -108,8 +122,8 @@ struct Row {
 constexpr Row rows[] = {
     {"library", library}, {"bars", bars}, {"script", script},   {"subject", subject},
     {"other", other},     {"view", view}, {"records", records}, {"values", values},
-    {"events", events},   {"play", play}, {"step", step},       {"stop", stop},
-    {"csv", csv},
+    {"why", why},         {"row", row},   {"events", events},   {"play", play},
+    {"step", step},       {"stop", stop}, {"csv", csv},
 };
 
 }  // namespace

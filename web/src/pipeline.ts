@@ -20,6 +20,8 @@ export interface PipelineEvents {
   /** What to calculate. */
   take: () => { script: string; parameters: Parameter[] };
   answered: (answer: ScriptAnswer) => void;
+  pointed: (row: number) => void;
+  clicked: (row: number) => void;
   fail: (error: unknown) => void;
 }
 
@@ -41,6 +43,8 @@ export class Pipeline {
       sight: () => this.load(),
       drawn: () => this.root.dispatchEvent(new CustomEvent('drawn')),
       values: (row) => this.valuesAt(row),
+      pointed: events.pointed,
+      clicked: events.clicked,
     });
     this.loader = new Loader(session, (loaded) => this.draw(loaded), events.fail);
     this.calculation = new Calculation(

@@ -19,6 +19,7 @@ import { bindScale } from './panels/scale.ts';
 import { Securities } from './panels/securities.ts';
 import { numberText, Sliders } from './panels/sliders.ts';
 import { Tabs } from './panels/tabs.ts';
+import { Values } from './panels/values.ts';
 import { Pipeline } from './pipeline.ts';
 import type { Shelf } from './shelf.ts';
 import type { Beginning } from './start.ts';
@@ -33,6 +34,7 @@ const sample = 'index-daily';
 const tabs = [
   { id: 'securities', title: 'Securities' },
   { id: 'events', title: 'Events' },
+  { id: 'values', title: 'Values' },
   { id: 'data', title: 'Data' },
   { id: 'scan', title: 'Scan' },
 ];
@@ -48,6 +50,7 @@ export class Studio {
   private readonly sliders: Sliders;
   private readonly securities: Securities;
   private readonly events: Events;
+  private readonly values: Values;
   private readonly data: Data;
   /** Securities that a script asked for, whether they could be had or not. */
   private readonly sought = new Set<string>();
@@ -90,6 +93,8 @@ export class Studio {
     this.pipeline = new Pipeline(session, language, this.looks.name, {
       take: () => ({ script: this.editor.take(), parameters: this.parameterList }),
       answered: (answer) => this.show(answer),
+      pointed: (row) => this.values.point(row),
+      clicked: (row) => this.values.hold(row),
       fail,
     });
     this.findings = new Findings(byId('findings', HTMLElement), (finding) =>
@@ -101,8 +106,9 @@ export class Studio {
       remove: (name) => this.setParameter(name, undefined),
     });
     this.tabs = new Tabs(byId('drawer', HTMLElement), byId('tabs', HTMLElement), this.tabList, () =>
-      this.refreshEvents(),
+      this.followTabs(),
     );
+    this.values = new Values(this.tabs.panel('values'), session, fail);
     this.securities = new Securities(
       this.tabs.panel('securities'),
       this.names,
@@ -185,6 +191,7 @@ export class Studio {
     setText(this.times, answer.sound ? timesText(answer.times) : '');
     this.tellMissing(drawn);
     this.data.show(drawn);
+    this.values.take(drawn);
     this.seekOthers(drawn);
     if (this.play.isOn) return;
     this.areEventsOld = true;
@@ -282,6 +289,11 @@ export class Studio {
     document.title = `${bars.name} – quor studio`;
     this.pipeline.takeBars(bars);
     this.writing.keep();
+  }
+
+  private followTabs(): void {
+    this.values?.setOpen(this.tabs.isOpen('values'));
+    this.refreshEvents();
   }
 
   private refreshEvents(): void {

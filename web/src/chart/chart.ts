@@ -25,6 +25,10 @@ export interface ChartEvents {
   drawn: (sheet: Sheet) => void;
   /** Values of columns at a row of which several share a slot. */
   values: (row: number) => Promise<ReadonlyMap<number, number> | undefined>;
+  /** The crosshair is at a row. */
+  pointed: (row: number) => void;
+  /** A row was clicked. */
+  clicked: (row: number) => void;
 }
 
 export class Chart {
@@ -55,6 +59,9 @@ export class Chart {
       zoom: (factor, left) =>
         this.setSight(zoomed(this.sight, factor, this.placeAt(left), this.rows)),
       reset: () => this.setSight(newest(usualBars, this.rows)),
+      click: () => {
+        if (this.row !== undefined) this.events.clicked(this.row);
+      },
     });
     root.addEventListener('keydown', (event) => this.followKey(event));
   }
@@ -233,6 +240,7 @@ export class Chart {
 
   private pointAt(row: number | undefined): void {
     this.row = row;
+    if (row !== undefined) this.events.pointed(row);
     this.showLegends();
     if (row !== undefined && this.sheet && this.sheet.view.step > 1) void this.askForValues(row);
   }

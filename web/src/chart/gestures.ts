@@ -6,6 +6,8 @@ export interface Gestures {
   /** A factor below 1 shows less; `left` is in pixels from the left edge. */
   zoom: (factor: number, left: number) => void;
   reset: () => void;
+  /** Without moving. */
+  click: () => void;
 }
 
 /** A wheel may count in lines or pages. */
@@ -31,10 +33,12 @@ function followWheel(root: HTMLElement, gestures: Gestures): void {
 
 export function followGestures(root: HTMLElement, gestures: Gestures): void {
   const pointers = new Map<number, number>();
+  let hasMoved = false;
   followWheel(root, gestures);
   root.addEventListener('dblclick', () => gestures.reset());
   root.addEventListener('pointerdown', (event) => {
     if (event.button !== 0) return;
+    hasMoved = false;
     pointers.set(event.pointerId, event.clientX);
     root.setPointerCapture(event.pointerId);
     root.classList.add('dragging');
@@ -42,6 +46,7 @@ export function followGestures(root: HTMLElement, gestures: Gestures): void {
   root.addEventListener('pointermove', (event) => {
     const before = pointers.get(event.pointerId);
     if (before === undefined) return;
+    hasMoved ||= event.clientX !== before;
     const other = [...pointers].find(([id]) => id !== event.pointerId)?.[1];
     pointers.set(event.pointerId, event.clientX);
     if (other === undefined) {
@@ -50,6 +55,9 @@ export function followGestures(root: HTMLElement, gestures: Gestures): void {
     }
     const [was, is] = [Math.abs(before - other), Math.abs(event.clientX - other)];
     if (was > 8 && is > 8) gestures.zoom(was / is, other - root.getBoundingClientRect().left);
+  });
+  root.addEventListener('click', () => {
+    if (!hasMoved) gestures.click();
   });
   const release = (event: PointerEvent) => {
     pointers.delete(event.pointerId);

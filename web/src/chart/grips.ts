@@ -19,6 +19,7 @@ function followDrag(grip: HTMLElement, drag: (pixels: number) => void, reset: ()
   });
   for (const end of ['pointerup', 'pointercancel'] as const)
     grip.addEventListener(end, () => (last = undefined));
+  grip.addEventListener('click', (event) => event.stopPropagation());
   grip.addEventListener('dblclick', (event) => {
     event.stopPropagation();
     reset();

@@ -68,7 +68,7 @@ const logarithmic: Scale = {
   ticks: (values, height, isWhole, measures) =>
     values.high < nearlyEven * values.low
       ? linear.ticks(values, height, isWhole, measures)
-      : loggedTicks(values, height, isWhole, measures.tickRoom),
+      : loggedTicks(values, height, isWhole, 2 * measures.leastTickRoom),
   text: shortText,
 };
 
@@ -105,7 +105,7 @@ function percentOf(base: number): Scale {
         text: signed(tickText(value, step, reachOf(shares))),
       }));
     },
-    text: (value) => signed(share(value).toFixed(2)),
+    text: (value) => signed(share(value).toFixed(Math.abs(share(value)) < 100 ? 2 : 0)),
   };
 }
 

@@ -13,6 +13,7 @@ import type {
   StepAnswer,
   Subject,
   ValuesAnswer,
+  WhyAnswer,
 } from './types.ts';
 import { readView } from './view_answer.ts';
 
@@ -126,6 +127,16 @@ export class Session {
 
   values(row: number): Promise<ValuesAnswer> {
     return this.get({ call: 'values', row });
+  }
+
+  /** Why a line of the script has no value at a row. */
+  why(line: number, row: number): Promise<WhyAnswer> {
+    return this.get({ call: 'why', line, row });
+  }
+
+  /** The row of a key, or the last one before it. */
+  async rowOf(key: number): Promise<number> {
+    return (await this.get<{ row: number }>({ call: 'row', key })).row;
   }
 
   events(since: number, limit: number): Promise<EventsAnswer> {

@@ -1,0 +1,153 @@
+// All values at the crosshair in a table, those that aren't drawn, too, and why there is none.
+import { element, setText } from '../dom.ts';
+import type { Session } from '../engine/session.ts';
+import type { Drawn, ValuesAnswer } from '../engine/types.ts';
+import { numberText } from './sliders.ts';
+
+interface Row {
+  name: string;
+  value: HTMLElement;
+  why?: HTMLButtonElement;
+}
+
+const shown = (value: number | null | undefined): string =>
+  value === null || value === undefined ? 'null' : numberText(value);
+
+export class Values {
+  private readonly head = element('span', { class: 'hint', id: 'values-place' });
+  private readonly follow = element(
+    'button',
+    { type: 'button', id: 'values-follow', hidden: true },
+    'Follow the crosshair',
+  );
+  private readonly list = element('ul', { class: 'value-list', 'aria-label': 'Values at the bar' });
+  private readonly reason = element('ol', { class: 'reason', 'aria-label': 'Why it is null' });
+  private lines: Row[] = [];
+  private fields: Row[] = [];
+  private names = '';
+  /** What is wanted, and what is seen. */
+  private row: number | undefined;
+  private seen: number | undefined;
+  private isHeld = false;
+  private isBusy = false;
+  private isOpen = false;
+
+  constructor(
+    root: HTMLElement,
+    private readonly session: Session,
+    private readonly fail: (error: unknown) => void,
+  ) {
+    const said = element('div', { role: 'status', class: 'said' }, this.reason);
+    root.append(
+      element('div', { class: 'bar' }, this.head, this.follow),
+      element('div', { class: 'sides' }, this.list, said),
+    );
+    this.follow.addEventListener('click', () => this.hold(undefined));
+  }
+
+  /** Other values are there, of `rows` bars. */
+  take({ lines, rows }: Drawn): void {
+    const names = JSON.stringify(lines);
+    if (names !== this.names) this.makeLines(lines);
+    this.names = names;
+    if (this.row === undefined || this.row >= rows) this.hold(undefined);
+    this.row = Math.min(this.row ?? rows - 1, rows - 1);
+    this.refresh();
+  }
+
+  /** The crosshair is at a row. */
+  point(row: number): void {
+    if (this.isHeld || row === this.row) return;
+    this.row = row;
+    this.refresh();
+  }
+
+  /** From here on the values are those of a row; without one those at the crosshair. */
+  hold(row: number | undefined): void {
+    this.isHeld = row !== undefined;
+    this.follow.hidden = !this.isHeld;
+    if (row === undefined) return;
+    this.row = row;
+    this.refresh();
+  }
+
+  setOpen(isOpen: boolean): void {
+    this.isOpen = isOpen;
+    this.refresh();
+  }
+
+  private refresh(): void {
+    if (this.isOpen && !this.isBusy) void this.load();
+  }
+
+  /** One request at a time, and after it the newest row that was wanted. */
+  private async load(): Promise<void> {
+    this.isBusy = true;
+    try {
+      for (let row = this.row; row !== undefined && row >= 0;) {
+        const names = this.names;
+        this.show(await this.session.values(row));
+        if (row === this.row && names === this.names) break;
+        row = this.row;
+      }
+    } catch {
+      // Other bars are on their way, and their values with them.
+    } finally {
+      this.isBusy = false;
+    }
+  }
+
+  private show({ row, text, fields, names, lines }: ValuesAnswer): void {
+    setText(this.head, `${text}, row ${row}${this.isHeld ? ', held' : ''}`);
+    if (row !== this.seen) this.reason.replaceChildren();
+    this.seen = row;
+    if (lines.length !== this.lines.length) return; // a newer script is on its way
+    lines.forEach((value, i) => {
+      setText(this.lines[i].value, shown(value));
+      this.lines[i].why!.hidden = value !== null;
+    });
+    const ids = Object.keys(fields);
+    if (ids.map((id) => names[id]).join() !== this.fields.map(({ name }) => name).join())
+      this.makeFields(ids.map((id) => names[id]));
+    ids.forEach((id, i) => setText(this.fields[i].value, shown(fields[id])));
+  }
+
+  private makeLines(lines: Drawn['lines']): void {
+    this.reason.replaceChildren();
+    this.lines = lines.map(({ name }, i) => {
+      const why = element(
+        'button',
+        { type: 'button', class: 'quiet', 'aria-label': `Why is ${name} null?`, hidden: true },
+        'Why?',
+      );
+      why.addEventListener('click', () => void this.ask(i));
+      return { name, why, value: element('span', { class: 'value' }) };
+    });
+    this.layOut(lines.map(({ drawn }) => drawn));
+  }
+
+  private makeFields(names: readonly string[]): void {
+    this.fields = names.map((name) => ({ name, value: element('span', { class: 'value' }) }));
+    this.layOut(this.lines.map(({ value }) => !value.parentElement?.classList.contains('between')));
+  }
+
+  private layOut(areDrawn: readonly boolean[]): void {
+    const itemOf = ({ name, value, why }: Row, kind: string) =>
+      element('li', { class: kind }, element('span', { class: 'name' }, name), value, why);
+    this.list.replaceChildren(
+      ...this.lines.map((row, i) => itemOf(row, areDrawn[i] ? 'drawn' : 'between')),
+      ...this.fields.map((row) => itemOf(row, 'field')),
+    );
+  }
+
+  private async ask(line: number): Promise<void> {
+    if (this.seen === undefined) return;
+    try {
+      const { row, sentences } = await this.session.why(line, this.seen);
+      if (row !== this.seen) return;
+      this.reason.replaceChildren(...sentences.map((sentence) => element('li', {}, sentence)));
+    } catch (error) {
+      this.fail(error);
+    }
+  }
+}
