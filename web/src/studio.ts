@@ -5,7 +5,9 @@ import { Editor } from './editor/editor.ts';
 import { Ended } from './engine/line.ts';
 import { Session } from './engine/session.ts';
 import type { BarsAnswer, Drawn, Parameter, ScriptAnswer, Slider } from './engine/types.ts';
+import { fromPicture, intoPicture } from './link.ts';
 import { Looks } from './looks.ts';
+import { Alarms } from './panels/alarms.ts';
 import { Data } from './panels/data.ts';
 import { Events } from './panels/events.ts';
 import { Findings } from './panels/findings.ts';
@@ -55,6 +57,7 @@ export class Studio {
   /** Securities that a script asked for, whether they could be had or not. */
   private readonly sought = new Set<string>();
   private readonly play: Play;
+  private readonly alarms: Alarms;
   private readonly tabs: Tabs;
   private readonly writing: Writing;
   private readonly times = byId('times', HTMLElement);
@@ -126,11 +129,12 @@ export class Studio {
     if (this.hasFolder) {
       new Scan(this.tabs.panel('scan'), {
         script: () => ({ script: this.editor.text, parameters: this.parameterList }),
-        open: (security) => void this.open({ security }),
+        open: (security, key) => void this.openAt(security, key).catch(fail),
         fail,
       });
     }
     this.play = this.makePlay(fail);
+    this.alarms = new Alarms(byId('play', HTMLElement));
     this.editor.setDark(this.looks.name === 'dark');
     this.period = new PeriodMenu(byId('period', HTMLSelectElement), language.periods, () => {
       if (this.wanted) void this.open(this.wanted);
@@ -273,6 +277,21 @@ export class Studio {
     }
   }
 
+  /** With the crosshair at the bar of a key. */
+  private async openAt(security: string, key: number): Promise<void> {
+    const source = { security };
+    await this.open(source);
+    if (this.source === source) this.pipeline.chart.showRow(await this.session.rowOf(key));
+  }
+
+  /** Has the script and the parameters of a picture that was saved here. */
+  private async takePicture(file: File): Promise<void> {
+    const shared = fromPicture(new Uint8Array(await file.arrayBuffer()));
+    if (!shared) throw new Error('this picture holds no script');
+    this.writing.takeShared(file.name.replace(/\.png$/i, ''), shared);
+    tell(`Script and parameters of ${file.name}`);
+  }
+
   private async read(source: Source): Promise<{ name: string; content: Blob }> {
     if ('file' in source) return { name: source.file.name, content: source.file };
     const name = source.security;
@@ -317,6 +336,7 @@ export class Studio {
       },
       begun: (answer) => {
         this.events.clear('While bars are played');
+        this.alarms.forget();
         this.tabs.show('events');
         void this.pipeline.takeStep(answer);
       },
@@ -325,6 +345,7 @@ export class Studio {
           this.events.add(events);
           if (final) this.events.closeBar(row);
         }
+        this.alarms.take(answer.steps);
         await this.pipeline.takeStep(answer);
       },
       ended: (answer) => {
@@ -352,10 +373,15 @@ export class Studio {
         zoom: (factor) => this.pipeline.chart.zoom(factor),
         showAll: () => this.pipeline.chart.showAll(),
         copyLink: () => this.copyLink(),
-        savePicture: async () =>
-          saveFile(`${this.fileName}.png`, await this.pipeline.chart.picture()),
+        savePicture: async () => {
+          const picture = await this.pipeline.chart.picture();
+          saveFile(`${this.fileName}.png`, await intoPicture(picture, this.writing.shared));
+        },
         saveCsv: async () => saveFile(`${this.fileName}.csv`, await this.session.csv()),
-        openFile: (file) => void this.open({ file }),
+        openFile: (file) => {
+          if (file.type === 'image/png') this.takePicture(file).catch(fail);
+          else void this.open({ file });
+        },
         fail,
       },
       dialog,

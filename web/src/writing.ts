@@ -119,7 +119,7 @@ export class Writing {
 
   /** Has the address bar show a link to what is seen. */
   async showLink(): Promise<void> {
-    this.link = await toFragment({ script: this.editor.text, ...this.events.setting() });
+    this.link = await toFragment(this.shared);
     history.replaceState(null, '', this.link);
     this.keep();
   }
@@ -166,9 +166,18 @@ export class Writing {
 
   private async openLink(): Promise<void> {
     const shared = await this.readLink();
-    if (!shared) return;
+    if (shared) this.takeShared('link', shared);
+  }
+
+  /** Opens what somebody has handed on. */
+  takeShared(name: string, shared: Shared): void {
     this.events.linked(shared);
-    this.scripts.openOther('link', shared.script);
+    this.scripts.openOther(name, shared.script);
     this.editor.focus();
+  }
+
+  /** What a link or a picture hands on. */
+  get shared(): Shared {
+    return { script: this.editor.text, ...this.events.setting() };
   }
 }
