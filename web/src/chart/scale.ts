@@ -72,22 +72,21 @@ const logarithmic: Scale = {
   text: shortText,
 };
 
-/** Round values first: those of a coarser step stand, and finer ones where they leave room. */
+/** Powers of ten first, then the multiples of ever finer steps, each where it has room. */
 function loggedTicks(values: Values, height: number, isWhole: boolean, room: number): Tick[] {
   const { low, high } = values;
   const pixels = height / Math.log(high / low);
   const ticks: Tick[] = [];
+  const add = (value: number, step: number) => {
+    const isNear = (other: Tick) => Math.abs(Math.log(value / other.value)) * pixels < room;
+    if (!ticks.some(isNear)) ticks.push({ value, text: tickText(value, step, reachOf(values)) });
+  };
   const finest = isWhole ? Math.max(low / 50, 1) : low / 50;
-  for (let power = 10 ** Math.ceil(Math.log10(high)); power >= finest; power /= 10) {
-    for (const step of [power, power / 2, power / 5]) {
-      if (step < finest) break;
-      for (const value of multiples(step, low, high)) {
-        const hasRoom = ticks.every(
-          (other) => Math.abs(Math.log(value / other.value)) * pixels >= room,
-        );
-        if (hasRoom) ticks.push({ value, text: tickText(value, step, reachOf(values)) });
-      }
-    }
+  const highest = 10 ** Math.floor(Math.log10(high));
+  for (let power = highest; power >= low; power /= 10) add(power, power);
+  for (let power = highest; power >= finest; power /= 10) {
+    for (const step of [power, power / 2, power / 5].filter((step) => step >= finest))
+      for (const value of multiples(step, low, high)) add(value, step);
   }
   return ticks.sort((one, other) => one.value - other.value);
 }
