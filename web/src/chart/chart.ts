@@ -59,8 +59,9 @@ export class Chart {
       zoom: (factor, left) =>
         this.setSight(zoomed(this.sight, factor, this.placeAt(left), this.rows)),
       reset: () => this.setSight(newest(usualBars, this.rows)),
-      click: () => {
-        if (this.row !== undefined) this.events.clicked(this.row);
+      click: (left) => {
+        if (this.sheet && this.sheet.view.count > 0)
+          this.events.clicked(this.rowAt(this.placeAt(left)));
       },
     });
     root.addEventListener('keydown', (event) => this.followKey(event));

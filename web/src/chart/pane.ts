@@ -123,7 +123,7 @@ export class ChartPane {
       { left, top: place === undefined ? -10 : (this.plot.cursor.top ?? -10) },
       false,
     );
-    if (place === undefined) this.cursorTag.hidden = true;
+    this.showLevel(this.plot);
   }
 
   /** What the legend shows of the values at a bar. */

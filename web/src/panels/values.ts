@@ -25,6 +25,7 @@ export class Values {
   private lines: Row[] = [];
   private fields: Row[] = [];
   private names = '';
+  private place = '';
   /** What is wanted, and what is seen. */
   private row: number | undefined;
   private seen: number | undefined;
@@ -66,6 +67,7 @@ export class Values {
   hold(row: number | undefined): void {
     this.isHeld = row !== undefined;
     this.follow.hidden = !this.isHeld;
+    this.tellPlace();
     if (row === undefined) return;
     this.row = row;
     this.refresh();
@@ -74,6 +76,10 @@ export class Values {
   setOpen(isOpen: boolean): void {
     this.isOpen = isOpen;
     this.refresh();
+  }
+
+  private tellPlace(): void {
+    setText(this.head, this.isHeld ? `${this.place}, held` : this.place);
   }
 
   private refresh(): void {
@@ -98,7 +104,8 @@ export class Values {
   }
 
   private show({ row, text, fields, names, lines }: ValuesAnswer): void {
-    setText(this.head, `${text}, row ${row}${this.isHeld ? ', held' : ''}`);
+    this.place = `${text}, row ${row}`;
+    this.tellPlace();
     if (row !== this.seen) this.reason.replaceChildren();
     this.seen = row;
     if (lines.length !== this.lines.length) return; // a newer script is on its way

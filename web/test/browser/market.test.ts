@@ -141,9 +141,15 @@ test('a scan fills a table, and a click on it opens the chart', async () => {
   assert.deepEqual(found.sort(), [...names].sort());
   const cells = await desk.texts('.scan-table tbody tr:first-child td');
   assert.equal(cells.at(-1), (await desk.legend()).M);
+  await desk.page.click('::-p-xpath(//th/button[.="Security"])');
+  assert.deepEqual(await desk.texts('.scan-table tbody th'), [...names].sort());
+  await desk.page.type('#scan-filter', 'MMA');
+  assert.deepEqual(await desk.texts('.scan-table tbody th'), ['gamma']);
+  const bar = await desk.text('.scan-table tbody td');
   await desk.page.click('::-p-xpath(//table//button[.="gamma"])');
   await desk.settled();
-  assert.match(await desk.text('.caption'), /^gamma/);
+  assert.match(await desk.text('.caption'), new RegExp(`^gamma .*${bar}`));
+  assert.match(await desk.text('.spoken'), new RegExp(`^${bar}`), 'the crosshair is at the bar');
   assert.deepEqual(await desk.texts('.security-list [aria-current]'), ['gamma']);
 });
 
