@@ -206,6 +206,12 @@ Json calculate_anew(Desk& desk, Attempt attempt) {
   return {};
 }
 
+/// Under the bars that are seen, all of them.
+void lay_over(Desk& desk) {
+  if (!desk.overlay || !desk.security) return;
+  desk.overlay->values = values_under(desk.security->bars.keys, desk.overlay->bars, field_close);
+}
+
 }  // namespace
 
 Security read_security(const std::string& name, std::string_view csv, const std::string& period) {
@@ -242,6 +248,16 @@ Json take_other(Desk& desk, Security security) {
   return recalculate(desk);
 }
 
+void take_overlay(Desk& desk, std::optional<Security> security) {
+  if (security && !security->bars.columns.contains(field_close)) {
+    throw Refusal(400, "there is no close among these bars");
+  }
+  desk.overlay.reset();
+  if (!security) return;
+  desk.overlay.emplace().bars = std::move(security->bars);
+  lay_over(desk);
+}
+
 Json recalculate(Desk& desk) { return calculate_anew(desk, last_attempt(desk, security_of(desk))); }
 
 Json take_bars(Desk& desk, Security security) {
@@ -249,6 +265,7 @@ Json take_bars(Desk& desk, Security security) {
   Attempt attempt = last_attempt(desk, &security);
   desk.play.reset();
   desk.security = std::move(security);
+  lay_over(desk);
   const auto& [name, bars, period, is_guessed] = *desk.security;
   Json script = calculate_anew(desk, std::move(attempt));
   Json fields = Json::array();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <limits>
+#include <optional>
 #include <sstream>
 
 #include "calculation.h"
@@ -44,6 +45,14 @@ std::string subject(Desk& desk, const Json& call, std::string_view /*body*/) {
 
 std::string other(Desk& desk, const Json& call, std::string_view body) {
   return json_text(take_other(desk, read_security(text_of(call, "name"), body, "")));
+}
+
+/// The column of the overlay; null without a body, which takes it away.
+std::string overlay(Desk& desk, const Json& call, std::string_view body) {
+  std::optional<Security> security;
+  if (!body.empty()) security = read_security(text_of(call, "name"), body, "");
+  take_overlay(desk, std::move(security));
+  return json_text({{"column", desk.overlay ? Json(overlay_column) : Json()}});
 }
 
 std::string script(Desk& desk, const Json& call, std::string_view /*body*/) {
@@ -120,10 +129,10 @@ struct Row {
   std::string (*answer)(Desk& desk, const Json& call, std::string_view body);
 };
 constexpr Row rows[] = {
-    {"library", library}, {"bars", bars}, {"script", script},   {"subject", subject},
-    {"other", other},     {"view", view}, {"records", records}, {"values", values},
-    {"why", why},         {"row", row},   {"events", events},   {"play", play},
-    {"step", step},       {"stop", stop}, {"csv", csv},
+    {"library", library}, {"bars", bars},       {"script", script}, {"subject", subject},
+    {"other", other},     {"overlay", overlay}, {"view", view},     {"records", records},
+    {"values", values},   {"why", why},         {"row", row},       {"events", events},
+    {"play", play},       {"step", step},       {"stop", stop},     {"csv", csv},
 };
 
 }  // namespace

@@ -96,9 +96,13 @@ std::pair<double, double> ends_of(Values values, Values marks) {
 
 /// All that the drawing needs.
 std::vector<uint32_t> columns_in_sight(const Desk& desk) {
-  if (desk.run) return columns_of(desk.drawing, *desk.run, desk.bars());
   std::vector<uint32_t> columns;
-  for (const auto& [id, values] : desk.bars().columns) columns.push_back(id);
+  if (desk.run) {
+    columns = columns_of(desk.drawing, *desk.run, desk.bars());
+  } else {
+    for (const auto& [id, values] : desk.bars().columns) columns.push_back(id);
+  }
+  if (desk.overlay) columns.push_back(overlay_column);
   return columns;
 }
 

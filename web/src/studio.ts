@@ -13,6 +13,7 @@ import { Events } from './panels/events.ts';
 import { Findings } from './panels/findings.ts';
 import { bindHeader } from './panels/header.ts';
 import { tell, tellError } from './panels/message.ts';
+import { bindOverlay } from './panels/overlay.ts';
 import { PeriodMenu } from './panels/period.ts';
 import { Play } from './panels/play.ts';
 import { SaveDialog } from './panels/save.ts';
@@ -139,6 +140,7 @@ export class Studio {
     this.period = new PeriodMenu(byId('period', HTMLSelectElement), language.periods, () => {
       if (this.wanted) void this.open(this.wanted);
     });
+    bindOverlay(this.hasFolder ? this.names : [], (name) => this.layOver(name));
     bindScale((name) => this.pipeline.chart.setScale(name));
     this.bindButtons(fail, this.makeSaveDialog(shelf));
   }
@@ -193,6 +195,7 @@ export class Studio {
     const drawn = this.pipeline.newest;
     if (!answer.records || !drawn) return;
     setText(this.times, answer.sound ? timesText(answer.times) : '');
+    this.times.title = this.times.textContent;
     this.tellMissing(drawn);
     this.data.show(drawn);
     this.values.take(drawn);
@@ -274,6 +277,18 @@ export class Studio {
       if (error instanceof Ended && !error.isByUser) return this.open(source); // now with the newer script
       this.fail(error);
       this.wanted = this.source;
+    }
+  }
+
+  private async layOver(title: string | undefined): Promise<void> {
+    try {
+      const overlay =
+        title === undefined ? undefined : { name: title, content: await readBars(title) };
+      const column = await this.session.takeOverlay(overlay);
+      this.pipeline.setOverlay(column === null ? undefined : { title: title!, column });
+    } catch (error) {
+      this.fail(error);
+      throw error;
     }
   }
 

@@ -6,9 +6,17 @@ import { fontFamily, Frame, type Sight } from './frame.ts';
 import { axisGrip, type BorderEvents, borderGrip } from './grips.ts';
 import { Legend, type LegendEntry } from './legend.ts';
 import { paint } from './paint.ts';
-import { endsFor, rangeInSight } from './range.ts';
+import { drawPolyline } from './paint_lines.ts';
+import { endsFor, type Range, rangeInSight } from './range.ts';
 import { isFigure, type ShapeRecord } from './records.ts';
-import { type Scale, type ScaleName, scaleOf, type Tick, type Values } from './scale.ts';
+import {
+  multiplied,
+  type Scale,
+  type ScaleName,
+  scaleOf,
+  type Tick,
+  type Values,
+} from './scale.ts';
 import type { Sheet } from './sheet.ts';
 import {
   closeTag,
@@ -37,6 +45,8 @@ export class ChartPane {
   private readonly cursorTag = element('div', { class: 'cursor-tag', 'aria-hidden': 'true' });
   private border: HTMLElement | undefined;
   private records: readonly ShapeRecord[] = [];
+  private overlay: ShapeRecord | undefined;
+  private overlayFactor = NaN;
   private levels: ReadonlyMap<ShapeRecord, number> = new Map();
   private sight: Sight = { from: 0, to: 1 };
   private scale: Scale = scaleOf('linear', 1, 1);
@@ -70,7 +80,8 @@ export class ChartPane {
     this.spec = spec;
     this.records = spec.records.map((index) => records[index]);
     this.levels = new Map(spec.levels.map(({ record, value }) => [records[record], value]));
-    this.legend.take(this.records);
+    this.overlay = this.isFirst ? sheet.overlay : undefined;
+    this.legend.take(this.overlay ? [...this.records, this.overlay] : this.records);
   }
 
   destroy(): void {
@@ -135,6 +146,7 @@ export class ChartPane {
     const { from, to } = this.sight;
     const seen = this.records.filter((record) => !this.levels.has(record));
     const range = rangeInSight(seen, [...this.levels.values()], this.sheet.view, from, to);
+    this.takeOverlay(range);
     this.scale = scaleOf(scaleName, range.high, this.sheet.firstClose(from));
     this.axis = endsFor(range, this.scale, seen);
     this.takeShown(seen);
@@ -142,6 +154,14 @@ export class ChartPane {
     const { low, high } = this.axis;
     const [middle, half] = [(low + high) / 2, (high - low) / 2 / this.stretch];
     if (this.stretch !== 1) this.axis = { low: middle - half, high: middle + half };
+  }
+
+  private takeOverlay(range: Range): void {
+    if (!this.overlay) return;
+    const { from, to } = this.sight;
+    this.overlayFactor = this.sheet.overlayFactor(from);
+    const { low, high } = rangeInSight([this.overlay], [], this.sheet.view, from, to);
+    for (const value of [low, high]) range.take(this.overlayFactor * value);
   }
 
   /** Figures count with the anchors that are in sight. */
@@ -284,8 +304,12 @@ export class ChartPane {
     ctx.rect(box.left, box.top, box.right - box.left, box.bottom - box.top);
     ctx.clip();
     const shownOf = (record: ShapeRecord) => this.sheet.shownOf(record);
-    const frame = new Frame(ctx, theme, view, box, this.sight, this.axis, this.scale, shownOf);
+    const frameOf = (scale: Scale) =>
+      new Frame(ctx, theme, view, box, this.sight, this.axis, scale, shownOf);
+    const frame = frameOf(this.scale);
     paint(frame, this.records, this.levels);
+    if (this.overlay)
+      drawPolyline(frameOf(multiplied(this.scale, this.overlayFactor)), this.overlay);
     ctx.restore();
     for (const tag of this.tags()) paintTag(frame, tag);
     if (!this.isLast)

@@ -108,6 +108,12 @@ function percentOf(base: number): Scale {
   };
 }
 
+/** For values that are drawn so many times as high as they are. */
+export const multiplied = (scale: Scale, factor: number): Scale => ({
+  ...scale,
+  place: (value) => scale.place(factor * value),
+});
+
 /** An axis can't show what was chosen where nothing in sight is above 0: it is even, then. */
 export function scaleOf(name: ScaleName, highest: number, base: number): Scale {
   if (name === 'log' && highest > 0) return logarithmic;

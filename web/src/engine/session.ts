@@ -46,6 +46,7 @@ export class Session {
   private bars: BarsText | undefined;
   private sound: Task | undefined;
   private knownSubject: Subject = {};
+  private overlay: BarsText | undefined;
   private readonly others = new Map<string, BarsText>();
 
   constructor(
@@ -102,6 +103,16 @@ export class Session {
     const answer = await this.postNow<ScriptAnswer | null>(other, 'other');
     this.others.set(other.name, other);
     return answer;
+  }
+
+  /** The close of another security over the bars. Gives its column; null without one. */
+  async takeOverlay(overlay: BarsText | undefined): Promise<number | null> {
+    await this.ready;
+    const { column } = overlay
+      ? await this.postNow<{ column: number }>(overlay, 'overlay')
+      : await this.get<{ column: null }>({ call: 'overlay' });
+    this.overlay = overlay;
+    return column;
   }
 
   async script(script: string, parameters: Parameter[]): Promise<ScriptAnswer> {
@@ -170,6 +181,7 @@ export class Session {
     try {
       await this.line.ask({ call: 'subject', ...this.knownSubject });
       for (const other of this.others.values()) await this.postNow(other, 'other');
+      if (this.overlay) await this.postNow(this.overlay, 'overlay');
       if (this.sound) await this.line.ask({ call: 'script', ...this.sound });
       if (this.bars) this.restored(await this.postNow<BarsAnswer>(this.bars, 'bars'));
     } catch {

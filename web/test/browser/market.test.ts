@@ -153,6 +153,23 @@ test('a scan fills a table, and a click on it opens the chart', async () => {
   assert.deepEqual(await desk.texts('.security-list [aria-current]'), ['gamma']);
 });
 
+test('another security is laid over the prices and taken away', async () => {
+  await desk.write('M:MA(C,5);');
+  const titles = async () => Object.keys(await desk.legend()).slice(0, 2);
+  const before = await desk.pixels();
+  await desk.page.select('#overlay', 'beta');
+  await desk.page.waitForFunction(() => document.querySelectorAll('.legend > div').length > 1);
+  await desk.settled();
+  assert.deepEqual(await titles(), ['M', 'beta']);
+  assert.ok(!before.equals(await desk.pixels()));
+  await desk.choose('gamma');
+  assert.deepEqual(await titles(), ['M', 'beta'], 'over other bars, too');
+  await desk.choose('alpha');
+  await desk.page.select('#overlay', '');
+  await desk.settled();
+  assert.ok(!(await titles()).includes('beta'));
+});
+
 test('a scan is cancelled, and a page closed in its middle leaves the server well', async () => {
   const many = folderOf(
     Array.from({ length: 400 }, (_, i) => `s${i}`),
