@@ -20,8 +20,12 @@ export class Values {
     { type: 'button', id: 'values-follow', hidden: true },
     'Follow the crosshair',
   );
-  private readonly list = element('ul', { class: 'value-list', 'aria-label': 'Values at the bar' });
-  private readonly reason = element('ol', { class: 'reason', 'aria-label': 'Why it is null' });
+  private readonly list = element('ul', {
+    class: 'value-list',
+    tabindex: 0,
+    'aria-label': 'Values at the bar',
+  });
+  private readonly reason = element('ol', { class: 'reason' });
   private lines: Row[] = [];
   private fields: Row[] = [];
   private names = '';
@@ -38,7 +42,11 @@ export class Values {
     private readonly session: Session,
     private readonly fail: (error: unknown) => void,
   ) {
-    const said = element('div', { role: 'status', class: 'said' }, this.reason);
+    const said = element(
+      'div',
+      { role: 'status', class: 'said', tabindex: 0, 'aria-label': 'Why it is null' },
+      this.reason,
+    );
     root.append(
       element('div', { class: 'bar' }, this.head, this.follow),
       element('div', { class: 'sides' }, this.list, said),
