@@ -1,6 +1,7 @@
 #include "calls.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <limits>
 #include <optional>
@@ -47,12 +48,16 @@ std::string other(Desk& desk, const Json& call, std::string_view body) {
   return json_text(take_other(desk, read_security(text_of(call, "name"), body, "")));
 }
 
-/// The column of the overlay; null without a body, which takes it away.
+/// The column of the overlay, and how many of the bars it has a value for; null without a body,
+/// which takes it away.
 std::string overlay(Desk& desk, const Json& call, std::string_view body) {
   std::optional<Security> security;
   if (!body.empty()) security = read_security(text_of(call, "name"), body, "");
   take_overlay(desk, std::move(security));
-  return json_text({{"column", desk.overlay ? Json(overlay_column) : Json()}});
+  if (!desk.overlay) return json_text(Json());
+  const auto count =
+      std::ranges::count_if(desk.overlay->values, [](double value) { return !std::isnan(value); });
+  return json_text({{"column", overlay_column}, {"bars", count}});
 }
 
 std::string script(Desk& desk, const Json& call, std::string_view /*body*/) {

@@ -284,8 +284,9 @@ export class Studio {
     try {
       const overlay =
         title === undefined ? undefined : { name: title, content: await readBars(title) };
-      const column = await this.session.takeOverlay(overlay);
-      this.pipeline.setOverlay(column === null ? undefined : { title: title!, column });
+      const laid = await this.session.takeOverlay(overlay);
+      this.pipeline.setOverlay(laid ? { title: title!, column: laid.column } : undefined);
+      tell(laid?.bars === 0 ? `${title} has no bars at these dates` : '');
     } catch (error) {
       this.fail(error);
       throw error;

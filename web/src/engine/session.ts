@@ -6,6 +6,7 @@ import type {
   BarsAnswer,
   EventsAnswer,
   Language,
+  OverlayAnswer,
   Parameter,
   PlayAnswer,
   RecordsAnswer,
@@ -105,14 +106,14 @@ export class Session {
     return answer;
   }
 
-  /** The close of another security over the bars. Gives its column; null without one. */
-  async takeOverlay(overlay: BarsText | undefined): Promise<number | null> {
+  /** The close of another security over the bars; null without one. */
+  async takeOverlay(overlay: BarsText | undefined): Promise<OverlayAnswer | null> {
     await this.ready;
-    const { column } = overlay
-      ? await this.postNow<{ column: number }>(overlay, 'overlay')
-      : await this.get<{ column: null }>({ call: 'overlay' });
+    const answer = overlay
+      ? await this.postNow<OverlayAnswer>(overlay, 'overlay')
+      : await this.get<null>({ call: 'overlay' });
     this.overlay = overlay;
-    return column;
+    return answer;
   }
 
   async script(script: string, parameters: Parameter[]): Promise<ScriptAnswer> {

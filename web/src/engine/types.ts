@@ -179,6 +179,12 @@ export interface ValuesAnswer {
   lines: (number | null)[];
 }
 
+export interface OverlayAnswer {
+  column: number;
+  /** Those for which it has a value. */
+  bars: number;
+}
+
 /** Why a line has no value at a bar, from the line down to what has none of its own. */
 export interface WhyAnswer {
   row: number;

@@ -3,7 +3,7 @@ import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
 import { readdirSync, readFileSync } from 'node:fs';
 import { test } from 'node:test';
-import type { ScriptAnswer } from '../../src/engine/types.ts';
+import type { OverlayAnswer, ScriptAnswer } from '../../src/engine/types.ts';
 import type { Refusal } from '../../src/refusal.ts';
 import { Desk, madeBars, sampleBars } from './support.ts';
 
@@ -279,7 +279,7 @@ test('another security lies over the bars, under the same keys', async () => {
   const csvOf = (closes: readonly (readonly [day: number, close: number])[]) =>
     ['date,close', ...closes.map(([day, close]) => `2024-01-0${day},${close}`)].join('\n');
   const desk = await Desk.make(csvOf([1, 2, 3, 5].map((day) => [day, 10 * day])));
-  const { column } = desk.json<{ column: number }>(
+  const { column, bars } = desk.json<OverlayAnswer>(
     { call: 'overlay', name: 'other' },
     csvOf([
       [2, 7],
@@ -293,6 +293,7 @@ test('another security lies over the bars, under the same keys', async () => {
     return Array.from({ length: view.rows }, (_, row) => view.valueAt(column, row));
   };
   assert.deepEqual(laid(), [NaN, 7, NaN, 9]);
+  assert.equal(bars, 2);
   desk.script('A:C;');
   desk.play(1);
   desk.step({ bars: 1 });
@@ -302,6 +303,6 @@ test('another security lies over the bars, under the same keys', async () => {
   const broken = { call: 'overlay', name: 'broken' };
   assert.throws(() => desk.text(broken, 'date,volume\n2024-01-01,5'), { status: 400 });
   assert.deepEqual(laid(), [8], 'what is refused changes nothing');
-  assert.equal(desk.json<{ column: null }>({ call: 'overlay' }).column, null);
+  assert.equal(desk.text({ call: 'overlay' }), 'null');
   assert.equal(desk.view().has(column), false);
 });
