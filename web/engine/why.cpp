@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -12,7 +12,6 @@
 #include "advice/reading.h"
 #include "advice/vocabulary.h"
 #include "advice/word_help.h"
-#include "host/panes/numbers.h"
 #include "host/studio/refusal.h"
 #include "shown.h"
 
@@ -27,6 +26,8 @@ using quor_advice::Token;
 using quor_advice::TokenKind;
 
 constexpr size_t longest_way = 12;  ///< from line to line
+/// Of the script with all parts, beside that which is seen.
+constexpr size_t most_cells = 50'000'000;
 
 /// A part of an expression that has values of its own.
 struct Part {
@@ -121,6 +122,10 @@ class Parts {
   }
 
   void calculate(const Desk& desk, Task task) {
+    const size_t line_count = desk.run->script().lines().size() + ranges_.size();
+    if (line_count * desk.row_count() > most_cells) {
+      throw Refusal(413, "the script has too many lines to look into over so many bars");
+    }
     auto run = std::make_unique<Run>(std::move(task), desk.around, desk.security->period);
     if (run->is_sound() && run->calculate(desk.bars())) run_ = std::move(run);
   }
@@ -199,7 +204,9 @@ class Inquiry {
       say(shown + " has no value there: it is " + reading_.text(other, other.expression) + ".");
       return line->second;
     }
-    if (name == "NULL" || name == "DRAWNULL") {
+    if (statement.tokens[part.range.begin].kind == TokenKind::reference) {
+      say(shown + " has no value there" + about_other(name));
+    } else if (name == "NULL" || name == "DRAWNULL") {
       say(shown + " stands there, which is null.");
     } else if (is_missing(name)) {
       say("The bars have no " + shown + ".");
@@ -209,6 +216,17 @@ class Inquiry {
       say(shown + " has no value there." + null_rule(name));
     }
     return {};
+  }
+
+  /// Of a reference, "BBB$CLOSE" with its quotes or without.
+  std::string about_other(std::string_view reference) const {
+    const size_t begin = reference.find_first_not_of('"');
+    const size_t mark = reference.find('$');
+    if (begin == std::string_view::npos || mark == std::string_view::npos) return ".";
+    const std::string other = quor_advice::to_upper(reference.substr(begin, mark - begin));
+    return desk_.around.others.contains(other)
+               ? ": " + other + " has no bar of this date, or not this field."
+               : ": no bars of " + other + " are known. Give them in the tab Data.";
   }
 
   bool is_missing(std::string_view name) const {

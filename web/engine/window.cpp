@@ -69,9 +69,10 @@ struct FieldThinning {
   Thinning thinning;
 };
 constexpr FieldThinning field_thinnings[] = {
-    {field_open, {"first", first_of}}, {field_high, {"max", most_of}},
-    {field_low, {"min", least_of}},    {field_close, {"last", last_of}},
-    {field_volume, {"sum", sum_of}},   {field_amount, {"sum", sum_of}},
+    {field_open, {"first", first_of}},   {field_high, {"max", most_of}},
+    {field_low, {"min", least_of}},      {field_close, {"last", last_of}},
+    {field_volume, {"sum", sum_of}},     {field_amount, {"sum", sum_of}},
+    {overlay_column, {"last", last_of}},
 };
 
 const Thinning& thinning_of(const Drawing& drawing, uint32_t column) {

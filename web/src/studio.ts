@@ -353,7 +353,7 @@ export class Studio {
       begun: (answer) => {
         this.events.clear('While bars are played');
         this.alarms.forget();
-        this.tabs.show('events');
+        if (!this.tabs.isOpen('values')) this.tabs.show('events');
         void this.pipeline.takeStep(answer);
       },
       stepped: async (answer) => {
@@ -363,6 +363,8 @@ export class Studio {
         }
         this.alarms.take(answer.steps);
         await this.pipeline.takeStep(answer);
+        const { pointedRow } = this.pipeline.chart;
+        this.values.follow(pointedRow === undefined ? answer.rows - 1 : undefined);
       },
       ended: (answer) => {
         this.pipeline.take(answer);

@@ -93,7 +93,7 @@ function loggedTicks(values: Values, height: number, isWhole: boolean, room: num
 
 function percentOf(base: number): Scale {
   const share = (value: number) => 100 * (value / base - 1);
-  const signed = (text: string) => `${/^[-0]/.test(text) ? '' : '+'}${text}%`;
+  const signed = (text: string) => `${/^-|^[0.]*$/.test(text) ? '' : '+'}${text}%`;
   return {
     ...linear,
     ticks: ({ low, high }, height, _isWhole, measures) => {

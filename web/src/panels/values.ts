@@ -6,16 +6,19 @@ import { numberText } from './sliders.ts';
 
 interface Row {
   name: string;
+  kind: 'drawn' | 'between' | 'field';
   value: HTMLElement;
   why?: HTMLButtonElement;
 }
+
+const valuePlace = () => element('span', { class: 'value' });
 
 const shown = (value: number | null | undefined): string =>
   value === null || value === undefined ? 'null' : numberText(value);
 
 export class Values {
   private readonly head = element('span', { class: 'hint', id: 'values-place' });
-  private readonly follow = element(
+  private readonly release = element(
     'button',
     { type: 'button', id: 'values-follow', hidden: true },
     'Follow the crosshair',
@@ -48,10 +51,10 @@ export class Values {
       this.reason,
     );
     root.append(
-      element('div', { class: 'bar' }, this.head, this.follow),
+      element('div', { class: 'bar' }, this.head, this.release),
       element('div', { class: 'sides' }, this.list, said),
     );
-    this.follow.addEventListener('click', () => this.hold(undefined));
+    this.release.addEventListener('click', () => this.hold(undefined));
   }
 
   /** Other values are there, of `rows` bars. */
@@ -71,10 +74,16 @@ export class Values {
     this.refresh();
   }
 
+  /** Bars are played: the newest is seen, unless one points at another. */
+  follow(newest: number | undefined): void {
+    if (!this.isHeld && newest !== undefined) this.row = newest;
+    this.refresh();
+  }
+
   /** From here on the values are those of a row; without one those at the crosshair. */
   hold(row: number | undefined): void {
     this.isHeld = row !== undefined;
-    this.follow.hidden = !this.isHeld;
+    this.release.hidden = !this.isHeld;
     this.tellPlace();
     if (row === undefined) return;
     this.row = row;
@@ -129,29 +138,28 @@ export class Values {
 
   private makeLines(lines: Drawn['lines']): void {
     this.reason.replaceChildren();
-    this.lines = lines.map(({ name }, i) => {
+    this.lines = lines.map(({ name, drawn }, i) => {
       const why = element(
         'button',
         { type: 'button', class: 'quiet', 'aria-label': `Why is ${name} null?`, hidden: true },
         'Why?',
       );
       why.addEventListener('click', () => void this.ask(i));
-      return { name, why, value: element('span', { class: 'value' }) };
+      return { name, kind: drawn ? 'drawn' : 'between', why, value: valuePlace() };
     });
-    this.layOut(lines.map(({ drawn }) => drawn));
+    this.layOut();
   }
 
   private makeFields(names: readonly string[]): void {
-    this.fields = names.map((name) => ({ name, value: element('span', { class: 'value' }) }));
-    this.layOut(this.lines.map(({ value }) => !value.parentElement?.classList.contains('between')));
+    this.fields = names.map((name) => ({ name, kind: 'field', value: valuePlace() }));
+    this.layOut();
   }
 
-  private layOut(areDrawn: readonly boolean[]): void {
-    const itemOf = ({ name, value, why }: Row, kind: string) =>
-      element('li', { class: kind }, element('span', { class: 'name' }, name), value, why);
+  private layOut(): void {
     this.list.replaceChildren(
-      ...this.lines.map((row, i) => itemOf(row, areDrawn[i] ? 'drawn' : 'between')),
-      ...this.fields.map((row) => itemOf(row, 'field')),
+      ...[...this.lines, ...this.fields].map(({ name, kind, value, why }) =>
+        element('li', { class: kind }, element('span', { class: 'name' }, name), value, why),
+      ),
     );
   }
 

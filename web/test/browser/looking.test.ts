@@ -161,6 +161,15 @@ test('all values stand in a table, and say why they are null', async () => {
   await desk.page.mouse.move(x + width / 4, y + 60);
   await desk.settled();
   assert.doesNotMatch(await desk.text('#values-place'), /held/);
+  await desk.page.focus('#chart');
+  await desk.press('Home', 'ArrowRight', 'ArrowRight', 'Escape');
+  for (const ticks of [1, 2]) {
+    await desk.page.click('#play-step');
+    await desk.settled();
+    const { X, ...others } = await valuesShown();
+    assert.equal(others.CLOSE === others.OPEN, ticks === 1, 'the first tick is the open');
+    assert.ok(Math.abs(Number(others.CLOSE) - Number(others.OPEN) - Number(X)) < 1e-5);
+  }
 });
 
 test('play calculates each tick and draws no more than the screen shows', async () => {

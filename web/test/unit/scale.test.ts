@@ -20,6 +20,7 @@ const textsOf = (scale: Scale, low: number, high: number, height = 300) =>
 test('ticks stand at round values, none too near to the next', () => {
   assert.deepEqual(textsOf(scaleOf('linear', 1, 1), 480, 1130, 165), ['600', '800', '1000']);
   assert.deepEqual(textsOf(scaleOf('percent', 1, 500), 480, 1130, 165), ['0%', '+50%', '+100%']);
+  assert.deepEqual(textsOf(scaleOf('percent', 1, 500), 497, 503, 165), ['-0.5%', '0%', '+0.5%']);
   // 300 pixels for three tens: 5 lies 30 of them from 10, nearer than 36, and 4 lies 40 of them.
   assert.deepEqual(textsOf(log, 1, 1000), ['1', '4', '10', '40', '100', '400', '1000']);
   for (const [low, high] of [

@@ -40,7 +40,7 @@ const cases: readonly (readonly [script: string, row: number, ...said: string[]]
     'A:"BBB$CLOSE"-C;',
     5,
     'A has no value at row 5 (2024-01-06); it has none at any of the 10 bars.',
-    '"BBB$CLOSE" has no value there.',
+    '"BBB$CLOSE" has no value there: no bars of BBB are known. Give them in the tab Data.',
   ],
   // The branch that is not taken is null, too.
   [
