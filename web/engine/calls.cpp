@@ -9,7 +9,7 @@
 
 #include "calculation.h"
 #include "colours.h"
-#include "host/output.h"
+#include "host/output/output.h"
 #include "host/studio/refusal.h"
 #include "library.h"
 #include "player.h"

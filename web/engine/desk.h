@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "drawing.h"
-#include "host/bars.h"
+#include "host/input/bars.h"
 #include "run.h"
 
 namespace quor_host {

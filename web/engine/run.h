@@ -8,7 +8,7 @@
 
 #include "advice/advice.h"
 #include "engine/engine.h"
-#include "host/bars.h"
+#include "host/input/bars.h"
 #include "host/panes/records.h"
 #include "host/studio/task.h"
 #include "surroundings.h"
