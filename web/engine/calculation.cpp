@@ -211,7 +211,8 @@ Json calculate_anew(Desk& desk, Attempt attempt) {
 /// Under the bars that are seen, all of them.
 void lay_over(Desk& desk) {
   if (!desk.overlay || !desk.security) return;
-  desk.overlay->values = values_under(desk.security->bars.keys, desk.overlay->bars, field_close);
+  const auto& [name, bars, period, is_guessed] = *desk.security;
+  desk.overlay->values = values_of(desk.overlay->other, field_close, bars.keys, period);
 }
 
 }  // namespace
@@ -259,7 +260,7 @@ void take_overlay(Desk& desk, std::optional<Security> security) {
   }
   desk.overlay.reset();
   if (!security) return;
-  desk.overlay.emplace().bars = std::move(security->bars);
+  desk.overlay.emplace().other = {std::move(security->bars), security->period};
   lay_over(desk);
 }
 

@@ -31,7 +31,7 @@ struct Play {
 
 /// The close of another security, drawn over the bars.
 struct Overlay {
-  Bars bars;
+  Other other;
   std::vector<double> values;  ///< under the keys of the security that is seen
 };
 inline constexpr uint32_t overlay_column = 4'000'000'000;

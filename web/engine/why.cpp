@@ -218,11 +218,14 @@ class Inquiry {
     return {};
   }
 
-  /// Of a reference, "BBB$CLOSE" with its quotes or without.
+  /// Of a reference, "BBB$CLOSE" or "DAY$1$CLOSE", with its quotes or without.
   std::string about_other(std::string_view reference) const {
     const size_t begin = reference.find_first_not_of('"');
     const size_t mark = reference.find('$');
     if (begin == std::string_view::npos || mark == std::string_view::npos) return ".";
+    if (reference.find('$', mark + 1) != std::string_view::npos) {
+      return ": the bars make no such period, or none of it is over by this one.";
+    }
     const std::string other = quor_advice::to_upper(reference.substr(begin, mark - begin));
     return desk_.around.others.contains(other)
                ? ": " + other + " has no bar of this date, or not this field."

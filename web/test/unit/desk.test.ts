@@ -275,10 +275,18 @@ test('longer periods are made of the bars, and show what is over', async () => {
   );
   const values = ['', '', '2,', '2,', '4,4'].map((text) => text || ',');
   const played = () => desk.csv().trimEnd().split('\n').slice(1);
-  assert.deepEqual(played().map((row) => row.slice(20)), values, desk.csv());
+  assert.deepEqual(
+    played().map((row) => row.slice(20)),
+    values,
+    desk.csv(),
+  );
   desk.play(1);
   desk.step({ bars: 4 });
-  assert.deepEqual(played().map((row) => row.slice(20)), values, 'live');
+  assert.deepEqual(
+    played().map((row) => row.slice(20)),
+    values,
+    'live',
+  );
 });
 
 test('a longer period than that of the bars joins them, those of others too', async () => {

@@ -42,6 +42,13 @@ const cases: readonly (readonly [script: string, row: number, ...said: string[]]
     'A has no value at row 5 (2024-01-06); it has none at any of the 10 bars.',
     '"BBB$CLOSE" has no value there: no bars of BBB are known. Give them in the tab Data.',
   ],
+  // The first of January was a Monday, and a week is over when the next one begins.
+  [
+    'A:"WEEK$1$CLOSE";',
+    3,
+    'A has no value at row 3 (2024-01-04); its first one stands at row 7 (2024-01-08).',
+    '"WEEK$1$CLOSE" has no value there: the bars make no such period, or none of it is over',
+  ],
   // The branch that is not taken is null, too.
   [
     'A:IF(C<O,MA(C,99),SQRT(O-C));',
