@@ -272,7 +272,9 @@ class Inquiry {
     std::string gaps;
     for (const Range argument : part.call->arguments) {
       const auto values = parts.of(argument);
-      if (row_ >= values.size()) continue;
+      const bool is_number =
+          argument.size() == 1 && statement.tokens[argument.begin].kind == TokenKind::number;
+      if (row_ >= values.size() || is_number) continue;
       const std::string shown = reading_.text(statement, argument);
       text += (text.empty() ? " Here " : ", ") + shown + " is " +
               quor_advice::number_text(values[row_]);

@@ -19,7 +19,7 @@ const cases: readonly (readonly [script: string, row: number, ...said: string[]]
     'A:MA(C,5);',
     2,
     'A has no value at row 2 (2024-01-03); its first one stands at row 4 (2024-01-05).',
-    'MA(C,5) has no value there, though its arguments have: its first one stands at row 4 (2024-01-05). Here C is 13, 5 is 5. MA(X,N): From row N-1 on.',
+    'MA(C,5) has no value there, though its arguments have: its first one stands at row 4 (2024-01-05). Here C is 13. MA(X,N): From row N-1 on.',
   ],
   [
     'CONST N:20;A:=MA(C,N);B:A*2+(C-O);',
@@ -33,7 +33,7 @@ const cases: readonly (readonly [script: string, row: number, ...said: string[]]
     'A:REF(V,2);',
     5,
     'A has no value at row 5',
-    'REF(V,2) has no value there, though its arguments have: its first one stands at row 2 (2024-01-03). Here V is 105, 2 is 2. V was null last at row 3 (2024-01-04).',
+    'REF(V,2) has no value there, though its arguments have: its first one stands at row 2 (2024-01-03). Here V is 105. V was null last at row 3 (2024-01-04).',
   ],
   ['A:AMOUNT/V;', 5, 'A has no value', 'The bars have no AMOUNT.'],
   [
