@@ -208,6 +208,13 @@ Json calculate_anew(Desk& desk, Attempt attempt) {
   return {};
 }
 
+/// Under the bars that are seen, all of them.
+void lay_over(Desk& desk) {
+  if (!desk.overlay || !desk.security) return;
+  const auto& [name, bars, period, is_guessed] = *desk.security;
+  desk.overlay->values = values_of(desk.overlay->other, field_close, bars.keys, period);
+}
+
 }  // namespace
 
 Security read_security(const std::string& name, std::string_view csv, const std::string& period) {
@@ -247,6 +254,16 @@ Json take_other(Desk& desk, Security security) {
   return recalculate(desk);
 }
 
+void take_overlay(Desk& desk, std::optional<Security> security) {
+  if (security && !security->bars.columns.contains(field_close)) {
+    throw Refusal(400, "there is no close among these bars");
+  }
+  desk.overlay.reset();
+  if (!security) return;
+  desk.overlay.emplace().other = {std::move(security->bars), security->period};
+  lay_over(desk);
+}
+
 Json recalculate(Desk& desk) { return calculate_anew(desk, last_attempt(desk, security_of(desk))); }
 
 Json take_bars(Desk& desk, Security security) {
@@ -254,6 +271,7 @@ Json take_bars(Desk& desk, Security security) {
   Attempt attempt = last_attempt(desk, &security);
   desk.play.reset();
   desk.security = std::move(security);
+  lay_over(desk);
   const auto& [name, bars, period, is_guessed] = *desk.security;
   Json script = calculate_anew(desk, std::move(attempt));
   Json fields = Json::array();

@@ -1,6 +1,7 @@
 // Bars and scripts come to a desk and are calculated.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "desk.h"
@@ -22,6 +23,8 @@ Json take_script(Desk& desk, Task task);
 /// null without one.
 Json take_subject(Desk& desk, quor::engine::Subject subject);
 Json take_other(Desk& desk, Security security);
+/// Lays the close of another security over the bars; nothing without one.
+void take_overlay(Desk& desk, std::optional<Security> security);
 /// For other bars: the last task again and, if that has an error by now, the script that was seen,
 /// or else the bars alone. Null without a task.
 Json recalculate(Desk& desk);

@@ -1,8 +1,10 @@
 #include "calls.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <limits>
+#include <optional>
 #include <sstream>
 
 #include "calculation.h"
@@ -12,6 +14,7 @@
 #include "library.h"
 #include "player.h"
 #include "shown.h"
+#include "why.h"
 #include "window.h"
 
 namespace quor_host {
@@ -45,6 +48,18 @@ std::string other(Desk& desk, const Json& call, std::string_view body) {
   return json_text(take_other(desk, read_security(text_of(call, "name"), body, "")));
 }
 
+/// The column of the overlay, and how many of the bars it has a value for; null without a body,
+/// which takes it away.
+std::string overlay(Desk& desk, const Json& call, std::string_view body) {
+  std::optional<Security> security;
+  if (!body.empty()) security = read_security(text_of(call, "name"), body, "");
+  take_overlay(desk, std::move(security));
+  if (!desk.overlay) return json_text(Json());
+  const auto count =
+      std::ranges::count_if(desk.overlay->values, [](double value) { return !std::isnan(value); });
+  return json_text({{"column", overlay_column}, {"bars", count}});
+}
+
 std::string script(Desk& desk, const Json& call, std::string_view /*body*/) {
   return json_text(take_script(desk, task_of(call)));
 }
@@ -61,6 +76,19 @@ std::string records(Desk& desk, const Json& call, std::string_view /*body*/) {
 
 std::string values(Desk& desk, const Json& call, std::string_view /*body*/) {
   return json_text(values_json(desk, row_of(call, "row", all)));
+}
+
+std::string why(Desk& desk, const Json& call, std::string_view /*body*/) {
+  return json_text(why_json(desk, row_of(call, "line", all), row_of(call, "row", all)));
+}
+
+/// The row of a key, or the last one before it.
+std::string row(Desk& desk, const Json& call, std::string_view /*body*/) {
+  const auto& keys = desk.bars().keys;
+  const auto key = static_cast<int64_t>(number_of(call, "key").value_or(0.0));
+  const auto behind = std::ranges::upper_bound(keys, key);
+  if (behind == keys.begin()) throw Refusal(404, "there is no such bar");
+  return json_text({{"row", behind - keys.begin() - 1}});
 }
 
 std::string events(Desk& desk, const Json& call, std::string_view /*body*/) {
@@ -106,10 +134,10 @@ struct Row {
   std::string (*answer)(Desk& desk, const Json& call, std::string_view body);
 };
 constexpr Row rows[] = {
-    {"library", library}, {"bars", bars}, {"script", script},   {"subject", subject},
-    {"other", other},     {"view", view}, {"records", records}, {"values", values},
-    {"events", events},   {"play", play}, {"step", step},       {"stop", stop},
-    {"csv", csv},
+    {"library", library}, {"bars", bars},       {"script", script}, {"subject", subject},
+    {"other", other},     {"overlay", overlay}, {"view", view},     {"records", records},
+    {"values", values},   {"why", why},         {"row", row},       {"events", events},
+    {"play", play},       {"step", step},       {"stop", stop},     {"csv", csv},
 };
 
 }  // namespace

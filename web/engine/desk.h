@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "drawing.h"
 #include "host/input/bars.h"
@@ -28,11 +29,19 @@ struct Play {
   size_t ticks = 1;  ///< of a whole bar
 };
 
+/// The close of another security, drawn over the bars.
+struct Overlay {
+  Other other;
+  std::vector<double> values;  ///< under the keys of the security that is seen
+};
+inline constexpr uint32_t overlay_column = 4'000'000'000;
+
 struct Desk {
   /// The bars that are seen; none without a security.
   const Bars& bars() const;
   size_t row_count() const { return bars().keys.size(); }
-  /// The values of a bar field or of a column of the script; none for what isn't there.
+  /// The values of a bar field, of a column of the script or of the overlay; none for what isn't
+  /// there.
   std::span<const double> cells(uint32_t column) const;
 
   Surroundings around;
@@ -41,6 +50,7 @@ struct Desk {
   std::unique_ptr<Run> run;  ///< of the last sound script
   Drawing drawing;
   std::optional<Play> play;
+  std::optional<Overlay> overlay;
 };
 
 }  // namespace quor_host

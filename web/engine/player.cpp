@@ -94,13 +94,30 @@ bool take_tick(const Bars& all, Play& play) {
   return is_whole;
 }
 
+/// The sounds that the script makes at the newest bar, by the names of the statements' records.
+Json sounds_json(const Desk& desk) {
+  Json sounds = Json::array();
+  for (const Record& record : desk.drawing.records) {
+    const auto mark = record.is("SoundShape") ? record.column("Field1VisibleId") : std::nullopt;
+    const auto marks = mark ? desk.cells(*mark) : std::span<const double>();
+    if (desk.play->row < marks.size() && marks[desk.play->row] == 1.0) {
+      sounds.push_back(record.text("Field1Text"));
+    }
+  }
+  return sounds;
+}
+
 Json tick_json(const Desk& desk, bool is_whole) {
   const Play& play = *desk.play;
   Json bar = Json::object();
   for (const auto& [id, values] : play.bars.columns) bar[std::to_string(id)] = values.back();
-  return {{"row", play.row},        {"key", play.bars.keys.back()},
-          {"tick", play.tick},      {"final", is_whole},
-          {"bar", std::move(bar)},  {"values", line_values(desk, play.row)},
+  return {{"row", play.row},
+          {"key", play.bars.keys.back()},
+          {"tick", play.tick},
+          {"final", is_whole},
+          {"bar", std::move(bar)},
+          {"values", line_values(desk, play.row)},
+          {"sounds", sounds_json(desk)},
           {"events", Json::array()}};
 }
 

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <span>
 
+#include "advice/vocabulary.h"
 #include "host/studio/refusal.h"
 
 namespace quor_host {
@@ -171,12 +172,18 @@ Json line_values(const Desk& desk, size_t row) {
 Json values_json(const Desk& desk, size_t row) {
   if (row >= desk.row_count()) throw Refusal(404, "there is no such row");
   Json fields = Json::object();
-  for (const auto& [id, values] : desk.bars().columns) fields[std::to_string(id)] = values[row];
+  Json names = Json::object();
+  for (const auto& [id, values] : desk.bars().columns) {
+    fields[std::to_string(id)] = values[row];
+    const auto words = quor_advice::words_of_field(id);
+    names[std::to_string(id)] = words.empty() ? std::to_string(id) : std::string(words.front());
+  }
   const int64_t key = desk.bars().keys[row];
   return {{"row", row},
           {"key", key},
           {"text", time_text(desk, key)},
           {"fields", std::move(fields)},
+          {"names", std::move(names)},
           {"lines", line_values(desk, row)}};
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <span>
 
 #include "bars/resample.h"
 #include "host/options/period.h"
@@ -85,9 +84,13 @@ std::optional<std::vector<double>> values_for(const Surroundings& around,
   }
   const Other* const other = other_for(around, reference);
   if (other == nullptr) return std::nullopt;
-  const auto keys = std::span(bars.keys).subspan(first);
-  if (!quor_bars::is_longer(period, other->period)) return values_under(keys, other->bars, field);
-  return values_under(keys, quor_bars::resampled(other->bars, period), field);
+  return values_of(*other, field, std::span(bars.keys).subspan(first), period);
+}
+
+std::vector<double> values_of(const Other& other, uint32_t field, std::span<const int64_t> keys,
+                              uint32_t period) {
+  if (!quor_bars::is_longer(period, other.period)) return values_under(keys, other.bars, field);
+  return values_under(keys, quor_bars::resampled(other.bars, period), field);
 }
 
 bool is_served(const Surroundings& around, const quor::engine::Reference& reference,

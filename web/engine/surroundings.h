@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -43,6 +44,10 @@ struct OtherField {
 std::optional<std::vector<double>> values_for(const Surroundings& around,
                                               const quor::engine::Reference& reference,
                                               const Bars& bars, uint32_t period, size_t first);
+
+/// A field of another security at bars of a period with these keys; NaN where it has none.
+std::vector<double> values_of(const Other& other, uint32_t field, std::span<const int64_t> keys,
+                              uint32_t period);
 
 /// Whether there is such data.
 bool is_served(const Surroundings& around, const quor::engine::Reference& reference,

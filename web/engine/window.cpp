@@ -69,9 +69,10 @@ struct FieldThinning {
   Thinning thinning;
 };
 constexpr FieldThinning field_thinnings[] = {
-    {field_open, {"first", first_of}}, {field_high, {"max", most_of}},
-    {field_low, {"min", least_of}},    {field_close, {"last", last_of}},
-    {field_volume, {"sum", sum_of}},   {field_amount, {"sum", sum_of}},
+    {field_open, {"first", first_of}},   {field_high, {"max", most_of}},
+    {field_low, {"min", least_of}},      {field_close, {"last", last_of}},
+    {field_volume, {"sum", sum_of}},     {field_amount, {"sum", sum_of}},
+    {overlay_column, {"last", last_of}},
 };
 
 const Thinning& thinning_of(const Drawing& drawing, uint32_t column) {
@@ -96,9 +97,13 @@ std::pair<double, double> ends_of(Values values, Values marks) {
 
 /// All that the drawing needs.
 std::vector<uint32_t> columns_in_sight(const Desk& desk) {
-  if (desk.run) return columns_of(desk.drawing, *desk.run, desk.bars());
   std::vector<uint32_t> columns;
-  for (const auto& [id, values] : desk.bars().columns) columns.push_back(id);
+  if (desk.run) {
+    columns = columns_of(desk.drawing, *desk.run, desk.bars());
+  } else {
+    for (const auto& [id, values] : desk.bars().columns) columns.push_back(id);
+  }
+  if (desk.overlay) columns.push_back(overlay_column);
   return columns;
 }
 

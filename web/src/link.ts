@@ -1,4 +1,6 @@
-// A link that holds a script and its parameters, behind the "#", which never leaves the browser.
+// A link that holds a script and its parameters, behind the "#", which never leaves the browser; and a
+// picture that holds them.
+import { textIn, withText } from './chart/png_text.ts';
 
 export interface Shared {
   script: string;
@@ -72,6 +74,22 @@ export async function fromFragment(fragment: string): Promise<Shared | undefined
     const packed = fromBase64Url(fragment.slice(mark.length + 1));
     const bytes = await throughStream(packed, new DecompressionStream('deflate'));
     const value: unknown = JSON.parse(new TextDecoder().decode(bytes));
+    return isShared(value) ? value : undefined;
+  } catch {
+    return undefined;
+  }
+}
+
+const pictureKey = 'quor-studio';
+
+export function intoPicture(png: Blob, shared: Shared): Promise<Blob> {
+  return withText(png, pictureKey, JSON.stringify(shared));
+}
+
+/** None for a picture that holds no script. */
+export function fromPicture(png: Uint8Array): Shared | undefined {
+  try {
+    const value: unknown = JSON.parse(textIn(png, pictureKey) ?? 'null');
     return isShared(value) ? value : undefined;
   } catch {
     return undefined;

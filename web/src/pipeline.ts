@@ -10,7 +10,7 @@ import type {
 import { Calculation } from './calculation.ts';
 import { Chart } from './chart/chart.ts';
 import { type Loaded, Loader } from './chart/loader.ts';
-import { standsAtBars } from './chart/records.ts';
+import { type ShapeRecord, standsAtBars } from './chart/records.ts';
 import { Sheet } from './chart/sheet.ts';
 import { Theme } from './chart/theme.ts';
 import { byId } from './dom.ts';
@@ -20,6 +20,8 @@ export interface PipelineEvents {
   /** What to calculate. */
   take: () => { script: string; parameters: Parameter[] };
   answered: (answer: ScriptAnswer) => void;
+  pointed: (row: number) => void;
+  clicked: (row: number) => void;
   fail: (error: unknown) => void;
 }
 
@@ -30,6 +32,7 @@ export class Pipeline {
   private readonly calculation: Calculation;
   private bars: BarsAnswer | undefined;
   private drawn: Drawn | undefined;
+  private overlay: ShapeRecord | undefined;
 
   constructor(
     private readonly session: Session,
@@ -41,6 +44,8 @@ export class Pipeline {
       sight: () => this.load(),
       drawn: () => this.root.dispatchEvent(new CustomEvent('drawn')),
       values: (row) => this.valuesAt(row),
+      pointed: events.pointed,
+      clicked: events.clicked,
     });
     this.loader = new Loader(session, (loaded) => this.draw(loaded), events.fail);
     this.calculation = new Calculation(
@@ -83,6 +88,17 @@ export class Pipeline {
     await this.loader.finished();
   }
 
+  /** Draws a column of the desk over the prices, or none, by a title. */
+  setOverlay(overlay: { title: string; column: number } | undefined): void {
+    this.overlay = overlay && {
+      ShapeName: 'PolylineShape',
+      title: overlay.title,
+      Field1Id: overlay.column,
+      LineColor: 'Theme.Label',
+    };
+    if (this.drawn) this.takeDrawn({ ...this.drawn });
+  }
+
   setTheme(name: ThemeName): void {
     this.themeName = name;
     if (this.drawn) this.chart.setTheme(this.themeOf(this.drawn));
@@ -107,7 +123,9 @@ export class Pipeline {
     const { decimals, intraday } = this.bars;
     const { measures } = this.language;
     const theme = this.themeOf(this.drawn);
-    this.chart.show(new Sheet(this.drawn, view, shown, theme, decimals, intraday, measures));
+    this.chart.show(
+      new Sheet(this.drawn, view, shown, theme, decimals, intraday, measures, this.overlay),
+    );
   }
 
   private themeOf({ colours }: Drawn): Theme {

@@ -5,19 +5,24 @@ import { Editor } from './editor/editor.ts';
 import { Ended } from './engine/line.ts';
 import { Session } from './engine/session.ts';
 import type { BarsAnswer, Drawn, Parameter, ScriptAnswer, Slider } from './engine/types.ts';
+import { fromPicture, intoPicture } from './link.ts';
 import { Looks } from './looks.ts';
+import { Alarms } from './panels/alarms.ts';
 import { Data } from './panels/data.ts';
 import { Events } from './panels/events.ts';
 import { Findings } from './panels/findings.ts';
 import { bindHeader } from './panels/header.ts';
 import { tell, tellError } from './panels/message.ts';
+import { bindOverlay } from './panels/overlay.ts';
 import { PeriodMenu } from './panels/period.ts';
 import { Play } from './panels/play.ts';
 import { SaveDialog } from './panels/save.ts';
 import { Scan } from './panels/scan.ts';
+import { bindScale } from './panels/scale.ts';
 import { Securities } from './panels/securities.ts';
 import { numberText, Sliders } from './panels/sliders.ts';
 import { Tabs } from './panels/tabs.ts';
+import { Values } from './panels/values.ts';
 import { Pipeline } from './pipeline.ts';
 import type { Shelf } from './shelf.ts';
 import type { Beginning } from './start.ts';
@@ -32,6 +37,7 @@ const sample = 'index-daily';
 const tabs = [
   { id: 'securities', title: 'Securities' },
   { id: 'events', title: 'Events' },
+  { id: 'values', title: 'Values' },
   { id: 'data', title: 'Data' },
   { id: 'scan', title: 'Scan' },
 ];
@@ -47,10 +53,12 @@ export class Studio {
   private readonly sliders: Sliders;
   private readonly securities: Securities;
   private readonly events: Events;
+  private readonly values: Values;
   private readonly data: Data;
   /** Securities that a script asked for, whether they could be had or not. */
   private readonly sought = new Set<string>();
   private readonly play: Play;
+  private readonly alarms: Alarms;
   private readonly tabs: Tabs;
   private readonly writing: Writing;
   private readonly times = byId('times', HTMLElement);
@@ -89,6 +97,8 @@ export class Studio {
     this.pipeline = new Pipeline(session, language, this.looks.name, {
       take: () => ({ script: this.editor.take(), parameters: this.parameterList }),
       answered: (answer) => this.show(answer),
+      pointed: (row) => this.values.point(row),
+      clicked: (row) => this.values.hold(row),
       fail,
     });
     this.findings = new Findings(byId('findings', HTMLElement), (finding) =>
@@ -100,8 +110,9 @@ export class Studio {
       remove: (name) => this.setParameter(name, undefined),
     });
     this.tabs = new Tabs(byId('drawer', HTMLElement), byId('tabs', HTMLElement), this.tabList, () =>
-      this.refreshEvents(),
+      this.followTabs(),
     );
+    this.values = new Values(this.tabs.panel('values'), session, fail);
     this.securities = new Securities(
       this.tabs.panel('securities'),
       this.names,
@@ -119,15 +130,18 @@ export class Studio {
     if (this.hasFolder) {
       new Scan(this.tabs.panel('scan'), {
         script: () => ({ script: this.editor.text, parameters: this.parameterList }),
-        open: (security) => void this.open({ security }),
+        open: (security, key) => void this.openAt(security, key).catch(fail),
         fail,
       });
     }
     this.play = this.makePlay(fail);
+    this.alarms = new Alarms(byId('play', HTMLElement));
     this.editor.setDark(this.looks.name === 'dark');
     this.period = new PeriodMenu(byId('period', HTMLSelectElement), language.periods, () => {
       if (this.wanted) void this.open(this.wanted);
     });
+    bindOverlay(this.hasFolder ? this.names : [], (name) => this.layOver(name));
+    bindScale((name) => this.pipeline.chart.setScale(name));
     this.bindButtons(fail, this.makeSaveDialog(shelf));
   }
 
@@ -181,8 +195,10 @@ export class Studio {
     const drawn = this.pipeline.newest;
     if (!answer.records || !drawn) return;
     setText(this.times, answer.sound ? timesText(answer.times) : '');
+    this.times.title = this.times.textContent;
     this.tellMissing(drawn);
     this.data.show(drawn);
+    this.values.take(drawn);
     this.seekOthers(drawn);
     if (this.play.isOn) return;
     this.areEventsOld = true;
@@ -264,6 +280,34 @@ export class Studio {
     }
   }
 
+  private async layOver(title: string | undefined): Promise<void> {
+    try {
+      const overlay =
+        title === undefined ? undefined : { name: title, content: await readBars(title) };
+      const laid = await this.session.takeOverlay(overlay);
+      this.pipeline.setOverlay(laid ? { title: title!, column: laid.column } : undefined);
+      tell(laid?.bars === 0 ? `${title} has no bars at these dates` : '');
+    } catch (error) {
+      this.fail(error);
+      throw error;
+    }
+  }
+
+  /** With the crosshair at the bar of a key. */
+  private async openAt(security: string, key: number): Promise<void> {
+    const source = { security };
+    await this.open(source);
+    if (this.source === source) this.pipeline.chart.showRow(await this.session.rowOf(key));
+  }
+
+  /** Has the script and the parameters of a picture that was saved here. */
+  private async takePicture(file: File): Promise<void> {
+    const shared = fromPicture(new Uint8Array(await file.arrayBuffer()));
+    if (!shared) throw new Error('this picture holds no script');
+    this.writing.takeShared(file.name.replace(/\.png$/i, ''), shared);
+    tell(`Script and parameters of ${file.name}`);
+  }
+
   private async read(source: Source): Promise<{ name: string; content: Blob }> {
     if ('file' in source) return { name: source.file.name, content: source.file };
     const name = source.security;
@@ -280,6 +324,11 @@ export class Studio {
     document.title = `${bars.name} – quor studio`;
     this.pipeline.takeBars(bars);
     this.writing.keep();
+  }
+
+  private followTabs(): void {
+    this.values?.setOpen(this.tabs.isOpen('values'));
+    this.refreshEvents();
   }
 
   private refreshEvents(): void {
@@ -303,7 +352,8 @@ export class Studio {
       },
       begun: (answer) => {
         this.events.clear('While bars are played');
-        this.tabs.show('events');
+        this.alarms.forget();
+        if (!this.tabs.isOpen('values')) this.tabs.show('events');
         void this.pipeline.takeStep(answer);
       },
       stepped: async (answer) => {
@@ -311,7 +361,10 @@ export class Studio {
           this.events.add(events);
           if (final) this.events.closeBar(row);
         }
+        this.alarms.take(answer.steps);
         await this.pipeline.takeStep(answer);
+        const { pointedRow } = this.pipeline.chart;
+        this.values.follow(pointedRow === undefined ? answer.rows - 1 : undefined);
       },
       ended: (answer) => {
         this.pipeline.take(answer);
@@ -338,10 +391,15 @@ export class Studio {
         zoom: (factor) => this.pipeline.chart.zoom(factor),
         showAll: () => this.pipeline.chart.showAll(),
         copyLink: () => this.copyLink(),
-        savePicture: async () =>
-          saveFile(`${this.fileName}.png`, await this.pipeline.chart.picture()),
+        savePicture: async () => {
+          const picture = await this.pipeline.chart.picture();
+          saveFile(`${this.fileName}.png`, await intoPicture(picture, this.writing.shared));
+        },
         saveCsv: async () => saveFile(`${this.fileName}.csv`, await this.session.csv()),
-        openFile: (file) => void this.open({ file }),
+        openFile: (file) => {
+          if (file.type === 'image/png') this.takePicture(file).catch(fail);
+          else void this.open({ file });
+        },
         fail,
       },
       dialog,

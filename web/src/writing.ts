@@ -28,6 +28,9 @@ const isComeBack = (): boolean =>
     .getEntriesByType('navigation')
     .some((entry) => (entry as PerformanceNavigationTiming).type !== 'navigate');
 
+/** The script stands beside the chart. */
+const isWide = matchMedia('(width >= 860px)');
+
 export class Writing {
   private readonly scripts: Scripts;
   private readonly menu: Library;
@@ -56,7 +59,7 @@ export class Writing {
       },
       add: () => {
         this.scripts.openOther('script', '');
-        this.editor.focus();
+        editor.focus();
       },
     });
     window.addEventListener('hashchange', () => void this.openLink());
@@ -78,7 +81,7 @@ export class Writing {
     if (shared) this.scripts.openOther('link', shared.script);
     else if (draft) await this.openAgain(draft.current);
     if (!this.scripts.currentId) this.openFirst();
-    this.editor.focus();
+    this.goToScript();
     this.drafts.takeUp(this.scripts.kept);
     this.menu.showLeft(this.drafts.leftScripts);
     this.isReady = true;
@@ -119,7 +122,7 @@ export class Writing {
 
   /** Has the address bar show a link to what is seen. */
   async showLink(): Promise<void> {
-    this.link = await toFragment({ script: this.editor.text, ...this.events.setting() });
+    this.link = await toFragment(this.shared);
     history.replaceState(null, '', this.link);
     this.keep();
   }
@@ -127,6 +130,11 @@ export class Writing {
   private get draft(): Draft {
     const { kept: scripts, currentId: current } = this.scripts;
     return { scripts, current, ...this.events.setting(), link: this.link };
+  }
+
+  /** Where the script stands below the chart, that stays in sight. */
+  private goToScript(): void {
+    if (isWide.matches) this.editor.focus();
   }
 
   private async open(id: string): Promise<void> {
@@ -138,7 +146,7 @@ export class Writing {
       const script = await this.menu.read(id);
       if (script) this.scripts.open(script);
     }
-    this.editor.focus();
+    this.goToScript();
   }
 
   /** The script of a draft, which may be gone from the folder by now. */
@@ -166,9 +174,18 @@ export class Writing {
 
   private async openLink(): Promise<void> {
     const shared = await this.readLink();
-    if (!shared) return;
+    if (shared) this.takeShared('link', shared);
+  }
+
+  /** Opens what somebody has handed on. */
+  takeShared(name: string, shared: Shared): void {
     this.events.linked(shared);
-    this.scripts.openOther('link', shared.script);
-    this.editor.focus();
+    this.scripts.openOther(name, shared.script);
+    this.goToScript();
+  }
+
+  /** What a link or a picture hands on. */
+  get shared(): Shared {
+    return { script: this.editor.text, ...this.events.setting() };
   }
 }

@@ -2,9 +2,11 @@
 import { element, setText } from '../dom.ts';
 import type { Sight } from './frame.ts';
 import { followGestures } from './gestures.ts';
-import { ChartPane } from './pane.ts';
+import { Heights } from './heights.ts';
+import { ChartPane, type PaneEvents, timeAxisHeight } from './pane.ts';
 import { groupedText } from './numbers.ts';
 import { pictureOf } from './picture.ts';
+import type { ScaleName } from './scale.ts';
 import type { Sheet } from './sheet.ts';
 import { keptIn, newest, panned, showing, usualBars, zoomed } from './sight.ts';
 import type { Theme } from './theme.ts';
@@ -23,6 +25,10 @@ export interface ChartEvents {
   drawn: (sheet: Sheet) => void;
   /** Values of columns at a row of which several share a slot. */
   values: (row: number) => Promise<ReadonlyMap<number, number> | undefined>;
+  /** The crosshair is at a row. */
+  pointed: (row: number) => void;
+  /** A row was clicked. */
+  clicked: (row: number) => void;
 }
 
 export class Chart {
@@ -39,6 +45,8 @@ export class Chart {
   private title = '';
   private isToBeTold = false;
   private frameAsked = 0;
+  private readonly heights = new Heights(localStorage);
+  private scaleName: ScaleName = 'linear';
 
   constructor(
     root: HTMLElement,
@@ -51,6 +59,10 @@ export class Chart {
       zoom: (factor, left) =>
         this.setSight(zoomed(this.sight, factor, this.placeAt(left), this.rows)),
       reset: () => this.setSight(newest(usualBars, this.rows)),
+      click: (left) => {
+        if (this.sheet && this.sheet.view.count > 0)
+          this.events.clicked(this.rowAt(this.placeAt(left)));
+      },
     });
     root.addEventListener('keydown', (event) => this.followKey(event));
   }
@@ -89,6 +101,12 @@ export class Chart {
   setSight(sight: Sight): void {
     this.sight = sight;
     this.events.sight(sight, this.plotWidth);
+    this.askForFrame();
+  }
+
+  /** Of the price pane. */
+  setScale(name: ScaleName): void {
+    this.scaleName = name;
     this.askForFrame();
   }
 
@@ -148,32 +166,46 @@ export class Chart {
     if (panes.length === this.panes.length)
       this.panes.forEach((pane, i) => pane.take(sheet, panes[i]));
     else this.buildPanes(sheet);
+    this.heights.take(this.weights);
     this.layOut();
   }
 
   private buildPanes(sheet: Sheet): void {
     for (const pane of this.panes) pane.destroy();
     const { panes } = sheet.drawn;
-    const events = { point: (place: number | undefined) => this.followPointer(place) };
     this.panes = panes.map(
-      (spec, i) => new ChartPane(sheet, spec, i === 0, i === panes.length - 1, events),
+      (spec, i) => new ChartPane(sheet, spec, i === 0, i === panes.length - 1, this.eventsOf(i)),
     );
     this.panesRoot.replaceChildren(...this.panes.map(({ root }) => root));
+  }
+
+  private eventsOf(index: number): PaneEvents {
+    return {
+      point: (place) => this.followPointer(place),
+      stretched: () => this.askForFrame(),
+      border: {
+        move: (pixels) => {
+          this.heights.move(index, pixels, this.panesRoot.clientHeight - timeAxisHeight);
+          this.layOut();
+        },
+        reset: () => {
+          this.heights.reset(this.weights);
+          this.layOut();
+        },
+      },
+    };
+  }
+
+  private get weights(): number[] {
+    return this.panes.map(({ spec }) => spec.weight);
   }
 
   private layOut(): void {
     const width = Math.floor(this.panesRoot.clientWidth);
     const height = Math.floor(this.panesRoot.clientHeight);
     if (width < 80 || height < 60) return;
-    const timeAxis = 26;
-    let used = 0;
-    this.panes.forEach((pane, i) => {
-      const isLast = i === this.panes.length - 1;
-      const share = Math.round(pane.spec.weight * (height - timeAxis));
-      const own = isLast ? height - used : share;
-      used += share;
-      pane.resize(width, Math.max(own, 40));
-    });
+    const pixels = this.heights.pixels(height, timeAxisHeight);
+    this.panes.forEach((pane, i) => pane.resize(width, pixels[i], this.heights.percentAbove(i)));
     this.events.sight(this.sight, this.plotWidth);
     this.askForFrame();
   }
@@ -189,7 +221,7 @@ export class Chart {
     const { sheet } = this;
     if (!sheet) return;
     this.showLegends();
-    for (const pane of this.panes) pane.draw(sheet, this.sight);
+    for (const pane of this.panes) pane.draw(sheet, this.sight, this.scaleName);
     if (this.row !== undefined) for (const pane of this.panes) pane.setCrosshair(this.row + 0.5);
   }
 
@@ -209,6 +241,7 @@ export class Chart {
 
   private pointAt(row: number | undefined): void {
     this.row = row;
+    if (row !== undefined) this.events.pointed(row);
     this.showLegends();
     if (row !== undefined && this.sheet && this.sheet.view.step > 1) void this.askForValues(row);
   }
@@ -285,8 +318,8 @@ export class Chart {
     const acts: Readonly<Record<string, () => void>> = {
       ArrowLeft: () => move(-step),
       ArrowRight: () => move(step),
-      ArrowUp: () => this.zoom(1 / 1.25),
-      ArrowDown: () => this.zoom(1.25),
+      ArrowUp: () => (event.shiftKey ? this.stretch(1.25) : this.zoom(1 / 1.25)),
+      ArrowDown: () => (event.shiftKey ? this.stretch(1 / 1.25) : this.zoom(1.25)),
       '+': () => this.zoom(1 / 1.25),
       '=': () => this.zoom(1 / 1.25),
       '-': () => this.zoom(1.25),
@@ -300,6 +333,12 @@ export class Chart {
     if (!Object.hasOwn(acts, event.key)) return;
     event.preventDefault();
     acts[event.key]();
+  }
+
+  /** The prices, up and down. */
+  private stretch(factor: number): void {
+    this.panes[0]?.stretchBy(factor);
+    this.askForFrame();
   }
 
   private stepCrosshair(by: number): void {

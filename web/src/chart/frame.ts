@@ -2,6 +2,7 @@
 import type { Shown } from '../engine/types.ts';
 import { type Box, Placement } from './placement.ts';
 import { flagOf, isKind, numberOf, type ShapeRecord, textOf } from './records.ts';
+import type { Scale, Values } from './scale.ts';
 import type { Theme } from './theme.ts';
 import type { View } from './view.ts';
 
@@ -54,7 +55,9 @@ export class Frame {
     /** Of the plot, in pixels of the page. */
     readonly box: Box,
     readonly sight: Sight,
-    private readonly values: { low: number; high: number },
+    /** The ends of the value axis, as places of its scale. */
+    private readonly ends: Values,
+    private readonly scale: Scale,
     private readonly shownOf: (record: ShapeRecord) => readonly Shown[],
   ) {
     this.placement = new Placement(box);
@@ -80,7 +83,8 @@ export class Frame {
   }
 
   y(value: number): number {
-    const share = (value - this.values.low) / (this.values.high - this.values.low);
+    const { low, high } = this.ends;
+    const share = (this.scale.place(value) - low) / (high - low);
     return this.box.bottom - share * (this.box.bottom - this.box.top);
   }
 

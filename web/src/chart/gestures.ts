@@ -6,10 +6,15 @@ export interface Gestures {
   /** A factor below 1 shows less; `left` is in pixels from the left edge. */
   zoom: (factor: number, left: number) => void;
   reset: () => void;
+  /** Without moving, in pixels from the left edge. */
+  click: (left: number) => void;
 }
 
 /** A wheel may count in lines or pages. */
 const unitOf: readonly number[] = [1, 33, 400];
+
+/** As far as a hand moves that means to click, in pixels. */
+const steady = 3;
 
 function followWheel(root: HTMLElement, gestures: Gestures): void {
   root.addEventListener(
@@ -31,10 +36,12 @@ function followWheel(root: HTMLElement, gestures: Gestures): void {
 
 export function followGestures(root: HTMLElement, gestures: Gestures): void {
   const pointers = new Map<number, number>();
+  let [begun, hasMoved] = [0, false];
   followWheel(root, gestures);
   root.addEventListener('dblclick', () => gestures.reset());
   root.addEventListener('pointerdown', (event) => {
     if (event.button !== 0) return;
+    [begun, hasMoved] = [event.clientX, false];
     pointers.set(event.pointerId, event.clientX);
     root.setPointerCapture(event.pointerId);
     root.classList.add('dragging');
@@ -42,6 +49,7 @@ export function followGestures(root: HTMLElement, gestures: Gestures): void {
   root.addEventListener('pointermove', (event) => {
     const before = pointers.get(event.pointerId);
     if (before === undefined) return;
+    hasMoved ||= Math.abs(event.clientX - begun) > steady;
     const other = [...pointers].find(([id]) => id !== event.pointerId)?.[1];
     pointers.set(event.pointerId, event.clientX);
     if (other === undefined) {
@@ -50,6 +58,9 @@ export function followGestures(root: HTMLElement, gestures: Gestures): void {
     }
     const [was, is] = [Math.abs(before - other), Math.abs(event.clientX - other)];
     if (was > 8 && is > 8) gestures.zoom(was / is, other - root.getBoundingClientRect().left);
+  });
+  root.addEventListener('click', (event) => {
+    if (!hasMoved) gestures.click(event.clientX - root.getBoundingClientRect().left);
   });
   const release = (event: PointerEvent) => {
     pointers.delete(event.pointerId);

@@ -3,11 +3,20 @@ import uPlot from 'uplot';
 import type { Pane as PaneSpec } from '../engine/types.ts';
 import { element } from '../dom.ts';
 import { fontFamily, Frame, type Sight } from './frame.ts';
+import { axisGrip, type BorderEvents, borderGrip } from './grips.ts';
 import { Legend, type LegendEntry } from './legend.ts';
-import { shortText } from './numbers.ts';
 import { paint } from './paint.ts';
-import { rangeInSight } from './range.ts';
+import { drawPolyline } from './paint_lines.ts';
+import { endsFor, type Range, rangeInSight } from './range.ts';
 import { isFigure, type ShapeRecord } from './records.ts';
+import {
+  multiplied,
+  type Scale,
+  type ScaleName,
+  scaleOf,
+  type Tick,
+  type Values,
+} from './scale.ts';
 import type { Sheet } from './sheet.ts';
 import {
   closeTag,
@@ -15,16 +24,18 @@ import {
   paintTag,
   type Tag,
   tickTexts,
-  ticksOf,
   valueAxisWidth,
 } from './value_axis.ts';
 
-const timeAxisHeight = 26;
+export const timeAxisHeight = 26;
 const axisFont = `11px ${fontFamily}`;
 
 export interface PaneEvents {
   /** The pointer is at a place of the time axis, or has left. */
   point: (place: number | undefined) => void;
+  /** The value axis is dragged, or given back its usual height. */
+  stretched: () => void;
+  border: BorderEvents;
 }
 
 export class ChartPane {
@@ -32,10 +43,17 @@ export class ChartPane {
   readonly legend = new Legend();
   private readonly plot: uPlot;
   private readonly cursorTag = element('div', { class: 'cursor-tag', 'aria-hidden': 'true' });
+  private border: HTMLElement | undefined;
   private records: readonly ShapeRecord[] = [];
+  private overlay: ShapeRecord | undefined;
+  private overlayFactor = NaN;
   private levels: ReadonlyMap<ShapeRecord, number> = new Map();
   private sight: Sight = { from: 0, to: 1 };
-  private values = { low: 0, high: 1 };
+  private scale: Scale = scaleOf('linear', 1, 1);
+  /** The ends of the value axis, as places of its scale. */
+  private axis: Values = { low: 0, high: 1 };
+  /** How many times as high as they need all values are drawn. */
+  private stretch = 1;
 
   constructor(
     private sheet: Sheet,
@@ -47,7 +65,12 @@ export class ChartPane {
     this.take(sheet, spec);
     this.plot = new uPlot(this.options(), this.ends(), this.root);
     this.followPointer(events);
-    this.root.append(this.legend.root, this.cursorTag);
+    const grip = axisGrip((factor) => {
+      this.stretchBy(factor);
+      events.stretched();
+    });
+    this.root.append(this.legend.root, this.cursorTag, grip);
+    if (!this.isLast) this.root.append((this.border = borderGrip(events.border)));
   }
 
   /** Other records take the place of those before. */
@@ -57,7 +80,8 @@ export class ChartPane {
     this.spec = spec;
     this.records = spec.records.map((index) => records[index]);
     this.levels = new Map(spec.levels.map(({ record, value }) => [records[record], value]));
-    this.legend.take(this.records);
+    this.overlay = this.isFirst ? sheet.overlay : undefined;
+    this.legend.take(this.overlay ? [...this.records, this.overlay] : this.records);
   }
 
   destroy(): void {
@@ -74,25 +98,29 @@ export class ChartPane {
     return this.plot.over;
   }
 
-  resize(width: number, height: number): void {
+  /** `share` is its part of both panes at its border, in percent. */
+  resize(width: number, height: number, share: number): void {
+    this.border?.setAttribute('aria-valuenow', String(share));
     if (this.plot.width !== width || this.plot.height !== height)
       this.plot.setSize({ width, height });
   }
 
-  draw(sheet: Sheet, sight: Sight): void {
+  draw(sheet: Sheet, sight: Sight, scaleName: ScaleName): void {
     this.sheet = sheet;
     this.sight = sight;
-    const seen = this.records.filter((record) => !this.levels.has(record));
-    this.values = rangeInSight(seen, [...this.levels.values()], sheet.view, sight.from, sight.to);
-    this.takeShown(seen);
-    this.makeRoomForLegend();
+    this.takeAxis(this.isFirst ? scaleName : 'linear');
     this.plot.batch(() => {
       this.plot.setData(this.ends(), false);
       this.plot.setScale('x', { min: sight.from, max: sight.to });
-      this.plot.setScale('y', { min: this.values.low, max: this.values.high });
+      this.plot.setScale('y', { min: this.axis.low, max: this.axis.high });
       // The texts of the axes hang on more than their scales: on other bars, or a tag.
       this.plot.redraw(false, true);
     });
+  }
+
+  /** By a factor; without one the values have the height that they need. */
+  stretchBy(factor: number | undefined): void {
+    this.stretch = factor === undefined ? 1 : Math.min(Math.max(this.stretch * factor, 0.1), 50);
   }
 
   placeAt(left: number): number {
@@ -106,12 +134,34 @@ export class ChartPane {
       { left, top: place === undefined ? -10 : (this.plot.cursor.top ?? -10) },
       false,
     );
-    if (place === undefined) this.cursorTag.hidden = true;
+    this.showLevel(this.plot);
   }
 
   /** What the legend shows of the values at a bar. */
   entriesAt(valueOf: (id: number) => number): LegendEntry[] {
     return this.legend.entries(this.spec.digits, valueOf);
+  }
+
+  private takeAxis(scaleName: ScaleName): void {
+    const { from, to } = this.sight;
+    const seen = this.records.filter((record) => !this.levels.has(record));
+    const range = rangeInSight(seen, [...this.levels.values()], this.sheet.view, from, to);
+    this.takeOverlay(range);
+    this.scale = scaleOf(scaleName, range.high, this.sheet.firstClose(from));
+    this.axis = endsFor(range, this.scale, seen);
+    this.takeShown(seen);
+    this.makeRoomForLegend();
+    const { low, high } = this.axis;
+    const [middle, half] = [(low + high) / 2, (high - low) / 2 / this.stretch];
+    if (this.stretch !== 1) this.axis = { low: middle - half, high: middle + half };
+  }
+
+  private takeOverlay(range: Range): void {
+    if (!this.overlay) return;
+    const { from, to } = this.sight;
+    this.overlayFactor = this.sheet.overlayFactor(from);
+    const { low, high } = rangeInSight([this.overlay], [], this.sheet.view, from, to);
+    for (const value of [low, high]) range.take(this.overlayFactor * value);
   }
 
   /** Figures count with the anchors that are in sight. */
@@ -121,15 +171,16 @@ export class ChartPane {
       for (const shown of this.sheet.shownOf(record)) {
         const value = shown.values.Field1Id;
         if (shown.row + 1 < from || shown.row > to || typeof value !== 'number') continue;
-        this.values.low = Math.min(this.values.low, value);
-        this.values.high = Math.max(this.values.high, value);
+        if (this.scale.isLogged && value <= 0) continue;
+        this.axis.low = Math.min(this.axis.low, this.scale.place(value));
+        this.axis.high = Math.max(this.axis.high, this.scale.place(value));
       }
     }
   }
 
   private makeRoomForLegend(): void {
     const share = Math.min(this.legend.height / Math.max(this.plotHeight(), 1), 0.4);
-    this.values.high += ((this.values.high - this.values.low) * share) / (1 - share);
+    this.axis.high += ((this.axis.high - this.axis.low) * share) / (1 - share);
   }
 
   private ends(): uPlot.AlignedData {
@@ -174,9 +225,9 @@ export class ChartPane {
           ...axis,
           side: 1,
           size: valueAxisWidth,
-          splits: () => this.ticks().values,
-          values: (_plot, values) =>
-            tickTexts(values, this.ticks().step, this.values, this.plotHeight(), this.tags()),
+          splits: () => this.ticks().map(({ value }) => this.scale.place(value)),
+          values: () =>
+            tickTexts(this.ticks(), this.scale, this.axis, this.plotHeight(), this.tags()),
         },
       ],
       hooks: {
@@ -194,15 +245,21 @@ export class ChartPane {
     return this.plot.bbox.height / uPlot.pxRatio;
   }
 
-  private ticks(): { step: number; values: number[] } {
-    return ticksOf(this.values, this.plotHeight(), this.spec.digits === 0, this.sheet.measures);
+  private ticks(): Tick[] {
+    const { scale, axis } = this;
+    const values = { low: scale.value(axis.low), high: scale.value(axis.high) };
+    const isWhole = this.spec.digits === 0;
+    return scale.ticks(values, this.plotHeight(), isWhole, this.sheet.measures);
   }
 
   private tags(): Tag[] {
-    const { low, high } = this.values;
-    const all = levelTags(this.levels, this.sheet, this.spec.digits);
-    if (this.isFirst) all.push(...closeTag(this.sheet));
-    return all.filter(({ value }) => value >= low && value <= high);
+    const { low, high } = this.axis;
+    const all = levelTags(this.levels, this.sheet, this.scale, this.spec.digits);
+    if (this.isFirst) all.push(...closeTag(this.sheet, this.scale));
+    return all.filter(({ value }) => {
+      const place = this.scale.place(value);
+      return place >= low && place <= high;
+    });
   }
 
   private snapped(left: number): number {
@@ -224,7 +281,8 @@ export class ChartPane {
     this.cursorTag.hidden = left < 0 || top < 0;
     if (this.cursorTag.hidden) return;
     const digits = Math.max(this.spec.digits, this.isFirst ? this.sheet.decimals : 0);
-    this.cursorTag.textContent = shortText(plot.posToVal(top, 'y'), Math.min(digits, 8));
+    const value = this.scale.value(plot.posToVal(top, 'y'));
+    this.cursorTag.textContent = this.scale.text(value, Math.min(digits, 8));
     this.cursorTag.style.top = `${top}px`;
     this.cursorTag.style.left = `${this.plotWidth()}px`;
   }
@@ -245,10 +303,13 @@ export class ChartPane {
     ctx.beginPath();
     ctx.rect(box.left, box.top, box.right - box.left, box.bottom - box.top);
     ctx.clip();
-    const frame = new Frame(ctx, theme, view, box, this.sight, this.values, (record) =>
-      this.sheet.shownOf(record),
-    );
+    const shownOf = (record: ShapeRecord) => this.sheet.shownOf(record);
+    const frameOf = (scale: Scale) =>
+      new Frame(ctx, theme, view, box, this.sight, this.axis, scale, shownOf);
+    const frame = frameOf(this.scale);
     paint(frame, this.records, this.levels);
+    if (this.overlay)
+      drawPolyline(frameOf(multiplied(this.scale, this.overlayFactor)), this.overlay);
     ctx.restore();
     for (const tag of this.tags()) paintTag(frame, tag);
     if (!this.isLast)

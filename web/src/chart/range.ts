@@ -1,10 +1,13 @@
 // The range of values that a pane shows.
 import { isFigure, isKind, numberOf, type ShapeRecord, textOf } from './records.ts';
+import type { Scale, Values } from './scale.ts';
 import type { Track, View } from './view.ts';
 
 export class Range {
   low = Infinity;
   high = -Infinity;
+  /** Above 0. */
+  leastPositive = Infinity;
 
   get isEmpty(): boolean {
     return this.low > this.high;
@@ -22,6 +25,7 @@ export class Range {
     if (!(Math.abs(value) < 1e100)) return;
     if (value < this.low) this.low = value;
     if (value > this.high) this.high = value;
+    if (value > 0 && value < this.leastPositive) this.leastPositive = value;
   }
 
   takeTrack(
@@ -77,21 +81,32 @@ function standsOnZero(range: Range, records: readonly ShapeRecord[]): boolean {
   );
 }
 
-/** The range of what records show between two rows, with a margin. */
+/** The range of what records show between two rows. */
 export function rangeInSight(
   records: readonly ShapeRecord[],
   levels: readonly number[],
   view: View,
   from: number,
   to: number,
-): { low: number; high: number } {
+): Range {
   const { begin, end } = view.slots(from, to);
   const range = new Range();
   for (const record of records) takeRecord(range, record, view, begin, end);
   for (const level of levels) range.take(level);
   for (const record of records) if (isKind(record, 'YAxisRange')) reachFor(range, record);
-  if (range.isEmpty) return { low: 0, high: 1 };
-  const { low, high, span } = range;
+  return range;
+}
+
+/** How far an axis of logarithms goes down, as a share of its high end. */
+const deepest = 1e-6;
+
+/** The ends of the axis for a range, with a margin, as places of a scale. */
+export function endsFor(range: Range, scale: Scale, records: readonly ShapeRecord[]): Values {
+  if (range.isEmpty) return { low: scale.place(0), high: scale.place(1) };
+  const high = scale.place(range.high);
+  const least = Math.max(range.leastPositive, deepest * range.high);
+  const low = scale.place(scale.isLogged ? Math.max(range.low, least) : range.low);
+  const span = high - low;
   const margin = span > 0 ? 0.06 * span : high !== 0 ? 0.1 * Math.abs(high) : 0.1;
   return { low: standsOnZero(range, records) ? low : low - margin, high: high + margin };
 }

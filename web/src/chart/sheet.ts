@@ -28,6 +28,8 @@ export class Sheet {
     readonly decimals: number,
     readonly intraday: boolean,
     readonly measures: Measures,
+    /** A line over the prices that begins with them wherever the sight begins. */
+    readonly overlay?: ShapeRecord,
   ) {}
 
   shownOf(record: ShapeRecord): readonly Shown[] {
@@ -35,8 +37,8 @@ export class Sheet {
   }
 
   withTheme(theme: Theme): Sheet {
-    const { drawn, view, shown, decimals, intraday, measures } = this;
-    return new Sheet(drawn, view, shown, theme, decimals, intraday, measures);
+    const { drawn, view, shown, decimals, intraday, measures, overlay } = this;
+    return new Sheet(drawn, view, shown, theme, decimals, intraday, measures, overlay);
   }
 
   /** NaN while the newest bar isn't loaded. */
@@ -46,6 +48,27 @@ export class Sheet {
 
   get closeBefore(): number {
     return this.view.step === 1 ? this.view.valueAt(closeField, this.view.rows - 2) : NaN;
+  }
+
+  /** How many times as high as it is the overlay is drawn; NaN without any. */
+  overlayFactor(from: number): number {
+    if (!this.overlay) return NaN;
+    const [close, other] = [
+      this.view.track(closeField),
+      this.view.column(this.overlay, 'Field1Id'),
+    ];
+    const { begin, end } = this.view.slots(from, this.view.to);
+    for (let slot = begin; slot < end; ++slot) {
+      const factor = close.first[slot] / other.first[slot];
+      if (Number.isFinite(factor)) return factor;
+    }
+    return NaN;
+  }
+
+  /** Of the bars from a row on; NaN without one. */
+  firstClose(from: number): number {
+    const { begin } = this.view.slots(from, this.view.to);
+    return this.view.track(closeField).first.subarray(begin).find(Number.isFinite) ?? NaN;
   }
 
   /** The date and time of a row that is loaded. */

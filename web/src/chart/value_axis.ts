@@ -1,17 +1,11 @@
 // The value axis of a pane: its ticks, and tags for the newest close and for levels.
-import type { Measures } from '../engine/types.ts';
 import { inkOn, withAlpha } from './color.ts';
 import type { Frame } from './frame.ts';
-import { multiples, niceStep, shortText, tickText } from './numbers.ts';
 import { type ShapeRecord, textOf } from './records.ts';
+import type { Scale, Tick, Values } from './scale.ts';
 import type { Sheet } from './sheet.ts';
 
 export const valueAxisWidth = 66;
-
-export interface Values {
-  low: number;
-  high: number;
-}
 
 /** A value that has a label on the axis. */
 export interface Tag {
@@ -23,55 +17,44 @@ export interface Tag {
 
 const tagHeight = 16;
 
-/** Whole numbers only for a pane of whole values. */
-export function ticksOf(
-  { low, high }: Values,
-  height: number,
-  isWhole: boolean,
-  { tickRoom, leastTickRoom, enoughTicks }: Measures,
-): { step: number; values: number[] } {
-  const most = Math.max(1, height / leastTickRoom);
-  let count = Math.max(1, height / tickRoom);
-  for (;;) {
-    const step = Math.max(niceStep(high - low, count), isWhole ? 1 : 0);
-    const values = multiples(step, low, high);
-    count *= 1.5;
-    if (values.length >= enoughTicks || count >= most) return { step, values };
-  }
-}
-
-/** The texts of ticks, none where a tag stands or half of it would be cut off. */
+/** The texts of ticks, none where a tag stands or half of it would be cut off. The ends of the axis are
+ * places of the scale. */
 export function tickTexts(
-  values: readonly number[],
-  step: number,
+  ticks: readonly Tick[],
+  scale: Scale,
   { low, high }: Values,
   height: number,
   tags: readonly Tag[],
 ): string[] {
-  const nearTag = (value: number) =>
-    tags.some((tag) => Math.abs(tag.value - value) * height < (tagHeight - 1) * (high - low));
+  const places = tags.map(({ value }) => scale.place(value));
+  const nearTag = (place: number) =>
+    places.some((tag) => Math.abs(tag - place) * height < (tagHeight - 1) * (high - low));
   const margin = ((high - low) / height) * 7;
-  const isCut = (value: number) => value > high - margin || value < low + margin;
-  const reach = Math.max(Math.abs(low), Math.abs(high));
-  return values.map((value) =>
-    nearTag(value) || isCut(value) ? '' : tickText(value, step, reach),
-  );
+  const isCut = (place: number) => place > high - margin || place < low + margin;
+  return ticks.map(({ value, text }) => {
+    const place = scale.place(value);
+    return nearTag(place) || isCut(place) ? '' : text;
+  });
 }
 
-export function closeTag({ theme, decimals, newestClose, closeBefore }: Sheet): Tag[] {
+export function closeTag(
+  { theme, decimals, newestClose, closeBefore }: Sheet,
+  scale: Scale,
+): Tag[] {
   if (!Number.isFinite(newestClose)) return [];
   const color = newestClose < closeBefore ? theme.palette.fall : theme.palette.rise;
-  return [{ value: newestClose, text: shortText(newestClose, decimals), color, isFilled: true }];
+  return [{ value: newestClose, text: scale.text(newestClose, decimals), color, isFilled: true }];
 }
 
 export function levelTags(
   levels: ReadonlyMap<ShapeRecord, number>,
   { theme }: Sheet,
+  scale: Scale,
   digits: number,
 ): Tag[] {
   return [...levels].map(([record, value]) => ({
     value,
-    text: shortText(value, Number.isInteger(value) ? 0 : digits),
+    text: scale.text(value, Number.isInteger(value) ? 0 : digits),
     color: theme.text(textOf(record, 'LineColor')),
     isFilled: false,
   }));

@@ -6,6 +6,7 @@ import type {
   BarsAnswer,
   EventsAnswer,
   Language,
+  OverlayAnswer,
   Parameter,
   PlayAnswer,
   RecordsAnswer,
@@ -13,6 +14,7 @@ import type {
   StepAnswer,
   Subject,
   ValuesAnswer,
+  WhyAnswer,
 } from './types.ts';
 import { readView } from './view_answer.ts';
 
@@ -45,6 +47,7 @@ export class Session {
   private bars: BarsText | undefined;
   private sound: Task | undefined;
   private knownSubject: Subject = {};
+  private overlay: BarsText | undefined;
   private readonly others = new Map<string, BarsText>();
 
   constructor(
@@ -103,6 +106,16 @@ export class Session {
     return answer;
   }
 
+  /** The close of another security over the bars; null without one. */
+  async takeOverlay(overlay: BarsText | undefined): Promise<OverlayAnswer | null> {
+    await this.ready;
+    const answer = overlay
+      ? await this.postNow<OverlayAnswer>(overlay, 'overlay')
+      : await this.get<null>({ call: 'overlay' });
+    this.overlay = overlay;
+    return answer;
+  }
+
   async script(script: string, parameters: Parameter[]): Promise<ScriptAnswer> {
     try {
       const answer = await this.get<ScriptAnswer>({ call: 'script', script, parameters });
@@ -126,6 +139,16 @@ export class Session {
 
   values(row: number): Promise<ValuesAnswer> {
     return this.get({ call: 'values', row });
+  }
+
+  /** Why a line of the script has no value at a row. */
+  why(line: number, row: number): Promise<WhyAnswer> {
+    return this.get({ call: 'why', line, row });
+  }
+
+  /** The row of a key, or the last one before it. */
+  async rowOf(key: number): Promise<number> {
+    return (await this.get<{ row: number }>({ call: 'row', key })).row;
   }
 
   events(since: number, limit: number): Promise<EventsAnswer> {
@@ -159,6 +182,7 @@ export class Session {
     try {
       await this.line.ask({ call: 'subject', ...this.knownSubject });
       for (const other of this.others.values()) await this.postNow(other, 'other');
+      if (this.overlay) await this.postNow(this.overlay, 'overlay');
       if (this.sound) await this.line.ask({ call: 'script', ...this.sound });
       if (this.bars) this.restored(await this.postNow<BarsAnswer>(this.bars, 'bars'));
     } catch {

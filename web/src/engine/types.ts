@@ -170,9 +170,25 @@ export interface RecordsAnswer {
 
 export interface ValuesAnswer {
   row: number;
+  /** The date, with the time of day where bars have one. */
+  text: string;
   /** Of the bar, by their ids. */
   fields: Readonly<Record<string, number | null>>;
+  /** Of the fields, by their ids. */
+  names: Readonly<Record<string, string>>;
   lines: (number | null)[];
+}
+
+export interface OverlayAnswer {
+  column: number;
+  /** Those for which it has a value. */
+  bars: number;
+}
+
+/** Why a line has no value at a bar, from the line down to what has none of its own. */
+export interface WhyAnswer {
+  row: number;
+  sentences: string[];
 }
 
 /** A notice or a signal. */
@@ -201,5 +217,13 @@ export interface PlayAnswer {
 
 export interface StepAnswer extends PlayAnswer {
   done: boolean;
-  steps: { row: number; key: number; tick: number; final: boolean; events: Fired[] }[];
+  steps: {
+    row: number;
+    key: number;
+    tick: number;
+    final: boolean;
+    events: Fired[];
+    /** Files of sounds, "Alarm01.wav". */
+    sounds: string[];
+  }[];
 }

@@ -1,4 +1,4 @@
-// A CSV that is dropped onto the page or chosen from the disk.
+// A CSV, or a picture with a script, that is dropped onto the page or chosen from the disk.
 
 export function takeFiles(
   overlay: HTMLElement,

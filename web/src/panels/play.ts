@@ -17,7 +17,26 @@ export interface PlayEvents {
 type Phase = 'idle' | 'paused' | 'running';
 
 /** Ticks that a step catches up with at most where the screen is slower than play. */
-const mostTicks = 200;
+const mostTicks = 500;
+
+/** In milliseconds: how long a picture of the screen is waited for, which a page that isn't seen never
+ * has. */
+const longestFrame = 200;
+
+/** Acts once, with the next picture of the screen. Gives what calls it off. */
+function withFrame(act: () => void): () => void {
+  const cancel = () => {
+    cancelAnimationFrame(frame);
+    clearTimeout(timer);
+  };
+  const once = () => {
+    cancel();
+    act();
+  };
+  const frame = requestAnimationFrame(once);
+  const timer = setTimeout(once, longestFrame);
+  return cancel;
+}
 
 /** Bars per second by the place of the slider. */
 const speeds = [1, 2, 4, 8, 16, 32, 64];
@@ -43,7 +62,8 @@ export class Play {
   private readonly ticks = element('select', { id: 'play-ticks', 'aria-label': 'How a bar forms' });
   private readonly place = element('span', { class: 'hint', id: 'play-place', role: 'status' });
   private phase: Phase = 'idle';
-  private timer: ReturnType<typeof setTimeout> | undefined;
+  /** Calls the next step off. */
+  private cancel = (): void => {};
   private isBusy = false;
   /** Up to when all ticks have come. */
   private clock = 0;
@@ -75,13 +95,13 @@ export class Play {
 
   /** Other bars have come in, which ends play. */
   reset(): void {
-    clearTimeout(this.timer);
+    this.cancel();
     this.setPhase('idle');
   }
 
   private async run(): Promise<void> {
     if (this.phase === 'running') {
-      clearTimeout(this.timer);
+      this.cancel();
       return this.setPhase('paused');
     }
     if (!(await this.begin())) return undefined;
@@ -92,7 +112,7 @@ export class Play {
   }
 
   private async stepOnce(): Promise<void> {
-    clearTimeout(this.timer);
+    this.cancel();
     if (await this.begin()) {
       this.setPhase('paused');
       await this.advance();
@@ -138,9 +158,12 @@ export class Play {
     return (1000 * ticks) / (this.barsPerSecond * Number(this.ticks.value));
   }
 
+  /** With the picture of the screen at which the next tick has come: no more steps than pictures. */
   private plan(): void {
-    const wait = this.clock + this.timeOf(1) - performance.now();
-    this.timer = setTimeout(() => void this.advance(), Math.max(wait, 0));
+    this.cancel = withFrame(() => {
+      if (performance.now() < this.clock + this.timeOf(1)) this.plan();
+      else void this.advance();
+    });
   }
 
   private async advance(): Promise<void> {

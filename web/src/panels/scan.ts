@@ -9,11 +9,16 @@ type Row = ScanAnswer['rows'][number];
 
 export interface ScanEvents {
   script: () => { script: string; parameters: Parameter[] };
-  open: (security: string) => void;
+  /** At the bar of a key. */
+  open: (security: string, key: number) => void;
   fail: (error: unknown) => void;
 }
 
 const pollEvery = 120;
+
+const valueText = (value: number | null): string => shortText(value ?? NaN, 2);
+const textsOf = ({ security, text, values }: Row): string[] =>
+  [security, text, ...values.map(valueText)].map((one) => one.toLowerCase());
 
 export class Scan {
   private readonly where = element('input', {
@@ -39,6 +44,13 @@ export class Scan {
     'aria-label': 'Files scanned',
   });
   private readonly state = element('span', { class: 'hint', role: 'status', id: 'scan-state' });
+  private readonly filter = element('input', {
+    type: 'search',
+    id: 'scan-filter',
+    placeholder: 'filter what was found',
+    'aria-label': 'Filter what was found',
+    maxlength: 100,
+  });
   private readonly table = element('table', { class: 'scan-table' });
   private readonly failures = element('ul', { class: 'failure-list' });
   private rows: Row[] = [];
@@ -59,8 +71,10 @@ export class Scan {
       this.cancel,
       this.progress,
       this.state,
+      this.filter,
     );
     root.append(bar, element('div', { class: 'scroll' }, this.table, this.failures));
+    this.filter.addEventListener('input', () => this.fillBody());
     window.addEventListener('pagehide', () => this.close());
     this.start.addEventListener('click', () => void this.begin());
     this.cancel.addEventListener('click', () => void this.stop());
@@ -118,9 +132,8 @@ export class Scan {
 
   private take({ running, cancelled, done, files, rows, failures }: ScanAnswer): void {
     this.rows.push(...rows);
-    const body = this.table.tBodies[0];
     if (this.order) this.sort();
-    else body?.append(...rows.map((row) => this.rowOf(row)));
+    else this.table.tBodies[0]?.append(...this.elementsOf(rows));
     for (const { security, reason } of failures)
       this.failures.append(element('li', {}, `${security}: ${reason}`));
     this.progress.value = done;
@@ -135,17 +148,25 @@ export class Scan {
       button.addEventListener('click', () => this.sortBy(column));
       return element('th', { scope: 'col', class: column > 1 ? 'number' : undefined }, button);
     });
-    this.table.replaceChildren(
-      element('thead', {}, element('tr', {}, ...head)),
-      element('tbody', {}, ...this.rows.map((row) => this.rowOf(row))),
-    );
+    this.table.replaceChildren(element('thead', {}, element('tr', {}, ...head)), element('tbody'));
+    this.fillBody();
+  }
+
+  private fillBody(): void {
+    this.table.tBodies[0]?.replaceChildren(...this.elementsOf(this.rows));
+  }
+
+  /** Of the rows in which the text of the filter stands. */
+  private elementsOf(rows: readonly Row[]): HTMLTableRowElement[] {
+    const wanted = this.filter.value.trim().toLowerCase();
+    return rows
+      .filter((row) => textsOf(row).some((text) => text.includes(wanted)))
+      .map((row) => this.rowOf(row));
   }
 
   private rowOf(row: Row): HTMLTableRowElement {
     const open = element('button', { type: 'button', class: 'quiet' }, row.security);
-    const cells = row.values.map((value) =>
-      element('td', { class: 'number' }, shortText(value ?? NaN, 2)),
-    );
+    const cells = row.values.map((value) => element('td', { class: 'number' }, valueText(value)));
     const made = element(
       'tr',
       {},
@@ -153,7 +174,7 @@ export class Scan {
       element('td', {}, row.text),
       ...cells,
     );
-    made.addEventListener('click', () => this.events.open(row.security));
+    made.addEventListener('click', () => this.events.open(row.security, row.key));
     return made;
   }
 
@@ -174,7 +195,7 @@ export class Scan {
       const [a, b] = [valueOf(one), valueOf(other)];
       return a < b ? -direction : a > b ? direction : 0;
     });
-    this.table.tBodies[0]?.replaceChildren(...this.rows.map((row) => this.rowOf(row)));
+    this.fillBody();
     [...(this.table.tHead?.rows[0]?.cells ?? [])].forEach((cell, i) => {
       cell.setAttribute('aria-sort', i !== column ? 'none' : isDown ? 'descending' : 'ascending');
     });

@@ -35,7 +35,7 @@ export class ScriptTabs {
     const hadFocus = this.list.contains(document.activeElement);
     this.list.replaceChildren(...opened.map((script) => this.tabOf(script, currentId)));
     const current = this.list.querySelector<HTMLElement>('[aria-selected="true"]');
-    current?.scrollIntoView({ block: 'nearest', inline: 'nearest' });
+    if (current) this.bringIntoSight(current);
     if (hadFocus) current?.focus();
   }
 
@@ -69,6 +69,12 @@ export class ScriptTabs {
   private close(id: string, name: string, isUnsaved: boolean): void {
     if (!isUnsaved || confirm(`${name} has changes that are not saved. Close it all the same?`))
       this.events.close(id);
+  }
+
+  /** Scrolls the tabs alone: the page stays where it is. */
+  private bringIntoSight(tab: HTMLElement): void {
+    const [own, all] = [tab, this.list].map((one) => one.getBoundingClientRect());
+    this.list.scrollLeft += Math.min(own.left - all.left, 0) + Math.max(own.right - all.right, 0);
   }
 
   private followKey({ key }: KeyboardEvent): void {

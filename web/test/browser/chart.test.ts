@@ -200,7 +200,7 @@ test('light and dark follow the system until one chooses', async () => {
   assert.equal(await ground(), light);
 });
 
-test('a narrow window has all of it, one below the other, and a chart of good height', async () => {
+test('a narrow window has all of it, one below the other, and first a chart of good height', async () => {
   for (const [width, height] of [
     [390, 800],
     [360, 640],
@@ -208,19 +208,21 @@ test('a narrow window has all of it, one below the other, and a chart of good he
   ]) {
     await desk.page.setViewport({ width, height });
     await desk.goTo();
-    const { wide, parts, chart, panes } = await desk.page.evaluate(() => {
+    const { wide, parts, chart, end, panes } = await desk.page.evaluate(() => {
       const sizeOf = (selector: string) =>
         document.querySelector(selector)!.getBoundingClientRect();
       return {
         wide: document.documentElement.scrollWidth,
         parts: ['#editor', '#chart', '#play', '#drawer'].map((part) => sizeOf(part).width),
         chart: sizeOf('#chart').height,
+        end: sizeOf('#chart').bottom,
         panes: [...document.querySelectorAll('.pane canvas')].map((pane) => pane.clientHeight),
       };
     });
     assert.ok(wide <= width, `${wide} pixels wide`);
     for (const part of parts) assert.ok(part > width - 60, `${part} of ${width} pixels`);
-    assert.ok(chart > 0.55 * height && chart < 0.8 * height, `${chart} of ${height} pixels`);
+    assert.ok(chart >= 0.6 * height && chart < 0.8 * height, `${chart} of ${height} pixels`);
+    assert.ok(end <= height, `the chart ends at ${end} of ${height} pixels`);
     const high = panes.reduce((sum, pane) => sum + pane, 0);
     assert.ok(high > chart - 60, `panes of ${panes} in ${chart} pixels`);
     const ink = await desk.ink(8);

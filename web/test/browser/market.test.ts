@@ -141,10 +141,33 @@ test('a scan fills a table, and a click on it opens the chart', async () => {
   assert.deepEqual(found.sort(), [...names].sort());
   const cells = await desk.texts('.scan-table tbody tr:first-child td');
   assert.equal(cells.at(-1), (await desk.legend()).M);
+  await desk.page.click('::-p-xpath(//th/button[.="Security"])');
+  assert.deepEqual(await desk.texts('.scan-table tbody th'), [...names].sort());
+  await desk.page.type('#scan-filter', 'MMA');
+  assert.deepEqual(await desk.texts('.scan-table tbody th'), ['gamma']);
+  const bar = await desk.text('.scan-table tbody td');
   await desk.page.click('::-p-xpath(//table//button[.="gamma"])');
   await desk.settled();
-  assert.match(await desk.text('.caption'), /^gamma/);
+  assert.match(await desk.text('.caption'), new RegExp(`^gamma .*${bar}`));
+  assert.match(await desk.text('.spoken'), new RegExp(`^${bar}`), 'the crosshair is at the bar');
   assert.deepEqual(await desk.texts('.security-list [aria-current]'), ['gamma']);
+});
+
+test('another security is laid over the prices and taken away', async () => {
+  await desk.write('M:MA(C,5);');
+  const titles = async () => Object.keys(await desk.legend()).slice(0, 2);
+  const before = await desk.pixels();
+  await desk.page.select('#overlay', 'beta');
+  await desk.page.waitForFunction(() => document.querySelectorAll('.legend > div').length > 1);
+  await desk.settled();
+  assert.deepEqual(await titles(), ['M', 'beta']);
+  assert.ok(!before.equals(await desk.pixels()));
+  await desk.choose('gamma');
+  assert.deepEqual(await titles(), ['M', 'beta'], 'over other bars, too');
+  await desk.choose('alpha');
+  await desk.page.select('#overlay', '');
+  await desk.settled();
+  assert.ok(!(await titles()).includes('beta'));
 });
 
 test('a scan is cancelled, and a page closed in its middle leaves the server well', async () => {

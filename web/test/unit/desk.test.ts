@@ -3,7 +3,7 @@ import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
 import { readdirSync, readFileSync } from 'node:fs';
 import { test } from 'node:test';
-import type { ScriptAnswer } from '../../src/engine/types.ts';
+import type { OverlayAnswer, ScriptAnswer } from '../../src/engine/types.ts';
 import type { Refusal } from '../../src/refusal.ts';
 import { Desk, madeBars, sampleBars } from './support.ts';
 
@@ -310,4 +310,36 @@ test('a script has the code, the market and the constants of its security', asyn
   const bad = refusal(() => desk.json({ call: 'subject', calendar: 'none' }));
   assert.ok(bad.status === 400 && bad.message.length > 5);
   assert.deepEqual(desk.values(2).lines, [0.01, 1], 'what was known before stays');
+});
+
+test('another security lies over the bars, under the same keys', async () => {
+  const csvOf = (closes: readonly (readonly [day: number, close: number])[]) =>
+    ['date,close', ...closes.map(([day, close]) => `2024-01-0${day},${close}`)].join('\n');
+  const desk = await Desk.make(csvOf([1, 2, 3, 5].map((day) => [day, 10 * day])));
+  const { column, bars } = desk.json<OverlayAnswer>(
+    { call: 'overlay', name: 'other' },
+    csvOf([
+      [2, 7],
+      [4, 8],
+      [5, 9],
+    ]),
+  );
+  const laid = () => {
+    const view = desk.view();
+    assert.equal(view.has(column), true);
+    return Array.from({ length: view.rows }, (_, row) => view.valueAt(column, row));
+  };
+  assert.deepEqual(laid(), [NaN, 7, NaN, 9]);
+  assert.equal(bars, 2);
+  desk.script('A:C;');
+  desk.play(1);
+  desk.step({ bars: 1 });
+  assert.deepEqual(laid(), [NaN, 7]);
+  desk.bars(csvOf([[4, 1]]));
+  assert.deepEqual(laid(), [8]);
+  const broken = { call: 'overlay', name: 'broken' };
+  assert.throws(() => desk.text(broken, 'date,volume\n2024-01-01,5'), { status: 400 });
+  assert.deepEqual(laid(), [8], 'what is refused changes nothing');
+  assert.equal(desk.text({ call: 'overlay' }), 'null');
+  assert.equal(desk.view().has(column), false);
 });

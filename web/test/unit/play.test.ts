@@ -75,3 +75,17 @@ test('a mistake leaves the chart of before, in play and behind it', async () => 
   assert.notEqual(desk.csv(), lines);
   assert.equal(desk.values(399).lines.length, 3);
 });
+
+test('each tick tells the sounds that the script makes at it', async () => {
+  const desk = await Desk.make(madeBars(400));
+  assert.ok(
+    desk.script("C>O,SOUND('B');MOD(BARPOS,2)=0,SOUND('J');UP:=C>O;EVEN:=MOD(BARPOS,2)=0;").sound,
+  );
+  desk.play(200);
+  const heard = desk.step({ ticks: 40 }).steps.map(({ row, sounds }) => {
+    const [up, even] = desk.values(row).lines;
+    assert.deepEqual(sounds, [...(up ? ['Alarm02.wav'] : []), ...(even ? ['Alarm010.wav'] : [])]);
+    return sounds.length;
+  });
+  assert.deepEqual([...new Set(heard)].sort(), [0, 1, 2]);
+});

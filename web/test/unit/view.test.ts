@@ -1,8 +1,18 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { readView } from '../../src/engine/view_answer.ts';
-import { rangeInSight } from '../../src/chart/range.ts';
+import { endsFor, rangeInSight } from '../../src/chart/range.ts';
+import type { ShapeRecord } from '../../src/chart/records.ts';
+import { scaleOf } from '../../src/chart/scale.ts';
 import { View } from '../../src/chart/view.ts';
+
+const endsInSight = (
+  records: readonly ShapeRecord[],
+  levels: readonly number[],
+  view: View,
+  from: number,
+  to: number,
+) => endsFor(rangeInSight(records, levels, view, from, to), scaleOf('linear', 1, 1), records);
 
 /** An answer as the desk writes it: rows 100 to 105 in slots of two. */
 function answer(): ArrayBuffer {
@@ -54,17 +64,17 @@ test('the range of a pane leaves out what is hidden or out of sight', () => {
     Field1Id: 20000,
     Field1VisibleId: 20001,
   };
-  const { low, high } = rangeInSight([line], [], view, 100, 105);
+  const { low, high } = endsInSight([line], [], view, 100, 105);
   assert.ok(low > 2.5 && high < 6.5, `${low} to ${high}`);
-  const always = rangeInSight([{ ...line, always: true }], [], view, 100, 105);
+  const always = endsInSight([{ ...line, always: true }], [], view, 100, 105);
   assert.ok(always.low < -40);
-  const first = rangeInSight([line], [], view, 100, 101);
+  const first = endsInSight([line], [], view, 100, 101);
   assert.ok(first.low > 4.5);
 });
 
 test('a level counts, a signal has no value, and a pane of nothing has a range', () => {
   const view = new View(readView(answer()));
   const notice = { ShapeName: 'NoticeShape', Field1Id: 20000, valued: false };
-  assert.deepEqual(rangeInSight([notice], [], view, 100, 105), { low: 0, high: 1 });
-  assert.ok(rangeInSight([notice], [80], view, 100, 105).high > 80);
+  assert.deepEqual(endsInSight([notice], [], view, 100, 105), { low: 0, high: 1 });
+  assert.ok(endsInSight([notice], [80], view, 100, 105).high > 80);
 });
