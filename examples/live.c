@@ -1,6 +1,9 @@
-/* A live client: bars come through a pipe, a line each, and every line is calculated at once. A line
- * with the time of the one before is the same bar, further on.
- *   tail -f bars.csv | live        prints what examples/live.txt holds for examples/live.csv */
+/* A live client: bars come through a pipe, a line each, and every line is calculated at once. A
+ * line with the time of the one before is the same bar, further on. For examples/live.csv it prints
+ * what examples/live.txt holds.
+ *
+ *   tail -f bars.csv | live
+ */
 #include <inttypes.h>
 #include <stdio.h>
 #include <string.h>
