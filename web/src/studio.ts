@@ -327,6 +327,7 @@ export class Studio {
   }
 
   private followTabs(): void {
+    // The tabs tell of the first one while they are made.
     this.values?.setOpen(this.tabs.isOpen('values'));
     this.refreshEvents();
   }

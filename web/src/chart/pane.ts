@@ -69,6 +69,7 @@ export class ChartPane {
       this.stretchBy(factor);
       events.stretched();
     });
+    grip.style.width = `${valueAxisWidth}px`;
     this.root.append(this.legend.root, this.cursorTag, grip);
     if (!this.isLast) this.root.append((this.border = borderGrip(events.border)));
   }

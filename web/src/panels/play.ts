@@ -160,6 +160,7 @@ export class Play {
 
   /** With the picture of the screen at which the next tick has come: no more steps than pictures. */
   private plan(): void {
+    this.cancel();
     this.cancel = withFrame(() => {
       if (performance.now() < this.clock + this.timeOf(1)) this.plan();
       else void this.advance();

@@ -82,6 +82,7 @@ export class Values {
 
   /** From here on the values are those of a row; without one those at the crosshair. */
   hold(row: number | undefined): void {
+    if (row !== undefined && !this.isOpen) return;
     this.isHeld = row !== undefined;
     this.release.hidden = !this.isHeld;
     this.tellPlace();
