@@ -1,9 +1,6 @@
 #include "platform/random.h"
 
-#ifdef _WIN32
-#define _CRT_RAND_S  // which the next header wants for rand_s
-#include <cstdlib>
-#else
+#ifndef _WIN32
 #include <unistd.h>
 #endif
 
@@ -13,6 +10,9 @@
 namespace quor {
 
 #ifdef _WIN32
+
+// Its header declares it only for who asks before any other header.
+extern "C" __declspec(dllimport) int __cdecl rand_s(unsigned int* word);
 
 // The device of the standard library would leave something to be destroyed at a thread's end.
 uint32_t random_word() {
