@@ -7,6 +7,7 @@
 
 #include "calculation.h"
 #include "colours.h"
+#include "editing.h"
 #include "host/output.h"
 #include "host/studio/refusal.h"
 #include "library.h"
@@ -101,15 +102,40 @@ std::string csv(Desk& desk, const Json& /*call*/, std::string_view /*body*/) {
   return std::move(out).str();
 }
 
+/// A question of an editor, which the desk has no part in.
+template <Json (*answer)(const Json& call)>
+std::string edit(Desk& /*desk*/, const Json& call, std::string_view /*body*/) {
+  return json_text(answer(call));
+}
+
 struct Row {
   const char* name;
   std::string (*answer)(Desk& desk, const Json& call, std::string_view body);
 };
 constexpr Row rows[] = {
-    {"library", library}, {"bars", bars}, {"script", script},   {"subject", subject},
-    {"other", other},     {"view", view}, {"records", records}, {"values", values},
-    {"events", events},   {"play", play}, {"step", step},       {"stop", stop},
+    {"library", library},
+    {"bars", bars},
+    {"script", script},
+    {"subject", subject},
+    {"other", other},
+    {"view", view},
+    {"records", records},
+    {"values", values},
+    {"events", events},
+    {"play", play},
+    {"step", step},
+    {"stop", stop},
     {"csv", csv},
+    {"complete", edit<completions>},
+    {"hover", edit<hover>},
+    {"hint", edit<call_hint>},
+    {"help", edit<word_help>},
+    {"name", edit<name_at>},
+    {"rename", edit<renamed>},
+    {"format", edit<formatted>},
+    {"colours", edit<colours>},
+    {"colour", edit<colour_texts>},
+    {"fixes", edit<fixes>},
 };
 
 }  // namespace

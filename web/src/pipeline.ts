@@ -16,6 +16,9 @@ import { Theme } from './chart/theme.ts';
 import { byId } from './dom.ts';
 import type { Session } from './engine/session.ts';
 
+/** Digits of a value that is told alone. */
+const mostDigits = 9;
+
 export interface PipelineEvents {
   /** What to calculate. */
   take: () => { script: string; parameters: Parameter[] };
@@ -112,6 +115,17 @@ export class Pipeline {
 
   private themeOf({ colours }: Drawn): Theme {
     return new Theme(this.themeName, this.language.theme[this.themeName], colours);
+  }
+
+  /** What a line is at the bar whose values the legends tell, unless the desk is busy; nothing for
+   * what has no values. */
+  async valueOf(name: string): Promise<string | undefined> {
+    const { chart, drawn, session } = this;
+    const column = drawn?.lines.findIndex((line) => line.name.toUpperCase() === name) ?? -1;
+    if (column < 0 || session.isBusy) return undefined;
+    const { lines, text } = await session.values(chart.toldRow);
+    const value = lines[column];
+    return `${value === null ? 'null' : Number(value.toPrecision(mostDigits))} at ${text}`;
   }
 
   private async valuesAt(row: number): Promise<ReadonlyMap<number, number> | undefined> {

@@ -2,9 +2,17 @@
 import { readBars, readSampleBars } from './api/server.ts';
 import { byId, saveFile, setText } from './dom.ts';
 import { Editor } from './editor/editor.ts';
-import { Ended } from './engine/line.ts';
+import { Adviser } from './engine/adviser.ts';
+import { Ended, type Line } from './engine/line.ts';
 import { Session } from './engine/session.ts';
-import type { BarsAnswer, Drawn, Parameter, ScriptAnswer, Slider } from './engine/types.ts';
+import type {
+  BarsAnswer,
+  Drawn,
+  Finding,
+  Parameter,
+  ScriptAnswer,
+  Slider,
+} from './engine/types.ts';
 import { Looks } from './looks.ts';
 import { Data } from './panels/data.ts';
 import { Events } from './panels/events.ts';
@@ -40,6 +48,7 @@ const newestEvents = 1000;
 const barsToPlay = 200;
 
 export class Studio {
+  private readonly adviser: Adviser;
   private readonly editor: Editor;
   private readonly pipeline: Pipeline;
   private readonly looks: Looks;
@@ -71,15 +80,24 @@ export class Studio {
   constructor(
     private readonly session: Session,
     { start, language, samples, shelf, drafts }: Beginning,
+    /** To a worker beside that of the session. */
+    makeLine: () => Line,
   ) {
     const fail = (error: unknown) => this.fail(error);
     this.limits = language.limits;
     const names = start.files.securities.map(({ name }) => name);
     this.names = names.length > 0 ? names : [sample];
     this.hasFolder = names.length > 0;
-    this.editor = new Editor(byId('editor', HTMLElement), language.words, () =>
-      this.followScript(),
-    );
+    this.adviser = new Adviser(makeLine, () => ({
+      parameters: this.parameterList,
+      period: this.bars?.period.code,
+    }));
+    this.editor = new Editor(byId('editor', HTMLElement), language.words, this.adviser, {
+      changed: () => this.followScript(),
+      valueOf: (name) => this.pipeline.valueOf(name),
+      tell,
+      fail,
+    });
     this.writing = new Writing(this.editor, start, samples, shelf, drafts, {
       setting: () => this.setting,
       linked: ({ parameters }) => (this.parameters = new Map(Object.entries(parameters))),
@@ -177,6 +195,7 @@ export class Studio {
     tell('');
     this.editor.showFindings(answer.findings);
     this.findings.show(answer.findings, answer.sound);
+    this.showMends(answer.findings).catch((error: unknown) => this.fail(error));
     this.takeSliders(answer.sliders);
     const drawn = this.pipeline.newest;
     if (!answer.records || !drawn) return;
@@ -188,6 +207,14 @@ export class Studio {
     this.areEventsOld = true;
     this.tabs.setCount('events', drawn.events);
     this.refreshEvents();
+  }
+
+  private async showMends(findings: readonly Finding[]): Promise<void> {
+    if (findings.length === 0) return;
+    const mends = await this.editor.seekMends(findings);
+    if (!mends) return;
+    this.editor.showFindings(findings, mends);
+    this.findings.showMends(mends);
   }
 
   private tellMissing({ missing, references }: Drawn): void {
@@ -337,6 +364,7 @@ export class Studio {
       {
         zoom: (factor) => this.pipeline.chart.zoom(factor),
         showAll: () => this.pipeline.chart.showAll(),
+        format: () => this.editor.format(),
         copyLink: () => this.copyLink(),
         savePicture: async () =>
           saveFile(`${this.fileName}.png`, await this.pipeline.chart.picture()),

@@ -58,6 +58,11 @@ export class Session {
     this.line = new Line(compiled, makeWorker, (isBusy) => busy(isBusy, this.isLayingOut));
   }
 
+  /** A question would have to wait. */
+  get isBusy(): boolean {
+    return this.line.oldest !== undefined;
+  }
+
   /** What is under way has been asked for in vain: it is ended, unless it is over soon. */
   supersede(): void {
     const { oldest } = this.line;
