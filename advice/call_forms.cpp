@@ -96,7 +96,8 @@ std::optional<CallAt> call_around(const Reading& reading, size_t offset) {
 std::optional<CallHint> call_hint_at(const Reading& reading, size_t offset) {
   const auto call = call_around(reading, offset);
   if (!call) return std::nullopt;
-  CallHint hint{call->help, call_forms(*call->help), 0, 0};
+  CallHint hint{call->help, call_forms(*call->help), 0, 0, {}};
+  hint.word = place_of(reading.statements[call->statement].tokens[call->word]);
   if (hint.forms.empty()) return std::nullopt;
   while (hint.form + 1 < hint.forms.size() &&
          hint.forms[hint.form].arguments.size() <= call->argument)

@@ -37,6 +37,7 @@ struct CallHint {
   std::vector<CallForm> forms;  ///< at least one
   size_t form = 0;              ///< the shortest one that has the argument
   size_t argument = 0;          ///< of that form
+  Place word;                   ///< of the call
 };
 std::optional<CallHint> call_hint_at(const Reading& reading, size_t offset);
 

@@ -381,6 +381,7 @@ std::string mended(const std::string& script) {
 
 TEST(Lsp, mends_what_it_finds) {
   EXPECT_EQ(mended("A:EMMA(C,12);"), "A:EMA(C,12);");
+  EXPECT_EQ(mended("A:C;\nB:MA(C,5)"), "A:C;\nB:MA(C,5);");
   // What the mistake has hidden comes to light afterwards.
   EXPECT_EQ(mended("A:EMMA(C,12),BOLD;"), "A:EMA(C,12),BOLD;");
   EXPECT_EQ(mended("A:MA(5,C);"), "A:MA(C,5);");

@@ -115,6 +115,7 @@ Json call_hint(const Json& call) {
   const size_t to = answer["to"];
   answer["about"] = quor_advice::argument_help(*hint->help, form.substr(from, to - from));
   answer["summary"] = hint->help->summary;
+  answer["at"] = asked.places.of_byte(hint->word.begin);
   return answer;
 }
 

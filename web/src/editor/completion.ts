@@ -32,6 +32,7 @@ function completionOf(offer: Offer, adviser: Adviser): Offered {
     // Patterns have small letters, which else would come before all words for who types such.
     label: label.toUpperCase(),
     displayLabel: label,
+    sortText: label.replace(/\d+/g, (number) => number.padStart(3, '0')), // ICO2 before ICO10
     detail: detail.startsWith(label) ? detail.slice(label.length) : detail,
     boost: -rank,
     info: async () => {

@@ -161,12 +161,13 @@ export class Editor {
     this.view.dispatch({ changes, annotations: isolateHistory.of('full') });
   }
 
-  /** Lays out the text. */
+  /** Lays out the text, in which one writes on. */
   async format(): Promise<void> {
     const { doc } = this.view.state;
     try {
       const { text, unreadable } = await this.adviser.format(doc.toString());
       if (this.view.state.doc !== doc) return;
+      this.focus();
       if (unreadable === null) return text === this.text ? undefined : this.write(text);
       this.select(unreadable, unreadable);
       this.events.tell('From here on the script makes no sense, so it stays as it is');

@@ -12,13 +12,27 @@ import type { Adviser } from '../engine/adviser.ts';
 import type { CallHint } from '../engine/types.ts';
 import { element } from '../dom.ts';
 
-const show = StateEffect.define<Tooltip | null>();
+interface Shown extends Tooltip {
+  hint: CallHint;
+}
 
-const shown = StateField.define<Tooltip | null>({
+const show = StateEffect.define<CallHint | null>();
+
+/** One that is the same is left where it is. */
+function shownOf(hint: CallHint | null, before: Shown | null): Shown | null {
+  if (!hint) return null;
+  const { text, from, at } = hint;
+  const isSame = before?.hint.text === text && before.hint.from === from && before.pos === at;
+  const create = () => ({ dom: elementOf(hint) });
+  return isSame ? before : { hint, pos: at, above: true, create };
+}
+
+const shown = StateField.define<Shown | null>({
   create: () => null,
-  update(tooltip, { effects, changes }) {
-    for (const effect of effects) if (effect.is(show)) return effect.value;
-    return tooltip && { ...tooltip, pos: changes.mapPos(tooltip.pos) };
+  update(before, { effects, changes, docChanged }) {
+    for (const effect of effects) if (effect.is(show)) return shownOf(effect.value, before);
+    const moves = before && docChanged && changes.mapPos(before.pos) !== before.pos;
+    return moves ? { ...before, pos: changes.mapPos(before.pos) } : before;
   },
   provide: (field) => showTooltip.from(field),
 });
@@ -57,9 +71,7 @@ function follower(adviser: Adviser) {
       const at = state.selection.main.head;
       const hint = await adviser.hint(state.doc.toString(), at);
       if (view.state.doc !== state.doc || view.state.selection.main.head !== at) return;
-      if (!hint && !isOpen(view.state)) return;
-      const create = () => ({ dom: elementOf(hint!) });
-      view.dispatch({ effects: show.of(hint && { pos: at, above: true, create }) });
+      if (hint || isOpen(view.state)) view.dispatch({ effects: show.of(hint) });
     };
     return {
       update(update: ViewUpdate) {

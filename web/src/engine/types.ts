@@ -97,6 +97,8 @@ export interface CallHint extends Place {
   text: string;
   about: string;
   summary: string;
+  /** Where in the script the call begins. */
+  at: number;
 }
 
 /** A name of the script, where it is declared, and all of its places. */

@@ -49,6 +49,9 @@ test('a newer script ends an older one, and who types waits for neither', async 
     waits.push(Date.now() - began);
   }
   console.log(`a key while a script is calculated: ${Math.max(...waits)} ms at worst`);
+  await desk.page.keyboard.type(';\nX:barsla');
+  await desk.seen('.cm-completionLabel');
+  assert.ok(await desk.page.evaluate(busy), 'words are offered meanwhile');
   await desk.write('NEWER:MA(C,9);');
   assert.deepEqual(Object.keys(await desk.legend()).slice(0, 1), ['NEWER']);
   assert.match(await desk.text('.caption'), /^many/);
