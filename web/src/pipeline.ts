@@ -26,6 +26,13 @@ export interface PipelineEvents {
   fail: (error: unknown) => void;
 }
 
+/** The same bars, and others behind them or in place of the last one. */
+const hasGrown = (before: BarsAnswer, now: BarsAnswer): boolean =>
+  now.name === before.name &&
+  now.first === before.first &&
+  now.rows >= before.rows &&
+  now.period.code === before.period.code;
+
 export class Pipeline {
   readonly chart: Chart;
   private readonly root = byId('chart', HTMLElement);
@@ -66,11 +73,15 @@ export class Pipeline {
     this.calculation.want();
   }
 
-  /** What was drawn of other bars is of no use for these. */
-  takeBars(bars: BarsAnswer): void {
+  /** What was drawn of other bars is of no use for these. Of a file that is followed and has grown it
+   * is, and what is seen of it stays. */
+  takeBars(bars: BarsAnswer, isFollowed: boolean): void {
+    const isGrown = isFollowed && this.bars !== undefined && hasGrown(this.bars, bars);
     this.bars = bars;
-    this.drawn = undefined;
-    this.chart.setBars(`${bars.name}  ${bars.period.name}`, bars.rows);
+    if (!isGrown) {
+      this.drawn = undefined;
+      this.chart.setBars(`${bars.name}  ${bars.period.name}`, bars.rows);
+    }
     if (!bars.script) return this.want();
     this.take(bars.script);
     return this.events.answered(bars.script);

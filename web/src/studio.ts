@@ -1,5 +1,6 @@
 // The page as a whole: its editor, its panels, and what each of them sets in motion.
-import { readBars, readSampleBars } from './api/server.ts';
+import { readBars, readFiles, readSampleBars } from './api/server.ts';
+import type { Files } from './api/types.ts';
 import { byId, saveFile, setText } from './dom.ts';
 import { Editor } from './editor/editor.ts';
 import { Adviser } from './engine/adviser.ts';
@@ -29,6 +30,7 @@ import { Tabs } from './panels/tabs.ts';
 import { Pipeline } from './pipeline.ts';
 import type { Shelf } from './shelf.ts';
 import type { Beginning } from './start.ts';
+import { Watch } from './watch.ts';
 import { type Setting, Writing } from './writing.ts';
 
 /** Where the bars come from: a security, or a file of the user's. */
@@ -72,10 +74,11 @@ export class Studio {
   private isReady = false;
   private readonly limits: { script: number };
   /** Of the securities. */
-  private readonly names: readonly string[];
+  private names: readonly string[];
   /** They are files of a folder, over which a scan can go. */
   private readonly hasFolder: boolean;
   private areEventsOld = true;
+  private readonly watch: Watch | undefined;
 
   constructor(
     private readonly session: Session,
@@ -147,6 +150,7 @@ export class Studio {
       if (this.wanted) void this.open(this.wanted);
     });
     this.bindButtons(fail, this.makeSaveDialog(shelf));
+    if (start.folder !== null || this.hasFolder) this.watch = this.makeWatch(start.files);
   }
 
   /** Shows the script that a link, this tab, or the command line has, over the first security. */
@@ -156,6 +160,7 @@ export class Studio {
     this.isReady = true;
     const security = this.names.find((name) => name === given?.security) ?? this.names[0];
     await this.open({ security });
+    if (this.watch) void this.watch.begin(document);
   }
 
   /** The engine was stopped, and has all of the bars again. */
@@ -291,13 +296,54 @@ export class Studio {
     }
   }
 
+  private makeWatch(files: Files): Watch {
+    return new Watch(files, readFiles, {
+      listed: ({ scripts, securities }) => {
+        this.writing.list(scripts.map(({ name }) => name));
+        if (!this.hasFolder) return;
+        this.names = securities.map(({ name }) => name);
+        this.securities.setNames(this.names);
+      },
+      securities: (names) => this.followBars(names),
+      scripts: (names) => this.writing.takeChanges(names),
+    });
+  }
+
+  /** Files of bars have changed: of those that are seen or read by the script. */
+  private async followBars(names: ReadonlySet<string>): Promise<void> {
+    for (const name of names) {
+      if (!this.sought.has(name.toUpperCase())) continue;
+      this.redo(async () =>
+        this.session.takeOther({ name: name.toUpperCase(), content: await readBars(name) }),
+      );
+    }
+    const { source } = this;
+    if (!source || !('security' in source) || !names.has(source.security)) return;
+    if (this.play.isOn || this.session.isBusy) throw new Error('there is no time for it now');
+    const bars = await this.takeContent(await readBars(source.security), source.security);
+    if (source === this.source && !this.play.isOn) this.takeBars(bars, true);
+  }
+
+  /** A line that is half written is left for the next time. */
+  private async takeContent(content: Blob, name: string): Promise<BarsAnswer> {
+    const period = this.period.chosen;
+    try {
+      return await this.session.takeBars({ name, content, period });
+    } catch (error) {
+      if (error instanceof Ended) throw error;
+      const text = await content.text();
+      const whole = new Blob([text.slice(0, text.lastIndexOf('\n') + 1)]);
+      return this.session.takeBars({ name, content: whole, period });
+    }
+  }
+
   private async read(source: Source): Promise<{ name: string; content: Blob }> {
     if ('file' in source) return { name: source.file.name, content: source.file };
     const name = source.security;
     return { name, content: await (this.hasFolder ? readBars(name) : readSampleBars()) };
   }
 
-  private takeBars(bars: BarsAnswer): void {
+  private takeBars(bars: BarsAnswer, isFollowed = false): void {
     this.bars = bars;
     this.play.reset();
     this.period.show(bars.period);
@@ -305,7 +351,7 @@ export class Studio {
       this.source && 'security' in this.source ? this.source.security : '',
     );
     document.title = `${bars.name} – quor studio`;
-    this.pipeline.takeBars(bars);
+    this.pipeline.takeBars(bars, isFollowed);
     this.writing.keep();
   }
 

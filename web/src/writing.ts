@@ -6,9 +6,10 @@ import type { Draft, Drafts } from './draft.ts';
 import type { Editor } from './editor/editor.ts';
 import { fromFragment, type Shared, toFragment } from './link.ts';
 import { Library } from './panels/library.ts';
+import { Offer } from './panels/offer.ts';
 import type { Writable } from './panels/save.ts';
 import { ScriptTabs } from './panels/script_tabs.ts';
-import { folderId, otherId, Scripts } from './scripts.ts';
+import { folderId, otherId, plain, Scripts } from './scripts.ts';
 import type { Shelf } from './shelf.ts';
 
 /** What goes with the scripts into a link or a draft. */
@@ -35,6 +36,15 @@ export class Writing {
   /** The one in the address bar that was read or made. */
   private link = '';
   private isReady = false;
+  /** Texts that scripts of the folder have there by now, as far as they are to be offered. */
+  private readonly newer = new Map<string, string>();
+  private readonly offer = new Offer({
+    take: () => this.takeOther(this.newer.get(this.scripts.fileName) ?? ''),
+    keep: () => {
+      this.newer.delete(this.scripts.fileName);
+      this.showOffer();
+    },
+  });
 
   constructor(
     private readonly editor: Editor,
@@ -95,6 +105,27 @@ export class Writing {
   takeOther(text: string): void {
     this.scripts.takeOther(text);
     this.follow();
+    this.editor.focus();
+  }
+
+  /** Scripts that are there, new ones among them. */
+  list(names: readonly string[]): void {
+    for (const name of names) this.menu.add(name);
+    this.follow();
+  }
+
+  /** Offers what scripts have become that were changed elsewhere. */
+  async takeChanges(names: ReadonlySet<string>): Promise<void> {
+    for (const name of this.scripts.fileNames) {
+      if (names.has(name)) this.newer.set(name, plain(await this.shelf.read(name)));
+    }
+    this.showOffer();
+  }
+
+  private showOffer(): void {
+    const { fileName, savedText } = this.scripts;
+    const text = this.newer.get(fileName);
+    this.offer.show(text === undefined || text === savedText ? undefined : fileName);
   }
 
   /** Another text is written. */
@@ -102,6 +133,7 @@ export class Writing {
     const { opened, currentId } = this.scripts;
     this.menu.show(opened, currentId);
     this.tabs.show(opened, currentId);
+    this.showOffer();
     this.keep();
   }
 
