@@ -58,7 +58,7 @@ test('a file that is written anew is shown anew', async () => {
   await desk.settled();
   await desk.page.focus('#chart');
   await desk.press('Home');
-  assert.match(await desk.text('.caption'), /2020-02-07/);
+  assert.match(await desk.text('.caption'), /2020-02-06/);
 });
 
 test('new files appear in the lists', async () => {
