@@ -27,9 +27,11 @@ import { Scan } from './panels/scan.ts';
 import { Securities } from './panels/securities.ts';
 import { numberText, Sliders } from './panels/sliders.ts';
 import { Tabs } from './panels/tabs.ts';
+import { VersionDialog } from './panels/version_dialog.ts';
 import { Pipeline } from './pipeline.ts';
 import type { Shelf } from './shelf.ts';
 import type { Beginning } from './start.ts';
+import { Versions } from './versions.ts';
 import { Watch } from './watch.ts';
 import { type Setting, Writing } from './writing.ts';
 
@@ -101,7 +103,8 @@ export class Studio {
       tell,
       fail,
     });
-    this.writing = new Writing(this.editor, start, samples, shelf, drafts, {
+    const versions = new Versions(start.folder ?? '');
+    this.writing = new Writing(this.editor, start, samples, shelf, drafts, versions, {
       setting: () => this.setting,
       linked: ({ parameters }) => (this.parameters = new Map(Object.entries(parameters))),
       fail,
@@ -149,7 +152,12 @@ export class Studio {
     this.period = new PeriodMenu(byId('period', HTMLSelectElement), language.periods, () => {
       if (this.wanted) void this.open(this.wanted);
     });
-    this.bindButtons(fail, this.makeSaveDialog(shelf));
+    const versionDialog = new VersionDialog({
+      script: () => this.writing.script,
+      versions: (name) => versions.of(name),
+      take: (text) => this.writing.takeVersion(text),
+    });
+    this.bindButtons(fail, this.makeSaveDialog(shelf), versionDialog);
     if (start.folder !== null || this.hasFolder) this.watch = this.makeWatch(start.files);
   }
 
@@ -405,12 +413,17 @@ export class Studio {
     });
   }
 
-  private bindButtons(fail: (error: unknown) => void, dialog: SaveDialog): void {
+  private bindButtons(
+    fail: (error: unknown) => void,
+    dialog: SaveDialog,
+    versions: VersionDialog,
+  ): void {
     bindHeader(
       {
         zoom: (factor) => this.pipeline.chart.zoom(factor),
         showAll: () => this.pipeline.chart.showAll(),
         format: () => this.editor.format(),
+        showVersions: () => versions.open(),
         copyLink: () => this.copyLink(),
         savePicture: async () =>
           saveFile(`${this.fileName}.png`, await this.pipeline.chart.picture()),

@@ -11,6 +11,7 @@ import type { Writable } from './panels/save.ts';
 import { ScriptTabs } from './panels/script_tabs.ts';
 import { folderId, otherId, plain, Scripts } from './scripts.ts';
 import type { Shelf } from './shelf.ts';
+import type { Versions } from './versions.ts';
 
 /** What goes with the scripts into a link or a draft. */
 export type Setting = Omit<Shared, 'script'>;
@@ -52,6 +53,7 @@ export class Writing {
     samples: readonly Sample[],
     private readonly shelf: Shelf,
     private readonly drafts: Drafts,
+    private readonly versions: Versions,
     private readonly events: WritingEvents,
   ) {
     this.scripts = new Scripts(editor);
@@ -102,10 +104,25 @@ export class Writing {
     return { name, text: this.editor.text, saved };
   }
 
+  /** Another text of the script is kept by now, and that is written on. */
   takeOther(text: string): void {
+    this.keepVersion(this.editor.text);
     this.scripts.takeOther(text);
+    this.keepVersion(plain(text));
     this.follow();
     this.editor.focus();
+  }
+
+  /** An earlier text is written on; it isn't saved thereby. */
+  takeVersion(text: string): void {
+    this.keepVersion(this.editor.text);
+    this.editor.write(text);
+    this.editor.focus();
+  }
+
+  private keepVersion(text: string): void {
+    const { fileName } = this.scripts;
+    if (fileName) this.versions.keep(fileName, text);
   }
 
   /** Scripts that are there, new ones among them. */
@@ -145,6 +162,7 @@ export class Writing {
   /** The text stands in the folder by this name. */
   saved(name: string, text: string): void {
     this.scripts.saved(name, text);
+    this.keepVersion(text);
     this.menu.add(name);
     this.follow();
   }
@@ -169,6 +187,7 @@ export class Writing {
     } else if (!this.scripts.reopen(id)) {
       const script = await this.menu.read(id);
       if (script) this.scripts.open(script);
+      this.keepVersion(this.scripts.savedText);
     }
     this.editor.focus();
   }
@@ -184,6 +203,7 @@ export class Writing {
     if (script) {
       const idOf = this.shelf.names().includes(script.name) ? folderId : otherId;
       this.scripts.open({ id: idOf(script.name), ...script });
+      this.keepVersion(this.scripts.savedText);
     } else if (first) {
       this.scripts.open(first);
     } else {

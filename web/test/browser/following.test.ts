@@ -86,4 +86,15 @@ test('a script that was changed elsewhere is offered, and nothing is lost', asyn
   assert.equal(await desk.script(), 'MINE:O;', 'one step away');
   await desk.chord('Control', 's');
   assert.equal(readFileSync(script, 'utf8'), 'MINE:O;');
+  // What was there before can be had again.
+  await desk.page.click('#versions');
+  const list = '#version-before option';
+  assert.equal((await desk.texts(list))[0], 'As it is written now');
+  const sides = () =>
+    desk.page.$$eval('#version-both >>> .cm-content', (all) => all.map((one) => one.textContent));
+  assert.deepEqual(await sides(), ['THEIRS:L;', 'MINE:O;']);
+  await desk.page.click('#version-take');
+  await desk.settled();
+  assert.equal(await desk.script(), 'THEIRS:L;');
+  assert.equal(readFileSync(script, 'utf8'), 'MINE:O;', 'it is not saved thereby');
 });
