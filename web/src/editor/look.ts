@@ -44,6 +44,7 @@ export const editorLook = EditorView.theme({
     color: 'var(--on-accent)',
   },
   '.cm-completionDetail': { fontStyle: 'normal', opacity: '0.75', marginLeft: '1em' },
+  'li[aria-selected] > .cm-completionDetail': { opacity: '1' },
   '.call > .cm-completionDetail': { marginLeft: '0' },
   '.cm-tooltip.cm-completionInfo': {
     ...plate,

@@ -17,7 +17,7 @@ interface Choice {
 }
 
 const timeText = (at: number): string =>
-  new Date(at).toLocaleString(undefined, { dateStyle: 'medium', timeStyle: 'short' });
+  new Date(at).toLocaleString(undefined, { dateStyle: 'medium', timeStyle: 'medium' });
 
 export class VersionDialog {
   private readonly dialog = byId('version-dialog', HTMLDialogElement);
