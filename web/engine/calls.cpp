@@ -38,6 +38,10 @@ std::string bars(Desk& desk, const Json& call, std::string_view body) {
       take_bars(desk, read_security(text_of(call, "name"), body, text_of(call, "period", ""))));
 }
 
+std::string more(Desk& desk, const Json& call, std::string_view body) {
+  return json_text(take_more(desk, read_security(text_of(call, "name"), body, "")));
+}
+
 std::string subject(Desk& desk, const Json& call, std::string_view /*body*/) {
   return json_text(take_subject(desk, subject_of(call)));
 }
@@ -115,6 +119,7 @@ struct Row {
 constexpr Row rows[] = {
     {"library", library},
     {"bars", bars},
+    {"more", more},
     {"script", script},
     {"subject", subject},
     {"other", other},

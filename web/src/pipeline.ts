@@ -134,7 +134,9 @@ export class Pipeline {
     const { chart, drawn, session } = this;
     const column = drawn?.lines.findIndex((line) => line.name.toUpperCase() === name) ?? -1;
     if (column < 0 || session.isBusy) return undefined;
-    const { lines, text } = await session.values(chart.toldRow);
+    const told = await session.values(chart.toldRow).catch(() => undefined);
+    if (!told) return undefined;
+    const { lines, text } = told;
     const value = lines[column];
     return `${value === null ? 'null' : Number(value.toPrecision(mostDigits))} at ${text}`;
   }

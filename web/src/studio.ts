@@ -251,12 +251,14 @@ export class Studio {
   /** Something changes what the script gives. */
   private redo(work: () => Promise<ScriptAnswer | null>): void {
     work()
-      .then((answer) => {
-        if (!answer) return;
-        this.pipeline.take(answer);
-        this.show(answer);
-      })
+      .then((answer) => this.takeAnswer(answer))
       .catch((error: unknown) => this.fail(error));
+  }
+
+  private takeAnswer(answer: ScriptAnswer | null): void {
+    if (!answer) return;
+    this.pipeline.take(answer);
+    this.show(answer);
   }
 
   private takeSliders(sliders: readonly Slider[]): void {
@@ -321,12 +323,12 @@ export class Studio {
   private async followBars(names: ReadonlySet<string>): Promise<void> {
     for (const name of names) {
       if (!this.sought.has(name.toUpperCase())) continue;
-      this.redo(async () =>
-        this.session.takeOther({ name: name.toUpperCase(), content: await readBars(name) }),
-      );
+      const content = await readBars(name);
+      this.takeAnswer(await this.session.takeOther({ name: name.toUpperCase(), content }));
     }
     const { source } = this;
     if (!source || !('security' in source) || !names.has(source.security)) return;
+    if (source !== this.wanted) return; // others are on their way
     if (this.play.isOn || this.session.isBusy) throw new Error('there is no time for it now');
     const bars = await this.takeContent(await readBars(source.security), source.security);
     if (source === this.source && !this.play.isOn) this.takeBars(bars, true);
@@ -336,7 +338,7 @@ export class Studio {
   private async takeContent(content: Blob, name: string): Promise<BarsAnswer> {
     const period = this.period.chosen;
     try {
-      return await this.session.takeBars({ name, content, period });
+      return await this.session.followBars({ name, content, period });
     } catch (error) {
       if (error instanceof Ended) throw error;
       const text = await content.text();

@@ -1,8 +1,10 @@
 // Follows the files of the server: which there are, and which have changed.
 import type { FileEntry, Files } from './api/types.ts';
 
-/** In milliseconds between two looks, and how much longer than a look takes they are apart. */
+/** In milliseconds between two looks, at least; and at most, while no server answers. */
 const pause = 1500;
+const longestPause = 12_000;
+/** How much longer than a look takes they are apart. */
 const share = 10;
 
 export interface WatchEvents {
@@ -22,6 +24,8 @@ function changedSince(before: readonly FileEntry[], now: readonly FileEntry[]): 
 }
 
 export class Watch {
+  private pause = pause;
+
   constructor(
     private files: Files,
     private readonly read: () => Promise<Files>,
@@ -34,20 +38,23 @@ export class Watch {
       const began = performance.now();
       if (page.visibilityState === 'visible') await this.look();
       const time = performance.now() - began;
-      await new Promise((resolve) => setTimeout(resolve, Math.max(pause, share * time)));
+      await new Promise((resolve) => setTimeout(resolve, Math.max(this.pause, share * time)));
     }
   }
 
   /** What can't be read now is looked at again the next time. */
   async look(): Promise<void> {
     try {
+      this.pause = Math.min(2 * this.pause, longestPause);
       const now = await this.read();
+      this.pause = pause;
       const before = this.files;
       const { securities, scripts } = this.events;
-      const isListed = (kind: keyof Files) => namesOf(before[kind]) === namesOf(now[kind]);
-      if (!isListed('scripts') || !isListed('securities')) this.events.listed(now);
-      await securities(changedSince(before.securities, now.securities));
+      const isSame = (kind: keyof Files) => namesOf(before[kind]) === namesOf(now[kind]);
+      if (!isSame('scripts') || !isSame('securities')) this.events.listed(now);
       await scripts(changedSince(before.scripts, now.scripts));
+      this.files = { ...before, scripts: now.scripts };
+      await securities(changedSince(before.securities, now.securities));
       this.files = now;
     } catch {
       // The server has ended, or a file is being written.

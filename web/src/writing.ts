@@ -94,6 +94,7 @@ export class Writing {
     this.drafts.takeUp(this.scripts.kept);
     this.menu.showLeft(this.drafts.leftScripts);
     this.isReady = true;
+    this.takeChanges(new Set(this.scripts.fileNames)).catch(this.events.fail);
     this.keep();
     return shared ?? draft;
   }
@@ -134,7 +135,8 @@ export class Writing {
   /** Offers what scripts have become that were changed elsewhere. */
   async takeChanges(names: ReadonlySet<string>): Promise<void> {
     for (const name of this.scripts.fileNames) {
-      if (names.has(name)) this.newer.set(name, plain(await this.shelf.read(name)));
+      const isKept = names.has(name) && this.shelf.names().includes(name);
+      if (isKept) this.newer.set(name, plain(await this.shelf.read(name)));
     }
     this.showOffer();
   }
@@ -162,6 +164,7 @@ export class Writing {
   /** The text stands in the folder by this name. */
   saved(name: string, text: string): void {
     this.scripts.saved(name, text);
+    this.newer.delete(name);
     this.keepVersion(text);
     this.menu.add(name);
     this.follow();
@@ -186,7 +189,10 @@ export class Writing {
       this.scripts.showAsItIs(this.scripts.restore(one));
     } else if (!this.scripts.reopen(id)) {
       const script = await this.menu.read(id);
-      if (script) this.scripts.open(script);
+      if (script) {
+        this.newer.delete(script.name);
+        this.scripts.open(script);
+      }
       this.keepVersion(this.scripts.savedText);
     }
     this.editor.focus();

@@ -1,7 +1,7 @@
 // What the editor asks about the language. It has a worker of its own with the same module, which
 // answers while the desk's calculates.
 import { Refusal } from '../refusal.ts';
-import type { Line } from './line.ts';
+import { Ended, type Line } from './line.ts';
 import type {
   CallHint,
   Colour,
@@ -82,14 +82,20 @@ export class Adviser {
     try {
       return await this.ask<T>(call);
     } catch (error) {
-      if (error instanceof Refusal) return null;
+      if (error instanceof Refusal || error instanceof Ended) return null;
       throw error;
     }
   }
 
   private async ask<T>(call: object): Promise<T> {
     this.line ??= this.begin();
-    const answer = await this.line.ask({ ...this.setting(), ...call });
-    return JSON.parse(decoder.decode(answer)) as T;
+    try {
+      const answer = await this.line.ask({ ...this.setting(), ...call });
+      return JSON.parse(decoder.decode(answer)) as T;
+    } catch (error) {
+      const hasFailed = error instanceof Refusal && (error.status === 0 || error.status >= 500);
+      if (hasFailed) this.line.cut(new Ended(false)); // the next question has a new worker
+      throw error;
+    }
   }
 }

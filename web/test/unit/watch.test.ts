@@ -39,7 +39,7 @@ test('what has changed is told once, what is new is listed, too', async () => {
     filesOf(['a2', 'b1', 'c1'], ['s2']),
     filesOf(['a2', 'c1'], ['s2']),
   ];
-  assert.deepEqual(await told(list), ['bars a', 'list a,b,c', 'bars c', 'scripts s', 'list a,c']);
+  assert.deepEqual(await told(list), ['bars a', 'list a,b,c', 'scripts s', 'bars c', 'list a,c']);
 });
 
 test('what could not be taken is told again', async () => {
