@@ -157,6 +157,10 @@ std::optional<Problem> explain_name(const Case& failed) {
   if (failed.failure.code == 12) {
     return Problem{place, name + " is a function and can't be a name", other};
   }
+  if (failed.failure.code == 13 && statement.form == Form::constant) {
+    return Problem{place, "a constant is one name and one number",
+                   "give each a statement of its own: CONST N:5;CONST M:6;"};
+  }
   if (failed.failure.code == 13) {
     const bool has_call = name.find('~') == absent;
     return Problem{place, has_call ? "a name can't hold a call" : "a name can't hold '~'",

@@ -6,6 +6,7 @@
 #include "elsewhere.h"
 #include "explain.h"
 #include "letters.h"
+#include "values.h"
 #include "vocabulary.h"
 #include "word_help.h"
 
@@ -173,6 +174,21 @@ bool takes_text(const Word& word) {
   return help != nullptr && help->form.find('\'') != absent;
 }
 
+/// A word alone where a call has its text: DRAWTEXT(C>O,H,buy).
+std::optional<Problem> explain_bare_text(const Word& word) {
+  const Call* const call = innermost_call(word);
+  if (call == nullptr) return std::nullopt;
+  const Statement& statement = word.statement();
+  const auto roles = arguments_of_form(statement.tokens[call->word].text);
+  for (size_t i = 0; i < std::min(roles.size(), call->arguments.size()); ++i) {
+    if (!roles[i].starts_with('\'')) continue;
+    if (lone_token(statement, call->arguments[i]) != &word.token()) continue;
+    return word.undefined("a text stands in single quotes: '" + word.failed.text(word.token()) +
+                          "'");
+  }
+  return std::nullopt;
+}
+
 /// A name of the script's own that is near is sooner meant.
 std::optional<Problem> explain_from_elsewhere(const Word& word) {
   const std::string& text = word.token().text;
@@ -217,10 +233,10 @@ std::optional<Problem> explain_by_likeness(const Word& word) {
 }
 
 constexpr Explain word_steps[] = {
-    explain_exponent,    explain_torn_name,      explain_order,      explain_comparison_for_name,
-    explain_branch_word, explain_style_word,     explain_short_word, explain_declared_with_word,
-    explain_bracket,     explain_from_elsewhere, explain_inner_sign, explain_period_in_name,
-    explain_by_likeness};
+    explain_exponent,       explain_torn_name,  explain_order,          explain_comparison_for_name,
+    explain_branch_word,    explain_style_word, explain_short_word,     explain_declared_with_word,
+    explain_bracket,        explain_bare_text,  explain_from_elsewhere, explain_inner_sign,
+    explain_period_in_name, explain_by_likeness};
 
 /// The short form of a named statement; authors name what has no value.
 std::optional<Problem> explain_named_form(const Case& failed) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,7 +31,8 @@ struct Finding {
 
 /// What a calculation showed.
 struct RunFacts {
-  std::vector<int64_t> keys;            ///< of the bars, YYYYMMDDhhmmss, in any order
+  /// Of the bars, YYYYMMDDhhmmss, in any order; they must live as long as the texts of the input.
+  std::span<const int64_t> keys;
   std::vector<std::string> null_lines;  ///< names of lines that are null on every bar
   /// Numbers of bar fields for which there was no data; lines that read them aren't blamed.
   std::vector<uint32_t> missing_fields;

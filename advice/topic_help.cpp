@@ -103,18 +103,75 @@ constexpr TopicLine references[] = {
     {"--reference '600000|11=other.csv'", "hands the data over"},
 };
 
+constexpr TopicLine earlier_bars[] = {
+    {"REF(C,1)", "one bar; REF(C,5) five bars ago"},
+    {"SUM(X,N) MA(X,N) HHV(X,N) COUNT(COND,N)", "over a window of the last N bars, no loop needed"},
+    {"BARSLAST(COND) VALUEWHEN(COND,X)", "since a condition held, and what stood there"},
+    {"FILTER(COND,N) BARSLASTCOUNT(COND)", "once in N bars; how many bars in a row"},
+    {"EMA(X,N) SMA(X,N,M) DMA(X,A)", "build on their own last value"},
+    {"SET(A,X)", "writes into a line above, whose next bar can read it by REF"},
+};
+
+constexpr TopicLine later_bars[] = {
+    {"REFX(X,N) BACKSET(COND,N)", "read later bars: old values change as bars come"},
+    {"ZIGZAG PEAK TROUGH WAVEPEAK WAVEVALLEY", "a turn is known only some bars after it"},
+    {"REF(X,1)", "reads what is over, and never changes"},
+    {"the newest bar", "changes until it is over, and with it all that reads it"},
+    {"codes 2015 and 2016", "such a script can't raise notices or signals"},
+};
+
+constexpr TopicLine signals[] = {
+    {"COND,BK; COND,SP;", "buy to open, sell to close; COND,BK(2); names a quantity"},
+    {"COND,SK; COND,BP;", "sell to open, buy to close"},
+    {"COND,BPK; COND,SPK; COND,CLOSEOUT;", "close and open the other way; close everything"},
+    {"COND,NOTICE('name');", "tells somebody"},
+    {"CROSS(A,B)", "1 at the bar where A rises above B, which a signal mostly wants"},
+    {"quor run --fire", "prints signals and notices; nothing is traded, nor an account kept"},
+};
+
+constexpr TopicLine calendars[] = {
+    {"DATE TIME HOUR MINUTE WEEKDAY", "of the bar itself"},
+    {"--calendar FILE",
+     "trading days, sessions and holidays, with which a night bar belongs to the next day"},
+    {"--period 5min", "the period of the bars, where their distances don't tell it"},
+    {"quor check SCRIPT", "tells whether a script needs a calendar"},
+};
+
+constexpr TopicLine bar_files[] = {
+    {"date,open,high,low,close,volume", "the first line names the columns; .gz is read, too"},
+    {"--column close=\"Adj Close\" --delimiter tab", "for files that differ"},
+    {"quor run SCRIPT BARS.csv", "prints lines; --csv and --json all of them in full precision"},
+    {"quor scan SCRIPT FOLDER", "a script over many securities"},
+    {"quor watch SCRIPT BARS.csv", "follows a file that grows"},
+    {"quor chart SCRIPT BARS.csv", "draws a picture, with as many panes as the lines need"},
+};
+
 constexpr TopicHelp topics[] = {
     {"fields", "field", "Words for what a bar holds.", fields},
-    {"operators", "operator precedence", "From the tightest to the loosest.", operators},
+    {"operators", "operator precedence equals or", "From the tightest to the loosest.", operators},
     {"colours", "colour colors color", "Words for colours.", colours},
-    {"signs", "sign icons icon", "Marks of DRAWICON and ICON.", signs},
+    {"signs", "icons icon", "Marks of DRAWICON and ICON.", signs},
     {"styles", "style items", "What stands behind the comma of a line or drawing.", styles},
     {"short forms", "shortforms forms form", "Statements that need no name.", short_forms},
     {"settings", "setting parameters parameter constants constant",
      "Numbers that a script takes from elsewhere.", settings},
-    {"statements", "statement syntax comments comment", "What a script is made of.", statements},
-    {"null", "nulls missing", "What no value does.", nulls},
+    {"statements",
+     "statement syntax comments comment semicolon assignment variable variables function "
+     "functions",
+     "What a script is made of.", statements},
+    {"nulls", "missing nan", "What no value does.", nulls},
     {"references", "reference securities periods", "Data beside the bars.", references},
+    {"earlier bars",
+     "loop loops window windows history lookback recursion array arrays remember state",
+     "How a bar comes to what was before it.", earlier_bars},
+    {"later bars", "future repaint repaints repainting lookahead",
+     "What nobody knows while a bar is the newest.", later_bars},
+    {"signals", "trades entry entries exit exits position profit backtest order orders buy sell",
+     "Trades and notices.", signals},
+    {"calendar", "calendars session sessions holiday holidays night", "Days and hours of trading.",
+     calendars},
+    {"bars", "csv json file files import export data panes pane",
+     "Files that commands read and write.", bar_files},
 };
 
 /// What is asked for, and how the help writes it.
@@ -123,16 +180,20 @@ struct Synonym {
   std::string_view written;
 };
 constexpr Synonym synonyms[] = {
-    {"highest", "greatest"},   {"maximum", "greatest"},
-    {"lowest", "smallest"},    {"minimum", "smallest"},
-    {"average", "mean"},       {"median", "sorted"},
-    {"momentum", "earlier"},   {"previous", "bars ago"},
-    {"lag", "bars ago"},       {"volatility", "deviation"},
-    {"regression", "slope"},   {"trend", "regression"},
-    {"signal", "trade"},       {"alert", "notice"},
-    {"label", "text"},         {"arrow", "sign"},
-    {"candle", "candles"},     {"weekday", "day of the week"},
-    {"power", "to the power"}, {"absolute", "absolute value"},
+    {"highest", "greatest"},    {"maximum", "greatest"},
+    {"lowest", "smallest"},     {"minimum", "smallest"},
+    {"average", "mean"},        {"median", "sorted"},
+    {"momentum", "earlier"},    {"previous", "bars ago"},
+    {"lag", "bars ago"},        {"volatility", "deviation"},
+    {"regression", "slope"},    {"trend", "regression"},
+    {"signal", "trade"},        {"alert", "notice"},
+    {"label", "text"},          {"arrow", "sign"},
+    {"candle", "candles"},      {"weekday", "day of the week"},
+    {"power", "to the power"},  {"absolute", "absolute value"},
+    {"moving average", "mean"}, {"moving", "mean"},
+    {"notification", "notice"}, {"yesterday", "bars ago"},
+    {"valley", "trough"},       {"channel", "deviation"},
+
 };
 
 bool names(const TopicHelp& topic, std::string_view name) {

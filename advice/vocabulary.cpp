@@ -328,12 +328,23 @@ bool is_colour(std::string_view item) {
   return item.size() > 5 && item.starts_with("COLOR") && item != "COLORSTICK";
 }
 
-bool is_known_colour(std::string_view item) {
-  if (contains(colour_words(), item)) return true;
-  if (!item.starts_with("COLOR")) return false;
+namespace {
+
+/// What stands behind COLOR, if it can be a colour in digits.
+std::string_view colour_digits(std::string_view item) {
+  if (!item.starts_with("COLOR")) return {};
   const std::string_view digits = item.substr(5);
-  return digits.size() >= 6 && digits.size() <= 8 && std::ranges::all_of(digits, is_hexadecimal);
+  const bool fits = digits.size() >= 6 && digits.size() <= 8;
+  return fits && std::ranges::all_of(digits, is_hexadecimal) ? digits : std::string_view();
 }
+
+}  // namespace
+
+bool is_known_colour(std::string_view item) {
+  return contains(colour_words(), item) || !colour_digits(item).empty();
+}
+
+bool has_seven_digits(std::string_view item) { return colour_digits(item).size() == 7; }
 
 const PeriodArgument* find_period(std::string_view word) {
   const auto* const row = std::ranges::find(periods, word, &PeriodArgument::word);

@@ -50,6 +50,8 @@ bool is_style(std::string_view item);
 /// Whether the item asks for a colour, be it a known one or not.
 bool is_colour(std::string_view item);
 bool is_known_colour(std::string_view item);
+/// COLOR and seven digits, which the library takes and no host can draw.
+bool has_seven_digits(std::string_view item);
 
 /// 0xRRGGBB of a colour word or of COLOR and six digits, in capitals; nothing for COLORAUTO.
 std::optional<uint32_t> colour_code(std::string_view word);

@@ -148,6 +148,11 @@ class ItemCheck {
   void check_style(Range item, size_t index) {
     std::string text;
     for (size_t i = item.begin; i < item.end; ++i) text += statement_.tokens[i].text;
+    if (has_seven_digits(text)) {
+      add(place_of(statement_, item), text + " has seven digits, which make no colour",
+          "write COLOR and 6 hexadecimal digits");
+      return;
+    }
     if (is_style(text)) return;
     // Two items with a blank between them are told of by the check of the form.
     const bool parted =

@@ -36,6 +36,14 @@ void warn_of_marked_name(const Reading& reading, const Statement& statement, Pro
   }
 }
 
+/// CONST :5; declares a line of this name.
+void warn_of_nameless_constant(const Reading& /*reading*/, const Statement& statement,
+                               Problems& out) {
+  if (statement.form != Form::constant || !statement.name_range.empty()) return;
+  out.push_back(
+      {place_of(statement.tokens.front()), "this constant lacks its name", "write CONST N:5;"});
+}
+
 void warn_of_second_constant(const Reading& reading, const Statement& statement, Problems& out) {
   if (statement.form != Form::constant || statement.name_range.empty()) return;
   for (const Statement& other : reading.statements) {
@@ -67,7 +75,8 @@ void warn_of_lost_digits(const Reading& /*reading*/, const Statement& statement,
 }
 
 using Rule = void (*)(const Reading& reading, const Statement& statement, Problems& out);
-constexpr Rule rules[] = {warn_of_marked_name, warn_of_second_constant, warn_of_lost_digits};
+constexpr Rule rules[] = {warn_of_marked_name, warn_of_nameless_constant, warn_of_second_constant,
+                          warn_of_lost_digits};
 
 }  // namespace
 

@@ -71,6 +71,11 @@ class WordCheck {
           "declare one, such as X:=C; and write SET(X,...)");
       return;
     }
+    if (call.arguments.size() % 2 == 1) {
+      add(place_of_call(call), "SET lacks the value for " + text(call.arguments.back()),
+          "write SET(" + text(call.arguments.back()) + ",value)");
+      return;
+    }
     if (!statement_.is_named()) return;
     add(place_of(statement_.tokens[call.word]),
         "SET gives no number, so that " + statement_.name + " is 0",

@@ -3,8 +3,8 @@
 #include <cstdio>
 #include <exception>
 
-#include "bars.h"
-#include "scan_job.h"
+#include "input/bars.h"
+#include "scan/scan_job.h"
 
 int main(int argc, char** argv) {
   try {

@@ -7,12 +7,12 @@
 
 #include "chart/chart.h"
 #include "errors.h"
-#include "messages.h"
-#include "output.h"
-#include "paths.h"
-#include "period.h"
-#include "program.h"
-#include "scan_job.h"
+#include "input/paths.h"
+#include "options/period.h"
+#include "output/messages.h"
+#include "output/output.h"
+#include "process/program.h"
+#include "scan/scan_job.h"
 #include "script_run.h"
 #include "text.h"
 
@@ -52,7 +52,7 @@ struct Calculation {
   uint32_t first_row = 0;
   bool fire_signals = false;
   bool as_json = false;
-  bool keeps_bars = false;  ///< for whoever draws them
+  size_t drawn_bars = 0;  ///< how many of the last ones are drawn
 };
 
 /// A script that has been calculated.
@@ -63,20 +63,32 @@ struct Calculated {
   Findings findings;
 };
 
-/// The script has a copy of the fields that it reads: of these the bars keep the names alone, and
-/// of others nothing unless they are drawn.
-void drop_columns(Bars& bars, const Script& script, bool keeps_others) {
+bool reads(const Script& script, uint32_t field) {
   const auto& fields = script.report().fields;
+  return std::ranges::find(fields, field) != fields.end();
+}
+
+/// Of fields that the script doesn't read only what is drawn is kept, the last values.
+void drop_unread(Bars& bars, const Script& script, size_t kept) {
+  if (kept > 0 && !std::ranges::is_sorted(bars.keys)) return;
   for (auto& [id, values] : bars.columns) {
-    const bool is_copied = std::ranges::find(fields, id) != fields.end();
-    if (is_copied || !keeps_others) values = {};
+    if (reads(script, id) || values.size() <= kept) continue;
+    const auto end = values.end();
+    values = std::vector<double>(end - static_cast<ptrdiff_t>(kept), end);
+  }
+}
+
+/// The script has a copy of the fields that it reads: of these the bars keep the names alone.
+void drop_read(Bars& bars, const Script& script) {
+  for (auto& [id, values] : bars.columns) {
+    if (reads(script, id)) values = {};
   }
 }
 
 /// Compiles and calculates; `use` gets what has come out with success.
 template <typename Use>
 int calculate_and(const Calculation& task, const Use& use) {
-  const auto& [options, bar_options, first_row, fire_signals, as_json, keeps_bars] = task;
+  const auto& [options, bar_options, first_row, fire_signals, as_json, drawn_bars] = task;
   Circumstances about{first_settings_of(options), 0, std::nullopt, std::nullopt};
   Script script(source_of(options), about.settings);
   warn_of_idle(options, script.source());
@@ -99,22 +111,24 @@ int calculate_and(const Calculation& task, const Use& use) {
   }
   references.require_use(script.report());
   const std::string name = input_name(bar_options.path);
+  drop_unread(bars, script, drawn_bars);
   {
     const auto filled = references.columns_for(script.report(), bars.keys);
     const auto missing = feed(script, bars, filled);
     warn_of_nulls(script, bars, name, missing, references, filled);
     about.run = quor_advice::RunFacts{{}, {}, missing};
   }
-  drop_columns(bars, script, keeps_bars);
+  drop_read(bars, script);
   if (script.calculate(first_row, fire_signals)) {
     about.run->keys = bars.keys;
     return report_failure(options, script, findings_of(script, about), as_json);
   }
-  about.run->keys = keeps_bars ? bars.keys : std::exchange(bars.keys, {});
+  about.run->keys = bars.keys;
   about.run->null_lines = null_lines(script, first_row);
   const uint32_t period = about.settings.subject.period;
   const Findings findings = findings_of(script, std::move(about));
   show_findings(findings, script.source(), options.name());
+  if (drawn_bars == 0) bars = {};
   use(Calculated{script, period, std::move(bars), findings});
   return status_of(options, findings);
 }
@@ -238,7 +252,7 @@ int draw_script(const DrawOptions& options, [[maybe_unused]] char** arguments) {
   if (options.chart.path.ends_with(".png")) run_instead(QUOR_CHART_PROGRAM, arguments);
 #endif
   Calculation task{options.script, options.bars};
-  task.keeps_bars = true;
+  task.drawn_bars = drawn_bars(options.chart);
   return calculate_and(task, [&](const Calculated& calculated) {
     draw_chart(calculated.script, {security_name(options), calculated.period}, calculated.bars,
                options.chart);

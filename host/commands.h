@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "chart_options.h"
-#include "options.h"
+#include "options/chart_options.h"
+#include "options/options.h"
 
 namespace quor_host {
 

@@ -6,9 +6,9 @@
 #include <system_error>
 
 #include "advice/formatting.h"
-#include "encoding.h"
 #include "errors.h"
-#include "paths.h"
+#include "input/encoding.h"
+#include "input/paths.h"
 #include "text.h"
 
 namespace quor_host {

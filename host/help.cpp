@@ -12,8 +12,8 @@
 #include "advice/topic_help.h"
 #include "advice/word_help.h"
 #include "advice/word_index.h"
-#include "console.h"
 #include "nearest.h"
+#include "output/console.h"
 
 namespace quor_host {
 namespace {
@@ -103,7 +103,7 @@ bool print_language_topic(std::ostream& out, std::string_view name) {
 
 /// All codes with their meanings.
 bool print_codes(std::ostream& out, std::string_view name) {
-  if (name != "errors" && name != "codes") return false;
+  if (name != "errors" && name != "codes" && name != "error") return false;
   for (const quor_advice::CodeHelp& help : quor_advice::code_help()) {
     print_wrapped(out, std::to_string(help.code) + ": " + std::string(help.meaning), 2);
   }

@@ -7,20 +7,20 @@
 #include <utility>
 
 #include "commands.h"
-#include "console.h"
 #include "errors.h"
 #include "format.h"
 #include "help.h"
+#include "input/paths.h"
 #include "lsp/lsp.h"
-#include "messages.h"
-#include "option_checks.h"
-#include "paths.h"
-#include "scan.h"
+#include "options/option_checks.h"
+#include "output/console.h"
+#include "output/messages.h"
+#include "scan/scan.h"
 #ifdef QUOR_STUDIO
 #include "studio/studio.h"
 #endif
-#include "usage.h"
-#include "watch.h"
+#include "options/usage.h"
+#include "watch/watch.h"
 
 namespace {
 

@@ -5,15 +5,15 @@
 #include <limits>
 #include <utility>
 
-#include "encoding.h"
 #include "errors.h"
-#include "fields.h"
-#include "json_files.h"
-#include "market_constants.h"
-#include "messages.h"
+#include "input/encoding.h"
+#include "input/fields.h"
+#include "input/json_files.h"
 #include "nearest.h"
-#include "parameters.h"
-#include "period.h"
+#include "options/market_constants.h"
+#include "options/parameters.h"
+#include "options/period.h"
+#include "output/messages.h"
 #include "text.h"
 
 namespace quor_host {

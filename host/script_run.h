@@ -9,9 +9,9 @@
 
 #include "advice/advice.h"
 #include "engine/engine.h"
-#include "options.h"
-#include "output.h"
-#include "references.h"
+#include "input/references.h"
+#include "options/options.h"
+#include "output/output.h"
 
 namespace quor_host {
 

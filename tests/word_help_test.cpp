@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -156,6 +157,18 @@ TEST(TopicHelp, names_words_of_the_language) {
                               told.find("no colour") == std::string::npos;
         EXPECT_TRUE(is_known) << word << '\n' << told;
       }
+    }
+  }
+}
+
+TEST(TopicHelp, has_each_name_for_one_topic_that_no_word_hides) {
+  for (const quor_advice::TopicHelp& topic : quor_advice::topic_help()) {
+    std::istringstream others{std::string(topic.others)};
+    std::vector<std::string> names{std::string(topic.name)};
+    for (std::string name; others >> name;) names.push_back(name);
+    for (const std::string& name : names) {
+      EXPECT_EQ(quor_advice::find_topic_help(name), &topic) << name;
+      EXPECT_EQ(quor_advice::find_word_help(name), nullptr) << name;
     }
   }
 }

@@ -105,14 +105,6 @@ mathematics_library() {
   "$ar" rcs "$out/lib/libquor_mathematics.a" "$objects"/*.o
 }
 
-# One file, whose own build would want a shell on Windows.
-csv_library() {
-  mkdir -p "$out/include" "$out/lib"
-  $cc -O2 $pic -c "$work/libcsv/libcsv.c" -o "$work/libcsv.o" &&
-    "$ar" rcs "$out/lib/libcsv.a" "$work/libcsv.o" &&
-    cp "$work/libcsv/csv.h" "$out/include" || die "the build of libcsv failed"
-}
-
 # Headers only; taken over, because those of this machine must stay out of the sight of a cross build.
 copy_header() {
   mkdir -p "$out/include"
@@ -148,8 +140,6 @@ json_library
 mathematics_library >"$work/mathematics.log" 2>&1 ||
   die "the build of the mathematics failed: $(tail -n 20 "$work/mathematics.log")"
 copy_header fast_float
-fetch_source libcsv
-csv_library
 if has program; then
   fetch_source cpp-httplib
   http_library

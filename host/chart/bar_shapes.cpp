@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "../fields.h"
+#include "../input/fields.h"
 #include "painter.h"
 
 namespace quor_host {

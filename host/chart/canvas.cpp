@@ -6,7 +6,7 @@
 #include <iostream>
 
 #include "../errors.h"
-#include "../paths.h"
+#include "../input/paths.h"
 
 namespace quor_host {
 namespace {

@@ -77,6 +77,8 @@ std::vector<Panel> panels_of_sheet(const View& view, const View& wide,
 
 }  // namespace
 
+size_t drawn_bars(const ChartOptions& options) { return std::max(options.last, enough_bars); }
+
 void draw_chart(const quor::engine::Script& script, const ChartTitle& title, const Bars& bars,
                 const ChartOptions& options) {
   Columns columns(script);
@@ -84,7 +86,7 @@ void draw_chart(const quor::engine::Script& script, const ChartTitle& title, con
     return columns.value(row, column);
   };
   const View view(cells, bars, options.last);
-  const View wide(cells, bars, std::max(options.last, enough_bars));
+  const View wide(cells, bars, drawn_bars(options));
   std::vector<Record> records = drawing_records(script);
   records.insert(records.begin(), bars_record(view));
   const Record volume = volume_record();

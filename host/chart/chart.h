@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "../bars.h"
-#include "../chart_options.h"
+#include "../input/bars.h"
+#include "../options/chart_options.h"
 #include "engine/engine.h"
 
 namespace quor_host {
@@ -16,7 +16,12 @@ struct ChartTitle {
   uint32_t period = 0;
 };
 
-/// Draws the last bars of a calculated script into an SVG or PNG file, or as SVG to the standard
+/// How many of the last bars a picture is made from: those in sight, and those that choose the
+/// panes.
+size_t drawn_bars(const ChartOptions& options);
+
+/// Draws the last bars of a calculated script, of whose values the bars may have those of
+/// `drawn_bars` alone, into an SVG or PNG file, or as SVG to the standard
 /// output.
 void draw_chart(const quor::engine::Script& script, const ChartTitle& title, const Bars& bars,
                 const ChartOptions& options);

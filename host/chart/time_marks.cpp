@@ -87,13 +87,13 @@ TimeMark mark_of(size_t row, const Moment& at, Name name, bool intraday) {
   return mark;
 }
 
-/// The rows from `first` on that begin a span.
-std::vector<size_t> beginnings(const std::vector<Moment>& moments, size_t first, const Span& span) {
-  std::vector<size_t> rows;
-  for (size_t row = std::max<size_t>(first, 1); row < moments.size(); ++row) {
-    if (span.number(moments[row]) != span.number(moments[row - 1])) rows.push_back(row);
+/// Where a span begins among the moments, behind the first of them.
+std::vector<size_t> beginnings(const std::vector<Moment>& moments, const Span& span) {
+  std::vector<size_t> places;
+  for (size_t i = 1; i < moments.size(); ++i) {
+    if (span.number(moments[i]) != span.number(moments[i - 1])) places.push_back(i);
   }
-  return rows;
+  return places;
 }
 
 bool has_room(const std::vector<TimeMark>& marks, size_t row, double room) {
@@ -110,18 +110,22 @@ bool is_intraday(std::span<const int64_t> keys) {
 
 std::vector<TimeMark> time_marks(std::span<const int64_t> keys, size_t first, double room) {
   const bool intraday = is_intraday(keys);
-  const std::vector<Moment> moments(keys.begin(), keys.end());
+  const size_t before = first == 0 ? 0 : first - 1;  // which tells what begins at the first one
+  const auto in_sight = keys.subspan(before);
+  const std::vector<Moment> moments(in_sight.begin(), in_sight.end());
   const auto most = static_cast<size_t>(static_cast<double>(keys.size() - first) / room) + 1;
   std::vector<TimeMark> marks;
   for (const Span& span : spans) {
-    const std::vector<size_t> rows = beginnings(moments, first, span);
-    if (rows.size() > most) break;
-    for (const size_t row : rows) {
-      if (!has_room(marks, row, room)) continue;
-      marks.push_back(mark_of(row, moments[row], span.name, intraday));
+    const std::vector<size_t> places = beginnings(moments, span);
+    if (places.size() > most) break;
+    for (const size_t i : places) {
+      if (!has_room(marks, before + i, room)) continue;
+      marks.push_back(mark_of(before + i, moments[i], span.name, intraday));
     }
   }
-  if (marks.empty()) marks.push_back(mark_of(first, moments[first], Name::day, intraday));
+  if (marks.empty()) {
+    marks.push_back(mark_of(first, moments[first - before], Name::day, intraday));
+  }
   std::ranges::sort(marks, {}, &TimeMark::row);
   return marks;
 }

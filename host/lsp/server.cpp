@@ -5,7 +5,7 @@
 #include <iterator>
 #include <utility>
 
-#include "../period.h"
+#include "../options/period.h"
 
 namespace quor_lsp {
 namespace {

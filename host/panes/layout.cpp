@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "../fields.h"
+#include "../input/fields.h"
 
 namespace quor_host {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "../fields.h"
+#include "../input/fields.h"
 #include "../text.h"
 #include "numbers.h"
 

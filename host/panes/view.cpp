@@ -22,9 +22,11 @@ double View::value(std::optional<uint32_t> column, size_t row) const {
   constexpr double nan = std::numeric_limits<double>::quiet_NaN();
   if (!column) return nan;
   const auto field = bars_.columns.find(*column);
-  const bool is_here = field != bars_.columns.end() && !field->second.empty();
-  const double value = !is_here ? cells_(static_cast<uint32_t>(row), *column)
-                                : field->second[order_.empty() ? row : order_[row]];
+  const size_t missing =
+      field == bars_.columns.end() ? row_count() : row_count() - field->second.size();
+  const size_t place = order_.empty() ? row : order_[row];
+  const double value = place < missing ? cells_(static_cast<uint32_t>(row), *column)
+                                       : field->second[place - missing];
   // Sums and ratios of what lies below stay finite.
   return std::abs(value) < 1e100 ? value : nan;
 }

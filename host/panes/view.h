@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "../bars.h"
+#include "../input/bars.h"
 #include "records.h"
 
 namespace quor_host {
@@ -46,7 +46,8 @@ using CellReader = std::function<double(uint32_t row, uint32_t column)>;
 
 class View {
  public:
-  /// The bars must outlive it. Fields of theirs without values are read as columns of the run.
+  /// The bars must outlive it. Fields of theirs without values are read as columns of the run; bars
+  /// in order may have the last values of a field alone.
   View(CellReader cells, const Bars& bars, size_t last);
 
   size_t first_row() const { return first_; }

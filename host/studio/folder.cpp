@@ -4,9 +4,9 @@
 #include <fstream>
 #include <system_error>
 
-#include "../encoding.h"
 #include "../errors.h"
-#include "../scan_job.h"
+#include "../input/encoding.h"
+#include "../scan/scan_job.h"
 #include "gate.h"
 #include "refusal.h"
 #include "task.h"

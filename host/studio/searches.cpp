@@ -4,9 +4,9 @@
 #include <thread>
 #include <utility>
 
-#include "../bars.h"
-#include "../period.h"
-#include "../scan_findings.h"
+#include "../input/bars.h"
+#include "../options/period.h"
+#include "../scan/scan_findings.h"
 #include "gate.h"
 #include "refusal.h"
 #include "task.h"

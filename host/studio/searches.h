@@ -6,7 +6,7 @@
 #include <mutex>
 #include <string>
 
-#include "../scan_job.h"
+#include "../scan/scan_job.h"
 #include "folder.h"
 #include "json.h"
 

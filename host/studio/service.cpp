@@ -1,7 +1,7 @@
 #include "service.h"
 
-#include "../encoding.h"
 #include "../errors.h"
+#include "../input/encoding.h"
 #include "../text.h"
 #include "task.h"
 

@@ -7,7 +7,7 @@
 #include <thread>
 
 #include "../errors.h"
-#include "../program.h"
+#include "../process/program.h"
 #include "browser.h"
 #include "end_signals.h"
 #include "server.h"
@@ -33,11 +33,16 @@ std::unique_ptr<Server> server_for(const StudioOptions& options, const Service& 
   }
 }
 
+/// Windows knows no folder by a name that ends with a separator.
+std::filesystem::path plain_name(const std::filesystem::path& folder) {
+  return folder.has_filename() ? folder : folder.parent_path();
+}
+
 int export_page(const std::filesystem::path& page, const std::filesystem::path& folder) {
   Page{page};  // says what is missing
-  std::filesystem::create_directories(folder);
+  std::filesystem::create_directories(plain_name(folder));
   std::filesystem::copy(
-      page, folder,
+      plain_name(page), plain_name(folder),
       std::filesystem::copy_options::recursive | std::filesystem::copy_options::overwrite_existing);
   std::cout << "The page is in " << folder.string() << "; any server of files can have it.\n";
   return EXIT_SUCCESS;

@@ -72,7 +72,12 @@ class Cells {
   /// The rows of the batch may begin further down in its columns.
   Cells(const ArrowArray& array, const ArrowArray& batch)
       : array_(array), size_(batch.length), first_(array.offset + batch.offset) {}
+  /// All rows of a column that is in no batch.
+  explicit Cells(const ArrowArray& array)
+      : array_(array), size_(array.length), first_(array.offset) {}
 
+  /// The values whose numbers the cells are; null if they are values themselves.
+  const ArrowArray* dictionary() const { return array_.dictionary; }
   int64_t size() const { return size_; }
 
   bool is_there(int64_t row) const {
@@ -97,6 +102,17 @@ class Cells {
     const auto* const offsets = static_cast<const Offset*>(array_.buffers[1]) + first_;
     const auto* const bytes = static_cast<const char*>(array_.buffers[2]);
     return {bytes + offsets[row], static_cast<size_t>(offsets[row + 1] - offsets[row])};
+  }
+
+  /// A text of up to 12 bytes stands in its view of 16; of a longer one this tells where.
+  std::string_view viewed_text(int64_t row) const {
+    const auto* const view = static_cast<const char*>(array_.buffers[1]) + 16 * (first_ + row);
+    int32_t parts[4];
+    std::memcpy(parts, view, sizeof parts);
+    const auto& [length, start, buffer, offset] = parts;
+    if (length <= 12) return {view + 4, static_cast<size_t>(length)};
+    return {static_cast<const char*>(array_.buffers[2 + buffer]) + offset,
+            static_cast<size_t>(length)};
   }
 
  private:
@@ -168,8 +184,8 @@ py::object times(const Batches& batches, const char* unit) {
   return array.attr("view")(std::string("datetime64[") + unit + "]");
 }
 
-template <typename Offset>
-py::object texts(const Batches& batches) {
+template <typename Read>
+py::object texts_by(const Batches& batches, const Read& read) {
   py::list list;
   for (const Cells& cells : batches) {
     for (int64_t row = 0; row < cells.size(); ++row) {
@@ -177,11 +193,20 @@ py::object texts(const Batches& batches) {
         list.append(py::none());
         continue;
       }
-      const std::string_view text = cells.text<Offset>(row);
+      const std::string_view text = read(cells, row);
       list.append(py::str(text.data(), text.size()));
     }
   }
   return py::module_::import("numpy").attr("array")(list, "object");
+}
+
+template <typename Offset>
+py::object texts(const Batches& batches) {
+  return texts_by(batches, [](const Cells& cells, int64_t row) { return cells.text<Offset>(row); });
+}
+
+py::object viewed_texts(const Batches& batches) {
+  return texts_by(batches, [](const Cells& cells, int64_t row) { return cells.viewed_text(row); });
 }
 
 struct Type {
@@ -203,6 +228,7 @@ constexpr Type types[] = {
     {"L", numbers<uint64_t>},
     {"u", texts<int32_t>},
     {"U", texts<int64_t>},
+    {"vu", viewed_texts},
     {"tdD", [](const Batches& batches) { return times<int32_t>(batches, "D"); }},
     {"tdm", [](const Batches& batches) { return times<int64_t>(batches, "ms"); }},
     {"tss:", [](const Batches& batches) { return times<int64_t>(batches, "s"); }},
@@ -222,6 +248,30 @@ py::object column(std::string_view format, const Batches& batches) {
     return py::make_tuple(values, py::str(zone.data(), zone.size()));
   }
   return py::none();
+}
+
+/// What stands for a null among such values.
+py::object null_among(const py::object& values) {
+  const auto kind = values.attr("dtype").attr("kind").cast<std::string>();
+  if (kind == "O") return py::list(py::make_tuple(py::none()));
+  if (kind == "M") return py::module_::import("numpy").attr("datetime64")("NaT");
+  return py::float_(std::numeric_limits<double>::quiet_NaN());
+}
+
+/// Values that stand once in a dictionary, of which each batch has its own.
+py::object decoded(const ArrowSchema& type, const Batches& batches) {
+  const py::module_ numpy = py::module_::import("numpy");
+  py::list parts;
+  parts.append(column(type.dictionary->format, {}));
+  for (const Cells& cells : batches) {
+    const py::object values = column(type.dictionary->format, {Cells(*cells.dictionary())});
+    if (!py::isinstance<py::array>(values)) return py::none();
+    const py::object with_null = numpy.attr("append")(values, null_among(values));
+    const py::object places =
+        numpy.attr("nan_to_num")(column(type.format, {cells}), py::arg("nan") = py::len(values));
+    parts.append(with_null.attr("take")(places.attr("astype")("int64")));
+  }
+  return numpy.attr("concatenate")(parts);
 }
 
 [[noreturn]] void fail(ArrowArrayStream& stream) {
@@ -251,9 +301,9 @@ py::list read_arrow(const py::capsule& capsule) {
     for (const auto& batch : batches) {
       cells.emplace_back(*batch->value.children[number], batch->value);
     }
-    const bool is_plain = type.dictionary == nullptr;
-    list.append(py::make_tuple(type.name == nullptr ? "" : type.name,
-                               is_plain ? column(type.format, cells) : py::object(py::none())));
+    list.append(py::make_tuple(
+        type.name == nullptr ? "" : type.name,
+        type.dictionary == nullptr ? column(type.format, cells) : decoded(type, cells)));
   }
   return list;
 }

@@ -62,6 +62,11 @@ class ArrowDouble:
         children = (_SCHEMA * len(self.columns))()
         for number, (name, form, _, _) in enumerate(self.columns):
             child = _Schema(format=form.encode(), name=name.encode())
+            if form.startswith("dictionary "):
+                child.format = b"s"
+                words = _Schema(format=form.split()[1].encode())
+                child.dictionary = ctypes.pointer(words)
+                self.kept.append(words)
             children[number] = ctypes.pointer(child)
             self.kept.append(child)
         self._give(out, _Schema, _schema_release, format=b"+s", n_children=len(self.columns),
@@ -85,7 +90,11 @@ class ArrowDouble:
         values, is_there = values[self.at:end], is_there[self.at:end]
         pad = np.zeros(self.offset, bool)
         bits = np.packbits(np.append(pad, is_there), bitorder="little")
-        if form == "u":
+        if form.startswith("dictionary "):
+            return self._numbered(form.split()[1], values, is_there)
+        if form == "vu":
+            buffers = [bits, *self._views(values)]
+        elif form == "u":
             encoded = [str(value).encode() for value in values]
             first = np.zeros(self.offset + 1, np.int32)
             offsets = np.append(first, np.cumsum([len(one) for one in encoded], dtype=np.int32))
@@ -96,6 +105,32 @@ class ArrowDouble:
         column = _Array(length=end - self.at, null_count=int((~is_there).sum()),
                         n_buffers=len(buffers), buffers=pointers)
         self.kept += [buffers, pointers, column]
+        return column
+
+    def _views(self, values):
+        """Views of texts, the texts that are too long for them, and how long these are together."""
+        views, long = np.zeros((self.offset + len(values), 4), np.int32), b""
+        for row, value in enumerate(values, self.offset):
+            text = str(value).encode()
+            views[row, 0] = len(text)
+            if len(text) <= 12:
+                views[row, 1:] = np.frombuffer(text.ljust(12, b"\0"), np.int32)
+            else:
+                views[row, 2:] = 0, len(long)
+                long += text
+        return views, np.frombuffer(long + b"!", np.uint8), np.array([len(long)])
+
+    def _numbered(self, form, values, is_there):
+        """Texts as numbers of a dictionary, or other values for the format of these."""
+        known, places = np.unique(values.astype(str) if form.endswith("u") else values,
+                                  return_inverse=True)
+        at, offset, rows = self.at, self.offset, len(known)
+        self.at, self.offset = 0, 0
+        words = self._column(form, known, np.ones(rows, bool), rows)
+        self.at, self.offset = at, offset
+        column = self._column("s", np.append(np.zeros(at), places).astype(np.int16),
+                              np.append(np.ones(at, bool), is_there), at + len(values))
+        column.dictionary = ctypes.pointer(words)
         return column
 
     def _give(self, out, kind, release, **fields):
@@ -145,18 +180,34 @@ def test_arrow_streams_are_read(time, rows, offset):
     assert len(live) == 40
 
 
-def test_arrow_frames_may_be_panels_and_have_zones():
+@pytest.mark.parametrize("form", ["u", "vu", "dictionary u", "dictionary vu"])
+@pytest.mark.parametrize("rows, offset", [(1000, 0), (7, 3)])
+def test_arrow_frames_may_be_panels_and_have_zones(form, rows, offset):
     frame = made_up(1, 10)
-    long = pd.concat({"größer": frame, "": frame}, names=["what", "date"])
+    long = pd.concat({"größer als zwölf": frame, "": frame}, names=["what", "date"])
     table = ArrowDouble([
-        ("what", "u", long.index.get_level_values(0).to_numpy(object), np.ones(20, bool)),
+        ("what", form, long.index.get_level_values(0).to_numpy(object), np.ones(20, bool)),
         ("date", "tsn:Asia/Tokyo", np.tile(
             (frame.index - pd.Timedelta("9h")).to_numpy().view(np.int64), 2), np.ones(20, bool)),
         ("C", "g", long["close"].to_numpy(), np.ones(20, bool)),
-        ("V", "l", long["volume"].to_numpy(), np.ones(20, bool))])
+        ("V", "l", long["volume"].to_numpy(), np.ones(20, bool))], rows=rows, offset=offset)
     result = quor.scan(SCRIPT, table, by="what", last=None)
-    assert np.array_equal(result.loc["größer"]["A"], SCRIPT.run(frame)["A"], equal_nan=True)
-    assert list(result.loc["größer"].index) == list(frame.index)
+    found = result.loc["größer als zwölf"]
+    assert np.array_equal(found["A"], SCRIPT.run(frame)["A"], equal_nan=True)
+    assert list(found.index) == list(frame.index)
+
+
+def test_arrow_dictionaries_may_hold_nulls_and_numbers():
+    frame = made_up(1, 30)
+    frame.loc[frame.index[5], "close"] = np.nan
+    there = np.ones(30, bool)
+    table = ArrowDouble([
+        ("date", "tdD", frame.index.to_numpy().astype("datetime64[D]").astype(np.int32), there),
+        ("close", "dictionary g", frame["close"].fillna(0).to_numpy(),
+         frame["close"].notna().to_numpy()),
+        ("volume", "dictionary l", frame["volume"].to_numpy(np.int64), there)], rows=7)
+    result = SCRIPT.run(table)
+    assert np.array_equal(result["A"], SCRIPT.run(frame)["A"], equal_nan=True)
 
 
 def test_an_arrow_stream_that_fails_says_why():

@@ -149,6 +149,7 @@ std::vector<quor_advice::Finding> findings_of(const AdviceCase& advice_case) {
   TestHost host;
   host.set_info(advice_case.period, "600000", "TEST");
   const std::string report = report_of(host, advice_case.script, advice_case.parameters);
+  std::vector<int64_t> keys;
   std::string answer;
   quor_advice::Input input{.script = advice_case.script,
                            .parameters = advice_case.parameters,
@@ -164,9 +165,10 @@ std::vector<quor_advice::Finding> findings_of(const AdviceCase& advice_case) {
     return report_of(other, script, advice_case.parameters);
   };
   if (advice_case.bars > 0) {
+    keys = keys_of(advice_case);
     input.run.emplace();
-    input.run->keys = keys_of(advice_case);
-    host.set_keys(input.run->keys);
+    input.run->keys = keys;
+    host.set_keys(keys);
     host.feed(prices(advice_case.bars));
     answer = host.run();
     input.answer = answer;

@@ -6,11 +6,12 @@
 #include <numeric>
 #include <utility>
 
+#include "bars/resample.h"
 #include "colours.h"
 #include "host/errors.h"
-#include "host/fields.h"
+#include "host/input/fields.h"
+#include "host/options/period.h"
 #include "host/panes/numbers.h"
-#include "host/period.h"
 #include "host/studio/refusal.h"
 #include "host/text.h"
 #include "places.h"
@@ -82,13 +83,14 @@ Json missing_json(const Run& run) {
 /// Data of others that the script reads, and whether it is there.
 Json references_json(const Desk& desk) {
   Json references = Json::array();
+  const uint32_t period = desk.security ? desk.security->period : period_of_a_day;
   for (const auto& reference : desk.run->script().report().references) {
     const OtherField other(reference);
     const bool is_security = reference.kind == quor::engine::Reference::Kind::security;
     references.push_back({{"name", other.name},
                           {"text", other.name + ' ' + field_text(other.field)},
                           {"security", is_security},
-                          {"given", bars_for(desk.around, reference) != nullptr}});
+                          {"given", is_served(desk.around, reference, desk.bars(), period)}});
   }
   return references;
 }
@@ -255,8 +257,11 @@ Security read_security(const std::string& name, std::string_view csv, const std:
                     period.empty()};
   if (security.bars.keys.size() > most_rows) throw Refusal(413, "these are too many bars");
   sort_bars(security.bars);
-  security.period = period.empty() ? infer_period(security.bars.keys).value_or(period_of_a_day)
-                                   : period_of(period);
+  const auto told = infer_period(security.bars.keys);
+  security.period = period.empty() ? told.value_or(period_of_a_day) : period_of(period);
+  if (told && quor_bars::is_longer(security.period, *told)) {
+    security.bars = quor_bars::resampled(security.bars, security.period);
+  }
   return security;
 }
 
@@ -280,7 +285,7 @@ Json take_subject(Desk& desk, quor::engine::Subject subject) {
 }
 
 Json take_other(Desk& desk, Security security) {
-  desk.around.others[to_upper(security.name)] = std::move(security.bars);
+  desk.around.others[to_upper(security.name)] = {std::move(security.bars), security.period};
   return recalculate(desk);
 }
 

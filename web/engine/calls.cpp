@@ -8,7 +8,7 @@
 #include "calculation.h"
 #include "colours.h"
 #include "editing.h"
-#include "host/output.h"
+#include "host/output/output.h"
 #include "host/studio/refusal.h"
 #include "library.h"
 #include "player.h"

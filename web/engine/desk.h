@@ -7,7 +7,7 @@
 #include <string>
 
 #include "drawing.h"
-#include "host/bars.h"
+#include "host/input/bars.h"
 #include "run.h"
 
 namespace quor_host {

@@ -5,7 +5,7 @@
 #include <limits>
 #include <set>
 
-#include "host/fields.h"
+#include "host/input/fields.h"
 #include "host/panes/layout.h"
 #include "host/panes/trade_words.h"
 

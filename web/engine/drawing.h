@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "host/bars.h"
+#include "host/input/bars.h"
 #include "host/panes/panels.h"
 #include "host/studio/json.h"
 #include "run.h"

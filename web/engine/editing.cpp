@@ -11,7 +11,7 @@
 #include "advice/hover.h"
 #include "advice/symbols.h"
 #include "advice/vocabulary.h"
-#include "host/period.h"
+#include "host/options/period.h"
 #include "host/studio/refusal.h"
 #include "host/studio/task.h"
 #include "places.h"

@@ -1,8 +1,8 @@
 #include "library.h"
 
 #include "advice/word_help.h"
+#include "host/options/period.h"
 #include "host/panes/measures.h"
-#include "host/period.h"
 
 namespace quor_host {
 Json words_json() {

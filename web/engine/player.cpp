@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "calculation.h"
-#include "host/fields.h"
+#include "host/input/fields.h"
 #include "host/studio/refusal.h"
 #include "shown.h"
 

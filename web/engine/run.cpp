@@ -4,7 +4,7 @@
 #include <cmath>
 #include <utility>
 
-#include "host/fields.h"
+#include "host/input/fields.h"
 
 namespace quor_host {
 namespace {
@@ -60,9 +60,9 @@ void Run::feed(const Bars& bars, size_t first) {
   const auto keys = std::span(bars.keys).subspan(first);
   std::vector<std::vector<double>> others;  // whose values keep their places
   for (const auto& reference : script_.report().references) {
-    const Bars* const other = bars_for(around_, reference);
-    if (other == nullptr) continue;
-    others.push_back(values_under(keys, *other, OtherField(reference).field));
+    auto values = values_for(around_, reference, bars, subject_.period, first);
+    if (!values) continue;
+    others.push_back(std::move(*values));
     fields.push_back({reference.column, others.back()});
   }
   script_.set_rows(keys, fields);

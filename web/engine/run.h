@@ -9,7 +9,7 @@
 #include "advice/advice.h"
 #include "advice/fixes.h"
 #include "engine/engine.h"
-#include "host/bars.h"
+#include "host/input/bars.h"
 #include "host/panes/records.h"
 #include "host/studio/task.h"
 #include "surroundings.h"

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <limits>
+#include <span>
 
+#include "bars/resample.h"
+#include "host/options/period.h"
 #include "host/studio/refusal.h"
 #include "host/text.h"
 
@@ -35,11 +38,24 @@ OtherField::OtherField(const quor::engine::Reference& reference) {
   field = static_cast<uint32_t>(to_number(reference.source.substr(mark + 1)).value_or(0));
 }
 
-const Bars* bars_for(const Surroundings& around, const quor::engine::Reference& reference) {
+namespace {
+
+/// The longer period that the bars make for a reference; 0 if it asks for another one.
+uint32_t period_for(const quor::engine::Reference& reference, const Bars& bars, uint32_t period) {
+  if (reference.kind != quor::engine::Reference::Kind::period) return 0;
+  const OtherField wanted(reference);
+  const uint32_t longer = parse_period(wanted.name).value_or(0);
+  const bool is_made = longer != 0 && quor_bars::is_longer(longer, period);
+  return is_made && bars.columns.contains(wanted.field) ? longer : 0;
+}
+
+/// Null if there is none, or none with the field.
+const Other* other_for(const Surroundings& around, const quor::engine::Reference& reference) {
   if (reference.kind != quor::engine::Reference::Kind::security) return nullptr;
-  const OtherField other(reference);
-  const auto found = around.others.find(other.name);
-  const bool serves = found != around.others.end() && found->second.columns.contains(other.field);
+  const OtherField wanted(reference);
+  const auto found = around.others.find(wanted.name);
+  const bool serves =
+      found != around.others.end() && found->second.bars.columns.contains(wanted.field);
   return serves ? &found->second : nullptr;
 }
 
@@ -56,6 +72,27 @@ std::vector<double> values_under(std::span<const int64_t> keys, const Bars& othe
     values.push_back(is_there ? known[at] : nan);
   }
   return values;
+}
+
+}  // namespace
+
+std::optional<std::vector<double>> values_for(const Surroundings& around,
+                                              const quor::engine::Reference& reference,
+                                              const Bars& bars, uint32_t period, size_t first) {
+  const uint32_t field = OtherField(reference).field;
+  if (const uint32_t longer = period_for(reference, bars, period); longer != 0) {
+    return quor_bars::last_finished(bars, field, longer, first);
+  }
+  const Other* const other = other_for(around, reference);
+  if (other == nullptr) return std::nullopt;
+  const auto keys = std::span(bars.keys).subspan(first);
+  if (!quor_bars::is_longer(period, other->period)) return values_under(keys, other->bars, field);
+  return values_under(keys, quor_bars::resampled(other->bars, period), field);
+}
+
+bool is_served(const Surroundings& around, const quor::engine::Reference& reference,
+               const Bars& bars, uint32_t period) {
+  return other_for(around, reference) != nullptr || period_for(reference, bars, period) != 0;
 }
 
 }  // namespace quor_host

@@ -3,21 +3,27 @@
 
 #include <cstdint>
 #include <map>
-#include <span>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "engine/engine.h"
-#include "host/bars.h"
+#include "host/input/bars.h"
 #include "host/studio/json.h"
 
 namespace quor_host {
 
+/// Bars of another security, as they were read; keys ascend.
+struct Other {
+  Bars bars;
+  uint32_t period = 0;
+};
+
 struct Surroundings {
   /// Of the security, but for its period.
   quor::engine::Subject subject;
-  /// Bars of other securities, by their names in capitals; keys ascend.
-  std::map<std::string, Bars> others;
+  /// By their names in capitals.
+  std::map<std::string, Other> others;
 };
 
 /// What the page tells of the security. Throws Refusal.
@@ -31,10 +37,15 @@ struct OtherField {
   explicit OtherField(const quor::engine::Reference& reference);
 };
 
-/// The bars that serve a reference; null for none.
-const Bars* bars_for(const Surroundings& around, const quor::engine::Reference& reference);
+/// What serves a reference of a script over some bars of a period, at the bars from `first` on:
+/// another security's bars of the same keys, NaN where it has none, or the last longer period that
+/// is over, made of the bars themselves. Nothing where there is no such data.
+std::optional<std::vector<double>> values_for(const Surroundings& around,
+                                              const quor::engine::Reference& reference,
+                                              const Bars& bars, uint32_t period, size_t first);
 
-/// The values of a field of other bars under the same keys; NaN where there are none.
-std::vector<double> values_under(std::span<const int64_t> keys, const Bars& other, uint32_t field);
+/// Whether there is such data.
+bool is_served(const Surroundings& around, const quor::engine::Reference& reference,
+               const Bars& bars, uint32_t period);
 
 }  // namespace quor_host

@@ -7,7 +7,7 @@
 #include <limits>
 #include <span>
 
-#include "host/fields.h"
+#include "host/input/fields.h"
 
 namespace quor_host {
 namespace {

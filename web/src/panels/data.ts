@@ -51,10 +51,8 @@ export class Data {
     const items = [
       ...references.map((reference) => this.referenceItem(reference)),
       ...missing.map(({ text }) => itemOf(text, false, 'not among the bars')),
-      ...(needs.calendar ? [itemOf('Trading calendar', Boolean(calendar), 'give it below')] : []),
-      ...(needs.constants
-        ? [itemOf('Constants of the market', this.hasNumbers, 'give them below')]
-        : []),
+      ...(needs.calendar ? [itemBelow('Trading calendar', Boolean(calendar))] : []),
+      ...(needs.constants ? [itemBelow('Constants of the market', this.hasNumbers)] : []),
     ];
     this.needs.replaceChildren(
       ...(items.length > 0
@@ -90,7 +88,10 @@ export class Data {
   }
 
   private referenceItem({ name, text, security, given }: Drawn['references'][number]): HTMLElement {
-    if (given || !security) return itemOf(text, given, 'other periods are null here');
+    if (!security) {
+      return itemOf(text, given, given ? 'the last one that is over' : 'no longer than the bars');
+    }
+    if (given) return itemOf(text, true);
     const file = element('input', {
       type: 'file',
       accept: '.csv,text/csv',
@@ -105,12 +106,16 @@ export class Data {
   }
 }
 
-function itemOf(text: string, isThere: boolean, note: string): HTMLElement {
+function itemOf(text: string, isThere: boolean, note?: string): HTMLElement {
   return element(
     'li',
     { class: isThere ? 'there' : 'missing' },
     element('span', { class: 'mark' }, isThere ? '✓' : '–'),
     ` ${text}`,
-    isThere ? undefined : `: ${note}`,
+    note === undefined ? undefined : `: ${note}`,
   );
+}
+
+function itemBelow(text: string, isThere: boolean): HTMLElement {
+  return itemOf(text, isThere, isThere ? undefined : 'give it below');
 }

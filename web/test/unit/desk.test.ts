@@ -262,6 +262,43 @@ test('other securities come by their keys, and a script says what it lacks', asy
   assert.equal(desk.csv(), 'date,A\n2024-01-02,0.1\n2024-01-03,\n2024-01-04,0.1\n');
 });
 
+test('longer periods are made of the bars, and show what is over', async () => {
+  const rows = ['date,close', '2024-01-04 09:30,1', '2024-01-04 09:35,2', '2024-01-05 09:30,3'];
+  const desk = await Desk.make(rows.join('\n') + '\n2024-01-05 09:35,4\n2024-01-08 09:30,5\n');
+  const answer = desk.script('A:"DAY$1$CLOSE";B:"WEEK$1$CLOSE";');
+  assert.deepEqual(
+    answer.references!.map(({ name, given }) => [name, given]),
+    [
+      ['DAY1', true],
+      ['WEEK1', true],
+    ],
+  );
+  const values = ['', '', '2,', '2,', '4,4'].map((text) => text || ',');
+  const played = () => desk.csv().trimEnd().split('\n').slice(1);
+  assert.deepEqual(
+    played().map((row) => row.slice(20)),
+    values,
+    desk.csv(),
+  );
+  desk.play(1);
+  desk.step({ bars: 4 });
+  assert.deepEqual(
+    played().map((row) => row.slice(20)),
+    values,
+    'live',
+  );
+});
+
+test('a longer period than that of the bars joins them, those of others too', async () => {
+  const days = 'date,open,close\n2024-01-04,1,2\n2024-01-05,3,4\n2024-01-08,5,6\n2024-01-09,7,8\n';
+  const desk = await Desk.make();
+  assert.equal(desk.bars(days, 'days', 'week').rows, 2);
+  desk.json({ call: 'other', name: 'bbb' }, days);
+  desk.script('A:O;B:C;D:"bbb$CLOSE";');
+  assert.equal(desk.csv(), 'date,A,B,D\n2024-01-04,1,4,4\n2024-01-08,5,8,8\n');
+  assert.equal(desk.bars(days, 'days', 'day').rows, 4);
+});
+
 test('a script has the code, the market and the constants of its security', async () => {
   const desk = await Desk.make(madeBars(3));
   const lacking = desk.script("A:MINPRICE;B:CODELIKE('6');");
