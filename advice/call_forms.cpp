@@ -38,6 +38,19 @@ std::vector<std::string_view> split(std::string_view text, std::string_view sepa
   return pieces;
 }
 
+/// Short forms that are no words of their own; they are told of as such.
+const WordHelp* find_call_help(std::string_view word) {
+  constexpr auto side = "SIDE: 1 at the high, 0 at the low; 'ICO3': one of 33 signs";
+  static const WordHelp rows[] = {
+      {"ICON", "COND,ICON(SIDE,'ICO3')", 2, 2, "A sign at the bars where COND holds.", side, "",
+       "C>O,ICON(1,'ICO3');"},
+      {"WORD", "COND,WORD(SIDE,'TEXT')", 2, 2, "A text at the bars where COND holds.",
+       "SIDE: 1 at the high, 0 at the low; 'TEXT': what is written", "", "C>O,WORD(1,'up');"},
+  };
+  const auto* const row = std::ranges::find(rows, word, &WordHelp::word);
+  return row == std::end(rows) ? find_word_help(word) : row;
+}
+
 }  // namespace
 
 std::vector<CallForm> call_forms(const WordHelp& help) {
@@ -68,7 +81,7 @@ std::optional<CallAt> call_around(const Reading& reading, size_t offset) {
     if (token.end > offset) break;
     if (token.kind == TokenKind::open) {
       const bool is_call = i > 0 && statement.tokens[i - 1].kind == TokenKind::word;
-      open.push_back({is_call ? find_word_help(statement.tokens[i - 1].text) : nullptr, *number,
+      open.push_back({is_call ? find_call_help(statement.tokens[i - 1].text) : nullptr, *number,
                       is_call ? i - 1 : i, 0});
     } else if (token.kind == TokenKind::close && !open.empty()) {
       open.pop_back();
@@ -78,6 +91,20 @@ std::optional<CallAt> call_around(const Reading& reading, size_t offset) {
   }
   while (!open.empty() && open.back().help == nullptr) open.pop_back();
   return open.empty() ? std::nullopt : std::optional(open.back());
+}
+
+std::optional<CallHint> call_hint_at(const Reading& reading, size_t offset) {
+  const auto call = call_around(reading, offset);
+  if (!call) return std::nullopt;
+  CallHint hint{call->help, call_forms(*call->help), 0, 0, {}};
+  hint.word = place_of(reading.statements[call->statement].tokens[call->word]);
+  if (hint.forms.empty()) return std::nullopt;
+  while (hint.form + 1 < hint.forms.size() &&
+         hint.forms[hint.form].arguments.size() <= call->argument)
+    ++hint.form;
+  const size_t count = hint.forms[hint.form].arguments.size();
+  hint.argument = count == 0 ? 0 : std::min(call->argument, count - 1);
+  return hint;
 }
 
 }  // namespace quor_advice

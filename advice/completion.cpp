@@ -8,14 +8,13 @@
 #include "call_forms.h"
 #include "letters.h"
 #include "src/tables/fields.h"
+#include "src/tables/icon_table.h"
 #include "symbols.h"
 #include "vocabulary.h"
 #include "word_help.h"
 
 namespace quor_advice {
 namespace {
-
-constexpr int signs = 33;
 
 /// What closes a snippet's place stands there with a backslash.
 std::string as_snippet(std::string_view text) {
@@ -127,9 +126,22 @@ void add_short_forms(std::vector<Completion>& items) {
 }
 
 void add_signs(std::vector<Completion>& items) {
-  for (int number = 1; number <= signs; ++number) {
-    items.push_back(plain("ICO" + std::to_string(number), CompletionKind::text, "a sign"));
+  size_t number = 0;
+  for (const std::string_view face : quor::IconTextSet) {
+    const std::string label = "ICO" + std::to_string(++number);
+    items.push_back(plain(label, CompletionKind::text, face));
   }
+}
+
+void add_sounds(std::vector<Completion>& items) {
+  for (char letter = 'A'; letter <= 'J'; ++letter)
+    items.push_back(plain({&letter, 1}, CompletionKind::text, "a sound"));
+}
+
+/// Where a sign or a text of a short form stands.
+void add_sides(std::vector<Completion>& items) {
+  items.push_back(plain("1", CompletionKind::text, "at the high"));
+  items.push_back(plain("0", CompletionKind::text, "at the low"));
 }
 
 /// What stands at the place, to which the words belong that can follow.
@@ -148,6 +160,7 @@ class Completer {
       complete_text(*quoted);
     } else {
       complete_word();
+      if (reading_.script.substr(offset_).starts_with('(')) keep_parentheses();
     }
     return completions_;
   }
@@ -178,7 +191,8 @@ class Completer {
     }
     replace_from(begin);
     const std::string_view word = called_around(quoted.begin);
-    if (word == "DRAWICON" || word == "ICON") add_signs(items());
+    if (word == "DRAWICON" || word == "DRAWLASTBARICON" || word == "ICON") add_signs(items());
+    if (word == "SOUND" || word == "PLAYSOUND") add_sounds(items());
     if (word == "GETPRICE" || word == "GETSTOCKPRICE") {
       for (const std::string_view field : words_among(Vocabulary::quote))
         items().push_back(plain(field, CompletionKind::text, "field of a quote"));
@@ -223,7 +237,11 @@ class Completer {
       return add_styles(items());
     }
     const bool is_fresh = begun == 0;
-    if (wants_colour()) add_colours(items());
+    if (const auto call = call_around(reading_, completions_.replaced.begin)) {
+      const std::string_view argument = argument_of(*call);
+      if (argument == "SIDE") return add_sides(items());
+      if (argument.starts_with("COLOR")) add_colours(items());
+    }
     add_names(reading_, number_, items());
     add_fields(items());
     add_functions(items(), is_fresh);
@@ -232,12 +250,19 @@ class Completer {
     }
   }
 
-  /// Whether the place is an argument that its form calls a colour.
-  bool wants_colour() const {
-    const auto call = call_around(reading_, completions_.replaced.begin);
-    if (!call) return false;
-    const auto arguments = arguments_of_form(call->help->word);
-    return call->argument < arguments.size() && arguments[call->argument].starts_with("COLOR");
+  /// What the form of a call calls the argument that is written; empty where it has several.
+  static std::string_view argument_of(const CallAt& call) {
+    const auto forms = call_forms(*call.help);
+    if (forms.size() != 1 || call.argument >= forms[0].arguments.size()) return {};
+    const Place& place = forms[0].arguments[call.argument];
+    return forms[0].text.substr(place.begin, place.end - place.begin);
+  }
+
+  /// Those that stand there aren't written again, and a pattern of a whole statement is of no use.
+  void keep_parentheses() {
+    std::erase_if(items(),
+                  [](const Completion& item) { return item.kind == CompletionKind::keyword; });
+    for (Completion& item : items()) item.insert = as_snippet(item.label);
   }
 
   const Reading& reading_;
@@ -248,6 +273,12 @@ class Completer {
 };
 
 }  // namespace
+
+int rank_of(CompletionKind kind) {
+  // function, field, line, constant, style, colour, text, keyword, form
+  constexpr std::array ranks = {2, 1, 0, 0, 1, 0, 0, 3, 0};
+  return ranks.at(static_cast<size_t>(kind));
+}
 
 Completions complete(const Reading& reading, size_t offset) {
   return Completer(reading, std::min(offset, reading.script.size())).run();

@@ -11,12 +11,16 @@ namespace quor_advice {
 
 enum class CompletionKind { function, field, line, constant, style, colour, text, keyword, form };
 
+/// What is offered first has the least: the script's own names, and what a place asks for.
+int rank_of(CompletionKind kind);
+
 struct Completion {
   std::string label;
   CompletionKind kind = CompletionKind::function;
   std::string detail;  ///< its form, or what it is, in a few words
   std::string about;   ///< sentences; may be empty
-  std::string insert;  ///< a snippet: ${1:X} is a place to fill in, $0 where one goes on
+  /// A snippet: ${1:X} is a place to fill in. The label alone where parentheses stand behind it.
+  std::string insert;
 };
 
 struct Completions {

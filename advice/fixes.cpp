@@ -63,8 +63,10 @@ class Fixer {
       replace(without_quotes(meant->substr(0, meant->size() - 1)));
   }
 
-  /// a ',' is missing in front of COLORRED; a ';' is missing behind C
+  /// a ',' is missing in front of COLORRED; a ';' is missing behind C; write ';' here
   void add_missing_sign() {
+    if (finding_.suggestion == "write ';' here")
+      add({place_.begin, place_.begin}, ";", finding_.suggestion);
     const std::string& sentence = finding_.sentence;
     for (const std::string_view sign : {",", ";", ")", "("}) {
       const std::string front = "a '" + std::string(sign) + "' is missing ";

@@ -5,6 +5,7 @@
 #include "colours.h"
 #include "letters.h"
 #include "src/tables/fields.h"
+#include "src/tables/icon_table.h"
 #include "symbols.h"
 #include "topic_help.h"
 #include "vocabulary.h"
@@ -142,6 +143,25 @@ std::string about_word(const Statement& statement, size_t index) {
   return is_short_form(word) ? about_short_form(word) : word_from_elsewhere(word);
 }
 
+/// The sign that a text such as 'ICO3' or a number of DRAWICON names; empty for anything else.
+std::string about_sign(const Statement& statement, size_t index) {
+  const Token& token = statement.tokens[index];
+  const auto is_around = [&](const Call& call) {
+    const std::string& word = statement.tokens[call.word].text;
+    const bool takes_sign = word == "DRAWICON" || word == "DRAWLASTBARICON" || word == "ICON";
+    return takes_sign && !call.arguments.empty() && call.arguments.back().begin == index &&
+           call.arguments.back().size() == 1;
+  };
+  if (std::ranges::none_of(statement.calls, is_around)) return {};
+  std::string_view number = token.text;
+  while (number.starts_with('\'')) number.remove_prefix(1);
+  while (number.ends_with('\'')) number.remove_suffix(1);
+  if (number.starts_with("ICO")) number.remove_prefix(3);
+  const auto position = to_number(number);
+  if (!position || *position < 1 || *position >= std::size(quor::IconTextSet) + 1) return {};
+  return "The sign " + std::string(quor::IconTextSet[static_cast<size_t>(*position) - 1]) + '.';
+}
+
 }  // namespace
 
 std::optional<Hover> hover_at(const Reading& reading, size_t offset) {
@@ -149,10 +169,11 @@ std::optional<Hover> hover_at(const Reading& reading, size_t offset) {
   if (const auto name = name_at(reading, offset))
     return Hover{name->place, about_name(reading, name->name)};
   const Token* const token = token_at(reading, offset);
-  if (token == nullptr || token->kind != TokenKind::word) return std::nullopt;
+  if (token == nullptr) return std::nullopt;
   const Statement& statement = reading.statements[*statement_at(reading, token->begin)];
   const auto index = static_cast<size_t>(token - statement.tokens.data());
-  std::string text = about_word(statement, index);
+  std::string text =
+      token->kind == TokenKind::word ? about_word(statement, index) : about_sign(statement, index);
   return text.empty() ? std::nullopt : std::optional(Hover{place_of(*token), std::move(text)});
 }
 

@@ -61,30 +61,23 @@ Json hover(const Asked& asked) {
 }
 
 Json signature_help(const Asked& asked) {
-  const auto call = quor_advice::call_around(asked.reading(), asked.offset());
-  if (!call) return nullptr;
+  const auto hint = quor_advice::call_hint_at(asked.reading(), asked.offset());
+  if (!hint) return nullptr;
   Json signatures = Json::array();
-  size_t active = 0;
-  for (const quor_advice::CallForm& form : quor_advice::call_forms(*call->help)) {
+  for (const quor_advice::CallForm& form : hint->forms) {
     Json parameters = Json::array();
     for (const Place& place : form.arguments) {
       const std::string_view name = form.text.substr(place.begin, place.end - place.begin);
       parameters.push_back({{"label", {place.begin, place.end}},
-                            {"documentation", quor_advice::argument_help(*call->help, name)}});
+                            {"documentation", quor_advice::argument_help(*hint->help, name)}});
     }
-    // The shortest form that has the argument.
-    if (form.arguments.size() <= call->argument) active = signatures.size() + 1;
     signatures.push_back({{"label", form.text},
-                          {"documentation", call->help->summary},
+                          {"documentation", hint->help->summary},
                           {"parameters", std::move(parameters)}});
   }
-  if (signatures.empty()) return nullptr;
-  active = std::min(active, signatures.size() - 1);
-  const size_t count = signatures[active]["parameters"].size();
-  const size_t argument = count == 0 ? 0 : std::min(call->argument, count - 1);
   return {{"signatures", std::move(signatures)},
-          {"activeSignature", active},
-          {"activeParameter", argument}};
+          {"activeSignature", hint->form},
+          {"activeParameter", hint->argument}};
 }
 
 Json definition(const Asked& asked) {

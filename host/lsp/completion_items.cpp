@@ -14,20 +14,19 @@ using quor_advice::CompletionKind;
 
 struct ItemKind {
   CompletionKind kind;
-  int number;         ///< of the protocol
-  const char* order;  ///< the script's own names come first
+  int number;  ///< of the protocol
 };
 
 constexpr std::array<ItemKind, 9> kinds = {{
-    {CompletionKind::function, 3, "2"},
-    {CompletionKind::field, 5, "1"},
-    {CompletionKind::line, 6, "0"},
-    {CompletionKind::constant, 21, "0"},
-    {CompletionKind::style, 20, "1"},
-    {CompletionKind::colour, 16, "0"},
-    {CompletionKind::text, 12, "0"},
-    {CompletionKind::keyword, 15, "3"},
-    {CompletionKind::form, 23, "0"},
+    {CompletionKind::function, 3},
+    {CompletionKind::field, 5},
+    {CompletionKind::line, 6},
+    {CompletionKind::constant, 21},
+    {CompletionKind::style, 20},
+    {CompletionKind::colour, 16},
+    {CompletionKind::text, 12},
+    {CompletionKind::keyword, 15},
+    {CompletionKind::form, 23},
 }};
 
 Json item_of(const Completion& completion, const Json& range, bool takes_snippet) {
@@ -36,7 +35,7 @@ Json item_of(const Completion& completion, const Json& range, bool takes_snippet
       {"label", completion.label},
       {"kind", kind.number},
       {"detail", completion.detail},
-      {"sortText", kind.order + completion.label},
+      {"sortText", std::to_string(quor_advice::rank_of(kind.kind)) + completion.label},
       {"textEdit",
        {{"range", range}, {"newText", takes_snippet ? completion.insert : completion.label}}}};
   if (takes_snippet) item["insertTextFormat"] = 2;
@@ -50,14 +49,11 @@ Json item_of(const Completion& completion, const Json& range, bool takes_snippet
 Json completions(const Asked& asked) {
   const auto found = quor_advice::complete(asked.reading(), asked.offset());
   const Json range = asked.document.positions().range_of(found.replaced);
-  const std::string& text = asked.document.text();
-  // Parentheses that stand there already aren't written again.
-  const bool has_call = found.replaced.end < text.size() && text[found.replaced.end] == '(';
   Json items = Json::array();
   for (const Completion& completion : found.items) {
     // A pattern of a whole statement is of no use as a word.
     if (completion.kind == CompletionKind::keyword && !asked.client.takes_snippets) continue;
-    items.push_back(item_of(completion, range, asked.client.takes_snippets && !has_call));
+    items.push_back(item_of(completion, range, asked.client.takes_snippets));
   }
   return {{"isIncomplete", false}, {"items", std::move(items)}};
 }

@@ -3,15 +3,6 @@
 #include <iterator>
 
 namespace quor {
-namespace {
-
-// One face stands at two positions; scripts choose by position.
-constexpr std::string_view IconTextSet[] = {
-    "↑", "↓", "B",    "S", "买", "卖", "多", "空", "✔", "❌", "✈",    "⚡", "❤", "❄", "✌", "😀", "😀",
-    "😊", "😂", "🤣", "😍", "😒",  "👌",  "😘",  "💕",  "😁", "👍", "🤞", "😉", "😎", "🔥", "💢", "💯",
-};
-
-}  // namespace
 
 std::optional<std::string_view> icon_text(int32_t position) {
   if (position < 1 || position > static_cast<int32_t>(std::size(IconTextSet))) return std::nullopt;

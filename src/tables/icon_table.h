@@ -7,6 +7,12 @@
 
 namespace quor {
 
+/// One face stands at two positions; scripts choose by position.
+inline constexpr std::string_view IconTextSet[] = {
+    "↑", "↓", "B",    "S", "买", "卖", "多", "空", "✔", "❌", "✈",    "⚡", "❤", "❄", "✌", "😀", "😀",
+    "😊", "😂", "🤣", "😍", "😒",  "👌",  "😘",  "💕",  "😁", "👍", "🤞", "😉", "😎", "🔥", "💢", "💯",
+};
+
 /// The sign at a position counted from 1 to 33; nothing outside.
 std::optional<std::string_view> icon_text(int32_t position);
 

@@ -132,6 +132,10 @@ TEST(Lsp, completes_what_fits_the_place) {
       {"PARTLINE(C>O,C,|", "COLORRED CLOSE", "NOTICE"},
       {"DRAWICON(C>O,L,'|')", "ICO1 ICO33", "MA"},
       {"C>O,ICON(1,'|", "ICO1", "MA NEW"},
+      {"DRAWLASTBARICON(H,'|')", "ICO1", "MA"},
+      {"C>O,WORD(|", "1 0", "MA CLOSE ICO1"},
+      {"C>O,SOUND('|", "A J", "K ICO1"},
+      {"A:m|(C,5);", "MA", "line CONST"},
       {"A:GETPRICE('600000','|');", "NEW BID1", "MA ICO1"},
       {"A:\"600000$|\";", "CLOSE VOL", "MA"},
       {"A:\"|\";", "DAY$1$", "CLOSE"},
@@ -198,6 +202,10 @@ TEST(Lsp, explains_what_is_under_the_pointer) {
       {"A:C,LINETHICK|2;", "LINETHICK1 to LINETHICK9"},
       {"C>O,NOTIC|E('x');", "COND,NOTICE('NAME')"},
       {"C>O,IC|ON(1,'ICO1');", "a sign at the high"},
+      {"C>O,ICON(1,'IC|O3');", "The sign B."},
+      {"DRAWICON(C>O,L,|4);", "The sign S."},
+      {"DRAWICON(C>O,L,|34);", ""},
+      {"C>O,WORD(1,'IC|O3');", ""},
       {"A:C+|5;", ""},
       {"// M|A", ""},
       {"|", ""},
@@ -237,6 +245,10 @@ TEST(Lsp, shows_which_argument_is_written) {
   EXPECT_EQ(shown("A:MA((C+|O)/2,5);"), "MA(X,N) X: the series");
   EXPECT_EQ(shown("A:LOG(C,|"), "LOG(X,B) B: the base");
   EXPECT_EQ(shown("A:LOG(|C)"), "LOG(X) X: a number above 0");
+  EXPECT_EQ(shown("C>O,NOTICE('u|"), "COND,NOTICE('NAME') 'NAME': 1 to 10 characters");
+  EXPECT_EQ(shown("C>O,WORD(|1,'up');"),
+            "COND,WORD(SIDE,'TEXT') SIDE: 1 at the high, 0 at the low");
+  EXPECT_EQ(shown("C>O,ICON(1,|"), "COND,ICON(SIDE,'ICO3') 'ICO3': one of 33 signs");
   EXPECT_EQ(shown("A:MA(C,5)|;"), "none");
   EXPECT_EQ(shown("A:(C+|O);"), "none");
 }
@@ -369,6 +381,7 @@ std::string mended(const std::string& script) {
 
 TEST(Lsp, mends_what_it_finds) {
   EXPECT_EQ(mended("A:EMMA(C,12);"), "A:EMA(C,12);");
+  EXPECT_EQ(mended("A:C;\nB:MA(C,5)"), "A:C;\nB:MA(C,5);");
   // What the mistake has hidden comes to light afterwards.
   EXPECT_EQ(mended("A:EMMA(C,12),BOLD;"), "A:EMA(C,12),BOLD;");
   EXPECT_EQ(mended("A:MA(5,C);"), "A:MA(C,5);");

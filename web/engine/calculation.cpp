@@ -211,8 +211,51 @@ Json calculate_anew(Desk& desk, Attempt attempt) {
 /// Under the bars that are seen, all of them.
 void lay_over(Desk& desk) {
   if (!desk.overlay || !desk.security) return;
-  const auto& [name, bars, period, is_guessed] = *desk.security;
+  const auto& [name, bars, period, is_guessed, is_resampled] = *desk.security;
   desk.overlay->values = values_of(desk.overlay->other, field_close, bars.keys, period);
+}
+
+/// What the bars are, and the script over them.
+Json see_bars(Desk& desk, Security security, Attempt attempt) {
+  desk.security = std::move(security);
+  lay_over(desk);
+  const auto& [name, bars, period, is_guessed, is_resampled] = *desk.security;
+  Json script = calculate_anew(desk, std::move(attempt));
+  Json fields = Json::array();
+  for (const auto& [id, values] : bars.columns) fields.push_back(id);
+  const auto close = bars.columns.find(field_close);
+  const bool intraday =
+      std::ranges::any_of(bars.keys, [](int64_t key) { return key % 1000000 != 0; });
+  return {{"name", name},
+          {"rows", bars.keys.size()},
+          {"first", bars.keys.front()},
+          {"last", bars.keys.back()},
+          {"period", {{"code", period}, {"name", period_text(period)}, {"guessed", is_guessed}}},
+          {"intraday", intraday},
+          {"fields", std::move(fields)},
+          {"decimals", close == bars.columns.end() ? 2 : decimals_of(close->second)},
+          {"script", std::move(script)}};
+}
+
+size_t row_of_key(const Bars& bars, int64_t key) {
+  return static_cast<size_t>(std::ranges::lower_bound(bars.keys, key) - bars.keys.begin());
+}
+
+/// Whether bars of the same columns begin behind the first of others.
+bool continues(const Bars& bars, const Bars& more) {
+  const auto same = [](const auto& one, const auto& other) { return one.first == other.first; };
+  return !more.keys.empty() && row_of_key(bars, more.keys.front()) > 0 &&
+         std::ranges::equal(bars.columns, more.columns, same);
+}
+
+void append(Bars& bars, const Bars& more) {
+  const size_t kept = row_of_key(bars, more.keys.front());
+  const auto join = [kept](auto& values, const auto& others) {
+    values.resize(kept);
+    values.insert(values.end(), others.begin(), others.end());
+  };
+  join(bars.keys, more.keys);
+  for (auto& [id, values] : bars.columns) join(values, more.columns.at(id));
 }
 
 }  // namespace
@@ -226,6 +269,7 @@ Security read_security(const std::string& name, std::string_view csv, const std:
   security.period = period.empty() ? told.value_or(period_of_a_day) : period_of(period);
   if (told && quor_bars::is_longer(security.period, *told)) {
     security.bars = quor_bars::resampled(security.bars, security.period);
+    security.is_resampled = true;
   }
   return security;
 }
@@ -270,24 +314,19 @@ Json take_bars(Desk& desk, Security security) {
   if (desk.run) require_room(*desk.run, &security);
   Attempt attempt = last_attempt(desk, &security);
   desk.play.reset();
-  desk.security = std::move(security);
-  lay_over(desk);
-  const auto& [name, bars, period, is_guessed] = *desk.security;
-  Json script = calculate_anew(desk, std::move(attempt));
-  Json fields = Json::array();
-  for (const auto& [id, values] : bars.columns) fields.push_back(id);
-  const auto close = bars.columns.find(field_close);
-  const bool intraday =
-      std::ranges::any_of(bars.keys, [](int64_t key) { return key % 1000000 != 0; });
-  return {{"name", name},
-          {"rows", bars.keys.size()},
-          {"first", bars.keys.front()},
-          {"last", bars.keys.back()},
-          {"period", {{"code", period}, {"name", period_text(period)}, {"guessed", is_guessed}}},
-          {"intraday", intraday},
-          {"fields", std::move(fields)},
-          {"decimals", close == bars.columns.end() ? 2 : decimals_of(close->second)},
-          {"script", std::move(script)}};
+  return see_bars(desk, std::move(security), std::move(attempt));
+}
+
+Json take_more(Desk& desk, const Security& more) {
+  const bool goes_on = desk.security && !desk.play && !desk.security->is_resampled &&
+                       desk.security->name == more.name &&
+                       continues(desk.security->bars, more.bars);
+  if (!goes_on) throw Refusal(409, "these bars go on where no others end");
+  Security grown = *desk.security;
+  append(grown.bars, more.bars);
+  if (grown.bars.keys.size() > most_rows) throw Refusal(413, "these are too many bars");
+  Attempt attempt = last_attempt(desk, &grown);
+  return see_bars(desk, std::move(grown), std::move(attempt));
 }
 
 }  // namespace quor_host

@@ -18,6 +18,8 @@ Security read_security(const std::string& name, std::string_view csv, const std:
 
 /// Each gives the answer for the page. What is refused changes nothing.
 Json take_bars(Desk& desk, Security security);
+/// Newer bars of the file that is seen, the first of them in place of those of its time and behind.
+Json take_more(Desk& desk, const Security& more);
 Json take_script(Desk& desk, Task task);
 /// What is known of the security, and bars of another one: both give the answer to the script anew,
 /// null without one.

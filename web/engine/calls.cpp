@@ -9,6 +9,7 @@
 
 #include "calculation.h"
 #include "colours.h"
+#include "editing.h"
 #include "host/output/output.h"
 #include "host/studio/refusal.h"
 #include "library.h"
@@ -38,6 +39,10 @@ std::string library(Desk& /*desk*/, const Json& /*call*/, std::string_view /*bod
 std::string bars(Desk& desk, const Json& call, std::string_view body) {
   return json_text(
       take_bars(desk, read_security(text_of(call, "name"), body, text_of(call, "period", ""))));
+}
+
+std::string more(Desk& desk, const Json& call, std::string_view body) {
+  return json_text(take_more(desk, read_security(text_of(call, "name"), body, "")));
 }
 
 std::string subject(Desk& desk, const Json& call, std::string_view /*body*/) {
@@ -129,15 +134,44 @@ std::string csv(Desk& desk, const Json& /*call*/, std::string_view /*body*/) {
   return std::move(out).str();
 }
 
+/// A question of an editor, which the desk has no part in.
+template <Json (*answer)(const Json& call)>
+std::string edit(Desk& /*desk*/, const Json& call, std::string_view /*body*/) {
+  return json_text(answer(call));
+}
+
 struct Row {
   const char* name;
   std::string (*answer)(Desk& desk, const Json& call, std::string_view body);
 };
 constexpr Row rows[] = {
-    {"library", library}, {"bars", bars},       {"script", script}, {"subject", subject},
-    {"other", other},     {"overlay", overlay}, {"view", view},     {"records", records},
-    {"values", values},   {"why", why},         {"row", row},       {"events", events},
-    {"play", play},       {"step", step},       {"stop", stop},     {"csv", csv},
+    {"library", library},
+    {"bars", bars},
+    {"more", more},
+    {"script", script},
+    {"subject", subject},
+    {"other", other},
+    {"overlay", overlay},
+    {"view", view},
+    {"records", records},
+    {"values", values},
+    {"why", why},
+    {"row", row},
+    {"events", events},
+    {"play", play},
+    {"step", step},
+    {"stop", stop},
+    {"csv", csv},
+    {"complete", edit<completions>},
+    {"hover", edit<hover>},
+    {"hint", edit<call_hint>},
+    {"help", edit<word_help>},
+    {"name", edit<name_at>},
+    {"rename", edit<renamed>},
+    {"format", edit<formatted>},
+    {"colours", edit<colours>},
+    {"colour", edit<colour_texts>},
+    {"fixes", edit<fixes>},
 };
 
 }  // namespace

@@ -19,6 +19,7 @@ struct Security {
   Bars bars;
   uint32_t period = 0;
   bool is_period_guessed = false;
+  bool is_resampled = false;  ///< the bars are made of shorter ones
 };
 
 /// Where play is.

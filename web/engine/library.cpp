@@ -8,13 +8,7 @@ namespace quor_host {
 Json words_json() {
   Json words = Json::array();
   for (const quor_advice::WordHelp& help : quor_advice::word_help()) {
-    words.push_back({{"word", help.word},
-                     {"form", help.form},
-                     {"summary", help.summary},
-                     {"arguments", help.arguments},
-                     {"nulls", help.nulls},
-                     {"example", help.example},
-                     {"section", help.section}});
+    words.push_back(help.word);
   }
   return words;
 }

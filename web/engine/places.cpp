@@ -25,6 +25,11 @@ Places::Places(std::string_view script) {
 
 size_t Places::of_byte(size_t offset) const { return units_[std::min(offset, units_.size() - 1)]; }
 
+size_t Places::byte_of(size_t unit) const {
+  const auto found = std::ranges::lower_bound(units_, unit);
+  return std::min(static_cast<size_t>(found - units_.begin()), units_.size() - 1);
+}
+
 size_t Places::of_column(size_t line, size_t column) const {
   if (line == 0 || line > lines_.size()) return units_.back();
   const size_t character = lines_[line - 1] + column - 1;

@@ -14,6 +14,8 @@ class Places {
   explicit Places(std::string_view script);
 
   size_t of_byte(size_t offset) const;
+  /// The other way: the first byte of the character that begins at a unit or behind it.
+  size_t byte_of(size_t unit) const;
   /// Of a line and a column as findings count them: both from 1, the column in characters.
   size_t of_column(size_t line, size_t column) const;
 

@@ -83,7 +83,7 @@ bool Run::calculate_last(const Bars& bars) {
   return !script_.calculate(static_cast<uint32_t>(last), true);
 }
 
-std::vector<quor_advice::Finding> Run::findings(const Bars& bars) const {
+quor_advice::Input Run::input() const {
   quor_advice::Input input;
   input.script = script_.source();
   input.parameters = script_.parameters();
@@ -91,6 +91,15 @@ std::vector<quor_advice::Finding> Run::findings(const Bars& bars) const {
   input.answer = script_.answer();
   input.period = static_cast<int32_t>(subject_.period);
   input.supply = supply_of(subject_);
+  input.compile = [this](std::string_view script) {
+    const quor::engine::Script other(std::string(script), settings_of(task_, subject_));
+    return other.report().text;
+  };
+  return input;
+}
+
+std::vector<quor_advice::Finding> Run::findings(const Bars& bars) const {
+  quor_advice::Input input = this->input();
   if (is_calculated_ && is_sound() && !bars.keys.empty()) {
     quor_advice::RunFacts& facts = input.run.emplace();
     facts.keys = bars.keys;
@@ -101,11 +110,11 @@ std::vector<quor_advice::Finding> Run::findings(const Bars& bars) const {
       if (is_null) facts.null_lines.push_back(line.name);
     }
   }
-  input.compile = [this](std::string_view script) {
-    const quor::engine::Script other(std::string(script), settings_of(task_, subject_));
-    return other.report().text;
-  };
   return quor_advice::advise(input);
+}
+
+std::vector<quor_advice::Fix> Run::fixes(const quor_advice::Finding& finding) const {
+  return quor_advice::fixes_of(input(), finding);
 }
 
 std::span<const double> Run::column(uint32_t id) const {

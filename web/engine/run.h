@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "advice/advice.h"
+#include "advice/fixes.h"
 #include "engine/engine.h"
 #include "host/input/bars.h"
 #include "host/panes/records.h"
@@ -41,11 +42,15 @@ class Run {
   /// What there is to say about the script, and about its values if it was calculated.
   std::vector<quor_advice::Finding> findings(const Bars& bars) const;
 
+  /// What mends a finding.
+  std::vector<quor_advice::Fix> fixes(const quor_advice::Finding& finding) const;
+
   /// The values of a column of the script; none for one that it doesn't have.
   std::span<const double> column(uint32_t id) const;
 
  private:
   void feed(const Bars& bars, size_t first);
+  quor_advice::Input input() const;
 
   Task task_;
   const Surroundings& around_;

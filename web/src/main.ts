@@ -1,5 +1,6 @@
 import './style/studio.css';
 import { readModule } from './api/server.ts';
+import { Line } from './engine/line.ts';
 import { Session } from './engine/session.ts';
 import { Busy } from './panels/busy.ts';
 import { tell, tellError } from './panels/message.ts';
@@ -14,13 +15,15 @@ try {
     tell('Stopped');
   });
   let studio: Studio | undefined;
+  const compiled = await readModule();
   const session = new Session(
-    await readModule(),
+    compiled,
     makeWorker,
     (isBusy, isLayingOut) => busy.set(isBusy, isLayingOut),
     (bars) => studio?.takeRestored(bars),
   );
-  studio = new Studio(session, await readBeginning(session));
+  const makeLine = () => new Line(compiled, makeWorker, () => undefined);
+  studio = new Studio(session, await readBeginning(session), makeLine);
   await studio.begin();
 } catch (error) {
   tellError(error);

@@ -16,6 +16,9 @@ import { Theme } from './chart/theme.ts';
 import { byId } from './dom.ts';
 import type { Session } from './engine/session.ts';
 
+/** Digits of a value that is told alone. */
+const mostDigits = 9;
+
 export interface PipelineEvents {
   /** What to calculate. */
   take: () => { script: string; parameters: Parameter[] };
@@ -24,6 +27,13 @@ export interface PipelineEvents {
   clicked: (row: number) => void;
   fail: (error: unknown) => void;
 }
+
+/** The same bars, and others behind them or in place of the last one. */
+const hasGrown = (before: BarsAnswer, now: BarsAnswer): boolean =>
+  now.name === before.name &&
+  now.first === before.first &&
+  now.rows >= before.rows &&
+  now.period.code === before.period.code;
 
 export class Pipeline {
   readonly chart: Chart;
@@ -68,11 +78,15 @@ export class Pipeline {
     this.calculation.want();
   }
 
-  /** What was drawn of other bars is of no use for these. */
-  takeBars(bars: BarsAnswer): void {
+  /** What was drawn of other bars is of no use for these. Of a file that is followed and has grown it
+   * is, and what is seen of it stays. */
+  takeBars(bars: BarsAnswer, isFollowed: boolean): void {
+    const isGrown = isFollowed && this.bars !== undefined && hasGrown(this.bars, bars);
     this.bars = bars;
-    this.drawn = undefined;
-    this.chart.setBars(`${bars.name}  ${bars.period.name}`, bars.rows);
+    if (!isGrown) {
+      this.drawn = undefined;
+      this.chart.setBars(`${bars.name}  ${bars.period.name}`, bars.rows);
+    }
     if (!bars.script) return this.want();
     this.take(bars.script);
     return this.events.answered(bars.script);
@@ -130,6 +144,19 @@ export class Pipeline {
 
   private themeOf({ colours }: Drawn): Theme {
     return new Theme(this.themeName, this.language.theme[this.themeName], colours);
+  }
+
+  /** What a line is at the bar whose values the legends tell, unless the desk is busy; nothing for
+   * what has no values. */
+  async valueOf(name: string): Promise<string | undefined> {
+    const { chart, drawn, session } = this;
+    const column = drawn?.lines.findIndex((line) => line.name.toUpperCase() === name) ?? -1;
+    if (column < 0 || session.isBusy) return undefined;
+    const told = await session.values(chart.toldRow).catch(() => undefined);
+    if (!told) return undefined;
+    const { lines, text } = told;
+    const value = lines[column];
+    return `${value === null ? 'null' : Number(value.toPrecision(mostDigits))} at ${text}`;
   }
 
   private async valuesAt(row: number): Promise<ReadonlyMap<number, number> | undefined> {

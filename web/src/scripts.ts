@@ -31,7 +31,7 @@ export const isOfFolder = (id: string): boolean => id.startsWith(folderId(''));
 export const otherId = (name: string): string => `other ${name}`;
 export const isOther = (id: string): boolean => id.startsWith(otherId(''));
 
-const plain = (text: string): string => text.replace(/\r\n?/g, '\n');
+export const plain = (text: string): string => text.replace(/\r\n?/g, '\n');
 
 export class Scripts {
   private readonly all: Script[] = [];
@@ -62,6 +62,11 @@ export class Scripts {
 
   get areUnsaved(): boolean {
     return this.all.some((script) => this.isUnsaved(script));
+  }
+
+  /** Names of those that are files of the folder. */
+  get fileNames(): string[] {
+    return this.all.filter(({ id }) => isOfFolder(id)).map(({ name }) => name);
   }
 
   /** What a page that is loaded again needs. */

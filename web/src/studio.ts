@@ -1,10 +1,19 @@
 // The page as a whole: its editor, its panels, and what each of them sets in motion.
-import { readBars, readSampleBars } from './api/server.ts';
+import { readBars, readFiles, readSampleBars } from './api/server.ts';
+import type { Files } from './api/types.ts';
 import { byId, saveFile, setText } from './dom.ts';
 import { Editor } from './editor/editor.ts';
-import { Ended } from './engine/line.ts';
+import { Adviser } from './engine/adviser.ts';
+import { Ended, type Line } from './engine/line.ts';
 import { Session } from './engine/session.ts';
-import type { BarsAnswer, Drawn, Parameter, ScriptAnswer, Slider } from './engine/types.ts';
+import type {
+  BarsAnswer,
+  Drawn,
+  Finding,
+  Parameter,
+  ScriptAnswer,
+  Slider,
+} from './engine/types.ts';
 import { fromPicture, intoPicture } from './link.ts';
 import { Looks } from './looks.ts';
 import { Alarms } from './panels/alarms.ts';
@@ -23,9 +32,12 @@ import { Securities } from './panels/securities.ts';
 import { numberText, Sliders } from './panels/sliders.ts';
 import { Tabs } from './panels/tabs.ts';
 import { Values } from './panels/values.ts';
+import { VersionDialog } from './panels/version_dialog.ts';
 import { Pipeline } from './pipeline.ts';
 import type { Shelf } from './shelf.ts';
 import type { Beginning } from './start.ts';
+import { Versions } from './versions.ts';
+import { Watch } from './watch.ts';
 import { type Setting, Writing } from './writing.ts';
 
 /** Where the bars come from: a security, or a file of the user's. */
@@ -46,6 +58,7 @@ const newestEvents = 1000;
 const barsToPlay = 200;
 
 export class Studio {
+  private readonly adviser: Adviser;
   private readonly editor: Editor;
   private readonly pipeline: Pipeline;
   private readonly looks: Looks;
@@ -71,24 +84,35 @@ export class Studio {
   private isReady = false;
   private readonly limits: { script: number };
   /** Of the securities. */
-  private readonly names: readonly string[];
+  private names: readonly string[];
   /** They are files of a folder, over which a scan can go. */
   private readonly hasFolder: boolean;
   private areEventsOld = true;
+  private readonly watch: Watch | undefined;
 
   constructor(
     private readonly session: Session,
     { start, language, samples, shelf, drafts }: Beginning,
+    /** To a worker beside that of the session. */
+    makeLine: () => Line,
   ) {
     const fail = (error: unknown) => this.fail(error);
     this.limits = language.limits;
     const names = start.files.securities.map(({ name }) => name);
     this.names = names.length > 0 ? names : [sample];
     this.hasFolder = names.length > 0;
-    this.editor = new Editor(byId('editor', HTMLElement), language.words, () =>
-      this.followScript(),
-    );
-    this.writing = new Writing(this.editor, start, samples, shelf, drafts, {
+    this.adviser = new Adviser(makeLine, () => ({
+      parameters: this.parameterList,
+      period: this.bars?.period.code,
+    }));
+    this.editor = new Editor(byId('editor', HTMLElement), language.words, this.adviser, {
+      changed: () => this.followScript(),
+      valueOf: (name) => this.pipeline.valueOf(name),
+      tell,
+      fail,
+    });
+    const versions = new Versions(start.folder ?? '');
+    this.writing = new Writing(this.editor, start, samples, shelf, drafts, versions, {
       setting: () => this.setting,
       linked: ({ parameters }) => (this.parameters = new Map(Object.entries(parameters))),
       fail,
@@ -142,7 +166,13 @@ export class Studio {
     });
     bindOverlay(this.hasFolder ? this.names : [], (name) => this.layOver(name));
     bindScale((name) => this.pipeline.chart.setScale(name));
-    this.bindButtons(fail, this.makeSaveDialog(shelf));
+    const versionDialog = new VersionDialog({
+      script: () => this.writing.script,
+      versions: (name) => versions.of(name),
+      take: (text) => this.writing.takeVersion(text),
+    });
+    this.bindButtons(fail, this.makeSaveDialog(shelf), versionDialog);
+    if (start.folder !== null || this.hasFolder) this.watch = this.makeWatch(start.files);
   }
 
   /** Shows the script that a link, this tab, or the command line has, over the first security. */
@@ -152,6 +182,7 @@ export class Studio {
     this.isReady = true;
     const security = this.names.find((name) => name === given?.security) ?? this.names[0];
     await this.open({ security });
+    if (this.watch) void this.watch.begin(document);
   }
 
   /** The engine was stopped, and has all of the bars again. */
@@ -191,6 +222,7 @@ export class Studio {
     tell('');
     this.editor.showFindings(answer.findings);
     this.findings.show(answer.findings, answer.sound);
+    this.showMends(answer.findings).catch((error: unknown) => this.fail(error));
     this.takeSliders(answer.sliders);
     const drawn = this.pipeline.newest;
     if (!answer.records || !drawn) return;
@@ -204,6 +236,14 @@ export class Studio {
     this.areEventsOld = true;
     this.tabs.setCount('events', drawn.events);
     this.refreshEvents();
+  }
+
+  private async showMends(findings: readonly Finding[]): Promise<void> {
+    if (findings.length === 0) return;
+    const mends = await this.editor.seekMends(findings);
+    if (!mends) return;
+    this.editor.showFindings(findings, mends);
+    this.findings.showMends(mends);
   }
 
   private tellMissing({ missing, references }: Drawn): void {
@@ -227,12 +267,14 @@ export class Studio {
   /** Something changes what the script gives. */
   private redo(work: () => Promise<ScriptAnswer | null>): void {
     work()
-      .then((answer) => {
-        if (!answer) return;
-        this.pipeline.take(answer);
-        this.show(answer);
-      })
+      .then((answer) => this.takeAnswer(answer))
       .catch((error: unknown) => this.fail(error));
+  }
+
+  private takeAnswer(answer: ScriptAnswer | null): void {
+    if (!answer) return;
+    this.pipeline.take(answer);
+    this.show(answer);
   }
 
   private takeSliders(sliders: readonly Slider[]): void {
@@ -308,13 +350,54 @@ export class Studio {
     tell(`Script and parameters of ${file.name}`);
   }
 
+  private makeWatch(files: Files): Watch {
+    return new Watch(files, readFiles, {
+      listed: ({ scripts, securities }) => {
+        this.writing.list(scripts.map(({ name }) => name));
+        if (!this.hasFolder) return;
+        this.names = securities.map(({ name }) => name);
+        this.securities.setNames(this.names);
+      },
+      securities: (names) => this.followBars(names),
+      scripts: (names) => this.writing.takeChanges(names),
+    });
+  }
+
+  /** Files of bars have changed: of those that are seen or read by the script. */
+  private async followBars(names: ReadonlySet<string>): Promise<void> {
+    for (const name of names) {
+      if (!this.sought.has(name.toUpperCase())) continue;
+      const content = await readBars(name);
+      this.takeAnswer(await this.session.takeOther({ name: name.toUpperCase(), content }));
+    }
+    const { source } = this;
+    if (!source || !('security' in source) || !names.has(source.security)) return;
+    if (source !== this.wanted) return; // others are on their way
+    if (this.play.isOn || this.session.isBusy) throw new Error('there is no time for it now');
+    const bars = await this.takeContent(await readBars(source.security), source.security);
+    if (source === this.source && !this.play.isOn) this.takeBars(bars, true);
+  }
+
+  /** A line that is half written is left for the next time. */
+  private async takeContent(content: Blob, name: string): Promise<BarsAnswer> {
+    const period = this.period.chosen;
+    try {
+      return await this.session.followBars({ name, content, period });
+    } catch (error) {
+      if (error instanceof Ended) throw error;
+      const text = await content.text();
+      const whole = new Blob([text.slice(0, text.lastIndexOf('\n') + 1)]);
+      return this.session.takeBars({ name, content: whole, period });
+    }
+  }
+
   private async read(source: Source): Promise<{ name: string; content: Blob }> {
     if ('file' in source) return { name: source.file.name, content: source.file };
     const name = source.security;
     return { name, content: await (this.hasFolder ? readBars(name) : readSampleBars()) };
   }
 
-  private takeBars(bars: BarsAnswer): void {
+  private takeBars(bars: BarsAnswer, isFollowed = false): void {
     this.bars = bars;
     this.play.reset();
     this.period.show(bars.period);
@@ -322,7 +405,7 @@ export class Studio {
       this.source && 'security' in this.source ? this.source.security : '',
     );
     document.title = `${bars.name} – quor studio`;
-    this.pipeline.takeBars(bars);
+    this.pipeline.takeBars(bars, isFollowed);
     this.writing.keep();
   }
 
@@ -386,11 +469,17 @@ export class Studio {
     });
   }
 
-  private bindButtons(fail: (error: unknown) => void, dialog: SaveDialog): void {
+  private bindButtons(
+    fail: (error: unknown) => void,
+    dialog: SaveDialog,
+    versions: VersionDialog,
+  ): void {
     bindHeader(
       {
         zoom: (factor) => this.pipeline.chart.zoom(factor),
         showAll: () => this.pipeline.chart.showAll(),
+        format: () => this.editor.format(),
+        showVersions: () => versions.open(),
         copyLink: () => this.copyLink(),
         savePicture: async () => {
           const picture = await this.pipeline.chart.picture();

@@ -6,10 +6,12 @@ import type { Draft, Drafts } from './draft.ts';
 import type { Editor } from './editor/editor.ts';
 import { fromFragment, type Shared, toFragment } from './link.ts';
 import { Library } from './panels/library.ts';
+import { Offer } from './panels/offer.ts';
 import type { Writable } from './panels/save.ts';
 import { ScriptTabs } from './panels/script_tabs.ts';
-import { folderId, otherId, Scripts } from './scripts.ts';
+import { folderId, otherId, plain, Scripts } from './scripts.ts';
 import type { Shelf } from './shelf.ts';
+import type { Versions } from './versions.ts';
 
 /** What goes with the scripts into a link or a draft. */
 export type Setting = Omit<Shared, 'script'>;
@@ -38,6 +40,15 @@ export class Writing {
   /** The one in the address bar that was read or made. */
   private link = '';
   private isReady = false;
+  /** Texts that scripts of the folder have there by now, as far as they are to be offered. */
+  private readonly newer = new Map<string, string>();
+  private readonly offer = new Offer({
+    take: () => this.takeOther(this.newer.get(this.scripts.fileName) ?? ''),
+    keep: () => {
+      this.newer.delete(this.scripts.fileName);
+      this.showOffer();
+    },
+  });
 
   constructor(
     private readonly editor: Editor,
@@ -45,6 +56,7 @@ export class Writing {
     samples: readonly Sample[],
     private readonly shelf: Shelf,
     private readonly drafts: Drafts,
+    private readonly versions: Versions,
     private readonly events: WritingEvents,
   ) {
     this.scripts = new Scripts(editor);
@@ -85,6 +97,7 @@ export class Writing {
     this.drafts.takeUp(this.scripts.kept);
     this.menu.showLeft(this.drafts.leftScripts);
     this.isReady = true;
+    this.takeChanges(new Set(this.scripts.fileNames)).catch(this.events.fail);
     this.keep();
     return shared ?? draft;
   }
@@ -95,9 +108,46 @@ export class Writing {
     return { name, text: this.editor.text, saved };
   }
 
+  /** Another text of the script is kept by now, and that is written on. */
   takeOther(text: string): void {
+    this.keepVersion(this.editor.text);
     this.scripts.takeOther(text);
+    this.keepVersion(plain(text));
     this.follow();
+    this.editor.focus();
+  }
+
+  /** An earlier text is written on; it isn't saved thereby. */
+  takeVersion(text: string): void {
+    this.keepVersion(this.editor.text);
+    this.editor.write(text);
+    this.editor.focus();
+  }
+
+  private keepVersion(text: string): void {
+    const { fileName } = this.scripts;
+    if (fileName) this.versions.keep(fileName, text);
+  }
+
+  /** Scripts that are there, new ones among them. */
+  list(names: readonly string[]): void {
+    for (const name of names) this.menu.add(name);
+    this.follow();
+  }
+
+  /** Offers what scripts have become that were changed elsewhere. */
+  async takeChanges(names: ReadonlySet<string>): Promise<void> {
+    for (const name of this.scripts.fileNames) {
+      const isKept = names.has(name) && this.shelf.names().includes(name);
+      if (isKept) this.newer.set(name, plain(await this.shelf.read(name)));
+    }
+    this.showOffer();
+  }
+
+  private showOffer(): void {
+    const { fileName, savedText } = this.scripts;
+    const text = this.newer.get(fileName);
+    this.offer.show(text === undefined || text === savedText ? undefined : fileName);
   }
 
   /** Another text is written. */
@@ -105,6 +155,7 @@ export class Writing {
     const { opened, currentId } = this.scripts;
     this.menu.show(opened, currentId);
     this.tabs.show(opened, currentId);
+    this.showOffer();
     this.keep();
   }
 
@@ -116,6 +167,8 @@ export class Writing {
   /** The text stands in the folder by this name. */
   saved(name: string, text: string): void {
     this.scripts.saved(name, text);
+    this.newer.delete(name);
+    this.keepVersion(text);
     this.menu.add(name);
     this.follow();
   }
@@ -144,7 +197,11 @@ export class Writing {
       this.scripts.showAsItIs(this.scripts.restore(one));
     } else if (!this.scripts.reopen(id)) {
       const script = await this.menu.read(id);
-      if (script) this.scripts.open(script);
+      if (script) {
+        this.newer.delete(script.name);
+        this.scripts.open(script);
+      }
+      this.keepVersion(this.scripts.savedText);
     }
     this.goToScript();
   }
@@ -160,6 +217,7 @@ export class Writing {
     if (script) {
       const idOf = this.shelf.names().includes(script.name) ? folderId : otherId;
       this.scripts.open({ id: idOf(script.name), ...script });
+      this.keepVersion(this.scripts.savedText);
     } else if (first) {
       this.scripts.open(first);
     } else {

@@ -274,7 +274,7 @@ export class Chart {
   }
 
   /** Of which values are told: the row of the crosshair, or the newest one in sight. */
-  private get toldRow(): number {
+  get toldRow(): number {
     const { row, sheet, sight, rows } = this;
     const isThere = row !== undefined && sheet?.view.holds(row);
     return isThere ? row : Math.min(Math.ceil(sight.to), rows) - 1;

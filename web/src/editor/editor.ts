@@ -3,6 +3,7 @@ import { closeBrackets, closeBracketsKeymap, completionKeymap } from '@codemirro
 import { defaultKeymap, history, historyKeymap, isolateHistory } from '@codemirror/commands';
 import { bracketMatching } from '@codemirror/language';
 import { type Diagnostic, lintKeymap, setDiagnostics } from '@codemirror/lint';
+import { diff } from '@codemirror/merge';
 import { highlightSelectionMatches, searchKeymap } from '@codemirror/search';
 import { ChangeSet, Compartment, EditorState, type Extension } from '@codemirror/state';
 import {
@@ -13,11 +14,17 @@ import {
   keymap,
   lineNumbers,
 } from '@codemirror/view';
-import type { Finding, Word } from '../engine/types.ts';
+import type { Adviser } from '../engine/adviser.ts';
+import type { Finding, Place } from '../engine/types.ts';
 import { element } from '../dom.ts';
-import { wordHelp } from './help.ts';
+import { completion } from './completion.ts';
+import { callHint } from './hint.ts';
+import { hover, type ValueOf } from './hover.ts';
 import { scriptLanguage } from './language.ts';
 import { editorLook } from './look.ts';
+import { type Mend, mendKey, mendsOf } from './mending.ts';
+import { names } from './names.ts';
+import { swatches } from './swatches.ts';
 
 /** Text written over a selection: left to itself, the browser wraps it into an element with a style,
  * which the page's security policy refuses with a message. */
@@ -37,9 +44,11 @@ const overSelection = EditorView.domEventHandlers({
   },
 });
 
-interface Place {
-  from: number;
-  to: number;
+export interface EditorEvents {
+  changed: () => void;
+  valueOf: ValueOf;
+  tell: (text: string) => void;
+  fail: (error: unknown) => void;
 }
 
 export class Editor {
@@ -49,6 +58,7 @@ export class Editor {
   private isDark = false;
   /** What changed since a text was taken to be calculated: places in answers are places in that. */
   private sinceTaken = ChangeSet.empty(0);
+  private taken = '';
   /** Something is underlined. */
   private areFindings = false;
   /** Places in the text as it is, by name. */
@@ -57,8 +67,9 @@ export class Editor {
   /** The editor lives in a shadow root: there its styles are no inline styles of the page. */
   constructor(
     host: HTMLElement,
-    words: readonly Word[],
-    private readonly onChange: () => void,
+    words: readonly string[],
+    private readonly adviser: Adviser,
+    private readonly events: EditorEvents,
   ) {
     const root = host.attachShadow({ mode: 'open' });
     const parent = element('div');
@@ -89,10 +100,16 @@ export class Editor {
         ...searchKeymap,
         ...historyKeymap,
         ...lintKeymap,
+        { key: 'Shift-Alt-f', run: () => (void this.format(), true) },
       ]),
       overSelection,
-      scriptLanguage(new Set(words.map(({ word }) => word))),
-      wordHelp(words),
+      scriptLanguage(new Set(words)),
+      completion(adviser),
+      callHint(adviser),
+      hover(adviser, events.valueOf),
+      names(adviser, events),
+      swatches(adviser, events.fail),
+      mendKey,
       editorLook,
       this.darkness.of([]),
       EditorView.updateListener.of((update) => {
@@ -108,9 +125,9 @@ export class Editor {
 
   /** The text to calculate; from now on places of answers are places in it. */
   take(): string {
-    const text = this.text;
-    this.sinceTaken = ChangeSet.empty(text.length);
-    return text;
+    this.taken = this.text;
+    this.sinceTaken = ChangeSet.empty(this.taken.length);
+    return this.taken;
   }
 
   /** A text with a history of its own, in which it was `before` at first. */
@@ -133,12 +150,30 @@ export class Editor {
     this.follow(ChangeSet.of({ from: 0, to: length, insert: document.doc }, length));
   }
 
-  /** Has another text in place of the one that is written, which to undo it leads back to. */
+  /** Has another text in place of the one that is written, which to undo it leads back to. What is
+   * the same in both stays, and the cursor with it. */
   write(text: string): void {
-    this.view.dispatch({
-      changes: { from: 0, to: this.view.state.doc.length, insert: text },
-      annotations: isolateHistory.of('full'),
-    });
+    const changes = diff(this.text, text).map(({ fromA, toA, fromB, toB }) => ({
+      from: fromA,
+      to: toA,
+      insert: text.slice(fromB, toB),
+    }));
+    this.view.dispatch({ changes, annotations: isolateHistory.of('full') });
+  }
+
+  /** Lays out the text, in which one writes on. */
+  async format(): Promise<void> {
+    const { doc } = this.view.state;
+    try {
+      const { text, unreadable } = await this.adviser.format(doc.toString());
+      if (this.view.state.doc !== doc) return;
+      this.focus();
+      if (unreadable === null) return text === this.text ? undefined : this.write(text);
+      this.select(unreadable, unreadable);
+      this.events.tell('From here on the script makes no sense, so it stays as it is');
+    } catch (error) {
+      this.events.fail(error);
+    }
   }
 
   focus(): void {
@@ -150,13 +185,15 @@ export class Editor {
     this.view.dispatch({ effects: this.darkness.reconfigure(EditorView.darkTheme.of(isDark)) });
   }
 
-  /** Underlines findings of the text that was taken last. */
-  showFindings(findings: readonly Finding[]): void {
-    const diagnostics = findings.flatMap((finding): Diagnostic[] => {
+  /** Underlines findings of the text that was taken last, and offers what mends them. */
+  showFindings(findings: readonly Finding[], mends: readonly (readonly Mend[])[] = []): void {
+    const diagnostics = findings.flatMap((finding, i): Diagnostic[] => {
       const place = this.placeOf(finding);
       if (!place) return [];
       const message = sentenceOf(finding);
-      return [{ ...place, severity: finding.severity === 'error' ? 'error' : 'warning', message }];
+      const severity = finding.severity === 'error' ? 'error' : 'warning';
+      const actions = (mends[i] ?? []).map(({ title, apply }) => ({ name: title, apply }));
+      return [{ ...place, severity, message, actions }];
     });
     const { areFindings } = this;
     this.areFindings = diagnostics.length > 0;
@@ -165,14 +202,19 @@ export class Editor {
     this.view.dispatch(setDiagnostics(this.view.state, diagnostics));
   }
 
+  /** What mends findings of the text that was taken last, of each; none once others are sought or
+   * another text is written. */
+  async seekMends(findings: readonly Finding[]): Promise<Mend[][] | undefined> {
+    const { taken } = this;
+    const fixes = await this.adviser.fixes(taken, findings);
+    const isNewest = taken === this.taken && taken === this.text;
+    return isNewest ? fixes.map((one) => mendsOf(this.view, one)) : undefined;
+  }
+
   /** Puts the cursor at a finding of the text that was taken last. */
   goTo(finding: Finding): void {
     const place = this.placeOf(finding);
-    if (place)
-      this.view.dispatch({
-        selection: { anchor: place.from, head: place.to },
-        scrollIntoView: true,
-      });
+    if (place) this.select(place.from, place.to);
     this.focus();
   }
 
@@ -189,12 +231,16 @@ export class Editor {
     this.view.dispatch({ changes: { ...place, insert: text } });
   }
 
+  private select(from: number, to: number): void {
+    this.view.dispatch({ selection: { anchor: from, head: to }, scrollIntoView: true });
+  }
+
   private follow(changes: ChangeSet): void {
     this.sinceTaken = this.sinceTaken.compose(changes);
     for (const [name, { from, to }] of this.places) {
       this.places.set(name, { from: changes.mapPos(from, -1), to: changes.mapPos(to, 1) });
     }
-    this.onChange();
+    this.events.changed();
   }
 
   /** A place of the text that was taken in the text as it is; side -1 takes in what was written at

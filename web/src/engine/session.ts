@@ -1,5 +1,6 @@
 // What the page asks of its desk, and how the desk is laid out again after its worker was ended.
 import type { ViewData } from '../chart/view.ts';
+import { grownBy } from '../growth.ts';
 import { Refusal } from '../refusal.ts';
 import { Ended, Line, type WorkerLike } from './line.ts';
 import type {
@@ -61,6 +62,11 @@ export class Session {
     this.line = new Line(compiled, makeWorker, (isBusy) => busy(isBusy, this.isLayingOut));
   }
 
+  /** A question would have to wait. */
+  get isBusy(): boolean {
+    return this.line.oldest !== undefined;
+  }
+
   /** What is under way has been asked for in vain: it is ended, unless it is over soon. */
   supersede(): void {
     const { oldest } = this.line;
@@ -89,6 +95,24 @@ export class Session {
     const answer = await this.post(bars);
     this.bars = bars;
     return answer;
+  }
+
+  /** Bars of a file that has changed: those that came into it, or else all of them. */
+  async followBars(bars: BarsText): Promise<BarsAnswer> {
+    const before = this.bars;
+    const isSame = before?.name === bars.name && before.period === bars.period;
+    const content = isSame ? await grownBy(before.content, bars.content) : undefined;
+    if (!content) return this.takeBars(bars);
+    await this.ready;
+    try {
+      const answer = await this.postNow<BarsAnswer>({ name: bars.name, content }, 'more');
+      this.bars = bars;
+      return answer;
+    } catch (error) {
+      const isOther = error instanceof Refusal && error.status === 409;
+      if (isOther) return this.takeBars(bars);
+      throw error;
+    }
   }
 
   /** What is known of the security. Gives the script anew, as the one below; null without one. */

@@ -2,6 +2,7 @@
 import type { Finding } from '../engine/types.ts';
 import { element, setText } from '../dom.ts';
 import { sentenceOf } from '../editor/editor.ts';
+import type { Mend } from '../editor/mending.ts';
 
 const most = 50;
 
@@ -24,6 +25,17 @@ export class Findings {
     this.head.className = `finding-head ${errors || !isSound ? 'error' : warnings ? 'warning' : 'sound'}`;
     if (findings.length === 0 && this.list.childElementCount === 0) return;
     this.list.replaceChildren(...findings.slice(0, most).map((finding) => this.itemOf(finding)));
+  }
+
+  /** Offers what mends them, of each. */
+  showMends(mends: readonly (readonly Mend[])[]): void {
+    [...this.list.children].forEach((item, i) => {
+      for (const { title, apply } of mends[i] ?? []) {
+        const button = element('button', { type: 'button', class: 'mend' }, title);
+        button.addEventListener('click', apply);
+        item.append(button);
+      }
+    });
   }
 
   private itemOf(finding: Finding): HTMLElement {

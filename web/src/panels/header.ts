@@ -6,6 +6,8 @@ import type { SaveDialog } from './save.ts';
 export interface HeaderActions {
   zoom: (factor: number) => void;
   showAll: () => void;
+  format: () => Promise<void>;
+  showVersions: () => void;
   copyLink: () => Promise<void>;
   savePicture: () => Promise<void>;
   saveCsv: () => Promise<void>;
@@ -23,6 +25,8 @@ export function bindHeader(actions: HeaderActions, dialog: SaveDialog): void {
   click('zoom-in', () => actions.zoom(1 / zoomStep));
   click('zoom-out', () => actions.zoom(zoomStep));
   click('zoom-all', actions.showAll);
+  click('versions', actions.showVersions);
+  click('format', actions.format);
   click('copy-link', actions.copyLink);
   click('export-png', actions.savePicture);
   click('export-csv', actions.saveCsv);

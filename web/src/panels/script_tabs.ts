@@ -48,6 +48,7 @@ export class ScriptTabs {
         role: 'tab',
         'aria-selected': String(isCurrent),
         'aria-controls': 'editor',
+        'aria-keyshortcuts': 'Delete',
         tabindex: isCurrent ? 0 : -1,
         title: isUnsaved ? 'Not saved' : undefined,
       },
@@ -57,9 +58,16 @@ export class ScriptTabs {
     tab.addEventListener('keydown', ({ key }) => {
       if (key === 'Delete') this.close(id, name, isUnsaved);
     });
+    // For the mouse: a list of tabs holds nothing else for who hears it.
     const close = element(
       'button',
-      { type: 'button', class: 'quiet', tabindex: -1, 'aria-label': `Close ${name}` },
+      {
+        type: 'button',
+        class: 'quiet',
+        tabindex: -1,
+        'aria-hidden': 'true',
+        'aria-label': `Close ${name}`,
+      },
       '×',
     );
     close.addEventListener('click', () => this.close(id, name, isUnsaved));

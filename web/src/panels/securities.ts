@@ -3,6 +3,8 @@ import { element } from '../dom.ts';
 
 /** A list that is longer is narrowed down by its filter. */
 const mostShown = 400;
+/** A list that is shorter needs none. */
+const fewForFilter = 12;
 
 export class Securities {
   private readonly list = element('ul', { class: 'security-list', 'aria-label': 'Securities' });
@@ -16,12 +18,17 @@ export class Securities {
 
   constructor(
     root: HTMLElement,
-    private readonly names: readonly string[],
+    private names: readonly string[],
     private readonly open: (name: string) => void,
   ) {
     root.append(this.filter, this.list, this.note);
-    this.filter.hidden = names.length < 12;
     this.filter.addEventListener('input', () => this.fill());
+    this.setNames(names);
+  }
+
+  setNames(names: readonly string[]): void {
+    this.names = names;
+    this.filter.hidden = names.length < fewForFilter;
     this.fill();
   }
 

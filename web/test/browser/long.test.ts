@@ -24,8 +24,13 @@ async function beginEndless(): Promise<void> {
   await desk.page.waitForFunction(busy);
 }
 
-test('a long calculation is stopped, and the chart of before lives on', async () => {
+test('a long calculation leaves the editor its words, and is stopped, and the chart of before lives on', async () => {
   await beginEndless();
+  await desk.page.keyboard.down('Control');
+  await desk.page.keyboard.press('Space');
+  await desk.page.keyboard.up('Control');
+  await desk.seen('.cm-completionLabel');
+  assert.ok(await desk.page.evaluate(busy), 'words are offered meanwhile');
   const began = Date.now();
   await desk.page.click('#stop');
   await desk.page.waitForFunction(() => document.getElementById('busy')!.hidden);

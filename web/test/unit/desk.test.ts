@@ -296,6 +296,9 @@ test('a longer period than that of the bars joins them, those of others too', as
   desk.json({ call: 'other', name: 'bbb' }, days);
   desk.script('A:O;B:C;D:"bbb$CLOSE";');
   assert.equal(desk.csv(), 'date,A,B,D\n2024-01-04,1,4,4\n2024-01-08,5,8,8\n');
+  const more = () =>
+    desk.json({ call: 'more', name: 'days' }, days.slice(0, 16) + '2024-01-10,9,9\n');
+  assert.equal(refusal(more).status, 409, 'the week would be made of its last day alone');
   assert.equal(desk.bars(days, 'days', 'day').rows, 4);
 });
 

@@ -5,7 +5,7 @@ import { type Asked, Ended, type WorkerLike } from '../../src/engine/line.ts';
 import { server } from '../../src/engine/serve.ts';
 import { Session } from '../../src/engine/session.ts';
 import type { BarsAnswer } from '../../src/engine/types.ts';
-import { compiled, madeBars } from './support.ts';
+import { compiled, Desk, madeBars } from './support.ts';
 
 /** A worker in this thread, that a script can hold for ever. */
 class FakeWorker implements WorkerLike {
@@ -113,4 +113,55 @@ test('an engine that fails says so, and bars that are refused are not laid out a
   await new Promise((resolve) => setTimeout(resolve));
   FakeWorker.made[1].tell('onerror', { message: 'out of memory' });
   await assert.rejects(stuck, /the engine has failed: out of memory/);
+});
+
+test('of a file that grows only what is new is sent, and all of it where that can not be', async () => {
+  const { session } = makeSession();
+  const csv = madeBars(100);
+  const rows = csv.trimEnd().split('\n');
+  const follow = async (text: string) => {
+    const answer = await session.followBars({ name: 'made', content: new Blob([text]) });
+    return { rows: answer.rows, asked: FakeWorker.made[0].calls.splice(0) };
+  };
+  await session.script('A:MA(C,3);', []);
+  const first = rows.slice(0, 51).join('\n');
+  assert.deepEqual(await follow(`${first}\n`), { rows: 50, asked: ['script', 'bars'] });
+  assert.deepEqual(await follow(csv), { rows: 100, asked: ['more'] });
+  assert.equal((await session.values(99)).lines[0] !== null, true);
+  FakeWorker.made[0].calls.splice(0);
+  // The last bar forms.
+  const forming = csv.replace(/,[^,\n]*,[^,\n]*\n$/, ',7,8\n');
+  assert.deepEqual(await follow(forming), { rows: 100, asked: ['more'] });
+  assert.equal((await session.values(99)).fields[11], 7);
+  FakeWorker.made[0].calls.splice(0);
+  // An older bar is another one, then the file is a shorter one, then its columns are others.
+  const changed = forming.replace(rows[5], rows[5].replace(/\d+$/, '5'));
+  assert.deepEqual(await follow(changed), { rows: 100, asked: ['bars'] });
+  assert.deepEqual(await follow(`${first}\n`), { rows: 50, asked: ['bars'] });
+  await assert.rejects(follow(`${first}\n${rows[51].slice(0, 12)}`), { status: 400 });
+  FakeWorker.made[0].calls.splice(0);
+  assert.deepEqual(await follow(csv), { rows: 100, asked: ['more'] });
+  // All is there again behind a calculation that was stopped.
+  session.stop();
+  await session.laidOut();
+  assert.equal((await session.values(99)).row, 99);
+});
+
+test('bars that go on nowhere are refused, and leave those that are seen', async () => {
+  const session = await Desk.make(madeBars(10));
+  const refused = (csv: string, name = 'bars') =>
+    assert.throws(() => session.text({ call: 'more', name }, csv), { status: 409 });
+  const [head, ...rows] = madeBars(12).trimEnd().split('\n');
+  refused([head, ...rows].join('\n'));
+  refused([head, rows[11]].join('\n'), 'others');
+  refused(`date,close\n1900-01-12,5`);
+  session.script('A:C;');
+  session.play(5);
+  refused([head, rows[11]].join('\n'));
+  session.stop();
+  const { rows: count } = session.json<BarsAnswer>(
+    { call: 'more', name: 'bars' },
+    [head, rows[9], rows[11]].join('\n'),
+  );
+  assert.equal(count, 11);
 });
