@@ -51,8 +51,8 @@ export class Data {
     const items = [
       ...references.map((reference) => this.referenceItem(reference)),
       ...missing.map(({ text }) => itemOf(text, false, 'not among the bars')),
-      ...(needs.calendar ? [itemBelow('Trading calendar', Boolean(calendar))] : []),
-      ...(needs.constants ? [itemBelow('Constants of the market', this.hasNumbers)] : []),
+      ...(needs.calendar ? [itemBelow('Trading calendar', Boolean(calendar), 'it')] : []),
+      ...(needs.constants ? [itemBelow('Constants of the market', this.hasNumbers, 'them')] : []),
     ];
     this.needs.replaceChildren(
       ...(items.length > 0
@@ -116,6 +116,6 @@ function itemOf(text: string, isThere: boolean, note?: string): HTMLElement {
   );
 }
 
-function itemBelow(text: string, isThere: boolean): HTMLElement {
-  return itemOf(text, isThere, isThere ? undefined : 'give it below');
+function itemBelow(text: string, isThere: boolean, which: 'it' | 'them'): HTMLElement {
+  return itemOf(text, isThere, isThere ? undefined : `give ${which} below`);
 }
