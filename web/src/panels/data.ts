@@ -116,6 +116,6 @@ function itemOf(text: string, isThere: boolean, note?: string): HTMLElement {
   );
 }
 
-function itemBelow(text: string, isThere: boolean, what: string): HTMLElement {
-  return itemOf(text, isThere, isThere ? undefined : `give ${what} below`);
+function itemBelow(text: string, isThere: boolean, which: 'it' | 'them'): HTMLElement {
+  return itemOf(text, isThere, isThere ? undefined : `give ${which} below`);
 }
