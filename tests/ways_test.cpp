@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "core/plan.h"
 #include "interface/instances.h"
 #include "support/test_host.h"
 
@@ -114,6 +115,24 @@ TEST(Ways, OfEachScriptAndWhatOneMoreBarCosts) {
     }
     EXPECT_EQ(memories_of(parser), row.remembers);
   }
+}
+
+TEST(Ways, AreSideBySideForCallsOverFieldsAndNumbers) {
+  TestHost host;
+  auto& parser = quor::find_instance(host.handle())->parser;
+  ASSERT_EQ(host.compile("A:=EMA(C,5);B:=EMA(H,10)-SMA(L,9,2);D:=EMA(A,5);E:=EMA(C,V);"
+                         "F:=EMA(C+0,5);G:=MA(C,5);SET(A,SMA(C,9,1));")
+                .code,
+            0);
+  host.feed(bars_of_a_year(), 0, rows);
+  ASSERT_EQ(host.run(), success);
+  quor::Plan plan;
+  plan.make(parser.pool().script, parser.pool().table());
+  std::string counts;
+  for (size_t i = 0; i < parser.pool().script.statement_list.size(); ++i) {
+    counts += std::to_string(plan.side_by_side(i).size());
+  }
+  EXPECT_EQ(counts, "1200010");
 }
 
 }  // namespace
