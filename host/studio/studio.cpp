@@ -38,12 +38,23 @@ std::filesystem::path plain_name(const std::filesystem::path& folder) {
   return folder.has_filename() ? folder : folder.parent_path();
 }
 
+/// The library's own copy takes all files for the same one on Windows, where none has a number.
+void copy_folder(const std::filesystem::path& from, const std::filesystem::path& to) {
+  std::filesystem::create_directories(to);
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(from)) {
+    const std::filesystem::path target = to / entry.path().lexically_relative(from);
+    if (entry.is_directory()) {
+      std::filesystem::create_directory(target);
+    } else {
+      std::filesystem::remove(target);
+      std::filesystem::copy_file(entry.path(), target);
+    }
+  }
+}
+
 int export_page(const std::filesystem::path& page, const std::filesystem::path& folder) {
   Page{page};  // says what is missing
-  std::filesystem::create_directories(plain_name(folder));
-  std::filesystem::copy(
-      plain_name(page), plain_name(folder),
-      std::filesystem::copy_options::recursive | std::filesystem::copy_options::overwrite_existing);
+  copy_folder(plain_name(page), plain_name(folder));
   std::cout << "The page is in " << folder.string() << "; any server of files can have it.\n";
   return EXIT_SUCCESS;
 }

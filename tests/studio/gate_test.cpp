@@ -134,12 +134,14 @@ TEST_F(GateTest, a_page_that_the_browser_has_is_not_sent_again) {
 }
 
 TEST_F(GateTest, writes_the_page_into_a_folder) {
-  folder.write("index.html", "page");
   Folder out;
-  const Outcome done =
-      run_quor({"studio", "--page", folder.path(), "--export", out.path("site/studio")});
-  EXPECT_EQ(done.status, 0) << done.output;
-  EXPECT_EQ(out.read("site/studio/index.html"), "page");
+  for (const char* const text : {"page", "newer page"}) {
+    folder.write("index.html", text);
+    const Outcome done =
+        run_quor({"studio", "--page", folder.path(), "--export", out.path("site/studio")});
+    EXPECT_EQ(done.status, 0) << done.output;
+    EXPECT_EQ(out.read("site/studio/index.html"), text);
+  }
   Folder none;
   EXPECT_EQ(run_quor({"studio", "--page", none.path(), "--export", out.path("other")}).status, 1);
 }
