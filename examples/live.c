@@ -42,7 +42,7 @@ static int write_row(char* out, size_t size, char* line, uint64_t* key) {
     end += snprintf(out + end, size - (size_t)end, ",\"%d\":%s", fields[i], cell);
   }
   if ((size_t)end + 3 > size) return 0;
-  strcpy(out + end, "}]");
+  memcpy(out + end, "}]", sizeof "}]");
   return 1;
 }
 
