@@ -38,7 +38,7 @@ std::filesystem::path plain_name(const std::filesystem::path& folder) {
   return folder.has_filename() ? folder : folder.parent_path();
 }
 
-/// The library's own copy takes all files for the same one on Windows, where none has a number.
+/// As std::filesystem::copy, which takes all files for one on Windows, where none has a number.
 void copy_folder(const std::filesystem::path& from, const std::filesystem::path& to) {
   std::filesystem::create_directories(to);
   for (const auto& entry : std::filesystem::recursive_directory_iterator(from)) {
