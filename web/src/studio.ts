@@ -10,6 +10,9 @@ import type { BarsAnswer, ScriptAnswer } from './engine/types.ts';
 import { Crosshair } from './crosshair.ts';
 import { Handing } from './handing.ts';
 import type { Setting } from './link.ts';
+import { arrangement } from './arrangement.ts';
+import { Layouts } from './layouts.ts';
+import { LayoutMenu } from './panels/layout_menu.ts';
 import { Looks } from './looks.ts';
 import { Data } from './panels/data.ts';
 import { Events } from './panels/events.ts';
@@ -50,6 +53,7 @@ export class Studio {
   private readonly editor: Editor;
   private readonly pipeline: Pipeline;
   private readonly looks: Looks;
+  private readonly layoutMenu: LayoutMenu;
   private readonly second: Second;
   private readonly crosshair: Crosshair;
   private readonly telling: Telling;
@@ -172,11 +176,17 @@ export class Studio {
     this.period = new PeriodMenu(byId('period', HTMLSelectElement), language.periods, () =>
       this.sources.openAgain(),
     );
-    bindOverlay(this.sources.hasFolder ? this.sources.names : [], (name) => this.layOver(name));
-    bindScale((name) => {
+    const overlay = bindOverlay(this.sources.hasFolder ? this.sources.names : [], (name) =>
+      this.layOver(name),
+    );
+    const scale = bindScale((name) => {
       this.pipeline.chart.setScale(name);
       this.second.setScale(name);
     });
+    this.layoutMenu = new LayoutMenu(
+      new Layouts(),
+      arrangement({ tabs, overlay, scale, chart: pipeline.chart, second: this.second, fail }),
+    );
     const versionDialog = new VersionDialog({
       script: () => this.writing.script,
       versions: (name) => versions.of(name),
@@ -194,6 +204,7 @@ export class Studio {
     const { names } = this.sources;
     const security = names.find((name) => name === given?.security) ?? names[0];
     await this.sources.open({ security });
+    this.layoutMenu.begin();
     if (this.watch) void this.watch.begin(document);
   }
 

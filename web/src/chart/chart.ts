@@ -131,6 +131,12 @@ export class Chart {
     this.askForFrame();
   }
 
+  /** Other heights of panes are kept by now. */
+  takeHeights(): void {
+    this.heights.take(this.weights);
+    this.layOut();
+  }
+
   zoom(factor: number): void {
     this.setSight(zoomed(this.sight, factor, this.sight.to, this.rows));
   }

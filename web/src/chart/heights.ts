@@ -8,6 +8,33 @@ const isShares = (value: unknown, count: number): value is number[] =>
   value.length === count &&
   value.every((share) => typeof share === 'number' && share > 0);
 
+const most = 20;
+
+/** What was chosen, by the number of panes. */
+export function keptHeights(store: Pick<Storage, 'getItem'>): Record<string, number[]> {
+  const counts = Array.from({ length: most }, (_, i) => i + 1);
+  const found = counts.map((count) => [count, keptFor(store, count)] as const);
+  return Object.fromEntries(found.filter(([, shares]) => shares)) as Record<string, number[]>;
+}
+
+export function keepHeights(
+  store: Pick<Storage, 'setItem' | 'removeItem'>,
+  heights: Readonly<Record<string, number[]>>,
+): void {
+  for (let count = 1; count <= most; ++count) store.removeItem(keyOf(count));
+  for (const shares of Object.values(heights))
+    store.setItem(keyOf(shares.length), JSON.stringify(shares));
+}
+
+function keptFor(store: Pick<Storage, 'getItem'>, count: number): number[] | undefined {
+  try {
+    const value: unknown = JSON.parse(store.getItem(keyOf(count)) ?? 'null');
+    return isShares(value, count) ? value : undefined;
+  } catch {
+    return undefined;
+  }
+}
+
 export class Heights {
   private shares: number[] = [];
 
@@ -15,7 +42,7 @@ export class Heights {
 
   /** Takes up what was chosen for so many panes, or else what each wants. */
   take(wanted: readonly number[]): void {
-    this.shares = this.kept(wanted.length) ?? [...wanted];
+    this.shares = keptFor(this.store, wanted.length) ?? [...wanted];
   }
 
   /** In pixels, all together `height`, the last one with the time axis below it. */
@@ -47,15 +74,6 @@ export class Heights {
   percentAbove(index: number): number {
     const [above, below] = [this.shares[index], this.shares[index + 1]];
     return Math.round((100 * above) / (above + below));
-  }
-
-  private kept(count: number): number[] | undefined {
-    try {
-      const value: unknown = JSON.parse(this.store.getItem(keyOf(count)) ?? 'null');
-      return isShares(value, count) ? value : undefined;
-    } catch {
-      return undefined;
-    }
   }
 }
 

@@ -4,14 +4,29 @@ import { byId } from '../dom.ts';
 
 const key = 'quor-studio-scale';
 
-export function bindScale(choose: (name: ScaleName) => void): void {
+/** Gives what reads and sets it. */
+export function bindScale(choose: (name: ScaleName) => void): {
+  get: () => string;
+  set: (name: string) => void;
+} {
   const menu = byId('scale', HTMLSelectElement);
-  menu.value = localStorage.getItem(key) ?? '';
-  if (menu.selectedIndex < 0) menu.selectedIndex = 0;
   const act = () => choose(menu.value as ScaleName);
-  menu.addEventListener('change', () => {
+  const keep = () => {
     localStorage.setItem(key, menu.value);
     act();
-  });
+  };
+  const select = (name: string) => {
+    menu.value = name;
+    if (menu.selectedIndex < 0) menu.selectedIndex = 0;
+  };
+  select(localStorage.getItem(key) ?? '');
+  menu.addEventListener('change', keep);
   act();
+  return {
+    get: () => menu.value,
+    set: (name) => {
+      select(name);
+      keep();
+    },
+  };
 }

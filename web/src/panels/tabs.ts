@@ -43,6 +43,15 @@ export class Tabs {
     return this.open === id;
   }
 
+  /** The one that is open. */
+  get shownId(): string | undefined {
+    return this.open;
+  }
+
+  has(id: string): boolean {
+    return this.tabs.has(id);
+  }
+
   panel(id: string): HTMLElement {
     return this.tabs.get(id)!.panel;
   }

@@ -118,6 +118,47 @@ test('both crosshairs stand at the same time', async () => {
   );
 });
 
+test('layouts are kept by name, switched by menu and keys, and survive a reload', async () => {
+  await desk.write('T:C;');
+  const seen = () =>
+    desk.page.evaluate(() => {
+      const chosen = (id: string) => (document.getElementById(id) as HTMLSelectElement).value;
+      const isThere = document.querySelector('#second .chart') !== null;
+      const tab = document.querySelector('#tabs [aria-selected="true"]')?.id;
+      return [chosen('layout'), chosen('scale'), chosen('overlay'), tab, isThere].join(' ');
+    });
+  const usual = '=  linear  tab-securities false';
+  const two = '= two log more tab-values true';
+  assert.equal(await seen(), usual);
+  await desk.page.select('#scale', 'log');
+  await desk.page.click('#second-open');
+  await desk.page.click('#tab-values');
+  await desk.page.select('#overlay', 'more');
+  await desk.settled();
+  await desk.page.select('#layout', 'edit');
+  await desk.page.type('#layout-name', 'two');
+  await desk.page.click('#layout-form button');
+  assert.equal(await seen(), two);
+  await desk.page.select('#layout', '= ');
+  await desk.settled();
+  assert.equal(await seen(), usual);
+  await desk.page.keyboard.down('Shift');
+  await desk.chord('Alt', 'Digit2');
+  await desk.page.keyboard.up('Shift');
+  assert.equal(await seen(), two);
+  await desk.goTo();
+  await secondSays(/day /);
+  assert.equal(await seen(), two);
+  await desk.page.select('#layout', 'edit');
+  await desk.page.click('[aria-label="Remove two"]');
+  assert.deepEqual(await desk.texts('#layout-list li'), []);
+  await desk.page.click('#layout-close');
+  await desk.page.select('#layout', '= ');
+  await desk.page.evaluate(() => localStorage.setItem('quor-studio-layouts', '[{"name":5}]'));
+  await desk.goTo();
+  assert.equal(await seen(), usual);
+});
+
 test('while bars are played, and on a phone, there is no second chart', async () => {
   await desk.write('T:C;');
   await desk.page.click('#second-open');
