@@ -21,15 +21,13 @@ Columns = Optional[Mapping[str, Optional[Hashable]]]
 
 _NAT = np.iinfo(np.int64).min
 _TIME = 1  #: the engine's column of the times
-_SHOWN = {13: "volume", 65: "openinterest"}  #: where the first word isn't the usual one in frames
 
 
 def _words() -> dict[int, tuple[str, ...]]:
-    words = {}
-    for id_, all_words in _engine.field_words().items():
-        small = [word.lower() for word in all_words]
-        shown = _SHOWN.get(id_, small[0])
-        words[id_] = (shown, *(word for word in small if word != shown))
+    words = {
+        id_: tuple(word.lower() for word in all_words)
+        for id_, all_words in _engine.field_words().items()
+    }
     del words[_TIME]
     return words
 

@@ -114,7 +114,7 @@ class CalculateCenter {
   Status run_block(std::span<const uint32_t> statements, Block rows, int32_t run_from,
                    std::string& error);
   void write_blanks_for(int32_t first, int32_t end);
-  void run_early(std::span<const uint32_t> statements, int32_t run_from);
+  void run_early(std::span<const uint32_t> statements, Block rows, int32_t run_from);
   bool can_take(uint32_t statement, int32_t run_from) const;
   Status run_rows(std::span<const uint32_t> statements, Block rows, std::string& error);
   Status run_statement(Variable& statement, int32_t row, std::string& error);

@@ -65,24 +65,20 @@ void Plan::find_ways(const CompiledScript& script, const PlanWalk& walk) {
                           });
     ways_[i].revisits_state = parts.revisits_state;
     is_whole_ &= parts.looks_back;
-    note_side_by_side(*statements[i], ways_[i], walk);
   }
+  note_side_by_side(walk);
   note_reads(walk);
   if (!each_in_full_) refuse_what_rests_on_others();
   is_whole_ &= std::ranges::all_of(ways_, [](const Way& way) { return way.by_columns; });
 }
 
-void Plan::note_side_by_side(const Variable& statement, Way& way, const PlanWalk& walk) {
-  const auto note = [&](const Operand& operand) {
-    if (operand.variable != nullptr && can_go_early(*operand.variable, walk)) {
-      way.side_by_side.push_back(operand.variable);
-    }
-  };
-  for (const Step& step : statement.program.steps) {
-    note(step.right);
-    note(step.left);
+/// Calls that their statements come to at each row, once.
+void Plan::note_side_by_side(const PlanWalk& walk) {
+  for (Variable* call : walk.calls()) {
+    const Uses uses = walk.uses_of(*call);
+    if (uses.shared || uses.reach != Reach() || !can_go_early(*call, walk)) continue;
+    ways_[static_cast<size_t>(uses.first_statement)].side_by_side.push_back(call);
   }
-  note(statement.program.result);
 }
 
 void Plan::note_reads(const PlanWalk& walk) {

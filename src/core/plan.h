@@ -66,7 +66,7 @@ class Plan {
 
   void find_ways(const CompiledScript& script, const PlanWalk& walk);
   void note_reads(const PlanWalk& walk);
-  void note_side_by_side(const Variable& statement, Way& way, const PlanWalk& walk);
+  void note_side_by_side(const PlanWalk& walk);
   void refuse_what_rests_on_others();
 
   std::vector<Way> ways_;       ///< by statement
