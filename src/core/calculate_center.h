@@ -72,7 +72,7 @@ class CalculateCenter {
   /// How many calls have been evaluated at a bar, and how often one has looked at a value that it
   /// knows: what a bar costs, in a unit that doesn't depend on the machine.
   uint64_t work() const { return work_; }
-  void note_work() { ++work_; }
+  void note_work(uint64_t looks = 1) { work_ += looks; }
   /// Whether a statement went by columns in the last block that was calculated.
   bool went_by_columns(size_t statement) const {
     return statement < is_finished_.size() && is_finished_[statement] != 0;
