@@ -248,8 +248,9 @@ TEST(Utf16Length, CountsUnitsAndRefusesWhatIsNoUtf8) {
   EXPECT_EQ(quor::utf16_length("预警"), 2U);
   EXPECT_EQ(quor::utf16_length("😀"), 2U);
   EXPECT_EQ(quor::utf16_length("\xF4\x8F\xBF\xBF"), 2U);
-  for (const char* invalid : {"\x80", "A\xC3", "\xC0\x80", "\xE0\x80\x80", "\xED\xA0\x80",
-                              "\xF4\x90\x80\x80", "\xF8\x88\x80\x80", "\xE4\xB8\x41", "\x84\x80\x80\x80"}) {
+  for (const char* invalid :
+       {"\x80", "A\xC3", "\xC0\x80", "\xE0\x80\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80",
+        "\xF8\x88\x80\x80", "\xE4\xB8\x41", "\x84\x80\x80\x80"}) {
     EXPECT_EQ(quor::utf16_length(invalid), 0U) << invalid;
   }
 }
