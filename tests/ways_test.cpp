@@ -121,7 +121,8 @@ TEST(Ways, AreSideBySideForCallsOverFieldsAndNumbers) {
   TestHost host;
   auto& parser = quor::find_instance(host.handle())->parser;
   ASSERT_EQ(host.compile("A:=EMA(C,5);B:=EMA(H,10)-SMA(L,9,2);D:=EMA(A,5);E:=EMA(C,V);"
-                         "F:=EMA(C+0,5);G:=MA(C,5);SET(A,SMA(C,9,1));")
+                         "F:=EMA(C+0,5);G:=MA(C,5);SET(A,SMA(C,9,1));"
+                         "I:=MAX(MA(C,3),MA(H,4));J:=IF(C>O,MA(C,6),1)+REF(EMA(C,3),1);")
                 .code,
             0);
   host.feed(bars_of_a_year(), 0, rows);
@@ -132,7 +133,7 @@ TEST(Ways, AreSideBySideForCallsOverFieldsAndNumbers) {
   for (size_t i = 0; i < parser.pool().script.statement_list.size(); ++i) {
     counts += std::to_string(plan.side_by_side(i).size());
   }
-  EXPECT_EQ(counts, "1200010");
+  EXPECT_EQ(counts, "120001020");
 }
 
 }  // namespace
