@@ -84,6 +84,7 @@ std::vector<std::string> scripts_with_lanes() {
       "A:CROSSDOWN(EMA(C,3),EMA(C,9));",
       "A:MAX(MA(C,4),MA(C,9))/IF(C>3,EMA(C,3),EMA(C,8));",
       "A:100/C+C/7*(C>3)-(C<=0);",
+      "A:(C-LLV(C,9))/(HHV(C,9)-LLV(C,9))+STDP(C,7)*STDP(C,7)-REF(STDP(C,7),2);",
       "A:MOD(C,3)+(C=0||C<>5&&C>=2);",
   };
   for (const char* const word :

@@ -43,6 +43,8 @@ void Columns::begin(Block block) {
   old_values_.clear();
   memories_.clear();
   early_.clear();
+  twins_.clear();
+  twin_scratch_.release();
 }
 
 void Columns::run_early(std::span<Early> calls) {
@@ -214,15 +216,31 @@ const double* Columns::values(Variable& variable, Block rows, double start) {
         return pool_.table().cells(variable.column_index).data() + rows.first;
       }
       if (variable.function == nullptr || !can_ask_calls(rows)) return nullptr;
-      ++nesting_;
-      {
-        const double* result = variable.function->column({*this, variable, rows, start});
-        --nesting_;
-        return result;
-      }
+      return variable.twin != nullptr ? twin_values(variable, rows, start)
+                                      : call_values(variable, rows, start);
     default:
       return nullptr;
   }
+}
+
+const double* Columns::call_values(Variable& call, Block rows, double start) {
+  ++nesting_;
+  const double* result = call.function->column({*this, call, rows, start});
+  --nesting_;
+  return result;
+}
+
+/// Worked out for the first of the twins that is asked.
+const double* Columns::twin_values(Variable& call, Block rows, double start) {
+  const auto known = std::ranges::find_if(
+      twins_, [&](const Twin& twin) { return twin.first == call.twin && twin.rows == rows; });
+  if (known != twins_.end()) return known->values;
+  const double* values = call_values(call, rows, start);
+  if (values == nullptr) return nullptr;
+  double* kept = twin_scratch_.take(rows.size());
+  std::copy_n(values, rows.size(), kept);
+  twins_.push_back({call.twin, rows, kept});
+  return kept;
 }
 
 const double* Columns::expression_values(Variable& variable, Block rows, double start) {

@@ -117,6 +117,15 @@ class Columns {
     size_t size;
   };
 
+  /// What twins say at the rows of a block.
+  struct Twin {
+    const Variable* first;
+    Block rows;
+    const double* values;
+  };
+
+  const double* call_values(Variable& call, Block rows, double start);
+  const double* twin_values(Variable& call, Block rows, double start);
   const double* expression_values(Variable& variable, Block rows, double start);
   /// The last step goes to `target`, if that isn't null.
   const double* program_values(const Program& program, Block rows, double start, double* target);
@@ -138,6 +147,8 @@ class Columns {
   std::vector<Memory> memories_;
   std::vector<Early> early_;       ///< what has been worked out ahead of its step
   std::vector<ColumnCall> group_;  ///< what is worked out at once
+  std::vector<Twin> twins_;
+  ColumnScratch twin_scratch_;
   Block block_;
   size_t position_ = 0;
   int nesting_ = 0;

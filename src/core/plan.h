@@ -32,9 +32,9 @@ class PlanWalk;
 /// view go bar by bar.
 class Plan {
  public:
-  /// To be made anew when the table has other columns. Sets `Variable::remembering` and
-  /// `Variable::for_one_run` of every call that a statement evaluates, and at the first time
-  /// `CompiledScript::shares_columns`.
+  /// To be made anew when the table has other columns. Sets `Variable::remembering`,
+  /// `Variable::for_one_run` and `Variable::twin` of every call that a statement evaluates, and at
+  /// the first time `CompiledScript::shares_columns`.
   void make(CompiledScript& script, const DataTable& table);
 
   /// Whether the statement can go by columns in a run from a row on.
