@@ -11,6 +11,9 @@ from .optional import has_pandas, pd
 
 Out = Optional[str]
 
+#: Bars of a security that are sorted sooner than compared with those of the one before.
+_FEW = 8
+
 _FORMS = ("long", "wide", "numpy")
 
 
@@ -78,6 +81,10 @@ def _codes_of(seconds: list[Array]) -> tuple[Array, Array]:
     before."""
     if not seconds:
         return np.empty(0, np.int64), np.empty(0, np.int64)
+    every = np.concatenate(seconds)
+    if len(every) <= _FEW * len(seconds):
+        union, codes = np.unique(every, return_inverse=True)
+        return union, codes
     kinds: list[Array] = []
     numbers = []
     for some in seconds:

@@ -6,13 +6,13 @@ import json
 import re
 import threading
 from contextlib import contextmanager
-from typing import Any, Iterable, Iterator, Mapping, NamedTuple, Sequence
+from typing import Any, Hashable, Iterable, Iterator, Mapping, NamedTuple, Sequence
 
 import numpy as np
 
 from . import _engine
 from .arrays import Array
-from .context import DAY, Calendar, Constants, Context, Period
+from .context import DAY, Calendar, Constants, Context, Period, whole_text
 from .errors import Finding, raise_error, warn_of
 from .events import NO_EVENTS, Events, places_of
 from .frames import Columns, Layout, Need, need_of
@@ -23,7 +23,8 @@ from .optional import pd
 from .ordering import PanelEvents
 from .outputs import Out, lines_of_run, out_of
 from .panels import panel_of, run_panel
-from .parameters import capitals, check_names, declared, numbers, with_digits, with_overrides
+from .parameters import (
+    capitals, check_names, declared, mapping_of, numbers, with_digits, with_overrides)
 from .protocols import adopted
 from .references import Frames, Series, series_of, wanted_of
 
@@ -117,7 +118,7 @@ def compile(source: str, *, period: Period = DAY, code: str = "", market: str = 
     """
     source = text_of(source)
     context = Context().with_(period, code, market, calendar, constants)
-    given = numbers([*(parameters or {}).items(), *params.items()])
+    given = numbers([*mapping_of(parameters).items(), *params.items()])
     if override:
         source = with_overrides(source, given)
     script = Script(Spec(source, given, "", context))
@@ -128,7 +129,7 @@ def compile(source: str, *, period: Period = DAY, code: str = "", market: str = 
 def text_of(source: Any) -> str:
     """The text of a script. Raises TypeError for what is none."""
     if isinstance(source, str):
-        return source.removeprefix("\ufeff")
+        return whole_text("a script", source).removeprefix("\ufeff")
     if hasattr(source, "columns"):
         raise TypeError("the script comes first, and then the bars")
     name = "None" if source is None else type(source).__name__
@@ -420,6 +421,8 @@ class Script:
             return [names.index(name) for name in self._shown]
         if isinstance(lines, str) and lines.lower() == "all" and "ALL" not in names:
             return list(range(len(names)))
+        if not isinstance(lines, Iterable):
+            raise ValueError(f'lines are names of lines or "all", and not {lines!r}')
         wanted = [lines] if isinstance(lines, str) else [str(line) for line in lines]
         for line in wanted:
             if capitals(line) not in names:
@@ -432,6 +435,9 @@ class Script:
         if columns is not None and not isinstance(columns, Mapping):
             raise ValueError('columns is a mapping, such as {"close": "last price"}, and not '
                              f"{columns!r:.80}")
+        for name, label in (columns or {}).items():
+            if not isinstance(label, Hashable):
+                raise ValueError(f"columns: {name!r} is one column, and not {label!r:.80}")
         key = (tuple(sorted(columns.items(), key=str)) if columns else (), duplicates, more)
         layout = self._layouts.get(key)
         if layout is None:
