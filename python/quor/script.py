@@ -21,7 +21,7 @@ from .live import Live
 from .notebook import Chart, html_of, plot
 from .optional import pd
 from .ordering import PanelEvents
-from .outputs import Out, lines_of_run, out_of
+from .outputs import Lines, Out, lines_of_run, out_of
 from .panels import panel_of, run_panel
 from .parameters import (
     capitals, check_names, declared, mapping_of, numbers, with_digits, with_overrides)
@@ -319,20 +319,26 @@ class Script:
             return result
         numbers_of_lines = script.numbers_of(lines)
         bars = layout.bars(frame)
-        with script.engine(keep) as engine:
-            def work() -> tuple[Array, Array | None]:
-                if not engine.run(bars.times, bars.ticks, bars.fields, True):
+        once = len(bars.times) > _KEPT_ROWS and not keep
+        with script.engine(keep, len(bars.times)) as engine:
+            def work() -> tuple[Lines, Array | None, Any]:
+                done = (engine.run_once(bars.times, bars.ticks, bars.fields) if once else
+                        engine.run(bars.times, bars.ticks, bars.fields, True))
+                if not done:
                     raise_error(engine)
+                rows, events = engine.rows_of_bars(), engine.events()
+                if once and rows is None:
+                    return engine.take(numbers_of_lines), rows, events
                 cells = np.empty((len(numbers_of_lines), engine.row_count()))
                 engine.fill(cells, numbers_of_lines, 0)
-                return cells, engine.rows_of_bars()
+                return cells, rows, events
 
-            cells, rows = interruptible(work, len(bars.times))
+            cells, rows, events = interruptible(work, len(bars.times))
             if rows is not None:
                 layout.check_times(bars, engine.row_count())
-                cells = cells[:, rows]
-            self._events = Events(engine.events(),
-                                  lambda places, _: bars.labels[places_of(places, rows)])
+                cells = np.asarray(cells)[:, rows]
+            labels = bars.labels
+            self._events = Events(events, lambda places, _: labels[places_of(places, rows)])
             self._bar_notes = layout.notes(bars, engine.infinity())
         warn_of(self._bar_notes)
         names = [script._lines[number].name for number in numbers_of_lines]
@@ -447,8 +453,9 @@ class Script:
         return layout
 
     @contextmanager
-    def engine(self, keep: bool = False) -> Iterator[_engine.Engine]:
-        """An engine that nobody else works with; a new one only for a further thread."""
+    def engine(self, keep: bool = False, bars: int = 0) -> Iterator[_engine.Engine]:
+        """An engine that nobody else works with, for so many bars; a new one only for a further
+        thread."""
         with self._lock:
             engine = self._idle.pop() if self._idle else None
         if engine is None:
@@ -456,12 +463,12 @@ class Script:
         try:
             yield engine
         except Exception:
-            self._give_back(engine, keep)
+            self._give_back(engine, keep, bars)
             raise
-        self._give_back(engine, keep)  # not behind an interrupt, over which it works on
+        self._give_back(engine, keep, bars)  # not behind an interrupt, over which it works on
 
-    def _give_back(self, engine: _engine.Engine, keep: bool) -> None:
-        if not keep and engine.row_count() > _KEPT_ROWS:
+    def _give_back(self, engine: _engine.Engine, keep: bool, bars: int) -> None:
+        if not keep and max(engine.row_count(), bars) > _KEPT_ROWS:
             return
         with self._lock:
             self._idle.append(engine)

@@ -557,6 +557,33 @@ def test_the_memory_of_many_bars_is_given_back(frame):
     assert same_bits(script.run(frame), quor.compile("A:MA(C,2);").run(frame))
 
 
+@pytest.mark.parametrize("change", [
+    lambda bars: bars, lambda bars: {name: values[::-1] for name, values in bars.items()},
+    lambda bars: {**bars, "close": np.where(bars["close"] > 110, np.nan, bars["close"])},
+    lambda bars: {**bars, "volume": bars["volume"].astype(int)}])
+def test_many_bars_are_read_in_place_and_their_lines_handed_over(tmp_path, change):
+    script = quor.compile("A:MA(C,20);B:C;C2:B+HHV(H,9);D:=EMA(V,5);E:REF(D,1);F:SMA(L,3,1);"
+                          "G:BARSLAST(CROSS(A,B));CROSS(A,B),BK(1);")
+    random = np.random.default_rng(5)
+    shape = (4, 70000)
+    path = tmp_path / "bars"
+    cells = np.memmap(path, np.float64, "w+", shape=shape)
+    cells[:] = 100 + random.normal(0, 1, shape).cumsum(axis=1) / 10
+    cells.flush()
+    # Nobody can write there.
+    cells = np.memmap(path, np.float64, "r", shape=shape)
+    bars = change({"time": np.arange("2000-01-01", shape[1], dtype="M8[m]").astype("M8[s]"),
+                   **dict(zip(("close", "high", "low", "volume"), cells))})
+    wanted = script.run(bars, lines="all", keep=True)
+    events = script.events
+    found = script.run(bars, lines="all")
+    assert same_bits(found, wanted) and events.equals(script.events) and len(events) > 100
+    twice = script.run(bars, lines=["B", "A", "B"])
+    assert same_bits(twice, pd.concat([wanted["B"], wanted["A"], wanted["B"]], axis=1))
+    arrays = script.run(bars, out="numpy")
+    assert all(same_bits(arrays[name], wanted[name].to_numpy()) for name in script.lines)
+
+
 def test_a_notebook_shows_the_source_with_its_findings():
     text = quor.compile("A:MA(C,N),LINETHIK2;\nB:C<5;", N=5)._repr_html_()
     assert "LINETHIK" in text and "warning" in text and "wavy" in text
