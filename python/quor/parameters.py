@@ -26,7 +26,8 @@ def mapping_of(parameters: Any) -> Mapping[str, Any]:
     if parameters is None:
         return {}
     if not isinstance(parameters, Mapping):
-        raise ValueError(f"parameters are a mapping, such as {{'N': 5}}, and not {parameters!r:.80}")
+        raise ValueError("parameters are a mapping, such as {'N': 5}, and not "
+                         f"{parameters!r:.80}")
     return parameters
 
 

@@ -285,7 +285,7 @@ def test_few_bars(frame, bars):
     (lambda frame: {"close": [1.0], "volume": [1], "high": [1]}, "no column holds the times"),
     (lambda frame: frame["close"], r"not Series; make a frame of it: series.to_frame\("),
     (lambda frame: "bars.csv", "not str; quor.read_csv reads a file"),
-    (lambda frame: {**frame.reset_index(), "close": [10**400] * len(frame)}, "holds what is no num"),
+    (lambda frame: {**frame.reset_index(), "close": [10**400] * len(frame)}, "what is no number"),
     (lambda frame: {**frame.reset_index(), "close": ["1"] * len(frame)}, "holds text, such as '1'"),
     (lambda frame: {"time": frame.index, "close": [1.0], "volume": [1], "high": [1]},
      "column 'high' has 1 values for 120 bars"),
