@@ -292,6 +292,8 @@ def read_csv(
     ValueError
         With the line at which the file is wrong.
     """
+    if not isinstance(path, (str, os.PathLike)):
+        raise ValueError(f"a file of bars goes by its path, and not by {type(path).__name__}")
     seconds, values, doubts = Layout((), columns, duplicates).read_file(path)
     warn_of(notes_of_doubts(doubts))
     names = {need_of(id_).names[0]: column for id_, column in values.items()}
@@ -308,10 +310,17 @@ def _labels(frame: Any) -> tuple[Hashable, ...]:
     if labels is None:
         if not isinstance(frame, Mapping):
             raise TypeError("bars are a DataFrame or a mapping of arrays, and not "
-                            f"{type(frame).__name__}")
+                            f"{type(frame).__name__}{_way_from(frame)}")
         labels = frame.keys()
     names: Any = labels
     return tuple(names.tolist() if is_index(names) else names)
+
+
+def _way_from(other: Any) -> str:
+    """How what isn't bars becomes some."""
+    if isinstance(other, (str, os.PathLike)):
+        return "; quor.read_csv reads a file"
+    return '; make a frame of it: series.to_frame("close")' if is_series(other) else ""
 
 
 def _level(frame: Any, has_column: bool, is_named: bool) -> Any:
@@ -397,7 +406,7 @@ def numbers_of(values: Any, label: Hashable) -> Array:
     array = row_of(values, label)
     if array.dtype.kind in "fiub":
         return array
-    if array.dtype.kind != "O":
+    if array.dtype.kind not in "OUS":
         raise ValueError(f"column {label!r} holds {array.dtype}, and no numbers")
     for row, value in enumerate(array):
         if isinstance(value, (str, bytes)):
@@ -405,7 +414,7 @@ def numbers_of(values: Any, label: Hashable) -> Array:
     try:
         return np.array([np.nan if is_missing(value) else float(value) for value in array],
                         np.float64)
-    except (TypeError, ValueError) as error:
+    except (TypeError, ValueError, OverflowError) as error:
         raise ValueError(f"column {label!r} holds what is no number: {error}") from None
 
 
