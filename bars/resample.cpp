@@ -39,14 +39,23 @@ Join join_of(uint32_t field) {
   return [](double, double value) { return value; };
 }
 
+double joined(double result, double value, Join join) {
+  if (std::isnan(value)) return result;
+  return std::isnan(result) ? value : join(result, value);
+}
+
 double joined(std::span<const double> values, uint32_t field) {
   const Join join = join_of(field);
   double result = nan;
-  for (const double value : values) {
-    if (std::isnan(value)) continue;
-    result = std::isnan(result) ? value : join(result, value);
-  }
+  for (const double value : values) result = joined(result, value, join);
   return result;
+}
+
+/// The first bar of the period in which the one before `end` lies.
+size_t begin_of(const Bars& bars, uint32_t period, size_t end) {
+  const int64_t number = period_number(bars.keys[end - 1], period);
+  while (end > 0 && period_number(bars.keys[end - 1], period) == number) --end;
+  return end;
 }
 
 }  // namespace
@@ -69,26 +78,38 @@ Bars resampled(const Bars& bars, uint32_t period) {
 
 std::vector<double> last_finished(const Bars& bars, uint32_t field, uint32_t period, size_t first) {
   const std::vector<double>& values = bars.columns.at(field);
-  const auto begin_of = [&](size_t end) {
-    const int64_t number = period_number(bars.keys[end - 1], period);
-    while (end > 0 && period_number(bars.keys[end - 1], period) == number) --end;
-    return end;
-  };
   const auto value_before = [&](size_t begin) {
     if (begin == 0) return nan;
-    const size_t start = begin_of(begin);
+    const size_t start = begin_of(bars, period, begin);
     return joined(std::span(values).subspan(start, begin - start), field);
   };
   std::vector<double> finished;
   finished.reserve(bars.keys.size() - first);
   for (size_t row = first; row < bars.keys.size();) {
-    const double value = value_before(begin_of(row + 1));
+    const double value = value_before(begin_of(bars, period, row + 1));
     const int64_t number = period_number(bars.keys[row], period);
     for (; row < bars.keys.size() && period_number(bars.keys[row], period) == number; ++row) {
       finished.push_back(value);
     }
   }
   return finished;
+}
+
+std::vector<double> under_way(const Bars& bars, uint32_t field, uint32_t period, size_t first) {
+  const std::vector<double>& values = bars.columns.at(field);
+  const Join join = join_of(field);
+  std::vector<double> made;
+  if (first >= bars.keys.size()) return made;
+  made.reserve(bars.keys.size() - first);
+  double value = nan;
+  int64_t number = 0;
+  for (size_t row = begin_of(bars, period, first + 1); row < bars.keys.size(); ++row) {
+    const int64_t own = period_number(bars.keys[row], period);
+    value = joined(own == number ? value : nan, values[row], join);
+    number = own;
+    if (row >= first) made.push_back(value);
+  }
+  return made;
 }
 
 }  // namespace quor_bars

@@ -22,4 +22,7 @@ Bars resampled(const Bars& bars, uint32_t period);
 /// there is one. None of it changes as bars come. The keys must ascend and the field be there.
 std::vector<double> last_finished(const Bars& bars, uint32_t field, uint32_t period, size_t first);
 
+/// The same of the longer bar that each bar lies in, as far as it has come with that bar.
+std::vector<double> under_way(const Bars& bars, uint32_t field, uint32_t period, size_t first);
+
 }  // namespace quor_bars

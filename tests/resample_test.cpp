@@ -103,6 +103,19 @@ TEST(Resample, ShowsWhatIsOver) {
   EXPECT_EQ(over(quor_bars::field_low, 0x7000, 0), "- - - - - - - ");
 }
 
+TEST(Resample, ShowsWhatIsUnderWay) {
+  const Bars bars = quarter_hours();
+  const uint32_t day = quor_bars::period_of_a_day;
+  const auto so_far = [&](uint32_t field, uint32_t period, size_t first) {
+    return text_of(quor_bars::under_way(bars, field, period, first));
+  };
+  EXPECT_EQ(so_far(quor_bars::field_open, day, 0), "- 2 3 3 3 3 7 ");
+  EXPECT_EQ(so_far(quor_bars::field_close, day, 0), "9 8 7 6 5 5 4 ");
+  EXPECT_EQ(so_far(quor_bars::field_volume, day, 4), "70 70 60 ");
+  EXPECT_EQ(so_far(quor_bars::field_high, 0x303C, 1), "11 13 13 15 15 17 ");
+  EXPECT_EQ(so_far(quor_bars::field_low, 0x7000, 7), "");
+}
+
 TEST(Resample, KnowsWhichPeriodIsLonger) {
   const char* const periods[] = {"5s",   "1min",  "7min",    "hour", "day",
                                  "week", "month", "quarter", "year"};

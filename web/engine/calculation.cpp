@@ -298,6 +298,11 @@ Json take_other(Desk& desk, Security security) {
   return recalculate(desk);
 }
 
+Json take_forming(Desk& desk, bool takes_forming) {
+  desk.around.takes_forming = takes_forming;
+  return recalculate(desk);
+}
+
 void take_overlay(Desk& desk, std::optional<Security> security) {
   if (security && !security->bars.columns.contains(field_close)) {
     throw Refusal(400, "there is no close among these bars");

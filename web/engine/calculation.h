@@ -25,6 +25,8 @@ Json take_script(Desk& desk, Task task);
 /// null without one.
 Json take_subject(Desk& desk, quor::engine::Subject subject);
 Json take_other(Desk& desk, Security security);
+/// Whether scripts read longer periods as they form; the same answer.
+Json take_forming(Desk& desk, bool takes_forming);
 /// Lays the close of another security over the bars; nothing without one.
 void take_overlay(Desk& desk, std::optional<Security> security);
 /// For other bars: the last task again and, if that has an error by now, the script that was seen,

@@ -49,6 +49,10 @@ std::string subject(Desk& desk, const Json& call, std::string_view /*body*/) {
   return json_text(take_subject(desk, subject_of(call)));
 }
 
+std::string forming(Desk& desk, const Json& call, std::string_view /*body*/) {
+  return json_text(take_forming(desk, flag_of(call, "on")));
+}
+
 std::string other(Desk& desk, const Json& call, std::string_view body) {
   return json_text(take_other(desk, read_security(text_of(call, "name"), body, "")));
 }
@@ -150,6 +154,7 @@ constexpr Row rows[] = {
     {"more", more},
     {"script", script},
     {"subject", subject},
+    {"forming", forming},
     {"other", other},
     {"overlay", overlay},
     {"view", view},

@@ -80,7 +80,8 @@ std::optional<std::vector<double>> values_for(const Surroundings& around,
                                               const Bars& bars, uint32_t period, size_t first) {
   const uint32_t field = OtherField(reference).field;
   if (const uint32_t longer = period_for(reference, bars, period); longer != 0) {
-    return quor_bars::last_finished(bars, field, longer, first);
+    const auto make = around.takes_forming ? quor_bars::under_way : quor_bars::last_finished;
+    return make(bars, field, longer, first);
   }
   const Other* const other = other_for(around, reference);
   if (other == nullptr) return std::nullopt;

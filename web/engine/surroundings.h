@@ -25,6 +25,8 @@ struct Surroundings {
   quor::engine::Subject subject;
   /// By their names in capitals.
   std::map<std::string, Other> others;
+  /// Of longer periods scripts read the bar that is under way, as far as it has come.
+  bool takes_forming = false;
 };
 
 /// What the page tells of the security. Throws Refusal.
@@ -40,7 +42,8 @@ struct OtherField {
 
 /// What serves a reference of a script over some bars of a period, at the bars from `first` on:
 /// another security's bars of the same keys, NaN where it has none, or the last longer period that
-/// is over, made of the bars themselves. Nothing where there is no such data.
+/// is over, or the one that is under way, made of the bars themselves. Nothing where there is no
+/// such data.
 std::optional<std::vector<double>> values_for(const Surroundings& around,
                                               const quor::engine::Reference& reference,
                                               const Bars& bars, uint32_t period, size_t first);

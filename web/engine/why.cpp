@@ -224,7 +224,9 @@ class Inquiry {
     const size_t mark = reference.find('$');
     if (begin == std::string_view::npos || mark == std::string_view::npos) return ".";
     if (reference.find('$', mark + 1) != std::string_view::npos) {
-      return ": the bars make no such period, or none of it is over by this one.";
+      return desk_.around.takes_forming
+                 ? ": the bars make no such period, or have not had this field in it so far."
+                 : ": the bars make no such period, or none of it is over by this one.";
     }
     const std::string other = quor_advice::to_upper(reference.substr(begin, mark - begin));
     return desk_.around.others.contains(other)

@@ -1,6 +1,6 @@
 // What is being written survives: that the page is loaded again, that its tab is closed, and a crash.
 // Each tab keeps a draft of its own; what isn't saved in those of tabs that are no more is offered.
-import { isNumbers } from './link.ts';
+import { isSetting, type Setting } from './link.ts';
 
 /** A script, and what of it is saved. */
 export interface Kept {
@@ -10,14 +10,10 @@ export interface Kept {
   text: string;
 }
 
-export interface Draft {
+export interface Draft extends Setting {
   /** Those that are open, in their order. */
   scripts: Kept[];
   current: string;
-  /** Values by the name of the parameter. */
-  parameters: Record<string, number>;
-  /** The security whose bars were shown. */
-  security?: string;
   /** The link in the address bar, of which the scripts have been made. */
   link: string;
 }
@@ -135,13 +131,12 @@ function isListOfKept(value: unknown): value is Kept[] {
 
 function isDraft(value: unknown): value is Draft {
   if (typeof value !== 'object' || value === null) return false;
-  const { scripts, current, parameters, security, link } = value as Record<string, unknown>;
+  const { scripts, current, link } = value as Record<string, unknown>;
   return (
     isListOfKept(scripts) &&
     typeof current === 'string' &&
-    isNumbers(parameters) &&
-    ['string', 'undefined'].includes(typeof security) &&
-    typeof link === 'string'
+    typeof link === 'string' &&
+    isSetting(value)
   );
 }
 

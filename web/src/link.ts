@@ -8,6 +8,8 @@ export interface Shared {
   parameters: Record<string, number>;
   /** The security whose bars were shown. */
   security?: string;
+  /** Of longer periods the script reads the bar under way. */
+  forming?: boolean;
 }
 
 const mark = 's=';
@@ -49,7 +51,7 @@ export async function toFragment(shared: Shared): Promise<string> {
   return `#${mark}${toBase64Url(await throughStream(bytes, new CompressionStream('deflate')))}`;
 }
 
-export function isNumbers(value: unknown): value is Record<string, number> {
+function isNumbers(value: unknown): value is Record<string, number> {
   return (
     typeof value === 'object' &&
     value !== null &&
@@ -57,14 +59,21 @@ export function isNumbers(value: unknown): value is Record<string, number> {
   );
 }
 
+/** What goes with a script. */
+export type Setting = Omit<Shared, 'script'>;
+
+export function isSetting(value: object): value is Setting {
+  const { parameters, security, forming } = value as Record<string, unknown>;
+  return (
+    isNumbers(parameters) &&
+    ['string', 'undefined'].includes(typeof security) &&
+    ['boolean', 'undefined'].includes(typeof forming)
+  );
+}
+
 function isShared(value: unknown): value is Shared {
   if (typeof value !== 'object' || value === null) return false;
-  const { script, parameters, security } = value as Record<string, unknown>;
-  return (
-    typeof script === 'string' &&
-    isNumbers(parameters) &&
-    ['string', 'undefined'].includes(typeof security)
-  );
+  return typeof (value as Shared).script === 'string' && isSetting(value);
 }
 
 /** None for a fragment that isn't such a link, or a broken one. */

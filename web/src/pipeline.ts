@@ -13,7 +13,6 @@ import { type Loaded, Loader } from './chart/loader.ts';
 import { type ShapeRecord, standsAtBars } from './chart/records.ts';
 import { Sheet } from './chart/sheet.ts';
 import { Theme } from './chart/theme.ts';
-import { byId } from './dom.ts';
 import type { Session } from './engine/session.ts';
 
 /** Digits of a value that is told alone. */
@@ -23,7 +22,7 @@ export interface PipelineEvents {
   /** What to calculate. */
   take: () => { script: string; parameters: Parameter[] };
   answered: (answer: ScriptAnswer) => void;
-  pointed: (row: number) => void;
+  pointed: (row: number | undefined, isBrought: boolean) => void;
   clicked: (row: number) => void;
   fail: (error: unknown) => void;
 }
@@ -37,7 +36,6 @@ const hasGrown = (before: BarsAnswer, now: BarsAnswer): boolean =>
 
 export class Pipeline {
   readonly chart: Chart;
-  private readonly root = byId('chart', HTMLElement);
   private readonly loader: Loader;
   private readonly calculation: Calculation;
   private bars: BarsAnswer | undefined;
@@ -48,6 +46,7 @@ export class Pipeline {
     private readonly session: Session,
     private readonly language: Language,
     private themeName: ThemeName,
+    private readonly root: HTMLElement,
     private readonly events: PipelineEvents,
   ) {
     this.chart = new Chart(this.root, {
@@ -74,6 +73,12 @@ export class Pipeline {
     return this.drawn;
   }
 
+  /** For good. */
+  close(): void {
+    this.chart.close();
+    this.root.remove();
+  }
+
   want(): void {
     this.calculation.want();
   }
@@ -92,8 +97,8 @@ export class Pipeline {
     return this.events.answered(bars.script);
   }
 
-  take(answer: ScriptAnswer): void {
-    if (answer.records) this.takeDrawn(answer as Drawn);
+  take(answer: ScriptAnswer | null): void {
+    if (answer?.records) this.takeDrawn(answer as Drawn);
   }
 
   /** Another step of play; resolves when it is drawn. */

@@ -4,7 +4,7 @@ import type { Sample, Start } from './api/types.ts';
 import { byId } from './dom.ts';
 import type { Draft, Drafts } from './draft.ts';
 import type { Editor } from './editor/editor.ts';
-import { fromFragment, type Shared, toFragment } from './link.ts';
+import { fromFragment, type Setting, type Shared, toFragment } from './link.ts';
 import { Library } from './panels/library.ts';
 import { Offer } from './panels/offer.ts';
 import type { Writable } from './panels/save.ts';
@@ -12,9 +12,6 @@ import { ScriptTabs } from './panels/script_tabs.ts';
 import { folderId, otherId, plain, Scripts } from './scripts.ts';
 import type { Shelf } from './shelf.ts';
 import type { Versions } from './versions.ts';
-
-/** What goes with the scripts into a link or a draft. */
-export type Setting = Omit<Shared, 'script'>;
 
 export interface WritingEvents {
   /** As things stand. */

@@ -3,7 +3,8 @@ import { element, setText } from '../dom.ts';
 import type { Sight } from './frame.ts';
 import { followGestures } from './gestures.ts';
 import { Heights } from './heights.ts';
-import { ChartPane, type PaneEvents, timeAxisHeight } from './pane.ts';
+import { followKeys } from './keys.ts';
+import { ChartPane, type PaneEvents, type PanePlace, timeAxisHeight } from './pane.ts';
 import { groupedText } from './numbers.ts';
 import { pictureOf } from './picture.ts';
 import type { ScaleName } from './scale.ts';
@@ -25,13 +26,16 @@ export interface ChartEvents {
   drawn: (sheet: Sheet) => void;
   /** Values of columns at a row of which several share a slot. */
   values: (row: number) => Promise<ReadonlyMap<number, number> | undefined>;
-  /** The crosshair is at a row. */
-  pointed: (row: number) => void;
+  /** The crosshair is at a row, or away; by a step it is brought there. */
+  pointed: (row: number | undefined, isBrought: boolean) => void;
   /** A row was clicked. */
   clicked: (row: number) => void;
 }
 
+let charts = 0;
+
 export class Chart {
+  private readonly name = `chart ${++charts}`;
   private readonly panesRoot = element('div', { class: 'panes' });
   private readonly caption = element('div', { class: 'caption' });
   private readonly spoken = element('p', { class: 'spoken', 'aria-live': 'polite' });
@@ -41,6 +45,8 @@ export class Chart {
   private sight: Sight = { from: 0, to: usualBars };
   /** The row of the crosshair. */
   private row: number | undefined;
+  /** The row whose values are held. */
+  private held: number | undefined;
   private exact: { row: number; values: ReadonlyMap<number, number> } | undefined;
   private title = '';
   private isToBeTold = false;
@@ -64,7 +70,22 @@ export class Chart {
           this.events.clicked(this.rowAt(this.placeAt(left)));
       },
     });
-    root.addEventListener('keydown', (event) => this.followKey(event));
+    followKeys(root, {
+      step: (slots) => this.stepCrosshair(slots * (this.sheet?.view.step ?? 1)),
+      zoom: (factor) => this.zoom(factor),
+      stretch: (factor) => this.stretch(factor),
+      pan: (share) => this.pan(share),
+      first: () => this.showRow(0),
+      newest: () => this.showRow(this.rows - 1),
+      showAll: () => this.showAll(),
+      leave: () => this.moveCrosshair(undefined),
+    });
+  }
+
+  close(): void {
+    for (const pane of this.panes) pane.destroy();
+    this.panes = [];
+    this.sheet = undefined;
   }
 
   /** What the chart needs values for: the sight and the width of its plot in pixels. */
@@ -116,6 +137,24 @@ export class Chart {
 
   showAll(): void {
     this.setSight(newest(this.rows, this.rows));
+  }
+
+  /** The crosshair of another chart is at the time of a row, or away. */
+  follow(row: number | undefined, isBrought: boolean): void {
+    if (row !== undefined && isBrought) this.setSight(showing(this.sight, row, this.rows));
+    this.takeRow(row);
+    this.showCrosshair();
+  }
+
+  /** Of a row, or of the first one that shares its slot, if it is loaded. */
+  keyOf(row: number): number | undefined {
+    return this.sheet?.keyOf(row);
+  }
+
+  /** Marks the row whose values are held, or none. */
+  setHeld(row: number | undefined): void {
+    this.held = row;
+    this.showHeld();
   }
 
   /** Has a row in sight, under the crosshair. */
@@ -174,9 +213,13 @@ export class Chart {
     for (const pane of this.panes) pane.destroy();
     const { panes } = sheet.drawn;
     this.panes = panes.map(
-      (spec, i) => new ChartPane(sheet, spec, i === 0, i === panes.length - 1, this.eventsOf(i)),
+      (spec, i) => new ChartPane(sheet, spec, this.placeOf(i, panes.length), this.eventsOf(i)),
     );
     this.panesRoot.replaceChildren(...this.panes.map(({ root }) => root));
+  }
+
+  private placeOf(index: number, count: number): PanePlace {
+    return { isFirst: index === 0, isLast: index === count - 1, chart: this.name };
   }
 
   private eventsOf(index: number): PaneEvents {
@@ -222,26 +265,42 @@ export class Chart {
     if (!sheet) return;
     this.showLegends();
     for (const pane of this.panes) pane.draw(sheet, this.sight, this.scaleName);
-    if (this.row !== undefined) for (const pane of this.panes) pane.setCrosshair(this.row + 0.5);
+    if (this.row !== undefined) this.showCrosshair();
+    this.showHeld();
   }
 
   private followPointer(place: number | undefined): void {
     if (!this.sheet || this.sheet.view.count === 0) return;
     const row = place === undefined ? undefined : this.rowAt(place);
-    if (row !== this.row) this.pointAt(row);
+    if (row !== this.row) this.pointAt(row, false);
   }
 
   /** Has the crosshair at a row, or away, and tells its values as soon as they are there. */
   private moveCrosshair(row: number | undefined): void {
-    this.pointAt(row);
-    for (const pane of this.panes) pane.setCrosshair(row === undefined ? undefined : row + 0.5);
+    this.pointAt(row, true);
+    this.showCrosshair();
     this.isToBeTold = row !== undefined;
     this.tellIfWanted();
   }
 
-  private pointAt(row: number | undefined): void {
+  private showHeld(): void {
+    const place = this.held === undefined ? undefined : this.held + 0.5;
+    const text = this.held === undefined ? '' : (this.sheet?.timeText(this.held) ?? '');
+    for (const pane of this.panes) pane.setHeld(place, text);
+  }
+
+  private showCrosshair(): void {
+    const place = this.row === undefined ? undefined : this.row + 0.5;
+    for (const pane of this.panes) pane.setCrosshair(place);
+  }
+
+  private pointAt(row: number | undefined, isBrought: boolean): void {
+    this.takeRow(row);
+    this.events.pointed(row, isBrought);
+  }
+
+  private takeRow(row: number | undefined): void {
     this.row = row;
-    if (row !== undefined) this.events.pointed(row);
     this.showLegends();
     if (row !== undefined && this.sheet && this.sheet.view.step > 1) void this.askForValues(row);
   }
@@ -310,35 +369,14 @@ export class Chart {
     return [this.priceText(), ...values].join(', ');
   }
 
-  private followKey(event: KeyboardEvent): void {
-    if (event.ctrlKey || event.metaKey || event.altKey || !this.sheet) return;
-    const span = this.sight.to - this.sight.from;
-    const step = this.sheet.view.step * (event.shiftKey ? 10 : 1);
-    const move = (by: number) => this.stepCrosshair(by);
-    const acts: Readonly<Record<string, () => void>> = {
-      ArrowLeft: () => move(-step),
-      ArrowRight: () => move(step),
-      ArrowUp: () => (event.shiftKey ? this.stretch(1.25) : this.zoom(1 / 1.25)),
-      ArrowDown: () => (event.shiftKey ? this.stretch(1 / 1.25) : this.zoom(1.25)),
-      '+': () => this.zoom(1 / 1.25),
-      '=': () => this.zoom(1 / 1.25),
-      '-': () => this.zoom(1.25),
-      PageUp: () => this.setSight(panned(this.sight, -0.8 * span, this.rows)),
-      PageDown: () => this.setSight(panned(this.sight, 0.8 * span, this.rows)),
-      Home: () => this.showRow(0),
-      End: () => this.showRow(this.rows - 1),
-      '0': () => this.showAll(),
-      Escape: () => this.moveCrosshair(undefined),
-    };
-    if (!Object.hasOwn(acts, event.key)) return;
-    event.preventDefault();
-    acts[event.key]();
-  }
-
   /** The prices, up and down. */
   private stretch(factor: number): void {
     this.panes[0]?.stretchBy(factor);
     this.askForFrame();
+  }
+
+  private pan(share: number): void {
+    this.setSight(panned(this.sight, share * (this.sight.to - this.sight.from), this.rows));
   }
 
   private stepCrosshair(by: number): void {

@@ -31,6 +31,13 @@ import {
 export const timeAxisHeight = 26;
 const axisFont = `11px ${fontFamily}`;
 
+export interface PanePlace {
+  isFirst: boolean;
+  isLast: boolean;
+  /** The panes of a chart share their crosshair. */
+  chart: string;
+}
+
 export interface PaneEvents {
   /** The pointer is at a place of the time axis, or has left. */
   point: (place: number | undefined) => void;
@@ -44,6 +51,8 @@ export class ChartPane {
   readonly legend = new Legend();
   private readonly plot: uPlot;
   private readonly cursorTag = element('div', { class: 'cursor-tag', 'aria-hidden': 'true' });
+  /** At the bar that is held. */
+  private readonly heldMark = element('div', { class: 'held', hidden: true });
   private border: HTMLElement | undefined;
   private records: readonly ShapeRecord[] = [];
   private overlay: ShapeRecord | undefined;
@@ -59,8 +68,7 @@ export class ChartPane {
   constructor(
     private sheet: Sheet,
     public spec: PaneSpec,
-    private readonly isFirst: boolean,
-    private readonly isLast: boolean,
+    private readonly place: PanePlace,
     events: PaneEvents,
   ) {
     this.take(sheet, spec);
@@ -71,8 +79,9 @@ export class ChartPane {
       events.stretched();
     });
     grip.style.width = `${valueAxisWidth}px`;
+    this.plot.over.append(this.heldMark);
     this.root.append(this.legend.root, this.cursorTag, grip);
-    if (!this.isLast) this.root.append((this.border = borderGrip(events.border)));
+    if (!this.place.isLast) this.root.append((this.border = borderGrip(events.border)));
   }
 
   /** Other records take the place of those before. */
@@ -82,7 +91,7 @@ export class ChartPane {
     this.spec = spec;
     this.records = spec.records.map((index) => records[index]);
     this.levels = new Map(spec.levels.map(({ record, value }) => [records[record], value]));
-    this.overlay = this.isFirst ? sheet.overlay : undefined;
+    this.overlay = this.place.isFirst ? sheet.overlay : undefined;
     this.legend.take(this.overlay ? [...this.records, this.overlay] : this.records);
   }
 
@@ -110,7 +119,7 @@ export class ChartPane {
   draw(sheet: Sheet, sight: Sight, scaleName: ScaleName): void {
     this.sheet = sheet;
     this.sight = sight;
-    this.takeAxis(this.isFirst ? scaleName : 'linear');
+    this.takeAxis(this.place.isFirst ? scaleName : 'linear');
     this.plot.batch(() => {
       this.plot.setData(this.ends(), false);
       this.plot.setScale('x', { min: sight.from, max: sight.to });
@@ -137,6 +146,15 @@ export class ChartPane {
       false,
     );
     this.showLevel(this.plot);
+  }
+
+  /** Marks a place on the time axis, with a text below the last pane; none without a place. */
+  setHeld(place: number | undefined, text: string): void {
+    const isSeen = place !== undefined && place >= this.sight.from && place <= this.sight.to;
+    this.heldMark.hidden = !isSeen;
+    if (!isSeen) return;
+    this.heldMark.style.left = `${this.plot.valToPos(place, 'x')}px`;
+    this.heldMark.dataset.text = this.place.isLast ? text : '';
   }
 
   /** What the legend shows of the values at a bar. */
@@ -194,13 +212,13 @@ export class ChartPane {
       cursor: {
         drag: { x: false, y: false, setScale: false },
         points: { show: false },
-        sync: { key: 'panes', scales: ['x', null], setSeries: false },
+        sync: { key: this.place.chart, scales: ['x', null], setSeries: false },
         move: (_plot, left, top) => [this.snapped(left), top],
       },
       axes: [
         {
           ...axis,
-          size: this.isLast ? timeAxisHeight : 0,
+          size: this.place.isLast ? timeAxisHeight : 0,
           splits: () => [],
         },
         {
@@ -240,7 +258,7 @@ export class ChartPane {
     const height = this.plotHeight();
     const texts = tickTexts(ticks, scale, axis, height, this.tags(), sheet.measures.halfTag);
     const margin = ((axis.high - axis.low) / height) * 7;
-    const lowest = this.isLast ? axis.low : axis.low + margin;
+    const lowest = this.place.isLast ? axis.low : axis.low + margin;
     const isWhole = (place: number) => place >= lowest && place <= axis.high - margin;
     return ticks.map(({ value }, i) => (isWhole(scale.place(value)) ? texts[i] : ''));
   }
@@ -248,7 +266,7 @@ export class ChartPane {
   private tags(): Tag[] {
     const { low, high } = this.axis;
     const all = levelTags(this.levels, this.sheet, this.scale, this.spec.digits);
-    if (this.isFirst) all.push(...closeTag(this.sheet, this.scale));
+    if (this.place.isFirst) all.push(...closeTag(this.sheet, this.scale));
     return all.filter(({ value }) => {
       const place = this.scale.place(value);
       return place >= low && place <= high;
@@ -273,7 +291,7 @@ export class ChartPane {
     const { left = -10, top = -10 } = plot.cursor;
     this.cursorTag.hidden = left < 0 || top < 0;
     if (this.cursorTag.hidden) return;
-    const digits = Math.max(this.spec.digits, this.isFirst ? this.sheet.decimals : 0);
+    const digits = Math.max(this.spec.digits, this.place.isFirst ? this.sheet.decimals : 0);
     const value = this.scale.value(plot.posToVal(top, 'y'));
     this.cursorTag.textContent = this.scale.text(value, Math.min(digits, 8));
     this.cursorTag.style.top = `${top}px`;
@@ -307,8 +325,8 @@ export class ChartPane {
       drawPolyline(frameOf(multiplied(this.scale, this.overlayFactor)), this.overlay);
     ctx.restore();
     for (const tag of this.tags()) paintTag(frame, tag);
-    if (this.isLast) paintTimeTexts(frame, marks);
-    if (!this.isLast)
+    if (this.place.isLast) paintTimeTexts(frame, marks);
+    if (!this.place.isLast)
       frame.fill(
         { ...box, right: box.right + valueAxisWidth, top: box.bottom - 1 },
         theme.palette.mark,

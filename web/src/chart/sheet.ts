@@ -72,9 +72,14 @@ export class Sheet {
 
   /** The date and time of a row that is loaded. */
   timeText(row: number): string {
+    const key = this.keyOf(row);
+    return key === undefined ? '' : keyText(key, this.intraday);
+  }
+
+  /** Of the slot of a row that is loaded. */
+  keyOf(row: number): number | undefined {
     const slot = Math.floor((row - this.view.from) / this.view.step);
-    const { keys, count } = this.view;
-    return slot >= 0 && slot < count ? keyText(keys[slot], this.intraday) : '';
+    return slot >= 0 && slot < this.view.count ? this.view.keys[slot] : undefined;
   }
 
   /** From the close before to that of a row; none while bars share slots. */

@@ -17,6 +17,8 @@ export class Ended extends Error {
   }
 }
 
+const closed = () => new Refusal('the engine was closed', 0);
+
 interface Waiting {
   resolve: (answer: Uint8Array<ArrayBuffer>) => void;
   reject: (error: Error) => void;
@@ -28,6 +30,7 @@ export class Line {
   private worker: WorkerLike;
   private readonly waiting = new Map<number, Waiting>();
   private newest = 0;
+  private isClosed = false;
 
   constructor(
     private readonly compiled: WebAssembly.Module,
@@ -44,6 +47,7 @@ export class Line {
   }
 
   ask(call: object, body?: Uint8Array): Promise<Uint8Array<ArrayBuffer>> {
+    if (this.isClosed) return Promise.reject(closed());
     const id = ++this.newest;
     return new Promise((resolve, reject) => {
       this.waiting.set(id, { resolve, reject });
@@ -57,6 +61,13 @@ export class Line {
     this.worker.terminate();
     this.worker = this.begin();
     this.fail(reason);
+  }
+
+  /** For good: nothing will be at the desk again. */
+  close(): void {
+    this.isClosed = true;
+    this.worker.terminate();
+    this.fail(closed());
   }
 
   private begin(): WorkerLike {

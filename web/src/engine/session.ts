@@ -35,6 +35,19 @@ interface Task {
   parameters: Parameter[];
 }
 
+/** What a desk was told of: a new worker has to be told it again. */
+export interface Told {
+  bars: BarsText | undefined;
+  /** The last one that is sound. */
+  task: Task | undefined;
+  subject: Subject;
+  takesForming: boolean;
+  overlay: BarsText | undefined;
+  others: readonly BarsText[];
+  /** Of the bars, as the user says. */
+  period: string | undefined;
+}
+
 const decoder = new TextDecoder();
 
 /** Answers come in the order of the calls, so the last one tells how things stand at the desk. */
@@ -44,10 +57,11 @@ export class Session {
   private isLayingOut = false;
   /** The call that a newer one ends. */
   private doomed: number | undefined;
-  /** What a new worker has to be told. */
+  private answered: BarsAnswer | undefined;
   private bars: BarsText | undefined;
   private sound: Task | undefined;
   private knownSubject: Subject = {};
+  private takesForming = false;
   private overlay: BarsText | undefined;
   private readonly others = new Map<string, BarsText>();
 
@@ -60,6 +74,17 @@ export class Session {
     private readonly restored: (bars: BarsAnswer) => void,
   ) {
     this.line = new Line(compiled, makeWorker, (isBusy) => busy(isBusy, this.isLayingOut));
+  }
+
+  get told(): Told {
+    const { bars, sound: task, knownSubject: subject, takesForming, overlay, others } = this;
+    const all = [...others.values()];
+    return { bars, task, subject, takesForming, overlay, others: all, period: bars?.period };
+  }
+
+  /** What the bars are. */
+  get seen(): BarsAnswer | undefined {
+    return this.answered;
   }
 
   /** A question would have to wait. */
@@ -82,6 +107,11 @@ export class Session {
     this.end(new Ended(true));
   }
 
+  /** For good. */
+  close(): void {
+    this.line.close();
+  }
+
   /** A call would be answered as soon as it is calculated. */
   async laidOut(): Promise<void> {
     await this.ready;
@@ -94,6 +124,7 @@ export class Session {
   async takeBars(bars: BarsText): Promise<BarsAnswer> {
     const answer = await this.post(bars);
     this.bars = bars;
+    this.answered = answer;
     return answer;
   }
 
@@ -107,6 +138,7 @@ export class Session {
     try {
       const answer = await this.postNow<BarsAnswer>({ name: bars.name, content }, 'more');
       this.bars = bars;
+      this.answered = answer;
       return answer;
     } catch (error) {
       const isOther = error instanceof Refusal && error.status === 409;
@@ -120,6 +152,12 @@ export class Session {
     const answer = await this.get<ScriptAnswer | null>({ call: 'subject', ...subject });
     this.knownSubject = subject;
     return answer;
+  }
+
+  /** Whether scripts read longer periods as they form. Gives the script anew, too. */
+  async forming(on: boolean): Promise<ScriptAnswer | null> {
+    this.takesForming = on;
+    return this.get<ScriptAnswer | null>({ call: 'forming', on });
   }
 
   /** Bars of another security, for scripts that read them. */
@@ -205,6 +243,7 @@ export class Session {
   private async layOut(): Promise<void> {
     try {
       await this.line.ask({ call: 'subject', ...this.knownSubject });
+      await this.line.ask({ call: 'forming', on: this.takesForming });
       for (const other of this.others.values()) await this.postNow(other, 'other');
       if (this.overlay) await this.postNow(this.overlay, 'overlay');
       if (this.sound) await this.line.ask({ call: 'script', ...this.sound });

@@ -7,16 +7,21 @@ const patience = 200;
 export class Busy {
   private readonly root = byId('busy', HTMLElement);
   private readonly chart = byId('chart', HTMLElement);
+  /** Engines that calculate, and whether by a wish of the user. */
+  private readonly working = new Map<object, boolean>();
   private timer: ReturnType<typeof setTimeout> | undefined;
 
   constructor(stop: () => void) {
     byId('stop', HTMLButtonElement).addEventListener('click', stop);
   }
 
-  set(isBusy: boolean, isLayingOut: boolean): void {
+  set(engine: object, isBusy: boolean, isLayingOut: boolean): void {
+    if (isBusy) this.working.set(engine, !isLayingOut);
+    else this.working.delete(engine);
     clearTimeout(this.timer);
-    this.chart.setAttribute('aria-busy', String(isBusy));
-    if (isBusy && !isLayingOut) this.timer = setTimeout(() => (this.root.hidden = false), patience);
+    this.chart.setAttribute('aria-busy', String(this.working.size > 0));
+    if ([...this.working.values()].some(Boolean))
+      this.timer = setTimeout(() => (this.root.hidden = false), patience);
     else this.root.hidden = true;
   }
 }

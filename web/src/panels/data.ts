@@ -4,6 +4,8 @@ import type { Drawn, Subject } from '../engine/types.ts';
 
 export interface DataEvents {
   changed: (subject: Subject) => void;
+  /** Of longer periods the bar under way is shown, or the last finished one. */
+  forming: (on: boolean) => void;
   /** Bars of another security, from a file. */
   take: (name: string, file: File) => void;
 }
@@ -30,6 +32,7 @@ export class Data {
     'aria-label': 'Trading calendar',
     spellcheck: 'false',
   });
+  private readonly forming = element('input', { type: 'checkbox', id: 'forming' });
   private readonly inputs = new Map<keyof Subject, HTMLInputElement>();
 
   constructor(
@@ -43,7 +46,28 @@ export class Data {
       event.preventDefault();
       this.events.changed(this.subject);
     });
-    root.append(this.needs, this.form);
+    this.forming.addEventListener('change', () => this.events.forming(this.forming.checked));
+    root.append(this.needs, this.formingLabel, this.form);
+  }
+
+  get isForming(): boolean {
+    return this.forming.checked;
+  }
+
+  setForming(on: boolean): void {
+    this.forming.checked = on;
+  }
+
+  private get formingLabel(): HTMLElement {
+    return element(
+      'label',
+      {
+        title:
+          'Each bar shows the longer one that it lies in, as far as that has come, whose end it can’t know yet; by default the last finished one',
+      },
+      this.forming,
+      'Of a longer period the bar under way',
+    );
   }
 
   show({ references, needs, missing }: Drawn): void {
@@ -89,7 +113,8 @@ export class Data {
 
   private referenceItem({ name, text, security, given }: Drawn['references'][number]): HTMLElement {
     if (!security) {
-      return itemOf(text, given, given ? 'the last one that is over' : 'no longer than the bars');
+      const shown = this.forming.checked ? 'the one under way' : 'the last finished one';
+      return itemOf(text, given, given ? shown : 'no longer than the bars');
     }
     if (given) return itemOf(text, true);
     const file = element('input', {

@@ -1,5 +1,5 @@
 // The findings of the script as a list, each leading to its place.
-import type { Finding } from '../engine/types.ts';
+import type { Finding, ScriptAnswer } from '../engine/types.ts';
 import { element, setText } from '../dom.ts';
 import { sentenceOf } from '../editor/editor.ts';
 import type { Mend } from '../editor/mending.ts';
@@ -10,11 +10,18 @@ export class Findings {
   private readonly list = element('ul', { class: 'finding-list' });
   private readonly head = element('p', { class: 'finding-head', role: 'status' });
 
+  private readonly times = element('span', { class: 'hint', id: 'times' });
+
   constructor(
     root: HTMLElement,
     private readonly goTo: (finding: Finding) => void,
   ) {
-    root.append(this.head, this.list);
+    root.append(element('div', { class: 'bar finding-bar' }, this.head, this.times), this.list);
+  }
+
+  /** How long it took; nothing for what has no values. */
+  showTimes(times: ScriptAnswer['times'] | undefined): void {
+    setText(this.times, times ? timesText(times) : '');
   }
 
   show(findings: readonly Finding[], isSound: boolean): void {
@@ -51,6 +58,9 @@ export class Findings {
     return element('li', {}, button);
   }
 }
+
+const timesText = ({ compile, calculate }: ScriptAnswer['times']): string =>
+  `compiled in ${compile.toFixed(1)} ms, calculated in ${calculate.toFixed(1)} ms`;
 
 function count(number: number, what: string): string {
   return number === 0 ? '' : `${number} ${what}${number === 1 ? '' : 's'}`;

@@ -20,6 +20,11 @@ export class PeriodMenu {
     return this.menu.value || undefined;
   }
 
+  /** An empty name has the bars say it; what is none is passed over. */
+  choose(name: string): void {
+    if ([...this.menu.options].some(({ value }) => value === name)) this.menu.value = name;
+  }
+
   show({ name, guessed }: BarsAnswer['period']): void {
     this.guess.text = guessed ? `Period: ${name}, as the bars say` : 'Period as the bars say';
   }

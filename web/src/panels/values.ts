@@ -43,6 +43,8 @@ export class Values {
   constructor(
     root: HTMLElement,
     private readonly session: Session,
+    /** A row is held, or none any more. */
+    private readonly marked: (row: number | undefined) => void,
     private readonly fail: (error: unknown) => void,
   ) {
     const said = element(
@@ -85,6 +87,7 @@ export class Values {
     if (row !== undefined && !this.isOpen) return;
     this.isHeld = row !== undefined;
     this.release.hidden = !this.isHeld;
+    this.marked(row);
     this.tellPlace();
     if (row === undefined) return;
     this.row = row;

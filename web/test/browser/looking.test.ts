@@ -152,12 +152,19 @@ test('all values stand in a table, and say why they are null', async () => {
   await desk.settled();
   const held = await desk.text('#values-place');
   assert.match(held, /, held$/);
+  const marks = await desk.page.$$eval('.held:not([hidden])', (all) =>
+    all.map((one) => ({ text: (one as HTMLElement).dataset.text, left: one.getBoundingClientRect().left })),
+  );
+  assert.equal(marks.length, (await desk.page.$$('.pane')).length);
+  assert.equal(marks.at(-1)!.text, held.slice(0, 10));
+  for (const { left } of marks) assert.ok(Math.abs(left - x - width / 2) < 5, `${left}`);
   assert.notEqual(held, before);
   assert.deepEqual(await desk.texts('.reason li'), [], 'they were of another bar');
   await desk.page.mouse.move(x + width / 4, y + 60);
   await desk.settled();
   assert.equal(await desk.text('#values-place'), held);
   await desk.page.click('#values-follow');
+  assert.equal(await desk.page.$('.held:not([hidden])'), null);
   await desk.page.mouse.move(x + width / 4, y + 60);
   await desk.settled();
   assert.doesNotMatch(await desk.text('#values-place'), /held/);

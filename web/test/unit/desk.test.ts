@@ -1,7 +1,9 @@
 // Scripts over bars, as the page has them calculated.
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
-import { readdirSync, readFileSync } from 'node:fs';
+import { mkdtempSync, readdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
 import { test } from 'node:test';
 import type { OverlayAnswer, ScriptAnswer } from '../../src/engine/types.ts';
 import type { Refusal } from '../../src/refusal.ts';
@@ -13,6 +15,13 @@ const samples = ['../samples', '../samples/cookbook'].flatMap((folder) =>
     .filter((name) => name.endsWith('.quor'))
     .map((name) => `${folder}/${name}`),
 );
+
+/** A folder that is gone when the tests end. */
+function makeFolder(): string {
+  const folder = mkdtempSync(join(tmpdir(), 'quor-desk-'));
+  process.on('exit', () => rmSync(folder, { recursive: true, force: true }));
+  return folder;
+}
 
 function refusal(work: () => unknown): Refusal {
   try {
@@ -287,6 +296,67 @@ test('longer periods are made of the bars, and show what is over', async () => {
     values,
     'live',
   );
+});
+
+/** Five days of four bars of an hour each, in which everything changes. */
+function hourBars(): string[] {
+  const made = ['date,open,high,low,close,volume'];
+  for (let i = 0; i < 20; ++i) {
+    const day = String(8 + Math.floor(i / 4)).padStart(2, '0');
+    const close = 100 + ((i * 37) % 23);
+    const prices = [close - (i % 3), close + (i % 5), close - 4 - (i % 2), close];
+    made.push(`2024-01-${day} ${10 + (i % 4)}:00,${prices.join()},${i + 1}`);
+  }
+  return made;
+}
+
+/** Each of them joined with those of its day before it. */
+function daysSoFar(): string[] {
+  const [head, ...rows] = hourBars();
+  let day: number[] = [];
+  const joined = rows.map((row, i) => {
+    const [date, ...texts] = row.split(',');
+    const [open, high, low, close, volume] = texts.map(Number);
+    if (i % 4 === 0) day = [open, high, low, close, volume];
+    else day = [day[0], Math.max(day[1], high), Math.min(day[2], low), close, day[4] + volume];
+    return [date, ...day].join();
+  });
+  return [head, ...joined];
+}
+
+test('longer periods as they form are those of the command line, and never of the future', async () => {
+  const script =
+    'O1:"DAY$1$OPEN";H1:"DAY$1$HIGH";L1:"DAY$1$LOW";C1:"DAY$1$CLOSE";V1:"DAY$1$VOL";M:MA(C1,3);';
+  const folder = makeFolder();
+  const write = (name: string, text: string): string => {
+    writeFileSync(join(folder, name), text);
+    return join(folder, name);
+  };
+  const hours = hourBars().join('\n') + '\n';
+  const [path, bars] = [write('x.quor', script), write('hours.csv', hours)];
+  const days = write('days.csv', daysSoFar().join('\n') + '\n');
+  const options = ['--csv', '-p', '1hour', '--reference', `DAY1=${days}`, '--forming'];
+  const printed = execFileSync(quor, ['run', path, bars, ...options], {
+    encoding: 'utf8',
+    stdio: ['ignore', 'pipe', 'ignore'],
+  });
+  const desk = await Desk.make(hours);
+  desk.script(script);
+  const finished = desk.csv();
+  assert.notEqual(finished, printed);
+  const answer = desk.json<ScriptAnswer>({ call: 'forming', on: true });
+  assert.ok(answer.sound && answer.references!.every(({ given }) => given));
+  assert.equal(desk.csv(), printed);
+  desk.play(3, 4);
+  desk.step({ bars: 17 });
+  assert.equal(desk.csv(), printed, 'live');
+  desk.stop();
+  desk.bars(hours.split('\n').slice(0, 12).join('\n'));
+  assert.equal(desk.csv().trimEnd(), printed.split('\n').slice(0, 12).join('\n'), 'of fewer bars');
+  desk.bars(hours);
+  desk.json({ call: 'forming', on: false });
+  assert.equal(desk.csv(), finished);
+  assert.equal(refusal(() => desk.text({ call: 'forming', on: 1 })).status, 400);
 });
 
 test('a longer period than that of the bars joins them, those of others too', async () => {

@@ -11,6 +11,7 @@ test('a link gives back the script and its parameters', async () => {
     script: "跌:C<O,NOTICE('<b>&');\n".repeat(500),
     parameters: { N: 2.5 },
     security: 'IF2403 主',
+    forming: true,
   };
   const fragment = await toFragment(shared);
   assert.match(fragment, /^#s=[\w-]+$/);
@@ -29,6 +30,7 @@ test('what is no link of ours is none', async () => {
     fragmentOf({ script: 5, parameters: {} }),
     fragmentOf({ script: 'C;', parameters: { N: 'x' } }),
     fragmentOf({ script: 'C;', parameters: {}, security: {} }),
+    fragmentOf({ script: 'C;', parameters: {}, forming: 'yes' }),
     fragmentOf({ script: ' '.repeat(5_000_000), parameters: {} }),
   ]) {
     assert.equal(await fromFragment(fragment), undefined, fragment.slice(0, 60));

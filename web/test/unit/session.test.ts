@@ -62,7 +62,8 @@ const bars = { name: 'made', content: new Blob([madeBars(100)]) };
 test('what was seen is at the desk again when a calculation was stopped', async () => {
   const { session, busy, restored } = makeSession();
   await session.takeBars(bars);
-  await session.script('A:MA(C,3);', []);
+  await session.forming(true);
+  await session.script('WEEK1:"WEEK$1$CLOSE";A:MA(C,3);', []);
   const before = await session.values(99);
   const stuck = session.script(slow, []);
   const behind = session.values(50);
@@ -76,7 +77,7 @@ test('what was seen is at the desk again when a calculation was stopped', async 
     FakeWorker.made.map(({ isEnded }) => isEnded),
     [true, false],
   );
-  assert.deepEqual(FakeWorker.made[1].calls, ['subject', 'script', 'bars', 'values']);
+  assert.deepEqual(FakeWorker.made[1].calls, ['subject', 'forming', 'script', 'bars', 'values']);
   assert.deepEqual(
     restored.map(({ name, rows }) => [name, rows]),
     [['made', 100]],
