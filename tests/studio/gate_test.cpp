@@ -169,8 +169,11 @@ TEST_F(GateTest, what_is_asked_for_by_the_version_of_the_page_is_kept_for_good) 
   const struct {
     const char* path;
     bool lasts;
-  } cases[] = {{"/studio.js?v=abc", true}, {"/studio.js?v=ab", false}, {"/studio.js?v=", false},
-               {"/studio.js", false},      {"/studio.js?v=%22", false}};
+  } cases[] = {{"/studio.js?v=abc", true},
+               {"/studio.js?v=ab", false},
+               {"/studio.js?v=", false},
+               {"/studio.js", false},
+               {"/studio.js?v=%22", false}};
   for (const auto& [path, lasts] : cases) {
     EXPECT_EQ(studio.get(path).headers.at("Cache-Control"),
               lasts ? "private, max-age=31536000, immutable" : "no-cache")

@@ -153,7 +153,10 @@ test('all values stand in a table, and say why they are null', async () => {
   const held = await desk.text('#values-place');
   assert.match(held, /, held$/);
   const marks = await desk.page.$$eval('.held:not([hidden])', (all) =>
-    all.map((one) => ({ text: (one as HTMLElement).dataset.text, left: one.getBoundingClientRect().left })),
+    all.map((one) => ({
+      text: (one as HTMLElement).dataset.text,
+      left: one.getBoundingClientRect().left,
+    })),
   );
   assert.equal(marks.length, (await desk.page.$$('.pane')).length);
   assert.equal(marks.at(-1)!.text, held.slice(0, 10));
