@@ -29,14 +29,16 @@ bool overlaps(Place a, Place b) { return a.begin < b.end && b.begin < a.end; }
 /// From offsets to lines and columns.
 class Placer {
  public:
-  explicit Placer(const Reading& reading) : reading_(reading), script_(reading.script) {}
+  explicit Placer(const Reading& reading)
+      : script_(reading.script), line_starts_(reading.line_starts) {}
 
   Finding finding(const Noted& noted) const {
     const Problem& problem = noted.problem;
     Finding finding{noted.severity, 0, 0, 0, noted.code, problem.sentence, problem.suggestion};
     const size_t begin = std::min(problem.place.begin, script_.size());
-    const size_t line = reading_.line_of(begin);
-    const size_t start = reading_.line_starts[line - 1];
+    const auto next = std::ranges::upper_bound(line_starts_, begin);
+    const size_t line = static_cast<size_t>(next - line_starts_.begin());
+    const size_t start = line_starts_[line - 1];
     const size_t line_end = std::min(script_.find_first_of("\r\n", begin), script_.size());
     const size_t end = std::clamp(problem.place.end, begin, line_end);
     finding.line = line;
@@ -46,8 +48,8 @@ class Placer {
   }
 
  private:
-  const Reading& reading_;
   std::string_view script_;
+  std::vector<size_t> line_starts_;
 };
 
 class Adviser {
@@ -61,6 +63,7 @@ class Adviser {
   }
 
   std::vector<Finding> run() {
+    const Placer placer(reading_);
     if (failure_.code != 0 && input_.compile) {
       note_all_errors();
     } else if (failure_.code != 0) {
@@ -69,7 +72,6 @@ class Adviser {
     }
     note_warnings();
     std::vector<Finding> findings;
-    const Reading original = read_script(input_.script, input_.parameters);
     std::ranges::stable_sort(noted_, {},
                              [](const Noted& noted) { return noted.problem.place.begin; });
     const bool contradicts = input_.run && contradicts_period(*input_.run, input_.period);
@@ -79,7 +81,6 @@ class Adviser {
            "there are several bars a day, but their period is said to be a day or longer",
            "name the period of the bars"});
     }
-    const Placer placer(original);
     for (const Noted& noted : noted_) findings.push_back(placer.finding(noted));
     return findings;
   }
@@ -87,7 +88,7 @@ class Adviser {
  private:
   /// What is left without the faulty statements is looked through like a sound script.
   void note_all_errors() {
-    AllErrors all = find_all_errors(input_, failure_);
+    AllErrors all = find_all_errors(input_, failure_, std::move(reading_));
     for (ToldError& error : all.errors) {
       noted_.push_back({Severity::error, error.code, std::move(error.problem)});
     }

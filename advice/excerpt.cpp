@@ -1,6 +1,8 @@
 #include "excerpt.h"
 
 #include <algorithm>
+#include <span>
+#include <string_view>
 #include <utility>
 
 #include "letters.h"
@@ -9,8 +11,8 @@
 namespace quor_advice {
 namespace {
 
-constexpr size_t least_statements = 16;  ///< of a stretch, as long as there are as many
-constexpr size_t shortest_script = 48;   ///< statements; a shorter one is soon compiled as it is
+constexpr size_t statements_at_once = 16;  ///< of a stretch, as long as there are as many
+constexpr size_t shortest_script = 48;     ///< statements; a shorter one is soon compiled as it is
 
 size_t begin_of(const Statement& statement) { return statement.tokens.front().begin; }
 
@@ -31,6 +33,18 @@ void add_declarations(const Reading& reading, std::set<size_t>& numbers) {
         open.push_back(line->second);
     }
   }
+}
+
+std::string own_text(const Reading& reading, const Statement& statement) {
+  const size_t begin = begin_of(statement);
+  return std::string(reading.script.substr(begin, end_of(reading, statement) - begin));
+}
+
+void append(Excerpt& excerpt, size_t number, std::string_view text) {
+  excerpt.numbers.push_back(number);
+  excerpt.begins.push_back(excerpt.script.size());
+  excerpt.script += text;
+  excerpt.script += '\n';
 }
 
 /// Whether quotes, comments and ends lie as an author means them, so that a statement is the same
@@ -72,19 +86,38 @@ bool is_plain(const Statement& statement) {
   return true;
 }
 
+/// These statements, all constants, and for each line that they read one of its name: what it is
+/// made of is no matter of theirs.
+Excerpt stretch_of(const Reading& reading, std::span<const Statement* const> stretch) {
+  std::set<size_t> numbers;
+  std::set<size_t> read;
+  for (const Statement* const statement : stretch) {
+    numbers.insert(statement->number);
+    for (const Token& token : statement->tokens) {
+      const auto line = reading.lines.find(token.text);
+      if (line != reading.lines.end()) read.insert(line->second);
+    }
+  }
+  Excerpt excerpt;
+  for (const Statement& statement : reading.statements) {
+    const bool is_whole = statement.form == Form::constant || numbers.contains(statement.number);
+    if (is_whole) {
+      append(excerpt, statement.number, own_text(reading, statement));
+    } else if (read.contains(statement.number)) {
+      append(excerpt, statement.number, statement.name + ":=C;");
+    }
+  }
+  return excerpt;
+}
+
 }  // namespace
 
 Excerpt excerpt_of(const Reading& reading, std::set<size_t> numbers) {
   add_declarations(reading, numbers);
   Excerpt excerpt;
   for (const Statement& statement : reading.statements) {
-    const bool is_constant = statement.form == Form::constant;
-    if (!is_constant && !numbers.contains(statement.number)) continue;
-    excerpt.numbers.push_back(statement.number);
-    excerpt.begins.push_back(excerpt.script.size());
-    const size_t begin = begin_of(statement);
-    excerpt.script += reading.script.substr(begin, end_of(reading, statement) - begin);
-    excerpt.script += '\n';
+    const bool is_taken = statement.form == Form::constant || numbers.contains(statement.number);
+    if (is_taken) append(excerpt, statement.number, own_text(reading, statement));
   }
   return excerpt;
 }
@@ -98,19 +131,13 @@ std::optional<Stretch> stretch_from(const Reading& reading, size_t begin) {
   const auto first = std::ranges::lower_bound(
       all, begin, {}, [](const Statement* statement) { return begin_of(*statement); });
   if (first == all.end() || all.size() < shortest_script) return std::nullopt;
-  // Where every line reads the one above, few statements at a time cost more than many.
-  for (size_t size = least_statements;; size *= 2) {
-    const size_t taken = std::min(size, static_cast<size_t>(all.end() - first));
-    const auto last = first + static_cast<std::ptrdiff_t>(taken) - 1;
-    std::set<size_t> numbers;
-    for (auto at = first; at <= last; ++at) numbers.insert((*at)->number);
-    Excerpt excerpt = excerpt_of(reading, std::move(numbers));
-    if (excerpt.numbers.size() > 3 * size && taken == size) continue;
-    const bool is_safe = std::ranges::all_of(
-        excerpt.numbers, [&](size_t number) { return is_plain(reading.statements[number]); });
-    if (!is_safe) return std::nullopt;
-    return Stretch{std::move(excerpt), begin_of(**first), end_of(reading, **last)};
-  }
+  const size_t taken = std::min(statements_at_once, static_cast<size_t>(all.end() - first));
+  const std::span<const Statement* const> stretch(first, taken);
+  Excerpt excerpt = stretch_of(reading, stretch);
+  const bool is_safe = std::ranges::all_of(
+      excerpt.numbers, [&](size_t number) { return is_plain(reading.statements[number]); });
+  if (!is_safe) return std::nullopt;
+  return Stretch{std::move(excerpt), begin_of(**first), end_of(reading, *stretch.back())};
 }
 
 }  // namespace quor_advice

@@ -1,5 +1,5 @@
 // A piece of a script that compiles like the whole: some of its statements with those that they
-// read. It is soon compiled, however long the script.
+// read, or with stand-ins for these. It is soon compiled, however long the script.
 #pragma once
 
 #include <cstddef>

@@ -17,6 +17,7 @@ constexpr int64_t quote_open = 5;
 constexpr int64_t unfinished = 14;
 
 bool is_line_end(char c) { return c == '\n' || c == '\r'; }
+bool is_no_line_end(char c) { return !is_line_end(c); }
 
 /// Codes that say that nothing defines the word of their message.
 bool is_unknown_word(int64_t code) { return code == 1 || code == 2; }
@@ -29,17 +30,17 @@ bool is_of_script(int64_t code) { return code == quote_open || code == unfinishe
 
 class ErrorSearch {
  public:
-  ErrorSearch(const Input& input, Failure first) : input_(input), failure_(std::move(first)) {
+  ErrorSearch(const Input& input, Failure first, Reading reading)
+      : input_(input), failure_(std::move(first)), reading_(std::move(reading)) {
     found_.rest = input.script;
+    reading_.script = found_.rest;
   }
 
   AllErrors run() {
-    Reading reading = read_script(found_.rest, input_.parameters);
     for (size_t round = 0; failure_.code != 0 && round < most_rounds; ++round) {
       if (found_.errors.size() == most_errors) break;
-      if (!take(reading) || !input_.compile) break;
-      reading = read_again(std::move(reading), found_.rest, input_.parameters, changed_);
-      failure_ = next_failure(reading);
+      if (!take() || !input_.compile) break;
+      failure_ = next_failure();
     }
     found_.last = failure_;
     return std::move(found_);
@@ -47,17 +48,18 @@ class ErrorSearch {
 
  private:
   /// Notes the error and leaves its statement out; false if there is no way on.
-  bool take(const Reading& reading) {
-    Problem problem = explain(reading, failure_);
-    const std::optional<Place> place = place_at_fault(reading, problem);
+  bool take() {
+    Problem problem = explain(reading_, failure_);
+    const std::optional<Place> place = place_at_fault(problem);
     if (!is_consequence(problem)) found_.errors.push_back({failure_.code, std::move(problem)});
-    return place && leave_out(reading, *place);
+    return place && leave_out(*place);
   }
 
   /// What the library refuses next. As a compile of a long script takes its time, it is looked
   /// through in pieces first; that the whole compiles is the proof.
-  Failure next_failure(const Reading& reading) {
-    while (const auto stretch = stretch_from(reading, checked_)) {
+  Failure next_failure() {
+    if (!is_same_elsewhere_) read_changed();
+    while (const auto stretch = stretch_from(reading_, checked_)) {
       Failure failure = read_failure(input_.compile(stretch->excerpt.script));
       if (failure.code == 0) {
         checked_ = stretch->end;
@@ -67,13 +69,23 @@ class ErrorSearch {
       if (is_of_script(failure.code) || !failure.statement || *failure.statement >= numbers.size())
         break;
       const size_t number = numbers[*failure.statement];
-      const size_t begin = reading.statements[number].tokens.front().begin;
-      if (begin < stretch->begin) break;
+      const Statement& statement = reading_.statements[number];
+      const bool is_ahead =
+          !statement.tokens.empty() && statement.tokens.front().begin >= stretch->begin;
+      if (!is_ahead) break;
       failure.statement = number;
-      checked_ = begin;
+      checked_ = statement.tokens.front().begin;
       return failure;
     }
+    read_changed();
     return read_failure(input_.compile(found_.rest));
+  }
+
+  void read_changed() {
+    if (changed_.begin == changed_.end) return;
+    reading_ = read_again(std::move(reading_), found_.rest, input_.parameters, changed_);
+    changed_ = {};
+    is_same_elsewhere_ = true;
   }
 
   /// A word that a faulty statement was to declare, or a place that has been told already.
@@ -88,62 +100,91 @@ class ErrorSearch {
   }
 
   /// From the first to behind the last byte of what is to be left out.
-  std::optional<Place> place_at_fault(const Reading& reading, const Problem& problem) const {
+  std::optional<Place> place_at_fault(const Problem& problem) const {
     const size_t at = problem.place.begin;
     const std::string& text = found_.rest;
-    if (failure_.code == unfinished && reading.scan.half_line_comment) {
-      const size_t comment = *reading.scan.half_line_comment;
+    if (failure_.code == unfinished && reading_.scan.half_line_comment) {
+      const size_t comment = *reading_.scan.half_line_comment;
       return Place{comment, line_end(comment)};
     }
-    for (const Statement& statement : reading.statements) {
+    for (const Statement& statement : reading_.statements) {
       if (statement.tokens.empty()) continue;
       const size_t begin = statement.tokens.front().begin;
-      const size_t end = std::min(reading.scan.slots[statement.number].end + 1, text.size());
+      const size_t end = std::min(reading_.scan.slots[statement.number].end + 1, text.size());
       if (failure_.code == quote_open) {
         // The quote may be one of a comment in front of the statement.
         if (at >= end) continue;
         return Place{std::min(begin, at), line_end(at)};
       }
-      if (at > end || (at == end && !is_cut(reading))) continue;
-      const bool reaches_on = at + 1 == end && statement.number + 1 < reading.statements.size();
-      return Place{begin, reaches_on ? end_of_next(reading, statement.number) : end};
+      if (at > end || (at == end && !is_cut())) continue;
+      const bool reaches_on = at + 1 == end && statement.number + 1 < reading_.statements.size();
+      return Place{begin, reaches_on ? end_of_next(statement.number) : end};
     }
     if (failure_.code == quote_open) return Place{at, line_end(at)};
     return std::nullopt;
   }
 
-  bool is_cut(const Reading& reading) const {
-    return failure_.code == unfinished && reading.scan.is_unfinished;
-  }
+  bool is_cut() const { return failure_.code == unfinished && reading_.scan.is_unfinished; }
 
   size_t line_end(size_t at) const {
     return std::min(found_.rest.find_first_of("\r\n", at), found_.rest.size());
   }
 
   /// A ';' at fault has torn a statement in two, unless the next one has a name of its own.
-  size_t end_of_next(const Reading& reading, size_t number) const {
-    const size_t own = reading.scan.slots[number].end + 1;
-    const Statement& next = reading.statements[number + 1];
+  size_t end_of_next(size_t number) const {
+    const size_t own = reading_.scan.slots[number].end + 1;
+    const Statement& next = reading_.statements[number + 1];
     if (next.tokens.empty() || next.is_named() || next.form == Form::constant) return own;
-    return std::min(reading.scan.slots[number + 1].end + 1, found_.rest.size());
+    return std::min(reading_.scan.slots[number + 1].end + 1, found_.rest.size());
   }
 
-  bool leave_out(const Reading& reading, Place place) {
+  bool leave_out(Place place) {
     std::string stand_in;
-    for (const Statement& statement : reading.statements) {
+    std::vector<size_t> numbers;
+    bool is_replaced = true;
+    for (const Statement& statement : reading_.statements) {
       if (statement.tokens.empty() || statement.tokens.front().begin < place.begin ||
           statement.tokens.front().begin >= place.end)
         continue;
+      numbers.push_back(statement.number);
       for (const std::string& name : names_declared_by(statement)) {
         lost_names_.insert(name);
         const bool is_taken = is_of_name(failure_.code) || is_field(name) || is_function(name);
         if (!is_taken) stand_in += name + ":C;";
+        is_replaced = is_replaced && !is_taken && name == statement.name;
       }
     }
     checked_ = std::min(checked_, place.begin);
     const bool is_second = !left_out_.insert(place.begin).second;
-    if (is_second) stand_in.clear();
-    return write(place, stand_in) || !is_second;
+    if (is_second || stand_in.size() > room_in(place)) {
+      stand_in.clear();
+      is_replaced = false;
+    }
+    const bool was_more_than_blank = write(place, stand_in);
+    if (is_replaced && numbers.size() == 1) {
+      is_replaced = put(reading_.statements[numbers.front()], place.begin, stand_in);
+    }
+    is_same_elsewhere_ = is_same_elsewhere_ && is_replaced && numbers.size() == 1;
+    return was_more_than_blank || !is_second;
+  }
+
+  /// Reads the stand-in in the statement's place; false if a line end parts it.
+  bool put(Statement& statement, size_t begin, const std::string& stand_in) {
+    if (found_.rest.compare(begin, stand_in.size(), stand_in) != 0) return false;
+    const size_t number = statement.number;
+    statement = {};
+    if (!stand_in.empty()) {
+      Reading small = read_script(stand_in, {});
+      if (small.statements.size() != 1) return false;
+      statement = std::move(small.statements.front());
+      for (Token& token : statement.tokens) {
+        token.begin += begin;
+        token.end += begin;
+      }
+      reading_.scan.slots[number].end = begin + stand_in.size() - 1;
+    }
+    statement.number = number;
+    return true;
   }
 
   /// The words in front of a ':' or of a '=' at the start.
@@ -166,14 +207,20 @@ class ErrorSearch {
     return names;
   }
 
-  /// Line ends stay; false if nothing was there but blanks.
+  /// Bytes that aren't line ends, which stay.
+  size_t room_in(Place place) const {
+    const std::string_view text = std::string_view(found_.rest).substr(0, place.end);
+    return static_cast<size_t>(std::ranges::count_if(text.substr(place.begin), is_no_line_end));
+  }
+
+  /// False if nothing was there but blanks.
   bool write(Place place, std::string_view stand_in) {
-    changed_ = place;
+    const bool is_first = changed_.begin == changed_.end;
+    changed_ =
+        is_first ? place
+                 : Place{std::min(changed_.begin, place.begin), std::max(changed_.end, place.end)};
     std::string& text = found_.rest;
     const std::string before = text.substr(place.begin, place.end - place.begin);
-    const auto room =
-        static_cast<size_t>(std::ranges::count_if(before, [](char c) { return !is_line_end(c); }));
-    if (stand_in.size() > room) stand_in = {};
     for (size_t i = place.begin; i < place.end; ++i) {
       if (is_line_end(text[i])) continue;
       text[i] = stand_in.empty() ? ' ' : stand_in.front();
@@ -186,15 +233,17 @@ class ErrorSearch {
   Failure failure_;
   AllErrors found_;
   std::set<std::string, std::less<>> lost_names_;
-  Place changed_;              ///< what has been left out last
-  size_t checked_ = 0;         ///< what stands in front of this offset compiles
-  std::set<size_t> left_out_;  ///< where the statements that were left out begin
+  Reading reading_;
+  Place changed_;                  ///< what has been left out since the reading
+  bool is_same_elsewhere_ = true;  ///< the reading tells of all statements that are not left out
+  size_t checked_ = 0;             ///< what stands in front of this offset compiles
+  std::set<size_t> left_out_;      ///< where the statements that were left out begin
 };
 
 }  // namespace
 
-AllErrors find_all_errors(const Input& input, const Failure& first) {
-  return ErrorSearch(input, first).run();
+AllErrors find_all_errors(const Input& input, const Failure& first, Reading reading) {
+  return ErrorSearch(input, first, std::move(reading)).run();
 }
 
 }  // namespace quor_advice

@@ -24,6 +24,6 @@ struct AllErrors {
   Failure last;  ///< of the rest, where it is still refused
 };
 
-AllErrors find_all_errors(const Input& input, const Failure& first);
+AllErrors find_all_errors(const Input& input, const Failure& first, Reading reading);
 
 }  // namespace quor_advice

@@ -1,5 +1,7 @@
 #include "mapped_text.h"
 
+#include <algorithm>
+
 #include "letters.h"
 
 namespace quor_advice {
@@ -13,7 +15,8 @@ MappedText map_text(std::string_view script) {
 }
 
 void replace_all(MappedText& text, std::string_view from, std::string_view to, size_t shift) {
-  const std::string upper = to_upper(text.bytes);
+  const bool has_letters = std::ranges::any_of(from, is_letter);
+  const std::string upper = has_letters ? to_upper(text.bytes) : text.bytes;
   size_t found = upper.find(from);
   if (found == std::string::npos) return;
   MappedText out;

@@ -16,6 +16,11 @@ struct MappedText {
     bytes += byte;
     places.push_back(place);
   }
+  void append(const MappedText& text, size_t begin, size_t end) {
+    bytes.append(text.bytes, begin, end - begin);
+    places.insert(places.end(), text.places.begin() + static_cast<std::ptrdiff_t>(begin),
+                  text.places.begin() + static_cast<std::ptrdiff_t>(end));
+  }
   void clear() {
     bytes.clear();
     places.clear();

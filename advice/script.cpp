@@ -7,6 +7,12 @@
 namespace quor_advice {
 namespace {
 
+/// No quote, no part of a mark, no blank, no end, and no sign that may be written twice.
+constexpr bool is_plain(char c) {
+  constexpr std::string_view others = "()<>,.:+-%_&|$";
+  return is_letter(c) || is_digit(c) || is_beyond_ascii(c) || others.find(c) != absent;
+}
+
 /// One pass over the bytes. Quotes count everywhere, even inside comments and inside the other
 /// kind of quote.
 class Scanner {
@@ -48,10 +54,21 @@ class Scanner {
       }
       last_ = c;
       ++at_;
-    } else if (!take_comment_mark(c) && !take_blank(c)) {
+    } else if (!take_plain() && !take_comment_mark(c) && !take_blank(c)) {
       if (!in_comment_) take_code(c);
       ++at_;
     }
+  }
+
+  /// What stands for itself, as much as there is at once.
+  bool take_plain() {
+    if (in_comment_) return false;
+    const size_t begin = at_;
+    while (at_ < text_.bytes.size() && is_plain(text_.bytes[at_])) ++at_;
+    if (at_ == begin) return false;
+    current_.append(text_, begin, at_);
+    last_ = text_.bytes[at_ - 1];
+    return true;
   }
 
   void toggle(char c, char mark, std::optional<size_t>& open) {

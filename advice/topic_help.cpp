@@ -146,32 +146,86 @@ constexpr TopicLine bar_files[] = {
     {"quor chart SCRIPT BARS.csv", "draws a picture, with as many panes as the lines need"},
 };
 
+constexpr TopicLine levels[] = {
+    {"HHV(H,20) LLV(L,20)", "the highest and lowest of 20 bars: a resistance, a support"},
+    {"REF((H+L+C)/3,1)", "a pivot, of the bar before"},
+    {"L>REF(H,1) H<REF(L,1)", "a gap up, a gap down"},
+    {"WAVEPEAK(5) WAVEVALLEY(5)", "turns of the price, known only some bars after"},
+    {"COST(50) WINNER(C)", "how volume lies over prices"},
+    {"SAR(4,0.02,0.2)", "a stop that follows the price; SET keeps one of your own making"},
+};
+
+constexpr TopicLine debugging[] = {
+    {"quor check SCRIPT", "errors and warnings with their places, lines, fields, look-back"},
+    {"quor run SCRIPT BARS.csv --all --last 5", "the last values of every line, of := ones, too"},
+    {"X:CROSS(A,B);", "any step of a long expression, on a line of its own, can be looked at"},
+    {"--strict", "a warning gives the exit status of an error; --quiet leaves warnings out"},
+};
+
+constexpr TopicLine speed[] = {
+    {"X:=C-O;A:MA(X,5);", "a long argument has a line of its own, calculated once a bar"},
+    {"A:MA(HHV(C-O,20)*2,20);",
+     "else it can be calculated at each bar that a window visits, here 20 times 20 for one bar"},
+    {"docs/host.md", "what a bar costs, and what a host has to know of threads and memory"},
+};
+
+constexpr TopicLine programs[] = {
+    {"quor lsp", "findings, completion and help in an editor"},
+    {"quor format SCRIPT", "one layout, by which nothing changes"},
+    {"quor studio", "a page in the browser with editor and chart"},
+    {"Python, JavaScript", "a package each, with the same lines and findings"},
+    {"C, C++, C#", "a library, with examples to start from"},
+    {"quor --version", "the version; LICENCE says what may be done with it"},
+};
+
+constexpr TopicLine names_of_lines[] = {
+    {"MA5 UP_2", "letters, digits and _ of any alphabet; big and small are the same"},
+    {"MA, CLOSE", "words and fields of the language are taken, and so is a name that stands above"},
+    {"CONST N:5;", "a name for a number"},
+};
+
 constexpr TopicHelp topics[] = {
-    {"fields", "field", "Words for what a bar holds.", fields},
-    {"operators", "operator precedence equals or", "From the tightest to the loosest.", operators},
+    {"fields", "field interest", "Words for what a bar holds.", fields},
+    {"operators", "operator precedence equals or modulo division zero",
+     "From the tightest to the loosest.", operators},
     {"colours", "colour colors color", "Words for colours.", colours},
-    {"signs", "icons icon", "Marks of DRAWICON and ICON.", signs},
-    {"styles", "style items", "What stands behind the comma of a line or drawing.", styles},
+    {"signs", "icons icon marker markers", "Marks of DRAWICON and ICON.", signs},
+    {"styles", "style items title legend thickness dash precision",
+     "What stands behind the comma of a line or drawing.", styles},
     {"short forms", "shortforms forms form", "Statements that need no name.", short_forms},
-    {"settings", "setting parameters parameter constants constant",
+    {"settings", "setting parameters parameter constants constant input inputs option",
      "Numbers that a script takes from elsewhere.", settings},
     {"statements",
      "statement syntax comments comment semicolon assignment variable variables function "
      "functions",
      "What a script is made of.", statements},
     {"nulls", "missing nan", "What no value does.", nulls},
-    {"references", "reference securities periods", "Data beside the bars.", references},
+    {"references",
+     "reference securities periods index stock stocks intraday daily weekly monthly timeframe "
+     "timeframes",
+     "Data beside the bars.", references},
     {"earlier bars",
      "loop loops window windows history lookback recursion array arrays remember state",
      "How a bar comes to what was before it.", earlier_bars},
-    {"later bars", "future repaint repaints repainting lookahead",
+    {"later bars", "future forming repaint repaints repainting lookahead",
      "What nobody knows while a bar is the newest.", later_bars},
     {"signals", "trades entry entries exit exits position profit backtest order orders buy sell",
      "Trades and notices.", signals},
-    {"calendar", "calendars session sessions holiday holidays night", "Days and hours of trading.",
-     calendars},
-    {"bars", "csv json file files import export data panes pane",
+    {"calendar", "calendars session sessions holiday holidays night weekend midnight timezone",
+     "Days and hours of trading.", calendars},
+    {"bars",
+     "csv json file files import export data panes pane panel panels svg png screener live stream",
      "Files that commands read and write.", bar_files},
+    {"levels", "level support resistance pivot pivots gap gaps stop stops loss trailing",
+     "Prices to watch.", levels},
+    {"debugging", "debug print trace inspect warning warnings", "How to see what a script does.",
+     debugging},
+    {"speed", "performance memory threads", "What costs time.", speed},
+    {"programs",
+     "editor editors vscode vim neovim indent browser python javascript library version licence",
+     "Where scripts are written and run.", programs},
+    {"names", "naming keyword keywords reserved define unicode", "What a line may be called.",
+     names_of_lines},
 };
 
 /// What is asked for, and how the help writes it.
@@ -193,7 +247,8 @@ constexpr Synonym synonyms[] = {
     {"moving average", "mean"}, {"moving", "mean"},
     {"notification", "notice"}, {"yesterday", "bars ago"},
     {"valley", "trough"},       {"channel", "deviation"},
-
+    {"profile", "chips"},       {"string", "text"},
+    {"candlestick", "candles"},
 };
 
 bool names(const TopicHelp& topic, std::string_view name) {

@@ -135,8 +135,12 @@ std::vector<std::string_view> characters_of(std::string_view text) {
   return characters;
 }
 
-/// Number of single characters to insert, drop, replace or swap with a neighbour.
-size_t edit_distance(std::string_view first, std::string_view second) {
+/// Number of single characters to insert, drop, replace or swap with a neighbour; where they are
+/// more than `most`, some number above it.
+size_t edit_distance(std::string_view first, std::string_view second, size_t most) {
+  const size_t first_size = count_characters(first);
+  const size_t second_size = count_characters(second);
+  if (std::max(first_size, second_size) - std::min(first_size, second_size) > most) return most + 1;
   const auto a = characters_of(first);
   const auto b = characters_of(second);
   std::vector<size_t> before(b.size() + 1);
@@ -152,6 +156,8 @@ size_t edit_distance(std::string_view first, std::string_view second) {
       if (swapped) row[j] = std::min(row[j], before[j - 2] + 1);
     }
     before = std::exchange(last, row);
+    const bool is_far = std::ranges::min(last) > most && std::ranges::min(before) > most;
+    if (is_far) return most + 1;
   }
   return last[b.size()];
 }
@@ -177,7 +183,8 @@ bool is_another_word(std::string_view word, std::string_view candidate) {
 std::optional<std::string> nearest_numbered_style(std::string_view word) {
   const size_t letters = word.find_last_not_of("0123456789") + 1;
   for (const NumberedStyle& style : numbered_styles) {
-    if (edit_distance(word.substr(0, letters), style.front) > tolerance(style.front)) continue;
+    const size_t tolerated = tolerance(style.front);
+    if (edit_distance(word.substr(0, letters), style.front, tolerated) > tolerated) continue;
     if (is_in_range(word.substr(letters), style)) {
       return std::string(style.front) + std::string(word.substr(letters));
     }
@@ -370,7 +377,7 @@ std::optional<std::string> nearest(std::string_view word, Vocabulary vocabulary,
   size_t fewest = tolerated + 1;
   std::optional<std::string> best;
   for (const std::string_view candidate : words) {
-    const size_t edits = edit_distance(word, candidate);
+    const size_t edits = edit_distance(word, candidate, fewest - 1);
     if (edits == 0 || edits >= fewest) continue;
     if (vocabulary == Vocabulary::expression && is_another_word(word, candidate)) continue;
     fewest = edits;

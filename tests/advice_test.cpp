@@ -209,6 +209,19 @@ TEST(Advice, compiles_little_for_many_errors) {
   EXPECT_LT(script.compiled_bytes, 4 * script.all.script.size());
 }
 
+/// The same where every line reads the one above, so that the last one is made of all.
+TEST(Advice, compiles_little_for_many_errors_of_a_chain) {
+  LongScript script;
+  script.all.script = "L0:=C;\n";
+  for (size_t i = 1; i < 480; ++i) {
+    const std::string above = "L" + std::to_string(i - 1);
+    script.all.script += "L" + std::to_string(i) + ":=" + above + "*0.5+EMA(C,5);\n";
+    if (i % 24 == 0) script.all.script += above + ">MISSING" + std::to_string(i) + ",STICK;\n";
+  }
+  EXPECT_EQ(script.told().size(), 19U);
+  EXPECT_LT(script.compiled_bytes, 4 * script.all.script.size());
+}
+
 /// Advice costs little and ends, whatever the script: here what nests and repeats without end.
 TEST(Advice, takes_any_script) {
   const auto repeated = [](std::string_view text, size_t count) {

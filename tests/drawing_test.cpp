@@ -452,7 +452,7 @@ TEST(Drawing, ColumnsPerBar) {
       {"KTEXT(C>O,1,H+1,0,COLORRED,'x');", {"1 -10000 -10000 1", "6 7 8 9"}},
       {"DRAWBMP(C>O,H+1,'x');", {"1 -10000 -10000 1", "6 7 8 9"}},
       {"DRAWNUMBER1(C>O,H+1,C*2,0);", {"4 2 6 8", "1 -10000 -10000 1", "6 7 8 9"}},
-      {"DRAWNUMBER(L,H,C*2,0,COLORRED);", {"4 2 6 8", "1 1 1 1"}},
+      {"DRAWNUMBER(L,H+1,C*2,0,COLORRED);", {"4 2 6 8", "1 1 1 1", "6 7 8 9"}},
       {"DRAWSHIFTNUMBER(C>O,H,7,0,COLORRED,0,1);", {"7 7 7 7", "1 -10000 -10000 1"}},
       {"DRAWLASTBARNUMBER(H+1,C*2,0,COLORRED);",
        {"-10000 -10000 -10000 1", "null null null 8", "6 7 8 9"}},

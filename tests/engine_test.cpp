@@ -407,6 +407,37 @@ TEST_P(EngineVectors, GiveTheSameAsByTheExportsAlsoBehindAnotherSecurity) {
   expect_same_lines(script, host, vector.name + ": ");
 }
 
+TEST_P(EngineVectors, GiveTheSameUndrawnOverArraysThatStayWhereTheyAre) {
+  const Vector& vector = GetParam();
+  Settings settings = settings_of(vector);
+  Script drawn(vector.script, settings);
+  settings.draws = false;
+  Script script(vector.script, settings);
+  ASSERT_EQ(script.report().text, drawn.report().text);
+  if (script.report().failure) return;
+  const Arrays bars = arrays_of(vector);
+  const Arrays lent = bars;
+  drawn.set_rows(bars.keys, bars.spans());
+  const auto failure = drawn.calculate();
+  std::vector<uint32_t> ids;
+  for (const auto& line : drawn.lines()) ids.push_back(line.column);
+  ids.insert(ids.end(), ids.begin(), ids.end());
+  for (int round = 0; round < 2; ++round) {
+    script.restart(settings.subject);
+    script.lend_rows(lent.keys, lent.spans());
+    EXPECT_EQ(script.calculate().code, failure.code);
+    const size_t rows = script.row_count();
+    const auto columns = script.take_columns(ids);
+    EXPECT_EQ(script.row_count(), 0U);
+    for (size_t i = 0; i < ids.size(); ++i) {
+      EXPECT_EQ(bits_of({columns[i].get(), rows}), bits_of(drawn.column(ids[i]))) << ids[i];
+    }
+    for (const auto& [id, values] : bars.fields) {
+      EXPECT_EQ(bits_of(lent.fields.at(id)), bits_of(values)) << id;
+    }
+  }
+}
+
 /// `count` pieces behind a head, each with its number for the "#".
 std::string long_script(std::string_view head, std::string_view piece, int count) {
   std::string script(head);

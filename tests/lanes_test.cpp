@@ -36,8 +36,10 @@ TEST(Lanes, AFusedQuotientIsThatOfADivision) {
       for (int round = 0; round < 40; ++round) {
         double values[quor::Lanes<quor::Pair>::count];
         for (double& value : values) value = draw(divisor);
-        const auto quotients =
-            quor::fused_quotient(quor::lanes_at<quor::Pair>(values), {divisor, 1.0 / divisor});
+        double quotients[std::size(values)];
+        quor::store(
+            quor::fused_quotient(quor::lanes_at<quor::Pair>(values), {divisor, 1.0 / divisor}),
+            quotients);
         for (size_t i = 0; i < std::size(values); ++i) {
           ASSERT_EQ(bits(quotients[i]), bits(values[i] / divisor)) << values[i] << '/' << divisor;
         }
@@ -47,7 +49,7 @@ TEST(Lanes, AFusedQuotientIsThatOfADivision) {
 }
 
 TEST(Lanes, NumbersOfASizeThatLosesBitsAreNotModerate) {
-  if (!quor::can_fuse()) GTEST_SKIP() << "is asked where a processor can fuse";
+  if (!quor::is_wide()) GTEST_SKIP() << "is asked where a processor can fuse";
   for (const double value : {0.0, -0.0, 1e-90, -1e90, 12.5}) {
     EXPECT_TRUE(quor::are_moderate(&value, 1)) << value;
   }
@@ -76,7 +78,25 @@ Series run(const std::string& script, const Series& closes, bool in_blocks) {
   return host.line("A");
 }
 
-TEST(Lanes, WindowsOfNumbersOfAllSizesGiveTheBitsOfTheBars) {
+std::vector<std::string> scripts_with_lanes() {
+  std::vector<std::string> scripts = {
+      "A:CROSS(MA(C,3),MA(C,9));",
+      "A:CROSSDOWN(EMA(C,3),EMA(C,9));",
+      "A:MAX(MA(C,4),MA(C,9))/IF(C>3,EMA(C,3),EMA(C,8));",
+      "A:100/C+C/7*(C>3)-(C<=0);",
+      "A:(C-LLV(C,9))/(HHV(C,9)-LLV(C,9))+STDP(C,7)*STDP(C,7)-REF(STDP(C,7),2);",
+      "A:MOD(C,3)+(C=0||C<>5&&C>=2);",
+  };
+  for (const char* const word :
+       {"STD", "STDP", "VAR", "VARP", "AVEDEV", "SUM", "WMA", "SLOPE", "HHV", "LLV"}) {
+    for (const char* const n : {"1", "2", "3", "20", "64", "512", "513"}) {
+      scripts.push_back(std::string("A:") + word + "(C," + n + ");");
+    }
+  }
+  return scripts;
+}
+
+TEST(Lanes, NumbersOfAllSizesGiveTheBitsOfTheBars) {
   const struct {
     const char* name;
     std::function<double(double)> middle;
@@ -87,18 +107,16 @@ TEST(Lanes, WindowsOfNumbersOfAllSizesGiveTheBitsOfTheBars) {
       {"small", [](double value) { return value * 1e-160; }},
       {"smallest", [](double value) { return value * 5e-324; }},
       {"large", [](double value) { return value * 1e160; }},
+      {"largest", [](double value) { return value * 1e307; }},
   };
   for (const auto& [name, middle] : kinds) {
     const Series closes = series_with(middle);
-    for (const char* const word : {"STD", "STDP", "VAR", "VARP", "AVEDEV", "SUM", "WMA", "SLOPE"}) {
-      for (const char* const n : {"1", "2", "20", "512", "513"}) {
-        const std::string script = std::string("A:") + word + "(C," + n + ");";
-        const Series blocks = run(script, closes, true);
-        const Series bars = run(script, closes, false);
-        ASSERT_EQ(blocks.size(), bars.size());
-        for (size_t row = 0; row < bars.size(); ++row) {
-          ASSERT_EQ(bits(blocks[row]), bits(bars[row])) << script << ' ' << name << ", row " << row;
-        }
+    for (const std::string& script : scripts_with_lanes()) {
+      const Series blocks = run(script, closes, true);
+      const Series bars = run(script, closes, false);
+      ASSERT_EQ(blocks.size(), bars.size());
+      for (size_t row = 0; row < bars.size(); ++row) {
+        ASSERT_EQ(bits(blocks[row]), bits(bars[row])) << script << ' ' << name << ", row " << row;
       }
     }
   }

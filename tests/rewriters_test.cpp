@@ -63,6 +63,7 @@ constexpr FormCase colours[] = {
     {"A:C,RGB(1,2,3,4),RGB(1,2,3);", "A:C@RGB(1@2@3@4)@RGB(1@2@3)"},
     {"A:C,RGB(1,2,3;", "A:C@RGB(1@2@3"},
     {"A:ZRGB(1,2,3);", "A:ZRGB(1@2@3)"},
+    {"ZRGB(1,2,3);", "ZCOLOR010203"},
     {"A:ARGB(1,2,3)+RGB(1,2,3),RGB(4);", "A:ACOLOR010203+COLOR010203@RGB(4)"},
     {"A:RGB(1,2,3),RGB(RGB(1,2,3),0,9);", "A:COLOR010203@COLOR000009"},
     {"A:RGB(1,2,3),RGB(4),RGB(1,2,3),RGB(5,6,7);", "A:COLOR010203@RGB(4)@COLOR010203@RGB(5@6@7)"},
@@ -247,8 +248,9 @@ TEST(Utf16Length, CountsUnitsAndRefusesWhatIsNoUtf8) {
   EXPECT_EQ(quor::utf16_length("预警"), 2U);
   EXPECT_EQ(quor::utf16_length("😀"), 2U);
   EXPECT_EQ(quor::utf16_length("\xF4\x8F\xBF\xBF"), 2U);
-  for (const char* invalid : {"\x80", "A\xC3", "\xC0\x80", "\xE0\x80\x80", "\xED\xA0\x80",
-                              "\xF4\x90\x80\x80", "\xF8\x88\x80\x80", "\xE4\xB8\x41"}) {
+  for (const char* invalid :
+       {"\x80", "A\xC3", "\xC0\x80", "\xE0\x80\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80",
+        "\xF8\x88\x80\x80", "\xE4\xB8\x41", "\x84\x80\x80\x80"}) {
     EXPECT_EQ(quor::utf16_length(invalid), 0U) << invalid;
   }
 }

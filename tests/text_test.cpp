@@ -68,6 +68,7 @@ TEST(Numbers, HexadecimalsAreRoundedOnceToTheEvenNeighbour) {
       {"0x1p-1074", 5e-324},
       {"0x1p-1075", 0},
       {"0x1.8p-1075", 5e-324},
+      {"0xFFFFFFFFFFFFFFFFp-1138", 5e-324},
       {"0x1.fffffffffffff8p-1023", 0x1p-1022},
       {"0x1p1024", std::numeric_limits<double>::infinity()},
       {"0x1p99999999999999999999", std::numeric_limits<double>::infinity()},

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "core/plan.h"
+#include "core/plan_walk.h"
 #include "interface/instances.h"
 #include "support/test_host.h"
 
@@ -121,7 +122,8 @@ TEST(Ways, AreSideBySideForCallsOverFieldsAndNumbers) {
   TestHost host;
   auto& parser = quor::find_instance(host.handle())->parser;
   ASSERT_EQ(host.compile("A:=EMA(C,5);B:=EMA(H,10)-SMA(L,9,2);D:=EMA(A,5);E:=EMA(C,V);"
-                         "F:=EMA(C+0,5);G:=MA(C,5);SET(A,SMA(C,9,1));")
+                         "F:=EMA(C+0,5);G:=MA(C,5);SET(A,SMA(C,9,1));"
+                         "I:=MAX(MA(C,3),MA(H,4));J:=IF(C>O,MA(C,6),1)+REF(EMA(C,3),1);")
                 .code,
             0);
   host.feed(bars_of_a_year(), 0, rows);
@@ -132,7 +134,29 @@ TEST(Ways, AreSideBySideForCallsOverFieldsAndNumbers) {
   for (size_t i = 0; i < parser.pool().script.statement_list.size(); ++i) {
     counts += std::to_string(plan.side_by_side(i).size());
   }
-  EXPECT_EQ(counts, "1200010");
+  EXPECT_EQ(counts, "120001020");
+}
+
+TEST(Ways, CallsThatSayTheSameAreTwins) {
+  const std::pair<const char*, size_t> cases[] = {
+      {"A:MA(C,5)+2*STDP(C,5);B:MA(C,5)-2*STDP(C,5);", 2},
+      {"A:(C-LLV(L,9))/(HHV(H,9)-LLV(L,9));B:LLV(L,9)+LLV(H,9)+LLV(L,8);", 3},
+      {"A:STDP(C,5)+IF(C>O,STDP(C,5),VARP(C,5));", 2},
+      {"X:=C-O;A:STDP(X,5)+STDP(X,5);B:STDP(C-O,5)+STDP(C-O,5);", 0},
+      {"A:EMA(C,5);B:EMA(C,5);D:STD(C,5)+STD(C,5);", 2},
+      {"A:STDP(C,5)+STDP(C,5);SET(A,1);", 0},
+      {"A:RAND(5)+RAND(5)+REFX(C,1)+REFX(C,1);", 0},
+  };
+  for (const auto& [script, twins] : cases) {
+    TestHost host;
+    ASSERT_EQ(host.compile(script).code, 0) << script;
+    host.feed(bars_of_a_year(), 0, rows);
+    ASSERT_EQ(host.run(), success) << script;
+    auto& parser = quor::find_instance(host.handle())->parser;
+    const quor::PlanWalk walk(parser.pool().script);
+    const auto is_twin = [](const quor::Variable* call) { return call->twin != nullptr; };
+    EXPECT_EQ(std::ranges::count_if(walk.calls(), is_twin), static_cast<int64_t>(twins)) << script;
+  }
 }
 
 }  // namespace

@@ -161,6 +161,22 @@ TEST(TopicHelp, names_words_of_the_language) {
   }
 }
 
+TEST(TopicHelp, shows_what_can_be_written) {
+  const auto expressions = [](std::string_view text) {
+    std::istringstream parts{std::string(text)};
+    std::string script;
+    for (std::string part; parts >> part;)
+      script += "A" + std::to_string(script.size()) + ":" + part + ";";
+    return script;
+  };
+  for (const auto& line : quor_advice::find_topic_help("levels")->lines)
+    EXPECT_EQ(findings_text(expressions(line.term)), "") << line.term;
+  for (const auto& line : quor_advice::find_topic_help("speed")->lines) {
+    const bool is_script = line.term.ends_with(';');
+    EXPECT_EQ(is_script ? findings_text(std::string(line.term)) : "", "") << line.term;
+  }
+}
+
 TEST(TopicHelp, has_each_name_for_one_topic_that_no_word_hides) {
   for (const quor_advice::TopicHelp& topic : quor_advice::topic_help()) {
     std::istringstream others{std::string(topic.others)};

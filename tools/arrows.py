@@ -24,7 +24,7 @@ ROOMS = {
     "interface": MODEL | {"compiler", "include"},
     "engine": MODEL | {"drawing", "compiler", "interface"},
     "python": {"engine", "advice", "bars"},
-    "npm": {"engine", "advice"},
+    "npm": {"engine", "advice", "bars"},
     "include": set(),
     "advice": {"tables"},
     "bars": {"tables"},

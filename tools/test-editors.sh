@@ -1,6 +1,6 @@
 #!/bin/sh
-# Installs what is missing, builds quor and the extension, plays sessions of a client of the protocol
-# against the language server, compares the grammar with its snapshots, and packs the extension.
+# Installs what is missing, builds quor, packs the extension, plays sessions of a client of the protocol
+# against the language server, compares the grammar with its snapshots, and starts the packed extension.
 #   tools/test-editors.sh [--renew]
 # With --renew it writes the snapshots of the grammar anew.
 set -u
@@ -21,6 +21,5 @@ if [ "${1-}" = --renew ]; then
   exec npm run --silent renew
 fi
 npm run --silent check || die "the types or the layout of the extension don't fit"
-npm run --silent test || exit
 node build.mjs --package || die "the extension can't be packed"
-[ -s build/quor.vsix ] || die "the extension is empty"
+npm run --silent test

@@ -1,7 +1,9 @@
 // Bundles the page into dist/: index.html, studio.js, worker.js, studio.css, the icon, the engine, the
-// samples, and the licences of the packages that are in them.
+// samples, and the licences of the packages that are in them; each beside what it is packed.
 import { build } from 'esbuild';
+import { createHash } from 'node:crypto';
 import { copyFile, mkdir, readdir, readFile, rm, writeFile } from 'node:fs/promises';
+import { gzipSync } from 'node:zlib';
 
 await rm('dist', { recursive: true, force: true });
 await mkdir('dist', { recursive: true });
@@ -49,3 +51,19 @@ const licences = [...packages].sort().map(async (name) => {
 });
 const own = `quor\n\n${await readFile('../LICENCE', 'utf8')}`;
 await writeFile('dist/licences.txt', [own, ...(await Promise.all(licences))].join('\n\n'));
+
+// The front page names all others with the version of the whole, so that browsers keep them for good.
+const files = (await readdir('dist')).sort();
+const hash = createHash('sha256');
+for (const file of files) hash.update(file).update(await readFile(`dist/${file}`));
+const version = hash.digest('hex').slice(0, 16);
+const front = await readFile('dist/index.html', 'utf8');
+const named = front.replace(/(?<=(?:href|src)="[\w.-]+)(?=")/g, `?v=${version}`);
+await writeFile('dist/index.html', named);
+
+const worthPacking = 1000;
+for (const file of files) {
+  const bytes = await readFile(`dist/${file}`);
+  if (bytes.length < worthPacking) continue;
+  await writeFile(`dist/${file}.gz`, gzipSync(bytes, { level: 9 }));
+}

@@ -1,11 +1,13 @@
-// Bundles the tests of a folder below test/ for Node and runs them: node test.mjs unit|browser
+// Bundles the tests of a folder below test/ for Node and runs them, or those of one file:
+// node test.mjs unit|browser|pictures [NAME]
 import { build } from 'esbuild';
 import { spawnSync } from 'node:child_process';
 import { readdirSync, rmSync } from 'node:fs';
 
 const kind = process.argv[2] ?? 'unit';
 const outdir = `node_modules/.tests/${kind}`;
-const files = readdirSync(`test/${kind}`).filter((name) => name.endsWith('.test.ts'));
+const wanted = `${process.argv[3] ?? ''}.test.ts`;
+const files = readdirSync(`test/${kind}`).filter((name) => name.endsWith(wanted));
 rmSync(outdir, { recursive: true, force: true });
 await build({
   entryPoints: files.map((name) => `test/${kind}/${name}`),

@@ -10,8 +10,6 @@
 namespace quor_host {
 namespace {
 
-constexpr double tag_half_height = 8.0;
-
 double pixel(double y) { return std::floor(y) + 0.5; }
 
 /// Counted, since adding a step to a huge value may change nothing.
@@ -39,7 +37,7 @@ bool meets_tag(const Panel& panel, const std::vector<Tag>& tags, double y, doubl
 }
 
 double tag_y(const Panel& panel, double value) {
-  return std::clamp(panel.y(value), panel.top + tag_half_height, panel.bottom - tag_half_height);
+  return std::clamp(panel.y(value), panel.top + half_tag, panel.bottom - half_tag);
 }
 
 }  // namespace
@@ -102,14 +100,14 @@ void draw_value_axis(const Sheet& sheet, const Panel& panel, const TimeAxis& axi
   const Ticks ticks = ticks_of(panel);
   for (const double value : ticks.values) {
     const double y = panel.y(value);
-    if (meets_tag(panel, tags, y, 2 * tag_half_height - 1)) continue;
+    if (meets_tag(panel, tags, y, 2 * half_tag - 1)) continue;
     const std::string text = tick_text(value, ticks.step, panel.range.reach());
     canvas.text({axis.right() + 8, y}, text, {theme.label, axis_text_size});
   }
   std::vector<Tag> drawn;
   for (const Tag& tag : tags) {
     const double y = tag_y(panel, tag.value);
-    if (meets_tag(panel, drawn, y, 2 * tag_half_height - 2)) continue;
+    if (meets_tag(panel, drawn, y, 2 * half_tag - 2)) continue;
     drawn.push_back(tag);
     if (!tag.is_filled) {
       canvas.text({axis.right() + 8, y}, tag.text, {tag.color, axis_text_size});
@@ -119,11 +117,9 @@ void draw_value_axis(const Sheet& sheet, const Panel& panel, const TimeAxis& axi
     const double width = canvas.extent(tag.text, lettering).x + 10;
     const double line = pixel(panel.y(tag.value));
     Color pale = tag.color;
-    pale.alpha = 0.7;
+    pale.alpha = last_price_alpha;
     canvas.line({{axis.left(), line}, {axis.right(), line}}, {pale, 1.0, {1.0, 3.0}});
-    canvas.tag(
-        {axis.right() + 3, y - tag_half_height, axis.right() + 3 + width, y + tag_half_height},
-        tag.color);
+    canvas.tag({axis.right() + 3, y - half_tag, axis.right() + 3 + width, y + half_tag}, tag.color);
     canvas.text({axis.right() + 8, y}, tag.text, lettering);
   }
 }

@@ -3,14 +3,11 @@
 #include <cmath>
 
 #include "../input/fields.h"
+#include "../panes/measures.h"
 #include "painter.h"
 
 namespace quor_host {
 namespace {
-
-constexpr double background_alpha = 0.13;
-constexpr double region_alpha = 0.26;
-constexpr double volume_alpha = 0.75;
 
 struct Candle {
   double open;

@@ -7,6 +7,7 @@
 
 #include "../errors.h"
 #include "../input/paths.h"
+#include "../panes/measures.h"
 
 namespace quor_host {
 namespace {
@@ -83,14 +84,14 @@ void Canvas::frame(const Box& box, Color color) {
        {color});
 }
 
-void Canvas::tag(const Box& box, Color color) { surface_->tag(box, 2.5, color); }
+void Canvas::tag(const Box& box, Color color) { surface_->tag(box, tag_radius, color); }
 
 void Canvas::disc(Point centre, double radius, Color color) {
   if (is_drawable(centre)) surface_->disc(brought_near(centre), radius, color);
 }
 
 void Canvas::ring(Point centre, double radius, Color color) {
-  if (is_drawable(centre)) surface_->ring(brought_near(centre), radius, 1.3, color);
+  if (is_drawable(centre)) surface_->ring(brought_near(centre), radius, ring_line, color);
 }
 
 void Canvas::gradient(const Box& box, Color from, Color to, bool to_the_right) {
@@ -98,7 +99,7 @@ void Canvas::gradient(const Box& box, Color from, Color to, bool to_the_right) {
 }
 
 void Canvas::text(Point at, const std::string& text, const Lettering& lettering, Point anchor) {
-  surface_->text(at, text, lettering, anchor);
+  if (!text.empty()) surface_->text(at, text, lettering, anchor);
 }
 
 Point Canvas::extent(const std::string& text, const Lettering& lettering) {

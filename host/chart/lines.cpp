@@ -1,9 +1,10 @@
 // Lines: through the values of all bars, between marked bars, and the analytical figures.
 #include <algorithm>
 #include <cmath>
-#include <map>
+#include <iterator>
 #include <span>
 
+#include "../panes/measures.h"
 #include "../panes/numbers.h"
 #include "painter.h"
 
@@ -30,26 +31,27 @@ std::vector<Point> condensed(const std::vector<Point>& points) {
   return few;
 }
 
+std::vector<double> lengths_of(const NamedDashes& dashes) {
+  const auto* const end = std::ranges::find(dashes.lengths, 0.0);
+  return {std::begin(dashes.lengths), end};
+}
+
+std::vector<double> dashes_of(const Record& record) {
+  const std::string style = record.text("LineShapeStyle");
+  const auto is_meant = [&style](const NamedDashes& dashes) { return style == dashes.name; };
+  const auto* const row = std::ranges::find_if(named_dashes, is_meant);
+  return row == std::end(named_dashes) ? std::vector<double>() : lengths_of(*row);
+}
+
 }  // namespace
 
 Stroke Painter::stroke_of(const Record& record) const {
-  static const std::map<std::string, std::vector<double>> dashes = {
-      {"DASHLINE", {8, 4}},
-      {"DASH", {5, 4}},
-      {"DOTLINE", {2, 3}},
-      {"DOT", {1, 3}},
-      {"DASHDOT", {6, 3, 1, 3}},
-      {"POINTDOT", {1, 2}},
-      {"DASHDOTDOT", {6, 3, 1, 3, 1, 3}}};
-  const auto row = dashes.find(record.text("LineShapeStyle"));
-  const double width = record.number("LineWidth", 1.0) + 0.4;
-  return {theme_.line(record.text("LineColor")), std::min(width, widest_line()),
-          row == dashes.end() ? std::vector<double>() : row->second};
+  const double width = record.number("LineWidth", 1.0) + line_ease;
+  return {theme_.line(record.text("LineColor")), std::min(width, widest_line()), dashes_of(record)};
 }
 
 double Painter::widest_line() const {
-  constexpr double few_pixels = 3.0;  // for a bar; a broad line would hide all others
-  return axis_.slot_width() < few_pixels ? 1.2 : 10.0;
+  return axis_.slot_width() < narrow_slot ? broadest_narrow_line : broadest_line;
 }
 
 /// A line of one value lies from edge to edge, as a level to measure other lines by.
@@ -59,8 +61,8 @@ void Painter::draw_polyline(const Record& record) {
   if (const auto level = std::ranges::find_if(panel_.levels, is_record);
       level != panel_.levels.end()) {
     const double y = std::round(panel_.y(level->value)) + 0.5;
-    stroke.width -= 0.4;
-    if (stroke.dashes.empty()) stroke.dashes = {4, 3};
+    stroke.width -= line_ease;
+    if (stroke.dashes.empty()) stroke.dashes = lengths_of(level_dashes);
     canvas_.line({{axis_.left(), y}, {axis_.right(), y}}, stroke);
     return;
   }
@@ -188,8 +190,7 @@ void Painter::draw_figure(const Record& record) {
   if (!first || !second) return;
   const double swing = (second->y - first->y) * record.number("Ratio", 1.0);
   if (style.starts_with("Golden")) {
-    for (const auto& [share, name] :
-         {std::pair{0.0, "0"}, {0.382, "38.2%"}, {0.5, "50%"}, {0.618, "61.8%"}, {1.0, "100%"}}) {
+    for (const auto& [share, name] : golden_shares) {
       level(std::min(first->x, second->x), first->y + swing * share, name);
     }
   } else if (style.starts_with("Wave")) {

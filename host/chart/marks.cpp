@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "../panes/measures.h"
 #include "../panes/numbers.h"
 #include "../panes/trade_words.h"
 #include "painter.h"
@@ -9,12 +10,10 @@
 namespace quor_host {
 namespace {
 
-constexpr double space = 3.0;      ///< between a bar and a text
-constexpr double far_away = 11.0;  ///< from where on a text needs a line to its point
-
-/// The rows in sight at which a notice or a signal holds.
-std::vector<size_t> rows_that_hold(const View& view, const Record& record) {
-  const Series holds = view.series(record, "Field1Id");
+/// The rows in sight at which a notice, a signal or a sound holds.
+std::vector<size_t> rows_that_hold(const View& view, const Record& record,
+                                   const char* key = "Field1Id") {
+  const Series holds = view.series(record, key);
   std::vector<size_t> found;
   for (size_t row = view.first_row(); row < view.row_count(); ++row) {
     if (holds[row] == 1.0) found.push_back(row);
@@ -37,8 +36,8 @@ std::optional<Box> Painter::bar_at(size_t row) const {
 
 void Painter::lead(Point from, const Box& to, Color color) {
   const double end = std::clamp(from.y, to.top, to.bottom);
-  if (std::abs(end - from.y) < far_away) return;
-  color.alpha = 0.55;
+  if (std::abs(end - from.y) < far_text) return;
+  color.alpha = lead_alpha;
   canvas_.line({from, {std::clamp(from.x, to.left + 2, to.right - 2), end}}, {color});
 }
 
@@ -51,7 +50,7 @@ void Painter::label(size_t row, Point at, Point anchor, const std::string& text,
   bool upwards = anchor.y > 0.5;
   if (const auto bar = bar_at(row)) {
     if (anchor.y == 0.5) upwards = at.y <= (bar->top + bar->bottom) / 2;
-    const Box around{bar->left, bar->top - space, bar->right, bar->bottom + space};
+    const Box around{bar->left, bar->top - text_space, bar->right, bar->bottom + text_space};
     if (around.meets(wanted)) {
       const double y = upwards ? around.top - extent.y : around.bottom;
       wanted = wanted.moved(0.0, y - wanted.top);
@@ -59,7 +58,7 @@ void Painter::label(size_t row, Point at, Point anchor, const std::string& text,
     }
   }
   wanted = wanted.moved(std::round(wanted.left) - wanted.left, std::round(wanted.top) - wanted.top);
-  const auto place = placement_.place(wanted, upwards, {48.0, 48.0, true});
+  const auto place = placement_.place(wanted, upwards, {farthest_text, farthest_text, true});
   if (!place) return;
   lead(at, *place, lettering.color);
   if (framed) canvas_.frame(*place, lettering.color);
@@ -113,7 +112,9 @@ void Painter::draw_picture(const Record& record) {
   if (record.flag("IsLastCandle")) {
     if (!view_.marks(record)[view_.last_row()]) return;
     const Point foot{(axis_.left() + axis_.right()) / 2, panel_.bottom - 12};
-    canvas_.text(foot, name, {blend(theme_.ground, theme_.label, 0.25), 40.0, true}, {0.5, 1.0});
+    Color pale = theme_.label;
+    pale.alpha = back_picture_alpha;
+    canvas_.text(foot, name, {pale, 40.0, true}, {0.5, 1.0});
     return;
   }
   const Series prices = view_.series(record, "Field1Id");
@@ -130,6 +131,16 @@ void Painter::draw_notice(const Record& record) {
   const double half = std::clamp(axis_.slot_width() * 0.6, 1.5, 4.5);
   for (const size_t row : axis_.one_per_slot(rows_that_hold(view_, record))) {
     canvas_.area({{x(row), y - 2 * half}, {x(row) - half, y}, {x(row) + half, y}}, theme_.notice);
+  }
+}
+
+/// A note at the head of the panel.
+void Painter::draw_sound(const Record& record) {
+  const double y = panel_.top + 11;
+  for (const size_t row : axis_.one_per_slot(rows_that_hold(view_, record, "Field1VisibleId"))) {
+    const double stem = x(row) + 1.5;
+    canvas_.line({{stem, y}, {stem, y - 8}, {stem + 3, y - 6}}, {theme_.notice, 1.2});
+    canvas_.disc({x(row) - 0.5, y}, 2.0, theme_.notice);
   }
 }
 
@@ -150,7 +161,7 @@ void Painter::draw_trade(const Record& record) {
 void Painter::draw_sign(const TradeSign& sign, double x, const Box& bar) {
   constexpr double half = 5.0;
   constexpr double height = 9.0;
-  const double top = sign.points_up ? bar.bottom + space : bar.top - space - height;
+  const double top = sign.points_up ? bar.bottom + text_space : bar.top - text_space - height;
   const Box wanted{x - half, top, x + half, top + height};
   const bool is_dense = axis_.slot_width() < 3.0;
   auto place = placement_.place(wanted, !sign.points_up, {is_dense ? 18.0 : 40.0});

@@ -21,6 +21,7 @@ const Painter::Row Painter::rows[] = {
     {"PolygonShape", "", &Painter::draw_region},
     {"NoticeShape", "", &Painter::draw_notice},
     {"FuturesTradeShape", "", &Painter::draw_trade},
+    {"SoundShape", "", &Painter::draw_sound},
 };
 
 Painter::Painter(Canvas& canvas, const View& view, const Theme& theme, const TimeAxis& axis,

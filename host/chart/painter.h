@@ -52,6 +52,7 @@ class Painter {
   void draw_background(const Record& record);
   void draw_region(const Record& record);
   void draw_notice(const Record& record);
+  void draw_sound(const Record& record);
   void draw_trade(const Record& record);
   void draw_sign(const TradeSign& sign, double x, const Box& bar);
 

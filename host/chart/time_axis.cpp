@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "../panes/measures.h"
+
 namespace quor_host {
 namespace {
 
@@ -31,9 +33,8 @@ double TimeAxis::x(size_t row) const {
 }
 
 double TimeAxis::bar_width() const {
-  constexpr double widest = 41.0;
-  const double odd = 2 * std::floor(slot_width_ * 0.36) + 1;
-  return std::clamp(odd < slot_width_ ? odd : odd - 2, 1.0, widest);
+  const double odd = 2 * std::floor(slot_width_ * bar_share / 2) + 1;
+  return std::clamp(odd < slot_width_ ? odd : odd - 2, 1.0, broadest_bar);
 }
 
 std::vector<size_t> TimeAxis::one_per_slot(const std::vector<size_t>& rows) const {

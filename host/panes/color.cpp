@@ -12,12 +12,13 @@ constexpr Color black = rgb(0x000000);
 constexpr Color white = rgb(0xFFFFFF);
 constexpr unsigned grey = 0x6B7280;
 
-/// The hexadecimal colours of the keys that name a hue and a shade.
+/// The hexadecimal colours of the keys that name a hue and a shade. Those of automatic lines can be
+/// told apart by eyes that lack red or green, too.
 const std::map<std::string, unsigned> brushes = {
-    {"Brush.Red6", 0xD9363E},    {"Brush.Red10", 0x8C1D18},  {"Brush.Green4", 0x73C17C},
+    {"Brush.Red6", 0xD9363E},    {"Brush.Red10", 0xC30006},  {"Brush.Green4", 0x366046},
     {"Brush.Green6", 0x2E9E52},  {"Brush.Green7", 0x1E7F3F}, {"Brush.Cyan7", 0x0E9AA7},
     {"Brush.Orange7", 0xE07B1A}, {"Brush.Pink7", 0xD6408A},  {"Brush.Blue7", 0x2563C9},
-    {"Brush.Yellow8", 0xB58A00}, {"Brush.Gold6", 0xC99A2E},  {"Brush.Purple7", 0x7A3FB8},
+    {"Brush.Yellow8", 0xD9D164}, {"Brush.Gold6", 0xBEB68A},  {"Brush.Purple7", 0x8A17E9},
 };
 
 double luminance(Color color) {

@@ -45,11 +45,11 @@ std::vector<double> shares_of(const std::vector<Panel>& panels) {
   return shares;
 }
 
-/// Regions lie behind the bars, which they would dim. Signals and pictures at bars lie over lines,
-/// and get their places before texts do.
+/// Regions lie behind the bars, which they would dim. Signals, sounds and pictures at bars lie over
+/// lines, and get their places before texts do.
 double layer_of(const Record& record) {
   if (record.is("PolygonShape")) return 0.4;
-  if (record.is("FuturesTradeShape") || record.is("NoticeShape")) return 2.5;
+  if (has_no_value(record)) return 2.5;
   if (record.is("ImageShape") && !record.flag("IsLastCandle")) return 2.6;
   return record.number("ZIndex");
 }

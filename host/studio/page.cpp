@@ -37,11 +37,17 @@ std::string read_bytes(const fs::path& path) {
   return bytes;
 }
 
-/// A checksum, in the quotes that tags of browsers stand in.
+/// What the build of the page has packed beside a file.
+std::string packed_bytes(fs::path path) {
+  path += ".gz";
+  return fs::is_regular_file(path) ? read_bytes(path) : std::string();
+}
+
+/// A checksum.
 std::string tag_of(std::string_view bytes) {
   uint64_t sum = 0xCBF29CE484222325;
   for (const char byte : bytes) sum = (sum ^ static_cast<unsigned char>(byte)) * 0x100000001B3;
-  return '"' + std::to_string(sum) + '"';
+  return std::to_string(sum);
 }
 
 }  // namespace
@@ -58,7 +64,8 @@ Page::Page(const fs::path& folder) {
     const std::string path = '/' + entry.path().lexically_relative(folder).generic_string();
     std::string bytes = read_bytes(entry.path());
     std::string tag = tag_of(bytes);
-    files_[path] = {std::string(row->type), std::move(bytes), std::move(tag)};
+    files_[path] = {std::string(row->type), std::move(bytes), packed_bytes(entry.path()),
+                    std::move(tag)};
   }
   files_["/"] = files_.at("/index.html");
 }
@@ -66,14 +73,26 @@ Page::Page(const fs::path& folder) {
 Answer Page::answer(const Request& request) const {
   const auto found = files_.find(request.path);
   if (found == files_.end()) throw Refusal(404, "there is no such page");
-  const auto& [type, bytes, tag] = found->second;
-  Answer answer{200, type, {}, {{"ETag", tag}, {"Cache-Control", "no-cache"}}};
+  const auto& [type, bytes, packed, checksum] = found->second;
+  const bool is_packed = request.takes_gzip && !packed.empty();
+  const std::string tag = '"' + checksum + (is_packed ? "-gzip" : "") + '"';
+  const bool lasts = is_version(request.text("v"));
+  Answer answer{200, type, {}, {{"ETag", tag}}};
+  answer.headers.emplace_back("Cache-Control",
+                              lasts ? "private, max-age=31536000, immutable" : "no-cache");
+  if (!packed.empty()) answer.headers.emplace_back("Vary", "Accept-Encoding");
   if (request.known_tag == tag) {
     answer.status = 304;
-  } else {
-    answer.body = bytes;
+    return answer;
   }
+  if (is_packed) answer.headers.emplace_back("Content-Encoding", "gzip");
+  answer.body = is_packed ? packed : bytes;
   return answer;
+}
+
+bool Page::is_version(const std::string& text) const {
+  if (text.empty()) return false;
+  return files_.at("/").bytes.find("?v=" + text + '"') != std::string::npos;
 }
 
 }  // namespace quor_host

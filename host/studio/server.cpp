@@ -36,6 +36,14 @@ Visitor visitor_of(const httplib::Request& request) {
           request.get_header_value("Sec-Fetch-Site"), request.get_header_value("Cookie")};
 }
 
+/// Whether a list such as "gzip, deflate;q=0.5" has the word, and not as one that isn't wanted.
+bool names_gzip(const std::string& encodings) {
+  const size_t at = encodings.find("gzip");
+  if (at == std::string::npos) return false;
+  const std::string rest = encodings.substr(at + 4, encodings.find(',', at) - at - 4);
+  return rest.find("q=0") == std::string::npos || rest.find("q=0.") != std::string::npos;
+}
+
 std::string content_type(const httplib::Request& request) {
   std::string type = request.get_header_value("Content-Type");
   type.erase(std::min(type.find(';'), type.size()));
@@ -52,6 +60,7 @@ Request request_of(const httplib::Request& request) {
                 {},
                 content_type(request),
                 request.get_header_value("If-None-Match"),
+                names_gzip(request.get_header_value("Accept-Encoding")),
                 {}};
   for (const auto& [key, value] : request.params) plain.query.emplace(key, value);
   return plain;

@@ -17,6 +17,7 @@ struct Request {
   std::map<std::string, std::string> query;  ///< decoded; of a repeated key the first
   std::string type;       ///< of the content, in small letters, without parameters
   std::string known_tag;  ///< of what the browser has kept of this path
+  bool takes_gzip = false;
   std::string body;
 
   std::string text(const std::string& key) const;

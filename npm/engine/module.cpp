@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "advice/advice.h"
+#include "bars/fields.h"
 #include "engine/engine.h"
 #include "json.h"
 
@@ -150,10 +151,25 @@ void write_report(Json& json, const Script& script) {
   json.close(']').close('}');
 }
 
+/// The arrays that bars have for the fields, by the words and the id under which they may stand.
+void write_needs(Json& json, const Script& script) {
+  json.open('[');
+  for (const uint32_t id : script.report().fields) {
+    json.open('{').key("id").integer(id).key("names").open('[');
+    for (const auto& [word, field] : quor_bars::field_words()) {
+      if (field == id) json.text(word);
+    }
+    json.text(std::to_string(id)).close(']').close('}');
+  }
+  json.close(']');
+}
+
 std::string description_of(const Script& script) {
   Json json;
   json.open('{').key("report");
   write_report(json, script);
+  json.key("needs");
+  write_needs(json, script);
   json.key("lines").open('[');
   for (const auto& line : script.lines()) {
     json.open('{').key("name").text(line.name).key("statement").integer(line.statement);

@@ -23,29 +23,12 @@ export type Values = ArrayLike<number | bigint | boolean | null | undefined>;
  */
 export type Bars = { readonly [field: string]: Times | Values };
 
-/** The usual names of the fields, without blanks and underscores and in small letters. */
-const fieldWords: ReadonlyMap<number, readonly string[]> = new Map([
-  [7, ['open', 'o']],
-  [8, ['high', 'h']],
-  [9, ['low', 'l']],
-  [11, ['close', 'c']],
-  [13, ['volume', 'vol', 'v']],
-  [19, ['amount', 'turnover']],
-  [65, ['openinterest', 'opi', 'oi']],
-  [72, ['settle', 'settlement']],
-  [2656718, ['avprice', 'averageprice', 'vwap']],
-]);
-
 const timeWords = ['datetime', 'timestamp', 'date', 'time'];
 
 /** A field that a script reads; the first name is the one that messages show. */
 export interface Need {
   readonly id: number;
   readonly names: readonly string[];
-}
-
-export function needOf(id: number): Need {
-  return { id, names: [...(fieldWords.get(id) ?? []), String(id)] };
 }
 
 const plain = (name: string) => name.replace(/[ _]/g, '').toLowerCase();

@@ -1,4 +1,4 @@
-import { BarReader, needOf, take, type Bar, type Bars, type Need } from './bars.js';
+import { BarReader, take, type Bar, type Bars, type Need } from './bars.js';
 import type { Finding } from './errors.js';
 import type { Address, Module } from './module.js';
 import { Zone } from './times.js';
@@ -78,6 +78,7 @@ export type Lines = Readonly<Record<string, Float64Array>>;
 
 interface Description {
   readonly report: Report;
+  readonly needs: readonly Need[];
   readonly lines: readonly Line[];
 }
 
@@ -119,6 +120,11 @@ function compiled(module: Module, settings: object): { holder: Holder; descripti
   };
 }
 
+const inSmall = ({ id, names }: Need): Need => ({
+  id,
+  names: names.map((name) => name.toLowerCase()),
+});
+
 /** A compiled script. Made by `Engine.compile`. */
 export class Script {
   readonly #module: Module;
@@ -142,7 +148,7 @@ export class Script {
     this.lines = description.lines;
     this.report = description.report;
     this.#needs = [
-      ...this.report.fields.filter((id) => id !== rowKey && id !== noticeTime).map(needOf),
+      ...description.needs.filter(({ id }) => id !== rowKey && id !== noticeTime).map(inSmall),
       ...this.report.references.map(({ source, column }) => ({
         id: column,
         names: [source.toLowerCase()],

@@ -11,7 +11,7 @@ from typing import Any, Iterable, Mapping, NamedTuple, Optional, Sequence, Union
 from . import _engine
 
 DAY = 0x4000
-_FIRST_PERIOD = 0x1000
+_FIRST_PERIOD, _LAST_PERIOD = 0x1000, 0x7FFFFFFF
 
 #: The numbers that scripts ask for by these names, in the engine's order.
 CONSTANTS = ("MINPRICE", "UNIT", "SHARECOUNTPERUNIT")
@@ -68,7 +68,8 @@ def period_code(period: Period) -> int:
         code = _engine.parse_period(period)
         if code is not None:
             return code
-    elif isinstance(period, int) and not isinstance(period, bool) and period >= _FIRST_PERIOD:
+    elif isinstance(period, int) and not isinstance(
+            period, bool) and _FIRST_PERIOD <= period <= _LAST_PERIOD:
         return period
     raise ValueError('period is a name, such as "5min", "day" or "week", or a code, such as '
                      f"0x3005, and not {period!r}")
@@ -107,7 +108,16 @@ def _checked(text: str, name: str) -> str:
 def _text(name: str, value: Any) -> str:
     if not isinstance(value, str):
         raise ValueError(f"{name} is a text, and not {value!r}")
-    return value
+    return whole_text(name, value)
+
+
+def whole_text(name: str, text: str) -> str:
+    """The text. Raises ValueError for one with half a character, which no file can have."""
+    half = re.search("[\ud800-\udfff]", text)
+    if half:
+        raise ValueError(f"{name} has half a character, {half[0]!r}, at place {half.start()}; read "
+                         "the text again, in the encoding that it has")
+    return text
 
 
 def _constants(constants: Mapping[str, float]) -> tuple[float | None, ...]:

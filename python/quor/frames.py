@@ -21,15 +21,13 @@ Columns = Optional[Mapping[str, Optional[Hashable]]]
 
 _NAT = np.iinfo(np.int64).min
 _TIME = 1  #: the engine's column of the times
-_SHOWN = {13: "volume", 65: "openinterest"}  #: where the first word isn't the usual one in frames
 
 
 def _words() -> dict[int, tuple[str, ...]]:
-    words = {}
-    for id_, all_words in _engine.field_words().items():
-        small = [word.lower() for word in all_words]
-        shown = _SHOWN.get(id_, small[0])
-        words[id_] = (shown, *(word for word in small if word != shown))
+    words = {
+        id_: tuple(word.lower() for word in all_words)
+        for id_, all_words in _engine.field_words().items()
+    }
     del words[_TIME]
     return words
 
@@ -294,6 +292,8 @@ def read_csv(
     ValueError
         With the line at which the file is wrong.
     """
+    if not isinstance(path, (str, os.PathLike)):
+        raise ValueError(f"a file of bars goes by its path, and not by {type(path).__name__}")
     seconds, values, doubts = Layout((), columns, duplicates).read_file(path)
     warn_of(notes_of_doubts(doubts))
     names = {need_of(id_).names[0]: column for id_, column in values.items()}
@@ -310,10 +310,17 @@ def _labels(frame: Any) -> tuple[Hashable, ...]:
     if labels is None:
         if not isinstance(frame, Mapping):
             raise TypeError("bars are a DataFrame or a mapping of arrays, and not "
-                            f"{type(frame).__name__}")
+                            f"{type(frame).__name__}{_way_from(frame)}")
         labels = frame.keys()
     names: Any = labels
     return tuple(names.tolist() if is_index(names) else names)
+
+
+def _way_from(other: Any) -> str:
+    """How what isn't bars becomes some."""
+    if isinstance(other, (str, os.PathLike)):
+        return "; quor.read_csv reads a file"
+    return '; make a frame of it: series.to_frame("close")' if is_series(other) else ""
 
 
 def _level(frame: Any, has_column: bool, is_named: bool) -> Any:
@@ -399,7 +406,7 @@ def numbers_of(values: Any, label: Hashable) -> Array:
     array = row_of(values, label)
     if array.dtype.kind in "fiub":
         return array
-    if array.dtype.kind != "O":
+    if array.dtype.kind not in "OUS":
         raise ValueError(f"column {label!r} holds {array.dtype}, and no numbers")
     for row, value in enumerate(array):
         if isinstance(value, (str, bytes)):
@@ -407,7 +414,7 @@ def numbers_of(values: Any, label: Hashable) -> Array:
     try:
         return np.array([np.nan if is_missing(value) else float(value) for value in array],
                         np.float64)
-    except (TypeError, ValueError) as error:
+    except (TypeError, ValueError, OverflowError) as error:
         raise ValueError(f"column {label!r} holds what is no number: {error}") from None
 
 

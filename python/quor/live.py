@@ -143,6 +143,9 @@ class Live:
 
     def values(self, count: int | None = None) -> pd.DataFrame:
         """The lines over the last ``count`` bars, or over all, by time."""
+        if count is not None and (isinstance(count, bool) or not isinstance(count, int)
+                                  or count < 0):
+            raise ValueError(f"count is a whole number from 0 on, and not {count!r}")
         first = 0 if count is None else max(len(self) - count, 0)
         index = self._times(self._engine.keys(first))
         values = self._engine.values(first)[self._numbers]

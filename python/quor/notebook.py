@@ -90,6 +90,7 @@ class Chart:
 def plot(script: Script, frame: Any, columns: Columns, duplicates: str, last: int, theme: str,
          size: tuple[int, int], volume: bool) -> Chart:
     """The chart that the command line draws."""
+    _check(last, theme, size)
     program = shutil.which(os.environ.get("QUOR_PROGRAM", "quor"))
     if program is None:
         raise RuntimeError("charts are drawn by the program quor, which isn't in PATH; install the "
@@ -107,6 +108,20 @@ def plot(script: Script, frame: Any, columns: Columns, duplicates: str, last: in
         if done.returncode:
             raise RuntimeError(f"the chart could not be drawn: {done.stderr.strip()}")
         return Chart((Path(folder) / "chart.svg").read_text(encoding="utf-8"))
+
+
+def _check(last: Any, theme: Any, size: Any) -> None:
+    """Raises ValueError for what the program would refuse in words of its own."""
+    if not _is_count(last):
+        raise ValueError(f"last must be a whole number from 1 on, and not {last!r}")
+    if theme not in ("light", "dark"):
+        raise ValueError(f'theme is "light" or "dark", and not {theme!r}')
+    if not isinstance(size, (tuple, list)) or len(size) != 2 or not all(map(_is_count, size)):
+        raise ValueError(f"size is width and height in pixels, as (1200, 800), and not {size!r}")
+
+
+def _is_count(value: Any) -> bool:
+    return isinstance(value, int) and not isinstance(value, bool) and value > 0
 
 
 def _bars_for(script: Script, frame: Any, columns: Columns, duplicates: str) -> Bars:

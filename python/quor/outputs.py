@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import Any, Hashable, Optional, Sequence
+from typing import Any, Hashable, Optional, Sequence, Union
 
 import numpy as np
 
@@ -10,6 +10,10 @@ from .arrays import Array
 from .optional import has_pandas, pd
 
 Out = Optional[str]
+Lines = Union[Array, list[Array]]  #: a row for each line
+
+#: Bars of a security that are sorted sooner than compared with those of the one before.
+_FEW = 8
 
 _FORMS = ("long", "wide", "numpy")
 
@@ -23,10 +27,14 @@ def out_of(out: Out) -> str:
     return out
 
 
-def lines_of_run(cells: Array, names: Sequence[str], index: Any, out: Out) -> Any:
+def lines_of_run(cells: Lines, names: Sequence[str], index: Any, out: Out) -> Any:
     """Lines, of which ``cells`` has a row each, over the bars of one index. No cell is copied."""
     if out_of(out) == "numpy":
         return dict(zip(names, cells))
+    if isinstance(cells, list):
+        frame = pd.DataFrame(dict(enumerate(cells)), index=index, copy=False)
+        frame.columns = pd.Index(names)
+        return frame
     return pd.DataFrame(cells.T, index=index, columns=list(names), copy=False)
 
 
@@ -78,6 +86,10 @@ def _codes_of(seconds: list[Array]) -> tuple[Array, Array]:
     before."""
     if not seconds:
         return np.empty(0, np.int64), np.empty(0, np.int64)
+    every = np.concatenate(seconds)
+    if len(every) <= _FEW * len(seconds):
+        union, codes = np.unique(every, return_inverse=True)
+        return union, codes
     kinds: list[Array] = []
     numbers = []
     for some in seconds:

@@ -12,7 +12,7 @@ from .errors import Finding, error_of, warn_of
 from .frames import FIELD_WORDS, TIME_WORDS, Bars, Layout, plain, zoned_of
 from .optional import is_datetime_index, is_frame, is_multi_index, pd
 from .outputs import Out, lines_of_run, out_of
-from .pools import processors
+from .pools import check_jobs, processors
 from .times import times_of
 
 if TYPE_CHECKING:
@@ -70,6 +70,8 @@ def panel_of(frames: Any, by: Any, layout: Layout) -> Panel | None:
     ValueError
         As :meth:`Layout.bars` does, for a security without a name and for times that repeat.
     """
+    if not isinstance(by, Hashable):
+        raise ValueError(f"by is the name of one column, and not {by!r:.80}")
     if is_frame(frames):
         if by is None and getattr(frames.columns, "nlevels", 1) == 2:
             return _wide(_split_levels(frames), layout)
@@ -230,6 +232,7 @@ def _wide(frames: Mapping[Hashable, Any], layout: Layout) -> Panel:
 def run_panel(script: Script, panel: Panel, layout: Layout, lines: Any, out: Out,
               jobs: int | None) -> Any:
     """All lines over all bars of a panel, in the rows of its frame."""
+    check_jobs(jobs)
     numbers = script.numbers_of(lines)
     names = [script.line_details[number].name for number in numbers]
     cells = _calculate(script, panel, layout, numbers, jobs)

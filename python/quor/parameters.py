@@ -4,11 +4,12 @@ from __future__ import annotations
 
 import math
 import re
-from typing import Any, Iterable, Sequence
+from typing import Any, Iterable, Mapping, Sequence
 
 import numpy as np
 
 from . import _engine
+from .context import whole_text
 from .errors import Finding, ParameterError
 
 #: The engine keeps so many decimals of a parameter, and all digits of a number in a script.
@@ -20,11 +21,21 @@ def capitals(name: str) -> str:
     return name.encode(errors="surrogatepass").upper().decode(errors="surrogatepass")
 
 
+def mapping_of(parameters: Any) -> Mapping[str, Any]:
+    """The parameters that are given as a mapping; none is an empty one."""
+    if parameters is None:
+        return {}
+    if not isinstance(parameters, Mapping):
+        raise ValueError("parameters are a mapping, such as {'N': 5}, and not "
+                         f"{parameters!r:.80}")
+    return parameters
+
+
 def numbers(parameters: Iterable[tuple[str, Any]]) -> tuple[tuple[str, float], ...]:
     """Parameters as the engine takes them. Raises ParameterError for what it can't keep."""
     given: dict[str, float] = {}
     for name, value in parameters:
-        word = capitals(str(name))
+        word = capitals(whole_text("the name of a parameter", str(name)))
         if word in given:
             raise _fault(f"the parameter {word} is given twice", "give it once")
         given[word] = number(word, value)

@@ -30,6 +30,12 @@ def processors() -> int:
     return len(count(0)) if count else os.cpu_count() or 1
 
 
+def check_jobs(jobs: Any) -> None:
+    """Raises ValueError for what is no number of threads."""
+    if jobs is not None and (isinstance(jobs, bool) or not isinstance(jobs, int) or jobs < 1):
+        raise ValueError(f"jobs must be a whole number from 1 on, and not {jobs!r}")
+
+
 def chunks_of(items: Iterable[tuple[Hashable, Any]]) -> Iterator[Chunk]:
     """The items in chunks."""
     items = iter(items)

@@ -90,13 +90,20 @@ def series_of(references: Frames, wanted: Sequence[Wanted], intake: Any) -> tupl
     """
     result: list[Series] = []
     served: dict[int, Hashable] = {}
+    if references is not None and not isinstance(references, Mapping):
+        raise ValueError('references are a mapping, such as {"000300": frame}, and not '
+                         f"{type(references).__name__}")
     for name, given in (references or {}).items():
         mine = [want for want in wanted if _is_meant(str(name), want)]
         if not mine:
             what = ", ".join(sorted({want.source for want in wanted})) or "none"
             raise ValueError(f"references: the script doesn't read {name!r}; it reads {what}")
         reference = given if isinstance(given, Reference) else Reference(given)
-        times, columns = intake(reference.frame, [want.field for want in mine])
+        try:
+            times, columns = intake(reference.frame, [want.field for want in mine])
+        except (TypeError, ValueError) as error:
+            kind = TypeError if isinstance(error, TypeError) else ValueError
+            raise kind(f"references: {name!r}: {error}") from None
         for want in mine:
             if want.column in served:
                 raise ValueError(f"references: {name!r} and {served[want.column]!r} are one")

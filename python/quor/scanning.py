@@ -16,7 +16,7 @@ from .errors import BarsWarning, Finding, ScanWarning, ScriptError, error_of
 from .frames import Bars, Columns, Layout
 from .optional import is_frame
 from .outputs import Out, labelled, out_of
-from .pools import Chunk, chunks_of, on_executor, on_threads, processors
+from .pools import Chunk, check_jobs, chunks_of, on_executor, on_threads, processors
 from .progress import progress_bar
 from .references import Frames, Series
 from .script import Script, Spec, as_script
@@ -213,8 +213,9 @@ def scan(
     if where is not None and (not isinstance(where, str) or not where.strip()):
         raise ValueError(f"where must be an expression, and not {where!r}; without it all bars are "
                          "kept")
-    if jobs is not None and (isinstance(jobs, bool) or not isinstance(jobs, int) or jobs < 1):
-        raise ValueError(f"jobs must be a whole number from 1 on, and not {jobs!r}")
+    check_jobs(jobs)
+    if executor is not None and not hasattr(executor, "submit"):
+        raise ValueError(f"an executor is one of concurrent.futures, and not {executor!r:.80}")
     form = out_of(out)
     script = as_script(script, period=period, market=market, calendar=calendar,
                        constants=constants, references=references)

@@ -6,13 +6,13 @@ import json
 import re
 import threading
 from contextlib import contextmanager
-from typing import Any, Iterable, Iterator, Mapping, NamedTuple, Sequence
+from typing import Any, Hashable, Iterable, Iterator, Mapping, NamedTuple, Sequence
 
 import numpy as np
 
 from . import _engine
 from .arrays import Array
-from .context import DAY, Calendar, Constants, Context, Period
+from .context import DAY, Calendar, Constants, Context, Period, whole_text
 from .errors import Finding, raise_error, warn_of
 from .events import NO_EVENTS, Events, places_of
 from .frames import Columns, Layout, Need, need_of
@@ -21,9 +21,10 @@ from .live import Live
 from .notebook import Chart, html_of, plot
 from .optional import pd
 from .ordering import PanelEvents
-from .outputs import Out, lines_of_run, out_of
+from .outputs import Lines, Out, lines_of_run, out_of
 from .panels import panel_of, run_panel
-from .parameters import capitals, check_names, declared, numbers, with_digits, with_overrides
+from .parameters import (
+    capitals, check_names, declared, mapping_of, numbers, with_digits, with_overrides)
 from .protocols import adopted
 from .references import Frames, Series, series_of, wanted_of
 
@@ -117,7 +118,7 @@ def compile(source: str, *, period: Period = DAY, code: str = "", market: str = 
     """
     source = text_of(source)
     context = Context().with_(period, code, market, calendar, constants)
-    given = numbers([*(parameters or {}).items(), *params.items()])
+    given = numbers([*mapping_of(parameters).items(), *params.items()])
     if override:
         source = with_overrides(source, given)
     script = Script(Spec(source, given, "", context))
@@ -128,7 +129,7 @@ def compile(source: str, *, period: Period = DAY, code: str = "", market: str = 
 def text_of(source: Any) -> str:
     """The text of a script. Raises TypeError for what is none."""
     if isinstance(source, str):
-        return source.removeprefix("\ufeff")
+        return whole_text("a script", source).removeprefix("\ufeff")
     if hasattr(source, "columns"):
         raise TypeError("the script comes first, and then the bars")
     name = "None" if source is None else type(source).__name__
@@ -318,20 +319,26 @@ class Script:
             return result
         numbers_of_lines = script.numbers_of(lines)
         bars = layout.bars(frame)
-        with script.engine(keep) as engine:
-            def work() -> tuple[Array, Array | None]:
-                if not engine.run(bars.times, bars.ticks, bars.fields, True):
+        once = len(bars.times) > _KEPT_ROWS and not keep
+        with script.engine(keep, len(bars.times)) as engine:
+            def work() -> tuple[Lines, Array | None, Any]:
+                done = (engine.run_once(bars.times, bars.ticks, bars.fields) if once else
+                        engine.run(bars.times, bars.ticks, bars.fields, True))
+                if not done:
                     raise_error(engine)
+                rows, events = engine.rows_of_bars(), engine.events()
+                if once and rows is None:
+                    return engine.take(numbers_of_lines), rows, events
                 cells = np.empty((len(numbers_of_lines), engine.row_count()))
                 engine.fill(cells, numbers_of_lines, 0)
-                return cells, engine.rows_of_bars()
+                return cells, rows, events
 
-            cells, rows = interruptible(work, len(bars.times))
+            cells, rows, events = interruptible(work, len(bars.times))
             if rows is not None:
                 layout.check_times(bars, engine.row_count())
-                cells = cells[:, rows]
-            self._events = Events(engine.events(),
-                                  lambda places, _: bars.labels[places_of(places, rows)])
+                cells = np.asarray(cells)[:, rows]
+            labels = bars.labels
+            self._events = Events(events, lambda places, _: labels[places_of(places, rows)])
             self._bar_notes = layout.notes(bars, engine.infinity())
         warn_of(self._bar_notes)
         names = [script._lines[number].name for number in numbers_of_lines]
@@ -420,6 +427,8 @@ class Script:
             return [names.index(name) for name in self._shown]
         if isinstance(lines, str) and lines.lower() == "all" and "ALL" not in names:
             return list(range(len(names)))
+        if not isinstance(lines, Iterable):
+            raise ValueError(f'lines are names of lines or "all", and not {lines!r}')
         wanted = [lines] if isinstance(lines, str) else [str(line) for line in lines]
         for line in wanted:
             if capitals(line) not in names:
@@ -432,6 +441,9 @@ class Script:
         if columns is not None and not isinstance(columns, Mapping):
             raise ValueError('columns is a mapping, such as {"close": "last price"}, and not '
                              f"{columns!r:.80}")
+        for name, label in (columns or {}).items():
+            if not isinstance(label, Hashable):
+                raise ValueError(f"columns: {name!r} is one column, and not {label!r:.80}")
         key = (tuple(sorted(columns.items(), key=str)) if columns else (), duplicates, more)
         layout = self._layouts.get(key)
         if layout is None:
@@ -441,8 +453,9 @@ class Script:
         return layout
 
     @contextmanager
-    def engine(self, keep: bool = False) -> Iterator[_engine.Engine]:
-        """An engine that nobody else works with; a new one only for a further thread."""
+    def engine(self, keep: bool = False, bars: int = 0) -> Iterator[_engine.Engine]:
+        """An engine that nobody else works with, for so many bars; a new one only for a further
+        thread."""
         with self._lock:
             engine = self._idle.pop() if self._idle else None
         if engine is None:
@@ -450,12 +463,12 @@ class Script:
         try:
             yield engine
         except Exception:
-            self._give_back(engine, keep)
+            self._give_back(engine, keep, bars)
             raise
-        self._give_back(engine, keep)  # not behind an interrupt, over which it works on
+        self._give_back(engine, keep, bars)  # not behind an interrupt, over which it works on
 
-    def _give_back(self, engine: _engine.Engine, keep: bool) -> None:
-        if not keep and engine.row_count() > _KEPT_ROWS:
+    def _give_back(self, engine: _engine.Engine, keep: bool, bars: int) -> None:
+        if not keep and max(engine.row_count(), bars) > _KEPT_ROWS:
             return
         with self._lock:
             self._idle.append(engine)

@@ -71,6 +71,8 @@ def once_each(items: Iterable[Any]) -> Iterator[Item]:
             raise ValueError(f"a scan takes pairs of a name and bars, and {what} is none; pieces "
                              'of a long frame need by="..."')
         name, source = item
+        if not isinstance(name, Hashable):
+            raise ValueError(f"the name of a security is a text or a number, and not {name!r:.80}")
         if name in seen:
             both = f": {seen[name]} and {source}" if isinstance(source, str) else ""
             again = "; pieces must come in the order of their securities" if isinstance(

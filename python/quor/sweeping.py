@@ -16,7 +16,8 @@ from .frames import Columns
 from .optional import pd
 from .outputs import Out, out_of
 from .panels import over_threads
-from .parameters import check_names, numbers, with_digits, with_overrides
+from .parameters import check_names, mapping_of, numbers, with_digits, with_overrides
+from .pools import check_jobs
 from .progress import progress_bar
 from .references import Frames
 from .script import Script, Spec, as_script, layout_of, text_of
@@ -90,7 +91,8 @@ def sweep(
         As :meth:`Script.run` does.
     """
     form = out_of(out)
-    ranges = {**(parameters or {}), **ranges}
+    check_jobs(jobs)
+    ranges = {**mapping_of(parameters), **ranges}
     values = [_values_of(name, values) for name, values in ranges.items()]
     combinations = list(product(*values))
     if not ranges or not combinations:

@@ -21,4 +21,14 @@ pybind11::array_t<Number> array_of(std::vector<Number> values) {
   return pybind11::array_t<Number>(size, data, owner);
 }
 
+/// The same of bare memory.
+template <typename Number>
+pybind11::array_t<Number> array_of(std::unique_ptr<Number[]> values, size_t size) {
+  const Number* const data = values.get();
+  const pybind11::capsule owner(values.get(),
+                                [](void* numbers) { delete[] static_cast<Number*>(numbers); });
+  values.release();
+  return pybind11::array_t<Number>(static_cast<pybind11::ssize_t>(size), data, owner);
+}
+
 }  // namespace quor_python

@@ -26,11 +26,29 @@ std::vector<Field> fields_of(const FieldList& list) {
   return fields;
 }
 
-/// Whether there is one that is no number and no null; by a sum that is quicker than asking each.
+/// Whether any is an infinity or null: only these don't make 0 of 0. Sums side by side don't wait
+/// for each other.
+bool has_special(std::span<const double> values) {
+  std::array<double, 8> sums{};
+  size_t i = 0;
+  for (; i + sums.size() <= values.size(); i += sums.size()) {
+    for (size_t lane = 0; lane < sums.size(); ++lane) sums[lane] += values[i + lane] * 0.0;
+  }
+  for (; i < values.size(); ++i) sums[0] += values[i] * 0.0;
+  return std::ranges::any_of(sums, [](double sum) { return sum != 0.0; });
+}
+
+/// Whether there is one that is no number and no null.
 bool has_infinity(std::span<const double> values) {
-  uint64_t found = 0;
-  for (const double value : values) found |= static_cast<uint64_t>(std::isinf(value));
-  return found != 0;
+  constexpr size_t at_once = 512;
+  while (!values.empty()) {
+    const auto some = values.first(std::min(at_once, values.size()));
+    values = values.subspan(some.size());
+    if (has_special(some) &&
+        std::ranges::any_of(some, [](double value) { return std::isinf(value); }))
+      return true;
+  }
+  return false;
 }
 
 std::optional<Place> find_infinity(std::span<const Field> fields) {
@@ -102,7 +120,7 @@ py::tuple tuple_of(const quor_advice::Finding& finding) {
 Engine::Engine(std::string source, Numbers parameters, std::string condition, Context context)
     : subject_(subject_of(std::move(context))),
       parameters_(std::move(parameters)),
-      script_(std::move(source), {subject_, parameters_, {}, {}, std::move(condition)}) {}
+      script_(std::move(source), {subject_, parameters_, {}, {}, std::move(condition), false}) {}
 
 void Engine::restart(Numbers parameters) {
   const py::gil_scoped_release release;
@@ -116,6 +134,34 @@ bool Engine::run(const Stamps& stamps, int64_t ticks, const FieldList& list, boo
   return work(stamps, list, [&](std::span<const int64_t> times, std::span<const Field> fields) {
     return run_anew(subject_, times, ticks, fields, with_events);
   });
+}
+
+bool Engine::run_once(const Stamps& stamps, int64_t ticks, const FieldList& list) {
+  {
+    const std::lock_guard guard(lock_);
+    lent_ = list;
+  }
+  return work(stamps, list, [&](std::span<const int64_t> times, std::span<const Field> fields) {
+    forget_times();
+    fill_keys(times, ticks, keys_);
+    script_.restart(subject_);
+    infinity_ = find_infinity(fields);
+    script_.lend_rows(keys_, fields);
+    rows_are_bars_ = keys_are_rows();
+    if (rows_are_bars_) keys_ = {};
+    return calculate(0, true);
+  });
+}
+
+py::list Engine::take(const std::vector<size_t>& lines) {
+  const std::lock_guard guard(lock_);
+  const uint32_t count = script_.row_count();
+  std::vector<uint32_t> ids;
+  for (const size_t line : lines) ids.push_back(script_.lines().at(line).column);
+  py::list arrays;
+  for (auto& cells : script_.take_columns(ids)) arrays.append(array_of(std::move(cells), count));
+  lent_.clear();
+  return arrays;
 }
 
 bool Engine::run_as(std::string code, const Stamps& stamps, int64_t ticks, const FieldList& list) {
@@ -172,7 +218,7 @@ py::object Engine::step(const py::object& time, const py::dict& fields) {
   if (ids_.size() > list.size()) return py::none();
   for (size_t i = 0; i < ids_.size(); ++i) list[i] = {ids_[i], {&bar_[i], 1}};
   keys_.assign(1, *key);
-  ticks_ = 0;
+  forget_times();
   infinity_.reset();
   script_.set_rows(keys_, std::span(list).first(ids_.size()));
   if (!calculate_from_first_key(true)) return py::bool_(false);
@@ -265,7 +311,7 @@ py::array_t<double> Engine::values(uint32_t first) {
 
 std::optional<py::array_t<int64_t>> Engine::rows_of_bars() {
   const std::lock_guard guard(lock_);
-  if (keys_.size() == script_.row_count() && std::ranges::is_sorted(keys_)) return std::nullopt;
+  if (rows_are_bars_ || keys_are_rows()) return std::nullopt;
   std::vector<int64_t> rows;
   rows.reserve(keys_.size());
   for (const int64_t key : keys_) rows.push_back(script_.row_of(key).value_or(0));
@@ -456,6 +502,10 @@ bool Engine::run_anew(const quor::engine::Subject& subject, std::span<const int6
   return calculate(0, with_events);
 }
 
+bool Engine::keys_are_rows() const {
+  return keys_.size() == script_.row_count() && std::ranges::is_sorted(keys_);
+}
+
 bool Engine::calculate(uint32_t first, bool with_events) {
   run_failed_ = static_cast<bool>(script_.calculate(first, with_events));
   return !run_failed_;
@@ -469,11 +519,17 @@ void Engine::take_in(std::span<const Field> fields) {
 /// Securities of one market mostly have the same times, so that the keys are there already.
 void Engine::set_keys(std::span<const int64_t> times, int64_t ticks) {
   if (ticks == ticks_ && std::ranges::equal(times, times_)) return;
-  ticks_ = 0;
+  forget_times();
   fill_keys(times, ticks, keys_);
-  seconds_.clear();
   times_.assign(times.begin(), times.end());
   ticks_ = ticks;
+}
+
+void Engine::forget_times() {
+  ticks_ = 0;
+  times_.clear();
+  seconds_.clear();
+  rows_are_bars_ = false;
 }
 
 bool Engine::holds(uint32_t row) const {
@@ -495,8 +551,7 @@ Engine::Chosen Engine::last_rows(size_t last) const {
 
 void Engine::seconds_of_rows(const Chosen& chosen, int64_t* out) {
   const uint32_t count = script_.row_count();
-  const bool rows_are_bars =
-      keys_.size() == count && (seconds_.size() == count || std::ranges::is_sorted(keys_));
+  const bool rows_are_bars = keys_.size() == count && (seconds_.size() == count || keys_are_rows());
   if (!chosen.some.empty() || !rows_are_bars) {
     const auto put = [&](uint32_t row) { *out++ = seconds_of_key(script_.key_of(row)); };
     std::ranges::for_each(chosen.some, put);

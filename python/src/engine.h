@@ -45,6 +45,11 @@ class Engine {
 
   /// Bars in place of those before, and all lines over them. False for a failure.
   bool run(const Stamps& stamps, int64_t ticks, const FieldList& list, bool with_events);
+  /// As `run` with events, for bars that are many: reads the arrays in place and keeps nothing that
+  /// is of use to a further run only. `take` must follow, or the end of this object.
+  bool run_once(const Stamps& stamps, int64_t ticks, const FieldList& list);
+  /// The cells of the lines of these numbers, which go away with all bars.
+  pybind11::list take(const std::vector<size_t>& lines);
   /// As `run` with events, for the security of this code.
   bool run_as(std::string code, const Stamps& stamps, int64_t ticks, const FieldList& list);
   /// Bars beside those before, and all lines from the first of them on.
@@ -136,7 +141,8 @@ class Engine {
   bool calculate_from_first_key(bool with_events);
   void take_in(std::span<const quor::engine::Field> fields);
   void set_keys(std::span<const int64_t> times, int64_t ticks);
-  void list_columns();
+  void forget_times();
+  bool keys_are_rows() const;
   bool holds(uint32_t row) const;
   Chosen last_rows(size_t last) const;
   void seconds_of_rows(const Chosen& chosen, int64_t* out);
@@ -154,6 +160,8 @@ class Engine {
   std::vector<int64_t> times_;    ///< that the keys come from
   int64_t ticks_ = 0;             ///< of these times; 0 if the keys come from none
   std::vector<int64_t> seconds_;  ///< of the keys, once asked for, if these ascend
+  bool rows_are_bars_ = false;    ///< so that their keys aren't kept
+  FieldList lent_;                ///< whose values the script reads in place
   std::optional<Place> infinity_;
   std::optional<pybind11::tuple> names_;                   ///< of the fields of `step`
   std::vector<uint32_t> ids_;                              ///< of the same

@@ -50,6 +50,8 @@ PYBIND11_MODULE(_engine, module) {
       .def(py::init<std::string, quor_python::Numbers, std::string, quor_python::Context>())
       .def("restart", &Engine::restart)
       .def("run", &Engine::run)
+      .def("run_once", &Engine::run_once)
+      .def("take", &Engine::take)
       .def("run_as", &Engine::run_as)
       .def("update", &Engine::update)
       .def("follow", &Engine::follow)

@@ -59,13 +59,17 @@ bool has_state(const Variable& argument) {
          });
 }
 
-bool may_keep_start(const Variable& argument) {
-  const Variable* named = &argument;
-  while (named != nullptr && named->kind == VariableKind::expression) {
-    named = named->program.lone_reference();
+bool may_keep_start(Variable& argument) {
+  const Variable* call = named_call(&argument);
+  return call != nullptr && call->function->column_traits().keeps_start;
+}
+
+Variable* named_call(Variable* variable) {
+  while (variable != nullptr && variable->kind == VariableKind::expression) {
+    variable = variable->program.lone_reference();
   }
-  return named != nullptr && named->kind == VariableKind::call && named->function != nullptr &&
-         named->function->column_traits().keeps_start;
+  const bool is_call = variable != nullptr && variable->kind == VariableKind::call;
+  return is_call && variable->function != nullptr ? variable : nullptr;
 }
 
 }  // namespace quor

@@ -110,6 +110,9 @@ bool leaves_state(const Variable& call);
 bool has_state(const Variable& argument);
 
 /// Whether an argument may write nothing, so that its caller's start value stands.
-bool may_keep_start(const Variable& argument);
+bool may_keep_start(Variable& argument);
+
+/// The call that a variable is, or that its expression only names; null for another.
+Variable* named_call(Variable* variable);
 
 }  // namespace quor

@@ -160,7 +160,7 @@ Status CalculateCenter::run_block(std::span<const uint32_t> statements, Block ro
   is_finished_.assign(pool_.script.statement_list.size(), 0);
   bar_by_bar_.clear();
   columns_.begin(rows);
-  run_early(statements, run_from);
+  run_early(statements, rows, run_from);
   for (const uint32_t position : statements) {
     is_finished_[position] = can_take(position, run_from) &&
                              columns_.calculate(*pool_.script.statement_list[position], position);
@@ -180,11 +180,12 @@ Status CalculateCenter::run_block(std::span<const uint32_t> statements, Block ro
   }
 }
 
-void CalculateCenter::run_early(std::span<const uint32_t> statements, int32_t run_from) {
+void CalculateCenter::run_early(std::span<const uint32_t> statements, Block rows,
+                                int32_t run_from) {
   early_.clear();
   for (const uint32_t position : statements) {
     if (!plan_.by_columns(position, run_from)) continue;
-    for (Variable* call : plan_.side_by_side(position)) early_.push_back({call, position});
+    for (Variable* call : plan_.side_by_side(position)) early_.push_back({call, position, rows});
   }
   columns_.run_early(early_);
 }

@@ -72,7 +72,7 @@ class CalculateCenter {
   /// How many calls have been evaluated at a bar, and how often one has looked at a value that it
   /// knows: what a bar costs, in a unit that doesn't depend on the machine.
   uint64_t work() const { return work_; }
-  void note_work() { ++work_; }
+  void note_work(uint64_t looks = 1) { work_ += looks; }
   /// Whether a statement went by columns in the last block that was calculated.
   bool went_by_columns(size_t statement) const {
     return statement < is_finished_.size() && is_finished_[statement] != 0;
@@ -114,7 +114,7 @@ class CalculateCenter {
   Status run_block(std::span<const uint32_t> statements, Block rows, int32_t run_from,
                    std::string& error);
   void write_blanks_for(int32_t first, int32_t end);
-  void run_early(std::span<const uint32_t> statements, int32_t run_from);
+  void run_early(std::span<const uint32_t> statements, Block rows, int32_t run_from);
   bool can_take(uint32_t statement, int32_t run_from) const;
   Status run_rows(std::span<const uint32_t> statements, Block rows, std::string& error);
   Status run_statement(Variable& statement, int32_t row, std::string& error);

@@ -8,6 +8,7 @@
 #include "core/base_func.h"
 #include "core/data_pool_center.h"
 #include "core/reduce.h"
+#include "platform/processor.h"
 #include "text/numbers.h"
 
 namespace quor {
@@ -42,6 +43,8 @@ void Columns::begin(Block block) {
   old_values_.clear();
   memories_.clear();
   early_.clear();
+  twins_.clear();
+  twin_scratch_.release();
 }
 
 void Columns::run_early(std::span<Early> calls) {
@@ -75,35 +78,35 @@ void Columns::run_group(std::span<const Early> calls) {
 }
 
 /// A call that waits for its own last value at each row, and that hasn't been worked out.
-bool Columns::can_pair(const Operand& operand, Block rows) {
-  if (operand.source != Operand::Source::reference) return false;
-  Variable& call = *operand.variable;
-  if (call.kind != VariableKind::call || call.function == nullptr || is_early(call, rows))
-    return false;
-  return call.function->column_traits().side_by_side && nesting_ < most_column_levels &&
+bool Columns::can_pair(Variable& call, Block rows) {
+  return call.function->column_traits().side_by_side && !is_early(call, rows) &&
+         can_ask_calls(rows) &&
          call.function->can_run_side_by_side({*this, call, rows, null_value});
 }
 
-/// Two such calls of one word, the operands of a step. False where the step is declined.
-bool Columns::run_pair(const Step& step) {
-  Variable* const calls[] = {step.right.variable, step.left.variable};
+bool Columns::run_pair(Variable* first, Variable* second, Block rows) {
+  first = named_call(first);
+  second = named_call(second);
+  if (first == nullptr || second == nullptr || first == second ||
+      first->function != second->function || !can_pair(*first, rows) || !can_pair(*second, rows))
+    return true;
+  Variable* const calls[] = {first, second};
   for (const Variable* call : calls) {
-    overwrite(call->column_index, block_);
-    for (const int32_t column : call->aux_column_indexes) overwrite(column, block_);
+    overwrite(call->column_index, rows);
+    for (const int32_t column : call->aux_column_indexes) overwrite(column, rows);
   }
-  const ColumnCall pair[] = {{*this, *calls[0], block_, null_value},
-                             {*this, *calls[1], block_, null_value}};
+  const ColumnCall pair[] = {{*this, *first, rows, null_value}, {*this, *second, rows, null_value}};
   ++nesting_;
-  const bool is_done = calls[0]->function->run_side_by_side(pair);
+  const bool is_done = first->function->run_side_by_side(pair);
   --nesting_;
   if (!is_done) return false;
-  for (Variable* call : calls) early_.push_back({call, position_});
+  for (Variable* call : calls) early_.push_back({call, position_, rows});
   return true;
 }
 
 bool Columns::is_early(const Variable& call, Block rows) const {
-  return rows.first == block_.first && rows.end == block_.end &&
-         std::ranges::find(early_, &call, &Early::call) != early_.end();
+  return std::ranges::any_of(
+      early_, [&](const Early& early) { return early.call == &call && early.rows == rows; });
 }
 
 void Columns::give_up_early(size_t position) {
@@ -212,17 +215,32 @@ const double* Columns::values(Variable& variable, Block rows, double start) {
       if (is_early(variable, rows)) {
         return pool_.table().cells(variable.column_index).data() + rows.first;
       }
-      if (variable.function == nullptr || nesting_ >= most_column_levels || rows.first < 1)
-        return nullptr;
-      ++nesting_;
-      {
-        const double* result = variable.function->column({*this, variable, rows, start});
-        --nesting_;
-        return result;
-      }
+      if (variable.function == nullptr || !can_ask_calls(rows)) return nullptr;
+      return variable.twin != nullptr ? twin_values(variable, rows, start)
+                                      : call_values(variable, rows, start);
     default:
       return nullptr;
   }
+}
+
+const double* Columns::call_values(Variable& call, Block rows, double start) {
+  ++nesting_;
+  const double* result = call.function->column({*this, call, rows, start});
+  --nesting_;
+  return result;
+}
+
+/// Worked out for the first of the twins that is asked.
+const double* Columns::twin_values(Variable& call, Block rows, double start) {
+  const auto known = std::ranges::find_if(
+      twins_, [&](const Twin& twin) { return twin.first == call.twin && twin.rows == rows; });
+  if (known != twins_.end()) return known->values;
+  const double* values = call_values(call, rows, start);
+  if (values == nullptr) return nullptr;
+  double* kept = twin_scratch_.take(rows.size());
+  std::copy_n(values, rows.size(), kept);
+  twins_.push_back({call.twin, rows, kept});
+  return kept;
 }
 
 const double* Columns::expression_values(Variable& variable, Block rows, double start) {
@@ -253,13 +271,14 @@ double* place_of_result(const Step& step, const double* const* partials, Columns
   return columns.scratch(size);
 }
 
+/// A result may stand where an operand does.
 void reduce_columns(OpCode op, const double* left, const double* right, double* result,
                     size_t size) {
   with_operator(op, [=](const auto& apply) {
-#ifndef __clang__
-#pragma GCC ivdep  // a result may stand where an operand did
-#endif
-    for (size_t i = 0; i < size; ++i) result[i] = truth(apply(left[i], right[i]));
+    wherever_wide([=] {
+      QUOR_ROWS_APART
+      for (size_t i = 0; i < size; ++i) result[i] = truth(apply(left[i], right[i]));
+    });
   });
 }
 
@@ -276,15 +295,10 @@ const double* Columns::program_values(const Program& program, Block rows, double
     partials = many.data();
   }
   const size_t size = rows.size();
-  const bool is_block = rows.first == block_.first && rows.end == block_.end;
   for (const Step& step : program.steps) {
-    if (is_block && step.kind == Step::Kind::reduce && can_pair(step.right, rows) &&
-        can_pair(step.left, rows) && step.right.variable != step.left.variable &&
-        step.right.variable->function == step.left.variable->function && !run_pair(step)) {
-      return nullptr;
-    }
-    const double* right = operand_values(step.right, rows, 0.0, partials);
     const bool reduces = step.kind == Step::Kind::reduce;
+    if (reduces && !run_pair(step.right.variable, step.left.variable, rows)) return nullptr;
+    const double* right = operand_values(step.right, rows, 0.0, partials);
     const double* left = reduces ? operand_values(step.left, rows, 0.0, partials) : right;
     if (left == nullptr || right == nullptr || step.kind == Step::Kind::discard) return nullptr;
     const bool is_last = &step == &program.steps.back();

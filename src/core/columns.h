@@ -21,6 +21,8 @@ struct Block {
   int32_t first = 0;
   int32_t end = 0;
 
+  bool operator==(const Block&) const = default;
+
   size_t size() const { return static_cast<size_t>(end - first); }
   Block shifted(int32_t rows) const { return {first + rows, end + rows}; }
 };
@@ -67,9 +69,13 @@ class Columns {
   struct Early {
     Variable* call;
     size_t position;  ///< of its statement
+    Block rows;
   };
   /// Works out calls before their statements, where there are several of a word.
   void run_early(std::span<Early> calls);
+  /// Works out two variables beside each other if they are calls of one word that can be, so that
+  /// `values` finds them. False where the statement has to go bar by bar.
+  bool run_pair(Variable* first, Variable* second, Block rows);
   /// Puts back what was worked out early for a statement that goes bar by bar after all.
   void give_up_early(size_t position);
 
@@ -111,15 +117,24 @@ class Columns {
     size_t size;
   };
 
+  /// What twins say at the rows of a block.
+  struct Twin {
+    const Variable* first;
+    Block rows;
+    const double* values;
+  };
+
+  const double* call_values(Variable& call, Block rows, double start);
+  const double* twin_values(Variable& call, Block rows, double start);
   const double* expression_values(Variable& variable, Block rows, double start);
   /// The last step goes to `target`, if that isn't null.
   const double* program_values(const Program& program, Block rows, double start, double* target);
   const double* operand_values(const Operand& operand, Block rows, double start,
                                const double* const* partials);
+  bool can_ask_calls(Block rows) const { return nesting_ < most_column_levels && rows.first >= 1; }
   bool is_early(const Variable& call, Block rows) const;
   void run_group(std::span<const Early> calls);
-  bool can_pair(const Operand& operand, Block rows);
-  bool run_pair(const Step& step);
+  bool can_pair(Variable& call, Block rows);
   void put_back(const Overwritten& cells, int32_t first);
   void put_back_since(size_t cells, size_t memories);
 
@@ -132,6 +147,8 @@ class Columns {
   std::vector<Memory> memories_;
   std::vector<Early> early_;       ///< what has been worked out ahead of its step
   std::vector<ColumnCall> group_;  ///< what is worked out at once
+  std::vector<Twin> twins_;
+  ColumnScratch twin_scratch_;
   Block block_;
   size_t position_ = 0;
   int nesting_ = 0;

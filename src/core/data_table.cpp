@@ -2,12 +2,33 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <stdexcept>
 
 #include "calendar/trade_day_help.h"
 #include "tables/field_table.h"
 
 namespace quor {
+
+void Cells::make_room(size_t room, size_t kept) {
+  auto memory = std::make_unique_for_overwrite<double[]>(room);
+  std::copy_n(values_, kept, memory.get());
+  own_ = std::move(memory);
+  values_ = own_.get();
+  room_ = room;
+}
+
+void Cells::lend(const double* values) {
+  own_.reset();
+  room_ = 0;
+  values_ = const_cast<double*>(values);
+}
+
+std::unique_ptr<double[]> Cells::take() {
+  values_ = nullptr;
+  room_ = 0;
+  return std::move(own_);
+}
 
 uint32_t DataTable::row_index_of(int64_t key) const {
   if (keys_.empty() || key > keys_.back()) return no_row;
@@ -27,9 +48,9 @@ int32_t DataTable::add_column(uint32_t id) {
   const int32_t existing = column_index_of(id);
   if (existing != -1) return existing;
   // Room first: once the three containers grow, nothing throws between them.
-  std::vector<double> cells;
-  cells.reserve(keys_.capacity());
-  cells.assign(keys_.size(), null_value);
+  Cells cells;
+  cells.make_room(keys_.capacity(), 0);
+  std::fill_n(cells.data(), keys_.size(), null_value);
   const auto room = [](auto& list) {
     if (list.size() == list.capacity()) list.reserve(std::max<size_t>(8, 2 * list.size()));
   };
@@ -68,8 +89,12 @@ void DataTable::insert_row(int64_t key) {
   const auto row = std::lower_bound(keys_.begin(), keys_.end(), key) - keys_.begin();
   make_room(keys_.size() + 1);
   note_change_from(static_cast<size_t>(row));
+  for (Column& column : columns_) {
+    double* const cells = column.cells.data();
+    std::move_backward(cells + row, cells + keys_.size(), cells + keys_.size() + 1);
+    cells[row] = null_value;
+  }
   keys_.insert(keys_.begin() + row, key);
-  for (Column& column : columns_) column.cells.insert(column.cells.begin() + row, null_value);
   note_size();
   store_key(static_cast<size_t>(row), column_index_of(time_column_id));
 }
@@ -88,26 +113,30 @@ void DataTable::put_value(int64_t key, uint32_t id, double value) {
 }
 
 void DataTable::make_room(size_t rows) {
-  const auto room = [rows](auto& cells) {
-    if (cells.capacity() < rows) cells.reserve(std::max(rows, 2 * cells.capacity()));
-  };
-  room(keys_);
+  if (keys_.capacity() < rows) keys_.reserve(std::max(rows, 2 * keys_.capacity()));
   for (Column& column : columns_) {
-    if (keys_.empty()) column.cells.clear();
-    room(column.cells);
+    Cells& cells = column.cells;
+    if (cells.room() < rows) cells.make_room(std::max(rows, 2 * cells.room()), keys_.size());
   }
 }
 
 void DataTable::fill(std::span<const int64_t> keys, std::span<const ColumnValues> columns) {
   keys_.reserve(keys.size());
-  for (Column& column : columns_) column.cells.resize(keys.size());
+  for (Column& column : columns_) {
+    Cells& cells = column.cells;
+    if (cells.room() < keys.size()) cells.make_room(std::max(keys.size(), 2 * cells.room()), 0);
+  }
   // All memory is there; nothing throws from here on.
   keys_.assign(keys.begin(), keys.end());
-  for (Column& column : columns_) column.blank_from = 0;
+  for (Column& column : columns_) column.blank_from = column.is_unread ? no_blanks : 0;
   has_blanks_ = true;
-  for (const auto& [index, values] : columns) {
+  for (const auto& [index, values, are_lent] : columns) {
     Column& column = columns_[static_cast<size_t>(index)];
-    std::copy_n(values, keys.size(), column.cells.begin());
+    if (are_lent) {
+      column.cells.lend(values);
+    } else {
+      std::copy_n(values, keys.size(), column.cells.data());
+    }
     column.blank_from = no_blanks;
   }
   for (size_t i = 0; i < columns_.size(); ++i) {
@@ -117,7 +146,7 @@ void DataTable::fill(std::span<const int64_t> keys, std::span<const ColumnValues
   }
   const int32_t time_column = column_index_of(time_column_id);
   if (time_column != -1) {
-    std::ranges::transform(keys, columns_[static_cast<size_t>(time_column)].cells.begin(),
+    std::ranges::transform(keys, columns_[static_cast<size_t>(time_column)].cells.data(),
                            [](int64_t key) { return static_cast<double>(key); });
   }
   note_size();
@@ -126,7 +155,7 @@ void DataTable::fill(std::span<const int64_t> keys, std::span<const ColumnValues
 
 void DataTable::write_blanks_before(Column& column, int32_t row) {
   if (column.blank_from >= row) return;
-  std::fill(column.cells.begin() + column.blank_from, column.cells.begin() + row, null_value);
+  std::fill(column.cells.data() + column.blank_from, column.cells.data() + row, null_value);
   column.blank_from = row;
 }
 
@@ -234,19 +263,19 @@ size_t DataTable::find_rows(RowBatch& batch) const {
 
 /// Moves rows up so that one is free before each of `gaps`. A free row has the key 0 and nulls.
 void DataTable::open_gaps(const std::vector<uint32_t>& gaps) {
-  const auto open = [&gaps](auto& cells, auto free) {
-    const auto old_rows = static_cast<ptrdiff_t>(cells.size());
-    cells.resize(cells.size() + gaps.size(), free);
-    auto end = cells.begin() + old_rows;
+  const auto rows = static_cast<ptrdiff_t>(keys_.size());
+  const auto open = [&gaps, rows](auto* cells, auto free) {
+    auto* end = cells + rows;
     for (auto i = static_cast<ptrdiff_t>(gaps.size()); i-- > 0;) {
-      const auto gap = cells.begin() + gaps[static_cast<size_t>(i)];
+      auto* const gap = cells + gaps[static_cast<size_t>(i)];
       std::move_backward(gap, end, end + i + 1);
       gap[i] = free;
       end = gap;
     }
   };
-  open(keys_, int64_t{0});
-  for (Column& column : columns_) open(column.cells, null_value);
+  keys_.resize(keys_.size() + gaps.size());
+  open(keys_.data(), int64_t{0});
+  for (Column& column : columns_) open(column.cells.data(), null_value);
 }
 
 /// Column by column in blocks of rows. The values of a row lie together in the batch, far from
@@ -272,8 +301,10 @@ void DataTable::write_rows(const RowBatch& batch) {
 
 void DataTable::grow(size_t rows) {
   if (rows <= keys_.size()) return;
+  for (Column& column : columns_) {
+    std::fill(column.cells.data() + keys_.size(), column.cells.data() + rows, null_value);
+  }
   keys_.resize(rows, 0);
-  for (Column& column : columns_) column.cells.resize(rows, null_value);
 }
 
 /// The value of a row stands `width` numbers behind that of the place before.
@@ -347,9 +378,23 @@ void DataTable::reset() {
   watches_changes_ = false;
 }
 
+std::vector<std::unique_ptr<double[]>> DataTable::take_columns(std::span<const int32_t> columns) {
+  std::vector<std::unique_ptr<double[]>> taken;
+  taken.reserve(columns.size());
+  for (const int32_t column : columns) {
+    write_blanks_of(column);
+    taken.push_back(columns_[static_cast<size_t>(column)].cells.take());
+  }
+  clear_rows();
+  return taken;
+}
+
 void DataTable::clear_rows() {
   keys_.clear();
-  for (Column& column : columns_) column.blank_from = no_blanks;
+  for (Column& column : columns_) {
+    column.blank_from = no_blanks;
+    if (column.cells.are_lent()) column.cells.lend(nullptr);
+  }
   has_blanks_ = false;
   note_size();
   note_change_from(0);

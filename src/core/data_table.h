@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <new>
 #include <span>
 #include <string>
@@ -72,6 +73,31 @@ struct RowBatch {
 struct ColumnValues {
   int32_t column_index;
   const double* values;
+  bool are_lent = false;  ///< to be read in place
+};
+
+/// The values of a column. Their number is the table's; beyond it there may be room for more.
+class Cells {
+ public:
+  double operator[](size_t row) const { return values_[row]; }
+  double& operator[](size_t row) { return values_[row]; }
+  const double* data() const { return values_; }
+  double* data() { return values_; }
+
+  size_t room() const { return room_; }
+  bool are_lent() const { return values_ != own_.get(); }
+  /// Room for as many values, not set, of which the first `kept` are those that are there. Lent
+  /// values become own ones.
+  void make_room(size_t room, size_t kept);
+  /// Values of somebody else, which nobody writes; the room of the own ones is given up.
+  void lend(const double* values);
+  /// Gives the memory of own values away.
+  std::unique_ptr<double[]> take();
+
+ private:
+  std::unique_ptr<double[]> own_;
+  double* values_ = nullptr;
+  size_t room_ = 0;
 };
 
 /// Owned by the pool and touched only under the instance's lock. A row is a 0-based index into the
@@ -80,9 +106,9 @@ class DataTable {
   static constexpr int32_t no_blanks = std::numeric_limits<int32_t>::max();
 
   struct Column {
-    /// As long as `keys_`, or longer in a table that has been cleared.
-    std::vector<double> cells;
+    Cells cells;
     int32_t blank_from = no_blanks;  ///< row; nulls belong from here on, but are not written
+    bool is_unread = false;
   };
 
  public:
@@ -107,6 +133,10 @@ class DataTable {
   /// Counts the columns ever added and the resets, so that a reader knows when indexes moved.
   uint64_t layout() const { return layout_; }
 
+  /// To be told that nobody reads or writes an auxiliary column, whose cells then may hold
+  /// anything.
+  void leave_unread(int32_t column) { columns_[static_cast<size_t>(column)].is_unread = true; }
+
   /// Sets a cell of an existing row, adding the column if it is missing; a key without a row makes
   /// a row that holds the key in column 1 and nulls elsewhere. Keys below 1 add nothing.
   void put_value(int64_t key, uint32_t id, double value);
@@ -114,6 +144,8 @@ class DataTable {
   /// per key. All other cells are null; column 1 holds the key. The nulls of auxiliary columns stay
   /// blank: nobody reads them before `write_blanks`, as a run over a whole history writes most of
   /// these cells anyway.
+  /// Values that are lent stay where they are: until the rows are cleared or others come, nobody
+  /// may change or drop them.
   void fill(std::span<const int64_t> keys, std::span<const ColumnValues> columns);
   bool has_blanks() const { return has_blanks_; }
   /// Writes the nulls of all blank cells, or of those before a row, or of those of a column.
@@ -154,14 +186,13 @@ class DataTable {
   /// All cells of a column, oldest first; none of a column that isn't there. Valid as a window is.
   std::span<const double> cells(int32_t column) const {
     if (static_cast<uint32_t>(column) >= column_count_) return {};
-    return std::span(columns_[static_cast<uint32_t>(column)].cells).first(rows_);
+    return {columns_[static_cast<uint32_t>(column)].cells.data(), rows_};
   }
 
   /// The cells of a column that is there, from a row on to be written.
   std::span<double> writable_cells(int32_t column, int32_t row) {
     if (watches_changes_) changes_.note(row);
-    return std::span(columns_[static_cast<uint32_t>(column)].cells)
-        .first(rows_)
+    return std::span(columns_[static_cast<uint32_t>(column)].cells.data(), rows_)
         .subspan(static_cast<size_t>(row));
   }
 
@@ -207,6 +238,9 @@ class DataTable {
   void reset();
   /// Drops all rows; the columns stay.
   void clear_rows();
+  /// Gives the values of some columns away, of which none is lent or comes twice, and drops all
+  /// rows.
+  std::vector<std::unique_ptr<double[]>> take_columns(std::span<const int32_t> columns);
 
  private:
   static constexpr uint32_t no_row = 0xFFFFFFFF;

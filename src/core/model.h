@@ -94,8 +94,9 @@ struct Variable {
   std::string function_word;  ///< empty for everything but a call
   Remembering remembering = Remembering::nothing;  ///< of a call
   bool for_one_run = false;                        ///< a call that remembers nothing beyond it
-  std::unique_ptr<CallMemory> memory;              ///< of a word that carries on what it worked out
-  std::unique_ptr<CallMemory> known_values;        ///< of a word that looks at its arguments again
+  const Variable* twin = nullptr;      ///< of calls that say the same at every row, the first one
+  std::unique_ptr<CallMemory> memory;  ///< of a word that carries on what it worked out
+  std::unique_ptr<CallMemory> known_values;  ///< of a word that looks at its arguments again
   std::shared_ptr<BaseShape> shape;  ///< the record of an output function, made on its first pass
 };
 

@@ -1,6 +1,8 @@
 #include "core/plan.h"
 
 #include <algorithm>
+#include <bit>
+#include <map>
 
 #include "core/base_func.h"
 #include "core/column_owners.h"
@@ -29,16 +31,60 @@ bool is_number(const Variable* argument) {
   return argument != nullptr && argument->kind == VariableKind::number;
 }
 
+/// Whether the host gives the values of an argument, or the script as a number.
+bool is_given(const Variable* argument, const PlanWalk& walk) {
+  return is_number(argument) ||
+         (argument != nullptr && argument->kind == VariableKind::field && argument->has_column() &&
+          walk.writer_of(argument->column_id) == nullptr);
+}
+
 /// Whether a call of some words over a field that the host gives, and else numbers.
 bool can_go_early(const Variable& call, const PlanWalk& walk) {
   if (call.kind != VariableKind::call || call.function == nullptr || call.arguments.empty()) {
     return false;
   }
   const Variable* first = call.arguments.front();
-  return call.function->column_traits().side_by_side && first != nullptr &&
-         first->kind == VariableKind::field && first->has_column() &&
-         walk.writer_of(first->column_id) == nullptr &&
+  return call.function->column_traits().side_by_side && is_given(first, walk) &&
+         !is_number(first) &&
          std::all_of(call.arguments.begin() + 1, call.arguments.end(), is_number);
+}
+
+/// Whether a call leaves nothing and says the same as any other of its word over the same numbers
+/// and fields.
+bool can_have_twins(const Variable& call, const PlanWalk& walk) {
+  constexpr Traits of_its_own = reads_forward | follows_settings | acts | draws | hides_state |
+                                reads_statement | sets_arguments;
+  const Traits traits = traits_of(call);
+  return traits.has(steady) && !traits.has_any(of_its_own) && call.function->by_columns() &&
+         !call.function->column_traits().keeps_start && !leaves_state(call) &&
+         call.function->required_fields().empty() && !call.arguments.empty() &&
+         std::ranges::all_of(call.arguments, [&walk](const Variable* argument) {
+           return is_given(argument, walk);
+         });
+}
+
+/// What the twins of a call have in common with it.
+std::vector<uint64_t> word_and_arguments(const Variable& call) {
+  std::vector<uint64_t> key = {static_cast<uint64_t>(call.function->id())};
+  for (const Variable* argument : call.arguments) {
+    const bool is_field = argument->kind == VariableKind::field;
+    key.push_back(static_cast<uint64_t>(is_field));
+    key.push_back(is_field ? argument->column_id : std::bit_cast<uint64_t>(argument->value));
+  }
+  return key;
+}
+
+void note_twins(const CompiledScript& script, const PlanWalk& walk) {
+  std::map<std::vector<uint64_t>, std::vector<Variable*>> calls;
+  for (Variable* call : walk.calls()) {
+    call->twin = nullptr;
+    const bool can_have = !script.sets_variables && can_have_twins(*call, walk);
+    if (can_have) calls[word_and_arguments(*call)].push_back(call);
+  }
+  for (const auto& [key, twins] : calls) {
+    if (twins.size() < 2) continue;
+    for (Variable* call : twins) call->twin = twins.front();
+  }
 }
 
 }  // namespace
@@ -49,6 +95,7 @@ void Plan::make(CompiledScript& script, const DataTable& table) {
   const PlanWalk walk(script);
   each_in_full_ = walk.each_in_full();
   find_ways(script, walk);
+  note_twins(script, walk);
   if (!script.shares_columns && script.may_remember) plan_memories(script, walk);
 }
 
@@ -65,24 +112,20 @@ void Plan::find_ways(const CompiledScript& script, const PlanWalk& walk) {
                           });
     ways_[i].revisits_state = parts.revisits_state;
     is_whole_ &= parts.looks_back;
-    note_side_by_side(*statements[i], ways_[i], walk);
   }
+  note_side_by_side(walk);
   note_reads(walk);
   if (!each_in_full_) refuse_what_rests_on_others();
   is_whole_ &= std::ranges::all_of(ways_, [](const Way& way) { return way.by_columns; });
 }
 
-void Plan::note_side_by_side(const Variable& statement, Way& way, const PlanWalk& walk) {
-  const auto note = [&](const Operand& operand) {
-    if (operand.variable != nullptr && can_go_early(*operand.variable, walk)) {
-      way.side_by_side.push_back(operand.variable);
-    }
-  };
-  for (const Step& step : statement.program.steps) {
-    note(step.right);
-    note(step.left);
+/// Calls that their statements come to at each row, once.
+void Plan::note_side_by_side(const PlanWalk& walk) {
+  for (Variable* call : walk.calls()) {
+    const Uses uses = walk.uses_of(*call);
+    if (uses.shared || uses.reach != Reach() || !can_go_early(*call, walk)) continue;
+    ways_[static_cast<size_t>(uses.first_statement)].side_by_side.push_back(call);
   }
-  note(statement.program.result);
 }
 
 void Plan::note_reads(const PlanWalk& walk) {

@@ -32,9 +32,9 @@ class PlanWalk;
 /// view go bar by bar.
 class Plan {
  public:
-  /// To be made anew when the table has other columns. Sets `Variable::remembering` and
-  /// `Variable::for_one_run` of every call that a statement evaluates, and at the first time
-  /// `CompiledScript::shares_columns`.
+  /// To be made anew when the table has other columns. Sets `Variable::remembering`,
+  /// `Variable::for_one_run` and `Variable::twin` of every call that a statement evaluates, and at
+  /// the first time `CompiledScript::shares_columns`.
   void make(CompiledScript& script, const DataTable& table);
 
   /// Whether the statement can go by columns in a run from a row on.
@@ -66,7 +66,7 @@ class Plan {
 
   void find_ways(const CompiledScript& script, const PlanWalk& walk);
   void note_reads(const PlanWalk& walk);
-  void note_side_by_side(const Variable& statement, Way& way, const PlanWalk& walk);
+  void note_side_by_side(const PlanWalk& walk);
   void refuse_what_rests_on_others();
 
   std::vector<Way> ways_;       ///< by statement

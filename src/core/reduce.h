@@ -67,7 +67,11 @@ template <typename Use>
     case op_times:
       return use([](D l, D r) { return l * r; });
     case op_divide:
-      return use([](D l, D r) { return nearly_equal(r, 0.0) ? 0.0 : l / r; });
+      // Divided in any case, so that a loop can divide several rows at once.
+      return use([](D l, D r) {
+        const double quotient = l / r;
+        return nearly_equal(r, 0.0) ? 0.0 : quotient;
+      });
     default:
       return use([](D, D) { return 0.0; });  // a "(" that was never closed
   }

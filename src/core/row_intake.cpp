@@ -164,13 +164,18 @@ class BatchReader {
   RowBatch& batch_;
 };
 
-/// One form for all nulls. Most columns hold none and are only looked at.
-void make_plain(std::span<double> cells) {
-  const auto is_special = [](double value) { return !(value < 2147483648.0); };
+bool is_special(double value) { return !(value < 2147483648.0); }
+
+bool is_plain(std::span<const double> cells) {
   // Looking at all of them is quicker than a search.
   size_t specials = 0;
   for (const double cell : cells) specials += is_special(cell) ? 1 : 0;
-  if (specials == 0) return;
+  return specials == 0;
+}
+
+/// One form for all nulls. Most columns hold none and are only looked at.
+void make_plain(std::span<double> cells) {
+  if (is_plain(cells)) return;
   for (auto cell = cells.begin();; ++cell) {
     cell = std::find_if(cell, cells.end(), is_special);
     if (cell == cells.end()) return;
@@ -192,6 +197,7 @@ class ColumnShape {
     for (const int32_t id : required_ids(pool)) {
       const auto found = std::ranges::find(fields, static_cast<uint32_t>(id), &FieldColumn::id);
       sources_.push_back(found == fields.end() ? nullptr : found->values);
+      may_be_lent_.push_back(found != fields.end() && found->may_be_lent);
       if (id == time_column_id) key_place_ = column_indexes_.size();
       column_indexes_.push_back(pool.table().column_index_of(static_cast<uint32_t>(id)));
     }
@@ -204,11 +210,12 @@ class ColumnShape {
     for (size_t place = 0; place < sources_.size(); ++place) {
       if (sources_[place] == nullptr || place == key_place_ || column_indexes_[place] == -1)
         continue;
-      columns.push_back({column_indexes_[place], sources_[place]});
+      const bool are_lent = may_be_lent_[place] && is_plain({sources_[place], keys.size()});
+      columns.push_back({column_indexes_[place], sources_[place], are_lent});
     }
     table.fill(keys, columns);
     for (const ColumnValues& column : columns) {
-      make_plain(table.writable_cells(column.column_index, 0));
+      if (!column.are_lent) make_plain(table.writable_cells(column.column_index, 0));
     }
   }
 
@@ -245,6 +252,7 @@ class ColumnShape {
 
   std::vector<int32_t> column_indexes_;
   std::vector<const double*> sources_;  ///< null for a field that isn't there
+  std::vector<bool> may_be_lent_;
   size_t key_place_ = no_place;
 };
 

@@ -14,6 +14,7 @@ namespace quor {
 struct FieldColumn {
   uint32_t id;
   const double* values;
+  bool may_be_lent = false;  ///< stays as it is, for the table to read in place
 };
 
 /// Takes an array of objects, one per bar in any order: the key "1" holds the row key, every other

@@ -10,6 +10,7 @@
 #include "engine/record_values.h"
 #include "engine/run_calendar.h"
 #include "engine/script_texts.h"
+#include "engine/undrawn_lines.h"
 #include "interface/script_parser.h"
 
 namespace quor::engine {
@@ -35,6 +36,13 @@ bool outlasts_bars(const CompiledScript& script) {
   return std::ranges::any_of(script.variable_list, [](const Variable* variable) {
     return variable->function != nullptr && variable->function->traits().has(hides_state);
   });
+}
+
+/// Whether no statement writes into the column of a field.
+bool only_reads(const CompiledScript& script, uint32_t id) {
+  return id < DataTable::first_auxiliary_id && !script.sets_variables &&
+         std::ranges::find(script.statement_list, id, &Variable::column_id) ==
+             script.statement_list.end();
 }
 
 /// Whether another bar may change what a call gave at bars before.
@@ -83,6 +91,11 @@ struct Script::Body {
     if (report.failure) return;
     state_outlasts_bars = outlasts_bars(parser.pool().script);
     list_lines();
+    if (settings.draws) return;
+    leave_lines_undrawn(parser.pool());
+    for (Line& line : lines) {
+      if (line.look) line.look->marks = -1;
+    }
   }
 
   /// The script alone has compiled, so that a failure now is the condition's.
@@ -130,6 +143,8 @@ struct Script::Body {
     answer.clear();
   }
 
+  void take_in(std::span<const int64_t> keys, std::span<const Field> fields, bool may_be_lent);
+
   void require_compiled() const {
     require(!report.failure, "the script has an error, so that it can't take or calculate bars");
   }
@@ -164,17 +179,27 @@ const std::string& Script::parameters() const { return body_->parameters; }
 const std::string& Script::answer() const { return body_->answer; }
 
 void Script::set_rows(std::span<const int64_t> keys, std::span<const Field> fields) {
-  body_->require_compiled();
+  body_->take_in(keys, fields, false);
+}
+
+void Script::lend_rows(std::span<const int64_t> keys, std::span<const Field> fields) {
+  body_->take_in(keys, fields, true);
+}
+
+void Script::Body::take_in(std::span<const int64_t> keys, std::span<const Field> fields,
+                           bool may_be_lent) {
+  require_compiled();
   require(keys.size() <= std::numeric_limits<int32_t>::max(), "more rows than a table holds");
-  auto& columns = body_->columns;
+  const CompiledScript& compiled = parser.pool().script;
   columns.clear();
   for (const Field& field : fields) {
     require(field.values.size() == keys.size(), "a field needs one value for each row key");
     require(std::ranges::find(columns, field.column, &FieldColumn::id) == columns.end(),
             "a field is given twice");
-    columns.push_back({field.column, field.values.data()});
+    columns.push_back(
+        {field.column, field.values.data(), may_be_lent && only_reads(compiled, field.column)});
   }
-  body_->parser.add_columns(keys, columns);
+  parser.add_columns(keys, columns);
 }
 
 void Script::clear_rows() { body_->parser.pool().table().clear_rows(); }
@@ -237,6 +262,28 @@ std::span<const double> Script::column(uint32_t id) const {
   const int32_t index = body_->table().column_index_of(id);
   require(index != -1, "no such column");
   return body_->table().cells(index);
+}
+
+std::vector<std::unique_ptr<double[]>> Script::take_columns(std::span<const uint32_t> ids) {
+  DataTable& table = body_->parser.pool().table();
+  std::vector<std::unique_ptr<double[]>> columns;
+  std::vector<int32_t> taken;
+  std::vector<size_t> places;
+  for (const uint32_t id : ids) {
+    const auto cells = column(id);
+    const int32_t index = table.column_index_of(id);
+    auto& copy = columns.emplace_back();
+    if (id >= DataTable::first_auxiliary_id && std::ranges::find(taken, index) == taken.end()) {
+      places.push_back(columns.size() - 1);
+      taken.push_back(index);
+    } else {
+      copy = std::make_unique_for_overwrite<double[]>(cells.size());
+      std::ranges::copy(cells, copy.get());
+    }
+  }
+  auto given = table.take_columns(taken);
+  for (size_t i = 0; i < given.size(); ++i) columns[places[i]] = std::move(given[i]);
+  return columns;
 }
 
 const std::vector<Line>& Script::lines() const { return body_->lines; }

@@ -56,6 +56,9 @@ class Script {
   /// 4294967295 and 2147483648. Misuse: another number of values than of keys, a field twice, a
   /// script with an error.
   void set_rows(std::span<const int64_t> keys, std::span<const Field> fields);
+  /// As `set_rows`, and reads ascending bars where they are if it can: until `take_columns`,
+  /// `clear_rows` or `restart` they must stay as they are.
+  void lend_rows(std::span<const int64_t> keys, std::span<const Field> fields);
   /// Drops all bars. The script stays, with what it has remembered of them.
   void clear_rows();
   /// As new for another subject: no bars and nothing remembered. Cheaper than a new object.
@@ -83,6 +86,9 @@ class Script {
   /// All cells of a column in place, oldest bar first, until rows or columns come or go: the next
   /// member that isn't const. Misuse: a column that isn't there.
   std::span<const double> column(uint32_t id) const;
+  /// Gives the cells of columns away, `row_count()` each, and drops all bars. A column that comes
+  /// twice and one that is a field are copied. Misuse: a column that isn't there.
+  std::vector<std::unique_ptr<double[]>> take_columns(std::span<const uint32_t> ids);
   /// The named lines in the order of the script.
   const std::vector<Line>& lines() const;
   bool has_condition() const;

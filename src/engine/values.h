@@ -56,6 +56,9 @@ struct Settings {
   /// An expression over the script's lines, calculated as one more line that `lines()` leaves out;
   /// its column is `condition_column()`. Empty for none.
   std::string condition;
+  /// Whether the marks of lines are calculated. Without them `Look::marks` is -1, and the columns
+  /// that records name for them hold nothing of use.
+  bool draws = true;
 };
 
 /// Data of another security or period, or a quote, that the script reads from a column of its own.

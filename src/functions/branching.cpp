@@ -86,7 +86,7 @@ class Chain final : public BaseFunc {
     const size_t count = call.argument_count();
     if (count == 0) return call.everywhere(null_value);
     for (size_t i = 1; i < count; ++i) {
-      const Variable* argument = call.argument(i);
+      Variable* argument = call.argument(i);
       if (argument == nullptr || may_keep_start(*argument)) return nullptr;
     }
     // From the last condition, or the value that has none, to the first.

@@ -31,6 +31,7 @@ template <Extreme extreme>
 Found search(const Call& call, int32_t column, int32_t n) {
   const Window window = call.table().window(column, call.row, n);
   if (window.empty()) return {};
+  call.calculator.note_work(window.size());
   const size_t place = place_of_extreme<extreme>(window, window.size());
   return {static_cast<int64_t>(window.size() - 1 - place), window[place]};
 }

@@ -9,6 +9,8 @@
 #include <cstring>
 #include <utility>
 
+#include "platform/processor.h"
+
 #ifndef __clang__
 // Lanes are handed over inside the library alone, whose compiler is one.
 #pragma GCC diagnostic ignored "-Wpsabi"
@@ -28,8 +30,6 @@ struct Lanes {
   static constexpr size_t count = 4 * part_size;
 
   Part parts[4];
-
-  double operator[](size_t i) const { return parts[i / part_size][i % part_size]; }
 };
 
 template <typename Part, typename Change>
@@ -44,6 +44,15 @@ Lanes<Part> lanes_at(const double* values) {
     std::memcpy(&part, values + i * Lanes<Part>::part_size, sizeof(Part));
     return part;
   });
+}
+
+template <typename Part>
+void store(const Lanes<Part>& lanes, double* values) {
+  // Part by part: a copy of all at once would have them stand in memory before.
+  for (size_t i = 0; i < 4; ++i) {
+    const Part part = lanes.parts[i];
+    std::memcpy(values + i * Lanes<Part>::part_size, &part, sizeof part);
+  }
 }
 
 template <typename Part>
@@ -97,6 +106,12 @@ Lanes<Part> absolute(const Lanes<Part>& lanes) {
   return each_lane(lanes, [](double value) { return std::fabs(value); });
 }
 
+inline double square_root(double value) { return std::sqrt(value); }
+template <typename Part>
+Lanes<Part> square_root(const Lanes<Part>& lanes) {
+  return each_lane(lanes, [](double value) { return std::sqrt(value); });
+}
+
 /// Whole divisors and their reciprocals.
 struct Divisor {
   double value;
@@ -119,25 +134,9 @@ Lanes<Part> fused_quotient(const Lanes<Part>& x, Divisor d) {
   });
 }
 
-#if defined(__x86_64__) && !defined(__clang__)
-/// For a function that runs only where `can_fuse`: everything that it calls is compiled into it for
-/// such processors.
-#define QUOR_FUSED [[gnu::target("avx2,fma"), gnu::flatten]]
-inline bool can_fuse() {
-  static const bool can = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
-  return can;
-}
-#elif defined(__aarch64__)
-#define QUOR_FUSED
-constexpr bool can_fuse() { return true; }
-#else
-#define QUOR_FUSED
-constexpr bool can_fuse() { return false; }
-#endif
-
 /// Whether sums of the values, their differences and the squares of these stay where no bit is lost
 /// at either end of the doubles: all are zeros or of a middling size. A null isn't.
-QUOR_FUSED inline bool are_moderate(const double* values, size_t count) {
+QUOR_WIDE inline bool are_moderate(const double* values, size_t count) {
   constexpr auto least = std::bit_cast<int64_t>(0x1p-300);
   constexpr auto most = std::bit_cast<int64_t>(0x1p300);
   int64_t others = 0;

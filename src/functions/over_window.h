@@ -112,14 +112,24 @@ template <typename W, typename Reduce>
 void reduce_lanes(const Reduce& reduce, WindowRows& left) {
   constexpr size_t lanes = Number<W>::count;
   for (; left.rows >= lanes; left.rows -= lanes, left.window += lanes, left.results += lanes) {
-    const Number<W> reduced = reduce(W{left.window, left.count});
-    for (size_t i = 0; i < lanes; ++i) left.results[i] = reduce.finish(reduced[i]);
+    store(reduce.finish(reduce(W{left.window, left.count})), left.results);
   }
 }
 
+template <typename W, typename Reduce>
+QUOR_WIDE void reduce_wide_lanes(const Reduce& reduce, WindowRows& left) {
+  reduce_lanes<W>(reduce, left);
+}
+
+/// Whether divisions by whole numbers may be `fused_quotient` in the windows of these rows.
 template <typename Reduce>
-QUOR_FUSED void reduce_fused_lanes(const Reduce& reduce, WindowRows& left) {
-  reduce_lanes<LaneWindow<Quad, true>>(reduce, left);
+bool can_fuse(const WindowRows& left) {
+  if constexpr (requires { Reduce::longest_fused; }) {
+    return left.count <= Reduce::longest_fused &&
+           are_moderate(left.window, left.count - 1 + left.rows);
+  } else {
+    return false;
+  }
 }
 
 /// What `reduce` makes of the windows of `count` values that end at the rows of the block.
@@ -129,11 +139,10 @@ void reduce_rows(const Reduce& reduce, const double* series, Block rows, size_t 
   const double* window = series + rows.first - (static_cast<ptrdiff_t>(count) - 1);
   WindowRows left{window, count, rows.size(), results};
   if constexpr (Reduce::in_lanes) {
-    if constexpr (requires { Reduce::longest_fused; }) {
-      if (can_fuse() && count <= Reduce::longest_fused &&
-          are_moderate(window, count - 1 + rows.size())) {
-        reduce_fused_lanes(reduce, left);
-      }
+    if (is_wide() && can_fuse<Reduce>(left)) {
+      reduce_wide_lanes<LaneWindow<Quad, true>>(reduce, left);
+    } else if (is_wide()) {
+      reduce_wide_lanes<LaneWindow<Quad, false>>(reduce, left);
     }
     reduce_lanes<LaneWindow<Pair, false>>(reduce, left);
   }

@@ -61,19 +61,41 @@ class SUM final : public BaseFunc {
     if (series == nullptr) return nullptr;
     double* sums = call.overwrite(call.variable.column_index);
     reduce_rows(PlainSum(), series, call.rows.shifted(-1), static_cast<size_t>(n), sums);
-    for (int32_t row = call.rows.first; row < call.rows.end; ++row) {
-      double& sum = sums[row - call.rows.first];
-      WindowSeed seed{.sum = sum, .leaving = series[row - n], .count = n};
-      if (is_null(sum)) [[unlikely]] {
-        seed = recompute_seed(call.table().cells(call.argument(0)->column_index), row - 1, n);
-      }
-      sum = sum_step(series[row], seed, row, n);
-    }
+    if (!slide(series + call.rows.first, n, sums, call.size())) sum_across_nulls(call, sums, n);
     return sums;
   }
   ColumnTraits column_traits() const override { return {.series = SeriesPlace::own_column}; }
 
  private:
+  /// Brings the sums of n values each one row further. False if there are null ones, which stay.
+  static bool slide(const double* x, int32_t n, double* sums, size_t size) {
+    bool meets_nulls = false;
+    wherever_wide([=, &meets_nulls] {
+      const double* leaving = x - n;
+      int64_t nulls = 0;
+      for (size_t i = 0; i < size; ++i) {
+        // No null leaves a window whose sum isn't null.
+        const double sum = sums[i];
+        const double next = x[i] + sum - leaving[i];
+        const double number = is_null(next) ? 0.0 : next;
+        nulls |= static_cast<int64_t>(is_null(sum));
+        sums[i] = is_null(sum) ? sum : number;
+      }
+      meets_nulls = nulls != 0;
+    });
+    return !meets_nulls;
+  }
+  /// The rows whose sum still is null.
+  static void sum_across_nulls(const ColumnCall& call, double* sums, int32_t n) {
+    const auto series = call.table().cells(call.argument(0)->column_index);
+    for (int32_t row = call.rows.first; row < call.rows.end; ++row) {
+      double& sum = sums[row - call.rows.first];
+      if (!is_null(sum)) continue;
+      const WindowSeed seed = recompute_seed(series, row - 1, n);
+      sum = sum_step(series[static_cast<size_t>(row)], seed, row, n);
+    }
+  }
+
   struct PlainSum {
     static constexpr bool in_lanes = true;
     template <typename W>
@@ -82,7 +104,10 @@ class SUM final : public BaseFunc {
       for (size_t i = 0; i < window.size(); ++i) sum += window[i];
       return sum;
     }
-    static double finish(double sum) { return sum; }
+    template <typename N>
+    static N finish(const N& sum) {
+      return sum;
+    }
   };
 
   /// The sum of the bars up to one, without nulls.

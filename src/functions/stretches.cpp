@@ -8,6 +8,7 @@
 #include "core/columns.h"
 #include "core/reduce.h"
 #include "functions/row_words.h"
+#include "platform/processor.h"
 #include "vocabulary/families.h"
 
 namespace quor {
@@ -170,12 +171,15 @@ class Crossing : public BaseFunc {
   }
   const double* column(const ColumnCall& call) const final {
     const Block rows{call.rows.first - 1, call.rows.end};
+    if (!call.columns.run_pair(call.argument(0), call.argument(1), rows)) return nullptr;
     const double* lines[] = {call.values(0, rows), call.values(1, rows)};
     if (lines[0] == nullptr || lines[1] == nullptr) return nullptr;
     const double* a = lines[from];
     const double* b = lines[over];
     double* result = call.scratch();
-    for (size_t i = 0; i < call.size(); ++i) result[i] = crosses(a[i + 1], b[i + 1], a[i], b[i]);
+    wherever_wide([=, size = call.size()] {
+      for (size_t i = 0; i < size; ++i) result[i] = crosses(a[i + 1], b[i + 1], a[i], b[i]);
+    });
     return result;
   }
   ColumnTraits column_traits() const final {

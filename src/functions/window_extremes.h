@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "core/data_table.h"
+#include "platform/processor.h"
 
 namespace quor {
 
@@ -40,40 +41,35 @@ size_t place_of_extreme(const Window& window, size_t count) {
   return place;
 }
 
-/// The extremes of `count` windows of n values, the first of which begins at `values`, as
-/// `place_of_extreme` has them, by the algorithm of van Herk and of Gil and Werman: exact, since an
-/// extreme is one of the values, however they are grouped. The values are cut into pieces as long
-/// as a window, which so is the end of one piece and the beginning of the next. `ends` has room for
-/// the values of all windows.
+/// The one of two values that lies further out; `older` for equal ones. Numbers, infinities too.
 template <Extreme extreme>
-void window_extremes(const double* values, size_t n, size_t count, double* results, double* ends) {
-  constexpr double innermost = extreme == Extreme::greatest
-                                   ? -std::numeric_limits<double>::infinity()
-                                   : std::numeric_limits<double>::infinity();
-  const size_t size = count + n - 1;
-  for (size_t first = 0; first < count; first += n) {
-    const size_t end = std::min(first + n, size);
-    double outermost = innermost;
-    // Of equal values the older one stays.
-    for (size_t i = end; i-- > first;) {
-      ends[i] = outermost =
-          !(values[i] == values[i]) || beats<extreme>(outermost, values[i]) ? outermost : values[i];
+constexpr double outer(double older, double newer) {
+  return beats<extreme>(newer, older) ? newer : older;
+}
+
+/// The extremes of `count` windows of n values, the first of which begins at `values`, as
+/// `place_of_extreme` has them: by doubling. The extreme of a window is the outer one of two
+/// windows half as long or longer that cover it, and exact, since it is one of the values, however
+/// they are grouped. `parts` has room for the values of all windows.
+template <Extreme extreme>
+void window_extremes(const double* values, size_t n, size_t count, double* results, double* parts) {
+  wherever_wide([=] {
+    constexpr double innermost = extreme == Extreme::greatest
+                                     ? -std::numeric_limits<double>::infinity()
+                                     : std::numeric_limits<double>::infinity();
+    size_t size = count + n - 1;
+    for (size_t i = 0; i < size; ++i) parts[i] = values[i] == values[i] ? values[i] : innermost;
+    size_t width = 1;
+    for (; 2 * width <= n; width *= 2) {
+      size -= width;
+      QUOR_ROWS_APART
+      for (size_t i = 0; i < size; ++i) parts[i] = outer<extreme>(parts[i], parts[i + width]);
     }
-  }
-  double begun = innermost;
-  size_t piece_left = n - 1;
-  for (size_t i = 0; i < count; ++i) {
-    // The window from i on ends in the piece behind that of i, or is a whole piece.
-    if (piece_left == n - 1) {
-      begun = innermost;
-    } else {
-      const double joins = values[i + n - 1];
-      begun = beats<extreme>(joins, begun) ? joins : begun;
+    for (size_t i = 0; i < count; ++i) {
+      const double outermost = outer<extreme>(parts[i], parts[i + n - width]);
+      results[i] = values[i] == values[i] ? outermost : values[i];
     }
-    piece_left = piece_left == 0 ? n - 1 : piece_left - 1;
-    const double outermost = beats<extreme>(begun, ends[i]) ? begun : ends[i];
-    results[i] = values[i] == values[i] ? outermost : values[i];
-  }
+  });
 }
 
 /// The rows of a window that can still come to hold its extreme: a monotone queue. From bar to bar

@@ -34,27 +34,36 @@ double running_mean(const W& window) {
 double zero_unless_null(double value) { return is_null(value) ? value : 0.0; }
 template <typename Part>
 Lanes<Part> zero_unless_null(const Lanes<Part>& lanes) {
-  return each_lane(lanes, [](double value) { return zero_unless_null(value); });
+  return each_part<Part>([&](size_t i) {
+    const Part& part = lanes.parts[i];
+    return part == part ? Part{} : part;
+  });
 }
 
-/// j * (j+1), which the sum of squares divides by at place j.
-constexpr auto place_divisors = [] {
-  std::array<Divisor, 512> divisors{};
-  for (size_t j = 1; j < divisors.size(); ++j) {
+/// What place j of a window goes by.
+struct Place {
+  double number;    ///< j + 1
+  Divisor divisor;  ///< j * (j+1)
+};
+
+constexpr auto places = [] {
+  std::array<Place, 512> all{};
+  for (size_t j = 1; j < all.size(); ++j) {
     const auto product = static_cast<double>(j * (j + 1));
-    divisors[j] = {product, 1.0 / product};
+    all[j] = {static_cast<double>(j + 1), {product, 1.0 / product}};
   }
-  return divisors;
+  return all;
 }();
 
-/// A sum's part at place j of a window: over j * (j+1).
+/// The part of place j in the sum of squares, given the total of the values up to it.
 template <typename W>
-Number<W> over_place(const Number<W>& square, size_t j) {
+Number<W> part_of_place(const Number<W>& value, const Number<W>& total, size_t j) {
   if constexpr (is_fused<W>) {
-    return fused_quotient(square, place_divisors[j]);
+    return fused_quotient(square(value * places[j].number - total), places[j].divisor);
   } else {
     const auto before = static_cast<double>(j);
-    return square / ((before + 1.0) * before);
+    const double number = before + 1.0;
+    return square(value * number - total) / (number * before);
   }
 }
 
@@ -69,7 +78,7 @@ Number<W> squared_distances(const W& window) {
   for (size_t j = 1; j < window.size(); ++j) {
     const Number<W> value = window[j];
     total += value;
-    sum += over_place<W>(square(value * static_cast<double>(j + 1) - total), j);
+    sum += part_of_place<W>(value, total, j);
   }
   return sum;
 }
@@ -79,12 +88,15 @@ struct PlainReduction {
   static constexpr bool in_lanes = true;
   explicit PlainReduction(int32_t) {}
   static Status scan(const Call& call) { return scan_period(call, 2, 1); }
-  static double finish(double value) { return value; }
+  template <typename N>
+  static N finish(const N& value) {
+    return value;
+  }
 };
 
 struct SampleVariance : PlainReduction {
   using PlainReduction::PlainReduction;
-  static constexpr size_t longest_fused = place_divisors.size();
+  static constexpr size_t longest_fused = places.size();
   template <typename W>
   Number<W> operator()(const W& window) const {
     if (window.size() < 2) return Number<W>{} + null_value;
@@ -94,7 +106,7 @@ struct SampleVariance : PlainReduction {
 
 struct PopulationVariance : PlainReduction {
   using PlainReduction::PlainReduction;
-  static constexpr size_t longest_fused = place_divisors.size();
+  static constexpr size_t longest_fused = places.size();
   template <typename W>
   Number<W> operator()(const W& window) const {
     return squared_distances(window) / size_of(window);
@@ -104,7 +116,10 @@ struct PopulationVariance : PlainReduction {
 template <typename Variance>
 struct Deviation : Variance {
   using Variance::Variance;
-  static double finish(double variance) { return std::sqrt(variance); }
+  template <typename N>
+  static N finish(const N& variance) {
+    return square_root(variance);
+  }
 };
 
 struct SquaresAboutMean : PlainReduction {
@@ -180,7 +195,10 @@ class RegressionSlope {
  public:
   static constexpr bool in_lanes = true;
   static Status scan(const Call& call) { return scan_period(call, 2, 1); }
-  static double finish(double slope) { return slope; }
+  template <typename N>
+  static N finish(const N& slope) {
+    return slope;
+  }
 
   explicit RegressionSlope(int32_t n)
       : n_(n), mean_t_(sum_up_to(int64_t{n} - 1) / static_cast<double>(n)) {

@@ -30,7 +30,14 @@ class WeightedMean {
     for (size_t i = 0; i < window.size(); ++i) sum += (weight += 1.0) * window[i];
     return sum;
   }
-  double finish(double sum) const { return is_null(sum) ? null_value : sum / weights_; }
+  double finish(double sum) const {
+    const double mean = sum / weights_;
+    return is_null(sum) ? null_value : mean;
+  }
+  template <typename Part>
+  Lanes<Part> finish(const Lanes<Part>& sums) const {
+    return each_lane(sums, [this](double sum) { return finish(sum); });
+  }
 
  private:
   double weights_;

@@ -1,8 +1,12 @@
 // Prints what scripts give, down to the last bit, as one line per script: a digest of the report,
 // the answer and the drawing records, and one of all cells. NaN is one value, whatever its bits.
 // Scripts that draw random numbers or ask the clock are left out.
-//   digests SAMPLES FILE...    vectors (.txt) and scripts over the bars of the samples (.quor)
+//   digests SAMPLES FILE...    vectors (.txt), scripts over the bars of the samples (.quor), and
+//   each
+//                              word over bars of several sizes
+#include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -10,10 +14,12 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "engine/engine.h"
 #include "support/engine_vectors.h"
 #include "support/files.h"
+#include "support/word_calls.h"
 
 namespace quor_test {
 namespace {
@@ -133,6 +139,66 @@ void print_sample(const std::string& samples, const std::string& path) {
   print(name, source, settings, bars_of(samples + "/night.csv"));
 }
 
+/// Bars that go up and down by whole steps, so that many are alike, with nulls among them. Steps
+/// may be far smaller or greater than a price's.
+Arrays bars_in_steps_of(double step, double start) {
+  constexpr int64_t first_day = 20240101000000;
+  Arrays bars;
+  uint32_t seed = 20240101;
+  const auto draw = [&seed](uint32_t end) {
+    seed = seed * 1664525U + 1013904223U;
+    return static_cast<double>((seed >> 16U) % end);
+  };
+  double price = start;
+  for (int64_t row = 0; row < 160; ++row) {
+    bars.keys.push_back(first_day + (row / 28) * 100'000'000 + (row % 28) * 1'000'000);
+    const double open = price;
+    price += (draw(9) - 4.0) * step;
+    const double close = draw(11) == 0.0 ? std::nan("") : price;
+    const double high = std::max(open, price) + draw(3) * step;
+    const double low = std::min(open, price) - draw(3) * step;
+    const double volume = (draw(400) - 20.0) * step * 50.0;
+    const std::pair<const char*, double> values[] = {
+        {"OPEN", open}, {"HIGH", high}, {"LOW", low}, {"CLOSE", close}, {"VOL", volume}};
+    for (const auto& [field, value] : values) bars.fields[column_of(field)].push_back(value);
+  }
+  return bars;
+}
+
+/// The text with an expression in the place of each C that stands alone.
+std::string with_expressions(std::string_view arguments) {
+  std::string text;
+  for (size_t i = 0; i < arguments.size(); ++i) {
+    const auto is_letter = [&](size_t at) {
+      return at < arguments.size() && arguments[at] >= 'A' && arguments[at] <= 'Z';
+    };
+    const bool is_alone = arguments[i] == 'C' && !is_letter(i + 1) && (i == 0 || !is_letter(i - 1));
+    text += is_alone ? "(C-O)" : std::string(1, arguments[i]);
+  }
+  return text;
+}
+
+void print_words() {
+  const std::pair<const char*, Arrays> kinds[] = {{"prices", bars_in_steps_of(0.25, 20.0)},
+                                                  {"small", bars_in_steps_of(0.015625, 0.0)},
+                                                  {"large", bars_in_steps_of(1024.0, -4096.0)}};
+  Settings settings;
+  settings.subject.period = 0x3005;
+  settings.subject.security = "600000";
+  settings.subject.market = "USHA";
+  for (const auto& [words, arguments] : word_groups) {
+    std::istringstream each{std::string(words)};
+    for (std::string word; each >> word;) {
+      const std::string call = word + '(' + std::string(arguments) + ");";
+      const std::string other = word + '(' + with_expressions(arguments) + ");";
+      const std::string named = "A:" + call + "B:" + other;
+      const bool has_values = !Script(named, settings).report().failure;
+      const std::string script = has_values ? named : call + other;
+      for (const auto& [kind, bars] : kinds) print(call + ' ' + kind, script, settings, bars);
+    }
+  }
+}
+
 void print_vectors(const std::string& path) {
   for (const Vector& vector : vectors_of(path)) {
     print(vector.file + ": " + vector.name, vector.script, settings_of(vector), arrays_of(vector));
@@ -156,6 +222,7 @@ int main(int count, char** arguments) {
         quor_test::print_vectors(path);
       }
     }
+    quor_test::print_words();
   } catch (const std::exception& fault) {
     std::fprintf(stderr, "digests: %s\n", fault.what());
     return 1;

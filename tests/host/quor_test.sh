@@ -35,13 +35,13 @@ expect 0 'date                     TICK
 2024-01-02 09:40:00  0.020000' run --bars minutes.csv --period 0x3005 -e 'TICK:=MINPRICE*2;' --code IF2401 --extra minprice=0.01
 
 # What the file lacks is null, with a warning.
-expect 0 'quor: warning: bars.csv has no column for OPI (65), which reads as null
+expect 0 'quor: warning: bars.csv has no column for OPENINTEREST (65), which reads as null
 quor: warning: no data for 600000 CLOSE (11), which reads as null; --reference gives it
 date           A     B
 2024-01-03  null  null' run --bars bars.csv --last 1 -e 'A:=OPI+1;B:="600000$CLOSE"*2;'
 
 printf 'date,close,volume\n2024-01-02,1,2147483648\n2024-01-03,2,7\n' >marks.csv
-expect 0 'quor: warning: marks.csv has 2147483648 or 4294967295 for VOL (13), which read as null
+expect 0 'quor: warning: marks.csv has 2147483648 or 4294967295 for VOLUME (13), which read as null
 date           A
 2024-01-02  null
 2024-01-03     7' run --bars marks.csv -e 'A:V;'
@@ -94,7 +94,7 @@ bad_bars ': no line with the names of the columns' '\n'
 bad_bars ': no bars' 'date,close\n'
 bad_bars ":1: the header names no 'date' column; it names close" 'close\n1\n'
 bad_bars ":1: the header names no 'close' column; it names date, open" 'date,open\n'
-bad_bars ':1: two columns are the field VOL (13)' 'date,close,vol,volume\n'
+bad_bars ':1: two columns are the field VOLUME (13)' 'date,close,vol,volume\n'
 bad_bars ':4: 1 cells instead of 2' 'date,close\n2024-01-02,1\n\n2024-01-03\n'
 bad_bars ":3: '1O' in the column of CLOSE (11) is no number" 'date,close\n2024-01-02,1\n2024-01-03,1O\n'
 bad_bars ":2: '2024-13-02' is no date; no calendar and no clock has it" 'date,close\n2024-13-02,1\n'

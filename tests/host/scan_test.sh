@@ -44,7 +44,7 @@ quor: 2 of 5 files failed
   market/E.csv:2: '"'many'"' in the column of CLOSE (11) is no number' scan -e 'X:C;' market --csv
 expect 1 'security  date  X
 quor: 1 of 1 file failed
-  market/B.csv: no column for VOL (13), which the script reads' scan -e 'X:V;' market/B.csv
+  market/B.csv: no column for VOLUME (13), which the script reads' scan -e 'X:V;' market/B.csv
 expect 1 '-e:1:9: warning: the period of STD is negative: -5
 X:STD(C,0-5);
         ^~~

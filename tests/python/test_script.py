@@ -283,6 +283,10 @@ def test_few_bars(frame, bars):
     (lambda frame: frame.set_axis(frame.index[:1].append(frame.index[:-1] + pd.Timedelta("1ms"))),
      "different times fall into one second"),
     (lambda frame: {"close": [1.0], "volume": [1], "high": [1]}, "no column holds the times"),
+    (lambda frame: frame["close"], r"not Series; make a frame of it: series.to_frame\("),
+    (lambda frame: "bars.csv", "not str; quor.read_csv reads a file"),
+    (lambda frame: {**frame.reset_index(), "close": [10**400] * len(frame)}, "what is no number"),
+    (lambda frame: {**frame.reset_index(), "close": ["1"] * len(frame)}, "holds text, such as '1'"),
     (lambda frame: {"time": frame.index, "close": [1.0], "volume": [1], "high": [1]},
      "column 'high' has 1 values for 120 bars"),
 ])
@@ -291,6 +295,37 @@ def test_bad_frames_are_refused_and_leave_the_script_sound(frame, change, text):
     with pytest.raises((ValueError, TypeError), match=text):
         AVERAGE.run(change(frame))
     assert same_bits(AVERAGE.run(frame), before)
+
+
+HALF = "\ud800"
+
+
+@pytest.mark.parametrize("call, text", [
+    (lambda frame: AVERAGE.run(frame, columns={"close": ["a"]}), "'close' is one column, and not"),
+    (lambda frame: AVERAGE.run(frame, lines=5), 'lines are names of lines or "all", and not 5'),
+    (lambda frame: AVERAGE.run(frame, by=["a"]), "by is the name of one column, and not"),
+    (lambda frame: AVERAGE.run(frame.assign(a=1), by="a", jobs=0), "jobs must be a whole number"),
+    (lambda frame: quor.sweep("A:C*N;", frame, N=[1, 2], jobs="2"), "jobs must be a whole number"),
+    (lambda frame: quor.sweep("A:C*N;", frame, parameters=["N"]), "parameters are a mapping"),
+    (lambda frame: quor.compile("A:C*N;", parameters=[("N", 5)]), "parameters are a mapping"),
+    (lambda frame: quor.compile("A:C;", period=2**40), "period is a name, such as"),
+    (lambda frame: quor.compile("A:C;" + HALF), "a script has half a character, .* at place 4"),
+    (lambda frame: quor.compile("A:C;", code=HALF), "code has half a character"),
+    (lambda frame: quor.compile("A:C;", parameters={HALF: 1}), "parameter has half a character"),
+    (lambda frame: quor.compile('A:"000300$CLOSE";', references=frame), "references are a mapping"),
+    (lambda frame: quor.compile('A:"000300$CLOSE";', references={"000300": None}),
+     "references: '000300': bars are a DataFrame"),
+    (lambda frame: quor.scan(AVERAGE, {"a": frame}, executor=5), "executor is one of concurrent"),
+    (lambda frame: quor.scan(AVERAGE, [(["a"], frame)]), "the name of a security is a text"),
+    (lambda frame: AVERAGE.plot(frame, last=0), "last must be a whole number from 1 on"),
+    (lambda frame: AVERAGE.plot(frame, size=5), "size is width and height in pixels"),
+    (lambda frame: AVERAGE.plot(frame, theme="blue"), 'theme is "light" or "dark"'),
+    (lambda frame: AVERAGE.live(frame).values(1.5), "count is a whole number from 0 on"),
+    (lambda frame: quor.read_csv(None), "goes by its path, and not by NoneType"),
+])
+def test_what_is_no_argument_is_said_plainly(frame, call, text):
+    with pytest.raises((ValueError, TypeError), match=text):
+        call(frame)
 
 
 def test_data_of_other_securities_comes_by_its_own_name(frame):
@@ -520,6 +555,33 @@ def test_the_memory_of_many_bars_is_given_back(frame):
     script.run(many, out="numpy", keep=True)
     assert [engine.row_count() for engine in script._idle] == [70000]
     assert same_bits(script.run(frame), quor.compile("A:MA(C,2);").run(frame))
+
+
+@pytest.mark.parametrize("change", [
+    lambda bars: bars, lambda bars: {name: values[::-1] for name, values in bars.items()},
+    lambda bars: {**bars, "close": np.where(bars["close"] > 110, np.nan, bars["close"])},
+    lambda bars: {**bars, "volume": bars["volume"].astype(int)}])
+def test_many_bars_are_read_in_place_and_their_lines_handed_over(tmp_path, change):
+    script = quor.compile("A:MA(C,20);B:C;C2:B+HHV(H,9);D:=EMA(V,5);E:REF(D,1);F:SMA(L,3,1);"
+                          "G:BARSLAST(CROSS(A,B));CROSS(A,B),BK(1);")
+    random = np.random.default_rng(5)
+    shape = (4, 70000)
+    path = tmp_path / "bars"
+    cells = np.memmap(path, np.float64, "w+", shape=shape)
+    cells[:] = 100 + random.normal(0, 1, shape).cumsum(axis=1) / 10
+    cells.flush()
+    # Nobody can write there.
+    cells = np.memmap(path, np.float64, "r", shape=shape)
+    bars = change({"time": np.arange("2000-01-01", shape[1], dtype="M8[m]").astype("M8[s]"),
+                   **dict(zip(("close", "high", "low", "volume"), cells))})
+    wanted = script.run(bars, lines="all", keep=True)
+    events = script.events
+    found = script.run(bars, lines="all")
+    assert same_bits(found, wanted) and events.equals(script.events) and len(events) > 100
+    twice = script.run(bars, lines=["B", "A", "B"])
+    assert same_bits(twice, pd.concat([wanted["B"], wanted["A"], wanted["B"]], axis=1))
+    arrays = script.run(bars, out="numpy")
+    assert all(same_bits(arrays[name], wanted[name].to_numpy()) for name in script.lines)
 
 
 def test_a_notebook_shows_the_source_with_its_findings():

@@ -133,6 +133,54 @@ TEST_F(GateTest, a_page_that_the_browser_has_is_not_sent_again) {
   EXPECT_EQ(studio.get("/start.json").headers.at("Cache-Control"), "no-store");
 }
 
+TEST_F(GateTest, packed_files_of_the_page_are_sent_as_they_are_to_who_can_unpack_them) {
+  Studio studio({});
+  studio.enter();
+  const struct {
+    const char* encodings;
+    bool is_packed;
+  } cases[] = {{"", false},
+               {"br", false},
+               {"gzip;q=0, br", false},
+               {"gzip", true},
+               {"br;q=0, gzip;q=0.5", true}};
+  for (const auto& [encodings, is_packed] : cases) {
+    const Reply reply = studio.get("/studio.js", {{"Accept-Encoding", encodings}});
+    EXPECT_EQ(reply.body, is_packed ? "packed" : "'use strict';") << encodings;
+    EXPECT_EQ(reply.headers.contains("Content-Encoding"), is_packed) << encodings;
+    EXPECT_EQ(reply.headers.at("Vary"), "Accept-Encoding");
+    EXPECT_EQ(reply.headers.at("Content-Type"), "text/javascript; charset=utf-8");
+    // The tag of one form isn't known for the other.
+    const std::string tag = reply.headers.at("ETag");
+    for (const char* const other : {"br", "gzip"}) {
+      const bool is_same = (std::string(other) == "gzip") == is_packed;
+      const Reply again =
+          studio.get("/studio.js", {{"Accept-Encoding", other}, {"If-None-Match", tag}});
+      EXPECT_EQ(again.status, is_same ? 304 : 200) << encodings << ", then " << other;
+    }
+  }
+  EXPECT_EQ(studio.get("/studio.js.gz").status, 404);
+  EXPECT_FALSE(studio.get("/").headers.contains("Vary"));
+}
+
+TEST_F(GateTest, what_is_asked_for_by_the_version_of_the_page_is_kept_for_good) {
+  Studio studio({});
+  studio.enter();
+  const struct {
+    const char* path;
+    bool lasts;
+  } cases[] = {{"/studio.js?v=abc", true},
+               {"/studio.js?v=ab", false},
+               {"/studio.js?v=", false},
+               {"/studio.js", false},
+               {"/studio.js?v=%22", false}};
+  for (const auto& [path, lasts] : cases) {
+    EXPECT_EQ(studio.get(path).headers.at("Cache-Control"),
+              lasts ? "private, max-age=31536000, immutable" : "no-cache")
+        << path;
+  }
+}
+
 TEST_F(GateTest, writes_the_page_into_a_folder) {
   Folder out;
   for (const char* const text : {"page", "newer page"}) {

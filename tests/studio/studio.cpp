@@ -29,6 +29,7 @@ Reply reply_of(const httplib::Result& result) {
 httplib::Client client_of(int port) {
   httplib::Client client("127.0.0.1", port);
   client.set_read_timeout(120);
+  client.set_decompress(false);  // bytes as they are sent
   client.set_write_timeout(120);
   return client;
 }
@@ -71,8 +72,9 @@ Outcome run_quor(const std::vector<std::string>& arguments) {
 }
 
 Studio::Studio(std::vector<std::string> arguments) {
-  page_.write("index.html", "<!doctype html><title>page</title>");
+  page_.write("index.html", R"(<!doctype html><title>page</title><script src="studio.js?v=abc">)");
   page_.write("studio.js", "'use strict';");
+  page_.write("studio.js.gz", "packed");
   page_.write("secret.key", "not for the page");
   const std::string first[] = {"studio", "--page", page_.path(), "--no-open", "--port", "0"};
   arguments.insert(arguments.begin(), std::begin(first), std::end(first));

@@ -8,7 +8,7 @@ namespace quor_host {
 /// All built-in words with what `quor help` says of them.
 Json words_json();
 
-/// The numbers by which axes are laid out.
+/// The numbers by which charts are laid out and drawn.
 Json measures_json();
 
 /// The periods that bars usually have.

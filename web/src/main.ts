@@ -7,8 +7,10 @@ import { Busy } from './panels/busy.ts';
 import { tell, tellError } from './panels/message.ts';
 import { readBeginning } from './start.ts';
 import { Studio } from './studio.ts';
+import { versioned } from './version.ts';
 
-const makeWorker = () => new Worker(new URL('worker.js', import.meta.url), { type: 'module' });
+const makeWorker = () =>
+  new Worker(new URL(versioned('worker.js'), import.meta.url), { type: 'module' });
 
 try {
   const sessions = new Set<Session>();

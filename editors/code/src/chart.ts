@@ -48,12 +48,22 @@ function escaped(text: string): string {
   return text.replace(/[&<>"]/g, (sign) => names[sign] ?? sign);
 }
 
+/** What an author can do something about, with places in the script that has no name here. */
+function remarks(said: string): string {
+  const lines = said.split('\n').filter((line) => !line.startsWith('quor: period: '));
+  return lines
+    .map((line) => line.replace(/^-:(?=\d)/, 'line '))
+    .join('\n')
+    .trim();
+}
+
 /** The page that shows a chart: a picture can't run anything, and the page may not. */
 export function chartPage({ svg, said }: Chart): string {
   const policy = "default-src 'none'; img-src data:; style-src 'unsafe-inline'";
   const data = svg === undefined ? '' : Buffer.from(svg).toString('base64');
   const picture = data === '' ? '' : `<img alt="Chart" src="data:image/svg+xml;base64,${data}">`;
-  const words = said.trim() === '' ? '' : `<pre>${escaped(said.trim())}</pre>`;
+  const told = remarks(said);
+  const words = told === '' ? '' : `<pre>${escaped(told)}</pre>`;
   return `<!doctype html>
 <html lang="en">
 <head>

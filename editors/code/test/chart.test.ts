@@ -46,8 +46,9 @@ test('a script is drawn as it is written, and a mistake is told in its place', a
   assert.match(chart.svg ?? '', /^<svg|^<\?xml/);
   const page = chartPage(chart);
   assert.ok(page.includes(Buffer.from(chart.svg ?? '').toString('base64')));
+  assert.doesNotMatch(page, /<pre>/, 'a sound script needs no remark');
   const faulty = await drawChart(quor, 'A:EMMA(C,5)<B;', settings, true);
   assert.equal(faulty.svg, undefined);
-  assert.match(chartPage(faulty), /<pre>[^<]*nothing defines EMMA[^<]*&lt;B/);
+  assert.match(chartPage(faulty), /<pre>line 1:3: error: nothing defines EMMA[^<]*&lt;B/);
   await assert.rejects(drawChart(join(place, 'none'), 'A:C;', settings, true), /ENOENT/);
 });

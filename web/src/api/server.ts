@@ -1,6 +1,7 @@
 // Requests to the server that the page came from: of files, and scans over them.
 import type { Parameter } from '../engine/types.ts';
 import { Refusal } from '../refusal.ts';
+import { versioned } from '../version.ts';
 import type { Files, Sample, ScanAnswer, ScanStart, Start } from './types.ts';
 
 async function send(path: string, request: RequestInit = {}): Promise<Response> {
@@ -28,12 +29,13 @@ async function post<T>(path: string, body: unknown = {}): Promise<T> {
 }
 
 export const readStart = (): Promise<Start> => get('start.json');
-export const readSamples = (): Promise<Sample[]> => get('samples.json');
-export const readSampleBars = async (): Promise<Blob> => (await send('index-daily.csv')).blob();
+export const readSamples = (): Promise<Sample[]> => get(versioned('samples.json'));
+export const readSampleBars = async (): Promise<Blob> =>
+  (await send(versioned('index-daily.csv'))).blob();
 
 /** The module of WebAssembly, compiled while it comes in where the server says what it is. */
 export async function readModule(): Promise<WebAssembly.Module> {
-  const response = await send('studio.wasm');
+  const response = await send(versioned('studio.wasm'));
   const isNamed = response.headers.get('content-type')?.startsWith('application/wasm') ?? false;
   return isNamed
     ? WebAssembly.compileStreaming(response)

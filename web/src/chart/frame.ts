@@ -1,5 +1,5 @@
 // The plot of a pane while it is drawn: what is in sight, and where it lies on the canvas.
-import type { Shown } from '../engine/types.ts';
+import type { Measures, Shown } from '../engine/types.ts';
 import { type Box, Placement } from './placement.ts';
 import { flagOf, isKind, numberOf, type ShapeRecord, textOf } from './records.ts';
 import type { Scale, Values } from './scale.ts';
@@ -23,15 +23,12 @@ export interface Sight {
   to: number;
 }
 
-const dashes: Readonly<Record<string, readonly number[]>> = {
-  DASHLINE: [8, 4],
-  DASH: [5, 4],
-  DOTLINE: [2, 3],
-  DOT: [1, 3],
-  DASHDOT: [6, 3, 1, 3],
-  POINTDOT: [1, 2],
-  DASHDOTDOT: [6, 3, 1, 3, 1, 3],
-};
+/** What the letters of a text cover, from their left edge, above and below their base line. */
+export interface Letters {
+  width: number;
+  above: number;
+  below: number;
+}
 
 export const fontFamily = 'system-ui, "Segoe UI", Roboto, "Noto Sans", "DejaVu Sans", sans-serif';
 
@@ -52,6 +49,7 @@ export class Frame {
     readonly ctx: CanvasRenderingContext2D,
     readonly theme: Theme,
     readonly view: View,
+    readonly measures: Measures,
     /** Of the plot, in pixels of the page. */
     readonly box: Box,
     readonly sight: Sight,
@@ -63,9 +61,9 @@ export class Frame {
     this.placement = new Placement(box);
     this.rowWidth = (box.right - box.left) / Math.max(sight.to - sight.from, 1e-9);
     this.slotWidth = this.rowWidth * view.step;
-    const widest = 41;
-    const odd = 2 * Math.floor(0.36 * this.slotWidth) + 1;
-    this.barWidth = Math.min(Math.max(odd < this.slotWidth ? odd : odd - 2, 1), widest);
+    const odd = 2 * Math.floor((this.slotWidth * measures.barShare) / 2) + 1;
+    const fitting = odd < this.slotWidth ? odd : odd - 2;
+    this.barWidth = Math.min(Math.max(fitting, 1), measures.broadestBar);
     ({ begin: this.begin, end: this.end } = view.slots(sight.from, sight.to));
   }
 
@@ -113,21 +111,22 @@ export class Frame {
   }
 
   strokeOf(record: ShapeRecord): Stroke {
-    const fewPixels = 3; // for a bar; a broad line would hide all others
-    const widest = this.slotWidth < fewPixels ? 1.2 : 10;
+    const { narrowSlot, broadestNarrowLine, broadestLine, lineEase, dashes } = this.measures;
+    const broadest = this.slotWidth < narrowSlot ? broadestNarrowLine : broadestLine;
     return {
       color: this.theme.line(textOf(record, 'LineColor')),
-      width: Math.min(numberOf(record, 'LineWidth', 1) + 0.4, widest),
+      width: Math.min(numberOf(record, 'LineWidth', 1) + lineEase, broadest),
       dashes: dashes[textOf(record, 'LineShapeStyle')] ?? [],
     };
   }
 
+  /** A line of one point is a dot. */
   line(points: readonly Point[], { color, width, dashes: pattern }: Stroke): void {
     if (points.length === 0) return;
+    if (points.length === 1) return this.disc(points[0], (width + 1.5) / 2, color);
     const { ctx } = this;
     ctx.beginPath();
     for (const { x, y } of points) ctx.lineTo(x, y);
-    if (points.length === 1) ctx.lineTo(points[0].x + 0.1, points[0].y);
     ctx.strokeStyle = color;
     ctx.lineWidth = width;
     ctx.setLineDash([...pattern]);
@@ -135,6 +134,13 @@ export class Frame {
     ctx.lineCap = 'round';
     ctx.stroke();
     ctx.setLineDash([]);
+  }
+
+  disc({ x, y }: Point, radius: number, color: string): void {
+    this.ctx.beginPath();
+    this.ctx.arc(x, y, radius, 0, 2 * Math.PI);
+    this.ctx.fillStyle = color;
+    this.ctx.fill();
   }
 
   fill({ left, top, right, bottom }: Box, color: string): void {
@@ -158,19 +164,22 @@ export class Frame {
   }
 
   /** Sets the letters and gives the size of a text in them. */
-  measure(text: string, size: number, bold = false): { width: number; height: number } {
+  measure(text: string, size: number, bold = false): Letters {
     this.ctx.font = `${bold ? '600 ' : ''}${size}px ${fontFamily}`;
-    return { width: this.ctx.measureText(text).width, height: size * 1.15 };
+    const found = this.ctx.measureText(text);
+    return {
+      width: Math.ceil(found.width),
+      above: Math.ceil(found.actualBoundingBoxAscent),
+      below: Math.max(Math.ceil(found.actualBoundingBoxDescent), 0),
+    };
   }
 
-  /** Writes in the middle of a box, with the letters that were measured last. A halo of the ground
-   * keeps it readable over lines. */
-  write(text: string, box: Box, color: string, halo = true): void {
+  /** Writes around the middle of a base line, with the letters that were measured last. A halo of
+   * the ground keeps a text readable over lines. */
+  write(text: string, { x, y }: Point, color: string, halo = true): void {
     const { ctx } = this;
     ctx.textAlign = 'center';
-    ctx.textBaseline = 'middle';
-    const x = (box.left + box.right) / 2;
-    const y = (box.top + box.bottom) / 2 + 0.5;
+    ctx.textBaseline = 'alphabetic';
     if (halo) {
       ctx.strokeStyle = this.theme.palette.ground;
       ctx.lineWidth = 3;

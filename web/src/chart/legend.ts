@@ -17,13 +17,28 @@ function valueText(value: number, record: ShapeRecord, digits: number): string {
     : shortText(value, digits);
 }
 
+const hasTitle = (record: ShapeRecord): boolean => textOf(record, 'title') !== '';
+
+/** Of the records that have a title. */
+export function entriesOf(
+  records: readonly ShapeRecord[],
+  digits: number,
+  valueOf: (id: number) => number,
+): LegendEntry[] {
+  return records.filter(hasTitle).map((record) => {
+    const id = columnOf(record, 'Field1Id');
+    const value = id === undefined ? NaN : valueOf(id);
+    return { title: textOf(record, 'title'), text: valueText(value, record, digits), record };
+  });
+}
+
 export class Legend {
   readonly root = element('dl', { class: 'legend' });
   private titled: ShapeRecord[] = [];
   private places: { title: HTMLElement; value: HTMLElement }[] = [];
 
   take(records: readonly ShapeRecord[]): void {
-    this.titled = records.filter((record) => textOf(record, 'title') !== '');
+    this.titled = records.filter(hasTitle);
     if (this.places.length !== this.titled.length) this.makePlaces(this.titled.length);
     this.titled.forEach((record, i) => setText(this.places[i].title, textOf(record, 'title')));
   }
@@ -34,11 +49,7 @@ export class Legend {
   }
 
   entries(digits: number, valueOf: (id: number) => number): LegendEntry[] {
-    return this.titled.map((record) => {
-      const id = columnOf(record, 'Field1Id');
-      const value = id === undefined ? NaN : valueOf(id);
-      return { title: textOf(record, 'title'), text: valueText(value, record, digits), record };
-    });
+    return entriesOf(this.titled, digits, valueOf);
   }
 
   show(entries: readonly LegendEntry[], theme: Theme): void {

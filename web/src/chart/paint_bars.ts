@@ -2,10 +2,6 @@
 import type { Frame, Point } from './frame.ts';
 import { flagOf, numberOf, type ShapeRecord, textOf } from './records.ts';
 
-const backgroundAlpha = 0.13;
-const regionAlpha = 0.26;
-const volumeAlpha = 0.75;
-
 const openField = 7;
 const closeField = 11;
 
@@ -39,15 +35,7 @@ export function drawCandles(frame: Frame, record: ShapeRecord): void {
     const color = theme.line(candleBrush(record, open, close));
     const body = frame.barBox(frame.slotX(slot), barWidth, frame.y(open), frame.y(close));
     const middle = body.left + (barWidth - 1) / 2;
-    frame.fill(
-      {
-        left: middle,
-        top: Math.round(frame.y(high)),
-        right: middle + 1,
-        bottom: Math.round(frame.y(low)) + 1,
-      },
-      color,
-    );
+    frame.fill(frame.barBox(frame.slotX(slot), 1, frame.y(high), frame.y(low)), color);
     if (isAmerican) {
       const tick = (left: number, right: number, y: number) =>
         frame.fill({ left, right, top: Math.round(y), bottom: Math.round(y) + 1 }, color);
@@ -105,6 +93,7 @@ export function drawSticks(frame: Frame, record: ShapeRecord): void {
 
 export function drawVolume(frame: Frame, record: ShapeRecord): void {
   const { view, theme } = frame;
+  const { volumeAlpha } = frame.measures;
   const rise = theme.area(textOf(record, 'UpperShadowColor'), volumeAlpha);
   const fall = theme.area(textOf(record, 'LowerShadowColor'), volumeAlpha);
   const volume = view.column(record, 'Field1Id');
@@ -122,6 +111,7 @@ export function drawVolume(frame: Frame, record: ShapeRecord): void {
 /** Behind marked bars; from edge to edge for a record that looks at the last bar only. */
 export function drawBackground(frame: Frame, record: ShapeRecord): void {
   const { view, ctx, box } = frame;
+  const { backgroundAlpha } = frame.measures;
   const color = frame.theme.area(textOf(record, 'FilledColor'), backgroundAlpha);
   const key = textOf(record, 'GradientColor');
   const end = key ? frame.theme.area(key, backgroundAlpha) : color;
@@ -155,7 +145,7 @@ export function drawBackground(frame: Frame, record: ShapeRecord): void {
 /** The area between two lines. */
 export function drawRegion(frame: Frame, record: ShapeRecord): void {
   const { view } = frame;
-  const color = frame.theme.area(textOf(record, 'FilledColor'), regionAlpha);
+  const color = frame.theme.area(textOf(record, 'FilledColor'), frame.measures.regionAlpha);
   const shows = view.marks(record);
   const first = view.column(record, 'Field1Id');
   const second = view.column(record, 'Field2Id');

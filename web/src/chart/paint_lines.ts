@@ -8,13 +8,14 @@ export function drawLevel(frame: Frame, record: ShapeRecord, value: number): voi
   const { left, right } = frame.box;
   const y = Math.round(frame.y(value)) + 0.5;
   const stroke = frame.strokeOf(record);
-  const dashes = stroke.dashes.length ? stroke.dashes : [4, 3];
+  const { levelDashes, lineEase } = frame.measures;
+  const dashes = stroke.dashes.length ? stroke.dashes : levelDashes;
   frame.line(
     [
       { x: left, y },
       { x: right, y },
     ],
-    { ...stroke, width: Math.max(stroke.width - 0.4, 1), dashes },
+    { ...stroke, width: stroke.width - lineEase, dashes },
   );
 }
 
@@ -64,9 +65,15 @@ function segment(frame: Frame, one: Point, other: Point, expansion: number, stro
     return;
   }
   const y = (x: number) => from.y + slope * (x - from.x);
-  const left = expansion & 2 ? Math.min(frame.box.left, from.x) : from.x;
-  const right = expansion & 1 ? Math.max(frame.box.right, to.x) : to.x;
-  if (right < frame.box.left || left > frame.box.right) return;
+  const { box } = frame;
+  let left = Math.max(expansion & 2 ? box.left : from.x, box.left);
+  let right = Math.min(expansion & 1 ? box.right : to.x, box.right);
+  if (slope !== 0) {
+    const ends = [box.top, box.bottom].map((edge) => from.x + (edge - from.y) / slope);
+    left = Math.max(left, Math.min(...ends));
+    right = Math.min(right, Math.max(...ends));
+  }
+  if (left >= right) return;
   frame.line(
     [
       { x: left, y: y(left) },
@@ -151,14 +158,6 @@ function anchorOf(frame: Frame, record: ShapeRecord, number: 1 | 2 | 3): Point |
   return undefined;
 }
 
-const goldenShares = [
-  [0, '0'],
-  [0.382, '38.2%'],
-  [0.5, '50%'],
-  [0.618, '61.8%'],
-  [1, '100%'],
-] as const;
-
 /** A plain form over the newest anchors. The ratio stretches the swing from the first anchor to the
  * second: the height of an angle line at the second anchor, of the levels, of the wave that is set
  * off from the third. */
@@ -177,8 +176,8 @@ export function drawFigure(frame: Frame, record: ShapeRecord): void {
     );
     if (!name) return;
     const { width } = frame.measure(name, 10);
-    const box = { left: right - width - 3, top: y - 12, right: right - 3, bottom: y };
-    frame.write(name, box, frame.theme.text(textOf(record, 'LineColor')));
+    const color = frame.theme.text(textOf(record, 'LineColor'));
+    frame.write(name, { x: right - 3 - width / 2, y: y - 2 }, color);
   };
   const first = anchorOf(frame, record, 1);
   if (first && style.startsWith('Horizontal')) level(first.x, first.y, '');
@@ -187,7 +186,8 @@ export function drawFigure(frame: Frame, record: ShapeRecord): void {
   const swing = (second.y - first.y) * numberOf(record, 'Ratio', 1);
   if (style.startsWith('Golden')) {
     const left = Math.min(first.x, second.x);
-    for (const [share, name] of goldenShares) level(left, first.y + swing * share, name);
+    for (const [share, name] of frame.measures.goldenShares)
+      level(left, first.y + swing * share, name);
   } else if (style.startsWith('Wave')) {
     const third = anchorOf(frame, record, 3);
     if (!third) return;

@@ -4,16 +4,12 @@ import type { Frame, Point } from './frame.ts';
 import { type Box, boxAround, meets, moved } from './placement.ts';
 import { columnOf, flagOf, numberOf, type ShapeRecord, textOf } from './records.ts';
 
-/** Between a bar and a text. */
-const space = 3;
-/** From where on a text needs a line to its point. */
-const farAway = 11;
-
 function lead(frame: Frame, from: Point, to: Box, color: string): void {
   const end = Math.min(Math.max(from.y, to.top), to.bottom);
-  if (Math.abs(end - from.y) < farAway) return;
+  const { farText, leadAlpha } = frame.measures;
+  if (Math.abs(end - from.y) < farText) return;
   const x = Math.min(Math.max(from.x, to.left + 2), to.right - 2);
-  frame.line([from, { x, y: end }], { color: withAlpha(color, 0.55), width: 1, dashes: [] });
+  frame.line([from, { x, y: end }], { color: withAlpha(color, leadAlpha), width: 1, dashes: [] });
 }
 
 interface Label {
@@ -33,30 +29,34 @@ function label(
   anchor: [number, number],
   what: Label,
 ): void {
+  const { textSpace, farthestText } = frame.measures;
   const margin = what.framed ? 4 : 1;
-  const size = frame.measure(what.text, what.size, what.bold);
-  const height = size.height + 2 * (margin - 1);
-  let wanted = boxAround(point.x, point.y, size.width + 2 * margin, height, anchor);
+  const { width, above, below } = frame.measure(what.text, what.size, what.bold);
+  const height = above + below + 2 * margin;
+  let wanted = boxAround(point.x, point.y, width + 2 * margin, height, anchor);
   let upwards = anchor[1] > 0.5;
   let tip = point;
   const bar = frame.barAtRow(row);
   if (bar) {
     if (anchor[1] === 0.5) upwards = point.y <= (bar.top + bar.bottom) / 2;
-    const around = { ...bar, top: bar.top - space, bottom: bar.bottom + space };
+    const around = { ...bar, top: bar.top - textSpace, bottom: bar.bottom + textSpace };
     if (meets(around, wanted)) {
       wanted = moved(wanted, 0, (upwards ? around.top - height : around.bottom) - wanted.top);
       tip = { x: point.x, y: upwards ? bar.top : bar.bottom };
     }
   }
-  const place = frame.placement.place(wanted, upwards, { ahead: 48, behind: 48, sideways: true });
+  wanted = moved(
+    wanted,
+    Math.round(wanted.left) - wanted.left,
+    Math.round(wanted.top) - wanted.top,
+  );
+  const leeway = { ahead: farthestText, behind: farthestText, sideways: true };
+  const place = frame.placement.place(wanted, upwards, leeway);
   if (!place) return;
   lead(frame, tip, place, what.color);
-  if (what.framed) {
-    frame.fill(place, frame.theme.palette.ground);
-    frame.outline(place, what.color);
-  }
-  frame.measure(what.text, what.size, what.bold);
-  frame.write(what.text, place, what.color, !what.framed);
+  if (what.framed) frame.outline(place, what.color);
+  const middle = (place.left + place.right) / 2;
+  frame.write(what.text, { x: middle, y: place.bottom - margin - below }, what.color);
 }
 
 const fontSize = (record: ShapeRecord) =>
@@ -67,7 +67,7 @@ function drawDots(frame: Frame, record: ShapeRecord, isFilled: boolean): void {
   const { ctx } = frame;
   const radius = Math.min(Math.max(frame.slotWidth * 0.4, 1), fontSize(record) * 0.28);
   ctx.strokeStyle = ctx.fillStyle = frame.theme.line(textOf(record, 'TextColor'));
-  ctx.lineWidth = 1.2;
+  ctx.lineWidth = frame.measures.ringLine;
   for (const { row, values } of frame.shown(record)) {
     const y = frame.y(values.Field1Id ?? NaN);
     if (Number.isNaN(y)) continue;
@@ -106,15 +106,13 @@ export function drawText(frame: Frame, record: ShapeRecord): void {
 export function drawPicture(frame: Frame, record: ShapeRecord): void {
   const name = textOf(record, 'Field1Text');
   const { box, theme } = frame;
+  const { backPictureAlpha } = frame.measures;
   if (flagOf(record, 'IsLastCandle')) {
     if (frame.allShown(record).length === 0) return;
-    frame.measure(name, 40, true);
-    frame.write(
-      name,
-      { ...box, top: box.bottom - 64, bottom: box.bottom - 12 },
-      withAlpha(theme.palette.label, 0.25),
-      false,
-    );
+    const size = 40;
+    frame.measure(name, size, true);
+    const foot = { x: (box.left + box.right) / 2, y: box.bottom - 12 - size / 4 };
+    frame.write(name, foot, withAlpha(theme.palette.label, backPictureAlpha), false);
     return;
   }
   const what = { text: name, size: 10, color: theme.palette.label, framed: true };
@@ -156,10 +154,7 @@ export function drawSound(frame: Frame, record: ShapeRecord): void {
       ],
       { color, width: 1.2, dashes: [] },
     );
-    frame.ctx.beginPath();
-    frame.ctx.ellipse(x - 0.5, y, 2.2, 1.7, 0, 0, 2 * Math.PI);
-    frame.ctx.fillStyle = color;
-    frame.ctx.fill();
+    frame.disc({ x: x - 0.5, y }, 2, color);
   }
 }
 
@@ -184,10 +179,11 @@ function drawSign(
   bar: Box,
   sign: { text: string; color: string; side: string },
 ): void {
+  const { textSpace, tagRadius } = frame.measures;
   const half = 5;
   const height = 9;
   const pointsUp = sign.side === 'buy';
-  const top = pointsUp ? bar.bottom + space : bar.top - space - height;
+  const top = pointsUp ? bar.bottom + textSpace : bar.top - textSpace - height;
   const wanted = { left: x - half, top, right: x + half, bottom: top + height };
   const isDense = frame.slotWidth < 3;
   const place =
@@ -210,16 +206,17 @@ function drawSign(
     ];
     frame.area(corners, sign.color);
   }
-  const size = frame.measure(sign.text, 10, true);
-  const word = boxAround(middle, foot + (pointsUp ? 1 : -1), size.width + 7, 14, [
+  const { width } = frame.measure(sign.text, 10, true);
+  const word = boxAround(middle, foot + (pointsUp ? 1 : -1), width + 7, 13, [
     0.5,
     pointsUp ? 0 : 1,
   ]);
   const tag = frame.placement.place(word, !pointsUp, { ahead: 24, sideways: true });
   if (!tag) return;
   frame.ctx.beginPath();
-  frame.ctx.roundRect(tag.left, tag.top, tag.right - tag.left, tag.bottom - tag.top, 3);
+  frame.ctx.roundRect(tag.left, tag.top, tag.right - tag.left, tag.bottom - tag.top, tagRadius);
   frame.ctx.fillStyle = sign.color;
   frame.ctx.fill();
-  frame.write(sign.text, tag, inkOn(sign.color), false);
+  const base = { x: (tag.left + tag.right) / 2, y: tag.bottom - 3 };
+  frame.write(sign.text, base, inkOn(sign.color), false);
 }

@@ -8,7 +8,7 @@ import { Legend, type LegendEntry } from './legend.ts';
 import { paint } from './paint.ts';
 import { drawPolyline } from './paint_lines.ts';
 import { endsFor, type Range, rangeInSight } from './range.ts';
-import { isFigure, type ShapeRecord } from './records.ts';
+import { type ShapeRecord } from './records.ts';
 import {
   multiplied,
   type Scale,
@@ -18,6 +18,7 @@ import {
   type Values,
 } from './scale.ts';
 import type { Sheet } from './sheet.ts';
+import { paintTimeGrid, paintTimeTexts } from './time_axis.ts';
 import {
   closeTag,
   levelTags,
@@ -168,7 +169,6 @@ export class ChartPane {
     this.takeOverlay(range);
     this.scale = scaleOf(scaleName, range.high, this.sheet.firstClose(from));
     this.axis = endsFor(range, this.scale, seen);
-    this.takeShown(seen);
     this.makeRoomForLegend();
     const { low, high } = this.axis;
     const [middle, half] = [(low + high) / 2, (high - low) / 2 / this.stretch];
@@ -181,20 +181,6 @@ export class ChartPane {
     this.overlayFactor = this.sheet.overlayFactor(from);
     const { low, high } = rangeInSight([this.overlay], [], this.sheet.view, from, to);
     for (const value of [low, high]) range.take(this.overlayFactor * value);
-  }
-
-  /** Figures count with the anchors that are in sight. */
-  private takeShown(records: readonly ShapeRecord[]): void {
-    const { from, to } = this.sight;
-    for (const record of records.filter(isFigure)) {
-      for (const shown of this.sheet.shownOf(record)) {
-        const value = shown.values.Field1Id;
-        if (shown.row + 1 < from || shown.row > to || typeof value !== 'number') continue;
-        if (this.scale.isLogged && value <= 0) continue;
-        this.axis.low = Math.min(this.axis.low, this.scale.place(value));
-        this.axis.high = Math.max(this.axis.high, this.scale.place(value));
-      }
-    }
   }
 
   private makeRoomForLegend(): void {
@@ -233,20 +219,14 @@ export class ChartPane {
         {
           ...axis,
           size: this.place.isLast ? timeAxisHeight : 0,
-          splits: () =>
-            this.sheet.timeMarks(this.sight, this.plotWidth()).map(({ place }) => place),
-          values: () =>
-            this.place.isLast
-              ? this.sheet.timeMarks(this.sight, this.plotWidth()).map(({ text }) => text)
-              : [],
+          splits: () => [],
         },
         {
           ...axis,
           side: 1,
           size: valueAxisWidth,
           splits: () => this.ticks().map(({ value }) => this.scale.place(value)),
-          values: () =>
-            tickTexts(this.ticks(), this.scale, this.axis, this.plotHeight(), this.tags()),
+          values: () => this.tickTexts(),
         },
       ],
       hooks: {
@@ -269,6 +249,18 @@ export class ChartPane {
     const values = { low: scale.value(axis.low), high: scale.value(axis.high) };
     const isWhole = this.spec.digits === 0;
     return scale.ticks(values, this.plotHeight(), isWhole, this.sheet.measures);
+  }
+
+  /** None where half of it would be cut off: above, and below where another pane follows. */
+  private tickTexts(): string[] {
+    const { scale, axis, sheet } = this;
+    const ticks = this.ticks();
+    const height = this.plotHeight();
+    const texts = tickTexts(ticks, scale, axis, height, this.tags(), sheet.measures.halfTag);
+    const margin = ((axis.high - axis.low) / height) * 7;
+    const lowest = this.place.isLast ? axis.low : axis.low + margin;
+    const isWhole = (place: number) => place >= lowest && place <= axis.high - margin;
+    return ticks.map(({ value }, i) => (isWhole(scale.place(value)) ? texts[i] : ''));
   }
 
   private tags(): Tag[] {
@@ -315,7 +307,7 @@ export class ChartPane {
       right: (bbox.left + bbox.width) / ratio,
       bottom: (bbox.top + bbox.height) / ratio,
     };
-    const { theme, view } = this.sheet;
+    const { theme, view, measures } = this.sheet;
     ctx.save();
     ctx.scale(ratio, ratio);
     ctx.save();
@@ -324,13 +316,16 @@ export class ChartPane {
     ctx.clip();
     const shownOf = (record: ShapeRecord) => this.sheet.shownOf(record);
     const frameOf = (scale: Scale) =>
-      new Frame(ctx, theme, view, box, this.sight, this.axis, scale, shownOf);
+      new Frame(ctx, theme, view, measures, box, this.sight, this.axis, scale, shownOf);
     const frame = frameOf(this.scale);
+    const marks = this.sheet.timeMarks(this.sight, box.right - box.left);
+    paintTimeGrid(frame, marks);
     paint(frame, this.records, this.levels);
     if (this.overlay)
       drawPolyline(frameOf(multiplied(this.scale, this.overlayFactor)), this.overlay);
     ctx.restore();
     for (const tag of this.tags()) paintTag(frame, tag);
+    if (this.place.isLast) paintTimeTexts(frame, marks);
     if (!this.place.isLast)
       frame.fill(
         { ...box, right: box.right + valueAxisWidth, top: box.bottom - 1 },

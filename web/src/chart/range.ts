@@ -1,5 +1,5 @@
 // The range of values that a pane shows.
-import { isFigure, isKind, numberOf, type ShapeRecord, textOf } from './records.ts';
+import { isKind, numberOf, type ShapeRecord, textOf } from './records.ts';
 import type { Scale, Values } from './scale.ts';
 import type { Track, View } from './view.ts';
 
@@ -58,7 +58,7 @@ function takeRecord(
   begin: number,
   end: number,
 ): void {
-  if (record.valued === false || isKind(record, 'YAxisRange') || isFigure(record)) return;
+  if (record.valued === false || isKind(record, 'YAxisRange')) return;
   if (textOf(record, 'Style') === 'DoubleRect' || isKind(record, 'VolumeShape')) range.take(0);
   for (const [key, ownMark] of places) {
     const mark = numberOf(record, ownMark, -1) < 0 ? 'Field1VisibleId' : ownMark;

@@ -3,6 +3,8 @@
 import type { Measures } from '../engine/types.ts';
 import { multiples, niceStep, shortText, tickText } from './numbers.ts';
 
+type TickMeasures = Pick<Measures, 'tickRoom' | 'leastTickRoom' | 'enoughTicks'>;
+
 export type ScaleName = 'linear' | 'log' | 'percent';
 
 /** The ends of an axis. */
@@ -23,7 +25,7 @@ export interface Scale {
   place(value: number): number;
   value(place: number): number;
   /** Whole numbers only for a pane of whole values. */
-  ticks(values: Values, height: number, isWhole: boolean, measures: Measures): Tick[];
+  ticks(values: Values, height: number, isWhole: boolean, measures: TickMeasures): Tick[];
   text(value: number, digits: number): string;
 }
 
@@ -31,7 +33,7 @@ function evenSteps(
   { low, high }: Values,
   height: number,
   isWhole: boolean,
-  { tickRoom, leastTickRoom, enoughTicks }: Measures,
+  { tickRoom, leastTickRoom, enoughTicks }: TickMeasures,
 ): { step: number; values: number[] } {
   const most = Math.max(1, height / leastTickRoom);
   let count = Math.max(1, height / tickRoom);

@@ -4,15 +4,14 @@ import type { Sight } from './frame.ts';
 import { groupedText } from './numbers.ts';
 import type { ShapeRecord } from './records.ts';
 import type { Theme } from './theme.ts';
-import { keyText, timeMarks } from './time.ts';
+import { keyText, type TimeMark, timeMarks } from './time.ts';
 import { type View } from './view.ts';
 
 const closeField = 11;
 
-export interface PlacedMark {
+export interface PlacedMark extends Omit<TimeMark, 'index'> {
   /** On the time axis, in rows. */
   place: number;
-  text: string;
 }
 
 export class Sheet {
@@ -101,9 +100,9 @@ export class Sheet {
     const { begin, end } = this.view.slots(from, to);
     const keys = this.view.keys.subarray(begin, end);
     const room = this.measures.timeMarkRoom / ((width / (to - from)) * this.view.step);
-    const marks = timeMarks(keys, room).map(({ index, text }) => ({
+    const marks = timeMarks(keys, room).map(({ index, ...mark }) => ({
+      ...mark,
       place: this.view.middle(begin + index),
-      text,
     }));
     this.marks = { from, to, width, marks };
     return marks;

@@ -8,7 +8,8 @@ export interface TimeMark {
   index: number;
   text: string;
   /** Where a month or a year begins, and with bars of a day where a day does. */
-  strong: boolean;
+  isStrong: boolean;
+  isYear: boolean;
 }
 
 interface Moment {
@@ -80,8 +81,9 @@ export function timeMarks(keys: ArrayLike<Key>, room: number): TimeMark[] {
   const most = moments.length / room + 1;
   const marks: TimeMark[] = [];
   const mark = (index: number, name: Name) => {
-    const strong = name === 'year' || name === 'month' || (intraday && name === 'day');
-    marks.push({ index, text: textOf(moments[index], name, intraday), strong });
+    const isYear = name === 'year';
+    const isStrong = isYear || name === 'month' || (intraday && name === 'day');
+    marks.push({ index, text: textOf(moments[index], name, intraday), isStrong, isYear });
   };
   for (const { name, number } of spans) {
     const begins: number[] = [];

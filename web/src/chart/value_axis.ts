@@ -15,26 +15,19 @@ export interface Tag {
   isFilled: boolean;
 }
 
-const tagHeight = 16;
-
-/** The texts of ticks, none where a tag stands or half of it would be cut off. The ends of the axis are
- * places of the scale. */
+/** The texts of ticks, none where a tag stands. The ends of the axis are places of the scale. */
 export function tickTexts(
   ticks: readonly Tick[],
   scale: Scale,
   { low, high }: Values,
   height: number,
   tags: readonly Tag[],
+  halfTag: number,
 ): string[] {
   const places = tags.map(({ value }) => scale.place(value));
   const nearTag = (place: number) =>
-    places.some((tag) => Math.abs(tag - place) * height < (tagHeight - 1) * (high - low));
-  const margin = ((high - low) / height) * 7;
-  const isCut = (place: number) => place > high - margin || place < low + margin;
-  return ticks.map(({ value, text }) => {
-    const place = scale.place(value);
-    return nearTag(place) || isCut(place) ? '' : text;
-  });
+    places.some((tag) => Math.abs(tag - place) * height < (2 * halfTag - 1) * (high - low));
+  return ticks.map(({ value, text }) => (nearTag(scale.place(value)) ? '' : text));
 }
 
 export function closeTag(
@@ -60,20 +53,28 @@ export function levelTags(
   }));
 }
 
+/** Where a tag has its middle: all of it is in the pane. */
+export function tagY(frame: Frame, value: number): number {
+  const { box, measures } = frame;
+  const [highest, lowest] = [box.top + measures.halfTag, box.bottom - measures.halfTag];
+  return Math.min(Math.max(frame.y(value), highest), lowest);
+}
+
 export function paintTag(frame: Frame, { value, text, color, isFilled }: Tag): void {
   const { ctx, box } = frame;
-  const y = frame.y(value);
+  const { halfTag, tagRadius, lastPriceAlpha } = frame.measures;
+  const y = tagY(frame, value);
   const { width } = frame.measure(text, 11, isFilled);
   if (isFilled) {
-    const line = Math.round(y) + 0.5;
+    const line = Math.floor(frame.y(value)) + 0.5;
     const ends = [
       { x: box.left, y: line },
       { x: box.right, y: line },
     ];
-    frame.line(ends, { color: withAlpha(color, 0.6), width: 1, dashes: [1, 3] });
+    frame.line(ends, { color: withAlpha(color, lastPriceAlpha), width: 1, dashes: [1, 3] });
     ctx.beginPath();
     const most = valueAxisWidth - 2;
-    ctx.roundRect(box.right + 1, y - tagHeight / 2, Math.min(width + 10, most), tagHeight, 3);
+    ctx.roundRect(box.right + 1, y - halfTag, Math.min(width + 10, most), 2 * halfTag, tagRadius);
     ctx.fillStyle = color;
     ctx.fill();
   }

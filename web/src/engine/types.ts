@@ -25,7 +25,8 @@ export interface Period {
   name: string;
 }
 
-/** How axes are laid out, in pixels. */
+/** How charts are laid out and drawn: host/panes/measures.h, which says what each is. Lengths in
+ * pixels. */
 export interface Measures {
   /** Between the marks of the time axis, at least. */
   timeMarkRoom: number;
@@ -34,6 +35,28 @@ export interface Measures {
   leastTickRoom: number;
   /** Ticks that are sought for at closer distances than one likes. */
   enoughTicks: number;
+  backgroundAlpha: number;
+  regionAlpha: number;
+  volumeAlpha: number;
+  leadAlpha: number;
+  lastPriceAlpha: number;
+  backPictureAlpha: number;
+  /** By the words of line styles. */
+  dashes: Readonly<Record<string, readonly number[]>>;
+  levelDashes: readonly number[];
+  goldenShares: readonly (readonly [share: number, name: string])[];
+  lineEase: number;
+  broadestLine: number;
+  narrowSlot: number;
+  broadestNarrowLine: number;
+  ringLine: number;
+  barShare: number;
+  broadestBar: number;
+  textSpace: number;
+  farText: number;
+  farthestText: number;
+  halfTag: number;
+  tagRadius: number;
 }
 
 /** What the page knows of scripts and bars. */
