@@ -70,7 +70,8 @@ class CalculateCenter {
   int32_t start_row() const { return start_row_; }
 
   /// How many calls have been evaluated at a bar, and how often one has looked at a value that it
-  /// knows: what a bar costs, in a unit that doesn't depend on the machine.
+  /// knows or that a search goes through: what a bar costs, in a unit that doesn't depend on the
+  /// machine.
   uint64_t work() const { return work_; }
   void note_work(uint64_t looks = 1) { work_ += looks; }
   /// Whether a statement went by columns in the last block that was calculated.

@@ -15,6 +15,7 @@
 #include "functions/series.h"
 #include "functions/word_steps.h"
 #include "platform/math.h"
+#include "platform/processor.h"
 #include "vocabulary/families.h"
 
 namespace quor {

@@ -19,7 +19,8 @@
 
 namespace quor {
 
-/// Whether four doubles are taken at once, and a product and a sum with one rounding.
+/// Whether a product and a sum can have one rounding; on x86-64 four doubles are taken at once
+/// then, too.
 #if defined(__x86_64__) && !defined(__clang__)
 inline bool is_wide() {
   static const bool is = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
