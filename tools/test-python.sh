@@ -13,8 +13,7 @@ need_packages $build_packages $python_packages
 "$python" -m flake8 --max-line-length=100 python tests/python || die "flake8 found the above"
 cmake --preset python -DPython_EXECUTABLE="$python" >/dev/null ||
   die "the configuration of the Python package failed"
-cmake --build build/python --target quor_python quor_parser -- --quiet ||
-  die "the build of the Python package failed"
+make_targets python quor_python quor_parser
 QUOR_LIBRARY=$root/build/python/src/lib_quor_parser.so PYTHONPATH=$root/build/python/python \
   "$python" -m pytest -q -p no:cacheprovider "$@" tests/python || exit
 
