@@ -15,9 +15,12 @@ inline constexpr double null_value = std::bit_cast<double>(0xFFF8000000000000ULL
 constexpr bool is_null(double value) { return value != value; }
 
 /// Truncates toward zero to 32 bits; null, infinities and values out of range give -2147483648.
+/// By way of 64 bits, for g++ 12 takes the straight way there and back to a double for a truncation
+/// where the processor has one, which leaves the sign of -0.5 to the 0.
 constexpr int32_t to_int(double value) {
-  return value > -2147483649.0 && value < 2147483648.0 ? static_cast<int32_t>(value)
-                                                       : std::numeric_limits<int32_t>::min();
+  return value > -2147483649.0 && value < 2147483648.0
+             ? static_cast<int32_t>(static_cast<int64_t>(value))
+             : std::numeric_limits<int32_t>::min();
 }
 
 /// As `to_int` with 64 bits.
