@@ -1,5 +1,5 @@
 // The page as a whole: its editor, its panels, and what each of them sets in motion.
-import { readBars, readFiles } from './api/server.ts';
+import { readFiles } from './api/server.ts';
 import type { Files } from './api/types.ts';
 import { byId } from './dom.ts';
 import { Editor } from './editor/editor.ts';
@@ -18,7 +18,7 @@ import { Data } from './panels/data.ts';
 import { Events } from './panels/events.ts';
 import { bindHeader } from './panels/header.ts';
 import { tell, tellError } from './panels/message.ts';
-import { bindOverlay } from './panels/overlay.ts';
+import { Overlay } from './panels/overlay.ts';
 import { PeriodMenu } from './panels/period.ts';
 import type { Play } from './panels/play.ts';
 import { SaveDialog } from './panels/save.ts';
@@ -55,6 +55,7 @@ export class Studio {
   private readonly looks: Looks;
   private readonly layoutMenu: LayoutMenu;
   private readonly second: Second;
+  private readonly overlay: Overlay;
   private readonly crosshair: Crosshair;
   private readonly telling: Telling;
   private readonly parameters: Parameters;
@@ -176,16 +177,27 @@ export class Studio {
     this.period = new PeriodMenu(byId('period', HTMLSelectElement), language.periods, () =>
       this.sources.openAgain(),
     );
-    const overlay = bindOverlay(this.sources.hasFolder ? this.sources.names : [], (name) =>
-      this.layOver(name),
-    );
+    this.overlay = new Overlay(session, this.sources.hasFolder ? this.sources.names : [], {
+      laid: (laid) => {
+        this.pipeline.setOverlay(laid);
+        this.second.refresh();
+      },
+      fail,
+    });
     const scale = bindScale((name) => {
       this.pipeline.chart.setScale(name);
       this.second.setScale(name);
     });
     this.layoutMenu = new LayoutMenu(
       new Layouts(),
-      arrangement({ tabs, overlay, scale, chart: pipeline.chart, second: this.second, fail }),
+      arrangement({
+        tabs,
+        scale,
+        overlay: this.overlay,
+        chart: pipeline.chart,
+        second: this.second,
+        fail,
+      }),
     );
     const versionDialog = new VersionDialog({
       script: () => this.writing.script,
@@ -272,20 +284,6 @@ export class Studio {
     this.second.setTheme(this.looks.name);
   }
 
-  private async layOver(title: string | undefined): Promise<void> {
-    try {
-      const overlay =
-        title === undefined ? undefined : { name: title, content: await readBars(title) };
-      const laid = await this.session.takeOverlay(overlay);
-      this.pipeline.setOverlay(laid ? { title: title!, column: laid.column } : undefined);
-      this.second.refresh();
-      tell(laid?.bars === 0 ? `${title} has no bars at these dates` : '');
-    } catch (error) {
-      this.fail(error);
-      throw error;
-    }
-  }
-
   private makeScan(): void {
     new Scan(this.tabs.panel('scan'), {
       script: () => ({ script: this.editor.text, parameters: this.parameters.list }),
@@ -307,8 +305,12 @@ export class Studio {
         if (!this.sources.hasFolder) return;
         this.sources.setNames(securities.map(({ name }) => name));
         this.securities.setNames(this.sources.names);
+        this.overlay.setNames(this.sources.names);
       },
-      securities: (names) => this.sources.follow(names),
+      securities: async (names) => {
+        await this.overlay.follow(names);
+        await this.sources.follow(names);
+      },
       scripts: (names) => this.writing.takeChanges(names),
     });
   }
