@@ -5,7 +5,7 @@ import type { ScaleName } from './chart/scale.ts';
 import { byId, element, setText } from './dom.ts';
 import { Ended } from './engine/line.ts';
 import type { Session, Told } from './engine/session.ts';
-import type { Language, ThemeName } from './engine/types.ts';
+import type { Language, ThemeName } from './engine/language_types.ts';
 import { PeriodMenu } from './panels/period.ts';
 import { Pipeline } from './pipeline.ts';
 
