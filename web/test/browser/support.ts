@@ -97,7 +97,7 @@ export class Studio {
 }
 
 /** In milliseconds, for machines that have much else to do. */
-const longestWait = 15_000;
+const longestWait = 150_000;
 
 export async function startBrowser(): Promise<Browser> {
   return puppeteer.launch({
