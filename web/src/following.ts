@@ -26,10 +26,8 @@ export function makeWatch(
       securities.setNames(sources.names);
       overlay.setNames(sources.names);
     },
-    securities: async (names) => {
-      await overlay.follow(names);
-      await sources.follow(names);
-    },
+    // A file that can't be read now doesn't keep the others.
+    securities: (names) => sources.follow(names).finally(() => overlay.follow(names)),
     scripts: (names) => writing.takeChanges(names),
   });
 }

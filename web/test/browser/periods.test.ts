@@ -131,6 +131,10 @@ test('it goes on as the bars do, and so does the security over them', async () =
   await secondHas('under', 248);
   writeFileSync(fileOf('under'), hourBars(4 * days + 4, 3));
   await secondHas('under', 372);
+  writeFileSync(fileOf('under'), 'broken');
+  appendFileSync(fileOf('run'), hourRows(4 * days + 1, 4 * days + 2));
+  await secondHas('T', 122);
+  await secondHas('under', 372);
   writeFileSync(fileOf('newer'), hourBars(8));
   await desk.page.waitForSelector('#overlay option[value="newer"]');
 });
