@@ -10,12 +10,12 @@ namespace quor_advice {
 namespace {
 
 /// `meant` is a word of this language or an expression to write.
-struct Row {
+struct Elsewhere {
   std::string_view word;
   std::string_view meant;
 };
 
-constexpr Row same[] = {
+constexpr Elsewhere same[] = {
     // averages
     {"AVERAGE", "MA"},
     {"AVG", "MA"},
@@ -226,7 +226,7 @@ constexpr Row same[] = {
 };
 
 /// Indicators that the cookbook has a script for.
-constexpr Row indicators[] = {
+constexpr Elsewhere indicators[] = {
     {"RSI", "rsi"},
     {"MACD", "macd"},
     {"DIF", "macd"},
@@ -269,7 +269,7 @@ constexpr Row indicators[] = {
 };
 
 /// Style items and short forms.
-constexpr Row items[] = {
+constexpr Elsewhere items[] = {
     {"BUY", "BK"},
     {"SELL", "SP"},
     {"SHORT", "SK"},
@@ -299,16 +299,16 @@ constexpr Row items[] = {
 };
 
 template <size_t size>
-const Row* find(const Row (&rows)[size], std::string_view word) {
-  const auto* const row = std::ranges::find(rows, word, &Row::word);
+const Elsewhere* find(const Elsewhere (&rows)[size], std::string_view word) {
+  const auto* const row = std::ranges::find(rows, word, &Elsewhere::word);
   return row == std::end(rows) ? nullptr : row;
 }
 
 std::string of_word(std::string_view word) {
-  if (const Row* const row = find(indicators, word)) {
+  if (const Elsewhere* const row = find(indicators, word)) {
     return "the cookbook has its script, " + std::string(row->meant) + ".quor";
   }
-  if (const Row* const row = find(same, word)) {
+  if (const Elsewhere* const row = find(same, word)) {
     const bool is_word = is_function(row->meant) || is_field(row->meant);
     return is_word ? "did you mean " + std::string(row->meant) + "?"
                    : "write " + std::string(row->meant);
@@ -335,7 +335,7 @@ std::string advice_for_elsewhere(std::string_view word) {
 }
 
 std::string item_from_elsewhere(std::string_view item) {
-  if (const Row* const row = find(items, item)) return std::string(row->meant);
+  if (const Elsewhere* const row = find(items, item)) return std::string(row->meant);
   for (const std::string_view width : {"LINEWIDTH", "WIDTH", "THICKNESS", "THICK"}) {
     if (!item.starts_with(width) || item.size() != width.size() + 1) continue;
     if (is_digit(item.back())) return std::string("LINETHICK") + item.back();

@@ -13,7 +13,7 @@ namespace {
 
 using Explain = std::optional<Problem> (*)(const Case& failed);
 
-struct Row {
+struct Explainer {
   int64_t code;
   Explain explain;
 };
@@ -30,7 +30,7 @@ std::optional<Problem> explain_operand(const Case& failed) {
 /// An argument that came to nothing has no statement to name.
 std::optional<Problem> explain_gone(const Case& failed) { return find_odd_form(failed.reading); }
 
-constexpr Row rows[] = {
+constexpr Explainer rows[] = {
     {1, explain_word},
     {2, explain_word},
     {3, explain_short_form},
@@ -250,7 +250,7 @@ Problem explain(const Reading& reading, const Failure& failure) {
   if (failed.statement != nullptr && may_be_foreign(failure)) {
     if (auto sign = find_foreign_sign(reading, *failed.statement)) return *sign;
   }
-  const auto* const row = std::ranges::find(rows, failure.code, &Row::code);
+  const auto* const row = std::ranges::find(rows, failure.code, &Explainer::code);
   if (row != std::end(rows)) {
     if (auto problem = row->explain(failed)) return *problem;
   }

@@ -33,7 +33,7 @@ constexpr ShortForm short_forms[] = {
     {"CJLVOL", "", "CJLVOL(0) or CJLVOL(1)"},
 };
 
-std::string form_of(std::string_view word) {
+std::string short_form_of(std::string_view word) {
   const auto* const row = std::ranges::find(short_forms, word, &ShortForm::word);
   if (row != std::end(short_forms)) return "write " + std::string(row->form);
   return is_trade_word(word) ? "write condition," + std::string(word) : std::string();
@@ -73,7 +73,7 @@ Problem unquoted(const Case& failed, const Token& word, size_t index) {
   const Place place = place_of_argument(*failed.statement, word, index);
   std::string text = failed.reading.text(place);
   if (place.begin == word.begin) {
-    return {place, word.text + " takes a text in single quotes", form_of(word.text)};
+    return {place, word.text + " takes a text in single quotes", short_form_of(word.text)};
   }
   std::erase(text, '"');
   return {place, word.text + " takes its text in single quotes", "write '" + text + "'"};
@@ -93,10 +93,11 @@ Problem explain_notice(const Case& failed, const Token& word) {
   const bool behind_comma =
       &word != statement.tokens.data() && (&word - 1)->kind == TokenKind::comma;
   if (!behind_comma) {
-    return {place_of(word), "NOTICE lacks its condition in front of a comma", form_of("NOTICE")};
+    return {place_of(word), "NOTICE lacks its condition in front of a comma",
+            short_form_of("NOTICE")};
   }
   if (call == nullptr || call->arguments.empty()) {
-    return {place_of(word), "NOTICE lacks its name", form_of("NOTICE")};
+    return {place_of(word), "NOTICE lacks its name", short_form_of("NOTICE")};
   }
   const Range name = call->arguments[0];
   const Token& token = statement.tokens[name.begin];
@@ -109,7 +110,7 @@ Problem explain_notice(const Case& failed, const Token& word) {
             "the name of a notice has 10 characters at most, this one has " + std::to_string(units),
             "shorten it"};
   }
-  return {place_of(word), "NOTICE isn't written as it must be", form_of("NOTICE")};
+  return {place_of(word), "NOTICE isn't written as it must be", short_form_of("NOTICE")};
 }
 
 Problem explain_trade_word(const Case& failed, const Token& word) {
@@ -118,7 +119,7 @@ Problem explain_trade_word(const Case& failed, const Token& word) {
       &word != failed.statement->tokens.data() && (&word - 1)->kind == TokenKind::comma;
   if (!behind_comma) {
     return {place_of(word), word.text + " lacks its condition in front of a comma",
-            form_of(word.text)};
+            short_form_of(word.text)};
   }
   if (call == nullptr) {
     return {place_of(word), word.text + " takes nothing or a quantity in parentheses",
@@ -418,13 +419,13 @@ std::optional<Problem> explain_short_form(const Case& failed) {
     const auto* const row = std::ranges::find(short_forms, word->text, &ShortForm::word);
     const std::string lacks(row == std::end(short_forms) ? "what it belongs to" : row->lacks);
     return Problem{place_of(*word), word->text + " lacks " + lacks + " in front of a comma",
-                   form_of(word->text)};
+                   short_form_of(word->text)};
   }
   for (Problem& problem : check_form(failed.reading, *failed.statement)) {
     if (problem.sentence.ends_with("no partner")) return std::move(problem);
   }
   if (word->text == "CJLVOL") {
-    return Problem{place_of(*word), "CJLVOL takes one digit", form_of("CJLVOL")};
+    return Problem{place_of(*word), "CJLVOL takes one digit", short_form_of("CJLVOL")};
   }
   if (word->text == "WORD") return unquoted(failed, *word, 1);
   if (word->text == "NOTICE") return explain_notice(failed, *word);
@@ -432,7 +433,7 @@ std::optional<Problem> explain_short_form(const Case& failed) {
   if (word->text == "SOUND") return unquoted(failed, *word, 0);
   if (word->text == "ICON") {
     return Problem{place_of_argument(*failed.statement, *word, 0),
-                   "the place of ICON is 1, at the high, or 0, at the low", form_of("ICON")};
+                   "the place of ICON is 1, at the high, or 0, at the low", short_form_of("ICON")};
   }
   return explain_suffix(failed);
 }

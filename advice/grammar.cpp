@@ -16,15 +16,15 @@ struct Rule {
   std::string match;
 };
 
-constexpr std::string_view in_front = R"((?i)(?<![\p{L}\p{N}_]))";
-constexpr std::string_view behind = R"((?![\p{L}\p{N}_]))";
+constexpr std::string_view word_begin = R"((?i)(?<![\p{L}\p{N}_]))";
+constexpr std::string_view word_end = R"((?![\p{L}\p{N}_]))";
 
 /// One of the words, and not as part of another.
 std::string any_of(const std::vector<std::string>& given) {
   const std::set<std::string> words(given.begin(), given.end());
   std::string all;
   for (const std::string& word : words) all += (all.empty() ? "" : "|") + word;
-  return std::string(in_front) + '(' + all + ')' + std::string(behind);
+  return std::string(word_begin) + '(' + all + ')' + std::string(word_end);
 }
 
 std::vector<std::string> functions() {
@@ -74,7 +74,7 @@ std::string json_of_span(std::string_view scope, std::string_view begin, std::st
 std::string textmate_grammar() {
   const std::string name = R"([\p{L}_][\p{L}\p{N}_]*)";
   const Rule rules[] = {
-      {"keyword.other.const.quor", std::string(in_front) + R"(CONST(?=\s))"},
+      {"keyword.other.const.quor", std::string(word_begin) + R"(CONST(?=\s))"},
       {"variable.other.definition.quor", name + R"((?=\s*:))"},
       {"keyword.operator.logical.quor", R"((?i)(?<=\s)(AND|OR)(?=\s))"},
       {"support.constant.style.quor", any_of(styles())},

@@ -26,12 +26,12 @@ constexpr StraySign stray_signs[] = {
     {"@", "'@' is no operator", "write ',' between arguments"},
 };
 
-std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
+std::string in_quotes(std::string_view text) { return "'" + std::string(text) + "'"; }
 
 std::string shown_token(const Reading& reading, const Token& token) {
   const std::string text = reading.text(place_of(token));
   const bool is_mark = token.kind != TokenKind::word && token.kind != TokenKind::number;
-  return is_mark && token.kind != TokenKind::text ? quoted(text) : text;
+  return is_mark && token.kind != TokenKind::text ? in_quotes(text) : text;
 }
 
 class FormCheck {
@@ -112,7 +112,8 @@ class FormCheck {
     }
     const bool is_call = opens && index > 0 && tokens_[index - 1].kind == TokenKind::word;
     const std::string word = is_call ? " of " + shown(index - 1) : std::string();
-    add(place_of(tokens_[index]), "this " + quoted(opens ? "(" : ")") + word + " has no partner");
+    add(place_of(tokens_[index]),
+        "this " + in_quotes(opens ? "(" : ")") + word + " has no partner");
   }
 
   size_t statement_end() const { return reading_.scan.slots[statement_.number].end; }
@@ -133,7 +134,7 @@ class FormCheck {
     const Token& before = tokens_[index - 1];
     const Token* const behind = statement_.token(index + 1);
     const Place place = place_of(tokens_[index]);
-    const std::string sentence = "a second " + quoted(tokens_[index].text) + " in one statement";
+    const std::string sentence = "a second " + in_quotes(tokens_[index].text) + " in one statement";
     const bool parted = before.kind == TokenKind::word && before.gap.is_there;
     if (parted && statement_.is_named() && index - 2 > statement_.colon) {
       add_missing_end(index - 2);
@@ -228,14 +229,14 @@ class FormCheck {
                                : gap.has_comment ? "the comment in front of "
                                                  : "the text in front of ";
     add(place_of(tokens_[index]),
-        parted + quoted(tokens_[index].text) + " makes it a sign of what follows",
+        parted + in_quotes(tokens_[index].text) + " makes it a sign of what follows",
         gap.has_tab ? "put a blank there" : "");
   }
 
   void add_missing_operand(size_t index, bool at_end) {
     const Token& token = tokens_[index];
     if (token.kind != TokenKind::sign) return;
-    const std::string sign = quoted(token.text);
+    const std::string sign = in_quotes(token.text);
     if (at_end) {
       add(place_of(token), "nothing stands behind " + sign);
     } else if (token.text == "!") {
@@ -249,17 +250,17 @@ class FormCheck {
 
   void add_sign_pair(size_t index) {
     const std::string pair = tokens_[index - 1].text + tokens_[index].text;
-    struct Known {
+    struct Pair {
       std::string_view pair;
       std::string_view meant;
     };
-    constexpr Known known[] = {
+    constexpr Pair known[] = {
         {"=>", ">="}, {"=<", "<="}, {"><", "<>"}, {"=!", "!="}, {"**", "POW(x,y)"}};
-    const auto* const row = std::ranges::find(known, pair, &Known::pair);
+    const auto* const row = std::ranges::find(known, pair, &Pair::pair);
     const Place place{tokens_[index - 1].begin, tokens_[index].end};
     add(place,
-        "no operand stands between " + quoted(tokens_[index - 1].text) + " and " +
-            quoted(tokens_[index].text),
+        "no operand stands between " + in_quotes(tokens_[index - 1].text) + " and " +
+            in_quotes(tokens_[index].text),
         row == std::end(known) ? std::string() : "did you mean " + std::string(row->meant) + "?");
   }
 

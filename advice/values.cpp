@@ -12,8 +12,6 @@ namespace {
 
 constexpr int deepest = 20;  ///< lines, calls and parentheses that are followed
 
-using Words = std::span<const std::string_view>;
-
 constexpr std::array<std::string_view, 10> price_words = {
     "OPEN", "O", "HIGH", "H", "LOW", "L", "CLOSE", "C", "AVPRICE", "SETTLE"};
 
@@ -30,10 +28,6 @@ constexpr std::array<std::string_view, 27> of_first = {
     "REFX", "GET",  "MAX",   "MIN",   "MAX1", "MIN1", "MV",      "PERCENTILE", "REFX1"};
 
 constexpr std::array<std::string_view, 3> steady_words = {"PERIOD", "BARINTERVAL", "BARTYPE"};
-
-bool contains(Words words, std::string_view word) {
-  return std::ranges::find(words, word) != words.end();
-}
 
 class Judge {
  public:

@@ -14,8 +14,6 @@
 namespace quor_advice {
 namespace {
 
-using Words = std::span<const std::string_view>;
-
 constexpr std::string_view quote_fields[] = {
     "NEW",       "OPEN",     "HIGH",    "LOW",      "AVPRICE",  "YCLOSE",        "YSETTLE",
     "VOLUME",    "TURNOVER", "OPI",     "DELTAVOL", "DELTAOPI", "TODAYDELTAOPI", "RISELIMIT",
@@ -102,10 +100,6 @@ constexpr PeriodArgument periods[] = {
     {"LAST", 1, true},
     {"DIVERGENCE", 2, true},
 };
-
-bool contains(Words words, std::string_view word) {
-  return std::ranges::find(words, word) != words.end();
-}
 
 const std::vector<std::string_view>& colour_words() {
   static const std::vector<std::string_view> words = [] {
@@ -224,6 +218,10 @@ std::vector<std::string_view> words_of(Vocabulary vocabulary) {
 }
 
 }  // namespace
+
+bool contains(Words words, std::string_view word) {
+  return std::ranges::find(words, word) != words.end();
+}
 
 std::vector<std::string_view> words_among(Vocabulary vocabulary) { return words_of(vocabulary); }
 

@@ -3,11 +3,16 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace quor_advice {
+
+using Words = std::span<const std::string_view>;
+
+bool contains(Words words, std::string_view word);
 
 bool is_function(std::string_view word);
 

@@ -2,15 +2,25 @@
 
 import os
 import re
+import shutil
 import subprocess
 import sys
 from pathlib import Path
 
 from setuptools import Extension, setup
 from setuptools.command.build_ext import build_ext
+from setuptools.command.sdist import sdist
 from wheel.bdist_wheel import bdist_wheel
 
-ROOT = Path(__file__).resolve().parent.parent
+HERE = Path(__file__).resolve().parent
+# A source package has what the module is built from in a folder of its own.
+PACKED = HERE / "engine"
+ROOT = PACKED if PACKED.is_dir() else HERE.parent
+PARTS = [
+    "CMakeLists.txt", "LICENCE", "cmake", "include", "src", "advice", "bars",
+    "python/CMakeLists.txt", "python/src", "host/old_glibc_program.c",
+    "tools/lib.sh", "tools/libraries.sh", "tools/sources.sh",
+]
 
 
 def version() -> str:
@@ -30,6 +40,7 @@ class CMakeBuild(build_ext):
                 "cmake", "-S", str(ROOT), "-B", str(work), "-G", "Ninja",
                 "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O2 -DNDEBUG",
                 "-DQUOR_BUILD_PYTHON=ON", "-DQUOR_BUILD_HOST=OFF", "-DQUOR_BUILD_TESTS=OFF",
+                "-DQUOR_BATCH=ON",
                 f"-DPython_EXECUTABLE={sys.executable}",
             ],
             check=True,
@@ -43,6 +54,26 @@ class CMakeBuild(build_ext):
         for module in (work / "python" / "quor").glob("_engine.*"):
             if module.suffix in (".so", ".pyd"):
                 self.copy_file(str(module), str(out / module.name))
+
+
+class SourcePackage(sdist):
+    """A source package that is built without a network: it brings the engine and its libraries."""
+
+    def make_release_tree(self, base_dir: str, files: list) -> None:
+        super().make_release_tree(base_dir, files)
+        engine = Path(base_dir).resolve() / "engine"
+        for part in PARTS:
+            (engine / part).parent.mkdir(parents=True, exist_ok=True)
+            copy = shutil.copytree if (ROOT / part).is_dir() else shutil.copy2
+            copy(ROOT / part, engine / part)
+        self.bring_libraries(engine / "sources")
+
+    def bring_libraries(self, into: Path) -> None:
+        if ROOT == PACKED:
+            shutil.copytree(ROOT / "sources", into)
+        else:
+            script = ROOT / "tools" / "libraries.sh"
+            subprocess.run([str(script), "--bring", str(into)], check=True)
 
 
 def oldest_glibc(module: Path) -> int:
@@ -67,5 +98,5 @@ class PortableWheel(bdist_wheel):
 setup(
     version=version(),
     ext_modules=[Extension("quor._engine", sources=[])],
-    cmdclass={"build_ext": CMakeBuild, "bdist_wheel": PortableWheel},
+    cmdclass={"build_ext": CMakeBuild, "bdist_wheel": PortableWheel, "sdist": SourcePackage},
 )

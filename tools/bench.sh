@@ -10,7 +10,7 @@ set -u
 need_packages $build_packages
 if [ "${1:-}" = wasm ]; then
   configure release -DQUOR_BUILD_BENCH=ON -DQUOR_BUILD_HOST=OFF -DQUOR_BUILD_TESTS=OFF
-  cmake --build build/release --target engine_bench -- --quiet || die "the build of the bench failed"
+  make_targets release engine_bench
   tools/build-npm.sh || exit
   cd npm && exec npm run --silent bench -- ../build/release/bench/engine_bench
 fi
@@ -22,7 +22,7 @@ if [ "${1:-}" = scan ]; then
   [ -x "$python" ] || python=python3
   need_packages $python_packages
   cmake --preset python -DPython_EXECUTABLE="$python" >/dev/null || die "the configuration failed"
-  cmake --build build/python --target quor_python -- --quiet || die "the build of the package failed"
+  make_targets python quor_python
   PYTHONPATH=$root/build/python/python exec "$python" bench/scan_bench.py \
     build/release/host/quor build/release/bench/read_bench
 fi

@@ -6,7 +6,7 @@ set -u
 
 need_packages $build_packages $test_packages $coverage_packages
 configure coverage -DQUOR_BUILD_HOST=OFF
-cmake --build build/coverage --target quor_tests -- --quiet || die "the build of 'coverage' failed"
+make_targets coverage quor_tests
 find build/coverage -name '*.gcda' -delete
 build/coverage/tests/quor_tests --gtest_brief=1 || die "the tests fail"
 gcovr --root . --filter src/ --exclude-throw-branches --print-summary build/coverage

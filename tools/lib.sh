@@ -88,9 +88,16 @@ configure() {
 
 build() {
   configure "$@"
+  make_targets "$1" all
+}
+
+# Builds targets of a preset that is configured.
+make_targets() {
+  preset=$1
+  shift
   quiet=--quiet
   [ ! -t 1 ] || quiet=
-  cmake --build "build/$1" -- $quiet || die "the build of '$1' failed"
+  cmake --build "build/$preset" --target "$@" -- $quiet || die "the build of '$preset' failed"
 }
 
 # The C and C++ files of the given folders that git knows or could take.

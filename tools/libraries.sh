@@ -1,11 +1,17 @@
 #!/bin/sh
 # Builds the libraries that are linked into what is shipped, from Debian's sources, into
 # build/libraries/SYSTEM. Does nothing if they are there.
-#   tools/libraries.sh [SYSTEM]    linux by default; arm64 and windows, which need two more; wasi
+#   tools/libraries.sh [SYSTEM]            linux by default; arm64 and windows, which need two more; wasi
+#   tools/libraries.sh --bring FOLDER      only fetches what a source package of the library brings along
 set -u
 . "$(dirname "$0")/lib.sh"
 . tools/sources.sh
 
+bring=
+if [ "${1:-}" = --bring ]; then
+  bring=$2
+  shift 2
+fi
 system=${1:-linux}
 out=$root/build/libraries/$system
 work=$root/build/libraries/sources-$system
@@ -40,6 +46,10 @@ case $system in
     ;;
   *) die "unknown system '$system'" ;;
 esac
+# No program is built from a source package.
+[ ! -d "$brought" ] || parts=
+launcher=
+! command -v ccache >/dev/null || launcher=-DCMAKE_CXX_COMPILER_LAUNCHER=ccache
 pic=-fPIC
 [ "$system" != wasi ] || pic=
 
@@ -60,7 +70,7 @@ cmake_library() {
   {
     cmake -S "$source" -B "$work/$name-build" -G Ninja $toolchain \
       -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX="$out" -DCMAKE_INSTALL_LIBDIR=lib \
-      -DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DBUILD_SHARED_LIBS=OFF "$@" &&
+      $launcher -DBUILD_SHARED_LIBS=OFF "$@" &&
       cmake --build "$work/$name-build" && cmake --install "$work/$name-build"
   } >"$work/$name.log" 2>&1 || die "the build of $name failed: $(tail -n 20 "$work/$name.log")"
 }
@@ -107,8 +117,10 @@ mathematics_library() {
 
 # Headers only; taken over, because those of this machine must stay out of the sight of a cross build.
 copy_header() {
+  headers=/usr/include
+  [ ! -d "$brought" ] || headers=$brought/include
   mkdir -p "$out/include"
-  cp -R "/usr/include/$1" "$out/include" || die "the headers of $1 can't be copied"
+  cp -R "$headers/$1" "$out/include" || die "the headers of $1 can't be copied"
 }
 
 # One header. Debian's own package has it cut into a shared library, which would want OpenSSL.
@@ -123,6 +135,29 @@ copy_package() {
   cp -R "/usr/share/cmake/$1" "$out/share/cmake" || die "the package of $1 can't be copied"
 }
 
+# What the two sources are built from, without their tests and examples, and under which terms.
+bring_sources() {
+  work=$bring/fetched
+  out=$bring
+  mkdir -p "$work"
+  need_packages $needed
+  derive_sources
+  for name in simdjson musl; do
+    fetch_source $name
+    mkdir -p "$bring/$name"
+  done
+  (cd "$work/simdjson" && cp -R *.* LICENSE cmake include src singleheader "$bring/simdjson") &&
+    (cd "$work/musl" && cp -R --parents COPYRIGHT arch/generic src/internal src/math/*.[ch] "$bring/musl") ||
+    die "the sources can't be copied"
+  copy_header fast_float
+  rm -rf "$work"
+}
+
+if [ -n "$bring" ]; then
+  bring_sources
+  exit
+fi
+
 # Two configurations at once build them once.
 mkdir -p "$root/build/libraries"
 exec 9>"$root/build/libraries/lock"
@@ -130,7 +165,7 @@ flock 9 || die "no lock in build/libraries"
 
 recipe=$(cat "$0" tools/sources.sh ${toolchain#--toolchain } </dev/null | cksum)
 [ "$(cat "$out/recipe" 2>/dev/null)" = "$recipe" ] && exit
-need_packages $needed
+[ -d "$brought" ] || need_packages $needed
 say "Building libraries for $system"
 rm -rf "$out" "$work"
 derive_sources

@@ -5,19 +5,39 @@
 #   tools/package.sh arm64      the same for 64-bit ARM
 #   tools/package.sh windows    an archive
 #   tools/package.sh python     a wheel
+#   tools/package.sh sdist [FOLDER]   the Python package as sources, which are built without a network
 set -u
 . "$(dirname "$0")/lib.sh"
 
 preset=${1:-release}
-if [ "$preset" = python ]; then
+
+need_python() {
   python=/usr/bin/python3
   [ -x "$python" ] || python=python3
   need_packages $build_packages $python_packages
+}
+
+make_wheel() {
+  need_python
   "$python" -m pip wheel --quiet --no-build-isolation --no-deps --no-index \
     --disable-pip-version-check -w dist ./python || die "the wheel could not be made"
   ls dist/quor-*.whl
-  exit
-fi
+}
+
+# pack_sources FOLDER
+pack_sources() {
+  need_python
+  mkdir -p "$1"
+  folder=$(cd "$1" && pwd)
+  (cd python && "$python" -W ignore setup.py -q sdist -d "$folder" >/dev/null) ||
+    die "the sources could not be packed"
+  ls "$folder"/quor-*.tar.gz
+}
+
+case $preset in
+  python) make_wheel && exit ;;
+  sdist) pack_sources "${2:-dist}" && exit ;;
+esac
 case $preset in
   windows) need_packages $windows_packages ;;
   arm64) need_packages $arm64_packages $package_packages ;;

@@ -1,8 +1,13 @@
 # How sources of Debian's packages are had, into folders below $work. To be sourced after lib.sh.
 
+# A source package brings along the sources that it needs, and headers of Debian's packages: nothing is
+# fetched then, and nothing installed.
+brought=$root/sources
+
 # The machine's own package sources, read for source packages instead. The folder of apt that holds
 # them and all that apt keeps are private, so that the machine stays as it is.
 derive_sources() {
+  [ ! -d "$brought" ] || return 0
   apt=$work/apt
   rm -rf "$apt"
   mkdir -p "$apt/sources.list.d" "$apt/lists/partial" "$apt/cache/archives/partial"
@@ -27,6 +32,10 @@ private_apt() {
 fetch_source() {
   rm -rf "$work/$1" "$work/fetched"
   mkdir -p "$work/fetched"
+  if [ -d "$brought" ]; then
+    cp -R "$brought/$1" "$work/$1" || die "the source of $1 can't be copied"
+    return
+  fi
   (cd "$work/fetched" && private_apt source "$1" >/dev/null 2>"$work/$1.log") ||
     die "the source of $1 can't be had: $(cat "$work/$1.log")"
   mv "$work/fetched/"*/ "$work/$1"

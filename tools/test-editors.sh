@@ -11,7 +11,7 @@ for tool in node npm; do
   command -v "$tool" >/dev/null || need_packages nodejs npm
 done
 configure release
-cmake --build build/release --target quor -- --quiet || die "the build of 'quor' failed"
+make_targets release quor
 QUOR=$root/build/release/host/quor
 export QUOR
 cd editors/code || exit

@@ -9,7 +9,7 @@ set -u
 need_packages $build_packages $host_packages $studio_packages $font_packages chromium
 tools/build-web.sh || exit
 configure release
-cmake --build build/release --target quor -- --quiet || die "the build of 'quor' failed"
+make_targets release quor
 QUOR=$root/build/release/host/quor
 CHROMIUM=$(command -v chromium) || die "there is no chromium"
 export QUOR CHROMIUM

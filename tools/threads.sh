@@ -5,5 +5,5 @@ set -u
 
 need_packages $build_packages $test_packages
 configure tsan -DQUOR_BUILD_HOST=OFF
-cmake --build build/tsan --target thread_tests -- --quiet || die "the build of 'tsan' failed"
+make_targets tsan thread_tests
 exec build/tsan/tests/thread_tests --gtest_brief=1

@@ -27,7 +27,8 @@ changed_sources() {
 
 need_packages $build_packages $host_packages $test_packages $tidy_packages
 # Its own folder: it reads no precompiled headers, and the release build keeps its own.
-configure release -B build/tidy -DQUOR_BUILD_BENCH=ON -DQUOR_BUILD_FUZZ=ON -DQUOR_PRECOMPILE=OFF
+configure release -B build/tidy -DQUOR_BUILD_BENCH=ON -DQUOR_BUILD_FUZZ=ON -DQUOR_PRECOMPILE=OFF \
+  -DQUOR_BATCH=OFF
 case ${1:-} in
   '') files=$(sources $tidy_folders | grep -v '\.h$') ;;
   --changed) files=$(changed_sources "${2:-$(base_commit)}") ;;

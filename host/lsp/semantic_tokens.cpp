@@ -23,7 +23,7 @@ struct TokenKind {
 };
 
 /// The kinds are numbered by their place in this list.
-constexpr TokenKind kinds[] = {
+constexpr TokenKind token_kinds[] = {
     {Shade::comment, "comment", 0},
     {Shade::keyword, "keyword", 0},
     {Shade::function, "function", built_in},
@@ -40,7 +40,7 @@ constexpr TokenKind kinds[] = {
 
 Json semantic_legend() {
   Json names = Json::array();
-  for (const TokenKind& kind : kinds) names.push_back(kind.name);
+  for (const TokenKind& kind : token_kinds) names.push_back(kind.name);
   return {{"tokenTypes", std::move(names)}, {"tokenModifiers", modifiers}};
 }
 
@@ -57,13 +57,13 @@ Json semantic_tokens(const Asked& asked) {
     data.push_back(line - last_line);
     data.push_back(line == last_line ? start - last_start : start);
     data.push_back(positions.length_of(place));
-    data.push_back(&kind - kinds);
+    data.push_back(&kind - token_kinds);
     data.push_back(bits);
     last_line = line;
     last_start = start;
   };
   for (const quor_advice::Highlight& highlight : quor_advice::highlights_of(asked.reading())) {
-    const auto* const kind = std::ranges::find(kinds, highlight.shade, &TokenKind::shade);
+    const auto* const kind = std::ranges::find(token_kinds, highlight.shade, &TokenKind::shade);
     const unsigned bits = kind->modifiers | (highlight.is_declaration ? declaration : 0);
     // A token stands on one line.
     for (size_t begin = highlight.place.begin; begin < highlight.place.end;) {
