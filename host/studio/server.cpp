@@ -122,8 +122,8 @@ Server::Server(int port, Service service)
       return "this request doesn't come from the studio's own page";
     }
     if (gate_->has_cookie(visitor)) return nullptr;
-    return "only the browser that the studio's link was opened in first may come in; start quor "
-           "studio anew for another link";
+    return "only the browser that has opened the studio's link may come in: open the link that "
+           "quor studio printed when it was started last, or start it anew for another one";
   };
   const auto guard = [](httplib::Response& response, const auto& work) {
     try {

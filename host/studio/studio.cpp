@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "../errors.h"
+#include "../process/memory.h"
 #include "../process/program.h"
 #include "browser.h"
 #include "end_signals.h"
@@ -79,6 +80,7 @@ void end_soon(const Work& work) {
 
 int run_studio(const StudioOptions& options) {
   if (!options.export_path.empty()) return export_page(page_of(options), options.export_path);
+  give_back_large_blocks();
   auto service = std::make_unique<StudioService>(
       StudioFiles{page_of(options), options.bars_path, options.script_path});
   const auto server =

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <filesystem>
 #include <thread>
+#include <vector>
 
 #include "studio.h"
 
@@ -130,6 +131,23 @@ TEST_F(FilesTest, requests_that_can_be_read_in_two_ways_are_refused) {
     EXPECT_TRUE(answer.starts_with("HTTP/1.1 " + status)) << head << answer.substr(0, 200);
     EXPECT_EQ(answer.find("HTTP/1.1", 1), std::string::npos) << "one answer: " << head;
   }
+}
+
+TEST_F(FilesTest, memory_of_large_files_goes_back_to_the_system) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "a sanitizer has a library of its own, which keeps it";
+#endif
+  const size_t before = studio->memory();
+  if (before == 0) GTEST_SKIP() << "this system doesn't say what a program has";
+  folder.write("large.csv", std::string(size_t{10} << 20U, 'x'));
+  std::vector<std::thread> pages;
+  for (int i = 0; i < 4; ++i) {
+    pages.emplace_back([&] {
+      for (int j = 0; j < 5; ++j) EXPECT_EQ(studio->get("/api/bars/large").status, 200);
+    });
+  }
+  for (std::thread& page : pages) page.join();
+  EXPECT_LT(studio->memory(), before + (size_t{20} << 20U));
 }
 
 TEST_F(FilesTest, scripts_are_saved_in_their_folder_alone) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #ifdef _WIN32
 #define WIN32_LEAN_AND_MEAN
 #include <fcntl.h>
@@ -104,3 +106,14 @@ int Process::wait() const {
 }
 
 #endif
+
+size_t Process::memory() const {
+  size_t kilobytes = 0;
+#ifdef __linux__
+  std::ifstream status("/proc/" + std::to_string(id_) + "/status");
+  for (std::string word; kilobytes == 0 && status >> word;) {
+    if (word == "VmRSS:") status >> kilobytes;
+  }
+#endif
+  return kilobytes * 1024;
+}

@@ -1,6 +1,7 @@
 // The program under test in a process of its own.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -17,6 +18,8 @@ class Process {
   FILE* output() const { return output_; }
   /// Presses Ctrl-C; on Windows, where only consoles do so, ends it outright, with status 0.
   void interrupt() const;
+  /// What it has of the machine's memory, in bytes; 0 where that isn't known.
+  size_t memory() const;
   /// The exit status once it has ended; -1 if it has not ended by itself.
   int wait() const;
 

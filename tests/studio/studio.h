@@ -58,6 +58,7 @@ class Studio {
 
   int port() const { return port_; }
   const std::string& token() const { return token_; }
+  size_t memory() const { return process_->memory(); }
   /// With the cookie that the link gives.
   void enter();
 

@@ -6,6 +6,7 @@
 #include <numeric>
 #include <utility>
 
+#include "bars/period.h"
 #include "bars/resample.h"
 #include "colours.h"
 #include "host/errors.h"
@@ -225,6 +226,7 @@ Json see_bars(Desk& desk, Security security, Attempt attempt) {
   for (const auto& [id, values] : bars.columns) fields.push_back(id);
   const auto close = bars.columns.find(field_close);
   const bool intraday =
+      period < quor_bars::period_of_a_day &&
       std::ranges::any_of(bars.keys, [](int64_t key) { return key % 1000000 != 0; });
   return {{"name", name},
           {"rows", bars.keys.size()},

@@ -5,6 +5,7 @@
 #include <span>
 
 #include "advice/vocabulary.h"
+#include "bars/period.h"
 #include "host/studio/refusal.h"
 
 namespace quor_host {
@@ -155,7 +156,8 @@ Json shown_json(const Desk& desk, size_t from, size_t to) {
 }
 
 std::string time_text(const Desk& desk, int64_t key) {
-  const bool intraday = key % 1000000 != 0 || desk.bars().keys.front() % 1000000 != 0;
+  const bool intraday = desk.security->period < quor_bars::period_of_a_day &&
+                        (key % 1000000 != 0 || desk.bars().keys.front() % 1000000 != 0);
   return key_text(key, intraday);
 }
 

@@ -4,6 +4,7 @@ import { keepHeights, keptHeights } from './chart/heights.ts';
 import { byId } from './dom.ts';
 import type { Layout } from './layouts.ts';
 import type { Arrangement } from './panels/layout_menu.ts';
+import type { Overlay } from './panels/overlay.ts';
 import type { Tabs } from './panels/tabs.ts';
 import type { Second } from './second.ts';
 
@@ -14,7 +15,7 @@ interface Choice {
 
 export interface ArrangedParts {
   tabs: Tabs;
-  overlay: Choice;
+  overlay: Pick<Overlay, 'name'>;
   scale: Choice;
   chart: Chart;
   second: Second;
@@ -29,7 +30,7 @@ export function arrangement(parts: ArrangedParts): Arrangement {
     scale: scale.get(),
     tab: tabs.shownId,
     side: Number.parseFloat(side.style.width) || undefined,
-    overlay: overlay.get() || undefined,
+    overlay: overlay.name || undefined,
     second: second.shown,
   });
   const apply = (layout: Layout) => {
@@ -38,7 +39,7 @@ export function arrangement(parts: ArrangedParts): Arrangement {
     scale.set(layout.scale);
     if (layout.tab === undefined || tabs.has(layout.tab)) tabs.show(layout.tab);
     side.style.width = layout.side === undefined ? '' : `${layout.side}px`;
-    overlay.set(layout.overlay ?? '');
+    overlay.name = layout.overlay ?? '';
     second.show(layout.second);
   };
   return { current, apply, fail };

@@ -39,7 +39,6 @@ export class Handing {
     const shared = fromPicture(new Uint8Array(await file.arrayBuffer()));
     if (!shared) throw new Error('this picture holds no script');
     this.writing.takeShared(file.name.replace(/\.png$/i, ''), shared);
-    tell(`Script and parameters of ${file.name}`);
   }
 
   private get fileName(): string {

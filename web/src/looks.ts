@@ -1,5 +1,5 @@
 // Light or dark: as the system has it until the user chooses.
-import type { ThemeName } from './engine/types.ts';
+import type { ThemeName } from './engine/language_types.ts';
 import { setText } from './dom.ts';
 
 const key = 'quor-studio-theme';

@@ -1,12 +1,6 @@
 // What is calculated is loaded, what is loaded is drawn.
-import type {
-  BarsAnswer,
-  Drawn,
-  Language,
-  Parameter,
-  ScriptAnswer,
-  ThemeName,
-} from './engine/types.ts';
+import type { Language, ThemeName } from './engine/language_types.ts';
+import type { BarsAnswer, Drawn, Parameter, ScriptAnswer } from './engine/types.ts';
 import { Calculation } from './calculation.ts';
 import { Chart } from './chart/chart.ts';
 import { type Loaded, Loader } from './chart/loader.ts';

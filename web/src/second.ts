@@ -5,7 +5,7 @@ import type { ScaleName } from './chart/scale.ts';
 import { byId, element, setText } from './dom.ts';
 import { Ended } from './engine/line.ts';
 import type { Session, Told } from './engine/session.ts';
-import type { Language, ThemeName } from './engine/types.ts';
+import type { Language, ThemeName } from './engine/language_types.ts';
 import { PeriodMenu } from './panels/period.ts';
 import { Pipeline } from './pipeline.ts';
 
@@ -23,6 +23,9 @@ interface Engine {
   /** What its desk was told of. */
   told: Partial<Told>;
 }
+
+/** Shows bars alone, as the first chart does while no script is sound. */
+const noScript = { script: '', parameters: [] };
 
 /** There is room for two charts. */
 const isWide = matchMedia('(width >= 860px)');
@@ -114,7 +117,7 @@ export class Second {
     const session = this.makeSession();
     const fail = (error: unknown) => this.fail(session, error);
     const pipeline = new Pipeline(session, this.language, this.theme, root, {
-      take: () => this.first.told.task!,
+      take: () => this.first.told.task ?? noScript,
       answered: ({ sound }) =>
         setText(this.note, sound ? '' : 'The script has no values over these bars'),
       pointed: (row, isBrought) =>

@@ -3,7 +3,7 @@ import { readSamples, readStart } from './api/server.ts';
 import type { Sample, Start } from './api/types.ts';
 import { Drafts } from './draft.ts';
 import type { Session } from './engine/session.ts';
-import type { Language } from './engine/types.ts';
+import type { Language } from './engine/language_types.ts';
 import { type Shelf, shelfFor } from './shelf.ts';
 
 export interface Beginning {

@@ -1,32 +1,24 @@
 // The page as a whole: its editor, its panels, and what each of them sets in motion.
-import { readBars, readFiles } from './api/server.ts';
-import type { Files } from './api/types.ts';
 import { byId } from './dom.ts';
+import { Drawer } from './drawer.ts';
 import { Editor } from './editor/editor.ts';
 import { Adviser } from './engine/adviser.ts';
 import { Ended, type Line } from './engine/line.ts';
 import type { Session } from './engine/session.ts';
 import type { BarsAnswer, ScriptAnswer } from './engine/types.ts';
 import { Crosshair } from './crosshair.ts';
-import { Handing } from './handing.ts';
 import type { Setting } from './link.ts';
 import { arrangement } from './arrangement.ts';
 import { Layouts } from './layouts.ts';
+import { makeWatch } from './following.ts';
 import { LayoutMenu } from './panels/layout_menu.ts';
 import { Looks } from './looks.ts';
-import { Data } from './panels/data.ts';
-import { Events } from './panels/events.ts';
-import { bindHeader } from './panels/header.ts';
 import { tell, tellError } from './panels/message.ts';
-import { bindOverlay } from './panels/overlay.ts';
+import { Overlay } from './panels/overlay.ts';
 import { PeriodMenu } from './panels/period.ts';
 import type { Play } from './panels/play.ts';
 import { SaveDialog } from './panels/save.ts';
-import { Scan } from './panels/scan.ts';
 import { bindScale } from './panels/scale.ts';
-import { Securities } from './panels/securities.ts';
-import { Tabs } from './panels/tabs.ts';
-import { Values } from './panels/values.ts';
 import { VersionDialog } from './panels/version_dialog.ts';
 import { Parameters } from './parameters.ts';
 import { Pipeline } from './pipeline.ts';
@@ -36,17 +28,10 @@ import { Second } from './second.ts';
 import { Sources } from './sources.ts';
 import type { Beginning } from './start.ts';
 import { Telling } from './telling.ts';
+import { bindTools } from './tools.ts';
 import { Versions } from './versions.ts';
 import { Watch } from './watch.ts';
 import { Writing } from './writing.ts';
-
-const allTabs = [
-  { id: 'securities', title: 'Securities' },
-  { id: 'events', title: 'Events' },
-  { id: 'values', title: 'Values' },
-  { id: 'data', title: 'Data' },
-  { id: 'scan', title: 'Scan' },
-];
 
 export class Studio {
   private readonly adviser: Adviser;
@@ -55,16 +40,13 @@ export class Studio {
   private readonly looks: Looks;
   private readonly layoutMenu: LayoutMenu;
   private readonly second: Second;
+  private readonly overlay: Overlay;
   private readonly crosshair: Crosshair;
   private readonly telling: Telling;
   private readonly parameters: Parameters;
   private readonly sources: Sources;
-  private readonly securities: Securities;
-  private readonly events: Events;
-  private readonly values: Values;
-  private readonly data: Data;
   private readonly play: Play;
-  private readonly tabs: Tabs;
+  private readonly drawer: Drawer;
   private readonly writing: Writing;
   private readonly period: PeriodMenu;
   private bars: BarsAnswer | undefined;
@@ -127,40 +109,14 @@ export class Studio {
       answered: (answer) => this.show(answer),
       pointed: (row, isBrought) => this.followPointer(row, isBrought),
       clicked: (row) => {
-        this.values.hold(row);
+        this.drawer.values.hold(row);
         this.followPointer(row, true);
       },
       fail,
     });
-    this.tabs = new Tabs(byId('drawer', HTMLElement), byId('tabs', HTMLElement), this.tabList, () =>
-      this.followTabs(),
-    );
-    this.values = new Values(
-      this.tabs.panel('values'),
-      session,
-      (row) => this.pipeline.chart.setHeld(row),
-      fail,
-    );
-    this.securities = new Securities(
-      this.tabs.panel('securities'),
-      this.sources.names,
-      (name) => void this.sources.open({ security: name }),
-    );
-    this.events = new Events(
-      this.tabs.panel('events'),
-      (row) => this.pipeline.chart.showRow(row),
-      (count) => this.tabs.setCount('events', count),
-    );
-    this.data = new Data(this.tabs.panel('data'), {
-      changed: (subject) => this.redo(() => session.subject(subject)),
-      forming: (on) => {
-        this.redo(() => session.forming(on));
-        this.writing.keep();
-      },
-      take: (name, content) => this.redo(() => session.takeOther({ name, content })),
-    });
-    if (this.sources.hasFolder) this.makeScan();
-    const { editor, parameters, pipeline, tabs, values, data, events } = this;
+    this.drawer = this.makeDrawer();
+    const { editor, parameters, pipeline } = this;
+    const { tabs, values, data, events } = this.drawer;
     const isPlaying = () => this.play.isOn;
     this.telling = new Telling({
       ...{ session, editor, parameters, pipeline, tabs, values, data, events },
@@ -176,24 +132,44 @@ export class Studio {
     this.period = new PeriodMenu(byId('period', HTMLSelectElement), language.periods, () =>
       this.sources.openAgain(),
     );
-    const overlay = bindOverlay(this.sources.hasFolder ? this.sources.names : [], (name) =>
-      this.layOver(name),
-    );
+    this.overlay = new Overlay(session, this.sources.hasFolder ? this.sources.names : [], {
+      laid: (laid) => {
+        this.pipeline.setOverlay(laid);
+        this.second.refresh();
+      },
+      fail,
+    });
     const scale = bindScale((name) => {
       this.pipeline.chart.setScale(name);
       this.second.setScale(name);
     });
     this.layoutMenu = new LayoutMenu(
       new Layouts(),
-      arrangement({ tabs, overlay, scale, chart: pipeline.chart, second: this.second, fail }),
+      arrangement({
+        tabs,
+        scale,
+        overlay: this.overlay,
+        chart: pipeline.chart,
+        second: this.second,
+        fail,
+      }),
     );
     const versionDialog = new VersionDialog({
       script: () => this.writing.script,
       versions: (name) => versions.of(name),
       take: (text) => this.writing.takeVersion(text),
     });
-    this.bindButtons(this.makeSaveDialog(shelf), versionDialog);
-    if (start.folder !== null || this.sources.hasFolder) this.watch = this.makeWatch(start.files);
+    bindTools({
+      ...{ session, editor, pipeline, fail },
+      ...{ writing: this.writing, sources: this.sources },
+      name: () => this.bars?.name ?? 'chart',
+      saveDialog: this.makeSaveDialog(shelf),
+      versionDialog,
+    });
+    const { writing, sources, overlay } = this;
+    const { securities } = this.drawer;
+    if (start.folder !== null || sources.hasFolder)
+      this.watch = makeWatch(start.files, { writing, sources, securities, overlay });
   }
 
   /** Shows the script that a link, this tab, or the command line has, over the first security. */
@@ -213,23 +189,19 @@ export class Studio {
     if (this.play.isOn) this.takeBars(bars);
   }
 
-  private get tabList() {
-    return allTabs.filter(({ id }) => id !== 'scan' || this.sources.hasFolder);
-  }
-
   private get setting(): Setting {
     const { security } = this.sources;
     return {
       parameters: this.parameters.record,
       security,
-      forming: this.data.isForming || undefined,
+      forming: this.drawer.data.isForming || undefined,
     };
   }
 
   private takeSetting({ parameters, forming = false }: Setting): void {
     this.parameters.take(parameters);
-    if (forming === this.data.isForming) return;
-    this.data.setForming(forming);
+    if (forming === this.drawer.data.isForming) return;
+    this.drawer.data.setForming(forming);
     this.redo(() => this.session.forming(forming));
   }
 
@@ -272,24 +244,18 @@ export class Studio {
     this.second.setTheme(this.looks.name);
   }
 
-  private async layOver(title: string | undefined): Promise<void> {
-    try {
-      const overlay =
-        title === undefined ? undefined : { name: title, content: await readBars(title) };
-      const laid = await this.session.takeOverlay(overlay);
-      this.pipeline.setOverlay(laid ? { title: title!, column: laid.column } : undefined);
-      this.second.refresh();
-      tell(laid?.bars === 0 ? `${title} has no bars at these dates` : '');
-    } catch (error) {
-      this.fail(error);
-      throw error;
-    }
-  }
-
-  private makeScan(): void {
-    new Scan(this.tabs.panel('scan'), {
-      script: () => ({ script: this.editor.text, parameters: this.parameters.list }),
-      open: (security, key) => void this.openAt(security, key).catch(this.fail),
+  private makeDrawer(): Drawer {
+    const { chart } = this.pipeline;
+    return new Drawer(this.session, this.sources, {
+      turned: () => this.telling?.refreshEvents(),
+      held: (row) => chart.setHeld(row),
+      wanted: (row) => chart.showRow(row),
+      redo: (work) => this.redo(work),
+      forming: () => this.writing.keep(),
+      scan: {
+        script: () => ({ script: this.editor.text, parameters: this.parameters.list }),
+        open: (security, key) => void this.openAt(security, key).catch(this.fail),
+      },
       fail: this.fail,
     });
   }
@@ -300,24 +266,11 @@ export class Studio {
     if (row !== undefined) this.pipeline.chart.showRow(row);
   }
 
-  private makeWatch(files: Files): Watch {
-    return new Watch(files, readFiles, {
-      listed: ({ scripts, securities }) => {
-        this.writing.list(scripts.map(({ name }) => name));
-        if (!this.sources.hasFolder) return;
-        this.sources.setNames(securities.map(({ name }) => name));
-        this.securities.setNames(this.sources.names);
-      },
-      securities: (names) => this.sources.follow(names),
-      scripts: (names) => this.writing.takeChanges(names),
-    });
-  }
-
   private takeBars(bars: BarsAnswer, isFollowed = false): void {
     this.bars = bars;
     this.play.reset();
     this.period.show(bars.period);
-    this.securities.setCurrent(this.sources.security ?? '');
+    this.drawer.securities.setCurrent(this.sources.security ?? '');
     document.title = `${bars.name} – quor studio`;
     this.pipeline.takeBars(bars, isFollowed);
     this.second.refresh();
@@ -326,15 +279,9 @@ export class Studio {
 
   /** The crosshair of the first chart is at a row, or away. */
   private followPointer(row: number | undefined, isBrought: boolean): void {
-    if (row !== undefined) this.values.point(row);
+    if (row !== undefined) this.drawer.values.point(row);
     const { chart } = this.pipeline;
     this.second.point(row === undefined ? undefined : chart.keyOf(row), isBrought);
-  }
-
-  private followTabs(): void {
-    // The tabs tell of the first one while they are made.
-    this.values?.setOpen(this.tabs.isOpen('values'));
-    this.telling?.refreshEvents();
   }
 
   private makeSaveDialog(shelf: Shelf): SaveDialog {
@@ -346,28 +293,5 @@ export class Studio {
       },
       takeOther: (text) => this.writing.takeOther(text),
     });
-  }
-
-  private bindButtons(dialog: SaveDialog, versions: VersionDialog): void {
-    const { chart } = this.pipeline;
-    const name = () => this.bars?.name ?? 'chart';
-    const handing = new Handing(this.session, this.pipeline, this.writing, name);
-    bindHeader(
-      {
-        zoom: (factor) => chart.zoom(factor),
-        showAll: () => chart.showAll(),
-        format: () => this.editor.format(),
-        showVersions: () => versions.open(),
-        copyLink: () => handing.copyLink(),
-        savePicture: () => handing.savePicture(),
-        saveCsv: () => handing.saveCsv(),
-        openFile: (file) => {
-          if (file.type === 'image/png') handing.takePicture(file).catch(this.fail);
-          else void this.sources.open({ file });
-        },
-        fail: this.fail,
-      },
-      dialog,
-    );
   }
 }

@@ -3,7 +3,8 @@
 import { byId } from './dom.ts';
 import type { Editor } from './editor/editor.ts';
 import type { Session } from './engine/session.ts';
-import type { Drawn, Finding, ScriptAnswer } from './engine/types.ts';
+import type { Finding } from './engine/text_types.ts';
+import type { Drawn, ScriptAnswer } from './engine/types.ts';
 import type { Data } from './panels/data.ts';
 import type { Events } from './panels/events.ts';
 import { Findings } from './panels/findings.ts';

@@ -1,23 +1,14 @@
 // The chart: panes over one another that share the time axis, the crosshair and the sight.
-import { element, setText } from '../dom.ts';
 import type { Sight } from './frame.ts';
 import { followGestures } from './gestures.ts';
-import { Heights } from './heights.ts';
 import { followKeys } from './keys.ts';
-import { ChartPane, type PaneEvents, type PanePlace, timeAxisHeight } from './pane.ts';
-import { groupedText } from './numbers.ts';
+import { PaneStack } from './pane_stack.ts';
 import { pictureOf } from './picture.ts';
+import { Readout } from './readout.ts';
 import type { ScaleName } from './scale.ts';
 import type { Sheet } from './sheet.ts';
 import { keptIn, newest, panned, showing, usualBars, zoomed } from './sight.ts';
 import type { Theme } from './theme.ts';
-
-const priceFields = [
-  ['O', 7],
-  ['H', 8],
-  ['L', 9],
-  ['C', 11],
-] as const;
 
 export interface ChartEvents {
   /** Another part of the axis is to be seen, `pixels` wide. */
@@ -32,14 +23,9 @@ export interface ChartEvents {
   clicked: (row: number) => void;
 }
 
-let charts = 0;
-
 export class Chart {
-  private readonly name = `chart ${++charts}`;
-  private readonly panesRoot = element('div', { class: 'panes' });
-  private readonly caption = element('div', { class: 'caption' });
-  private readonly spoken = element('p', { class: 'spoken', 'aria-live': 'polite' });
-  private panes: ChartPane[] = [];
+  private readonly stack: PaneStack;
+  private readonly readout: Readout;
   private sheet: Sheet | undefined;
   private rows = 0;
   private sight: Sight = { from: 0, to: usualBars };
@@ -47,20 +33,28 @@ export class Chart {
   private row: number | undefined;
   /** The row whose values are held. */
   private held: number | undefined;
-  private exact: { row: number; values: ReadonlyMap<number, number> } | undefined;
-  private title = '';
-  private isToBeTold = false;
   private frameAsked = 0;
-  private readonly heights = new Heights(localStorage);
   private scaleName: ScaleName = 'linear';
 
   constructor(
     root: HTMLElement,
     private readonly events: ChartEvents,
   ) {
-    root.append(this.caption, this.panesRoot, this.spoken);
-    new ResizeObserver(() => this.layOut()).observe(this.panesRoot);
-    followGestures(this.panesRoot, {
+    const state = () => {
+      const { sheet, sight, rows, row } = this;
+      return { sheet, sight, rows, row, panes: this.stack.all };
+    };
+    this.stack = new PaneStack({
+      point: (place) => this.followPointer(place),
+      stretched: () => this.askForFrame(),
+      laidOut: () => {
+        this.events.sight(this.sight, this.stack.plotWidth);
+        this.askForFrame();
+      },
+    });
+    this.readout = new Readout(state, events.values);
+    root.append(this.readout.caption, this.stack.root, this.readout.spoken);
+    followGestures(this.stack.root, {
       pan: (pixels) => this.setSight(panned(this.sight, -pixels / this.rowWidth, this.rows)),
       zoom: (factor, left) =>
         this.setSight(zoomed(this.sight, factor, this.placeAt(left), this.rows)),
@@ -83,14 +77,13 @@ export class Chart {
   }
 
   close(): void {
-    for (const pane of this.panes) pane.destroy();
-    this.panes = [];
+    this.stack.close();
     this.sheet = undefined;
   }
 
   /** What the chart needs values for: the sight and the width of its plot in pixels. */
   get need(): { sight: Sight; pixels: number } {
-    return { sight: this.sight, pixels: this.plotWidth };
+    return { sight: this.sight, pixels: this.stack.plotWidth };
   }
 
   /** The row under the crosshair. */
@@ -98,12 +91,17 @@ export class Chart {
     return this.row;
   }
 
+  /** Of which values are told: the row of the crosshair, or the newest one in sight. */
+  get toldRow(): number {
+    return this.readout.row;
+  }
+
   /** Other bars are on their way. What is seen of those before stays until then, but is moved no
    * more: its rows are other rows. */
   setBars(title: string, rows: number): void {
     this.moveCrosshair(undefined);
     this.sheet = undefined;
-    this.title = title;
+    this.readout.title = title;
     this.rows = rows;
     this.setSight(newest(usualBars, rows));
   }
@@ -121,7 +119,7 @@ export class Chart {
 
   setSight(sight: Sight): void {
     this.sight = sight;
-    this.events.sight(sight, this.plotWidth);
+    this.events.sight(sight, this.stack.plotWidth);
     this.askForFrame();
   }
 
@@ -133,8 +131,7 @@ export class Chart {
 
   /** Other heights of panes are kept by now. */
   takeHeights(): void {
-    this.heights.take(this.weights);
-    this.layOut();
+    this.stack.takeHeights();
   }
 
   zoom(factor: number): void {
@@ -172,11 +169,11 @@ export class Chart {
   show(sheet: Sheet): void {
     const isAnother = sheet.drawn !== this.sheet?.drawn;
     this.sheet = sheet;
-    this.exact = undefined;
-    if (isAnother) this.takePanes(sheet);
-    if (this.row !== undefined && sheet.view.step > 1) void this.askForValues(this.row);
+    this.readout.forget();
+    if (isAnother) this.stack.take(sheet);
+    void this.readout.askForValues();
     this.drawNow();
-    this.tellIfWanted();
+    this.readout.tellIfWanted();
     this.events.drawn(sheet);
   }
 
@@ -187,76 +184,19 @@ export class Chart {
   /** The chart as a picture, with its caption and legends. */
   picture(): Promise<Blob> {
     if (!this.sheet) return Promise.reject(new Error('there is no chart yet'));
-    const panes = this.panes.map((pane) => ({
+    const panes = this.stack.all.map((pane) => ({
       canvas: pane.canvas,
-      entries: this.entriesOf(pane),
+      entries: this.readout.entriesOf(pane),
     }));
-    return pictureOf(this.caption.textContent, panes, this.sheet.theme);
+    return pictureOf(this.readout.caption.textContent, panes, this.sheet.theme);
   }
 
   private get rowWidth(): number {
-    return this.plotWidth / (this.sight.to - this.sight.from);
-  }
-
-  private get plotWidth(): number {
-    return this.panes[0]?.over.clientWidth || this.panesRoot.clientWidth || 1;
+    return this.stack.plotWidth / (this.sight.to - this.sight.from);
   }
 
   private placeAt(left: number): number {
     return this.sight.from + left / this.rowWidth;
-  }
-
-  private takePanes(sheet: Sheet): void {
-    const { panes } = sheet.drawn;
-    if (panes.length === this.panes.length)
-      this.panes.forEach((pane, i) => pane.take(sheet, panes[i]));
-    else this.buildPanes(sheet);
-    this.heights.take(this.weights);
-    this.layOut();
-  }
-
-  private buildPanes(sheet: Sheet): void {
-    for (const pane of this.panes) pane.destroy();
-    const { panes } = sheet.drawn;
-    this.panes = panes.map(
-      (spec, i) => new ChartPane(sheet, spec, this.placeOf(i, panes.length), this.eventsOf(i)),
-    );
-    this.panesRoot.replaceChildren(...this.panes.map(({ root }) => root));
-  }
-
-  private placeOf(index: number, count: number): PanePlace {
-    return { isFirst: index === 0, isLast: index === count - 1, chart: this.name };
-  }
-
-  private eventsOf(index: number): PaneEvents {
-    return {
-      point: (place) => this.followPointer(place),
-      stretched: () => this.askForFrame(),
-      border: {
-        move: (pixels) => {
-          this.heights.move(index, pixels, this.panesRoot.clientHeight - timeAxisHeight);
-          this.layOut();
-        },
-        reset: () => {
-          this.heights.reset(this.weights);
-          this.layOut();
-        },
-      },
-    };
-  }
-
-  private get weights(): number[] {
-    return this.panes.map(({ spec }) => spec.weight);
-  }
-
-  private layOut(): void {
-    const width = Math.floor(this.panesRoot.clientWidth);
-    const height = Math.floor(this.panesRoot.clientHeight);
-    if (width < 80 || height < 60) return;
-    const pixels = this.heights.pixels(height, timeAxisHeight);
-    this.panes.forEach((pane, i) => pane.resize(width, pixels[i], this.heights.percentAbove(i)));
-    this.events.sight(this.sight, this.plotWidth);
-    this.askForFrame();
   }
 
   private askForFrame(): void {
@@ -269,8 +209,8 @@ export class Chart {
     this.frameAsked = 0;
     const { sheet } = this;
     if (!sheet) return;
-    this.showLegends();
-    for (const pane of this.panes) pane.draw(sheet, this.sight, this.scaleName);
+    this.readout.show();
+    for (const pane of this.stack.all) pane.draw(sheet, this.sight, this.scaleName);
     if (this.row !== undefined) this.showCrosshair();
     this.showHeld();
   }
@@ -285,19 +225,18 @@ export class Chart {
   private moveCrosshair(row: number | undefined): void {
     this.pointAt(row, true);
     this.showCrosshair();
-    this.isToBeTold = row !== undefined;
-    this.tellIfWanted();
+    this.readout.tell();
   }
 
   private showHeld(): void {
     const place = this.held === undefined ? undefined : this.held + 0.5;
     const text = this.held === undefined ? '' : (this.sheet?.timeText(this.held) ?? '');
-    for (const pane of this.panes) pane.setHeld(place, text);
+    for (const pane of this.stack.all) pane.setHeld(place, text);
   }
 
   private showCrosshair(): void {
     const place = this.row === undefined ? undefined : this.row + 0.5;
-    for (const pane of this.panes) pane.setCrosshair(place);
+    for (const pane of this.stack.all) pane.setCrosshair(place);
   }
 
   private pointAt(row: number | undefined, isBrought: boolean): void {
@@ -307,15 +246,8 @@ export class Chart {
 
   private takeRow(row: number | undefined): void {
     this.row = row;
-    this.showLegends();
-    if (row !== undefined && this.sheet && this.sheet.view.step > 1) void this.askForValues(row);
-  }
-
-  private tellIfWanted(): void {
-    const { row, sheet } = this;
-    if (!this.isToBeTold || row === undefined || !sheet?.view.holds(row)) return;
-    this.isToBeTold = false;
-    setText(this.spoken, this.sentence());
+    this.readout.show();
+    void this.readout.askForValues();
   }
 
   /** The newest row of the slot at a place. */
@@ -325,59 +257,9 @@ export class Chart {
     return Math.min(view.from + (slot + 1) * view.step, view.rows) - 1;
   }
 
-  private async askForValues(row: number): Promise<void> {
-    if (this.exact?.row === row) return;
-    const values = await this.events.values(row).catch(() => undefined);
-    if (!values || this.row !== row) return;
-    this.exact = { row, values };
-    this.showLegends();
-  }
-
-  private valueOf(row: number): (id: number) => number {
-    const exact = this.exact?.row === row ? this.exact.values : undefined;
-    return (id) => exact?.get(id) ?? this.sheet?.view.valueAt(id, row) ?? NaN;
-  }
-
-  /** Of which values are told: the row of the crosshair, or the newest one in sight. */
-  get toldRow(): number {
-    const { row, sheet, sight, rows } = this;
-    const isThere = row !== undefined && sheet?.view.holds(row);
-    return isThere ? row : Math.min(Math.ceil(sight.to), rows) - 1;
-  }
-
-  private entriesOf(pane: ChartPane) {
-    return pane.entriesAt(this.valueOf(this.toldRow));
-  }
-
-  private showLegends(): void {
-    const { sheet } = this;
-    if (!sheet) return;
-    for (const pane of this.panes) pane.legend.show(this.entriesOf(pane), sheet.theme);
-    setText(this.caption, [this.title, this.priceText()].filter(Boolean).join('   '));
-  }
-
-  private priceText(): string {
-    const sheet = this.sheet!;
-    const row = this.toldRow;
-    const valueOf = this.valueOf(row);
-    const prices = priceFields
-      .filter(([, field]) => sheet.view.has(field) && Number.isFinite(valueOf(field)))
-      .map(([sign, field]) => `${sign} ${groupedText(valueOf(field), sheet.decimals)}`);
-    const change = sheet.changeText(row);
-    return [sheet.timeText(row), ...prices, change].filter(Boolean).join('  ');
-  }
-
-  /** What the crosshair shows, for a screen reader. */
-  private sentence(): string {
-    const values = this.panes
-      .flatMap((pane) => this.entriesOf(pane))
-      .map(({ title, text }) => `${title} ${text}`);
-    return [this.priceText(), ...values].join(', ');
-  }
-
   /** The prices, up and down. */
   private stretch(factor: number): void {
-    this.panes[0]?.stretchBy(factor);
+    this.stack.all[0]?.stretchBy(factor);
     this.askForFrame();
   }
 

@@ -1,5 +1,6 @@
 // The plot of a pane while it is drawn: what is in sight, and where it lies on the canvas.
-import type { Measures, Shown } from '../engine/types.ts';
+import type { Measures } from '../engine/language_types.ts';
+import type { Shown } from '../engine/types.ts';
 import { type Box, Placement } from './placement.ts';
 import { flagOf, isKind, numberOf, type ShapeRecord, textOf } from './records.ts';
 import type { Scale, Values } from './scale.ts';

@@ -7,26 +7,13 @@ import { axisGrip, type BorderEvents, borderGrip } from './grips.ts';
 import { Legend, type LegendEntry } from './legend.ts';
 import { paint } from './paint.ts';
 import { drawPolyline } from './paint_lines.ts';
-import { endsFor, type Range, rangeInSight } from './range.ts';
-import { type ShapeRecord } from './records.ts';
-import {
-  multiplied,
-  type Scale,
-  type ScaleName,
-  scaleOf,
-  type Tick,
-  type Values,
-} from './scale.ts';
+import { PaneAxis, type PaneContent } from './pane_axis.ts';
+import type { ShapeRecord } from './records.ts';
+import type { Box } from './placement.ts';
+import type { Scale, ScaleName } from './scale.ts';
 import type { Sheet } from './sheet.ts';
 import { paintTimeGrid, paintTimeTexts } from './time_axis.ts';
-import {
-  closeTag,
-  levelTags,
-  paintTag,
-  type Tag,
-  tickTexts,
-  valueAxisWidth,
-} from './value_axis.ts';
+import { paintTag, valueAxisWidth } from './value_axis.ts';
 
 export const timeAxisHeight = 26;
 const axisFont = `11px ${fontFamily}`;
@@ -54,28 +41,21 @@ export class ChartPane {
   /** At the bar that is held. */
   private readonly heldMark = element('div', { class: 'held', hidden: true });
   private border: HTMLElement | undefined;
-  private records: readonly ShapeRecord[] = [];
-  private overlay: ShapeRecord | undefined;
-  private overlayFactor = NaN;
-  private levels: ReadonlyMap<ShapeRecord, number> = new Map();
+  private content: PaneContent;
+  private readonly axis = new PaneAxis(() => this.content);
   private sight: Sight = { from: 0, to: 1 };
-  private scale: Scale = scaleOf('linear', 1, 1);
-  /** The ends of the value axis, as places of its scale. */
-  private axis: Values = { low: 0, high: 1 };
-  /** How many times as high as they need all values are drawn. */
-  private stretch = 1;
 
   constructor(
-    private sheet: Sheet,
-    public spec: PaneSpec,
+    sheet: Sheet,
+    spec: PaneSpec,
     private readonly place: PanePlace,
     events: PaneEvents,
   ) {
-    this.take(sheet, spec);
+    this.content = this.contentOf(sheet, spec);
     this.plot = new uPlot(this.options(), this.ends(), this.root);
     this.followPointer(events);
     const grip = axisGrip((factor) => {
-      this.stretchBy(factor);
+      this.axis.stretchBy(factor);
       events.stretched();
     });
     grip.style.width = `${valueAxisWidth}px`;
@@ -86,13 +66,11 @@ export class ChartPane {
 
   /** Other records take the place of those before. */
   take(sheet: Sheet, spec: PaneSpec): void {
-    const { records } = sheet.drawn;
-    this.sheet = sheet;
-    this.spec = spec;
-    this.records = spec.records.map((index) => records[index]);
-    this.levels = new Map(spec.levels.map(({ record, value }) => [records[record], value]));
-    this.overlay = this.place.isFirst ? sheet.overlay : undefined;
-    this.legend.take(this.overlay ? [...this.records, this.overlay] : this.records);
+    this.content = this.contentOf(sheet, spec);
+  }
+
+  get spec(): PaneSpec {
+    return this.content.spec;
   }
 
   destroy(): void {
@@ -117,21 +95,22 @@ export class ChartPane {
   }
 
   draw(sheet: Sheet, sight: Sight, scaleName: ScaleName): void {
-    this.sheet = sheet;
+    this.content = { ...this.content, sheet };
     this.sight = sight;
-    this.takeAxis(this.place.isFirst ? scaleName : 'linear');
+    const legend = this.legend.height / Math.max(this.plotHeight(), 1);
+    this.axis.take(sight, this.place.isFirst ? scaleName : 'linear', legend);
     this.plot.batch(() => {
       this.plot.setData(this.ends(), false);
       this.plot.setScale('x', { min: sight.from, max: sight.to });
-      this.plot.setScale('y', { min: this.axis.low, max: this.axis.high });
+      this.plot.setScale('y', { min: this.axis.ends.low, max: this.axis.ends.high });
       // The texts of the axes hang on more than their scales: on other bars, or a tag.
       this.plot.redraw(false, true);
     });
   }
 
-  /** By a factor; without one the values have the height that they need. */
-  stretchBy(factor: number | undefined): void {
-    this.stretch = factor === undefined ? 1 : Math.min(Math.max(this.stretch * factor, 0.1), 50);
+  /** The values, up and down. */
+  stretchBy(factor: number): void {
+    this.axis.stretchBy(factor);
   }
 
   placeAt(left: number): number {
@@ -162,30 +141,14 @@ export class ChartPane {
     return this.legend.entries(this.spec.digits, valueOf);
   }
 
-  private takeAxis(scaleName: ScaleName): void {
-    const { from, to } = this.sight;
-    const seen = this.records.filter((record) => !this.levels.has(record));
-    const range = rangeInSight(seen, [...this.levels.values()], this.sheet.view, from, to);
-    this.takeOverlay(range);
-    this.scale = scaleOf(scaleName, range.high, this.sheet.firstClose(from));
-    this.axis = endsFor(range, this.scale, seen);
-    this.makeRoomForLegend();
-    const { low, high } = this.axis;
-    const [middle, half] = [(low + high) / 2, (high - low) / 2 / this.stretch];
-    if (this.stretch !== 1) this.axis = { low: middle - half, high: middle + half };
-  }
-
-  private takeOverlay(range: Range): void {
-    if (!this.overlay) return;
-    const { from, to } = this.sight;
-    this.overlayFactor = this.sheet.overlayFactor(from);
-    const { low, high } = rangeInSight([this.overlay], [], this.sheet.view, from, to);
-    for (const value of [low, high]) range.take(this.overlayFactor * value);
-  }
-
-  private makeRoomForLegend(): void {
-    const share = Math.min(this.legend.height / Math.max(this.plotHeight(), 1), 0.4);
-    this.axis.high += ((this.axis.high - this.axis.low) * share) / (1 - share);
+  private contentOf(sheet: Sheet, spec: PaneSpec): PaneContent {
+    const all = sheet.drawn.records;
+    const { isFirst, isLast } = this.place;
+    const records = spec.records.map((index) => all[index]);
+    const levels = new Map(spec.levels.map(({ record, value }) => [all[record], value]));
+    const overlay = isFirst ? sheet.overlay : undefined;
+    this.legend.take(overlay ? [...records, overlay] : records);
+    return { sheet, spec, records, levels, overlay, isFirst, isLast };
   }
 
   private ends(): uPlot.AlignedData {
@@ -196,8 +159,8 @@ export class ChartPane {
   }
 
   private options(): uPlot.Options {
-    const grid = { stroke: () => this.sheet.theme.palette.grid, width: 1 };
-    const stroke = () => this.sheet.theme.palette.label;
+    const grid = { stroke: () => this.content.sheet.theme.palette.grid, width: 1 };
+    const stroke = () => this.content.sheet.theme.palette.label;
     const axis = { stroke, font: axisFont, gap: 4, grid, ticks: { show: false } };
     return {
       width: 300,
@@ -225,8 +188,8 @@ export class ChartPane {
           ...axis,
           side: 1,
           size: valueAxisWidth,
-          splits: () => this.ticks().map(({ value }) => this.scale.place(value)),
-          values: () => this.tickTexts(),
+          splits: () => this.axis.tickPlaces(this.plotHeight()),
+          values: () => this.axis.tickTexts(this.plotHeight()),
         },
       ],
       hooks: {
@@ -244,38 +207,9 @@ export class ChartPane {
     return this.plot.bbox.height / uPlot.pxRatio;
   }
 
-  private ticks(): Tick[] {
-    const { scale, axis } = this;
-    const values = { low: scale.value(axis.low), high: scale.value(axis.high) };
-    const isWhole = this.spec.digits === 0;
-    return scale.ticks(values, this.plotHeight(), isWhole, this.sheet.measures);
-  }
-
-  /** None where half of it would be cut off: above, and below where another pane follows. */
-  private tickTexts(): string[] {
-    const { scale, axis, sheet } = this;
-    const ticks = this.ticks();
-    const height = this.plotHeight();
-    const texts = tickTexts(ticks, scale, axis, height, this.tags(), sheet.measures.halfTag);
-    const margin = ((axis.high - axis.low) / height) * 7;
-    const lowest = this.place.isLast ? axis.low : axis.low + margin;
-    const isWhole = (place: number) => place >= lowest && place <= axis.high - margin;
-    return ticks.map(({ value }, i) => (isWhole(scale.place(value)) ? texts[i] : ''));
-  }
-
-  private tags(): Tag[] {
-    const { low, high } = this.axis;
-    const all = levelTags(this.levels, this.sheet, this.scale, this.spec.digits);
-    if (this.place.isFirst) all.push(...closeTag(this.sheet, this.scale));
-    return all.filter(({ value }) => {
-      const place = this.scale.place(value);
-      return place >= low && place <= high;
-    });
-  }
-
   private snapped(left: number): number {
     if (left < 0) return left;
-    const { view } = this.sheet;
+    const { view } = this.content.sheet;
     if (view.count === 0) return left;
     const { begin } = view.slots(this.placeAt(left), this.placeAt(left));
     return this.plot.valToPos(view.middle(Math.min(begin, view.count - 1)), 'x');
@@ -291,46 +225,55 @@ export class ChartPane {
     const { left = -10, top = -10 } = plot.cursor;
     this.cursorTag.hidden = left < 0 || top < 0;
     if (this.cursorTag.hidden) return;
-    const digits = Math.max(this.spec.digits, this.place.isFirst ? this.sheet.decimals : 0);
-    const value = this.scale.value(plot.posToVal(top, 'y'));
-    this.cursorTag.textContent = this.scale.text(value, Math.min(digits, 8));
+    this.cursorTag.textContent = this.axis.textAt(plot.posToVal(top, 'y'));
     this.cursorTag.style.top = `${top}px`;
     this.cursorTag.style.left = `${this.plotWidth()}px`;
   }
 
   private paint(): void {
-    const { ctx, bbox } = this.plot;
+    const { ctx } = this.plot;
     const ratio = uPlot.pxRatio;
-    const box = {
-      left: bbox.left / ratio,
-      top: bbox.top / ratio,
-      right: (bbox.left + bbox.width) / ratio,
-      bottom: (bbox.top + bbox.height) / ratio,
-    };
-    const { theme, view, measures } = this.sheet;
+    const box = this.plotBox();
+    const { sheet, records, levels, overlay } = this.content;
+    const { axis, place } = this;
     ctx.save();
     ctx.scale(ratio, ratio);
     ctx.save();
     ctx.beginPath();
     ctx.rect(box.left, box.top, box.right - box.left, box.bottom - box.top);
     ctx.clip();
-    const shownOf = (record: ShapeRecord) => this.sheet.shownOf(record);
-    const frameOf = (scale: Scale) =>
-      new Frame(ctx, theme, view, measures, box, this.sight, this.axis, scale, shownOf);
-    const frame = frameOf(this.scale);
-    const marks = this.sheet.timeMarks(this.sight, box.right - box.left);
+    const frame = this.frameOf(axis.scale, box);
+    const marks = sheet.timeMarks(this.sight, box.right - box.left);
     paintTimeGrid(frame, marks);
-    paint(frame, this.records, this.levels);
-    if (this.overlay)
-      drawPolyline(frameOf(multiplied(this.scale, this.overlayFactor)), this.overlay);
+    paint(frame, records, levels);
+    if (overlay) drawPolyline(this.frameOf(axis.overlayScale, box), overlay);
     ctx.restore();
-    for (const tag of this.tags()) paintTag(frame, tag);
-    if (this.place.isLast) paintTimeTexts(frame, marks);
-    if (!this.place.isLast)
+    for (const tag of axis.tags()) paintTag(frame, tag);
+    if (place.isLast) paintTimeTexts(frame, marks);
+    else
       frame.fill(
         { ...box, right: box.right + valueAxisWidth, top: box.bottom - 1 },
-        theme.palette.mark,
+        sheet.theme.palette.mark,
       );
     ctx.restore();
+  }
+
+  private plotBox(): Box {
+    const { left, top, width, height } = this.plot.bbox;
+    const ratio = uPlot.pxRatio;
+    return {
+      left: left / ratio,
+      top: top / ratio,
+      right: (left + width) / ratio,
+      bottom: (top + height) / ratio,
+    };
+  }
+
+  private frameOf(scale: Scale, box: Box): Frame {
+    const { sheet } = this.content;
+    const { theme, view, measures } = sheet;
+    const shownOf = (record: ShapeRecord) => sheet.shownOf(record);
+    const { sight, axis } = this;
+    return new Frame(this.plot.ctx, theme, view, measures, box, sight, axis.ends, scale, shownOf);
   }
 }

@@ -1,6 +1,6 @@
 // How the values of a pane go up its axis: evenly, by their logarithms, or told as percent of the
 // first close in sight.
-import type { Measures } from '../engine/types.ts';
+import type { Measures } from '../engine/language_types.ts';
 import { multiples, niceStep, shortText, tickText } from './numbers.ts';
 
 type TickMeasures = Pick<Measures, 'tickRoom' | 'leastTickRoom' | 'enoughTicks'>;

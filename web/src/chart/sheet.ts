@@ -1,5 +1,6 @@
 // What a chart is drawn from: a script's records and the values that were loaded for them.
-import type { Drawn, Measures, Shown } from '../engine/types.ts';
+import type { Measures } from '../engine/language_types.ts';
+import type { Drawn, Shown } from '../engine/types.ts';
 import type { Sight } from './frame.ts';
 import { groupedText } from './numbers.ts';
 import type { ShapeRecord } from './records.ts';

@@ -1,5 +1,6 @@
 // The colours of the chart, on a light ground or a dark one.
-import type { Colours, Palette, ThemeName } from '../engine/types.ts';
+import type { Palette, ThemeName } from '../engine/language_types.ts';
+import type { Colours } from '../engine/types.ts';
 import { withAlpha } from './color.ts';
 
 const unknown = '#808080';

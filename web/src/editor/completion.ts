@@ -8,7 +8,7 @@ import {
 } from '@codemirror/autocomplete';
 import type { Extension } from '@codemirror/state';
 import type { Adviser } from '../engine/adviser.ts';
-import type { CompletionsAnswer, Offer } from '../engine/types.ts';
+import type { CompletionsAnswer, Offer } from '../engine/text_types.ts';
 import { element } from '../dom.ts';
 import { helpOf } from './markdown.ts';
 

@@ -15,7 +15,7 @@ import {
   lineNumbers,
 } from '@codemirror/view';
 import type { Adviser } from '../engine/adviser.ts';
-import type { Finding, Place } from '../engine/types.ts';
+import type { Finding, Place } from '../engine/text_types.ts';
 import { element } from '../dom.ts';
 import { completion } from './completion.ts';
 import { callHint } from './hint.ts';

@@ -9,7 +9,7 @@ import {
   type ViewUpdate,
 } from '@codemirror/view';
 import type { Adviser } from '../engine/adviser.ts';
-import type { CallHint } from '../engine/types.ts';
+import type { CallHint } from '../engine/text_types.ts';
 import { element } from '../dom.ts';
 
 interface Shown extends Tooltip {

@@ -3,7 +3,7 @@ import type { Diagnostic } from '@codemirror/lint';
 import { forEachDiagnostic } from '@codemirror/lint';
 import { type Extension } from '@codemirror/state';
 import { type EditorView, keymap } from '@codemirror/view';
-import type { Fix } from '../engine/types.ts';
+import type { Fix } from '../engine/text_types.ts';
 
 export interface Mend {
   title: string;

@@ -2,7 +2,7 @@
 import { EditorSelection, type Extension } from '@codemirror/state';
 import { EditorView, keymap, showDialog } from '@codemirror/view';
 import type { Adviser } from '../engine/adviser.ts';
-import type { NameAnswer } from '../engine/types.ts';
+import type { NameAnswer } from '../engine/text_types.ts';
 
 export interface NamesEvents {
   tell: (text: string) => void;

@@ -9,7 +9,7 @@ import {
   WidgetType,
 } from '@codemirror/view';
 import type { Adviser } from '../engine/adviser.ts';
-import type { Colour } from '../engine/types.ts';
+import type { Colour } from '../engine/text_types.ts';
 import { element } from '../dom.ts';
 import { colourText } from './completion.ts';
 

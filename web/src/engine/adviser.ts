@@ -11,9 +11,9 @@ import type {
   Formatted,
   HoverAnswer,
   NameAnswer,
-  Parameter,
   Place,
-} from './types.ts';
+} from './text_types.ts';
+import type { Parameter } from './types.ts';
 
 /** What a script means depends on it, too. */
 export interface Setting {

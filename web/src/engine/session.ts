@@ -3,10 +3,10 @@ import type { ViewData } from '../chart/view.ts';
 import { grownBy } from '../growth.ts';
 import { Refusal } from '../refusal.ts';
 import { Ended, Line, type WorkerLike } from './line.ts';
+import type { Language } from './language_types.ts';
 import type {
   BarsAnswer,
   EventsAnswer,
-  Language,
   OverlayAnswer,
   Parameter,
   PlayAnswer,

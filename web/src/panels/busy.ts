@@ -1,5 +1,10 @@
 // Says that the engine calculates, where that takes long, and lets the user stop it.
 import { byId } from '../dom.ts';
+import { tell } from './message.ts';
+
+export interface Stoppable {
+  stop(): void;
+}
 
 /** In milliseconds: what is over sooner isn't told of. */
 const patience = 200;
@@ -8,14 +13,17 @@ export class Busy {
   private readonly root = byId('busy', HTMLElement);
   private readonly chart = byId('chart', HTMLElement);
   /** Engines that calculate, and whether by a wish of the user. */
-  private readonly working = new Map<object, boolean>();
+  private readonly working = new Map<Stoppable, boolean>();
   private timer: ReturnType<typeof setTimeout> | undefined;
 
-  constructor(stop: () => void) {
-    byId('stop', HTMLButtonElement).addEventListener('click', stop);
+  constructor() {
+    byId('stop', HTMLButtonElement).addEventListener('click', () => {
+      for (const engine of [...this.working.keys()]) engine.stop();
+      tell('Stopped');
+    });
   }
 
-  set(engine: object, isBusy: boolean, isLayingOut: boolean): void {
+  set(engine: Stoppable, isBusy: boolean, isLayingOut: boolean): void {
     if (isBusy) this.working.set(engine, !isLayingOut);
     else this.working.delete(engine);
     clearTimeout(this.timer);

@@ -1,5 +1,6 @@
 // The findings of the script as a list, each leading to its place.
-import type { Finding, ScriptAnswer } from '../engine/types.ts';
+import type { Finding } from '../engine/text_types.ts';
+import type { ScriptAnswer } from '../engine/types.ts';
 import { element, setText } from '../dom.ts';
 import { sentenceOf } from '../editor/editor.ts';
 import type { Mend } from '../editor/mending.ts';

@@ -1,5 +1,6 @@
 // The period of the bars: as they say, or as the user says.
-import type { BarsAnswer, Period } from '../engine/types.ts';
+import type { Period } from '../engine/language_types.ts';
+import type { BarsAnswer } from '../engine/types.ts';
 import { element } from '../dom.ts';
 
 export class PeriodMenu {

@@ -172,6 +172,8 @@ test('bars come while a script is calculated and while others come', async () =>
 test('bars that come while others are played end play', async () => {
   await desk.write(script);
   await desk.choose('many');
+  const height = () => desk.page.$eval('#chart', ({ clientHeight }) => clientHeight);
+  const before = await height();
   await desk.page.$eval('#play-speed', (speed) => {
     (speed as HTMLInputElement).value = '6';
     speed.dispatchEvent(new Event('input'));
@@ -180,6 +182,7 @@ test('bars that come while others are played end play', async () => {
   await desk.page.waitForFunction(() =>
     /bar 49[1-9]\d/.test(document.getElementById('play-place')!.textContent!),
   );
+  assert.equal(await height(), before, 'nothing moves');
   await desk.choose('other');
   assert.equal(await desk.text('#play-place'), '');
   assert.equal(await desk.text('#message'), '');

@@ -67,3 +67,24 @@ test('other bars end a calculation, too', async () => {
   await desk.captioned('index-daily');
   assert.deepEqual(Object.keys(await desk.legend()).slice(0, 1), ['NEWER']);
 });
+
+test('what says so covers nothing', async () => {
+  await desk.page.click('#second-open');
+  await beginEndless();
+  for (const width of [1360, 900]) {
+    await desk.page.setViewport({ width, height: 860 });
+    await desk.page.waitForSelector('#second .caption:not(:empty)');
+    await desk.page.waitForFunction(busy);
+    const covered = await desk.page.evaluate(() => {
+      const mark = document.getElementById('busy')!.getBoundingClientRect();
+      const others = document.querySelectorAll('button, select, .caption, .legend div');
+      const isUnder = (one: Element) => {
+        const { left, right, top, bottom } = one.getBoundingClientRect();
+        const end = right - parseFloat(getComputedStyle(one).paddingRight);
+        return left < mark.right && end > mark.left && top < mark.bottom && bottom > mark.top;
+      };
+      return [...others].filter((one) => one.id !== 'stop' && isUnder(one)).map((one) => one.id);
+    });
+    assert.deepEqual(covered, [], `at ${width} pixels`);
+  }
+});

@@ -1,24 +1,31 @@
 // Longer periods: those that a script reads, finished or under way, and a second chart of one.
 import assert from 'node:assert/strict';
-import { writeFileSync } from 'node:fs';
+import { appendFileSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { test } from 'node:test';
 import type { Browser } from 'puppeteer-core';
 import { Desk, makeFolder, onDesks, type Studio } from './support.ts';
 
-/** Bars of an hour, four a day, from Monday the 8th of January on: their closes count up from 1. */
-function hourBars(days: number): string {
-  const rows = Array.from({ length: 4 * days }, (_, i) => {
+/** Bars of an hour, four a day, from Monday the 8th of January on: closes count up from 1, times a factor. */
+function hourRows(from: number, to: number, factor = 1): string {
+  const rows = Array.from({ length: to - from }, (_, at) => {
+    const i = from + at;
     const day = new Date(Date.UTC(2024, 0, 8 + Math.floor(i / 4))).toISOString().slice(0, 10);
-    return `${day} ${10 + (i % 4)}:00,${i + 1},${i + 1.5},${i + 0.5},${i + 1},${100 + i}`;
+    const prices = [i + 1, i + 1.5, i + 0.5, i + 1].map((price) => factor * price);
+    return `${day} ${10 + (i % 4)}:00,${prices.join(',')},${100 + i}\n`;
   });
-  return ['date,open,high,low,close,volume', ...rows].join('\n') + '\n';
+  return rows.join('');
 }
+const hourBars = (count: number, factor = 1) =>
+  'date,open,high,low,close,volume\n' + hourRows(0, count, factor);
 
 const folder = makeFolder();
 const days = 30;
-writeFileSync(join(folder, 'hours.csv'), hourBars(days));
-writeFileSync(join(folder, 'more.csv'), hourBars(days));
+const fileOf = (name: string) => join(folder, `${name}.csv`);
+writeFileSync(fileOf('hours'), hourBars(4 * days));
+writeFileSync(fileOf('more'), hourBars(4 * days));
+writeFileSync(fileOf('run'), hourBars(4 * days - 2));
+writeFileSync(fileOf('under'), hourBars(4 * days + 4, 2));
 
 let studio: Studio;
 let browser: Browser;
@@ -71,6 +78,19 @@ const secondValue = (title: string) =>
     title,
   );
 
+/** Waits for a value in the legends of the second chart. */
+const secondHas = (title: string, value: number) =>
+  desk.page.waitForFunction(
+    (title, value) =>
+      [...document.querySelectorAll('#second .legend > div')].some(
+        ({ children: [name, text] }) =>
+          name.textContent === title && Number(text.textContent) === value,
+      ),
+    {},
+    title,
+    value,
+  );
+
 test('a second chart shows the script over another period, and follows what is written', async () => {
   await desk.write('T:C;');
   await desk.page.click('#second-open');
@@ -96,6 +116,37 @@ test('a second chart shows the script over another period, and follows what is w
   assert.equal(await desk.page.$eval('#second', (one) => (one as HTMLElement).hidden), true);
   assert.equal(await desk.page.$('#second .chart'), null);
   assert.equal(await desk.page.evaluate(() => document.activeElement?.id), 'second-open');
+});
+
+test('it goes on as the bars do, and so does the security over them', async () => {
+  await desk.choose('run');
+  await desk.write('T:C;');
+  await desk.page.click('#second-open');
+  await desk.page.select('#overlay', 'under');
+  await secondSays(/^run {2}day {3}2024-02-06 {2}O 117 {2}H 119/);
+  await secondHas('under', 240);
+  appendFileSync(fileOf('run'), hourRows(4 * days - 2, 4 * days + 1));
+  await secondSays(/^run {2}day {3}2024-02-07 {2}O 121/);
+  await secondHas('T', 121);
+  await secondHas('under', 248);
+  writeFileSync(fileOf('under'), hourBars(4 * days + 4, 3));
+  await secondHas('under', 372);
+  writeFileSync(fileOf('under'), 'broken');
+  appendFileSync(fileOf('run'), hourRows(4 * days + 1, 4 * days + 2));
+  await secondHas('T', 122);
+  await secondHas('under', 372);
+  writeFileSync(fileOf('newer'), hourBars(8));
+  await desk.page.waitForSelector('#overlay option[value="newer"]');
+});
+
+test('while no script is sound it shows the bars alone', async () => {
+  await desk.write('T:C-;');
+  await desk.goTo();
+  await desk.page.click('#second-open');
+  await secondSays(/^hours {2}day {3}2024-02-06/);
+  assert.equal(await desk.text('#second-note'), '');
+  await desk.write('T:C;');
+  await secondHas('T', 120);
 });
 
 test('both crosshairs stand at the same time', async () => {

@@ -25,7 +25,7 @@ for (const theme of ['light', 'dark']) {
   test(theme, async () => {
     const [studio, browser] = await Promise.all([Studio.start(), startBrowser()]);
     const desk = await Desk.open(browser, studio, '', theme);
-    await desk.page.setViewport({ width: 1100, height: 640 });
+    await desk.page.setViewport({ width: 1360, height: 800 });
     await desk.write(script.replace(/MEAN:.*\n/, ''));
     await desk.page.click('#tab-events');
     await desk.write(script);

@@ -1,7 +1,8 @@
 // Colours can be told apart, by eyes that lack the cones for red or for green, too.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import type { Drawn, Language } from '../../src/engine/types.ts';
+import type { Language } from '../../src/engine/language_types.ts';
+import type { Drawn } from '../../src/engine/types.ts';
 import { Desk, sampleBars } from './support.ts';
 
 type Triple = readonly [number, number, number];

@@ -10,7 +10,7 @@ import type {
   HoverAnswer,
   NameAnswer,
   Place,
-} from '../../src/engine/types.ts';
+} from '../../src/engine/text_types.ts';
 import { blocksOf } from '../../src/editor/markdown.ts';
 import { Desk } from './support.ts';
 
