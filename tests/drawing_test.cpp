@@ -146,6 +146,9 @@ TEST(Drawing, LinesThroughBars) {
       {"A:C+1,COLORRED,LINETHICK2;", "PolylineShape",
        R"(Field1Id=20000 Field1Text="A" Field1VisibleId=20001 LineColor="TempBrushKey.#CC3030")"
        R"( LineWidth=2.000000)"},
+      // A width below 1 is one of 1.
+      {"A:C+1,COLORRED,LINETHICK0;", "PolylineShape",
+       R"(Field1Id=20000 Field1Text="A" Field1VisibleId=20001 LineColor="TempBrushKey.#CC3030")"},
       {"A:C*2,NOTEXT,PRECIS3,DASHDOT;", "PolylineShape",
        R"(TitleVisible=0 Digit=3 Field1Id=20000 Field1Text="EMPTY_LINE_NAME_RESERVED1")"
        R"( Field1VisibleId=20001 LineColor="Brush.Cyan7" LineShapeStyle="DASHDOT")"},
