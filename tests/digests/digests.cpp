@@ -178,6 +178,35 @@ std::string with_expressions(std::string_view arguments) {
   return text;
 }
 
+/// Arguments as they stand between commas; parentheses keep theirs.
+std::vector<std::string> parted(std::string_view arguments) {
+  std::vector<std::string> parts(1);
+  int depth = 0;
+  for (const char c : arguments) {
+    depth += c == '(' ? 1 : c == ')' ? -1 : 0;
+    if (c == ',' && depth == 0) {
+      parts.emplace_back();
+    } else {
+      parts.back() += c;
+    }
+  }
+  return parts;
+}
+
+/// A call for each argument, with one in its place that can't be evaluated.
+std::vector<std::string> failing_calls(const std::string& word, std::string_view arguments) {
+  std::vector<std::string> calls;
+  const std::vector<std::string> parts = parted(arguments);
+  for (size_t failing = 0; failing < parts.size(); ++failing) {
+    std::string call = word;
+    for (size_t i = 0; i < parts.size(); ++i) {
+      call += (i == 0 ? '(' : ',') + (i == failing ? std::string("COLORRED") : parts[i]);
+    }
+    calls.push_back(call + ')');
+  }
+  return calls;
+}
+
 void print_words() {
   const std::pair<const char*, Arrays> kinds[] = {{"prices", bars_in_steps_of(0.25, 20.0)},
                                                   {"small", bars_in_steps_of(0.015625, 0.0)},
@@ -195,6 +224,9 @@ void print_words() {
       const bool has_values = !Script(named, settings).report().failure;
       const std::string script = has_values ? named : call + other;
       for (const auto& [kind, bars] : kinds) print(call + ' ' + kind, script, settings, bars);
+      for (const std::string& failing : failing_calls(word, arguments)) {
+        print(failing, (has_values ? "A:C;B:" : "") + failing + ';', settings, kinds[0].second);
+      }
     }
   }
 }
