@@ -161,6 +161,10 @@ int32_t parse_integer(std::string_view text) {
 }
 
 void append_fixed(std::string& out, double value) {
+  if (value != value) {  // which libraries of C++ write in several ways
+    out += std::signbit(value) ? "-nan" : "nan";
+    return;
+  }
   char digits[352];  // 309 digits of the greatest double, sign, point and six decimals
   const auto end =
       std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, 6).ptr;
