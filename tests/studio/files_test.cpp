@@ -147,7 +147,12 @@ TEST_F(FilesTest, memory_of_large_files_goes_back_to_the_system) {
     });
   }
   for (std::thread& page : pages) page.join();
-  EXPECT_LT(studio->memory(), before + (size_t{20} << 20U));
+  const size_t most = before + (size_t{20} << 20U);
+  // The server may hold the last answers for a moment when they have come.
+  for (int i = 0; i < 100 && studio->memory() >= most; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  EXPECT_LT(studio->memory(), most);
 }
 
 TEST_F(FilesTest, scripts_are_saved_in_their_folder_alone) {
