@@ -10,6 +10,7 @@
 
 namespace quor_advice {
 
+/// Words of one kind, and whether a word is among them.
 using Words = std::span<const std::string_view>;
 
 bool contains(Words words, std::string_view word);

@@ -35,10 +35,14 @@ pack_sources() {
 }
 
 case $preset in
-  python) make_wheel && exit ;;
-  sdist) pack_sources "${2:-dist}" && exit ;;
-esac
-case $preset in
+  python)
+    make_wheel
+    exit
+    ;;
+  sdist)
+    pack_sources "${2:-dist}"
+    exit
+    ;;
   windows) need_packages $windows_packages ;;
   arm64) need_packages $arm64_packages $package_packages ;;
   *) need_packages $build_packages $host_packages $package_packages ;;
