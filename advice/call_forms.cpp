@@ -8,7 +8,7 @@
 namespace quor_advice {
 namespace {
 
-CallForm form_of(std::string_view text) {
+CallForm read_form(std::string_view text) {
   CallForm form{text, {}};
   const size_t open = text.find('(');
   const size_t close = text.rfind(')');
@@ -56,7 +56,7 @@ const WordHelp* find_call_help(std::string_view word) {
 std::vector<CallForm> call_forms(const WordHelp& help) {
   std::vector<CallForm> forms;
   for (const std::string_view text : split(help.form, " or ")) {
-    if (text.find('(') != absent) forms.push_back(form_of(text));
+    if (text.find('(') != absent) forms.push_back(read_form(text));
   }
   return forms;
 }

@@ -28,7 +28,7 @@ struct Word {
   }
 };
 
-using Explain = std::optional<Problem> (*)(const Word& word);
+using ExplainWord = std::optional<Problem> (*)(const Word& word);
 
 std::optional<Problem> explain_order(const Word& word) {
   const Reading& reading = word.failed.reading;
@@ -42,9 +42,9 @@ std::optional<Problem> explain_order(const Word& word) {
   if (line->second < word.statement().number) return std::nullopt;
   const Statement& other = reading.statements[line->second];
   const size_t below = reading.line_of(other.tokens.front().begin);
-  const bool same = below == reading.line_of(word.token().begin);
-  return word.problem(name + (same ? " is declared further on in this line"
-                                   : " is declared below, in line " + std::to_string(below)),
+  const bool in_line = below == reading.line_of(word.token().begin);
+  return word.problem(name + (in_line ? " is declared further on in this line"
+                                      : " is declared below, in line " + std::to_string(below)),
                       "move its declaration above this use");
 }
 
@@ -232,7 +232,7 @@ std::optional<Problem> explain_by_likeness(const Word& word) {
   return word.undefined("declare it above, or as a constant: CONST " + shown + ":number;");
 }
 
-constexpr Explain word_steps[] = {
+constexpr ExplainWord word_steps[] = {
     explain_exponent,       explain_torn_name,  explain_order,          explain_comparison_for_name,
     explain_branch_word,    explain_style_word, explain_short_word,     explain_declared_with_word,
     explain_bracket,        explain_bare_text,  explain_from_elsewhere, explain_inner_sign,
@@ -370,7 +370,7 @@ std::optional<Problem> explain_word(const Case& failed) {
   if (!index) return std::nullopt;
   const Word word{failed, *index};
   if (word.token().kind == TokenKind::text) return explain_text(failed, word.token());
-  for (const Explain step : word_steps) {
+  for (const ExplainWord step : word_steps) {
     if (auto problem = step(word)) return problem;
   }
   return std::nullopt;

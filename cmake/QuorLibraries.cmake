@@ -34,8 +34,8 @@ find_path(decimals_include fast_float/fast_float.h PATH_SUFFIXES include ${there
 add_library(decimals::decimals INTERFACE IMPORTED)
 set_target_properties(decimals::decimals PROPERTIES INTERFACE_INCLUDE_DIRECTORIES ${decimals_include})
 
-# What the host and the studio write JSON by.
-if(WASI OR QUOR_BUILD_HOST)
+# What the language server, the studio and the module of the page write JSON by.
+if(WASI OR (QUOR_BUILD_HOST AND (QUOR_BUILD_LSP OR QUOR_BUILD_STUDIO)))
   find_package(nlohmann_json 3.11 REQUIRED)
 endif()
 

@@ -247,15 +247,15 @@ int run_script(const RunOptions& options) {
   });
 }
 
-int draw_script(const DrawOptions& options, [[maybe_unused]] char** arguments) {
-#ifdef QUOR_CHART_PROGRAM
-  if (options.chart.path.ends_with(".png")) run_instead(QUOR_CHART_PROGRAM, arguments);
-#endif
+int draw_script(const DrawOptions& options, const PngMeans& png) {
+  if (png.program != nullptr && options.chart.path.ends_with(".png")) {
+    run_instead(png.program, png.arguments);
+  }
   Calculation task{options.script, options.bars};
   task.drawn_bars = drawn_bars(options.chart);
   return calculate_and(task, [&](const Calculated& calculated) {
     draw_chart(calculated.script, {security_name(options), calculated.period}, calculated.bars,
-               options.chart);
+               options.chart, png.make);
   });
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "chart/surface.h"
 #include "options/chart_options.h"
 #include "options/options.h"
 
@@ -34,14 +35,20 @@ struct DrawOptions {
   ChartOptions chart;
 };
 
+/// How a PNG is drawn, if at all.
+struct PngMeans {
+  MakeSurface* make = nullptr;    ///< null if this program draws none
+  const char* program = nullptr;  ///< what draws it in this one's place, by its path from this
+                                  ///< one's folder; null if there is none
+  char** arguments = nullptr;     ///< the whole command line
+};
+
 /// Each prints what there is to say about the script and gives the exit status: 1 if it has an
 /// error, or a warning while the user is strict. Each throws HostError for any other.
 /// Of several scripts, those of folders (*.quor) with them, `check` says in the end how many are
 /// sound.
 int check_scripts(const CheckOptions& options);
 int run_script(const RunOptions& options);
-/// Only where the program was built with the means to draw. `arguments` is the whole command line,
-/// for a program of its own that draws.
-int draw_script(const DrawOptions& options, char** arguments);
+int draw_script(const DrawOptions& options, const PngMeans& png);
 
 }  // namespace quor_host

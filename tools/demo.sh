@@ -4,7 +4,7 @@ set -u
 . "$(dirname "$0")/lib.sh"
 
 need_packages $build_packages $chart_packages $font_packages
-configure release -DQUOR_BUILD_TESTS=OFF -DQUOR_BUILD_STUDIO=OFF
+configure release -DQUOR_BUILD_TESTS=OFF -DQUOR_BUILD_LSP=OFF -DQUOR_BUILD_STUDIO=OFF
 make_targets release quor
 quor=build/release/host/quor
 

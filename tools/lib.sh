@@ -82,7 +82,8 @@ need_tools() {
 configure() {
   preset=$1
   shift
-  cmake --preset "$preset" -DQUOR_BUILD_HOST=ON -DQUOR_BUILD_STUDIO=ON -DQUOR_BUILD_TESTS=ON "$@" >/dev/null ||
+  cmake --preset "$preset" -DQUOR_BUILD_HOST=ON -DQUOR_BUILD_LSP=ON -DQUOR_BUILD_STUDIO=ON \
+    -DQUOR_BUILD_TESTS=ON "$@" >/dev/null ||
     die "the configuration of '$preset' failed"
 }
 

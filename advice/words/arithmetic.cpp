@@ -10,7 +10,7 @@ constexpr std::string_view zero_if_null = "0 where an argument is null.";
 constexpr std::string_view one_number = "X: a number";
 constexpr std::string_view an_angle = "X: an angle in radians";
 
-constexpr WordHelp rows[] = {
+constexpr WordHelp arithmetic_rows[] = {
     {"ABS", "ABS(X)", 1, 1, "Absolute value.", one_number, null_if_null, "A:ABS(C-O);"},
     {"ACOS", "ACOS(X)", 1, 1, "Angle in radians whose cosine is X.", "X: from -1 to 1",
      "Null for an X outside -1 to 1.", "A:ACOS(O/H);"},
@@ -122,6 +122,6 @@ constexpr WordHelp rows[] = {
 
 }  // namespace
 
-std::span<const WordHelp> arithmetic_help() { return rows; }
+std::span<const WordHelp> arithmetic_help() { return arithmetic_rows; }
 
 }  // namespace quor_advice

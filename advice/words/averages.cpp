@@ -4,9 +4,7 @@
 namespace quor_advice {
 namespace {
 
-constexpr std::string_view series_and_period = "X: the series; N: the period";
-
-constexpr WordHelp rows[] = {
+constexpr WordHelp average_rows[] = {
     {"MA", "MA(X,N)", 2, 2, "Mean of the last N bars.", series_and_period,
      "From row N-1 on. Nulls among the bars aren't counted; N below 1 or null gives null.",
      "A:MA(C,5);"},
@@ -70,6 +68,6 @@ constexpr WordHelp rows[] = {
 
 }  // namespace
 
-std::span<const WordHelp> average_help() { return rows; }
+std::span<const WordHelp> average_help() { return average_rows; }
 
 }  // namespace quor_advice

@@ -6,7 +6,7 @@ namespace {
 
 constexpr std::string_view null_at_bad_key = "Null at a bar with an invalid key.";
 
-constexpr WordHelp rows[] = {
+constexpr WordHelp date_rows[] = {
     {"YEAR", "YEAR", 0, 0, "Year of the bar's trading day, such as 2024.", "",
      "1900 at a bar with an invalid key.", "A:YEAR*100+MONTH;"},
     {"MONTH", "MONTH", 0, 0, "Month of the bar's trading day, 1 to 12.", "", null_at_bad_key,
@@ -51,6 +51,6 @@ constexpr WordHelp rows[] = {
 
 }  // namespace
 
-std::span<const WordHelp> date_help() { return rows; }
+std::span<const WordHelp> date_help() { return date_rows; }
 
 }  // namespace quor_advice

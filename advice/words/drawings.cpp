@@ -204,10 +204,10 @@ constexpr auto joined(const WordHelp (&... parts)[Sizes]) {
   return all;
 }
 
-constexpr auto rows = joined(lines, marks, areas);
+constexpr auto drawing_rows = joined(lines, marks, areas);
 
 }  // namespace
 
-std::span<const WordHelp> drawing_help() { return rows; }
+std::span<const WordHelp> drawing_help() { return drawing_rows; }
 
 }  // namespace quor_advice

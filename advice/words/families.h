@@ -2,10 +2,14 @@
 #pragma once
 
 #include <span>
+#include <string_view>
 
 namespace quor_advice {
 
 struct WordHelp;
+
+/// The parameters of most averages and windows.
+inline constexpr std::string_view series_and_period = "X: the series; N: the period";
 
 std::span<const WordHelp> arithmetic_help();
 std::span<const WordHelp> average_help();

@@ -4,7 +4,7 @@
 namespace quor_advice {
 namespace {
 
-constexpr WordHelp rows[] = {
+constexpr WordHelp market_rows[] = {
     {"COST", "COST(P)", 1, 1,
      "The price below which P percent of the chips lie: the volume of about 121 bars, spread over "
      "the prices of each.",
@@ -23,6 +23,6 @@ constexpr WordHelp rows[] = {
 
 }  // namespace
 
-std::span<const WordHelp> market_help() { return rows; }
+std::span<const WordHelp> market_help() { return market_rows; }
 
 }  // namespace quor_advice

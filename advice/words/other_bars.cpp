@@ -14,7 +14,7 @@ constexpr std::string_view stretch_nulls =
 constexpr std::string_view nth_nulls =
     "Null where there is no such bar, and for N below 1 or null.";
 
-constexpr WordHelp rows[] = {
+constexpr WordHelp other_bar_rows[] = {
     {"REF", "REF(X,N)", 2, 2, "X of N bars ago. A negative N reads ahead.",
      "X: the series; N: how many bars", "From row N on; null outside the bars.", "A:REF(C,1);"},
     {"REFX", "REFX(X,N)", 2, 2, "X of N bars later. Looks ahead.",
@@ -110,6 +110,6 @@ constexpr WordHelp rows[] = {
 
 }  // namespace
 
-std::span<const WordHelp> other_bar_help() { return rows; }
+std::span<const WordHelp> other_bar_help() { return other_bar_rows; }
 
 }  // namespace quor_advice

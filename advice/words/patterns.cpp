@@ -17,7 +17,7 @@ constexpr std::string_view stop =
 constexpr std::string_view stop_nulls =
     "From row N-1 on. N below 1, STEP or LIMIT of 0 stop the calculation (2012).";
 
-constexpr WordHelp rows[] = {
+constexpr WordHelp pattern_rows[] = {
     {"ZIGZAG", "ZIGZAG(X,N,TYPE)", 3, 3,
      "The turns of X, with straight lines between them. Looks ahead.", swing,
      "From row 0 on. Bars where X is null are passed over; N or TYPE null gives null.",
@@ -67,6 +67,6 @@ constexpr WordHelp rows[] = {
 
 }  // namespace
 
-std::span<const WordHelp> pattern_help() { return rows; }
+std::span<const WordHelp> pattern_help() { return pattern_rows; }
 
 }  // namespace quor_advice

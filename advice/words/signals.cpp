@@ -9,7 +9,7 @@ constexpr std::string_view signal_arguments =
     "its parentheses";
 constexpr std::string_view signal_nulls = "A null COND counts as true.";
 
-constexpr WordHelp rows[] = {
+constexpr WordHelp signal_rows[] = {
     {"NOTICE", "COND,NOTICE('NAME')", 1, 1,
      "A notice, once per run of bars on which COND, cut, is 1. Takes no name in front.",
      "COND: a condition in front of the comma; 'NAME': 1 to 10 characters", "",
@@ -53,6 +53,6 @@ constexpr WordHelp rows[] = {
 
 }  // namespace
 
-std::span<const WordHelp> signal_help() { return rows; }
+std::span<const WordHelp> signal_help() { return signal_rows; }
 
 }  // namespace quor_advice

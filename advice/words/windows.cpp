@@ -4,7 +4,6 @@
 namespace quor_advice {
 namespace {
 
-constexpr std::string_view series_and_period = "X: the series; N: the period";
 constexpr std::string_view two_series_and_period = "X, Y: the series; N: the period";
 constexpr std::string_view one_later =
     "From row N on, one bar after N bars are there; for an X without a column of its own N-1 bars "
@@ -18,7 +17,7 @@ constexpr std::string_view before_nulls =
     "From row 1 on. N of 0 gives 0; N below 0 or null gives null.";
 constexpr std::string_view pair_nulls = "From row 1 on. A null among the bars gives null.";
 
-constexpr WordHelp rows[] = {
+constexpr WordHelp window_rows[] = {
     {"HHV", "HHV(X,N)", 2, 2, "Greatest value of the last N bars.", series_and_period,
      extreme_nulls, "A:HHV(H,9);"},
     {"LLV", "LLV(X,N)", 2, 2, "Smallest value of the last N bars.", series_and_period,
@@ -84,6 +83,6 @@ constexpr WordHelp rows[] = {
 
 }  // namespace
 
-std::span<const WordHelp> window_help() { return rows; }
+std::span<const WordHelp> window_help() { return window_rows; }
 
 }  // namespace quor_advice

@@ -28,21 +28,19 @@ std::vector<Point> brought_near(std::vector<Point> points) {
   return points;
 }
 
-std::unique_ptr<Surface> surface_for(const std::string& path, int width, int height) {
+std::unique_ptr<Surface> surface_for(const std::string& path, int width, int height,
+                                     MakeSurface* make_png) {
   if (path == "-" || path.ends_with(".svg")) return svg_surface(width, height);
   if (!path.ends_with(".png")) throw UsageError("--out " + path + ": neither .svg nor .png");
-#ifdef QUOR_PNG
-  return png_surface(width, height);
-#else
+  if (make_png != nullptr) return make_png(width, height);
   throw UsageError("--out " + path +
                    ": this build of quor draws no PNG; name the picture FILE.svg");
-#endif
 }
 
 }  // namespace
 
-Canvas::Canvas(const std::string& path, int width, int height)
-    : path_(path), surface_(surface_for(path, width, height)) {}
+Canvas::Canvas(const std::string& path, int width, int height, MakeSurface* make_png)
+    : path_(path), surface_(surface_for(path, width, height, make_png)) {}
 
 void Canvas::finish() {
   const std::string file = surface_->finish();

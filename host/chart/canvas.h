@@ -14,8 +14,8 @@ namespace quor_host {
 class Canvas {
  public:
   /// A sheet that becomes a PNG or, by the ending of the path, an SVG. Throws HostError for another
-  /// ending, and for a PNG where the program can draw none.
-  Canvas(const std::string& path, int width, int height);
+  /// ending, and for a PNG if `make_png` is null.
+  Canvas(const std::string& path, int width, int height, MakeSurface* make_png);
 
   /// A line of no length is a dot.
   void line(const std::vector<Point>& points, const Stroke& stroke);

@@ -80,7 +80,7 @@ std::vector<Panel> panels_of_sheet(const View& view, const View& wide,
 size_t drawn_bars(const ChartOptions& options) { return std::max(options.last, enough_bars); }
 
 void draw_chart(const quor::engine::Script& script, const ChartTitle& title, const Bars& bars,
-                const ChartOptions& options) {
+                const ChartOptions& options, MakeSurface* make_png) {
   Columns columns(script);
   const CellReader cells = [&columns](uint32_t row, uint32_t column) {
     return columns.value(row, column);
@@ -93,7 +93,7 @@ void draw_chart(const quor::engine::Script& script, const ChartTitle& title, con
   std::vector<Panel> panels = panels_of_sheet(view, wide, records, volume, options);
   const double width = options.size.at(0);
   const double height = options.size.at(1);
-  Canvas canvas(options.path, options.size.at(0), options.size.at(1));
+  Canvas canvas(options.path, options.size.at(0), options.size.at(1), make_png);
   const Theme& theme = theme_named(options.theme);
   const Sheet sheet{canvas, view, theme};
   canvas.fill({0.0, 0.0, width, height}, theme.ground);

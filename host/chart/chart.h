@@ -7,6 +7,7 @@
 #include "../input/bars.h"
 #include "../options/chart_options.h"
 #include "engine/engine.h"
+#include "surface.h"
 
 namespace quor_host {
 
@@ -22,8 +23,8 @@ size_t drawn_bars(const ChartOptions& options);
 
 /// Draws the last bars of a calculated script, of whose values the bars may have those of
 /// `drawn_bars` alone, into an SVG or PNG file, or as SVG to the standard
-/// output.
+/// output. `make_png` is null where no PNG can be drawn.
 void draw_chart(const quor::engine::Script& script, const ChartTitle& title, const Bars& bars,
-                const ChartOptions& options);
+                const ChartOptions& options, MakeSurface* make_png);
 
 }  // namespace quor_host

@@ -4,10 +4,11 @@
 
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "row_keys.h"
 
 namespace py = pybind11;
 
@@ -64,16 +65,14 @@ struct Owned {
   Structure value{};
 };
 
-constexpr int64_t no_time = std::numeric_limits<int64_t>::min();
-
 /// A column of one batch with its nulls.
-class Cells {
+class ArrowCells {
  public:
   /// The rows of the batch may begin further down in its columns.
-  Cells(const ArrowArray& array, const ArrowArray& batch)
+  ArrowCells(const ArrowArray& array, const ArrowArray& batch)
       : array_(array), size_(batch.length), first_(array.offset + batch.offset) {}
   /// All rows of a column that is in no batch.
-  explicit Cells(const ArrowArray& array)
+  explicit ArrowCells(const ArrowArray& array)
       : array_(array), size_(array.length), first_(array.offset) {}
 
   /// The values whose numbers the cells are; null if they are values themselves.
@@ -121,11 +120,11 @@ class Cells {
   int64_t first_;
 };
 
-using Batches = std::vector<Cells>;
+using Batches = std::vector<ArrowCells>;
 
 size_t rows_of(const Batches& batches) {
   size_t rows = 0;
-  for (const Cells& cells : batches) rows += static_cast<size_t>(cells.size());
+  for (const ArrowCells& cells : batches) rows += static_cast<size_t>(cells.size());
   return rows;
 }
 
@@ -134,7 +133,7 @@ template <typename Read>
 py::object numbers_by(const Batches& batches, const Read& read) {
   py::array_t<double> array(static_cast<py::ssize_t>(rows_of(batches)));
   double* out = array.mutable_data();
-  for (const Cells& cells : batches) {
+  for (const ArrowCells& cells : batches) {
     for (int64_t row = 0; row < cells.size(); ++row) {
       *out++ = cells.is_there(row) ? read(cells, row) : std::numeric_limits<double>::quiet_NaN();
     }
@@ -144,27 +143,27 @@ py::object numbers_by(const Batches& batches, const Read& read) {
 
 template <typename Number>
 py::object numbers(const Batches& batches) {
-  return numbers_by(batches, [](const Cells& cells, int64_t row) {
+  return numbers_by(batches, [](const ArrowCells& cells, int64_t row) {
     return static_cast<double>(cells.number<Number>(row));
   });
 }
 
 py::object bits(const Batches& batches) {
-  return numbers_by(batches,
-                    [](const Cells& cells, int64_t row) { return cells.bit(row) ? 1.0 : 0.0; });
+  return numbers_by(
+      batches, [](const ArrowCells& cells, int64_t row) { return cells.bit(row) ? 1.0 : 0.0; });
 }
 
 /// Whole numbers may be dates, 20240102, so that they stay whole where none is null.
 template <typename Number>
 py::object integers(const Batches& batches) {
-  for (const Cells& cells : batches) {
+  for (const ArrowCells& cells : batches) {
     for (int64_t row = 0; row < cells.size(); ++row) {
       if (!cells.is_there(row)) return numbers<Number>(batches);
     }
   }
   py::array_t<int64_t> array(static_cast<py::ssize_t>(rows_of(batches)));
   int64_t* out = array.mutable_data();
-  for (const Cells& cells : batches) {
+  for (const ArrowCells& cells : batches) {
     for (int64_t row = 0; row < cells.size(); ++row) {
       *out++ = static_cast<int64_t>(cells.number<Number>(row));
     }
@@ -176,7 +175,7 @@ template <typename Number>
 py::object times(const Batches& batches, const char* unit) {
   py::array_t<int64_t> array(static_cast<py::ssize_t>(rows_of(batches)));
   int64_t* out = array.mutable_data();
-  for (const Cells& cells : batches) {
+  for (const ArrowCells& cells : batches) {
     for (int64_t row = 0; row < cells.size(); ++row) {
       *out++ = cells.is_there(row) ? int64_t{cells.number<Number>(row)} : no_time;
     }
@@ -187,7 +186,7 @@ py::object times(const Batches& batches, const char* unit) {
 template <typename Read>
 py::object texts_by(const Batches& batches, const Read& read) {
   py::list list;
-  for (const Cells& cells : batches) {
+  for (const ArrowCells& cells : batches) {
     for (int64_t row = 0; row < cells.size(); ++row) {
       if (!cells.is_there(row)) {
         list.append(py::none());
@@ -202,11 +201,13 @@ py::object texts_by(const Batches& batches, const Read& read) {
 
 template <typename Offset>
 py::object texts(const Batches& batches) {
-  return texts_by(batches, [](const Cells& cells, int64_t row) { return cells.text<Offset>(row); });
+  return texts_by(batches,
+                  [](const ArrowCells& cells, int64_t row) { return cells.text<Offset>(row); });
 }
 
 py::object viewed_texts(const Batches& batches) {
-  return texts_by(batches, [](const Cells& cells, int64_t row) { return cells.viewed_text(row); });
+  return texts_by(batches,
+                  [](const ArrowCells& cells, int64_t row) { return cells.viewed_text(row); });
 }
 
 struct Type {
@@ -263,8 +264,8 @@ py::object decoded(const ArrowSchema& type, const Batches& batches) {
   const py::module_ numpy = py::module_::import("numpy");
   py::list parts;
   parts.append(column(type.dictionary->format, {}));
-  for (const Cells& cells : batches) {
-    const py::object values = column(type.dictionary->format, {Cells(*cells.dictionary())});
+  for (const ArrowCells& cells : batches) {
+    const py::object values = column(type.dictionary->format, {ArrowCells(*cells.dictionary())});
     if (!py::isinstance<py::array>(values)) return py::none();
     const py::object with_null = numpy.attr("append")(values, null_among(values));
     const py::object places =

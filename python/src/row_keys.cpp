@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <iterator>
-#include <limits>
 #include <stdexcept>
 #include <string>
 
@@ -11,7 +10,6 @@ namespace quor_python {
 namespace {
 
 constexpr int64_t day_seconds = 86400;
-constexpr int64_t no_time = std::numeric_limits<int64_t>::min();
 
 [[noreturn]] void refuse(size_t bar, const char* what) {
   throw std::invalid_argument("bar " + std::to_string(bar) + " (the first is 0) " + what);

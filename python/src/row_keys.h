@@ -2,10 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <span>
 #include <vector>
 
 namespace quor_python {
+
+/// A time of numpy that is none.
+inline constexpr int64_t no_time = std::numeric_limits<int64_t>::min();
 
 /// The row key of each time, a count of ticks since 1970, of which `ticks` make a second: 1 or a
 /// thousand to the first, second or third power. Parts of a second are dropped. Throws

@@ -23,8 +23,6 @@
 namespace quor {
 namespace {
 
-constexpr std::string_view piece_separators[] = {":", "@"};
-
 bool is_capital(char c) { return c >= 'A' && c <= 'Z'; }
 
 /// The name that the statement declares is no call, even if it is a function word, and is refused

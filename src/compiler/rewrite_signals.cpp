@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "compiler/statement_text.h"
 #include "compiler/tokenizer.h"
 #include "text/numbers.h"
 #include "text/strings.h"
@@ -12,7 +13,6 @@
 namespace quor {
 namespace {
 
-constexpr std::string_view piece_separators[] = {":", "@"};
 constexpr size_t longest_name = 10;  ///< in UTF-16 units
 
 struct FoundWord {

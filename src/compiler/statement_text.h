@@ -12,6 +12,9 @@
 
 namespace quor {
 
+/// What parts a token into pieces, some of which may be names of words.
+inline constexpr std::string_view piece_separators[] = {":", "@"};
+
 /// Takes the errors of one statement.
 struct StatementErrors {
   int32_t line;

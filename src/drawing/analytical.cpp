@@ -8,8 +8,6 @@ namespace quor {
 namespace {
 
 using P = PolylineShape;
-constexpr Item thick = line_thick<&P::LineWidth>;
-constexpr Item dashes = dash<&P::LineShapeStyle>;
 
 using Values = ShortList<Value, 4>;
 constexpr Values one_price = {{1, field<&P::Field1Id>}};
@@ -43,7 +41,7 @@ constexpr DrawingRow curve_form(size_t count, Values values, Columns columns, Co
       .constants = constants,
       .colours = {{field<&P::LineColor>, ColourFrom::item_or_auto}},
       .items_from = count,
-      .items = {kept_colour, thick, dashes, no_text, precis},
+      .items = {kept_colour, line_thick<&P::LineWidth>, dash<&P::LineShapeStyle>, no_text, precis},
       .order = items_first_order,
   };
 }
@@ -60,7 +58,7 @@ constexpr DrawingRow straight_form(size_t count, Values values, Columns columns,
       .constants = constants,
       .colours = {{field<&P::LineColor>, ColourFrom::argument, count - 1}},
       .items_from = count,
-      .items = {thick, dashes, precis},
+      .items = {line_thick<&P::LineWidth>, dash<&P::LineShapeStyle>, precis},
       .order = items_first_order,
   };
 }
@@ -102,7 +100,7 @@ using DRAWGOLDENLINE = DrawingWord<drawgoldenline>;
 using WAVERULER = DrawingWord<waveruler>;
 using DRAWWAVERULER = DrawingWord<drawwaveruler>;
 
-constexpr WordRow words[] = {
+constexpr WordRow analytical_rows[] = {
     word_row<ANGLELINE>("ANGLELINE", 149, draws | steady),
     word_row<DRAWANGLELINE>("DRAWANGLELINE", 150, draws | steady),
     word_row<HORIZONTALLINE>("HORIZONTALLINE", 151, draws | steady),
@@ -117,6 +115,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> analytical_words() { return words; }
+std::span<const WordRow> analytical_words() { return analytical_rows; }
 
 }  // namespace quor

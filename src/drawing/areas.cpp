@@ -118,7 +118,7 @@ class RGB final : public BaseFunc {
   }
 };
 
-constexpr WordRow words[] = {
+constexpr WordRow area_rows[] = {
     word_row<DRAWGBK>("DRAWGBK", 144, draws | steady),
     word_row<DRAWGBK1>("DRAWGBK1", 145, draws | steady),
     word_row<FILLRGN>("FILLRGN", 74, draws | steady),
@@ -129,6 +129,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> area_words() { return words; }
+std::span<const WordRow> area_words() { return area_rows; }
 
 }  // namespace quor

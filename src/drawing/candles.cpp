@@ -69,7 +69,7 @@ using DRAWKLINE1 = DRAWKLINE;
 
 using DRAWCOLORKLINE = DrawingWord<drawcolorkline>;
 
-constexpr WordRow words[] = {
+constexpr WordRow candle_rows[] = {
     word_row<DRAWBARLINE>("DRAWBARLINE", 133, draws | steady),
     word_row<DRAWKLINE>("DRAWKLINE", 2, draws | steady),
     word_row<DRAWKLINE1>("DRAWKLINE1", 131, draws | steady),
@@ -78,6 +78,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> candle_words() { return words; }
+std::span<const WordRow> candle_words() { return candle_rows; }
 
 }  // namespace quor

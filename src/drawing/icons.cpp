@@ -97,7 +97,7 @@ class DRAWBKBMP final : public DrawingWord<drawbkbmp> {
   Status own_rules(Draft& draft) const override { return read_picture_name(draft, 1); }
 };
 
-constexpr WordRow words[] = {
+constexpr WordRow icon_rows[] = {
     word_row<DRAWICON>("DRAWICON", 7, draws | steady),
     word_row<DRAWLASTBARICON>("DRAWLASTBARICON", 123, draws | follows_rows),
     word_row<DRAWBMP>("DRAWBMP", 160, draws | steady),
@@ -106,6 +106,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> icon_words() { return words; }
+std::span<const WordRow> icon_words() { return icon_rows; }
 
 }  // namespace quor

@@ -10,7 +10,7 @@
 namespace quor {
 namespace {
 
-void make_record(const Call& call) {
+void make_notice(const Call& call) {
   auto record = std::make_shared<NoticeShape>();
   Variable& notice = call.variable;
   record->Field1Text = call.argument_text(1);
@@ -47,7 +47,7 @@ std::string row_text(const DataTable& table, int32_t row) {
 
 /// The two columns of a call. The condition's column is the record's. The second one remembers what
 /// was sent: 1.0 while a run of true bars has had its notice.
-struct Columns {
+struct SentColumns {
   DataTable& table;
   int32_t row;
   int32_t holds;
@@ -73,14 +73,14 @@ class NOTICE final : public BaseFunc {
     const size_t count = call.argument_count();
     if (count != 2 && count != 3) return call.wrong_count();
     if (call.script().looks_ahead) return call.fail(Status::notice_looks_ahead);
-    if (call.variable.shape == nullptr) make_record(call);
+    if (call.variable.shape == nullptr) make_notice(call);
     if (call.scan || call.argument(0).text.empty()) return Status::ok;
 
     double condition = null_value;
     const Status status = call.evaluate(0, condition);
     if (failed(status)) return status;
     const auto& indexes = call.variable.aux_column_indexes;
-    const Columns columns{call.table(), call.row, indexes[0], indexes[1]};
+    const SentColumns columns{call.table(), call.row, indexes[0], indexes[1]};
     if (to_int(condition) == 1) {
       columns.set_sent(send_once(call, columns) ? 1.0 : 0.0);
       columns.set_holds(1.0);
@@ -95,7 +95,7 @@ class NOTICE final : public BaseFunc {
  private:
   /// Whether the run of true bars has had its notice after this bar. A quiet run, and a bar before
   /// the first row of the run, arm the notice anew.
-  static bool send_once(const Call& call, const Columns& columns) {
+  static bool send_once(const Call& call, const SentColumns& columns) {
     if (!call.pool.fire_signals || call.row < call.calculator.start_row()) return false;
     if (columns.already_sent()) return true;
     if (EventListener* const listener = call.pool.listener) {
@@ -110,11 +110,11 @@ class NOTICE final : public BaseFunc {
 
 constexpr std::string_view notice_field[] = {"NOTICE_REALTIME_TIMESTAMP"};
 
-constexpr WordRow words[] = {
+constexpr WordRow notice_rows[] = {
     word_row<NOTICE>("NOTICE", 206, acts | draws | can_fail, notice_field)};
 
 }  // namespace
 
-std::span<const WordRow> notice_words() { return words; }
+std::span<const WordRow> notice_words() { return notice_rows; }
 
 }  // namespace quor

@@ -159,7 +159,7 @@ class DRAWLASTBARNUMBER final : public NumberWord<drawlastbarnumber, 1> {
   }
 };
 
-constexpr WordRow words[] = {
+constexpr WordRow number_rows[] = {
     word_row<DRAWNUMBER>("DRAWNUMBER", 126, draws | steady),
     word_row<DRAWNUMBER1>("DRAWNUMBER1", 127, draws | steady),
     word_row<DRAWSHIFTNUMBER>("DRAWSHIFTNUMBER", 128, draws | steady),
@@ -168,6 +168,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> number_words() { return words; }
+std::span<const WordRow> number_words() { return number_rows; }
 
 }  // namespace quor

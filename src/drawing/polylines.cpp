@@ -8,9 +8,9 @@ namespace quor {
 namespace {
 
 using P = PolylineShape;
-constexpr Item thick = line_thick<&P::LineWidth>;
-constexpr Item dashes = dash<&P::LineShapeStyle>;
-constexpr Item hide = no_draw<&P::is_drawn>;
+constexpr Item polyline_thick = line_thick<&P::LineWidth>;
+constexpr Item polyline_dashes = dash<&P::LineShapeStyle>;
+constexpr Item polyline_hidden = no_draw<&P::is_drawn>;
 
 /// The compiler adds the word to every output line, so that it breaks at hidden bars, while a line
 /// that a script draws by a call of its own is continuous.
@@ -35,7 +35,8 @@ constexpr DrawingRow polyline = {
     .columns = {{field<&P::Field1VisibleId>, Fill::zero_mark, 0}},
     .colours = {{field<&P::LineColor>, ColourFrom::item_or_argument, 2}},
     .items_from = 3,
-    .items = {kept_colour, thick, dashes, no_text, precis, hide, title_visible, part_line_suffix},
+    .items = {kept_colour, polyline_thick, polyline_dashes, no_text, precis, polyline_hidden,
+              title_visible, part_line_suffix},
     .order = items_first_order,
     .is_drawn = field<&P::is_drawn>,
     .adds_record = false,
@@ -50,7 +51,8 @@ constexpr DrawingRow polyline1 = {
     .columns = {{field<&P::Field1VisibleId>, Fill::zero_mark, 0}},
     .colours = {{field<&P::LineColor>, ColourFrom::item_or_auto}},
     .items_from = 2,
-    .items = {kept_colour, thick, dashes, precis, hide, part_line_suffix},
+    .items = {kept_colour, polyline_thick, polyline_dashes, precis, polyline_hidden,
+              part_line_suffix},
     .order = items_first_order,
     .is_drawn = field<&P::is_drawn>,
 };
@@ -64,7 +66,7 @@ constexpr DrawingRow partline = {
     .columns = {{field<&P::Field1VisibleId>, Fill::zero_mark, 0}},
     .colours = {{field<&P::LineColor>, ColourFrom::argument, 2}},
     .items_from = 3,
-    .items = {thick, dashes, precis},
+    .items = {polyline_thick, polyline_dashes, precis},
     .order = items_first_order,
 };
 
@@ -77,7 +79,7 @@ constexpr DrawingRow partline1 = {
     .columns = {{field<&P::Field1VisibleId>, Fill::zero_mark, 0}},
     .colours = {{field<&P::LineColor>, ColourFrom::item_or_auto}},
     .items_from = 2,
-    .items = {kept_colour, thick, dashes, precis},
+    .items = {kept_colour, polyline_thick, polyline_dashes, precis},
     .order = items_first_order,
 };
 
@@ -91,7 +93,7 @@ constexpr DrawingRow drawcolorline = {
     .colours = {{field<&P::LineColor>, ColourFrom::argument, 2},
                 {field<&P::ConditionColor>, ColourFrom::argument, 3}},
     .items_from = 4,
-    .items = {thick, dashes, precis},
+    .items = {polyline_thick, polyline_dashes, precis},
     .order = items_first_order,
 };
 
@@ -125,7 +127,7 @@ using PARTLINE = DrawingWord<partline>;
 using PARTLINE1 = DrawingWord<partline1>;
 using DRAWCOLORLINE = DrawingWord<drawcolorline>;
 
-constexpr WordRow words[] = {
+constexpr WordRow polyline_rows[] = {
     word_row<POLYLINE>("POLYLINE", 10, draws | steady),
     word_row<POLYLINE1>("POLYLINE1", 132, draws | steady),
     word_row<PARTLINE>("PARTLINE", 141, draws | steady),
@@ -135,6 +137,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> polyline_words() { return words; }
+std::span<const WordRow> polyline_words() { return polyline_rows; }
 
 }  // namespace quor

@@ -14,7 +14,7 @@ std::string sound_file(std::string_view text) {
   return "Alarm0" + std::to_string(text[0] - 'A' + 1) + ".wav";
 }
 
-void make_record(const Call& call, std::string_view sound) {
+void make_sound(const Call& call, std::string_view sound) {
   auto record = std::make_shared<SoundShape>();
   record->Field1Text = sound_file(sound);
   reserve_columns(call.variable, 1);
@@ -35,7 +35,7 @@ class SOUND final : public BaseFunc {
 
   Status execute(const Call& call) const override {
     if (call.scan && call.argument_count() != 1) return call.wrong_count();
-    if (call.variable.shape == nullptr) make_record(call, upper_case(call.argument_text(0)));
+    if (call.variable.shape == nullptr) make_sound(call, upper_case(call.argument_text(0)));
     if (!call.scan) set_mark(call, shown_mark);
     return Status::ok;
   }
@@ -48,7 +48,7 @@ class PLAYSOUND final : public BaseFunc {
 
   Status execute(const Call& call) const override {
     if (call.scan && call.argument_count() != 2) return call.wrong_count();
-    if (call.variable.shape == nullptr) make_record(call, call.argument_text(1));
+    if (call.variable.shape == nullptr) make_sound(call, call.argument_text(1));
     if (call.scan || call.argument(0).text.empty()) return Status::ok;
     double condition = null_value;
     const Status status = call.evaluate(0, condition);
@@ -59,11 +59,11 @@ class PLAYSOUND final : public BaseFunc {
   ColumnTraits column_traits() const override { return only_a_condition; }
 };
 
-constexpr WordRow words[] = {word_row<SOUND>("SOUND", 80, draws | steady),
-                             word_row<PLAYSOUND>("PLAYSOUND", 81, draws | steady)};
+constexpr WordRow sound_rows[] = {word_row<SOUND>("SOUND", 80, draws | steady),
+                                  word_row<PLAYSOUND>("PLAYSOUND", 81, draws | steady)};
 
 }  // namespace
 
-std::span<const WordRow> sound_words() { return words; }
+std::span<const WordRow> sound_words() { return sound_rows; }
 
 }  // namespace quor

@@ -155,7 +155,7 @@ using STICKLINE1 = STICKLINE;
 
 using DRAWCOLUMN = DrawingWord<drawcolumnchart>;
 
-constexpr WordRow words[] = {
+constexpr WordRow stick_rows[] = {
     word_row<STICKLINE>("STICKLINE", 3, draws | steady),
     word_row<STICKLINE1>("STICKLINE1", 122, draws | steady),
     word_row<DRAWCOLUMN>("DRAWCOLUMNCHART", 146, draws | steady),
@@ -163,6 +163,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> stick_words() { return words; }
+std::span<const WordRow> stick_words() { return stick_rows; }
 
 }  // namespace quor

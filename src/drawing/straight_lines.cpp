@@ -8,9 +8,9 @@ namespace quor {
 namespace {
 
 using S = StraightLineShape;
-constexpr Item thick = line_thick<&S::LineWidth>;
-constexpr Item dashes = dash<&S::LineShapeStyle>;
-constexpr Item colour = colour_item<&S::LineColor>;
+constexpr Item straight_thick = line_thick<&S::LineWidth>;
+constexpr Item straight_dashes = dash<&S::LineShapeStyle>;
+constexpr Item line_colour = colour_item<&S::LineColor>;
 
 bool zero_to_three(double value) {
   return value == 0.0 || value == 1.0 || value == 2.0 || value == 3.0;
@@ -33,7 +33,7 @@ constexpr DrawingRow drawline = {
     .columns = {{field<&S::Field1VisibleId>, Fill::own}},
     .colours = {{field<&S::LineColor>, ColourFrom::argument, 4}},
     .items_from = 5,
-    .items = {thick, dashes},
+    .items = {straight_thick, straight_dashes},
 };
 
 // COND1, PRICE1, COND2, PRICE2, EXPAND
@@ -45,7 +45,7 @@ constexpr DrawingRow drawline1 = {
                 {field<&S::Field2VisibleId>, Fill::zero_mark, 2}},
     .constants = {{4, as_int<&S::IsExpand>, not_null, ".EXP"}},
     .items_from = 5,
-    .items = {colour, thick, dashes},
+    .items = {line_colour, straight_thick, straight_dashes},
 };
 
 // COND1, PRICE1, OFFSET1, COND2, PRICE2, OFFSET2, EXPAND; the numbers at 5 and 6 match no item
@@ -59,7 +59,7 @@ constexpr DrawingRow drawline3 = {
                 {field<&S::HorizontalOffset2FieldId>, Fill::negated, 5}},
     .constants = {{6, as_int<&S::IsExpand>}},
     .items_from = 5,
-    .items = {colour, thick, dashes},
+    .items = {line_colour, straight_thick, straight_dashes},
 };
 
 // as DRAWLINE3
@@ -73,7 +73,7 @@ constexpr DrawingRow drawlastbarline = {
                 {field<&S::HorizontalOffset2FieldId>, Fill::negated, 5}},
     .constants = {{6, as_flag<&S::IsExpand>}},
     .items_from = 5,
-    .items = {colour, thick, dashes},
+    .items = {line_colour, straight_thick, straight_dashes},
     .last_row_only = true,
 };
 
@@ -88,7 +88,7 @@ constexpr DrawingRow drawsl = {
                   {2, as_number<&S::Slope>, not_null, ".SLOPE"}},
     .colours = {{field<&S::LineColor>, ColourFrom::argument, 5}},
     .items_from = 6,
-    .items = {thick, dashes},
+    .items = {straight_thick, straight_dashes},
 };
 
 // COND, PRICE, SLOPE, LEN, EXPAND
@@ -101,7 +101,7 @@ constexpr DrawingRow drawsl1 = {
     .constants = {{4, as_int<&S::IsExpand>, whole_part_zero_to_two, ".EXPAND"},
                   {2, as_number<&S::Slope>, not_null, ".SLOPE"}},
     .items_from = 5,
-    .items = {colour, thick, dashes},
+    .items = {line_colour, straight_thick, straight_dashes},
 };
 
 // COND, colour
@@ -111,7 +111,7 @@ constexpr DrawingRow vertline = {
     .columns = {{field<&S::Field1VisibleId>, Fill::zero_mark, 0}},
     .colours = {{field<&S::LineColor>, ColourFrom::argument, 1}},
     .items_from = 2,
-    .items = {thick, dashes},
+    .items = {straight_thick, straight_dashes},
 };
 
 // COND
@@ -120,7 +120,7 @@ constexpr DrawingRow vertline1 = {
     .record = styled<S, LineFormStyle::vert_line>,
     .columns = {{field<&S::Field1VisibleId>, Fill::zero_mark, 0}},
     .items_from = 1,
-    .items = {colour, thick, dashes},
+    .items = {line_colour, straight_thick, straight_dashes},
 };
 
 class DRAWLINE final : public DrawingWord<drawline> {
@@ -152,7 +152,7 @@ using DRAWSL1 = DrawingWord<drawsl1>;
 using VERTLINE = DrawingWord<vertline>;
 using VERTLINE1 = DrawingWord<vertline1>;
 
-constexpr WordRow words[] = {
+constexpr WordRow straight_line_rows[] = {
     word_row<DRAWLINE>("DRAWLINE", 135, draws | steady),
     word_row<DRAWLINE1>("DRAWLINE1", 136, draws | steady),
     word_row<DRAWLINE3>("DRAWLINE3", 137, draws | steady),
@@ -165,6 +165,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> straight_line_words() { return words; }
+std::span<const WordRow> straight_line_words() { return straight_line_rows; }
 
 }  // namespace quor

@@ -8,8 +8,7 @@ namespace quor {
 namespace {
 
 using T = TextShape;
-constexpr Item colour = colour_item<&T::TextColor>;
-constexpr Item hide = no_draw<&T::is_drawn>;
+constexpr Item text_colour = colour_item<&T::TextColor>;
 
 /// PARAM_ and a name: the record gets the name as its title.
 std::optional<Status> named_title(Draft& draft, std::string_view text) {
@@ -33,7 +32,8 @@ constexpr DrawingRow drawtext = {
     .values = {{1, field<&T::Field1Id>}},
     .columns = {{field<&T::Field1VisibleId>, Fill::int_mark, 0}},
     .items_from = 3,
-    .items = {colour, align, valign, font_size, named_title, no_text, precis, hide},
+    .items = {text_colour, align, valign, font_size, named_title, no_text, precis,
+              no_draw<&T::is_drawn>},
     .is_drawn = field<&T::is_drawn>,
 };
 
@@ -88,7 +88,7 @@ class KTEXT final : public DrawingWord<ktext> {
   Status own_rules(Draft& draft) const override { return read_text<5>(draft); }
 };
 
-constexpr WordRow words[] = {
+constexpr WordRow text_rows[] = {
     word_row<DRAWTEXT>("DRAWTEXT", 9, draws | steady),
     word_row<DRAWLASTBARTEXT>("DRAWLASTBARTEXT", 125, draws | follows_rows),
     word_row<KTEXT>("KTEXT", 129, draws | steady),
@@ -96,6 +96,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> text_words() { return words; }
+std::span<const WordRow> text_words() { return text_rows; }
 
 }  // namespace quor

@@ -13,7 +13,7 @@ namespace {
 constexpr double no_quantity = -1.0;
 
 /// The record, on the first pass. The quantity is fixed from then on, in the call's `value`.
-void make_record(const Call& call) {
+void make_signal(const Call& call) {
   auto record = std::make_shared<FuturesTradeShape>();
   Variable& signal = call.variable;
   record->Field1Text = call.argument_text(1);
@@ -52,7 +52,7 @@ Status execute_signal(const Call& call, uint32_t action) {
   if (count != 2 && count != 3) return call.wrong_count();
   // A bar that may still change its past can't trade.
   if (call.script().looks_ahead) return call.fail(Status::signal_looks_ahead);
-  if (call.variable.shape == nullptr) make_record(call);
+  if (call.variable.shape == nullptr) make_signal(call);
   if (call.scan) return Status::ok;
 
   double condition = 0.0;
@@ -86,7 +86,7 @@ using CLOSEOUT = TradeSignal<6>;
 
 constexpr Traits signal = looks_back | acts | draws | can_fail;
 
-constexpr WordRow words[] = {
+constexpr WordRow trade_signal_rows[] = {
     word_row<BK>("BK", 207, signal | trades),
     word_row<BP>("BP", 208, signal | trades),
     word_row<SK>("SK", 209, signal | trades),
@@ -98,6 +98,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> trade_signal_words() { return words; }
+std::span<const WordRow> trade_signal_words() { return trade_signal_rows; }
 
 }  // namespace quor

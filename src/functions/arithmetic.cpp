@@ -198,7 +198,7 @@ class RAND final : public BaseFunc {
   }
 };
 
-constexpr WordRow words[] = {
+constexpr WordRow arithmetic_rows[] = {
     word_row<ABS>("ABS", 45, steady),
     word_row<ACOS>("ACOS", 32, steady),
     word_row<ASIN>("ASIN", 33, steady),
@@ -228,6 +228,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> arithmetic_words() { return words; }
+std::span<const WordRow> arithmetic_words() { return arithmetic_rows; }
 
 }  // namespace quor

@@ -94,7 +94,7 @@ class BARSCOUNT final : public BaseFunc {
   }
 };
 
-constexpr WordRow words[] = {
+constexpr WordRow bar_position_rows[] = {
     word_row<BARPOS>("BARPOS", 112, steady | bare),
     word_row<DATACOUNT>("DATACOUNT", 205, repeatable | follows_rows | bare | in_full),
     word_row<TOTALBARSCOUNT>("TOTALBARSCOUNT", 115, repeatable | follows_rows | bare | in_full),
@@ -106,6 +106,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> bar_position_words() { return words; }
+std::span<const WordRow> bar_position_words() { return bar_position_rows; }
 
 }  // namespace quor

@@ -119,7 +119,7 @@ class Chain final : public BaseFunc {
 using IFF = Chain<false, false>;
 using IFN = Chain<true, true>;
 
-constexpr WordRow words[] = {
+constexpr WordRow branching_rows[] = {
     word_row<IF>("IF", 197, steady | branches | opens_line),
     word_row<IFN>("IFN", 53, steady | branches | opens_line),
     word_row<IFELSE>("IFELSE", 77, steady | branches | opens_line),
@@ -128,6 +128,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> branching_words() { return words; }
+std::span<const WordRow> branching_words() { return branching_rows; }
 
 }  // namespace quor

@@ -96,7 +96,7 @@ double to_clock_digits(int32_t seconds) {
 using TIMETOT0 = Conversion<to_seconds>;
 using T0TOTIME = Conversion<to_clock_digits>;
 
-constexpr WordRow words[] = {
+constexpr WordRow clock_rows[] = {
     word_row<CURRENTDATE>("CURRENTDATE", 113, looks_back | acts | bare),
     word_row<CURRENTTIME>("CURRENTTIME", 114, looks_back | acts | bare),
     word_row<PERIOD>("PERIOD", 117, steady | follows_settings | bare),
@@ -108,6 +108,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> clock_words() { return words; }
+std::span<const WordRow> clock_words() { return clock_rows; }
 
 }  // namespace quor

@@ -84,7 +84,7 @@ using DRAWNULL = NULL_FUNC;
 
 constexpr std::string_view body_fields[] = {"CLOSE", "OPEN"};
 
-constexpr WordRow words[] = {
+constexpr WordRow comparison_rows[] = {
     word_row<MAX>("MAX", 56, steady),
     word_row<MIN>("MIN", 57, steady),
     word_row<NOT>("NOT", 59, steady),
@@ -102,6 +102,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> comparison_words() { return words; }
+std::span<const WordRow> comparison_words() { return comparison_rows; }
 
 }  // namespace quor

@@ -119,7 +119,7 @@ class TIME0 final : public MomentWord<unless_blank<seconds_since_midnight>> {
 
 constexpr Traits of_calendar = looks_back | acts | follows_settings;
 
-constexpr WordRow words[] = {
+constexpr WordRow date_rows[] = {
     word_row<YEAR>("YEAR", 44, of_calendar | bare),
     word_row<MONTH>("MONTH", 29, of_calendar | bare),
     word_row<DAY>("DAY", 48, of_calendar | bare),
@@ -135,6 +135,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> date_words() { return words; }
+std::span<const WordRow> date_words() { return date_rows; }
 
 }  // namespace quor

@@ -37,14 +37,14 @@ bool is_candidate(const SearchedBars& bars, int64_t i, int32_t side) {
 }
 
 /// The first candidate and the greatest later one above 0.0; -1 where there is none.
-struct Pair {
+struct PeakPair {
   int64_t first = -1;
   int64_t second = -1;
 };
 
 template <Extreme extreme>
-Pair find_pair(const SearchedBars& bars, int32_t side) {
-  Pair found;
+PeakPair find_pair(const SearchedBars& bars, int32_t side) {
+  PeakPair found;
   double greatest = 0.0;
   for (int64_t i = 0; i < bars.size(); ++i) {
     if (found.first >= 0 && !(bars[i] > greatest)) continue;
@@ -61,7 +61,7 @@ Pair find_pair(const SearchedBars& bars, int32_t side) {
 
 template <Extreme extreme>
 double diverges(const SearchedBars& a, const Window& b, int32_t side) {
-  const Pair pair = find_pair<extreme>(a, side);
+  const PeakPair pair = find_pair<extreme>(a, side);
   if (pair.second < 0) return 0.0;
   const double outermost = extreme_of<extreme>(a.searched, a.searched.size());
   if (a[pair.first] != outermost && a[pair.second] != outermost) return 0.0;
@@ -140,11 +140,11 @@ class DIVERGENCE final : public BaseFunc {
   }
 };
 
-constexpr WordRow words[] = {word_row<DIVERGENCE>(
+constexpr WordRow divergence_rows[] = {word_row<DIVERGENCE>(
     "DIVERGENCE", 111, reads_forward | hides_state | periods_from(2, can_fail))};
 
 }  // namespace
 
-std::span<const WordRow> divergence_words() { return words; }
+std::span<const WordRow> divergence_words() { return divergence_rows; }
 
 }  // namespace quor

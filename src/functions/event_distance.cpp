@@ -345,7 +345,7 @@ using NEWLBARS1 = DistanceToBeyond<Extreme::smallest, 1>;
 
 constexpr std::string_view volume_field[] = {"VOL"};
 
-constexpr WordRow words[] = {
+constexpr WordRow event_distance_rows[] = {
     word_row<BARSLAST>("BARSLAST", 5, steady),
     word_row<BARSLASTCOUNT>("BARSLASTCOUNT", 172, steady),
     word_row<BARSSINCE>("BARSSINCE", 173, looks_back | reads_statement),
@@ -360,6 +360,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> event_distance_words() { return words; }
+std::span<const WordRow> event_distance_words() { return event_distance_rows; }
 
 }  // namespace quor

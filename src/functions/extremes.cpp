@@ -178,7 +178,7 @@ using LLVBARS = BarsSinceExtreme<Extreme::smallest>;
 using HV = EarlierExtreme<Extreme::greatest>;
 using LV = EarlierExtreme<Extreme::smallest>;
 
-constexpr WordRow words[] = {
+constexpr WordRow extreme_rows[] = {
     word_row<HHV>("HHV", 51, steady | opens_line | period_at(1)),
     word_row<LLV>("LLV", 54, steady | opens_line | period_at(1)),
     word_row<HHVBARS>("HHVBARS", 14, steady | periods_from(1, can_fail)),
@@ -189,6 +189,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> extreme_words() { return words; }
+std::span<const WordRow> extreme_words() { return extreme_rows; }
 
 }  // namespace quor

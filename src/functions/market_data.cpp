@@ -101,7 +101,7 @@ using SHARECOUNTPERUNIT = MarketConstant<&DataPoolCenter::share_count_per_unit>;
 
 constexpr std::string_view chip_fields[] = {"HIGH", "LOW", "VOL", "AMOUNT"};
 
-constexpr WordRow words[] = {
+constexpr WordRow market_data_rows[] = {
     word_row<COST>("COST", 176, steady | follows_settings, chip_fields),
     word_row<WINNER>("WINNER", 195, steady | follows_settings, chip_fields),
     word_row<CODELIKE>("CODELIKE", 121, steady | follows_settings),
@@ -113,6 +113,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> market_data_words() { return words; }
+std::span<const WordRow> market_data_words() { return market_data_rows; }
 
 }  // namespace quor

@@ -343,7 +343,7 @@ class TRMA final : public BaseFunc {
   }
 };
 
-constexpr WordRow words[] = {
+constexpr WordRow moving_average_rows[] = {
     word_row<MA>("MA", 73, steady | has_result_column | period_at(1)),
     word_row<EMA>("EMA", 196, steady | has_result_column | period_at(1)),
     word_row<EXPMA>("EXPMA", 27, steady | has_result_column | period_at(1)),
@@ -359,6 +359,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> moving_average_words() { return words; }
+std::span<const WordRow> moving_average_words() { return moving_average_rows; }
 
 }  // namespace quor

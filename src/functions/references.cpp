@@ -194,7 +194,7 @@ class SET final : public BaseFunc {
   }
 };
 
-constexpr WordRow words[] = {
+constexpr WordRow reference_rows[] = {
     word_row<REF>("REF", 66, steady | periods_from(1, reads_forward)),
     word_row<REFX>("REFX", 89, repeatable | reads_forward | in_full | told_ahead | period_at(1)),
     word_row<REFX1>("REFX1", 167, repeatable | reads_forward | in_full | told_ahead | period_at(1)),
@@ -205,6 +205,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> reference_words() { return words; }
+std::span<const WordRow> reference_words() { return reference_rows; }
 
 }  // namespace quor

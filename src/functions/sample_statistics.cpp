@@ -394,7 +394,7 @@ class NORMPDF final : public BaseFunc {
   }
 };
 
-constexpr WordRow words[] = {
+constexpr WordRow sample_statistic_rows[] = {
     word_row<SUM>("SUM", 64, steady | has_result_column | period_at(1)),
     word_row<COUNT>("COUNT", 22, steady | period_at(1)),
     word_row<HARMEAN>("HARMEAN", 179, steady | period_at(1)),
@@ -407,6 +407,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> sample_statistic_words() { return words; }
+std::span<const WordRow> sample_statistic_words() { return sample_statistic_rows; }
 
 }  // namespace quor

@@ -16,8 +16,8 @@
 namespace quor {
 namespace {
 
-constexpr double rising = 0.0;
-constexpr double falling = 1.0;
+constexpr double rising_trend = 0.0;
+constexpr double falling_trend = 1.0;
 constexpr double undecided = 2.0;
 
 struct SarState {
@@ -75,10 +75,10 @@ void follow(SarState& state, const Bounds& targets, double high_before, double l
             const SarSettings& settings) {
   double target = state.stop;
   if (state.stop >= high_before) {
-    state.direction = falling;
+    state.direction = falling_trend;
     target = targets.low;
   } else if (low_before >= state.stop) {
-    state.direction = rising;
+    state.direction = rising_trend;
     target = targets.high;
   }
   state.stop += (target - state.stop) * state.factor;
@@ -88,11 +88,11 @@ void follow(SarState& state, const Bounds& targets, double high_before, double l
 void reverse_at_this_bar(SarState& state, const SarBars& bars, const Bounds& bounds, double step) {
   const double high = bars.highs.back();
   const double low = bars.lows.back();
-  if (state.direction == rising && state.stop > low) {
-    reverse(state, falling, std::max(high, bounds.high), step);
+  if (state.direction == rising_trend && state.stop > low) {
+    reverse(state, falling_trend, std::max(high, bounds.high), step);
   }
-  if (state.direction == falling && high > state.stop) {
-    reverse(state, rising, std::min(low, bounds.low), step);
+  if (state.direction == falling_trend && high > state.stop) {
+    reverse(state, rising_trend, std::min(low, bounds.low), step);
   }
 }
 
@@ -108,11 +108,11 @@ void sar_step(SarState& state, const SarBars& bars, const SarSettings& settings,
   const Bounds bounds = classic ? classic_bounds(bars, state.extreme) : window_bounds(bars);
   if (is_null(state.stop)) {
     state.stop = up ? bounds.low : bounds.high;
-    state.direction = up ? rising : falling;
-  } else if (high_before > state.stop && state.direction == falling) {
-    reverse(state, rising, bounds.low, settings.step);
-  } else if (state.stop > low_before && state.direction == rising) {
-    reverse(state, falling, bounds.high, settings.step);
+    state.direction = up ? rising_trend : falling_trend;
+  } else if (high_before > state.stop && state.direction == falling_trend) {
+    reverse(state, rising_trend, bounds.low, settings.step);
+  } else if (state.stop > low_before && state.direction == rising_trend) {
+    reverse(state, falling_trend, bounds.high, settings.step);
   } else {
     const Bounds targets = classic ? Bounds{low_before, high_before} : bounds;
     follow(state, targets, high_before, low_before, settings);
@@ -123,8 +123,8 @@ void sar_step(SarState& state, const SarBars& bars, const SarSettings& settings,
 void extend_extreme(SarState& state, const SarBars& bars) {
   const double high = bars.highs.back();
   const double low = bars.lows.back();
-  if (state.direction == rising && high > state.extreme) state.extreme = high;
-  if (state.direction == falling && state.extreme > low) state.extreme = low;
+  if (state.direction == rising_trend && high > state.extreme) state.extreme = high;
+  if (state.direction == falling_trend && state.extreme > low) state.extreme = low;
 }
 
 /// Four words of one rule. Of stop and direction one goes into the result column, the other into
@@ -187,7 +187,7 @@ class SarWord : public BaseFunc {
   }
 
   static double signed_stop(const SarState& state) {
-    return state.direction == falling ? -state.stop : state.stop;
+    return state.direction == falling_trend ? -state.stop : state.stop;
   }
 
   static void load(const Call& call, SarState& state) {
@@ -219,7 +219,7 @@ using SARSHOWTYPE = SarWord<true, true>;
 using SAR1 = SarWord<false, false>;
 using SAR1SHOWTYPE = SarWord<false, true>;
 
-constexpr WordRow words[] = {
+constexpr WordRow sar_rows[] = {
     word_row<SAR>("SAR", 67, steady | can_fail | has_result_column, bar_fields),
     word_row<SARSHOWTYPE>("SARSHOWTYPE", 203, steady | can_fail | has_result_column, bar_fields),
     word_row<SAR1>("SAR1", 188, steady | can_fail | has_result_column, bar_fields),
@@ -228,6 +228,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> sar_words() { return words; }
+std::span<const WordRow> sar_words() { return sar_rows; }
 
 }  // namespace quor

@@ -163,7 +163,7 @@ class BACKSET final : public BaseFunc {
   }
 };
 
-constexpr WordRow words[] = {
+constexpr WordRow signal_mark_rows[] = {
     word_row<FILTER>("FILTER", 76, looks_back | hides_state | periods_from(1, follows_rows)),
     word_row<BACKSET>("BACKSET", 166,
                       repeatable | reads_forward | follows_rows | has_result_column | in_full |
@@ -171,6 +171,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> signal_mark_words() { return words; }
+std::span<const WordRow> signal_mark_words() { return signal_mark_rows; }
 
 }  // namespace quor

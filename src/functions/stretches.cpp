@@ -201,7 +201,7 @@ using CROSS = Crossing<0, 1>;
 using CROSSUP = Crossing<0, 1>;
 using CROSSDOWN = Crossing<1, 0>;
 
-constexpr WordRow words[] = {
+constexpr WordRow stretch_rows[] = {
     word_row<EXIST>("EXIST", 26, steady | periods_from(1, follows_rows)),
     word_row<EVERY>("EVERY", 25, steady | periods_from(1, follows_rows)),
     word_row<NDAY>("NDAY", 39, steady | periods_from(2, follows_rows)),
@@ -215,6 +215,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> stretch_words() { return words; }
+std::span<const WordRow> stretch_words() { return stretch_rows; }
 
 }  // namespace quor

@@ -91,7 +91,7 @@ using WAVEVALLEY1 = SeriesWave<Extreme::smallest>;
 constexpr std::string_view high_field[] = {"HIGH"};
 constexpr std::string_view low_field[] = {"LOW"};
 
-constexpr WordRow words[] = {
+constexpr WordRow wave_rows[] = {
     word_row<WAVEPEAK>("WAVEPEAK", 162, reads_forward | told_ahead, high_field),
     word_row<WAVEPEAK1>("WAVEPEAK1", 163, reads_forward | in_full | told_ahead),
     word_row<WAVEVALLEY>("WAVEVALLEY", 164, reads_forward | told_ahead, low_field),
@@ -100,6 +100,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> wave_words() { return words; }
+std::span<const WordRow> wave_words() { return wave_rows; }
 
 }  // namespace quor

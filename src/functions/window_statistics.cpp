@@ -412,7 +412,7 @@ class COEFFICIENTR final : public OverWindowPair<pearson_coefficient> {
   }
 };
 
-constexpr WordRow words[] = {
+constexpr WordRow window_statistic_rows[] = {
     word_row<STD>("STD", 63, steady | periods_from(1, can_fail)),
     word_row<STDP>("STDP", 97, steady | periods_from(1, can_fail)),
     word_row<VAR>("VAR", 98, steady | periods_from(1, can_fail)),
@@ -429,6 +429,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> window_statistic_words() { return words; }
+std::span<const WordRow> window_statistic_words() { return window_statistic_rows; }
 
 }  // namespace quor

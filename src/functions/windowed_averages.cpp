@@ -246,7 +246,7 @@ class ADMA final : public BaseFunc {
 
 constexpr std::string_view close_field[] = {"CLOSE"};
 
-constexpr WordRow words[] = {
+constexpr WordRow windowed_average_rows[] = {
     word_row<WMA>("WMA", 71, steady | periods_from(1, can_fail) | has_result_column),
     word_row<EMA2>("EMA2", 177, steady | periods_from(1, can_fail) | has_result_column),
     word_row<SMMA>("SMMA", 189, steady | period_at(1)),
@@ -256,6 +256,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> windowed_average_words() { return words; }
+std::span<const WordRow> windowed_average_words() { return windowed_average_rows; }
 
 }  // namespace quor

@@ -279,7 +279,7 @@ using PEAKBARS = TurnWord<Turn::peak, Output::distance>;
 using TROUGH = TurnWord<Turn::trough, Output::value>;
 using TROUGHBARS = TurnWord<Turn::trough, Output::distance>;
 
-constexpr WordRow words[] = {
+constexpr WordRow zigzag_rows[] = {
     word_row<ZIG>("ZIG", 72, can_fail),
     word_row<ZIGZAG>("ZIGZAG", 171,
                      reads_forward | follows_rows | has_result_column | in_full | told_ahead),
@@ -294,6 +294,6 @@ constexpr WordRow words[] = {
 
 }  // namespace
 
-std::span<const WordRow> zigzag_words() { return words; }
+std::span<const WordRow> zigzag_words() { return zigzag_rows; }
 
 }  // namespace quor
