@@ -269,6 +269,12 @@ constexpr const char* entangled[] = {
     "B:=HHV(1+1,1);A:=MA(1+1,5);D:=SUM(1+1,3);",
     "B:=HHV(1+1,1);A:=COVAR(C,1+1,4);",
     "B:=HHV(1+1,4);A:=DIVERGENCE(1+1,O,2,5,1);",
+    "RSV:=(C-LLV(L,9))/(HHV(H,9)-LLV(L,9))*100;K:SMA(RSV,3,1);D:SMA(K,3,1);J:3*K-2*D;",
+    "A:=EMA(C,3)-EMA(C,9);B:EMA(A,4);D:=EMA(A,2)+B;E:=EMA(B,3);",
+    "A:=EMA(C,3)-EMA(O,9);B:=EMA(A,4)+STD(C,5-(BARPOS=41)*10);D:=EMA(B,3);",
+    "A:=EMA(STD(C,5-(BARPOS=41)*10),3);B:=EMA(A,4);D:=SMA(A,4,1);",
+    "A:=EMA(EMA(C,3)-EMA(C,5),4)-EMA(EMA(O,3),9);B:=EMA(A,2);D:=REF(B,1);",
+    "A:=SMA(O,3,1);B:=SMA(A,3,0);D:=SMA(B,3,1);E:=REF(A,2)+D;F:=SMA(A,BARPOS,1);",
     "PARTLINE(1,C+1,COLORRED);POLYLINE(C>O,C+1,COLORBLUE);A:=C;",
 };
 

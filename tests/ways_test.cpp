@@ -137,6 +137,29 @@ TEST(Ways, AreSideBySideForCallsOverFieldsAndNumbers) {
   EXPECT_EQ(counts, "120001020");
 }
 
+TEST(Ways, CallsFollowThoseThatTheirSeriesIs) {
+  const std::pair<const char*, size_t> cases[] = {
+      {"RSV:=(C-O)/(H-L);K:SMA(RSV,3,1);D:SMA(K,3,1);J:3*K-2*D;", 1},
+      {"DIF:EMA(C,12)-EMA(C,26);DEA:EMA(DIF,9);A:(DIF-DEA)*2,COLORSTICK;", 2},
+      {"A:=EMA(C,5);B:=EMA(A,3);D:=EMA(A,4);E:=EMA(B,2)-C;", 2},
+      {"A:=EMA(C,5);B:=SMA(A,3,1);D:=MA(C,5);E:=MA(D,3);F:=EMA(C,3)+0;G:=EMA(F,3);", 0},
+      {"A:=EMA(C,5)+EMA(C,9);B:=EMA(A,3);D:=EMA(C,5)-SMA(C,5,1);E:=EMA(D,3);", 0},
+      {"A:=EMA(C,5);B:=EMA(A,3+(C>O));D:=IF(C>O,EMA(A,3),0);E:=REF(EMA(A,4),1);", 0},
+      {"A:=EMA(C,5);B:=EMA(A,3);D:=REFX(A,1);", 0},
+      {"A:=EMA(C,5);B:=EMA(A,3);SET(A,1);", 0},
+  };
+  for (const auto& [script, leaders] : cases) {
+    TestHost host;
+    ASSERT_EQ(host.compile(script).code, 0) << script;
+    host.feed(bars_of_a_year(), 0, rows);
+    ASSERT_EQ(host.run(), success) << script;
+    auto& parser = quor::find_instance(host.handle())->parser;
+    const quor::PlanWalk walk(parser.pool().script);
+    const auto leads = [](const quor::Variable* call) { return call->follower.call != nullptr; };
+    EXPECT_EQ(std::ranges::count_if(walk.calls(), leads), static_cast<int64_t>(leaders)) << script;
+  }
+}
+
 TEST(Ways, CallsThatSayTheSameAreTwins) {
   const std::pair<const char*, size_t> cases[] = {
       {"A:MA(C,5)+2*STDP(C,5);B:MA(C,5)-2*STDP(C,5);", 2},

@@ -37,6 +37,7 @@ struct ColumnTraits {
   bool displaces = false;       ///< with a fixed period, at one other bar, always as far away
   bool starts_late = false;     ///< it leaves arguments unevaluated at the first rows
   bool side_by_side = false;    ///< by `run_side_by_side`
+  bool is_followed = false;     ///< by `run_followed`
   bool keeps_results = false;   ///< results of earlier bars, in columns that it takes itself
   SeriesPlace series = SeriesPlace::nowhere;  ///< of its first arguments
   size_t series_count = 1;
@@ -71,6 +72,10 @@ class BaseFunc {
   /// overlap. The results stand in the columns of the calls, whose cells need not be put back.
   /// False where one of them has to go bar by bar.
   virtual bool run_side_by_side(std::span<const ColumnCall>) const { return false; }
+  /// The same for one call or two and a `Follower` of theirs.
+  virtual bool run_followed(std::span<const ColumnCall>, const ColumnCall& /*follower*/) const {
+    return false;
+  }
   /// Whether a bar evaluates the argument at a position.
   virtual bool reads_argument(size_t) const { return true; }
 

@@ -23,7 +23,7 @@ struct BlockRule {
   int32_t shortest_run = 64;
   int32_t bars_first = 16;
   int32_t first_block = 16;
-  int32_t longest_block = 2048;
+  int32_t longest_block = 1024;
 };
 
 class CalculateCenter {

@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <functional>
+#include <utility>
 
 #include "core/base_func.h"
 #include "core/data_pool_center.h"
@@ -68,8 +69,7 @@ void Columns::run_group(std::span<const Early> calls) {
     if (is_early(*early.call, block_) || !early.call->function->can_run_side_by_side(call))
       continue;
     position_ = early.position;
-    overwrite(early.call->column_index, block_);
-    for (const int32_t column : early.call->aux_column_indexes) overwrite(column, block_);
+    overwrite_results(*early.call, block_);
     early_.push_back(early);
     group_.push_back(call);
   }
@@ -84,24 +84,58 @@ bool Columns::can_pair(Variable& call, Block rows) {
          call.function->can_run_side_by_side({*this, call, rows, null_value});
 }
 
-bool Columns::run_pair(Variable* first, Variable* second, Block rows) {
-  first = named_call(first);
-  second = named_call(second);
-  if (first == nullptr || second == nullptr || first == second ||
-      first->function != second->function || !can_pair(*first, rows) || !can_pair(*second, rows))
+bool Columns::run_pair(Variable* left, Variable* right, Block rows) {
+  left = named_call(left);
+  right = named_call(right);
+  if (left == nullptr || right == nullptr || left == right || left->function != right->function ||
+      !can_pair(*left, rows) || !can_pair(*right, rows))
     return true;
-  Variable* const calls[] = {first, second};
-  for (const Variable* call : calls) {
-    overwrite(call->column_index, rows);
-    for (const int32_t column : call->aux_column_indexes) overwrite(column, rows);
+  const ColumnCall pair[] = {{*this, *left, rows, null_value}, {*this, *right, rows, null_value}};
+  return run_beside(pair, left->follower.of_difference ? follower_of(*left, rows) : Follower());
+}
+
+Follower Columns::follower_of(const Variable& call, Block rows) {
+  const bool can_follow =
+      call.follower.call != nullptr && rows == block_ && can_pair(*call.follower.call, rows);
+  return can_follow ? call.follower : Follower();
+}
+
+/// Of a call that another one may follow.
+const double* Columns::leader_values(Variable& call, Block rows, double start) {
+  const Follower follower = follower_of(call, rows);
+  if (follower.call == nullptr || follower.of_difference || !can_pair(call, rows)) {
+    return call_values(call, rows, start);
   }
-  const ColumnCall pair[] = {{*this, *first, rows, null_value}, {*this, *second, rows, null_value}};
+  const ColumnCall leader[] = {{*this, call, rows, start}};
+  if (!run_beside(leader, follower)) return nullptr;
+  return pool_.table().cells(call.column_index).data() + rows.first;
+}
+
+bool Columns::run_beside(std::span<const ColumnCall> calls, const Follower& follower) {
+  const Block rows = calls.front().rows;
+  const BaseFunc& word = *calls.front().variable.function;
+  for (const ColumnCall& call : calls) overwrite_results(call.variable, rows);
   ++nesting_;
-  const bool is_done = first->function->run_side_by_side(pair);
+  bool is_done = false;
+  if (follower.call == nullptr) {
+    is_done = word.run_side_by_side(calls);
+  } else {
+    const size_t leading = std::exchange(position_, follower.statement);
+    overwrite_results(*follower.call, rows);
+    position_ = leading;
+    is_done = word.run_followed(calls, {*this, *follower.call, rows, null_value});
+  }
   --nesting_;
   if (!is_done) return false;
-  for (Variable* call : calls) early_.push_back({call, position_, rows});
+  for (const ColumnCall& call : calls) early_.push_back({&call.variable, position_, rows});
+  if (follower.call != nullptr) early_.push_back({follower.call, follower.statement, rows});
   return true;
+}
+
+/// The columns that a call which waits for its own last value writes.
+void Columns::overwrite_results(const Variable& call, Block rows) {
+  overwrite(call.column_index, rows);
+  for (const int32_t column : call.aux_column_indexes) overwrite(column, rows);
 }
 
 bool Columns::is_early(const Variable& call, Block rows) const {
@@ -216,8 +250,9 @@ const double* Columns::values(Variable& variable, Block rows, double start) {
         return pool_.table().cells(variable.column_index).data() + rows.first;
       }
       if (variable.function == nullptr || !can_ask_calls(rows)) return nullptr;
-      return variable.twin != nullptr ? twin_values(variable, rows, start)
-                                      : call_values(variable, rows, start);
+      if (variable.twin != nullptr) return twin_values(variable, rows, start);
+      return variable.follower.call != nullptr ? leader_values(variable, rows, start)
+                                               : call_values(variable, rows, start);
     default:
       return nullptr;
   }
@@ -297,7 +332,7 @@ const double* Columns::program_values(const Program& program, Block rows, double
   const size_t size = rows.size();
   for (const Step& step : program.steps) {
     const bool reduces = step.kind == Step::Kind::reduce;
-    if (reduces && !run_pair(step.right.variable, step.left.variable, rows)) return nullptr;
+    if (reduces && !run_pair(step.left.variable, step.right.variable, rows)) return nullptr;
     const double* right = operand_values(step.right, rows, 0.0, partials);
     const double* left = reduces ? operand_values(step.left, rows, 0.0, partials) : right;
     if (left == nullptr || right == nullptr || step.kind == Step::Kind::discard) return nullptr;

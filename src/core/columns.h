@@ -75,7 +75,7 @@ class Columns {
   void run_early(std::span<Early> calls);
   /// Works out two variables beside each other if they are calls of one word that can be, so that
   /// `values` finds them. False where the statement has to go bar by bar.
-  bool run_pair(Variable* first, Variable* second, Block rows);
+  bool run_pair(Variable* left, Variable* right, Block rows);
   /// Puts back what was worked out early for a statement that goes bar by bar after all.
   void give_up_early(size_t position);
 
@@ -135,6 +135,10 @@ class Columns {
   bool is_early(const Variable& call, Block rows) const;
   void run_group(std::span<const Early> calls);
   bool can_pair(Variable& call, Block rows);
+  Follower follower_of(const Variable& call, Block rows);
+  const double* leader_values(Variable& call, Block rows, double start);
+  bool run_beside(std::span<const ColumnCall> calls, const Follower& follower);
+  void overwrite_results(const Variable& call, Block rows);
   void put_back(const Overwritten& cells, int32_t first);
   void put_back_since(size_t cells, size_t memories);
 

@@ -57,6 +57,14 @@ enum class Remembering : uint8_t {
 ///
 /// The compiled script owns every variable, at a stable address; all pointers between variables are
 /// plain.
+/// A call that can be worked out along with one or two others of its word, a row behind them, since
+/// its series is what they say.
+struct Follower {
+  Variable* call = nullptr;    ///< null for none
+  size_t statement = 0;        ///< that it belongs to
+  bool of_difference = false;  ///< of two, the left one less the right one; else of one
+};
+
 struct Variable {
   explicit Variable(DataPoolCenter& owner) : pool(&owner) {}
 
@@ -95,6 +103,7 @@ struct Variable {
   Remembering remembering = Remembering::nothing;  ///< of a call
   bool for_one_run = false;                        ///< a call that remembers nothing beyond it
   const Variable* twin = nullptr;      ///< of calls that say the same at every row, the first one
+  Follower follower;                   ///< of a call
   std::unique_ptr<CallMemory> memory;  ///< of a word that carries on what it worked out
   std::unique_ptr<CallMemory> known_values;  ///< of a word that looks at its arguments again
   std::shared_ptr<BaseShape> shape;  ///< the record of an output function, made on its first pass

@@ -1,6 +1,7 @@
 #include "core/plan.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <map>
 
@@ -38,15 +39,27 @@ bool is_given(const Variable* argument, const PlanWalk& walk) {
           walk.writer_of(argument->column_id) == nullptr);
 }
 
-/// Whether a call of some words over a field that the host gives, and else numbers.
-bool can_go_early(const Variable& call, const PlanWalk& walk) {
-  if (call.kind != VariableKind::call || call.function == nullptr || call.arguments.empty()) {
-    return false;
-  }
-  const Variable* first = call.arguments.front();
-  return call.function->column_traits().side_by_side && is_given(first, walk) &&
-         !is_number(first) &&
+/// Whether a call of some words that its statement comes to at each row, once, over one series and
+/// else numbers.
+bool can_go_beside(const Variable& call, const PlanWalk& walk) {
+  const Uses uses = walk.uses_of(call);
+  return call.kind == VariableKind::call && call.function != nullptr && !uses.shared &&
+         uses.reach == Reach() && call.function->column_traits().side_by_side &&
+         !call.arguments.empty() &&
          std::all_of(call.arguments.begin() + 1, call.arguments.end(), is_number);
+}
+
+/// The calls of one word that a statement is: one, or the difference of two. Else nulls.
+std::array<Variable*, 2> leaders_of(const Program& program) {
+  if (Variable* named = program.lone_reference()) return {named_call(named), nullptr};
+  if (program.ending != Ending::value || program.steps.size() != 1) return {};
+  const Step& step = program.steps.front();
+  if (step.kind != Step::Kind::reduce || step.op != op_minus) return {};
+  Variable* left = named_call(step.left.variable);
+  Variable* right = named_call(step.right.variable);
+  if (left == nullptr || right == nullptr || left == right || left->function != right->function)
+    return {};
+  return {left, right};
 }
 
 /// Whether a call leaves nothing and says the same as any other of its word over the same numbers
@@ -113,18 +126,46 @@ void Plan::find_ways(const CompiledScript& script, const PlanWalk& walk) {
     ways_[i].revisits_state = parts.revisits_state;
     is_whole_ &= parts.looks_back;
   }
-  note_side_by_side(walk);
   note_reads(walk);
   if (!each_in_full_) refuse_what_rests_on_others();
+  note_followers(script, walk);
+  note_side_by_side(walk);
   is_whole_ &= std::ranges::all_of(ways_, [](const Way& way) { return way.by_columns; });
 }
 
-/// Calls that their statements come to at each row, once.
+/// A call whose series is an earlier statement that is nothing but calls of the same word.
+void Plan::note_followers(const CompiledScript& script, const PlanWalk& walk) {
+  for (Variable* call : walk.calls()) call->follower = {};
+  if (each_in_full_) return;
+  for (Variable* call : walk.calls()) {
+    if (!can_go_beside(*call, walk) || !call->function->column_traits().is_followed) continue;
+    const Variable* series = call->arguments.front();
+    const auto statement = static_cast<size_t>(walk.uses_of(*call).first_statement);
+    const Writer* writer =
+        series->kind == VariableKind::field ? walk.writer_of(series->column_id) : nullptr;
+    if (writer == nullptr || writer->statement >= static_cast<int64_t>(statement) ||
+        !ways_[statement].by_columns)
+      continue;
+    const auto [first, second] =
+        leaders_of(script.statement_list[static_cast<size_t>(writer->statement)]->program);
+    const auto can_lead = [&](const Variable* leader) {
+      return leader->function == call->function && leader->follower.call == nullptr &&
+             can_go_beside(*leader, walk);
+    };
+    if (first == nullptr || !can_lead(first) || (second != nullptr && !can_lead(second))) continue;
+    first->follower = {call, statement, second != nullptr};
+    if (second != nullptr) second->follower = first->follower;
+  }
+}
+
+/// Calls over a field that the host gives, but for those that lead others.
 void Plan::note_side_by_side(const PlanWalk& walk) {
   for (Variable* call : walk.calls()) {
-    const Uses uses = walk.uses_of(*call);
-    if (uses.shared || uses.reach != Reach() || !can_go_early(*call, walk)) continue;
-    ways_[static_cast<size_t>(uses.first_statement)].side_by_side.push_back(call);
+    if (!can_go_beside(*call, walk) || call->follower.call != nullptr) continue;
+    const Variable* series = call->arguments.front();
+    if (is_number(series) || !is_given(series, walk)) continue;
+    const auto statement = static_cast<size_t>(walk.uses_of(*call).first_statement);
+    ways_[statement].side_by_side.push_back(call);
   }
 }
 

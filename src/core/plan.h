@@ -33,8 +33,8 @@ class PlanWalk;
 class Plan {
  public:
   /// To be made anew when the table has other columns. Sets `Variable::remembering`,
-  /// `Variable::for_one_run` and `Variable::twin` of every call that a statement evaluates, and at
-  /// the first time `CompiledScript::shares_columns`.
+  /// `Variable::for_one_run`, `Variable::twin` and `Variable::follower` of every call that a
+  /// statement evaluates, and at the first time `CompiledScript::shares_columns`.
   void make(CompiledScript& script, const DataTable& table);
 
   /// Whether the statement can go by columns in a run from a row on.
@@ -66,6 +66,7 @@ class Plan {
 
   void find_ways(const CompiledScript& script, const PlanWalk& walk);
   void note_reads(const PlanWalk& walk);
+  void note_followers(const CompiledScript& script, const PlanWalk& walk);
   void note_side_by_side(const PlanWalk& walk);
   void refuse_what_rests_on_others();
 

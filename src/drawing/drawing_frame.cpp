@@ -6,6 +6,7 @@
 #include "core/column_owners.h"
 #include "core/columns.h"
 #include "drawing/colour_text.h"
+#include "platform/processor.h"
 #include "text/numbers.h"
 
 namespace quor {
@@ -13,6 +14,14 @@ namespace {
 
 double zero_mark(double condition) { return mark_of(condition != 0.0); }
 double int_mark(double condition) { return mark_of(to_int(condition) != 0); }
+
+template <double mark(double condition)>
+void mark_rows(const double* conditions, size_t size, double* cells) {
+  wherever_wide([=] {
+    QUOR_ROWS_APART
+    for (size_t i = 0; i < size; ++i) cells[i] = mark(conditions[i]);
+  });
+}
 
 }  // namespace
 
@@ -224,9 +233,9 @@ bool DrawingFunc::write_column(const ColumnCall& call, size_t position) const {
   } else if (!is_drawn(*call.variable.shape)) {
     std::fill_n(cells, size, hidden_mark);
   } else if (column.fill == Fill::zero_mark) {
-    std::transform(values, values + size, cells, zero_mark);
+    mark_rows<zero_mark>(values, size, cells);
   } else {
-    std::transform(values, values + size, cells, int_mark);
+    mark_rows<int_mark>(values, size, cells);
   }
   return true;
 }

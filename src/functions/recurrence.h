@@ -1,6 +1,7 @@
 // The shape of a word whose value at a bar comes from the value of the bar before.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <span>
@@ -68,7 +69,13 @@ class Recurrence : public BaseFunc {
     return in_groups(calls, lane_of, [size](const auto& lanes) { run(lanes, size); });
   }
 
-  ColumnTraits column_traits() const final { return {.side_by_side = true}; }
+  bool run_followed(std::span<const ColumnCall> calls, const ColumnCall& follower) const final {
+    const Lane last = lane_over(nullptr, follower);
+    if (calls.size() == 1) return run_followed<1>({lane_of(calls[0])}, last, follower.size());
+    return run_followed<2>({lane_of(calls[0]), lane_of(calls[1])}, last, follower.size());
+  }
+
+  ColumnTraits column_traits() const final { return {.side_by_side = true, .is_followed = true}; }
 
  private:
   struct Lane {
@@ -78,9 +85,10 @@ class Recurrence : public BaseFunc {
     double value;  ///< of the bar before
   };
 
-  static Lane lane_of(const ColumnCall& call) {
+  static Lane lane_of(const ColumnCall& call) { return lane_over(call.values(0), call); }
+  static Lane lane_over(const double* x, const ColumnCall& call) {
     double* y = call.own_cells(call.variable.column_index);
-    Lane lane{{}, call.values(0), y, y[-1]};
+    Lane lane{{}, x, y, y[-1]};
     takes_numbers(call, lane.step);
     return lane;
   }
@@ -97,9 +105,28 @@ class Recurrence : public BaseFunc {
   template <size_t count>
   static void run(std::array<Lane, count> lanes, size_t size) {
     for (size_t i = 0; i < size; ++i) {
-#pragma GCC unroll 4
-      for (Lane& lane : lanes) lane.y[i] = lane.value = lane.step.next(lane.x[i], lane.value);
+      advance(lanes, i);
     }
+  }
+
+  template <size_t count>
+  static void advance(std::array<Lane, count>& lanes, size_t i) {
+#pragma GCC unroll 4
+    for (Lane& lane : lanes) lane.y[i] = lane.value = lane.step.next(lane.x[i], lane.value);
+  }
+
+  /// The last lane is a row behind, so that it doesn't wait for the others.
+  template <size_t count>
+  static bool run_followed(std::array<Lane, count> lanes, Lane last, size_t size) {
+    if (std::ranges::any_of(lanes, [](const Lane& lane) { return lane.x == nullptr; }))
+      return false;
+    advance(lanes, 0);
+    for (size_t i = 1; i <= size; ++i) {
+      const double x = count == 1 ? lanes.front().value : lanes.front().value - lanes.back().value;
+      if (i < size) advance(lanes, i);
+      last.y[i - 1] = last.value = last.step.next(x, last.value);
+    }
+    return true;
   }
 };
 
