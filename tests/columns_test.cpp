@@ -288,6 +288,17 @@ TEST(Columns, StatementsThatSeeEachOther) {
   }
 }
 
+/// Windows longer than blocks, and than most of the bars, over nulls and zeros of both signs.
+TEST(Columns, ExtremesOfLongWindows) {
+  constexpr BlockRule rules[] = {{}, {1, 1, 1, 64}, {1, 3, 300, 300}};
+  Siblings siblings(
+      "A:=HHV(C,300);B:=LLV(H,1000);D:=HV(C-O,257);E:=LLV(O,1900);F:=HHV(V,5000);"
+      "G:=LLV((C=C)*(0-MOD(BARPOS,2)),300);I:=HHV(ABS(G)*(MOD(BARPOS,3)-1),256);",
+      rules);
+  ASSERT_TRUE(siblings.compile());
+  play(siblings, random_bars(2209, 5), 2200);
+}
+
 /// A word of the host may name a column that the script's calls write.
 TEST(Columns, AFieldThatIsAColumnOfTheScript) {
   for (uint32_t id = 20000; id < 20010; ++id) {

@@ -84,22 +84,27 @@ void pass_rows(const ColumnCall& call) {
   memory.rows.pass(call.rows.first, call.rows.end);
 }
 
-/// The extremes of the windows of n bars that end at the rows of the call; null where the table has
-/// no full windows yet, and for windows that are long beside the block.
+/// The extremes of the windows of n bars that end at the rows of the call, as far as the table has
+/// them; null for full windows that are long beside the block.
 template <Extreme extreme>
 const double* extremes_over(const ColumnCall& call) {
   constexpr size_t longest = 4;
   const std::optional<double> period = call.number(1);
   const int32_t n = period ? to_int(*period) : 0;
-  if (n < 1 || call.rows.first < n - 1) return nullptr;
-  if (static_cast<size_t>(n) / longest > call.size()) return nullptr;
+  if (n < 1) return nullptr;
+  const int32_t full = std::clamp(n - 1, call.rows.first, call.rows.end);
+  const auto full_windows = static_cast<size_t>(call.rows.end - full);
+  const auto count = static_cast<size_t>(n);
+  if (full_windows > 0 && count / longest > call.size()) return nullptr;
   const double* series = series_over(call, 0, SeriesPlace::column_of_argument);
   if (series == nullptr) return nullptr;
   pass_rows<extreme>(call);
-  const auto count = static_cast<size_t>(n);
   double* results = call.scratch();
-  window_extremes<extreme>(series + call.rows.first - (n - 1), count, call.size(), results,
-                           call.columns.scratch(call.size() + count - 1));
+  if (full > call.rows.first) growing_extremes<extreme>(series, call.rows.first, full, results);
+  if (full_windows == 0) return results;
+  window_extremes<extreme>(series + full - (n - 1), count, full_windows,
+                           results + (full - call.rows.first),
+                           call.columns.scratch(full_windows + count - 1));
   return results;
 }
 

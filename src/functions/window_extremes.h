@@ -47,26 +47,80 @@ constexpr double outer(double older, double newer) {
   return beats<extreme>(newer, older) ? newer : older;
 }
 
+/// What no value lies further in than.
+template <Extreme extreme>
+inline constexpr double innermost = extreme == Extreme::greatest
+                                        ? -std::numeric_limits<double>::infinity()
+                                        : std::numeric_limits<double>::infinity();
+
+/// The extremes of the windows from row 0 to each of the rows from `first` up to `end`.
+template <Extreme extreme>
+void growing_extremes(const double* series, int32_t first, int32_t end, double* results) {
+  double outermost = series[0];
+  for (int32_t row = 0; row < end; ++row) {
+    if (beats<extreme>(series[row], outermost)) outermost = series[row];
+    if (row >= first) results[row - first] = outermost;
+  }
+}
+
+/// For each of some windows the extremes of two parts that cover it.
+struct CoveredWindows {
+  const double* older;
+  const double* newer;
+};
+
+/// Of `count` windows of n numbers, the first of which begins at `numbers`, which are written over.
+/// By doubling: of two parts half as long or longer, each covered so itself.
+template <Extreme extreme>
+CoveredWindows cover_by_halves(double* numbers, size_t n, size_t count) {
+  size_t size = count + n - 1;
+  size_t width = 1;
+  for (; 2 * width <= n; width *= 2) {
+    size -= width;
+    QUOR_ROWS_APART
+    for (size_t i = 0; i < size; ++i) numbers[i] = outer<extreme>(numbers[i], numbers[i + width]);
+  }
+  return {numbers, numbers + n - width};
+}
+
+/// The same after van Herk, Gil and Werman: of stretches of n numbers, one behind the other, a
+/// window covers the end of one and the beginning of the next. `ends` has room for `count`.
+template <Extreme extreme>
+CoveredWindows cover_by_stretches(double* numbers, size_t n, size_t count, double* ends) {
+  for (size_t begin = 0; begin < count; begin += n) {
+    double outermost = innermost<extreme>;
+    size_t i = begin + n;
+    for (; i > count; --i) outermost = outer<extreme>(numbers[i - 1], outermost);
+    for (; i > begin; --i) ends[i - 1] = outermost = outer<extreme>(numbers[i - 1], outermost);
+  }
+  const size_t size = count + n - 1;
+  for (size_t begin = 0; begin < size; begin += n) {
+    double outermost = innermost<extreme>;
+    const size_t end = std::min(begin + n, size);
+    for (size_t i = begin; i < end; ++i) {
+      numbers[i] = outermost = outer<extreme>(outermost, numbers[i]);
+    }
+  }
+  return {ends, numbers + n - 1};
+}
+
 /// The extremes of `count` windows of n values, the first of which begins at `values`, as
-/// `place_of_extreme` has them: by doubling. The extreme of a window is the outer one of two
-/// windows half as long or longer that cover it, and exact, since it is one of the values, however
-/// they are grouped. `parts` has room for the values of all windows.
+/// `place_of_extreme` has them, and exact, since each is one of the values, however they are
+/// grouped. `parts` has room for the values of all windows.
 template <Extreme extreme>
 void window_extremes(const double* values, size_t n, size_t count, double* results, double* parts) {
+  constexpr size_t long_window = 256;  // from here on the number of halvings tells
   wherever_wide([=] {
-    constexpr double innermost = extreme == Extreme::greatest
-                                     ? -std::numeric_limits<double>::infinity()
-                                     : std::numeric_limits<double>::infinity();
-    size_t size = count + n - 1;
-    for (size_t i = 0; i < size; ++i) parts[i] = values[i] == values[i] ? values[i] : innermost;
-    size_t width = 1;
-    for (; 2 * width <= n; width *= 2) {
-      size -= width;
-      QUOR_ROWS_APART
-      for (size_t i = 0; i < size; ++i) parts[i] = outer<extreme>(parts[i], parts[i + width]);
+    const size_t size = count + n - 1;
+    for (size_t i = 0; i < size; ++i) {
+      parts[i] = values[i] == values[i] ? values[i] : innermost<extreme>;
     }
+    const auto [older, newer] = n < long_window
+                                    ? cover_by_halves<extreme>(parts, n, count)
+                                    : cover_by_stretches<extreme>(parts, n, count, results);
+    QUOR_ROWS_APART
     for (size_t i = 0; i < count; ++i) {
-      const double outermost = outer<extreme>(parts[i], parts[i + n - width]);
+      const double outermost = outer<extreme>(older[i], newer[i]);
       results[i] = values[i] == values[i] ? outermost : values[i];
     }
   });
