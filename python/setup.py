@@ -17,7 +17,7 @@ HERE = Path(__file__).resolve().parent
 PACKED = HERE / "engine"
 ROOT = PACKED if PACKED.is_dir() else HERE.parent
 PARTS = [
-    "CMakeLists.txt", "LICENCE", "cmake", "include", "src", "advice", "bars",
+    "CMakeLists.txt", "CMakePresets.json", "LICENCE", "cmake", "include", "src", "advice", "bars",
     "python/CMakeLists.txt", "python/src", "host/old_glibc_program.c",
     "tools/lib.sh", "tools/libraries.sh", "tools/sources.sh",
 ]
@@ -37,10 +37,7 @@ class CMakeBuild(build_ext):
         work = Path(self.build_temp).resolve()
         subprocess.run(
             [
-                "cmake", "-S", str(ROOT), "-B", str(work), "-G", "Ninja",
-                "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O2 -DNDEBUG",
-                "-DQUOR_BUILD_PYTHON=ON", "-DQUOR_BUILD_HOST=OFF", "-DQUOR_BUILD_TESTS=OFF",
-                "-DQUOR_BATCH=ON",
+                "cmake", "--preset", "python", "-S", str(ROOT), "-B", str(work),
                 f"-DPython_EXECUTABLE={sys.executable}",
             ],
             check=True,
