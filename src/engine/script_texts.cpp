@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "interface/script_parser.h"
 #include "text/numbers.h"
 #include "text/strings.h"
 
@@ -57,6 +58,7 @@ Failure failure_of_report(std::string_view report) {
 }
 
 Failure failure_of_answer(std::string_view answer) {
+  if (answer == sound_answer) return {};
   Failure failure;
   failure.code = leading_integer(answer.substr(answer.find(':') + 1));
   failure.text = between(answer, R"("ExtraMsg":")", R"(","ErrLine":")");

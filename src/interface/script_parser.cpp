@@ -16,7 +16,7 @@ constexpr int32_t one_day = 0x4000;
 
 std::string answer(Status status, std::string_view error) {
   // Once a tick, and so not put together anew.
-  if (!failed(status) && error.empty()) return R"({"ErrCode":0,"ExtraMsg":"","ErrLine":""})";
+  if (!failed(status) && error.empty()) return std::string(sound_answer);
   const ErrorParts parts = split_error(error);
   std::string text = "{";
   append_json_integer(text, "ErrCode", error_code(status), true);

@@ -13,6 +13,9 @@
 
 namespace quor {
 
+/// What a run answers with that has come to its end.
+inline constexpr std::string_view sound_answer = R"({"ErrCode":0,"ExtraMsg":"","ErrLine":""})";
+
 /// Everything behind one handle. All members run with the instance's lock held. Only `exec`,
 /// `pre_parse` and `add_row` keep exceptions in; the others throw on exhausted memory.
 class ScriptParser {
