@@ -27,11 +27,11 @@ bool in_groups_of(std::span<const ColumnCall>& calls, const LaneOf& lane_of, con
   return true;
 }
 
-/// Hands what `lane_of` makes of the calls to `run` by four, by two and one by one.
+/// Hands what `lane_of` makes of the calls to `run` by four, by three, by two and one by one.
 template <typename LaneOf, typename Run>
 bool in_groups(std::span<const ColumnCall> calls, const LaneOf& lane_of, const Run& run) {
-  return in_groups_of<4>(calls, lane_of, run) && in_groups_of<2>(calls, lane_of, run) &&
-         in_groups_of<1>(calls, lane_of, run);
+  return in_groups_of<4>(calls, lane_of, run) && in_groups_of<3>(calls, lane_of, run) &&
+         in_groups_of<2>(calls, lane_of, run) && in_groups_of<1>(calls, lane_of, run);
 }
 
 }  // namespace quor
