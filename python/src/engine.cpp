@@ -102,6 +102,12 @@ bool is_same(PyObject* name, PyObject* other) {
   return name == other || PyUnicode_Compare(name, other) == 0;
 }
 
+/// Drops rows while those who have lent them are still there.
+struct LentRows {
+  quor::engine::Script& script;
+  ~LentRows() { script.clear_rows(); }
+};
+
 constexpr const char* kind_words[] = {"security", "period", "quote"};
 
 }  // namespace
@@ -475,11 +481,17 @@ std::vector<Engine::Outcome> Engine::scan_each(const std::vector<Security>& secu
 template <typename Take>
 Engine::Outcome Engine::scan_one(const Security& security, const Take& take) {
   Outcome outcome;
+  const LentRows rows{script_};
   try {
     const auto& [name, stamps, ticks, list] = security;
     quor::engine::Subject subject = subject_;
     subject.security = name;
-    if (run_anew(subject, span_of(stamps), ticks, fields_of(list), false)) {
+    const std::vector<Field> fields = fields_of(list);
+    set_keys(span_of(stamps), ticks);
+    script_.restart(subject);
+    infinity_ = find_infinity(fields);
+    script_.lend_rows(keys_, fields);
+    if (calculate(0, false)) {
       outcome.found = take();
       outcome.rows = script_.row_count();
       outcome.infinity = infinity_;

@@ -120,7 +120,8 @@ void DataTable::make_room(size_t rows) {
   }
 }
 
-void DataTable::fill(std::span<const int64_t> keys, std::span<const ColumnValues> columns) {
+void DataTable::fill(std::span<const int64_t> keys, std::span<const ColumnValues> columns,
+                     bool reads_keys) {
   keys_.reserve(keys.size());
   for (Column& column : columns_) {
     Cells& cells = column.cells;
@@ -139,15 +140,17 @@ void DataTable::fill(std::span<const int64_t> keys, std::span<const ColumnValues
     }
     column.blank_from = no_blanks;
   }
+  const int32_t time_column = column_index_of(time_column_id);
+  if (time_column != -1) {
+    Column& column = columns_[static_cast<size_t>(time_column)];
+    const auto number = [](int64_t key) { return static_cast<double>(key); };
+    if (reads_keys) std::ranges::transform(keys, column.cells.data(), number);
+    column.blank_from = no_blanks;
+  }
   for (size_t i = 0; i < columns_.size(); ++i) {
     const bool is_auxiliary =
         column_ids_[i] >= first_auxiliary_id && column_ids_[i] < next_auxiliary_id_;
     if (!is_auxiliary) write_blanks_before(columns_[i], static_cast<int32_t>(keys.size()));
-  }
-  const int32_t time_column = column_index_of(time_column_id);
-  if (time_column != -1) {
-    std::ranges::transform(keys, columns_[static_cast<size_t>(time_column)].cells.data(),
-                           [](int64_t key) { return static_cast<double>(key); });
   }
   note_size();
   note_change_from(0);

@@ -145,8 +145,9 @@ class DataTable {
   /// blank: nobody reads them before `write_blanks`, as a run over a whole history writes most of
   /// these cells anyway.
   /// Values that are lent stay where they are: until the rows are cleared or others come, nobody
-  /// may change or drop them.
-  void fill(std::span<const int64_t> keys, std::span<const ColumnValues> columns);
+  /// may change or drop them. Where nobody reads column 1, it may hold anything.
+  void fill(std::span<const int64_t> keys, std::span<const ColumnValues> columns,
+            bool reads_keys = true);
   bool has_blanks() const { return has_blanks_; }
   /// Writes the nulls of all blank cells, or of those before a row, or of those of a column.
   void write_blanks();

@@ -205,7 +205,7 @@ class ColumnShape {
   }
 
   /// Into a table without rows, from keys that are positive and ascend.
-  void fill(DataTable& table, std::span<const int64_t> keys) const {
+  void fill(DataTable& table, std::span<const int64_t> keys, bool reads_keys) const {
     std::vector<ColumnValues> columns;
     for (size_t place = 0; place < sources_.size(); ++place) {
       if (sources_[place] == nullptr || place == key_place_ || column_indexes_[place] == -1)
@@ -213,7 +213,7 @@ class ColumnShape {
       const bool are_lent = may_be_lent_[place] && is_plain({sources_[place], keys.size()});
       columns.push_back({column_indexes_[place], sources_[place], are_lent});
     }
-    table.fill(keys, columns);
+    table.fill(keys, columns, reads_keys);
     for (const ColumnValues& column : columns) {
       if (!column.are_lent) make_plain(table.writable_cells(column.column_index, 0));
     }
@@ -314,11 +314,11 @@ void RowIntake::add_row(DataPoolCenter& pool, std::string_view json) {
 }
 
 void RowIntake::add_columns(DataPoolCenter& pool, std::span<const int64_t> keys,
-                            std::span<const FieldColumn> fields) {
+                            std::span<const FieldColumn> fields, bool reads_keys) {
   RowBatch& batch = parser_->batch;
   const ColumnShape shape(pool, fields);
   if (pool.table().row_count() == 0 && ascend(keys)) {
-    shape.fill(pool.table(), keys);
+    shape.fill(pool.table(), keys, reads_keys);
     return;
   }
   if (shape.is_oversized(batch, keys.size())) batch = RowBatch();

@@ -26,10 +26,10 @@ class RowIntake {
   RowIntake();
   ~RowIntake();
 
-  /// The same from arrays: a key per row and, for each field, a value per row. Throws on exhausted
-  /// memory, and then has changed nothing.
+  /// The same from arrays: a key per row and, for each field, a value per row. Column 1 has the
+  /// keys only if anybody reads it. Throws on exhausted memory, and then has changed nothing.
   void add_columns(DataPoolCenter& pool, std::span<const int64_t> keys,
-                   std::span<const FieldColumn> fields);
+                   std::span<const FieldColumn> fields, bool reads_keys = true);
 
   void add_row(DataPoolCenter& pool, std::string_view json);
 

@@ -45,6 +45,14 @@ bool only_reads(const CompiledScript& script, uint32_t id) {
              script.statement_list.end();
 }
 
+/// Whether a statement may see the column of the keys. Trade signals do.
+bool reads_keys(const CompiledScript& script) {
+  return script.sets_variables || script.extra_field_set.contains(int32_t{time_column_id}) ||
+         std::ranges::any_of(script.variable_list, [](const Variable* variable) {
+           return variable->function != nullptr && variable->function->traits().has(trades);
+         });
+}
+
 /// Whether another bar may change what a call gave at bars before.
 bool follows_later_bars(const CompiledScript& script) {
   return std::ranges::any_of(script.variable_list, [](const Variable* variable) {
@@ -199,7 +207,7 @@ void Script::Body::take_in(std::span<const int64_t> keys, std::span<const Field>
     columns.push_back(
         {field.column, field.values.data(), may_be_lent && only_reads(compiled, field.column)});
   }
-  parser.add_columns(keys, columns);
+  parser.add_columns(keys, columns, !may_be_lent || reads_keys(compiled));
 }
 
 void Script::clear_rows() { body_->parser.pool().table().clear_rows(); }

@@ -59,8 +59,9 @@ std::string ScriptParser::exec(int32_t first_row, bool fire_signals) {
 
 void ScriptParser::add_row(std::string_view json) { intake_.add_row(pool_, json); }
 
-void ScriptParser::add_columns(std::span<const int64_t> keys, std::span<const FieldColumn> fields) {
-  intake_.add_columns(pool_, keys, fields);
+void ScriptParser::add_columns(std::span<const int64_t> keys, std::span<const FieldColumn> fields,
+                               bool reads_keys) {
+  intake_.add_columns(pool_, keys, fields, reads_keys);
 }
 
 void ScriptParser::create_reserved_field(std::string_view word, uint32_t column_id) {

@@ -29,7 +29,8 @@ class ScriptParser {
   std::string exec(int32_t first_row, bool fire_signals);
   void add_row(std::string_view json);
   /// As `add_row`, but throws on exhausted memory.
-  void add_columns(std::span<const int64_t> keys, std::span<const FieldColumn> fields);
+  void add_columns(std::span<const int64_t> keys, std::span<const FieldColumn> fields,
+                   bool reads_keys = true);
 
   void create_reserved_field(std::string_view word, uint32_t column_id);
   void set_uuid(uint64_t uuid);
