@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/processor.h"
 #include "tables/field_table.h"
 
 namespace quor {
@@ -168,8 +169,12 @@ bool is_special(double value) { return !(value < 2147483648.0); }
 
 bool is_plain(std::span<const double> cells) {
   // Looking at all of them is quicker than a search.
-  size_t specials = 0;
-  for (const double cell : cells) specials += is_special(cell) ? 1 : 0;
+  int64_t specials = 0;
+  wherever_wide([cells, &specials] {
+    int64_t found = 0;
+    for (const double cell : cells) found |= static_cast<int64_t>(is_special(cell));
+    specials = found;
+  });
   return specials == 0;
 }
 
