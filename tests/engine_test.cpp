@@ -438,6 +438,32 @@ TEST_P(EngineVectors, GiveTheSameUndrawnOverArraysThatStayWhereTheyAre) {
   }
 }
 
+TEST(Engine, WhoReadsKeysFindsThemOverArraysThatStayWhereTheyAre) {
+  const int64_t before[] = {20190102000000, 20190103000000, 20190104000000};
+  const int64_t keys[] = {20240102000000, 20240103000000, 20240104000000};
+  const double close[] = {1, 3, 4};
+  const Field fields[] = {{11, close}};
+  Settings settings;
+  settings.fields = {{"KEYOFTHEBAR", 1}};
+  for (const char* source : {"A:KEYOFTHEBAR;", "A:REF(KEYOFTHEBAR+0,0);", "C>0,BK;"}) {
+    SCOPED_TRACE(source);
+    Script script(source, settings);
+    script.set_rows(before, fields);
+    EXPECT_FALSE(script.calculate());
+    script.restart(settings.subject);
+    script.lend_rows(keys, fields);
+    EXPECT_FALSE(script.calculate(0, true));
+    size_t seen = 0;
+    for (const auto& event : script.events()) EXPECT_EQ(event.key, keys[seen++]);
+    for (const auto& line : script.lines()) {
+      for (const double key : script.column(line.column)) {
+        EXPECT_EQ(key, static_cast<double>(keys[seen++]));
+      }
+    }
+    EXPECT_EQ(seen, std::size(keys));
+  }
+}
+
 /// `count` pieces behind a head, each with its number for the "#".
 std::string long_script(std::string_view head, std::string_view piece, int count) {
   std::string script(head);

@@ -45,11 +45,11 @@ bool only_reads(const CompiledScript& script, uint32_t id) {
              script.statement_list.end();
 }
 
-/// Whether a statement may see the column of the keys. Trade signals do.
+/// Whether a statement may see the column of the keys. Trade signals do, and notices tell it.
 bool reads_keys(const CompiledScript& script) {
   return script.sets_variables || script.extra_field_set.contains(int32_t{time_column_id}) ||
          std::ranges::any_of(script.variable_list, [](const Variable* variable) {
-           return variable->function != nullptr && variable->function->traits().has(trades);
+           return variable->function != nullptr && variable->function->traits().has_any(trades | acts);
          });
 }
 
