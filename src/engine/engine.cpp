@@ -49,7 +49,8 @@ bool only_reads(const CompiledScript& script, uint32_t id) {
 bool reads_keys(const CompiledScript& script) {
   return script.sets_variables || script.extra_field_set.contains(int32_t{time_column_id}) ||
          std::ranges::any_of(script.variable_list, [](const Variable* variable) {
-           return variable->function != nullptr && variable->function->traits().has_any(trades | acts);
+           return variable->function != nullptr &&
+                  variable->function->traits().has_any(trades | acts);
          });
 }
 
