@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -12,6 +13,9 @@
 #include "core/plan_walk.h"
 #include "interface/instances.h"
 #include "support/test_host.h"
+#include "support/word_statements.h"
+#include "vocabulary/function_sets.h"
+#include "vocabulary/registry.h"
 
 namespace quor_test {
 namespace {
@@ -115,6 +119,40 @@ TEST(Ways, OfEachScriptAndWhatOneMoreBarCosts) {
       EXPECT_LE(parser.calculator().work() - before, row.work);
     }
     EXPECT_EQ(memories_of(parser), row.remembers);
+  }
+}
+
+/// The way of a word's statement at rows that are blocks of their own, from row 1 on.
+std::string ways_from_row_1(std::string_view word, const Bars& bars) {
+  TestHost host;
+  auto& parser = quor::find_instance(host.handle())->parser;
+  parser.calculator().set_block_rule({1, 1, 1, 1});
+  EXPECT_EQ(host.compile(statement_of(word)).code, 0) << word;
+  std::string ways;
+  for (size_t row = 0; row < 12; ++row) {
+    host.feed(bars, row, row + 1);
+    EXPECT_EQ(host.run(), success) << word;
+    if (row > 0) ways += parser.calculator().went_by_columns(0) ? 'c' : 'b';
+  }
+  return ways;
+}
+
+/// Over three bars most column forms begin at row 1, some where the window or the row that they
+/// look back at does.
+TEST(Ways, BeginAtTheFirstRowThatAColumnFormCanTake) {
+  const std::map<std::string_view, std::string> late = {{"REF", "bbbcccccccc"},
+                                                        {"SUM", "bbccccccccc"},
+                                                        {"EXPMEMA", "bcccccccccc"},
+                                                        {"LAST", "bcccccccccc"},
+                                                        {"MEMA", "bcccccccccc"}};
+  const Bars bars = bars_of_a_year();
+  for (const auto& [word, id] : quor::FunctionIdTable()) {
+    if (word == "ZIG") continue;  // a word that nobody serves
+    const std::string ways = ways_from_row_1(word, bars);
+    const bool by_columns = quor::find_function(word)->by_columns();
+    const auto found = late.find(word);
+    EXPECT_EQ(ways, found == late.end() ? std::string(11, by_columns ? 'c' : 'b') : found->second)
+        << word;
   }
 }
 

@@ -15,6 +15,11 @@ namespace {
 double zero_mark(double condition) { return mark_of(condition != 0.0); }
 double int_mark(double condition) { return mark_of(to_int(condition) != 0); }
 
+void mark_last_row(const ColumnCall& call, double* cells) {
+  std::fill_n(cells, call.size(), mark_of(false));
+  if (call.rows.end == call.table().row_count()) cells[call.size() - 1] = mark_of(true);
+}
+
 template <double mark(double condition)>
 void mark_rows(const double* conditions, size_t size, double* cells) {
   wherever_wide([=] {
@@ -218,11 +223,15 @@ const double* DrawingFunc::column(const ColumnCall& call) const {
 
 bool DrawingFunc::write_column(const ColumnCall& call, size_t position) const {
   const Column& column = row_.columns.begin()[position];
+  const auto& own = call.variable.aux_column_indexes;
+  if (column.fill == Fill::last_row) {
+    if (position < own.size()) mark_last_row(call, call.overwrite(own[position]));
+    return position < own.size();
+  }
   const Variable* argument = call.argument(column.argument);
-  if (column.fill == Fill::last_row || argument == nullptr) return false;
+  if (argument == nullptr) return false;
   if (column.fill != Fill::negated && argument->text.empty()) return true;
   const double* values = call.values(column.argument);
-  const auto& own = call.variable.aux_column_indexes;
   if (values == nullptr || position >= own.size()) return false;
   double* cells = call.overwrite(own[position]);
   const size_t size = call.size();

@@ -231,6 +231,31 @@ void print_words() {
   }
 }
 
+/// Items of style, among them such as a digit more or less makes none of.
+constexpr std::string_view style_items =
+    "SOLIDLINE DASHLINE DASH DOTLINE DOT DASHDOT POINTDOT DASHDOTDOT CIRCLEDOT CROSSDOT STICK "
+    "VOLSTICK COLORSTICK VOLUMESTICK NOTEXT SOLID HOLLOW NODRAW COLORAUTO COLORRED COLORLIGREY "
+    "COLOR COLOR00FF7F COLOR00FF7 COLOR00FF7F0 COLOR80FF7F00 LINETHICK LINETHICK0 LINETHICK1 "
+    "LINETHICK2 LINETHICK9 LINETHICK10 LINETHICK1.5 PRECIS PRECIS0 PRECIS1 PRECIS6 PRECIS7 ALIGN0 "
+    "ALIGN2 ALIGN3 VALIGN0 VALIGN2 VALIGN3 FONTSIZE8 FONTSIZE7 FONTSIZE72 FONTSIZE73";
+
+/// A line, and calls that draw lines, sticks, texts and signs, with each of them.
+void print_styles() {
+  const std::string_view forms[] = {"A:C,#;B:C-O,#,COLORBLUE;",  "POLYLINE(C>O,C,COLORRED,#);",
+                                    "STICKLINE(C>O,H,L,2,0),#;", "DRAWLINE(C>O,H,C<O,L,1,#);",
+                                    "DRAWTEXT(C>O,H,'x',#);",    "DRAWICON(C>O,L,'1',#);",
+                                    "DRAWNUMBER(C>O,H,C,#);"};
+  const Arrays bars = bars_in_steps_of(0.25, 20.0);
+  for (const std::string_view form : forms) {
+    std::istringstream each{std::string(style_items)};
+    for (std::string item; each >> item;) {
+      std::string script(form);
+      for (size_t at; (at = script.find('#')) != std::string::npos;) script.replace(at, 1, item);
+      print(script, script, {}, bars);
+    }
+  }
+}
+
 void print_vectors(const std::string& path) {
   for (const Vector& vector : vectors_of(path)) {
     print(vector.file + ": " + vector.name, vector.script, settings_of(vector), arrays_of(vector));
@@ -255,6 +280,7 @@ int main(int count, char** arguments) {
       }
     }
     quor_test::print_words();
+    quor_test::print_styles();
   } catch (const std::exception& fault) {
     std::fprintf(stderr, "digests: %s\n", fault.what());
     return 1;
