@@ -77,10 +77,10 @@ struct Distances {
   uint32_t code;
 };
 
-constexpr int64_t day = 86400;
 constexpr Distances long_distances[] = {
-    {day, 5 * day, period_of_a_day}, {6 * day, 12 * day, 0x5000},    {25 * day, 40 * day, 0x6000},
-    {80 * day, 100 * day, 0x6003},   {350 * day, 380 * day, 0x7000},
+    {one_day, 5 * one_day, period_of_a_day}, {6 * one_day, 12 * one_day, 0x5000},
+    {25 * one_day, 40 * one_day, 0x6000},    {80 * one_day, 100 * one_day, 0x6003},
+    {350 * one_day, 380 * one_day, 0x7000},
 };
 
 std::optional<uint32_t> period_of_distance(int64_t seconds) {
@@ -145,9 +145,9 @@ int64_t end_of_period(int64_t seconds, uint32_t code) {
     if (code >= first_second) return seconds + (code - (first_second - 1));
     return seconds + 60 * int64_t{code == one_minute ? 1 : code - one_minute};
   }
-  const std::chrono::sys_days date(std::chrono::days(seconds / day));
+  const std::chrono::sys_days date(std::chrono::days(seconds / one_day));
   const auto second_of = [](std::chrono::sys_days first) {
-    return first.time_since_epoch().count() * day;
+    return first.time_since_epoch().count() * one_day;
   };
   if (code < one_week) return second_of(date + std::chrono::days(1));
   if (code < one_month) {

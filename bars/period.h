@@ -10,6 +10,7 @@
 namespace quor_bars {
 
 inline constexpr uint32_t period_of_a_day = 0x4000;
+inline constexpr int64_t one_day = 86400;  ///< in seconds
 
 /// The code of "5min", "15s", "2hour", "day", "week", "month", "quarter", "year", of the same in
 /// other usual spellings, or of a code such as "0x3005" itself.

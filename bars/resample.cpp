@@ -21,10 +21,9 @@ int64_t length_of(uint32_t period) {
 
 /// The same number for all moments of one period.
 int64_t period_number(int64_t key, uint32_t period) {
-  constexpr int64_t day = 86400;
   const int64_t seconds = seconds_of(key);
   if (period >= period_of_a_day) return end_of_period(seconds, period);
-  return seconds / day * day + seconds % day / length_of(period);
+  return seconds / one_day * one_day + seconds % one_day / length_of(period);
 }
 
 using Join = double (*)(double sum, double value);

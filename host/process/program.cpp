@@ -4,12 +4,18 @@
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
+#include "../errors.h"
+
 namespace quor_host {
 
 std::filesystem::path program_folder() {
   std::wstring own_path(32768, L'\0');
   own_path.resize(GetModuleFileNameW(nullptr, own_path.data(), 32768));
   return std::filesystem::path(own_path).parent_path();
+}
+
+void run_instead(const std::string& path, char** /*arguments*/) {
+  throw HostError(path + " can't be started in place of another program");
 }
 
 }  // namespace quor_host
