@@ -275,6 +275,11 @@ constexpr const char* entangled[] = {
     "A:=EMA(STD(C,5-(BARPOS=41)*10),3);B:=EMA(A,4);D:=SMA(A,4,1);",
     "A:=EMA(EMA(C,3)-EMA(C,5),4)-EMA(EMA(O,3),9);B:=EMA(A,2);D:=REF(B,1);",
     "A:=SMA(O,3,1);B:=SMA(A,3,0);D:=SMA(B,3,1);E:=REF(A,2)+D;F:=SMA(A,BARPOS,1);",
+    "K:SMA(C-O,3,1);D:SMA(K,3,1);E:=STD(C,5-(BARPOS=41)*10);J:3*K-2*SMA(K,5,2);F:SMA(D,2,1);",
+    "A:=EMA(O,3);B:=STD(C,5-(BARPOS=41)*10);D:=EMA(A,5)+B;E:=EMA(D-A,4);F:=EMA(E,3)+MEMA(E,4);",
+    "A:=DMA(C-O,0.3);B:=DMA(A,0.2)+REF(C,C-50);D:=DMA(A,0)+DMA(A,0.5);E:=DMA(D,0.1);",
+    "A:=EMA(C-O,3);B:=REFX(A,1);D:=EMA(A,4)+B;",
+    "A:=EMA(IF(C>O,EMA(C,2),O),3);B:=EMA(A,0)+REF(EMA(A,4),2);D:=IF(C>O,EMA(A,3),1);",
     "PARTLINE(1,C+1,COLORRED);POLYLINE(C>O,C+1,COLORBLUE);A:=C;",
 };
 
