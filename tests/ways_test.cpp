@@ -175,8 +175,19 @@ TEST(Ways, AreSideBySideForCallsOverFieldsAndNumbers) {
   EXPECT_EQ(counts, "120001020");
 }
 
+/// The calls of a script that has run of which something holds.
+template <typename Holds>
+int64_t count_calls(const char* script, const Holds& holds) {
+  TestHost host;
+  EXPECT_EQ(host.compile(script).code, 0) << script;
+  host.feed(bars_of_a_year(), 0, rows);
+  EXPECT_EQ(host.run(), success) << script;
+  const quor::PlanWalk walk(quor::find_instance(host.handle())->parser.pool().script);
+  return std::ranges::count_if(walk.calls(), holds);
+}
+
 TEST(Ways, CallsFollowThoseThatTheirSeriesIs) {
-  const std::pair<const char*, size_t> cases[] = {
+  const std::pair<const char*, int64_t> cases[] = {
       {"RSV:=(C-O)/(H-L);K:SMA(RSV,3,1);D:SMA(K,3,1);J:3*K-2*D;", 1},
       {"DIF:EMA(C,12)-EMA(C,26);DEA:EMA(DIF,9);A:(DIF-DEA)*2,COLORSTICK;", 2},
       {"A:=EMA(C,5);B:=EMA(A,3);D:=EMA(A,4);E:=EMA(B,2)-C;", 2},
@@ -186,20 +197,14 @@ TEST(Ways, CallsFollowThoseThatTheirSeriesIs) {
       {"A:=EMA(C,5);B:=EMA(A,3);D:=REFX(A,1);", 0},
       {"A:=EMA(C,5);B:=EMA(A,3);SET(A,1);", 0},
   };
+  const auto leads = [](const quor::Variable* call) { return call->follower.call != nullptr; };
   for (const auto& [script, leaders] : cases) {
-    TestHost host;
-    ASSERT_EQ(host.compile(script).code, 0) << script;
-    host.feed(bars_of_a_year(), 0, rows);
-    ASSERT_EQ(host.run(), success) << script;
-    auto& parser = quor::find_instance(host.handle())->parser;
-    const quor::PlanWalk walk(parser.pool().script);
-    const auto leads = [](const quor::Variable* call) { return call->follower.call != nullptr; };
-    EXPECT_EQ(std::ranges::count_if(walk.calls(), leads), static_cast<int64_t>(leaders)) << script;
+    EXPECT_EQ(count_calls(script, leads), leaders) << script;
   }
 }
 
 TEST(Ways, CallsThatSayTheSameAreTwins) {
-  const std::pair<const char*, size_t> cases[] = {
+  const std::pair<const char*, int64_t> cases[] = {
       {"A:MA(C,5)+2*STDP(C,5);B:MA(C,5)-2*STDP(C,5);", 2},
       {"A:(C-LLV(L,9))/(HHV(H,9)-LLV(L,9));B:LLV(L,9)+LLV(H,9)+LLV(L,8);", 3},
       {"A:STDP(C,5)+IF(C>O,STDP(C,5),VARP(C,5));", 2},
@@ -208,15 +213,9 @@ TEST(Ways, CallsThatSayTheSameAreTwins) {
       {"A:STDP(C,5)+STDP(C,5);SET(A,1);", 0},
       {"A:RAND(5)+RAND(5)+REFX(C,1)+REFX(C,1);", 0},
   };
+  const auto is_twin = [](const quor::Variable* call) { return call->twin != nullptr; };
   for (const auto& [script, twins] : cases) {
-    TestHost host;
-    ASSERT_EQ(host.compile(script).code, 0) << script;
-    host.feed(bars_of_a_year(), 0, rows);
-    ASSERT_EQ(host.run(), success) << script;
-    auto& parser = quor::find_instance(host.handle())->parser;
-    const quor::PlanWalk walk(parser.pool().script);
-    const auto is_twin = [](const quor::Variable* call) { return call->twin != nullptr; };
-    EXPECT_EQ(std::ranges::count_if(walk.calls(), is_twin), static_cast<int64_t>(twins)) << script;
+    EXPECT_EQ(count_calls(script, is_twin), twins) << script;
   }
 }
 
