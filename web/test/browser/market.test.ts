@@ -181,14 +181,18 @@ test('a scan is cancelled, and a page closed in its middle leaves the server wel
   const slow = Array.from({ length: 20 }, (_, i) => `A${i}:PERCENTILE(C,${900 + i},90);`).join('');
   await closed.write(slow);
   await closed.page.click('#tab-scan');
+  const placeOfCancel = async () => (await closed.page.$('#scan-cancel'))!.boundingBox();
+  const place = await placeOfCancel();
   await closed.page.click('#scan-start');
   await closed.page.waitForFunction(() =>
     document.getElementById('scan-state')!.textContent?.startsWith('running'),
   );
+  assert.deepEqual(await placeOfCancel(), place);
   await closed.page.click('#scan-cancel');
   await closed.page.waitForFunction(() =>
     document.getElementById('scan-state')!.textContent?.startsWith('cancelled'),
   );
+  assert.deepEqual(await placeOfCancel(), place);
   await closed.page.click('#scan-start');
   await closed.page.waitForFunction(() =>
     document.getElementById('scan-state')!.textContent?.startsWith('running'),
