@@ -53,10 +53,6 @@ enum class Remembering : uint8_t {
   catching_up,  ///< and it may pass those late that it has been left out at
 };
 
-/// One statement, one function call, one argument of a call or one data field.
-///
-/// The compiled script owns every variable, at a stable address; all pointers between variables are
-/// plain.
 /// A call that can be worked out along with one or two others of its word, a row behind them, since
 /// its series is what they say.
 struct Follower {
@@ -65,6 +61,10 @@ struct Follower {
   bool of_difference = false;  ///< of two, the left one less the right one; else of one
 };
 
+/// One statement, one function call, one argument of a call or one data field.
+///
+/// The compiled script owns every variable, at a stable address; all pointers between variables are
+/// plain.
 struct Variable {
   explicit Variable(DataPoolCenter& owner) : pool(&owner) {}
 

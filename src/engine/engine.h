@@ -58,7 +58,7 @@ class Script {
   void set_rows(std::span<const int64_t> keys, std::span<const Field> fields);
   /// As `set_rows`, and reads ascending bars where they are if it can: until `take_columns`,
   /// `clear_rows` or `restart` they must stay as they are. Column 1 has the keys then only if the
-  /// script reads it.
+  /// script may see it.
   void lend_rows(std::span<const int64_t> keys, std::span<const Field> fields);
   /// Drops all bars. The script stays, with what it has remembered of them.
   void clear_rows();

@@ -1,9 +1,8 @@
 // Prints what scripts give, down to the last bit, as one line per script: a digest of the report,
 // the answer and the drawing records, and one of all cells. NaN is one value, whatever its bits.
 // Scripts that draw random numbers or ask the clock are left out.
-//   digests SAMPLES FILE...    vectors (.txt), scripts over the bars of the samples (.quor), and
-//   each
-//                              word over bars of several sizes
+//   digests SAMPLES FILE...    vectors (.txt), scripts over the bars of the samples (.quor),
+//                              each word over bars of several sizes, and each item of style
 #include <algorithm>
 #include <bit>
 #include <cmath>
