@@ -45,7 +45,7 @@ bool can_go_beside(const Variable& call, const PlanWalk& walk) {
   const Uses uses = walk.uses_of(call);
   return call.kind == VariableKind::call && call.function != nullptr && !uses.shared &&
          uses.reach == Reach() && call.function->column_traits().side_by_side &&
-         !call.arguments.empty() &&
+         !call.arguments.empty() && call.arguments.front() != nullptr &&
          std::all_of(call.arguments.begin() + 1, call.arguments.end(), is_number);
 }
 
