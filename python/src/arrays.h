@@ -22,11 +22,11 @@ pybind11::array_t<Number> array_of(std::vector<Number> values) {
 }
 
 /// The same of bare memory.
-template <typename Number>
-pybind11::array_t<Number> array_of(std::unique_ptr<Number[]> values, size_t size) {
+template <typename Number, typename Free>
+pybind11::array_t<Number> array_of(std::unique_ptr<Number[], Free> values, size_t size) {
   const Number* const data = values.get();
   const pybind11::capsule owner(values.get(),
-                                [](void* numbers) { delete[] static_cast<Number*>(numbers); });
+                                [](void* numbers) { Free()(static_cast<Number*>(numbers)); });
   values.release();
   return pybind11::array_t<Number>(static_cast<pybind11::ssize_t>(size), data, owner);
 }

@@ -18,6 +18,9 @@ namespace {
 /// Room that is worth keeping for numbers that stand at every row of a block.
 constexpr size_t most_broadcasts = 64;
 
+/// The rows of a formula that all of its steps take before the next ones.
+constexpr size_t strip = 256;
+
 }  // namespace
 
 double* ColumnScratch::take(size_t size) {
@@ -26,7 +29,7 @@ double* ColumnScratch::take(size_t size) {
   if (buffer.size < size) {
     // In steps, for words that look back over more rows at one block than at another.
     const size_t room = std::bit_ceil(std::max(size, least_size));
-    buffer.values = std::make_unique_for_overwrite<double[]>(room);
+    buffer.values = line_aligned_numbers(room);
     buffer.size = room;
   }
   ++used_;
@@ -160,12 +163,13 @@ bool Columns::calculate(Variable& statement, size_t position) {
   const bool has_column = statement.column_id != no_column && statement.column_index != -1;
   if (statement.kind == VariableKind::number) {
     if (has_column)
-      std::fill_n(overwrite(statement.column_index, block_), block_.size(), statement.value);
+      write(statement.column_index, block_, everywhere(statement.value, block_.size()));
     return true;
   }
   const Program& program = statement.program;
-  // A formula writes its last step where the value goes.
-  double* target = has_column && program.result.source == Operand::Source::partial
+  // A formula writes its last step where the value goes, if nothing is there.
+  double* target = has_column && program.result.source == Operand::Source::partial &&
+                           pool_.table().is_blank(statement.column_index, block_.first)
                        ? overwrite(statement.column_index, block_)
                        : nullptr;
   const double* result = program_values(program, block_, 0.0, target);
@@ -175,10 +179,13 @@ bool Columns::calculate(Variable& statement, size_t position) {
   }
   if (!has_column) return true;
   const double* own = pool_.table().cells(statement.column_index).data() + block_.first;
-  if (result != own) {
-    std::copy_n(result, block_.size(), overwrite(statement.column_index, block_));
-  }
+  if (result != own) write(statement.column_index, block_, result);
   return true;
+}
+
+void Columns::write(int32_t column, Block rows, const double* values) {
+  if (pool_.table().holds(column, rows.first, {values, rows.size()})) return;
+  std::copy_n(values, rows.size(), overwrite(column, rows));
 }
 
 double* Columns::overwrite(int32_t column, Block rows) {
@@ -230,7 +237,7 @@ const double* Columns::everywhere(double value, size_t size) {
     std::fill_n(values, size, value);
     return values;
   }
-  auto values = std::make_unique_for_overwrite<double[]>(size);
+  LineAlignedNumbers values = line_aligned_numbers(size);
   std::fill_n(values.get(), size, value);
   return broadcasts_.emplace_back(Broadcast{value, std::move(values), size}).values.get();
 }
@@ -286,22 +293,25 @@ const double* Columns::expression_values(Variable& variable, Block rows, double 
   return program_values(variable.program, rows, start, nullptr);
 }
 
-const double* Columns::operand_values(const Operand& operand, Block rows, double start,
-                                      const double* const* partials) {
-  if (operand.source == Operand::Source::number) return everywhere(operand.number, rows.size());
-  if (operand.source == Operand::Source::partial) return partials[operand.partial];
-  return values(*operand.variable, rows, start);
+const double* Columns::operand_values(const Operand& operand, Block rows,
+                                      std::span<const StepRows> steps) {
+  switch (operand.source) {
+    case Operand::Source::number:
+      return everywhere(operand.number, std::min(rows.size(), strip));
+    case Operand::Source::partial:
+      return steps[operand.partial].result;
+    default:
+      return values(*operand.variable, rows, 0.0);
+  }
 }
 
 namespace {
 
 /// A partial result is read once, so its memory can take what is made of it.
-double* place_of_result(const Step& step, const double* const* partials, Columns& columns,
+double* place_of_result(const Step& step, std::span<const StepRows> steps, Columns& columns,
                         size_t size) {
   for (const Operand* operand : {&step.right, &step.left}) {
-    if (operand->source == Operand::Source::partial) {
-      return const_cast<double*>(partials[operand->partial]);
-    }
+    if (operand->source == Operand::Source::partial) return steps[operand->partial].result;
   }
   return columns.scratch(size);
 }
@@ -317,36 +327,59 @@ void reduce_columns(OpCode op, const double* left, const double* right, double* 
   });
 }
 
+/// Strip after strip, so that what one step leaves is still near when the next one reads it.
+void run_steps(std::span<const Step> steps, std::span<const StepRows> rows, size_t size) {
+  const auto at = [](const Operand& operand, const double* values, size_t place) {
+    return operand.source == Operand::Source::number ? values : values + place;
+  };
+  for (size_t place = 0; place < size; place += strip) {
+    const size_t count = std::min(strip, size - place);
+    for (const Step& step : steps) {
+      const StepRows& found = rows[step.partial];
+      const double* right = at(step.right, found.right, place);
+      double* result = found.result + place;
+      if (step.kind == Step::Kind::reduce) {
+        reduce_columns(step.op, at(step.left, found.left, place), right, result, count);
+      } else {
+        std::transform(right, right + count, result, std::negate());
+      }
+    }
+  }
+}
+
 }  // namespace
 
 const double* Columns::program_values(const Program& program, Block rows, double start,
                                       double* target) {
   if (program.ending != Ending::value) return nullptr;
-  std::array<const double*, 32> few;
-  std::vector<const double*> many;
-  const double** partials = few.data();
+  std::array<StepRows, 32> few;
+  std::vector<StepRows> many;
+  std::span<StepRows> found = few;
   if (program.partials.size() > few.size()) {
     many.resize(program.partials.size());
-    partials = many.data();
+    found = many;
   }
-  const size_t size = rows.size();
   for (const Step& step : program.steps) {
     const bool reduces = step.kind == Step::Kind::reduce;
     if (reduces && !run_pair(step.left.variable, step.right.variable, rows)) return nullptr;
-    const double* right = operand_values(step.right, rows, 0.0, partials);
-    const double* left = reduces ? operand_values(step.left, rows, 0.0, partials) : right;
+    const double* right = operand_values(step.right, rows, found);
+    const double* left = reduces ? operand_values(step.left, rows, found) : right;
     if (left == nullptr || right == nullptr || step.kind == Step::Kind::discard) return nullptr;
     const bool is_last = &step == &program.steps.back();
-    double* result =
-        is_last && target != nullptr ? target : place_of_result(step, partials, *this, size);
-    partials[step.partial] = result;
-    if (reduces) {
-      reduce_columns(step.op, left, right, result, size);
-    } else {
-      std::transform(right, right + size, result, std::negate());
-    }
+    found[step.partial] = {left, right,
+                           is_last && target != nullptr
+                               ? target
+                               : place_of_result(step, found, *this, rows.size())};
   }
-  return operand_values(program.result, rows, start, partials);
+  run_steps(program.steps, found, rows.size());
+  switch (program.result.source) {
+    case Operand::Source::number:
+      return everywhere(program.result.number, rows.size());
+    case Operand::Source::partial:
+      return found[program.result.partial].result;
+    default:
+      return values(*program.result.variable, rows, start);
+  }
 }
 
 void Columns::put_back(int32_t row, size_t position) {

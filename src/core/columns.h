@@ -3,13 +3,13 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <span>
 #include <vector>
 
 #include "core/data_pool_center.h"
 #include "core/program.h"
+#include "platform/line_aligned.h"
 
 namespace quor {
 
@@ -38,11 +38,18 @@ class ColumnScratch {
   static constexpr size_t least_size = 1024;
 
   struct Buffer {
-    std::unique_ptr<double[]> values;
+    LineAlignedNumbers values;
     size_t size = 0;
   };
   std::vector<Buffer> buffers_;
   size_t used_ = 0;
+};
+
+/// Where a step of a formula reads over a block, and where its result goes.
+struct StepRows {
+  const double* left;
+  const double* right;
+  double* result;
 };
 
 /// Works out statements over a block, one after the other, as bar by bar would: the same values in
@@ -90,6 +97,9 @@ class Columns {
   double* scratch(size_t size) { return scratch_.take(size); }
   /// The cells of a column, all of which the caller writes.
   double* overwrite(int32_t column, Block rows);
+  /// Writes cells, but for those that hold the values already, as in a run over a history that is
+  /// as it was: reading them takes less than writing them and keeping what they held.
+  void write(int32_t column, Block rows, const double* values);
   /// To be told of a call's memory before it takes in some rows. It has known those below `known`.
   void note_memory(CallMemory& memory, Block rows, int32_t known);
 
@@ -113,7 +123,7 @@ class Columns {
   };
   struct Broadcast {
     double value;
-    std::unique_ptr<double[]> values;
+    LineAlignedNumbers values;
     size_t size;
   };
 
@@ -129,8 +139,9 @@ class Columns {
   const double* expression_values(Variable& variable, Block rows, double start);
   /// The last step goes to `target`, if that isn't null.
   const double* program_values(const Program& program, Block rows, double start, double* target);
-  const double* operand_values(const Operand& operand, Block rows, double start,
-                               const double* const* partials);
+  /// Of a number no more than a strip.
+  const double* operand_values(const Operand& operand, Block rows,
+                               std::span<const StepRows> steps);
   bool can_ask_calls(Block rows) const { return nesting_ < most_column_levels && rows.first >= 1; }
   bool is_early(const Variable& call, Block rows) const;
   void run_group(std::span<const Early> calls);
@@ -194,11 +205,11 @@ struct ColumnCall {
   double* scratch() const { return columns.scratch(size()); }
   /// The cells of a column at the rows of the call, all of which the caller writes.
   double* overwrite(int32_t column) const { return columns.overwrite(column, rows); }
+  void write(int32_t column, const double* values) const { columns.write(column, rows, values); }
   /// The values of an argument, which come to stand in a column, too.
   const double* stored(size_t position, int32_t column) const {
     const double* const found = values(position);
-    if (found == nullptr || found == cells(column) + rows.first) return found;
-    std::copy_n(found, size(), overwrite(column));
+    if (found != nullptr && found != cells(column) + rows.first) write(column, found);
     return found;
   }
   /// The cells of a column at the rows of a call that runs beside others, which need no putting

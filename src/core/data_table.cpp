@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <memory>
+#include <cstring>
 #include <stdexcept>
 
 #include "calendar/trade_day_help.h"
@@ -11,7 +11,7 @@
 namespace quor {
 
 void Cells::make_room(size_t room, size_t kept) {
-  auto memory = std::make_unique_for_overwrite<double[]>(room);
+  LineAlignedNumbers memory = line_aligned_numbers(room);
   std::copy_n(values_, kept, memory.get());
   own_ = std::move(memory);
   values_ = own_.get();
@@ -24,7 +24,7 @@ void Cells::lend(const double* values) {
   values_ = const_cast<double*>(values);
 }
 
-std::unique_ptr<double[]> Cells::take() {
+LineAlignedNumbers Cells::take() {
   values_ = nullptr;
   room_ = 0;
   return std::move(own_);
@@ -183,6 +183,12 @@ bool DataTable::claim_blanks(int32_t index, int32_t first, int32_t end) {
   write_blanks_before(column, are_blank ? first : end);
   if (are_blank) column.blank_from = end;
   return are_blank;
+}
+
+bool DataTable::holds(int32_t index, int32_t row, std::span<const double> values) const {
+  const Column& column = columns_[static_cast<size_t>(index)];
+  return column.blank_from >= row + static_cast<int32_t>(values.size()) &&
+         std::memcmp(column.cells.data() + row, values.data(), values.size_bytes()) == 0;
 }
 
 namespace {
@@ -381,8 +387,8 @@ void DataTable::reset() {
   watches_changes_ = false;
 }
 
-std::vector<std::unique_ptr<double[]>> DataTable::take_columns(std::span<const int32_t> columns) {
-  std::vector<std::unique_ptr<double[]>> taken;
+std::vector<LineAlignedNumbers> DataTable::take_columns(std::span<const int32_t> columns) {
+  std::vector<LineAlignedNumbers> taken;
   taken.reserve(columns.size());
   for (const int32_t column : columns) {
     write_blanks_of(column);

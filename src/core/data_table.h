@@ -5,8 +5,6 @@
 #include <bit>
 #include <cstdint>
 #include <limits>
-#include <memory>
-#include <new>
 #include <span>
 #include <string>
 #include <unordered_map>
@@ -16,6 +14,7 @@
 #include "calendar/civil_time.h"
 #include "core/row_changes.h"
 #include "core/value.h"
+#include "platform/line_aligned.h"
 
 namespace quor {
 
@@ -44,19 +43,6 @@ struct BatchRow {
   int64_t key;
   uint32_t place;
   uint32_t row;  ///< of the table; known while the table merges
-};
-
-/// Allocates from the start of a cache line, for values that are fetched out of order.
-template <typename T>
-struct LineAligned {
-  using value_type = T;
-  LineAligned() = default;
-  template <typename U>
-  explicit LineAligned(const LineAligned<U>&) {}
-  static constexpr std::align_val_t line{64};
-  T* allocate(size_t count) { return static_cast<T*>(::operator new(count * sizeof(T), line)); }
-  void deallocate(T* memory, size_t) { ::operator delete(memory, line); }
-  bool operator==(const LineAligned&) const = default;
 };
 
 /// New values for some columns of some rows, row by row. One batch after the other may use the same
@@ -92,10 +78,10 @@ class Cells {
   /// Values of somebody else, which nobody writes; the room of the own ones is given up.
   void lend(const double* values);
   /// Gives the memory of own values away.
-  std::unique_ptr<double[]> take();
+  LineAlignedNumbers take();
 
  private:
-  std::unique_ptr<double[]> own_;
+  LineAlignedNumbers own_;
   double* values_ = nullptr;
   size_t room_ = 0;
 };
@@ -155,6 +141,11 @@ class DataTable {
   void write_blanks_of(int32_t column);
   /// To be told that all cells of some rows are going to be written. Whether they were blank.
   bool claim_blanks(int32_t column, int32_t first, int32_t end);
+  bool is_blank(int32_t column, int32_t row) const {
+    return columns_[static_cast<size_t>(column)].blank_from <= row;
+  }
+  /// Whether the cells from a row on hold these values, bit by bit, and none is blank.
+  bool holds(int32_t column, int32_t row, std::span<const double> values) const;
   /// Takes a batch in one merge. Cells of existing rows that the batch doesn't name keep their
   /// values, those of new rows are null; column 1 holds the key.
   void merge_rows(RowBatch& batch);
@@ -241,7 +232,7 @@ class DataTable {
   void clear_rows();
   /// Gives the values of some columns away, of which none is lent or comes twice, and drops all
   /// rows.
-  std::vector<std::unique_ptr<double[]>> take_columns(std::span<const int32_t> columns);
+  std::vector<LineAlignedNumbers> take_columns(std::span<const int32_t> columns);
 
  private:
   static constexpr uint32_t no_row = 0xFFFFFFFF;

@@ -1,5 +1,6 @@
 #include "core/lowering.h"
 
+#include <cmath>
 #include <optional>
 
 namespace quor {
@@ -134,7 +135,23 @@ class Lowering {
     step.left = operands_.back();
     operands_.pop_back();
     step.op = *op;
+    if (step.op == op_divide && step.right.source == Operand::Source::number) {
+      multiply_instead(step);
+    }
     push_result_of(step);
+  }
+
+  /// By a power of two, a product with its reciprocal is the quotient bit for bit, and takes a
+  /// fraction of the time.
+  static void multiply_instead(Step& step) {
+    int exponent = 0;
+    const bool is_power = std::fabs(std::frexp(step.right.number, &exponent)) == 0.5;
+    // Division by what is near 0 gives 0; reciprocals of the largest numbers lose bits.
+    constexpr int least = -30;
+    constexpr int most = 1000;
+    if (!is_power || exponent < least || exponent > most) return;
+    step.op = op_times;
+    step.right.number = 1.0 / step.right.number;
   }
 
   void finish() {

@@ -15,17 +15,27 @@ namespace {
 double zero_mark(double condition) { return mark_of(condition != 0.0); }
 double int_mark(double condition) { return mark_of(to_int(condition) != 0); }
 
-void mark_last_row(const ColumnCall& call, double* cells) {
-  std::fill_n(cells, call.size(), mark_of(false));
-  if (call.rows.end == call.table().row_count()) cells[call.size() - 1] = mark_of(true);
+const double* mark_of_last_row(const ColumnCall& call) {
+  double* const marks = call.scratch();
+  std::fill_n(marks, call.size(), mark_of(false));
+  if (call.rows.end == call.table().row_count()) marks[call.size() - 1] = mark_of(true);
+  return marks;
 }
 
 template <double mark(double condition)>
-void mark_rows(const double* conditions, size_t size, double* cells) {
-  wherever_wide([=] {
+const double* marks_of(const ColumnCall& call, const double* conditions) {
+  double* const marks = call.scratch();
+  wherever_wide([=, size = call.size()] {
     QUOR_ROWS_APART
-    for (size_t i = 0; i < size; ++i) cells[i] = mark(conditions[i]);
+    for (size_t i = 0; i < size; ++i) marks[i] = mark(conditions[i]);
   });
+  return marks;
+}
+
+const double* negated(const ColumnCall& call, const double* values) {
+  double* const opposites = call.scratch();
+  std::transform(values, values + call.size(), opposites, std::negate());
+  return opposites;
 }
 
 }  // namespace
@@ -214,18 +224,28 @@ const double* DrawingFunc::column(const ColumnCall& call) const {
     if (argument->aux_column_indexes.empty()) continue;
     const double* values = call.values(bound.argument);
     if (values == nullptr) return nullptr;
-    std::copy_n(values, call.size(), call.overwrite(argument->aux_column_indexes[0]));
+    call.write(argument->aux_column_indexes[0], values);
   }
   const bool written = std::ranges::all_of(
       filled_columns_, [&](size_t position) { return write_column(call, position); });
   return written ? call.everywhere(call.start) : nullptr;
 }
 
+/// What belongs in the cells of a column that an argument fills.
+const double* DrawingFunc::fill_of(const ColumnCall& call, Fill fill,
+                                   const double* values) const {
+  if (fill == Fill::number) return values;
+  if (fill == Fill::negated) return negated(call, values);
+  if (!is_drawn(*call.variable.shape)) return call.everywhere(hidden_mark);
+  return fill == Fill::zero_mark ? marks_of<zero_mark>(call, values)
+                                 : marks_of<int_mark>(call, values);
+}
+
 bool DrawingFunc::write_column(const ColumnCall& call, size_t position) const {
   const Column& column = row_.columns.begin()[position];
   const auto& own = call.variable.aux_column_indexes;
   if (column.fill == Fill::last_row) {
-    if (position < own.size()) mark_last_row(call, call.overwrite(own[position]));
+    if (position < own.size()) call.write(own[position], mark_of_last_row(call));
     return position < own.size();
   }
   const Variable* argument = call.argument(column.argument);
@@ -233,19 +253,7 @@ bool DrawingFunc::write_column(const ColumnCall& call, size_t position) const {
   if (column.fill != Fill::negated && argument->text.empty()) return true;
   const double* values = call.values(column.argument);
   if (values == nullptr || position >= own.size()) return false;
-  double* cells = call.overwrite(own[position]);
-  const size_t size = call.size();
-  if (column.fill == Fill::number) {
-    std::copy_n(values, size, cells);
-  } else if (column.fill == Fill::negated) {
-    std::transform(values, values + size, cells, std::negate());
-  } else if (!is_drawn(*call.variable.shape)) {
-    std::fill_n(cells, size, hidden_mark);
-  } else if (column.fill == Fill::zero_mark) {
-    mark_rows<zero_mark>(values, size, cells);
-  } else {
-    mark_rows<int_mark>(values, size, cells);
-  }
+  call.write(own[position], fill_of(call, column.fill, values));
   return true;
 }
 

@@ -273,9 +273,11 @@ std::span<const double> Script::column(uint32_t id) const {
   return body_->table().cells(index);
 }
 
-std::vector<std::unique_ptr<double[]>> Script::take_columns(std::span<const uint32_t> ids) {
+void FreeColumn::operator()(double* cells) const { FreeLines()(cells); }
+
+std::vector<TakenColumn> Script::take_columns(std::span<const uint32_t> ids) {
   DataTable& table = body_->parser.pool().table();
-  std::vector<std::unique_ptr<double[]>> columns;
+  std::vector<TakenColumn> columns;
   std::vector<int32_t> taken;
   std::vector<size_t> places;
   for (const uint32_t id : ids) {
@@ -286,12 +288,12 @@ std::vector<std::unique_ptr<double[]>> Script::take_columns(std::span<const uint
       places.push_back(columns.size() - 1);
       taken.push_back(index);
     } else {
-      copy = std::make_unique_for_overwrite<double[]>(cells.size());
+      copy.reset(line_aligned_numbers(cells.size()).release());
       std::ranges::copy(cells, copy.get());
     }
   }
   auto given = table.take_columns(taken);
-  for (size_t i = 0; i < given.size(); ++i) columns[places[i]] = std::move(given[i]);
+  for (size_t i = 0; i < given.size(); ++i) columns[places[i]].reset(given[i].release());
   return columns;
 }
 

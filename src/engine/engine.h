@@ -34,6 +34,12 @@
 
 namespace quor::engine {
 
+/// The cells of a column that is no longer a script's.
+struct FreeColumn {
+  void operator()(double* cells) const;
+};
+using TakenColumn = std::unique_ptr<double[], FreeColumn>;
+
 class Script {
  public:
   /// Compiles. A script with an error makes an object, too, whose report holds it.
@@ -89,7 +95,7 @@ class Script {
   std::span<const double> column(uint32_t id) const;
   /// Gives the cells of columns away, `row_count()` each, and drops all bars. A column that comes
   /// twice and one that is a field are copied. Misuse: a column that isn't there.
-  std::vector<std::unique_ptr<double[]>> take_columns(std::span<const uint32_t> ids);
+  std::vector<TakenColumn> take_columns(std::span<const uint32_t> ids);
   /// The named lines in the order of the script.
   const std::vector<Line>& lines() const;
   bool has_condition() const;
