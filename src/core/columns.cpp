@@ -366,10 +366,9 @@ const double* Columns::program_values(const Program& program, Block rows, double
     const double* left = reduces ? operand_values(step.left, rows, found) : right;
     if (left == nullptr || right == nullptr || step.kind == Step::Kind::discard) return nullptr;
     const bool is_last = &step == &program.steps.back();
-    found[step.partial] = {left, right,
-                           is_last && target != nullptr
-                               ? target
-                               : place_of_result(step, found, *this, rows.size())};
+    found[step.partial] = {
+        left, right,
+        is_last && target != nullptr ? target : place_of_result(step, found, *this, rows.size())};
   }
   run_steps(program.steps, found, rows.size());
   switch (program.result.source) {

@@ -140,8 +140,7 @@ class Columns {
   /// The last step goes to `target`, if that isn't null.
   const double* program_values(const Program& program, Block rows, double start, double* target);
   /// Of a number no more than a strip.
-  const double* operand_values(const Operand& operand, Block rows,
-                               std::span<const StepRows> steps);
+  const double* operand_values(const Operand& operand, Block rows, std::span<const StepRows> steps);
   bool can_ask_calls(Block rows) const { return nesting_ < most_column_levels && rows.first >= 1; }
   bool is_early(const Variable& call, Block rows) const;
   void run_group(std::span<const Early> calls);

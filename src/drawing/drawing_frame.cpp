@@ -232,8 +232,7 @@ const double* DrawingFunc::column(const ColumnCall& call) const {
 }
 
 /// What belongs in the cells of a column that an argument fills.
-const double* DrawingFunc::fill_of(const ColumnCall& call, Fill fill,
-                                   const double* values) const {
+const double* DrawingFunc::fill_of(const ColumnCall& call, Fill fill, const double* values) const {
   if (fill == Fill::number) return values;
   if (fill == Fill::negated) return negated(call, values);
   if (!is_drawn(*call.variable.shape)) return call.everywhere(hidden_mark);
