@@ -43,9 +43,10 @@ function(quor_precompile target)
   endif()
 endfunction()
 
-# quor_batch(TARGET): the sources are compiled several at once, so that the headers that they share are read
-# fewer times. Names of one file mustn't mean something else in another one. A whole build takes less time
-# so, and one after a change more, hence the preset `dev` precompiles headers instead.
+# quor_batch(TARGET [SOURCE...]): the sources are compiled several at once, but for the given ones, so that
+# the headers that they share are read fewer times. Names of one file mustn't mean something else in another
+# one. A whole build takes less time so, and one after a change more, hence the preset `dev` precompiles
+# headers instead.
 option(QUOR_BATCH "Compile small sources several at once" OFF)
 function(quor_batch target)
   if(NOT QUOR_BATCH)
@@ -53,6 +54,7 @@ function(quor_batch target)
     return()
   endif()
   set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 10)
+  set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
   # Of a class of a header that has a member of a type that only its own file knows.
   target_compile_options(${target} PRIVATE
     "$<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>")

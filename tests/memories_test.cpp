@@ -17,14 +17,14 @@ class Scripts {
   explicit Scripts(uint64_t seed) : random_(seed) {}
 
   std::string make() {
-    parts_ = {"C", "O", "V"};
-    std::string script;
+    parts_ = {"C", "O", "V", "N", "K"};
+    std::string script = "N:=3;K:=2;";
     const int lines = 2 + below(4);
     for (int line = 0; line < lines; ++line) {
       const std::string name = "L" + std::to_string(line);
       script += name + ":=" + expression(2) + ";";
       parts_.push_back(name);
-      if (below(12) == 0) script += "SET(" + std::string(1, "COV"[below(3)]) + "," + name + ");";
+      if (below(12) == 0) script += "SET(" + std::string(1, "COVN"[below(4)]) + "," + name + ");";
     }
     return script;
   }

@@ -109,7 +109,7 @@ void Plan::make(CompiledScript& script, const DataTable& table) {
   each_in_full_ = walk.each_in_full();
   find_ways(script, walk);
   note_twins(script, walk);
-  if (!script.shares_columns && script.may_remember) plan_memories(script, walk);
+  if (!script.shares_columns && script.may_remember) plan_memories(walk);
 }
 
 void Plan::find_ways(const CompiledScript& script, const PlanWalk& walk) {

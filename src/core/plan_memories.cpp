@@ -36,7 +36,7 @@ constexpr Origin unknown_origin = {.steady = false};
 
 class MemoryPlan {
  public:
-  MemoryPlan(const CompiledScript& script, const PlanWalk& walk) : script_(script), walk_(walk) {}
+  explicit MemoryPlan(const PlanWalk& walk) : walk_(walk) {}
 
   void apply() {
     for (Variable* call : walk_.calls()) {
@@ -60,7 +60,7 @@ class MemoryPlan {
       case VariableKind::field:
         return origin_of_column(variable.column_id);
       case VariableKind::number:
-        return {.steady = !script_.sets_variables};
+        return {.steady = !walk_.is_set(variable)};
       case VariableKind::expression:
         return origin_of_expression(variable, level);
       case VariableKind::call:
@@ -167,15 +167,12 @@ class MemoryPlan {
            (!uses.shared && walk_.writer_of(series->column_id) == nullptr);
   }
 
-  const CompiledScript& script_;
   const PlanWalk& walk_;
   std::unordered_map<const Variable*, Origin> origins_;
 };
 
 }  // namespace
 
-void plan_memories(CompiledScript& script, const PlanWalk& walk) {
-  MemoryPlan(script, walk).apply();
-}
+void plan_memories(const PlanWalk& walk) { MemoryPlan(walk).apply(); }
 
 }  // namespace quor

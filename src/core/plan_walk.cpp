@@ -199,8 +199,11 @@ void PlanWalk::note_set_targets(const Variable& call, Reach reach) {
   const int64_t statement = reach.elsewhere ? INT64_MAX : position_;
   for (size_t i = 0; i < call.arguments.size(); i += 2) {
     const Variable* target = call.arguments[i];
-    if (target != nullptr && target->kind == VariableKind::field) {
+    if (target == nullptr) continue;
+    if (target->kind == VariableKind::field) {
       note_writer(target->column_id, statement, in_full_);
+    } else {
+      set_numbers_.insert(target);
     }
   }
 }

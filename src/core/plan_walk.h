@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "core/compiled_script.h"
@@ -71,6 +72,8 @@ class PlanWalk {
   Uses uses_of(const Variable& variable) const;
   /// Null for a column that the script doesn't write.
   const Writer* writer_of(uint32_t column_id) const;
+  /// Whether a call of the script gives a number another value.
+  bool is_set(const Variable& number) const { return set_numbers_.contains(&number); }
 
   /// Whether a run takes one statement after the other over all rows.
   bool each_in_full() const { return each_in_full_; }
@@ -96,6 +99,7 @@ class PlanWalk {
   std::vector<Variable*> calls_;
   std::unordered_map<const Variable*, Uses> uses_;
   std::unordered_map<uint32_t, Writer> writers_;  ///< by column id
+  std::unordered_set<const Variable*> set_numbers_;
   int64_t position_ = no_statement;               ///< of the statement that is walked over
   bool in_full_ = false;                          ///< whether it is calculated so
 };
