@@ -146,7 +146,7 @@ Status CalculateCenter::run_by_blocks(std::span<const uint32_t> statements, int3
   int32_t size = block_rule_.first_block;
   for (Block rows{bars_end, bars_end}; rows.first < end; rows.first = rows.end) {
     rows.end = rows.first + std::min(size, end - rows.first);
-    size = std::min(2 * size, block_rule_.longest_block);
+    size = std::min(rows.end - first, block_rule_.longest_block);
     const Status block_status = run_block(statements, rows, first, error);
     if (failed(block_status)) return block_status;
   }

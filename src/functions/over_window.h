@@ -1,6 +1,7 @@
 // The shape of a word that reduces the last N values of a series to a number.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <concepts>
 #include <cstdint>
@@ -203,16 +204,19 @@ class OverWindow : public BaseFunc {
     const int32_t n = period ? to_int(*period) : 0;
     if (n < 1) return nullptr;
     const int64_t opens = opens_at(rule.gate, n);
-    const bool is_open = call.rows.first >= opens;
-    if (!is_open && call.rows.end > opens) return nullptr;
-    if (!is_open && !rule.stores_before_gate) return call.everywhere(null_value);
-    const double* series = series_over(call, 0, rule.place);
-    if (series == nullptr) return nullptr;
-    if (!is_open) return call.everywhere(null_value);
-    if (rule.keeps_result && !call.variable.has_column()) return nullptr;
+    const int32_t from =
+        static_cast<int32_t>(std::clamp<int64_t>(opens, call.rows.first, call.rows.end));
+    const Block open{from, call.rows.end};
+    const ColumnCall evaluated{call.columns, call.variable,
+                               rule.stores_before_gate ? call.rows : open, call.start};
+    const double* series = evaluated.size() > 0 ? series_over(evaluated, 0, rule.place) : nullptr;
+    if (series == nullptr && evaluated.size() > 0) return nullptr;
+    if (open.size() == 0) return call.everywhere(null_value);
+    if (rule.keeps_result && (!call.variable.has_column() || open != call.rows)) return nullptr;
     double* results =
         rule.keeps_result ? call.overwrite(call.variable.column_index) : call.scratch();
-    reduce_rows(Reduce(n), series, call.rows, static_cast<size_t>(n), results);
+    double* first_open = std::fill_n(results, call.size() - open.size(), null_value);
+    reduce_rows(Reduce(n), series, open, static_cast<size_t>(n), first_open);
     return results;
   }
 
