@@ -17,8 +17,8 @@ namespace quor {
 [[noreturn]] void refuse_nesting();
 
 /// How a run over many rows is cut: the first rows and shorter runs go bar by bar, so that columns
-/// are taken in the order of bars; then blocks of rows follow, each as long as all before it together
-/// up to the longest.
+/// are taken in the order of bars; then blocks of rows follow, each as long as all before it
+/// together up to the longest.
 struct BlockRule {
   int32_t shortest_run = 64;
   int32_t bars_first = 2;

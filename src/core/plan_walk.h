@@ -100,8 +100,8 @@ class PlanWalk {
   std::unordered_map<const Variable*, Uses> uses_;
   std::unordered_map<uint32_t, Writer> writers_;  ///< by column id
   std::unordered_set<const Variable*> set_numbers_;
-  int64_t position_ = no_statement;               ///< of the statement that is walked over
-  bool in_full_ = false;                          ///< whether it is calculated so
+  int64_t position_ = no_statement;  ///< of the statement that is walked over
+  bool in_full_ = false;             ///< whether it is calculated so
 };
 
 /// Whether the arguments behind the series of the call are numbers.
