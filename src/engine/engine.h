@@ -34,7 +34,7 @@
 
 namespace quor::engine {
 
-/// The cells of a column that is no longer a script's.
+/// Frees the cells of a column that `Script::take_columns` has given away.
 struct FreeColumn {
   void operator()(double* cells) const;
 };

@@ -207,10 +207,11 @@ class OverWindow : public BaseFunc {
     const int32_t from =
         static_cast<int32_t>(std::clamp<int64_t>(opens, call.rows.first, call.rows.end));
     const Block open{from, call.rows.end};
+    if (open.size() == 0 && !rule.stores_before_gate) return call.everywhere(null_value);
     const ColumnCall evaluated{call.columns, call.variable,
                                rule.stores_before_gate ? call.rows : open, call.start};
-    const double* series = evaluated.size() > 0 ? series_over(evaluated, 0, rule.place) : nullptr;
-    if (series == nullptr && evaluated.size() > 0) return nullptr;
+    const double* series = series_over(evaluated, 0, rule.place);
+    if (series == nullptr) return nullptr;
     if (open.size() == 0) return call.everywhere(null_value);
     if (rule.keeps_result && (!call.variable.has_column() || open != call.rows)) return nullptr;
     double* results =
