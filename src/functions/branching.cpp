@@ -1,10 +1,13 @@
 // Words that choose. A branch that isn't taken isn't evaluated, so what its words keep from bar to
 // bar stands still.
+#include <array>
+
 #include "core/base_func.h"
 #include "core/call.h"
 #include "core/columns.h"
 #include "core/reduce.h"
 #include "core/value.h"
+#include "platform/processor.h"
 #include "vocabulary/families.h"
 
 namespace quor {
@@ -44,15 +47,18 @@ class Choice final : public BaseFunc {
   }
   const double* column(const ColumnCall& call) const override {
     if (call.argument_count() < 3) return call.everywhere(null_value);
-    const double* arguments[3];
+    std::array<const double*, 3> arguments;
     for (size_t i = 0; i < 3; ++i) {
       arguments[i] = call.values(i);
       if (arguments[i] == nullptr) return nullptr;
     }
     double* result = call.scratch();
-    for (size_t i = 0; i < call.size(); ++i) {
-      result[i] = either(arguments[0][i] != 0.0, arguments[1][i], arguments[2][i]);
-    }
+    wherever_wide([arguments, result, size = call.size()] {
+      QUOR_ROWS_APART
+      for (size_t i = 0; i < size; ++i) {
+        result[i] = either(arguments[0][i] != 0.0, arguments[1][i], arguments[2][i]);
+      }
+    });
     return result;
   }
   ColumnTraits column_traits() const override { return choosing; }
@@ -110,9 +116,12 @@ class Chain final : public BaseFunc {
     const double* value = call.values(position + 1);
     if (condition == nullptr || value == nullptr) return nullptr;
     double* result = call.scratch();
-    for (size_t i = 0; i < call.size(); ++i) {
-      result[i] = either((condition[i] == 0.0) == holds_at_zero, value[i], otherwise[i]);
-    }
+    wherever_wide([=, size = call.size()] {
+      QUOR_ROWS_APART
+      for (size_t i = 0; i < size; ++i) {
+        result[i] = either((condition[i] == 0.0) == holds_at_zero, value[i], otherwise[i]);
+      }
+    });
     return result;
   }
 };

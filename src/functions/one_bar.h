@@ -14,6 +14,7 @@
 #include "core/call.h"
 #include "core/columns.h"
 #include "core/value.h"
+#include "platform/processor.h"
 
 namespace quor {
 
@@ -59,14 +60,14 @@ class OneBar final : public BaseFunc {
     const std::array<const double*, count> arguments = {call.values(position)...};
     if (std::ranges::find(arguments, nullptr) != arguments.end()) return nullptr;
     double* values = call.scratch();
-    const size_t size = call.size();
-    for (size_t i = 0; i < size; ++i) {
-      const auto value = function(arguments[position][i]...);
-      if constexpr (may_write_nothing) {
-        values[i] = value.value_or(call.start);
-      } else {
-        values[i] = value;
+    if constexpr (may_write_nothing) {
+      for (size_t i = 0; i < call.size(); ++i) {
+        values[i] = function(arguments[position][i]...).value_or(call.start);
       }
+    } else {
+      wherever_wide([=, size = call.size()] {
+        for (size_t i = 0; i < size; ++i) values[i] = function(arguments[position][i]...);
+      });
     }
     return values;
   }
