@@ -69,8 +69,8 @@ class BaseFunc {
   /// Whether the call could be one of these.
   virtual bool can_run_side_by_side(const ColumnCall&) const { return false; }
   /// What `column` does, for several calls over the same rows at once, so that their divisions
-  /// overlap. The results stand in the columns of the calls, whose cells need not be put back.
-  /// False where one of them has to go bar by bar.
+  /// overlap. The results stand in the columns of the calls. False where one of them has to go bar
+  /// by bar.
   virtual bool run_side_by_side(std::span<const ColumnCall>) const { return false; }
   /// The same for one call or two and a `Follower` of theirs.
   virtual bool run_followed(std::span<const ColumnCall>, const ColumnCall& /*follower*/) const {

@@ -68,11 +68,9 @@ void Columns::run_early(std::span<Early> calls) {
 void Columns::run_group(std::span<const Early> calls) {
   group_.clear();
   for (const Early& early : calls) {
-    const ColumnCall call{*this, *early.call, block_, null_value};
+    const ColumnCall call{*this, *early.call, block_, null_value, early.position};
     if (is_early(*early.call, block_) || !early.call->function->can_run_side_by_side(call))
       continue;
-    position_ = early.position;
-    overwrite_results(*early.call, block_);
     early_.push_back(early);
     group_.push_back(call);
   }
@@ -84,7 +82,7 @@ void Columns::run_group(std::span<const Early> calls) {
 bool Columns::can_pair(Variable& call, Block rows) {
   return call.function->column_traits().side_by_side && !is_early(call, rows) &&
          can_ask_calls(rows) &&
-         call.function->can_run_side_by_side({*this, call, rows, null_value});
+         call.function->can_run_side_by_side({*this, call, rows, null_value, position_});
 }
 
 bool Columns::run_pair(Variable* left, Variable* right, Block rows) {
@@ -93,7 +91,8 @@ bool Columns::run_pair(Variable* left, Variable* right, Block rows) {
   if (left == nullptr || right == nullptr || left == right || left->function != right->function ||
       !can_pair(*left, rows) || !can_pair(*right, rows))
     return true;
-  const ColumnCall pair[] = {{*this, *left, rows, null_value}, {*this, *right, rows, null_value}};
+  const ColumnCall pair[] = {{*this, *left, rows, null_value, position_},
+                             {*this, *right, rows, null_value, position_}};
   return run_beside(pair, left->follower.of_difference ? follower_of(*left, rows) : Follower());
 }
 
@@ -109,7 +108,7 @@ const double* Columns::leader_values(Variable& call, Block rows, double start) {
   if (follower.call == nullptr || follower.of_difference || !can_pair(call, rows)) {
     return call_values(call, rows, start);
   }
-  const ColumnCall leader[] = {{*this, call, rows, start}};
+  const ColumnCall leader[] = {{*this, call, rows, start, position_}};
   if (!run_beside(leader, follower)) return nullptr;
   return pool_.table().cells(call.column_index).data() + rows.first;
 }
@@ -117,28 +116,16 @@ const double* Columns::leader_values(Variable& call, Block rows, double start) {
 bool Columns::run_beside(std::span<const ColumnCall> calls, const Follower& follower) {
   const Block rows = calls.front().rows;
   const BaseFunc& word = *calls.front().variable.function;
-  for (const ColumnCall& call : calls) overwrite_results(call.variable, rows);
   ++nesting_;
-  bool is_done = false;
-  if (follower.call == nullptr) {
-    is_done = word.run_side_by_side(calls);
-  } else {
-    const size_t leading = std::exchange(position_, follower.statement);
-    overwrite_results(*follower.call, rows);
-    position_ = leading;
-    is_done = word.run_followed(calls, {*this, *follower.call, rows, null_value});
-  }
+  const bool is_done =
+      follower.call == nullptr
+          ? word.run_side_by_side(calls)
+          : word.run_followed(calls, {*this, *follower.call, rows, null_value, follower.statement});
   --nesting_;
   if (!is_done) return false;
   for (const ColumnCall& call : calls) early_.push_back({&call.variable, position_, rows});
   if (follower.call != nullptr) early_.push_back({follower.call, follower.statement, rows});
   return true;
-}
-
-/// The columns that a call which waits for its own last value writes.
-void Columns::overwrite_results(const Variable& call, Block rows) {
-  overwrite(call.column_index, rows);
-  for (const int32_t column : call.aux_column_indexes) overwrite(column, rows);
 }
 
 bool Columns::is_early(const Variable& call, Block rows) const {
@@ -162,15 +149,14 @@ bool Columns::calculate(Variable& statement, size_t position) {
   scratch_.release();
   const bool has_column = statement.column_id != no_column && statement.column_index != -1;
   if (statement.kind == VariableKind::number) {
-    if (has_column)
-      write(statement.column_index, block_, everywhere(statement.value, block_.size()));
+    if (has_column) write(statement.column_index, block_, statement.value, position);
     return true;
   }
   const Program& program = statement.program;
   // A formula writes its last step where the value goes, if nothing is there.
   double* target = has_column && program.result.source == Operand::Source::partial &&
                            pool_.table().is_blank(statement.column_index, block_.first)
-                       ? overwrite(statement.column_index, block_)
+                       ? overwrite(statement.column_index, block_, position)
                        : nullptr;
   const double* result = program_values(program, block_, 0.0, target);
   if (result == nullptr) {
@@ -178,21 +164,37 @@ bool Columns::calculate(Variable& statement, size_t position) {
     return false;
   }
   if (!has_column) return true;
-  const double* own = pool_.table().cells(statement.column_index).data() + block_.first;
-  if (result != own) write(statement.column_index, block_, result);
+  write(statement.column_index, block_, result, position);
   return true;
 }
 
-void Columns::write(int32_t column, Block rows, const double* values) {
-  if (pool_.table().holds(column, rows.first, {values, rows.size()})) return;
-  std::copy_n(values, rows.size(), overwrite(column, rows));
+void Columns::write(int32_t column, Block rows, const double* values, size_t position) {
+  DataTable& table = pool_.table();
+  if (values == table.cells(column).data() + rows.first ||
+      table.holds(column, rows.first, {values, rows.size()}))
+    return;
+  std::copy_n(values, rows.size(), overwrite(column, rows, position));
 }
 
-double* Columns::overwrite(int32_t column, Block rows) {
+void Columns::write(int32_t column, Block rows, double value, size_t position) {
+  if (pool_.table().holds(column, rows.first, rows.size(), value)) return;
+  std::fill_n(overwrite(column, rows, position), rows.size(), value);
+}
+
+double* Columns::results_of(int32_t column, Block rows, size_t position) {
+  constexpr size_t line = line_size / sizeof(double);
+  const DataTable& table = pool_.table();
+  if (table.is_blank(column, rows.first)) return overwrite(column, rows, position);
+  double* const results = scratch(line + rows.size()) + line;
+  results[-1] = table.cell(int64_t{rows.first} - 1, column);
+  return results;
+}
+
+double* Columns::overwrite(int32_t column, Block rows, size_t position) {
   DataTable& table = pool_.table();
   const bool were_blank = table.claim_blanks(column, rows.first, rows.end);
   double* cells = table.writable_cells(column, rows.first).data();
-  overwritten_.push_back({position_, column, rows, old_values_.size(), were_blank});
+  overwritten_.push_back({position, column, rows, old_values_.size(), were_blank});
   if (!were_blank) old_values_.insert(old_values_.end(), cells, cells + rows.size());
   return cells;
 }
@@ -267,7 +269,7 @@ const double* Columns::values(Variable& variable, Block rows, double start) {
 
 const double* Columns::call_values(Variable& call, Block rows, double start) {
   ++nesting_;
-  const double* result = call.function->column({*this, call, rows, start});
+  const double* result = call.function->column({*this, call, rows, start, position_});
   --nesting_;
   return result;
 }

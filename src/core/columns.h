@@ -95,11 +95,16 @@ class Columns {
   /// One number at every row.
   const double* everywhere(double value, size_t size);
   double* scratch(size_t size) { return scratch_.take(size); }
-  /// The cells of a column, all of which the caller writes.
-  double* overwrite(int32_t column, Block rows);
+  /// The cells of a column, all of which the caller writes, for the statement at a position.
+  double* overwrite(int32_t column, Block rows, size_t position);
   /// Writes cells, but for those that hold the values already, as in a run over a history that is
   /// as it was: reading them takes less than writing them and keeping what they held.
-  void write(int32_t column, Block rows, const double* values);
+  void write(int32_t column, Block rows, const double* values, size_t position);
+  /// The same with one value for all cells.
+  void write(int32_t column, Block rows, double value, size_t position);
+  /// Where values that `write` is going to be given are worked out: in the cells if these are
+  /// blank. Place -1 holds the row before.
+  double* results_of(int32_t column, Block rows, size_t position);
   /// To be told of a call's memory before it takes in some rows. It has known those below `known`.
   void note_memory(CallMemory& memory, Block rows, int32_t known);
 
@@ -148,7 +153,6 @@ class Columns {
   Follower follower_of(const Variable& call, Block rows);
   const double* leader_values(Variable& call, Block rows, double start);
   bool run_beside(std::span<const ColumnCall> calls, const Follower& follower);
-  void overwrite_results(const Variable& call, Block rows);
   void put_back(const Overwritten& cells, int32_t first);
   void put_back_since(size_t cells, size_t memories);
 
@@ -178,6 +182,10 @@ struct ColumnCall {
   Variable& variable;
   const Block rows;
   const double start;
+  const size_t statement;  ///< the position of the one that it is worked out for
+
+  /// The same call over other rows.
+  ColumnCall over(Block others) const { return {columns, variable, others, start, statement}; }
 
   DataTable& table() const { return columns.pool().table(); }
   size_t size() const { return rows.size(); }
@@ -203,18 +211,22 @@ struct ColumnCall {
   const double* everywhere(double value) const { return columns.everywhere(value, size()); }
   double* scratch() const { return columns.scratch(size()); }
   /// The cells of a column at the rows of the call, all of which the caller writes.
-  double* overwrite(int32_t column) const { return columns.overwrite(column, rows); }
-  void write(int32_t column, const double* values) const { columns.write(column, rows, values); }
+  double* overwrite(int32_t column) const { return columns.overwrite(column, rows, statement); }
+  void write(int32_t column, const double* values) const {
+    columns.write(column, rows, values, statement);
+  }
+  void write(int32_t column, double value) const { columns.write(column, rows, value, statement); }
+  double* results_of(int32_t column) const { return columns.results_of(column, rows, statement); }
+  /// Writes results that have been worked out there, and gives the cells.
+  const double* keep(int32_t column, const double* results) const {
+    write(column, results);
+    return cells(column) + rows.first;
+  }
   /// The values of an argument, which come to stand in a column, too.
   const double* stored(size_t position, int32_t column) const {
     const double* const found = values(position);
     if (found != nullptr && found != cells(column) + rows.first) write(column, found);
     return found;
-  }
-  /// The cells of a column at the rows of a call that runs beside others, which need no putting
-  /// back.
-  double* own_cells(int32_t column) const {
-    return table().writable_cells(column, rows.first).data();
   }
   /// What `value_at` gives at each row.
   template <typename ValueAt>

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "calendar/trade_day_help.h"
+#include "platform/processor.h"
 #include "tables/field_table.h"
 
 namespace quor {
@@ -189,6 +190,20 @@ bool DataTable::holds(int32_t index, int32_t row, std::span<const double> values
   const Column& column = columns_[static_cast<size_t>(index)];
   return column.blank_from >= row + static_cast<int32_t>(values.size()) &&
          std::memcmp(column.cells.data() + row, values.data(), values.size_bytes()) == 0;
+}
+
+bool DataTable::holds(int32_t index, int32_t row, size_t count, double value) const {
+  const Column& column = columns_[static_cast<size_t>(index)];
+  const auto bits = std::bit_cast<uint64_t>(value);
+  if (column.blank_from < row + static_cast<int32_t>(count)) return false;
+  const double* const cells = column.cells.data() + row;
+  bool are_equal = false;
+  wherever_wide([cells, count, bits, &are_equal] {
+    uint64_t differing = 0;
+    for (size_t i = 0; i < count; ++i) differing |= std::bit_cast<uint64_t>(cells[i]) ^ bits;
+    are_equal = differing == 0;
+  });
+  return are_equal;
 }
 
 namespace {

@@ -146,6 +146,8 @@ class DataTable {
   }
   /// Whether the cells from a row on hold these values, bit by bit, and none is blank.
   bool holds(int32_t column, int32_t row, std::span<const double> values) const;
+  /// The same with one value for all of `count` cells.
+  bool holds(int32_t column, int32_t row, size_t count, double value) const;
   /// Takes a batch in one merge. Cells of existing rows that the batch doesn't name keep their
   /// values, those of new rows are null; column 1 holds the key.
   void merge_rows(RowBatch& batch);

@@ -1,5 +1,6 @@
 #include "drawing/drawing_frame.h"
 
+#include <cmath>
 #include <functional>
 
 #include "core/call.h"
@@ -13,7 +14,8 @@ namespace quor {
 namespace {
 
 double zero_mark(double condition) { return mark_of(condition != 0.0); }
-double int_mark(double condition) { return mark_of(to_int(condition) != 0); }
+/// What has no whole part at all, a null or too large a number, doesn't truncate to 0 either.
+double int_mark(double condition) { return mark_of(!(std::fabs(condition) < 1.0)); }
 
 const double* mark_of_last_row(const ColumnCall& call) {
   double* const marks = call.scratch();
@@ -189,13 +191,7 @@ Status DrawingFunc::write_column(const Call& call, BaseShape& record, size_t pos
   double value;
   const Status status = evaluate(call, column.argument, value);
   if (failed(status)) return status;
-  if (column.fill == Fill::negated) {
-    value = -value;
-  } else if (column.fill != Fill::number) {
-    const double mark = column.fill == Fill::zero_mark ? zero_mark(value) : int_mark(value);
-    value = is_drawn(record) ? mark : hidden_mark;
-  }
-  set_call_column(call, position, value);
+  set_call_column(call, position, fill_of(record, column.fill, value));
   return Status::ok;
 }
 
@@ -231,7 +227,14 @@ const double* DrawingFunc::column(const ColumnCall& call) const {
   return written ? call.everywhere(call.start) : nullptr;
 }
 
-/// What belongs in the cells of a column that an argument fills.
+/// What belongs in the cell of a column that an argument fills.
+double DrawingFunc::fill_of(BaseShape& record, Fill fill, double value) const {
+  if (fill == Fill::number) return value;
+  if (fill == Fill::negated) return -value;
+  if (!is_drawn(record)) return hidden_mark;
+  return fill == Fill::zero_mark ? zero_mark(value) : int_mark(value);
+}
+
 const double* DrawingFunc::fill_of(const ColumnCall& call, Fill fill, const double* values) const {
   if (fill == Fill::number) return values;
   if (fill == Fill::negated) return negated(call, values);
@@ -252,7 +255,11 @@ bool DrawingFunc::write_column(const ColumnCall& call, size_t position) const {
   if (column.fill != Fill::negated && argument->text.empty()) return true;
   const double* values = call.values(column.argument);
   if (values == nullptr || position >= own.size()) return false;
-  call.write(own[position], fill_of(call, column.fill, values));
+  if (const std::optional<double> number = call.number(column.argument)) {
+    call.write(own[position], fill_of(*call.variable.shape, column.fill, *number));
+  } else {
+    call.write(own[position], fill_of(call, column.fill, values));
+  }
   return true;
 }
 

@@ -214,6 +214,7 @@ class DrawingFunc : public BaseFunc {
   Status make_columns(Draft& draft) const;
   Status write_column(const Call& call, BaseShape& record, size_t position) const;
   bool write_column(const ColumnCall& call, size_t position) const;
+  double fill_of(BaseShape& record, Fill fill, double value) const;
   const double* fill_of(const ColumnCall& call, Fill fill, const double* values) const;
   bool is_drawn(BaseShape& record) const {
     return row_.is_drawn == nullptr || row_.is_drawn(record);

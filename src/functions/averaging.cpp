@@ -8,6 +8,7 @@
 #include "core/call.h"
 #include "core/column_owners.h"
 #include "core/model.h"
+#include "functions/lanes.h"
 #include "functions/series.h"
 #include "functions/side_by_side.h"
 
@@ -115,62 +116,134 @@ struct MeanLane {
   double period;
   std::span<const double> series;  ///< a whole column
   int32_t first;                   ///< the row that the block begins with
+  double count_before;             ///< of the bar before it
   const double* x;                 ///< these three from there on
-  double* results;
-  double* counts;
+  double* results;                 ///< behind that of the bar before
+  double* counts;                  ///< null as long as they all are `count_before`
 
   int64_t n() const { return to_int(period); }
   /// The bars from a place on that pass no null have means of a count that stands still.
   bool is_steady(size_t place) const {
     const int64_t row = int64_t{first} + static_cast<int64_t>(place);
-    return n() >= 1 && row >= n() && to_int(*counts_before(place)) > 0 &&
-           !is_null(results[static_cast<ptrdiff_t>(place) - 1]);
+    return n() >= 1 && row >= n() && count_at(place) > 0 && !is_null(state_before(place).result);
   }
-  const double* counts_before(size_t place) const {
-    return counts + static_cast<ptrdiff_t>(place) - 1;
+  /// How many values the window before a place has.
+  int32_t count_at(size_t place) const { return to_int(state_before(place).count); }
+  AverageState state_before(size_t place) const {
+    const bool has_count = counts != nullptr && place > 0;
+    return {results[static_cast<ptrdiff_t>(place) - 1],
+            has_count ? counts[place - 1] : count_before};
   }
 };
 
+/// Where the values lie that leave the window at a place and behind it.
+const double* leaving_at(const MeanLane& lane, size_t place) {
+  return &lane.series[static_cast<size_t>(lane.first - lane.n()) + place];
+}
+
 /// Means of windows through which no null goes, for as many bars as there are in a row from a place
-/// on. Several lanes side by side end with the first null of any.
-template <size_t count>
-size_t steady_means(const std::array<MeanLane, count>& lanes, size_t place, size_t size) {
+/// on.
+///
+/// A bar starts from the mean before it times its count, which mostly is the very total that was
+/// divided. The next bar goes on with that, and the processor divides meanwhile; it only waits for
+/// a product that turns out to differ.
+size_t steady_means(const std::array<MeanLane, 1>& lanes, size_t place, size_t size) {
+  const MeanLane& lane = lanes.front();
+  const double count = lane.count_at(place);
+  const double* leaving = leaving_at(lane, place);
+  double total = lane.state_before(place).result * count;
+  for (; place < size; ++place, ++leaving) {
+    total = total - *leaving + lane.x[place];
+    const double mean = total / count;
+    const double product = mean * count;
+    if (product != total) [[unlikely]] {
+      if (is_null(product)) return place;
+      asm volatile("");  // or the compiler chooses without a branch, and so always waits
+      total = product;
+    }
+    lane.results[place] = mean;
+  }
+  return place;
+}
+
+struct PlainQuotient {
+  static constexpr bool ends_with_null = true;
+  double count;
+  double operator()(double total) const { return total / count; }
+};
+/// What it makes of nulls isn't taken.
+struct FusedQuotient {
+  static constexpr bool ends_with_null = false;
+  double count;
+  Divisor divisor;
+  double operator()(double total) const { return fused_quotient(total, divisor); }
+};
+
+/// Lanes beside each other wait for all of their divisions at once.
+template <typename Quotient, size_t count>
+size_t means_beside(std::array<MeanLane, count> lanes, std::array<Quotient, count> quotients,
+                    size_t place, size_t end) {
   double means[count];
-  double counts[count];
   const double* leaving[count];
   for (size_t k = 0; k < count; ++k) {
-    const MeanLane& lane = lanes[k];
-    means[k] = lane.results[static_cast<ptrdiff_t>(place) - 1];
-    counts[k] = to_int(*lane.counts_before(place));
-    leaving[k] = &lane.series[static_cast<size_t>(lane.first - lane.n()) + place];
+    means[k] = lanes[k].results[static_cast<ptrdiff_t>(place) - 1];
+    leaving[k] = leaving_at(lanes[k], place);
   }
-  for (const size_t begin = place; place < size; ++place) {
+  for (const size_t begin = place; place < end; ++place) {
     bool meets_null = false;
 #pragma GCC unroll 4
     for (size_t k = 0; k < count; ++k) {
-      means[k] = (means[k] * counts[k] - leaving[k][place - begin] + lanes[k].x[place]) / counts[k];
-      meets_null |= is_null(means[k]);
+      const double sum = means[k] * quotients[k].count;
+      means[k] = quotients[k](sum - leaving[k][place - begin] + lanes[k].x[place]);
+      lanes[k].results[place] = means[k];
+      meets_null |= Quotient::ends_with_null && is_null(means[k]);
     }
     if (meets_null) break;
-#pragma GCC unroll 4
-    for (size_t k = 0; k < count; ++k) lanes[k].results[place] = means[k];
   }
   return place;
+}
+
+/// False where a result leaves a doubt.
+template <size_t count>
+bool run_fused_means(const std::array<MeanLane, count>& lanes,
+                     const std::array<FusedQuotient, count>& quotients, size_t first, size_t end) {
+  run_wide([&] { means_beside(lanes, quotients, first, end); });
+  return std::ranges::all_of(lanes, [first, end](const MeanLane& lane) {
+    return are_moderate(lane.results + first, end - first);
+  });
+}
+
+/// The same for several lanes; they end with the first null of any.
+template <size_t count>
+size_t steady_means(const std::array<MeanLane, count>& lanes, size_t place, size_t size) {
+  std::array<PlainQuotient, count> plain;
+  std::array<FusedQuotient, count> fused;
+  for (size_t k = 0; k < count; ++k) {
+    const int32_t values = lanes[k].count_at(place);
+    plain[k] = {static_cast<double>(values)};
+    fused[k] = {plain[k].count, divisor_of(static_cast<uint64_t>(values))};
+  }
+  for (size_t end = place; place < size; place = end) {
+    end = std::min(place + fused_strip, size);
+    if (is_wide() && run_fused_means(lanes, fused, place, end)) continue;
+    const size_t reached = means_beside(lanes, plain, place, end);
+    if (reached < end) return reached;
+  }
+  return size;
 }
 
 /// The bars from `place` on; those before stand.
 void finish_means(const MeanLane& lane, size_t place, size_t size) {
   while (place < size) {
     if (lane.is_steady(place)) {
-      const size_t end = steady_means<1>({lane}, place, size);
-      std::fill(lane.counts + place, lane.counts + end, to_int(*lane.counts_before(place)));
+      const size_t end = steady_means(std::array{lane}, place, size);
+      std::fill(lane.counts + place, lane.counts + end, lane.count_at(place));
       place = end;
       if (place == size) return;
     }
     const int32_t row = lane.first + static_cast<int32_t>(place);
     const int64_t n = lane.n();
-    const AverageState before{lane.results[static_cast<ptrdiff_t>(place) - 1],
-                              *lane.counts_before(place)};
+    const AverageState before = lane.state_before(place);
     AverageState state{null_value, lane.period};
     if (n >= 1 && row >= n - 1) {
       const AverageStep step = sliding_average(lane.series, before, row, lane.x[place], n, n);
@@ -182,10 +255,34 @@ void finish_means(const MeanLane& lane, size_t place, size_t size) {
   }
 }
 
-MeanLane lane_of(const ColumnCall& call, const double* x, double* results, double* counts) {
-  return {*call.number(1), call.table().cells(call.argument(0)->column_index),
-          call.rows.first, x,
-          results,         counts};
+MeanLane lane_of(const ColumnCall& call) {
+  const int32_t series = call.argument(0)->column_index;
+  const double* x = call.stored(0, series);
+  if (x == nullptr) return {};
+  const int64_t before = int64_t{call.rows.first} - 1;
+  return {.period = *call.number(1),
+          .series = call.table().cells(series),
+          .first = call.rows.first,
+          .count_before = call.table().cell(before, call.variable.aux_column_indexes[0]),
+          .x = x,
+          .results = call.results_of(call.variable.column_index),
+          .counts = nullptr};
+}
+
+/// Works out the bars behind the first `done` ones, whose means are there, and writes all. Gives
+/// the cells of the means.
+const double* finish(const ColumnCall& call, MeanLane lane, size_t done) {
+  const int32_t column = call.variable.aux_column_indexes[0];
+  const double count = lane.count_at(0);
+  if (done == call.size()) {
+    call.write(column, count);
+  } else {
+    lane.counts = call.results_of(column);
+    std::fill_n(lane.counts, done, count);
+    finish_means(lane, done, call.size());
+    call.write(column, lane.counts);
+  }
+  return call.keep(call.variable.column_index, lane.results);
 }
 
 }  // namespace
@@ -197,29 +294,19 @@ bool can_average(const ColumnCall& call) {
 }
 
 const double* moving_average(const ColumnCall& call) {
-  const double* x = can_average(call) ? call.stored(0, call.argument(0)->column_index) : nullptr;
-  if (x == nullptr) return nullptr;
-  double* results = call.overwrite(call.variable.column_index);
-  double* counts = call.overwrite(call.variable.aux_column_indexes[0]);
-  finish_means(lane_of(call, x, results, counts), 0, call.size());
-  return results;
+  if (!can_average(call)) return nullptr;
+  const MeanLane lane = lane_of(call);
+  if (lane.x == nullptr) return nullptr;
+  const size_t done = lane.is_steady(0) ? steady_means(std::array{lane}, 0, call.size()) : 0;
+  return finish(call, lane, done);
 }
 
 bool moving_averages(std::span<const ColumnCall> calls) {
-  const auto lane_of_own = [](const ColumnCall& call) {
-    return lane_of(call, call.stored(0, call.argument(0)->column_index),
-                   call.own_cells(call.variable.column_index),
-                   call.own_cells(call.variable.aux_column_indexes[0]));
-  };
-  const size_t size = calls.front().size();
-  return in_groups(calls, lane_of_own, [size](const auto& lanes) {
+  return in_groups(calls, lane_of, [](auto group, const auto& lanes) {
     const bool all_steady =
         std::ranges::all_of(lanes, [](const MeanLane& lane) { return lane.is_steady(0); });
-    const size_t end = all_steady ? steady_means(lanes, 0, size) : 0;
-    for (const MeanLane& lane : lanes) {
-      std::fill(lane.counts, lane.counts + end, to_int(*lane.counts_before(0)));
-      finish_means(lane, end, size);
-    }
+    const size_t done = all_steady ? steady_means(lanes, 0, group.front().size()) : 0;
+    for (size_t k = 0; k < lanes.size(); ++k) finish(group[k], lanes[k], done);
   });
 }
 

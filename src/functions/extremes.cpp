@@ -159,7 +159,7 @@ class EarlierExtreme : public BaseFunc {
  public:
   using BaseFunc::BaseFunc;
   const double* column(const ColumnCall& call) const final {
-    return extremes_over<extreme>({call.columns, call.variable, call.rows.shifted(-1), call.start});
+    return extremes_over<extreme>(call.over(call.rows.shifted(-1)));
   }
   ColumnTraits column_traits() const final {
     ColumnTraits traits = extreme_traits;

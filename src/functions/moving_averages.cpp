@@ -1,4 +1,6 @@
 // The averages that carry their value from bar to bar in a column of the table.
+#include <cstdlib>
+
 #include "core/call.h"
 #include "core/column_owners.h"
 #include "functions/averaging.h"
@@ -52,6 +54,10 @@ struct ExponentialStep {
       return y;
     return is_null(x) ? x : is_null(prev) ? exponential_step(n, x, x) : y;
   }
+  std::optional<WeightedStep> weighted() const {
+    if (n < 0) return std::nullopt;
+    return WeightedStep(n - 1, 2, n + 1);
+  }
 };
 
 using EMA = Recurrence<ExponentialStep>;
@@ -94,6 +100,11 @@ struct SmoothingStep {
   }
   static double first(double x) { return x; }
   double next(double x, double prev) const { return smoothing_step(x, prev, n, m); }
+  std::optional<WeightedStep> weighted() const {
+    const int64_t old_weight = int64_t{n} - m;
+    if (std::abs(old_weight) > WeightedStep::largest) return std::nullopt;
+    return WeightedStep(old_weight, m, n);
+  }
 };
 
 using SMA = Recurrence<SmoothingStep>;

@@ -34,6 +34,7 @@ struct LaneWindow {
   using Number = Lanes<Part>;
   const double* values;  ///< of the first one
   size_t count;
+  Divisor divisor;  ///< where they are fused: what `Reduce::divisor` makes of the count
 
   size_t size() const { return count; }
   bool empty() const { return count == 0; }
@@ -57,13 +58,13 @@ inline constexpr bool is_fused = false;
 template <typename Part>
 inline constexpr bool is_fused<LaneWindow<Part, true>> = true;
 
-/// x / d for the numbers of a window. A fused one has no zero below 0, which sums don't show.
+/// x / d for the numbers of a window; d is what a fused one has for its divisor.
 template <typename W>
-Number<W> quotient(const Number<W>& x, Divisor d) {
+Number<W> quotient(const Number<W>& x, const W& window, double d) {
   if constexpr (is_fused<W>) {
-    return fused_quotient(x, d);
+    return fused_quotient(x, window.divisor);
   } else {
-    return x / d.value;
+    return x / d;
   }
 }
 
@@ -106,6 +107,7 @@ struct WindowRows {
   size_t count;
   size_t rows;
   double* results;
+  Divisor divisor;
 };
 
 /// Takes as many rows as there are lanes at a time; some are left.
@@ -113,7 +115,7 @@ template <typename W, typename Reduce>
 void reduce_lanes(const Reduce& reduce, WindowRows& left) {
   constexpr size_t lanes = Number<W>::count;
   for (; left.rows >= lanes; left.rows -= lanes, left.window += lanes, left.results += lanes) {
-    store(reduce.finish(reduce(W{left.window, left.count})), left.results);
+    store(reduce.finish(reduce(W{left.window, left.count, left.divisor})), left.results);
   }
 }
 
@@ -122,12 +124,16 @@ QUOR_WIDE void reduce_wide_lanes(const Reduce& reduce, WindowRows& left) {
   reduce_lanes<W>(reduce, left);
 }
 
-/// Whether divisions by whole numbers may be `fused_quotient` in the windows of these rows.
+/// Whether divisions by whole numbers may be `fused_quotient` in the windows of these rows; gives
+/// them their divisor then.
 template <typename Reduce>
-bool can_fuse(const WindowRows& left) {
+bool can_fuse(WindowRows& left) {
   if constexpr (requires { Reduce::longest_fused; }) {
-    return left.count <= Reduce::longest_fused &&
-           are_moderate(left.window, left.count - 1 + left.rows);
+    if (left.count > Reduce::longest_fused ||
+        !are_moderate(left.window, left.count - 1 + left.rows))
+      return false;
+    left.divisor = divisor_of(Reduce::divisor(left.count));
+    return true;
   } else {
     return false;
   }
@@ -138,7 +144,7 @@ template <typename Reduce>
 void reduce_rows(const Reduce& reduce, const double* series, Block rows, size_t count,
                  double* results) {
   const double* window = series + rows.first - (static_cast<ptrdiff_t>(count) - 1);
-  WindowRows left{window, count, rows.size(), results};
+  WindowRows left{window, count, rows.size(), results, {}};
   if constexpr (Reduce::in_lanes) {
     if (is_wide() && can_fuse<Reduce>(left)) {
       reduce_wide_lanes<LaneWindow<Quad, true>>(reduce, left);
@@ -175,7 +181,8 @@ inline int32_t store_at(SeriesPlace place, const Call& call, Variable& argument,
 }
 
 /// A word of X and N. `Reduce` is made of N, takes a window of one row or of several at once (with
-/// `in_lanes`), and finishes the number of each row.
+/// `in_lanes`), and finishes the number of each row. With `longest_fused` windows of so many values
+/// or fewer may be fused.
 template <typename Reduce, WindowRule rule>
 class OverWindow : public BaseFunc {
  public:
@@ -208,17 +215,16 @@ class OverWindow : public BaseFunc {
         static_cast<int32_t>(std::clamp<int64_t>(opens, call.rows.first, call.rows.end));
     const Block open{from, call.rows.end};
     if (open.size() == 0 && !rule.stores_before_gate) return call.everywhere(null_value);
-    const ColumnCall evaluated{call.columns, call.variable,
-                               rule.stores_before_gate ? call.rows : open, call.start};
+    const ColumnCall evaluated = call.over(rule.stores_before_gate ? call.rows : open);
     const double* series = series_over(evaluated, 0, rule.place);
     if (series == nullptr) return nullptr;
     if (open.size() == 0) return call.everywhere(null_value);
     if (rule.keeps_result && (!call.variable.has_column() || open != call.rows)) return nullptr;
     double* results =
-        rule.keeps_result ? call.overwrite(call.variable.column_index) : call.scratch();
+        rule.keeps_result ? call.results_of(call.variable.column_index) : call.scratch();
     double* first_open = std::fill_n(results, call.size() - open.size(), null_value);
     reduce_rows(Reduce(n), series, open, static_cast<size_t>(n), first_open);
-    return results;
+    return rule.keeps_result ? call.keep(call.variable.column_index, results) : results;
   }
 
   ColumnTraits column_traits() const final {

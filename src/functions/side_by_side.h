@@ -11,7 +11,7 @@
 
 namespace quor {
 
-/// Hands lanes of the calls to `run`, as arrays of `count`, as long as there are enough calls.
+/// Hands calls and arrays of their lanes to `run`, by `count`, as long as there are enough of them.
 /// False at a lane without a series, which the calls from there on don't get over.
 template <size_t count, typename LaneOf, typename Run>
 bool in_groups_of(std::span<const ColumnCall>& calls, const LaneOf& lane_of, const Run& run) {
@@ -22,12 +22,12 @@ bool in_groups_of(std::span<const ColumnCall>& calls, const LaneOf& lane_of, con
     (std::make_index_sequence<count>());
     if (std::ranges::any_of(lanes, [](const auto& lane) { return lane.x == nullptr; }))
       return false;
-    run(lanes);
+    run(calls.template first<count>(), lanes);
   }
   return true;
 }
 
-/// Hands what `lane_of` makes of the calls to `run` by four, by three, by two and one by one.
+/// The same by four, by three, by two and one by one.
 template <typename LaneOf, typename Run>
 bool in_groups(std::span<const ColumnCall> calls, const LaneOf& lane_of, const Run& run) {
   return in_groups_of<4>(calls, lane_of, run) && in_groups_of<3>(calls, lane_of, run) &&

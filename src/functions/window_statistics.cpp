@@ -1,5 +1,6 @@
 // Words that reduce the last N values of one or two series to a number. The series are read in
 // place from columns, oldest value first.
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -49,8 +50,7 @@ struct Place {
 constexpr auto places = [] {
   std::array<Place, 512> all{};
   for (size_t j = 1; j < all.size(); ++j) {
-    const auto product = static_cast<double>(j * (j + 1));
-    all[j] = {static_cast<double>(j + 1), {product, 1.0 / product}};
+    all[j] = {static_cast<double>(j + 1), divisor_of(j * (j + 1))};
   }
   return all;
 }();
@@ -94,28 +94,25 @@ struct PlainReduction {
   }
 };
 
-struct SampleVariance : PlainReduction {
+/// The squares over N - `fewer`. A window of no more values has no variance.
+template <size_t fewer>
+struct Variance : PlainReduction {
   using PlainReduction::PlainReduction;
   static constexpr size_t longest_fused = places.size();
+  static size_t divisor(size_t count) { return std::max<size_t>(count - fewer, 1); }
   template <typename W>
   Number<W> operator()(const W& window) const {
-    if (window.size() < 2) return Number<W>{} + null_value;
-    return squared_distances(window) / (size_of(window) - 1.0);
+    if (fewer > 0 && window.size() <= fewer) return Number<W>{} + null_value;
+    return quotient<W>(squared_distances(window), window, size_of(window) - fewer);
   }
 };
 
-struct PopulationVariance : PlainReduction {
-  using PlainReduction::PlainReduction;
-  static constexpr size_t longest_fused = places.size();
-  template <typename W>
-  Number<W> operator()(const W& window) const {
-    return squared_distances(window) / size_of(window);
-  }
-};
+using SampleVariance = Variance<1>;
+using PopulationVariance = Variance<0>;
 
-template <typename Variance>
-struct Deviation : Variance {
-  using Variance::Variance;
+template <typename Squares>
+struct Deviation : Squares {
+  using Squares::Squares;
   template <typename N>
   static N finish(const N& variance) {
     return square_root(variance);
@@ -139,14 +136,17 @@ struct SquaresAboutMean : PlainReduction {
 struct MeanAbsoluteDeviation : PlainReduction {
   using PlainReduction::PlainReduction;
   static constexpr size_t longest_fused = INT32_MAX;
+  static size_t divisor(size_t count) { return count; }
   static Status scan(const Call& call) { return scan_unchecked_period(call, 2, 1); }
   template <typename W>
   Number<W> operator()(const W& window) const {
-    const Divisor size{size_of(window), 1.0 / size_of(window)};
+    const double size = size_of(window);
     Number<W> mean{};
-    for (size_t i = 0; i < window.size(); ++i) mean += quotient<W>(window[i], size);
+    for (size_t i = 0; i < window.size(); ++i) mean += quotient<W>(window[i], window, size);
     Number<W> sum{};
-    for (size_t i = 0; i < window.size(); ++i) sum += quotient<W>(absolute(window[i] - mean), size);
+    for (size_t i = 0; i < window.size(); ++i) {
+      sum += quotient<W>(absolute(window[i] - mean), window, size);
+    }
     return sum;
   }
 };

@@ -8,7 +8,8 @@
 
 namespace quor {
 
-constexpr std::align_val_t cache_line{64};
+constexpr size_t line_size = 64;
+constexpr std::align_val_t cache_line{line_size};
 
 template <typename T>
 struct LineAligned {
