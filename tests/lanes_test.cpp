@@ -9,6 +9,7 @@
 #include <random>
 #include <string>
 
+#include "functions/fused_quotient.h"
 #include "functions/weighted_step.h"
 #include "support/plain_bars.h"
 #include "support/test_host.h"

@@ -8,7 +8,7 @@
 #include "core/call.h"
 #include "core/column_owners.h"
 #include "core/model.h"
-#include "functions/lanes.h"
+#include "functions/fused_quotient.h"
 #include "functions/series.h"
 #include "functions/side_by_side.h"
 

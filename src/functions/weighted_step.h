@@ -1,11 +1,10 @@
 // The step of an average that weighs a value against the one before, without its division.
 #pragma once
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 
-#include "functions/lanes.h"
+#include "functions/fused_quotient.h"
 #include "platform/processor.h"
 
 namespace quor {
