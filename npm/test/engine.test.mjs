@@ -34,11 +34,32 @@ describe('an engine', () => {
         live.free();
         script[Symbol.dispose]();
       }
+      // Memory comes in large pieces, which many small losses fill, too.
+      for (let i = 0; i < 3000; ++i) {
+        const script = quor.compile('A:MA(C,5);B:EMA(C,9);');
+        script.run({ time: [20240101], C: [1] });
+        script.free();
+      }
       return quor.memory;
     };
     const first = grown();
     grown();
     assert.equal(grown(), first);
+  });
+
+  test('takes memory in few pieces, each of which the host pays for', async () => {
+    const quor = await load();
+    const lines = Array.from({ length: 300 }, (_, i) => `A${i}:MA(C,${i + 2});`);
+    const sizes = new Set([quor.memory]);
+    for (let count = 1; count <= lines.length; ++count) {
+      const script = quor.compile(lines.slice(0, count).join(''));
+      script.run(bars(2000));
+      sizes.add(quor.memory);
+      script.free();
+    }
+    const [first, last] = [Math.min(...sizes), Math.max(...sizes)];
+    const leaps = Math.log(last / first) / Math.log(1.25);
+    assert.ok(last > 3 * first && sizes.size <= leaps + 2, `${[...sizes]}`);
   });
 
   test('refuses what was given back', async () => {
