@@ -15,12 +15,14 @@ Range range_of(const View& view, const Record& record) {
   Range range;
   if (has_no_value(record)) return range;
   if (record.text("Style") == "DoubleRect" || record.is("VolumeShape")) range.take(0.0);
+  const bool is_shown = shows_always(record);
+  const size_t first = view.first_row(record);
   for (const auto& [value_key, mark_key] : value_places) {
     const Series values = view.series(record, value_key);
     if (!values.exists()) continue;
     const Marks shown(view.series(mark_of(record, mark_key)));
-    for (size_t row = view.first_row(record); row < view.row_count(); ++row) {
-      if (shows_always(record) || shown[row]) range.take(values[row]);
+    for (size_t row = first; row < view.row_count(); ++row) {
+      if (is_shown || shown[row]) range.take(values[row]);
     }
   }
   return range;
@@ -72,7 +74,7 @@ class Arrangement {
 
   void add(const Record& record) {
     const Range range = range_of(wide_, record);
-    const Range in_sight = range_of(view_, record);
+    const Range in_sight = &view_ == &wide_ ? range : range_of(view_, record);
     if (is_level(wide_, record, range)) {
       levels_.push_back({{&record, range.low}, latest_});
       return;

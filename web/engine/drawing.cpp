@@ -62,9 +62,8 @@ Json record_json(const Drawing& drawing, const Record& record) {
   return json;
 }
 
-}  // namespace
-
-Drawing drawing_of(const Run& run, const Bars& bars) {
+/// The records and how they share panes.
+Drawing arranged(const Run& run, const Bars& bars) {
   const CellReader cells = [&run](uint32_t row, uint32_t column) {
     const auto values = run.column(column);
     return row < values.size() ? values[row] : std::numeric_limits<double>::quiet_NaN();
@@ -89,6 +88,34 @@ Drawing drawing_of(const Run& run, const Bars& bars) {
   return drawing;
 }
 
+}  // namespace
+
+MarkColumns::MarkColumns(const std::vector<Record>& records) {
+  for (const Record& record : records) {
+    for (const auto& [key, number] : record.numbers) {
+      if (names_marks(key) && number >= 0) marks_.insert(static_cast<uint32_t>(number));
+    }
+    for (const auto& [value_key, mark_key] : value_places) {
+      const auto values = record.column(value_key);
+      if (!values) continue;
+      const auto marks = shows_always(record) ? std::nullopt : mark_of(record, mark_key);
+      auto& known = of_values_.try_emplace(*values, marks).first->second;
+      if (known != marks) known.reset();
+    }
+  }
+}
+
+std::optional<uint32_t> MarkColumns::of(uint32_t values) const {
+  const auto found = of_values_.find(values);
+  return found == of_values_.end() ? std::nullopt : found->second;
+}
+
+Drawing drawing_of(const Run& run, const Bars& bars) {
+  Drawing drawing = arranged(run, bars);
+  drawing.marks = MarkColumns(drawing.records);
+  return drawing;
+}
+
 std::vector<uint32_t> columns_of(const Drawing& drawing, const Run& run, const Bars& bars) {
   std::vector<uint32_t> columns;
   std::set<uint32_t> known;
@@ -105,25 +132,6 @@ std::vector<uint32_t> columns_of(const Drawing& drawing, const Run& run, const B
     }
   }
   return columns;
-}
-
-bool is_mark(const Drawing& drawing, uint32_t column) {
-  return std::ranges::any_of(drawing.records, [column](const Record& record) {
-    return std::ranges::any_of(record.numbers, [column](const auto& entry) {
-      return names_marks(entry.first) && entry.second == column;
-    });
-  });
-}
-
-std::optional<uint32_t> marks_of(const Drawing& drawing, uint32_t column) {
-  std::set<std::optional<uint32_t>> marks;
-  for (const Record& record : drawing.records) {
-    for (const auto& [value_key, mark_key] : value_places) {
-      if (record.column(value_key) != column) continue;
-      marks.insert(shows_always(record) ? std::nullopt : mark_of(record, mark_key));
-    }
-  }
-  return marks.size() == 1 ? *marks.begin() : std::nullopt;
 }
 
 Json records_json(const Drawing& drawing) {

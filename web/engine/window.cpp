@@ -78,7 +78,7 @@ constexpr FieldThinning field_thinnings[] = {
 const Thinning& thinning_of(const Drawing& drawing, uint32_t column) {
   const auto* const row = std::ranges::find(field_thinnings, column, &FieldThinning::field);
   if (row != std::end(field_thinnings)) return row->thinning;
-  return is_mark(drawing, column) ? any : pair;
+  return drawing.marks.contains(column) ? any : pair;
 }
 
 /// The smallest and the largest value in the order in which they come, of those that are shown.
@@ -158,7 +158,7 @@ class Writer {
     } else if (!is_pair) {
       add_each([&](size_t row) { return thinning.reduce(part(values, row)); });
     } else {
-      add_pair(values, marks_of(desk_.drawing, column));
+      add_pair(values, desk_.drawing.marks.of(column));
     }
   }
 
