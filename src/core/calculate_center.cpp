@@ -125,23 +125,30 @@ Status CalculateCenter::run_range(std::span<const uint32_t> statements, int32_t 
 }
 
 /// Where no statement sees later rows, each block writes the nulls of its own rows once its columns
-/// are there. Before the run only the first rows need them, and columns that no statement writes.
-void CalculateCenter::write_blanks_for(int32_t first, int32_t end) {
+/// are there. Only the first rows need them before the run, and columns that no statement writes,
+/// which may come with these rows.
+Status CalculateCenter::run_first_bars(std::span<const uint32_t> statements, Block rows,
+                                       std::string& error) {
   DataTable& table = pool_.table();
-  if (!table.has_blanks()) return;
-  if (first != 0 || !plan_.is_whole()) {
+  const bool leaves_blanks = rows.first == 0 && plan_.is_whole();
+  if (leaves_blanks) {
+    table.write_blanks_before(rows.end);
+    table.blank_new_columns_from(rows.end);
+  } else {
     table.write_blanks();
-    return;
   }
-  table.write_blanks_before(end);
+  const Status status = run_rows(statements, rows, error);
+  table.blank_new_columns_from(DataTable::no_blanks);
+  if (!leaves_blanks || failed(status)) return status;
+  keep_plan();
   for (const int32_t column : plan_.reads_of_no_statement()) table.write_blanks_of(column);
+  return status;
 }
 
 Status CalculateCenter::run_by_blocks(std::span<const uint32_t> statements, int32_t first,
                                       int32_t end, std::string& error) {
   const int32_t bars_end = first + std::min(block_rule_.bars_first, end - first);
-  write_blanks_for(first, bars_end);
-  const Status status = run_rows(statements, {first, bars_end}, error);
+  const Status status = run_first_bars(statements, {first, bars_end}, error);
   if (failed(status)) return status;
   int32_t size = block_rule_.first_block;
   for (Block rows{bars_end, bars_end}; rows.first < end; rows.first = rows.end) {

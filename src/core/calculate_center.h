@@ -110,11 +110,11 @@ class CalculateCenter {
   void load_calendar();
   Status run_range(std::span<const uint32_t> statements, int32_t first, int32_t end,
                    std::string& error);
+  Status run_first_bars(std::span<const uint32_t> statements, Block rows, std::string& error);
   Status run_by_blocks(std::span<const uint32_t> statements, int32_t first, int32_t end,
                        std::string& error);
   Status run_block(std::span<const uint32_t> statements, Block rows, int32_t run_from,
                    std::string& error);
-  void write_blanks_for(int32_t first, int32_t end);
   void run_early(std::span<const uint32_t> statements, Block rows, int32_t run_from);
   bool can_take(uint32_t statement, int32_t run_from) const;
   Status run_rows(std::span<const uint32_t> statements, Block rows, std::string& error);

@@ -49,9 +49,12 @@ int32_t DataTable::add_column(uint32_t id) {
   const int32_t existing = column_index_of(id);
   if (existing != -1) return existing;
   // Room first: once the three containers grow, nothing throws between them.
-  Cells cells;
-  cells.make_room(keys_.capacity(), 0);
-  std::fill_n(cells.data(), keys_.size(), null_value);
+  Column column;
+  column.cells.make_room(keys_.capacity(), 0);
+  column.blank_from = 0;
+  const bool stays_blank = is_auxiliary(id) && new_blank_from_ < row_count();
+  write_blanks_before(column, stays_blank ? new_blank_from_ : row_count());
+  if (!stays_blank) column.blank_from = no_blanks;
   const auto room = [](auto& list) {
     if (list.size() == list.capacity()) list.reserve(std::max<size_t>(8, 2 * list.size()));
   };
@@ -59,7 +62,8 @@ int32_t DataTable::add_column(uint32_t id) {
   room(columns_);
   index_of_id_.emplace(id, index);
   column_ids_.push_back(id);
-  columns_.push_back({std::move(cells)});
+  has_blanks_ |= stays_blank;
+  columns_.push_back(std::move(column));
   note_size();
   ++layout_;
   return index;
@@ -149,9 +153,8 @@ void DataTable::fill(std::span<const int64_t> keys, std::span<const ColumnValues
     column.blank_from = no_blanks;
   }
   for (size_t i = 0; i < columns_.size(); ++i) {
-    const bool is_auxiliary =
-        column_ids_[i] >= first_auxiliary_id && column_ids_[i] < next_auxiliary_id_;
-    if (!is_auxiliary) write_blanks_before(columns_[i], static_cast<int32_t>(keys.size()));
+    if (!is_auxiliary(column_ids_[i]))
+      write_blanks_before(columns_[i], static_cast<int32_t>(keys.size()));
   }
   note_size();
   note_change_from(0);
@@ -172,6 +175,7 @@ void DataTable::write_blanks_of(int32_t column) {
 }
 
 void DataTable::write_blanks() {
+  new_blank_from_ = no_blanks;
   if (!has_blanks_) return;
   write_blanks_before(row_count());
   for (Column& column : columns_) column.blank_from = no_blanks;

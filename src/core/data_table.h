@@ -89,8 +89,6 @@ class Cells {
 /// Owned by the pool and touched only under the instance's lock. A row is a 0-based index into the
 /// ascending keys; row indexes move when a row is inserted before them.
 class DataTable {
-  static constexpr int32_t no_blanks = std::numeric_limits<int32_t>::max();
-
   struct Column {
     Cells cells;
     int32_t blank_from = no_blanks;  ///< row; nulls belong from here on, but are not written
@@ -98,6 +96,9 @@ class DataTable {
   };
 
  public:
+  /// Behind any row.
+  static constexpr int32_t no_blanks = std::numeric_limits<int32_t>::max();
+
   /// The first id that lines and calls get. The common fields of a host lie below.
   static constexpr uint32_t first_auxiliary_id = 20000;
 
@@ -134,7 +135,9 @@ class DataTable {
   /// may change or drop them. Where nobody reads column 1, it may hold anything.
   void fill(std::span<const int64_t> keys, std::span<const ColumnValues> columns,
             bool reads_keys = true);
-  bool has_blanks() const { return has_blanks_; }
+  /// To be told from which row on auxiliary columns that are added are to be blank; none with
+  /// `no_blanks`, as at the beginning and after `write_blanks`.
+  void blank_new_columns_from(int32_t row) { new_blank_from_ = row; }
   /// Writes the nulls of all blank cells, or of those before a row, or of those of a column.
   void write_blanks();
   void write_blanks_before(int32_t row);
@@ -248,6 +251,9 @@ class DataTable {
     return static_cast<uint64_t>(row) < rows_ && static_cast<uint32_t>(column) < column_count_;
   }
   void note_size();
+  bool is_auxiliary(uint32_t id) const {
+    return id >= first_auxiliary_id && id < next_auxiliary_id_;
+  }
   static void write_blanks_before(Column& column, int32_t row);
   void insert_row(int64_t key);
   void store_key(size_t row, int32_t time_column);
@@ -271,6 +277,7 @@ class DataTable {
   uint64_t layout_ = 0;
   int32_t first_changed_row_ = no_change;
   bool has_blanks_ = false;
+  int32_t new_blank_from_ = no_blanks;
   bool watches_changes_ = false;
   RowChanges changes_;
 };
