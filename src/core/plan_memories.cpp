@@ -13,8 +13,9 @@ namespace {
 struct Origin {
   bool steady = true;  ///< the same whenever it is asked for, from that row and earlier ones
   bool has_state = false;
-  bool is_safe_state = true;    ///< its calls come to each row after those before it
-  bool revisits_state = false;  ///< a call in it comes to rows of a state again
+  bool has_states_ahead = false;  ///< at later rows, which nobody looks through for changes
+  bool is_safe_state = true;      ///< its calls come to each row after those before it
+  bool revisits_state = false;    ///< a call in it comes to rows of a state again
   bool can_fail = false;
   bool for_one_run = false;  ///< steady, but not from one run to the next
   bool from_full_statement = false;
@@ -23,6 +24,7 @@ struct Origin {
   void take(const Origin& part) {
     steady &= part.steady;
     has_state |= part.has_state;
+    has_states_ahead |= part.has_states_ahead;
     is_safe_state &= part.is_safe_state;
     revisits_state |= part.revisits_state;
     can_fail |= part.can_fail;
@@ -103,8 +105,11 @@ class MemoryPlan {
     origin.for_one_run |= !traits.has(looks_back);
     origin.can_fail |= traits.has(can_fail);
     if (origin.has_state && goes_out_of_order(call)) origin.is_safe_state = false;
-    // What starts late and then looks back comes to rows for the first time behind later ones.
-    const bool leaves_rows = column_traits.starts_late || column_traits.passes_over;
+    origin.has_states_ahead |= origin.has_state && traits.has(reads_forward);
+    // What starts late, or ahead, and then looks back comes to rows for the first time behind later
+    // ones.
+    const bool leaves_rows =
+        column_traits.starts_late || column_traits.passes_over || traits.has(reads_forward);
     if (origin.revisits_state && leaves_rows) origin.is_safe_state = false;
     origin.revisits_state |= origin.has_state && revisits_rows(call);
     if (leaves_state(call)) {
@@ -145,16 +150,23 @@ class MemoryPlan {
         traits.series != SeriesPlace::nowhere && traits.series != SeriesPlace::as_it_stands;
     const bool reads_cells = stores && cells_are_final(call);
     call.for_one_run |= origin.for_one_run && !reads_cells;
-    const Remembering at_least = origin.steady ? Remembering::unchanged : Remembering::nothing;
+    const bool is_compared = origin.steady && !origin.has_states_ahead;
+    const Remembering at_least = is_compared ? Remembering::unchanged : Remembering::nothing;
     if (origin.newest_statement >= uses.first_statement) return at_least;
     // Rows ahead have the columns of earlier statements only where these are finished first.
     if (uses.reach.ahead && origin.newest_statement != no_statement && !walk_.each_in_full())
       return at_least;
     if (origin.from_full_statement && !uses.in_full) return at_least;
-    const bool in_order = origin.steady && origin.is_safe_state;
+    const bool in_order = origin.steady && origin.is_safe_state &&
+                          (!origin.has_states_ahead || passes_all_rows(call, uses.reach));
     const bool leaves_no_trace = !stores && in_order && !origin.has_state && !origin.can_fail;
     if (reads_cells || leaves_no_trace) return Remembering::catching_up;
     return in_order ? Remembering::in_order : at_least;
+  }
+
+  /// Whether the call passes its rows one after the other, and leaves none out.
+  static bool passes_all_rows(const Variable& call, const Reach& reach) {
+    return has_fixed_periods(call) && !reach.passed_over && !reach.by_period && !reach.starts_late;
   }
 
   /// Whether no evaluation writes a cell of the series before the row of the statement.

@@ -121,6 +121,8 @@ class BeyondWalk {
     if (row % Blocks::fan != Blocks::fan - 1) return row;
     outermost_ = null_value;
     if (blocks_ == nullptr) return row;
+    // What the walk has evaluated may have changed what others rest on.
+    if (blocks_->goes_by_values()) blocks_->go_by_values(call_.table().watch_changes());
     while (row >= 0) {
       const int32_t rows = blocks_->rows_without(row, threshold_);
       if (rows == 0) break;

@@ -125,7 +125,8 @@ Status follow(const Call& call, int32_t row, size_t arguments, const Step& step,
     }
     // Behind rows that are all known the order begins again.
     if (remembering == Remembering::in_order && row == states.known()) states.go_in_order();
-    if (row > states.known()) return Status::ok;
+    // The value at its own row changes what others rest on, maybe, and comes before them.
+    if (remembering == Remembering::unchanged || row > states.known()) return Status::ok;
   }
   for (int32_t at = std::min(row, states.known()); at <= row; ++at) {
     if (const Status status = pass(at); failed(status)) return status;
@@ -133,10 +134,17 @@ Status follow(const Call& call, int32_t row, size_t arguments, const Step& step,
   return Status::ok;
 }
 
-/// How many rows before one have states; all up to the row if they reach so far.
+/// Whether a walk of a call down the rows, from the one that it has followed to, has to work out a
+/// row: if not, the states after it and those before hold. What the walk has worked out may have
+/// changed what they rest on.
 template <typename State>
-int32_t known_of(const RowStates<State>* states) {
-  return states != nullptr ? states->known() : 0;
+bool has_to_walk(const Call& call, RowStates<State>* states, int64_t from, int64_t row) {
+  if (states == nullptr) return true;
+  if (call.variable.remembering == Remembering::unchanged) {
+    if (row == from) return true;
+    states->go_by_values(call.table().watch_changes());
+  }
+  return row >= states->known();
 }
 
 /// The states of a call after the rows of a block; `step(size_t place, State& state)` takes a state

@@ -176,11 +176,17 @@ class CONDBARS final : public BaseFunc {
     Status status = follow(call, call.row, 2, step, states);
     if (failed(status)) return status;
     NewestHits newest;
-    const int32_t known = std::min(known_of(states), call.row + 1);
-    status = walk(call, known, newest);
-    if (failed(status)) return status;
-    for (size_t i = 0; i < 2 && known > 0; ++i) {
-      if (newest.rows[i] == no_row) newest.rows[i] = states->after(known - 1).rows[i];
+    const auto is_missing = [&newest](size_t position) { return newest.rows[position] == no_row; };
+    int32_t row = call.row;
+    for (; row >= 0 && (is_missing(0) || is_missing(1)) && has_to_walk(call, states, call.row, row);
+         --row) {
+      for (size_t position = 0; position < 2; ++position) {
+        if (is_missing(position)) status = test(call, row, position, newest);
+        if (failed(status)) return status;
+      }
+    }
+    for (size_t position = 0; position < 2 && row >= 0; ++position) {
+      if (is_missing(position)) newest.rows[position] = states->after(row).rows[position];
     }
     return call.answer(distance(newest));
   }
@@ -218,18 +224,6 @@ class CONDBARS final : public BaseFunc {
     const Status status = call.recall(position, row, value);
     if (is_one(value)) newest.rows[position] = row;
     return status;
-  }
-
-  static Status walk(const Call& call, int32_t lowest, NewestHits& newest) {
-    for (int32_t row = call.row; row >= lowest; --row) {
-      for (size_t position = 0; position < 2; ++position) {
-        if (newest.rows[position] != no_row) continue;
-        const Status status = test(call, row, position, newest);
-        if (failed(status)) return status;
-      }
-      if (newest.rows[0] != no_row && newest.rows[1] != no_row) break;
-    }
-    return Status::ok;
   }
 };
 

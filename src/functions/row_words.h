@@ -103,7 +103,6 @@ Status newest_hit(const Call& call, int32_t row, int64_t lowest, int32_t& found)
   RowStates<NewestHit>* states = nullptr;
   Status status = follow(call, row, Test::arguments, step, states);
   if (failed(status)) return status;
-  const int32_t known = std::min(known_of(states), std::max(row, -1) + 1);
   NewestHit newest;
   const auto walk = [&step, &newest](int64_t from, int64_t to) {
     for (; newest.row == no_row && from >= to; --from) {
@@ -112,9 +111,12 @@ Status newest_hit(const Call& call, int32_t row, int64_t lowest, int32_t& found)
     }
     return Status::ok;
   };
-  status = walk(row, std::max<int64_t>(known, lowest));
-  if (failed(status)) return status;
-  if (newest.row == no_row && known > 0) newest = states->after(known - 1);
+  const int64_t least = std::max<int64_t>(lowest, 0);
+  int64_t at = row;
+  for (; newest.row == no_row && at >= least && has_to_walk(call, states, row, at); --at) {
+    if (const Status passed = walk(at, at); failed(passed)) return passed;
+  }
+  if (newest.row == no_row && at >= least) newest = states->after(static_cast<int32_t>(at));
   if (newest.row == no_row && lowest < 0) {
     // What sees later rows may read cells from there, and so isn't told of by one walk.
     const bool reads_no_cell = states != nullptr && !call.variable.for_one_run;

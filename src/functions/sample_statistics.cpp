@@ -178,13 +178,13 @@ class COUNT final : public BaseFunc {
       return status;
     }
     const int64_t before = call.row - static_cast<int64_t>(bars);
-    const int32_t known = std::min(known_of(counts), call.row + 1);
     HitCount count;
-    for (int32_t row = call.row; row > before && row >= known; --row) {
+    int32_t row = call.row;
+    for (; row > before && has_to_walk(call, counts, call.row, row); --row) {
       if (const Status status = step(row, count); failed(status)) return status;
     }
-    if (known - 1 > before) {
-      count.hits += counts->after(known - 1).hits;
+    if (row > before) {
+      count.hits += counts->after(row).hits;
       if (before >= 0) count.hits -= counts->after(static_cast<int32_t>(before)).hits;
     }
     return call.answer(count.hits);
