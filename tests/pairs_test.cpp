@@ -112,6 +112,22 @@ class Player {
     read(changed_row + 5, record);
     run(changed_row, record);
     run(row_count - 1, record);
+    Bars moving = bars_;
+    for (auto& [field, values] : moving) {
+      values.back() += 2;
+      host_.feed(moving, row_count - 1, row_count);
+      tick("a tick of " + field, record);
+    }
+  }
+
+  /// The last bar has moved in one field.
+  void tick(std::string name, Record& record) {
+    host_.run(row_count - 1);
+    record.open(std::move(name));
+    const quor::DataTable& table = parser_.pool().table();
+    for (uint32_t column = 0; column < table.column_count(); ++column) {
+      record.values.push_back(table.cell(row_count - 1, static_cast<int32_t>(column)));
+    }
   }
 
   void run(uint32_t first_row, Record& record) {

@@ -2,7 +2,6 @@
 #include "core/calculate_center.h"
 
 #include <algorithm>
-#include <numeric>
 
 #include "calendar/trade_day_help.h"
 #include "core/status.h"
@@ -59,6 +58,7 @@ void CalculateCenter::refresh_column_indexes() {
 
 Status CalculateCenter::evaluate_aside(Variable& variable, int32_t row, double& value) {
   pool_.table().write_blanks();
+  pool_.script.rows_of_last_run = 0;
   pool_.script.forget_rows(pool_.table().take_first_changed_row());
   const ChangesForgotten changes(pool_);
   std::string unread;
@@ -68,6 +68,7 @@ Status CalculateCenter::evaluate_aside(Variable& variable, int32_t row, double& 
 /// A report on a script that has run scans it again, and a scan evaluates periods.
 Status CalculateCenter::scan_statements(std::string& error) {
   const ChangesForgotten changes(pool_);
+  pool_.script.rows_of_last_run = 0;
   for (Variable* statement : pool_.script.statement_list) {
     if (statement->kind == VariableKind::number) continue;
     double result = 0.0;
@@ -82,6 +83,30 @@ Status CalculateCenter::scan_statements(std::string& error) {
 void CalculateCenter::keep_plan() {
   if (pool_.script.planned_layout == pool_.table().layout()) return;
   plan_.make(pool_.script, pool_.table());
+  pool_.script.rows_of_last_run = 0;
+}
+
+/// A run over the last bar again, of which intake has changed some fields, leaves out what reads
+/// none of these: a tick mostly moves one price.
+void CalculateCenter::choose_statements(int32_t first, int32_t rows) {
+  DataTable& table = pool_.table();
+  CompiledScript& script = pool_.script;
+  const int32_t changed = table.take_first_changed_row();
+  script.forget_rows(std::min(first, changed));
+  const bool is_same_bar = first == rows - 1 && rows == script.rows_of_last_run &&
+                           !table.has_changed_more() && script.may_remember &&
+                           !script.sets_variables && !script.shares_columns &&
+                           !plan_.each_in_full();
+  script.rows_of_last_run = 0;
+  statements_.clear();
+  for (uint32_t i = 0; i < script.statement_list.size(); ++i) {
+    const std::vector<int32_t>* inputs = is_same_bar ? plan_.inputs(i) : nullptr;
+    const auto has_changed = [&table](int32_t column) { return table.has_changed(column); };
+    if (inputs != nullptr && std::ranges::none_of(*inputs, has_changed)) continue;
+    statements_.push_back(i);
+    const int32_t own = script.statement_list[i]->column_index;
+    if (is_same_bar && own != -1) table.note_change_of(own);
+  }
 }
 
 Status CalculateCenter::run_statements(int32_t first_row, std::string& error) {
@@ -90,10 +115,16 @@ Status CalculateCenter::run_statements(int32_t first_row, std::string& error) {
   // A negative first row selects no rows.
   const int32_t first = first_row < 0 ? rows : first_row;
   keep_plan();
-  pool_.script.forget_rows(std::min(first, pool_.table().take_first_changed_row()));
+  choose_statements(first, rows);
+  const Status status = run_chosen(first, rows, error);
+  if (failed(status)) return status;
+  if (first < rows) pool_.script.rows_of_last_run = rows;
+  pool_.table().forget_changes();
+  return status;
+}
+
+Status CalculateCenter::run_chosen(int32_t first, int32_t rows, std::string& error) {
   const auto& statements = pool_.script.statement_list;
-  statements_.resize(statements.size());
-  std::iota(statements_.begin(), statements_.end(), 0U);
   if (!plan_.each_in_full()) return run_range(statements_, first, rows, error);
   for (const uint32_t position : statements_) {
     const int32_t start = statements[position]->whole_series ? 0 : first;

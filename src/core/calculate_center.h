@@ -107,6 +107,8 @@ class CalculateCenter {
   Status scan_statements(std::string& error);
   void keep_plan();
   Status run_statements(int32_t first_row, std::string& error);
+  void choose_statements(int32_t first, int32_t rows);
+  Status run_chosen(int32_t first, int32_t rows, std::string& error);
   void load_calendar();
   Status run_range(std::span<const uint32_t> statements, int32_t first, int32_t end,
                    std::string& error);
@@ -136,7 +138,7 @@ class CalculateCenter {
   uint64_t seen_layout_ = UINT64_MAX;
   Columns columns_{pool_, *this};
   Plan plan_;
-  std::vector<uint32_t> statements_;   ///< the positions of all of them
+  std::vector<uint32_t> statements_;   ///< the positions of those that a run calculates
   std::vector<uint32_t> bar_by_bar_;   ///< of those that a block leaves
   std::vector<Columns::Early> early_;  ///< what a block works out first
   std::vector<uint8_t> is_finished_;   ///< for the block, by position

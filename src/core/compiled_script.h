@@ -61,7 +61,10 @@ class CompiledScript {
   void forget_rows(int32_t first);
 
   std::optional<uint64_t> planned_layout;  ///< of the table that `Plan` was made for last
-  bool may_remember = true;                ///< its calls may carry anything from bar to bar
+  /// How many rows there were when a run came to its end; 0 once what it has left may be touched
+  /// otherwise than by intake and the next run.
+  int32_t rows_of_last_run = 0;
+  bool may_remember = true;  ///< its calls may carry anything from bar to bar
   /// A field that it reads may be a column of its own: every bar is worked out anew.
   bool shares_columns = false;
   std::vector<Variable*> remembering_calls;  ///< those with a memory

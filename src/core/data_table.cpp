@@ -70,12 +70,16 @@ int32_t DataTable::add_column(uint32_t id) {
 }
 
 /// A cell that is written with what it holds has not changed.
-void DataTable::note_change(int32_t row, double before, double value) {
-  if (row >= first_changed_row_) return;
-  if (std::bit_cast<uint64_t>(before) != std::bit_cast<uint64_t>(value)) first_changed_row_ = row;
+void DataTable::note_change(int32_t column, int32_t row, double before, double value) {
+  if (row >= first_changed_row_ && has_changed(column)) return;
+  if (std::bit_cast<uint64_t>(before) == std::bit_cast<uint64_t>(value)) return;
+  first_changed_row_ = std::min(first_changed_row_, row);
+  note_change_of(column);
+  if (is_auxiliary(column_ids_[static_cast<size_t>(column)])) more_changed_in_ = era_;
 }
 
 void DataTable::note_change_from(size_t row) {
+  more_changed_in_ = era_;
   first_changed_row_ = std::min(first_changed_row_, static_cast<int32_t>(row));
 }
 
@@ -113,7 +117,7 @@ void DataTable::put_value(int64_t key, uint32_t id, double value) {
   }
   write_blanks();
   const int32_t column = add_column(id);
-  note_change(static_cast<int32_t>(row), cell(row, column), value);
+  if (column != -1) note_change(column, static_cast<int32_t>(row), cell(row, column), value);
   set_cell(static_cast<int32_t>(row), column, value);
 }
 
@@ -343,7 +347,7 @@ void DataTable::write_column(int32_t index, std::span<const BatchRow> rows, cons
   double* cells = column.cells.data();
   for (const BatchRow& source : rows) {
     const double value = values[source.place * width];
-    note_change(static_cast<int32_t>(source.row), cells[source.row], value);
+    note_change(index, static_cast<int32_t>(source.row), cells[source.row], value);
     cells[source.row] = value;
   }
 }

@@ -93,6 +93,7 @@ class DataTable {
     Cells cells;
     int32_t blank_from = no_blanks;  ///< row; nulls belong from here on, but are not written
     bool is_unread = false;
+    uint64_t changed_in = 0;  ///< which era
   };
 
  public:
@@ -218,6 +219,17 @@ class DataTable {
   /// row before it, or by its end. Results that a script writes don't count.
   int32_t take_first_changed_row() { return std::exchange(first_changed_row_, no_change); }
 
+  /// Whether intake has changed a cell of the column since `forget_changes`.
+  bool has_changed(int32_t column) const {
+    return columns_[static_cast<size_t>(column)].changed_in == era_;
+  }
+  /// Whether it has changed more than cells of fields: rows came, went or moved, or results were
+  /// overwritten.
+  bool has_changed_more() const { return more_changed_in_ == era_; }
+  /// To be told that a script writes the column anew.
+  void note_change_of(int32_t column) { columns_[static_cast<size_t>(column)].changed_in = era_; }
+  void forget_changes() { ++era_; }
+
   /// The last `count` rows up to and including `last_row`, fewer where the table begins. A negative
   /// last row and a count of 0 or -1 give an empty window, the count -2147483648 the whole column
   /// up to the row; any other count throws std::length_error with "vector too long".
@@ -244,7 +256,7 @@ class DataTable {
 
   static constexpr int32_t no_change = std::numeric_limits<int32_t>::max();
 
-  void note_change(int32_t row, double before, double value);
+  void note_change(int32_t column, int32_t row, double before, double value);
   void note_change_from(size_t row);
 
   bool is_cell(int64_t row, int32_t column) const {
@@ -276,6 +288,8 @@ class DataTable {
   uint32_t next_auxiliary_id_ = first_auxiliary_id;
   uint64_t layout_ = 0;
   int32_t first_changed_row_ = no_change;
+  uint64_t era_ = 1;  ///< begins with `forget_changes`
+  uint64_t more_changed_in_ = 0;
   bool has_blanks_ = false;
   int32_t new_blank_from_ = no_blanks;
   bool watches_changes_ = false;

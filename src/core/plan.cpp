@@ -65,10 +65,8 @@ std::array<Variable*, 2> leaders_of(const Program& program) {
 /// Whether a call leaves nothing and says the same as any other of its word over the same numbers
 /// and fields.
 bool can_have_twins(const Variable& call, const PlanWalk& walk) {
-  constexpr Traits of_its_own = reads_forward | follows_settings | acts | draws | hides_state |
-                                reads_statement | sets_arguments;
   const Traits traits = traits_of(call);
-  return traits.has(steady) && !traits.has_any(of_its_own) && call.function->by_columns() &&
+  return traits.has(steady) && !traits.has_any(of_its_own | draws) && call.function->by_columns() &&
          !call.function->column_traits().keeps_start && !leaves_state(call) &&
          call.function->required_fields().empty() && !call.arguments.empty() &&
          std::ranges::all_of(call.arguments, [&walk](const Variable* argument) {
@@ -124,6 +122,7 @@ void Plan::find_ways(const CompiledScript& script, const PlanWalk& walk) {
                             return is_in_conflict(walk.uses_of(*argument));
                           });
     ways_[i].revisits_state = parts.revisits_state;
+    ways_[i].is_repeatable = parts.has_columns && parts.is_repeatable && !parts.revisits_state;
     is_whole_ &= parts.looks_back;
   }
   note_reads(walk);
@@ -175,6 +174,9 @@ void Plan::note_reads(const PlanWalk& walk) {
     const StatementParts& parts = walk.statements()[i];
     for (const Variable* read : parts.reads) {
       const Writer* found = walk.writer_of(read->column_id);
+      // Between two runs over a bar, what is read from this statement on holds what the first left.
+      ways_[i].is_repeatable &= found == nullptr || found->statement < i;
+      if (read->column_index != -1) ways_[i].inputs.push_back(read->column_index);
       if (found == nullptr) {
         if (read->column_index != -1) given_.push_back(read->column_index);
         continue;

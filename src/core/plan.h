@@ -50,6 +50,12 @@ class Plan {
   std::span<const int32_t> reads_of_no_statement() const { return given_; }
   /// The statements that have to be finished for a block before this one can take it.
   std::span<const uint32_t> rests_on(size_t statement) const { return ways_[statement].rests_on; }
+  /// The columns that the statement reads, if it leaves at a bar what it has left there before as
+  /// long as they hold the same; else null.
+  const std::vector<int32_t>* inputs(size_t statement) const {
+    const Way& way = ways_[statement];
+    return way.is_repeatable ? &way.inputs : nullptr;
+  }
   /// Calls of the statement that can be worked out before all statements: they read numbers and
   /// fields that no statement writes.
   std::span<Variable* const> side_by_side(size_t statement) const {
@@ -60,6 +66,8 @@ class Plan {
   struct Way {
     bool by_columns = true;
     bool revisits_state = false;
+    bool is_repeatable = true;
+    std::vector<int32_t> inputs;
     std::vector<uint32_t> rests_on;
     std::vector<Variable*> side_by_side;
   };

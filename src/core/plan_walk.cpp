@@ -171,6 +171,8 @@ void PlanWalk::note_call(const Variable& call, Reach reach) {
   const bool has_state = leaves_state(call);
   if (!call.function->by_columns() || (has_state && reach.passed_over)) parts.has_columns = false;
   parts.looks_back &= traits.has(looks_back);
+  parts.is_repeatable &=
+      traits.has(steady) && !traits.has_any(of_its_own) && call.function->required_fields().empty();
   parts.sees_later_rows |= traits.has(reads_forward) || !traits.has_any(looks_back | follows_rows);
   parts.revisits_state |= has_state && reach.elsewhere;
   anything_fails_ |= traits.has(can_fail);

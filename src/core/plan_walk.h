@@ -7,8 +7,13 @@
 #include <vector>
 
 #include "core/compiled_script.h"
+#include "core/traits.h"
 
 namespace quor {
+
+/// What makes a call tell something else than its arguments do, or do something else.
+inline constexpr Traits of_its_own =
+    reads_forward | follows_settings | acts | hides_state | reads_statement | sets_arguments;
 
 /// How a statement comes to a part of it. All false: at each row that it is calculated at, once.
 struct Reach {
@@ -53,6 +58,8 @@ struct StatementParts {
   bool has_columns = true;  ///< no part has to go bar by bar
   bool sees_later_rows = false;
   bool looks_back = true;  ///< alone: no call sees later rows or follows their number
+  /// Leaves at a bar what it has left there before, as long as what it reads holds the same.
+  bool is_repeatable = true;
   /// Evaluates calls that keep a state again at bars that it has passed. That changes nothing
   /// where all bars have been passed in order, from row 0 on.
   bool revisits_state = false;
