@@ -76,6 +76,13 @@ void BenchHost::calculate_unread(uint32_t first_row) const {
   release_ptr_val(exec_parser_cal(handle_, first_row, 0, &length));
 }
 
+void BenchHost::touch(uint32_t row) const {
+  constexpr int32_t keys = 1;
+  constexpr uint32_t first_result = 20000;
+  const auto key = static_cast<uint64_t>(value(row, keys));
+  set_column_data(handle_, key, first_result, value(row, first_result) == 1 ? 2 : 1);
+}
+
 void BenchHost::clear() const { clear_data(handle_); }
 
 uint32_t BenchHost::row_count() const { return get_row_num(handle_); }
