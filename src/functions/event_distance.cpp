@@ -185,7 +185,7 @@ class CONDBARS final : public BaseFunc {
         if (failed(status)) return status;
       }
     }
-    for (size_t position = 0; position < 2 && row >= 0; ++position) {
+    for (size_t position = 0; position < 2 && states != nullptr && row >= 0; ++position) {
       if (is_missing(position)) newest.rows[position] = states->after(row).rows[position];
     }
     return call.answer(distance(newest));

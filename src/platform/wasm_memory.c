@@ -5,7 +5,7 @@
 #include <stdint.h>
 #include <unistd.h>
 
-static const uintptr_t page = 64 * 1024;
+static const uintptr_t page = UINT32_C(64) * 1024;
 
 static bool grow_by(uintptr_t pages) { return __builtin_wasm_memory_grow(0, pages) != SIZE_MAX; }
 
