@@ -223,8 +223,8 @@ class DataTable {
   bool has_changed(int32_t column) const {
     return columns_[static_cast<size_t>(column)].changed_in == era_;
   }
-  /// Whether it has changed more than cells of fields: rows came, went or moved, or results were
-  /// overwritten.
+  /// Whether it has changed more than cells of fields: rows went or moved, or results were
+  /// overwritten. A row behind all others shows by their number.
   bool has_changed_more() const { return more_changed_in_ == era_; }
   /// To be told that a script writes the column anew.
   void note_change_of(int32_t column) { columns_[static_cast<size_t>(column)].changed_in = era_; }

@@ -175,8 +175,9 @@ void Plan::note_reads(const PlanWalk& walk) {
     for (const Variable* read : parts.reads) {
       const Writer* found = walk.writer_of(read->column_id);
       // Between two runs over a bar, what is read from this statement on holds what the first left.
-      ways_[i].is_repeatable &= found == nullptr || found->statement < i;
-      if (read->column_index != -1) ways_[i].inputs.push_back(read->column_index);
+      const bool is_later_or_own = found != nullptr && found->statement >= i;
+      ways_[i].is_repeatable &= read->column_index != -1 && !is_later_or_own;
+      ways_[i].inputs.push_back(read->column_index);
       if (found == nullptr) {
         if (read->column_index != -1) given_.push_back(read->column_index);
         continue;
