@@ -45,6 +45,8 @@ void CalculateCenter::refresh_column_indexes() {
   const DataTable& table = pool_.table();
   if (table.layout() == seen_layout_) return;
   seen_layout_ = table.layout();
+  // A call that has got its column in the last run writes there from this one on.
+  pool_.script.rows_of_last_run = 0;
   for (Variable* variable : pool_.script.variable_list) {
     // An argument id is negative and names no data column.
     if (static_cast<int32_t>(variable->column_id) >= 0) {
