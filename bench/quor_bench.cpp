@@ -6,10 +6,15 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "bench_host.h"
+#include "exact_loops.h"
+#include "peers.h"
 #include "plain_loops.h"
 #include "stopwatch.h"
 
@@ -85,6 +90,66 @@ void print_indicators() {
                   figures.engine / figures.plain, figures.new_bar);
       std::fflush(stdout);
     }
+    std::printf("\n");
+  }
+}
+
+bool is_same(double a, double b) {
+  return (std::isnan(a) && std::isnan(b)) || std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+/// The loops aren't exact if they differ by a bit.
+void check_same(const DrawnLines& drawn, const BenchHost& host, std::span<const Series> lines) {
+  for (size_t line = 0; line < lines.size() && !drawn.lines[line].empty(); ++line) {
+    const int32_t column = host.column_of(drawn.lines[line]);
+    for (uint32_t row = 0; row < host.row_count(); ++row) {
+      const double value = host.value(row, column);
+      if (is_same(value, lines[line][row])) continue;
+      std::fprintf(stderr, "%s, %s: %.17g and not %.17g at row %u\n", drawn.name.data(),
+                   drawn.lines[line].data(), value, lines[line][row], row);
+      std::exit(1);
+    }
+  }
+}
+
+/// The engine, the exact loops and, where there is one, a library that others use.
+void print_drawn(const DrawnLines& drawn, size_t rows) {
+  BenchHost host;
+  host.compile("F:=O+H+L+C+V;");
+  host.feed(random_walk(0, rows));
+  const Bars bars = bars_of(host);
+  host.compile(drawn.script);
+  host.feed(random_walk(0, rows));
+  const double per_bar = 1e9 / static_cast<double>(rows);
+  const double engine = per_bar * quickest([&host] { host.calculate(0); });
+  std::vector<Series> lines(drawn.lines.size(), Series(rows));
+  std::printf("  | %8.1f", engine);
+  if (has_exact_loops()) {
+    const double exact = per_bar * quickest([&] { drawn.exact(bars, lines); });
+    check_same(drawn, host, lines);
+    std::printf(" %8.1f %6.2f", exact, engine / exact);
+  } else {
+    std::printf(" %8s %6s", "-", "-");
+  }
+  if (const LoopOverLines peer = peer_of(drawn.name)) {
+    std::printf(" %8.1f", per_bar * quickest([&] { peer(bars, lines); }));
+  } else {
+    std::printf(" %8s", "-");
+  }
+  std::fflush(stdout);
+}
+
+void print_drawn_lines() {
+  std::printf("\n%-20s", "drawn lines");
+  for (const size_t size : sizes) std::printf("  | %28zu bars", size);
+  std::printf("\n%-20s", "");
+  for ([[maybe_unused]] const size_t size : sizes) {
+    std::printf("  | %8s %8s %6s %8s", "ns/bar", "exact", "ratio", "peer");
+  }
+  std::printf("\n");
+  for (const DrawnLines& drawn : drawn_lines()) {
+    std::printf("%-20s", drawn.name.data());
+    for (const size_t size : sizes) print_drawn(drawn, size);
     std::printf("\n");
   }
 }
@@ -256,6 +321,7 @@ void print_the_rest() {
   other.compile(sixty_statements());
   const double columns = other.column_count();
   other.feed(rows);
+  other.calculate(0);
   std::printf("memory: %.1f bytes per bar and column\n",
               (resident_bytes() - before) / (history * columns));
 }
@@ -285,6 +351,7 @@ int main(int count, char** arguments) {
     return 0;
   }
   quor_bench::print_indicators();
+  quor_bench::print_drawn_lines();
   quor_bench::print_intake();
   quor_bench::print_tick();
   quor_bench::print_reading();

@@ -59,6 +59,8 @@ TEST(Allocation, NoBarOfAWarmRunAllocates) {
     const std::string statements = statements_with(row.word);
     ASSERT_EQ(host.compile(statements).code, 0) << statements;
     host.feed(bars);
+    // Over blank cells results need no memory of their own, so the second run is warm.
+    host.run();
     host.run();
     // What reads nothing that has changed would be left out.
     host.feed(moved, rows - 1, rows);

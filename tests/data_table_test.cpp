@@ -4,6 +4,7 @@
 #include <simdjson.h>
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <random>
 
@@ -129,6 +130,30 @@ TEST_F(DataTable, ReadsWindowsAsText) {
   EXPECT_EQ(host_.data_text(11, 0xFFFFFFFF, 3), none);
   EXPECT_EQ(host_.data_text(11, 0xFFFFFFFF, INT32_MIN), none);
   EXPECT_EQ(host_.data_text(11, 1, INT32_MIN), R"({"count":2,"data":[10.000000,null]})");
+}
+
+/// Memory that held results of other rows shows none of them.
+TEST_F(DataTable, NewRowsHaveNoResults) {
+  ASSERT_EQ(host_.compile("A:MA(C,2);B:7;").code, 0);
+  const auto feeds = [this] { host_.feed({{"C", Series(3, 5)}}); };
+  const auto puts_cells = [this] {
+    for (const int key : {1, 2, 3}) set_column_data(handle(), key, 11, 5);
+  };
+  const std::function<void()> ways[] = {feeds, puts_cells};
+  for (const auto& way : ways) {
+    for (const bool as_text : {false, true}) {
+      clear_data(handle());
+      host_.feed({{"C", Series(100, 5)}});
+      EXPECT_EQ(host_.run(), success);
+      const uint32_t end = 20000 + get_column_num(handle());
+      clear_data(handle());
+      way();
+      for (uint32_t id = 20000; id < end; ++id) {
+        EXPECT_EQ(as_text ? host_.data_text(id, 2, 3) : to_text(host_.column(id)),
+                  as_text ? R"({"count":3,"data":[null,null,null]})" : "null null null");
+      }
+    }
+  }
 }
 
 /// Random texts, short ones and a few long ones, against a map that takes one row after the other.

@@ -438,6 +438,27 @@ TEST_P(EngineVectors, GiveTheSameUndrawnOverArraysThatStayWhereTheyAre) {
   }
 }
 
+TEST(Engine, ColumnsThatAreTakenHoldWhatIsRead) {
+  constexpr size_t rows = 300;
+  std::vector<int64_t> keys;
+  for (size_t row = 0; row < rows; ++row)
+    keys.push_back(20240101000000 + static_cast<int64_t>(row));
+  const std::vector<double> close(rows, 3.5);
+  const Field fields[] = {{11, close}};
+  Script read("A:MA(C,2);B:7;", {});
+  read.set_rows(keys, fields);
+  EXPECT_FALSE(read.calculate());
+  std::vector<uint32_t> ids;
+  for (const auto& line : read.lines()) ids.push_back(line.column);
+  Script taken("A:MA(C,2);B:7;", {});
+  taken.set_rows(keys, fields);
+  EXPECT_FALSE(taken.calculate());
+  const auto columns = taken.take_columns(ids);
+  for (size_t i = 0; i < ids.size(); ++i) {
+    EXPECT_EQ(bits_of({columns[i].get(), rows}), bits_of(read.column(ids[i]))) << ids[i];
+  }
+}
+
 TEST(Engine, WhoReadsKeysFindsThemOverArraysThatStayWhereTheyAre) {
   const int64_t before[] = {20190102000000, 20190103000000, 20190104000000};
   const int64_t keys[] = {20240102000000, 20240103000000, 20240104000000};

@@ -70,6 +70,7 @@ Status CalculateCenter::evaluate_aside(Variable& variable, int32_t row, double& 
 /// A report on a script that has run scans it again, and a scan evaluates periods.
 Status CalculateCenter::scan_statements(std::string& error) {
   const ChangesForgotten changes(pool_);
+  pool_.table().write_blanks();
   pool_.script.rows_of_last_run = 0;
   for (Variable* statement : pool_.script.statement_list) {
     if (statement->kind == VariableKind::number) continue;

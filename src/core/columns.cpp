@@ -177,7 +177,12 @@ void Columns::write(int32_t column, Block rows, const double* values, size_t pos
 }
 
 void Columns::write(int32_t column, Block rows, double value, size_t position) {
-  if (pool_.table().holds(column, rows.first, rows.size(), value)) return;
+  DataTable& table = pool_.table();
+  if (table.holds(column, rows.first, rows.size(), value)) return;
+  if (table.fill_later(column, rows.first, rows.end, value)) {
+    overwritten_.push_back({position, column, rows, old_values_.size(), true});
+    return;
+  }
   std::fill_n(overwrite(column, rows, position), rows.size(), value);
 }
 
@@ -228,9 +233,8 @@ void Columns::put_back_since(size_t cells, size_t memories) {
 }
 
 const double* Columns::everywhere(double value, size_t size) {
-  const auto bits = std::bit_cast<uint64_t>(value);
   for (const Broadcast& broadcast : broadcasts_) {
-    if (std::bit_cast<uint64_t>(broadcast.value) == bits && broadcast.size >= size) {
+    if (has_same_bits(broadcast.value, value) && broadcast.size >= size) {
       return broadcast.values.get();
     }
   }

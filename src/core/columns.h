@@ -100,7 +100,7 @@ class Columns {
   /// Writes cells, but for those that hold the values already, as in a run over a history that is
   /// as it was: reading them takes less than writing them and keeping what they held.
   void write(int32_t column, Block rows, const double* values, size_t position);
-  /// The same with one value for all cells.
+  /// The same with one value for all cells, which the table may write later.
   void write(int32_t column, Block rows, double value, size_t position);
   /// Where values that `write` is going to be given are worked out: in the cells if these are
   /// blank. Place -1 holds the row before.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstring>
 #include <stdexcept>
 
@@ -72,7 +73,7 @@ int32_t DataTable::add_column(uint32_t id) {
 /// A cell that is written with what it holds has not changed.
 void DataTable::note_change(int32_t column, int32_t row, double before, double value) {
   if (row >= first_changed_row_ && has_changed(column)) return;
-  if (std::bit_cast<uint64_t>(before) == std::bit_cast<uint64_t>(value)) return;
+  if (has_same_bits(before, value)) return;
   first_changed_row_ = std::min(first_changed_row_, row);
   note_change_of(column);
   if (is_auxiliary(column_ids_[static_cast<size_t>(column)])) more_changed_in_ = era_;
@@ -99,7 +100,7 @@ void DataTable::insert_row(int64_t key) {
   make_room(keys_.size() + 1);
   note_change_from(static_cast<size_t>(row));
   for (Column& column : columns_) {
-    double* const cells = column.cells.data();
+    double* const cells = column.in_place();
     std::move_backward(cells + row, cells + keys_.size(), cells + keys_.size() + 1);
     cells[row] = null_value;
   }
@@ -138,7 +139,7 @@ void DataTable::fill(std::span<const int64_t> keys, std::span<const ColumnValues
   }
   // All memory is there; nothing throws from here on.
   keys_.assign(keys.begin(), keys.end());
-  for (Column& column : columns_) column.blank_from = column.is_unread ? no_blanks : 0;
+  for (Column& column : columns_) column.make_blank();
   has_blanks_ = true;
   for (const auto& [index, values, are_lent] : columns) {
     Column& column = columns_[static_cast<size_t>(index)];
@@ -162,6 +163,11 @@ void DataTable::fill(std::span<const int64_t> keys, std::span<const ColumnValues
   }
   note_size();
   note_change_from(0);
+}
+
+void DataTable::Column::write_pending() const {
+  std::fill_n(cells.data() + pending_from, pending_count, pending_value);
+  pending_count = 0;
 }
 
 void DataTable::write_blanks_before(Column& column, int32_t row) {
@@ -194,17 +200,36 @@ bool DataTable::claim_blanks(int32_t index, int32_t first, int32_t end) {
   return are_blank;
 }
 
+bool DataTable::fill_later(int32_t index, int32_t first, int32_t end, double value) {
+  Column& column = columns_[static_cast<size_t>(index)];
+  const auto from = static_cast<uint32_t>(first);
+  const bool goes_on = column.pending_from + column.pending_count == from &&
+                       has_same_bits(column.pending_value, value);
+  if (column.blank_from > first || (column.pending_count != 0 && !goes_on)) return false;
+  claim_blanks(index, first, end);
+  if (watches_changes_) changes_.note(first);
+  if (column.pending_count == 0) column.pending_from = from;
+  column.pending_count = static_cast<uint32_t>(end) - column.pending_from;
+  column.pending_value = value;
+  return true;
+}
+
 bool DataTable::holds(int32_t index, int32_t row, std::span<const double> values) const {
   const Column& column = columns_[static_cast<size_t>(index)];
   return column.blank_from >= row + static_cast<int32_t>(values.size()) &&
-         std::memcmp(column.cells.data() + row, values.data(), values.size_bytes()) == 0;
+         std::memcmp(column.in_place() + row, values.data(), values.size_bytes()) == 0;
 }
 
 bool DataTable::holds(int32_t index, int32_t row, size_t count, double value) const {
   const Column& column = columns_[static_cast<size_t>(index)];
-  const auto bits = std::bit_cast<uint64_t>(value);
   if (column.blank_from < row + static_cast<int32_t>(count)) return false;
-  const double* const cells = column.cells.data() + row;
+  const auto first = static_cast<uint32_t>(row);
+  const auto last = first + static_cast<uint32_t>(count) - 1;
+  if (column.is_pending(first) && column.is_pending(last)) {
+    return has_same_bits(column.pending_value, value);
+  }
+  const auto bits = std::bit_cast<uint64_t>(value);
+  const double* const cells = column.in_place() + row;
   bool are_equal = false;
   wherever_wide([cells, count, bits, &are_equal] {
     uint64_t differing = 0;
@@ -258,12 +283,24 @@ void DataTable::merge_rows(RowBatch& batch) {
   const size_t rows = find_rows(batch);
   make_room(rows);
   // All memory is there; nothing throws from here on.
+  if (rows_ == 0) leave_blank(batch);
   if (!batch.gaps.empty()) {
     note_change_from(batch.gaps.front());
     open_gaps(batch.gaps);
   }
   write_rows(batch);
   note_size();
+}
+
+/// The auxiliary columns that a first batch doesn't name are blank.
+void DataTable::leave_blank(const RowBatch& batch) {
+  for (size_t i = 0; i < columns_.size(); ++i) {
+    if (is_auxiliary(column_ids_[i])) columns_[i].make_blank();
+  }
+  for (const int32_t index : batch.column_indexes) {
+    if (index != -1) columns_[static_cast<size_t>(index)].blank_from = no_blanks;
+  }
+  has_blanks_ = true;
 }
 
 /// Tells the rows of a batch, which are in order, where they will be in the table, and gives how
@@ -307,7 +344,7 @@ void DataTable::open_gaps(const std::vector<uint32_t>& gaps) {
   };
   keys_.resize(keys_.size() + gaps.size());
   open(keys_.data(), int64_t{0});
-  for (Column& column : columns_) open(column.cells.data(), null_value);
+  for (Column& column : columns_) open(column.in_place(), null_value);
 }
 
 /// Column by column in blocks of rows. The values of a row lie together in the batch, far from
@@ -334,6 +371,7 @@ void DataTable::write_rows(const RowBatch& batch) {
 void DataTable::grow(size_t rows) {
   if (rows <= keys_.size()) return;
   for (Column& column : columns_) {
+    if (column.blank_from != no_blanks) continue;
     std::fill(column.cells.data() + keys_.size(), column.cells.data() + rows, null_value);
   }
   keys_.resize(rows, 0);
@@ -344,7 +382,7 @@ void DataTable::write_column(int32_t index, std::span<const BatchRow> rows, cons
                              size_t width) {
   if (index == -1) return;
   Column& column = columns_[static_cast<size_t>(index)];
-  double* cells = column.cells.data();
+  double* cells = column.in_place();
   for (const BatchRow& source : rows) {
     const double value = values[source.place * width];
     note_change(index, static_cast<int32_t>(source.row), cells[source.row], value);
@@ -376,7 +414,7 @@ Window DataTable::window(int32_t column_index, int32_t last_row, int32_t count) 
   const bool known = static_cast<uint32_t>(column_index) < column_count_;
   const int64_t stored = known ? std::clamp<int64_t>(row_count() - first, 0, size) : 0;
   const double* values =
-      stored > 0 ? columns_[static_cast<uint32_t>(column_index)].cells.data() + first : nullptr;
+      stored > 0 ? columns_[static_cast<uint32_t>(column_index)].in_place() + first : nullptr;
   return {values, static_cast<size_t>(stored), static_cast<size_t>(size)};
 }
 
@@ -415,7 +453,9 @@ std::vector<LineAlignedNumbers> DataTable::take_columns(std::span<const int32_t>
   taken.reserve(columns.size());
   for (const int32_t column : columns) {
     write_blanks_of(column);
-    taken.push_back(columns_[static_cast<size_t>(column)].cells.take());
+    Column& given = columns_[static_cast<size_t>(column)];
+    if (given.pending_count != 0) given.write_pending();
+    taken.push_back(given.cells.take());
   }
   clear_rows();
   return taken;
@@ -425,6 +465,7 @@ void DataTable::clear_rows() {
   keys_.clear();
   for (Column& column : columns_) {
     column.blank_from = no_blanks;
+    column.pending_count = 0;
     if (column.cells.are_lent()) column.cells.lend(nullptr);
   }
   has_blanks_ = false;

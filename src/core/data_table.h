@@ -2,7 +2,6 @@
 #pragma once
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <limits>
 #include <span>
@@ -67,8 +66,7 @@ class Cells {
  public:
   double operator[](size_t row) const { return values_[row]; }
   double& operator[](size_t row) { return values_[row]; }
-  const double* data() const { return values_; }
-  double* data() { return values_; }
+  double* data() const { return values_; }
 
   size_t room() const { return room_; }
   bool are_lent() const { return values_ != own_.get(); }
@@ -93,7 +91,25 @@ class DataTable {
     Cells cells;
     int32_t blank_from = no_blanks;  ///< row; nulls belong from here on, but are not written
     bool is_unread = false;
+    // A number that belongs in some rows, but is written only once cells are asked for in place.
+    mutable uint32_t pending_count = 0;
+    uint32_t pending_from = 0;  ///< row
+    double pending_value = null_value;
     uint64_t changed_in = 0;  ///< which era
+
+    bool is_pending(uint32_t row) const { return row - pending_from < pending_count; }
+    double at(uint32_t row) const { return is_pending(row) ? pending_value : cells[row]; }
+    /// All cells, none pending. They are what they were, so that readers come here as well.
+    double* in_place() const {
+      if (pending_count != 0) write_pending();
+      return cells.data();
+    }
+    void write_pending() const;
+    /// For new rows, of which nothing is pending.
+    void make_blank() {
+      blank_from = is_unread ? no_blanks : 0;
+      pending_count = 0;
+    }
   };
 
  public:
@@ -131,7 +147,7 @@ class DataTable {
   /// Fills an empty table: keys that are positive and ascend, and for some columns the values, one
   /// per key. All other cells are null; column 1 holds the key. The nulls of auxiliary columns stay
   /// blank: nobody reads them before `write_blanks`, as a run over a whole history writes most of
-  /// these cells anyway.
+  /// these cells anyway. The same goes for the columns that a first batch doesn't name.
   /// Values that are lent stay where they are: until the rows are cleared or others come, nobody
   /// may change or drop them. Where nobody reads column 1, it may hold anything.
   void fill(std::span<const int64_t> keys, std::span<const ColumnValues> columns,
@@ -148,6 +164,10 @@ class DataTable {
   bool is_blank(int32_t column, int32_t row) const {
     return columns_[static_cast<size_t>(column)].blank_from <= row;
   }
+  /// Gives blank rows a number that is written once somebody asks for cells of the column in place:
+  /// most columns of counts and marks hold one number all the way, and often nobody ever looks at
+  /// them. False, with nothing done, where the number has to be written now.
+  bool fill_later(int32_t column, int32_t first, int32_t end, double value);
   /// Whether the cells from a row on hold these values, bit by bit, and none is blank.
   bool holds(int32_t column, int32_t row, std::span<const double> values) const;
   /// The same with one value for all of `count` cells.
@@ -162,7 +182,7 @@ class DataTable {
    public:
     double operator[](int32_t column) const {
       return static_cast<uint32_t>(column) < count_
-                 ? columns_[static_cast<uint32_t>(column)].cells[row_]
+                 ? columns_[static_cast<uint32_t>(column)].at(row_)
                  : null_value;
     }
 
@@ -184,29 +204,28 @@ class DataTable {
   /// All cells of a column, oldest first; none of a column that isn't there. Valid as a window is.
   std::span<const double> cells(int32_t column) const {
     if (static_cast<uint32_t>(column) >= column_count_) return {};
-    return {columns_[static_cast<uint32_t>(column)].cells.data(), rows_};
+    return {columns_[static_cast<uint32_t>(column)].in_place(), rows_};
   }
 
   /// The cells of a column that is there, from a row on to be written.
   std::span<double> writable_cells(int32_t column, int32_t row) {
     if (watches_changes_) changes_.note(row);
-    return std::span(columns_[static_cast<uint32_t>(column)].cells.data(), rows_)
+    return std::span(columns_[static_cast<uint32_t>(column)].in_place(), rows_)
         .subspan(static_cast<size_t>(row));
   }
 
   /// Null for a row or a column that isn't there.
   double cell(int64_t row, int32_t column) const {
     return is_cell(row, column)
-               ? columns_[static_cast<uint32_t>(column)].cells[static_cast<uint64_t>(row)]
+               ? columns_[static_cast<uint32_t>(column)].at(static_cast<uint32_t>(row))
                : null_value;
   }
   void set_cell(int32_t row, int32_t column, double value) {
     if (!is_cell(row, column)) return;
-    double& cell = columns_[static_cast<uint32_t>(column)].cells[static_cast<uint32_t>(row)];
-    if (watches_changes_ && std::bit_cast<uint64_t>(cell) != std::bit_cast<uint64_t>(value)) {
-      changes_.note(row);
-    }
-    cell = value;
+    const Column& cells = columns_[static_cast<uint32_t>(column)];
+    if (has_same_bits(cells.at(static_cast<uint32_t>(row)), value)) return;
+    if (watches_changes_) changes_.note(row);
+    cells.in_place()[row] = value;
   }
 
   /// Has changes by `set_cell` and `writable_cells` noted from the first call on.
@@ -275,6 +294,7 @@ class DataTable {
   void grow(size_t rows);
   void make_room(size_t rows);
   size_t find_rows(RowBatch& batch) const;
+  void leave_blank(const RowBatch& batch);
   void open_gaps(const std::vector<uint32_t>& gaps);
   void write_rows(const RowBatch& batch);
 

@@ -14,6 +14,11 @@ inline constexpr double null_value = std::bit_cast<double>(0xFFF8000000000000ULL
 /// Every NaN counts as null, whatever its bits.
 constexpr bool is_null(double value) { return value != value; }
 
+/// Whether they are one number, also of several nulls and zeros.
+constexpr bool has_same_bits(double a, double b) {
+  return std::bit_cast<uint64_t>(a) == std::bit_cast<uint64_t>(b);
+}
+
 /// Truncates toward zero to 32 bits; null, infinities and values out of range give -2147483648.
 /// By way of 64 bits, for g++ 12 takes the straight way there and back to a double for a truncation
 /// where the processor has one, which leaves the sign of -0.5 to the 0.

@@ -90,7 +90,7 @@ class SeriesStore {
   void note(double value) const {
     CallMemory* memory = call_.variable.memory.get();
     if (memory == nullptr) return;
-    if (std::bit_cast<uint64_t>(before_) != std::bit_cast<uint64_t>(value)) memory->cut(call_.row);
+    if (!has_same_bits(before_, value)) memory->cut(call_.row);
   }
 
  private:

@@ -192,10 +192,8 @@ char* get_data_arr(int64_t handle, uint32_t column_id, uint32_t last_row, int32_
 }
 
 double get_data_by_col_row(int64_t handle, int32_t row, uint32_t column_id) {
-  return enter(handle, quor::null_value, [&](ScriptParser& parser) {
-    const quor::DataTable& table = parser.pool().table();
-    return table.cell(row, table.column_index_of(column_id));
-  });
+  return enter(handle, quor::null_value,
+               [&](ScriptParser& parser) { return parser.cell_value(row, column_id); });
 }
 
 double get_field_val_by_index(int64_t handle, int32_t field_id, int32_t row) {

@@ -74,9 +74,14 @@ void ScriptParser::set_uuid(uint64_t new_uuid) {
   pool_.uuid = new_uuid;
 }
 
+double ScriptParser::cell_value(int32_t row, uint32_t column_id) {
+  DataTable& table = pool_.table();
+  table.write_blanks();
+  return table.cell(row, table.column_index_of(column_id));
+}
+
 double ScriptParser::field_value(int32_t field_id, int32_t row) {
-  const DataTable& table = pool_.table();
-  if (field_id >= 0) return table.cell(row, table.column_index_of(static_cast<uint32_t>(field_id)));
+  if (field_id >= 0) return cell_value(row, static_cast<uint32_t>(field_id));
   for (const auto& [text, argument] : pool_.script.argument_variables) {
     if (static_cast<int32_t>(argument->column_id) != field_id) continue;
     double value = null_value;
@@ -86,7 +91,8 @@ double ScriptParser::field_value(int32_t field_id, int32_t row) {
   return null_value;
 }
 
-std::string ScriptParser::data_text(uint32_t column_id, uint32_t last_row, int32_t count) const {
+std::string ScriptParser::data_text(uint32_t column_id, uint32_t last_row, int32_t count) {
+  pool_.table().write_blanks();
   return window_text(reading_window(pool_.table(), column_id, last_row, count));
 }
 

@@ -35,8 +35,9 @@ class ScriptParser {
   void create_reserved_field(std::string_view word, uint32_t column_id);
   void set_uuid(uint64_t uuid);
 
+  double cell_value(int32_t row, uint32_t column_id);
   double field_value(int32_t field_id, int32_t row);
-  std::string data_text(uint32_t column_id, uint32_t last_row, int32_t count) const;
+  std::string data_text(uint32_t column_id, uint32_t last_row, int32_t count);
   std::string invoked_functions() const;
   std::string variable_fields() const;
   std::string shapes() const;
