@@ -201,6 +201,21 @@ Status CalculateCenter::run_block(std::span<const uint32_t> statements, Block ro
   is_finished_.assign(pool_.script.statement_list.size(), 0);
   bar_by_bar_.clear();
   columns_.begin(rows);
+  progress_ = {rows.first, 0};
+  try {
+    run_columns(statements, rows, run_from);
+    if (bar_by_bar_.empty()) return Status::ok;
+    const Status status = run_rows(bar_by_bar_, rows, error);
+    if (failed(status)) columns_.put_back(progress_.row, progress_.statement);
+    return status;
+  } catch (...) {
+    columns_.put_back(progress_.row, progress_.statement);
+    throw;
+  }
+}
+
+void CalculateCenter::run_columns(std::span<const uint32_t> statements, Block rows,
+                                  int32_t run_from) {
   run_early(statements, rows, run_from);
   for (const uint32_t position : statements) {
     is_finished_[position] = can_take(position, run_from) &&
@@ -210,15 +225,6 @@ Status CalculateCenter::run_block(std::span<const uint32_t> statements, Block ro
     bar_by_bar_.push_back(position);
   }
   pool_.table().write_blanks_before(rows.end);
-  if (bar_by_bar_.empty()) return Status::ok;
-  try {
-    const Status status = run_rows(bar_by_bar_, rows, error);
-    if (failed(status)) columns_.put_back(progress_.row, progress_.statement);
-    return status;
-  } catch (...) {
-    columns_.put_back(progress_.row, progress_.statement);
-    throw;
-  }
 }
 
 void CalculateCenter::run_early(std::span<const uint32_t> statements, Block rows,

@@ -117,6 +117,7 @@ class CalculateCenter {
                        std::string& error);
   Status run_block(std::span<const uint32_t> statements, Block rows, int32_t run_from,
                    std::string& error);
+  void run_columns(std::span<const uint32_t> statements, Block rows, int32_t run_from);
   void run_early(std::span<const uint32_t> statements, Block rows, int32_t run_from);
   bool can_take(uint32_t statement, int32_t run_from) const;
   Status run_rows(std::span<const uint32_t> statements, Block rows, std::string& error);

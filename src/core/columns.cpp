@@ -179,9 +179,10 @@ void Columns::write(int32_t column, Block rows, const double* values, size_t pos
 void Columns::write(int32_t column, Block rows, double value, size_t position) {
   DataTable& table = pool_.table();
   if (table.holds(column, rows.first, rows.size(), value)) return;
-  if (table.fill_later(column, rows.first, rows.end, value)) {
+  if (table.is_blank(column, rows.first)) {
     overwritten_.push_back({position, column, rows, old_values_.size(), true});
-    return;
+    if (table.fill_later(column, rows.first, rows.end, value)) return;
+    overwritten_.pop_back();
   }
   std::fill_n(overwrite(column, rows, position), rows.size(), value);
 }
@@ -197,10 +198,16 @@ double* Columns::results_of(int32_t column, Block rows, size_t position) {
 
 double* Columns::overwrite(int32_t column, Block rows, size_t position) {
   DataTable& table = pool_.table();
-  const bool were_blank = table.claim_blanks(column, rows.first, rows.end);
-  double* cells = table.writable_cells(column, rows.first).data();
-  overwritten_.push_back({position, column, rows, old_values_.size(), were_blank});
-  if (!were_blank) old_values_.insert(old_values_.end(), cells, cells + rows.size());
+  const bool are_blank = table.is_blank(column, rows.first);
+  const size_t values = old_values_.size();
+  if (!are_blank) {
+    table.claim_blanks(column, rows.first, rows.end);
+    const double* const cells = table.cells(column).data() + rows.first;
+    old_values_.insert(old_values_.end(), cells, cells + rows.size());
+  }
+  overwritten_.push_back({position, column, rows, values, are_blank});
+  double* const cells = table.writable_cells(column, rows.first).data();
+  if (are_blank) table.claim_blanks(column, rows.first, rows.end);
   return cells;
 }
 

@@ -206,8 +206,8 @@ bool DataTable::fill_later(int32_t index, int32_t first, int32_t end, double val
   const bool goes_on = column.pending_from + column.pending_count == from &&
                        has_same_bits(column.pending_value, value);
   if (column.blank_from > first || (column.pending_count != 0 && !goes_on)) return false;
-  claim_blanks(index, first, end);
   if (watches_changes_) changes_.note(first);
+  claim_blanks(index, first, end);
   if (column.pending_count == 0) column.pending_from = from;
   column.pending_count = static_cast<uint32_t>(end) - column.pending_from;
   column.pending_value = value;
