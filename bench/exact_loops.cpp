@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstring>
 #include <limits>
-#include <utility>
 
 #if defined(__x86_64__) && !defined(__clang__)
 #define QUOR_EXACT [[gnu::target("avx2,fma"), gnu::flatten]]

@@ -331,6 +331,23 @@ TEST(Columns, StatementsThatSeeEachOther) {
   }
 }
 
+/// Steps of a formula that go over the rows as one, and those that can't, on either side of
+/// another.
+TEST(Columns, OperatorsBesideEachOther) {
+  const std::string operators[] = {"+", "-", "*", "/", "<", " AND "};
+  for (const std::string& first : operators) {
+    for (const std::string& second : operators) {
+      const std::string inner = "(C" + first + "O)";
+      Siblings siblings("A:=" + inner + second + "H;B:=L" + second + inner + ";D:=" + inner +
+                            second + "(H" + first + "2);E:=3" + second + inner + first +
+                            "V;F:=(0-" + inner + second + "L)" + first + inner + second + "0.1;",
+                        usual);
+      ASSERT_TRUE(siblings.compile());
+      if (!play(siblings, random_bars(149, 3), 140)) return;
+    }
+  }
+}
+
 /// What may come between a run over all bars and the next one, time and again.
 bool play_live(Siblings& siblings, const Bars& bars, size_t known) {
   const auto last = static_cast<uint32_t>(known - 1);

@@ -340,21 +340,81 @@ void reduce_columns(OpCode op, const double* left, const double* right, double* 
   });
 }
 
+bool is_sum_or_product(OpCode op) { return op == op_plus || op == op_minus || op == op_times; }
+
+template <typename Use>
+void with_sum_or_product(OpCode op, const Use& use) {
+  if (op == op_plus) return use(std::plus<double>());
+  op == op_minus ? use(std::minus<double>()) : use(std::multiplies<double>());
+}
+
+bool is_partial(const Operand& operand, const Step& of) {
+  return operand.source == Operand::Source::partial && operand.partial == of.partial;
+}
+
+/// Whether a step and the next one, which takes its result, can go over the rows as one.
+bool can_join(const Step& step, const Step& next) {
+  return step.kind == Step::Kind::reduce && next.kind == Step::Kind::reduce &&
+         is_sum_or_product(step.op) && is_sum_or_product(next.op) &&
+         (is_partial(next.left, step) || is_partial(next.right, step));
+}
+
+/// What two steps that can be joined make of three numbers: (a op b) op c, or c op (a op b).
+void reduce_joined(const Step& step, const Step& next, const double* a, const double* b,
+                   const double* c, double* result, size_t size) {
+  with_sum_or_product(step.op, [&](const auto& first) {
+    with_sum_or_product(next.op, [&](const auto& second) {
+      if (is_partial(next.left, step)) {
+        wherever_wide([=] {
+          QUOR_ROWS_APART
+          for (size_t i = 0; i < size; ++i) result[i] = second(first(a[i], b[i]), c[i]);
+        });
+      } else {
+        wherever_wide([=] {
+          QUOR_ROWS_APART
+          for (size_t i = 0; i < size; ++i) result[i] = second(c[i], first(a[i], b[i]));
+        });
+      }
+    });
+  });
+}
+
+/// A strip of the rows that a formula goes over.
+struct Strip {
+  std::span<const StepRows> rows;
+  size_t place;
+  size_t count;
+
+  const double* at(const Operand& operand, const double* values) const {
+    return operand.source == Operand::Source::number ? values : values + place;
+  }
+  const double* left(const Step& step) const { return at(step.left, rows[step.partial].left); }
+  const double* right(const Step& step) const { return at(step.right, rows[step.partial].right); }
+  double* result(const Step& step) const { return rows[step.partial].result + place; }
+
+  void run(const Step& step) const {
+    if (step.kind == Step::Kind::reduce) {
+      reduce_columns(step.op, left(step), right(step), result(step), count);
+    } else {
+      std::transform(right(step), right(step) + count, result(step), std::negate());
+    }
+  }
+  void run_joined(const Step& step, const Step& next) const {
+    const double* const other = is_partial(next.left, step) ? right(next) : left(next);
+    reduce_joined(step, next, left(step), right(step), other, result(next), count);
+  }
+};
+
 /// Strip after strip, so that what one step leaves is still near when the next one reads it.
 void run_steps(std::span<const Step> steps, std::span<const StepRows> rows, size_t size) {
-  const auto at = [](const Operand& operand, const double* values, size_t place) {
-    return operand.source == Operand::Source::number ? values : values + place;
-  };
   for (size_t place = 0; place < size; place += strip) {
-    const size_t count = std::min(strip, size - place);
-    for (const Step& step : steps) {
-      const StepRows& found = rows[step.partial];
-      const double* right = at(step.right, found.right, place);
-      double* result = found.result + place;
-      if (step.kind == Step::Kind::reduce) {
-        reduce_columns(step.op, at(step.left, found.left, place), right, result, count);
+    const Strip part{rows, place, std::min(strip, size - place)};
+    for (size_t i = 0; i < steps.size(); ++i) {
+      if (i + 1 < steps.size() && can_join(steps[i], steps[i + 1])) {
+        part.run_joined(steps[i], steps[i + 1]);
+        ++i;
       } else {
-        std::transform(right, right + count, result, std::negate());
+        part.run(steps[i]);
       }
     }
   }
