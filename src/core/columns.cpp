@@ -169,10 +169,7 @@ bool Columns::calculate(Variable& statement, size_t position) {
 }
 
 void Columns::write(int32_t column, Block rows, const double* values, size_t position) {
-  DataTable& table = pool_.table();
-  if (values == table.cells(column).data() + rows.first ||
-      table.holds(column, rows.first, {values, rows.size()}))
-    return;
+  if (pool_.table().holds(column, rows.first, {values, rows.size()})) return;
   std::copy_n(values, rows.size(), overwrite(column, rows, position));
 }
 

@@ -216,8 +216,14 @@ bool DataTable::fill_later(int32_t index, int32_t first, int32_t end, double val
 
 bool DataTable::holds(int32_t index, int32_t row, std::span<const double> values) const {
   const Column& column = columns_[static_cast<size_t>(index)];
-  return column.blank_from >= row + static_cast<int32_t>(values.size()) &&
-         std::memcmp(column.in_place() + row, values.data(), values.size_bytes()) == 0;
+  if (values.data() == column.cells.data() + row) return true;
+  const auto first = static_cast<uint32_t>(row);
+  const auto end = first + static_cast<uint32_t>(values.size());
+  if (column.blank_from < static_cast<int32_t>(end)) return false;
+  // Rows before those that are pending, where an average has fewer values, are compared as they
+  // are.
+  const double* const cells = end <= column.pending_from ? column.cells.data() : column.in_place();
+  return std::memcmp(cells + row, values.data(), values.size_bytes()) == 0;
 }
 
 bool DataTable::holds(int32_t index, int32_t row, size_t count, double value) const {

@@ -168,7 +168,7 @@ class DataTable {
   /// most columns of counts and marks hold one number all the way, and often nobody ever looks at
   /// them. False, with nothing done, where the number has to be written now.
   bool fill_later(int32_t column, int32_t first, int32_t end, double value);
-  /// Whether the cells from a row on hold these values, bit by bit, and none is blank.
+  /// Whether the cells from a row on are or hold these values, bit by bit, and none is blank.
   bool holds(int32_t column, int32_t row, std::span<const double> values) const;
   /// The same with one value for all of `count` cells.
   bool holds(int32_t column, int32_t row, size_t count, double value) const;
