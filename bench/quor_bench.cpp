@@ -1,5 +1,6 @@
 // What a client waits for, as figures: well-known indicators in full and bar by bar, each beside a
-// plain loop of the same formula in the same run; then intake, reading and compiling.
+// plain loop of the same formula in the same run; lines as charts draw them, beside exact loops and
+// peers; then intake, reading and compiling.
 #include <simdjson.h>
 
 #include <bit>

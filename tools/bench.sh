@@ -1,5 +1,6 @@
 #!/bin/sh
-# Installs what is missing, builds, and measures indicators beside plain loops, intake and reading.
+# Installs what is missing, builds, and measures indicators beside plain loops, drawn lines beside
+# exact loops and peers, intake and reading.
 #   tools/bench.sh words     every word of the language instead, as a table
 #   tools/bench.sh cycles    memory over 100,000 instances that come and go
 #   tools/bench.sh wasm      the npm package beside the engine without it

@@ -177,6 +177,7 @@ void Columns::write(int32_t column, Block rows, double value, size_t position) {
   DataTable& table = pool_.table();
   if (table.holds(column, rows.first, rows.size(), value)) return;
   if (table.is_blank(column, rows.first)) {
+    // Noted first: were there no memory for that, nobody would put the cells back.
     overwritten_.push_back({position, column, rows, old_values_.size(), true});
     if (table.fill_later(column, rows.first, rows.end, value)) return;
     overwritten_.pop_back();
@@ -203,6 +204,7 @@ double* Columns::overwrite(int32_t column, Block rows, size_t position) {
     old_values_.insert(old_values_.end(), cells, cells + rows.size());
   }
   overwritten_.push_back({position, column, rows, values, are_blank});
+  // Blank rows are claimed last of all, as nothing may throw between that and their values.
   double* const cells = table.writable_cells(column, rows.first).data();
   if (are_blank) table.claim_blanks(column, rows.first, rows.end);
   return cells;

@@ -192,12 +192,11 @@ void DataTable::write_blanks() {
   has_blanks_ = false;
 }
 
-bool DataTable::claim_blanks(int32_t index, int32_t first, int32_t end) {
+void DataTable::claim_blanks(int32_t index, int32_t first, int32_t end) {
   Column& column = columns_[static_cast<size_t>(index)];
   const bool are_blank = column.blank_from <= first;
   write_blanks_before(column, are_blank ? first : end);
   if (are_blank) column.blank_from = end;
-  return are_blank;
 }
 
 bool DataTable::fill_later(int32_t index, int32_t first, int32_t end, double value) {
@@ -460,7 +459,7 @@ std::vector<LineAlignedNumbers> DataTable::take_columns(std::span<const int32_t>
   for (const int32_t column : columns) {
     write_blanks_of(column);
     Column& given = columns_[static_cast<size_t>(column)];
-    if (given.pending_count != 0) given.write_pending();
+    given.in_place();
     taken.push_back(given.cells.take());
   }
   clear_rows();

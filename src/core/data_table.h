@@ -159,8 +159,8 @@ class DataTable {
   void write_blanks();
   void write_blanks_before(int32_t row);
   void write_blanks_of(int32_t column);
-  /// To be told that all cells of some rows are going to be written. Whether they were blank.
-  bool claim_blanks(int32_t column, int32_t first, int32_t end);
+  /// To be told that all cells of some rows are going to be written.
+  void claim_blanks(int32_t column, int32_t first, int32_t end);
   bool is_blank(int32_t column, int32_t row) const {
     return columns_[static_cast<size_t>(column)].blank_from <= row;
   }

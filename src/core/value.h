@@ -14,7 +14,7 @@ inline constexpr double null_value = std::bit_cast<double>(0xFFF8000000000000ULL
 /// Every NaN counts as null, whatever its bits.
 constexpr bool is_null(double value) { return value != value; }
 
-/// Whether they are one number, also of several nulls and zeros.
+/// Whether they are the same to the last bit, as not all nulls and not all zeros are.
 constexpr bool has_same_bits(double a, double b) {
   return std::bit_cast<uint64_t>(a) == std::bit_cast<uint64_t>(b);
 }

@@ -9,7 +9,6 @@
 #pragma once
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <memory>
 #include <vector>
